@@ -1,0 +1,1 @@
+// Keeps a library that consists of layers only acceptable to every generator.
