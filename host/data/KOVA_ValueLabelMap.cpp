@@ -2,10 +2,10 @@
 
 namespace {
 
-template <class Map>
-const std::string* Find(const Map& labels, const typename Map::key_type& value) {
-  const auto found = labels.find(value);
-  return found == labels.end() ? nullptr : &found->second;
+template <class Map, class Key>
+const std::string* Find(const Map& map, const Key& key) {
+  const auto found = map.find(key);
+  return found == map.end() ? nullptr : &found->second;
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 #include "host/data/KOVA_Variable.h"
 
-#include <utility>
-
 std::string KOVA_Format::ToString() const {
   if (fType == kString) return "A" + std::to_string(fWidth);
   return "F" + std::to_string(fWidth) + "." + std::to_string(fDecimals);
