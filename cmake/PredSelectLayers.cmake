@@ -37,7 +37,7 @@ endfunction()
 
 # predselect_objects(<target> <layer>...): puts the layers' objects and libraries into a target.
 function(predselect_objects target)
-  target_link_libraries(${target} PRIVATE predselect_flags)
+  target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:predselect_flags>)
   foreach(layer IN LISTS ARGN)
     get_target_property(type layer_${layer} TYPE)
     if(type STREQUAL "OBJECT_LIBRARY")
@@ -59,6 +59,7 @@ function(predselect_library name kind)
   target_compile_features(${name} INTERFACE cxx_std_20)
   if(kind STREQUAL "SHARED")
     set_target_properties(${name} PROPERTIES
-      VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+      VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} INSTALL_RPATH "$ORIGIN")
   endif()
+  install(TARGETS ${name} EXPORT PredSelectTargets)
 endfunction()
