@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "host/data/IArrowSource.h"
 #include "host/session/HostIOError.h"
 
 namespace MCHost {
@@ -130,15 +129,16 @@ class StreamedTable::StreamedScan : public ITableScan {
   TableBatch fBatch;
 };
 
-StreamedTable::StreamedTable(IArrowSource& source, std::size_t maxBatchCases) : fpSource(&source) {
+StreamedTable::StreamedTable(std::unique_ptr<IArrowSource> source, std::size_t maxBatchCases)
+    : fpSource(std::move(source)) {
   SetMaxBatchCases(maxBatchCases);
   ArrowArrayStream stream{};
-  source.Open(nullptr, &stream);
-  ArrowStreamReader whole(&stream, source.Name());
+  fpSource->Open(nullptr, &stream);
+  ArrowStreamReader whole(&stream, fpSource->Name());
   DeclareColumns(whole);
   ReadStrings();
   for (int i = 0; i < ColumnCount(); ++i) FitWidth(i);
-  fSourceNotes = source.Notes();
+  fSourceNotes = fpSource->Notes();
 }
 
 void StreamedTable::ReadStrings() {

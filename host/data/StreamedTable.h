@@ -11,17 +11,16 @@
 #include <vector>
 
 #include "host/data/DataTable.h"
+#include "host/data/IArrowSource.h"
 
 namespace MCHost {
-
-class IArrowSource;
 
 class StreamedTable final : public DataTable {
  public:
   // Reads the columns' types, and the string columns once: their strings, widths and the number of
-  // cases. The source is borrowed and must outlive the table. Scans give batches of at most
-  // `maxBatchCases`, a divisor of RecordBlock::kMaxCases. Throws HostIOError.
-  explicit StreamedTable(IArrowSource& source,
+  // cases. Scans give batches of at most `maxBatchCases`, a divisor of RecordBlock::kMaxCases.
+  // Throws HostIOError.
+  explicit StreamedTable(std::unique_ptr<IArrowSource> source,
                          std::size_t maxBatchCases = MCCommon::RecordBlock::kMaxCases);
 
   // Scanning throws HostIOError also when the source no longer has the columns or the number of
@@ -34,7 +33,7 @@ class StreamedTable final : public DataTable {
   void ReadStrings();
   std::unique_ptr<ArrowStreamReader> Open(const std::vector<int>& columns);
 
-  IArrowSource* fpSource;
+  std::unique_ptr<IArrowSource> fpSource;
 };
 
 }  // namespace MCHost
