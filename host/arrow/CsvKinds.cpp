@@ -88,7 +88,7 @@ bool CsvLosesDigits(std::string_view number) {
   if (number.size() <= kExactDigits) return false;
   if (number.find_first_of(".eEnN") != std::string_view::npos) return false;
   double value = 0.0;
-  return ParseNumber(number, &value) && std::abs(value) > kExactIntegers;
+  return ParseNumber(number, &value) && std::abs(value) >= kExactIntegers;
 }
 
 bool CsvIsWhole(std::string_view number) {

@@ -19,7 +19,7 @@ namespace MCHost {
 
 namespace {
 
-constexpr double kExactIntegers = 9007199254740992.0;  // 2^53
+constexpr double kExactIntegers = 9007199254740992.0;  // 2^53, to which 2^53 + 1 is rounded
 constexpr std::int32_t kUnknownCode = -2;
 
 // Reads n numbers from raw index `at` of a data buffer, each divided by `divisor`.
@@ -334,7 +334,7 @@ void ArrowColumn::MarkMissing(std::int64_t at, std::size_t n, double* values) {
       fReadNumbers == ReadPlain<std::int64_t> || fReadNumbers == ReadPlain<std::uint64_t>;
   if (!wide || fpType->fNote != nullptr || fDivisor != 1.0 || fbDigitsLost) return;
   fbDigitsLost = std::any_of(values, values + n, [](double value) {
-    return std::abs(value) > kExactIntegers && value != KOVA_SystemMissing;
+    return std::abs(value) >= kExactIntegers && value != KOVA_SystemMissing;
   });
 }
 

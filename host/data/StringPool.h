@@ -15,6 +15,10 @@ namespace MCHost {
 
 class StringPool : public StringDictionary {
  public:
+  StringPool() = default;
+  StringPool(const StringPool&) = delete;
+  StringPool& operator=(const StringPool&) = delete;
+
   std::int32_t Size() const override { return static_cast<std::int32_t>(fStrings.size()); }
   const std::string& At(std::int32_t code) const override {
     return fStrings[static_cast<std::size_t>(code)];
