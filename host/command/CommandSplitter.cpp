@@ -29,8 +29,7 @@ void SetPlace(std::string_view before, CommandText& command) {
       newline == std::string_view::npos ? before : before.substr(newline + 1);
   const auto startsCharacter = [](char c) { return (c & 0xC0) != 0x80; };
   command.fLine = 1 + static_cast<int>(std::count(before.begin(), before.end(), '\n'));
-  command.fColumn =
-      1 + static_cast<int>(std::count_if(line.begin(), line.end(), startsCharacter));
+  command.fColumn = 1 + static_cast<int>(std::count_if(line.begin(), line.end(), startsCharacter));
 }
 
 }  // namespace

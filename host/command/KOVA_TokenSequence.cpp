@@ -29,8 +29,8 @@ void AppendMacro(TokenInfoObj macro, const MCHost::ISession& session,
 
 std::vector<TokenInfoObj> TokensOf(const MCHost::ISession& session, bool expandMacros) {
   std::vector<TokenInfoObj> tokens;
-  for (const TokenInfoObj& token : MCHost::Tokenize(
-           session.CommandText(), session.CommandLine(), session.CommandColumn())) {
+  for (const TokenInfoObj& token :
+       MCHost::Tokenize(session.CommandText(), session.CommandLine(), session.CommandColumn())) {
     if (expandMacros && token.fType == TokenInfoObj::kMacro) {
       AppendMacro(token, session, tokens);
     } else {

@@ -35,8 +35,7 @@ Type TypeOfMark(char c) {
 // Walks the text once, keeping line and column beside the offset.
 class Reader {
  public:
-  Reader(std::string_view text, int line, int column)
-      : fText(text), fLine(line), fColumn(column) {}
+  Reader(std::string_view text, int line, int column) : fText(text), fLine(line), fColumn(column) {}
 
   TokenInfoObj Next() {
     while (fOffset < fText.size() && IsIn(kBlanks, Current())) Advance();
