@@ -45,7 +45,8 @@ class ParamDescriptor {
   ParamDescriptor& setQualifOption(QualifOption option);
   ParamDescriptor& addQualifDesc(ParamDescriptor qualifier);
 
-  // The value that holds when the parameter is not given; of flags and names there is none.
+  // The value that holds when the parameter is not given, a number or a word. New names have both,
+  // a count and a root, set in this order.
   ParamDescriptor& setDefault(double value);
   ParamDescriptor& setDefault(std::string value);
 

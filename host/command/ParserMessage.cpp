@@ -110,7 +110,7 @@ void ParserMessage::InvalidParamOption(const std::string& word, const std::strin
 
 void ParserMessage::InvalidVarName(const std::string& name, const std::string& param,
                                    const std::string& subCom) const {
-  Raise(kError, "\"^1\" in ^2 can not be the name of a new variable.",
+  Raise(kError, "\"^1\" can not be a name for ^2.",
         {name, PlaceOf(param, subCom)});
 }
 
