@@ -91,7 +91,7 @@ std::string ParamDescriptor::Expectation() const {
                                           "a file name in quotes"};
   std::string text = kWhat[fKind];
   const std::string bounds = BoundsText();
-  if (!bounds.empty()) text += " " + bounds;
+  if (!bounds.empty()) text += (bounds.starts_with("at") ? " of " : " ") + bounds;
   const std::string words = MCHost::JoinAlternatives(fStringValues);
   if (words.empty()) return text;
   const bool insteadOfNumber = fKind == kNumber || fKind == kInteger;

@@ -110,8 +110,7 @@ void ParserMessage::InvalidParamOption(const std::string& word, const std::strin
 
 void ParserMessage::InvalidVarName(const std::string& name, const std::string& param,
                                    const std::string& subCom) const {
-  Raise(kError, "\"^1\" can not be a name for ^2.",
-        {name, PlaceOf(param, subCom)});
+  Raise(kError, "\"^1\" can not be a name for ^2.", {name, PlaceOf(param, subCom)});
 }
 
 void ParserMessage::UnknownVariable(const std::string& name) const {
