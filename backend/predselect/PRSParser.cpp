@@ -198,14 +198,14 @@ bool PRSParser::TakeCandidates(const SubComObj& subCom) {
   const ParamObj* covariates = subCom.getParamObj("WITH");
   std::vector<int> leftOut = LeftOutOfAll();
   fpFactors->SetAllVarsByDefault(factors == nullptr && covariates == nullptr);
-  const bool covariatesLast = UsesAll(covariates);
-  VarSpecObj& first = covariatesLast ? *fpFactors : *fpCovariates;
-  VarSpecObj& second = covariatesLast ? *fpCovariates : *fpFactors;
+  const bool factorsLast = UsesAll(factors);
+  VarSpecObj& first = factorsLast ? *fpCovariates : *fpFactors;
+  VarSpecObj& second = factorsLast ? *fpFactors : *fpCovariates;
   first.SetLeftOutOfAll(leftOut);
-  bool isValid = first.ValidateVariables(covariatesLast ? factors : covariates);
+  bool isValid = first.ValidateVariables(factorsLast ? covariates : factors);
   Append(first, leftOut);
   second.SetLeftOutOfAll(leftOut);
-  isValid = second.ValidateVariables(covariatesLast ? covariates : factors) && isValid;
+  isValid = second.ValidateVariables(factorsLast ? factors : covariates) && isValid;
   return isValid;
 }
 

@@ -40,7 +40,16 @@ void ParserMessage::UnknownMacro(const std::string& name) const {
 }
 
 void ParserMessage::UnexpectedToken(const TokenInfoObj& found) const {
-  Raise(kError, "Found ^1 where it has no meaning.", {found.Described()});
+  switch (found.fType) {
+    case TokenInfoObj::kEnd:
+      Raise(kError, "The command ends too early.", {});
+      break;
+    case TokenInfoObj::kSlash:
+      Raise(kError, "The subcommand ends too early.", {});
+      break;
+    default:
+      Raise(kError, "Found ^1 where it has no meaning.", {found.Described()});
+  }
 }
 
 void ParserMessage::InvalidCommand(const std::string& word) const {

@@ -9,10 +9,6 @@ bool TokenInfoObj::IsWord(const std::string& keyword) const {
 
 std::string TokenInfoObj::Described() const {
   switch (fType) {
-    case kEnd:
-      return "the end of the command";
-    case kSlash:
-      return "the end of the subcommand";
     case kString:
       return "'" + fText + "'";
     case kMacro:

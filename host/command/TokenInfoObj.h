@@ -36,7 +36,7 @@ struct TokenInfoObj {
   // True for a token that can name a variable: a word, or a name in double quotes.
   bool IsName() const { return fType == kWord || fType == kQuotedName; }
 
-  // The token as a message shows it: quoted, or "the end of the command".
+  // The token as a message shows it, with quotes.
   std::string Described() const;
 
   // True when `text`, unquoted, is read as one word.
