@@ -23,13 +23,14 @@ std::vector<std::string> NamesToType(const SubComDescriptor& subCom) {
   return names;
 }
 
-// Moves to the next word that begins a parameter, so that reading can go on after an error.
+// Moves to the next word that begins a parameter, or would if it were known, so that reading can go
+// on after an error.
 void SkipToParam(TokenCursor& cursor, const SubComDescriptor& subCom) {
   const std::vector<std::string> names = NamesToType(subCom);
   while (!cursor.AtEnd()) {
     const TokenInfoObj& token = cursor.Peek();
-    if (token.fType == TokenInfoObj::kWord &&
-        MatchKeyword(token.fText, names).fResult == KeywordMatch::kFound) {
+    const bool isKnown = MatchKeyword(token.fText, names).fResult == KeywordMatch::kFound;
+    if (token.fType == TokenInfoObj::kWord && (isKnown || cursor.Is(TokenInfoObj::kEquals, 1))) {
       return;
     }
     cursor.Take();

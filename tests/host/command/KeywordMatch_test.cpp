@@ -24,7 +24,9 @@ TEST(KeywordMatch, TakesAbbreviationsOfThreeLettersThatLeaveNoDoubt) {
   for (const auto& c : cases) {
     const KeywordMatch match = MatchKeyword(c.fWord, keywords);
     EXPECT_EQ(match.fResult, c.fResult) << c.fWord;
-    if (c.fResult == KeywordMatch::kFound) EXPECT_EQ(match.fIndex, c.fIndex) << c.fWord;
+    if (c.fResult == KeywordMatch::kFound) {
+      EXPECT_EQ(match.fIndex, c.fIndex) << c.fWord;
+    }
   }
 }
 
