@@ -32,17 +32,19 @@ bool Contains(const VarSpecObj& role, int variable) {
   return std::find(held.begin(), held.end(), variable) != held.end();
 }
 
-// The two lists of the specifications, from predictors.
-template <typename Predictors>
-std::pair<PRSValidSpecs::IntList, PRSValidSpecs::BoolList> Split(const Predictors& predictors) {
-  auto variables = std::make_unique<std::vector<int>>();
-  auto flags = std::make_unique<std::vector<bool>>();
-  for (const auto& predictor : predictors) {
-    variables->push_back(predictor.fVariable);
-    flags->push_back(predictor.fbCategorical);
+// Predictors as the two lists of the specifications.
+struct Lists {
+  template <typename Predictors>
+  explicit Lists(const Predictors& predictors) {
+    for (const auto& predictor : predictors) {
+      fpVariables->push_back(predictor.fVariable);
+      fbpCategorical->push_back(predictor.fbCategorical);
+    }
   }
-  return {std::move(variables), std::move(flags)};
-}
+
+  PRSValidSpecs::IntList fpVariables = std::make_unique<std::vector<int>>();
+  PRSValidSpecs::BoolList fbpCategorical = std::make_unique<std::vector<bool>>();
+};
 
 }  // namespace
 
@@ -143,11 +145,11 @@ void PRSParser::TakeWeight() {
 }
 
 void PRSParser::FinalCleanUp() {
-  auto [predictors, flags] = Split(fPredictors);
-  fSpecs.SetPredictList(std::move(predictors), std::move(flags));
+  Lists predictors(fPredictors);
+  fSpecs.SetPredictList(std::move(predictors.fpVariables), std::move(predictors.fbpCategorical));
   if (!fForced.empty()) {
-    auto [forced, forcedFlags] = Split(fForced);
-    fSpecs.SetForcePredList(std::move(forced), std::move(forcedFlags));
+    Lists forced(fForced);
+    fSpecs.SetForcePredList(std::move(forced.fpVariables), std::move(forced.fbpCategorical));
   }
   if (fpExceptVars->GetNValidVars() > 0) {
     fSpecs.SetExceptList(std::make_unique<std::vector<int>>(fpExceptVars->GetValidVarList()));
