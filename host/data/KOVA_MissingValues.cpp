@@ -2,9 +2,13 @@
 
 #include <algorithm>
 
+#include "common/MissingValue.h"
+
 bool KOVA_MissingValues::Contains(double value) const {
-  return (fbRange && fLow <= value && value <= fHigh) ||
-         std::find(fNumbers.begin(), fNumbers.end(), value) != fNumbers.end();
+  // An open range starts at the lowest double, which is also the marker of system-missing.
+  if (MCMV::IsMissing(value)) return false;
+  if (fbRange && value >= fLow && value <= fHigh) return true;
+  return std::find(fNumbers.begin(), fNumbers.end(), value) != fNumbers.end();
 }
 
 bool KOVA_MissingValues::Contains(const std::string& value) const {
