@@ -10,8 +10,6 @@
 
 #include "host/output/OutputText.h"
 
-class KOVA_Variable;
-
 class BpComposite {
  public:
   explicit BpComposite(std::string key);

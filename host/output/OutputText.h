@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace MCHost {
@@ -9,9 +10,10 @@ namespace MCHost {
 struct OutputText {
   // How the key is to be read.
   enum Kind {
-    kKey,      // a key of the string table, its placeholders filled with the arguments
-    kLiteral,  // the text itself: a name typed by the user, a number already formatted
-    kVariable  // a variable: fKey is its name, fLabel its label (empty for none)
+    kKey,       // a key of the string table, its placeholders filled with the arguments
+    kLiteral,   // the text itself: a name typed by the user, a number already formatted
+    kVariable,  // a variable: fKey is its name, fLabel its label (empty for none)
+    kValue      // a value of the data: fKey is the value as printed, fLabel its label or empty
   };
 
   Kind fKind = kLiteral;
@@ -20,8 +22,16 @@ struct OutputText {
   std::vector<OutputText> fArguments;  // for kKey
   std::vector<OutputText> fItems;      // for an argument that is a list
 
+  bool operator==(const OutputText&) const = default;
+
   static OutputText Key(std::string key) { return {kKey, std::move(key), {}, {}, {}}; }
   static OutputText Literal(std::string text) { return {kLiteral, std::move(text), {}, {}, {}}; }
+  static OutputText Variable(std::string name, std::string label) {
+    return {kVariable, std::move(name), std::move(label), {}, {}};
+  }
+  static OutputText Value(std::string value, std::string label) {
+    return {kValue, std::move(value), std::move(label), {}, {}};
+  }
 };
 
 }  // namespace MCHost

@@ -43,6 +43,13 @@ class ISession {
   // Gives a macro its values: `!name` in a later command expands to them.
   virtual void SetMacro(const std::string& name, const std::vector<std::string>& values) = 0;
 
+  // The values of a macro, null for one that was never set. A session that keeps no macros need not
+  // implement this.
+  virtual const std::vector<std::string>* FindMacro(const std::string& name) const {
+    (void)name;
+    return nullptr;
+  }
+
   virtual const AppParams& GetAppParams() const = 0;
 
   // A directory for temporary files, without a trailing separator.
