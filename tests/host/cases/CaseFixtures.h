@@ -1,7 +1,9 @@
 // A session over a table in memory, and a table that fails when it is read.
 #pragma once
 
+#include <limits>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
