@@ -5,6 +5,10 @@ target_include_directories(predselect_flags INTERFACE ${PROJECT_SOURCE_DIR})
 # The same input gives the same bits on every machine: no fused contraction, no fast-math.
 target_compile_options(predselect_flags INTERFACE -ffp-contract=off -Wall -Wextra -Wpedantic
   -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual $<$<BOOL:${PREDSELECT_WERROR}>:-Werror>)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  # GCC 12 sees overlapping copies in every `"text" + std::string` (its bug 105651).
+  target_compile_options(predselect_flags INTERFACE -Wno-restrict)
+endif()
 if(PREDSELECT_SANITIZE)
   target_compile_options(predselect_flags INTERFACE -fsanitize=${PREDSELECT_SANITIZE}
     -fno-sanitize-recover=all -fno-omit-frame-pointer)
@@ -37,7 +41,7 @@ endfunction()
 
 # predselect_objects(<target> <layer>...): puts the layers' objects and libraries into a target.
 function(predselect_objects target)
-  target_link_libraries(${target} PRIVATE predselect_flags)
+  target_link_libraries(${target} PRIVATE $<BUILD_INTERFACE:predselect_flags>)
   foreach(layer IN LISTS ARGN)
     get_target_property(type layer_${layer} TYPE)
     if(type STREQUAL "OBJECT_LIBRARY")
@@ -59,6 +63,7 @@ function(predselect_library name kind)
   target_compile_features(${name} INTERFACE cxx_std_20)
   if(kind STREQUAL "SHARED")
     set_target_properties(${name} PROPERTIES
-      VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+      VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} INSTALL_RPATH "$ORIGIN")
   endif()
+  install(TARGETS ${name} EXPORT PredSelectTargets)
 endfunction()

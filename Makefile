@@ -1,0 +1,41 @@
+# Each of the first two does everything from a fresh machine: packages, configure, build, run.
+#   make demo    a complete run on real data
+#   make test    the whole test suite
+#   make build   optimised build in build/release
+#   make bench   what the hot paths cost
+#   make asan    the test suite under AddressSanitizer and UBSan
+#   make tidy    clang-tidy over all sources
+.PHONY: demo test build bench asan tidy format setup clean
+
+demo: build
+	@scripts/demo
+
+test: build
+	ctest --preset release
+
+build: setup
+	cmake --preset release >/dev/null
+	cmake --build --preset release
+
+bench: build
+	@scripts/bench
+
+asan: setup
+	cmake --preset asan >/dev/null
+	cmake --build --preset asan
+	ctest --preset asan
+
+tidy:
+	@scripts/setup --dev
+	cmake --preset release >/dev/null
+	@scripts/tidy
+
+format:
+	@scripts/setup --dev
+	git ls-files '*.h' '*.cpp' | xargs clang-format -i
+
+setup:
+	@scripts/setup
+
+clean:
+	rm -rf build

@@ -1,0 +1,17 @@
+#include "host/arrow/ArrowFailure.h"
+
+#include <arrow/util/io_util.h>
+
+#include <cstring>
+
+#include "host/session/HostIOError.h"
+
+namespace MCHost {
+
+void Check(const arrow::Status& status, const std::string& file) {
+  if (status.ok()) return;
+  const int error = arrow::internal::ErrnoFromStatus(status);
+  throw HostIOError(file, "", error != 0 ? std::strerror(error) : status.message());
+}
+
+}  // namespace MCHost

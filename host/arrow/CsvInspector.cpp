@@ -1,0 +1,275 @@
+#include "host/arrow/CsvInspector.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "host/session/HostIOError.h"
+
+namespace MCHost {
+
+namespace {
+
+// A text longer than this is text, and its end need not be kept.
+constexpr std::size_t kLongText = 1024;
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+struct Declaration {
+  FieldType fType;
+  unsigned fKinds;    // the kinds that a value may have
+  const char* fName;  // "is not a ..."
+};
+
+constexpr Declaration kDeclarations[] = {
+    {FieldType::kAny, kCsvAll, ""},
+    {FieldType::kString, kCsvText, "string"},
+    {FieldType::kNumber, kCsvNumber, "number"},
+    {FieldType::kInteger, kCsvNumber, "whole number"},
+    {FieldType::kBoolean, kCsvBoolean, "true or false value"},
+    {FieldType::kDate, kCsvDate, "date (such as 2024-02-29)"},
+    {FieldType::kDateTime, kCsvDateTime | kCsvZonedTime, "date and time"},
+    {FieldType::kTime, kCsvTime, "time (such as 12:30:00)"},
+};
+
+const Declaration& DeclarationOf(FieldType type) {
+  return *std::find_if(std::begin(kDeclarations), std::end(kDeclarations),
+                       [type](const Declaration& one) { return one.fType == type; });
+}
+
+std::string Count(std::size_t n, const char* noun) {
+  return std::to_string(n) + " " + noun + (n == 1 ? "" : "s");
+}
+
+}  // namespace
+
+CsvInspector::CsvInspector(std::string source, const CsvRules& rules)
+    : fSource(std::move(source)), fpRules(&rules) {
+  std::fill(fClasses.begin() + 128, fClasses.end(), kHigh);
+  fClasses['"'] = kQuote;
+  fClasses['\n'] = fClasses['\r'] = kNewline;
+  fClasses[0] = kForbidden;
+  fClasses[static_cast<std::uint8_t>(rules.fDelimiter)] = kDelimiter;
+  for (const std::string& token : rules.fNullTokens) {
+    if (!token.empty()) fStartsNull[static_cast<std::uint8_t>(token[0])] = true;
+  }
+}
+
+void CsvInspector::Feed(const char* data, std::size_t size) {
+  fpChunk = data;
+  const char* const end = data + size;
+  const char* at = fOffset == 0 ? SkipByteOrderMark(data, end) : data;
+  while (at != end) at = Step(at, end);
+  fOffset += static_cast<std::int64_t>(size);
+}
+
+const char* CsvInspector::SkipByteOrderMark(const char* at, const char* end) {
+  if (std::string_view(at, static_cast<std::size_t>(end - at)).substr(0, 3) != kByteOrderMark) {
+    return at;
+  }
+  fLineStart = fRowStart = static_cast<std::int64_t>(kByteOrderMark.size());
+  return at + kByteOrderMark.size();
+}
+
+const char* CsvInspector::Step(const char* at, const char* end) {
+  switch (fState) {
+    case kRowStart:
+      if (ClassOf(*at) == kNewline) {  // a blank line, or the second half of CRLF
+        CountLine(at);
+        return at + 1;
+      }
+      fRowStart = Position(at);
+      return StartField(at);
+    case kFieldStart:
+      return StartField(at);
+    case kPlain:
+      return ReadPlain(at, end);
+    case kQuoted:
+      return ReadQuoted(at, end);
+    case kQuoteSeen:
+      return AfterQuote(at);
+  }
+  return end;
+}
+
+const char* CsvInspector::StartField(const char* at) {
+  fText.clear();
+  fFieldMark = MarkOf(at);
+  const bool quoted = *at == '"';
+  fState = quoted ? kQuoted : kPlain;
+  return quoted ? at + 1 : at;
+}
+
+const char* CsvInspector::ReadPlain(const char* at, const char* end) {
+  const char* const start = at;
+  while (true) {
+    if (fUtf8Left == 0) {
+      while (at != end && ClassOf(*at) <= kQuote) ++at;
+    }
+    if (at == end) {
+      Keep(start, end);
+      return end;
+    }
+    if (fUtf8Left == 0 && ClassOf(*at) != kHigh) break;
+    CheckUtf8(at++);
+  }
+  if (fText.empty()) return EndFieldAt(at, {start, static_cast<std::size_t>(at - start)});
+  Keep(start, at);
+  return EndFieldAt(at, fText);
+}
+
+const char* CsvInspector::ReadQuoted(const char* at, const char* end) {
+  const char* const start = at;
+  for (; at != end; ++at) {
+    const ByteClass kind = ClassOf(*at);
+    if (fUtf8Left > 0 || kind == kHigh || kind == kForbidden) {
+      CheckUtf8(at);
+    } else if (kind == kNewline) {
+      fbQuotedNewlines = true;
+      CountLine(at);
+    } else if (kind == kQuote) {
+      Keep(start, at);
+      fState = kQuoteSeen;
+      return at + 1;
+    }
+  }
+  Keep(start, end);
+  return end;
+}
+
+const char* CsvInspector::AfterQuote(const char* at) {
+  const ByteClass kind = ClassOf(*at);
+  if (kind == kQuote) {
+    Keep(at, at + 1);
+    fState = kQuoted;
+    return at + 1;
+  }
+  if (kind != kDelimiter && kind != kNewline) {
+    Fail(MarkOf(at), "only a delimiter or the end of the line may follow a closing quote");
+  }
+  return EndFieldAt(at, fText);
+}
+
+// Ends the field, and the row where a line ends. `at` is the delimiter or the end of the line.
+const char* CsvInspector::EndFieldAt(const char* at, std::string_view text) {
+  if (ClassOf(*at) == kForbidden) CheckUtf8(at);
+  EndField(text);
+  fState = kFieldStart;
+  if (ClassOf(*at) == kDelimiter) return at + 1;
+  fLongestRow = std::max(fLongestRow, Position(at) - fRowStart);
+  EndRow(MarkOf(at));
+  CountLine(at);
+  return at + 1;
+}
+
+void CsvInspector::Finish() {
+  if (fUtf8Left > 0) Fail(fFieldMark, "the text ends within a character");
+  if (fState == kQuoted) Fail(fFieldMark, "the quote that opens here is never closed");
+  if (fState != kRowStart) {
+    const Mark end{fLine, fOffset - fLineStart - fContinuation + 1};
+    if (fState == kFieldStart) fText.clear();
+    EndField(fText);
+    fLongestRow = std::max(fLongestRow, fOffset - fRowStart);
+    EndRow(end);
+  }
+  if (fNRows == 0) {
+    throw HostIOError(fSource, "", fOffset == 0 ? "the file is empty" : "there is no header row");
+  }
+}
+
+// A field that is only looked at may be kept in part; a name is kept whole.
+void CsvInspector::Keep(const char* from, const char* to) {
+  if (fNRows == 0 || fText.size() < kLongText) fText.append(from, to);
+}
+
+void CsvInspector::CheckUtf8(const char* at) {
+  const auto byte = static_cast<std::uint8_t>(*at);
+  if (byte == 0) Fail(MarkOf(at), "a zero byte is not text");
+  if (fUtf8Left > 0) {
+    if (byte < fUtf8Low || byte > fUtf8High) Fail(MarkOf(at), "the text is not valid UTF-8");
+    ++fContinuation;
+    --fUtf8Left;
+    fUtf8Low = 0x80;
+    fUtf8High = 0xBF;
+    return;
+  }
+  if (byte < 0xC2 || byte > 0xF4) Fail(MarkOf(at), "the text is not valid UTF-8");
+  fUtf8Left = byte < 0xE0 ? 1 : byte < 0xF0 ? 2 : 3;
+  // Overlong forms, surrogates and points beyond the last one are out of bounds.
+  fUtf8Low = byte == 0xE0 ? 0xA0 : byte == 0xF0 ? 0x90 : 0x80;
+  fUtf8High = byte == 0xED ? 0x9F : byte == 0xF4 ? 0x8F : 0xBF;
+}
+
+void CsvInspector::CountLine(const char* at) {
+  const std::int64_t position = Position(at);
+  const bool secondHalf = *at == '\n' && fReturnAt == position - 1 && position > 0;
+  if (!secondHalf) ++fLine;
+  if (*at == '\r') fReturnAt = position;
+  fLineStart = position + 1;
+  fContinuation = 0;
+}
+
+void CsvInspector::EndField(std::string_view text) {
+  const std::size_t field = fNFields++;
+  if (fNRows == 0) return AddName(text);
+  if (field >= fColumns.size()) {
+    Fail(fFieldMark,
+         "the row has more fields than the header, which has " + Count(fColumns.size(), "field"));
+  }
+  if (fColumns[field].fKinds != kCsvText) Observe(fColumns[field], text);
+}
+
+void CsvInspector::EndRow(const Mark& end) {
+  if (fNRows > 0 && fNFields < fColumns.size()) {
+    Fail(end, "the row ends after " + Count(fNFields, "field") + "; the header has " +
+                  std::to_string(fColumns.size()));
+  }
+  ++fNRows;
+  fNFields = 0;
+  fState = kRowStart;
+}
+
+void CsvInspector::AddName(std::string_view name) {
+  if (name.empty()) Fail(fFieldMark, "the column has no name");
+  for (const CsvColumn& column : fColumns) {
+    if (column.fName == name) {
+      Fail(fFieldMark, "a column named \"" + column.fName + "\" is there already");
+    }
+  }
+  CsvColumn column;
+  column.fName = name;
+  const auto declared = fpRules->fTypes.find(column.fName);
+  if (declared != fpRules->fTypes.end()) column.fDeclared = declared->second;
+  column.fKinds = DeclarationOf(column.fDeclared).fKinds;
+  fColumns.push_back(std::move(column));
+}
+
+void CsvInspector::Observe(CsvColumn& column, std::string_view text) {
+  if (IsNull(text)) return;
+  unsigned kinds = CsvKindsOf(text);
+  const FieldType declared = column.fDeclared;
+  if (declared == FieldType::kBoolean && (text == "0" || text == "1")) kinds = kCsvBoolean;
+  if (declared == FieldType::kInteger && kinds == kCsvNumber && !CsvIsWhole(text)) kinds = kCsvText;
+  column.fKinds &= kinds;
+  if (column.fKinds == kCsvNumber && CsvLosesDigits(text)) column.fbDigitsLost = true;
+  if (column.fKinds != kCsvText || declared == FieldType::kAny) return;
+  Fail(fFieldMark, "\"" + std::string(text) + "\" is not a " + DeclarationOf(declared).fName +
+                       ", as column \"" + column.fName + "\" is declared");
+}
+
+bool CsvInspector::IsNull(std::string_view text) const {
+  if (text.empty()) return true;
+  if (!fStartsNull[static_cast<std::uint8_t>(text[0])]) return false;
+  const auto& tokens = fpRules->fNullTokens;
+  return std::find(tokens.begin(), tokens.end(), text) != tokens.end();
+}
+
+CsvInspector::Mark CsvInspector::MarkOf(const char* at) const {
+  return {fLine, Position(at) - fLineStart - fContinuation + 1};
+}
+
+void CsvInspector::Fail(const Mark& mark, const std::string& reason) const {
+  throw HostIOError(
+      fSource, "line " + std::to_string(mark.fLine) + ", column " + std::to_string(mark.fColumn),
+      reason);
+}
+
+}  // namespace MCHost

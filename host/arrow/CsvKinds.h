@@ -1,0 +1,32 @@
+// What the texts of a CSV column can be read as.
+//
+// A text fits a set of kinds, a column the kinds that all its texts have in common. A column that
+// has none left is text; one that has all of them held nothing but nulls.
+#pragma once
+
+#include <string_view>
+
+namespace MCHost {
+
+enum CsvKind : unsigned {
+  kCsvText = 0,
+  kCsvBoolean = 1,     // true, false
+  kCsvNumber = 2,      // 12, -0.5, 1e5, inf
+  kCsvDate = 4,        // 2024-02-29
+  kCsvDateTime = 8,    // a date with or without a time, no zone: 2024-02-29 12:30
+  kCsvZonedTime = 16,  // a date with a time and a zone: 2024-02-29T12:30:00Z
+  kCsvTime = 32,       // 12:30, 12:30:00.5
+  kCsvAll = 63
+};
+
+// The kinds that the text fits, exactly as the reader of the file will take them later. Blanks
+// around a number do not count.
+unsigned CsvKindsOf(std::string_view text);
+
+// True for a whole number beyond 2^53, so that a double may not hold its last digits.
+bool CsvLosesDigits(std::string_view number);
+
+// True for a number without a fraction.
+bool CsvIsWhole(std::string_view number);
+
+}  // namespace MCHost

@@ -1,0 +1,102 @@
+#include "host/arrow/DataFile.h"
+
+#include <algorithm>
+#include <cstring>
+#include <iostream>
+#include <iterator>
+#include <utility>
+
+#include "host/arrow/ColumnarWriter.h"
+#include "host/arrow/CsvSource.h"
+#include "host/arrow/CsvWriter.h"
+#include "host/arrow/IpcSource.h"
+#include "host/arrow/ParquetSource.h"
+#include "host/data/MemoryTable.h"
+#include "host/data/StreamedTable.h"
+#include "host/session/HostIOError.h"
+
+namespace MCHost {
+
+namespace {
+
+constexpr char kStandardInput[] = "-";
+
+enum class Format { kDelimited, kParquet, kIpc };
+
+struct Extension {
+  const char* fText;
+  Format fFormat;
+  char fDelimiter;
+};
+
+constexpr Extension kExtensions[] = {{".csv", Format::kDelimited, ','},
+                                     {".tsv", Format::kDelimited, '\t'},
+                                     {".parquet", Format::kParquet, 0},
+                                     {".arrow", Format::kIpc, 0},
+                                     {".feather", Format::kIpc, 0}};
+
+const Extension& ExtensionOf(const std::string& path) {
+  std::string end = path.substr(std::min(path.rfind('.'), path.size()));
+  for (char& c : end) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  for (const Extension& known : kExtensions) {
+    if (end == known.fText) return known;
+  }
+  std::string allowed;
+  for (const Extension& known : kExtensions) {
+    allowed += (allowed.empty() ? "" : ", ") + std::string(known.fText);
+  }
+  throw HostIOError(path, "", "the extension does not tell a data format; known are " + allowed);
+}
+
+CsvRules RulesOf(const DataFileOptions& options, char delimiter) {
+  CsvRules rules{delimiter, {"", "NA", "NaN", "null"}, options.fTypes};
+  rules.fNullTokens.insert(rules.fNullTokens.end(), options.fNullTokens.begin(),
+                           options.fNullTokens.end());
+  return rules;
+}
+
+std::unique_ptr<IArrowSource> ReadStandardInput(const DataFileOptions& options) {
+  std::string text(std::istreambuf_iterator<char>(std::cin), {});
+  return std::make_unique<CsvSource>("standard input", std::move(text), RulesOf(options, ','));
+}
+
+}  // namespace
+
+std::unique_ptr<IArrowSource> OpenDataSource(const std::string& path,
+                                             const DataFileOptions& options) {
+  if (path == kStandardInput) return ReadStandardInput(options);
+  const Extension& extension = ExtensionOf(path);
+  switch (extension.fFormat) {
+    case Format::kParquet:
+      return std::make_unique<ParquetSource>(path);
+    case Format::kIpc:
+      return std::make_unique<IpcSource>(path);
+    case Format::kDelimited:
+      break;
+  }
+  return std::make_unique<CsvSource>(path, RulesOf(options, extension.fDelimiter));
+}
+
+std::unique_ptr<DataTable> OpenDataFile(const std::string& path, const DataFileOptions& options,
+                                        TableStorage storage) {
+  if (path == kStandardInput && storage == TableStorage::kStreamed) {
+    throw HostIOError("standard input", "", "it can be read only once, so it cannot be streamed");
+  }
+  std::unique_ptr<IArrowSource> source = OpenDataSource(path, options);
+  if (storage == TableStorage::kMemory) return std::make_unique<MemoryTable>(*source);
+  return std::make_unique<StreamedTable>(std::move(source));
+}
+
+void WriteDataFile(ITable& table, const std::string& path) {
+  const Extension& extension = ExtensionOf(path);
+  switch (extension.fFormat) {
+    case Format::kParquet:
+      return WriteParquet(table, path);
+    case Format::kIpc:
+      return WriteIpc(table, path);
+    case Format::kDelimited:
+      return WriteCsv(table, path, extension.fDelimiter);
+  }
+}
+
+}  // namespace MCHost

@@ -1,0 +1,29 @@
+// A Parquet file, read row group by row group.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/data/IArrowSource.h"
+
+namespace MCHost {
+
+class ParquetSource final : public IArrowSource {
+ public:
+  // Reads the file's footer. Throws HostIOError.
+  explicit ParquetSource(std::string path);
+
+  const std::string& Name() const override { return fName; }
+  void Open(const std::vector<int>* columns, ArrowArrayStream* stream) override;
+  std::int64_t CaseCount() const override { return fNCases; }
+  int ColumnsAtATime() const override { return fNColumnsAtATime; }
+
+ private:
+  std::string fName;
+  std::int64_t fNCases = 0;
+  int fNColumnsAtATime = 0;
+};
+
+}  // namespace MCHost

@@ -1,0 +1,39 @@
+// A source of data that can be opened again and again: a file, a query, a function of a caller.
+//
+// Every opening gives the same cases in the same order. The source must outlive the streams opened
+// from it; one thread at a time.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <string>
+#include <vector>
+
+struct ArrowArrayStream;
+
+namespace MCHost {
+
+class IArrowSource {
+ public:
+  virtual ~IArrowSource() = default;
+
+  // What messages call the source: a file's name, usually.
+  virtual const std::string& Name() const = 0;
+
+  // Fills `stream`, which the caller releases. `columns` chooses what the stream carries: positions
+  // in the whole source, ascending and without repeats; null means all columns.
+  // Throws HostIOError, and then leaves `stream` as it was.
+  virtual void Open(const std::vector<int>* columns, ArrowArrayStream* stream) = 0;
+
+  // Number of cases when that is known without reading, otherwise -1.
+  virtual std::int64_t CaseCount() const { return -1; }
+
+  // How many columns can be read side by side in little memory (tens of megabytes). Less than all
+  // of them for a format that keeps long stretches of each column together.
+  virtual int ColumnsAtATime() const { return std::numeric_limits<int>::max(); }
+
+  // What the user should know of how the source was read, one sentence each.
+  virtual std::vector<std::string> Notes() const { return {}; }
+};
+
+}  // namespace MCHost

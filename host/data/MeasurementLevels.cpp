@@ -1,0 +1,95 @@
+#include "host/data/MeasurementLevels.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <memory>
+#include <utility>
+#include <vector>
+
+#include "common/MissingValue.h"
+#include "host/data/ITable.h"
+
+namespace MCHost {
+
+namespace {
+
+constexpr std::int64_t kFirstLook = 1024;
+
+// What has been seen of one numeric variable.
+class Evidence {
+ public:
+  explicit Evidence(KOVA_Variable& variable) : fpVariable(&variable) {}
+
+  bool IsScale() const { return fbScale; }
+  void Observe(const double* values, std::size_t n) {
+    for (std::size_t i = 0; i < n && !fbScale; ++i) Observe(values[i]);
+  }
+  void Settle() {
+    fpVariable->SetMeasurementLevel(fbScale ? KOVA_Variable::kScale : KOVA_Variable::kNominal);
+  }
+
+ private:
+  void Observe(double value) {
+    if (MCMV::IsMissing(value)) return;
+    if (std::find(fDistinct.begin(), fDistinct.end(), value) != fDistinct.end()) return;
+    if (fpVariable->GetMissingValues().Contains(value)) return;
+    fDistinct.push_back(value);
+    fbScale = value != std::floor(value) || fDistinct.size() >= kScaleDistinctValues;
+  }
+
+  KOVA_Variable* fpVariable;
+  std::vector<double> fDistinct;
+  bool fbScale = false;
+};
+
+using Question = std::pair<int, Evidence>;  // a column and what has been seen of it
+
+// Shows the evidence the first cases of its columns, at most `maxCases` of them.
+void Observe(ITable& table, std::vector<Question>& open, std::int64_t maxCases) {
+  std::vector<int> columns;
+  for (const Question& one : open) columns.push_back(one.first);
+  const std::unique_ptr<ITableScan> scan = table.Scan(columns);
+  const auto isScale = [](const Question& one) { return one.second.IsScale(); };
+  const TableBatch* batch = nullptr;
+  do {
+    batch = scan->Next();
+    if (batch == nullptr || batch->fFirstCase >= maxCases) return;
+    for (std::size_t j = 0; j < open.size(); ++j) {
+      open[j].second.Observe(batch->fColumns[j].fpNumbers, batch->fNCases);
+    }
+  } while (!std::all_of(open.begin(), open.end(), isScale));
+}
+
+// Settles the columns that are known to be scale and keeps the others.
+void DropScale(std::vector<Question>& open) {
+  std::erase_if(open, [](Question& one) {
+    if (one.second.IsScale()) one.second.Settle();
+    return one.second.IsScale();
+  });
+}
+
+}  // namespace
+
+void SettleMeasurementLevels(ITable& table) {
+  std::vector<Question> open;
+  for (int i = 0; i < table.ColumnCount(); ++i) {
+    KOVA_Variable& variable = table.GetVariable(i);
+    if (variable.GetMeasurementLevel() != KOVA_Variable::kUnknown) continue;
+    if (variable.IsNumeric()) {
+      open.emplace_back(i, Evidence(variable));
+    } else {
+      variable.SetMeasurementLevel(KOVA_Variable::kNominal);
+    }
+  }
+  // Most scale variables show it in a few cases; only the others are read to the end.
+  for (const std::int64_t maxCases : {kFirstLook, std::numeric_limits<std::int64_t>::max()}) {
+    if (open.empty()) return;
+    Observe(table, open, maxCases);
+    DropScale(open);
+  }
+  for (Question& one : open) one.second.Settle();
+}
+
+}  // namespace MCHost

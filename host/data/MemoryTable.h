@@ -1,0 +1,47 @@
+// A table held in memory, read from an Arrow C stream or built column by column.
+//
+// Numbers are kept as doubles and strings as codes; scans show the kept cells without copying.
+// Every missing number is KOVA_SystemMissing, also where the data had NaN or an infinity.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/data/DataTable.h"
+
+namespace MCHost {
+
+class IArrowSource;
+
+class MemoryTable final : public DataTable {
+ public:
+  // An empty table, to be built with AddNumbers and AddStrings. Scans give batches of at most
+  // `maxBatchCases`, a divisor of RecordBlock::kMaxCases.
+  explicit MemoryTable(std::size_t maxBatchCases = MCCommon::RecordBlock::kMaxCases);
+
+  // Reads the whole stream, taking it over. `source` names the data in messages.
+  // Throws HostIOError.
+  explicit MemoryTable(ArrowArrayStream* stream, const std::string& source = "data");
+
+  // Reads a source whole, and keeps its notes. Throws HostIOError.
+  explicit MemoryTable(IArrowSource& source);
+
+  // Appends a column of the table's own; returns its place. NaN and infinities are missing, as is
+  // a string that is not there.
+  // REQUIRES: all columns have the same length; no variable was added yet; the name is new.
+  int AddNumbers(const std::string& name, const std::vector<double>& values);
+  int AddStrings(const std::string& name, const std::vector<std::optional<std::string>>& values);
+
+  std::unique_ptr<ITableScan> Scan(const std::vector<int>& columns) override;
+
+ private:
+  // Fills the columns from `firstColumn` on.
+  void Load(ArrowStreamReader& reader, int firstColumn);
+  void LoadBatch(ArrowStreamReader& reader, int firstColumn);
+  void LoadColumns(IArrowSource& source, int first, int count);
+  int AddOwnColumn(const std::string& name, int type, std::size_t nCases);
+};
+
+}  // namespace MCHost

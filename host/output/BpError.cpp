@@ -1,0 +1,13 @@
+#include "host/output/BpError.h"
+
+#include "host/output/IOutputSink.h"
+#include "host/output/OutputMessage.h"
+#include "host/session/HostBlocks.h"
+#include "host/session/ISession.h"
+#include "host/session/SessionScope.h"
+
+void BpError(const BpComposite& text, int /*show*/, int level, const std::string& detail) {
+  MCHost::ISession& session = MCHost::CurrentSession();
+  if (level >= MCHost::OutputMessage::kError) session.CommonBlock().SetError();
+  session.Output().AddMessage({level, text.Finish(), detail});
+}

@@ -1,0 +1,65 @@
+#include "host/output/OutputFormat.h"
+
+#include <fmt/format.h>
+
+#include <cmath>
+
+#include "common/MissingValue.h"
+
+namespace MCHost {
+namespace {
+
+std::string WithoutTrailingZeros(std::string text) {
+  if (text.find('.') == std::string::npos) return text;
+  text.erase(text.find_last_not_of('0') + 1);
+  if (text.back() == '.') text.pop_back();
+  return text == "-0" ? "0" : text;
+}
+
+// A rounded zero has no sign.
+std::string Fixed(double value, int decimals) {
+  std::string text = fmt::format("{:.{}f}", value, decimals);
+  if (text.front() == '-' && text.find_first_of("123456789") == std::string::npos) text.erase(0, 1);
+  return text;
+}
+
+std::string WithoutLeadingZero(std::string text) {
+  const std::size_t digit = text.front() == '-' ? 1 : 0;
+  if (text.compare(digit, 2, "0.") == 0) text.erase(digit, 1);
+  return text;
+}
+
+std::string General(double value) {
+  const double size = std::fabs(value);
+  if (size != 0.0 && (size < 1e-3 || size >= 1e9)) return fmt::format("{:.3e}", value);
+  return Fixed(value, 3);
+}
+
+}  // namespace
+
+const char* FormatName(OutputFormat format) {
+  constexpr const char* kNames[] = {"text",        "count",       "percent", "significance",
+                                    "coefficient", "correlation", "general"};
+  return kNames[static_cast<int>(format)];
+}
+
+std::string FormatNumber(double value, OutputFormat format) {
+  if (MCMV::IsMissing(value)) return "";
+  switch (format) {
+    case OutputFormat::kCount:
+      return WithoutTrailingZeros(Fixed(value, 3));
+    case OutputFormat::kPercent:
+      return Fixed(value, 1) + "%";
+    case OutputFormat::kSignificance:
+      if (value < 0.0005) return "< .001";
+      return WithoutLeadingZero(Fixed(value, 3));
+    case OutputFormat::kCorrelation:
+      return WithoutLeadingZero(Fixed(value, 3));
+    case OutputFormat::kCoefficient:
+      return fmt::format("{:.6g}", value);
+    default:
+      return General(value);
+  }
+}
+
+}  // namespace MCHost

@@ -1,0 +1,33 @@
+// How numbers of the output are printed: one rule a kind of number, for every table.
+//
+//   count         whole numbers without decimals, others (weighted counts) with up to three
+//   percent       one decimal and a percent sign: 45.1%
+//   significance  three decimals without a leading zero: .049; below .0005 as "< .001"
+//   coefficient   up to six significant digits, no trailing zeros: 0.05
+//   correlation   three decimals without a leading zero: -.871
+//   general       three decimals: 299.550; with an exponent below 0.001 or from 1e9 on
+//
+// Programs read the number itself at full precision.
+#pragma once
+
+#include <string>
+
+namespace MCHost {
+
+enum class OutputFormat {
+  kText,
+  kCount,
+  kPercent,
+  kSignificance,
+  kCoefficient,
+  kCorrelation,
+  kGeneral
+};
+
+// "count", "percent", ...
+const char* FormatName(OutputFormat format);
+
+// The number as printed; empty for one that is missing, NaN or infinite.
+std::string FormatNumber(double value, OutputFormat format);
+
+}  // namespace MCHost

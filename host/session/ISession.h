@@ -1,0 +1,65 @@
+// The session: the first of the three interfaces on which everything of the host stands. The other
+// two, the table and the output sink, are reached through it.
+//
+// An application implements it (or uses the embedded host's own) and installs it with a
+// SessionScope around each call of the procedure entry. Everything is called on that thread only.
+#pragma once
+
+#include <string>
+#include <vector>
+
+struct CmaSys;
+struct CmnGlb;
+
+namespace MCHost {
+
+class IOutputSink;
+class ITable;
+
+// What the application says of itself in files that the procedures write.
+struct AppParams {
+  std::string fName;
+  std::string fVersion;
+  std::string fCopyright;
+};
+
+class ISession {
+ public:
+  virtual ~ISession() = default;
+
+  // The whole text of the current command, and where it starts in the text it was taken from
+  // (line and column from 1), so that messages can point at the place the user sees.
+  virtual const std::string& CommandText() const = 0;
+  virtual int CommandLine() const = 0;
+  virtual int CommandColumn() const = 0;
+
+  virtual CmaSys& SystemBlock() = 0;
+  virtual CmnGlb& CommonBlock() = 0;
+
+  // The active data and the place where results go. Owned by the application.
+  virtual ITable& Table() = 0;
+  virtual IOutputSink& Output() = 0;
+
+  // Gives a macro its values: `!name` in a later command expands to them.
+  virtual void SetMacro(const std::string& name, const std::vector<std::string>& values) = 0;
+
+  // The values of a macro, null for one that was never set. A session that keeps no macros need not
+  // implement this.
+  virtual const std::vector<std::string>* FindMacro(const std::string& name) const {
+    (void)name;
+    return nullptr;
+  }
+
+  virtual const AppParams& GetAppParams() const = 0;
+
+  // A directory for temporary files, without a trailing separator.
+  virtual std::string TempPath() const = 0;
+
+  // True when the user asked to stop. Polled often; must be cheap.
+  virtual bool IsCancelled() const = 0;
+
+  // Records read so far in a long pass, once in a while. For a progress display.
+  virtual void ReportProgress(const std::string& text) = 0;
+};
+
+}  // namespace MCHost

@@ -1,0 +1,176 @@
+// Scans, new variables, writing and the files that appear whole or not at all.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "host/arrow/DataFile.h"
+#include "host/data/KOVA_DataSource.h"
+#include "host/data/MemoryTable.h"
+#include "host/session/HostIOError.h"
+#include "host/session/OutputFile.h"
+#include "tests/host/data/TableFixtures.h"
+
+namespace MCHost {
+namespace {
+
+using testing::ElementsAre;
+
+constexpr const char* kFormats[] = {"t.csv", "t.tsv", "t.parquet", "t.feather", "t.arrow"};
+
+// Numbers of every kind and strings that delimited text must quote, with missing cells.
+MemoryTable Mixed(int cases) {
+  std::mt19937 random(7);
+  const std::vector<std::optional<std::string>> words = {"red", "a,b\t\"c\"", "two\nlines", " é ",
+                                                         std::nullopt};
+  std::vector<double> whole, real;
+  std::vector<std::optional<std::string>> text;
+  for (int i = 0; i < cases; ++i) {
+    whole.push_back(i % 7 == 0 ? KOVA_SystemMissing : static_cast<double>(random() % 1000) - 500);
+    real.push_back(i % 5 == 0 ? std::nan("")
+                              : std::ldexp(random() / 3.0, static_cast<int>(random() % 600) - 300));
+    text.push_back(words[random() % words.size()]);
+  }
+  MemoryTable table;
+  table.AddNumbers("whole number", whole);
+  table.AddNumbers("real", real);
+  table.AddStrings("\"quoted\", é", text);
+  return table;
+}
+
+TEST(Tables, ReadBackWhatTheyWroteInEveryFormatAndStorage) {
+  const ScratchFolder folder;
+  for (const int cases : {0, 1, 10001}) {
+    MemoryTable table = Mixed(cases);
+    const auto contents = Contents(table);
+    for (const char* name : kFormats) {
+      SCOPED_TRACE(std::string(name) + ", " + std::to_string(cases));
+      WriteDataFile(table, folder.Path(name));
+      for (const TableStorage storage : {TableStorage::kMemory, TableStorage::kStreamed}) {
+        const auto again = OpenDataFile(folder.Path(name), {}, storage);
+        EXPECT_EQ(again->CaseCount(), cases);
+        // Delimited text without cases does not tell what its columns would hold.
+        if (cases > 0) {
+          EXPECT_EQ(Contents(*again), contents);
+        }
+      }
+    }
+  }
+}
+
+TEST(Tables, DelimitedTextIsPlainAndExact) {
+  const ScratchFolder folder;
+  MemoryTable table;
+  table.AddNumbers("x", {1, 1e15, 0.1, 1e300, -0.5, KOVA_SystemMissing});
+  WriteDataFile(table, folder.Path("t.csv"));
+  EXPECT_EQ(ReadFile(folder.Path("t.csv")), "x\n1\n1000000000000000\n0.1\n1e+300\n-0.5\n\"\"\n");
+  EXPECT_THAT(folder.Files(), ElementsAre("t.csv"));
+}
+
+TEST(Tables, ScansGiveTheColumnsAskedForInThatOrderAndDoNotDisturbEachOther) {
+  const ScratchFolder folder;
+  MemoryTable memory = Mixed(9000);
+  WriteDataFile(memory, folder.Path("t.parquet"));
+  const auto streamed = OpenDataFile(folder.Path("t.parquet"), {}, TableStorage::kStreamed);
+  for (ITable* table : {static_cast<ITable*>(&memory), static_cast<ITable*>(streamed.get())}) {
+    const auto first = table->Scan({2, 0, 2});
+    const auto second = table->Scan({0});
+    const TableBatch* a = first->Next();
+    second->Next();
+    const TableBatch* b = second->Next();
+    ASSERT_TRUE(a != nullptr && b != nullptr);
+    EXPECT_EQ(a->fNCases, 4096u);
+    EXPECT_EQ(b->fFirstCase, 4096);
+    EXPECT_EQ(a->fColumns[0].fpCodes[5], a->fColumns[2].fpCodes[5]);
+    EXPECT_EQ(a->fColumns[1].fpNumbers[0], KOVA_SystemMissing);
+    EXPECT_EQ(table->Scan({})->Next()->fNCases, 4096u);
+  }
+}
+
+TEST(Tables, NewVariablesAreMissingUntilTheyAreWritten) {
+  const ScratchFolder folder;
+  MemoryTable memory = Mixed(5000);
+  WriteDataFile(memory, folder.Path("t.csv"));
+  const auto streamed = OpenDataFile(folder.Path("t.csv"), {}, TableStorage::kStreamed);
+  for (DataTable* table : {static_cast<DataTable*>(&memory), streamed.get()}) {
+    KOVA_DataSource source(*table);
+    const KOVA_Variable* first = &table->GetVariable(0);
+    const int number = source.MakeVariable("p", 0);
+    const int text = source.MakeVariable("Q", 8);
+    EXPECT_EQ(&table->GetVariable(0), first);
+    const auto scan = table->Scan({number, 0});
+    EXPECT_EQ(scan->Next()->fColumns[0].fpNumbers[4], KOVA_SystemMissing);
+    const double values[] = {1.5, 2.5};
+    table->WriteNumbers(number, 4095, values, 2);
+    const std::string word = "yes";
+    const std::string* const words[] = {&word, nullptr, &word};
+    table->WriteStrings(text, 4998, words, 2);
+    table->WriteStrings(text, 0, words + 2, 1);
+    EXPECT_EQ(scan->Next()->fColumns[0].fpNumbers[0], 2.5);
+    EXPECT_EQ(Cells(*table, number)[4095], "1.5");
+    EXPECT_EQ(Cells(*table, text)[4998], "0:yes");
+    EXPECT_EQ(Cells(*table, text)[4999], ".");
+    EXPECT_EQ(source.FindVariable("q"), text);
+  }
+  EXPECT_EQ(Contents(memory), Contents(*streamed));
+  WriteDataFile(*streamed, folder.Path("t.csv"));  // over the file that it is read from
+  EXPECT_EQ(Cells(*OpenDataFile(folder.Path("t.csv"), {}, TableStorage::kMemory), 3)[4096], "2.5");
+}
+
+TEST(Tables, NamesAreFoundAsTheyAreOrByTheOnlyOtherCase) {
+  MemoryTable table;
+  for (const char* name : {"a", "B", "É", "c", "C"}) table.AddNumbers(name, {1});
+  const KOVA_DataSource source(table);
+  EXPECT_EQ(source.FindVariable("A"), 0);
+  EXPECT_EQ(source.FindVariable("é"), 2);
+  EXPECT_EQ(source.FindVariable("C"), 4);
+  EXPECT_EQ(source.FindVariable("d"), -1);
+  MemoryTable twins;
+  for (const char* name : {"ab", "AB"}) twins.AddNumbers(name, {1});
+  EXPECT_EQ(KOVA_DataSource(twins).FindVariable("aB"), -1);
+}
+
+TEST(OutputFile, LeavesTheTargetAloneUntilItIsCommitted) {
+  const ScratchFolder folder;
+  const std::string target = folder.Write("out.txt", "old");
+  {
+    OutputFile file(target);
+    file.Write("half");
+    EXPECT_EQ(folder.Files().size(), 2u);
+  }
+  EXPECT_EQ(ReadFile(target), "old");
+  OutputFile file(target);
+  file.Write("new");
+  file.Commit();
+  EXPECT_EQ(ReadFile(target), "new");
+  OutputFile abandoned(folder.Path("other"));
+  RemoveTemporaryFiles();
+  EXPECT_THAT(folder.Files(), ElementsAre("out.txt"));
+}
+
+TEST(OutputFile, FailuresAreReportedAndLeaveNothingBehind) {
+  const ScratchFolder folder;
+  MemoryTable table = Mixed(3);
+  for (const char* name : kFormats) {
+    EXPECT_THROW(WriteDataFile(table, folder.Path(std::string("missing/") + name)), HostIOError);
+  }
+  OutputFile full("/dev/full");
+  EXPECT_THROW(full.Write("x"), HostIOError);
+  EXPECT_THROW(OutputFile(folder.Path("")), HostIOError);
+  // A reader that fails half way through the writing of its own copy.
+  const std::string path = folder.Write("t.csv", "a,b\n1,2\n3,4\n");
+  const auto streamed = OpenDataFile(path, {}, TableStorage::kStreamed);
+  folder.Write("t.csv", "a,b\n1,2\n");
+  EXPECT_THROW(WriteDataFile(*streamed, path), HostIOError);
+  EXPECT_EQ(ReadFile(path), "a,b\n1,2\n");
+  EXPECT_THAT(folder.Files(), ElementsAre("t.csv"));
+}
+
+}  // namespace
+}  // namespace MCHost
