@@ -45,7 +45,7 @@ class FSSettings {
   void SetDefaultCriteria();
   // Turns a criterion on or off. True when it now has the requested state; false when the request
   // does not suit the target and the predictors, or would leave no criterion to rank by.
-  [[nodiscard]] bool SetCriterion(MCFSCommon::RankCriteria criterion, bool on);
+  bool SetCriterion(MCFSCommon::RankCriteria criterion, bool on);
   bool GetCriterion(MCFSCommon::RankCriteria criterion) const;
   const Criteria& GetCriteria() const { return fCriteria; }
 
