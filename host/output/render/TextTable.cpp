@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kPadding = 2;        // a blank on either side of a text
 constexpr std::size_t kBorder = 1;         // one line between neighbours
-constexpr std::size_t kHeadingWidth = 14;  // headings up to here are not wrapped
+constexpr std::size_t kHeadingWidth = 16;  // headings up to here are not wrapped
 constexpr std::size_t kPointsPerGlyph = 8;
 constexpr std::size_t kNoSeparator = static_cast<std::size_t>(-1);
 
@@ -72,8 +72,11 @@ TextTable::TextTable(const OutputTable& table, std::size_t pageWidth)
       shown = {FormatNumber(*number, cell.fFormat), true};
     } else if (const auto* text = std::get_if<OutputText>(&cell.fValue)) {
       shown.fText = ShowText(*text);
+    } else {
+      shown.fbNumber = true;
     }
-    shown.fText += FootnoteMarks(cell.fNotes);
+    const std::string marks = FootnoteMarks(cell.fNotes);
+    shown.fText += shown.fText.empty() && !marks.empty() ? marks.substr(1) : marks;
     fCells[cell.fPlace] = std::move(shown);
   }
   for (const std::size_t dimension : AxisDimensions(table, OutputDimension::kRow)) {
@@ -299,7 +302,8 @@ void TextTable::MeasureLabels() {
   fLabelWidths.assign(fRowDepth, 1);
   for (const Block& block : Blocks(fRows, fRowDepth)) {
     const std::size_t levelsSpanned = block.fLevelEnd - block.fLevel;
-    const std::size_t wanted = std::min(LongestLine(block.fText), cap * levelsSpanned);
+    const std::size_t most = std::max(cap * levelsSpanned, std::min(LongestWord(block.fText), 2 * cap));
+    const std::size_t wanted = std::min(LongestLine(block.fText), most);
     const std::size_t room = SpanWidth(fLabelWidths, block.fLevel, block.fLevelEnd);
     if (wanted > room) fLabelWidths[block.fLevelEnd - 1] += wanted - room;
   }
