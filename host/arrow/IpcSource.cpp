@@ -6,6 +6,7 @@
 #include <arrow/ipc/reader.h>
 #include <arrow/record_batch.h>
 
+#include <algorithm>
 #include <string_view>
 #include <utility>
 
@@ -16,6 +17,10 @@ namespace MCHost {
 namespace {
 
 constexpr std::string_view kFileMagic = "ARROW1";
+
+// What reading may take, and what a cell takes.
+constexpr std::int64_t kReadingBytes = std::int64_t{64} << 20;
+constexpr std::int64_t kCellBytes = 8;
 
 // Batch after batch of a file in the file form.
 class FileBatches : public arrow::RecordBatchReader {
@@ -44,7 +49,12 @@ IpcSource::IpcSource(std::string path) : fName(std::move(path)) {
   const auto start = Value(file->ReadAt(0, static_cast<std::int64_t>(kFileMagic.size())), fName);
   fbStreamForm = std::string_view(*start) != kFileMagic;
   if (fbStreamForm) return;
-  fNCases = Value(Value(arrow::ipc::RecordBatchFileReader::Open(file), fName)->CountRows(), fName);
+  const auto reader = Value(arrow::ipc::RecordBatchFileReader::Open(file), fName);
+  fNCases = Value(reader->CountRows(), fName);
+  // A batch is read as a whole, packed and unpacked.
+  const std::int64_t batchCases = fNCases / std::max(reader->num_record_batches(), 1);
+  const std::int64_t columnBytes = std::max<std::int64_t>(batchCases * 2 * kCellBytes, 1);
+  fNColumnsAtATime = static_cast<int>(std::max<std::int64_t>(kReadingBytes / columnBytes, 1));
 }
 
 void IpcSource::Open(const std::vector<int>* columns, ArrowArrayStream* stream) {

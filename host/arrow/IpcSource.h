@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -17,11 +18,13 @@ class IpcSource final : public IArrowSource {
   const std::string& Name() const override { return fName; }
   void Open(const std::vector<int>* columns, ArrowArrayStream* stream) override;
   std::int64_t CaseCount() const override { return fNCases; }
+  int ColumnsAtATime() const override { return fNColumnsAtATime; }
 
  private:
   std::string fName;
   bool fbStreamForm = false;
   std::int64_t fNCases = -1;
+  int fNColumnsAtATime = std::numeric_limits<int>::max();
 };
 
 }  // namespace MCHost

@@ -24,6 +24,10 @@ namespace {
 constexpr std::int64_t kBatchCells = std::int64_t{1} << 20;
 constexpr std::int64_t kMaxBatchCases = 16384;
 
+// What reading may take, and what it takes for one column with pages and dictionary of usual size.
+constexpr std::int64_t kReadingBytes = std::int64_t{64} << 20;
+constexpr std::int64_t kColumnBytes = std::int64_t{3} << 20;
+
 std::unique_ptr<parquet::arrow::FileReader> OpenReader(const std::string& path) {
   auto properties = parquet::default_reader_properties();
   properties.enable_buffered_stream();  // column chunks are read bit by bit, not whole
@@ -41,6 +45,19 @@ std::unique_ptr<parquet::arrow::FileReader> OpenReader(const std::string& path) 
   } catch (const parquet::ParquetException& error) {
     throw HostIOError(path, "", error.what());
   }
+}
+
+// How many columns can be read side by side within so many bytes. Each needs a page and a
+// dictionary, unpacked, but not more than its part of a row group.
+int ColumnsWithin(std::int64_t bytes, const parquet::FileMetaData& metadata) {
+  std::int64_t most = 1;
+  for (int i = 0; i < metadata.num_row_groups(); ++i) {
+    const auto group = metadata.RowGroup(i);
+    for (int j = 0; j < group->num_columns(); ++j) {
+      most = std::max(most, group->ColumnChunk(j)->total_uncompressed_size());
+    }
+  }
+  return static_cast<int>(std::max<std::int64_t>(bytes / std::min(2 * most, kColumnBytes), 1));
 }
 
 // Keeps the file reader as long as the batches are read.
@@ -63,7 +80,10 @@ class OwningReader : public arrow::RecordBatchReader {
 }  // namespace
 
 ParquetSource::ParquetSource(std::string path) : fName(std::move(path)) {
-  fNCases = OpenReader(fName)->parquet_reader()->metadata()->num_rows();
+  const auto reader = OpenReader(fName);
+  const auto metadata = reader->parquet_reader()->metadata();
+  fNCases = metadata->num_rows();
+  fNColumnsAtATime = ColumnsWithin(kReadingBytes, *metadata);
 }
 
 void ParquetSource::Open(const std::vector<int>* columns, ArrowArrayStream* stream) {

@@ -18,10 +18,12 @@ class ParquetSource final : public IArrowSource {
   const std::string& Name() const override { return fName; }
   void Open(const std::vector<int>* columns, ArrowArrayStream* stream) override;
   std::int64_t CaseCount() const override { return fNCases; }
+  int ColumnsAtATime() const override { return fNColumnsAtATime; }
 
  private:
   std::string fName;
   std::int64_t fNCases = 0;
+  int fNColumnsAtATime = 0;
 };
 
 }  // namespace MCHost

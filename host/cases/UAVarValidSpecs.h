@@ -5,9 +5,11 @@
 #pragma once
 
 #include <string>
+#include <unordered_map>
 #include <vector>
 
-class KOVA_DataSource;
+class KOVA_Value;
+class KOVA_Variable;
 
 class UAVarValidSpecs {
  public:
@@ -27,7 +29,8 @@ class UAVarValidSpecs {
                     std::vector<int>& positions);
 
   // Adds the weight variable of the current session's data as a number; returns its record
-  // position, or -1 when the data have none.
+  // position, or -1 when the data have none. A weight that is also there as a category gets a
+  // position of its own.
   int SetWeightVar();
 
   int GetNRecordVars() const;
@@ -35,10 +38,32 @@ class UAVarValidSpecs {
   bool IsMissingDelivered() const;
   bool AreCategoriesEncoded() const;
 
-  // From record position to index in the data and back; -1 for one that is not there.
+  // From record position to index in the data and back; -1 for one that is not there. A variable
+  // with two positions answers the first.
   int GetKOVAVarIndex(int recordVar) const;
   int GetRecVarIndex(int kovaVar) const;
 
   // True when the variable of the active data was added as categorical.
   bool GetKOVACatVar(int kovaVar) const;
+
+  // The same by record position. REQUIRES: 0 <= recordVar < GetNRecordVars().
+  bool IsCategorical(int recordVar) const;
+
+  // A value of the variable as display text: a number by the print format (fewer decimals, then a
+  // power of ten, where it is too wide; "." when missing), a string as it is.
+  static std::string ConvertObsToString(const KOVA_Value& value, const KOVA_Variable& variable);
+
+ private:
+  struct RecordVar {
+    int fKOVAVar;
+    bool fbCategorical;
+  };
+
+  int Append(int kovaVar, bool categorical);
+
+  bool fbDeliverMissing;
+  bool fbExcludeUserMissing;
+  bool fbEncodeCategories;
+  std::vector<RecordVar> fRecordVars;
+  std::unordered_map<int, int> fFirstPosition;  // by index in the data
 };

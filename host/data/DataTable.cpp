@@ -14,6 +14,34 @@ constexpr char kSource[] = "host/data/DataTable";
 
 }  // namespace
 
+class DataTable::ViewScan : public ITableScan {
+ public:
+  ViewScan(const DataTable& table, std::vector<int> columns, std::size_t maxCases)
+      : fpTable(&table),
+        fColumns(std::move(columns)),
+        fBatchCases(std::min(table.BatchCases(fColumns.size()), maxCases)) {
+    fBatch.fColumns.resize(fColumns.size());
+  }
+
+  const TableBatch* Next() override {
+    if (fBatch.fNCases > 0) fpTable->LeaveBatch(fBatch);
+    fBatch.fFirstCase += static_cast<std::int64_t>(fBatch.fNCases);
+    const std::int64_t left = fpTable->CaseCount() - fBatch.fFirstCase;
+    if (left <= 0) return nullptr;
+    fBatch.fNCases = std::min(fBatchCases, static_cast<std::size_t>(left));
+    for (std::size_t j = 0; j < fColumns.size(); ++j) {
+      fBatch.fColumns[j] = fpTable->View(fColumns[j], fBatch.fFirstCase);
+    }
+    return &fBatch;
+  }
+
+ private:
+  const DataTable* fpTable;
+  std::vector<int> fColumns;
+  std::size_t fBatchCases;
+  TableBatch fBatch;
+};
+
 std::vector<std::string> DataTable::Notes() const {
   std::vector<std::string> notes = fSourceNotes;
   for (const Column& column : fColumns) {
@@ -50,6 +78,11 @@ ColumnView DataTable::View(int column, std::int64_t firstCase) const {
   const Column& source = At(column);
   if (source.fVariable.IsNumeric()) return {source.fNumbers.View(firstCase), nullptr, nullptr};
   return {nullptr, source.fCodes.View(firstCase), &source.fStrings};
+}
+
+std::unique_ptr<ITableScan> DataTable::ScanViews(const std::vector<int>& columns,
+                                                 std::size_t maxCases) {
+  return std::make_unique<ViewScan>(*this, columns, maxCases);
 }
 
 void DataTable::DeclareColumns(ArrowStreamReader& reader) {

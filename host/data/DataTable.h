@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -52,7 +53,14 @@ class DataTable : public ITable {
   const Column& At(int column) const { return fColumns[static_cast<std::size_t>(column)]; }
 
   // The kept cells of a column, from a case to the end of its chunk.
-  ColumnView View(int column, std::int64_t firstCase) const;
+  virtual ColumnView View(int column, std::int64_t firstCase) const;
+
+  // Told when a scan made by ScanViews has left a batch.
+  virtual void LeaveBatch(const TableBatch& /*batch*/) const {}
+
+  // A scan that shows what View() shows, in batches of at most `maxCases`, a divisor of the chunks'
+  // length.
+  std::unique_ptr<ITableScan> ScanViews(const std::vector<int>& columns, std::size_t maxCases);
 
   // A column for each of the stream's, without cells.
   void DeclareColumns(ArrowStreamReader& reader);
@@ -71,6 +79,8 @@ class DataTable : public ITable {
   std::vector<std::string> fSourceNotes;
 
  private:
+  class ViewScan;
+
   std::deque<Column> fColumns;  // references stay valid while columns are added
   int fWeight = -1;
   std::size_t fMaxBatchCases = MCCommon::RecordBlock::kMaxCases;

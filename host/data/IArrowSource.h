@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,10 @@ class IArrowSource {
 
   // Number of cases when that is known without reading, otherwise -1.
   virtual std::int64_t CaseCount() const { return -1; }
+
+  // How many columns can be read side by side in little memory (tens of megabytes). Less than all
+  // of them for a format that keeps long stretches of each column together.
+  virtual int ColumnsAtATime() const { return std::numeric_limits<int>::max(); }
 
   // What the user should know of how the source was read, one sentence each.
   virtual std::vector<std::string> Notes() const { return {}; }

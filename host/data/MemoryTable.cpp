@@ -1,6 +1,7 @@
 #include "host/data/MemoryTable.h"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 #include "common/MCAssert.h"
@@ -13,71 +14,59 @@ namespace {
 
 constexpr char kSource[] = "host/data/MemoryTable";
 
-ArrowArrayStream OpenWhole(IArrowSource& source) {
+ArrowArrayStream Open(IArrowSource& source, const std::vector<int>* columns) {
   ArrowArrayStream stream{};
-  source.Open(nullptr, &stream);
+  source.Open(columns, &stream);
   return stream;
 }
 
 }  // namespace
 
-class MemoryTable::MemoryScan : public ITableScan {
- public:
-  MemoryScan(const MemoryTable& table, std::vector<int> columns)
-      : fpTable(&table),
-        fColumns(std::move(columns)),
-        fBatchCases(table.BatchCases(fColumns.size())) {
-    fBatch.fColumns.resize(fColumns.size());
-  }
-
-  const TableBatch* Next() override {
-    fBatch.fFirstCase += static_cast<std::int64_t>(fBatch.fNCases);
-    const std::int64_t left = fpTable->CaseCount() - fBatch.fFirstCase;
-    if (left <= 0) return nullptr;
-    fBatch.fNCases = std::min(fBatchCases, static_cast<std::size_t>(left));
-    for (std::size_t j = 0; j < fColumns.size(); ++j) {
-      fBatch.fColumns[j] = fpTable->View(fColumns[j], fBatch.fFirstCase);
-    }
-    return &fBatch;
-  }
-
- private:
-  const MemoryTable* fpTable;
-  std::vector<int> fColumns;
-  std::size_t fBatchCases;
-  TableBatch fBatch;
-};
-
 MemoryTable::MemoryTable(std::size_t maxBatchCases) { SetMaxBatchCases(maxBatchCases); }
 
 MemoryTable::MemoryTable(ArrowArrayStream* stream, const std::string& source) {
   ArrowStreamReader reader(stream, source);
-  Load(reader);
+  DeclareColumns(reader);
+  Load(reader, 0);
 }
 
 MemoryTable::MemoryTable(IArrowSource& source) {
-  ArrowArrayStream stream = OpenWhole(source);
-  ArrowStreamReader reader(&stream, source.Name());
-  Load(reader);
+  ArrowArrayStream stream = Open(source, nullptr);
+  ArrowStreamReader whole(&stream, source.Name());
+  DeclareColumns(whole);
+  const int group = source.ColumnsAtATime();
+  if (group >= ColumnCount()) {
+    Load(whole, 0);
+  } else {
+    for (int first = 0; first < ColumnCount(); first += group) LoadColumns(source, first, group);
+  }
   fSourceNotes = source.Notes();
 }
 
-void MemoryTable::Load(ArrowStreamReader& reader) {
-  DeclareColumns(reader);
-  while (reader.NextBatch()) LoadBatch(reader);
-  for (int i = 0; i < ColumnCount(); ++i) {
-    FitWidth(i);
-    At(i).fNote = reader.Column(i).Note();
+void MemoryTable::LoadColumns(IArrowSource& source, int first, int count) {
+  std::vector<int> columns(static_cast<std::size_t>(std::min(count, ColumnCount() - first)));
+  std::iota(columns.begin(), columns.end(), first);
+  ArrowArrayStream stream = Open(source, &columns);
+  ArrowStreamReader reader(&stream, source.Name());
+  Load(reader, first);
+}
+
+void MemoryTable::Load(ArrowStreamReader& reader, int firstColumn) {
+  fNCases = 0;
+  while (reader.NextBatch()) LoadBatch(reader, firstColumn);
+  for (int i = 0; i < reader.ColumnCount(); ++i) {
+    FitWidth(firstColumn + i);
+    At(firstColumn + i).fNote = reader.Column(i).Note();
   }
 }
 
-void MemoryTable::LoadBatch(ArrowStreamReader& reader) {
+void MemoryTable::LoadBatch(ArrowStreamReader& reader, int firstColumn) {
   constexpr std::size_t kChunk = CellChunks<double>::kChunk;
   for (std::int64_t done = 0; done < reader.BatchCases();) {
     const auto left = static_cast<std::size_t>(reader.BatchCases() - done);
     const std::size_t n = std::min(left, kChunk - static_cast<std::size_t>(fNCases) % kChunk);
-    for (int i = 0; i < ColumnCount(); ++i) {
-      Column& to = At(i);
+    for (int i = 0; i < reader.ColumnCount(); ++i) {
+      Column& to = At(firstColumn + i);
       ArrowColumn& from = reader.Column(i);
       if (from.IsNumeric()) {
         from.ReadNumbers(done, n, to.fNumbers.Extend(n));
@@ -118,7 +107,7 @@ int MemoryTable::AddStrings(const std::string& name,
 }
 
 std::unique_ptr<ITableScan> MemoryTable::Scan(const std::vector<int>& columns) {
-  return std::make_unique<MemoryScan>(*this, columns);
+  return ScanViews(columns, CellChunks<double>::kChunk);
 }
 
 }  // namespace MCHost

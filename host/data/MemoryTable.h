@@ -37,10 +37,10 @@ class MemoryTable final : public DataTable {
   std::unique_ptr<ITableScan> Scan(const std::vector<int>& columns) override;
 
  private:
-  class MemoryScan;
-
-  void Load(ArrowStreamReader& reader);
-  void LoadBatch(ArrowStreamReader& reader);
+  // Fills the columns from `firstColumn` on.
+  void Load(ArrowStreamReader& reader, int firstColumn);
+  void LoadBatch(ArrowStreamReader& reader, int firstColumn);
+  void LoadColumns(IArrowSource& source, int first, int count);
   int AddOwnColumn(const std::string& name, int type, std::size_t nCases);
 };
 

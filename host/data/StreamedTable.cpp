@@ -1,6 +1,8 @@
 #include "host/data/StreamedTable.h"
 
 #include <algorithm>
+#include <array>
+#include <numeric>
 #include <utility>
 
 #include "host/session/HostIOError.h"
@@ -78,14 +80,14 @@ class StreamedTable::StreamedScan : public ITableScan {
   void Fill() {
     std::size_t done = 0;
     while (done < fBatch.fNCases) {
-      if (!SourceHasCases()) Changed();
+      if (!SourceHasCases()) fpTable->Changed();
       const auto there = static_cast<std::size_t>(fpReader->BatchCases() - fSourceAt);
       const std::size_t n = std::min(there, fBatch.fNCases - done);
       CopyCases(done, n);
       done += n;
       fSourceAt += static_cast<std::int64_t>(n);
     }
-    if (fBatch.fNCases == 0 && SourceHasCases()) Changed();
+    if (fBatch.fNCases == 0 && SourceHasCases()) fpTable->Changed();
   }
 
   bool SourceHasCases() {
@@ -115,10 +117,6 @@ class StreamedTable::StreamedScan : public ITableScan {
     }
   }
 
-  [[noreturn]] void Changed() const {
-    throw HostIOError(fpTable->fpSource->Name(), "", "the data changed while they were read");
-  }
-
   StreamedTable* fpTable;
   std::vector<int> fColumns;
   std::size_t fBatchCases;
@@ -132,13 +130,27 @@ class StreamedTable::StreamedScan : public ITableScan {
 StreamedTable::StreamedTable(std::unique_ptr<IArrowSource> source, std::size_t maxBatchCases)
     : fpSource(std::move(source)) {
   SetMaxBatchCases(maxBatchCases);
-  ArrowArrayStream stream{};
-  fpSource->Open(nullptr, &stream);
-  ArrowStreamReader whole(&stream, fpSource->Name());
-  DeclareColumns(whole);
-  ReadStrings();
+  {
+    ArrowArrayStream stream{};
+    fpSource->Open(nullptr, &stream);
+    ArrowStreamReader whole(&stream, fpSource->Name());
+    DeclareColumns(whole);
+  }
+  if (fpSource->ColumnsAtATime() < ColumnCount()) {
+    CountCases();
+    Spool();
+  } else {
+    ReadStrings();
+  }
   for (int i = 0; i < ColumnCount(); ++i) FitWidth(i);
   fSourceNotes = fpSource->Notes();
+}
+
+void StreamedTable::CountCases() {
+  fNCases = std::max<std::int64_t>(fpSource->CaseCount(), 0);
+  if (fpSource->CaseCount() >= 0 || ColumnCount() == 0) return;
+  const auto reader = Open({0});
+  while (reader->NextBatch()) fNCases += reader->BatchCases();
 }
 
 void StreamedTable::ReadStrings() {
@@ -146,10 +158,8 @@ void StreamedTable::ReadStrings() {
   for (int i = 0; i < ColumnCount(); ++i) {
     if (!GetVariable(i).IsNumeric()) columns.push_back(i);
   }
-  fNCases = std::max<std::int64_t>(fpSource->CaseCount(), 0);
-  if (columns.empty() && (fpSource->CaseCount() >= 0 || ColumnCount() == 0)) return;
-  fNCases = 0;
-  const auto reader = Open(columns.empty() ? std::vector<int>{0} : columns);
+  if (columns.empty()) return CountCases();
+  const auto reader = Open(columns);
   std::vector<std::int32_t> codes(MCCommon::RecordBlock::kMaxCases);
   while (reader->NextBatch()) {
     const std::int64_t cases = reader->BatchCases();
@@ -163,6 +173,71 @@ void StreamedTable::ReadStrings() {
   }
 }
 
+void StreamedTable::Spool() {
+  std::vector<bool> numeric;
+  for (int i = 0; i < ColumnCount(); ++i) numeric.push_back(GetVariable(i).IsNumeric());
+  fpSpool = std::make_unique<CellSpool>(numeric, fNCases);
+  const int group = fpSource->ColumnsAtATime();
+  for (int first = 0; first < ColumnCount(); first += group) {
+    std::vector<int> columns(static_cast<std::size_t>(std::min(group, ColumnCount() - first)));
+    std::iota(columns.begin(), columns.end(), first);
+    SpoolColumns(columns);
+  }
+}
+
+void StreamedTable::SpoolColumns(const std::vector<int>& columns) {
+  const auto reader = Open(columns);
+  std::int64_t at = 0;
+  while (reader->NextBatch()) {
+    if (at + reader->BatchCases() > fNCases) Changed();
+    SpoolBatch(*reader, columns, at);
+    at += reader->BatchCases();
+  }
+  if (at != fNCases) Changed();
+  for (std::size_t k = 0; k < columns.size(); ++k) {
+    At(columns[k]).fNote = reader->Column(static_cast<int>(k)).Note();
+  }
+}
+
+void StreamedTable::SpoolBatch(ArrowStreamReader& reader, const std::vector<int>& columns,
+                               std::int64_t at) {
+  constexpr std::size_t kBlock = CellSpool::kBlockCases;
+  std::array<double, kBlock> numbers;
+  std::array<std::int32_t, kBlock> codes;
+  for (std::size_t k = 0; k < columns.size(); ++k) {
+    ArrowColumn& from = reader.Column(static_cast<int>(k));
+    const auto column = static_cast<std::size_t>(columns[k]);
+    for (std::int64_t done = 0; done < reader.BatchCases();) {
+      const auto left = static_cast<std::size_t>(reader.BatchCases() - done);
+      const std::size_t n = std::min(left, kBlock - static_cast<std::size_t>(at + done) % kBlock);
+      if (from.IsNumeric()) {
+        from.ReadNumbers(done, n, numbers.data());
+        fpSpool->Write(column, at + done, numbers.data(), n);
+      } else {
+        from.ReadCodes(done, n, At(columns[k]).fStrings, codes.data());
+        fpSpool->Write(column, at + done, codes.data(), n);
+      }
+      done += static_cast<std::int64_t>(n);
+    }
+  }
+}
+
+ColumnView StreamedTable::View(int column, std::int64_t firstCase) const {
+  if (fpSpool == nullptr || column >= fNOwnColumns) return DataTable::View(column, firstCase);
+  const void* cells = fpSpool->Cells(static_cast<std::size_t>(column), firstCase);
+  if (GetVariable(column).IsNumeric()) return {static_cast<const double*>(cells), nullptr, nullptr};
+  return {nullptr, static_cast<const std::int32_t*>(cells), &At(column).fStrings};
+}
+
+void StreamedTable::LeaveBatch(const TableBatch& batch) const {
+  const std::int64_t end = batch.fFirstCase + static_cast<std::int64_t>(batch.fNCases);
+  if (fpSpool != nullptr && end % CellSpool::kBlockCases == 0) fpSpool->Forget(batch.fFirstCase);
+}
+
+void StreamedTable::Changed() const {
+  throw HostIOError(fpSource->Name(), "", "the data changed while they were read");
+}
+
 std::unique_ptr<ArrowStreamReader> StreamedTable::Open(const std::vector<int>& columns) {
   ArrowArrayStream stream{};
   fpSource->Open(&columns, &stream);
@@ -173,11 +248,12 @@ std::unique_ptr<ArrowStreamReader> StreamedTable::Open(const std::vector<int>& c
     const KOVA_Variable& variable = GetVariable(columns[k]);
     same = column.Name() == variable.GetName() && column.IsNumeric() == variable.IsNumeric();
   }
-  if (!same) throw HostIOError(fpSource->Name(), "", "the data changed while they were read");
+  if (!same) Changed();
   return reader;
 }
 
 std::unique_ptr<ITableScan> StreamedTable::Scan(const std::vector<int>& columns) {
+  if (fpSpool != nullptr) return ScanViews(columns, CellSpool::kBlockCases);
   return std::make_unique<StreamedScan>(*this, columns);
 }
 

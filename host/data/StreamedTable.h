@@ -3,13 +3,16 @@
 // Memory does not grow with the number of cases, with three exceptions: the distinct strings of a
 // string column are kept with the table (so that codes mean the same in every scan), so a column of
 // unique strings costs as much as its text; the cells of added variables are kept, 8 bytes a number
-// and 4 a string; and the source keeps what its format needs for the batch it is at.
+// and 4 a string; and the source keeps what its format needs for the batch it is at. A source whose
+// columns cannot all be read side by side in little memory (a wide columnar file) is first turned
+// into a temporary file of cells, group of columns by group of columns, and scanned there.
 // Scans give the same values, codes and batches as those of a MemoryTable of the same data.
 #pragma once
 
 #include <memory>
 #include <vector>
 
+#include "host/data/CellSpool.h"
 #include "host/data/DataTable.h"
 #include "host/data/IArrowSource.h"
 
@@ -30,10 +33,19 @@ class StreamedTable final : public DataTable {
  private:
   class StreamedScan;
 
+  ColumnView View(int column, std::int64_t firstCase) const override;
+  void LeaveBatch(const TableBatch& batch) const override;
+
   void ReadStrings();
+  void CountCases();
+  void Spool();
+  void SpoolColumns(const std::vector<int>& columns);
+  void SpoolBatch(ArrowStreamReader& reader, const std::vector<int>& columns, std::int64_t at);
+  [[noreturn]] void Changed() const;
   std::unique_ptr<ArrowStreamReader> Open(const std::vector<int>& columns);
 
   std::unique_ptr<IArrowSource> fpSource;
+  std::unique_ptr<CellSpool> fpSpool;  // null unless the source needs it
 };
 
 }  // namespace MCHost

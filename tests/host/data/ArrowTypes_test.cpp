@@ -29,10 +29,12 @@ using testing::HasSubstr;
 // A source of columns in memory, in batches of the given length.
 class BatchSource : public IArrowSource {
  public:
-  BatchSource(std::vector<std::pair<std::string, ArrayPtr>> columns, std::int64_t batchCases)
-      : fColumns(std::move(columns)), fBatchCases(batchCases) {}
+  BatchSource(std::vector<std::pair<std::string, ArrayPtr>> columns, std::int64_t batchCases,
+              int columnsAtATime = 1000)
+      : fColumns(std::move(columns)), fBatchCases(batchCases), fColumnsAtATime(columnsAtATime) {}
 
   const std::string& Name() const override { return fName; }
+  int ColumnsAtATime() const override { return fColumnsAtATime; }
   void Open(const std::vector<int>* columns, ArrowArrayStream* stream) override {
     arrow::FieldVector fields;
     arrow::ArrayVector arrays;
@@ -56,6 +58,7 @@ class BatchSource : public IArrowSource {
   std::string fName = "batches";
   std::vector<std::pair<std::string, ArrayPtr>> fColumns;
   std::int64_t fBatchCases;
+  int fColumnsAtATime;
 };
 
 template <class Builder, class... Values>
@@ -181,6 +184,34 @@ TEST(ArrowTypes, BecomeNumbersAndCodesInMemoryAndStreamedAlike) {
     EXPECT_EQ(streamed.Notes(), memory.Notes());
     MemoryTable sliced(*source(one.fArray->Slice(1), 1));
     EXPECT_EQ(Cells(sliced, 0), Texts(one.fCells.begin() + 1, one.fCells.end()));
+  }
+}
+
+TEST(ArrowTypes, AreTheSameReadInGroupsOfColumns) {
+  arrow::DoubleBuilder numbers;
+  arrow::StringBuilder texts;
+  for (int i = 0; i < 10000; ++i) {
+    ASSERT_TRUE((i % 9 == 0 ? numbers.AppendNull() : numbers.Append(i / 7.0)).ok());
+    ASSERT_TRUE((i % 8 == 0 ? texts.AppendNull() : texts.Append(std::to_string(i % 77))).ok());
+  }
+  const ArrayPtr number = numbers.Finish().ValueOrDie();
+  const ArrayPtr text = texts.Finish().ValueOrDie();
+  const auto source = [&](int columnsAtATime) {
+    return std::make_unique<BatchSource>(
+        std::vector<std::pair<std::string, ArrayPtr>>{
+            {"a", number}, {"b", text}, {"c", text}, {"d", number}, {"e", text}},
+        777, columnsAtATime);
+  };
+  MemoryTable whole(*source(5));
+  const auto contents = Contents(whole);
+  for (const int columns : {1, 2, 4}) {
+    MemoryTable memory(*source(columns));
+    EXPECT_EQ(Contents(memory), contents) << columns;
+    StreamedTable streamed(source(columns));
+    const int added = streamed.AddVariable(KOVA_Variable("new", 0));
+    EXPECT_EQ(streamed.Scan({4, added})->Next()->fColumns[1].fpNumbers[0], KOVA_SystemMissing);
+    EXPECT_EQ(Cells(streamed, 4), contents[5]) << columns;
+    EXPECT_EQ(Cells(streamed, 0), contents[1]) << columns;
   }
 }
 

@@ -1,0 +1,43 @@
+// The categories of one variable: values numbered 0, 1, 2, ... as they are first met.
+//
+// Missing values (null, NaN, infinite, and user-missing ones when these are excluded) have no
+// number and are delivered as KOVA_SystemMissing. -0 and 0 are one category. State grows with the
+// distinct values only, whatever the number of cases.
+#pragma once
+
+#include <cstddef>
+#include <unordered_map>
+#include <vector>
+
+#include "host/cases/KOVA_Value.h"
+#include "host/data/ITable.h"
+
+class UACategories {
+ public:
+  // The variable is borrowed for its user-missing definition.
+  UACategories(const KOVA_Variable& variable, bool excludeUserMissing);
+
+  int Size() const { return static_cast<int>(fValues.size()); }
+
+  // REQUIRES: 0 <= code < Size().
+  const KOVA_Value& Decode(int code) const { return fValues[static_cast<std::size_t>(code)]; }
+
+  // The codes of `n` cells, new categories being added as they come.
+  // REQUIRES: cells of the variable's own kind.
+  void Encode(const MCHost::ColumnView& cells, std::size_t n, double* codes);
+
+  // Renumbers by value, numbers by size and strings by their bytes.
+  void Sort(bool ascending);
+
+ private:
+  void EncodeNumbers(const double* values, std::size_t n, double* codes);
+  void EncodeStrings(const MCHost::ColumnView& cells, std::size_t n, double* codes);
+  double CodeOf(double value);
+  double Add(KOVA_Value value, bool missing);
+
+  const KOVA_MissingValues* fpUserMissing;  // null when such values are ordinary
+  std::vector<KOVA_Value> fValues;
+  std::vector<double> fSmallCodes;   // by small whole number; NaN: not met yet
+  std::vector<double> fStringCodes;  // by dictionary code + 1; NaN: not met yet
+  std::unordered_map<double, double> fOtherCodes;
+};

@@ -1,0 +1,27 @@
+// The host's messages about the cases of a run. Each call raises one.
+#pragma once
+
+#include <string>
+
+#include "host/cases/MCStopProcessor.h"
+
+class ProcedureDataSource;
+
+class UAInpAdaptMsg {
+ public:
+  explicit UAInpAdaptMsg(ProcedureDataSource& source);
+
+  // Warning: no case of the data can be used.
+  void NoValidCases() const;
+
+  // Warning: the active data have no cases or no variables to select from.
+  void NoValidCasesForSelect() const;
+
+  // Error: the data could not be read; `reason` names file, place and cause
+  // (UAProcDataSourceIter::GetFailText).
+  void ReadFailed(const std::string& reason) const;
+
+  // Error: the run ended early, after so many records, for the cause that the processor kept.
+  // Says nothing while nothing has stopped the run.
+  void Stopped(const MCStopProcessor& stop, long long recordsRead) const;
+};

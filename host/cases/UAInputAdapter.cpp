@@ -1,0 +1,176 @@
+#include "host/cases/UAInputAdapter.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "host/cases/UACaseScan.h"
+#include "host/cases/UAVarValidSpecs.h"
+#include "host/data/ProcedureDataSource.h"
+
+namespace {
+
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+struct Range {
+  double fMin = kInfinity;
+  double fMax = -kInfinity;
+  bool fbConvert = false;  // some missing cell is not yet KOVA_SystemMissing
+};
+
+// No branch in the loop: a missing value enters the range as the infinity that changes nothing.
+Range Observe(const double* values, std::size_t n) {
+  Range range;
+  int convert = 0;
+  for (std::size_t i = 0; i < n; ++i) {
+    const double value = values[i];
+    const bool missing = MCMV::IsMissing(value);
+    const double low = missing ? kInfinity : value;
+    const double high = missing ? -kInfinity : value;
+    range.fMin = low < range.fMin ? low : range.fMin;
+    range.fMax = high > range.fMax ? high : range.fMax;
+    convert |= static_cast<int>(missing) & static_cast<int>(value != KOVA_SystemMissing);
+  }
+  range.fbConvert = convert != 0;
+  return range;
+}
+
+}  // namespace
+
+UAInputAdapter::UAInputAdapter(UAVarValidSpecs* specs, ProcedureDataSource& source,
+                               const std::vector<int>& extraVars)
+    : fpSpecs(specs),
+      fpSource(&source),
+      fScanPlaces(static_cast<std::size_t>(source.ColumnCount()), -1),
+      fIterator(source.Table(), {}) {
+  for (int i = 0; i < specs->GetNRecordVars(); ++i) fVars.push_back(MakeVar(i));
+  for (const int var : extraVars) AddScanColumn(var);
+  fIterator = KOVA_InputCaseIterator(source.Table(), fScanColumns);
+}
+
+UAInputAdapter::~UAInputAdapter() = default;
+
+std::size_t UAInputAdapter::AddScanColumn(int kovaVar) {
+  int& place = fScanPlaces[static_cast<std::size_t>(kovaVar)];
+  if (place < 0) {
+    place = static_cast<int>(fScanColumns.size());
+    fScanColumns.push_back(kovaVar);
+  }
+  return static_cast<std::size_t>(place);
+}
+
+UAInputAdapter::Var UAInputAdapter::MakeVar(int recordVar) {
+  Var var;
+  var.fKOVAVar = fpSpecs->GetKOVAVarIndex(recordVar);
+  var.fScanColumn = AddScanColumn(var.fKOVAVar);
+  const KOVA_Variable& variable = fpSource->GetVariable(var.fKOVAVar);
+  const bool exclude = fpSpecs->IsUserMissingExcluded();
+  const bool encode = fpSpecs->IsCategorical(recordVar) && fpSpecs->AreCategoriesEncoded();
+  if (encode || !variable.IsNumeric()) {
+    var.fpCategories = std::make_unique<UACategories>(variable, exclude);
+  } else if (exclude && !variable.GetMissingValues().IsEmpty()) {
+    var.fpUserMissing = &variable.GetMissingValues();
+  }
+  return var;
+}
+
+const UAInputAdapter::Var* UAInputAdapter::FindVar(int kovaVar) const {
+  const int position = fpSpecs->GetRecVarIndex(kovaVar);
+  return position < 0 ? nullptr : &fVars[static_cast<std::size_t>(position)];
+}
+
+int UAInputAdapter::GetCatVarSize(int kovaVar) const {
+  const Var* var = FindVar(kovaVar);
+  return var != nullptr && var->fpCategories ? var->fpCategories->Size() : 0;
+}
+
+double UAInputAdapter::GetContMinValue(int kovaVar) const {
+  const Var* var = FindVar(kovaVar);
+  return var == nullptr ? KOVA_SystemMissing : var->fMin;
+}
+
+double UAInputAdapter::GetContMaxValue(int kovaVar) const {
+  const Var* var = FindVar(kovaVar);
+  return var == nullptr ? KOVA_SystemMissing : var->fMax;
+}
+
+KOVA_Value UAInputAdapter::DecodeCatValue(int recordVar, int code, int& kovaVar) const {
+  kovaVar = -1;
+  if (recordVar < 0 || static_cast<std::size_t>(recordVar) >= fVars.size()) return {};
+  const Var& var = fVars[static_cast<std::size_t>(recordVar)];
+  if (!var.fpCategories || code < 0 || code >= var.fpCategories->Size()) return {};
+  kovaVar = var.fKOVAVar;
+  return var.fpCategories->Decode(code);
+}
+
+void UAInputAdapter::ReorderCategories(int kovaVar, bool ascending) {
+  const Var* var = FindVar(kovaVar);
+  if (var != nullptr && var->fpCategories) var->fpCategories->Sort(ascending);
+}
+
+int UAInputAdapter::GetDataPassCount() const { return fpReading ? fpReading->Pass() : 0; }
+
+std::int64_t UAInputAdapter::GetCaseNumber() const {
+  if (fpReading == nullptr || fpReading->Cases() == 0) return 0;
+  return fpReading->FirstCase() + static_cast<std::int64_t>(fpReading->GetCase()) + 1;
+}
+
+std::unique_ptr<UACaseScan> UAInputAdapter::OpenScan() {
+  auto scan = std::make_unique<UACaseScan>(fpSource->Table().Scan(fScanColumns),
+                                           fpSpecs->GetNRecordVars(), fNScans);
+  ++fNScans;
+  return scan;
+}
+
+void UAInputAdapter::Follow(UACaseScan* scan) {
+  fpReading = scan;
+  fIterator.Follow(scan);
+}
+
+bool UAInputAdapter::NextChunk(UACaseScan& scan) {
+  if (!scan.NextChunk()) return false;
+  for (std::size_t j = 0; j < fVars.size(); ++j) {
+    Var& var = fVars[j];
+    if (var.fpCategories) {
+      var.fpCategories->Encode(scan.Raw(var.fScanColumn), scan.Cases(), scan.Buffer(j));
+      scan.SetColumn(j, scan.Buffer(j));
+    } else {
+      PrepareNumbers(var, j, scan);
+    }
+  }
+  return true;
+}
+
+void UAInputAdapter::PrepareNumbers(Var& var, std::size_t recordVar, UACaseScan& scan) {
+  const double* values = scan.Raw(var.fScanColumn).fpNumbers;
+  const std::size_t n = scan.Cases();
+  Range range;
+  if (var.fpUserMissing != nullptr) {
+    double* out = scan.Buffer(recordVar);
+    for (std::size_t i = 0; i < n; ++i) {
+      const bool missing = MCMV::IsMissing(values[i]) || var.fpUserMissing->Contains(values[i]);
+      out[i] = missing ? KOVA_SystemMissing : values[i];
+    }
+    values = out;
+    range = Observe(values, n);
+  } else {
+    range = Observe(values, n);
+    if (range.fbConvert) {
+      double* out = scan.Buffer(recordVar);
+      std::replace_copy_if(values, values + n, out, MCMV::IsMissing, KOVA_SystemMissing);
+      values = out;
+    }
+  }
+  scan.SetColumn(recordVar, values);
+  if (range.fMin > range.fMax) return;
+  var.fMin = var.fMin == KOVA_SystemMissing ? range.fMin : std::min(var.fMin, range.fMin);
+  var.fMax = var.fMax == KOVA_SystemMissing ? range.fMax : std::max(var.fMax, range.fMax);
+}
+
+bool UAInputAdapter::IsLeftOut(const UACaseScan& scan, std::size_t i) const {
+  if (fpSpecs->IsMissingDelivered()) return false;
+  for (std::size_t j = 0; j < fVars.size(); ++j) {
+    if (scan.Column(j)[i] == KOVA_SystemMissing) return true;
+  }
+  return false;
+}

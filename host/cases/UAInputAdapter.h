@@ -1,0 +1,92 @@
+// Reads the active data as an engine's records: applies the missing rules, numbers the categories,
+// keeps the range of continuous variables.
+//
+// Every case that is read is observed before a stream decides whether to deliver it, so after the
+// first pass the adapter knows the categories and ranges of all cases. Streams over one adapter
+// (UAProcDataSourceIter) share this knowledge, each reading with a scan of its own. Missing cells
+// are delivered as KOVA_SystemMissing in every column.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "host/cases/KOVA_InputCaseIterator.h"
+#include "host/cases/KOVA_Value.h"
+#include "host/cases/UACategories.h"
+
+class ProcedureDataSource;
+class UACaseScan;
+class UAVarValidSpecs;
+
+class UAInputAdapter {
+ public:
+  // Specifications and data are borrowed. `extraVars` are read beside the record, for whoever looks
+  // at the current case (GetDSIterator).
+  UAInputAdapter(UAVarValidSpecs* specs, ProcedureDataSource& source,
+                 const std::vector<int>& extraVars = {});
+  ~UAInputAdapter();
+
+  // Number of categories met; 0 for a variable that is not categorical in the record.
+  int GetCatVarSize(int kovaVar) const;
+
+  // Lowest and highest valid value of a continuous variable; KOVA_SystemMissing when it has none.
+  double GetContMinValue(int kovaVar) const;
+  double GetContMaxValue(int kovaVar) const;
+
+  // The value behind a code of a record variable, whose index in the data `kovaVar` receives (-1
+  // and a missing value for a code or variable that does not exist).
+  KOVA_Value DecodeCatValue(int recordVar, int code, int& kovaVar) const;
+
+  // Renumbers the categories by value (numbers by size, strings by bytes); codes delivered from the
+  // next pass on are the new ones.
+  void ReorderCategories(int kovaVar, bool ascending);
+
+  // The pass of the stream that is reading, 0 during the first over the data (and before any).
+  int GetDataPassCount() const;
+
+  // The number of the case at which that stream is, from 1; 0 before the first.
+  std::int64_t GetCaseNumber() const;
+
+  KOVA_InputCaseIterator* GetDSIterator() { return &fIterator; }
+  ProcedureDataSource& GetDataSource() { return *fpSource; }
+
+  // nRecords: the cases delivered in the first pass over the data.
+  int GetRecordCount() const { return fNRecords; }
+
+  // For the streams. A new scan (throws HostIOError); the next chunk of one, observed and prepared,
+  // false at the end (throws HostIOError); making a scan the one that is reading; counting a
+  // delivery; whether a case of the chunk lacks a value although only complete ones are wanted.
+  std::unique_ptr<UACaseScan> OpenScan();
+  bool NextChunk(UACaseScan& scan);
+  void Follow(UACaseScan* scan);
+  bool IsFollowing(const UACaseScan* scan) const { return fpReading == scan; }
+  void CountDelivered(int n) { fNRecords += n; }
+  bool IsLeftOut(const UACaseScan& scan, std::size_t i) const;
+  std::size_t GetNRecordVars() const { return fVars.size(); }
+
+ private:
+  struct Var {
+    int fKOVAVar = -1;
+    std::size_t fScanColumn = 0;
+    const KOVA_MissingValues* fpUserMissing = nullptr;  // null when there is none to apply
+    std::unique_ptr<UACategories> fpCategories;         // null for a number
+    double fMin = KOVA_SystemMissing;
+    double fMax = KOVA_SystemMissing;
+  };
+
+  std::size_t AddScanColumn(int kovaVar);
+  Var MakeVar(int recordVar);
+  const Var* FindVar(int kovaVar) const;
+  static void PrepareNumbers(Var& var, std::size_t recordVar, UACaseScan& scan);
+
+  UAVarValidSpecs* fpSpecs;
+  ProcedureDataSource* fpSource;
+  std::vector<int> fScanColumns;
+  std::vector<int> fScanPlaces;  // by variable, -1 for none; needed while columns are added
+  std::vector<Var> fVars;
+  KOVA_InputCaseIterator fIterator;
+  UACaseScan* fpReading = nullptr;
+  int fNScans = 0;
+  int fNRecords = 0;
+};

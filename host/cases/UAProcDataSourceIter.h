@@ -1,0 +1,90 @@
+// A stream of cases over an input adapter: what the drivers hand to the engines.
+//
+// A derived stream decides case by case what is delivered (PreprocessCase). Each pass reads the
+// table with a scan of its own, so several streams may read in turn. A failure to read ends the
+// pass: the fail reason is kReadError and GetFailText() says what happened. Nothing is thrown.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "common/RecordIterator.h"
+
+class KOVA_InputCaseIterator;
+class UACaseScan;
+class UAInputAdapter;
+
+using ProcDSIterator = KOVA_InputCaseIterator;
+
+class UAProcDataSourceIter : public MCCommon::MultiPassRecordIter {
+ public:
+  // The adapter is borrowed. `startNow` starts the first pass at once; a derived stream passes
+  // false and starts when it is complete.
+  UAProcDataSourceIter(UAInputAdapter* adapter, bool startNow);
+  ~UAProcDataSourceIter() override;
+
+  // Asked for each case, in file order, before it is delivered; false skips the case. The adapter's
+  // case number and case iterator are at the case.
+  virtual bool PreprocessCase() { return true; }
+
+  // Begins to read and looks for the first case to deliver. Reading an unstarted stream starts it.
+  void Start();
+
+  bool HasMore() override;
+  const MCCommon::Record* NextRecord() override;
+  const MCCommon::RecordBlock& NextBlock(std::size_t maxCases) override;
+  FailReason GetFailReason() const override { return fFailReason; }
+
+  // What went wrong, in words, after kReadError.
+  const std::string& GetFailText() const { return fFailText; }
+
+  // 1 when the pass has no case at all to deliver, 3 after a read error, else 0.
+  int GetState();
+
+  // The record that NextRecord() will give, without moving on; null at the end. It stays valid
+  // until the next call of NextRecord, NextBlock or NewPass.
+  const MCCommon::Record* Current();
+
+  // Goes back to the first case; with `startNow` the first case is looked for at once. A pass of
+  // which nothing was taken yet is simply kept. False after a read error.
+  [[nodiscard]] bool NewPass() override { return NewPass(true); }
+  [[nodiscard]] bool NewPass(bool startNow);
+
+  // The pass is the last one over the data: values stored through GetProcDS() reach the table.
+  void SetLastPass();
+
+  // Hands values that still wait to the table, as the end of the data does by itself; for a last
+  // pass that was stopped. False when that failed.
+  bool Finish();
+
+  // The case iterator; it stays at a case until the stream looks for another.
+  ProcDSIterator* GetProcDS() const;
+
+ protected:
+  UAInputAdapter* GetAdapter() const { return fpAdapter; }
+
+ private:
+  template <typename Action>
+  bool Guard(Action action);
+  bool LoadChunk();
+  bool Accept(std::size_t i);
+  bool Position();
+  void Collect(std::size_t maxCases);
+  void Gather();
+  void Close();
+
+  UAInputAdapter* fpAdapter;
+  std::unique_ptr<UACaseScan> fpScan;  // null before the start of a pass
+  std::size_t fNext = 0;               // first case of the chunk that was not looked at
+  bool fbPositioned = false;           // the case before fNext waits to be delivered
+  bool fbTaken = false;                // something of this pass was delivered
+  bool fbAtEnd = false;
+  bool fbLastPass = false;
+  FailReason fFailReason = kSuccess;
+  std::string fFailText;
+  MCCommon::Record fRecord;
+  MCCommon::RecordBlock fBlock;
+  std::vector<std::size_t> fAccepted;  // cases of the chunk that make the block
+  std::vector<std::vector<double>> fGathered;
+};
