@@ -181,6 +181,30 @@ NumberReader DecimalReader(int bits) {
   }
 }
 
+// The text under a key of a column's metadata, empty for none. They are laid out as a count and
+// that many pairs, each text with its length before it; null means none at all.
+std::string MetadataText(const char* metadata, std::string_view key) {
+  if (metadata == nullptr) return {};
+  const auto readCount = [&metadata] {
+    std::int32_t count = 0;
+    std::memcpy(&count, metadata, sizeof(count));
+    metadata += sizeof(count);
+    return std::max(count, 0);
+  };
+  const auto readText = [&] {
+    const auto size = static_cast<std::size_t>(readCount());
+    const std::string_view text(metadata, size);
+    metadata += size;
+    return text;
+  };
+  for (std::int32_t pairs = readCount(); pairs > 0; --pairs) {
+    const std::string_view name = readText();
+    const std::string_view text = readText();
+    if (name == key) return std::string(text);
+  }
+  return {};
+}
+
 }  // namespace
 
 // What is known of an Arrow type, found by the start of its format string.
@@ -253,7 +277,9 @@ const ArrowColumn::Type& ArrowColumn::FindType(const char* format) {
 }
 
 ArrowColumn::ArrowColumn(const ArrowSchema& schema, const std::string& source)
-    : fName(schema.name != nullptr ? schema.name : ""), fSource(source) {
+    : fName(schema.name != nullptr ? schema.name : ""),
+      fLabel(MetadataText(schema.metadata, "label")),
+      fSource(source) {
   const std::string format = schema.format != nullptr ? schema.format : "";
   fpType = &FindType(format.c_str());
   if (fpType->fbRefused) {

@@ -31,6 +31,8 @@ class ArrowColumn {
   ~ArrowColumn();
 
   const std::string& Name() const { return fName; }
+  // What the column's metadata hold under the key "label"; empty for nothing.
+  const std::string& Label() const { return fLabel; }
   bool IsNumeric() const;
 
   // How values changed on their way in ("holds dates, read as days since 1970-01-01"), or empty.
@@ -63,6 +65,7 @@ class ArrowColumn {
   [[noreturn]] void Refuse(const std::string& reason) const;
 
   std::string fName;
+  std::string fLabel;
   std::string fSource;
   const Type* fpType = nullptr;
   void (*fReadNumbers)(const void* data, std::int64_t at, std::size_t n, double divisor,

@@ -89,6 +89,7 @@ void DataTable::DeclareColumns(ArrowStreamReader& reader) {
   for (int i = 0; i < reader.ColumnCount(); ++i) {
     const ArrowColumn& column = reader.Column(i);
     AddVariable(KOVA_Variable(column.Name(), column.IsNumeric() ? 0 : 1));
+    GetVariable(i).SetLabel(column.Label());
     At(i).fNote = column.Note();
   }
   fNOwnColumns = ColumnCount();

@@ -1,0 +1,152 @@
+#include "host/output/render/RenderText.h"
+
+#include <algorithm>
+#include <vector>
+
+#include "host/output/OutputDocument.h"
+#include "host/output/ShowText.h"
+#include "host/output/render/DisplayWidth.h"
+#include "host/output/render/TableAxis.h"
+#include "host/output/render/TextTable.h"
+
+namespace MCHost {
+namespace {
+
+constexpr const char* kBold = "1";
+constexpr const char* kRed = "1;31";
+constexpr const char* kYellow = "1;33";
+
+// Writes one page. Blocks (messages, notes, a table, ...) are parted by an empty line.
+class PageWriter {
+ public:
+  explicit PageWriter(const TextOptions& options) : fOptions(options) {}
+
+  void Run(const OutputRun& run);
+  void Message(const OutputMessage& message);
+  const std::string& Page() const { return fPage; }
+
+ private:
+  void Notes(const std::vector<OutputNote>& notes);
+  void Table(const OutputTable& table);
+  void Results(const OutputRun& run);
+
+  void BeginBlock();
+  void Title(const std::string& title);
+  // A text wrapped beside its lead, which the first line carries and the others leave blank.
+  void Hanging(const std::string& lead, const std::string& text);
+  std::string Styled(const std::string& text, const char* style) const;
+
+  const TextOptions& fOptions;
+  std::string fPage;
+};
+
+void PageWriter::Run(const OutputRun& run) {
+  if (fOptions.fbMessages && !run.fMessages.empty()) {
+    BeginBlock();
+    for (const OutputMessage& message : run.fMessages) Message(message);
+  }
+  if (!run.fNotes.empty()) Notes(run.fNotes);
+  for (const OutputTable& table : run.fTables) Table(table);
+  for (const OutputChart& chart : run.fCharts) {
+    BeginBlock();
+    Title(ShowText(chart.fTitle) + " (chart)");
+    Hanging("", "The JSON output holds this chart as a Vega-Lite document.");
+  }
+  Results(run);
+}
+
+void PageWriter::Message(const OutputMessage& message) {
+  const bool error = message.fLevel >= OutputMessage::kError;
+  const std::string severity = error ? "Error: " : "Warning: ";
+  const std::size_t start = fPage.size();
+  Hanging(severity, ShowText(message.fText));
+  fPage.replace(start, severity.size(), Styled(severity, error ? kRed : kYellow));
+  if (message.fDetail.empty()) return;
+  // A source line and its caret must not be wrapped.
+  std::string detail = "  " + message.fDetail;
+  for (std::size_t at = 0; (at = detail.find('\n', at)) != std::string::npos; at += 3) {
+    detail.replace(at, 1, "\n  ");
+  }
+  fPage += detail + "\n";
+}
+
+void PageWriter::Notes(const std::vector<OutputNote>& notes) {
+  BeginBlock();
+  Title("Notes");
+  std::size_t width = 0;
+  for (const OutputNote& note : notes) {
+    width = std::max(width, LongestLine(ShowText(note.fTitle)) + (note.fGroup ? 2 : 0));
+  }
+  width = std::min(width, fOptions.fWidth / 2);
+  std::string group;
+  for (const OutputNote& note : notes) {
+    const std::string heading = note.fGroup ? ShowText(*note.fGroup) : "";
+    if (heading != group && !heading.empty()) fPage += "  " + heading + "\n";
+    group = heading;
+    std::string lead = (heading.empty() ? "  " : "    ") + ShowText(note.fTitle);
+    const std::size_t used = DisplayWidth(lead);
+    lead.append(width + 4 > used ? width + 4 - used : 2, ' ');
+    Hanging(lead, ShowText(note.fText));
+  }
+}
+
+void PageWriter::Table(const OutputTable& table) {
+  BeginBlock();
+  Title(ShowText(table.fTitle));
+  fPage += TextTable(table, fOptions.fWidth).Draw();
+  if (table.fCaption) Hanging("", ShowText(*table.fCaption));
+  for (std::size_t i = 0; i < table.fFootnotes.size(); ++i) {
+    const std::string mark = FootnoteMarks({static_cast<int>(i)}).substr(1);
+    Hanging(mark + " ", ShowText(table.fFootnotes[i]));
+  }
+}
+
+void PageWriter::Results(const OutputRun& run) {
+  if (run.fMacros.empty() && run.fNewVariables.empty() && run.fFiles.empty()) return;
+  BeginBlock();
+  for (const auto& [name, values] : run.fMacros) {
+    std::string list;
+    for (const std::string& value : values) list += (list.empty() ? "" : " ") + value;
+    Hanging("!" + name + " = ", list.empty() ? "(empty)" : list);
+  }
+  for (const OutputVariable& variable : run.fNewVariables) {
+    Hanging("New variable " + variable.fName + ": ", variable.fLabel);
+  }
+  for (const std::string& file : run.fFiles) Hanging("File written: ", file);
+}
+
+void PageWriter::BeginBlock() {
+  if (!fPage.empty()) fPage += "\n";
+}
+
+void PageWriter::Title(const std::string& title) { fPage += Styled(title, kBold) + "\n"; }
+
+void PageWriter::Hanging(const std::string& lead, const std::string& text) {
+  const std::size_t indent = DisplayWidth(lead);
+  const std::size_t room = fOptions.fWidth > indent + 20 ? fOptions.fWidth - indent : 20;
+  std::string margin = lead;
+  for (const std::string& line : WrapText(text, room)) {
+    fPage += margin + line + "\n";
+    margin.assign(indent, ' ');
+  }
+}
+
+std::string PageWriter::Styled(const std::string& text, const char* style) const {
+  return fOptions.fbColor ? std::string("\x1b[") + style + "m" + text + "\x1b[0m" : text;
+}
+
+}  // namespace
+
+std::string RenderText(const OutputDocument& document, const TextOptions& options) {
+  PageWriter writer(options);
+  for (const OutputRun& run : document.GetRuns()) writer.Run(run);
+  return writer.Page();
+}
+
+std::string RenderMessage(const OutputMessage& message, const TextOptions& options) {
+  PageWriter writer(options);
+  writer.Message(message);
+  return writer.Page();
+}
+
+}  // namespace MCHost
