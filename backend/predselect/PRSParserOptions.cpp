@@ -12,9 +12,12 @@ namespace {
 
 constexpr const char* kSource = "backend/predselect/PRSParser";
 
-// Codes of the ranking criteria, in the order in which the grammar lists their words.
-enum Criterion { kPearson = 0, kLikelihood = 1, kCramersV = 2, kLambda = 3 };
+using MCFSCommon::kCramer;
+using MCFSCommon::kLambda;
+using MCFSCommon::kLikelihood;
+using MCFSCommon::kPearson;
 
+// The grammar lists the words of the criteria in the order of their codes.
 int CriterionOf(const std::string& word, const ParamDescriptor& declared) {
   const std::vector<std::string>& words = declared.GetStringValues();
   int criterion = 0;
@@ -72,7 +75,7 @@ int PRSParser::TakeRanking(const SubComObj& subCom) const {
 // These two criteria have no significance that could be below a cut-off.
 void PRSParser::ReportIdleCutOff(const SubComObj& subCom, int criterion) const {
   const ParamObj* param = subCom.getParamObj("PCUTOFF");
-  const bool isIdle = (criterion == kCramersV || criterion == kLambda) && Applies(criterion);
+  const bool isIdle = (criterion == kCramer || criterion == kLambda) && Applies(criterion);
   if (param == nullptr || !isIdle) return;
   fMessages.At(param->GetNameToken())
       .OptionIdle("CRITERIA PCUTOFF", "the ranking statistic has no significance");

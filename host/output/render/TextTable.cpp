@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kPadding = 2;        // a blank on either side of a text
 constexpr std::size_t kBorder = 1;         // one line between neighbours
-constexpr std::size_t kHeadingWidth = 16;  // headings up to here are not wrapped
+constexpr std::size_t kHeadingWidth = 18;  // headings up to here are not wrapped
 constexpr std::size_t kPointsPerGlyph = 8;
 constexpr std::size_t kNoSeparator = static_cast<std::size_t>(-1);
 

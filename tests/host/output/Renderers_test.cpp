@@ -1,0 +1,210 @@
+// Pages and JSON documents of small results, character by character.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+
+#include "common/MissingValue.h"
+#include "host/output/AddNotes.h"
+#include "host/output/BpComposite.h"
+#include "host/output/BpError.h"
+#include "host/output/BpPivotTable.h"
+#include "host/output/BpProcedure.h"
+#include "host/output/BpString.h"
+#include "host/output/XDocument.h"
+#include "host/output/render/DisplayWidth.h"
+#include "host/output/render/RenderJson.h"
+#include "host/output/render/RenderText.h"
+#include "tests/host/output/OutputHost.h"
+
+namespace {
+
+using MCHost::OutputText;
+using nlohmann::json;
+
+// Two selected and one unselected predictor, with nested headings, footnotes, an empty cell and a
+// name of wide characters.
+void ShowSummary() {
+  BpPivotTable table("Predictor Summary", "PredictorSummary");
+  BpDimension rows = table.RowDimension("Predictor");
+  BpDimension columns = table.ColumnDimension("Statistics");
+  BpGroup selected = rows.AddGroup(BpString("Selected"));
+  BpGroup unselected = rows.AddGroup(BpString("Unselected"));
+  BpComposite limit("Limited to the first ^1 unselected predictors.");
+  unselected.Note(limit.AddLiteral("1").Finish());
+  BpGroup chiSquare = columns.AddGroup(BpString("Pearson Chi-Square"));
+  const BpCategory value = chiSquare.AddCategory(BpString("Value"), BpProcedure::GeneralStat());
+  const BpCategory df = chiSquare.AddCategory(BpString("df"), BpProcedure::Count());
+  BpCategory f = columns.AddCategory(BpString("F"), BpProcedure::GeneralStat());
+  const BpCategory island = selected.AddCategory(OutputText::Variable("island", "Island"));
+  const BpCategory wide = selected.AddCategory(OutputText::Variable("性別", ""));
+  const BpCategory mass = unselected.AddCategory(OutputText::Variable("mass", ""));
+  table.SetCell({island, value}, 299.55);
+  table.SetCell({island, df}, 4);
+  table.SetCell({wide, value}, 12.25);
+  table.SetCell({wide, df}, 2);
+  table.SetCell({mass, f}, KOVA_SystemMissing);
+  f.CellNote({mass}, BpString("No within-factor variation..."));
+  table.Show();
+}
+
+TEST(RenderText, NestsHeadingsMarksFootnotesAndAlignsWideCharacters) {
+  MCTest::OutputHost host;
+  ShowSummary();
+  EXPECT_EQ(MCHost::RenderText(host.fDocument, {}),
+            R"(Predictor Summary
+┌─────────────────────────┬────────────────────┬─────┐
+│                         │ Pearson Chi-Square │     │
+│                         ├─────────┬──────────┤     │
+│ Predictor               │   Value │       df │   F │
+├────────────────┬────────┼─────────┼──────────┼─────┤
+│ Selected       │ Island │ 299.550 │        4 │     │
+│                │ 性別   │  12.250 │        2 │     │
+├────────────────┼────────┼─────────┼──────────┼─────┤
+│ Unselected [a] │ mass   │         │          │ [b] │
+└────────────────┴────────┴─────────┴──────────┴─────┘
+[a] Limited to the first 1 unselected predictors.
+[b] F could not be computed: there is no variation within the groups.
+)");
+}
+
+TEST(RenderText, ContinuesAWideTableInPanelsThatRepeatTheRowLabels) {
+  MCTest::OutputHost host;
+  BpPivotTable table("Classification", "Classification");
+  BpDimension rows = table.RowDimension("Observed");
+  BpDimension columns = table.ColumnDimension("Predicted");
+  BpDimension layers = table.LayerDimension("Sample");
+  const BpCategory row = rows.AddCategory(OutputText::Value("a long observed value", ""));
+  const BpCategory first = columns.AddCategory(OutputText::Value("Adelie", ""));
+  const BpCategory second = columns.AddCategory(OutputText::Value("Gentoo", ""));
+  const BpCategory training = layers.AddCategory(BpString("Training"));
+  table.SetCell({row, first, training}, 5);
+  table.SetCell({row, second, training}, 7);
+  table.Show();
+  MCHost::TextOptions narrow;
+  narrow.fWidth = 30;
+  EXPECT_EQ(MCHost::RenderText(host.fDocument, narrow), R"(Classification
+Sample: Training
+┌──────────────┬────────┐
+│ Observed     │ Adelie │
+├──────────────┼────────┤
+│ a long       │  5.000 │
+│ observed     │        │
+│ value        │        │
+└──────────────┴────────┘
+┌──────────────┬────────┐
+│ Observed     │ Gentoo │
+├──────────────┼────────┤
+│ a long       │  7.000 │
+│ observed     │        │
+│ value        │        │
+└──────────────┴────────┘
+)");
+}
+
+TEST(RenderText, PutsListItemsOnLinesAndNotesAndMessagesInBlocks) {
+  MCTest::OutputHost host;
+  AddNotes(4, BpString("Definition of Missing"), BpString("UserMiss excluded ..."));
+  AddNotesWithGroup(3, BpString("Predicted Probabilities"), OutputText::Literal("sex = f"),
+                    OutputText::Literal("prob_1"));
+  BpError(BpComposite("No predictors were selected."), 2, 2, "line 1\n  ^");
+  BpPivotTable table("Excluded Predictors", "ExcludedPredictors");
+  table.MinDataColumnWidth(120);
+  BpDimension rows = table.RowDimension("Reason");
+  BpDimension columns = table.ColumnDimension("Predictors");
+  const BpCategory row = rows.AddCategory(BpString("All Cases Missing"));
+  const BpCategory column = columns.AddCategory(BpString("Predictors"));
+  BpComposite list("[%1:\n ^1:]1");
+  list.Sublist().AddLiteral("age").AddLiteral("workclass").EndSublist();
+  table.SetCell({row, column}, list.Finish());
+  table.Show();
+  host.fDocument.CurrentRun().fMacros = {{"f", {"island", "sex"}}, {"c", {}}};
+  EXPECT_EQ(MCHost::RenderText(host.fDocument, {}), R"(Warning: No predictors were selected.
+  line 1
+    ^
+
+Notes
+  Definition of missing  User-defined missing values are treated as missing.
+  Predicted probabilities
+    sex = f              prob_1
+
+Excluded Predictors
+┌───────────────────┬─────────────────┐
+│ Reason            │ Predictors      │
+├───────────────────┼─────────────────┤
+│ All cases missing │ age             │
+│                   │ workclass       │
+└───────────────────┴─────────────────┘
+
+!f = island sex
+!c = (empty)
+)");
+}
+
+TEST(WrapText, BreaksAtBlanksAndInsideAWordOnlyWhereItMust) {
+  using testing::ElementsAre;
+  EXPECT_THAT(MCHost::WrapText("one two three", 7), ElementsAre("one two", "three"));
+  EXPECT_THAT(MCHost::WrapText("abcdefgh ij", 5), ElementsAre("abcde", "fgh", "ij"));
+  EXPECT_THAT(MCHost::WrapText("漢字漢字", 5), ElementsAre("漢字", "漢字"));
+  EXPECT_THAT(MCHost::WrapText("a\n\nb", 5), ElementsAre("a", "", "b"));
+  EXPECT_THAT(MCHost::WrapText("", 5), ElementsAre(""));
+  EXPECT_EQ(MCHost::DisplayWidth("e\u0301\xff"), 2u);
+}
+
+TEST(RenderJson, GivesKeysPathsAndFullPrecision) {
+  MCTest::OutputHost host;
+  host.fDocument.fDataSource = "penguins.csv";
+  host.fDocument.fNCases = 344;
+  BpError(BpComposite("Parameter ^1 less than number of unique predictors in ^2...")
+              .AddLiteral("CRITERIA SIZE")
+              .AddLiteral("SELECTPRED"),
+          2, 3);
+  ShowSummary();
+  const json document = json::parse(MCHost::RenderJson(host.fDocument));
+  EXPECT_EQ(document["data"], (json{{"source", "penguins.csv"}, {"cases", 344}, {"variables", 0}}));
+  const json& run = document["runs"][0];
+  EXPECT_EQ(run["messages"][0]["arguments"], (json{"CRITERIA SIZE", "SELECTPRED"}));
+  EXPECT_EQ(run["messages"][0]["text"],
+            "CRITERIA SIZE must be less than the number of different predictors in SELECTPRED.");
+  const json& table = run["tables"][0];
+  EXPECT_EQ(table["dimensions"],
+            json::parse(R"({"rows":["Predictor"],"columns":["Statistics"],"layers":[]})"));
+  EXPECT_EQ(table["cells"][0], json::parse(R"({"row":["Selected","island"],
+      "column":["Pearson Chi-Square","Value"],"layer":[],"value":299.55,"format":"general",
+      "text":"299.550","notes":[]})"));
+  EXPECT_EQ(table["cells"][4]["value"], nullptr);
+  EXPECT_EQ(table["cells"][4]["notes"], json{1});
+  EXPECT_EQ(table["caption"], nullptr);
+  EXPECT_EQ(document["strings"]["Limited to the first ^1 unselected predictors."],
+            "Limited to the first ^1 unselected predictors.");
+}
+
+TEST(XDocument, BecomesAVegaLiteDocument) {
+  MCTest::OutputHost host;
+  XVariable color(XVariable::kCategorical, "Predictors");
+  color.addRelabel(0, "Selected");
+  color.addRelabel(1, "Unselected");
+  XVariable predictors(XVariable::kCategorical, "Predictor");
+  predictors.addRelabel(0, "island");
+  XDocument chart("Predictor Summary Chart",
+                  XGraph(predictors, XVariable(XVariable::kScale, "Unadjusted Significance")));
+  chart.GetGraph().GetElement().colorByVariable(color);
+  chart.GetGraph().GetElement().AddPoint(0, 0.25, 1);
+  chart.GetGraph().GetElement().AddPoint(1, KOVA_SystemMissing, 0);
+  chart.GetGraph().GetYAxis().SetInterval(0.0, 1.0);
+  chart.GetGraph().GetYAxis().invertScale(1.0);
+  chart.GetGraph().AddYReferenceLine(0.05, "dash");
+  chart.SetFrameHeight(1.05);
+  chart.Show();
+  const json rendered = json::parse(MCHost::RenderJson(host.fDocument));
+  const json& drawn = rendered["runs"][0]["charts"][0]["vegalite"];
+  EXPECT_EQ(drawn["data"]["values"][0],
+            (json{{"x", "island"}, {"y", 0.25}, {"color", "Unselected"}}));
+  EXPECT_EQ(drawn["data"]["values"][1]["y"], nullptr);
+  EXPECT_EQ(drawn["layer"][0]["encoding"]["y"]["scale"]["reverse"], true);
+  EXPECT_EQ(drawn["layer"][1]["data"]["values"][0]["y"], 0.05);
+  EXPECT_EQ(drawn["layer"][1]["mark"]["strokeDash"], (json{6, 4}));
+  EXPECT_EQ(drawn["height"], 378.0);
+}
+
+}  // namespace
