@@ -32,17 +32,19 @@ bool Contains(const VarSpecObj& role, int variable) {
   return std::find(held.begin(), held.end(), variable) != held.end();
 }
 
-// The two lists of the specifications, from predictors.
-template <typename Predictors>
-std::pair<PRSValidSpecs::IntList, PRSValidSpecs::BoolList> Split(const Predictors& predictors) {
-  auto variables = std::make_unique<std::vector<int>>();
-  auto flags = std::make_unique<std::vector<bool>>();
-  for (const auto& predictor : predictors) {
-    variables->push_back(predictor.fVariable);
-    flags->push_back(predictor.fbCategorical);
+// Predictors as the two lists of the specifications.
+struct Lists {
+  template <typename Predictors>
+  explicit Lists(const Predictors& predictors) {
+    for (const auto& predictor : predictors) {
+      fpVariables->push_back(predictor.fVariable);
+      fbpCategorical->push_back(predictor.fbCategorical);
+    }
   }
-  return {std::move(variables), std::move(flags)};
-}
+
+  PRSValidSpecs::IntList fpVariables = std::make_unique<std::vector<int>>();
+  PRSValidSpecs::BoolList fbpCategorical = std::make_unique<std::vector<bool>>();
+};
 
 }  // namespace
 
@@ -143,11 +145,11 @@ void PRSParser::TakeWeight() {
 }
 
 void PRSParser::FinalCleanUp() {
-  auto [predictors, flags] = Split(fPredictors);
-  fSpecs.SetPredictList(std::move(predictors), std::move(flags));
+  Lists predictors(fPredictors);
+  fSpecs.SetPredictList(std::move(predictors.fpVariables), std::move(predictors.fbpCategorical));
   if (!fForced.empty()) {
-    auto [forced, forcedFlags] = Split(fForced);
-    fSpecs.SetForcePredList(std::move(forced), std::move(forcedFlags));
+    Lists forced(fForced);
+    fSpecs.SetForcePredList(std::move(forced.fpVariables), std::move(forced.fbpCategorical));
   }
   if (fpExceptVars->GetNValidVars() > 0) {
     fSpecs.SetExceptList(std::make_unique<std::vector<int>>(fpExceptVars->GetValidVarList()));
@@ -192,34 +194,41 @@ bool PRSParser::TakeDependent(const ParamObj& param) {
   return true;
 }
 
-// The two lists; the one that says ALL second, so that it leaves out what the other one names.
 bool PRSParser::TakeCandidates(const SubComObj& subCom) {
   const ParamObj* factors = subCom.getParamObj("BY");
   const ParamObj* covariates = subCom.getParamObj("WITH");
-  std::vector<int> leftOut = LeftOutOfAll();
   fpFactors->SetAllVarsByDefault(factors == nullptr && covariates == nullptr);
-  const bool factorsLast = UsesAll(factors);
-  VarSpecObj& first = factorsLast ? *fpCovariates : *fpFactors;
-  VarSpecObj& second = factorsLast ? *fpFactors : *fpCovariates;
-  first.SetLeftOutOfAll(leftOut);
-  bool isValid = first.ValidateVariables(factorsLast ? covariates : factors);
-  Append(first, leftOut);
-  second.SetLeftOutOfAll(leftOut);
-  isValid = second.ValidateVariables(factorsLast ? factors : covariates) && isValid;
-  return isValid;
+  return TakeLists(*fpFactors, factors, *fpCovariates, covariates);
 }
 
+// Of two lists the one that says ALL comes second, so that it leaves out what the other one names.
+bool PRSParser::TakeLists(VarSpecObj& factors, const ParamObj* givenFactors, VarSpecObj& covariates,
+                          const ParamObj* givenCovariates) const {
+  const bool factorsLast = UsesAll(givenFactors);
+  VarSpecObj& first = factorsLast ? covariates : factors;
+  VarSpecObj& second = factorsLast ? factors : covariates;
+  std::vector<int> leftOut = LeftOutOfAll();
+  first.SetLeftOutOfAll(leftOut);
+  const bool isValid = first.ValidateVariables(factorsLast ? givenCovariates : givenFactors);
+  Append(first, leftOut);
+  second.SetLeftOutOfAll(leftOut);
+  return second.ValidateVariables(factorsLast ? givenFactors : givenCovariates) && isValid;
+}
+
+// Variables that have another place in the command. The dependent and the training variable may
+// not have been validated yet; here they only count as used.
 std::vector<int> PRSParser::LeftOutOfAll() const {
   std::vector<int> leftOut;
-  for (const VarSpecObj* role : {fpWeightVar.get(), fpDependVar.get(), fpExceptVars.get(),
-                                 fpForceFactors.get(), fpForceCovariates.get()}) {
+  for (const VarSpecObj* role :
+       {fpWeightVar.get(), fpExceptVars.get(), fpForceFactors.get(), fpForceCovariates.get()}) {
     Append(*role, leftOut);
   }
-  // The training variable is validated later; here it only counts as used.
-  const SubComObj* training = fpCommand->getSubComObj("TRAININGSAMPLE");
-  const ParamObj* variable = training == nullptr ? nullptr : training->getParamObj("VARIABLE");
-  if (variable != nullptr) {
-    leftOut.push_back(fSource.FindVariable(variable->getVarName().GetName()));
+  static constexpr std::pair<const char*, const char*> kSingles[] = {
+      {"", ""}, {"TRAININGSAMPLE", "VARIABLE"}};
+  for (const auto& [name, paramName] : kSingles) {
+    const SubComObj* subCom = fpCommand->getSubComObj(name);
+    const ParamObj* param = subCom == nullptr ? nullptr : subCom->getParamObj(paramName);
+    if (param != nullptr) leftOut.push_back(fSource.FindVariable(param->getVarName().GetName()));
   }
   return leftOut;
 }
@@ -280,10 +289,7 @@ bool PRSParser::ProcessForceSubCom(const SubComObj& subCom) {
   const ParamObj* factors = subCom.getParamObj("FACTORS");
   const ParamObj* covariates = subCom.getParamObj("COVARIATES");
   MCCommon::Assert(covariates != nullptr || factors != nullptr, "factorParam != 0", kSource);
-  fpForceFactors->SetLeftOutOfAll(fpWeightVar->GetValidVarList());
-  fpForceCovariates->SetLeftOutOfAll(fpWeightVar->GetValidVarList());
-  bool isValid = fpForceFactors->ValidateVariables(factors);
-  isValid = fpForceCovariates->ValidateVariables(covariates) && isValid;
+  bool isValid = TakeLists(*fpForceFactors, factors, *fpForceCovariates, covariates);
   isValid = fpForceFactors->CheckCommonVars(*fpWeightVar) && isValid;
   isValid = fpForceCovariates->CheckCommonVars(*fpWeightVar) && isValid;
   isValid = fpForceCovariates->CheckCommonVars(*fpForceFactors) && isValid;

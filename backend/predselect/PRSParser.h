@@ -68,6 +68,8 @@ class PRSParser {
   void TakeWeight();
   bool TakeDependent(const ParamObj& param);
   bool TakeCandidates(const SubComObj& subCom);
+  bool TakeLists(VarSpecObj& factors, const ParamObj* givenFactors, VarSpecObj& covariates,
+                 const ParamObj* givenCovariates) const;
   std::vector<int> LeftOutOfAll() const;
   bool CheckDependent() const;
   bool CheckCandidates() const;
@@ -77,6 +79,7 @@ class PRSParser {
   int TakeRanking(const SubComObj& subCom) const;
   void ReportIdleCutOff(const SubComObj& subCom, int criterion) const;
   bool IsPrintConsistent(const SubComObj& subCom) const;
+  void ReportIdleTables(const SubComObj& subCom) const;
   void AddPrintOptions(const ParamObj& summary);
   bool TakeMacroName(const ParamObj* param, KovaVarName& name) const;
   bool TakePredVal(const ParamObj& param);

@@ -151,6 +151,7 @@ bool PRSParser::ProcessPrintSubCom(const SubComObj& subCom) {
   const bool anyTable = isAsked("CPS") || isAsked("EXCLUDED") || isAsked("SUMMARY") ||
                         isAsked("SELECTED") || isAsked("CLASSIFICATION");
   if (!anyTable) fMessages.NoTableRequested();
+  if (!fbUniVariable && IsSelectionOff()) ReportIdleTables(subCom);
   if (fbUniVariable && isAsked("SUMMARY")) AddPrintOptions(*subCom.getParamObj("SUMMARY"));
   fSpecs.SetPrintInfo(isAsked("CPS"), isAsked("EXCLUDED"), isAsked("SUMMARY"), isAsked("SELECTED"),
                       isAsked("CLASSIFICATION"), false);
@@ -162,6 +163,16 @@ bool PRSParser::IsPrintConsistent(const SubComObj& subCom) const {
   if (none == nullptr || subCom.getParamListSize() == 1) return true;
   fMessages.At(none->GetNameToken()).ParamExclAnyOther("NONE", "PRINT");
   return false;
+}
+
+// Two tables show what a selection found.
+void PRSParser::ReportIdleTables(const SubComObj& subCom) const {
+  for (const char* table : {"SUMMARY", "SELECTED"}) {
+    const ParamObj* param = subCom.getParamObj(table);
+    if (param == nullptr) continue;
+    fMessages.At(param->GetNameToken())
+        .OptionIdle(std::string("PRINT ") + table, "SUBSET asks for NOSELECTION");
+  }
 }
 
 void PRSParser::AddPrintOptions(const ParamObj& summary) {

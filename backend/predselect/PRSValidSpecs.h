@@ -19,6 +19,7 @@ class FSSettings;
 class MCStopProcessor;
 class UAVarValidSpecs;
 
+// NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): one object a run, grouped by meaning
 class PRSValidSpecs {
  public:
   // A ranking statistic asked for besides the ranking criterion. The values are those of

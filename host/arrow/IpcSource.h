@@ -1,4 +1,5 @@
-// A file in the Arrow IPC format (Feather version 2), in its file or its stream form.
+// A file in the Arrow IPC format (Feather version 2), in its file or its stream form. The stream
+// form can only be read batch by batch, so its batches must fit into memory.
 #pragma once
 
 #include <cstdint>

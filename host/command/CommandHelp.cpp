@@ -28,7 +28,7 @@ std::string Alternatives(const ParamDescriptor& param) {
 std::string ValueSyntax(const ParamDescriptor& param) {
   static constexpr const char* kPlaceholders[] = {
       "", "number", "n", "", "", "name", "variable", "variables", "(name)", "(root:n)", "'path'"};
-  const std::string words = Alternatives(param);
+  std::string words = Alternatives(param);
   switch (param.GetKind()) {
     case Kind::kKeyword:
       return words;
@@ -134,9 +134,9 @@ std::string SubComSyntax(const CommandDescriptor& command, const SubComDescripto
     const bool isLast = &param == &params.back();
     const bool isOptional =
         param.GetForm() != ParamDescriptor::kBare && (params.size() > 1 || !isNamed);
-    std::string text = ParamSyntax(param);
-    if (isOptional) text = "[" + text + "]";
-    line.Add(text + (isNamed && isLast ? "]" : ""));
+    std::string text = isOptional ? "[" + ParamSyntax(param) + "]" : ParamSyntax(param);
+    if (isNamed && isLast) text += ']';
+    line.Add(text);
   }
   return line.Text();
 }

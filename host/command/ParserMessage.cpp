@@ -5,6 +5,7 @@
 #include "host/command/SourcePlace.h"
 #include "host/output/BpComposite.h"
 #include "host/output/BpError.h"
+#include "host/output/FacSTDictionary.h"
 #include "host/session/ISession.h"
 #include "host/session/SessionScope.h"
 
@@ -25,6 +26,12 @@ ParserMessage ParserMessage::Nearest(std::string word) const {
   ParserMessage suggesting = *this;
   suggesting.fNearest = std::move(word);
   return suggesting;
+}
+
+std::string ParserMessage::GetTranslatedText(const std::string& key) const {
+  FacSTDictionary dictionary;
+  dictionary.SetProcedure(fProcedureTitle);
+  return dictionary.Lookup(key);
 }
 
 void ParserMessage::UnbalancedQuote() const {

@@ -25,8 +25,12 @@ class ParserMessage {
   void SetCommandName(std::string name) { fCommandName = std::move(name); }
   const std::string& GetCommandName() const { return fCommandName; }
 
-  // The procedure in whose part of the string table texts are looked up.
+  // The procedure whose part of the string table is looked into first.
   void SetProcedureTitle(std::string title) { fProcedureTitle = std::move(title); }
+
+  // The displayed text of a key of the string table, its placeholders unfilled; the key itself when
+  // the table has none. Needs no session.
+  std::string GetTranslatedText(const std::string& key) const;
 
   // These messages with a place, an expectation ("a number above 0"), a known word near to the one
   // at fault (an empty one adds nothing).

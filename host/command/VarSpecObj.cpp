@@ -256,6 +256,7 @@ int VarSpecObj::Resolve(const TokenInfoObj& name) const {
   const int variable = fSource.FindVariable(name.fText);
   if (variable >= 0) return variable;
   std::vector<std::string> known;
+  known.reserve(static_cast<std::size_t>(fSource.ColumnCount()));
   for (int i = 0; i < fSource.ColumnCount(); ++i) known.push_back(fSource.GetVariable(i).GetName());
   fMessages.At(name).Nearest(MCHost::NearestWord(name.fText, known)).UnknownVariable(name.fText);
   return -1;

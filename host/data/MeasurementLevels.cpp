@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <limits>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "common/MissingValue.h"
@@ -11,6 +14,8 @@
 namespace MCHost {
 
 namespace {
+
+constexpr std::int64_t kFirstLook = 1024;
 
 // What has been seen of one numeric variable.
 class Evidence {
@@ -39,36 +44,52 @@ class Evidence {
   bool fbScale = false;
 };
 
-void Observe(ITable& table, const std::vector<int>& columns, std::vector<Evidence>& evidence) {
+using Question = std::pair<int, Evidence>;  // a column and what has been seen of it
+
+// Shows the evidence the first cases of its columns, at most `maxCases` of them.
+void Observe(ITable& table, std::vector<Question>& open, std::int64_t maxCases) {
+  std::vector<int> columns;
+  for (const Question& one : open) columns.push_back(one.first);
   const std::unique_ptr<ITableScan> scan = table.Scan(columns);
-  const auto isScale = [](const Evidence& one) { return one.IsScale(); };
-  while (!std::all_of(evidence.begin(), evidence.end(), isScale)) {
-    const TableBatch* batch = scan->Next();
-    if (batch == nullptr) return;
-    for (std::size_t j = 0; j < evidence.size(); ++j) {
-      evidence[j].Observe(batch->fColumns[j].fpNumbers, batch->fNCases);
+  const auto isScale = [](const Question& one) { return one.second.IsScale(); };
+  const TableBatch* batch = nullptr;
+  do {
+    batch = scan->Next();
+    if (batch == nullptr || batch->fFirstCase >= maxCases) return;
+    for (std::size_t j = 0; j < open.size(); ++j) {
+      open[j].second.Observe(batch->fColumns[j].fpNumbers, batch->fNCases);
     }
-  }
+  } while (!std::all_of(open.begin(), open.end(), isScale));
+}
+
+// Settles the columns that are known to be scale and keeps the others.
+void DropScale(std::vector<Question>& open) {
+  std::erase_if(open, [](Question& one) {
+    if (one.second.IsScale()) one.second.Settle();
+    return one.second.IsScale();
+  });
 }
 
 }  // namespace
 
 void SettleMeasurementLevels(ITable& table) {
-  std::vector<int> columns;
-  std::vector<Evidence> evidence;
+  std::vector<Question> open;
   for (int i = 0; i < table.ColumnCount(); ++i) {
     KOVA_Variable& variable = table.GetVariable(i);
     if (variable.GetMeasurementLevel() != KOVA_Variable::kUnknown) continue;
-    if (!variable.IsNumeric()) {
+    if (variable.IsNumeric()) {
+      open.emplace_back(i, Evidence(variable));
+    } else {
       variable.SetMeasurementLevel(KOVA_Variable::kNominal);
-      continue;
     }
-    columns.push_back(i);
-    evidence.emplace_back(variable);
   }
-  if (columns.empty()) return;
-  Observe(table, columns, evidence);
-  for (Evidence& one : evidence) one.Settle();
+  // Most scale variables show it in a few cases; only the others are read to the end.
+  for (const std::int64_t maxCases : {kFirstLook, std::numeric_limits<std::int64_t>::max()}) {
+    if (open.empty()) return;
+    Observe(table, open, maxCases);
+    DropScale(open);
+  }
+  for (Question& one : open) one.second.Settle();
 }
 
 }  // namespace MCHost

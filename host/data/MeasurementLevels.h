@@ -13,8 +13,9 @@ class ITable;
 // So many distinct whole values make a numeric variable scale.
 inline constexpr int kScaleDistinctValues = 24;
 
-// Sets the level of every variable whose level is unknown; the others keep theirs. Reads the data
-// once, and only the numeric columns in question, as far as needed. Throws HostIOError.
+// Sets the level of every variable whose level is unknown; the others keep theirs. Reads only the
+// numeric columns in question: their first cases, then once all cases of those that are not known
+// to be scale by then. Throws HostIOError.
 void SettleMeasurementLevels(ITable& table);
 
 }  // namespace MCHost

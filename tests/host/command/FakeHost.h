@@ -11,7 +11,10 @@
 
 #include "host/data/ITable.h"
 #include "host/output/IOutputSink.h"
+#include "host/output/OutputChart.h"
 #include "host/output/OutputMessage.h"
+#include "host/output/OutputNote.h"
+#include "host/output/OutputTable.h"
 #include "host/session/Session.h"
 #include "host/session/SessionScope.h"
 

@@ -1,0 +1,155 @@
+#include "feature/FSAlgorithm.h"
+
+#include <ostream>
+
+#include "feature/FSSettings.h"
+
+using MCFeature::MCStatus;
+using MCFSCommon::RankCriteria;
+
+FSAlgorithm::FSAlgorithm(FSSettings* settings)
+    : fpSettings(settings),
+      fCancel(settings->GetCancelPointer()),
+      fPredictors(settings, &fCancel) {}
+
+std::string FSAlgorithm::GetComponentVersion() const {
+  return "Feature Selection Component Ver.1.0, by the PredSelect contributors";
+}
+
+// Runs a stage unless the component is in error; a cancel seen before or during it empties the
+// component.
+template <class Stage>
+MCStatus FSAlgorithm::Run(Stage stage) {
+  if (fStatus.IsError()) return fStatus;
+  if (!fCancel.IsCancel()) fStatus = stage();
+  if (fCancel.IsCancel()) {
+    fPredictors.Cancel();
+    fStatus = MCFeature::Error(MCFeature::kCancelled);
+  }
+  return fStatus;
+}
+
+MCStatus FSAlgorithm::Accumulate(MCCommon::RecordIterator& source, int maxRecords) {
+  return Run([&] {
+    const MCStatus status = fpSettings->IsTransactional()
+                                ? fPredictors.PassTransactions(source)
+                                : fPredictors.PassRecords(source, maxRecords);
+    fbDataAccumulated = true;
+    return status;
+  });
+}
+
+MCStatus FSAlgorithm::CheckPredAllMissConst() {
+  return Run([&] { return fPredictors.CheckPredAllMissConst(); });
+}
+
+MCStatus FSAlgorithm::ScreenPredictors() {
+  return Run([&] { return fPredictors.ScreenPredictors(); });
+}
+
+MCStatus FSAlgorithm::SortAndRank(int nBest) {
+  return Run([&] {
+    fPredictors.ComputeCriteria();
+    if (nBest > 0) {
+      fPredictors.SortBest(nBest);
+      fPredictors.RankBest();
+    } else {
+      fPredictors.SortAll();
+      fPredictors.RankAll();
+    }
+    fbPredictorsRanked = true;
+    if (!fStatus.IsOK() || nBest <= fPredictors.GetNValidPred()) return fStatus;
+    MCStatus status = MCFeature::Error(MCFeature::kTooFewPredictors);
+    status.SetDiscreteDatum(0, fPredictors.GetNValidPred());
+    return status;
+  });
+}
+
+MCStatus FSAlgorithm::AccumulateAndRank(MCCommon::RecordIterator& source, int maxRecords,
+                                        bool screen, int nBest) {
+  MCStatus status = Accumulate(source, maxRecords);
+  if (status.IsOK()) status = CheckPredAllMissConst();
+  if (status.IsOK() && screen) status = ScreenPredictors();
+  if (status.IsOK()) status = SortAndRank(nBest);
+  return status;
+}
+
+MCStatus FSAlgorithm::CheckPredictorsNoTarget(MCCommon::RecordIterator& source,
+                                              std::vector<int>& indices,
+                                              std::vector<std::vector<int>>& reasons,
+                                              int maxRecords) {
+  indices.clear();
+  reasons.clear();
+  return Run([&] {
+    fpSettings->SetTargetPosition(-1);
+    const MCStatus pass = fPredictors.PassRecordsNoTarget(source, maxRecords);
+    fbDataAccumulated = true;
+    const MCStatus screening = fPredictors.ScreenAllReasons(indices, reasons);
+    return pass.IsOK() ? screening : pass;
+  });
+}
+
+MCStatus FSAlgorithm::GetTopPredictors(RankCriteria criterion, std::vector<int>& indices,
+                                       std::vector<double>& values, int n) const {
+  indices.clear();
+  values.clear();
+  if (fStatus.GetErrorCode() == MCFeature::kCancelled) return fStatus;
+  if (!fbPredictorsRanked) return MCFeature::Error(MCFeature::kNotRanked);
+  MCStatus status = fPredictors.GetTopPredictors(criterion, n, indices, values);
+  if (status.IsOK() && n >= 1 && n > fPredictors.GetNValidPred()) {
+    status = MCFeature::Warning(MCFeature::kTooFewPredictors);
+    status.SetDiscreteDatum(0, fPredictors.GetNValidPred());
+  }
+  return status;
+}
+
+void FSAlgorithm::GetNValidNExcluded(double& validWeight, double& excludedWeight, int& validCases,
+                                     int& excludedCases) const {
+  fPredictors.GetNValidNExcluded(validWeight, excludedWeight, validCases, excludedCases);
+}
+
+int FSAlgorithm::GetTargetCategoryCount(int position) const {
+  return fPredictors.GetTargetCategoryCount(position);
+}
+
+bool FSAlgorithm::GetTargetCategoryInfo(int position, int& category,
+                                        std::pair<int, double>& counts) const {
+  return fPredictors.GetTargetCategoryInfo(position, category, counts);
+}
+
+const std::vector<int>& FSAlgorithm::GetIndicesDelPred() const {
+  return fPredictors.GetIndicesDelPred();
+}
+
+const std::vector<int>& FSAlgorithm::GetReasonsDelPred() const {
+  return fPredictors.GetReasonsDelPred();
+}
+
+bool FSAlgorithm::GetPredictorStats(int criterion, int predictor, double& value, double& out2,
+                                    double& out3, double& out4) const {
+  return fPredictors.GetPredictorStats(criterion, predictor, value, out2, out3, out4);
+}
+
+void FSAlgorithm::SetProgressListener(ProgressListener* listener) {
+  fpSettings->SetProgressListener(listener);
+}
+
+void FSAlgorithm::SetCancelPtr(MCQueryCancel* cancel) {
+  fpSettings->SetCancelPointer(cancel);
+  fCancel.SetCancelPtr(cancel);
+}
+
+const std::vector<int>& FSAlgorithm::GetRanks(RankCriteria criterion) const {
+  return fPredictors.GetRanks(criterion);
+}
+
+const std::vector<double>& FSAlgorithm::GetCriterionValues(RankCriteria criterion) const {
+  return fPredictors.GetCriterionValues(criterion);
+}
+
+void FSAlgorithm::Display(std::ostream& out) const {
+  out << GetComponentVersion() << "\nStatus: code " << fStatus.GetErrorCode() << ", severity "
+      << fStatus.GetSeverity() << '\n';
+  fpSettings->Display(out);
+  fPredictors.Display(out);
+}

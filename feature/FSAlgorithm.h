@@ -1,0 +1,60 @@
+// The one implementation of the feature selection component. Made by FSFactory.
+#pragma once
+
+#include "feature/FSCancelInfo.h"
+#include "feature/FSPredictorSet.h"
+#include "feature/IFSAlgorithm.h"
+
+class FSAlgorithm final : public IFSAlgorithm {
+ public:
+  // The settings are borrowed and must outlive the component.
+  explicit FSAlgorithm(FSSettings* settings);
+
+  std::string GetComponentVersion() const override;
+  MCFeature::MCStatus GetStatus() const override { return fStatus; }
+  MCFeature::MCStatus Accumulate(MCCommon::RecordIterator& source, int maxRecords) override;
+  void GetNValidNExcluded(double& validWeight, double& excludedWeight, int& validCases,
+                          int& excludedCases) const override;
+  int GetNTargetCategories() const override { return fPredictors.GetNTargetCategories(); }
+  int GetTargetCategoryCount(int position) const override;
+  bool GetTargetCategoryInfo(int position, int& category,
+                             std::pair<int, double>& counts) const override;
+  MCFeature::MCStatus CheckPredAllMissConst() override;
+  MCFeature::MCStatus ScreenPredictors() override;
+  int GetNDeletedPred() const override { return fPredictors.GetNDeletedPred(); }
+  const std::vector<int>& GetIndicesDelPred() const override;
+  const std::vector<int>& GetReasonsDelPred() const override;
+  MCFeature::MCStatus SortAndRank(int nBest) override;
+  MCFeature::MCStatus AccumulateAndRank(MCCommon::RecordIterator& source, int maxRecords,
+                                        bool screen, int nBest) override;
+  MCFeature::MCStatus CheckPredictorsNoTarget(MCCommon::RecordIterator& source,
+                                              std::vector<int>& indices,
+                                              std::vector<std::vector<int>>& reasons,
+                                              int maxRecords) override;
+  bool GetPredictorStats(int criterion, int predictor, double& value, double& out2, double& out3,
+                         double& out4) const override;
+  void Cancel() override { fCancel.SetCancel(); }
+  void SetProgressListener(ProgressListener* listener) override;
+  void SetCancelPtr(MCQueryCancel* cancel) override;
+  const FSSettings* GetSettings() const override { return fpSettings; }
+  FSSettings* GetSettings() override { return fpSettings; }
+  const std::vector<int>& GetRanks(MCFSCommon::RankCriteria criterion) const override;
+  const std::vector<double>& GetCriterionValues(MCFSCommon::RankCriteria criterion) const override;
+  MCFeature::MCStatus GetTopPredictors(MCFSCommon::RankCriteria criterion,
+                                       std::vector<int>& indices, std::vector<double>& values,
+                                       int n) const override;
+  bool IsDataAccumulated() const override { return fbDataAccumulated; }
+  bool ArePredictorsRanked() const override { return fbPredictorsRanked; }
+  void Display(std::ostream& out) const override;
+
+ private:
+  template <class Stage>
+  MCFeature::MCStatus Run(Stage stage);
+
+  FSSettings* fpSettings;
+  FSCancelInfo fCancel;
+  MCFeature::MCStatus fStatus;
+  FSPredictorSet fPredictors;
+  bool fbDataAccumulated = false;
+  bool fbPredictorsRanked = false;
+};

@@ -1,0 +1,37 @@
+#include "feature/FSCatAccum.h"
+
+#include "feature/FSDisplay.h"
+#include "feature/FSScreening.h"
+#include "feature/FSWalkBlock.h"
+
+void FSCatAccum::AddMissing(double weight) {
+  if (weight > 0.0) fState.AddMissing(weight);
+}
+
+void FSCatAccum::AddCaseOneVariable(double predictor, double weight, bool update) {
+  if (!(weight > 0.0)) return;
+  const int category = FSCategory(predictor);
+  if (update) fCounts.IncrementByFreq(category, weight);
+  fState.AddValid(category, weight);
+}
+
+void FSCatAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
+  FSWalkBlock<FSPredictorKind::kCategorical>(
+      predictor, cases, fState, [this](FSPredictorState& state, std::size_t, double x, double w) {
+        const int category = FSCategory(x);
+        fCounts.IncrementByFreq(category, w);
+        state.AddValid(category, w);
+      });
+}
+
+std::size_t FSCatAccum::CheckAllReasons(const FSSettings* settings,
+                                        std::vector<int>& reasons) const {
+  reasons.clear();
+  FSScreening::CheckCategorical(*settings, fState, fCounts, true, reasons);
+  return reasons.size();
+}
+
+void FSCatAccum::Display(std::ostream& out) const {
+  FSDisplay::State(out, "FSCatAccum", fState);
+  FSDisplay::Counts(out, "Predictor categories", fCounts);
+}

@@ -1,0 +1,26 @@
+// A categorical predictor in a pass without target: weighted counts of its categories.
+#pragma once
+
+#include "feature/FSMaps.h"
+#include "feature/FSPredictorState.h"
+#include "feature/IFSPredTargetAccum.h"
+
+class FSCatAccum : public IFSPredTargetAccum {
+ public:
+  void AddCase(double, double, double, bool) override {}
+  void AddMissing(double weight) override;
+  void AddCaseOneVariable(double predictor, double weight, bool update) override;
+  void AddBlock(const double* predictor, const FSCaseBlock& cases) override;
+  bool IsAllMissing() const override { return fState.IsAllMissing(); }
+  bool IsAllConstant() const override { return fState.IsAllConstant(); }
+  std::size_t CheckAllReasons(const FSSettings* settings, std::vector<int>& reasons) const override;
+  void ComputeVariances() override {}
+  void ComputeCrit(int, double&, double&, double&, double&, double&) const override {}
+  bool GetOutputStats(int, double&, double&, double&, double&) const override { return false; }
+  bool IsCategorical() const override { return true; }
+  void Display(std::ostream& out) const override;
+
+ private:
+  FSPredictorState fState{-1.0};
+  FSMapICnt fCounts;
+};

@@ -1,0 +1,35 @@
+// A categorical predictor and a categorical target: their weighted contingency table.
+#pragma once
+
+#include "feature/FSMaps.h"
+#include "feature/FSPredictorState.h"
+#include "feature/IFSPredTargetAccum.h"
+
+class FSCatPCatTAccum : public IFSPredTargetAccum {
+ public:
+  void AddCase(double predictor, double target, double weight, bool update) override;
+  void AddMissing(double weight) override;
+  void AddCaseOneVariable(double, double, bool) override {}
+  void AddBlock(const double* predictor, const FSCaseBlock& cases) override;
+  bool IsAllMissing() const override { return fState.IsAllMissing(); }
+  bool IsAllConstant() const override { return fState.IsAllConstant(); }
+  std::size_t CheckAllReasons(const FSSettings* settings, std::vector<int>& reasons) const override;
+  void ComputeVariances() override {}
+  // Pearson and likelihood-ratio chi-square: p-value, statistic, df; a table of fewer than two rows
+  // or columns has p-value 1, statistic 0 and df 0. Cramer's V: V, chi-square. Lambda: lambda,
+  // number of predictor categories.
+  void ComputeCrit(int criterion, double& value, double& tie1, double& tie2, double& extra1,
+                   double& extra2) const override;
+  bool GetOutputStats(int criterion, double& value, double& out2, double& out3,
+                      double& out4) const override;
+  bool IsCategorical() const override { return true; }
+  void Display(std::ostream& out) const override;
+
+ private:
+  void Add(FSPredictorState& state, int predictor, int target, double weight);
+
+  FSPredictorState fState{-1.0};
+  FSMapICnt fPredictorCounts;
+  FSMapICnt fTargetCounts;  // among the cases valid on this predictor
+  FSMapPiCnt fJointCounts;
+};

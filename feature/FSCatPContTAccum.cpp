@@ -1,0 +1,64 @@
+#include "feature/FSCatPContTAccum.h"
+
+#include "common/MissingValue.h"
+#include "feature/FSDisplay.h"
+#include "feature/FSScreening.h"
+#include "feature/FSTests.h"
+#include "feature/FSWalkBlock.h"
+#include "feature/MCFSCommon.h"
+
+using namespace MCFSCommon;
+
+inline void FSCatPContTAccum::Add(FSPredictorState& state, int predictor, double target,
+                                  double weight) {
+  fPredictorCounts.IncrementByFreq(predictor, weight);
+  fTargetByCategory.Accumulate(predictor, target, weight);
+  fTargetMean += FSMeanStep(target, fTargetMean, state.GetValidWeight(), weight);
+  state.AddValid(predictor, weight);
+}
+
+void FSCatPContTAccum::AddCase(double predictor, double target, double weight, bool) {
+  if (weight > 0.0) Add(fState, FSCategory(predictor), target, weight);
+}
+
+void FSCatPContTAccum::AddMissing(double weight) {
+  if (weight > 0.0) fState.AddMissing(weight);
+}
+
+void FSCatPContTAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
+  FSWalkBlock<FSPredictorKind::kCategorical>(
+      predictor, cases, fState, [&](FSPredictorState& state, std::size_t i, double x, double w) {
+        Add(state, FSCategory(x), cases.fpTargets[i], w);
+      });
+}
+
+std::size_t FSCatPContTAccum::CheckAllReasons(const FSSettings* settings,
+                                              std::vector<int>& reasons) const {
+  reasons.clear();
+  FSScreening::CheckCategorical(*settings, fState, fPredictorCounts, false, reasons);
+  return reasons.size();
+}
+
+void FSCatPContTAccum::ComputeCrit(int criterion, double& value, double& tie1, double& tie2,
+                                   double& extra1, double& extra2) const {
+  value = tie1 = tie2 = extra1 = extra2 = MCMV::gMissingValue;
+  if (criterion != kFStat && criterion != kTStat) return;
+  tie2 = fState.GetValidWeight();
+  FSTests::AnovaTest(fTargetByCategory, fTargetMean, tie2, value, tie1, extra1, extra2);
+}
+
+bool FSCatPContTAccum::GetOutputStats(int criterion, double& value, double& out2, double& out3,
+                                      double& out4) const {
+  value = out2 = out3 = out4 = MCMV::gMissingValue;
+  if (criterion != kFStat) return false;
+  double cases = 0.0;
+  ComputeCrit(criterion, value, out2, cases, out3, out4);
+  return true;
+}
+
+void FSCatPContTAccum::Display(std::ostream& out) const {
+  FSDisplay::State(out, "FSCatPContTAccum", fState);
+  FSDisplay::Value(out, "Target mean", fTargetMean);
+  FSDisplay::Counts(out, "Predictor categories", fPredictorCounts);
+  FSDisplay::Groups(out, "Target by predictor category", fTargetByCategory);
+}

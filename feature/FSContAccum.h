@@ -1,0 +1,31 @@
+// A continuous predictor in a pass without target: its mean and variance.
+#pragma once
+
+#include "common/MissingValue.h"
+#include "feature/FSPredictorState.h"
+#include "feature/IFSPredTargetAccum.h"
+
+class FSContAccum : public IFSPredTargetAccum {
+ public:
+  void AddCase(double, double, double, bool) override {}
+  void AddMissing(double weight) override;
+  void AddCaseOneVariable(double predictor, double weight, bool update) override;
+  void AddBlock(const double* predictor, const FSCaseBlock& cases) override;
+  bool IsAllMissing() const override { return fState.IsAllMissing(); }
+  bool IsAllConstant() const override { return fState.IsAllConstant(); }
+  std::size_t CheckAllReasons(const FSSettings* settings, std::vector<int>& reasons) const override;
+  // The variance keeps its old value (0 at first) where the valid weight is not above 1.
+  void ComputeVariances() override;
+  void ComputeCrit(int, double&, double&, double&, double&, double&) const override {}
+  bool GetOutputStats(int, double&, double&, double&, double&) const override { return false; }
+  bool IsCategorical() const override { return false; }
+  void Display(std::ostream& out) const override;
+
+ private:
+  void Add(FSPredictorState& state, double predictor, double weight);
+
+  FSPredictorState fState{MCMV::gMissingValue};
+  double fMean = 0.0;
+  double fSquaredDeviations = 0.0;
+  double fVariance = 0.0;
+};

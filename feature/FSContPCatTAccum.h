@@ -1,0 +1,40 @@
+// A continuous predictor and a categorical target: the predictor's moments by target category.
+#pragma once
+
+#include "common/MissingValue.h"
+#include "feature/FSMapIStat.h"
+#include "feature/FSPredictorState.h"
+#include "feature/IFSPredTargetAccum.h"
+
+class FSContPCatTAccum : public IFSPredTargetAccum {
+ public:
+  void AddCase(double predictor, double target, double weight, bool update) override;
+  void AddMissing(double weight) override;
+  void AddCaseOneVariable(double, double, bool) override {}
+  void AddBlock(const double* predictor, const FSCaseBlock& cases) override;
+  bool IsAllMissing() const override { return fState.IsAllMissing(); }
+  bool IsAllConstant() const override { return fState.IsAllConstant(); }
+  std::size_t CheckAllReasons(const FSSettings* settings, std::vector<int>& reasons) const override;
+  void ComputeVariances() override { fPredictorByTarget.ComputeVariances(); }
+  // The F criterion, and Pearson and likelihood ratio, which this predictor enters with its
+  // analysis of variance: p-value, F, N, df1, df2. Under the chi-square criteria a smaller second
+  // tie-break ranks first, so N comes as -N there.
+  void ComputeCrit(int criterion, double& value, double& tie1, double& tie2, double& extra1,
+                   double& extra2) const override;
+  // The F criterion only.
+  bool GetOutputStats(int criterion, double& value, double& out2, double& out3,
+                      double& out4) const override;
+  bool IsCategorical() const override { return false; }
+  void Display(std::ostream& out) const override;
+
+ private:
+  void Add(FSPredictorState& state, double predictor, int target, double weight);
+
+  // Over all valid cases: squared deviations within the groups and of the group means from the
+  // overall mean, divided by W - 1; 0 where W is not above 1.
+  double OverallStddev() const;
+
+  FSPredictorState fState{MCMV::gMissingValue};
+  double fMean = 0.0;
+  FSMapIStat fPredictorByTarget;
+};

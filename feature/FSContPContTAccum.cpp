@@ -1,0 +1,93 @@
+#include "feature/FSContPContTAccum.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "feature/FSDisplay.h"
+#include "feature/FSMoments.h"
+#include "feature/FSScreening.h"
+#include "feature/FSTests.h"
+#include "feature/FSWalkBlock.h"
+#include "feature/MCFSCommon.h"
+
+using namespace MCFSCommon;
+
+inline void FSContPContTAccum::Moments::Add(double x, double y, double before, double weight) {
+  const double dx = FSMeanStep(x, fMeanX, before, weight);
+  const double dy = FSMeanStep(y, fMeanY, before, weight);
+  fMeanX += dx;
+  fMeanY += dy;
+  fSxx += FSDeviationStep(dx, dx, before, weight);
+  fSyy += FSDeviationStep(dy, dy, before, weight);
+  fSxy += FSDeviationStep(dx, dy, before, weight);
+}
+
+void FSContPContTAccum::AddCase(double predictor, double target, double weight, bool) {
+  if (!(weight > 0.0)) return;
+  fMoments.Add(predictor, target, fState.GetValidWeight(), weight);
+  fState.AddValid(predictor, weight);
+}
+
+void FSContPContTAccum::AddMissing(double weight) {
+  if (weight > 0.0) fState.AddMissing(weight);
+}
+
+void FSContPContTAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
+  Moments moments = fMoments;
+  FSWalkBlock<FSPredictorKind::kContinuous>(
+      predictor, cases, fState, [&](FSPredictorState& state, std::size_t i, double x, double w) {
+        moments.Add(x, cases.fpTargets[i], state.GetValidWeight(), w);
+        state.AddValid(x, w);
+      });
+  fMoments = moments;
+}
+
+std::size_t FSContPContTAccum::CheckAllReasons(const FSSettings* settings,
+                                               std::vector<int>& reasons) const {
+  reasons.clear();
+  const double stddev = std::sqrt(std::max(fPredictorVariance, 0.0));
+  FSScreening::CheckContinuous(*settings, fState, fMoments.fMeanX, stddev, reasons);
+  return reasons.size();
+}
+
+void FSContPContTAccum::ComputeVariances() {
+  const double total = fState.GetValidWeight();
+  fCorrelation = MCMV::gMissingValue;
+  fPredictorVariance = FSVariance(fMoments.fSxx, total, 0.0);
+  fTargetVariance = FSVariance(fMoments.fSyy, total, 0.0);
+  if (!(fPredictorVariance > 0.0 && fTargetVariance > 0.0)) return;
+  fCorrelation =
+      fMoments.fSxy / (total - 1.0) / std::sqrt(fPredictorVariance) / std::sqrt(fTargetVariance);
+}
+
+void FSContPContTAccum::ComputeCrit(int criterion, double& value, double& tie1, double& tie2,
+                                    double& extra1, double& extra2) const {
+  value = tie1 = tie2 = extra1 = extra2 = MCMV::gMissingValue;
+  if ((criterion != kFStat && criterion != kTStat) || MCMV::IsMissing(fCorrelation)) return;
+  tie1 = fCorrelation * fCorrelation;
+  tie2 = fState.GetValidWeight();
+  extra1 = fCorrelation;
+  FSTests::CorrelationTest(fCorrelation, tie2, value, extra2);
+}
+
+bool FSContPContTAccum::GetOutputStats(int criterion, double& value, double& out2, double& out3,
+                                       double& out4) const {
+  value = out2 = out3 = out4 = MCMV::gMissingValue;
+  if (criterion != kTStat) return false;
+  double tie1 = 0.0, total = 0.0;
+  ComputeCrit(criterion, value, tie1, total, out2, out3);
+  out4 = fState.GetValidWeight() - 2.0;
+  return true;
+}
+
+void FSContPContTAccum::Display(std::ostream& out) const {
+  FSDisplay::State(out, "FSContPContTAccum", fState);
+  FSDisplay::Value(out, "Mean of predictor", fMoments.fMeanX);
+  FSDisplay::Value(out, "Squared deviations of predictor", fMoments.fSxx);
+  FSDisplay::Value(out, "Mean of target", fMoments.fMeanY);
+  FSDisplay::Value(out, "Squared deviations of target", fMoments.fSyy);
+  FSDisplay::Value(out, "Cross deviations", fMoments.fSxy);
+  FSDisplay::Value(out, "Variance of predictor", fPredictorVariance);
+  FSDisplay::Value(out, "Variance of target", fTargetVariance);
+  FSDisplay::Value(out, "Correlation", fCorrelation);
+}

@@ -1,0 +1,46 @@
+// A continuous predictor and a continuous target: their moments and correlation.
+#pragma once
+
+#include "common/MissingValue.h"
+#include "feature/FSPredictorState.h"
+#include "feature/IFSPredTargetAccum.h"
+
+class FSContPContTAccum : public IFSPredTargetAccum {
+ public:
+  void AddCase(double predictor, double target, double weight, bool update) override;
+  void AddMissing(double weight) override;
+  void AddCaseOneVariable(double, double, bool) override {}
+  void AddBlock(const double* predictor, const FSCaseBlock& cases) override;
+  bool IsAllMissing() const override { return fState.IsAllMissing(); }
+  bool IsAllConstant() const override { return fState.IsAllConstant(); }
+  std::size_t CheckAllReasons(const FSSettings* settings, std::vector<int>& reasons) const override;
+  // Variances are 0 where the valid weight is not above 1; the correlation is missing there, and
+  // where either variance is not positive.
+  void ComputeVariances() override;
+  // F and t criteria, both by the t test of the correlation: p-value, r^2, N, r, t.
+  void ComputeCrit(int criterion, double& value, double& tie1, double& tie2, double& extra1,
+                   double& extra2) const override;
+  // The t criterion only: p-value, r, t, N - 2.
+  bool GetOutputStats(int criterion, double& value, double& out2, double& out3,
+                      double& out4) const override;
+  bool IsCategorical() const override { return false; }
+  void Display(std::ostream& out) const override;
+
+ private:
+  // Weighted means, squared deviations and cross deviations of predictor (x) and target (y).
+  struct Moments {
+    double fMeanX = 0.0;
+    double fSxx = 0.0;
+    double fMeanY = 0.0;
+    double fSyy = 0.0;
+    double fSxy = 0.0;
+
+    void Add(double x, double y, double before, double weight);
+  };
+
+  FSPredictorState fState{MCMV::gMissingValue};
+  Moments fMoments;
+  double fPredictorVariance = MCMV::gMissingValue;
+  double fTargetVariance = MCMV::gMissingValue;
+  double fCorrelation = MCMV::gMissingValue;
+};

@@ -1,0 +1,40 @@
+// The four maps of the engine. Each entry operation returns true when the key was there and false
+// when it was entered.
+#pragma once
+
+#include <utility>
+
+#include "feature/FSSortedMap.h"
+
+// Weighted count per category.
+class FSMapICnt : public FSSortedMap<int, double> {
+ public:
+  bool IncrementByFreq(int key, double w) {
+    const auto [at, found] = Place(key, w);
+    if (found) ValueAt(at) += w;
+    return found;
+  }
+};
+
+// Unweighted and weighted count per category.
+class FSMapIPCnt : public FSSortedMap<int, std::pair<int, double>> {
+ public:
+  bool IncrementByFreq(int key, double w) {
+    const auto [at, found] = Place(key, {1, w});
+    if (found) {
+      ++ValueAt(at).first;
+      ValueAt(at).second += w;
+    }
+    return found;
+  }
+};
+
+// Weighted count per pair of predictor and target category.
+class FSMapPiCnt : public FSSortedMap<std::pair<int, int>, double> {
+ public:
+  bool IncrementByFreq(const std::pair<int, int>& key, double w) {
+    const auto [at, found] = Place(key, w);
+    if (found) ValueAt(at) += w;
+    return found;
+  }
+};

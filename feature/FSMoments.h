@@ -1,0 +1,20 @@
+// Weighted running mean and sum of squared deviations, updated case by case from the deviation from
+// the mean so far (D. H. D. West, Updating mean and variance estimates: an improved method,
+// Communications of the ACM 22 (1979), 532-535).
+#pragma once
+
+// One step of the mean: W is the valid weight before the case, w > 0 the weight of the case.
+inline double FSMeanStep(double x, double mean, double W, double w) {
+  return w / (W + w) * (x - mean);
+}
+
+// What the step d adds to the squared deviations: W w (x - old mean)^2 / (W + w). With the steps of
+// two variables, what it adds to their cross deviations.
+inline double FSDeviationStep(double dx, double dy, double W, double w) {
+  return (W + w) / w * dx * W * dy;
+}
+
+// Divides squared deviations by weight - 1; `otherwise` where the weight is not above 1.
+inline double FSVariance(double squaredDeviations, double weight, double otherwise) {
+  return weight - 1.0 > 0.0 ? squaredDeviations / (weight - 1.0) : otherwise;
+}

@@ -1,0 +1,148 @@
+// The predictors of one run and the stages they go through: one pass over the cases, screening,
+// ranking criteria, sorting, ranking, and the extraction of the top predictors.
+//
+// Stages are called in the order in which they are declared. The settings and the cancel state are
+// borrowed and must outlive the set; the accumulators are its own. Cancel is polled once a block of
+// records (at most RecordBlock::kMaxCases), predictor or criterion; a cancelled stage stops where
+// it is. Single records and blocks of the same cases give the same result to the last bit.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <iosfwd>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "common/RecordIterator.h"
+#include "feature/FSCancelInfo.h"
+#include "feature/FSMaps.h"
+#include "feature/FSPredSort.h"
+#include "feature/IFSPredTargetAccum.h"
+#include "feature/MCFSCommon.h"
+#include "feature/MCStatus.h"
+
+class FSReporter;
+class FSSettings;
+
+class FSPredictorSet {
+ public:
+  FSPredictorSet(FSSettings* settings, FSCancelInfo* cancel);
+  FSPredictorSet(const FSPredictorSet&) = delete;
+  FSPredictorSet& operator=(const FSPredictorSet&) = delete;
+  ~FSPredictorSet();
+
+  // The data pass, one record a case. maxRecords counts the cases with a valid weight; a negative
+  // number is no limit. A missing or non-positive weight skips its case; a missing target (also
+  // category -1), or no valid predictor, excludes it. Errors 80013, 80009.
+  MCFeature::MCStatus PassRecords(MCCommon::RecordIterator& source, int maxRecords);
+  // The data pass over transactions: case identifier, item (predictor index), value, target. The
+  // items of a case increase; predictors without an item are missing. Errors 80007, 80008, 80009.
+  MCFeature::MCStatus PassTransactions(MCCommon::RecordIterator& source);
+  // The data pass without a target. Warnings 80013, 80009.
+  MCFeature::MCStatus PassRecordsNoTarget(MCCommon::RecordIterator& source, int maxRecords);
+
+  // Variances of what the pass has gathered. The stages below call it themselves, once.
+  void CompletePass();
+
+  // Removes predictors without a valid value or with a constant one. Warning 80010 when all are.
+  MCFeature::MCStatus CheckPredAllMissConst();
+  // Removes predictors by the thresholds of the settings. Warning 80011 when none is left.
+  MCFeature::MCStatus ScreenPredictors();
+  // Removes nothing and reports, for each predictor that screening would remove, every reason: all
+  // missing or constant first, then the thresholds in their order. Warning 80011 when none is left.
+  MCFeature::MCStatus ScreenAllReasons(std::vector<int>& indices,
+                                       std::vector<std::vector<int>>& reasons);
+
+  // The value of every enabled criterion for every remaining predictor.
+  void ComputeCriteria();
+  // A stable sort of all predictors by each enabled criterion.
+  void SortAll();
+  // Puts only the best n in order (n < 1: all valid ones). Ties need not keep file order, and what
+  // comes after the best n is in no order.
+  void SortBest(int n);
+  // Ranks count from 0, the best.
+  void RankAll();
+  void RankBest();
+
+  // The first n predictors of a criterion's order with their values; 0 means as many as SortBest
+  // was given, or all valid ones. In a mixed set the t criterion gives the order of F, which holds
+  // the same predictors. Error 80006 when the criterion was not enabled.
+  MCFeature::MCStatus GetTopPredictors(MCFSCommon::RankCriteria criterion, int n,
+                                       std::vector<int>& indices,
+                                       std::vector<double>& values) const;
+  // One value per predictor, missing for deleted ones. Empty before ComputeCriteria.
+  const std::vector<double>& GetCriterionValues(MCFSCommon::RankCriteria criterion) const;
+  // One rank per predictor, -1 for those not ranked.
+  const std::vector<int>& GetRanks(MCFSCommon::RankCriteria criterion) const;
+  // IFSPredTargetAccum::GetOutputStats of a predictor. False for a deleted predictor, and for an
+  // index or criterion outside its range.
+  bool GetPredictorStats(int criterion, int predictor, double& value, double& out2, double& out3,
+                         double& out4) const;
+
+  void GetNValidNExcluded(double& validWeight, double& excludedWeight, int& validCases,
+                          int& excludedCases) const;
+  int GetNDeletedPred() const { return static_cast<int>(fDeletedIndices.size()); }
+  int GetNValidPred() const { return fNPredictors - GetNDeletedPred(); }
+  // Parallel, in ascending order of the index.
+  const std::vector<int>& GetIndicesDelPred() const { return fDeletedIndices; }
+  const std::vector<int>& GetReasonsDelPred() const { return fDeletedReasons; }
+
+  // Categories of a categorical target, in ascending order; 0 for a continuous one.
+  int GetNTargetCategories() const;
+  // Unweighted count of the category at a position; 0 for a position outside the range.
+  int GetTargetCategoryCount(int position) const;
+  // Category, unweighted and weighted count. False for a position outside the range.
+  bool GetTargetCategoryInfo(int position, int& category, std::pair<int, double>& counts) const;
+
+  static std::string GetScreenCritName(MCFSCommon::PredictorDelReason reason);
+  static std::string GetRankCritName(MCFSCommon::RankCriteria criterion);
+
+  // Destroys all accumulators and sort records.
+  void Cancel();
+
+  void Display(std::ostream& out) const;
+
+ private:
+  class BlockPass;
+  class TransactionPass;
+  using Accumulators = std::vector<std::unique_ptr<IFSPredTargetAccum>>;
+
+  void AllocAccum(bool withTarget);
+  MCFeature::MCStatus PassBlocks(MCCommon::RecordIterator& source, int maxRecords, bool withTarget,
+                                 bool warn);
+  MCFeature::MCStatus EndOfPass(bool weighted, bool warn);
+  void CountCase(double weight, double target, bool valid);
+  void Report(FSReporter& reporter) const;
+  void Remove(const std::vector<std::pair<int, int>>& found);
+  template <class Reason>
+  void RemoveWhere(Reason reason);
+  const std::vector<FSPredSort>& SortVectorOf(MCFSCommon::RankCriteria criterion) const;
+  void RankFirst(int n);
+
+  template <class T>
+  using PerCriterion = std::array<std::vector<T>, MCFSCommon::kNCriteria>;
+
+  FSSettings* fpSettings;
+  FSCancelInfo* fpCancel;
+  int fNPredictors;
+  MCFSCommon::PredictorSetType fSetType;
+  MCFSCommon::PredictorSetStatus fStatus = MCFSCommon::kInitial;
+  bool fbNoValidWeight = true;
+  bool fbNoValidData = true;
+  bool fbPassCompleted = false;
+  double fValidWeight = 0.0;
+  double fExcludedWeight = 0.0;
+  int fNValidCases = 0;
+  int fNExcludedCases = 0;
+  double fElapsed = 0.0;  // seconds over all stages
+  FSMapIPCnt fTargetCategories;
+  Accumulators fAccumulators;  // null once a predictor is deleted
+  int fNBest = 0;
+  std::vector<int> fDeletedIndices;
+  std::vector<int> fDeletedReasons;
+  PerCriterion<FSPredSort> fSortVectors;
+  PerCriterion<int> fRanks;
+  PerCriterion<double> fCriterionValues;
+};

@@ -1,0 +1,302 @@
+// The data passes of FSPredictorSet.
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+
+#include "common/MissingValue.h"
+#include "common/Progress.h"
+#include "feature/FSCaseBlock.h"
+#include "feature/FSPredictorSet.h"
+#include "feature/FSReporter.h"
+#include "feature/FSSettings.h"
+#include "feature/FSStopwatch.h"
+#include "feature/FSWalkBlock.h"
+
+using namespace MCFSCommon;
+using MCFeature::MCStatus;
+
+// Takes blocks of records into a set: decides once per case on weight and target, then gives each
+// predictor its column of the cases that remain.
+class FSPredictorSet::BlockPass {
+ public:
+  BlockPass(FSPredictorSet& set, bool withTarget)
+      : fSet(set), fSettings(*set.fpSettings), fbWithTarget(withTarget) {}
+
+  // Returns the number of cases with a valid weight.
+  int Take(const MCCommon::RecordBlock& block) {
+    const int counted = SelectCases(block);
+    fHasValid.assign(fChosen.size(), 0);
+    fCases.fNCases = fChosen.size();
+    fCases.fpTargets = fTargets.data();
+    fCases.fpTargetCategories = fTargetCategories.data();
+    fCases.fpWeights = fWeights.data();
+    fCases.fpHasValid = fHasValid.data();
+    if (!fChosen.empty()) TakePredictors(block);
+    CountCases();
+    return counted;
+  }
+
+ private:
+  // Column of the record, or null when the record has no such column.
+  static const double* ColumnOf(const MCCommon::RecordBlock& block, int position) {
+    return position >= 0 && static_cast<std::size_t>(position) < block.Columns()
+               ? block.Column(static_cast<std::size_t>(position))
+               : nullptr;
+  }
+
+  int SelectCases(const MCCommon::RecordBlock& block) {
+    const double* weights = ColumnOf(block, fSettings.GetWeightPosition());
+    const double* targets = ColumnOf(block, fSettings.GetTargetPosition());
+    fChosen.clear();
+    fWeights.clear();
+    fTargets.clear();
+    fTargetCategories.clear();
+    int counted = 0;
+    for (std::size_t i = 0; i < block.Cases(); ++i) {
+      double weight = 1.0;
+      if (fSettings.GetWeightPosition() >= 0 && !ReadWeight(weights, i, weight)) continue;
+      ++counted;
+      const double target = targets != nullptr ? targets[i] : MCMV::gMissingValue;
+      if (fbWithTarget && !IsValidTarget(target)) {
+        fSet.CountCase(weight, target, false);
+        continue;
+      }
+      Choose(i, weight, target);
+    }
+    return counted;
+  }
+
+  bool ReadWeight(const double* weights, std::size_t i, double& weight) {
+    if (weights == nullptr || MCMV::IsMissing(weights[i])) return false;
+    weight = ToFrequency(fSettings.GetWeightToFreq(), weights[i]);
+    if (!(weight > 0.0)) return false;
+    fSet.fbNoValidWeight = false;
+    return true;
+  }
+
+  bool IsValidTarget(double target) const {
+    return fSettings.IsCatTarget() ? FSIsValid<FSPredictorKind::kCategorical>(target)
+                                   : FSIsValid<FSPredictorKind::kContinuous>(target);
+  }
+
+  void Choose(std::size_t i, double weight, double target) {
+    fChosen.push_back(static_cast<std::uint32_t>(i));
+    fWeights.push_back(weight);
+    fTargets.push_back(target);
+    if (fbWithTarget && fSettings.IsCatTarget()) fTargetCategories.push_back(FSCategory(target));
+  }
+
+  void TakePredictors(const MCCommon::RecordBlock& block) {
+    int column = 0;
+    for (const auto& accumulator : fSet.fAccumulators) {
+      while (IsReserved(column)) ++column;
+      if (static_cast<std::size_t>(column) >= block.Columns()) return;
+      if (accumulator) {
+        accumulator->AddBlock(ChosenCells(block, column), fCases);
+        DropFlagsOnceAllSet();
+      }
+      ++column;
+    }
+  }
+
+  bool IsReserved(int column) const {
+    return column == fSettings.GetTargetPosition() || column == fSettings.GetCaseIDPosition() ||
+           column == fSettings.GetWeightPosition();
+  }
+
+  const double* ChosenCells(const MCCommon::RecordBlock& block, int column) {
+    const double* cells = block.Column(static_cast<std::size_t>(column));
+    if (fChosen.size() == block.Cases()) return cells;
+    fCells.resize(fChosen.size());
+    for (std::size_t k = 0; k < fChosen.size(); ++k) fCells[k] = cells[fChosen[k]];
+    return fCells.data();
+  }
+
+  // Usually the first predictor has set them all, and the others need not store them again.
+  void DropFlagsOnceAllSet() {
+    if (fCases.fpHasValid == nullptr) return;
+    if (std::find(fHasValid.begin(), fHasValid.end(), 0) == fHasValid.end()) {
+      fCases.fpHasValid = nullptr;
+    }
+  }
+
+  void CountCases() {
+    for (std::size_t k = 0; k < fChosen.size(); ++k) {
+      fSet.CountCase(fWeights[k], fTargets[k], fHasValid[k] != 0);
+    }
+  }
+
+  FSPredictorSet& fSet;
+  const FSSettings& fSettings;
+  bool fbWithTarget;
+  std::vector<std::uint32_t> fChosen;  // positions in the block
+  std::vector<double> fWeights;
+  std::vector<double> fTargets;
+  std::vector<int> fTargetCategories;
+  std::vector<std::uint8_t> fHasValid;
+  std::vector<double> fCells;
+  FSCaseBlock fCases;
+};
+
+void FSPredictorSet::CountCase(double weight, double target, bool valid) {
+  if (!valid) {
+    ++fNExcludedCases;
+    fExcludedWeight += weight;
+    return;
+  }
+  fbNoValidData = false;
+  ++fNValidCases;
+  fValidWeight += weight;
+  if (fpSettings->IsCatTarget() && fpSettings->GetTargetPosition() >= 0) {
+    fTargetCategories.IncrementByFreq(FSCategory(target), weight);
+  }
+}
+
+MCStatus FSPredictorSet::PassRecords(MCCommon::RecordIterator& source, int maxRecords) {
+  return PassBlocks(source, maxRecords, fpSettings->GetTargetPosition() >= 0, false);
+}
+
+MCStatus FSPredictorSet::PassRecordsNoTarget(MCCommon::RecordIterator& source, int maxRecords) {
+  return PassBlocks(source, maxRecords, false, true);
+}
+
+MCStatus FSPredictorSet::PassBlocks(MCCommon::RecordIterator& source, int maxRecords,
+                                    bool withTarget, bool warn) {
+  const FSStopwatch watch(fElapsed);
+  AllocAccum(withTarget);
+  ProgressListener* listener = fpSettings->GetProgressListener();
+  const int interval = fpSettings->GetNSkippedRecordReports() + 1;
+  int left = maxRecords < 0 ? std::numeric_limits<int>::max() : maxRecords;
+  int untilReport = interval;
+  int records = 0;
+  BlockPass pass(*this, withTarget);
+  while (left > 0 && !fpCancel->IsCancel()) {
+    // A block never goes beyond the next report, so that reports come at the right record.
+    const int most = listener != nullptr ? std::min(left, untilReport) : left;
+    const MCCommon::RecordBlock& block = source.NextBlock(
+        std::min(static_cast<std::size_t>(most), MCCommon::RecordBlock::kMaxCases));
+    if (block.Cases() == 0) break;
+    const int counted = pass.Take(block);
+    left -= counted;
+    records += counted;
+    untilReport -= counted;
+    if (listener != nullptr && untilReport == 0) {
+      FSReporter reporter;
+      reporter.SetNRecords(records, watch.Seconds());
+      listener->Report(reporter);
+      untilReport = interval;
+    }
+  }
+  return EndOfPass(fpSettings->GetWeightPosition() >= 0, warn);
+}
+
+MCStatus FSPredictorSet::EndOfPass(bool weighted, bool warn) {
+  fStatus = kAccumulated;
+  if (weighted && fbNoValidWeight) return {MCFeature::kNoValidWeight, warn};
+  if (fbNoValidData) return {MCFeature::kAllCasesExcluded, warn};
+  return {};
+}
+
+// Takes transactions into a set, case by case. Every case has weight 1.
+class FSPredictorSet::TransactionPass {
+ public:
+  explicit TransactionPass(FSPredictorSet& set) : fSet(set) {}
+
+  MCStatus Take(double caseID, double itemValue, double value, double target) {
+    if (!fbInCase || caseID != fCaseID) {
+      EndCase();
+      StartCase(caseID, target);
+    }
+    if (!(itemValue + 0.5 > -1.0 && itemValue + 0.5 < fSet.fNPredictors + 1.0)) {
+      return Problem(MCFeature::kItemRange, FSCategory(itemValue + 0.5), fSet.fNPredictors);
+    }
+    const int item = FSCategory(itemValue + 0.5);
+    if (item < 0 || item >= fSet.fNPredictors) {
+      return Problem(MCFeature::kItemRange, item, fSet.fNPredictors);
+    }
+    if (item <= fLastItem) return Problem(MCFeature::kItemOrder, fLastItem, item);
+    if (fbTargetValid) TakeItem(item, value);
+    fLastItem = item;
+    return {};
+  }
+
+  // The predictors that the current case has no item for are missing in it.
+  void EndCase() {
+    if (!fbInCase) return;
+    if (fbTargetValid) SkipTo(fSet.fNPredictors);
+    fSet.CountCase(1.0, fTarget, fbTargetValid && fbAnyValid);
+    fbInCase = false;
+  }
+
+ private:
+  void StartCase(double caseID, double target) {
+    fbInCase = true;
+    fCaseID = caseID;
+    fTarget = target;
+    fbTargetValid = fSet.fpSettings->IsCatTarget()
+                        ? FSIsValid<FSPredictorKind::kCategorical>(target)
+                        : FSIsValid<FSPredictorKind::kContinuous>(target);
+    fbAnyValid = false;
+    fLastItem = -1;
+  }
+
+  void SkipTo(int item) {
+    for (int i = fLastItem + 1; i < item; ++i) {
+      if (auto* accumulator = AccumulatorOf(i)) accumulator->AddMissing(1.0);
+    }
+  }
+
+  void TakeItem(int item, double value) {
+    SkipTo(item);
+    IFSPredTargetAccum* accumulator = AccumulatorOf(item);
+    if (accumulator == nullptr) return;
+    const bool valid = accumulator->IsCategorical()
+                           ? FSIsValid<FSPredictorKind::kCategorical>(value)
+                           : FSIsValid<FSPredictorKind::kContinuous>(value);
+    if (valid) {
+      accumulator->AddCase(value, fTarget, 1.0, true);
+      fbAnyValid = true;
+    } else {
+      accumulator->AddMissing(1.0);
+    }
+  }
+
+  IFSPredTargetAccum* AccumulatorOf(int item) {
+    return fSet.fAccumulators[static_cast<std::size_t>(item)].get();
+  }
+
+  MCStatus Problem(MCFeature::StatusCode code, std::int64_t first, std::int64_t second) const {
+    MCStatus status = MCFeature::Error(code);
+    status.SetDiscreteDatum(0, first);
+    status.SetDiscreteDatum(1, second);
+    status.SetDiscreteDatum(2, FSCategory(fCaseID));
+    return status;
+  }
+
+  FSPredictorSet& fSet;
+  bool fbInCase = false;
+  double fCaseID = 0.0;
+  double fTarget = 0.0;
+  bool fbTargetValid = false;
+  bool fbAnyValid = false;
+  int fLastItem = -1;
+};
+
+MCStatus FSPredictorSet::PassTransactions(MCCommon::RecordIterator& source) {
+  const FSStopwatch watch(fElapsed);
+  AllocAccum(true);
+  TransactionPass pass(*this);
+  constexpr std::size_t kColumns = 4;
+  while (!fpCancel->IsCancel()) {
+    const MCCommon::RecordBlock& block = source.NextBlock(MCCommon::RecordBlock::kMaxCases);
+    if (block.Cases() == 0 || block.Columns() < kColumns) break;
+    for (std::size_t i = 0; i < block.Cases(); ++i) {
+      const MCStatus status =
+          pass.Take(block.Column(0)[i], block.Column(1)[i], block.Column(2)[i], block.Column(3)[i]);
+      if (status.IsError()) return status;
+    }
+  }
+  pass.EndCase();
+  return EndOfPass(false, false);
+}

@@ -1,0 +1,231 @@
+#include "feature/FSSettings.h"
+
+#include <algorithm>
+#include <cmath>
+#include <ostream>
+
+using namespace MCFSCommon;
+
+namespace {
+
+// The four criteria of two categorical variables, which come first in the enumeration.
+constexpr int kNTableCriteria = 4;
+
+constexpr bool kOn = true;
+constexpr bool kOff = false;
+
+// Default criteria by target (0 continuous, 1 categorical) and set type.
+constexpr FSSettings::Criteria kDefaults[2][4] = {
+    {{kOff, kOff, kOff, kOff, kOn, kOff},
+     {kOff, kOff, kOff, kOff, kOff, kOn},
+     {kOff, kOff, kOff, kOff, kOn, kOn},
+     {}},
+    {{kOn, kOn, kOn, kOn, kOff, kOff},
+     {kOff, kOff, kOff, kOff, kOn, kOff},
+     {kOn, kOn, kOff, kOff, kOn, kOff},
+     {}},
+};
+
+int CountTableCriteria(const FSSettings::Criteria& criteria) {
+  return static_cast<int>(std::count(criteria.begin(), criteria.begin() + kNTableCriteria, true));
+}
+
+bool IsTableCriterion(RankCriteria criterion) { return criterion < kNTableCriteria; }
+
+}  // namespace
+
+FSSettings::FSSettings() = default;
+
+FSSettings::FSSettings(int nPredictors, bool allCategorical, bool categoricalTarget)
+    : FSSettings(
+          std::vector<bool>(static_cast<std::size_t>(std::max(nPredictors, 0)), allCategorical),
+          categoricalTarget) {
+  if (nPredictors >= 1) return;
+  fSetType = allCategorical ? kAllCategorical : kAllContinuous;
+  SetDefaultCriteria();
+}
+
+FSSettings::FSSettings(const std::vector<bool>& predictorTypes, bool categoricalTarget)
+    : fPredictorTypes(predictorTypes),
+      fNCategorical(
+          static_cast<int>(std::count(predictorTypes.begin(), predictorTypes.end(), true))),
+      fbCatTarget(categoricalTarget) {
+  if (fNCategorical == GetNPredictors()) {
+    fSetType = kAllCategorical;
+  } else {
+    fSetType = fNCategorical == 0 ? kAllContinuous : kMixed;
+  }
+  SetDefaultCriteria();
+}
+
+void FSSettings::AddPredictor(bool categorical) {
+  fPredictorTypes.push_back(categorical);
+  if (categorical) ++fNCategorical;
+  const PredictorSetType own = categorical ? kAllCategorical : kAllContinuous;
+  if (GetNPredictors() == 1) {
+    fSetType = own;
+    SetDefaultCriteria();
+  } else if (fSetType != own) {
+    ChangeSetType(kMixed);
+  }
+}
+
+void FSSettings::AddPredictors(int n, bool categorical) {
+  for (int i = 0; i < n; ++i) AddPredictor(categorical);
+}
+
+void FSSettings::SetPredictorType(int index, bool categorical) {
+  if (index < 0 || index >= GetNPredictors() || IsCatPredictor(index) == categorical) return;
+  fPredictorTypes[static_cast<std::size_t>(index)] = categorical;
+  fNCategorical += categorical ? 1 : -1;
+  if (!categorical) {
+    ChangeSetType(fNCategorical == 0 ? kAllContinuous : kMixed);
+  } else if (fNCategorical == GetNPredictors()) {
+    fSetType = kAllCategorical;
+    AdjustCriteria();
+  } else if (fSetType != kMixed) {
+    AdjustCriteria();  // the type stays: see the header
+  }
+}
+
+void FSSettings::SetPredictorType(int first, int last, bool categorical) {
+  if (first < 0 || first > last || last >= GetNPredictors()) return;
+  for (int i = first; i <= last; ++i) SetPredictorType(i, categorical);
+}
+
+void FSSettings::SetTargetType(bool categorical) {
+  if (categorical == fbCatTarget) return;
+  fbCatTarget = categorical;
+  AdjustCriteria();
+}
+
+bool FSSettings::IsCatPredictor(int index) const {
+  return index >= 0 && index < GetNPredictors() && fPredictorTypes[static_cast<std::size_t>(index)];
+}
+
+void FSSettings::ChangeSetType(PredictorSetType type) {
+  if (type == fSetType) return;
+  fSetType = type;
+  AdjustCriteria();
+}
+
+void FSSettings::SetDefaultCriteria() { fCriteria = kDefaults[fbCatTarget ? 1 : 0][fSetType]; }
+
+// Keeps the choices that remain valid for the target and the set type.
+void FSSettings::AdjustCriteria() {
+  const Criteria& defaults = kDefaults[fbCatTarget ? 1 : 0][fSetType];
+  fCriteria[kFStat] = defaults[kFStat];
+  fCriteria[kTStat] = defaults[kTStat];
+  for (int i = 0; i < kNTableCriteria; ++i) {
+    const auto at = static_cast<std::size_t>(i);
+    fCriteria[at] = fCriteria[at] && defaults[at];
+  }
+  if (CountTableCriteria(fCriteria) == 0) {
+    std::copy_n(defaults.begin(), kNTableCriteria, fCriteria.begin());
+  }
+}
+
+bool FSSettings::GetCriterion(RankCriteria criterion) const {
+  return criterion >= 0 && criterion < kNCriteria && fCriteria[static_cast<std::size_t>(criterion)];
+}
+
+bool FSSettings::SetCriterion(RankCriteria criterion, bool on) {
+  if (criterion < 0 || criterion >= kNCriteria) return false;
+  bool& state = fCriteria[static_cast<std::size_t>(criterion)];
+  if (state == on) return true;
+  if (!(on ? MayTurnOn(criterion) : MayTurnOff(criterion))) return false;
+  state = on;
+  return true;
+}
+
+bool FSSettings::MayTurnOn(RankCriteria criterion) const {
+  if (!fbCatTarget) {
+    return (criterion == kFStat && fSetType != kAllContinuous) ||
+           (criterion == kTStat && fSetType != kAllCategorical);
+  }
+  switch (fSetType) {
+    case kAllCategorical:
+      return criterion != kFStat && criterion != kTStat;
+    case kAllContinuous:
+      return criterion == kFStat;
+    case kMixed:
+      return criterion == kPearson || criterion == kLikelihood || criterion == kFStat;
+    default:
+      return criterion != kTStat;
+  }
+}
+
+bool FSSettings::MayTurnOff(RankCriteria criterion) const {
+  if (!fbCatTarget) return !kDefaults[0][fSetType][static_cast<std::size_t>(criterion)];
+  if (criterion == kFStat) return fSetType == kAllCategorical;
+  return !IsTableCriterion(criterion) || CountTableCriteria(fCriteria) >= 2;
+}
+
+int FSSettings::GetNBestPredictors(int n) const {
+  const double x = n >= 1 ? n : GetNPredictors();
+  return static_cast<int>(std::min(x, std::max(30.0, 2.0 * std::sqrt(x))) + 0.5);
+}
+
+void FSSettings::SetNSkippedRecordReports(int n) {
+  if (n >= 0) fNSkippedRecords = n;
+}
+
+void FSSettings::SetNSkippedPredictorReports(int n) {
+  if (n >= 0) fNSkippedPredictors = n;
+}
+
+void FSSettings::SetCaseIDPosition(int position) {
+  if (position >= 0) fCaseIDPosition = position;
+}
+
+void FSSettings::SetWeightPosition(int position) {
+  if (position >= 0) fWeightPosition = position;
+}
+
+void FSSettings::SetPercent(double& fraction, double percent) {
+  if (percent >= 0.0 && percent <= 100.0) fraction = percent / 100.0;
+}
+
+void FSSettings::SetMinVariation(double value) {
+  if (value >= 0.0) fMinVariation = value;
+}
+
+void FSSettings::SetMinStddev(double value) {
+  if (value >= 0.0) fMinStddev = value;
+}
+
+void FSSettings::Display(std::ostream& out) const {
+  const auto line = [&out](const char* label, const auto& value) {
+    out << label << " = " << value << '\n';
+  };
+  out << "Start of FSSettings display\n" << std::boolalpha;
+  line("Number of predictors", GetNPredictors());
+  line("Number of categorical predictors", fNCategorical);
+  line("Predictor set type", GetSetTypeName(fSetType));
+  line("Categorical target", fbCatTarget);
+  for (int c = 0; c < kNCriteria; ++c) {
+    line(GetCriterionName(c).c_str(), GetCriterion(static_cast<RankCriteria>(c)));
+  }
+  line("Progress listener", static_cast<const void*>(fpListener));
+  line("Cancel probe", static_cast<const void*>(fpCancel));
+  line("Records skipped between progress reports", fNSkippedRecords);
+  line("Predictors skipped between progress reports", fNSkippedPredictors);
+  line("Transactional input", fbTransactional);
+  line("Target position", fTargetPosition);
+  line("Case identifier position", fCaseIDPosition);
+  line("Weight position", fWeightPosition);
+  line("Weight conversion", GetWeightToFreqName(fWeightToFreq));
+  line("Maximum fraction missing", fMaxMissing);
+  line("Delete if many missing", fbDeleteMissing);
+  line("Maximum fraction in a single category", fMaxSingle);
+  line("Delete if many in a single category", fbDeleteSingle);
+  line("Maximum number of categories as fraction of cases", fMaxNCat);
+  line("Delete if many categories", fbDeleteNCat);
+  line("Maximum fraction of categories with one case", fMaxOneCase);
+  line("Delete if many categories with one case", fbDeleteOneCase);
+  line("Minimum coefficient of variation", fMinVariation);
+  line("Delete if small variation", fbDeleteVariation);
+  line("Minimum standard deviation", fMinStddev);
+  line("Delete if small standard deviation", fbDeleteStddev);
+  out << "End of FSSettings display\n" << std::noboolalpha;
+}

@@ -1,0 +1,65 @@
+// What one predictor gathers during the data pass, alone or together with the target.
+//
+// Six classes implement it, by the kinds of predictor and target. An accumulator is created empty,
+// receives each case of the pass exactly once, has ComputeVariances() called once after the pass
+// and is then only read. A case whose weight is not positive changes nothing. A categorical value
+// is the case value truncated toward zero; the caller gives missing values to AddMissing.
+// Operations that a class has no use for do nothing.
+//
+// Blocks and single cases give the same result to the last bit.
+#pragma once
+
+#include <cstddef>
+#include <iosfwd>
+#include <vector>
+
+class FSSettings;
+struct FSCaseBlock;
+
+class IFSPredTargetAccum {
+ public:
+  virtual ~IFSPredTargetAccum() = default;
+
+  // One case with valid predictor and target. `update` is for the interface's sake: the pair
+  // classes always take the case in.
+  virtual void AddCase(double predictor, double target, double weight, bool update) = 0;
+  // One case whose predictor value is missing.
+  virtual void AddMissing(double weight) = 0;
+  // One case with a valid predictor value, where no target is defined. Without `update` the value
+  // counts for the total weight and as seen, not for counts and moments.
+  virtual void AddCaseOneVariable(double predictor, double weight, bool update) = 0;
+  // The predictor's values of a whole block, valid and missing ones: missing by MCMV::IsMissing,
+  // and category -1 of a categorical predictor.
+  virtual void AddBlock(const double* predictor, const FSCaseBlock& cases) = 0;
+
+  // No valid case was seen (also when no case was seen at all).
+  virtual bool IsAllMissing() const = 0;
+  // No two different valid values were seen.
+  virtual bool IsAllConstant() const = 0;
+
+  // The first screening reason that applies (MCFSCommon::PredictorDelReason), 0 for none.
+  virtual int CheckDelete(const FSSettings* settings) const;
+  // Every screening reason that applies, in the order of the rules; returns their number.
+  virtual std::size_t CheckAllReasons(const FSSettings* settings,
+                                      std::vector<int>& reasons) const = 0;
+
+  // Variances and correlation, from the sums of the pass.
+  virtual void ComputeVariances() = 0;
+
+  // The value of a ranking criterion (MCFSCommon::RankCriteria), two values that break ties, and
+  // two that the criterion shows besides. Whatever cannot be computed, or is not this class' to
+  // compute, is the missing value.
+  virtual void ComputeCrit(int criterion, double& value, double& tie1, double& tie2, double& extra1,
+                           double& extra2) const = 0;
+
+  // What is shown of a criterion: chi-square statistics give p-value, statistic and df; Cramer's V
+  // and lambda themselves; F p-value, F, df1 and df2; t p-value, correlation, t and df. False, with
+  // all four missing, when this class does not answer the criterion.
+  virtual bool GetOutputStats(int criterion, double& value, double& out2, double& out3,
+                              double& out4) const = 0;
+
+  virtual bool IsCategorical() const = 0;
+
+  // What was gathered, for debugging.
+  virtual void Display(std::ostream& out) const = 0;
+};
