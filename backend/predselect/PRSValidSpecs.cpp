@@ -171,9 +171,10 @@ void PRSValidSpecs::CompleteFeatureSettings(int targetPosition, int weightPositi
     fpFeatureSettings->SetMinVariation(fScreenCoeffVariate);
     fpFeatureSettings->SetMinStddev(fScreenStdDev);
   }
-  fpFeatureSettings->SetCriterion(fUniRank, true);
+  // A criterion that does not apply to the types of the variables stays off.
+  (void)fpFeatureSettings->SetCriterion(fUniRank, true);
   for (const FeaturePrintOption option : fFeaturePrintOptions) {
-    fpFeatureSettings->SetCriterion(static_cast<MCFSCommon::RankCriteria>(option), true);
+    (void)fpFeatureSettings->SetCriterion(static_cast<MCFSCommon::RankCriteria>(option), true);
   }
   fpFeatureSettings->SetCancelPointer(fpStopProcessor.get());
 }
