@@ -1,0 +1,104 @@
+#include "backend/predselect/PRSUniFactory.h"
+
+#include <iostream>
+
+#include "backend/predselect/PRSValidSpecs.h"
+#include "backend/predselect/predsele.h"
+#include "common/MissingValue.h"
+#include "feature/FSFactory.h"
+#include "feature/FSSettings.h"
+#include "feature/IFSAlgorithm.h"
+#include "host/cases/UAInputAdapter.h"
+#include "host/cases/UAProcDataSourceIter.h"
+#include "host/cases/UAVarValidSpecs.h"
+#include "host/output/BpComposite.h"
+#include "host/output/BpError.h"
+
+namespace {
+
+constexpr int kShow = 2;
+constexpr int kWarning = 2;
+constexpr int kError = 3;
+
+constexpr int kNoCase = 1;  // states of a case stream
+constexpr int kReadError = 3;
+
+constexpr std::int64_t kCancelled = 1;
+constexpr std::int64_t kTargetConstant = 80000;
+constexpr std::int64_t kNoValidCases = 80002;
+
+struct StatusText {
+  std::int64_t fCode;
+  const char* fText;
+};
+
+constexpr StatusText kStatusTexts[] = {
+    {80009, "All cases excluded in Predictor Selection..."},
+    {80010, "All predictors missing or constant..."},
+    {80011, "No predictors were selected."},
+    {80013, "There are no valid cases..."},
+};
+
+}  // namespace
+
+PRSUniFactory::PRSUniFactory(PRSValidSpecs* specs, ProcedureDataSource& source)
+    : fpSpecs(specs),
+      fpVarSpecs(specs->GetVarValidSpecsPtr()),
+      fpSource(&source),
+      fMessages(source),
+      fpAdapter(std::make_unique<UAInputAdapter>(fpVarSpecs, source)),
+      fpIterator(std::make_unique<UAProcDataSourceIter>(fpAdapter.get(), true)) {
+  const int state = fpIterator->GetState();
+  if (state == kNoCase || state == kReadError) fStatus = {kNoValidCases, false};
+  if (state == kNoCase) fMessages.NoValidCases();
+  if (state == kReadError) fMessages.ReadFailed(fpIterator->GetFailText());
+}
+
+PRSUniFactory::~PRSUniFactory() = default;
+
+bool PRSUniFactory::RunFSComponent() {
+  FSSettings* settings = fpSpecs->GetFeatureSettingsPtr();
+  if (fStatus.IsError() || settings == nullptr) return false;
+  FSFactory factory;
+  fpAlgorithm = factory.CreateFSAlgorithm(settings);
+  fStatus = factory.GetStatus();
+  if (fStatus.IsError() || fpAlgorithm == nullptr) return false;
+  fStatus = fpAlgorithm->AccumulateAndRank(*fpIterator, -1, fpSpecs->GetScreenStatusOn(), 0);
+  if (!IsPassComplete()) return false;
+  if (!fStatus.IsOK()) DisplayMessage(fStatus);
+  if (fStatus.IsError()) return false;
+  if (IsTargetConstant()) {
+    fStatus = {kTargetConstant, false};
+    BpError(BpComposite("Dependent variable constant..."), kShow, kError);
+    return false;
+  }
+  if (display_feature_select) fpAlgorithm->Display(std::cerr);
+  fStatus = fpAlgorithm->GetStatus();
+  return true;
+}
+
+bool PRSUniFactory::IsPassComplete() {
+  if (fpIterator->GetFailReason() == MCCommon::RecordIterator::kReadError) {
+    fMessages.ReadFailed(fpIterator->GetFailText());
+    fStatus = {kNoValidCases, false};
+    return false;
+  }
+  if (fStatus.GetErrorCode() != kCancelled || !fStatus.IsError()) return true;
+  fMessages.Stopped(*fpSpecs->GetStopProcessorPtr(), fpAdapter->GetRecordCount());
+  return false;
+}
+
+bool PRSUniFactory::IsTargetConstant() const {
+  const int target = fpSpecs->GetDependVar();
+  if (fpVarSpecs->GetKOVACatVar(target)) return fpAdapter->GetCatVarSize(target) <= 1;
+  const double low = fpAdapter->GetContMinValue(target);
+  const double high = fpAdapter->GetContMaxValue(target);
+  return !MCMV::IsMissing(low) && !MCMV::IsMissing(high) && low == high;
+}
+
+void PRSUniFactory::DisplayMessage(const MCFeature::MCStatus& status) const {
+  for (const StatusText& entry : kStatusTexts) {
+    if (entry.fCode != status.GetErrorCode()) continue;
+    BpError(BpComposite(entry.fText), kShow, status.IsError() ? kError : kWarning);
+  }
+}

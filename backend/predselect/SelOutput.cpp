@@ -1,0 +1,258 @@
+#include "backend/predselect/SelOutput.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "backend/predselect/PRSMessages.h"
+#include "backend/predselect/PRSUniFactory.h"
+#include "backend/predselect/PRSValidSpecs.h"
+#include "common/MCAssert.h"
+#include "common/MissingValue.h"
+#include "feature/FSSettings.h"
+#include "feature/IFSAlgorithm.h"
+#include "host/cases/UAInputAdapter.h"
+#include "host/data/ProcedureDataSource.h"
+#include "host/output/AddNotes.h"
+#include "host/output/BpComposite.h"
+#include "host/output/BpDataValue.h"
+#include "host/output/BpError.h"
+#include "host/output/BpPivotTable.h"
+#include "host/output/BpProcedure.h"
+#include "host/output/BpString.h"
+#include "host/output/BpVariable.h"
+#include "host/output/OutputNote.h"
+#include "host/session/ISession.h"
+#include "host/session/SessionScope.h"
+
+namespace {
+
+constexpr const char* kSource = "backend/predselect/SelOutput";
+constexpr int kMinDataColumnWidth = 150;
+
+MCHost::OutputText ListCell(const char* pattern, const std::vector<std::string>& names) {
+  BpComposite list(pattern);
+  list.Sublist();
+  for (const std::string& name : names) list.AddLiteral(name);
+  return list.EndSublist().Finish();
+}
+
+MCHost::OutputText CategoryLabel(const KOVA_Variable& variable, const KOVA_Value& value) {
+  return value.IsNumeric() ? BpDataValue(variable, value.GetNumber())
+                           : BpDataValue(variable, value.GetString());
+}
+
+// Screening reasons in the order in which the rules are applied, with their labels.
+struct ReasonText {
+  int fReason;
+  const char* fCategorical;  // null: the reason does not apply
+  const char* fScale;
+};
+
+constexpr ReasonText kReasons[] = {
+    {MCFSCommon::kAllMissing, "All Cases Missing", "All Cases Missing"},
+    {MCFSCommon::kAllConstant, "All Cases Constant", "All Cases Constant"},
+    {MCFSCommon::kManyMissing, "Cases Missing > ^1", "Cases Missing > ^1"},
+    {MCFSCommon::kManyInSingleCategory, "Cases Constant > ^1", nullptr},
+    {MCFSCommon::kManyCategories, "Categories > ^1", nullptr},
+    {MCFSCommon::kManyCategoriesWithOneCase, "Categories Containing One Case > ^1", nullptr},
+    {MCFSCommon::kSmallStddev, nullptr, "Standard Deviation < ^1"},
+    {MCFSCommon::kSmallVariation, nullptr, "Coefficient Of Variation < ^1"},
+};
+
+const char* LabelOf(const ReasonText& reason, bool categorical) {
+  return categorical ? reason.fCategorical : reason.fScale;
+}
+
+}  // namespace
+
+SelOutput::SelOutput(PRSValidSpecs* pValidSpecs, PRSUniFactory* pFactory,
+                     ProcedureDataSource* pActiveDS, BpProcedure* pProcedure)
+    : fpValidSpecs(pValidSpecs),
+      fpFactory(pFactory),
+      fpActiveDS(pActiveDS),
+      fpProcedure(pProcedure) {
+  MCCommon::Assert(pValidSpecs != nullptr, "pValidSpecs != 0", kSource);
+  MCCommon::Assert(pFactory != nullptr, "pFactory != 0", kSource);
+  MCCommon::Assert(pActiveDS != nullptr, "pActiveDS != 0", kSource);
+  MCCommon::Assert(pProcedure != nullptr, "pProcedure != 0", kSource);
+}
+
+void SelOutput::AddToNotesTable() const {
+  AddNotes(MCHost::OutputNote::kMethod, BpString("Definition of Missing"),
+           BpString(fpValidSpecs->IsMissingExclude() ? "UserMiss excluded ..."
+                                                     : "UserMiss included ..."));
+  AddNotes(MCHost::OutputNote::kMethod, BpString("Cases Used"),
+           BpString("Only valid data used ..."));
+}
+
+void SelOutput::DisplayTables() const {
+  BpCaseSummary();
+  BpExcludedPred();
+  BpPredSummary();
+  ChartPredSummary();
+  BpSelPredictors();
+}
+
+void SelOutput::BpCaseSummary() const {
+  if (!fpValidSpecs->GetPrintCPS()) return;
+  const IFSAlgorithm& algorithm = Algorithm();
+  double valid = 0.0;
+  double excluded = 0.0;
+  int nValid = 0;
+  int nExcluded = 0;
+  algorithm.GetNValidNExcluded(valid, excluded, nValid, nExcluded);
+  const double total = valid + excluded;
+
+  BpPivotTable table("Case Processing Summary", "CaseProcessingSummary");
+  BpDimension rows = table.RowDimension("Value");
+  BpDimension columns = table.ColumnDimension("Statistics");
+  const BpCategory n = columns.AddCategory(BpString("N"), fpProcedure->Count());
+  const BpCategory percent = columns.AddCategory(BpString("Percent"), fpProcedure->Percent());
+  std::vector<BpCategory> unweighted;
+  if (fpValidSpecs->GetKOVAWeightVar() >= 0) {
+    unweighted.push_back(columns.AddCategory(BpString("Unweighted N"), fpProcedure->Count()));
+  }
+  const auto fill = [&](const BpCategory& row, double weight, int cases) {
+    table.SetCell({row, n}, weight);
+    table.SetCell({row, percent}, total > 0.0 ? weight / total * 100.0 : KOVA_SystemMissing);
+    for (const BpCategory& column : unweighted) table.SetCell({row, column}, cases);
+  };
+  if (fpValidSpecs->GetDependCatVar()) {
+    const KOVA_Variable& target = fpActiveDS->GetVariable(fpValidSpecs->GetDependVar());
+    BpGroup group = rows.AddGroup(BpVariable(target));
+    for (int i = 0; i < algorithm.GetNTargetCategories(); ++i) {
+      int code = 0;
+      std::pair<int, double> counts{0, 0.0};
+      if (!algorithm.GetTargetCategoryInfo(i, code, counts)) continue;
+      int kovaVar = -1;
+      const KOVA_Value value = fpFactory->GetUAInputAdapter()->DecodeCatValue(
+          algorithm.GetSettings()->GetTargetPosition(), code, kovaVar);
+      fill(group.AddCategory(CategoryLabel(target, value)), counts.second, counts.first);
+    }
+  }
+  fill(rows.AddCategory(BpString("Valid")), valid, nValid);
+  fill(rows.AddCategory(BpString("Excluded")), excluded, nExcluded);
+  fill(rows.AddCategory(BpString("Total")), total, nValid + nExcluded);
+  table.Show();
+}
+
+void SelOutput::BpExcludedPred() const {
+  if (!fpValidSpecs->GetPrintExclude() || !fpValidSpecs->GetScreenStatusOn()) return;
+  const IFSAlgorithm& algorithm = Algorithm();
+  const std::vector<int>& indices = algorithm.GetIndicesDelPred();
+  const std::vector<int>& reasons = algorithm.GetReasonsDelPred();
+  if (indices.empty()) {
+    PRSMessages().NoPredsExcluded();
+    return;
+  }
+  BpPivotTable table("Excluded Predictors", "ExcludedPredictors");
+  table.Caption(BpString("Screening performed in displayed order ..."));
+  table.MinDataColumnWidth(kMinDataColumnWidth);
+  BpDimension rows = table.RowDimension("Reason");
+  BpDimension columns = table.ColumnDimension("Predictors");
+  const BpCategory column = columns.AddCategory(BpString("Predictors"));
+  for (const bool categorical : {true, false}) {
+    BpGroup group = rows.AddGroup(BpString(categorical ? "Categorical" : "Scale"));
+    for (const ReasonText& reason : kReasons) {
+      if (LabelOf(reason, categorical) == nullptr) continue;
+      std::vector<std::string> names;
+      for (std::size_t i = 0; i < indices.size(); ++i) {
+        const bool here = reasons[i] == reason.fReason &&
+                          algorithm.GetSettings()->IsCatPredictor(indices[i]) == categorical;
+        if (here) names.push_back(Predictor(indices[i]).GetName());
+      }
+      if (names.empty()) continue;
+      BpComposite label(LabelOf(reason, categorical));
+      const std::string threshold = Threshold(reason.fReason);
+      if (!threshold.empty()) label.AddLiteral(threshold);
+      table.SetCell({group.AddCategory(label.Finish()), column}, ListCell("[%1:\n ^1:]1", names));
+    }
+  }
+  table.Show();
+}
+
+void SelOutput::BpSelPredictors() const {
+  const PRSSelection selection = Selection();
+  if (selection.IsEmpty()) {
+    BpError(BpComposite("No predictors were selected."), 2, 2);
+    return;
+  }
+  if (!fpValidSpecs->GetPrintSelect()) return;
+  BpPivotTable table("Selected Predictors", "SelectedPredictors");
+  table.MinDataColumnWidth(kMinDataColumnWidth);
+  BpDimension rows = table.RowDimension("Type");
+  BpDimension columns = table.ColumnDimension("Predictors");
+  const BpCategory column = columns.AddCategory(BpString("Predictors"));
+  for (const bool categorical : {true, false}) {
+    std::vector<std::string> names = SelectedNames(categorical);
+    if (names.empty()) continue;
+    std::sort(names.begin(), names.end());
+    const BpCategory row = rows.AddCategory(BpString(categorical ? "Categorical" : "Scale"));
+    table.SetCell({row, column}, ListCell("[%1: ^1:]1", names));
+  }
+  table.Show();
+}
+
+void SelOutput::SetMacros() const {
+  MCHost::ISession& session = MCHost::CurrentSession();
+  const auto set = [&](const KovaVarName& name, bool categorical) {
+    if (!name.IsEmpty()) session.SetMacro(name.GetName(), SelectedNames(categorical));
+  };
+  set(fpValidSpecs->GetFactorMacroVar(), true);
+  set(fpValidSpecs->GetCovariateMacroVar(), false);
+}
+
+const IFSAlgorithm& SelOutput::Algorithm() const {
+  const IFSAlgorithm* algorithm = fpFactory->GetIFSAlgorithm();
+  MCCommon::Assert(algorithm != nullptr, "fpAlgorithm != 0", kSource);
+  return *algorithm;
+}
+
+const KOVA_Variable& SelOutput::Predictor(int index) const {
+  return fpActiveDS->GetVariable(
+      fpValidSpecs->GetPredListPtr()->at(static_cast<std::size_t>(index)));
+}
+
+PRSSelection SelOutput::Selection() const { return SelectPredictors(*fpValidSpecs, Algorithm()); }
+
+std::vector<std::string> SelOutput::SelectedNames(bool categorical) const {
+  const PRSSelection selection = Selection();
+  std::vector<std::string> names;
+  for (int i = 0; i < selection.fNSelected; ++i) {
+    const int index = selection.fIndices[static_cast<std::size_t>(i)];
+    if (Algorithm().GetSettings()->IsCatPredictor(index) == categorical) {
+      names.push_back(Predictor(index).GetName());
+    }
+  }
+  return names;
+}
+
+std::string SelOutput::Threshold(int reason) const {
+  const auto shown = [](const std::string& typed, double value, MCHost::OutputFormat format) {
+    const bool percent = format == MCHost::OutputFormat::kPercent;
+    if (!typed.empty()) return percent ? typed + "%" : typed;
+    return MCHost::FormatNumber(value, format);
+  };
+  switch (reason) {
+    case MCFSCommon::kManyMissing:
+      return shown(fpValidSpecs->GetStringPCTMissing(), fpValidSpecs->GetScreenPCTMissing(),
+                   fpProcedure->Percent());
+    case MCFSCommon::kManyInSingleCategory:
+      return shown(fpValidSpecs->GetStringPCTEqual(), fpValidSpecs->GetScreenPCTEqual(),
+                   fpProcedure->Percent());
+    case MCFSCommon::kManyCategories:
+      return shown(fpValidSpecs->GetStringPCTUnequal(), fpValidSpecs->GetScreenPCTUnequal(),
+                   fpProcedure->Percent());
+    case MCFSCommon::kManyCategoriesWithOneCase:
+      return MCHost::FormatNumber(Algorithm().GetSettings()->GetMaxPctCatWithOneCase(),
+                                  fpProcedure->Percent());
+    case MCFSCommon::kSmallStddev:
+      return shown(fpValidSpecs->GetStringStdDev(), fpValidSpecs->GetScreenStdDev(),
+                   fpProcedure->Coefficient());
+    case MCFSCommon::kSmallVariation:
+      return shown(fpValidSpecs->GetStringCoeffVariate(), fpValidSpecs->GetScreenCoeffVariate(),
+                   fpProcedure->Coefficient());
+    default:
+      return "";
+  }
+}
