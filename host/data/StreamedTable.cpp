@@ -175,6 +175,7 @@ void StreamedTable::ReadStrings() {
 
 void StreamedTable::Spool() {
   std::vector<bool> numeric;
+  numeric.reserve(static_cast<std::size_t>(ColumnCount()));
   for (int i = 0; i < ColumnCount(); ++i) numeric.push_back(GetVariable(i).IsNumeric());
   fpSpool = std::make_unique<CellSpool>(numeric, fNCases);
   const int group = fpSource->ColumnsAtATime();
