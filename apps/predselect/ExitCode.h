@@ -1,0 +1,15 @@
+// What the program's exit code says. Documented in the command reference; do not renumber.
+#pragma once
+
+namespace PredSelectApp {
+
+enum ExitCode {
+  kCompleted = 0,         // all commands completed
+  kCommandError = 1,      // a command reported an error
+  kWrongUsage = 2,        // the command line was wrong
+  kDataError = 3,         // data, a command file or a result could not be read or written
+  kBrokenInvariant = 70,  // an error of the program's own
+  kCancelled = 130        // stopped by the user
+};
+
+}  // namespace PredSelectApp

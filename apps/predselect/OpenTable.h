@@ -1,0 +1,18 @@
+// From the data options of the command line to a table whose dictionary is settled.
+#pragma once
+
+#include <memory>
+
+namespace MCHost {
+class DataTable;
+}
+
+namespace PredSelectApp {
+
+struct DataOptions;
+
+// Opens the data, applies the schema, the levels and the weight, and settles the levels that nobody
+// gave. Throws MCHost::HostIOError for files, UsageError for names and words of the options.
+std::unique_ptr<MCHost::DataTable> OpenTable(const DataOptions& options);
+
+}  // namespace PredSelectApp

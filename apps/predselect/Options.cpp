@@ -1,0 +1,126 @@
+#include "apps/predselect/Options.h"
+
+#include <CLI/CLI.hpp>
+#include <map>
+
+#include "apps/predselect/ExitCode.h"
+#include "apps/predselect/Version.h"
+
+namespace PredSelectApp {
+
+namespace {
+
+constexpr const char* kDescription =
+    "Which columns carry information about a target, and which few of them make a good classifier.";
+
+constexpr const char* kExamples = R"(Examples:
+  What is in the file?
+    predselect describe --data penguins.csv
+
+  Screen and rank predictors of a categorical target:
+    predselect run --data penguins.csv \
+      -c "SELECTPRED species BY island sex WITH bill_length_mm body_mass_g"
+
+  The same as a JSON document, with labels and levels from a Table Schema:
+    predselect run --data penguins.csv --schema penguins.schema.json --format json \
+      -c "SELECTPRED species" -o result.json
+
+  Weighted cases, commands from a file, a table too large for memory:
+    predselect run --data survey.parquet --weight n --stream -f commands.txt
+
+Exit codes: 0 all commands completed, 1 a command reported an error, 2 wrong usage,
+3 data could not be read or written, 70 internal error, 130 cancelled.
+"predselect run --help" tells the options and the syntax of the commands.)";
+
+constexpr const char* kCommandSyntax =
+#include "apps/predselect/CommandSyntax.inc"
+    ;
+
+constexpr const char* kRunNotes = R"(
+  A command ends with a period at the end of a line. Neither BY nor WITH: every other variable
+  is a candidate. Lists take "a TO c" and ALL. docs/commands.md has the whole reference.)";
+
+// CLI11 reports what it could not take; the reader needs to know where help is.
+int ReportUsage(const CLI::App& app, const CLI::ParseError& error) {
+  if (error.get_exit_code() == 0) return app.exit(error);
+  std::cerr << "predselect: " << error.what() << "\nTry \"predselect --help\".\n";
+  return kWrongUsage;
+}
+
+void AddDataOptions(CLI::App& command, DataOptions& data) {
+  command
+      .add_option("--data", data.fFile,
+                  "Data file: .csv, .tsv, .parquet, .arrow or .feather; - is CSV on standard "
+                  "input")
+      ->required()
+      ->type_name("FILE");
+  command
+      .add_option("--schema", data.fSchema, "Labels, levels, missing values: a Table Schema file")
+      ->type_name("FILE");
+  command.add_option("--weight", data.fWeight, "Frequency weight variable")->type_name("VAR");
+  command.add_option("--level", data.fLevels, "Measurement level: nominal, ordinal or scale")
+      ->type_name("VAR=LEVEL")
+      ->allow_extra_args(false);
+  command
+      .add_option("--null", data.fNullTokens,
+                  "One more text that means null in CSV and TSV (besides nothing, NA, NaN, null)")
+      ->type_name("TEXT")
+      ->allow_extra_args(false);
+  command.add_flag("--stream", data.fbStream,
+                   "Read the file again on every pass instead of keeping it in memory");
+}
+
+void AddResultOptions(CLI::App& command, ResultOptions& result) {
+  command.add_option("--format", result.fFormat, "text (default) or json")
+      ->transform(CLI::CheckedTransformer(std::map<std::string, OutputFormat>{
+          {"text", OutputFormat::kText}, {"json", OutputFormat::kJson}}))
+      ->type_name("FORMAT");
+  command
+      .add_option("-o,--output", result.fFile, "Write the results here (default: standard output)")
+      ->type_name("FILE");
+  command.add_option("--color", result.fColor, "auto (default), always or never")
+      ->transform(CLI::CheckedTransformer(std::map<std::string, Color>{
+          {"auto", Color::kAuto}, {"always", Color::kAlways}, {"never", Color::kNever}}))
+      ->type_name("WHEN");
+  command.add_flag("--quiet", result.fbQuiet, "No warnings and no progress on standard error");
+}
+
+}  // namespace
+
+Options ParseOptions(int argc, char** argv) {
+  Options options;
+  CLI::App app(kDescription, "predselect");
+  app.footer(kExamples);
+  app.set_version_flag("--version", std::string("predselect ") + kVersion);
+  app.require_subcommand(1);
+
+  CLI::App* run = app.add_subcommand("run", "Run commands over a table");
+  AddDataOptions(*run, options.fData);
+  auto* commands = run->add_option_group("commands");
+  commands->add_option("-c,--command", options.fCommandText, "The commands to run")
+      ->type_name("TEXT");
+  commands->add_option("-f,--file", options.fCommandFile, "File that holds the commands to run")
+      ->type_name("FILE");
+  commands->require_option(1);
+  AddResultOptions(*run, options.fResult);
+  run->add_option("--save-data", options.fSaveData,
+                  "Write the table with the new variables: .csv, .tsv, .parquet or .feather")
+      ->type_name("FILE");
+  run->add_flag("!--no-progress", options.fResult.fbProgress, "No progress line");
+  run->footer(std::string("Commands:\n") + kCommandSyntax + kRunNotes);
+
+  CLI::App* describe = app.add_subcommand(
+      "describe", "Show the dictionary: names, levels, ranges, categories, missing values");
+  AddDataOptions(*describe, options.fData);
+  AddResultOptions(*describe, options.fResult);
+
+  try {
+    app.parse(argc, argv);
+    options.fAction = run->parsed() ? Options::kRun : Options::kDescribe;
+  } catch (const CLI::ParseError& error) {
+    options.fExitCode = ReportUsage(app, error);
+  }
+  return options;
+}
+
+}  // namespace PredSelectApp

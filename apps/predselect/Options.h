@@ -1,0 +1,46 @@
+// The command line as values. Parsing and help live in Options.cpp, once for both.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace PredSelectApp {
+
+enum class OutputFormat { kText, kJson };
+enum class Color { kAuto, kAlways, kNever };
+
+// Which data, and what is said of them besides the file itself.
+struct DataOptions {
+  std::string fFile;                     // a path, or "-" for CSV on standard input
+  std::string fSchema;                   // Table Schema document, empty for none
+  std::string fWeight;                   // name of the frequency weight variable, empty for none
+  std::vector<std::string> fLevels;      // "variable=nominal|ordinal|scale"
+  std::vector<std::string> fNullTokens;  // further texts that mean null in CSV and TSV
+  bool fbStream = false;                 // read again on every pass instead of keeping in memory
+};
+
+// Where results go and how they look.
+struct ResultOptions {
+  OutputFormat fFormat = OutputFormat::kText;
+  std::string fFile;  // empty: standard output
+  Color fColor = Color::kAuto;
+  bool fbQuiet = false;
+  bool fbProgress = true;
+};
+
+struct Options {
+  enum Action { kNone, kRun, kDescribe };
+
+  Action fAction = kNone;
+  DataOptions fData;
+  ResultOptions fResult;
+  std::string fCommandText;  // -c
+  std::string fCommandFile;  // -f, "-" for standard input
+  std::string fSaveData;     // empty: the table is not written
+  int fExitCode = 0;         // for kNone: help was shown (0) or the usage was wrong
+};
+
+// Reads the command line. Help, version and usage errors are printed here and give kNone.
+Options ParseOptions(int argc, char** argv);
+
+}  // namespace PredSelectApp

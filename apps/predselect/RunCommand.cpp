@@ -1,0 +1,152 @@
+#include "apps/predselect/RunCommand.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "apps/predselect/ExitCode.h"
+#include "apps/predselect/Interrupt.h"
+#include "apps/predselect/LiveOutput.h"
+#include "apps/predselect/OpenTable.h"
+#include "apps/predselect/Options.h"
+#include "apps/predselect/ProgressLine.h"
+#include "apps/predselect/Terminal.h"
+#include "apps/predselect/UsageError.h"
+#include "apps/predselect/Version.h"
+#include "backend/predselect/predsele.h"
+#include "host/arrow/DataFile.h"
+#include "host/command/CommandSplitter.h"
+#include "host/data/DataTable.h"
+#include "host/output/render/RenderJson.h"
+#include "host/session/HostIOError.h"
+#include "host/session/Session.h"
+#include "host/session/SessionScope.h"
+
+namespace PredSelectApp {
+
+namespace {
+
+using MCHost::DataTable;
+
+std::string ReadAll(std::istream& in) {
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+std::string ReadCommandText(const Options& options) {
+  if (options.fCommandFile.empty()) return options.fCommandText;
+  if (options.fCommandFile == "-") {
+    if (options.fData.fFile == "-") {
+      throw UsageError("standard input cannot give both the data and the commands.");
+    }
+    return ReadAll(std::cin);
+  }
+  std::ifstream file(options.fCommandFile, std::ios::binary);
+  std::string text = file ? ReadAll(file) : "";
+  if (!file) {
+    throw MCHost::HostIOError(options.fCommandFile, "",
+                              std::string("cannot be read: ") + std::strerror(errno));
+  }
+  return text;
+}
+
+// A session that tells the document which macros a command has set.
+class RunSession : public MCHost::Session {
+ public:
+  RunSession(DataTable& table, MCHost::OutputDocument& document)
+      : Session(table, document), fDocument(document) {}
+
+  void SetMacro(const std::string& name, const std::vector<std::string>& values) override {
+    Session::SetMacro(name, values);
+    fDocument.CurrentRun().fMacros.emplace_back(name, values);
+  }
+
+ private:
+  MCHost::OutputDocument& fDocument;
+};
+
+void RecordNewVariables(const DataTable& table, int before, MCHost::OutputRun& run) {
+  for (int i = before; i < table.ColumnCount(); ++i) {
+    const KOVA_Variable& variable = table.GetVariable(i);
+    run.fNewVariables.push_back({variable.GetName(), variable.GetLabel(), variable.GetType(),
+                                 variable.GetFormat().ToString()});
+  }
+}
+
+void RunOne(const MCHost::CommandText& command, RunSession& session, DataTable& table,
+            MCHost::OutputDocument& document) {
+  session.SetCommand(command.fText, command.fLine, command.fColumn);
+  MCHost::OutputRun& run = document.BeginRun(session.SystemBlock().fCommandWord);
+  const int variables = table.ColumnCount();
+  {
+    const MCHost::SessionScope scope(session);
+    predsele_();
+  }
+  run.fbCompleted = !session.CommonBlock().IsErrorSet() && !IsInterrupted();
+  RecordNewVariables(table, variables, run);
+}
+
+int ExitCodeOf(const MCHost::OutputDocument& document) {
+  if (IsInterrupted()) return kCancelled;
+  for (const MCHost::OutputRun& run : document.GetRuns()) {
+    if (!run.fbCompleted) return kCommandError;
+  }
+  return kCompleted;
+}
+
+std::string Render(const MCHost::OutputDocument& document, const ResultOptions& options) {
+  if (options.fFormat == OutputFormat::kJson) return MCHost::RenderJson(document);
+  return MCHost::RenderText(document, PageOptions(options, false));
+}
+
+void ShowNotes(const DataTable& table, const ResultOptions& options) {
+  if (options.fbQuiet) return;
+  for (const std::string& note : table.Notes()) {
+    std::fprintf(stderr, "Note: %s\n", note.c_str());
+  }
+}
+
+}  // namespace
+
+int RunCommands(const Options& options) {
+  const std::vector<MCHost::CommandText> commands = MCHost::SplitCommands(ReadCommandText(options));
+  if (commands.empty()) throw UsageError("there is no command to run; see predselect run --help.");
+  const std::unique_ptr<DataTable> table = OpenTable(options.fData);
+  ShowNotes(*table, options.fResult);
+
+  ProgressLine progress(IsErrorTerminal() && options.fResult.fbProgress &&
+                        !options.fResult.fbQuiet);
+  LiveOutput document(options.fResult, progress);
+  document.fVersion = kVersion;
+  document.fDataSource = options.fData.fFile;
+  document.fNCases = table->CaseCount();
+  document.fNVariables = table->ColumnCount();
+
+  RunSession session(*table, document);
+  session.SetAppParams({"PredSelect", kVersion, "PredSelect contributors"});
+  session.SetCancelQuery(IsInterrupted);
+  session.SetProgressListener([&progress](const std::string& text) { progress.Show(text); });
+  for (const MCHost::CommandText& command : commands) {
+    if (IsInterrupted()) break;
+    RunOne(command, session, *table, document);
+  }
+  progress.Clear();
+
+  const int code = ExitCodeOf(document);
+  WriteResults(options.fResult, Render(document, options.fResult));
+  if (options.fSaveData.empty()) return code;
+  if (code == kCompleted) {
+    MCHost::WriteDataFile(*table, options.fSaveData);
+  } else {
+    std::fprintf(stderr, "predselect: %s was not written, since not all commands completed.\n",
+                 options.fSaveData.c_str());
+  }
+  return code;
+}
+
+}  // namespace PredSelectApp

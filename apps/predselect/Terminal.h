@@ -1,0 +1,23 @@
+// What the program knows of the place where its results are shown.
+#pragma once
+
+#include <string>
+
+#include "host/output/render/RenderText.h"
+
+namespace PredSelectApp {
+
+struct ResultOptions;
+
+// Width and colour for a page on standard output (`forMessages`: for messages on standard error),
+// from the options, the terminal, COLUMNS and NO_COLOR.
+MCHost::TextOptions PageOptions(const ResultOptions& options, bool forMessages);
+
+// True when standard error is a terminal.
+bool IsErrorTerminal();
+
+// Writes the results to the file of the options, whole or not at all, or to standard output.
+// Throws MCHost::HostIOError.
+void WriteResults(const ResultOptions& options, const std::string& text);
+
+}  // namespace PredSelectApp

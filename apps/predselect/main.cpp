@@ -1,0 +1,52 @@
+// The command line of PredSelect: reads options, runs what they ask for, and turns every failure
+// into one message and an exit code.
+
+#include <cstdio>
+#include <exception>
+#include <new>
+
+#include "apps/predselect/DescribeCommand.h"
+#include "apps/predselect/ExitCode.h"
+#include "apps/predselect/Interrupt.h"
+#include "apps/predselect/Options.h"
+#include "apps/predselect/RunCommand.h"
+#include "apps/predselect/UsageError.h"
+#include "host/session/HostIOError.h"
+
+namespace {
+
+using namespace PredSelectApp;
+
+int Act(const Options& options) {
+  switch (options.fAction) {
+    case Options::kRun:
+      return RunCommands(options);
+    case Options::kDescribe:
+      return DescribeData(options);
+    default:
+      return options.fExitCode;
+  }
+}
+
+int Report(const char* text, int code) {
+  std::fprintf(stderr, "predselect: %s\n", text);
+  return code;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  InstallInterruptHandlers();
+  try {
+    return Act(ParseOptions(argc, argv));
+  } catch (const UsageError& error) {
+    return Report(error.what(), kWrongUsage);
+  } catch (const MCHost::HostIOError& error) {
+    return Report(error.what(), kDataError);
+  } catch (const std::bad_alloc&) {
+    return Report("there is not enough memory; --stream reads the data without keeping them",
+                  kDataError);
+  } catch (const std::exception& error) {
+    return Report(error.what(), kBrokenInvariant);
+  }
+}
