@@ -28,6 +28,7 @@ class SelectPred : public testing::Test {
     const MCHost::SessionScope scope(*fpSession);
     document.BeginRun("SELECTPRED");
     fpSession->SetCommand(command);
+    fpSession->SetCancelQuery([this] { return fbCancelled; });
     predsele_();
     fbError = fpSession->CommonBlock().IsErrorSet();
     return json::parse(MCHost::RenderJson(document))["runs"][0];
@@ -78,6 +79,7 @@ class SelectPred : public testing::Test {
   MCHost::MemoryTable fTable;
   std::unique_ptr<MCHost::Session> fpSession;
   bool fbError = false;
+  bool fbCancelled = false;
 };
 
 TEST_F(SelectPred, RanksCategoricalPredictorsOfACategoricalTarget) {
@@ -170,6 +172,26 @@ TEST_F(SelectPred, StandsTheExcludedTableInForTheResultsWhenNothingIsLeft) {
   EXPECT_THAT(Titles(run), ElementsAre("Excluded Predictors"));
   ASSERT_NE(fpSession->FindMacro("c"), nullptr);
   EXPECT_THAT(*fpSession->FindMacro("c"), IsEmpty());
+}
+
+TEST_F(SelectPred, CountsWeightsBesideCasesAndScalesStatisticsByThem) {
+  FillTable();
+  fTable.SetWeightVarIndex(fTable.AddNumbers("w", std::vector<double>(20, 3.0)));
+  const json run = Run("SELECTPRED target BY same other /PRINT CPS SUMMARY.");
+  EXPECT_EQ(Cell(run, "CaseProcessingSummary", {"Valid"}, {"N"}), 60.0);
+  EXPECT_EQ(Cell(run, "CaseProcessingSummary", {"Valid"}, {"Unweighted N"}), 20.0);
+  EXPECT_EQ(Cell(run, "CaseProcessingSummary", {"target", "no"}, {"Percent"}), 50.0);
+  EXPECT_EQ(Cell(run, "PredictorSummary", {"Selected", "same"}, {"Pearson Chi-Square", "Value"}),
+            60.0);
+}
+
+TEST_F(SelectPred, SaysHowFarAStoppedRunHadCome) {
+  FillTable();
+  fbCancelled = true;
+  const json run = Run("SELECTPRED target BY same other /PRINT CPS SUMMARY.");
+  EXPECT_THAT(Keys(run), ElementsAre("Stopped by the user after ^1 records..."));
+  EXPECT_THAT(Titles(run), IsEmpty());
+  EXPECT_TRUE(fbError);
 }
 
 }  // namespace
