@@ -129,6 +129,13 @@ std::string TextTable::DrawPanel(const AxisEntry& layer,
     panel.fColumns.push_back(fColumns[i]);
     panel.fWidths.push_back(columns[i]);
   }
+  // A heading that another panel continues must keep its words whole here too.
+  for (const Block& block : Blocks(panel.fColumns, fColumnDepth)) {
+    const std::size_t end = fRowDepth + block.fTo;
+    const std::size_t room = SpanWidth(panel.fWidths, fRowDepth + block.fFrom, end);
+    const std::size_t word = LongestWord(block.fText);
+    if (word > room) panel.fWidths[end - 1] += word - room;
+  }
   PlaceColumns(panel);
   PlaceHeader(panel);
   PlaceBody(panel);
@@ -302,7 +309,8 @@ void TextTable::MeasureLabels() {
   fLabelWidths.assign(fRowDepth, 1);
   for (const Block& block : Blocks(fRows, fRowDepth)) {
     const std::size_t levelsSpanned = block.fLevelEnd - block.fLevel;
-    const std::size_t most = std::max(cap * levelsSpanned, std::min(LongestWord(block.fText), 2 * cap));
+    const std::size_t most =
+        std::max(cap * levelsSpanned, std::min(LongestWord(block.fText), 2 * cap));
     const std::size_t wanted = std::min(LongestLine(block.fText), most);
     const std::size_t room = SpanWidth(fLabelWidths, block.fLevel, block.fLevelEnd);
     if (wanted > room) fLabelWidths[block.fLevelEnd - 1] += wanted - room;

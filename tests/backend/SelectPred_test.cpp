@@ -1,0 +1,197 @@
+// Whole SELECTPRED commands over small tables in memory, as their JSON documents tell them.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <optional>
+
+#include "backend/predselect/predsele.h"
+#include "host/data/MemoryTable.h"
+#include "host/output/OutputDocument.h"
+#include "host/output/render/RenderJson.h"
+#include "host/session/Session.h"
+#include "host/session/SessionScope.h"
+
+namespace {
+
+using nlohmann::json;
+using Strings = std::vector<std::optional<std::string>>;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+// Runs commands over a table that a test fills first.
+class SelectPred : public testing::Test {
+ protected:
+  json Run(const std::string& command) {
+    MCHost::OutputDocument document;
+    fpSession = std::make_unique<MCHost::Session>(fTable, document);
+    const MCHost::SessionScope scope(*fpSession);
+    document.BeginRun("SELECTPRED");
+    fpSession->SetCommand(command);
+    fpSession->SetCancelQuery([this] { return fbCancelled; });
+    predsele_();
+    fbError = fpSession->CommonBlock().IsErrorSet();
+    return json::parse(MCHost::RenderJson(document))["runs"][0];
+  }
+
+  // A 2 x 2 table of 10 0 / 0 10 (X2 = 20), an unrelated and a constant predictor, and numbers.
+  void FillTable() {
+    Strings target;
+    Strings same;
+    Strings other;
+    std::vector<double> near;
+    std::vector<double> flat;
+    for (int i = 0; i < 20; ++i) {
+      target.push_back(i < 10 ? "no" : "yes");
+      same.push_back(i < 10 ? "a" : "b");
+      other.push_back(i % 2 == 0 ? "c" : "d");
+      near.push_back((i < 10 ? 0.0 : 5.0) + 0.5 * (i % 5));
+      flat.push_back(1.5);
+    }
+    fTable.AddStrings("target", target);
+    fTable.AddStrings("same", same);
+    fTable.AddStrings("other", other);
+    fTable.AddNumbers("near", near);
+    fTable.AddNumbers("flat", flat);
+  }
+
+  static std::vector<std::string> Titles(const json& run) {
+    std::vector<std::string> titles;
+    for (const json& table : run["tables"]) titles.push_back(table["title"]);
+    return titles;
+  }
+  static std::vector<std::string> Keys(const json& run) {
+    std::vector<std::string> keys;
+    for (const json& message : run["messages"]) keys.push_back(message["key"]);
+    return keys;
+  }
+  static json Cell(const json& run, const std::string& subtype, const json& row,
+                   const json& column) {
+    for (const json& table : run["tables"]) {
+      if (table["subtype"] != subtype) continue;
+      for (const json& cell : table["cells"]) {
+        if (cell["row"] == row && cell["column"] == column) return cell["value"];
+      }
+    }
+    return "no such cell";
+  }
+
+  MCHost::MemoryTable fTable;
+  std::unique_ptr<MCHost::Session> fpSession;
+  bool fbError = false;
+  bool fbCancelled = false;
+};
+
+TEST_F(SelectPred, RanksCategoricalPredictorsOfACategoricalTarget) {
+  FillTable();
+  const json run =
+      Run("SELECTPRED target BY same other /CRITERIA SIZE=1 SHOWUNSELECTED=1 /MACROVAR FACTORS=f "
+          "/PRINT CPS EXCLUDED SUMMARY(PEARSONCHISQ LRCHISQ) SELECTED /PLOT SUMMARY.");
+  EXPECT_THAT(Titles(run),
+              ElementsAre("Case Processing Summary", "Predictor Summary", "Selected Predictors"));
+  EXPECT_THAT(Keys(run), ElementsAre("No predictors excluded ..."));
+  EXPECT_EQ(Cell(run, "PredictorSummary", {"Selected", "same"}, {"Pearson Chi-Square", "Value"}),
+            20.0);
+  EXPECT_EQ(Cell(run, "PredictorSummary", {"Selected", "same"}, {"Pearson Chi-Square", "Rank"}),
+            1.0);
+  EXPECT_EQ(Cell(run, "PredictorSummary", {"Unselected", "other"}, {"Pearson Chi-Square", "df"}),
+            1.0);
+  EXPECT_EQ(Cell(run, "SelectedPredictors", {"Categorical"}, {"Predictors"}), json{"same"});
+  EXPECT_EQ(Cell(run, "CaseProcessingSummary", {"target", "yes"}, {"N"}), 10.0);
+  EXPECT_EQ(run["charts"][0]["vegalite"]["data"]["values"].size(), 2u);
+  ASSERT_NE(fpSession->FindMacro("f"), nullptr);
+  EXPECT_THAT(*fpSession->FindMacro("f"), ElementsAre("same"));
+  EXPECT_FALSE(fbError);
+}
+
+TEST_F(SelectPred, DecodesTheReasonsOfExclusionForEachLevel) {
+  FillTable();
+  const json run =
+      Run("SELECTPRED target BY same WITH near flat /SCREENING CV=0.9 /PRINT EXCLUDED SUMMARY.");
+  EXPECT_EQ(Cell(run, "ExcludedPredictors", {"Scale", "All Cases Constant"}, {"Predictors"}),
+            json{"flat"});
+  EXPECT_EQ(
+      Cell(run, "ExcludedPredictors", {"Scale", "Coefficient Of Variation < 0.9"}, {"Predictors"}),
+      json{"near"});
+  EXPECT_EQ(run["tables"][0]["caption"], "Screening performed in displayed order ...");
+}
+
+TEST_F(SelectPred, ShowsFOfScalePredictorsBesideChiSquareInAMixedSet) {
+  FillTable();
+  const json run = Run("SELECTPRED target BY same WITH near /PRINT SUMMARY.");
+  EXPECT_EQ(Cell(run, "PredictorSummary", {"Selected", "near"}, {"F", "df2"}), 18.0);
+  EXPECT_TRUE(Cell(run, "PredictorSummary", {"Selected", "near"}, {"Pearson Chi-Square", "Rank"})
+                  .is_number());
+  EXPECT_EQ(Cell(run, "PredictorSummary", {"Selected", "near"}, {"Pearson Chi-Square", "df"}),
+            "no such cell");
+}
+
+TEST_F(SelectPred, RanksBothKindsAgainstAScaleTarget) {
+  FillTable();
+  const json run = Run("SELECTPRED near (MLEVEL=S) BY target same WITH flat /PRINT SUMMARY.");
+  EXPECT_EQ(Cell(run, "PredictorSummary", {"Selected", "target"}, {"F", "df2"}), 18.0);
+  std::vector<double> twice;
+  for (int i = 0; i < 20; ++i) twice.push_back(2.0 * ((i < 10 ? 0.0 : 5.0) + 0.5 * (i % 5)));
+  fTable.AddNumbers("twice", twice);
+  const json correlated = Run("SELECTPRED near (MLEVEL=S) WITH twice /PRINT SUMMARY.");
+  EXPECT_NEAR(
+      Cell(correlated, "PredictorSummary", {"Selected", "twice"}, {"Pearson Correlation", "Value"})
+          .get<double>(),
+      1.0, 1e-14);
+}
+
+TEST_F(SelectPred, SaysWhatWentWrongInOneClearMessage) {
+  FillTable();
+  fTable.AddStrings("empty", Strings(20));
+  fTable.AddStrings("one", Strings(20, "x"));
+  const struct {
+    const char* fCommand;
+    const char* fKey;
+    bool fbError;
+  } cases[] = {
+      {"SELECTPRED target BY other /CRITERIA PCUTOFF=0.01 /PRINT SELECTED.",
+       "No predictors were selected.", false},
+      {"SELECTPRED target WITH flat /PRINT SUMMARY.", "All predictors missing or constant...",
+       false},
+      {"SELECTPRED empty BY same /PRINT SUMMARY.", "All cases excluded in Predictor Selection...",
+       true},
+      {"SELECTPRED one BY same other /PRINT SUMMARY.", "Dependent variable constant...", true},
+      {"NAIVEBAYES target BY same other.", "No Naive Bayes engine in this build...", true},
+  };
+  for (const auto& c : cases) {
+    const json run = Run(c.fCommand);
+    EXPECT_THAT(Keys(run), ElementsAre(c.fKey)) << c.fCommand;
+    EXPECT_THAT(Titles(run), IsEmpty()) << c.fCommand;
+    EXPECT_EQ(fbError, c.fbError) << c.fCommand;
+  }
+}
+
+TEST_F(SelectPred, StandsTheExcludedTableInForTheResultsWhenNothingIsLeft) {
+  FillTable();
+  const json run = Run("SELECTPRED target WITH flat /MACROVAR COVARIATES=c /PRINT EXCLUDED.");
+  EXPECT_THAT(Titles(run), ElementsAre("Excluded Predictors"));
+  ASSERT_NE(fpSession->FindMacro("c"), nullptr);
+  EXPECT_THAT(*fpSession->FindMacro("c"), IsEmpty());
+}
+
+TEST_F(SelectPred, CountsWeightsBesideCasesAndScalesStatisticsByThem) {
+  FillTable();
+  fTable.SetWeightVarIndex(fTable.AddNumbers("w", std::vector<double>(20, 3.0)));
+  const json run = Run("SELECTPRED target BY same other /PRINT CPS SUMMARY.");
+  EXPECT_EQ(Cell(run, "CaseProcessingSummary", {"Valid"}, {"N"}), 60.0);
+  EXPECT_EQ(Cell(run, "CaseProcessingSummary", {"Valid"}, {"Unweighted N"}), 20.0);
+  EXPECT_EQ(Cell(run, "CaseProcessingSummary", {"target", "no"}, {"Percent"}), 50.0);
+  EXPECT_EQ(Cell(run, "PredictorSummary", {"Selected", "same"}, {"Pearson Chi-Square", "Value"}),
+            60.0);
+}
+
+TEST_F(SelectPred, SaysHowFarAStoppedRunHadCome) {
+  FillTable();
+  fbCancelled = true;
+  const json run = Run("SELECTPRED target BY same other /PRINT CPS SUMMARY.");
+  EXPECT_THAT(Keys(run), ElementsAre("Stopped by the user after ^1 records..."));
+  EXPECT_THAT(Titles(run), IsEmpty());
+  EXPECT_TRUE(fbError);
+}
+
+}  // namespace
