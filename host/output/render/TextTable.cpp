@@ -101,24 +101,33 @@ std::string TextTable::Draw() const {
 
 std::string TextTable::DrawLayer(const AxisEntry& layer) const {
   const std::vector<std::size_t> widths = MeasureColumns(layer);
-  const std::size_t labels =
-      Sum(fLabelWidths, 0, fRowDepth) + fRowDepth * (kPadding + kBorder) + kBorder;
   std::string drawn;
   for (std::size_t first = 0; first < fColumns.size();) {
+    const std::size_t next = PanelEnd(widths, first);
     std::vector<std::size_t> panel(widths.size(), 0);
-    std::size_t used = labels;
-    std::size_t next = first;
-    while (next < fColumns.size()) {
-      const std::size_t width = widths[next] + kPadding + kBorder;
-      if (next > first && used + width > fPageWidth) break;
-      used += width;
-      panel[next] = widths[next];
-      ++next;
-    }
+    for (std::size_t i = first; i < next; ++i) panel[i] = widths[i];
     drawn += DrawPanel(layer, panel);
     first = next;
   }
   return drawn;
+}
+
+// As many columns as fit beside the row labels, at least one. A group of columns that would be cut
+// off goes to the next panel as a whole, unless this one would have nothing else.
+std::size_t TextTable::PanelEnd(const std::vector<std::size_t>& widths, std::size_t first) const {
+  std::size_t used = Sum(fLabelWidths, 0, fRowDepth) + fRowDepth * (kPadding + kBorder) + kBorder;
+  std::size_t end = first;
+  while (end < widths.size()) {
+    used += widths[end] + kPadding + kBorder;
+    if (end > first && used > fPageWidth) break;
+    ++end;
+  }
+  std::size_t start = end;
+  while (start > first && start < widths.size() &&
+         ShareHeading(fColumns[start - 1], fColumns[start], 0)) {
+    --start;
+  }
+  return start > first ? start : end;
 }
 
 std::string TextTable::DrawPanel(const AxisEntry& layer,

@@ -40,6 +40,7 @@ class TextTable {
   static std::vector<Block> Blocks(const std::vector<AxisEntry>& entries, std::size_t depth);
 
   std::string DrawLayer(const AxisEntry& layer) const;
+  std::size_t PanelEnd(const std::vector<std::size_t>& widths, std::size_t first) const;
   std::string DrawPanel(const AxisEntry& layer, const std::vector<std::size_t>& columns) const;
   void PlaceColumns(Panel& panel) const;
   void PlaceHeader(Panel& panel) const;
