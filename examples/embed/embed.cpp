@@ -164,7 +164,7 @@ class Printer : public MCHost::IOutputSink {
       std::string path;
       for (std::size_t d = 0; d < table.fDimensions.size(); ++d) {
         for (int category : table.fDimensions[d].PathTo(cell.fPlace[d])) {
-          path += MCHost::ShowText(table.fDimensions[d].fCategories[category].fLabel) + " | ";
+          path += MCHost::ShowText(table.fDimensions[d].fCategories[category].fLabel) + ": ";
         }
       }
       std::printf("  %s%s\n", path.c_str(), ShowCell(cell).c_str());
