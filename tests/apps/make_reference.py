@@ -75,6 +75,10 @@ def statistics(table, target, target_is_categorical, factors, covariates, weight
     for name in covariates:
         found[name] = (oneway(table[target], table[name], w) if target_is_categorical
                        else correlation(table[name], table[target], w))
+    if covariates:  # Cramer's V and lambda do not apply to predictors of both kinds
+        for name in factors:
+            found[name].pop("Cramer's V", None)
+            found[name].pop("Lambda", None)
     return found
 
 

@@ -82,7 +82,7 @@ def check(sections, result, folder: Path) -> list[str]:
 
 
 def main() -> int:
-    program, script = sys.argv[1], Path(sys.argv[2])
+    program, script = str(Path(sys.argv[1]).resolve()), Path(sys.argv[2])
     problems, runs = [], 0
     with tempfile.TemporaryDirectory() as name:
         folder = Path(name)
