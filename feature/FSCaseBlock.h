@@ -18,6 +18,8 @@ struct FSCaseBlock {
   std::size_t fNCases = 0;
   const double* fpTargets = nullptr;        // null in a pass without target
   const int* fpTargetCategories = nullptr;  // null unless the target is categorical
+  // Target categories lie in 0 .. fTargetSide - 1; 0 when some do not, or are not few.
+  int fTargetSide = 0;
   const double* fpWeights = nullptr;
   std::uint8_t* fpHasValid = nullptr;  // set to 1 for each case with a valid predictor value;
                                        // null when all are set already

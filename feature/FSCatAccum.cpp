@@ -16,12 +16,12 @@ void FSCatAccum::AddCaseOneVariable(double predictor, double weight, bool update
 }
 
 void FSCatAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
-  FSWalkBlock<FSPredictorKind::kCategorical>(
-      predictor, cases, fState, [this](FSPredictorState& state, std::size_t, double x, double w) {
-        const int category = FSCategory(x);
-        fCounts.IncrementByFreq(category, w);
-        state.AddValid(category, w);
-      });
+  FSWalkBlock<FSCategories>(predictor, cases, 0, fState,
+                            [this](FSPredictorState& state, std::size_t, double x, double w) {
+                              const int category = FSCategory(x);
+                              fCounts.IncrementByFreq(category, w);
+                              state.AddValid(category, w);
+                            });
 }
 
 std::size_t FSCatAccum::CheckAllReasons(const FSSettings* settings,

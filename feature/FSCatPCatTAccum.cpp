@@ -1,6 +1,7 @@
 #include "feature/FSCatPCatTAccum.h"
 
 #include "common/MissingValue.h"
+#include "feature/FSDenseFront.h"
 #include "feature/FSDisplay.h"
 #include "feature/FSDistFun.h"
 #include "feature/FSScreening.h"
@@ -49,10 +50,31 @@ void FSCatPCatTAccum::AddMissing(double weight) {
 }
 
 void FSCatPCatTAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
-  FSWalkBlock<FSPredictorKind::kCategorical>(
-      predictor, cases, fState, [&](FSPredictorState& state, std::size_t i, double x, double w) {
-        Add(state, FSCategory(x), cases.fpTargetCategories[i], w);
+  const std::size_t first = cases.fTargetSide > 0 ? AddBlockDense(predictor, cases) : 0;
+  FSWalkBlock<FSCategories>(predictor, cases, first, fState,
+                            [&](FSPredictorState& state, std::size_t i, double x, double w) {
+                              Add(state, FSCategory(x), cases.fpTargetCategories[i], w);
+                            });
+}
+
+// Counts the cases up to the first whose predictor category is not small; returns that case.
+std::size_t FSCatPCatTAccum::AddBlockDense(const double* predictor, const FSCaseBlock& cases) {
+  FSDenseFront<FSMapICnt, double> predictorCounts(fPredictorCounts);
+  FSDenseFront<FSMapICnt, double> targetCounts(fTargetCounts);
+  FSDensePairs jointCounts(fJointCounts, cases.fTargetSide);
+  const std::size_t end = FSWalkBlock<FSSmallCategories>(
+      predictor, cases, 0, fState, [&](FSPredictorState& state, std::size_t i, double x, double w) {
+        const int category = static_cast<int>(x);
+        const int target = cases.fpTargetCategories[i];
+        predictorCounts[category] += w;
+        targetCounts[target] += w;
+        jointCounts.At(category, target) += w;
+        state.AddValid(category, w);
       });
+  predictorCounts.PutBack();
+  targetCounts.PutBack();
+  jointCounts.PutBack();
+  return end;
 }
 
 std::size_t FSCatPCatTAccum::CheckAllReasons(const FSSettings* settings,

@@ -26,6 +26,7 @@ class FSCatPCatTAccum : public IFSPredTargetAccum {
   void Display(std::ostream& out) const override;
 
  private:
+  std::size_t AddBlockDense(const double* predictor, const FSCaseBlock& cases);
   void Add(FSPredictorState& state, int predictor, int target, double weight);
 
   FSPredictorState fState{-1.0};

@@ -1,6 +1,7 @@
 #include "feature/FSCatPContTAccum.h"
 
 #include "common/MissingValue.h"
+#include "feature/FSDenseFront.h"
 #include "feature/FSDisplay.h"
 #include "feature/FSScreening.h"
 #include "feature/FSTests.h"
@@ -26,10 +27,31 @@ void FSCatPContTAccum::AddMissing(double weight) {
 }
 
 void FSCatPContTAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
-  FSWalkBlock<FSPredictorKind::kCategorical>(
-      predictor, cases, fState, [&](FSPredictorState& state, std::size_t i, double x, double w) {
-        Add(state, FSCategory(x), cases.fpTargets[i], w);
+  FSWalkBlock<FSCategories>(predictor, cases, AddBlockDense(predictor, cases), fState,
+                            [&](FSPredictorState& state, std::size_t i, double x, double w) {
+                              Add(state, FSCategory(x), cases.fpTargets[i], w);
+                            });
+}
+
+// Takes the cases up to the first whose predictor category is not small; returns that case.
+std::size_t FSCatPContTAccum::AddBlockDense(const double* predictor, const FSCaseBlock& cases) {
+  FSDenseFront<FSMapIStat, FSGroupStats> groups(fTargetByCategory);
+  double mean = fTargetMean;
+  const std::size_t end = FSWalkBlock<FSSmallCategories>(
+      predictor, cases, 0, fState, [&](FSPredictorState& state, std::size_t i, double x, double w) {
+        const int category = static_cast<int>(x);
+        const double target = cases.fpTargets[i];
+        groups[category].Add(target, w);
+        mean += FSMeanStep(target, mean, state.GetValidWeight(), w);
+        state.AddValid(category, w);
       });
+  fTargetMean = mean;
+  groups.PutBack();
+  // A category's count is the weight of its group: the same sum in the same order.
+  for (const auto& [category, group] : fTargetByCategory) {
+    fPredictorCounts.Set(category, group.fWeight);
+  }
+  return end;
 }
 
 std::size_t FSCatPContTAccum::CheckAllReasons(const FSSettings* settings,

@@ -27,6 +27,7 @@ class FSCatPContTAccum : public IFSPredTargetAccum {
   void Display(std::ostream& out) const override;
 
  private:
+  std::size_t AddBlockDense(const double* predictor, const FSCaseBlock& cases);
   void Add(FSPredictorState& state, int predictor, double target, double weight);
 
   FSPredictorState fState{-1.0};

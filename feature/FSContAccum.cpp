@@ -29,8 +29,8 @@ void FSContAccum::AddCaseOneVariable(double predictor, double weight, bool updat
 }
 
 void FSContAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
-  FSWalkBlock<FSPredictorKind::kContinuous>(
-      predictor, cases, fState,
+  FSWalkBlock<FSNumbers>(
+      predictor, cases, 0, fState,
       [this](FSPredictorState& state, std::size_t, double x, double w) { Add(state, x, w); });
 }
 

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "feature/FSDenseFront.h"
 #include "feature/FSDisplay.h"
 #include "feature/FSScreening.h"
 #include "feature/FSTests.h"
@@ -26,10 +27,27 @@ void FSContPCatTAccum::AddMissing(double weight) {
 }
 
 void FSContPCatTAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
-  FSWalkBlock<FSPredictorKind::kContinuous>(
-      predictor, cases, fState, [&](FSPredictorState& state, std::size_t i, double x, double w) {
-        Add(state, x, cases.fpTargetCategories[i], w);
-      });
+  if (cases.fTargetSide > 0) {
+    AddBlockDense(predictor, cases);
+    return;
+  }
+  FSWalkBlock<FSNumbers>(predictor, cases, 0, fState,
+                         [&](FSPredictorState& state, std::size_t i, double x, double w) {
+                           Add(state, x, cases.fpTargetCategories[i], w);
+                         });
+}
+
+void FSContPCatTAccum::AddBlockDense(const double* predictor, const FSCaseBlock& cases) {
+  FSDenseFront<FSMapIStat, FSGroupStats> groups(fPredictorByTarget);
+  double mean = fMean;
+  FSWalkBlock<FSNumbers>(predictor, cases, 0, fState,
+                         [&](FSPredictorState& state, std::size_t i, double x, double w) {
+                           groups[cases.fpTargetCategories[i]].Add(x, w);
+                           mean += FSMeanStep(x, mean, state.GetValidWeight(), w);
+                           state.AddValid(x, w);
+                         });
+  fMean = mean;
+  groups.PutBack();
 }
 
 double FSContPCatTAccum::OverallStddev() const {

@@ -28,6 +28,7 @@ class FSContPCatTAccum : public IFSPredTargetAccum {
   void Display(std::ostream& out) const override;
 
  private:
+  void AddBlockDense(const double* predictor, const FSCaseBlock& cases);
   void Add(FSPredictorState& state, double predictor, int target, double weight);
 
   // Over all valid cases: squared deviations within the groups and of the group means from the

@@ -34,11 +34,11 @@ void FSContPContTAccum::AddMissing(double weight) {
 
 void FSContPContTAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
   Moments moments = fMoments;
-  FSWalkBlock<FSPredictorKind::kContinuous>(
-      predictor, cases, fState, [&](FSPredictorState& state, std::size_t i, double x, double w) {
-        moments.Add(x, cases.fpTargets[i], state.GetValidWeight(), w);
-        state.AddValid(x, w);
-      });
+  FSWalkBlock<FSNumbers>(predictor, cases, 0, fState,
+                         [&](FSPredictorState& state, std::size_t i, double x, double w) {
+                           moments.Add(x, cases.fpTargets[i], state.GetValidWeight(), w);
+                           state.AddValid(x, w);
+                         });
   fMoments = moments;
 }
 

@@ -9,6 +9,18 @@ struct FSGroupStats {
   double fMean = 0.0;
   double fSquaredDeviations = 0.0;
   double fVariance = 0.0;
+
+  // Takes a value x with weight w > 0.
+  void Add(double x, double w) {
+    if (fWeight == 0.0) {
+      fMean = x;
+    } else {
+      const double step = FSMeanStep(x, fMean, fWeight, w);
+      fMean += step;
+      fSquaredDeviations += FSDeviationStep(step, step, fWeight, w);
+    }
+    fWeight += w;
+  }
 };
 
 class FSMapIStat : public FSSortedMap<int, FSGroupStats> {
@@ -19,14 +31,9 @@ class FSMapIStat : public FSSortedMap<int, FSGroupStats> {
   // (false). True when the category was there, false when it was entered.
   bool Accumulate(int key, double x, double w) {
     if (!(w > 0.0)) return false;
-    const auto [at, found] = Place(key, {w, x, 0.0, 0.0});
-    if (!found) return false;
-    stats& group = ValueAt(at);
-    const double step = FSMeanStep(x, group.fMean, group.fWeight, w);
-    group.fMean += step;
-    group.fSquaredDeviations += FSDeviationStep(step, step, group.fWeight, w);
-    group.fWeight += w;
-    return true;
+    const auto [at, found] = Place(key, stats());
+    ValueAt(at).Add(x, w);
+    return found;
   }
 
   // Squared deviations / (weight - 1) for every category, 0 where the weight is not above 1.

@@ -8,10 +8,13 @@ inline double FSMeanStep(double x, double mean, double W, double w) {
   return w / (W + w) * (x - mean);
 }
 
+// (W + w) / w. Dividing by 1 changes nothing, and most weights are 1.
+inline double FSTotalPerWeight(double W, double w) { return w == 1.0 ? W + w : (W + w) / w; }
+
 // What the step d adds to the squared deviations: W w (x - old mean)^2 / (W + w). With the steps of
 // two variables, what it adds to their cross deviations.
 inline double FSDeviationStep(double dx, double dy, double W, double w) {
-  return (W + w) / w * dx * W * dy;
+  return FSTotalPerWeight(W, w) * dx * W * dy;
 }
 
 // Divides squared deviations by weight - 1; `otherwise` where the weight is not above 1.

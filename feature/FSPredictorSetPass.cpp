@@ -30,6 +30,7 @@ class FSPredictorSet::BlockPass {
     fCases.fNCases = fChosen.size();
     fCases.fpTargets = fTargets.data();
     fCases.fpTargetCategories = fTargetCategories.data();
+    fCases.fTargetSide = TargetSide();
     fCases.fpWeights = fWeights.data();
     fCases.fpHasValid = fHasValid.data();
     if (!fChosen.empty()) TakePredictors(block);
@@ -76,8 +77,7 @@ class FSPredictorSet::BlockPass {
   }
 
   bool IsValidTarget(double target) const {
-    return fSettings.IsCatTarget() ? FSIsValid<FSPredictorKind::kCategorical>(target)
-                                   : FSIsValid<FSPredictorKind::kContinuous>(target);
+    return fSettings.IsCatTarget() ? FSIsValidCategory(target) : FSIsValidNumber(target);
   }
 
   void Choose(std::size_t i, double weight, double target) {
@@ -85,6 +85,15 @@ class FSPredictorSet::BlockPass {
     fWeights.push_back(weight);
     fTargets.push_back(target);
     if (fbWithTarget && fSettings.IsCatTarget()) fTargetCategories.push_back(FSCategory(target));
+  }
+
+  // One more than the largest target category when all are small, else 0.
+  int TargetSide() const {
+    constexpr int kMost = 64;
+    if (fTargetCategories.empty()) return 0;
+    const auto [low, high] =
+        std::minmax_element(fTargetCategories.begin(), fTargetCategories.end());
+    return *low >= 0 && *high < kMost ? *high + 1 : 0;
   }
 
   void TakePredictors(const MCCommon::RecordBlock& block) {
@@ -234,9 +243,8 @@ class FSPredictorSet::TransactionPass {
     fbInCase = true;
     fCaseID = caseID;
     fTarget = target;
-    fbTargetValid = fSet.fpSettings->IsCatTarget()
-                        ? FSIsValid<FSPredictorKind::kCategorical>(target)
-                        : FSIsValid<FSPredictorKind::kContinuous>(target);
+    fbTargetValid =
+        fSet.fpSettings->IsCatTarget() ? FSIsValidCategory(target) : FSIsValidNumber(target);
     fbAnyValid = false;
     fLastItem = -1;
   }
@@ -251,9 +259,8 @@ class FSPredictorSet::TransactionPass {
     SkipTo(item);
     IFSPredTargetAccum* accumulator = AccumulatorOf(item);
     if (accumulator == nullptr) return;
-    const bool valid = accumulator->IsCategorical()
-                           ? FSIsValid<FSPredictorKind::kCategorical>(value)
-                           : FSIsValid<FSPredictorKind::kContinuous>(value);
+    const bool valid =
+        accumulator->IsCategorical() ? FSIsValidCategory(value) : FSIsValidNumber(value);
     if (valid) {
       accumulator->AddCase(value, fTarget, 1.0, true);
       fbAnyValid = true;

@@ -43,6 +43,9 @@ class FSSortedMap {
     return true;
   }
 
+  // Sets the value of a key, entering it if it is absent.
+  void Set(const Key& key, const Value& value) { ValueAt(Place(key, value).first) = value; }
+
   void Clear() {
     fEntries.clear();
     fDense.clear();

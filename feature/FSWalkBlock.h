@@ -8,29 +8,57 @@
 #include "feature/FSCaseBlock.h"
 #include "feature/FSPredictorState.h"
 
-enum class FSPredictorKind { kCategorical, kContinuous };
-
-template <FSPredictorKind kKind>
-bool FSIsValid(double value) {
-  if (MCMV::IsMissing(value)) return false;
-  return kKind == FSPredictorKind::kContinuous || FSCategory(value) != -1;
+// Whether a value is valid: in a categorical column -1 means missing too.
+inline bool FSIsValidNumber(double value) { return !MCMV::IsMissing(value); }
+inline bool FSIsValidCategory(double value) {
+  return !MCMV::IsMissing(value) && FSCategory(value) != -1;
 }
 
-// Calls take(state, i, value, weight) for each valid value and counts the others as missing. The
-// state is worked on in a local copy, which stays in registers.
-template <FSPredictorKind kKind, class Take>
-void FSWalkBlock(const double* predictor, const FSCaseBlock& cases, FSPredictorState& shared,
-                 Take take) {
+// Categories 0 .. kFSDenseSide - 1 of a predictor are small.
+inline constexpr int kFSDenseSide = 128;
+
+// What a walk does with a value of a column. A walk over small categories ends at a larger one.
+enum class FSVerdict { kTake, kMissing, kEnd };
+
+struct FSNumbers {
+  static FSVerdict Of(double value) {
+    return FSIsValidNumber(value) ? FSVerdict::kTake : FSVerdict::kMissing;
+  }
+};
+struct FSCategories {
+  static FSVerdict Of(double value) {
+    return FSIsValidCategory(value) ? FSVerdict::kTake : FSVerdict::kMissing;
+  }
+};
+struct FSSmallCategories {
+  static FSVerdict Of(double value) {
+    if (value > -1.0 && value < kFSDenseSide) [[likely]]
+      return FSVerdict::kTake;
+    return FSIsValidCategory(value) ? FSVerdict::kEnd : FSVerdict::kMissing;
+  }
+};
+
+// Calls take(state, i, value, weight) for each valid value from case `first` on and counts the
+// others as missing. Returns the case at which the walk ended. The state is worked on in a local
+// copy, which stays in registers.
+template <class Column, class Take>
+std::size_t FSWalkBlock(const double* predictor, const FSCaseBlock& cases, std::size_t first,
+                        FSPredictorState& shared, Take take) {
   FSPredictorState state = shared;
-  for (std::size_t i = 0; i < cases.fNCases; ++i) {
+  std::size_t i = first;
+  for (; i < cases.fNCases; ++i) {
     const double value = predictor[i];
     const double weight = cases.fpWeights[i];
-    if (!FSIsValid<kKind>(value)) {
+    const FSVerdict verdict = Column::Of(value);
+    if (verdict == FSVerdict::kTake) [[likely]] {
+      take(state, i, value, weight);
+      if (cases.fpHasValid != nullptr) cases.fpHasValid[i] = 1;
+    } else if (verdict == FSVerdict::kMissing) {
       state.AddMissing(weight);
-      continue;
+    } else {
+      break;
     }
-    if (cases.fpHasValid != nullptr) cases.fpHasValid[i] = 1;
-    take(state, i, value, weight);
   }
   shared = state;
+  return i;
 }

@@ -17,7 +17,7 @@ constexpr int kError = 3;
 UAInpAdaptMsg::UAInpAdaptMsg(ProcedureDataSource& /*source*/) {}
 
 void UAInpAdaptMsg::NoValidCases() const {
-  BpError(BpComposite("No valid cases..."), kShowNow, kWarning);
+  BpError(BpComposite("No valid cases..."), kShowNow, kError);
 }
 
 void UAInpAdaptMsg::NoValidCasesForSelect() const {
