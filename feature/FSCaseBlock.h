@@ -21,6 +21,10 @@ struct FSCaseBlock {
   // Target categories lie in 0 .. fTargetSide - 1; 0 when some do not, or are not few.
   int fTargetSide = 0;
   const double* fpWeights = nullptr;
+  // W, the weight of all cases of the pass before each case, and the share w / (W + w) of the case
+  // in an overall mean: what a predictor without missing values has no need to divide for.
+  const double* fpWeightsBefore = nullptr;
+  const double* fpShares = nullptr;
   std::uint8_t* fpHasValid = nullptr;  // set to 1 for each case with a valid predictor value;
                                        // null when all are set already
 };

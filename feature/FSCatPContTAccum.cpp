@@ -42,7 +42,7 @@ std::size_t FSCatPContTAccum::AddBlockDense(const double* predictor, const FSCas
         const int category = static_cast<int>(x);
         const double target = cases.fpTargets[i];
         groups[category].Add(target, w);
-        mean += FSMeanStep(target, mean, state.GetValidWeight(), w);
+        mean += FSShareOf(state, cases, i) * (target - mean);
         state.AddValid(category, w);
       });
   fTargetMean = mean;

@@ -43,7 +43,7 @@ void FSContPCatTAccum::AddBlockDense(const double* predictor, const FSCaseBlock&
   FSWalkBlock<FSNumbers>(predictor, cases, 0, fState,
                          [&](FSPredictorState& state, std::size_t i, double x, double w) {
                            groups[cases.fpTargetCategories[i]].Add(x, w);
-                           mean += FSMeanStep(x, mean, state.GetValidWeight(), w);
+                           mean += FSShareOf(state, cases, i) * (x - mean);
                            state.AddValid(x, w);
                          });
   fMean = mean;

@@ -12,9 +12,10 @@
 
 using namespace MCFSCommon;
 
-inline void FSContPContTAccum::Moments::Add(double x, double y, double before, double weight) {
-  const double dx = FSMeanStep(x, fMeanX, before, weight);
-  const double dy = FSMeanStep(y, fMeanY, before, weight);
+inline void FSContPContTAccum::Moments::Add(double x, double y, double share, double before,
+                                            double weight) {
+  const double dx = share * (x - fMeanX);
+  const double dy = share * (y - fMeanY);
   fMeanX += dx;
   fMeanY += dy;
   fSxx += FSDeviationStep(dx, dx, before, weight);
@@ -24,7 +25,8 @@ inline void FSContPContTAccum::Moments::Add(double x, double y, double before, d
 
 void FSContPContTAccum::AddCase(double predictor, double target, double weight, bool) {
   if (!(weight > 0.0)) return;
-  fMoments.Add(predictor, target, fState.GetValidWeight(), weight);
+  const double before = fState.GetValidWeight();
+  fMoments.Add(predictor, target, weight / (before + weight), before, weight);
   fState.AddValid(predictor, weight);
 }
 
@@ -34,11 +36,11 @@ void FSContPContTAccum::AddMissing(double weight) {
 
 void FSContPContTAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
   Moments moments = fMoments;
-  FSWalkBlock<FSNumbers>(predictor, cases, 0, fState,
-                         [&](FSPredictorState& state, std::size_t i, double x, double w) {
-                           moments.Add(x, cases.fpTargets[i], state.GetValidWeight(), w);
-                           state.AddValid(x, w);
-                         });
+  FSWalkBlock<FSNumbers>(
+      predictor, cases, 0, fState, [&](FSPredictorState& state, std::size_t i, double x, double w) {
+        moments.Add(x, cases.fpTargets[i], FSShareOf(state, cases, i), state.GetValidWeight(), w);
+        state.AddValid(x, w);
+      });
   fMoments = moments;
 }
 

@@ -35,7 +35,8 @@ class FSContPContTAccum : public IFSPredTargetAccum {
     double fSyy = 0.0;
     double fSxy = 0.0;
 
-    void Add(double x, double y, double before, double weight);
+    // `share` is weight / (before + weight), `before` the valid weight before the case.
+    void Add(double x, double y, double share, double before, double weight);
   };
 
   FSPredictorState fState{MCMV::gMissingValue};

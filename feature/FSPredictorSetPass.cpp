@@ -32,6 +32,8 @@ class FSPredictorSet::BlockPass {
     fCases.fpTargetCategories = fTargetCategories.data();
     fCases.fTargetSide = TargetSide();
     fCases.fpWeights = fWeights.data();
+    fCases.fpWeightsBefore = fWeightsBefore.data();
+    fCases.fpShares = fShares.data();
     fCases.fpHasValid = fHasValid.data();
     if (!fChosen.empty()) TakePredictors(block);
     CountCases();
@@ -51,6 +53,8 @@ class FSPredictorSet::BlockPass {
     const double* targets = ColumnOf(block, fSettings.GetTargetPosition());
     fChosen.clear();
     fWeights.clear();
+    fWeightsBefore.clear();
+    fShares.clear();
     fTargets.clear();
     fTargetCategories.clear();
     int counted = 0;
@@ -83,6 +87,9 @@ class FSPredictorSet::BlockPass {
   void Choose(std::size_t i, double weight, double target) {
     fChosen.push_back(static_cast<std::uint32_t>(i));
     fWeights.push_back(weight);
+    fWeightsBefore.push_back(fTotal);
+    fShares.push_back(weight / (fTotal + weight));
+    fTotal += weight;
     fTargets.push_back(target);
     if (fbWithTarget && fSettings.IsCatTarget()) fTargetCategories.push_back(FSCategory(target));
   }
@@ -140,7 +147,10 @@ class FSPredictorSet::BlockPass {
   const FSSettings& fSettings;
   bool fbWithTarget;
   std::vector<std::uint32_t> fChosen;  // positions in the block
+  double fTotal = 0.0;                 // weight of all cases chosen so far
   std::vector<double> fWeights;
+  std::vector<double> fWeightsBefore;
+  std::vector<double> fShares;
   std::vector<double> fTargets;
   std::vector<int> fTargetCategories;
   std::vector<std::uint8_t> fHasValid;

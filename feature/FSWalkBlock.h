@@ -38,6 +38,15 @@ struct FSSmallCategories {
   }
 };
 
+// The share w / (W + w) of case i in an overall mean, W the predictor's valid weight before it.
+inline double FSShareOf(const FSPredictorState& state, const FSCaseBlock& cases, std::size_t i) {
+  const double before = state.GetValidWeight();
+  if (before == cases.fpWeightsBefore[i]) [[likely]]
+    return cases.fpShares[i];
+  const double weight = cases.fpWeights[i];
+  return weight / (before + weight);
+}
+
 // Calls take(state, i, value, weight) for each valid value from case `first` on and counts the
 // others as missing. Returns the case at which the walk ended. The state is worked on in a local
 // copy, which stays in registers.
