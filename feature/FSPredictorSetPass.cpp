@@ -227,10 +227,7 @@ class FSPredictorSet::TransactionPass {
       EndCase();
       StartCase(caseID, target);
     }
-    if (!(itemValue + 0.5 > -1.0 && itemValue + 0.5 < fSet.fNPredictors + 1.0)) {
-      return Problem(MCFeature::kItemRange, FSCategory(itemValue + 0.5), fSet.fNPredictors);
-    }
-    const int item = FSCategory(itemValue + 0.5);
+    const int item = MCMV::IsMissing(itemValue) ? -1 : FSCategory(itemValue + 0.5);
     if (item < 0 || item >= fSet.fNPredictors) {
       return Problem(MCFeature::kItemRange, item, fSet.fNPredictors);
     }
@@ -287,7 +284,7 @@ class FSPredictorSet::TransactionPass {
     MCStatus status = MCFeature::Error(code);
     status.SetDiscreteDatum(0, first);
     status.SetDiscreteDatum(1, second);
-    status.SetDiscreteDatum(2, FSCategory(fCaseID));
+    status.SetDiscreteDatum(2, MCMV::IsMissing(fCaseID) ? 0 : FSCategory(fCaseID));
     return status;
   }
 
