@@ -1,7 +1,6 @@
 #include "backend/predselect/PRSUniFactory.h"
 
-#include <iostream>
-
+#include "backend/predselect/PRSProgress.h"
 #include "backend/predselect/PRSValidSpecs.h"
 #include "backend/predselect/predsele.h"
 #include "common/MissingValue.h"
@@ -63,6 +62,9 @@ bool PRSUniFactory::RunFSComponent() {
   fpAlgorithm = factory.CreateFSAlgorithm(settings);
   fStatus = factory.GetStatus();
   if (fStatus.IsError() || fpAlgorithm == nullptr) return false;
+  fpProgress = std::make_unique<PRSProgress>();
+  settings->SetNSkippedRecordReports(PRSProgress::kRecords - 1);
+  fpAlgorithm->SetProgressListener(fpProgress.get());
   fStatus = fpAlgorithm->AccumulateAndRank(*fpIterator, -1, fpSpecs->GetScreenStatusOn(), 0);
   if (!IsPassComplete()) return false;
   if (!fStatus.IsOK()) DisplayMessage(fStatus);
@@ -72,7 +74,7 @@ bool PRSUniFactory::RunFSComponent() {
     BpError(BpComposite("Dependent variable constant..."), kShow, kError);
     return false;
   }
-  if (display_feature_select) fpAlgorithm->Display(std::cerr);
+  if (display_feature_select) DisplayOutput();
   fStatus = fpAlgorithm->GetStatus();
   return true;
 }

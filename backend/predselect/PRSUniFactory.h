@@ -5,14 +5,19 @@
 // for the output to read.
 #pragma once
 
+#include <iosfwd>
 #include <memory>
+#include <string>
+#include <vector>
 
+#include "feature/MCFSCommon.h"
 #include "feature/MCStatus.h"
 #include "host/cases/UAInpAdaptMsg.h"
 
 class IFSAlgorithm;
 class PRSValidSpecs;
 class ProcedureDataSource;
+class ProgressListener;
 class UAInputAdapter;
 class UAProcDataSourceIter;
 class UAVarValidSpecs;
@@ -32,6 +37,15 @@ class PRSUniFactory {
 
   MCFeature::MCStatus GetStatus() const { return fStatus; }
 
+  // Raises the text of an error or warning of the component; codes without a text raise nothing.
+  void DisplayMessage(const MCFeature::MCStatus& status) const;
+
+  // Dumps for debugging, on the host's log (standard error): the status in one line, every message
+  // that the component's status gives, and the component's results in labelled lists.
+  void DisplayStatus() const;
+  void DisplayAllMessages() const;
+  void DisplayOutput() const;
+
   // Null before RunFSComponent().
   const IFSAlgorithm* GetIFSAlgorithm() const { return fpAlgorithm.get(); }
   const UAInputAdapter* GetUAInputAdapter() const { return fpAdapter.get(); }
@@ -40,7 +54,11 @@ class PRSUniFactory {
   bool IsTargetConstant() const;
   // False, with a message, when reading failed or the run was stopped.
   bool IsPassComplete();
-  void DisplayMessage(const MCFeature::MCStatus& status) const;
+  std::string NameOf(int predictor) const;
+  void DisplayCriterion(std::ostream& log, MCFSCommon::RankCriteria criterion) const;
+  void DisplayTop(std::ostream& log, const std::string& kind,
+                  const std::vector<int>& predictors) const;
+  void DisplayDeleted(std::ostream& log) const;
 
   PRSValidSpecs* fpSpecs;
   UAVarValidSpecs* fpVarSpecs;
@@ -49,5 +67,6 @@ class PRSUniFactory {
   std::unique_ptr<UAInputAdapter> fpAdapter;
   std::unique_ptr<UAProcDataSourceIter> fpIterator;
   std::unique_ptr<IFSAlgorithm> fpAlgorithm;
+  std::unique_ptr<ProgressListener> fpProgress;
   MCFeature::MCStatus fStatus;
 };
