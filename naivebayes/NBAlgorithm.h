@@ -82,7 +82,8 @@ class NBAlgorithm : public INBAlgorithm {
   MCNaive::MCStatus CountData(MCCommon::RecordIterator& records, bool showProgress);
   MCNaive::MCStatus CountSource(MCCommon::MultiPassRecordIter& data, int nRecords, bool rebin);
   // Counts a block by way of `codes`; false when cancelled in it. Adds to the pass's numbers.
-  bool CountBlock(const MCCommon::RecordBlock& block, bool showProgress, int& nRead, NBSum& weight);
+  bool CountBlock(const MCCommon::RecordBlock& block, bool showProgress, NBCodeBlock& codes,
+                  int& nRead, NBSum& weight);
   void ReportProgress(int nRead) const;
   // Estimates from the counts; drops inputs with fewer than 2 categories in use.
   void FinishCounts();

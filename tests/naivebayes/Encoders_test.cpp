@@ -104,9 +104,9 @@ TEST(NBRoundEncoder, WeightsNotAboveZeroAreMissing) {
   const struct {
     INBVariable::NBWRoundingOption option;
     double value, expected;
-  } cases[] = {{INBVariable::kTruncate, 2.9, 2},     {INBVariable::kRound, 2.5, 3},
-               {INBVariable::kRound, 0.4, kMissing}, {INBVariable::kAsIs, 0.4, 0.4},
-               {INBVariable::kAsIs, 0, kMissing},    {INBVariable::kAsIs, -1, kMissing},
+  } cases[] = {{INBVariable::kTruncate, 2.9, 2},        {INBVariable::kRound, 2.5, 3},
+               {INBVariable::kRound, 0.4, kMissing},    {INBVariable::kAsIs, 0.4, 0.4},
+               {INBVariable::kAsIs, 0, kMissing},       {INBVariable::kAsIs, -1, kMissing},
                {INBVariable::kTruncate, kNaN, kMissing}};
   for (const auto& c : cases) {
     EXPECT_EQ(NBRoundEncoder(c.option).Encode(c.value).first, c.expected) << c.value;
@@ -125,11 +125,11 @@ TEST(UserMissing, DeclaredValuesAndIntervalsEncodeToMissing) {
   for (double value : {3.0, 8.0, 8.5, 9.0}) EXPECT_EQ(binning.Encode(value), -1) << value;
   for (double value : {2.9, 7.9, 9.1}) EXPECT_NE(binning.Encode(value), -1) << value;
   EXPECT_EQ(static_cast<const NBStringEncoder&>(*copy.GetEncoderAt(s)).EncodeConst("b"), -1);
-  EXPECT_TRUE(copy.GetVarAt(c)->GetUserMissingInfo()->IsEqualTo(
-      list.GetVarAt(c)->GetUserMissingInfo()));
-  EXPECT_FALSE(copy.GetVarAt(c)->GetUserMissingInfo()->IsEqualTo(
-      list.GetVarAt(s)->GetUserMissingInfo()));
-  EXPECT_FALSE(NBNumericInterval(1, 2).Contains(kNaN));
+  EXPECT_TRUE(
+      copy.GetVarAt(c)->GetUserMissingInfo()->IsEqualTo(list.GetVarAt(c)->GetUserMissingInfo()));
+  EXPECT_FALSE(
+      copy.GetVarAt(c)->GetUserMissingInfo()->IsEqualTo(list.GetVarAt(s)->GetUserMissingInfo()));
+  EXPECT_FALSE(NBNumericInterval(1.0, 2.0).Contains(kNaN));
   NBNumericInterval interval(5.0, true);
   EXPECT_TRUE(interval.Contains(-1e308));
   EXPECT_FALSE(interval.SetLeftEnd(6));

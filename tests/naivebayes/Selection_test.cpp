@@ -48,8 +48,7 @@ Outcome Select(const std::vector<Record>& data, const Request& request) {
   settings.SetTempDir(request.fTempDir);
   settings.SetProgressListener(request.fpListener);
   Outcome out;
-  out.fpAlgorithm =
-      std::make_unique<NBAlgorithm>(settings, RandomData::MakeList(request.fvForced));
+  out.fpAlgorithm = std::make_unique<NBAlgorithm>(settings, RandomData::MakeList(request.fvForced));
   TestRecords source(data), test(request.fvTest);
   out.fStatus = out.fpAlgorithm->SelectAttributes(
       source, static_cast<int>(data.size()), out.fvOrder, out.fvLogLikelihoods, out.fvResults,
@@ -87,13 +86,12 @@ TEST(Selection, AgreesWithTheDefinitionForEveryRuleAndForcedSet) {
           const double l = reference.LogLikelihood(data, subset);
           EXPECT_NEAR(out.fvLogLikelihoods[s - 1], l, 1e-12);
           const double n = reference.fN;
-          expected.emplace_back(test ? -reference.LogLikelihood(testData, subset)
-                                     : s * 0.5 * std::log(n) / n - l,
-                                s);
+          expected.emplace_back(
+              test ? -reference.LogLikelihood(testData, subset) : s * 0.5 * std::log(n) / n - l, s);
         }
         std::sort(expected.begin(), expected.end());
-        ASSERT_EQ(out.fvResults.size(), std::min<std::size_t>(
-                                            expected.size(), 6 - nForced + (nForced > 0)));
+        ASSERT_EQ(out.fvResults.size(),
+                  std::min<std::size_t>(expected.size(), 6 - nForced + (nForced > 0)));
         for (std::size_t r = 0; r < out.fvResults.size(); ++r) {
           EXPECT_EQ(out.fvResults[r].first, expected[r].second);
           EXPECT_NEAR(out.fvResults[r].second, expected[r].first, 1e-12);
@@ -155,8 +153,10 @@ TEST(Selection, SimulatedStepsFindTheInformativePredictors) {
     std::vector<int> order;
     std::vector<double> logLikelihoods;
     std::vector<std::pair<int, double>> results;
-    ASSERT_TRUE(algorithm.SelectAttributes(source, 3000, order, logLikelihoods, results, 3, true,
-                                           nullptr, 0, 0).IsOK());
+    ASSERT_TRUE(
+        algorithm
+            .SelectAttributes(source, 3000, order, logLikelihoods, results, 3, true, nullptr, 0, 0)
+            .IsOK());
     // Inputs 4 and 5 are the ones most closely tied to the target, input 0 not at all.
     EXPECT_THAT(order, testing::Contains(RandomData::kFirst + 4)) << choice;
     EXPECT_THAT(order, testing::Not(testing::Contains(RandomData::kFirst))) << choice;
@@ -229,10 +229,8 @@ TEST(Selection, RefusesImpossibleRequests) {
                {highTarget, {}, -1, MCNaive::kCodeOutOfRange}};
   for (const auto& c : cases) {
     for (bool inMemory : {true, false}) {
-      const Outcome out = Select(c.data, {.fvForced = {0, 1},
-                                          .fSize = c.size,
-                                          .fvTest = c.test,
-                                          .fbInMemory = inMemory});
+      const Outcome out = Select(
+          c.data, {.fvForced = {0, 1}, .fSize = c.size, .fvTest = c.test, .fbInMemory = inMemory});
       EXPECT_TRUE(out.fStatus.IsError());
       EXPECT_EQ(out.fStatus.GetErrorCode(), c.code);
       EXPECT_FALSE(out.fpAlgorithm->IsModelBuilt());
@@ -279,7 +277,7 @@ TEST(Selection, ACancelAtAnyPollEndsItAndLeavesNoFile) {
                                         .fTempDir = dir.fPath.string() + "/"});
       finished = out.fStatus.IsOK();
       EXPECT_EQ(out.fpAlgorithm->IsModelBuilt(), finished);
-      if (!finished) ASSERT_EQ(out.fStatus, MCNaive::Error(MCNaive::kCancelled)) << poll;
+      ASSERT_EQ(out.fStatus.GetErrorCode(), finished ? 0 : 1) << poll;
       ASSERT_TRUE(dir.IsEmpty());
     }
     EXPECT_GT(poll, 100);
@@ -316,8 +314,7 @@ TEST(Selection, ATemporaryFileFollowsNothingPlantedUnderItsName) {
     planted.push_back(prefix + "_nb" + std::to_string(std::rand()) + ".tmp");
     std::filesystem::create_symlink(victim, planted.back());
   }
-  const Outcome out =
-      Select(RandomData::Make(100, 2), {.fbInMemory = false, .fTempDir = prefix});
+  const Outcome out = Select(RandomData::Make(100, 2), {.fbInMemory = false, .fTempDir = prefix});
   EXPECT_TRUE(out.fStatus.IsOK());
   std::string content;
   std::ifstream(victim) >> content;
@@ -366,8 +363,8 @@ TEST(MCRandom, DrawsThePublishedSequences) {
   MCNaiveBayes::MCRandom older(1, true, false, nullptr);
   EXPECT_EQ(older.GetRandom(), 397204094 / 2147483648.0);
   // 397204094^2 mod (2^31 - 1), by exact integer arithmetic.
-  EXPECT_EQ(older.GetRandom(), static_cast<double>(397204094ull * 397204094ull % 2147483647ull) /
-                                   2147483648.0);
+  EXPECT_EQ(older.GetRandom(),
+            static_cast<double>(397204094ull * 397204094ull % 2147483647ull) / 2147483648.0);
   MCNaiveBayes::MCRandom zero(0, true, false, nullptr);
   EXPECT_EQ(zero.GetRandom(), 0);
   EXPECT_EQ(zero.GetRandom(), 0);

@@ -39,8 +39,9 @@ class TestRecords : public MCCommon::MultiPassRecordIter {
   std::size_t fNext = 0;
 };
 
-// Target with 3 categories, weight, categorical inputs with 2, 3, 4, 2, 5 categories, one continuous
-// input on [0, 10] in 5 bins; about one value in ten is missing, and some weights are zero.
+// Target with 3 categories, weight, categorical inputs with 2, 3, 4, 2, 5 categories, one
+// continuous input on [0, 10] in 5 bins; about one value in ten is missing, and some weights are
+// zero.
 struct RandomData {
   static constexpr int kTarget = 0, kWeight = 1, kFirst = 2, kInputs = 6, kClasses = 3;
 
@@ -48,9 +49,10 @@ struct RandomData {
     NBVarList list;
     list.AddCatVar("y", "", kClasses, INBVariable::kNumericCategorical, INBVariable::kOutput);
     list.AddWeightVar("w", "", INBVariable::kAsIs);
+    std::string name = "x";
     for (int cats : {2, 3, 4, 2, 5}) {
-      list.AddCatVar("x" + std::to_string(list.Size() - kFirst), "", cats,
-                     INBVariable::kNumericCategorical, INBVariable::kPossibleInput);
+      list.AddCatVar(name += 'x', "", cats, INBVariable::kNumericCategorical,
+                     INBVariable::kPossibleInput);
     }
     list.AddContVar("c", "", 0, 10, 5, INBVariable::kPossibleInput);
     for (int j : forced) list.SetVariableRole(kFirst + j, INBVariable::kInput);
@@ -115,7 +117,8 @@ class Reference {
   static int Code(const MCCommon::Record& r, int j) {
     const double value = r[RandomData::kFirst + j];
     if (!(value >= 0)) return -1;
-    return j < 5 ? static_cast<int>(value) : std::max(static_cast<int>(std::ceil(value / 2)) - 1, 0);
+    return j < 5 ? static_cast<int>(value)
+                 : std::max(static_cast<int>(std::ceil(value / 2)) - 1, 0);
   }
 
   double Joint(const MCCommon::Record& r, const std::vector<int>& subset, int k) const {
