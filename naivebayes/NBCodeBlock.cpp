@@ -1,9 +1,12 @@
 #include "naivebayes/NBCodeBlock.h"
 
+#include <limits>
+
 #include "common/MissingValue.h"
 
 std::int32_t CategoryOf(double value, double offset) {
-  return MCMV::IsMissing(value) || value < 0 ? -1 : static_cast<std::int32_t>(value + offset);
+  const bool isCode = value >= 0 && value <= std::numeric_limits<double>::max();
+  return isCode ? static_cast<std::int32_t>(value + offset) : -1;
 }
 
 void NBCodeBlock::Load(const MCCommon::RecordBlock& block, bool hasWeight, double offset) {
@@ -31,6 +34,12 @@ void NBCodeBlock::Append(const MCCommon::RecordBlock& block, bool hasWeight, dou
     auto& codes = fvCodes[j];
     const std::size_t start = codes.size();
     codes.resize(start + fvAccepted.size());
+    if (fvAccepted.size() == block.Cases()) {
+      for (std::size_t i = 0; i < block.Cases(); ++i) {
+        codes[start + i] = CategoryOf(values[i], offset);
+      }
+      continue;
+    }
     for (std::size_t n = 0; n < fvAccepted.size(); ++n) {
       codes[start + n] = CategoryOf(values[fvAccepted[n]], offset);
     }

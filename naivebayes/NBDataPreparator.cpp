@@ -21,18 +21,17 @@ using MCNaive::MCStatus;
 namespace {
 
 // A caller's category code. Negative codes and missing values give -1.
+inline std::int32_t EncodeCategory(double value, double end) {
+  if (value >= 0 && value < end) [[likely]]
+    return static_cast<std::int32_t>(value + 0.5);
+  return value >= 0 && !MCMV::IsMissing(value) ? NBDataPreparator::kOutOfRange
+                                               : INBEncoder::kMissingCode;
+}
+
 void EncodeCategories(const double* values, std::size_t cases, int categories,
                       std::int32_t* codes) {
   const double end = categories - 0.5;
-  for (std::size_t i = 0; i < cases; ++i) {
-    const double value = values[i];
-    if (value >= 0 && value < end) [[likely]] {
-      codes[i] = static_cast<std::int32_t>(value + 0.5);
-    } else {
-      codes[i] = value >= 0 && !MCMV::IsMissing(value) ? NBDataPreparator::kOutOfRange
-                                                       : INBEncoder::kMissingCode;
-    }
-  }
+  for (std::size_t i = 0; i < cases; ++i) codes[i] = EncodeCategory(values[i], end);
 }
 
 }  // namespace
@@ -91,6 +90,14 @@ void NBDataPreparator::EncodeInputs(int input, const double* values, std::size_t
   if (info.fNCats < 2) std::replace(codes, codes + cases, 1, kOutOfRange);
 }
 
+std::int32_t NBDataPreparator::EncodeInput(int input, double value) const {
+  const Input& info = fvInputs[input];
+  if (info.fpBinning == nullptr) return EncodeCategory(value, info.fNCats - 0.5);
+  std::int32_t code;
+  EncodeInputs(input, &value, 1, &code);
+  return code;
+}
+
 void NBDataPreparator::EncodeTargets(const double* values, std::size_t cases,
                                      std::int32_t* codes) const {
   EncodeCategories(values, cases, fNTargetCats, codes);
@@ -122,8 +129,7 @@ MCStatus NBDataPreparator::EncodeAll(ValueOf valueOf, Record& out, int first) co
   bool allMissing = true;
   for (int j = 0; j < GetInputSize(); ++j) {
     const double value = valueOf(j);
-    std::int32_t code;
-    EncodeInputs(j, &value, 1, &code);
+    const std::int32_t code = EncodeInput(j, value);
     if (code == kOutOfRange && status.IsOK()) {
       status = MakeRangeStatus(true, fNProcessed, value, fvInputs[j].fNCats);
     }

@@ -62,6 +62,7 @@ class NBDataPreparator {
 
   // The column forms of the above, for cases of one column of original records.
   void EncodeInputs(int input, const double* values, std::size_t cases, std::int32_t* codes) const;
+  std::int32_t EncodeInput(int input, double value) const;
   void EncodeTargets(const double* values, std::size_t cases, std::int32_t* codes) const;
   void EncodeWeights(const double* values, std::size_t cases, double* weights) const;
 

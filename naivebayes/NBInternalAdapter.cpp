@@ -46,13 +46,30 @@ void NBInternalAdapter::EncodeInputColumn(int input, const double* values, std::
   fPreparator.EncodeInputs(input, values, cases, fvCodes.data());
   auto& column = fvColumns[fPreparator.GetFirstInput() + input];
   column.resize(fvAccepted.size());
-  for (std::size_t n = 0; n < fvAccepted.size(); ++n) {
-    const std::size_t i = fvAccepted[n];
-    column[n] = std::max(fvCodes[i], INBEncoder::kMissingCode);
-    if (fvCodes[i] == NBDataPreparator::kOutOfRange && fStatus.IsOK()) [[unlikely]] {
-      fStatus = fPreparator.MakeRangeStatus(true, fNSeen - static_cast<std::int64_t>(cases - i),
-                                            values[i], fPreparator.GetInputCategories(input));
+  std::int32_t lowest = 0;
+  if (fvAccepted.size() == cases) {
+    for (std::size_t i = 0; i < cases; ++i) {
+      lowest = std::min(lowest, fvCodes[i]);
+      column[i] = fvCodes[i];
     }
+  } else {
+    for (std::size_t n = 0; n < fvAccepted.size(); ++n) {
+      lowest = std::min(lowest, fvCodes[fvAccepted[n]]);
+      column[n] = fvCodes[fvAccepted[n]];
+    }
+  }
+  if (lowest == NBDataPreparator::kOutOfRange) ReplaceOutOfRange(input, values, cases);
+}
+
+void NBInternalAdapter::ReplaceOutOfRange(int input, const double* values, std::size_t cases) {
+  auto& column = fvColumns[fPreparator.GetFirstInput() + input];
+  for (std::size_t n = 0; n < fvAccepted.size(); ++n) {
+    if (column[n] != NBDataPreparator::kOutOfRange) continue;
+    column[n] = INBEncoder::kMissingCode;
+    if (!fStatus.IsOK()) continue;
+    const std::size_t i = fvAccepted[n];
+    fStatus = fPreparator.MakeRangeStatus(true, fNSeen - static_cast<std::int64_t>(cases - i),
+                                          values[i], fPreparator.GetInputCategories(input));
   }
 }
 

@@ -36,6 +36,8 @@ class NBInternalAdapter : public MCCommon::RecordIterator {
   // Which cases of a source block are accepted; their targets and weights.
   void Accept(const MCCommon::RecordBlock& block);
   void EncodeInputColumn(int input, const double* values, std::size_t cases);
+  // Makes codes out of range missing in a column, and warns of the first.
+  void ReplaceOutOfRange(int input, const double* values, std::size_t cases);
   void EncodeAccepted(const MCCommon::RecordBlock& block);
 
   MCCommon::RecordIterator& fSource;
