@@ -102,9 +102,8 @@ void NBAlgorithm::ReportProgress(int nRead) const {
   fSettings.GetProgressListener()->Report(report);
 }
 
-bool NBAlgorithm::CountBlock(const RecordBlock& block, bool showProgress, NBCodeBlock& codes,
-                             int& nRead, NBSum& weight) {
-  codes.Load(block, fVarList.GetWeightIndex() >= 0, NBCodeBlock::kCountingOffset);
+bool NBAlgorithm::CountBlock(const NBCodeBlock& codes, bool showProgress, int& nRead,
+                             NBSum& weight) {
   showProgress = showProgress && fSettings.GetProgressListener() != nullptr;
   std::size_t cases = 0;
   for (; cases < codes.Cases() && !fCancel.IsCancel(); ++cases) {
@@ -119,14 +118,21 @@ bool NBAlgorithm::CountBlock(const RecordBlock& block, bool showProgress, NBCode
   return cases == codes.Cases();
 }
 
+// The next records as codes; an adapter encodes straight into them.
+bool NBAlgorithm::NextCodes(RecordIterator& records, NBCodeBlock& codes) const {
+  if (auto* adapter = dynamic_cast<NBInternalAdapter*>(&records)) return adapter->NextCodes(codes);
+  const RecordBlock& block = records.NextBlock(RecordBlock::kMaxCases);
+  codes.Load(block, fVarList.GetWeightIndex() >= 0, NBCodeBlock::kCountingOffset);
+  return block.Cases() > 0;
+}
+
 MCStatus NBAlgorithm::CountData(RecordIterator& records, bool showProgress) {
   fPassStart = std::clock();
   int nRead = 0;
   NBSum weight;
   NBCodeBlock codes;
   while (!fCancel.IsCancel()) {
-    const RecordBlock& block = records.NextBlock(RecordBlock::kMaxCases);
-    if (block.Cases() == 0 || !CountBlock(block, showProgress, codes, nRead, weight)) break;
+    if (!NextCodes(records, codes) || !CountBlock(codes, showProgress, nRead, weight)) break;
   }
   if (fCancel.IsCancel()) return MCNaive::Error(MCNaive::kCancelled);
   if (records.GetFailReason() == RecordIterator::kReadError) {

@@ -81,9 +81,9 @@ class NBAlgorithm : public INBAlgorithm {
   // Counts processed records and computes the estimates.
   MCNaive::MCStatus CountData(MCCommon::RecordIterator& records, bool showProgress);
   MCNaive::MCStatus CountSource(MCCommon::MultiPassRecordIter& data, int nRecords, bool rebin);
-  // Counts a block by way of `codes`; false when cancelled in it. Adds to the pass's numbers.
-  bool CountBlock(const MCCommon::RecordBlock& block, bool showProgress, NBCodeBlock& codes,
-                  int& nRead, NBSum& weight);
+  // Counts a block; false when cancelled in it. Adds to the pass's numbers.
+  bool CountBlock(const NBCodeBlock& codes, bool showProgress, int& nRead, NBSum& weight);
+  bool NextCodes(MCCommon::RecordIterator& records, NBCodeBlock& codes) const;
   void ReportProgress(int nRead) const;
   // Estimates from the counts; drops inputs with fewer than 2 categories in use.
   void FinishCounts();

@@ -25,6 +25,12 @@ class NBCodeBlock {
   // Adds them instead.
   void Append(const MCCommon::RecordBlock& block, bool hasWeight, double offset);
 
+  // For who encodes straight into the block: its columns, which must end up equally long.
+  void SetInputs(int inputs) { fvCodes.resize(inputs); }
+  std::vector<std::int32_t>& TargetColumn() { return fvTargets; }
+  std::vector<double>& WeightColumn() { return fvWeights; }
+  std::vector<std::int32_t>& CodeColumn(int input) { return fvCodes[input]; }
+
   std::size_t Cases() const { return fvWeights.size(); }
   const std::int32_t* Targets() const { return fvTargets.data(); }
   const double* Weights() const { return fvWeights.data(); }

@@ -17,10 +17,10 @@ NBInternalAdapter::NBInternalAdapter(MCCommon::RecordIterator& source, int nReco
 
 void NBInternalAdapter::Accept(const RecordBlock& block) {
   const std::size_t cases = block.Cases();
-  fvCodes.resize(cases);
+  fvTargets.resize(cases);
   fvWeights.assign(cases, 1.0);
   const double* targets = block.Column(fPreparator.GetTargetColumn());
-  fPreparator.EncodeTargets(targets, cases, fvCodes.data());
+  fPreparator.EncodeTargets(targets, cases, fvTargets.data());
   const int weight = fPreparator.GetWeightColumn();
   if (weight >= 0) fPreparator.EncodeWeights(block.Column(weight), cases, fvWeights.data());
   fvAccepted.clear();
@@ -28,10 +28,10 @@ void NBInternalAdapter::Accept(const RecordBlock& block) {
   for (std::size_t i = 0; i < cases && !cancel.IsCancel(); ++i, ++fNSeen) {
     if (fvWeights[i] == MCMV::gMissingValue) {
       ++fExcluded.fNRecords;
-    } else if (fvCodes[i] == INBEncoder::kMissingCode) {
+    } else if (fvTargets[i] == INBEncoder::kMissingCode) {
       ++fExcluded.fNRecords;
       fExcluded.fWeight += fvWeights[i];
-    } else if (fvCodes[i] == NBDataPreparator::kOutOfRange) {
+    } else if (fvTargets[i] == NBDataPreparator::kOutOfRange) {
       fStatus =
           fPreparator.MakeRangeStatus(false, fNSeen, targets[i], fPreparator.GetTargetCategories());
       return;
@@ -41,31 +41,43 @@ void NBInternalAdapter::Accept(const RecordBlock& block) {
   }
 }
 
-void NBInternalAdapter::EncodeInputColumn(int input, const double* values, std::size_t cases) {
-  fvCodes.resize(cases);
-  fPreparator.EncodeInputs(input, values, cases, fvCodes.data());
-  auto& column = fvColumns[fPreparator.GetFirstInput() + input];
-  column.resize(fvAccepted.size());
-  std::int32_t lowest = 0;
-  if (fvAccepted.size() == cases) {
-    for (std::size_t i = 0; i < cases; ++i) {
-      lowest = std::min(lowest, fvCodes[i]);
-      column[i] = fvCodes[i];
-    }
-  } else {
-    for (std::size_t n = 0; n < fvAccepted.size(); ++n) {
-      lowest = std::min(lowest, fvCodes[fvAccepted[n]]);
-      column[n] = fvCodes[fvAccepted[n]];
-    }
+namespace {
+
+// Keeps the values at these ascending positions.
+template <typename T>
+void Compact(std::vector<T>& values, const std::vector<std::size_t>& positions) {
+  if (positions.size() < values.size()) {
+    for (std::size_t n = 0; n < positions.size(); ++n) values[n] = values[positions[n]];
+    values.resize(positions.size());
   }
-  if (lowest == NBDataPreparator::kOutOfRange) ReplaceOutOfRange(input, values, cases);
 }
 
-void NBInternalAdapter::ReplaceOutOfRange(int input, const double* values, std::size_t cases) {
-  auto& column = fvColumns[fPreparator.GetFirstInput() + input];
-  for (std::size_t n = 0; n < fvAccepted.size(); ++n) {
-    if (column[n] != NBDataPreparator::kOutOfRange) continue;
-    column[n] = INBEncoder::kMissingCode;
+}  // namespace
+
+void NBInternalAdapter::EncodeAccepted(const RecordBlock& block, NBCodeBlock& codes) {
+  const std::size_t cases = block.Cases();
+  codes.SetInputs(fPreparator.GetInputSize());
+  codes.TargetColumn() = fvTargets;
+  codes.WeightColumn() = fvWeights;
+  Compact(codes.TargetColumn(), fvAccepted);
+  Compact(codes.WeightColumn(), fvAccepted);
+  for (int j = 0; j < fPreparator.GetInputSize(); ++j) {
+    std::vector<std::int32_t>& column = codes.CodeColumn(j);
+    const double* values = block.Column(fPreparator.GetInputColumn(j));
+    column.resize(cases);
+    fPreparator.EncodeInputs(j, values, cases, column.data());
+    Compact(column, fvAccepted);
+    std::int32_t lowest = 0;
+    for (std::int32_t code : column) lowest = std::min(lowest, code);
+    if (lowest == NBDataPreparator::kOutOfRange) ReplaceOutOfRange(j, values, cases, column);
+  }
+}
+
+void NBInternalAdapter::ReplaceOutOfRange(int input, const double* values, std::size_t cases,
+                                          std::vector<std::int32_t>& codes) {
+  for (std::size_t n = 0; n < codes.size(); ++n) {
+    if (codes[n] != NBDataPreparator::kOutOfRange) continue;
+    codes[n] = INBEncoder::kMissingCode;
     if (!fStatus.IsOK()) continue;
     const std::size_t i = fvAccepted[n];
     fStatus = fPreparator.MakeRangeStatus(true, fNSeen - static_cast<std::int64_t>(cases - i),
@@ -73,22 +85,8 @@ void NBInternalAdapter::ReplaceOutOfRange(int input, const double* values, std::
   }
 }
 
-void NBInternalAdapter::EncodeAccepted(const RecordBlock& block) {
-  fvColumns[0].resize(fvAccepted.size());
-  for (std::size_t n = 0; n < fvAccepted.size(); ++n) fvColumns[0][n] = fvCodes[fvAccepted[n]];
-  if (fPreparator.GetWeightColumn() >= 0) {
-    fvColumns[1].resize(fvAccepted.size());
-    for (std::size_t n = 0; n < fvAccepted.size(); ++n) fvColumns[1][n] = fvWeights[fvAccepted[n]];
-  }
-  for (int j = 0; j < fPreparator.GetInputSize(); ++j) {
-    EncodeInputColumn(j, block.Column(fPreparator.GetInputColumn(j)), block.Cases());
-  }
-}
-
-bool NBInternalAdapter::Fetch(std::size_t maxCases) {
-  fNext = fCases = 0;
-  while (fCases == 0 && fNLeft != 0 && !fStatus.IsError()) {
-    if (fPreparator.GetCancelInfo().IsCancel()) return false;
+bool NBInternalAdapter::Fetch(std::size_t maxCases, NBCodeBlock& codes) {
+  while (fNLeft != 0 && !fStatus.IsError() && !fPreparator.GetCancelInfo().IsCancel()) {
     const std::size_t wanted =
         fNLeft < 0 ? maxCases : std::min(maxCases, static_cast<std::size_t>(fNLeft));
     const RecordBlock& block = fSource.NextBlock(wanted);
@@ -101,14 +99,32 @@ bool NBInternalAdapter::Fetch(std::size_t maxCases) {
       return false;
     }
     Accept(block);
-    EncodeAccepted(block);
-    fCases = fvAccepted.size();
-    if (fNLeft > 0) fNLeft -= static_cast<std::int64_t>(fCases);
+    EncodeAccepted(block, codes);
+    if (fNLeft > 0) fNLeft -= static_cast<std::int64_t>(codes.Cases());
+    if (codes.Cases() > 0) return true;
   }
-  return fCases > 0;
+  return false;
 }
 
-bool NBInternalAdapter::HasMore() { return fNext < fCases || Fetch(RecordBlock::kMaxCases); }
+bool NBInternalAdapter::FetchColumns(std::size_t maxCases) {
+  fNext = fCases = 0;
+  if (!Fetch(maxCases, fCodes)) return false;
+  fCases = fCodes.Cases();
+  const auto first = static_cast<std::size_t>(fPreparator.GetFirstInput());
+  fvColumns[0].assign(fCodes.Targets(), fCodes.Targets() + fCases);
+  if (first == 2) fvColumns[1].assign(fCodes.Weights(), fCodes.Weights() + fCases);
+  for (std::size_t j = first; j < fvColumns.size(); ++j) {
+    const std::int32_t* codes = fCodes.Codes(static_cast<int>(j - first));
+    fvColumns[j].assign(codes, codes + fCases);
+  }
+  return true;
+}
+
+bool NBInternalAdapter::NextCodes(NBCodeBlock& codes) {
+  return Fetch(RecordBlock::kMaxCases, codes);
+}
+
+bool NBInternalAdapter::HasMore() { return fNext < fCases || FetchColumns(RecordBlock::kMaxCases); }
 
 const MCCommon::Record* NBInternalAdapter::NextRecord() {
   if (!HasMore()) return nullptr;
@@ -118,7 +134,7 @@ const MCCommon::Record* NBInternalAdapter::NextRecord() {
 }
 
 const RecordBlock& NBInternalAdapter::NextBlock(std::size_t maxCases) {
-  if (fNext == fCases) Fetch(std::min(maxCases, RecordBlock::kMaxCases));
+  if (fNext == fCases) FetchColumns(std::min(maxCases, RecordBlock::kMaxCases));
   const std::size_t cases = std::min(maxCases, fCases - fNext);
   fBlock.Reset(fvColumns.size(), cases);
   for (std::size_t j = 0; j < fvColumns.size(); ++j) {

@@ -11,6 +11,7 @@
 
 #include "common/RecordIterator.h"
 #include "naivebayes/MCStatus.h"
+#include "naivebayes/NBCodeBlock.h"
 #include "naivebayes/NBDataPreparator.h"
 
 class NBInternalAdapter : public MCCommon::RecordIterator {
@@ -23,6 +24,10 @@ class NBInternalAdapter : public MCCommon::RecordIterator {
   FailReason GetFailReason() const override;
   const MCCommon::RecordBlock& NextBlock(std::size_t maxCases) override;
 
+  // The next accepted cases as codes, without the detour over records; false at the end.
+  // REQUIRES: not mixed with the record operations.
+  bool NextCodes(NBCodeBlock& codes);
+
   // Records left out so far; their weight counts as far as it is valid.
   int GetExcludedCount() const { return fExcluded.fNRecords; }
   double GetWExcludedCount() const { return fExcluded.fWeight; }
@@ -31,14 +36,16 @@ class NBInternalAdapter : public MCCommon::RecordIterator {
   const MCNaive::MCStatus& GetStatus() const { return fStatus; }
 
  private:
+  // Encodes the next source cases of which any are accepted; false at the end.
+  bool Fetch(std::size_t maxCases, NBCodeBlock& codes);
   // Makes fvColumns hold the next accepted cases; false at the end.
-  bool Fetch(std::size_t maxCases);
-  // Which cases of a source block are accepted; their targets and weights.
+  bool FetchColumns(std::size_t maxCases);
+  // Which cases of a source block are accepted; fvTargets and fvWeights of all its cases.
   void Accept(const MCCommon::RecordBlock& block);
-  void EncodeInputColumn(int input, const double* values, std::size_t cases);
-  // Makes codes out of range missing in a column, and warns of the first.
-  void ReplaceOutOfRange(int input, const double* values, std::size_t cases);
-  void EncodeAccepted(const MCCommon::RecordBlock& block);
+  void EncodeAccepted(const MCCommon::RecordBlock& block, NBCodeBlock& codes);
+  // Makes codes out of range missing, and warns of the first.
+  void ReplaceOutOfRange(int input, const double* values, std::size_t cases,
+                         std::vector<std::int32_t>& codes);
 
   MCCommon::RecordIterator& fSource;
   NBDataPreparator& fPreparator;
@@ -49,7 +56,8 @@ class NBInternalAdapter : public MCCommon::RecordIterator {
 
   std::vector<std::size_t> fvAccepted;  // positions in the source block
   std::vector<std::vector<double>> fvColumns;
-  std::vector<std::int32_t> fvCodes;
+  std::vector<std::int32_t> fvTargets;
+  NBCodeBlock fCodes;
   std::vector<double> fvWeights;
   std::size_t fNext = 0;   // of the cases in fvColumns
   std::size_t fCases = 0;  // in fvColumns
