@@ -1,0 +1,146 @@
+// Naive Bayes: forward selection from records in memory, the training pass, and scoring of a
+// sample.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "common/RecordIterator.h"
+#include "naivebayes/NBAlgorithm.h"
+
+namespace {
+
+// Columns of random category codes, handed out as blocks without copying.
+class Columns : public MCCommon::MultiPassRecordIter {
+ public:
+  Columns(int cases, int inputs, int categories, int classes) : fCases(cases) {
+    std::mt19937 random(1);
+    for (int j = 0; j <= inputs; ++j) {
+      std::vector<double> column;
+      for (int i = 0; i < cases; ++i) {
+        const auto draw = static_cast<int>(random() % (j == 0 ? classes : categories));
+        const bool tied = j > 0 && random() % 40 < static_cast<unsigned>(j);
+        column.push_back(tied ? static_cast<int>(fvColumns[0][i]) % categories : draw);
+      }
+      fvColumns.push_back(column);
+    }
+    fRecord = MCCommon::Record(fvColumns.size());
+  }
+  bool HasMore() override { return fNext < fCases; }
+  const MCCommon::Record* NextRecord() override {
+    if (!HasMore()) return nullptr;
+    for (std::size_t j = 0; j < fvColumns.size(); ++j) fRecord[j] = fvColumns[j][fNext];
+    ++fNext;
+    return &fRecord;
+  }
+  FailReason GetFailReason() const override { return fNext < fCases ? kSuccess : kNoRecords; }
+  const MCCommon::RecordBlock& NextBlock(std::size_t maxCases) override {
+    const std::size_t cases = std::min(
+        {maxCases, fCases - fNext, MCCommon::RecordBlock::PreferredCases(fvColumns.size())});
+    fBlock.Reset(fvColumns.size(), cases);
+    for (std::size_t j = 0; j < fvColumns.size(); ++j) {
+      fBlock.SetColumn(j, fvColumns[j].data() + fNext);
+    }
+    fNext += cases;
+    return fBlock;
+  }
+  bool NewPass() override {
+    fNext = 0;
+    return true;
+  }
+
+ private:
+  std::size_t fCases;
+  std::size_t fNext = 0;
+  std::vector<std::vector<double>> fvColumns;
+  MCCommon::Record fRecord;
+  MCCommon::RecordBlock fBlock;
+};
+
+NBVarList MakeList(int inputs, int categories, int classes, INBVariable::VariableRole role) {
+  NBVarList list;
+  list.AddCatVar("y", "", classes, INBVariable::kNumericCategorical, INBVariable::kOutput);
+  std::string name = "x";
+  for (int j = 0; j < inputs; ++j) {
+    list.AddCatVar(name += 'x', "", categories, INBVariable::kNumericCategorical, role);
+  }
+  return list;
+}
+
+constexpr int kInputs = 30, kCategories = 8;
+
+// Per record, candidate tried, and class.
+void BM_ForwardSelection(benchmark::State& state) {
+  const int cases = static_cast<int>(state.range(0)), classes = static_cast<int>(state.range(1));
+  Columns data(cases, kInputs, kCategories, classes);
+  NaiveBayesSettings settings;
+  settings.SetMaxRecordsInMemory(cases);
+  for (auto _ : state) {
+    data.NewPass();
+    NBAlgorithm algorithm(settings,
+                          MakeList(kInputs, kCategories, classes, INBVariable::kPossibleInput));
+    std::vector<int> order;
+    std::vector<double> logLikelihoods;
+    std::vector<std::pair<int, double>> results;
+    if (algorithm
+            .SelectAttributes(data, cases, order, logLikelihoods, results, 10, false, nullptr, 0, 0)
+            .IsError()) {
+      state.SkipWithError("selection failed");
+    }
+  }
+  constexpr int kTried = 30 + 29 + 28 + 27 + 26 + 25 + 24 + 23 + 22 + 21;
+  state.SetItemsProcessed(state.iterations() * cases * kTried * classes);
+}
+BENCHMARK(BM_ForwardSelection)
+    ->Args({5000, 2})
+    ->Args({5000, 3})
+    ->Args({5000, 10})
+    ->Unit(benchmark::kMillisecond);
+
+// Per cell.
+void BM_Training(benchmark::State& state) {
+  const int cases = static_cast<int>(state.range(0));
+  Columns data(cases, kInputs, kCategories, 3);
+  for (auto _ : state) {
+    data.NewPass();
+    NBAlgorithm algorithm(NaiveBayesSettings(),
+                          MakeList(kInputs, kCategories, 3, INBVariable::kInput));
+    if (algorithm.BuildModel(data, cases).IsError()) state.SkipWithError("training failed");
+  }
+  state.SetItemsProcessed(state.iterations() * cases * kInputs);
+}
+BENCHMARK(BM_Training)->Arg(5000)->Arg(200000)->Unit(benchmark::kMillisecond);
+
+// Per cell and class: a whole sample in blocks, and single records.
+void BM_Scoring(benchmark::State& state) {
+  const bool blocks = state.range(0) != 0;
+  const int cases = 50000, classes = static_cast<int>(state.range(1));
+  Columns data(cases, kInputs, kCategories, classes);
+  NBAlgorithm algorithm(NaiveBayesSettings(),
+                        MakeList(kInputs, kCategories, classes, INBVariable::kInput));
+  if (algorithm.BuildModel(data, cases).IsError()) state.SkipWithError("training failed");
+  NBOutputStatistics stats(classes);
+  NBOutput output(classes);
+  for (auto _ : state) {
+    data.NewPass();
+    if (blocks) {
+      if (algorithm.ComputeOutputStats(data, stats, -1).IsError()) state.SkipWithError("failed");
+    } else {
+      while (const MCCommon::Record* record = data.NextRecord()) {
+        if (algorithm.ScoreFullRecord(*record, output).IsError()) state.SkipWithError("failed");
+      }
+    }
+  }
+  state.SetItemsProcessed(state.iterations() * cases * kInputs * classes);
+}
+BENCHMARK(BM_Scoring)
+    ->ArgNames({"blocks", "classes"})
+    ->Args({1, 2})
+    ->Args({1, 3})
+    ->Args({1, 10})
+    ->Args({0, 3})
+    ->Unit(benchmark::kMillisecond);
+
+}  // namespace

@@ -1,0 +1,46 @@
+// Processed records in a temporary file: one after another, each as doubles in the machine's own
+// representation, without a header.
+//
+// The iterator owns the open file and closes it. It removes nothing: the file's name is gone before
+// the iterator is made (see NBTempFile), and whatever stands there later is not ours.
+#pragma once
+
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "common/RecordIterator.h"
+
+namespace MCNaive {
+
+class BinaryRecordIterator : public MCCommon::MultiPassRecordIter {
+ public:
+  // Starts at the file's first record. A null file is a read error, and says so on standard error.
+  BinaryRecordIterator(std::FILE* file, int recordSize, const std::string& fileName);
+  ~BinaryRecordIterator() override;
+
+  // The name that the file was made under.
+  const std::string& GetFileName() const { return fFileName; }
+
+  bool HasMore() override { return fStatus == kSuccess; }
+  const MCCommon::Record* NextRecord() override;
+  FailReason GetFailReason() const override { return fStatus; }
+  bool NewPass() override;
+
+ private:
+  // Reads the record after the current one ahead, so that HasMore can answer.
+  void ReadAhead();
+
+  struct Closer {
+    void operator()(std::FILE* file) const { std::fclose(file); }
+  };
+
+  std::unique_ptr<std::FILE, Closer> fpFile;
+  std::string fFileName;
+  std::vector<double> fvAhead;
+  MCCommon::Record fCurRecord;
+  FailReason fStatus;
+};
+
+}  // namespace MCNaive

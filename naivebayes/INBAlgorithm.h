@@ -1,0 +1,105 @@
+// The Naive Bayes component as its callers use it.
+//
+// Build a variable list and settings, have NBFactory create a component, then call SelectAttributes
+// (which also builds the model of the chosen predictors) or BuildModel, and score. Records are the
+// caller's: one value per variable of the list, in list order. Categorical values are codes 0, 1,
+// 2, ...; the missing value and negative codes are missing. A missing target or weight leaves the
+// record out of training; a missing input only adds no factor.
+//
+// Operations never throw. An error sticks: later operations return it and do nothing. A warning
+// stays readable in GetStatus(). One thread at a time; const scoring may be shared.
+#pragma once
+
+#include <iosfwd>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "common/Cancel.h"
+#include "common/Progress.h"
+#include "common/Record.h"
+#include "common/RecordIterator.h"
+#include "naivebayes/MCStatus.h"
+#include "naivebayes/NBOutput.h"
+#include "naivebayes/NBOutputStatistics.h"
+#include "naivebayes/NBVarList.h"
+#include "naivebayes/NaiveBayesSettings.h"
+
+class INBAlgorithm {
+ public:
+  virtual ~INBAlgorithm() = default;
+
+  // Begins "Naive Bayes Component Ver. 1.0".
+  virtual std::string GetComponentVersion() const = 0;
+
+  // Trains on at most nRecords valid records, replacing earlier counts, and rewinds the data.
+  // Errors: 1 cancelled, 70004, 70007, 70010, 70011, 70012, 70020. Warnings: 70010, 70015.
+  virtual MCNaive::MCStatus BuildModel(MCCommon::MultiPassRecordIter& data, int nRecords) = 0;
+  virtual bool IsModelBuilt() const = 0;
+
+  // Adds at most nRecords valid records, from where the data stand, to the counts so far; several
+  // batches give the model of one. Status as for BuildModel.
+  virtual MCNaive::MCStatus Update(MCCommon::MultiPassRecordIter& data, int nRecords) = 0;
+
+  // Classifies at most `limit` valid records (below 0: all) into `stats`, and rewinds the records
+  // if they can be. Left out: a missing or unknown target, a missing weight, an input out of range.
+  // Errors: 6, 70004, 70007 no record, 70012.
+  virtual MCNaive::MCStatus ComputeOutputStats(MCCommon::RecordIterator& records,
+                                               NBOutputStatistics& stats, int limit) const = 0;
+
+  // Scores a record of one value per input of the model. Warnings: 70016 no valid input, the
+  // probabilities are the normalised priors; 70010 an input out of range, nothing is scored.
+  // Errors: 6, 70012.
+  virtual MCNaive::MCStatus Score(const MCCommon::Record& inputs, NBOutput& output) const = 0;
+  // The same for a record of one value per variable of the list.
+  virtual MCNaive::MCStatus ScoreFullRecord(const MCCommon::Record& record,
+                                            NBOutput& output) const = 0;
+  // ScoreFullRecord, and counts the case in the training or the test statistics when it has a valid
+  // target and weight.
+  virtual MCNaive::MCStatus ScoreAndAccum(const MCCommon::Record& record, NBOutput& output,
+                                          bool isTraining) = 0;
+  // What ScoreAndAccum counted; null when it counted nothing.
+  virtual const NBOutputStatistics* GetTrainOutStats() const = 0;
+  virtual const NBOutputStatistics* GetTestOutStats() const = 0;
+
+  virtual void SetCancelPtr(MCQueryCancel* cancel) = 0;
+  // Ends the running and every later operation.
+  virtual void Cancel() = 0;
+  virtual const MCNaive::MCStatus& GetStatus() const = 0;
+
+  // Chooses a subset of the candidates and builds the model of it and the forced predictors.
+  //   size: the largest (exact: the very) number of predictors, forced ones included; -1 automatic.
+  //   test: original records for the test criterion, at most nTest of them (below 0: all); null for
+  //         pseudo-BIC.
+  //   selected: variable indices in order of entry. logLikelihoods: by subset size. results: the
+  //   best
+  //         nReport (0: five) pairs of size and criterion, best first.
+  // Errors as for BuildModel, and 70001, 70002, 70003, 70008, 70013. Warnings also 70014.
+  virtual MCNaive::MCStatus SelectAttributes(MCCommon::MultiPassRecordIter& data, int nRecords,
+                                             std::vector<int>& selected,
+                                             std::vector<double>& logLikelihoods,
+                                             std::vector<std::pair<int, double>>& results, int size,
+                                             bool exact, MCCommon::MultiPassRecordIter* test,
+                                             int nTest, int nReport) = 0;
+
+  // Adds another built model's counts to this one, categories matched by their values. Without
+  // `computeProbabilities` only counts are added, and a later merge brings the estimates up to
+  // date. 70009 for a model of other variables, roles or bins: this model is then unchanged and
+  // usable.
+  virtual MCNaive::MCStatus MergeModel(const INBAlgorithm* other, bool computeProbabilities) = 0;
+
+  // Weight and number of the training records used, and of those left out (a missing weight
+  // counts as 0).
+  virtual void GetNValidNExcluded(double& validWeight, double& excludedWeight, int& nValid,
+                                  int& nExcluded) const = 0;
+  virtual int GetNTargetCategories() const = 0;
+  // Training weight of a category; 0 <= category < GetNTargetCategories().
+  virtual double GetTargetCategoryCount(int category) const = 0;
+  // The model's predictors.
+  virtual int GetNumberOfInputVars() const = 0;
+
+  virtual void SetProgressListener(ProgressListener* listener) = 0;
+  virtual const NaiveBayesSettings& GetSettings() const = 0;
+  virtual const NBVarList& GetVarList() const = 0;
+  virtual void Display(std::ostream& os) const = 0;
+};

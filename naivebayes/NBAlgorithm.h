@@ -1,0 +1,126 @@
+// The Naive Bayes component: owns its settings, variable list, model and data preparator.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "naivebayes/INBAlgorithm.h"
+#include "naivebayes/NBAttributeSelector.h"
+#include "naivebayes/NBCancelInfo.h"
+#include "naivebayes/NBDataPreparator.h"
+#include "naivebayes/NBayesInput.h"
+#include "naivebayes/NBayesOutput.h"
+
+class NBAlgorithm : public INBAlgorithm {
+ public:
+  // Copies both. REQUIRES: the list has a target.
+  NBAlgorithm(const NaiveBayesSettings& settings, const NBVarList& varList);
+
+  std::string GetComponentVersion() const override;
+  MCNaive::MCStatus BuildModel(MCCommon::MultiPassRecordIter& data, int nRecords) override;
+  bool IsModelBuilt() const override { return fbBuilt; }
+  MCNaive::MCStatus Update(MCCommon::MultiPassRecordIter& data, int nRecords) override;
+  MCNaive::MCStatus ComputeOutputStats(MCCommon::RecordIterator& records, NBOutputStatistics& stats,
+                                       int limit) const override;
+  MCNaive::MCStatus Score(const MCCommon::Record& inputs, NBOutput& output) const override;
+  MCNaive::MCStatus ScoreFullRecord(const MCCommon::Record& record,
+                                    NBOutput& output) const override;
+  MCNaive::MCStatus ScoreAndAccum(const MCCommon::Record& record, NBOutput& output,
+                                  bool isTraining) override;
+  const NBOutputStatistics* GetTrainOutStats() const override {
+    return fTrainStats ? &*fTrainStats : nullptr;
+  }
+  const NBOutputStatistics* GetTestOutStats() const override {
+    return fTestStats ? &*fTestStats : nullptr;
+  }
+  void SetCancelPtr(MCQueryCancel* cancel) override;
+  void Cancel() override { fCancel.SetCancel(); }
+  const MCNaive::MCStatus& GetStatus() const override { return fStatus; }
+  MCNaive::MCStatus SelectAttributes(MCCommon::MultiPassRecordIter& data, int nRecords,
+                                     std::vector<int>& selected,
+                                     std::vector<double>& logLikelihoods,
+                                     std::vector<std::pair<int, double>>& results, int size,
+                                     bool exact, MCCommon::MultiPassRecordIter* test, int nTest,
+                                     int nReport) override;
+  MCNaive::MCStatus MergeModel(const INBAlgorithm* other, bool computeProbabilities) override;
+  void GetNValidNExcluded(double& validWeight, double& excludedWeight, int& nValid,
+                          int& nExcluded) const override;
+  int GetNTargetCategories() const override { return fOutput.GetNCategories(); }
+  double GetTargetCategoryCount(int category) const override { return fOutput.GetCount(category); }
+  int GetNumberOfInputVars() const override { return fNInputs; }
+  void SetProgressListener(ProgressListener* listener) override;
+  const NaiveBayesSettings& GetSettings() const override { return fSettings; }
+  const NBVarList& GetVarList() const override { return fVarList; }
+  void Display(std::ostream& os) const override;
+
+  // The model. Records of codes hold one code per input of the model.
+  // Pi(k) times the product of P(m|k), as a plain product of doubles.
+  double ComputePXYPY(const MCCommon::Record& codes, int k) const;
+  // The joint values of the first `categories` categories divided by their sum, underflow or not.
+  void ComputeOutProbabilities(const MCCommon::Record& codes, int categories,
+                               std::vector<double>& out) const;
+  int SelectWinner(const std::vector<double>& probabilities) const;
+  const NBayesOutput& GetOutput() const { return fOutput; }
+  const std::vector<NBayesInput>& GetInputs() const { return fInputs; }
+  double GetTotalWeight() const { return fTotalWeight; }
+
+ private:
+  // Errors stick; a warning replaces what is not an error. Returns the component's status.
+  MCNaive::MCStatus Raise(const MCNaive::MCStatus& status);
+  // Raises the cancel, if one is pending; true when the operation must stop.
+  bool MustStop();
+  void DoCancel();
+
+  // Makes preparator and tables fit the use of candidates, unless they do already.
+  void Prepare(bool usePossibleInputs, int nRecords);
+  void ResetAllCounts(bool totalsToo);
+  // Counts processed records and computes the estimates.
+  MCNaive::MCStatus CountData(MCCommon::RecordIterator& records, bool showProgress);
+  MCNaive::MCStatus CountSource(MCCommon::MultiPassRecordIter& data, int nRecords, bool rebin);
+  // Counts a block; false when cancelled in it. Adds to the pass's numbers.
+  bool CountBlock(const NBCodeBlock& codes, bool showProgress, int& nRead, NBSum& weight);
+  bool NextCodes(MCCommon::RecordIterator& records, NBCodeBlock& codes) const;
+  void ReportProgress(int nRead) const;
+  // Estimates from the counts; drops inputs with fewer than 2 categories in use.
+  void FinishCounts();
+
+  struct Selection;
+  MCNaive::MCStatus CheckSelection(MCCommon::MultiPassRecordIter& data, int nRecords, int size,
+                                   const MCCommon::MultiPassRecordIter* test, int nTest) const;
+  MCNaive::MCStatus LoadSelectionData(MCCommon::MultiPassRecordIter& data, int nRecords,
+                                      bool inMemory, Selection& selection);
+  int DecideSize(int size, int forced, int candidates);
+  MCNaive::MCStatus Dispatch(Selection& selection, int size, bool exact,
+                             MCCommon::MultiPassRecordIter* test, int nTest, int nReport,
+                             std::vector<int>& selected,
+                             std::vector<std::pair<int, double>>& results);
+  // Keeps the inputs with the role of inputs.
+  void KeepChosenInputs();
+
+  MCNaive::MCStatus FinishScore(const MCNaive::MCStatus& encoded, const MCCommon::Record& codes,
+                                NBOutput& output) const;
+  struct ScoreBlock;
+  MCNaive::MCStatus ClassifyBlock(const MCCommon::RecordBlock& block, ScoreBlock& scratch,
+                                  NBOutputStatistics& stats, int& nAccepted) const;
+
+  NaiveBayesSettings fSettings;
+  NBVarList fVarList;
+  std::unique_ptr<NBDataPreparator> fpPreparator;
+  bool fbBuilt = false;
+  MCNaive::MCStatus fStatus;
+  int fNInputs = 0;
+  NBayesOutput fOutput;
+  std::vector<NBayesInput> fInputs;
+  std::vector<int> fvKeptInputs;  // where the inputs stood before the last pass dropped some
+  std::int32_t fNRecords = 0;
+  double fTotalWeight = 0;
+  NBExcluded fExcluded;
+  mutable NBCancelInfo fCancel;
+  std::optional<NBOutputStatistics> fTrainStats;
+  std::optional<NBOutputStatistics> fTestStats;
+  std::int64_t fPassStart = 0;  // clock ticks
+};

@@ -1,0 +1,26 @@
+#include "naivebayes/NBCodeMap.h"
+
+#include <numeric>
+
+#include "naivebayes/NBCatNumEncoder.h"
+#include "naivebayes/NBStringEncoder.h"
+
+std::vector<int> MakeCodeMap(const INBVariable& from, int codes, INBVariable& to) {
+  std::vector<int> map(codes);
+  std::iota(map.begin(), map.end(), 0);
+  const auto* numbers = dynamic_cast<const NBCatNumEncoder*>(from.GetEncoder());
+  const auto* strings = dynamic_cast<const NBStringEncoder*>(from.GetEncoder());
+  for (int& code : map) {
+    int target = INBEncoder::kMissingCode;
+    if (numbers != nullptr && code < numbers->GetNumberOfCategories()) {
+      auto& encoder = static_cast<NBCatNumEncoder&>(*to.GetEncoder());
+      target = static_cast<int>(encoder.Encode(numbers->Decode(code)));
+    } else if (strings != nullptr && code < strings->GetNumberOfCategories()) {
+      auto& encoder = static_cast<NBStringEncoder&>(*to.GetEncoder());
+      target = static_cast<int>(encoder.Encode(*strings->Decode(code)));
+    }
+    if (target >= 0) code = target;
+  }
+  to.UpdateNumberOfCategories();
+  return map;
+}

@@ -1,0 +1,42 @@
+// Processed records kept in memory, column by column, up to a given number.
+#pragma once
+
+#include <cstddef>
+#include <iosfwd>
+#include <vector>
+
+#include "common/RecordIterator.h"
+
+namespace MCNaive {
+
+class NBMemoryIter : public MCCommon::MultiPassRecordIter {
+ public:
+  NBMemoryIter(int recordSize, int capacity);
+
+  // False when the store is full. REQUIRES: the record has the store's record size.
+  bool AddRecord(const MCCommon::Record& record);
+  // Adds a block's cases; false when they do not all fit, and then none is added.
+  bool AddBlock(const MCCommon::RecordBlock& block);
+  // Adds records until the store is full, the source is exhausted, or `limit` were taken; returns
+  // how many were.
+  int FillBuffer(MCCommon::RecordIterator& source, int limit);
+
+  int GetCount() const { return static_cast<int>(fCount); }
+  int GetCapacity() const { return static_cast<int>(fCapacity); }
+
+  bool HasMore() override { return fIndCurRecord < fCount; }
+  const MCCommon::Record* NextRecord() override;
+  FailReason GetFailReason() const override;
+  const MCCommon::RecordBlock& NextBlock(std::size_t maxCases) override;
+  bool NewPass() override;
+
+ private:
+  std::size_t fCapacity;
+  std::size_t fCount = 0;
+  std::size_t fIndCurRecord = 0;
+  std::vector<std::vector<double>> fvColumns;
+  MCCommon::Record fCurRecord;
+  MCCommon::RecordBlock fBlock;
+};
+
+}  // namespace MCNaive

@@ -1,0 +1,30 @@
+// Sums and products that keep their digits: building blocks of the model's likelihoods.
+#pragma once
+
+// A running sum with Neumaier's compensation: the error stays at one rounding of the result however
+// many terms there are.
+class NBSum {
+ public:
+  void Add(double term);
+  double Total() const { return fSum + fLost; }
+
+ private:
+  double fSum = 0;
+  double fLost = 0;
+};
+
+// A weighted sum of logarithms. Terms of weight 1 are multiplied up and their logarithm taken once
+// per few hundred binary places, which is faster and rounds less than a logarithm each. The result
+// depends on the order of the terms only.
+class NBLogSum {
+ public:
+  // Adds weight * log(x * 2^exponent). REQUIRES: x > 0.
+  void Add(double x, int exponent, double weight);
+  double Total() const;
+
+ private:
+  void Flush();
+
+  double fProduct = 1;
+  NBSum fSum;
+};

@@ -1,0 +1,95 @@
+#include "naivebayes/NBScaledProducts.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "naivebayes/NBayesInputBase.h"
+
+namespace {
+
+constexpr int kStep = 200;
+constexpr double kScale = 0x1p200;
+constexpr double kScaleBelow = 0x1p-200;  // a mantissa below this is scaled up ...
+constexpr double kLookBelow = 0x1p-400;   // ... once the bound says that one may be below this
+
+// The inner loop with the number of categories known, so that the compiler unrolls it.
+template <int kCategories>
+void MultiplyRows(const NBayesInputBase& input, const std::int32_t* codes, std::size_t records,
+                  std::size_t categories, double* products) {
+  const std::size_t n = kCategories > 0 ? kCategories : categories;
+  for (std::size_t i = 0; i < records; ++i, products += n) {
+    const double* factors = input.GetFactors(codes[i]);
+    for (std::size_t k = 0; k < n; ++k) products[k] *= factors[k];
+  }
+}
+
+}  // namespace
+
+void NBScaledProducts::Reset(const std::vector<double>& priors, std::size_t records) {
+  fNRecords = records;
+  fNCategories = priors.size();
+  fvScalings.clear();
+  fvAligned.clear();
+  fvOffsets.clear();
+  fvMantissas.resize(records * fNCategories);
+  for (std::size_t i = 0; i < records; ++i) {
+    std::copy(priors.begin(), priors.end(), fvMantissas.begin() + i * fNCategories);
+  }
+  fLeast = priors.empty() ? 1.0 : std::min(1.0, *std::min_element(priors.begin(), priors.end()));
+}
+
+void NBScaledProducts::Multiply(const NBayesInputBase& input, const std::int32_t* codes) {
+  if (fLeast * input.GetLeastFactor() < kLookBelow) ScaleUp();
+  fLeast *= input.GetLeastFactor();
+  double* products = fvMantissas.data();
+  switch (fNCategories) {
+    case 2:
+      return MultiplyRows<2>(input, codes, fNRecords, 2, products);
+    case 3:
+      return MultiplyRows<3>(input, codes, fNRecords, 3, products);
+    default:
+      return MultiplyRows<0>(input, codes, fNRecords, fNCategories, products);
+  }
+}
+
+void NBScaledProducts::ScaleUp() {
+  fLeast = 1.0;
+  for (std::size_t cell = 0; cell < fvMantissas.size(); ++cell) {
+    double& mantissa = fvMantissas[cell];
+    while (mantissa < kScaleBelow && mantissa > 0) {
+      if (fvScalings.empty()) fvScalings.assign(fvMantissas.size(), 0);
+      mantissa *= kScale;
+      ++fvScalings[cell];
+    }
+    fLeast = std::min(fLeast, mantissa);
+  }
+}
+
+// Every record gets the exponent of its largest product, which leaves the rest all their digits.
+void NBScaledProducts::Align() {
+  if (fvScalings.empty()) return;
+  fvAligned.resize(fvMantissas.size());
+  fvOffsets.resize(fNRecords);
+  for (std::size_t i = 0; i < fNRecords; ++i) {
+    const double* mantissas = &fvMantissas[i * fNCategories];
+    const std::int32_t* scalings = &fvScalings[i * fNCategories];
+    int largest = std::numeric_limits<int>::min();
+    for (std::size_t k = 0; k < fNCategories; ++k) {
+      if (mantissas[k] > 0)
+        largest = std::max(largest, std::ilogb(mantissas[k]) - kStep * scalings[k]);
+    }
+    if (largest == std::numeric_limits<int>::min()) largest = 0;
+    fvOffsets[i] = largest;
+    for (std::size_t k = 0; k < fNCategories; ++k) {
+      fvAligned[i * fNCategories + k] = std::ldexp(mantissas[k], -kStep * scalings[k] - largest);
+    }
+  }
+}
+
+double NBScaledProducts::SumOf(std::size_t record) const {
+  const double* values = Values(record);
+  double sum = 0;
+  for (std::size_t k = 0; k < fNCategories; ++k) sum += values[k];
+  return sum;
+}

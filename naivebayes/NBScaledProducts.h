@@ -1,0 +1,48 @@
+// For each of a run of records and each target category k, Pi(k) times the factors P(x_j|k) of the
+// inputs multiplied in so far.
+//
+// Exponents are carried apart where products grow too small, per record and category; since scaling
+// by powers of two changes no mantissa, results are those of plain products wherever these do not
+// underflow, and right with any number of inputs.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+class NBayesInputBase;
+
+class NBScaledProducts {
+ public:
+  // The priors alone, for so many records.
+  void Reset(const std::vector<double>& priors, std::size_t records);
+
+  // Multiplies one input in; a record with a negative code has no factor.
+  // REQUIRES: one code per record, within the input's table.
+  void Multiply(const NBayesInputBase& input, const std::int32_t* codes);
+
+  // Makes Values and Exponent follow the products. To be called after the last Multiply.
+  void Align();
+
+  // The products of one record are Values(record)[k] * 2^Exponent(record).
+  const double* Values(std::size_t record) const {
+    return (fvAligned.empty() ? fvMantissas : fvAligned).data() + record * fNCategories;
+  }
+  int Exponent(std::size_t record) const { return fvOffsets.empty() ? 0 : fvOffsets[record]; }
+
+  std::size_t Records() const { return fNRecords; }
+  std::size_t Categories() const { return fNCategories; }
+  // The sum over target categories of the record's values, without its exponent.
+  double SumOf(std::size_t record) const;
+
+ private:
+  void ScaleUp();
+
+  std::size_t fNRecords = 0;
+  std::size_t fNCategories = 0;
+  double fLeast = 1;  // a bound from below of all mantissas
+  std::vector<double> fvMantissas;
+  std::vector<std::int32_t> fvScalings;  // how often a mantissa was scaled up; empty when none was
+  std::vector<double> fvAligned;         // one exponent for a whole record; empty likewise
+  std::vector<std::int32_t> fvOffsets;
+};

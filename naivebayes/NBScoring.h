@@ -1,0 +1,21 @@
+// From joint values to a decision: class probabilities and the winning category.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+class NBScaledProducts;
+class NBayesOutput;
+
+namespace NBScoring {
+
+// The record's products divided by their sum. Their common exponent cancels.
+// REQUIRES: products are aligned; out has one element per target category.
+void Normalize(const NBScaledProducts& products, std::size_t record, std::vector<double>& out);
+
+// The category of the largest probability. Ties go to the larger training weight among the tied
+// categories, but the first of these after category 0 is never compared: when the maximum stands at
+// 0, category 0 keeps the win against it. Kept on purpose.
+int SelectWinner(const std::vector<double>& probabilities, const NBayesOutput& output);
+
+}  // namespace NBScoring

@@ -1,0 +1,32 @@
+// The table of one predictor together with the variable that it belongs to.
+#pragma once
+
+#include <vector>
+
+#include "naivebayes/INBVariable.h"
+#include "naivebayes/NBayesInputBase.h"
+
+class NBayesInput : public NBayesInputBase {
+ public:
+  // The variable stays its list's.
+  NBayesInput(int varIndex, INBVariable* variable, int targetCategories);
+
+  // The estimate with alpha = 1 / totalWeight. Returns the number of non-empty categories.
+  int ComputeProbabilities(double totalWeight);
+
+  // Adds the counts of the same predictor in another model, for so many target categories after the
+  // merge. Its categories, and those of the target
+  // by the map given (other's code to this code), are matched by the values they stand for; a value
+  // that this model's encoder does not know yet gets a new category.
+  void MergePredictorCounts(const NBayesInput& other, const std::vector<int>& targetMap,
+                            int targetCategories);
+
+  int GetVarIndex() const { return fVarIndex; }
+  INBVariable* GetVariable() const { return fpVariable; }
+
+  void Display(std::ostream& os) const override;
+
+ private:
+  int fVarIndex;
+  INBVariable* fpVariable;
+};

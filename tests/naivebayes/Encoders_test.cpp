@@ -1,0 +1,183 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <sstream>
+
+#include "common/MissingValue.h"
+#include "naivebayes/NBBinningEncoder.h"
+#include "naivebayes/NBCatNumEncoder.h"
+#include "naivebayes/NBNumericUserMissing.h"
+#include "naivebayes/NBRoundEncoder.h"
+#include "naivebayes/NBStringEncoder.h"
+#include "naivebayes/NBStringUserMissing.h"
+#include "naivebayes/NBVarList.h"
+#include "naivebayes/NBayesInputBase.h"
+
+namespace {
+
+constexpr double kMissing = MCMV::gMissingValue;
+const double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+TEST(NBBinningEncoder, AValueOnACutpointGoesToTheLowerBin) {
+  const NBBinningEncoder encoder(0, 8, 4);  // cut at 2, 4, 6
+  const double values[] = {-5, 0, 2, 2.0000001, 4, 5, 6, 6.1, 100, kMissing, kNaN};
+  const double expected[] = {0, 0, 0, 1, 1, 2, 2, 3, 3, -1, -1};
+  std::vector<std::int32_t> codes(std::size(values));
+  encoder.EncodeColumn(values, std::size(values), codes.data());
+  for (std::size_t i = 0; i < std::size(values); ++i) {
+    EXPECT_EQ(encoder.Encode(values[i]), expected[i]) << values[i];
+    EXPECT_EQ(codes[i], expected[i]) << values[i];
+  }
+}
+
+TEST(NBBinningEncoder, WithOneBinAnswersBySign) {
+  const NBBinningEncoder encoder(0, 1, 1);
+  EXPECT_EQ(encoder.Encode(0.0), 1);
+  EXPECT_EQ(encoder.Encode(-0.5), 0);
+}
+
+TEST(NBBinningEncoder, AgreesWithCountingCutpointsForAnyNumberOfBins) {
+  for (int bins = 2; bins < 20; ++bins) {
+    const NBBinningEncoder encoder(-1, 1, bins);
+    for (double value = -1.3; value < 1.3; value += 0.01) {
+      int below = 0;
+      for (double cut : encoder.GetBinningCutpoints()) below += cut < value;
+      ASSERT_EQ(encoder.Encode(value), below) << bins << " bins, " << value;
+    }
+  }
+}
+
+NBayesInputBase CountsOf(const std::vector<double>& rows) {
+  NBayesInputBase counts;
+  std::vector<std::vector<double>> table;
+  for (double row : rows) table.push_back({row});
+  counts.Setup(1.0, table);
+  return counts;
+}
+
+TEST(NBBinningEncoder, RebinningMakesEmptyBinsUnreachable) {
+  constexpr double kLow = std::numeric_limits<double>::lowest();
+  constexpr double kHigh = std::numeric_limits<double>::max();
+  const struct {
+    std::vector<double> counts, cutpoints;
+  } cases[] = {
+      {{0, 1, 1, 0}, {kLow, 2, kHigh}},  // empty ends
+      {{1, 0, 0, 1}, {2, 2, 2}},         // a gap: the middle of 1 and 3
+      {{1, 0, 1, 1}, {1.5, 1.5, 3}},     // a gap of one
+      {{1, 1, 1, 1}, {1, 2, 3}},         // nothing empty
+      {{0, 0, 1, 0}, {1, 2, 3}},         // too little left
+  };
+  const NBBinningEncoder encoder(0, 4, 4);
+  for (const auto& c : cases) {
+    const NBayesInputBase counts = CountsOf(c.counts);
+    const auto rebinned = encoder.CreateRebinned(&counts);
+    EXPECT_EQ(rebinned->GetBinningCutpoints(), c.cutpoints);
+    EXPECT_EQ(rebinned->GetNumberOfCategories(), 4);
+  }
+  const NBayesInputBase counts = CountsOf({0, 1, 1, 0});
+  const auto rebinned = encoder.CreateRebinned(&counts);
+  for (double value : {-1e300, 0.5, 1.5}) EXPECT_EQ(rebinned->Encode(value), 1);
+  for (double value : {2.5, 3.5, 1e300}) EXPECT_EQ(rebinned->Encode(value), 2);
+}
+
+TEST(CategoryEncoders, GiveCodesInOrderOfFirstAppearance) {
+  NBCatNumEncoder numbers(4);
+  const double values[] = {5, 3, 5, 9, kMissing, 3};
+  std::vector<double> codes;
+  for (double value : values) codes.push_back(numbers.Encode(value));
+  EXPECT_THAT(codes, testing::ElementsAre(0, 1, 0, 2, -1, 1));
+  EXPECT_EQ(numbers.Decode(2), 9);
+  EXPECT_EQ(numbers.Decode(3), kMissing);
+
+  NBStringEncoder strings(0);
+  EXPECT_EQ(strings.Encode("b"), 0);
+  EXPECT_EQ(strings.Encode("a"), 1);
+  EXPECT_EQ(strings.EncodeConst("c"), -1);
+  const NBStringEncoder copy(strings);
+  EXPECT_EQ(*copy.Decode(1), "a");
+  EXPECT_EQ(copy.GetNumberOfCategories(), 2);
+}
+
+TEST(NBRoundEncoder, WeightsNotAboveZeroAreMissing) {
+  const struct {
+    INBVariable::NBWRoundingOption option;
+    double value, expected;
+  } cases[] = {{INBVariable::kTruncate, 2.9, 2},        {INBVariable::kRound, 2.5, 3},
+               {INBVariable::kRound, 0.4, kMissing},    {INBVariable::kAsIs, 0.4, 0.4},
+               {INBVariable::kAsIs, 0, kMissing},       {INBVariable::kAsIs, -1, kMissing},
+               {INBVariable::kTruncate, kNaN, kMissing}};
+  for (const auto& c : cases) {
+    EXPECT_EQ(NBRoundEncoder(c.option).Encode(c.value).first, c.expected) << c.value;
+  }
+}
+
+TEST(UserMissing, DeclaredValuesAndIntervalsEncodeToMissing) {
+  NBVarList list;
+  const int c = list.AddContVar("c", "", 0, 10, 5, INBVariable::kInput);
+  const int s = list.AddCatVar("s", "", std::vector<std::string>{"a", "b"}, INBVariable::kInput);
+  list.AddDiscreteUserMissing(c, 3.0, "refused");
+  list.SetMissingInterval(c, 8, 9);
+  list.AddDiscreteUserMissing(s, std::string("b"), "");
+  const NBVarList copy(list);
+  const auto& binning = static_cast<const NBBinningEncoder&>(*copy.GetEncoderAt(c));
+  for (double value : {3.0, 8.0, 8.5, 9.0}) EXPECT_EQ(binning.Encode(value), -1) << value;
+  for (double value : {2.9, 7.9, 9.1}) EXPECT_NE(binning.Encode(value), -1) << value;
+  EXPECT_EQ(static_cast<const NBStringEncoder&>(*copy.GetEncoderAt(s)).EncodeConst("b"), -1);
+  EXPECT_TRUE(
+      copy.GetVarAt(c)->GetUserMissingInfo()->IsEqualTo(list.GetVarAt(c)->GetUserMissingInfo()));
+  EXPECT_FALSE(
+      copy.GetVarAt(c)->GetUserMissingInfo()->IsEqualTo(list.GetVarAt(s)->GetUserMissingInfo()));
+  EXPECT_FALSE(NBNumericInterval(1.0, 2.0).Contains(kNaN));
+  NBNumericInterval interval(5.0, true);
+  EXPECT_TRUE(interval.Contains(-1e308));
+  EXPECT_FALSE(interval.SetLeftEnd(6));
+}
+
+TEST(NBVarList, RefusesEmptyAndTakenNamesAndContinuousTargets) {
+  NBVarList list;
+  EXPECT_EQ(list.AddContVar("a", "", 0, 1, 5, INBVariable::kInput), 0);
+  EXPECT_EQ(list.AddWeightVar("a", "", INBVariable::kRound), -1);
+  EXPECT_EQ(list.AddContVar("", "", 0, 1, 5, INBVariable::kInput), -1);
+  EXPECT_EQ(list.AddContVar("y", "", 0, 1, 5, INBVariable::kOutput), -1);
+  EXPECT_EQ(list.Size(), 1);
+  EXPECT_EQ(list.GetWeightIndex(), -1);
+  EXPECT_EQ(list.GetNumContVar(), 1);
+}
+
+TEST(NBVarList, RemovingAVariableKeepsNamesTargetAndWeightInStep) {
+  NBVarList list;
+  list.AddContVar("a", "", 0, 1, 5, INBVariable::kInput);
+  list.AddWeightVar("w", "", INBVariable::kRound);
+  list.AddCatVar("y", "", 3, INBVariable::kStringCategorical, INBVariable::kOutput);
+  list.AddCatVar("b", "", 2, INBVariable::kNumericCategorical, INBVariable::kPossibleInput);
+  list.RemoveVar("a");
+  EXPECT_EQ(list.GetTargetIndex(), 1);
+  EXPECT_EQ(list.GetWeightIndex(), 0);
+  EXPECT_EQ(list.FindVariable("b"), 2);
+  EXPECT_EQ(list.FindVariable("a"), -1);
+  EXPECT_EQ(list.GetNOutputCats(), 3);
+  EXPECT_EQ(list.GetNumPossibleInputVars(), 1);
+  EXPECT_EQ(static_cast<const NBCatNumEncoder&>(*list.GetEncoderAt(2)).Decode(1), 1);
+}
+
+TEST(NBVarList, NamesConstantAndEmptyVariablesInUse) {
+  NBVarList list;
+  list.AddCatVar("y", "", 2, INBVariable::kNumericCategorical, INBVariable::kOutput);
+  list.AddCatVar("one", "", 1, INBVariable::kNumericCategorical, INBVariable::kInput);
+  list.AddContVar("flat", "", 3, 3, 5, INBVariable::kPossibleInput);
+  list.AddContVar("none", "", 1, 0, 5, INBVariable::kInput);
+  list.AddCatVar("gone", "", 0, INBVariable::kStringCategorical, INBVariable::kUnused);
+  std::vector<int> constant, empty;
+  EXPECT_FALSE(list.IsValidList(constant, empty, true));
+  EXPECT_THAT(constant, testing::ElementsAre(1, 2));
+  EXPECT_THAT(empty, testing::ElementsAre(3));
+  EXPECT_FALSE(list.IsValidList(constant, empty, false));
+  EXPECT_THAT(constant, testing::ElementsAre(1));
+  list.SetVariableRole(1, INBVariable::kUnused);
+  list.SetVariableRole(3, INBVariable::kUnused);
+  EXPECT_TRUE(list.IsValidList(constant, empty, false));
+}
+
+}  // namespace

@@ -1,0 +1,331 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+#include <numeric>
+#include <sstream>
+
+#include "naivebayes/BinaryRecordIterator.h"
+#include "naivebayes/NBAlgorithm.h"
+#include "naivebayes/NBFactory.h"
+#include "naivebayes/NBScaledProducts.h"
+#include "naivebayes/NBScoring.h"
+#include "tests/naivebayes/TestRecords.h"
+
+namespace {
+
+using MCCommon::Record;
+using nbtest::RandomData;
+using nbtest::Reference;
+using nbtest::TestRecords;
+
+constexpr double kMissing = MCMV::gMissingValue;
+const std::vector<int> kAll = {0, 1, 2, 3, 4, 5};
+
+NBAlgorithm MakeEmpty() { return NBAlgorithm(NaiveBayesSettings(), RandomData::MakeList(kAll)); }
+
+void ExpectSameModel(const NBAlgorithm& a, const NBAlgorithm& b) {
+  ASSERT_EQ(a.GetInputs().size(), b.GetInputs().size());
+  EXPECT_EQ(a.GetOutput().GetPriors(), b.GetOutput().GetPriors());
+  for (std::size_t j = 0; j < a.GetInputs().size(); ++j) {
+    const NBayesInput &x = a.GetInputs()[j], &y = b.GetInputs()[j];
+    EXPECT_EQ(x.GetVarIndex(), y.GetVarIndex());
+    for (int m = 0; m < x.GetNCategories(); ++m) {
+      for (int k = 0; k < x.GetNTargetCategories(); ++k) {
+        EXPECT_EQ(x.GetCount(m, k), y.GetCount(m, k));
+        EXPECT_EQ(x.GetProbability(m, k), y.GetProbability(m, k));
+      }
+    }
+  }
+}
+
+TEST(Model, EstimatesAndPosteriorsAgreeWithTheDefinition) {
+  const auto data = RandomData::Make(200, 1);
+  const Reference reference(data);
+  NBAlgorithm algorithm = MakeEmpty();
+  TestRecords source(data);
+  ASSERT_TRUE(algorithm.BuildModel(source, 200).IsOK());
+  for (int k = 0; k < 3; ++k) {
+    EXPECT_NEAR(algorithm.GetOutput().GetPriors()[k], reference.fvPriors[k], 1e-15);
+    for (int j = 0; j < RandomData::kInputs; ++j) {
+      for (std::size_t m = 0; m < reference.fvP[j].size(); ++m) {
+        EXPECT_NEAR(algorithm.GetInputs()[j].GetProbability(static_cast<int>(m), k),
+                    reference.fvP[j][m][k], 1e-15);
+      }
+    }
+  }
+  NBOutputStatistics expected(3), stats(3);
+  int nExcluded = 0;
+  for (const Record& record : data) {
+    NBOutput output(3), fromInputs(3);
+    ASSERT_FALSE(algorithm.ScoreFullRecord(record, output).IsError());
+    Record inputs(RandomData::kInputs);
+    for (std::size_t j = 0; j < inputs.Size(); ++j) inputs[j] = record[RandomData::kFirst + j];
+    ASSERT_FALSE(algorithm.Score(inputs, fromInputs).IsError());
+    EXPECT_EQ(output.GetOutProbabilities(), fromInputs.GetOutProbabilities());
+    for (int k = 0; k < 3; ++k) {
+      EXPECT_NEAR(output.GetOutProbabilities()[k], reference.Posterior(record, kAll, k), 1e-13);
+    }
+    ASSERT_FALSE(algorithm.ScoreAndAccum(record, output, true).IsError());
+    nExcluded += !Reference::IsValid(record);
+    if (Reference::IsValid(record)) {
+      expected.Accumulate(Reference::Class(record), output.GetWinningIndex(), record[1]);
+    }
+  }
+  EXPECT_TRUE(algorithm.ComputeOutputStats(source, stats, -1).IsOK());
+  EXPECT_EQ(stats.GetMisClassMatrixAsVecOfRows(), expected.GetMisClassMatrixAsVecOfRows());
+  EXPECT_EQ(algorithm.GetTrainOutStats()->GetMisClassMatrixAsVecOfRows(),
+            expected.GetMisClassMatrixAsVecOfRows());
+  EXPECT_EQ(stats.GetOverallError(), expected.GetOverallError());
+  EXPECT_EQ(algorithm.GetTestOutStats(), nullptr);
+  EXPECT_TRUE(source.HasMore()) << "rewound";
+  double validWeight, excludedWeight;
+  int nValid, excluded;
+  algorithm.GetNValidNExcluded(validWeight, excludedWeight, nValid, excluded);
+  EXPECT_EQ(validWeight, reference.fN);
+  EXPECT_EQ(nValid + excluded, 200);
+  EXPECT_EQ(excluded, nExcluded);
+}
+
+TEST(Model, SeveralBatchesGiveTheModelOfOne) {
+  const auto data = RandomData::Make(300, 7);
+  NBAlgorithm one = MakeEmpty(), several = MakeEmpty();
+  TestRecords source(data), batches(data);
+  ASSERT_TRUE(one.Update(source, 1000).IsOK());
+  // Limits count accepted records; the stream goes on where the batch before stopped.
+  while (batches.HasMore()) ASSERT_TRUE(several.Update(batches, 70).IsOK());
+  ExpectSameModel(one, several);
+  EXPECT_EQ(one.GetTotalWeight(), several.GetTotalWeight());
+}
+
+TEST(Model, AWeightOfTwoIsTwoRecords) {
+  auto data = RandomData::Make(100, 3);
+  std::vector<Record> twice;
+  for (Record& r : data) {
+    r[1] = 2;
+    Record single = r;
+    single[1] = 1;
+    twice.insert(twice.end(), {single, single});
+  }
+  NBAlgorithm weighted = MakeEmpty(), copied = MakeEmpty();
+  TestRecords a(data), b(twice);
+  ASSERT_TRUE(weighted.BuildModel(a, 1000).IsOK());
+  ASSERT_TRUE(copied.BuildModel(b, 1000).IsOK());
+  ExpectSameModel(weighted, copied);
+}
+
+TEST(Model, MergedModelsAreTheModelOfAllRecords) {
+  // Each half leaves other bins empty, and numbers the categories of its own values.
+  auto low = RandomData::Make(150, 4), high = RandomData::Make(150, 5);
+  for (Record& r : low) r[7] = r[7] > 5 ? 5 : r[7];
+  for (Record& r : high) r[7] = r[7] < 5 ? 5.5 : r[7];
+  auto all = low;
+  all.insert(all.end(), high.begin(), high.end());
+  NBAlgorithm a = MakeEmpty(), b = MakeEmpty(), whole = MakeEmpty();
+  TestRecords lowSource(low), highSource(high), allSource(all);
+  ASSERT_TRUE(a.BuildModel(lowSource, 1000).IsOK());
+  ASSERT_TRUE(b.BuildModel(highSource, 1000).IsOK());
+  ASSERT_TRUE(whole.BuildModel(allSource, 1000).IsOK());
+  ASSERT_TRUE(a.MergeModel(&b, true).IsOK());
+  ExpectSameModel(a, whole);
+  NBOutputStatistics merged(3), expected(3);
+  ASSERT_TRUE(a.ComputeOutputStats(allSource, merged, -1).IsOK());
+  ASSERT_TRUE(whole.ComputeOutputStats(allSource, expected, -1).IsOK());
+  EXPECT_EQ(merged.GetMisClassMatrixAsVecOfRows(), expected.GetMisClassMatrixAsVecOfRows());
+  NBAlgorithm other(NaiveBayesSettings(), RandomData::MakeList({0, 1}));
+  ASSERT_TRUE(other.BuildModel(allSource, 1000).IsOK());
+  EXPECT_EQ(a.MergeModel(&other, true).GetErrorCode(), MCNaive::kModelsDiffer);
+  EXPECT_TRUE(a.GetStatus().IsOK());
+}
+
+TEST(Model, MergingMatchesCategoriesByTheirValues) {
+  const auto make = [](const std::vector<double>& target, const std::vector<std::string>& input,
+                       const std::vector<Record>& records) {
+    NBVarList list;
+    list.AddCatVar("y", "", target, INBVariable::kOutput);
+    list.AddCatVar("x", "", input, INBVariable::kInput);
+    auto algorithm = std::make_unique<NBAlgorithm>(NaiveBayesSettings(), list);
+    TestRecords source(records);
+    EXPECT_TRUE(algorithm->BuildModel(source, 100).IsOK());
+    return algorithm;
+  };
+  const auto a = make({10, 20}, {"p", "q"}, {Record({0, 0}), Record({1, 1}), Record({1, 0})});
+  const auto b = make({20, 30}, {"r", "p"}, {Record({0, 0}), Record({1, 1})});
+  ASSERT_TRUE(a->MergeModel(b.get(), true).IsOK());
+  EXPECT_EQ(a->GetNTargetCategories(), 3);
+  EXPECT_EQ(a->GetTargetCategoryCount(1), 3);  // 20: two here, one there
+  const NBayesInput& x = a->GetInputs()[0];
+  ASSERT_EQ(x.GetNCategories(), 3);
+  EXPECT_EQ(x.GetCount(2, 1), 1);  // "r" with 20
+  EXPECT_EQ(x.GetCount(0, 2), 1);  // "p" with 30
+  NBOutput output(3);
+  EXPECT_TRUE(a->ScoreFullRecord(Record({0, 2}), output).IsOK());
+  EXPECT_EQ(output.GetWinningIndex(), 1);
+}
+
+TEST(Model, TiesGoToTheLargerCountButNeverBeforeTheSecondTie) {
+  const struct {
+    std::vector<double> probabilities, counts;
+    int winner;
+  } cases[] = {{{0.2, 0.5, 0.5, 0.5}, {1, 3, 9, 4}, 2}, {{0.5, 0.5}, {1, 9}, 0},
+               {{0.4, 0.4, 0.4}, {1, 9, 5}, 2},         {{0.4, 0.4, 0.4}, {5, 9, 5}, 0},
+               {{0.1, 0.4, 0.4}, {5, 3, 3}, 1},         {{1.0}, {1}, 0}};
+  for (const auto& c : cases) {
+    NBayesOutput output;
+    output.Setup(static_cast<int>(c.counts.size()));
+    for (std::size_t k = 0; k < c.counts.size(); ++k) {
+      const auto target = static_cast<std::int32_t>(k);
+      output.AddCases(&target, &c.counts[k], 1);
+    }
+    EXPECT_EQ(NBScoring::SelectWinner(c.probabilities, output), c.winner);
+  }
+}
+
+TEST(Model, AnInputNeverSeenHasProbabilitiesOneOverN) {
+  NBayesInputBase input;
+  input.Setup(3, 2);
+  EXPECT_EQ(input.ComputeProbabilities(0.25), 0);
+  EXPECT_EQ(input.GetProbability(2, 1), 0.25);
+  input.Setup(0.5, {{3, 1}, {}, {1}});  // short rows are filled, empty ones do not smooth
+  EXPECT_EQ(input.GetNNonEmpty(), 2);
+  EXPECT_DOUBLE_EQ(input.GetProbability(0, 0), 3.5 / 5);
+  EXPECT_DOUBLE_EQ(input.GetProbability(1, 0), 0.5 / 5);
+  EXPECT_DOUBLE_EQ(input.GetProbability(2, 1), 0.5 / 2);
+}
+
+TEST(Model, ACaseWithoutValidInputTrainsThePriorsAndScoresToThem) {
+  NBVarList list;
+  list.AddCatVar("y", "", 3, INBVariable::kNumericCategorical, INBVariable::kOutput);
+  list.AddCatVar("x", "", 2, INBVariable::kNumericCategorical, INBVariable::kInput);
+  NBAlgorithm algorithm(NaiveBayesSettings(), list);
+  TestRecords source(
+      {Record({0, 0}), Record({1, 1}), Record({1, kMissing}), Record({kMissing, 1})});
+  ASSERT_TRUE(algorithm.BuildModel(source, 10).IsOK());
+  EXPECT_EQ(algorithm.GetTargetCategoryCount(1), 2);
+  const double n = 3, all = n + 3 / n;  // three target categories share one by N, two have counts
+  NBOutput output(3);
+  for (double missing : {kMissing, -1.0, std::nan("")}) {
+    EXPECT_EQ(algorithm.ScoreAndAccum(Record({1, missing}), output, false),
+              MCNaive::Warning(MCNaive::kAllInputsMissing));
+    EXPECT_NEAR(output.GetOutProbabilities()[1], (2 + 1 / n) / all, 1e-15);
+    EXPECT_NEAR(output.GetOutProbabilities()[2], (1 / n) / all, 1e-15);
+    EXPECT_EQ(output.GetWinningIndex(), 1);
+  }
+  EXPECT_TRUE(algorithm.ScoreAndAccum(Record({kMissing, 1}), output, false).IsOK());
+  EXPECT_EQ(algorithm.GetTestOutStats()->GetTotalWeight(), 3);
+  NBOutput untouched(3);
+  const MCNaive::MCStatus high = algorithm.ScoreFullRecord(Record({1, 2}), untouched);
+  EXPECT_TRUE(high.IsWarning());
+  EXPECT_EQ(high.GetErrorCode(), MCNaive::kCodeOutOfRange);
+  EXPECT_EQ(untouched.GetWinningIndex(), -1);
+  EXPECT_EQ(algorithm.Score(Record(2), output).GetErrorCode(), MCNaive::kWrongRecordSize);
+  EXPECT_EQ(algorithm.ScoreFullRecord(Record(1), output).GetErrorCode(), MCNaive::kWrongRecordSize);
+}
+
+TEST(Model, ScoresTenThousandInputsAndLeavesFewInputsAsTheyAre) {
+  // Input j favours class 0 in the first half and class 1 in the second, by factors far beyond the
+  // range of a double; what is left in the end is the prior.
+  constexpr int kInputs = 10000;
+  NBayesInputBase first, second;
+  first.Setup(1e-6, {{1000, 10}, {10, 1000}});
+  second.Setup(1e-6, {{10, 1000}, {1000, 10}});
+  NBScaledProducts products;
+  products.Reset({0.25, 0.75}, 2);
+  const std::int32_t codes[] = {0, 1}, halfMissing[] = {0, -1};
+  for (int j = 0; j < kInputs / 2; ++j) products.Multiply(first, codes);
+  products.Align();
+  std::vector<double> p(2);
+  NBScoring::Normalize(products, 0, p);
+  EXPECT_EQ(p[0], 1);
+  NBScoring::Normalize(products, 1, p);
+  EXPECT_EQ(p[1], 1);
+  for (int j = 0; j < kInputs / 2; ++j) products.Multiply(second, codes);
+  products.Align();
+  for (std::size_t i : {0u, 1u}) {
+    NBScoring::Normalize(products, i, p);
+    EXPECT_NEAR(p[0], 0.25, 1e-10);
+    const double log2Value = std::log2(products.SumOf(i)) + products.Exponent(i);
+    const double expected =
+        kInputs / 2.0 *
+        (std::log2(first.GetProbability(0, 0)) + std::log2(first.GetProbability(1, 0)));
+    EXPECT_NEAR(log2Value, expected, 1e-8);
+  }
+  products.Reset({0.25, 0.75}, 2);
+  double plain[] = {0.25, 0.75};
+  for (int j = 0; j < 10; ++j) {
+    products.Multiply(first, halfMissing);
+    for (int k = 0; k < 2; ++k) plain[k] *= first.GetProbability(0, k);
+  }
+  products.Align();
+  EXPECT_EQ(products.Exponent(0), 0);
+  for (int k = 0; k < 2; ++k) EXPECT_EQ(products.Values(0)[k], plain[k]);
+  EXPECT_EQ(products.Values(1)[0], 0.25);
+}
+
+TEST(Model, ReportsWhatItsCallersDataLack) {
+  TestRecords none({}), one({Record({1, 1, 0, 0, 0, 0, 0, 1})}), good(RandomData::Make(50, 1));
+  TestRecords broken(RandomData::Make(50, 1));
+  broken.fFailAt = 20;
+  TestRecords narrow({Record(3), Record(3)});
+  const struct {
+    TestRecords* source;
+    int nRecords;
+    std::int64_t code;
+  } cases[] = {{&none, 10, MCNaive::kNoRecordsFound},
+               {&one, 10, MCNaive::kTooFewRecords},
+               {&good, 0, MCNaive::kNoRecordsToProcess},
+               {&broken, 50, MCNaive::kSourceFailed},
+               {&narrow, 10, MCNaive::kWrongRecordSize}};
+  for (const auto& c : cases) {
+    NBAlgorithm algorithm = MakeEmpty();
+    EXPECT_EQ(algorithm.BuildModel(*c.source, c.nRecords),
+              MCNaive::Error(static_cast<MCNaive::StatusCode>(c.code)));
+    EXPECT_FALSE(algorithm.IsModelBuilt());
+    EXPECT_EQ(algorithm.BuildModel(good, 50), algorithm.GetStatus()) << "errors stick";
+  }
+  NBOutput output(3);
+  EXPECT_EQ(MakeEmpty().Score(Record(6), output).GetErrorCode(), MCNaive::kNoPreparator);
+  NBAlgorithm cancelled = MakeEmpty();
+  cancelled.Cancel();
+  EXPECT_EQ(cancelled.BuildModel(good, 50).GetErrorCode(), MCNaive::kCancelled);
+}
+
+TEST(NBFactory, RefusesListsThatCannotTrain) {
+  NaiveBayesSettings settings;
+  NBVarList list = RandomData::MakeList(kAll);
+  NBFactory factory;
+  const auto algorithm = factory.CreateNBAlgorithm(settings, list);
+  ASSERT_NE(algorithm, nullptr);
+  EXPECT_THAT(algorithm->GetComponentVersion(),
+              testing::StartsWith("Naive Bayes Component Ver. 1.0"));
+  EXPECT_TRUE(algorithm->GetSettings() == settings);
+  std::ostringstream os;
+  algorithm->Display(os);
+  EXPECT_THAT(os.str(), testing::HasSubstr("Seed for random number generator = 876543"));
+  list.AddCatVar("one", "", 1, INBVariable::kNumericCategorical, INBVariable::kInput);
+  EXPECT_EQ(factory.CreateNBAlgorithm(settings, list), nullptr);
+  EXPECT_EQ(factory.GetStatus(), MCNaive::Error(MCNaive::kNotConstructed));
+}
+
+TEST(BinaryRecordIterator, TellsTheEndFromABrokenFile) {
+  MCNaive::BinaryRecordIterator null(nullptr, 2, "none");
+  EXPECT_EQ(null.GetFailReason(), MCCommon::RecordIterator::kReadError);
+  for (std::size_t values : {4u, 5u}) {
+    std::FILE* file = std::tmpfile();
+    const double written[] = {1, 2, 3, 4, 5};
+    std::fwrite(written, sizeof(double), values, file);
+    MCNaive::BinaryRecordIterator records(file, 2, "name");
+    for (int pass = 0; pass < 2; ++pass) {
+      ASSERT_TRUE(records.HasMore());
+      EXPECT_EQ((*records.NextRecord())[1], 2);
+      EXPECT_EQ((*records.NextRecord())[0], 3);
+      EXPECT_EQ(records.NextRecord(), nullptr);
+      EXPECT_EQ(records.GetFailReason(), values == 4 ? MCCommon::RecordIterator::kNoRecords
+                                                     : MCCommon::RecordIterator::kReadError);
+      EXPECT_TRUE(records.NewPass());
+    }
+  }
+}
+
+}  // namespace

@@ -1,0 +1,373 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+
+#include <csignal>
+#include <ctime>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+
+#include "naivebayes/MCRandom.h"
+#include "naivebayes/NBAlgorithm.h"
+#include "naivebayes/NBFormulas.h"
+#include "tests/naivebayes/TestRecords.h"
+
+namespace {
+
+using MCCommon::Record;
+using nbtest::RandomData;
+using nbtest::Reference;
+using nbtest::TestRecords;
+
+struct Outcome {
+  MCNaive::MCStatus fStatus;
+  std::vector<int> fvOrder;  // input positions
+  std::vector<double> fvLogLikelihoods;
+  std::vector<std::pair<int, double>> fvResults;
+  std::unique_ptr<NBAlgorithm> fpAlgorithm;
+};
+
+struct Request {
+  std::vector<int> fvForced = {};
+  int fSize = -1;
+  bool fbExact = false;
+  std::vector<Record> fvTest = {};
+  bool fbInMemory = true;
+  int fNReport = 99;
+  MCQueryCancel* fpCancel = nullptr;
+  std::string fTempDir = {};
+  ProgressListener* fpListener = nullptr;
+};
+
+Outcome Select(const std::vector<Record>& data, const Request& request) {
+  NaiveBayesSettings settings;
+  settings.SetMaxRecordsInMemory(request.fbInMemory ? 1000000 : 10);
+  settings.SetSampleSize4SimData(200);
+  settings.SetCancelPointer(request.fpCancel);
+  settings.SetTempDir(request.fTempDir);
+  settings.SetProgressListener(request.fpListener);
+  Outcome out;
+  out.fpAlgorithm = std::make_unique<NBAlgorithm>(settings, RandomData::MakeList(request.fvForced));
+  TestRecords source(data), test(request.fvTest);
+  out.fStatus = out.fpAlgorithm->SelectAttributes(
+      source, static_cast<int>(data.size()), out.fvOrder, out.fvLogLikelihoods, out.fvResults,
+      request.fSize, request.fbExact, request.fvTest.empty() ? nullptr : &test, -1,
+      request.fNReport);
+  for (int& variable : out.fvOrder) variable -= RandomData::kFirst;
+  return out;
+}
+
+std::vector<int> ChosenInputs(const NBAlgorithm& algorithm) {
+  std::vector<int> chosen;
+  for (const NBayesInput& input : algorithm.GetInputs()) {
+    chosen.push_back(input.GetVarIndex() - RandomData::kFirst);
+  }
+  return chosen;
+}
+
+TEST(Selection, AgreesWithTheDefinitionForEveryRuleAndForcedSet) {
+  for (unsigned seed : {1u, 2u, 3u}) {
+    const auto data = RandomData::Make(150, seed);
+    const auto testData = RandomData::Make(70, seed + 100);
+    const Reference reference(data);
+    for (const auto& forced : std::vector<std::vector<int>>{{}, {0}, {1, 5}}) {
+      const int nForced = static_cast<int>(forced.size());
+      const std::vector<int> order = reference.Forward(data, forced, 6);
+      for (bool test : {false, true}) {
+        Request request{forced};
+        if (test) request.fvTest = testData;
+        const Outcome out = Select(data, request);
+        ASSERT_TRUE(out.fStatus.IsOK()) << out.fStatus.GetErrorCode();
+        ASSERT_EQ(out.fvOrder, order);
+        std::vector<std::pair<double, int>> expected;
+        for (int s = std::max(nForced, 1); s <= 6; ++s) {
+          const std::vector<int> subset(order.begin(), order.begin() + s);
+          const double l = reference.LogLikelihood(data, subset);
+          EXPECT_NEAR(out.fvLogLikelihoods[s - 1], l, 1e-12);
+          const double n = reference.fN;
+          expected.emplace_back(
+              test ? -reference.LogLikelihood(testData, subset) : s * 0.5 * std::log(n) / n - l, s);
+        }
+        std::sort(expected.begin(), expected.end());
+        ASSERT_EQ(out.fvResults.size(),
+                  std::min<std::size_t>(expected.size(), 6 - nForced + (nForced > 0)));
+        for (std::size_t r = 0; r < out.fvResults.size(); ++r) {
+          EXPECT_EQ(out.fvResults[r].first, expected[r].second);
+          EXPECT_NEAR(out.fvResults[r].second, expected[r].first, 1e-12);
+        }
+        std::vector<int> chosen(order.begin(), order.begin() + expected[0].second);
+        std::sort(chosen.begin(), chosen.end());
+        EXPECT_EQ(ChosenInputs(*out.fpAlgorithm), chosen);
+        EXPECT_EQ(out.fpAlgorithm->GetNumberOfInputVars(), expected[0].second);
+      }
+      const Outcome exact = Select(data, {forced, nForced + 2, true});
+      EXPECT_EQ(exact.fvOrder, std::vector<int>(order.begin(), order.begin() + nForced + 2));
+      EXPECT_EQ(exact.fpAlgorithm->GetNumberOfInputVars(), nForced + 2);
+      EXPECT_TRUE(exact.fvResults.empty());
+      if (nForced > 0) {
+        EXPECT_NEAR(exact.fvLogLikelihoods[nForced - 1], reference.LogLikelihood(data, forced),
+                    1e-12);
+      }
+    }
+  }
+}
+
+TEST(Selection, FromATemporaryFileReportsTheTrainingDataNotTheSimulatedRecords) {
+  const auto data = RandomData::Make(400, 5);
+  const auto testData = RandomData::Make(80, 6);
+  const Reference reference(data);
+  const Outcome file = Select(data, {.fvForced = {2}, .fbInMemory = false});
+  ASSERT_TRUE(file.fStatus.IsOK());
+  ASSERT_EQ(file.fvOrder.size(), 6u);
+  for (int s = 1; s <= 6; ++s) {
+    const std::vector<int> subset(file.fvOrder.begin(), file.fvOrder.begin() + s);
+    EXPECT_NEAR(file.fvLogLikelihoods[s - 1], reference.LogLikelihood(data, subset), 1e-12);
+  }
+  // Same seed, same bits.
+  const Outcome again = Select(data, {.fvForced = {2}, .fbInMemory = false});
+  EXPECT_EQ(again.fvOrder, file.fvOrder);
+  EXPECT_EQ(again.fvLogLikelihoods, file.fvLogLikelihoods);
+  EXPECT_EQ(again.fvResults, file.fvResults);
+  // Where nothing is simulated, a store makes no difference, to the bit.
+  const Request forcedOnly{.fvForced = {0, 1, 2, 3, 4, 5}, .fSize = 7, .fvTest = testData};
+  Request forcedOnFile = forcedOnly;
+  forcedOnFile.fbInMemory = false;
+  const Outcome a = Select(data, forcedOnly), b = Select(data, forcedOnFile);
+  EXPECT_EQ(a.fStatus.GetErrorCode(), MCNaive::kSizeReduced);
+  EXPECT_EQ(a.fvResults, b.fvResults);
+  ASSERT_EQ(a.fvResults.size(), 1u);
+  EXPECT_EQ(a.fvLogLikelihoods[5], b.fvLogLikelihoods[5]);
+}
+
+TEST(Selection, SimulatedStepsFindTheInformativePredictors) {
+  const auto data = RandomData::Make(3000, 8);
+  NaiveBayesSettings::RNGChoice choices[] = {NaiveBayesSettings::kMersenneTwister,
+                                             NaiveBayesSettings::kOlderPortable,
+                                             NaiveBayesSettings::kLibrary};
+  for (auto choice : choices) {
+    NaiveBayesSettings settings;
+    settings.SetRNGOption(choice);
+    NBAlgorithm algorithm(settings, RandomData::MakeList());
+    TestRecords source(data);
+    std::vector<int> order;
+    std::vector<double> logLikelihoods;
+    std::vector<std::pair<int, double>> results;
+    ASSERT_TRUE(
+        algorithm
+            .SelectAttributes(source, 3000, order, logLikelihoods, results, 3, true, nullptr, 0, 0)
+            .IsOK());
+    // Inputs 4 and 5 are the ones most closely tied to the target, input 0 not at all.
+    EXPECT_THAT(order, testing::Contains(RandomData::kFirst + 4)) << choice;
+    EXPECT_THAT(order, testing::Not(testing::Contains(RandomData::kFirst))) << choice;
+  }
+}
+
+TEST(Selection, TheEarlierOfTwoEqualCandidatesEntersFirst) {
+  auto data = RandomData::Make(100, 3);
+  for (Record& r : data) r[RandomData::kFirst + 3] = r[RandomData::kFirst];
+  const Outcome out = Select(data, {});
+  const auto first = std::find(out.fvOrder.begin(), out.fvOrder.end(), 0);
+  EXPECT_LT(first, std::find(out.fvOrder.begin(), out.fvOrder.end(), 3));
+}
+
+TEST(Selection, DropsUselessPredictorsAndCountsWithoutThem) {
+  auto data = RandomData::Make(100, 4);
+  for (Record& r : data) r[RandomData::kFirst + 1] = 2;   // constant, forced
+  for (Record& r : data) r[RandomData::kFirst + 2] = -1;  // missing throughout, a candidate
+  const Reference reference(data);
+  for (bool inMemory : {true, false}) {
+    const Outcome out = Select(data, {.fvForced = {1, 3}, .fbInMemory = inMemory});
+    EXPECT_EQ(out.fStatus.GetErrorCode(), MCNaive::kPredictorDropped);
+    EXPECT_TRUE(out.fStatus.IsWarning());
+    EXPECT_EQ(out.fStatus.GetDiscreteDatum(0), RandomData::kFirst + 1);
+    ASSERT_EQ(out.fvOrder.size(), 4u);
+    EXPECT_EQ(out.fvOrder[0], 3);
+    EXPECT_EQ(out.fvResults.size(), 4u);
+    for (int s = 1; s <= 4; ++s) {
+      const std::vector<int> subset(out.fvOrder.begin(), out.fvOrder.begin() + s);
+      EXPECT_NEAR(out.fvLogLikelihoods[s - 1], reference.LogLikelihood(data, subset), 1e-12);
+    }
+  }
+}
+
+TEST(Selection, WithNoUsefulPredictorLeavesAModelOfThePriors) {
+  auto data = RandomData::Make(50, 4);
+  for (Record& r : data) {
+    for (int j = 0; j < RandomData::kInputs; ++j) r[RandomData::kFirst + j] = 0;
+  }
+  for (bool test : {false, true}) {
+    Request request;
+    if (test) request.fvTest = data;
+    const Outcome out = Select(data, request);
+    EXPECT_TRUE(out.fStatus.IsOK());
+    EXPECT_TRUE(out.fvResults.empty());
+    EXPECT_TRUE(out.fpAlgorithm->IsModelBuilt());
+    EXPECT_EQ(out.fpAlgorithm->GetNumberOfInputVars(), 0);
+  }
+}
+
+TEST(Selection, RefusesImpossibleRequests) {
+  const auto data = RandomData::Make(30, 1);
+  auto noTargets = data;
+  for (Record& r : noTargets) r[0] = -1;
+  auto oneRecord = noTargets;
+  oneRecord[3][0] = 1;
+  oneRecord[3][1] = 1;
+  auto highTarget = data;
+  highTarget[7][0] = 3;
+  highTarget[7][1] = 1;
+  const struct {
+    std::vector<Record> data, test;
+    int size;
+    std::int64_t code;
+  } cases[] = {{{}, {}, -1, MCNaive::kNoSelectionData},
+               {data, {}, 2, MCNaive::kSizeWithinForced},
+               {data, noTargets, -1, MCNaive::kNoTestRecords},
+               {noTargets, {}, -1, MCNaive::kNoRecordsFound},
+               {oneRecord, {}, -1, MCNaive::kTooFewRecords},
+               {highTarget, {}, -1, MCNaive::kCodeOutOfRange}};
+  for (const auto& c : cases) {
+    for (bool inMemory : {true, false}) {
+      const Outcome out = Select(
+          c.data, {.fvForced = {0, 1}, .fSize = c.size, .fvTest = c.test, .fbInMemory = inMemory});
+      EXPECT_TRUE(out.fStatus.IsError());
+      EXPECT_EQ(out.fStatus.GetErrorCode(), c.code);
+      EXPECT_FALSE(out.fpAlgorithm->IsModelBuilt());
+      NBOutput output(3);
+      EXPECT_EQ(out.fpAlgorithm->Score(Record(2), output), out.fStatus) << "errors stick";
+    }
+  }
+  const Outcome high = Select(highTarget, {});
+  EXPECT_EQ(high.fStatus.GetDiscreteDatum(0), 7);
+  EXPECT_EQ(high.fStatus.GetDiscreteDatum(1), 3);
+  EXPECT_EQ(high.fStatus.GetDiscreteDatum(2), 2);
+  EXPECT_EQ(high.fStatus.GetScaleDatum(0), 3.0);
+}
+
+class CancelAt : public MCQueryCancel {
+ public:
+  explicit CancelAt(int poll) : fLeft(poll) {}
+  bool IsCancel() override { return --fLeft < 0; }
+  int fLeft;
+};
+
+class TempDir {
+ public:
+  TempDir() : fPath(std::filesystem::path(testing::TempDir()) / "nbselection") {
+    std::filesystem::remove_all(fPath);
+    std::filesystem::create_directory(fPath);
+  }
+  ~TempDir() { std::filesystem::remove_all(fPath); }
+  bool IsEmpty() const { return std::filesystem::is_empty(fPath); }
+  std::filesystem::path fPath;
+};
+
+TEST(Selection, ACancelAtAnyPollEndsItAndLeavesNoFile) {
+  const TempDir dir;
+  const auto data = RandomData::Make(40, 2);
+  const auto testData = RandomData::Make(10, 9);
+  for (bool inMemory : {true, false}) {
+    int poll = 0;
+    for (bool finished = false; !finished; poll += 1 + poll / 20) {
+      CancelAt cancel(poll);
+      const Outcome out = Select(data, {.fvTest = testData,
+                                        .fbInMemory = inMemory,
+                                        .fpCancel = &cancel,
+                                        .fTempDir = dir.fPath.string() + "/"});
+      finished = out.fStatus.IsOK();
+      EXPECT_EQ(out.fpAlgorithm->IsModelBuilt(), finished);
+      ASSERT_EQ(out.fStatus.GetErrorCode(), finished ? 0 : 1) << poll;
+      ASSERT_TRUE(dir.IsEmpty());
+    }
+    EXPECT_GT(poll, 100);
+  }
+}
+
+TEST(Selection, AFullDiskAndAMissingDirectoryAreStatuses) {
+  const TempDir dir;
+  const auto data = RandomData::Make(2000, 2);
+  Request request{.fbInMemory = false, .fTempDir = dir.fPath.string() + "/"};
+  rlimit before;
+  getrlimit(RLIMIT_FSIZE, &before);
+  rlimit limit = before;
+  limit.rlim_cur = 20000;
+  const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+  setrlimit(RLIMIT_FSIZE, &limit);
+  const Outcome full = Select(data, request);
+  setrlimit(RLIMIT_FSIZE, &before);
+  std::signal(SIGXFSZ, handler);
+  EXPECT_EQ(full.fStatus, MCNaive::Error(MCNaive::kTemporaryFile));
+  EXPECT_TRUE(dir.IsEmpty());
+  request.fTempDir += "missing/";
+  EXPECT_EQ(Select(data, request).fStatus, MCNaive::Error(MCNaive::kTemporaryFile));
+}
+
+TEST(Selection, ATemporaryFileFollowsNothingPlantedUnderItsName) {
+  const TempDir dir;
+  const std::string prefix = dir.fPath.string() + "/t";
+  const auto victim = dir.fPath / "victim";
+  std::ofstream(victim) << "precious";
+  std::vector<std::string> planted;
+  for (std::time_t t = std::time(nullptr); planted.size() < 5; ++t) {
+    std::srand(static_cast<unsigned>(t));
+    planted.push_back(prefix + "_nb" + std::to_string(std::rand()) + ".tmp");
+    std::filesystem::create_symlink(victim, planted.back());
+  }
+  const Outcome out = Select(RandomData::Make(100, 2), {.fbInMemory = false, .fTempDir = prefix});
+  EXPECT_TRUE(out.fStatus.IsOK());
+  std::string content;
+  std::ifstream(victim) >> content;
+  EXPECT_EQ(content, "precious");
+  for (const auto& name : planted) EXPECT_TRUE(std::filesystem::is_symlink(name));
+}
+
+class Listener : public ProgressListener {
+ public:
+  void Report(const ProgressReport& report) override {
+    fvSelected.push_back(report.DiscreteMeasure("selectedPredictors"));
+    fvLeft.push_back(report.DiscreteMeasure("candidatePredictors"));
+    EXPECT_EQ(report.DiscreteMeasure("maxPredictors"), 6);
+    EXPECT_EQ(report.DiscreteMeasure("other"), -1);
+    EXPECT_GE(report.ScaleMeasure("elapsedTime"), 0);
+    EXPECT_EQ(report.ScaleMeasure("other"), MCMV::gMissingValue);
+  }
+  std::vector<long> fvSelected, fvLeft;
+};
+
+TEST(Selection, ReportsEachStepAndNothingElse) {
+  Listener listener;
+  const Outcome out =
+      Select(RandomData::Make(60, 2), {.fvForced = {0, 1}, .fpListener = &listener});
+  EXPECT_THAT(listener.fvSelected, testing::ElementsAre(3, 4, 5, 6));
+  EXPECT_THAT(listener.fvLeft, testing::ElementsAre(3, 2, 1, 0));
+}
+
+TEST(NBFormulas, SizesAndReportCountsFollowTheirRules) {
+  EXPECT_EQ(NBFormulas::ComputeAutomaticSize(0, 10), 10);
+  EXPECT_EQ(NBFormulas::ComputeAutomaticSize(0, 99), 20);
+  EXPECT_EQ(NBFormulas::ComputeAutomaticSize(0, 150), 30);
+  EXPECT_EQ(NBFormulas::ComputeAutomaticSize(0, 1000), 100);
+  EXPECT_EQ(NBFormulas::ComputeAutomaticSize(5, 45), 25);
+  EXPECT_EQ(NBFormulas::ComputeReportCount(0, 0, 10), 5);
+  EXPECT_EQ(NBFormulas::ComputeReportCount(0, 0, 3), 3);
+  EXPECT_EQ(NBFormulas::ComputeReportCount(11, 2, 10), 11);
+  EXPECT_EQ(NBFormulas::ComputeReportCount(7, 2, 10), 7);
+}
+
+TEST(MCRandom, DrawsThePublishedSequences) {
+  MCNaiveBayes::MCRandom twister(5489, true, true, nullptr);
+  double u = 0;
+  for (int i = 0; i < 10000; ++i) u = twister.GetRandom();
+  EXPECT_EQ(u, (4123659995.0 + 0.5) / 4294967296.0);  // the 10,000th number the standard names
+  MCNaiveBayes::MCRandom older(1, true, false, nullptr);
+  EXPECT_EQ(older.GetRandom(), 397204094 / 2147483648.0);
+  // 397204094^2 mod (2^31 - 1), by exact integer arithmetic.
+  EXPECT_EQ(older.GetRandom(),
+            static_cast<double>(397204094ull * 397204094ull % 2147483647ull) / 2147483648.0);
+  MCNaiveBayes::MCRandom zero(0, true, false, nullptr);
+  EXPECT_EQ(zero.GetRandom(), 0);
+  EXPECT_EQ(zero.GetRandom(), 0);
+}
+
+}  // namespace
