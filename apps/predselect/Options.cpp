@@ -1,7 +1,10 @@
 #include "apps/predselect/Options.h"
 
 #include <CLI/CLI.hpp>
-#include <map>
+#include <iostream>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/Version.h"
@@ -70,18 +73,34 @@ void AddDataOptions(CLI::App& command, DataOptions& data) {
                    "Read the file again on every pass instead of keeping it in memory");
 }
 
+// An option that takes one of a few words.
+template <class Value>
+void AddChoice(CLI::App& command, const std::string& name, Value& value,
+               const std::vector<std::pair<std::string, Value>>& choices, const std::string& help) {
+  std::string words;
+  for (const auto& choice : choices) words += (words.empty() ? "" : "|") + choice.first;
+  const auto take = [&value, choices, words, name](const std::string& word) {
+    for (const auto& choice : choices) {
+      if (choice.first == word) {
+        value = choice.second;
+        return;
+      }
+    }
+    throw CLI::ValidationError(name, "\"" + word + "\" is none of " + words);
+  };
+  command.add_option_function<std::string>(name, take, help)->type_name(words);
+}
+
 void AddResultOptions(CLI::App& command, ResultOptions& result) {
-  command.add_option("--format", result.fFormat, "text (default) or json")
-      ->transform(CLI::CheckedTransformer(std::map<std::string, OutputFormat>{
-          {"text", OutputFormat::kText}, {"json", OutputFormat::kJson}}))
-      ->type_name("FORMAT");
+  AddChoice<OutputFormat>(command, "--format", result.fFormat,
+                          {{"text", OutputFormat::kText}, {"json", OutputFormat::kJson}},
+                          "A page to read (default), or a document for programs");
   command
       .add_option("-o,--output", result.fFile, "Write the results here (default: standard output)")
       ->type_name("FILE");
-  command.add_option("--color", result.fColor, "auto (default), always or never")
-      ->transform(CLI::CheckedTransformer(std::map<std::string, Color>{
-          {"auto", Color::kAuto}, {"always", Color::kAlways}, {"never", Color::kNever}}))
-      ->type_name("WHEN");
+  AddChoice<Color>(command, "--color", result.fColor,
+                   {{"auto", Color::kAuto}, {"always", Color::kAlways}, {"never", Color::kNever}},
+                   "Colours in text (default: auto, on a terminal only)");
   command.add_flag("--quiet", result.fbQuiet, "No warnings and no progress on standard error");
 }
 
@@ -96,17 +115,17 @@ Options ParseOptions(int argc, char** argv) {
 
   CLI::App* run = app.add_subcommand("run", "Run commands over a table");
   AddDataOptions(*run, options.fData);
-  auto* commands = run->add_option_group("commands");
-  commands->add_option("-c,--command", options.fCommandText, "The commands to run")
-      ->type_name("TEXT");
-  commands->add_option("-f,--file", options.fCommandFile, "File that holds the commands to run")
-      ->type_name("FILE");
-  commands->require_option(1);
+  CLI::Option* text = run->add_option("-c,--command", options.fCommandText, "The commands to run")
+                          ->type_name("TEXT");
+  run->add_option("-f,--file", options.fCommandFile, "File that holds them; - is standard input")
+      ->type_name("FILE")
+      ->excludes(text);
   AddResultOptions(*run, options.fResult);
   run->add_option("--save-data", options.fSaveData,
                   "Write the table with the new variables: .csv, .tsv, .parquet or .feather")
       ->type_name("FILE");
-  run->add_flag("!--no-progress", options.fResult.fbProgress, "No progress line");
+  run->add_flag_callback(
+      "--no-progress", [&options] { options.fResult.fbProgress = false; }, "No progress line");
   run->footer(std::string("Commands:\n") + kCommandSyntax + kRunNotes);
 
   CLI::App* describe = app.add_subcommand(
@@ -116,6 +135,9 @@ Options ParseOptions(int argc, char** argv) {
 
   try {
     app.parse(argc, argv);
+    if (run->parsed() && options.fCommandText.empty() && options.fCommandFile.empty()) {
+      throw CLI::RequiredError("-c or -f");
+    }
     options.fAction = run->parsed() ? Options::kRun : Options::kDescribe;
   } catch (const CLI::ParseError& error) {
     options.fExitCode = ReportUsage(app, error);
