@@ -30,6 +30,7 @@ int FindVariable(DataTable& table, const std::string& name, const std::string& o
   const int index = KOVA_DataSource(table).FindVariable(name);
   if (index >= 0) return index;
   std::vector<std::string> names;
+  names.reserve(static_cast<std::size_t>(table.ColumnCount()));
   for (int i = 0; i < table.ColumnCount(); ++i) names.push_back(table.GetVariable(i).GetName());
   const std::string nearest = MCHost::NearestWord(name, names);
   throw UsageError(option + ": the data have no variable \"" + name + "\"" +

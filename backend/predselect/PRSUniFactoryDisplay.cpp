@@ -62,6 +62,7 @@ void PRSUniFactory::DisplayCriterion(std::ostream& log, MCFSCommon::RankCriteria
   std::vector<double> values;
   if (fpAlgorithm->GetTopPredictors(criterion, top, values, 0).IsError()) return;
   std::vector<std::string> texts;
+  texts.reserve(values.size());
   for (const double value : values) texts.push_back(std::to_string(value));
   DisplayTop(log, "Top predictor", top);
   DisplayList(log, "Top predictor critical values:", texts);

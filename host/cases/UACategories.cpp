@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <numeric>
 #include <utility>
@@ -67,7 +68,8 @@ void UACategories::EncodeStrings(const MCHost::ColumnView& cells, std::size_t n,
   const auto needed = static_cast<std::size_t>(cells.fpDictionary->Size()) + 1;
   if (fStringCodes.size() < needed) fStringCodes.resize(needed, kNotMet);
   for (std::size_t i = 0; i < n; ++i) {
-    double& code = fStringCodes[static_cast<std::size_t>(cells.fpCodes[i] + 1)];
+    const std::int64_t place = std::int64_t{cells.fpCodes[i]} + 1;  // missing is -1
+    double& code = fStringCodes[static_cast<std::size_t>(place)];
     if (std::isnan(code)) {
       const std::string& text = cells.fpDictionary->At(cells.fpCodes[i]);
       code = Add(KOVA_Value(text), fpUserMissing && fpUserMissing->Contains(text));
