@@ -17,6 +17,8 @@ else()
   if(PredSelectArrow_ROOT)
     file(GLOB arrow ${PredSelectArrow_ROOT}/libarrow.so.*)
     file(GLOB parquet ${PredSelectArrow_ROOT}/libparquet.so.*)
+    # Where an installed program finds them; a system package needs no such word.
+    set(PredSelectArrow_RUNTIME_DIR ${PredSelectArrow_ROOT})
     add_library(PredSelect::Arrow INTERFACE IMPORTED)
     target_include_directories(PredSelect::Arrow SYSTEM INTERFACE ${PredSelectArrow_ROOT}/include)
     target_link_libraries(PredSelect::Arrow INTERFACE ${arrow} ${parquet})

@@ -10,5 +10,6 @@ cmake --install "$build" --prefix "$folder/installed" >/dev/null
 cmake -S "$project" -B "$folder/build" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
   -DCMAKE_PREFIX_PATH="$folder/installed" -DCMAKE_CXX_FLAGS="-Wall -Wextra $flags" >/dev/null
 cmake --build "$folder/build"
+"$folder/installed/bin/predselect" --version >/dev/null
 "$folder/build/$program" >"$folder/printed"
 diff -u "$expected" "$folder/printed"
