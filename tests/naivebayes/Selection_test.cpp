@@ -254,7 +254,11 @@ class CancelAt : public MCQueryCancel {
 
 class TempDir {
  public:
-  TempDir() : fPath(std::filesystem::path(testing::TempDir()) / "nbselection") {
+  // A folder of its own for each test, so that tests may run side by side.
+  TempDir()
+      : fPath(std::filesystem::path(testing::TempDir()) /
+              (std::string("nbselection-") +
+               testing::UnitTest::GetInstance()->current_test_info()->name())) {
     std::filesystem::remove_all(fPath);
     std::filesystem::create_directory(fPath);
   }
