@@ -5,9 +5,7 @@
 // branches on where an entry stands. Entries are those with a weight above zero.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
-#include <utility>
 #include <vector>
 
 #include "feature/FSMapIStat.h"

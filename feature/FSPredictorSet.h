@@ -23,7 +23,6 @@
 #include "feature/MCFSCommon.h"
 #include "feature/MCStatus.h"
 
-class FSReporter;
 class FSSettings;
 
 class FSPredictorSet {
@@ -114,7 +113,6 @@ class FSPredictorSet {
                                  bool warn);
   MCFeature::MCStatus EndOfPass(bool weighted, bool warn);
   void CountCase(double weight, double target, bool valid);
-  void Report(FSReporter& reporter) const;
   void Remove(const std::vector<std::pair<int, int>>& found);
   template <class Reason>
   void RemoveWhere(Reason reason);
