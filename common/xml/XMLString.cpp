@@ -2,6 +2,7 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <xercesc/util/XMLChar.hpp>
@@ -85,6 +86,7 @@ XMLString XMLString::Create(std::string_view text) {
 }
 
 XMLString XMLString::Create(double value) {
+  if (!std::isfinite(value)) throw XMLError("a number that is not finite has no place in XML");
   std::array<char, 32> digits{};
   const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
   return XMLString(std::string(digits.data(), end));
