@@ -85,7 +85,8 @@ void BM_ForwardSelection(benchmark::State& state) {
     std::vector<double> logLikelihoods;
     std::vector<std::pair<int, double>> results;
     if (algorithm
-            .SelectAttributes(data, cases, order, logLikelihoods, results, 10, false, nullptr, 0, 0)
+            .SelectAttributes(data, cases, order, logLikelihoods, results, 10, false, nullptr, 0, 0,
+                              nullptr, nullptr)
             .IsError()) {
       state.SkipWithError("selection failed");
     }

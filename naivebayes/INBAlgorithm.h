@@ -25,6 +25,8 @@
 #include "naivebayes/NBVarList.h"
 #include "naivebayes/NaiveBayesSettings.h"
 
+struct MCApplicInfo4XML;
+
 class INBAlgorithm {
  public:
   virtual ~INBAlgorithm() = default;
@@ -72,15 +74,18 @@ class INBAlgorithm {
   //   test: original records for the test criterion, at most nTest of them (below 0: all); null for
   //         pseudo-BIC.
   //   selected: variable indices in order of entry. logLikelihoods: by subset size. results: the
-  //   best
-  //         nReport (0: five) pairs of size and criterion, best first.
-  // Errors as for BuildModel, and 70001, 70002, 70003, 70008, 70013. Warnings also 70014.
+  //         best nReport (0: five) pairs of size and criterion, best first.
+  //   xml: receives the result as a NaiveBayesAttrSelection document (modelfiles/dtd), whose header
+  //         says what `appInfo` says (null: what the component says of itself); null for none.
+  // Errors as for BuildModel, and 70001, 70002, 70003, 70008, 70013. Warnings also 70014, and 70006
+  // when the document, and only it, could not be written.
   virtual MCNaive::MCStatus SelectAttributes(MCCommon::MultiPassRecordIter& data, int nRecords,
                                              std::vector<int>& selected,
                                              std::vector<double>& logLikelihoods,
                                              std::vector<std::pair<int, double>>& results, int size,
                                              bool exact, MCCommon::MultiPassRecordIter* test,
-                                             int nTest, int nReport) = 0;
+                                             int nTest, int nReport, std::ostream* xml,
+                                             MCApplicInfo4XML* appInfo) = 0;
 
   // Adds another built model's counts to this one, categories matched by their values. Without
   // `computeProbabilities` only counts are added, and a later merge brings the estimates up to

@@ -19,6 +19,8 @@ enum StatusCode : std::int64_t {
   kNoSelectionData = 70002,     // the data of a selection hold no record
   kNoTestRecords = 70003,       // no valid record in the test sample
   kSourceFailed = 70004,        // the caller's records could not be read to their end
+  kNoInputToExport = 70005,     // a model without any input has no model document
+  kTextNotForXML = 70006,       // a text or number that XML cannot hold; data: variable, or -1
   kNoRecordsToProcess = 70007,  // the number of records is below 1, or a pass cannot start
   kEmptyTestSample = 70008,     // a test sample is given with no records
   kModelsDiffer = 70009,        // models that cannot be merged; data: variable, or -1

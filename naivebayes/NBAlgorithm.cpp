@@ -284,7 +284,7 @@ MCStatus NBAlgorithm::SelectAttributes(MultiPassRecordIter& data, int nRecords,
                                        std::vector<double>& logLikelihoods,
                                        std::vector<std::pair<int, double>>& results, int size,
                                        bool exact, MultiPassRecordIter* test, int nTest,
-                                       int nReport) {
+                                       int nReport, std::ostream* xml, MCApplicInfo4XML* appInfo) {
   selected.clear();
   logLikelihoods.clear();
   results.clear();
@@ -301,6 +301,9 @@ MCStatus NBAlgorithm::SelectAttributes(MultiPassRecordIter& data, int nRecords,
   }
   if (!Raise(done).IsError() && !fCancel.IsCancel()) {
     selection.fpSelector->GetLoglikelihood(logLikelihoods);
+    if (xml != nullptr) {
+      static_cast<void>(Raise(selection.fpSelector->ExportXML(*xml, test != nullptr, appInfo)));
+    }
     KeepChosenInputs();
   }
   fbBuilt = !MustStop();

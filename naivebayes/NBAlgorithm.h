@@ -45,7 +45,8 @@ class NBAlgorithm : public INBAlgorithm {
                                      std::vector<double>& logLikelihoods,
                                      std::vector<std::pair<int, double>>& results, int size,
                                      bool exact, MCCommon::MultiPassRecordIter* test, int nTest,
-                                     int nReport) override;
+                                     int nReport, std::ostream* xml,
+                                     MCApplicInfo4XML* appInfo) override;
   MCNaive::MCStatus MergeModel(const INBAlgorithm* other, bool computeProbabilities) override;
   void GetNValidNExcluded(double& validWeight, double& excludedWeight, int& nValid,
                           int& nExcluded) const override;

@@ -13,6 +13,7 @@
 // caller's.
 #pragma once
 
+#include <iosfwd>
 #include <utility>
 #include <vector>
 
@@ -29,6 +30,10 @@
 
 class NBDataPreparator;
 class NBVarList;
+struct MCApplicInfo4XML;
+namespace MCCommonXML {
+class XMLElement;
+}
 
 class NBAttributeSelector {
  public:
@@ -62,6 +67,12 @@ class NBAttributeSelector {
   // The sizes of the last selection as (criterion, size) in rank order; empty for an exact size.
   const std::vector<std::pair<double, int>>& GetResults() const { return fvResults; }
   const std::vector<int>& GetSelectionOrder() const { return fvOrder; }
+
+  // Writes the last selection as a NaiveBayesAttrSelection document: the order of entry, and the
+  // sizes of GetResults() (an exact size: the one subset). `testData` names the criterion. Status 1
+  // after a cancel, and nothing is written; warning 70006, with the variable as datum 0 (-1: the
+  // application), for a text that XML cannot hold, and nothing is written either.
+  MCNaive::MCStatus ExportXML(std::ostream& os, bool testData, MCApplicInfo4XML* appInfo) const;
 
   // A(j) = sum over k and m of N(j,m,k) / N * log P(m|k).
   double ComputeAJTerm(int input, double n) const;
@@ -108,6 +119,7 @@ class NBAttributeSelector {
   // Returns how many candidates were chosen.
   int UpdateVarlist(int size);
   MCNaive::MCStatus FailureStatus() const;
+  void AddSubset(MCCommonXML::XMLElement& root, int size, const double* criterion, int rank) const;
   int FirstSize() const { return fNForced > 1 ? fNForced : 1; }
   int NSizes() const { return static_cast<int>(fvOrder.size()); }
 

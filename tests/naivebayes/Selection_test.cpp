@@ -38,6 +38,7 @@ struct Request {
   MCQueryCancel* fpCancel = nullptr;
   std::string fTempDir = {};
   ProgressListener* fpListener = nullptr;
+  std::ostream* fpXML = nullptr;
 };
 
 Outcome Select(const std::vector<Record>& data, const Request& request) {
@@ -53,7 +54,7 @@ Outcome Select(const std::vector<Record>& data, const Request& request) {
   out.fStatus = out.fpAlgorithm->SelectAttributes(
       source, static_cast<int>(data.size()), out.fvOrder, out.fvLogLikelihoods, out.fvResults,
       request.fSize, request.fbExact, request.fvTest.empty() ? nullptr : &test, -1,
-      request.fNReport);
+      request.fNReport, request.fpXML, nullptr);
   for (int& variable : out.fvOrder) variable -= RandomData::kFirst;
   return out;
 }
@@ -153,10 +154,10 @@ TEST(Selection, SimulatedStepsFindTheInformativePredictors) {
     std::vector<int> order;
     std::vector<double> logLikelihoods;
     std::vector<std::pair<int, double>> results;
-    ASSERT_TRUE(
-        algorithm
-            .SelectAttributes(source, 3000, order, logLikelihoods, results, 3, true, nullptr, 0, 0)
-            .IsOK());
+    ASSERT_TRUE(algorithm
+                    .SelectAttributes(source, 3000, order, logLikelihoods, results, 3, true,
+                                      nullptr, 0, 0, nullptr, nullptr)
+                    .IsOK());
     // Inputs 4 and 5 are the ones most closely tied to the target, input 0 not at all.
     EXPECT_THAT(order, testing::Contains(RandomData::kFirst + 4)) << choice;
     EXPECT_THAT(order, testing::Not(testing::Contains(RandomData::kFirst))) << choice;
