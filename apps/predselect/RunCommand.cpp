@@ -55,7 +55,7 @@ std::string ReadCommandText(const Options& options) {
   return text;
 }
 
-// A session that tells the document which macros a command has set.
+// A session that tells the document which macros a command has set and which files it has written.
 class RunSession : public MCHost::Session {
  public:
   RunSession(DataTable& table, MCHost::OutputDocument& document)
@@ -64,6 +64,9 @@ class RunSession : public MCHost::Session {
   void SetMacro(const std::string& name, const std::vector<std::string>& values) override {
     Session::SetMacro(name, values);
     fDocument.CurrentRun().fMacros.emplace_back(name, values);
+  }
+  void ReportFile(const std::string& path) override {
+    fDocument.CurrentRun().fFiles.push_back(path);
   }
 
  private:

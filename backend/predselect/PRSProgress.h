@@ -1,5 +1,7 @@
-// Tells the session how far the engine has come.
+// Tells the session how far the engine, or a pass of the driver's own, has come.
 #pragma once
+
+#include <cstdint>
 
 #include "common/Progress.h"
 
@@ -9,6 +11,9 @@ class PRSProgress : public ProgressListener {
   // engine's blocks long.
   static constexpr int kRecords = 4096;
 
-  // REQUIRES: a session is installed for this thread.
+  // REQUIRES, here and below: a session is installed for this thread.
   void Report(const ProgressReport& report) override;
+
+  // "Reading the data: 4096 cases".
+  static void Show(const char* phase, std::int64_t cases);
 };

@@ -6,11 +6,15 @@
 #include "common/MCAssert.h"
 #include "feature/FSSettings.h"
 #include "host/cases/MCStopProcessor.h"
+#include "host/cases/UAUniformRandom.h"
 #include "host/cases/UAVarValidSpecs.h"
+#include "host/session/HostFunctions.h"
+#include "naivebayes/NaiveBayesSettings.h"
 
 namespace {
 
 constexpr const char* kSource = "backend/predselect/PRSValidSpecs";
+constexpr double kLeastMemory = 4.0;  // kilobytes
 
 int SizeOf(const PRSValidSpecs::IntList& list) {
   return list == nullptr ? 0 : static_cast<int>(list->size());
@@ -152,7 +156,11 @@ void PRSValidSpecs::CompleteSpecs() {
     std::vector<int> positions;
     fpVarValidSpecs->AddVariables(*fpPredictList, *fbpPredCatVarList, positions);
   }
-  if (fbUniVariable) CompleteFeatureSettings(targetPosition, weightPosition);
+  if (fbUniVariable) {
+    CompleteFeatureSettings(targetPosition, weightPosition);
+  } else {
+    CompleteNaiveSettings();
+  }
 }
 
 void PRSValidSpecs::CompleteFeatureSettings(int targetPosition, int weightPosition) {
@@ -177,4 +185,20 @@ void PRSValidSpecs::CompleteFeatureSettings(int targetPosition, int weightPositi
     (void)fpFeatureSettings->SetCriterion(static_cast<MCFSCommon::RankCriteria>(option), true);
   }
   fpFeatureSettings->SetCancelPointer(fpStopProcessor.get());
+}
+
+void PRSValidSpecs::CompleteNaiveSettings() {
+  fpNaiveSettings = std::make_unique<NaiveBayesSettings>();
+  fpRandom = std::make_unique<UAUniformRandom>();
+  if (fpForcePredList != nullptr && fbpForceCatVarList != nullptr) {
+    std::vector<int> positions;
+    fpVarValidSpecs->AddVariables(*fpForcePredList, *fbpForceCatVarList, positions);
+  }
+  MCCommon::Assert(fMultiMemAllocate >= kLeastMemory, "fMultiMemAllocate >= 4.0", kSource);
+  const double bytesPerRecord = 8.0 * fpVarValidSpecs->GetNRecordVars() + 16.0;
+  fpNaiveSettings->SetMaxRecordsInMemory(
+      static_cast<long>(1024.0 * fMultiMemAllocate / bytesPerRecord));
+  fpNaiveSettings->SetUserRNG(fpRandom.get());
+  fpNaiveSettings->SetCancelPointer(fpStopProcessor.get());
+  fpNaiveSettings->SetTempDir(GetKovaTempPath() + "/");
 }

@@ -17,6 +17,8 @@
 
 class FSSettings;
 class MCStopProcessor;
+class NaiveBayesSettings;
+class UAUniformRandom;
 class UAVarValidSpecs;
 
 // NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): one object a run, grouped by meaning
@@ -176,6 +178,7 @@ class PRSValidSpecs {
   // What CompleteSpecs() made; null before. The settings are null for the other command.
   UAVarValidSpecs* GetVarValidSpecsPtr() const { return fpVarValidSpecs.get(); }
   FSSettings* GetFeatureSettingsPtr() const { return fpFeatureSettings.get(); }
+  NaiveBayesSettings* GetNaiveSettingsPtr() const { return fpNaiveSettings.get(); }
   MCStopProcessor* GetStopProcessorPtr() const { return fpStopProcessor.get(); }
 
   // Writes every field under its label, one a line, for debugging.
@@ -183,6 +186,7 @@ class PRSValidSpecs {
 
  private:
   void CompleteFeatureSettings(int targetPosition, int weightPosition);
+  void CompleteNaiveSettings();
   void DisplayVariables(std::ostream& out) const;
   void DisplayCriteria(std::ostream& out) const;
   void DisplayOutputs(std::ostream& out) const;
@@ -241,5 +245,7 @@ class PRSValidSpecs {
   bool fbPlotSummary = false;
   bool fbPlotUncert = false;
   std::unique_ptr<FSSettings> fpFeatureSettings;
+  std::unique_ptr<NaiveBayesSettings> fpNaiveSettings;
+  std::unique_ptr<UAUniformRandom> fpRandom;  // draws the training sample
   std::unique_ptr<MCStopProcessor> fpStopProcessor;
 };

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "backend/predselect/PRSMessages.h"
+#include "backend/predselect/PRSTables.h"
 #include "backend/predselect/PRSUniFactory.h"
 #include "backend/predselect/PRSValidSpecs.h"
 #include "common/MCAssert.h"
@@ -12,15 +13,12 @@
 #include "feature/IFSAlgorithm.h"
 #include "host/cases/UAInputAdapter.h"
 #include "host/data/ProcedureDataSource.h"
-#include "host/output/AddNotes.h"
 #include "host/output/BpComposite.h"
-#include "host/output/BpDataValue.h"
 #include "host/output/BpError.h"
 #include "host/output/BpPivotTable.h"
 #include "host/output/BpProcedure.h"
 #include "host/output/BpString.h"
 #include "host/output/BpVariable.h"
-#include "host/output/OutputNote.h"
 #include "host/session/ISession.h"
 #include "host/session/SessionScope.h"
 
@@ -28,18 +26,6 @@ namespace {
 
 constexpr const char* kSource = "backend/predselect/SelOutput";
 constexpr int kMinDataColumnWidth = 150;
-
-MCHost::OutputText ListCell(const char* pattern, const std::vector<std::string>& names) {
-  BpComposite list(pattern);
-  list.Sublist();
-  for (const std::string& name : names) list.AddLiteral(name);
-  return list.EndSublist().Finish();
-}
-
-MCHost::OutputText CategoryLabel(const KOVA_Variable& variable, const KOVA_Value& value) {
-  return value.IsNumeric() ? BpDataValue(variable, value.GetNumber())
-                           : BpDataValue(variable, value.GetString());
-}
 
 // Screening reasons in the order in which the rules are applied, with their labels.
 struct ReasonText {
@@ -78,11 +64,7 @@ SelOutput::SelOutput(PRSValidSpecs* pValidSpecs, PRSUniFactory* pFactory,
 }
 
 void SelOutput::AddToNotesTable() const {
-  AddNotes(MCHost::OutputNote::kMethod, BpString("Definition of Missing"),
-           BpString(fpValidSpecs->IsMissingExclude() ? "UserMiss excluded ..."
-                                                     : "UserMiss included ..."));
-  AddNotes(MCHost::OutputNote::kMethod, BpString("Cases Used"),
-           BpString("Only valid data used ..."));
+  PRSAddCaseNotes(*fpValidSpecs, "Only valid data used ...");
 }
 
 void SelOutput::DisplayTables() const {
@@ -96,44 +78,23 @@ void SelOutput::DisplayTables() const {
 void SelOutput::BpCaseSummary() const {
   if (!fpValidSpecs->GetPrintCPS()) return;
   const IFSAlgorithm& algorithm = Algorithm();
-  double valid = 0.0;
-  double excluded = 0.0;
+  PRSCaseCounts counts;
   int nValid = 0;
   int nExcluded = 0;
-  algorithm.GetNValidNExcluded(valid, excluded, nValid, nExcluded);
-  const double total = valid + excluded;
-
-  BpPivotTable table("Case Processing Summary", "CaseProcessingSummary");
-  BpDimension rows = table.RowDimension("Value");
-  BpDimension columns = table.ColumnDimension("Statistics");
-  const BpCategory n = columns.AddCategory(BpString("N"), fpProcedure->Count());
-  const BpCategory percent = columns.AddCategory(BpString("Percent"), fpProcedure->Percent());
-  std::vector<BpCategory> unweighted;
-  if (fpValidSpecs->GetKOVAWeightVar() >= 0) {
-    unweighted.push_back(columns.AddCategory(BpString("Unweighted N"), fpProcedure->Count()));
+  algorithm.GetNValidNExcluded(counts.fValid.fWeight, counts.fExcluded.fWeight, nValid, nExcluded);
+  counts.fValid.fCases = nValid;
+  counts.fExcluded.fCases = nExcluded;
+  const KOVA_Variable& target = fpActiveDS->GetVariable(fpValidSpecs->GetDependVar());
+  for (int i = 0; i < algorithm.GetNTargetCategories(); ++i) {
+    int code = 0;
+    std::pair<int, double> found{0, 0.0};
+    if (!algorithm.GetTargetCategoryInfo(i, code, found)) continue;
+    int kovaVar = -1;
+    const KOVA_Value value = fpFactory->GetUAInputAdapter()->DecodeCatValue(
+        algorithm.GetSettings()->GetTargetPosition(), code, kovaVar);
+    counts.fCategories.push_back({PRSCategoryLabel(target, value), {found.second, found.first}});
   }
-  const auto fill = [&](const BpCategory& row, double weight, int cases) {
-    table.SetCell({row, n}, weight);
-    table.SetCell({row, percent}, total > 0.0 ? weight / total * 100.0 : KOVA_SystemMissing);
-    for (const BpCategory& column : unweighted) table.SetCell({row, column}, cases);
-  };
-  if (fpValidSpecs->GetDependCatVar()) {
-    const KOVA_Variable& target = fpActiveDS->GetVariable(fpValidSpecs->GetDependVar());
-    BpGroup group = rows.AddGroup(BpVariable(target));
-    for (int i = 0; i < algorithm.GetNTargetCategories(); ++i) {
-      int code = 0;
-      std::pair<int, double> counts{0, 0.0};
-      if (!algorithm.GetTargetCategoryInfo(i, code, counts)) continue;
-      int kovaVar = -1;
-      const KOVA_Value value = fpFactory->GetUAInputAdapter()->DecodeCatValue(
-          algorithm.GetSettings()->GetTargetPosition(), code, kovaVar);
-      fill(group.AddCategory(CategoryLabel(target, value)), counts.second, counts.first);
-    }
-  }
-  fill(rows.AddCategory(BpString("Valid")), valid, nValid);
-  fill(rows.AddCategory(BpString("Excluded")), excluded, nExcluded);
-  fill(rows.AddCategory(BpString("Total")), total, nValid + nExcluded);
-  table.Show();
+  PRSShowCaseSummary(*fpValidSpecs, target, counts, nullptr);
 }
 
 void SelOutput::BpExcludedPred() const {
@@ -165,7 +126,8 @@ void SelOutput::BpExcludedPred() const {
       BpComposite label(LabelOf(reason, categorical));
       const std::string threshold = Threshold(reason.fReason);
       if (!threshold.empty()) label.AddLiteral(threshold);
-      table.SetCell({group.AddCategory(label.Finish()), column}, ListCell("[%1:\n ^1:]1", names));
+      table.SetCell({group.AddCategory(label.Finish()), column},
+                    PRSListCell("[%1:\n ^1:]1", names));
     }
   }
   table.Show();
@@ -188,7 +150,7 @@ void SelOutput::BpSelPredictors() const {
     if (names.empty()) continue;
     std::sort(names.begin(), names.end());
     const BpCategory row = rows.AddCategory(BpString(categorical ? "Categorical" : "Scale"));
-    table.SetCell({row, column}, ListCell("[%1: ^1:]1", names));
+    table.SetCell({row, column}, PRSListCell("[%1: ^1:]1", names));
   }
   table.Show();
 }

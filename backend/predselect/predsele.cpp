@@ -3,7 +3,8 @@
 #include <iostream>
 #include <string>
 
-#include "backend/predselect/PRSMessages.h"
+#include "backend/predselect/NaiveOutput.h"
+#include "backend/predselect/PRSMultiFactory.h"
 #include "backend/predselect/PRSParser.h"
 #include "backend/predselect/PRSUniFactory.h"
 #include "backend/predselect/PRSValidSpecs.h"
@@ -48,6 +49,40 @@ void RunSelectPredictors(PRSValidSpecs& specs, ProcedureDataSource& source,
   output.SetMacros();
 }
 
+// Room for the saved variables, in 8-byte values: wide strings take one for every 8 bytes begun.
+unsigned int RoomForSavedVariables(const PRSValidSpecs& specs, const ProcedureDataSource& source) {
+  unsigned int room = 0;
+  if (!specs.GetPredValVarName().IsEmpty()) {
+    const int type = source.GetVariable(specs.GetDependVar()).GetType();
+    room = type > 8 ? static_cast<unsigned int>((type + 7) / 8) : 1;
+  }
+  if (!specs.GetPredProbRootName().IsEmpty()) {
+    room += static_cast<unsigned int>(specs.GetPredProbNumber());
+  }
+  return room;
+}
+
+// What must be known of the data before the model: false when the run ends here.
+bool PrepareNaiveBayes(PRSMultiFactory& factory, const PRSValidSpecs& specs,
+                       const NaiveOutput& output) {
+  if (IsErrorSet()) return true;
+  const bool isRead = factory.PreliminaryDataPass();
+  if (IsErrorSet() || !isRead) return isRead;
+  if (factory.CompleteMetaData()) return true;
+  if (specs.GetPrintExclude()) output.DisplayScreened();
+  return false;
+}
+
+void RunNaiveBayes(PRSValidSpecs& specs, ProcedureDataSource& source, BpProcedure& procedure) {
+  PRSMultiFactory factory(&specs, source);
+  NaiveOutput output(&specs, &factory, &source, &procedure);
+  output.AddToNotesTable();
+  const bool isPrepared = PrepareNaiveBayes(factory, specs, output);
+  if (display_settings && isPrepared) specs.Display(std::cerr);
+  if (IsErrorSet() || !isPrepared || !factory.RunNBComponent() || IsErrorSet()) return;
+  if (factory.GetINBAlgorithm() != nullptr) output.DisplayTables();
+}
+
 void RunCommand(ProcedureDataSource& source, PRSValidSpecs& specs) {
   const std::string word = MCHost::CurrentSession().SystemBlock().fCommandWord.substr(0, 3);
   const bool univariable = AreStringsEqualCase(word, "SEL");
@@ -58,13 +93,18 @@ void RunCommand(ProcedureDataSource& source, PRSValidSpecs& specs) {
   PRSParser parser(tokens, specs, source);
   if (!parser.GetCommandSpecifications() || IsErrorSet()) return;
   specs.CompleteSpecs();
-  if (!univariable) {
-    PRSMessages().GenericError("No Naive Bayes engine in this build...", nullptr, nullptr, nullptr);
+  if (univariable ? specs.GetFeatureSettingsPtr() == nullptr
+                  : specs.GetNaiveSettingsPtr() == nullptr) {
     return;
   }
-  if (specs.GetFeatureSettingsPtr() == nullptr) return;
   if (source.ColumnCount() == 0) UAInpAdaptMsg(source).NoValidCasesForSelect();
-  RunSelectPredictors(specs, source, procedure);
+  if (univariable) {
+    RunSelectPredictors(specs, source, procedure);
+    return;
+  }
+  const unsigned int room = RoomForSavedVariables(specs, source);
+  if (room > 0) source.SetMaxObsAdded(room);
+  RunNaiveBayes(specs, source, procedure);
 }
 
 }  // namespace

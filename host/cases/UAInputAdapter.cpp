@@ -108,7 +108,7 @@ void UAInputAdapter::ReorderCategories(int kovaVar, bool ascending) {
   if (var != nullptr && var->fpCategories) var->fpCategories->Sort(ascending);
 }
 
-int UAInputAdapter::GetDataPassCount() const { return fpReading ? fpReading->Pass() : 0; }
+int UAInputAdapter::GetDataPassCount() const { return fpReading ? fpReading->Pass() : fNScans; }
 
 std::int64_t UAInputAdapter::GetCaseNumber() const {
   if (fpReading == nullptr || fpReading->Cases() == 0) return 0;

@@ -42,7 +42,8 @@ class UAInputAdapter {
   // next pass on are the new ones.
   void ReorderCategories(int kovaVar, bool ascending);
 
-  // The pass of the stream that is reading, 0 during the first over the data (and before any).
+  // The pass of the stream that is reading, 0 during the first over the data; while none reads, the
+  // number of passes so far.
   int GetDataPassCount() const;
 
   // The number of the case at which that stream is, from 1; 0 before the first.

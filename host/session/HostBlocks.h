@@ -14,10 +14,10 @@ struct CmaSys {
 struct CmnGlb {
   static constexpr std::uint32_t kErrorBit = 1u;
 
-  std::uint32_t fStatusWord = 0;   // bit 0: an error was raised during the current command
-  std::int32_t fSplitFile = 0;     // not 0: split-file processing is in force
-  std::int32_t fMaxObsAdded = 0;   // room reserved for new variables, in 8-byte values a case
-  std::int32_t fLastPass = 0;      // not 0: the pass under way is the last one of the procedure
+  std::uint32_t fStatusWord = 0;  // bit 0: an error was raised during the current command
+  std::int32_t fSplitFile = 0;    // not 0: split-file processing is in force
+  std::int32_t fMaxObsAdded = 0;  // room reserved for new variables, in 8-byte values a case
+  std::int32_t fLastPass = 0;     // not 0: the pass under way is the last one of the procedure
 
   bool IsErrorSet() const { return (fStatusWord & kErrorBit) != 0; }
   void SetError() { fStatusWord |= kErrorBit; }

@@ -1,6 +1,7 @@
 #include "host/session/HostFunctions.h"
 
 #include <algorithm>
+#include <cstdlib>
 
 #include "host/session/SessionScope.h"
 
@@ -18,3 +19,8 @@ bool AreStringsEqualCase(const std::string& left, const std::string& right) {
 const MCHost::AppParams& GetAppParams() { return MCHost::CurrentSession().GetAppParams(); }
 
 std::string GetKovaTempPath() { return MCHost::CurrentSession().TempPath(); }
+
+std::string ExtNameStr(const std::string& name) {
+  const char* home = std::getenv("HOME");
+  return home != nullptr && name.starts_with("~/") ? home + name.substr(1) : name;
+}

@@ -13,3 +13,6 @@ const MCHost::AppParams& GetAppParams();
 
 // A directory for temporary files, without a trailing separator.
 std::string GetKovaTempPath();
+
+// The path of a file that a command names: a leading "~/" stands for the user's home directory.
+std::string ExtNameStr(const std::string& name);

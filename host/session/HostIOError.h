@@ -13,7 +13,9 @@ class HostIOError : public std::runtime_error {
   // `place` is a line, a column or both in words, empty when there is none.
   HostIOError(std::string file, std::string place, std::string reason)
       : std::runtime_error(file + (place.empty() ? "" : ", " + place) + ": " + reason),
-        fFile(std::move(file)), fPlace(std::move(place)), fReason(std::move(reason)) {}
+        fFile(std::move(file)),
+        fPlace(std::move(place)),
+        fReason(std::move(reason)) {}
 
   const std::string& File() const { return fFile; }
   const std::string& Place() const { return fPlace; }

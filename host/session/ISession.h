@@ -58,7 +58,11 @@ class ISession {
   // True when the user asked to stop. Polled often; must be cheap.
   virtual bool IsCancelled() const = 0;
 
-  // Records read so far in a long pass, once in a while. For a progress display.
+  // A file that a procedure has written whole. A session that does not list them need not implement
+  // this.
+  virtual void ReportFile(const std::string& path) { (void)path; }
+
+  // How far a long pass has come, once in a while. For a progress display.
   virtual void ReportProgress(const std::string& text) = 0;
 };
 

@@ -1,0 +1,72 @@
+// The results of one NAIVEBAYES run as notes and tables.
+//
+// Reads the specifications and, through the driver, the engine; owns nothing. Each table belongs to
+// an option of the command.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/output/OutputText.h"
+
+class BpCategory;
+class BpPivotTable;
+class BpProcedure;
+class INBAlgorithm;
+class KOVA_Variable;
+class NBOutputStatistics;
+class NBVarList;
+class NaiveBayesSettings;
+class PRSMultiFactory;
+class PRSValidSpecs;
+class ProcedureDataSource;
+class UAInputAdapter;
+class UAVarValidSpecs;
+
+class NaiveOutput {
+ public:
+  // All borrowed, none null (asserted).
+  NaiveOutput(PRSValidSpecs* pValidSpecs, PRSMultiFactory* pFactory, ProcedureDataSource* pActiveDS,
+              BpProcedure* pProcedure);
+
+  // How missing values and cases are treated, and the model file. May be called before the run.
+  void AddToNotesTable() const;
+
+  // The tables that were asked for: case processing summary, excluded predictors, subset summary,
+  // selected predictors, classification. REQUIRES: the engine has run.
+  void DisplayTables();
+
+  // The predictors that were dropped, by reason and type; no table when there are none. Needs no
+  // engine.
+  void DisplayScreened() const;
+
+ private:
+  struct SubsetRow;
+
+  void DisplayCPS() const;
+  void DisplaySubsets() const;
+  void DisplaySelected() const;
+  void DisplayClassification() const;
+  void FillClassificationLayer(BpPivotTable& table, const NBOutputStatistics& stats,
+                               const BpCategory& sample, const std::vector<BpCategory>& rows,
+                               const std::vector<BpCategory>& columns) const;
+
+  std::vector<std::string> NamesOf(const std::vector<int>& variables, bool categorical) const;
+  std::vector<SubsetRow> SubsetRows() const;
+  int ChosenSubset(int numSubsets) const;
+  void NoteSubsets(const std::vector<BpCategory>& rows, BpCategory& added) const;
+  MCHost::OutputText InitialSubset() const;
+  bool IsSimulated() const;
+  const KOVA_Variable& VariableAt(int listPosition) const;
+  MCHost::OutputText TargetCategory(int code) const;
+
+  PRSValidSpecs* fpValidSpecs;
+  UAVarValidSpecs* fpVarValidSpecs;
+  PRSMultiFactory* fpFactory;
+  ProcedureDataSource* fpActiveDS;
+  BpProcedure* fpProcedure;
+  const UAInputAdapter* fpInpAdapt = nullptr;
+  const INBAlgorithm* fpAlgorithm = nullptr;
+  const NaiveBayesSettings* fpSettings = nullptr;
+  const NBVarList* fpNBVarList = nullptr;
+};

@@ -1,0 +1,183 @@
+// The NAIVEBAYES driver's model run: engine, selection, model file.
+#include <iostream>
+#include <sstream>
+
+#include "backend/predselect/NaiveDataSourceIter.h"
+#include "backend/predselect/PRSMultiFactory.h"
+#include "backend/predselect/PRSProgress.h"
+#include "backend/predselect/PRSValidSpecs.h"
+#include "backend/predselect/predsele.h"
+#include "common/MCAssert.h"
+#include "common/xml/MCApplicInfo4XML.h"
+#include "host/cases/UAInputAdapter.h"
+#include "host/output/BpComposite.h"
+#include "host/output/BpError.h"
+#include "host/session/HostFunctions.h"
+#include "host/session/HostIOError.h"
+#include "host/session/ISession.h"
+#include "host/session/OutputFile.h"
+#include "host/session/SessionScope.h"
+#include "naivebayes/INBAlgorithm.h"
+#include "naivebayes/NBFactory.h"
+#include "naivebayes/NBVarList.h"
+#include "naivebayes/NaiveBayesSettings.h"
+
+namespace {
+
+constexpr const char* kSource = "backend/predselect/PRSMultiFactory";
+constexpr int kShow = 2;
+constexpr int kWarning = 2;
+constexpr int kError = 3;
+constexpr int kAllTestRecords = -1;
+
+void FileError(const char* key, const MCHost::HostIOError& error) {
+  BpComposite text(key);
+  BpError(text.AddLiteral(error.what()), kShow, kError);
+}
+
+// Texts by status; ^1 is the variable that the status names, or its code.
+struct StatusText {
+  std::int64_t fCode;
+  const char* fText;
+};
+
+constexpr StatusText kStatusTexts[] = {
+    {MCNaive::kNoRecordsFound, "All cases excluded in Predictor Selection..."},
+    {MCNaive::kNoSelectionData, "All cases excluded in Predictor Selection..."},
+    {MCNaive::kNoTestRecords, "No valid cases in test sample..."},
+    {MCNaive::kTooFewRecords, "Too few training cases..."},
+    {MCNaive::kTemporaryFile, "Temporary file failed..."},
+    {MCNaive::kPredictorDropped, "Predictor ^1 constant in training cases..."},
+    {MCNaive::kNoInputToExport, "No predictor for the model file..."},
+    {MCNaive::kTextNotForXML, "Model file cannot hold the texts of variable ^1..."},
+};
+
+const char* TextOf(const MCNaive::MCStatus& status) {
+  for (const StatusText& entry : kStatusTexts) {
+    if (entry.fCode == status.GetErrorCode()) return entry.fText;
+  }
+  return status.IsError() ? "Naive Bayes run failed, status ^1..." : nullptr;
+}
+
+}  // namespace
+
+void PRSMultiFactory::DisplayMessage(const MCNaive::MCStatus& status) const {
+  const char* text = status.IsOK() ? nullptr : TextOf(status);
+  if (text == nullptr) return;
+  const bool isTest = status.GetErrorCode() == MCNaive::kNoTestRecords;
+  if (isTest && !fpSpecs->GetMultiTrainSamp()) return;
+  const auto var = static_cast<int>(status.GetDiscreteDatum(0));
+  const bool namesVariable = status.GetErrorCode() == MCNaive::kPredictorDropped ||
+                             status.GetErrorCode() == MCNaive::kTextNotForXML;
+  BpComposite composite(text);
+  composite.AddLiteral(namesVariable && var >= 0 && var < fpNBVarList->Size()
+                           ? fpNBVarList->GetVarAt(var)->GetVariableName()
+                           : std::to_string(status.GetErrorCode()));
+  BpError(composite, kShow, status.IsError() ? kError : kWarning);
+}
+
+bool PRSMultiFactory::RunNBComponent() {
+  if (fStatus.IsError() || fpAdapter == nullptr || fpTrainRecIter == nullptr) return false;
+  if (!OpenModelFile()) return false;
+  if ((fNUniquePreds >= 1 || fNForcePreds > 0) && !fpTrainRecIter->NewPass()) {
+    return IsPassComplete(*fpTrainRecIter);
+  }
+  if (!CreateEngine()) return false;
+  BuildOrSelect();
+  if (!FinishEngine()) return false;
+  if (fbSaveModel && !WriteModel()) return false;
+  if (NeedsScoring() && !ScoringDataPass()) return false;
+  const bool testLayerWanted =
+      fpSpecs->GetPrintClassify() && fpSpecs->GetMultiTrainSamp() && !fpSpecs->GetMultiTestData();
+  if (testLayerWanted && fpNBAlgorithm->GetTestOutStats() == nullptr) {
+    fMessages.NoValidTestCasesClassify();
+  }
+  return true;
+}
+
+// Before the work begins, so that a path that cannot be written costs no time.
+bool PRSMultiFactory::OpenModelFile() {
+  if (!fbSaveModel) return true;
+  try {
+    fpModelFile = std::make_unique<MCHost::OutputFile>(ExtNameStr(fpSpecs->GetModelFileName()));
+    return true;
+  } catch (const MCHost::HostIOError& error) {
+    FileError("Model file cannot be written: ^1", error);
+    return false;
+  }
+}
+
+bool PRSMultiFactory::CreateEngine() {
+  NaiveBayesSettings* settings = fpSpecs->GetNaiveSettingsPtr();
+  MCCommon::Assert(settings != nullptr, "fpSettings != 0", kSource);
+  fpProgress = std::make_unique<PRSProgress>();
+  settings->SetProgressListener(fpProgress.get());
+  // A selection reports its steps, a plain build its records.
+  settings->SetNSkippedReports(fbRunSelection ? 0 : PRSProgress::kRecords - 1);
+  NBFactory factory;
+  fpNBAlgorithm = factory.CreateNBAlgorithm(*settings, *fpNBVarList);
+  fStatus = fpNBAlgorithm == nullptr ? factory.GetStatus() : fpNBAlgorithm->GetStatus();
+  if (fStatus.IsError()) DisplayMessage(fStatus);
+  return !fStatus.IsError();
+}
+
+void PRSMultiFactory::BuildOrSelect() {
+  const int nRecords = fpAdapter->GetRecordCount();
+  if (!fbRunSelection) {
+    fStatus = fpNBAlgorithm->BuildModel(*fpTrainRecIter, nRecords);
+    return;
+  }
+  MCCommon::Assert(fpNBVarList->GetNumInputVars() == fNForcePreds, "nInputs == fNForcePreds",
+                   kSource);
+  MCCommon::Assert(fpNBVarList->GetNumPossibleInputVars() == fNUniquePreds,
+                   "nPossibleInputs == fNUniquePreds", kSource);
+  const bool isExact = fpSpecs->GetMultiExactSize() >= 1;
+  const int asked = isExact ? fpSpecs->GetMultiExactSize() : fpSpecs->GetMultiMaxSize();
+  const int size = asked > 0 ? asked + fNForcePreds : -1;
+  const int nReport = fNUniquePreds + (fNForcePreds >= 1 ? 1 : 0);
+  fStatus = fpNBAlgorithm->SelectAttributes(
+      *fpTrainRecIter, nRecords, fSelectPredictors, fAverageLogValues, fSelectResults, size,
+      isExact, fpTestRecIter.get(), kAllTestRecords, nReport, nullptr, nullptr);
+}
+
+bool PRSMultiFactory::FinishEngine() {
+  if (!IsPassComplete(*fpTrainRecIter)) return false;
+  if (fpTestRecIter != nullptr && !IsPassComplete(*fpTestRecIter)) return false;
+  fStatus = fpNBAlgorithm->GetStatus();
+  DisplayMessage(fStatus);
+  if (fStatus.IsError()) return false;
+  if (fbRunSelection && fpNBAlgorithm->GetNumberOfInputVars() == fNForcePreds) {
+    fMessages.NoUniquePredsSelected();
+  }
+  if (display_naive_bayes) fpNBAlgorithm->Display(std::cerr);
+  fpTrainRecIter.reset();
+  fpTestRecIter.reset();
+  return true;
+}
+
+bool PRSMultiFactory::WriteModel() {
+  const MCHost::AppParams& application = GetAppParams();
+  MCApplicInfo4XML info{true, application.fName, application.fVersion, application.fCopyright};
+  std::ostringstream document;
+  const MCNaive::MCStatus status = fpNBAlgorithm->ExportModelXML(document, &info);
+  if (!status.IsOK()) {
+    fStatus = {status.GetErrorCode(), false};
+    fStatus.SetDiscreteDatum(0, status.GetDiscreteDatum(0));
+    DisplayMessage(fStatus);
+    return false;
+  }
+  try {
+    fpModelFile->Write(document.str());
+    fpModelFile->Commit();
+    MCHost::CurrentSession().ReportFile(fpModelFile->Target());
+    return true;
+  } catch (const MCHost::HostIOError& error) {
+    FileError("Model file cannot be written: ^1", error);
+    return false;
+  }
+}
+
+bool PRSMultiFactory::NeedsScoring() const {
+  return !fpSpecs->GetPredValVarName().IsEmpty() || fNSaveDepCats >= 1 ||
+         fpSpecs->GetPrintClassify();
+}
