@@ -3,7 +3,7 @@
 #include "common/xml/XMLElement.h"
 #include "common/xml/XMLError.h"
 #include "modelfiles/DocumentHeader.h"
-#include "modelfiles/NBDocumentNames.h"
+#include "modelfiles/NBDocuments.h"
 #include "naivebayes/NBAttributeSelector.h"
 #include "naivebayes/NBVarList.h"
 

@@ -64,6 +64,13 @@ class INBAlgorithm {
   virtual const NBOutputStatistics* GetTrainOutStats() const = 0;
   virtual const NBOutputStatistics* GetTestOutStats() const = 0;
 
+  // Writes the built model as a PMML 4.3 document; `info` fills its header and chooses the encoding
+  // (null: what the component says of itself, in ASCII). A stream that fails is left failed, for
+  // the caller to see. Nothing is written otherwise: 1 cancelled; warning 6 no model; 70005 a model
+  // without inputs; 70006 a text or number that XML cannot hold, datum 0 its variable's index (-1:
+  // it is the application's, or a count).
+  virtual MCNaive::MCStatus ExportModelXML(std::ostream& os, MCApplicInfo4XML* info) const = 0;
+
   virtual void SetCancelPtr(MCQueryCancel* cancel) = 0;
   // Ends the running and every later operation.
   virtual void Cancel() = 0;

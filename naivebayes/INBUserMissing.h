@@ -6,6 +6,11 @@
 
 #include <iosfwd>
 #include <memory>
+#include <vector>
+
+namespace MCCommonXML {
+class XMLElement;
+}
 
 class INBUserMissing {
  public:
@@ -20,6 +25,11 @@ class INBUserMissing {
 
   // True when type, discrete values (in order) and interval are the same; labels do not matter.
   virtual bool IsEqualTo(const INBUserMissing* other) const = 0;
+
+  // The elements that a model document's data field holds for the definition: an Extension for each
+  // bounded end of an interval, then a Value for each discrete value. Throws XMLError for a text or
+  // number that XML cannot hold.
+  virtual std::vector<std::unique_ptr<MCCommonXML::XMLElement>> ExportXML() const = 0;
 
   virtual void Display(std::ostream& os) const = 0;
 };

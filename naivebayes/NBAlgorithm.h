@@ -37,6 +37,7 @@ class NBAlgorithm : public INBAlgorithm {
   const NBOutputStatistics* GetTestOutStats() const override {
     return fTestStats ? &*fTestStats : nullptr;
   }
+  MCNaive::MCStatus ExportModelXML(std::ostream& os, MCApplicInfo4XML* info) const override;
   void SetCancelPtr(MCQueryCancel* cancel) override;
   void Cancel() override { fCancel.SetCancel(); }
   const MCNaive::MCStatus& GetStatus() const override { return fStatus; }

@@ -1,14 +1,21 @@
 #include "naivebayes/NBBinningEncoder.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
+#include <numeric>
 #include <ostream>
 
 #include "naivebayes/NBayesInputBase.h"
 
 NBBinningEncoder::NBBinningEncoder(double min, double max, int bins) : fNBins(bins) {
   const double width = (max - min) / bins;
-  for (int i = 1; i < bins; ++i) fvCutpoints.push_back(min + i * width);
+  for (int i = 1; i < bins; ++i) {
+    // A range that no double can hold still has cutpoints.
+    fvCutpoints.push_back(std::isfinite(width)
+                              ? min + i * width
+                              : std::lerp(min, max, static_cast<double>(i) / bins));
+  }
 }
 
 NBBinningEncoder::NBBinningEncoder(const std::vector<double>& cutpoints)
@@ -54,7 +61,7 @@ std::unique_ptr<NBBinningEncoder> NBBinningEncoder::CreateRebinned(
   std::fill(cuts.begin() + filled.back(), cuts.end(), std::numeric_limits<double>::max());
   for (std::size_t f = 1; f < filled.size(); ++f) {
     const int left = filled[f - 1], right = filled[f];
-    const double middle = (fvCutpoints[left] + fvCutpoints[right - 1]) * 0.5;
+    const double middle = std::midpoint(fvCutpoints[left], fvCutpoints[right - 1]);
     if (right - left > 1) std::fill(cuts.begin() + left, cuts.begin() + right, middle);
   }
   return copy;

@@ -1,6 +1,7 @@
 // User-missing numbers: discrete values with labels, and at most one interval.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -26,6 +27,7 @@ class NBNumericUserMissing : public INBUserMissing {
   bool HasInterval() const override { return fbInterval; }
   std::unique_ptr<INBUserMissing> Clone() const override;
   bool IsEqualTo(const INBUserMissing* other) const override;
+  std::vector<std::unique_ptr<MCCommonXML::XMLElement>> ExportXML() const override;
   void Display(std::ostream& os) const override;
 
  private:

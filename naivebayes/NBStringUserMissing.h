@@ -1,6 +1,7 @@
 // User-missing strings: discrete values with labels; strings have no interval.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -22,6 +23,7 @@ class NBStringUserMissing : public INBUserMissing {
   bool HasInterval() const override { return false; }
   std::unique_ptr<INBUserMissing> Clone() const override;
   bool IsEqualTo(const INBUserMissing* other) const override;
+  std::vector<std::unique_ptr<MCCommonXML::XMLElement>> ExportXML() const override;
   void Display(std::ostream& os) const override;
 
  private:

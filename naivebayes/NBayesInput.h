@@ -1,10 +1,16 @@
 // The table of one predictor together with the variable that it belongs to.
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "naivebayes/INBVariable.h"
 #include "naivebayes/NBayesInputBase.h"
+
+class INBEncoder;
+namespace MCCommonXML {
+class XMLElement;
+}
 
 class NBayesInput : public NBayesInputBase {
  public:
@@ -23,6 +29,11 @@ class NBayesInput : public NBayesInputBase {
 
   int GetVarIndex() const { return fVarIndex; }
   INBVariable* GetVariable() const { return fpVariable; }
+
+  // The predictor in a model document: a BayesInput with its counts, and its bins when it has an
+  // encoder of bins. Target categories are named as their encoder decodes them. Throws XMLError for
+  // a text or number that XML cannot hold.
+  std::unique_ptr<MCCommonXML::XMLElement> ExportInputXML(const INBEncoder* targetEncoder) const;
 
   void Display(std::ostream& os) const override;
 

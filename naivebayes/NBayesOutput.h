@@ -4,9 +4,14 @@
 #include <cstddef>
 #include <cstdint>
 #include <iosfwd>
+#include <memory>
 #include <vector>
 
 #include "naivebayes/INBVariable.h"
+
+namespace MCCommonXML {
+class XMLElement;
+}
 
 class NBayesOutput {
  public:
@@ -30,6 +35,10 @@ class NBayesOutput {
   int GetNCategories() const { return static_cast<int>(fvCounts.size()); }
   double GetCount(int category) const { return fvCounts[category]; }
   const std::vector<double>& GetPriors() const { return fvPriors; }
+
+  // The target in a model document: a BayesOutput with the count of every category. Throws XMLError
+  // for a text or number that XML cannot hold.
+  std::unique_ptr<MCCommonXML::XMLElement> ExportOutputXML() const;
 
   void Display(std::ostream& os) const;
 

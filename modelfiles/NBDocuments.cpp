@@ -1,0 +1,33 @@
+#include "modelfiles/NBDocuments.h"
+
+#include "common/xml/XMLElement.h"
+#include "naivebayes/NBCatNumEncoder.h"
+#include "naivebayes/NBStringEncoder.h"
+
+using MCCommonXML::XMLElement;
+
+namespace MCModelFiles {
+
+bool AddCategory(XMLElement& element, const INBEncoder* encoder, int category, int unknown) {
+  const bool known = encoder != nullptr && category < encoder->GetNumberOfCategories();
+  const auto* numbers = dynamic_cast<const NBCatNumEncoder*>(encoder);
+  const auto* strings = dynamic_cast<const NBStringEncoder*>(encoder);
+  if (known && numbers != nullptr) {
+    element.AddAttribute(pmml::kValueAttribute, numbers->Decode(category));
+  } else if (known && strings != nullptr) {
+    element.AddAttribute(pmml::kValueAttribute, *strings->Decode(category));
+  } else {
+    element.AddAttribute(pmml::kValueAttribute, unknown);
+    return false;
+  }
+  return true;
+}
+
+void AddTargetCount(XMLElement& counts, const INBEncoder* targetEncoder, int category,
+                    double count) {
+  XMLElement& element = counts.AddChild("TargetValueCount");
+  AddCategory(element, targetEncoder, category, category);
+  element.AddAttribute("count", count);
+}
+
+}  // namespace MCModelFiles
