@@ -17,7 +17,7 @@ class XMLString {
   // carriage return, U+FFFE, U+FFFF).
   static XMLString Create(std::string_view text);
 
-  // The shortest digits that read back as the same double. REQUIRES: the number is finite.
+  // The shortest digits that read back as the same double; "inf", "-inf" and "nan".
   static XMLString Create(double value);
 
   // The text with markup characters escaped; what an XML parser reads back is the text itself,
