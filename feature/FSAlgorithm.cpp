@@ -31,7 +31,7 @@ MCStatus FSAlgorithm::Run(Stage stage) {
 
 MCStatus FSAlgorithm::Accumulate(MCCommon::RecordIterator& source, int maxRecords) {
   return Run([&] {
-    const MCStatus status = fpSettings->IsTransactional()
+    const MCStatus status = fpSettings->GetFlagTrInput()
                                 ? fPredictors.PassTransactions(source)
                                 : fPredictors.PassRecords(source, maxRecords);
     fbDataAccumulated = true;

@@ -31,8 +31,13 @@ class FSAlgorithm final : public IFSAlgorithm {
                                               std::vector<int>& indices,
                                               std::vector<std::vector<int>>& reasons,
                                               int maxRecords) override;
+  MCFeature::MCStatus ExportOneXML(std::ostream& out, MCFSCommon::RankCriteria criterion,
+                                   int nBest) const override;
   bool GetPredictorStats(int criterion, int predictor, double& value, double& out2, double& out3,
                          double& out4) const override;
+  MCFeature::MCStatus ExportAllXML(std::ostream& out) const override;
+  MCFeature::MCStatus SaveState(std::fstream& out) const override;
+  MCFeature::MCStatus SaveStateXML(std::ostream& out) const override;
   void Cancel() override { fCancel.SetCancel(); }
   void SetProgressListener(ProgressListener* listener) override;
   void SetCancelPtr(MCQueryCancel* cancel) override;
@@ -45,6 +50,7 @@ class FSAlgorithm final : public IFSAlgorithm {
                                        int n) const override;
   bool IsDataAccumulated() const override { return fbDataAccumulated; }
   bool ArePredictorsRanked() const override { return fbPredictorsRanked; }
+  MCFeature::MCStatus Merge(const IFSAlgorithm& other, const FSCategoryMaps* maps) override;
   void Display(std::ostream& out) const override;
 
  private:

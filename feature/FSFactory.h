@@ -1,6 +1,7 @@
 // Makes feature selection components.
 #pragma once
 
+#include <iosfwd>
 #include <memory>
 
 #include "feature/IFSAlgorithm.h"
@@ -12,7 +13,14 @@ class FSFactory {
   // must outlive the component.
   std::unique_ptr<IFSAlgorithm> CreateFSAlgorithm(FSSettings* settings);
 
-  // The status of the last creation.
+  // A component as it was saved, in the stage in which it was saved. It owns its settings, which
+  // have no progress listener and no cancel probe. Null, and the status says why: 80003 for a
+  // stream not in a good state, 80004 (binary) or 80005 (XML) for one that does not hold a whole
+  // component.
+  std::unique_ptr<IFSAlgorithm> RestoreFSAlgorithmFromBinary(std::fstream& in);
+  std::unique_ptr<IFSAlgorithm> RestoreFSAlgorithmFromXML(std::ifstream& in);
+
+  // The status of the last creation or restore.
   MCFeature::MCStatus GetStatus() const { return fStatus; }
 
   // Sets the status to the error 1. A cancelled factory makes nothing any more.

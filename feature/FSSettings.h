@@ -64,8 +64,8 @@ class FSSettings {
   void SetNSkippedPredictorReports(int n);
 
   // Input of (case identifier, item, value, target) transactions instead of a record a case.
-  bool IsTransactional() const { return fbTransactional; }
-  void SetTransactional(bool transactional) { fbTransactional = transactional; }
+  bool GetFlagTrInput() const { return fbTransactional; }
+  void SetFlagTrInput(bool transactional) { fbTransactional = transactional; }
 
   // Columns of the record, -1 for none. A negative target position clears it; negative positions
   // of the case identifier and the weight are ignored.

@@ -18,6 +18,7 @@
 #include "feature/MCStatus.h"
 
 class FSSettings;
+struct FSCategoryMaps;
 class MCQueryCancel;
 class ProgressListener;
 namespace MCCommon {
@@ -67,9 +68,24 @@ class IFSAlgorithm {
                                                       std::vector<std::vector<int>>& reasons,
                                                       int maxRecords) = 0;
 
+  // Writes the ranking by one criterion as an FSOutputOne document: the nBest best predictors, or
+  // all when nBest is not above 0, but never more than were put in order. Nothing is written, and
+  // the status is the component's error, 6 (not ranked), 1 (cancelled) or 80006 (criterion not in
+  // effect). Warning 80012 (datum: valid predictors), the document written, when nBest is more.
+  virtual MCFeature::MCStatus ExportOneXML(std::ostream& out, MCFSCommon::RankCriteria criterion,
+                                           int nBest) const = 0;
   // What is shown of a criterion for a predictor: see IFSPredTargetAccum::GetOutputStats.
   virtual bool GetPredictorStats(int criterion, int predictor, double& value, double& out2,
                                  double& out3, double& out4) const = 0;
+  // Writes screening and ranking by all criteria as an FSOutputAll document; the predictors only
+  // once they are ranked. Nothing is written, and the status is the component's error, 1
+  // (cancelled) or 6 (not screened).
+  virtual MCFeature::MCStatus ExportAllXML(std::ostream& out) const = 0;
+
+  // Saves the whole component, in any stage, for FSFactory to restore. Nothing is written, and the
+  // status is the component's error or 1 (cancelled). A stream that fails is left failed.
+  virtual MCFeature::MCStatus SaveState(std::fstream& out) const = 0;
+  virtual MCFeature::MCStatus SaveStateXML(std::ostream& out) const = 0;
 
   // Asks the run to stop at its next stage.
   virtual void Cancel() = 0;
@@ -93,6 +109,13 @@ class IFSAlgorithm {
 
   virtual bool IsDataAccumulated() const = 0;
   virtual bool ArePredictorsRanked() const = 0;
+
+  // Adds what another component of the same settings has accumulated, as if its cases had come in
+  // this one's data pass: counts exactly, means and deviations but for rounding. Before screening
+  // and ranking; this component may be a new one. `maps` translates the other's categories; null
+  // means that both use the same. Error 80014, and nothing changes, when the two do not fit; this
+  // component stays usable, so the error is not stored.
+  virtual MCFeature::MCStatus Merge(const IFSAlgorithm& other, const FSCategoryMaps* maps) = 0;
 
   virtual void Display(std::ostream& out) const = 0;
 };

@@ -24,7 +24,30 @@ enum StatusCode {
   kAllMissingOrConstant = 80010,  // warning: every predictor is all missing or constant
   kAllScreenedOut = 80011,        // warning: screening left no predictor
   kTooFewPredictors = 80012,  // more best predictors asked for than are valid. Datum: valid ones
-  kNoValidWeight = 80013      // error (warning without target): no case has a positive weight
+  kNoValidWeight = 80013,     // error (warning without target): no case has a positive weight
+  kCannotMerge = 80014        // error: two components do not fit. Data: MergeObstacle, and for some
+                              // obstacles predictor (-1: the target) and category
+};
+
+// Why two components cannot be merged: discrete datum 0 of kCannotMerge.
+enum MergeObstacle {
+  kOwnSelf = 1,      // a component and itself: its cases would count twice
+  kOtherKind = 2,    // the other one is not this library's
+  kStage = 3,        // one is past its data pass, or stands in error, or the other one has no data
+  kNPredictors = 4,  // number of predictors
+  kPredictorType = 5,    // categorical or continuous. Datum 1: predictor
+  kTargetType = 6,       // categorical or continuous
+  kTransactional = 7,    // input as transactions or as records
+  kTargetColumn = 8,     // position of the target, or its being there
+  kCaseIDColumn = 9,     // position of the case identifier
+  kWeightColumn = 10,    // position of the weight, or its being there
+  kWeightRounding = 11,  // conversion of weights
+  kCriteria = 12,        // ranking criteria
+  kScreeningRules = 13,  // screening thresholds and which rules apply
+  kMapsShape = 14,    // the category maps are not for so many predictors, or a map gives two codes
+                      // the same translation. Datum 1: predictor (-1: target), if it is one map
+  kCategory = 15,     // a category has no translation. Data 1 and 2: predictor (-1: target), code
+  kTooManyCases = 16  // more cases than can be counted
 };
 
 // Error and warning with a code.

@@ -19,8 +19,10 @@
 // is allocated. A writer leaves a failed stream failed.
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <fstream>
+#include <limits>
 #include <span>
 #include <string>
 #include <type_traits>
@@ -28,6 +30,11 @@
 
 #include "common/state/StateName.h"
 #include "common/xml/XMLObj.h"
+
+// Of the many NaNs only one is stored, so that equal states have equal bytes.
+inline double OneNaN(double value) {
+  return std::isnan(value) ? std::numeric_limits<double>::quiet_NaN() : value;
+}
 
 class BinaryStateWriter {
  public:
@@ -46,6 +53,7 @@ class BinaryStateWriter {
   }
   void Flag(bool value) { Int(value); }
   void Double(double value) { Raw(value); }
+  void AnyDouble(double value) { Raw(OneNaN(value)); }
   void Text(const std::string& value);
   // Zero bytes that only the binary form has.
   void Gap(int bytes);
@@ -90,6 +98,7 @@ class XMLStateWriter {
   }
   void Flag(bool value) { Long(value); }
   void Double(double value) { fObject.WriteSubElement(fOs, value); }
+  void AnyDouble(double value) { fObject.WriteSubElement(fOs, OneNaN(value)); }
   void Text(const std::string& value) { fObject.WriteSubElement(fOs, value); }
   void Gap(int /*bytes*/) const {}
   template <class List>
@@ -130,8 +139,9 @@ class BinaryStateReader {
   }
   // 0 or 1.
   void Flag(bool& value);
-  // A double that is finite.
+  // A double that is finite; AnyDouble also takes infinities and NaN.
   void Double(double& value);
+  void AnyDouble(double& value);
   void Text(std::string& value);
   void Gap(int bytes);
   // Makes the list as long as its count; `bytesPerElement` is the least that one takes.
@@ -184,6 +194,7 @@ class XMLStateReader {
   }
   void Flag(bool& value);
   void Double(double& value);
+  void AnyDouble(double& value);
   void Text(std::string& value);
   void Gap(int /*bytes*/) const {}
   template <class List>

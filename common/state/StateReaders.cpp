@@ -48,6 +48,11 @@ void BinaryStateReader::Double(double& value) {
   Check(std::isfinite(value));
 }
 
+void BinaryStateReader::AnyDouble(double& value) {
+  Raw(value);
+  value = OneNaN(value);
+}
+
 void BinaryStateReader::Text(std::string& value) {
   value.resize(Count(1));
   Bytes(value.data(), value.size());
@@ -105,6 +110,11 @@ void XMLStateReader::Flag(bool& value) {
 }
 
 void XMLStateReader::Double(double& value) { Check(MCCommonXML::ParseValue(fIs, value)); }
+
+void XMLStateReader::AnyDouble(double& value) {
+  Check(MCCommonXML::ParseAnyValue(fIs, value));
+  value = OneNaN(value);
+}
 
 void XMLStateReader::Text(std::string& value) { Check(MCCommonXML::ParseValue(fIs, value)); }
 

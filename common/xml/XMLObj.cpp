@@ -1,5 +1,6 @@
 #include "common/xml/XMLObj.h"
 
+#include <cmath>
 #include <ostream>
 
 #include "common/xml/XMLString.h"
@@ -39,8 +40,13 @@ void XMLObj::WriteSubElement(std::ostream& os, std::int64_t value) const {
 }
 
 void XMLObj::WriteSubElement(std::ostream& os, double value) const {
-  WriteField(os, InnerIndent(), "Double",
-             XMLString::Create(value).Escaped(XMLString::Place::kText, XMLString::Encoding::kUTF8));
+  const std::string digits =
+      std::isfinite(value)
+          ? XMLString::Create(value).Escaped(XMLString::Place::kText, XMLString::Encoding::kUTF8)
+      : std::isnan(value) ? "nan"
+      : value > 0         ? "inf"
+                          : "-inf";
+  WriteField(os, InnerIndent(), "Double", digits);
 }
 
 void XMLObj::WriteSubElement(std::ostream& os, const std::string& value) const {

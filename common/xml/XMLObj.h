@@ -32,7 +32,8 @@ class XMLObj {
   XMLObj(std::string name, int indent) : fName(std::move(name)), fIndent(indent) {}
 
   void StartObj(std::ostream& os) const;
-  // Throw XMLError for a text that XML cannot hold and a double that is not finite.
+  // A double that is no number is written as "inf", "-inf" or "nan". Throws XMLError for a text
+  // that XML cannot hold.
   void WriteSubElement(std::ostream& os, std::int64_t value) const;
   void WriteSubElement(std::ostream& os, double value) const;
   void WriteSubElement(std::ostream& os, const std::string& value) const;

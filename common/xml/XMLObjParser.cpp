@@ -213,8 +213,10 @@ bool ParseNextName(std::istream& is, std::string& name) {
 bool ParseValue(std::istream& is, std::int64_t& value) { return ParseNumber(is, "Long", value); }
 
 bool ParseValue(std::istream& is, double& value) {
-  return ParseNumber(is, "Double", value) && (std::isfinite(value) || Parser::Of(is).Fail());
+  return ParseAnyValue(is, value) && (std::isfinite(value) || Parser::Of(is).Fail());
 }
+
+bool ParseAnyValue(std::istream& is, double& value) { return ParseNumber(is, "Double", value); }
 
 bool ParseValue(std::istream& is, std::string& value) {
   return Parser::Of(is).Field("String", value);

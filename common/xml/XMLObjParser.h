@@ -24,6 +24,8 @@ constexpr int kMaxDepth = 64;
 // A field. Numbers must fill their element; a double must be finite.
 [[nodiscard]] bool ParseValue(std::istream& is, std::int64_t& value);
 [[nodiscard]] bool ParseValue(std::istream& is, double& value);
+// A double that may also be "inf", "-inf" or "nan".
+[[nodiscard]] bool ParseAnyValue(std::istream& is, double& value);
 [[nodiscard]] bool ParseValue(std::istream& is, std::string& value);
 // The end of the object.
 [[nodiscard]] bool ParseEndObj(std::istream& is);

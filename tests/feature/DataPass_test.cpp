@@ -122,7 +122,7 @@ TEST(DataPass, TransactionsGiveTheBitsOfRecords) {
   FSSettings settings({true, false, true}, true);
   RecordsOf records(table);
   const std::vector<double> expected = RunOver(records, settings);
-  settings.SetTransactional(true);
+  settings.SetFlagTrInput(true);
   BlocksOf source(transactions, 64);
   EXPECT_TRUE(SameBits(RunOver(source, settings), expected));
 }
@@ -140,7 +140,7 @@ TEST(DataPass, ItemsOfATransactionIncreaseAndLieAmongThePredictors) {
       for (std::size_t k = 0; k < 4; ++k) table[k].push_back(row[k]);
     }
     FSSettings settings(3, true, true);
-    settings.SetTransactional(true);
+    settings.SetFlagTrInput(true);
     FSFactory factory;
     const auto component = factory.CreateFSAlgorithm(&settings);
     BlocksOf source(table, 16);
