@@ -101,6 +101,18 @@ class FSPredictorSet {
   // Destroys all accumulators and sort records.
   void Cancel();
 
+  // The code of the warning under which the run goes on, 0 for none: kept for the facade, whose
+  // status it is part of, so that it is saved with the set.
+  std::int64_t GetWarning() const { return fWarning; }
+  void SetWarning(std::int64_t code) { fWarning = static_cast<int>(code); }
+
+  // Saved state, in any stage: as for IFSPredTargetAccum. REQUIRES for reading: a new set, whose
+  // settings are those that were saved with it.
+  int WriteObject(std::fstream& os) const;
+  int ReadObject(std::fstream& is);
+  void WriteObjectXML(std::ostream& os, int indent) const;
+  void ReadObjectXML(std::ifstream& is);
+
   void Display(std::ostream& out) const;
 
  private:
@@ -108,6 +120,15 @@ class FSPredictorSet {
   class TransactionPass;
   using Accumulators = std::vector<std::unique_ptr<IFSPredTargetAccum>>;
 
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
+  template <class Archive, class Self>
+  static void AccumulatorFields(Archive& archive, Self& self);
+  template <class Archive, class Self>
+  static void RankingFields(Archive& archive, Self& self);
+  std::unique_ptr<IFSPredTargetAccum> NewAccumulator(int predictor) const;
+  bool IsConsistent() const;
+  bool AreSortVectorsConsistent() const;
   void AllocAccum(bool withTarget);
   MCFeature::MCStatus PassBlocks(MCCommon::RecordIterator& source, int maxRecords, bool withTarget,
                                  bool warn);
@@ -136,6 +157,7 @@ class FSPredictorSet {
   int fNExcludedCases = 0;
   double fElapsed = 0.0;  // seconds over all stages
   FSMapIPCnt fTargetCategories;
+  bool fbWithTarget = false;   // the accumulators are of pairs
   Accumulators fAccumulators;  // null once a predictor is deleted
   int fNBest = 0;
   std::vector<int> fDeletedIndices;
@@ -143,4 +165,5 @@ class FSPredictorSet {
   PerCriterion<FSPredSort> fSortVectors;
   PerCriterion<int> fRanks;
   PerCriterion<double> fCriterionValues;
+  int fWarning = 0;
 };
