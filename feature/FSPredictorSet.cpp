@@ -170,7 +170,7 @@ std::string FSPredictorSet::GetScreenCritName(PredictorDelReason reason) {
 }
 
 std::string FSPredictorSet::GetRankCritName(RankCriteria criterion) {
-  return GetCriterionName(criterion);
+  return GetCriterionShortName(criterion);
 }
 
 void FSPredictorSet::Cancel() {

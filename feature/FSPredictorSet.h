@@ -24,6 +24,9 @@
 #include "feature/MCStatus.h"
 
 class FSSettings;
+namespace MCCommonXML {
+class XMLElement;
+}
 
 class FSPredictorSet {
  public:
@@ -95,6 +98,13 @@ class FSPredictorSet {
   // Category, unweighted and weighted count. False for a position outside the range.
   bool GetTargetCategoryInfo(int position, int& category, std::pair<int, double>& counts) const;
 
+  // The result documents, once the predictors are ranked, or screened. Error 6 before that and 1
+  // when cancelled, and nothing is written.
+  MCFeature::MCStatus ExportOneXML(std::ostream& out, MCFSCommon::RankCriteria criterion,
+                                   int nBest) const;
+  MCFeature::MCStatus ExportAllXML(std::ostream& out) const;
+
+  // Short names, as in result documents. A reason that they do not name is empty.
   static std::string GetScreenCritName(MCFSCommon::PredictorDelReason reason);
   static std::string GetRankCritName(MCFSCommon::RankCriteria criterion);
 
@@ -139,6 +149,18 @@ class FSPredictorSet {
   void RemoveWhere(Reason reason);
   const std::vector<FSPredSort>& SortVectorOf(MCFSCommon::RankCriteria criterion) const;
   void RankFirst(int n);
+  int RankOf(MCFSCommon::RankCriteria criterion, int predictor) const;
+  MCFeature::MCStatus MayExport(MCFSCommon::PredictorSetStatus from) const;
+  // A missing value is "Missing". Without a name the attribute is criterionValue.
+  static void ExportDoubleValue(MCCommonXML::XMLElement& element, double value);
+  static void ExportDoubleValue(MCCommonXML::XMLElement& element, const char* name, double value);
+  void ExportRanking(MCCommonXML::XMLElement& root, MCFSCommon::RankCriteria criterion,
+                     int n) const;
+  void ExportPredictor(MCCommonXML::XMLElement& element, int predictor) const;
+  void ExportExcludedPredictors(MCCommonXML::XMLElement& root) const;
+  void ExportCriteria(MCCommonXML::XMLElement& element, int predictor) const;
+  void ExportCritAndRank(MCCommonXML::XMLElement& element, int predictor,
+                         MCFSCommon::RankCriteria criterion) const;
 
   template <class T>
   using PerCriterion = std::array<std::vector<T>, MCFSCommon::kNCriteria>;

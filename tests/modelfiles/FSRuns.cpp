@@ -86,7 +86,12 @@ std::string DumpOf(const IFSAlgorithm& component) {
   std::ostringstream dump;
   dump.precision(17);
   component.Display(dump);
-  return std::regex_replace(dump.str(), std::regex("(Elapsed seconds|0x)[^\n]*"), "");
+  for (int c = 0; c < MCFSCommon::kNCriteria; ++c) {
+    const auto criterion = static_cast<MCFSCommon::RankCriteria>(c);
+    dump << component.ExportOneXML(dump, criterion, 0).GetErrorCode();
+  }
+  dump << component.ExportAllXML(dump).GetErrorCode();
+  return std::regex_replace(dump.str(), std::regex("(Elapsed seconds|0x|<Timestamp)[^\n]*"), "");
 }
 
 std::vector<double> AnswersOf(const IFSAlgorithm& component) {

@@ -25,7 +25,8 @@ struct FSRun {
 // The stages from the component's own to the last one, with the statuses they end in.
 std::vector<std::int64_t> FinishRun(IFSAlgorithm& component, FSStage from);
 
-// The dump without the lines that differ between equal components: times and addresses.
+// The dump and the result documents, without the lines that differ between equal components: times
+// and addresses.
 std::string DumpOf(const IFSAlgorithm& component);
 
 // Everything that queries tell, value by value.
