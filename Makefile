@@ -4,8 +4,9 @@
 #   make build   optimised build in build/release
 #   make bench   what the hot paths cost
 #   make asan    the test suite under AddressSanitizer and UBSan
+#   make evaluator  set up the independent evaluator of model files, for the tests (needs Java)
 #   make tidy    clang-tidy over all sources
-.PHONY: demo test build bench asan tidy format setup clean
+.PHONY: demo test build bench asan evaluator tidy format setup clean
 
 demo: build
 	@scripts/demo
@@ -24,6 +25,10 @@ asan: setup
 	cmake --preset asan >/dev/null
 	cmake --build --preset asan
 	ctest --preset asan
+
+evaluator:
+	python3 -m venv .venv-pmml
+	.venv-pmml/bin/python3 -m pip install --quiet -r scripts/requirements-pmml.txt
 
 tidy:
 	@scripts/setup --dev

@@ -24,7 +24,6 @@
 namespace {
 
 constexpr const char* kSource = "backend/predselect/NaiveOutput";
-constexpr int kListWidth = 150;    // points
 constexpr int kSubsetWidth = 100;  // points
 
 }  // namespace
@@ -124,7 +123,7 @@ void NaiveOutput::DisplayScreened() const {
   if (missing.empty() && constant.empty()) return;
   BpPivotTable table("Excluded Predictors", "ExcludedPredictors");
   table.Caption(BpString("Screening performed in displayed order ..."));
-  table.MinDataColumnWidth(kListWidth);
+  table.MinDataColumnWidth(kPRSListWidth);
   BpDimension reasons = table.RowDimension("Reason");
   BpDimension types = table.RowDimension("Type");
   BpDimension columns = table.ColumnDimension("Predictors");
@@ -250,26 +249,24 @@ bool NaiveOutput::IsSimulated() const {
   return records > fpSettings->GetMaxRecordsInMemory();
 }
 
-void NaiveOutput::DisplaySelected() const {
-  BpPivotTable table("Selected Predictors", "SelectedPredictors");
-  table.MinDataColumnWidth(kListWidth);
-  BpDimension rows = table.RowDimension("Type");
-  BpDimension columns = table.ColumnDimension("Predictors");
-  const BpCategory column = columns.AddCategory(BpString("Predictors"));
-  for (const bool categorical : {true, false}) {
-    std::vector<std::string> names;
-    for (int i = 0; i < fpNBVarList->Size(); ++i) {
-      const KOVA_Variable& variable = VariableAt(i);
-      const bool isHere =
-          fpNBVarList->GetVariableRole(i) == INBVariable::kInput &&
-          (fpNBVarList->GetVarAt(i)->GetMeasureLevel() != INBVariable::kContinuous) == categorical;
-      if (isHere) names.push_back(variable.GetName());
-    }
-    if (names.empty()) continue;
-    const BpCategory row = rows.AddCategory(BpString(categorical ? "Categorical" : "Scale"));
-    table.SetCell({row, column}, PRSListCell("[%1: ^1:]1", names));
+std::vector<std::string> NaiveOutput::SelectedNames(bool categorical) const {
+  const NBVarList& varList = fpFactory->GetINBAlgorithm()->GetVarList();
+  std::vector<std::string> names;
+  for (int i = 0; i < varList.Size(); ++i) {
+    const bool isHere =
+        varList.GetVariableRole(i) == INBVariable::kInput &&
+        (varList.GetVarAt(i)->GetMeasureLevel() != INBVariable::kContinuous) == categorical;
+    if (isHere) names.push_back(varList.GetVarAt(i)->GetVariableName());
   }
-  if (fpNBVarList->GetNumInputVars() > 0) table.Show();
+  return names;
+}
+
+void NaiveOutput::SetMacros() const {
+  PRSSetMacros(*fpValidSpecs, SelectedNames(true), SelectedNames(false));
+}
+
+void NaiveOutput::DisplaySelected() const {
+  PRSShowSelected(SelectedNames(true), SelectedNames(false));
 }
 
 void NaiveOutput::DisplayClassification() const {
@@ -283,6 +280,7 @@ void NaiveOutput::DisplayClassification() const {
   BpDimension observed = table.RowDimension("Observed");
   BpDimension predicted = table.ColumnDimension("Predicted");
   BpDimension samples = table.LayerDimension("Sample");
+  predicted.ShowName();
   BpGroup rowGroup = observed.AddGroup(BpString("Values"));
   BpGroup columnGroup = predicted.AddGroup(BpString("Values"));
   std::vector<BpCategory> rows;

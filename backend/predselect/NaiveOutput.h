@@ -40,6 +40,10 @@ class NaiveOutput {
   // engine.
   void DisplayScreened() const;
 
+  // Gives the macros of the command the predictors of the model, in the order of the variable list;
+  // whatever is printed. REQUIRES: the engine has run.
+  void SetMacros() const;
+
  private:
   struct SubsetRow;
 
@@ -55,6 +59,8 @@ class NaiveOutput {
   std::vector<SubsetRow> SubsetRows() const;
   int ChosenSubset(int numSubsets) const;
   void NoteSubsets(const std::vector<BpCategory>& rows, BpCategory& added) const;
+  // Names of the model's predictors of one kind, in the order of the variable list.
+  std::vector<std::string> SelectedNames(bool categorical) const;
   MCHost::OutputText InitialSubset() const;
   bool IsSimulated() const;
   const KOVA_Variable& VariableAt(int listPosition) const;

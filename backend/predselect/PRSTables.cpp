@@ -11,6 +11,8 @@
 #include "host/output/BpString.h"
 #include "host/output/BpVariable.h"
 #include "host/output/OutputNote.h"
+#include "host/session/ISession.h"
+#include "host/session/SessionScope.h"
 
 MCHost::OutputText PRSListCell(const char* pattern, const std::vector<std::string>& names) {
   BpComposite list(pattern);
@@ -61,4 +63,31 @@ void PRSShowCaseSummary(const PRSValidSpecs& specs, const KOVA_Variable& target,
   fill(rows.AddCategory(BpString("Total")),
        {total, counts.fValid.fCases.value_or(0) + counts.fExcluded.fCases.value_or(0)});
   table.Show();
+}
+
+void PRSShowSelected(const std::vector<std::string>& categorical,
+                     const std::vector<std::string>& scale) {
+  if (categorical.empty() && scale.empty()) return;
+  BpPivotTable table("Selected Predictors", "SelectedPredictors");
+  table.MinDataColumnWidth(kPRSListWidth);
+  BpDimension rows = table.RowDimension("Type");
+  BpDimension columns = table.ColumnDimension("Predictors");
+  const BpCategory column = columns.AddCategory(BpString("Predictors"));
+  const auto fill = [&](const char* type, const std::vector<std::string>& names) {
+    if (names.empty()) return;
+    table.SetCell({rows.AddCategory(BpString(type)), column}, PRSListCell("[%1: ^1:]1", names));
+  };
+  fill("Categorical", categorical);
+  fill("Scale", scale);
+  table.Show();
+}
+
+void PRSSetMacros(const PRSValidSpecs& specs, const std::vector<std::string>& categorical,
+                  const std::vector<std::string>& scale) {
+  MCHost::ISession& session = MCHost::CurrentSession();
+  const auto set = [&session](const KovaVarName& name, const std::vector<std::string>& values) {
+    if (!name.IsEmpty()) session.SetMacro(name.GetName(), values);
+  };
+  set(specs.GetFactorMacroVar(), categorical);
+  set(specs.GetCovariateMacroVar(), scale);
 }

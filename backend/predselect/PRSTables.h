@@ -12,6 +12,9 @@ class KOVA_Value;
 class KOVA_Variable;
 class PRSValidSpecs;
 
+// The least width of a column of such cells, in points.
+inline constexpr int kPRSListWidth = 150;
+
 // A cell that lists names, joined as the host's list pattern says.
 MCHost::OutputText PRSListCell(const char* pattern, const std::vector<std::string>& names);
 
@@ -42,3 +45,11 @@ struct PRSCaseCounts {
 // `target` is the variable of the categories, `caption` a key (null: none).
 void PRSShowCaseSummary(const PRSValidSpecs& specs, const KOVA_Variable& target,
                         const PRSCaseCounts& counts, const char* caption);
+
+// The table of selected predictors by type; no table when there are none.
+void PRSShowSelected(const std::vector<std::string>& categorical,
+                     const std::vector<std::string>& scale);
+
+// Gives the macros that the command names the selected predictors.
+void PRSSetMacros(const PRSValidSpecs& specs, const std::vector<std::string>& categorical,
+                  const std::vector<std::string>& scale);

@@ -19,13 +19,10 @@
 #include "host/output/BpProcedure.h"
 #include "host/output/BpString.h"
 #include "host/output/BpVariable.h"
-#include "host/session/ISession.h"
-#include "host/session/SessionScope.h"
 
 namespace {
 
 constexpr const char* kSource = "backend/predselect/SelOutput";
-constexpr int kMinDataColumnWidth = 150;
 
 // Screening reasons in the order in which the rules are applied, with their labels.
 struct ReasonText {
@@ -108,7 +105,7 @@ void SelOutput::BpExcludedPred() const {
   }
   BpPivotTable table("Excluded Predictors", "ExcludedPredictors");
   table.Caption(BpString("Screening performed in displayed order ..."));
-  table.MinDataColumnWidth(kMinDataColumnWidth);
+  table.MinDataColumnWidth(kPRSListWidth);
   BpDimension rows = table.RowDimension("Reason");
   BpDimension columns = table.ColumnDimension("Predictors");
   const BpCategory column = columns.AddCategory(BpString("Predictors"));
@@ -140,28 +137,13 @@ void SelOutput::BpSelPredictors() const {
     return;
   }
   if (!fpValidSpecs->GetPrintSelect()) return;
-  BpPivotTable table("Selected Predictors", "SelectedPredictors");
-  table.MinDataColumnWidth(kMinDataColumnWidth);
-  BpDimension rows = table.RowDimension("Type");
-  BpDimension columns = table.ColumnDimension("Predictors");
-  const BpCategory column = columns.AddCategory(BpString("Predictors"));
-  for (const bool categorical : {true, false}) {
-    std::vector<std::string> names = SelectedNames(categorical);
-    if (names.empty()) continue;
-    std::sort(names.begin(), names.end());
-    const BpCategory row = rows.AddCategory(BpString(categorical ? "Categorical" : "Scale"));
-    table.SetCell({row, column}, PRSListCell("[%1: ^1:]1", names));
-  }
-  table.Show();
+  std::vector<std::string> lists[] = {SelectedNames(true), SelectedNames(false)};
+  for (std::vector<std::string>& names : lists) std::sort(names.begin(), names.end());
+  PRSShowSelected(lists[0], lists[1]);
 }
 
 void SelOutput::SetMacros() const {
-  MCHost::ISession& session = MCHost::CurrentSession();
-  const auto set = [&](const KovaVarName& name, bool categorical) {
-    if (!name.IsEmpty()) session.SetMacro(name.GetName(), SelectedNames(categorical));
-  };
-  set(fpValidSpecs->GetFactorMacroVar(), true);
-  set(fpValidSpecs->GetCovariateMacroVar(), false);
+  PRSSetMacros(*fpValidSpecs, SelectedNames(true), SelectedNames(false));
 }
 
 const IFSAlgorithm& SelOutput::Algorithm() const {

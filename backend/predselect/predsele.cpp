@@ -80,7 +80,9 @@ void RunNaiveBayes(PRSValidSpecs& specs, ProcedureDataSource& source, BpProcedur
   const bool isPrepared = PrepareNaiveBayes(factory, specs, output);
   if (display_settings && isPrepared) specs.Display(std::cerr);
   if (IsErrorSet() || !isPrepared || !factory.RunNBComponent() || IsErrorSet()) return;
-  if (factory.GetINBAlgorithm() != nullptr) output.DisplayTables();
+  if (factory.GetINBAlgorithm() == nullptr) return;
+  output.DisplayTables();
+  output.SetMacros();
 }
 
 void RunCommand(ProcedureDataSource& source, PRSValidSpecs& specs) {

@@ -10,6 +10,10 @@ BpCategory BpDimension::AddCategory(MCHost::OutputText label, MCHost::OutputForm
   return {fpTable, fDimension, Append(std::move(label), -1, false, format)};
 }
 
+void BpDimension::ShowName() {
+  fpTable->fTable.fDimensions[static_cast<std::size_t>(fDimension)].fbShowName = true;
+}
+
 int BpDimension::Append(MCHost::OutputText label, int parent, bool group,
                         MCHost::OutputFormat format) {
   auto& categories = fpTable->fTable.fDimensions[static_cast<std::size_t>(fDimension)].fCategories;

@@ -16,6 +16,9 @@ class BpDimension {
   BpCategory AddCategory(MCHost::OutputText label,
                          MCHost::OutputFormat format = MCHost::OutputFormat::kText);
 
+  // Puts the dimension's name above its columns. Rows and layers show theirs anyway.
+  void ShowName();
+
  private:
   friend class BpPivotTable;
   friend class BpGroup;

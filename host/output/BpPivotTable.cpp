@@ -37,7 +37,7 @@ BpDimension BpPivotTable::LayerDimension(const std::string& nameKey) {
 }
 
 BpDimension BpPivotTable::AddDimension(const std::string& nameKey, OutputDimension::Axis axis) {
-  fTable.fDimensions.push_back({OutputText::Key(nameKey), axis, {}});
+  fTable.fDimensions.push_back({OutputText::Key(nameKey), axis, false, {}});
   return {this, static_cast<int>(fTable.fDimensions.size()) - 1};
 }
 

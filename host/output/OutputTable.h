@@ -28,6 +28,7 @@ struct OutputDimension {
 
   OutputText fName;
   Axis fAxis = kRow;
+  bool fbShowName = false;  // of columns: the name stands above their headings
   std::vector<OutputCategory> fCategories;
 
   // The leaves in the order in which they are shown: children in order, groups of nothing left out.

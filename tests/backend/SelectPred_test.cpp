@@ -156,7 +156,6 @@ TEST_F(SelectPred, SaysWhatWentWrongInOneClearMessage) {
       {"SELECTPRED empty BY same /PRINT SUMMARY.", "All cases excluded in Predictor Selection...",
        true},
       {"SELECTPRED one BY same other /PRINT SUMMARY.", "Dependent variable constant...", true},
-      {"NAIVEBAYES target BY same other.", "No Naive Bayes engine in this build...", true},
   };
   for (const auto& c : cases) {
     const json run = Run(c.fCommand);

@@ -10,6 +10,9 @@ namespace {
 
 std::vector<AxisEntry::Heading> Headings(const OutputDimension& dimension, int place, int leaf) {
   std::vector<AxisEntry::Heading> headings;
+  if (dimension.fbShowName && dimension.fAxis == OutputDimension::kColumn) {
+    headings.push_back({ShowText(dimension.fName), place, -1});
+  }
   for (const int category : dimension.PathTo(leaf)) {
     const OutputCategory& found = dimension.fCategories[static_cast<std::size_t>(category)];
     headings.push_back({ShowText(found.fLabel) + FootnoteMarks(found.fNotes), place, category});

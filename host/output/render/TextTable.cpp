@@ -330,19 +330,48 @@ void TextTable::MeasureLabels() {
   if (wanted > room) fLabelWidths.back() += wanted - room;
 }
 
+std::size_t TextTable::RoomForColumns() const {
+  const std::size_t used = Sum(fLabelWidths, 0, fRowDepth) +
+                           (fRowDepth + fColumns.size()) * (kPadding + kBorder) + kBorder;
+  return fPageWidth > used ? fPageWidth - used : 0;
+}
+
+// A table that is too wide for the page gives up its wishes before it is cut into panels: first the
+// least width, then columns become as narrow as their longest words, where that makes it fit.
 std::vector<std::size_t> TextTable::MeasureColumns(const AxisEntry& layer) const {
+  const auto least = static_cast<std::size_t>(fTable.fMinDataColumnWidth) / kPointsPerGlyph;
+  const std::vector<std::size_t> wished = ColumnWidths(layer, least, &LongestLine);
+  const std::size_t room = RoomForColumns();
+  if (Sum(wished, 0, wished.size()) <= room) return wished;
+  const std::vector<std::size_t> narrowest = ColumnWidths(layer, 1, &LongestWord);
+  if (Sum(narrowest, 0, narrowest.size()) > room) return wished;
+  std::vector<std::size_t> widths = ColumnWidths(layer, 1, &LongestLine);
+  for (std::size_t total = Sum(widths, 0, widths.size()); total > room; --total) {
+    std::size_t widest = 0;
+    for (std::size_t i = 0; i < widths.size(); ++i) {
+      const bool mayShrink = widths[i] > narrowest[i];
+      const bool isFirst = widths[widest] <= narrowest[widest];
+      if (mayShrink && (isFirst || widths[i] > widths[widest])) widest = i;
+    }
+    --widths[widest];
+  }
+  return widths;
+}
+
+std::vector<std::size_t> TextTable::ColumnWidths(const AxisEntry& layer, std::size_t least,
+                                                 std::size_t (*measure)(const std::string&)) const {
   const std::size_t labels = Sum(fLabelWidths, 0, fRowDepth) + (fRowDepth + 1) * 3;
   const std::size_t most = std::max<std::size_t>(20, fPageWidth > labels ? fPageWidth - labels : 0);
-  const auto least = static_cast<std::size_t>(fTable.fMinDataColumnWidth) / kPointsPerGlyph;
   std::vector<std::size_t> widths;
   for (const AxisEntry& column : fColumns) {
     std::size_t width = std::max<std::size_t>(least, 1);
     if (!column.fHeadings.empty()) {
-      width = std::max(width, HeadingWidth(column.fHeadings.back().fText));
+      const std::string& heading = column.fHeadings.back().fText;
+      width = std::max(width, std::min(measure(heading), HeadingWidth(heading)));
     }
     for (const AxisEntry& row : fRows) {
       const ShownCell* cell = FindCell(row, column, layer);
-      if (cell != nullptr) width = std::max(width, LongestLine(cell->fText));
+      if (cell != nullptr) width = std::max(width, measure(cell->fText));
     }
     widths.push_back(std::min(width, most));
   }

@@ -52,6 +52,9 @@ class TextTable {
 
   void MeasureLabels();
   std::vector<std::size_t> MeasureColumns(const AxisEntry& layer) const;
+  std::size_t RoomForColumns() const;
+  std::vector<std::size_t> ColumnWidths(const AxisEntry& layer, std::size_t least,
+                                        std::size_t (*measure)(const std::string&)) const;
   void WidenForGroups(std::vector<std::size_t>& widths) const;
   const ShownCell* FindCell(const AxisEntry& row, const AxisEntry& column,
                             const AxisEntry& layer) const;

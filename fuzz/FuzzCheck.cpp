@@ -1,0 +1,31 @@
+#include "fuzz/FuzzCheck.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+#include "common/MCAssert.h"
+
+namespace {
+
+[[noreturn]] void PrintAndAbort(const char* text, const char* source) {
+  std::fprintf(stderr, "Internal error in %s: the condition \"%s\" does not hold.\n", source, text);
+  std::abort();
+}
+
+}  // namespace
+
+// Called by the fuzzer once, before the first input.
+extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
+  MCCommon::SetAssertionHandler(PrintAndAbort);
+  return 0;
+}
+
+namespace PredSelectFuzz {
+
+void Require(bool holds, const char* law, const std::string& broken) {
+  if (holds) return;
+  std::fprintf(stderr, "Does not hold: %s.\n%s\n", law, broken.c_str());
+  std::abort();
+}
+
+}  // namespace PredSelectFuzz
