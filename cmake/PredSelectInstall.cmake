@@ -17,3 +17,6 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/PredSelectConfigVersion.c
   COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/PredSelectConfig.cmake
   ${PROJECT_BINARY_DIR}/PredSelectConfigVersion.cmake DESTINATION ${package_dir})
+# The document types of result documents and saved state.
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/modelfiles/dtd
+  DESTINATION ${CMAKE_INSTALL_DATADIR}/predselect FILES_MATCHING PATTERN "*.dtd")

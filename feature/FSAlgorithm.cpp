@@ -12,6 +12,12 @@ FSAlgorithm::FSAlgorithm(FSSettings* settings)
       fCancel(settings->GetCancelPointer()),
       fPredictors(settings, &fCancel) {}
 
+FSAlgorithm::FSAlgorithm(std::unique_ptr<FSSettings> settings) : FSAlgorithm(settings.get()) {
+  fpOwnSettings = std::move(settings);
+}
+
+FSAlgorithm::~FSAlgorithm() = default;
+
 std::string FSAlgorithm::GetComponentVersion() const {
   return "Feature Selection Component Ver.1.0, by the PredSelect contributors";
 }
@@ -21,7 +27,10 @@ std::string FSAlgorithm::GetComponentVersion() const {
 template <class Stage>
 MCStatus FSAlgorithm::Run(Stage stage) {
   if (fStatus.IsError()) return fStatus;
-  if (!fCancel.IsCancel()) fStatus = stage();
+  if (!fCancel.IsCancel()) {
+    fStatus = stage();
+    fPredictors.SetWarning(fStatus.IsWarning() ? fStatus.GetErrorCode() : 0);
+  }
   if (fCancel.IsCancel()) {
     fPredictors.Cancel();
     fStatus = MCFeature::Error(MCFeature::kCancelled);

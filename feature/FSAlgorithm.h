@@ -1,6 +1,8 @@
 // The one implementation of the feature selection component. Made by FSFactory.
 #pragma once
 
+#include <memory>
+
 #include "feature/FSCancelInfo.h"
 #include "feature/FSPredictorSet.h"
 #include "feature/IFSAlgorithm.h"
@@ -9,6 +11,9 @@ class FSAlgorithm final : public IFSAlgorithm {
  public:
   // The settings are borrowed and must outlive the component.
   explicit FSAlgorithm(FSSettings* settings);
+  // A component to be read from saved state, with settings of its own.
+  explicit FSAlgorithm(std::unique_ptr<FSSettings> settings);
+  ~FSAlgorithm() override;
 
   std::string GetComponentVersion() const override;
   MCFeature::MCStatus GetStatus() const override { return fStatus; }
@@ -53,12 +58,23 @@ class FSAlgorithm final : public IFSAlgorithm {
   MCFeature::MCStatus Merge(const IFSAlgorithm& other, const FSCategoryMaps* maps) override;
   void Display(std::ostream& out) const override;
 
+  // Saved state: as for IFSPredTargetAccum. REQUIRES for reading: a new component.
+  int WriteObject(std::fstream& os) const;
+  int ReadObject(std::fstream& is);
+  void WriteObjectXML(std::ostream& os, int indent) const;
+  void ReadObjectXML(std::ifstream& is);
+
  private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
   template <class Stage>
   MCFeature::MCStatus Run(Stage stage);
 
+  MCFeature::MCStatus StatusNow() const;
+
+  std::unique_ptr<FSSettings> fpOwnSettings;  // of a restored component
   FSSettings* fpSettings;
-  FSCancelInfo fCancel;
+  mutable FSCancelInfo fCancel;  // asking the probe may set the flag
   MCFeature::MCStatus fStatus;
   FSPredictorSet fPredictors;
   bool fbDataAccumulated = false;

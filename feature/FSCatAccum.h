@@ -18,9 +18,15 @@ class FSCatAccum : public IFSPredTargetAccum {
   void ComputeCrit(int, double&, double&, double&, double&, double&) const override {}
   bool GetOutputStats(int, double&, double&, double&, double&) const override { return false; }
   bool IsCategorical() const override { return true; }
+  int WriteObject(std::fstream& os) const override;
+  int ReadObject(std::fstream& is) override;
+  void WriteObjectXML(std::ostream& os, int indent) const override;
+  void ReadObjectXML(std::ifstream& is) override;
   void Display(std::ostream& out) const override;
 
  private:
-  FSPredictorState fState{-1.0};
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
+  FSPredictorState fState{FSPredictorState::kNoCategory};
   FSMapICnt fCounts;
 };

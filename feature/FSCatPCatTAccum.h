@@ -23,13 +23,19 @@ class FSCatPCatTAccum : public IFSPredTargetAccum {
   bool GetOutputStats(int criterion, double& value, double& out2, double& out3,
                       double& out4) const override;
   bool IsCategorical() const override { return true; }
+  int WriteObject(std::fstream& os) const override;
+  int ReadObject(std::fstream& is) override;
+  void WriteObjectXML(std::ostream& os, int indent) const override;
+  void ReadObjectXML(std::ifstream& is) override;
   void Display(std::ostream& out) const override;
 
  private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
   std::size_t AddBlockDense(const double* predictor, const FSCaseBlock& cases);
   void Add(FSPredictorState& state, int predictor, int target, double weight);
 
-  FSPredictorState fState{-1.0};
+  FSPredictorState fState{FSPredictorState::kNoCategory};
   FSMapICnt fPredictorCounts;
   FSMapICnt fTargetCounts;  // among the cases valid on this predictor
   FSMapPiCnt fJointCounts;

@@ -1,7 +1,6 @@
 // A continuous predictor in a pass without target: its mean and variance.
 #pragma once
 
-#include "common/MissingValue.h"
 #include "feature/FSPredictorState.h"
 #include "feature/IFSPredTargetAccum.h"
 
@@ -19,12 +18,18 @@ class FSContAccum : public IFSPredTargetAccum {
   void ComputeCrit(int, double&, double&, double&, double&, double&) const override {}
   bool GetOutputStats(int, double&, double&, double&, double&) const override { return false; }
   bool IsCategorical() const override { return false; }
+  int WriteObject(std::fstream& os) const override;
+  int ReadObject(std::fstream& is) override;
+  void WriteObjectXML(std::ostream& os, int indent) const override;
+  void ReadObjectXML(std::ifstream& is) override;
   void Display(std::ostream& out) const override;
 
  private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
   void Add(FSPredictorState& state, double predictor, double weight);
 
-  FSPredictorState fState{MCMV::gMissingValue};
+  FSPredictorState fState{FSPredictorState::kNoNumber};
   double fMean = 0.0;
   double fSquaredDeviations = 0.0;
   double fVariance = 0.0;

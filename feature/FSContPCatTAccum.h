@@ -1,7 +1,6 @@
 // A continuous predictor and a categorical target: the predictor's moments by target category.
 #pragma once
 
-#include "common/MissingValue.h"
 #include "feature/FSMapIStat.h"
 #include "feature/FSPredictorState.h"
 #include "feature/IFSPredTargetAccum.h"
@@ -25,9 +24,15 @@ class FSContPCatTAccum : public IFSPredTargetAccum {
   bool GetOutputStats(int criterion, double& value, double& out2, double& out3,
                       double& out4) const override;
   bool IsCategorical() const override { return false; }
+  int WriteObject(std::fstream& os) const override;
+  int ReadObject(std::fstream& is) override;
+  void WriteObjectXML(std::ostream& os, int indent) const override;
+  void ReadObjectXML(std::ifstream& is) override;
   void Display(std::ostream& out) const override;
 
  private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
   void AddBlockDense(const double* predictor, const FSCaseBlock& cases);
   void Add(FSPredictorState& state, double predictor, int target, double weight);
 
@@ -35,7 +40,7 @@ class FSContPCatTAccum : public IFSPredTargetAccum {
   // overall mean, divided by W - 1; 0 where W is not above 1.
   double OverallStddev() const;
 
-  FSPredictorState fState{MCMV::gMissingValue};
+  FSPredictorState fState{FSPredictorState::kNoNumber};
   double fMean = 0.0;
   FSMapIStat fPredictorByTarget;
 };

@@ -24,9 +24,15 @@ class FSContPContTAccum : public IFSPredTargetAccum {
   bool GetOutputStats(int criterion, double& value, double& out2, double& out3,
                       double& out4) const override;
   bool IsCategorical() const override { return false; }
+  int WriteObject(std::fstream& os) const override;
+  int ReadObject(std::fstream& is) override;
+  void WriteObjectXML(std::ostream& os, int indent) const override;
+  void ReadObjectXML(std::ifstream& is) override;
   void Display(std::ostream& out) const override;
 
  private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
   // Weighted means, squared deviations and cross deviations of predictor (x) and target (y).
   struct Moments {
     double fMeanX = 0.0;
@@ -39,7 +45,7 @@ class FSContPContTAccum : public IFSPredTargetAccum {
     void Add(double x, double y, double share, double before, double weight);
   };
 
-  FSPredictorState fState{MCMV::gMissingValue};
+  FSPredictorState fState{FSPredictorState::kNoNumber};
   Moments fMoments;
   double fPredictorVariance = MCMV::gMissingValue;
   double fTargetVariance = MCMV::gMissingValue;

@@ -22,7 +22,7 @@ void State(std::ostream& out, const char* name, const FSPredictorState& state) {
   out << name << '\n';
   Value(out, "Total weight", state.GetTotalWeight());
   Value(out, "Missing weight", state.GetMissingWeight());
-  Value(out, "Valid cases", static_cast<double>(state.GetNValidCases()));
+  if (state.IsOfCategory()) Value(out, "Valid cases", static_cast<double>(state.GetNValidCases()));
   out << "  All constant = " << (state.IsAllConstant() ? "yes" : "no") << '\n';
 }
 

@@ -1,6 +1,8 @@
 // Weight, mean, squared deviations and variance of a value per category, in category order.
 #pragma once
 
+#include <iosfwd>
+
 #include "feature/FSMoments.h"
 #include "feature/FSSortedMap.h"
 
@@ -43,4 +45,13 @@ class FSMapIStat : public FSSortedMap<int, FSGroupStats> {
       group.fVariance = FSVariance(group.fSquaredDeviations, group.fWeight, 0.0);
     }
   }
+
+  int WriteObject(std::fstream& os) const;
+  int ReadObject(std::fstream& is);
+  void WriteObjectXML(std::ostream& os, int indent) const;
+  void ReadObjectXML(std::ifstream& is);
+
+ private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
 };

@@ -1,7 +1,8 @@
-// The four maps of the engine. Each entry operation returns true when the key was there and false
-// when it was entered.
+// Counts by category. Each entry operation returns true when the key was there and false
+// when it was entered. Saved state: as for IFSPredTargetAccum.
 #pragma once
 
+#include <iosfwd>
 #include <utility>
 
 #include "feature/FSSortedMap.h"
@@ -14,6 +15,15 @@ class FSMapICnt : public FSSortedMap<int, double> {
     if (found) ValueAt(at) += w;
     return found;
   }
+
+  int WriteObject(std::fstream& os) const;
+  int ReadObject(std::fstream& is);
+  void WriteObjectXML(std::ostream& os, int indent) const;
+  void ReadObjectXML(std::ifstream& is);
+
+ private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
 };
 
 // Unweighted and weighted count per category.
@@ -27,6 +37,15 @@ class FSMapIPCnt : public FSSortedMap<int, std::pair<int, double>> {
     }
     return found;
   }
+
+  int WriteObject(std::fstream& os) const;
+  int ReadObject(std::fstream& is);
+  void WriteObjectXML(std::ostream& os, int indent) const;
+  void ReadObjectXML(std::ifstream& is);
+
+ private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
 };
 
 // Weighted count per pair of predictor and target category.
@@ -37,4 +56,13 @@ class FSMapPiCnt : public FSSortedMap<std::pair<int, int>, double> {
     if (found) ValueAt(at) += w;
     return found;
   }
+
+  int WriteObject(std::fstream& os) const;
+  int ReadObject(std::fstream& is);
+  void WriteObjectXML(std::ostream& os, int indent) const;
+  void ReadObjectXML(std::ifstream& is);
+
+ private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
 };

@@ -4,6 +4,8 @@
 // value comes before one without.
 #pragma once
 
+#include <iosfwd>
+
 #include "common/MissingValue.h"
 #include "feature/MCFSCommon.h"
 
@@ -26,4 +28,12 @@ struct FSPredSort {
 
   using Less = bool (*)(const FSPredSort& a, const FSPredSort& b);
   static Less ComparisonOf(MCFSCommon::RankCriteria criterion);
+
+  // Saved state: as for IFSPredTargetAccum.
+  int WriteObject(std::fstream& os) const;
+  int ReadObject(std::fstream& is);
+  void WriteObjectXML(std::ostream& os, int indent) const;
+  void ReadObjectXML(std::ifstream& is);
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
 };

@@ -19,20 +19,6 @@ using MCFeature::MCStatus;
 
 namespace {
 
-std::unique_ptr<IFSPredTargetAccum> NewAccumulator(bool catPredictor, bool withTarget,
-                                                   bool catTarget) {
-  if (!withTarget) {
-    if (catPredictor) return std::make_unique<FSCatAccum>();
-    return std::make_unique<FSContAccum>();
-  }
-  if (catPredictor) {
-    if (catTarget) return std::make_unique<FSCatPCatTAccum>();
-    return std::make_unique<FSCatPContTAccum>();
-  }
-  if (catTarget) return std::make_unique<FSContPCatTAccum>();
-  return std::make_unique<FSContPContTAccum>();
-}
-
 // The reason of the first stage, 0 for none.
 int AllMissingOrConstant(const IFSPredTargetAccum& accumulator) {
   if (accumulator.IsAllMissing()) return kAllMissing;
@@ -49,12 +35,22 @@ FSPredictorSet::FSPredictorSet(FSSettings* settings, FSCancelInfo* cancel)
 
 FSPredictorSet::~FSPredictorSet() = default;
 
+std::unique_ptr<IFSPredTargetAccum> FSPredictorSet::NewAccumulator(int predictor) const {
+  const bool catTarget = fpSettings->IsCatTarget();
+  if (fpSettings->IsCatPredictor(predictor)) {
+    if (!fbWithTarget) return std::make_unique<FSCatAccum>();
+    if (catTarget) return std::make_unique<FSCatPCatTAccum>();
+    return std::make_unique<FSCatPContTAccum>();
+  }
+  if (!fbWithTarget) return std::make_unique<FSContAccum>();
+  if (catTarget) return std::make_unique<FSContPCatTAccum>();
+  return std::make_unique<FSContPContTAccum>();
+}
+
 void FSPredictorSet::AllocAccum(bool withTarget) {
   if (!fAccumulators.empty()) return;
-  for (int j = 0; j < fNPredictors; ++j) {
-    fAccumulators.push_back(
-        NewAccumulator(fpSettings->IsCatPredictor(j), withTarget, fpSettings->IsCatTarget()));
-  }
+  fbWithTarget = withTarget;
+  for (int j = 0; j < fNPredictors; ++j) fAccumulators.push_back(NewAccumulator(j));
 }
 
 void FSPredictorSet::CompletePass() {
@@ -174,7 +170,7 @@ std::string FSPredictorSet::GetScreenCritName(PredictorDelReason reason) {
 }
 
 std::string FSPredictorSet::GetRankCritName(RankCriteria criterion) {
-  return GetCriterionName(criterion);
+  return GetCriterionShortName(criterion);
 }
 
 void FSPredictorSet::Cancel() {

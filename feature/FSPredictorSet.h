@@ -24,6 +24,9 @@
 #include "feature/MCStatus.h"
 
 class FSSettings;
+namespace MCCommonXML {
+class XMLElement;
+}
 
 class FSPredictorSet {
  public:
@@ -95,11 +98,30 @@ class FSPredictorSet {
   // Category, unweighted and weighted count. False for a position outside the range.
   bool GetTargetCategoryInfo(int position, int& category, std::pair<int, double>& counts) const;
 
+  // The result documents, once the predictors are ranked, or screened. Error 6 before that and 1
+  // when cancelled, and nothing is written.
+  MCFeature::MCStatus ExportOneXML(std::ostream& out, MCFSCommon::RankCriteria criterion,
+                                   int nBest) const;
+  MCFeature::MCStatus ExportAllXML(std::ostream& out) const;
+
+  // Short names, as in result documents. A reason that they do not name is empty.
   static std::string GetScreenCritName(MCFSCommon::PredictorDelReason reason);
   static std::string GetRankCritName(MCFSCommon::RankCriteria criterion);
 
   // Destroys all accumulators and sort records.
   void Cancel();
+
+  // The code of the warning under which the run goes on, 0 for none: kept for the facade, whose
+  // status it is part of, so that it is saved with the set.
+  std::int64_t GetWarning() const { return fWarning; }
+  void SetWarning(std::int64_t code) { fWarning = static_cast<int>(code); }
+
+  // Saved state, in any stage: as for IFSPredTargetAccum. REQUIRES for reading: a new set, whose
+  // settings are those that were saved with it.
+  int WriteObject(std::fstream& os) const;
+  int ReadObject(std::fstream& is);
+  void WriteObjectXML(std::ostream& os, int indent) const;
+  void ReadObjectXML(std::ifstream& is);
 
   void Display(std::ostream& out) const;
 
@@ -108,6 +130,15 @@ class FSPredictorSet {
   class TransactionPass;
   using Accumulators = std::vector<std::unique_ptr<IFSPredTargetAccum>>;
 
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
+  template <class Archive, class Self>
+  static void AccumulatorFields(Archive& archive, Self& self);
+  template <class Archive, class Self>
+  static void RankingFields(Archive& archive, Self& self);
+  std::unique_ptr<IFSPredTargetAccum> NewAccumulator(int predictor) const;
+  bool IsConsistent() const;
+  bool AreSortVectorsConsistent() const;
   void AllocAccum(bool withTarget);
   MCFeature::MCStatus PassBlocks(MCCommon::RecordIterator& source, int maxRecords, bool withTarget,
                                  bool warn);
@@ -118,6 +149,18 @@ class FSPredictorSet {
   void RemoveWhere(Reason reason);
   const std::vector<FSPredSort>& SortVectorOf(MCFSCommon::RankCriteria criterion) const;
   void RankFirst(int n);
+  int RankOf(MCFSCommon::RankCriteria criterion, int predictor) const;
+  MCFeature::MCStatus MayExport(MCFSCommon::PredictorSetStatus from) const;
+  // A missing value is "Missing". Without a name the attribute is criterionValue.
+  static void ExportDoubleValue(MCCommonXML::XMLElement& element, double value);
+  static void ExportDoubleValue(MCCommonXML::XMLElement& element, const char* name, double value);
+  void ExportRanking(MCCommonXML::XMLElement& root, MCFSCommon::RankCriteria criterion,
+                     int n) const;
+  void ExportPredictor(MCCommonXML::XMLElement& element, int predictor) const;
+  void ExportExcludedPredictors(MCCommonXML::XMLElement& root) const;
+  void ExportCriteria(MCCommonXML::XMLElement& element, int predictor) const;
+  void ExportCritAndRank(MCCommonXML::XMLElement& element, int predictor,
+                         MCFSCommon::RankCriteria criterion) const;
 
   template <class T>
   using PerCriterion = std::array<std::vector<T>, MCFSCommon::kNCriteria>;
@@ -136,6 +179,7 @@ class FSPredictorSet {
   int fNExcludedCases = 0;
   double fElapsed = 0.0;  // seconds over all stages
   FSMapIPCnt fTargetCategories;
+  bool fbWithTarget = false;   // the accumulators are of pairs
   Accumulators fAccumulators;  // null once a predictor is deleted
   int fNBest = 0;
   std::vector<int> fDeletedIndices;
@@ -143,4 +187,5 @@ class FSPredictorSet {
   PerCriterion<FSPredSort> fSortVectors;
   PerCriterion<int> fRanks;
   PerCriterion<double> fCriterionValues;
+  int fWarning = 0;
 };

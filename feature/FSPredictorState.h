@@ -3,9 +3,15 @@
 
 #include <cstdint>
 
+#include "common/MissingValue.h"
+
 class FSPredictorState {
  public:
-  // `none` is the first value as long as no valid one was seen.
+  // The first value as long as no valid one was seen, of a categorical and a continuous predictor.
+  static constexpr double kNoCategory = -1.0;
+  static constexpr double kNoNumber = MCMV::gMissingValue;
+
+  // `none` is one of the two.
   explicit FSPredictorState(double none) : fNone(none), fFirst(none) {}
 
   // A valid value (a category for a categorical predictor) with a weight above zero.
@@ -25,13 +31,18 @@ class FSPredictorState {
   double GetTotalWeight() const { return fTotal; }
   double GetMissingWeight() const { return fMissing; }
   double GetValidWeight() const { return fTotal - fMissing; }
-  // Number of valid cases, not weighted.
+  // Whether the predictor is categorical.
+  bool IsOfCategory() const { return fNone == kNoCategory; }
+  // Number of valid cases, not weighted: of a categorical predictor.
   std::int64_t GetNValidCases() const { return fNValid; }
 
   // True without any valid case, also when no case was seen at all.
   bool IsAllMissing() const { return fTotal == fMissing; }
   // True until two different values were seen.
   bool IsAllConstant() const { return fbConstant; }
+
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
 
  private:
   void Track(double value) {

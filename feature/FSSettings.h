@@ -110,10 +110,20 @@ class FSSettings {
   bool IsDeleteSmallStddev() const { return fbDeleteStddev; }
   void SetDeleteSmallStddev(bool on) { fbDeleteStddev = on; }
 
+  // Saved state: as for IFSPredTargetAccum. Listener and cancel probe are not part of it.
+  int WriteObject(std::fstream& os) const;
+  int ReadObject(std::fstream& is);
+  void WriteObjectXML(std::ostream& os, int indent) const;
+  void ReadObjectXML(std::ifstream& is);
+
   // Every field, for debugging.
   void Display(std::ostream& out) const;
 
  private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
+  bool IsConsistentType() const;
+  bool IsConsistent() const;
   void AdjustCriteria();
   void ChangeSetType(MCFSCommon::PredictorSetType type);
   bool MayTurnOn(MCFSCommon::RankCriteria criterion) const;

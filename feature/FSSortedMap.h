@@ -63,7 +63,9 @@ class FSSortedMap {
   }
 
   Value& ValueAt(std::size_t position) { return fEntries[position].second; }
+  // Entries may be put in as they are while there are none, in strictly ascending order of the key.
   std::vector<Entry>& Entries() { return fEntries; }
+  const std::vector<Entry>& Entries() const { return fEntries; }
 
  private:
   typename std::vector<Entry>::const_iterator LowerBound(const Key& key) const {

@@ -60,6 +60,13 @@ class IFSPredTargetAccum {
 
   virtual bool IsCategorical() const = 0;
 
+  // Saved state, whole; the binary operations return the bytes of it. Reading throws IOException
+  // for what is not such an accumulator, which is then fit only to be destroyed.
+  virtual int WriteObject(std::fstream& os) const = 0;
+  virtual int ReadObject(std::fstream& is) = 0;
+  virtual void WriteObjectXML(std::ostream& os, int indent) const = 0;
+  virtual void ReadObjectXML(std::ifstream& is) = 0;
+
   // What was gathered, for debugging.
   virtual void Display(std::ostream& out) const = 0;
 };

@@ -57,8 +57,8 @@ std::string GetCriterionShortName(int criterion);
 std::string GetSetTypeName(int type);
 std::string GetSetStatusName(int status);
 
-// The short name of a reason. Empty for kManyCategoriesWithOneCase, which result files never name,
-// and for values outside the enumeration.
+// The short name of a reason. Empty for kManyCategoriesWithOneCase, which has none, and for values
+// outside the enumeration.
 std::string GetDelReasonName(int reason);
 
 // "rounding to nearest integer" and so on; "unrecognized method" outside the enumeration.

@@ -1,0 +1,308 @@
+// Saved state of the feature selection component: what is restored goes on as if never saved, and
+// what is damaged is refused.
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+
+#include "common/state/IOException.h"
+#include "feature/FSMaps.h"
+#include "tests/feature/Tables.h"
+#include "tests/modelfiles/Documents.h"
+#include "tests/modelfiles/FSRuns.h"
+
+namespace {
+
+using testing::HasSubstr;
+
+struct Kind {
+  const char* fPredictors;
+  bool fbCatTarget;
+  bool fbWithTarget;
+};
+constexpr Kind kKinds[] = {{"cccccc", true, true},  {"cccnn", false, true}, {"nnnnn", true, true},
+                           {"nnnn", false, true},   {"ccnncn", true, true}, {"cnccn", false, true},
+                           {"cncncn", true, false}, {"ccc", true, true}};
+
+std::vector<FSStage> StagesOf(const Kind& kind) {
+  if (!kind.fbWithTarget) return {FSStage::kNew, FSStage::kScreened};
+  return {FSStage::kNew,      FSStage::kAccumulated, FSStage::kCheckedConstant,
+          FSStage::kScreened, FSStage::kRankedAll,   FSStage::kRankedBest};
+}
+
+void ExpectSame(IFSAlgorithm& restored, IFSAlgorithm& original) {
+  EXPECT_EQ(restored.GetStatus(), original.GetStatus());
+  EXPECT_EQ(DumpOf(restored), DumpOf(original));
+  EXPECT_EQ(AnswersOf(restored), AnswersOf(original));
+}
+
+TEST(FSState, ARestoredComponentGoesOnAsTheSavedOne) {
+  for (const Kind& kind : kKinds) {
+    for (const FSStage stage : StagesOf(kind)) {
+      SCOPED_TRACE(std::string(kind.fPredictors) + (kind.fbCatTarget ? " cat " : " cont ") +
+                   std::to_string(static_cast<int>(stage)));
+      FSRun run(kind.fPredictors, kind.fbCatTarget, kind.fbWithTarget, stage);
+      const std::string binary = SaveBinary(*run.fpComponent);
+      const std::string xml = SaveXML(*run.fpComponent);
+      EXPECT_EQ(Complaints(xml), "");
+      FSFactory factory;
+      const auto fromBinary = RestoreBinary(binary, factory);
+      ASSERT_NE(fromBinary, nullptr);
+      const auto fromXML = RestoreXML(SaveXML(*fromBinary), factory);
+      ASSERT_NE(fromXML, nullptr);
+      EXPECT_EQ(SaveBinary(*fromXML), binary);
+      EXPECT_EQ(SaveXML(*fromXML), xml);
+      ExpectSame(*fromBinary, *run.fpComponent);
+      ExpectSame(*fromXML, *run.fpComponent);
+      const auto codes = FinishRun(*run.fpComponent, stage);
+      EXPECT_EQ(FinishRun(*fromBinary, stage), codes);
+      EXPECT_EQ(FinishRun(*fromXML, stage), codes);
+      ExpectSame(*fromBinary, *run.fpComponent);
+      ExpectSame(*fromXML, *run.fpComponent);
+    }
+  }
+}
+
+TEST(FSState, ARestoredComponentTakesMoreCasesAsTheSavedOneWould) {
+  for (const Kind& kind : kKinds) {
+    if (!kind.fbWithTarget) continue;
+    FSRun run(kind.fPredictors, kind.fbCatTarget, true, FSStage::kAccumulated);
+    FSFactory factory;
+    const auto restored = RestoreBinary(SaveBinary(*run.fpComponent), factory);
+    ASSERT_NE(restored, nullptr);
+    Table table(run.fSettings.GetNPredictors() + 2);
+    for (int i = 0; i < 100; ++i) {
+      for (std::size_t j = 0; j < table.size(); ++j) table[j].push_back((i * (j + 3)) % 7);
+    }
+    for (IFSAlgorithm* component : {run.fpComponent.get(), restored.get()}) {
+      BlocksOf source(table, 30);
+      EXPECT_TRUE(component->Accumulate(source, -1).IsOK());
+    }
+    ExpectSame(*restored, *run.fpComponent);
+  }
+}
+
+TEST(FSState, SumsThatOverflowedAreKept) {
+  Table table = {{0, 1, 0, 1, 0, 1}, {1e300, -1e300, 1e200, 3, 4, -1e307}};
+  for (const bool catTarget : {true, false}) {
+    FSSettings settings(1, false, catTarget);
+    FSFactory factory;
+    const auto component = factory.CreateFSAlgorithm(&settings);
+    BlocksOf source(table, 4);
+    EXPECT_FALSE(component->AccumulateAndRank(source, -1, false, 0).IsError());
+    const std::string binary = SaveBinary(*component);
+    const auto restored = RestoreXML(SaveXML(*component), factory);
+    ASSERT_NE(restored, nullptr);
+    EXPECT_EQ(SaveBinary(*restored), binary);
+    EXPECT_EQ(DumpOf(*restored), DumpOf(*component));
+  }
+}
+
+// The two maps of counts as bytes, least significant first as on the machines this is built for.
+TEST(FSState, MapsOfCountsHaveTheirDocumentedBytes) {
+  const ScratchFile file;
+  FSMapIPCnt pairs;
+  pairs.IncrementByFreq(3, 0.5);
+  pairs.IncrementByFreq(3, 1.5);
+  FSMapICnt counts;
+  counts.IncrementByFreq(-1, 2.0);
+  std::fstream out(file.Path(), std::ios::binary | std::ios::out);
+  EXPECT_EQ(pairs.WriteObject(out), 5 + 4 + 20);
+  EXPECT_EQ(counts.WriteObject(out), 5 + 4 + 12);
+  out.close();
+  const auto bytes = [](const char* text, std::size_t n) { return std::string(text, n); };
+  const std::string two("\0\0\0\0\0\0\0\x40", 8);
+  EXPECT_EQ(file.Read(), "FSMII" + bytes("\1\0\0\0\3\0\0\0\2\0\0\0\0\0\0\0", 16) + two + "FSMII" +
+                             bytes("\1\0\0\0\xFF\xFF\xFF\xFF", 8) + two);
+  std::fstream in(file.Path(), std::ios::binary | std::ios::in);
+  EXPECT_EQ(pairs.ReadObject(in), 29);
+  EXPECT_EQ(counts.ReadObject(in), 21);
+  double value = 0.0;
+  EXPECT_TRUE(counts.GetValue(-1, value));
+  EXPECT_EQ(value, 2.0);
+}
+
+TEST(FSState, NothingIsWrittenOfAComponentInErrorOrCancelled) {
+  FSRun cancelled("ccc", true, true, FSStage::kAccumulated);
+  cancelled.fpComponent->Cancel();
+  FSRun failed("ccc", true, true, FSStage::kAccumulated);
+  EXPECT_EQ(failed.fpComponent->SortAndRank(99).GetErrorCode(), 80012);
+  for (const auto& [component, code] :
+       {std::pair(cancelled.fpComponent.get(), 1), std::pair(failed.fpComponent.get(), 80012)}) {
+    const ScratchFile file;
+    std::fstream out(file.Path(), std::ios::binary | std::ios::out);
+    EXPECT_EQ(component->SaveState(out).GetErrorCode(), code);
+    out.close();
+    EXPECT_EQ(file.Read(), "");
+    std::ostringstream xml;
+    EXPECT_EQ(component->SaveStateXML(xml).GetErrorCode(), code);
+    EXPECT_EQ(xml.str(), "");
+  }
+}
+
+TEST(FSState, AStreamThatIsNotGoodIsRefusedWithItsCode) {
+  FSFactory factory;
+  std::fstream binary("/nonexistent/state", std::ios::binary | std::ios::in);
+  EXPECT_EQ(factory.RestoreFSAlgorithmFromBinary(binary), nullptr);
+  EXPECT_EQ(factory.GetStatus().GetErrorCode(), 80003);
+  std::ifstream xml("/nonexistent/state");
+  EXPECT_EQ(factory.RestoreFSAlgorithmFromXML(xml), nullptr);
+  EXPECT_EQ(factory.GetStatus().GetErrorCode(), 80003);
+}
+
+// Whatever is restored from damaged bytes must serve; whatever is not must say so.
+void ExpectUsableOrRefused(IFSAlgorithm* component, const FSFactory& factory, std::int64_t code) {
+  if (component == nullptr) {
+    EXPECT_EQ(factory.GetStatus(), MCFeature::MCStatus(code, false));
+    return;
+  }
+  FinishRun(*component, FSStage::kAccumulated);
+  EXPECT_NE(DumpOf(*component), "");
+  EXPECT_FALSE(AnswersOf(*component).empty());
+  FSFactory again;
+  if (!component->GetStatus().IsError()) {
+    EXPECT_NE(RestoreBinary(SaveBinary(*component), again), nullptr);
+  }
+}
+
+class DamagedState : public testing::Test {
+ protected:
+  template <class Change>
+  void TryBinary(const std::string& state, Change change) {
+    std::string damaged = state;
+    change(damaged);
+    FSFactory factory;
+    ExpectUsableOrRefused(RestoreBinary(damaged, factory).get(), factory, 80004);
+  }
+  template <class Change>
+  void TryXML(const std::string& state, Change change) {
+    std::string damaged = state;
+    change(damaged);
+    FSFactory factory;
+    ExpectUsableOrRefused(RestoreXML(damaged, factory).get(), factory, 80005);
+  }
+  const QuietErrors fQuiet;
+};
+
+TEST_F(DamagedState, TruncatedAtAnyByteIsRefused) {
+  for (const Kind& kind : {Kind{"cn", true, true}, Kind{"cn", false, true}}) {
+    const FSRun run(kind.fPredictors, kind.fbCatTarget, true, FSStage::kRankedAll, 9);
+    const std::string binary = SaveBinary(*run.fpComponent);
+    for (std::size_t n = 0; n < binary.size(); ++n) {
+      FSFactory factory;
+      EXPECT_EQ(RestoreBinary(binary.substr(0, n), factory), nullptr) << n;
+      EXPECT_EQ(factory.GetStatus().GetErrorCode(), 80004);
+    }
+    const std::string xml = SaveXML(*run.fpComponent);
+    for (std::size_t n = 0; n + 1 < xml.size(); n += 31) {
+      FSFactory factory;
+      EXPECT_EQ(RestoreXML(xml.substr(0, n), factory), nullptr) << n;
+      EXPECT_EQ(factory.GetStatus().GetErrorCode(), 80005);
+    }
+  }
+}
+
+TEST_F(DamagedState, AnyFlippedBitGivesAUsableComponentOrTheStatus) {
+  for (const Kind& kind :
+       {Kind{"cn", true, true}, Kind{"cn", false, true}, Kind{"cn", true, false}}) {
+    const FSRun run(kind.fPredictors, kind.fbCatTarget, kind.fbWithTarget, FSStage::kRankedBest, 6);
+    const std::string binary = SaveBinary(*run.fpComponent);
+    for (std::size_t i = 0; i < binary.size(); ++i) {
+      for (int bit = 0; bit < 8; ++bit) {
+        TryBinary(binary, [&](std::string& s) { s[i] = static_cast<char>(s[i] ^ (1 << bit)); });
+      }
+    }
+  }
+  const FSRun run("cn", true, true, FSStage::kRankedAll, 6);
+  const std::string xml = SaveXML(*run.fpComponent);
+  for (std::size_t i = 0; i < xml.size(); i += 3) {
+    const int bit = static_cast<int>(i % 7);
+    TryXML(xml, [&](std::string& s) { s[i] = static_cast<char>(s[i] ^ (1 << bit)); });
+  }
+}
+
+TEST_F(DamagedState, CountsBeyondTheStreamAllocateNothing) {
+  const FSRun run("cnc", true, true, FSStage::kRankedAll, 9);
+  const std::string binary = SaveBinary(*run.fpComponent);
+  for (const char* huge : {"\xFF\xFF\xFF\x7F", "\xFF\xFF\xFF\xFF", "\x00\x00\x00\x40"}) {
+    for (std::size_t i = 0; i + 4 <= binary.size(); i += 4) {
+      TryBinary(binary, [&](std::string& s) { std::memcpy(&s[i], huge, 4); });
+      TryBinary(binary, [&](std::string& s) { std::memcpy(&s[i + (i % 3)], huge, 4); });
+    }
+  }
+}
+
+// Fields of a whole XML state by the name of their object and their number in it, from 0.
+std::string WithField(const std::string& xml, const std::string& object, int field,
+                      const std::string& value) {
+  std::size_t at = xml.find("<Object name=\"" + object + "\">");
+  EXPECT_NE(at, std::string::npos);
+  for (int k = 0; k <= field; ++k) {
+    at = std::min(xml.find("<Long>", at + 1), xml.find("<Double>", at + 1));
+  }
+  const std::size_t from = xml.find('>', at) + 1;
+  return xml.substr(0, from) + value + xml.substr(xml.find('<', from));
+}
+
+TEST_F(DamagedState, ValuesThatDoNotFitAreRefusedByName) {
+  const FSRun run("cn", true, true, FSStage::kRankedAll, 9);
+  const std::string xml = SaveXML(*run.fpComponent);
+  struct Case {
+    const char* fObject;
+    int fField;
+    const char* fValue;
+    const char* fClass;
+  };
+  const std::vector<Case> cases = {
+      {"FSSettings", 3, "2", "FSSettings"},           // categorical predictors
+      {"FSSettings", 4, "0", "FSSettings"},           // set type: not of these predictors
+      {"FSSettings", 4, "9", "FSSettings"},           // set type: none
+      {"FSSettings", 11, "1", "FSSettings"},          // t with a categorical target
+      {"FSSettings", 12, "-1", "FSSettings"},         // records between reports
+      {"FSSettings", 15, "-2", "FSSettings"},         // target position
+      {"FSSettings", 18, "3", "FSSettings"},          // weight conversion
+      {"FSSettings", 20, "1.25", "FSSettings"},       // a fraction above 1
+      {"FSSettings", 28, "nan", "FSSettings"},        // a threshold that is no number
+      {"FSPredictorSet", 0, "3", "FSPredictorSet"},   // number of predictors
+      {"FSPredictorSet", 2, "8", "FSPredictorSet"},   // stage
+      {"FSPredictorSet", 2, "1", "FSPredictorSet"},   // stage before the data
+      {"FSPredictorSet", 3, "2", "FSPredictorSet"},   // flag
+      {"FSPredictorSet", 6, "-1", "FSPredictorSet"},  // weight
+      {"FSPredictorSet", 6, "inf", "FSPredictorSet"},
+      {"FSPredictorSet", 8, "1", "FSPredictorSet"},  // fewer cases than target categories count
+      {"FSCatPCatTAccum", 0, "-4", "FSCatPCatTAccum"},
+      {"FSCatPCatTAccum", 1, "-4", "FSCatPCatTAccum"},
+      {"FSCatPCatTAccum", 2, "1e9", "FSCatPCatTAccum"},  // more missing than all
+      {"FSMapPiCnt", 1, "-50", "FSCatPCatTAccum"},       // a pair of a row that there is not
+      {"FSMapIPCnt", 1, "77", "FSMapIPCnt"},             // keys that descend
+      {"FSMapIStat", 2, "0", "FSMapIStat"},              // a group without weight
+      {"FSMapIStat", 4, "-1", "FSMapIStat"},             // squares below zero
+      {"FSPredSort", 3, "0", "FSPredictorSet"},          // a predictor twice
+      {"FSPredSort", 3, "5", "FSPredictorSet"},          // a predictor that there is not
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::string(c.fObject) + ' ' + std::to_string(c.fField));
+    const std::string damaged = WithField(xml, c.fObject, c.fField, c.fValue);
+    ASSERT_NE(damaged, xml);
+    FSFactory factory;
+    const QuietErrors errors;
+    EXPECT_EQ(RestoreXML(damaged, factory), nullptr);
+    EXPECT_EQ(factory.GetStatus().GetErrorCode(), 80005);
+    EXPECT_EQ(errors.Text(), std::string("Failure reading ") + c.fClass + "!\n");
+  }
+}
+
+TEST_F(DamagedState, AnotherTagIsNamedOnStandardError) {
+  const FSRun run("cn", true, true, FSStage::kAccumulated, 9);
+  std::string binary = SaveBinary(*run.fpComponent);
+  binary[binary.find("FSSet")] = 'N';
+  FSFactory factory;
+  EXPECT_EQ(RestoreBinary(binary, factory), nullptr);
+  EXPECT_EQ(fQuiet.Text(), "Error reading FSSettings!\n");
+}
+
+}  // namespace
