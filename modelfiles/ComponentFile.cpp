@@ -11,6 +11,7 @@
 #include "common/xml/XMLError.h"
 #include "common/xml/XMLObjParser.h"
 #include "feature/FSFactory.h"
+#include "feature/FSSettings.h"
 #include "naivebayes/NBFactory.h"
 
 namespace {
@@ -113,10 +114,10 @@ bool IsXMLStateName(const std::string& path) {
 }
 
 std::string WriteComponentFile(const std::string& path, bool xml, const IFSAlgorithm& component,
-                               const StateDictionary& dictionary) {
+                               const StateDictionary* dictionary) {
   if (!xml) {
     return WriteFile<std::fstream>(path, [&](std::fstream& os) {
-      dictionary.WriteObject(os);
+      if (dictionary != nullptr) dictionary->WriteObject(os);
       const MCFeature::MCStatus status = component.SaveState(os);
       return status.IsError() ? NotSaved(status.GetErrorCode()) : "";
     });
@@ -126,7 +127,7 @@ std::string WriteComponentFile(const std::string& path, bool xml, const IFSAlgor
     const MCFeature::MCStatus status = component.SaveStateXML(document);
     if (status.IsError()) return NotSaved(status.GetErrorCode());
     try {
-      os << WithDictionary(document.str(), dictionary);
+      os << (dictionary == nullptr ? document.str() : WithDictionary(document.str(), *dictionary));
     } catch (const MCCommonXML::XMLError& error) {
       return error.what();
     }

@@ -24,9 +24,10 @@ struct ComponentFile {
 // True for a name that ends in ".xml", in any case.
 bool IsXMLStateName(const std::string& path);
 
-// Writes to `path` in the form asked for. The return value is empty, or what went wrong.
+// Writes to `path` in the form asked for; the dictionary may be null. The return value is empty, or
+// what went wrong.
 std::string WriteComponentFile(const std::string& path, bool xml, const IFSAlgorithm& component,
-                               const StateDictionary& dictionary);
+                               const StateDictionary* dictionary);
 std::string WriteComponentFile(const std::string& path, bool xml, const INBAlgorithm& component);
 
 // Reads either form of either component, told apart by their first bytes. Empty, or what went

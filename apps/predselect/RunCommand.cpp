@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -55,7 +56,8 @@ std::string ReadCommandText(const Options& options) {
   return text;
 }
 
-// A session that tells the document which macros a command has set and which files it has written.
+// A session that tells the document which macros a command has set and which files it has written,
+// and the procedures where to write.
 class RunSession : public MCHost::Session {
  public:
   RunSession(DataTable& table, MCHost::OutputDocument& document)
@@ -68,10 +70,24 @@ class RunSession : public MCHost::Session {
   void ReportFile(const std::string& path) override {
     fDocument.CurrentRun().fFiles.push_back(path);
   }
+  std::string StatePath() const override { return fStatePath; }
+  std::string ResultsPrefix() const override {
+    if (fResultsDirectory.empty()) return "";
+    return fResultsDirectory + "/" + std::to_string(fDocument.GetRuns().size()) + "-";
+  }
+
+  std::string fStatePath;         // empty: no state is saved
+  std::string fResultsDirectory;  // empty: no result documents
 
  private:
   MCHost::OutputDocument& fDocument;
 };
+
+void MakeDirectory(const std::string& path) {
+  std::error_code error;
+  std::filesystem::create_directories(path, error);
+  if (error) throw MCHost::HostIOError(path, "", "cannot be made: " + error.message());
+}
 
 void RecordNewVariables(const DataTable& table, int before, MCHost::OutputRun& run) {
   for (int i = before; i < table.ColumnCount(); ++i) {
@@ -134,8 +150,11 @@ int RunCommands(const Options& options) {
   session.SetAppParams({"PredSelect", kVersion, "PredSelect contributors"});
   session.SetCancelQuery(IsInterrupted);
   session.SetProgressListener([&progress](const std::string& text) { progress.Show(text); });
+  session.fResultsDirectory = options.fResults;
+  if (!options.fResults.empty()) MakeDirectory(options.fResults);
   for (const MCHost::CommandText& command : commands) {
     if (IsInterrupted()) break;
+    if (&command == &commands.back()) session.fStatePath = options.fSaveState;
     RunOne(command, session, *table, document);
   }
   progress.Clear();

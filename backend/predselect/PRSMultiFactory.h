@@ -108,6 +108,7 @@ class PRSMultiFactory {
   bool CreateEngine();
   void BuildOrSelect();
   bool FinishEngine();
+  bool WriteResultDocument();
   bool WriteModel();
   bool NeedsScoring() const;
 
@@ -123,6 +124,7 @@ class PRSMultiFactory {
   UAVarValidSpecs* fpVarSpecs;
   ProcedureDataSource* fpSource;
   bool fbSaveModel;
+  bool fbKeepValues;  // a model file or a saved state needs the values behind the codes
   bool fbRunSelection;
   std::unique_ptr<UAInputAdapter> fpAdapter;
   UAInpAdaptMsg fAdapterMessages;
@@ -142,6 +144,7 @@ class PRSMultiFactory {
   std::vector<int> fSelectPredictors;
   std::vector<double> fAverageLogValues;
   std::vector<std::pair<int, double>> fSelectResults;
+  std::string fResultDocument;
   int fNSaveDepCats = 0;
   int fPredValVar = -1;
   std::vector<int> fPredProbVars;
