@@ -10,7 +10,6 @@ namespace MCModelFiles {
 
 namespace {
 
-constexpr const char* kCopyright = "Copyright (c) 2026 the PredSelect developers";
 constexpr const char* kVersion = "1.0";
 
 std::string Either(const std::string& own, const std::string& standIn) {
@@ -26,11 +25,13 @@ std::string LocalTime() {
 
 }  // namespace
 
+std::string Copyright() { return "Copyright (c) 2026 the PredSelect developers"; }
+
 void AddHeader(MCCommonXML::XMLElement& root, const std::string& componentName,
                const MCApplicInfo4XML* info) {
   const MCApplicInfo4XML said = info == nullptr ? MCApplicInfo4XML() : *info;
   MCCommonXML::XMLElement& header = root.AddChild("Header");
-  header.AddAttribute("copyright", Either(said.fCopyright, kCopyright));
+  header.AddAttribute("copyright", Either(said.fCopyright, Copyright()));
   MCCommonXML::XMLElement& application = header.AddChild("Application");
   application.AddAttribute("name", Either(said.fName, componentName));
   application.AddAttribute("version", Either(said.fVersion, kVersion));

@@ -12,6 +12,9 @@ class XMLElement;
 
 namespace MCModelFiles {
 
+// The line that documents carry unless an application says another.
+std::string Copyright();
+
 // Adds the header to a document's root. Whatever `info` does not say (null: everything) is said of
 // the component: its name, version "1.0" and PredSelect's copyright line.
 // Throws XMLError for a text that XML cannot hold.
