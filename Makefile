@@ -4,8 +4,9 @@
 #   make build   optimised build in build/release
 #   make bench   what the hot paths cost
 #   make asan    the test suite under AddressSanitizer and UBSan
+#   make fuzz    every fuzz target for FUZZ_SECONDS (600 unless given) seconds
 #   make tidy    clang-tidy over all sources
-.PHONY: demo test build bench asan tidy format setup clean
+.PHONY: demo test build bench asan fuzz tidy format setup clean
 
 demo: build
 	@scripts/demo
@@ -24,6 +25,14 @@ asan: setup
 	cmake --preset asan >/dev/null
 	cmake --build --preset asan
 	ctest --preset asan
+
+fuzz: export FUZZ_SECONDS ?= 600
+fuzz:
+	@scripts/setup --fuzz
+	cmake --preset fuzz >/dev/null
+	cmake --build --preset fuzz
+	@scripts/make-corpus
+	@scripts/fuzz
 
 tidy:
 	@scripts/setup --dev

@@ -73,7 +73,7 @@ TEST(Tables, DelimitedTextIsPlainAndExact) {
   EXPECT_THAT(folder.Files(), ElementsAre("t.csv"));
 }
 
-TEST(Tables, ANameThatStartsLikeAFileDoesSurvivesWriting) {
+TEST(Tables, ANameThatIsAByteOrderMarkSurvivesWriting) {
   const ScratchFolder folder;
   MemoryTable table;
   table.AddNumbers("\xEF\xBB\xBF", {1});
