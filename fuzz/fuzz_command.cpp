@@ -20,6 +20,7 @@
 #include "fuzz/FuzzCheck.h"
 #include "host/command/CommandSplitter.h"
 #include "host/command/KOVA_TokenSequence.h"
+#include "host/command/KovaVarName.h"
 #include "host/command/Tokenizer.h"
 #include "host/data/MemoryTable.h"
 #include "host/output/OutputDocument.h"
@@ -124,6 +125,17 @@ std::string Respelled(const std::vector<TokenInfoObj>& tokens) {
   return text + ".";
 }
 
+// Any name of one line can be spelled so that a command reads it as that name.
+void CheckSpelling(const std::string& name) {
+  if (name.empty() || name.find('\n') != std::string::npos) return;
+  const std::string spelled = KovaVarName(name).Quoted();
+  const auto tokens = MCHost::Tokenize(spelled + " ", 1, 1);
+  Require(tokens.size() == 2 && tokens[0].IsName() && tokens[0].fText == name,
+          "a name can be spelled", name + "\n" + spelled);
+  Require(tokens[0].fType == TokenInfoObj::kQuotedName || !KovaVarName::IsReserved(name),
+          "a name that is a keyword is quoted", name);
+}
+
 // A text of commands and the session that it is run in.
 class CommandFuzz {
  public:
@@ -142,6 +154,7 @@ class CommandFuzz {
     std::size_t taken = 0;
     for (const CommandText& command : MCHost::SplitCommands(fText)) {
       if (++taken > kMaxCommands) break;
+      CheckSpelling(command.fText);
       CheckSplit(command);
       CheckTokens(command);
       CheckCommand(command);

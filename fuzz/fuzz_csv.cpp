@@ -43,7 +43,7 @@ constexpr const char* kName = "t.csv";
 CsvRules RulesFor(const std::string& text) {
   CsvRules rules;
   rules.fDelimiter = text.find('\t') < text.find('\n') ? '\t' : ',';
-  rules.fNullTokens = {"", "NA", "NaN", "null", "-"};
+  rules.fNullTokens = {"", "NA", "NaN", "null", "-", "\"", "x,y", "é"};
   rules.fTypes = {{"number", FieldType::kNumber},     {"integer", FieldType::kInteger},
                   {"boolean", FieldType::kBoolean},   {"date", FieldType::kDate},
                   {"datetime", FieldType::kDateTime}, {"time", FieldType::kTime},
