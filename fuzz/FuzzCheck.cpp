@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 
 #include "common/MCAssert.h"
 
@@ -27,5 +28,7 @@ void Require(bool holds, const char* law, const std::string& broken) {
   std::fprintf(stderr, "Does not hold: %s.\n%s\n", law, broken.c_str());
   std::abort();
 }
+
+bool IsOneInEight(const std::string& input) { return std::hash<std::string>()(input) % 8 == 0; }
 
 }  // namespace PredSelectFuzz
