@@ -25,7 +25,9 @@ namespace PredSelectFuzz {
 
 void Require(bool holds, const char* law, const std::string& broken) {
   if (holds) return;
-  std::fprintf(stderr, "Does not hold: %s.\n%s\n", law, broken.c_str());
+  std::fprintf(stderr, "Does not hold: %s.\n", law);
+  std::fwrite(broken.data(), 1, broken.size(), stderr);
+  std::fputc('\n', stderr);
   std::abort();
 }
 

@@ -118,7 +118,7 @@ std::string Respelled(const std::vector<TokenInfoObj>& tokens) {
                                                                 : 0;
     if (token.fType == TokenInfoObj::kMacro) text += '!';
     if (quote != 0) text += quote;
-    for (const char c : token.fText) text += c == quote ? std::string(2, c) : std::string(1, c);
+    for (const char c : token.fText) text.append(quote != 0 && c == quote ? 2 : 1, c);
     if (quote != 0) text += quote;
     text += " \n\t";
   }
