@@ -4,7 +4,6 @@
 // First lines "@split" and "@weight", in this order, split the file and weight the cases.
 #include <utf8proc.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -271,9 +270,13 @@ class CommandFuzz {
     Require(before.fSplitFile == after.fSplitFile && before.fMaxObsAdded == after.fMaxObsAdded &&
                 before.fLastPass == after.fLastPass,
             "a procedure leaves the host's words as they were", command.fText);
-    const bool failed = std::any_of(run.fMessages.begin(), run.fMessages.end(), [](const auto& m) {
-      return m.fLevel == MCHost::OutputMessage::kError;
-    });
+    bool failed = false;
+    for (const MCHost::OutputMessage& message : run.fMessages) {
+      if (message.fLevel != MCHost::OutputMessage::kError) continue;
+      failed = true;
+      Require(message.fDetail.empty(), "a run reads the command as the parse before it did",
+              command.fText + "\n" + message.fText.fKey);
+    }
     Require(failed == after.IsErrorSet(), "a run fails with an error", command.fText);
     run.fbCompleted = !failed;
   }
