@@ -14,6 +14,7 @@
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/Interrupt.h"
 #include "apps/predselect/LiveOutput.h"
+#include "apps/predselect/NewVariables.h"
 #include "apps/predselect/OpenTable.h"
 #include "apps/predselect/Options.h"
 #include "apps/predselect/ProgressLine.h"
@@ -24,7 +25,6 @@
 #include "host/arrow/DataFile.h"
 #include "host/command/CommandSplitter.h"
 #include "host/data/DataTable.h"
-#include "host/output/render/RenderJson.h"
 #include "host/session/HostIOError.h"
 #include "host/session/Session.h"
 #include "host/session/SessionScope.h"
@@ -89,14 +89,6 @@ void MakeDirectory(const std::string& path) {
   if (error) throw MCHost::HostIOError(path, "", "cannot be made: " + error.message());
 }
 
-void RecordNewVariables(const DataTable& table, int before, MCHost::OutputRun& run) {
-  for (int i = before; i < table.ColumnCount(); ++i) {
-    const KOVA_Variable& variable = table.GetVariable(i);
-    run.fNewVariables.push_back({variable.GetName(), variable.GetLabel(), variable.GetType(),
-                                 variable.GetFormat().ToString()});
-  }
-}
-
 void RunOne(const MCHost::CommandText& command, RunSession& session, DataTable& table,
             MCHost::OutputDocument& document) {
   session.SetCommand(command.fText, command.fLine, command.fColumn);
@@ -116,11 +108,6 @@ int ExitCodeOf(const MCHost::OutputDocument& document) {
     if (!run.fbCompleted) return kCommandError;
   }
   return kCompleted;
-}
-
-std::string Render(const MCHost::OutputDocument& document, const ResultOptions& options) {
-  if (options.fFormat == OutputFormat::kJson) return MCHost::RenderJson(document);
-  return MCHost::RenderText(document, PageOptions(options, false));
 }
 
 void ShowNotes(const DataTable& table, const ResultOptions& options) {
@@ -160,7 +147,7 @@ int RunCommands(const Options& options) {
   progress.Clear();
 
   const int code = ExitCodeOf(document);
-  WriteResults(options.fResult, Render(document, options.fResult));
+  WriteDocument(document, options.fResult);
   if (options.fSaveData.empty()) return code;
   if (code == kCompleted) {
     MCHost::WriteDataFile(*table, options.fSaveData);

@@ -13,8 +13,8 @@
 #include "feature/FSPredictorSet.h"
 #include "feature/FSSettings.h"
 #include "tests/feature/Tables.h"
-#include "tests/modelfiles/Documents.h"
 #include "tests/modelfiles/FSRuns.h"
+#include "tests/modelfiles/Validate.h"
 
 namespace {
 
@@ -24,7 +24,7 @@ constexpr double kMissing = KOVA_SystemMissing;
 
 // The body of a document: without declaration, header and line ends, fractions at six digits.
 std::string Body(const std::string& document) {
-  EXPECT_EQ(Complaints(document), "");
+  EXPECT_EQ(ValidationErrors(document), "");
   static const std::regex kFrame("^[^]*dtd\">\n|<Header[^]*</Header>|\n *");
   static const std::regex kFraction("-?[0-9]+\\.[0-9]{6,}");
   const std::string whole = std::regex_replace(document, kFrame, "");
@@ -162,9 +162,11 @@ TEST(FSResultDocuments, PureSetsNameNoPredictorTypeAndSpellCramersVTwice) {
 }
 
 TEST(FSResultDocuments, DocumentTypesRefuseWhatIsNotTheirs) {
-  EXPECT_NE(Complaints("<!DOCTYPE FSOutputOne SYSTEM \"fsoutputonecrit.dtd\"><FSOutputOne/>"), "");
-  EXPECT_NE(Complaints("<!DOCTYPE FSOutputAll SYSTEM \"fsoutputallcrit.dtd\"><FSOutputAll/>"), "");
-  EXPECT_NE(Complaints("<!DOCTYPE MCXMLRoot SYSTEM \"savexml.dtd\"><MCXMLRoot/>"), "");
+  EXPECT_NE(ValidationErrors("<!DOCTYPE FSOutputOne SYSTEM \"fsoutputonecrit.dtd\"><FSOutputOne/>"),
+            "");
+  EXPECT_NE(ValidationErrors("<!DOCTYPE FSOutputAll SYSTEM \"fsoutputallcrit.dtd\"><FSOutputAll/>"),
+            "");
+  EXPECT_NE(ValidationErrors("<!DOCTYPE MCXMLRoot SYSTEM \"savexml.dtd\"><MCXMLRoot/>"), "");
 }
 
 TEST(FSResultDocuments, ARuleWithoutAShortNameIsNamedInTheDocument) {

@@ -10,7 +10,7 @@
 
 #include "common/MissingValue.h"
 #include "tests/feature/Tables.h"
-#include "tests/modelfiles/Documents.h"
+#include "tests/modelfiles/ScratchFile.h"
 
 namespace {
 

@@ -12,8 +12,9 @@
 #include "common/state/IOException.h"
 #include "feature/FSMaps.h"
 #include "tests/feature/Tables.h"
-#include "tests/modelfiles/Documents.h"
 #include "tests/modelfiles/FSRuns.h"
+#include "tests/modelfiles/ScratchFile.h"
+#include "tests/modelfiles/Validate.h"
 
 namespace {
 
@@ -48,7 +49,7 @@ TEST(FSState, ARestoredComponentGoesOnAsTheSavedOne) {
       FSRun run(kind.fPredictors, kind.fbCatTarget, kind.fbWithTarget, stage);
       const std::string binary = SaveBinary(*run.fpComponent);
       const std::string xml = SaveXML(*run.fpComponent);
-      EXPECT_EQ(Complaints(xml), "");
+      EXPECT_EQ(ValidationErrors(xml), "");
       FSFactory factory;
       const auto fromBinary = RestoreBinary(binary, factory);
       ASSERT_NE(fromBinary, nullptr);

@@ -1,13 +1,8 @@
-// Documents under test: checked against their DTD, and files to write them to.
+// Files for saved state under test, and the messages that reading it gives.
 #pragma once
 
-#include <fstream>
 #include <sstream>
 #include <string>
-
-// What a validating parser says against the document, first to last line; empty for a valid one.
-// The DTD that its document type names is taken from modelfiles/dtd.
-std::string Complaints(const std::string& document);
 
 // The content of a file of this test's own, read and written through the streams that saved state
 // asks for.
