@@ -98,6 +98,33 @@ MCStatus FSAlgorithm::CheckPredictorsNoTarget(MCCommon::RecordIterator& source,
   });
 }
 
+// What cannot be merged leaves the component as it was, so its status is not stored. A part of the
+// data in which every case was excluded ends in an error and still counts.
+MCStatus FSAlgorithm::Merge(const IFSAlgorithm& component, const FSCategoryMaps* maps) {
+  MCStatus refusal;
+  const MCStatus status = Run([&] {
+    const auto* other = dynamic_cast<const FSAlgorithm*>(&component);
+    if (other == this) {
+      refusal = MCFeature::CannotMerge(MCFeature::kOwnSelf);
+    } else if (other == nullptr) {
+      refusal = MCFeature::CannotMerge(MCFeature::kOtherKind);
+    } else if (!other->HasWholePass()) {
+      refusal = MCFeature::CannotMerge(MCFeature::kStage);
+    } else {
+      refusal = fPredictors.Merge(other->fPredictors, maps);
+      fbDataAccumulated = fbDataAccumulated || refusal.IsOK();
+    }
+    return fStatus;
+  });
+  return refusal.IsOK() ? status : refusal;
+}
+
+bool FSAlgorithm::HasWholePass() const {
+  const std::int64_t code = fStatus.GetErrorCode();
+  return !fStatus.IsError() || code == MCFeature::kAllCasesExcluded ||
+         code == MCFeature::kNoValidWeight;
+}
+
 MCStatus FSAlgorithm::GetTopPredictors(RankCriteria criterion, std::vector<int>& indices,
                                        std::vector<double>& values, int n) const {
   indices.clear();

@@ -71,6 +71,7 @@ class FSAlgorithm final : public IFSAlgorithm {
   MCFeature::MCStatus Run(Stage stage);
 
   MCFeature::MCStatus StatusNow() const;
+  bool HasWholePass() const;
 
   std::unique_ptr<FSSettings> fpOwnSettings;  // of a restored component
   FSSettings* fpSettings;

@@ -24,6 +24,13 @@ void FSCatAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
                             });
 }
 
+void FSCatAccum::Merge(const IFSPredTargetAccum& accumulator, const FSRecode& predictor,
+                       const FSRecode&) {
+  const auto& other = static_cast<const FSCatAccum&>(accumulator);
+  fState.Merge(other.fState, FSFirstCategory(other.fState, predictor));
+  fCounts.Merge(other.fCounts, predictor);
+}
+
 std::size_t FSCatAccum::CheckAllReasons(const FSSettings* settings,
                                         std::vector<int>& reasons) const {
   reasons.clear();

@@ -14,10 +14,13 @@ class FSCatAccum : public IFSPredTargetAccum {
   bool IsAllMissing() const override { return fState.IsAllMissing(); }
   bool IsAllConstant() const override { return fState.IsAllConstant(); }
   std::size_t CheckAllReasons(const FSSettings* settings, std::vector<int>& reasons) const override;
+  void Merge(const IFSPredTargetAccum& other, const FSRecode& predictor,
+             const FSRecode& target) override;
   void ComputeVariances() override {}
   void ComputeCrit(int, double&, double&, double&, double&, double&) const override {}
   bool GetOutputStats(int, double&, double&, double&, double&) const override { return false; }
   bool IsCategorical() const override { return true; }
+  const FSMapICnt* GetCategories() const override { return &fCounts; }
   int WriteObject(std::fstream& os) const override;
   int ReadObject(std::fstream& is) override;
   void WriteObjectXML(std::ostream& os, int indent) const override;

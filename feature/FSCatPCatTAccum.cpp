@@ -77,6 +77,15 @@ std::size_t FSCatPCatTAccum::AddBlockDense(const double* predictor, const FSCase
   return end;
 }
 
+void FSCatPCatTAccum::Merge(const IFSPredTargetAccum& accumulator, const FSRecode& predictor,
+                            const FSRecode& target) {
+  const auto& other = static_cast<const FSCatPCatTAccum&>(accumulator);
+  fState.Merge(other.fState, FSFirstCategory(other.fState, predictor));
+  fPredictorCounts.Merge(other.fPredictorCounts, predictor);
+  fTargetCounts.Merge(other.fTargetCounts, target);
+  fJointCounts.Merge(other.fJointCounts, predictor, target);
+}
+
 std::size_t FSCatPCatTAccum::CheckAllReasons(const FSSettings* settings,
                                              std::vector<int>& reasons) const {
   reasons.clear();

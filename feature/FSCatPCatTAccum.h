@@ -14,6 +14,8 @@ class FSCatPCatTAccum : public IFSPredTargetAccum {
   bool IsAllMissing() const override { return fState.IsAllMissing(); }
   bool IsAllConstant() const override { return fState.IsAllConstant(); }
   std::size_t CheckAllReasons(const FSSettings* settings, std::vector<int>& reasons) const override;
+  void Merge(const IFSPredTargetAccum& other, const FSRecode& predictor,
+             const FSRecode& target) override;
   void ComputeVariances() override {}
   // Pearson and likelihood-ratio chi-square: p-value, statistic, df; a table of fewer than two rows
   // or columns has p-value 1, statistic 0 and df 0. Cramer's V: V, chi-square. Lambda: lambda,
@@ -23,6 +25,7 @@ class FSCatPCatTAccum : public IFSPredTargetAccum {
   bool GetOutputStats(int criterion, double& value, double& out2, double& out3,
                       double& out4) const override;
   bool IsCategorical() const override { return true; }
+  const FSMapICnt* GetCategories() const override { return &fPredictorCounts; }
   int WriteObject(std::fstream& os) const override;
   int ReadObject(std::fstream& is) override;
   void WriteObjectXML(std::ostream& os, int indent) const override;

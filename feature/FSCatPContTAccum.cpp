@@ -54,6 +54,16 @@ std::size_t FSCatPContTAccum::AddBlockDense(const double* predictor, const FSCas
   return end;
 }
 
+void FSCatPContTAccum::Merge(const IFSPredTargetAccum& accumulator, const FSRecode& predictor,
+                             const FSRecode&) {
+  const auto& other = static_cast<const FSCatPContTAccum&>(accumulator);
+  fTargetMean = FSMeanOfParts(fTargetMean, fState.GetValidWeight(), other.fTargetMean,
+                              other.fState.GetValidWeight());
+  fState.Merge(other.fState, FSFirstCategory(other.fState, predictor));
+  fPredictorCounts.Merge(other.fPredictorCounts, predictor);
+  fTargetByCategory.Merge(other.fTargetByCategory, predictor);
+}
+
 std::size_t FSCatPContTAccum::CheckAllReasons(const FSSettings* settings,
                                               std::vector<int>& reasons) const {
   reasons.clear();

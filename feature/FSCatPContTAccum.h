@@ -16,6 +16,8 @@ class FSCatPContTAccum : public IFSPredTargetAccum {
   bool IsAllConstant() const override { return fState.IsAllConstant(); }
   // Without the rule on categories with one case.
   std::size_t CheckAllReasons(const FSSettings* settings, std::vector<int>& reasons) const override;
+  void Merge(const IFSPredTargetAccum& other, const FSRecode& predictor,
+             const FSRecode& target) override;
   void ComputeVariances() override { fTargetByCategory.ComputeVariances(); }
   // F and t criteria, both by one-way analysis of variance: p-value, F, N, df1, df2.
   void ComputeCrit(int criterion, double& value, double& tie1, double& tie2, double& extra1,
@@ -24,6 +26,7 @@ class FSCatPContTAccum : public IFSPredTargetAccum {
   bool GetOutputStats(int criterion, double& value, double& out2, double& out3,
                       double& out4) const override;
   bool IsCategorical() const override { return true; }
+  const FSMapICnt* GetCategories() const override { return &fPredictorCounts; }
   int WriteObject(std::fstream& os) const override;
   int ReadObject(std::fstream& is) override;
   void WriteObjectXML(std::ostream& os, int indent) const override;

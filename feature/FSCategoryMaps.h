@@ -2,7 +2,8 @@
 //
 // Codes are often numbered by first appearance, so the same category may have different codes in
 // different parts of the data. A map gives, at the position of the other component's code, the code
-// here; -1 where there is none. An empty map means that both use the same codes.
+// here; -1 where there is none. An empty map means that both use the same codes. No two codes of a
+// map may have the same translation.
 #pragma once
 
 #include <vector>

@@ -34,6 +34,17 @@ void FSContAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
       [this](FSPredictorState& state, std::size_t, double x, double w) { Add(state, x, w); });
 }
 
+void FSContAccum::Merge(const IFSPredTargetAccum& accumulator, const FSRecode&, const FSRecode&) {
+  const auto& other = static_cast<const FSContAccum&>(accumulator);
+  const double weight = fState.GetValidWeight();
+  const double otherWeight = other.fState.GetValidWeight();
+  const double distance = other.fMean - fMean;
+  fMean = FSMeanOfParts(fMean, weight, other.fMean, otherWeight);
+  fSquaredDeviations +=
+      other.fSquaredDeviations + FSDeviationOfParts(distance, distance, weight, otherWeight);
+  fState.Merge(other.fState, other.fState.GetFirst());
+}
+
 std::size_t FSContAccum::CheckAllReasons(const FSSettings* settings,
                                          std::vector<int>& reasons) const {
   reasons.clear();

@@ -13,11 +13,14 @@ class FSContAccum : public IFSPredTargetAccum {
   bool IsAllMissing() const override { return fState.IsAllMissing(); }
   bool IsAllConstant() const override { return fState.IsAllConstant(); }
   std::size_t CheckAllReasons(const FSSettings* settings, std::vector<int>& reasons) const override;
+  void Merge(const IFSPredTargetAccum& other, const FSRecode& predictor,
+             const FSRecode& target) override;
   // The variance keeps its old value (0 at first) where the valid weight is not above 1.
   void ComputeVariances() override;
   void ComputeCrit(int, double&, double&, double&, double&, double&) const override {}
   bool GetOutputStats(int, double&, double&, double&, double&) const override { return false; }
   bool IsCategorical() const override { return false; }
+  const FSMapICnt* GetCategories() const override { return nullptr; }
   int WriteObject(std::fstream& os) const override;
   int ReadObject(std::fstream& is) override;
   void WriteObjectXML(std::ostream& os, int indent) const override;

@@ -50,6 +50,14 @@ void FSContPCatTAccum::AddBlockDense(const double* predictor, const FSCaseBlock&
   groups.PutBack();
 }
 
+void FSContPCatTAccum::Merge(const IFSPredTargetAccum& accumulator, const FSRecode&,
+                             const FSRecode& target) {
+  const auto& other = static_cast<const FSContPCatTAccum&>(accumulator);
+  fMean = FSMeanOfParts(fMean, fState.GetValidWeight(), other.fMean, other.fState.GetValidWeight());
+  fState.Merge(other.fState, other.fState.GetFirst());
+  fPredictorByTarget.Merge(other.fPredictorByTarget, target);
+}
+
 double FSContPCatTAccum::OverallStddev() const {
   double sum = 0.0;
   for (const auto& [category, group] : fPredictorByTarget) {

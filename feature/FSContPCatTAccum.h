@@ -14,6 +14,8 @@ class FSContPCatTAccum : public IFSPredTargetAccum {
   bool IsAllMissing() const override { return fState.IsAllMissing(); }
   bool IsAllConstant() const override { return fState.IsAllConstant(); }
   std::size_t CheckAllReasons(const FSSettings* settings, std::vector<int>& reasons) const override;
+  void Merge(const IFSPredTargetAccum& other, const FSRecode& predictor,
+             const FSRecode& target) override;
   void ComputeVariances() override { fPredictorByTarget.ComputeVariances(); }
   // The F criterion, and Pearson and likelihood ratio, which this predictor enters with its
   // analysis of variance: p-value, F, N, df1, df2. Under the chi-square criteria a smaller second
@@ -24,6 +26,7 @@ class FSContPCatTAccum : public IFSPredTargetAccum {
   bool GetOutputStats(int criterion, double& value, double& out2, double& out3,
                       double& out4) const override;
   bool IsCategorical() const override { return false; }
+  const FSMapICnt* GetCategories() const override { return nullptr; }
   int WriteObject(std::fstream& os) const override;
   int ReadObject(std::fstream& is) override;
   void WriteObjectXML(std::ostream& os, int indent) const override;

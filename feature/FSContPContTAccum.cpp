@@ -23,6 +23,16 @@ inline void FSContPContTAccum::Moments::Add(double x, double y, double share, do
   fSxy += FSDeviationStep(dx, dy, before, weight);
 }
 
+void FSContPContTAccum::Moments::Merge(const Moments& other, double weight, double otherWeight) {
+  const double dx = other.fMeanX - fMeanX;
+  const double dy = other.fMeanY - fMeanY;
+  fMeanX = FSMeanOfParts(fMeanX, weight, other.fMeanX, otherWeight);
+  fMeanY = FSMeanOfParts(fMeanY, weight, other.fMeanY, otherWeight);
+  fSxx += other.fSxx + FSDeviationOfParts(dx, dx, weight, otherWeight);
+  fSyy += other.fSyy + FSDeviationOfParts(dy, dy, weight, otherWeight);
+  fSxy += other.fSxy + FSDeviationOfParts(dx, dy, weight, otherWeight);
+}
+
 void FSContPContTAccum::AddCase(double predictor, double target, double weight, bool) {
   if (!(weight > 0.0)) return;
   const double before = fState.GetValidWeight();
@@ -42,6 +52,13 @@ void FSContPContTAccum::AddBlock(const double* predictor, const FSCaseBlock& cas
         state.AddValid(x, w);
       });
   fMoments = moments;
+}
+
+void FSContPContTAccum::Merge(const IFSPredTargetAccum& accumulator, const FSRecode&,
+                              const FSRecode&) {
+  const auto& other = static_cast<const FSContPContTAccum&>(accumulator);
+  fMoments.Merge(other.fMoments, fState.GetValidWeight(), other.fState.GetValidWeight());
+  fState.Merge(other.fState, other.fState.GetFirst());
 }
 
 std::size_t FSContPContTAccum::CheckAllReasons(const FSSettings* settings,

@@ -14,6 +14,8 @@ class FSContPContTAccum : public IFSPredTargetAccum {
   bool IsAllMissing() const override { return fState.IsAllMissing(); }
   bool IsAllConstant() const override { return fState.IsAllConstant(); }
   std::size_t CheckAllReasons(const FSSettings* settings, std::vector<int>& reasons) const override;
+  void Merge(const IFSPredTargetAccum& other, const FSRecode& predictor,
+             const FSRecode& target) override;
   // Variances are 0 where the valid weight is not above 1; the correlation is missing there, and
   // where either variance is not positive.
   void ComputeVariances() override;
@@ -24,6 +26,7 @@ class FSContPContTAccum : public IFSPredTargetAccum {
   bool GetOutputStats(int criterion, double& value, double& out2, double& out3,
                       double& out4) const override;
   bool IsCategorical() const override { return false; }
+  const FSMapICnt* GetCategories() const override { return nullptr; }
   int WriteObject(std::fstream& os) const override;
   int ReadObject(std::fstream& is) override;
   void WriteObjectXML(std::ostream& os, int indent) const override;
@@ -43,6 +46,7 @@ class FSContPContTAccum : public IFSPredTargetAccum {
 
     // `share` is weight / (before + weight), `before` the valid weight before the case.
     void Add(double x, double y, double share, double before, double weight);
+    void Merge(const Moments& other, double weight, double otherWeight);
   };
 
   FSPredictorState fState{FSPredictorState::kNoNumber};

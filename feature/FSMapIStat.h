@@ -4,6 +4,7 @@
 #include <iosfwd>
 
 #include "feature/FSMoments.h"
+#include "feature/FSRecode.h"
 #include "feature/FSSortedMap.h"
 
 struct FSGroupStats {
@@ -25,6 +26,17 @@ struct FSGroupStats {
   }
 };
 
+// The moments of two parts together; the variance is left to be computed.
+inline FSGroupStats FSTogether(const FSGroupStats& a, const FSGroupStats& b) {
+  FSGroupStats both;
+  both.fWeight = a.fWeight + b.fWeight;
+  both.fMean = FSMeanOfParts(a.fMean, a.fWeight, b.fMean, b.fWeight);
+  const double distance = b.fMean - a.fMean;
+  both.fSquaredDeviations = a.fSquaredDeviations + b.fSquaredDeviations +
+                            FSDeviationOfParts(distance, distance, a.fWeight, b.fWeight);
+  return both;
+}
+
 class FSMapIStat : public FSSortedMap<int, FSGroupStats> {
  public:
   using stats = FSGroupStats;
@@ -36,6 +48,14 @@ class FSMapIStat : public FSSortedMap<int, FSGroupStats> {
     const auto [at, found] = Place(key, stats());
     ValueAt(at).Add(x, w);
     return found;
+  }
+
+  // Takes in the groups of another part of the data.
+  void Merge(const FSMapIStat& other, const FSRecode& recode) {
+    for (const auto& [key, group] : other) {
+      const auto at = Place(recode(key), stats()).first;
+      ValueAt(at) = FSTogether(ValueAt(at), group);
+    }
   }
 
   // Squared deviations / (weight - 1) for every category, 0 where the weight is not above 1.

@@ -1,10 +1,12 @@
 // Counts by category. Each entry operation returns true when the key was there and false
-// when it was entered. Saved state: as for IFSPredTargetAccum.
+// when it was entered. Merge takes in the counts of another part of the
+// data. Saved state: as for IFSPredTargetAccum.
 #pragma once
 
 #include <iosfwd>
 #include <utility>
 
+#include "feature/FSRecode.h"
 #include "feature/FSSortedMap.h"
 
 // Weighted count per category.
@@ -14,6 +16,10 @@ class FSMapICnt : public FSSortedMap<int, double> {
     const auto [at, found] = Place(key, w);
     if (found) ValueAt(at) += w;
     return found;
+  }
+
+  void Merge(const FSMapICnt& other, const FSRecode& recode) {
+    for (const auto& [key, w] : other) IncrementByFreq(recode(key), w);
   }
 
   int WriteObject(std::fstream& os) const;
@@ -38,6 +44,14 @@ class FSMapIPCnt : public FSSortedMap<int, std::pair<int, double>> {
     return found;
   }
 
+  void Merge(const FSMapIPCnt& other, const FSRecode& recode) {
+    for (const auto& [key, counts] : other) {
+      auto& [n, weight] = ValueAt(Place(recode(key), {0, 0.0}).first);
+      n += counts.first;
+      weight += counts.second;
+    }
+  }
+
   int WriteObject(std::fstream& os) const;
   int ReadObject(std::fstream& is);
   void WriteObjectXML(std::ostream& os, int indent) const;
@@ -55,6 +69,12 @@ class FSMapPiCnt : public FSSortedMap<std::pair<int, int>, double> {
     const auto [at, found] = Place(key, w);
     if (found) ValueAt(at) += w;
     return found;
+  }
+
+  void Merge(const FSMapPiCnt& other, const FSRecode& first, const FSRecode& second) {
+    for (const auto& [key, w] : other) {
+      IncrementByFreq({first(key.first), second(key.second)}, w);
+    }
   }
 
   int WriteObject(std::fstream& os) const;

@@ -24,6 +24,7 @@
 #include "feature/MCStatus.h"
 
 class FSSettings;
+struct FSCategoryMaps;
 namespace MCCommonXML {
 class XMLElement;
 }
@@ -44,6 +45,10 @@ class FSPredictorSet {
   MCFeature::MCStatus PassTransactions(MCCommon::RecordIterator& source);
   // The data pass without a target. Warnings 80013, 80009.
   MCFeature::MCStatus PassRecordsNoTarget(MCCommon::RecordIterator& source, int maxRecords);
+
+  // Takes in what another set has gathered in its data pass, before anything else is done with
+  // either; this one may be new. See IFSAlgorithm::Merge. Error 80014, and nothing changes.
+  MCFeature::MCStatus Merge(const FSPredictorSet& other, const FSCategoryMaps* maps);
 
   // Variances of what the pass has gathered. The stages below call it themselves, once.
   void CompletePass();
@@ -140,6 +145,9 @@ class FSPredictorSet {
   bool IsConsistent() const;
   bool AreSortVectorsConsistent() const;
   void AllocAccum(bool withTarget);
+  MCFeature::MCStatus CheckMerge(const FSPredictorSet& other, const FSCategoryMaps* maps) const;
+  MCFeature::MCStatus CheckAccumulators(const FSPredictorSet& other) const;
+  MCFeature::MCStatus CheckMaps(const FSPredictorSet& other, const FSCategoryMaps* maps) const;
   MCFeature::MCStatus PassBlocks(MCCommon::RecordIterator& source, int maxRecords, bool withTarget,
                                  bool warn);
   MCFeature::MCStatus EndOfPass(bool weighted, bool warn);

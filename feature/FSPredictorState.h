@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "common/MissingValue.h"
+#include "feature/FSRecode.h"
 
 class FSPredictorState {
  public:
@@ -27,6 +28,22 @@ class FSPredictorState {
     fMissing += weight;
   }
 
+  // Takes in what was seen of the predictor in another part of the data, whose first value reads
+  // `first` here.
+  void Merge(const FSPredictorState& other, double first) {
+    if (fFirst == fNone) {
+      fFirst = first;
+    } else if (first != fNone) {
+      fbConstant = fbConstant && first == fFirst;
+    }
+    fbConstant = fbConstant && other.fbConstant;
+    fTotal += other.fTotal;
+    fMissing += other.fMissing;
+    fNValid += other.fNValid;
+  }
+
+  // The first valid value, or kNoCategory, kNoNumber.
+  double GetFirst() const { return fFirst; }
   // Sum of weights of all cases, of the missing ones, of the valid ones.
   double GetTotalWeight() const { return fTotal; }
   double GetMissingWeight() const { return fMissing; }
@@ -60,3 +77,9 @@ class FSPredictorState {
   double fFirst;
   bool fbConstant = true;
 };
+
+// The first category of another component's predictor, as it reads here.
+inline double FSFirstCategory(const FSPredictorState& other, const FSRecode& recode) {
+  const double first = other.GetFirst();
+  return first == FSPredictorState::kNoCategory ? first : recode(static_cast<int>(first));
+}

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <ostream>
+#include <tuple>
+#include <utility>
 
 using namespace MCFSCommon;
 
@@ -192,6 +194,43 @@ void FSSettings::SetMinVariation(double value) {
 
 void FSSettings::SetMinStddev(double value) {
   if (value >= 0.0) fMinStddev = value;
+}
+
+bool FSSettings::HasRulesOf(const FSSettings& other) const {
+  const auto rules = [](const FSSettings& s) {
+    return std::tie(s.fMaxMissing, s.fbDeleteMissing, s.fMaxSingle, s.fbDeleteSingle, s.fMaxNCat,
+                    s.fbDeleteNCat, s.fMaxOneCase, s.fbDeleteOneCase, s.fMinVariation,
+                    s.fbDeleteVariation, s.fMinStddev, s.fbDeleteStddev);
+  };
+  return rules(*this) == rules(other);
+}
+
+bool FSSettings::FindDifference(const FSSettings& other, MCFeature::MergeObstacle& what,
+                                int& predictor) const {
+  const auto differ = std::mismatch(fPredictorTypes.begin(), fPredictorTypes.end(),
+                                    other.fPredictorTypes.begin(), other.fPredictorTypes.end())
+                          .first;
+  predictor = static_cast<int>(differ - fPredictorTypes.begin());
+  const bool sameTypes = predictor == GetNPredictors();
+  if (sameTypes) predictor = 0;
+  const std::pair<bool, MCFeature::MergeObstacle> checks[] = {
+      {GetNPredictors() == other.GetNPredictors(), MCFeature::kNPredictors},
+      {sameTypes, MCFeature::kPredictorType},
+      {fbCatTarget == other.fbCatTarget, MCFeature::kTargetType},
+      {fbTransactional == other.fbTransactional, MCFeature::kTransactional},
+      {fTargetPosition == other.fTargetPosition, MCFeature::kTargetColumn},
+      {fCaseIDPosition == other.fCaseIDPosition, MCFeature::kCaseIDColumn},
+      {fWeightPosition == other.fWeightPosition, MCFeature::kWeightColumn},
+      {fWeightToFreq == other.fWeightToFreq, MCFeature::kWeightRounding},
+      {fSetType == other.fSetType && fCriteria == other.fCriteria, MCFeature::kCriteria},
+      {HasRulesOf(other), MCFeature::kScreeningRules},
+  };
+  for (const auto& [same, obstacle] : checks) {
+    if (same) continue;
+    what = obstacle;
+    return true;
+  }
+  return false;
 }
 
 void FSSettings::Display(std::ostream& out) const {

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "feature/MCFSCommon.h"
+#include "feature/MCStatus.h"
 
 class MCQueryCancel;
 class ProgressListener;
@@ -110,6 +111,11 @@ class FSSettings {
   bool IsDeleteSmallStddev() const { return fbDeleteStddev; }
   void SetDeleteSmallStddev(bool on) { fbDeleteStddev = on; }
 
+  // Whether a run under the other settings differs from one under these in anything but progress
+  // and cancel: what differs first, and the predictor if it is one's type.
+  bool FindDifference(const FSSettings& other, MCFeature::MergeObstacle& what,
+                      int& predictor) const;
+
   // Saved state: as for IFSPredTargetAccum. Listener and cancel probe are not part of it.
   int WriteObject(std::fstream& os) const;
   int ReadObject(std::fstream& is);
@@ -122,6 +128,7 @@ class FSSettings {
  private:
   template <class Archive, class Self>
   static void Fields(Archive& archive, Self& self);
+  bool HasRulesOf(const FSSettings& other) const;
   bool IsConsistentType() const;
   bool IsConsistent() const;
   void AdjustCriteria();

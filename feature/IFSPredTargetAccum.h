@@ -13,6 +13,8 @@
 #include <iosfwd>
 #include <vector>
 
+class FSMapICnt;
+class FSRecode;
 class FSSettings;
 struct FSCaseBlock;
 
@@ -43,6 +45,12 @@ class IFSPredTargetAccum {
   virtual std::size_t CheckAllReasons(const FSSettings* settings,
                                       std::vector<int>& reasons) const = 0;
 
+  // Takes in what another accumulator gathered in another part of the data; its categories are read
+  // through the two maps. Counts are exact, moments exact but for rounding.
+  // REQUIRES: the other is of the same class, and neither has had its variances computed.
+  virtual void Merge(const IFSPredTargetAccum& other, const FSRecode& predictor,
+                     const FSRecode& target) = 0;
+
   // Variances and correlation, from the sums of the pass.
   virtual void ComputeVariances() = 0;
 
@@ -59,6 +67,8 @@ class IFSPredTargetAccum {
                               double& out4) const = 0;
 
   virtual bool IsCategorical() const = 0;
+  // Weighted counts of the categories of a categorical predictor; null for a continuous one.
+  virtual const FSMapICnt* GetCategories() const = 0;
 
   // Saved state, whole; the binary operations return the bytes of it. Reading throws IOException
   // for what is not such an accumulator, which is then fit only to be destroyed.

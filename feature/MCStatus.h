@@ -1,6 +1,8 @@
 // The status of the feature selection component. Codes raised in the engine:
 #pragma once
 
+#include <cstdint>
+
 #include "common/MCStatus.h"
 
 namespace MCFeature {
@@ -25,8 +27,8 @@ enum StatusCode {
   kAllScreenedOut = 80011,        // warning: screening left no predictor
   kTooFewPredictors = 80012,  // more best predictors asked for than are valid. Datum: valid ones
   kNoValidWeight = 80013,     // error (warning without target): no case has a positive weight
-  kCannotMerge = 80014        // error: two components do not fit. Data: MergeObstacle, and for some
-                              // obstacles predictor (-1: the target) and category
+  kCannotMerge = 80014        // error: two components do not fit. Data: MergeObstacle, and what it
+                              // says besides
 };
 
 // Why two components cannot be merged: discrete datum 0 of kCannotMerge.
@@ -44,14 +46,23 @@ enum MergeObstacle {
   kWeightRounding = 11,  // conversion of weights
   kCriteria = 12,        // ranking criteria
   kScreeningRules = 13,  // screening thresholds and which rules apply
-  kMapsShape = 14,    // the category maps are not for so many predictors, or a map gives two codes
-                      // the same translation. Datum 1: predictor (-1: target), if it is one map
-  kCategory = 15,     // a category has no translation. Data 1 and 2: predictor (-1: target), code
-  kTooManyCases = 16  // more cases than can be counted
+  kNMaps = 14,           // category maps for another number of predictors
+  kAmbiguousMap = 15,    // a map gives two codes one translation. Datum 1: predictor (-1: target)
+  kCategory = 16,     // a category has no translation. Data 1 and 2: predictor (-1: target), code
+  kTooManyCases = 17  // more cases than can be counted
 };
 
 // Error and warning with a code.
 inline MCStatus Error(StatusCode code) { return {code, false}; }
 inline MCStatus Warning(StatusCode code) { return {code, true}; }
+
+inline MCStatus CannotMerge(MergeObstacle obstacle, std::int64_t datum1 = 0,
+                            std::int64_t datum2 = 0) {
+  MCStatus status = Error(kCannotMerge);
+  status.SetDiscreteDatum(0, obstacle);
+  status.SetDiscreteDatum(1, datum1);
+  status.SetDiscreteDatum(2, datum2);
+  return status;
+}
 
 }  // namespace MCFeature

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <functional>
 #include <numeric>
 #include <random>
@@ -15,69 +14,10 @@
 #include "common/Progress.h"
 #include "feature/FSFactory.h"
 #include "feature/FSSettings.h"
+#include "tests/feature/RandomRuns.h"
 #include "tests/feature/Tables.h"
 
 namespace {
-
-using MCFSCommon::RankCriteria;
-
-// Everything that a run reports, as doubles, to be compared bit by bit.
-std::vector<double> ReportOf(const IFSAlgorithm& component) {
-  std::vector<double> report;
-  const FSSettings& settings = *component.GetSettings();
-  for (int c = 0; c < MCFSCommon::kNCriteria; ++c) {
-    if (!settings.GetCriterion(static_cast<RankCriteria>(c))) continue;
-    for (const double value : component.GetCriterionValues(static_cast<RankCriteria>(c))) {
-      report.push_back(value);
-    }
-    for (int j = 0; j < settings.GetNPredictors(); ++j) {
-      double out[4];
-      component.GetPredictorStats(c, j, out[0], out[1], out[2], out[3]);
-      report.insert(report.end(), out, out + 4);
-    }
-  }
-  double weights[2];
-  int cases[2];
-  component.GetNValidNExcluded(weights[0], weights[1], cases[0], cases[1]);
-  report.insert(report.end(), {weights[0], weights[1], 1.0 * cases[0], 1.0 * cases[1]});
-  for (int k = 0; k < component.GetNTargetCategories(); ++k) {
-    int category = 0;
-    std::pair<int, double> counts;
-    component.GetTargetCategoryInfo(k, category, counts);
-    report.insert(report.end(), {1.0 * category, 1.0 * counts.first, counts.second});
-  }
-  return report;
-}
-
-bool SameBits(const std::vector<double>& a, const std::vector<double>& b) {
-  return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(double)) == 0;
-}
-
-// Columns: target, weight, then 4 predictors (2 categorical, 2 continuous) with holes.
-Table RandomTable(std::size_t n, bool catTarget, unsigned seed) {
-  std::mt19937 random(seed);
-  const auto draw = [&random](double to) {
-    return std::uniform_real_distribution<double>(0.0, to)(random);
-  };
-  Table table(6);
-  for (std::size_t i = 0; i < n; ++i) {
-    const double y = catTarget ? std::floor(draw(4.0)) : 1e3 + draw(50.0);
-    table[0].push_back(draw(1.0) < 0.05 ? (catTarget ? -1.0 : KOVA_SystemMissing) : y);
-    table[1].push_back(draw(1.0) < 0.1 ? (draw(1.0) < 0.5 ? KOVA_SystemMissing : -2.0) : draw(3.0));
-    table[2].push_back(std::floor(draw(5.0)) + (draw(1.0) < 0.5 ? 0.9 : 0.0));
-    table[3].push_back(draw(1.0) < 0.2 ? -1.0 : std::floor(draw(300.0)) - 20.0);  // many categories
-    table[4].push_back(draw(1.0) < 0.1 ? KOVA_SystemMissing : y + draw(30.0));
-    table[5].push_back(draw(1e6));
-  }
-  return table;
-}
-
-FSSettings SettingsFor(bool catTarget) {
-  FSSettings settings({true, true, false, false}, catTarget);
-  settings.SetWeightPosition(1);
-  settings.SetWeightToFreq(MCFSCommon::kAsIs);
-  return settings;
-}
 
 std::vector<double> RunOver(MCCommon::RecordIterator& source, FSSettings settings) {
   FSFactory factory;

@@ -94,43 +94,6 @@ std::string DumpOf(const IFSAlgorithm& component) {
   return std::regex_replace(dump.str(), std::regex("(Elapsed seconds|0x|<Timestamp)[^\n]*"), "");
 }
 
-std::vector<double> AnswersOf(const IFSAlgorithm& component) {
-  std::vector<double> answers;
-  for (int c = 0; c < MCFSCommon::kNCriteria; ++c) {
-    const auto criterion = static_cast<MCFSCommon::RankCriteria>(c);
-    for (const int rank : component.GetRanks(criterion)) answers.push_back(rank);
-    for (const double value : component.GetCriterionValues(criterion)) answers.push_back(value);
-    std::vector<int> indices;
-    std::vector<double> values;
-    const auto status = component.GetTopPredictors(criterion, indices, values, 0);
-    answers.push_back(static_cast<double>(status.GetErrorCode()));
-    answers.insert(answers.end(), indices.begin(), indices.end());
-    answers.insert(answers.end(), values.begin(), values.end());
-    for (int j = 0; j < component.GetSettings()->GetNPredictors(); ++j) {
-      double out[4];
-      answers.push_back(component.GetPredictorStats(c, j, out[0], out[1], out[2], out[3]) ? 1 : 0);
-      answers.insert(answers.end(), out, out + 4);
-    }
-  }
-  double weights[2];
-  int cases[2];
-  component.GetNValidNExcluded(weights[0], weights[1], cases[0], cases[1]);
-  answers.insert(answers.end(), {weights[0], weights[1], 1.0 * cases[0], 1.0 * cases[1]});
-  for (int k = 0; k < component.GetNTargetCategories(); ++k) {
-    int category = 0;
-    std::pair<int, double> counts;
-    EXPECT_TRUE(component.GetTargetCategoryInfo(k, category, counts));
-    answers.insert(answers.end(), {1.0 * category, 1.0 * counts.first, counts.second});
-  }
-  const auto& deleted = component.GetIndicesDelPred();
-  const auto& reasons = component.GetReasonsDelPred();
-  answers.insert(answers.end(), deleted.begin(), deleted.end());
-  answers.insert(answers.end(), reasons.begin(), reasons.end());
-  answers.push_back(component.IsDataAccumulated() ? 1 : 0);
-  answers.push_back(component.ArePredictorsRanked() ? 1 : 0);
-  return answers;
-}
-
 std::string SaveBinary(const IFSAlgorithm& component) {
   const ScratchFile file;
   std::fstream out(file.Path(), std::ios::binary | std::ios::out);

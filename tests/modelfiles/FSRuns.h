@@ -29,9 +29,6 @@ std::vector<std::int64_t> FinishRun(IFSAlgorithm& component, FSStage from);
 // and addresses.
 std::string DumpOf(const IFSAlgorithm& component);
 
-// Everything that queries tell, value by value.
-std::vector<double> AnswersOf(const IFSAlgorithm& component);
-
 // Saved state as bytes, and components made from bytes; null when they are refused.
 std::string SaveBinary(const IFSAlgorithm& component);
 std::string SaveXML(const IFSAlgorithm& component);

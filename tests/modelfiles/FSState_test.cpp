@@ -11,7 +11,7 @@
 
 #include "common/state/IOException.h"
 #include "feature/FSMaps.h"
-#include "tests/feature/Tables.h"
+#include "tests/feature/RandomRuns.h"
 #include "tests/modelfiles/FSRuns.h"
 #include "tests/modelfiles/ScratchFile.h"
 #include "tests/modelfiles/Validate.h"
@@ -38,7 +38,7 @@ std::vector<FSStage> StagesOf(const Kind& kind) {
 void ExpectSame(IFSAlgorithm& restored, IFSAlgorithm& original) {
   EXPECT_EQ(restored.GetStatus(), original.GetStatus());
   EXPECT_EQ(DumpOf(restored), DumpOf(original));
-  EXPECT_EQ(AnswersOf(restored), AnswersOf(original));
+  EXPECT_EQ(ReportOf(restored), ReportOf(original));
 }
 
 TEST(FSState, ARestoredComponentGoesOnAsTheSavedOne) {
@@ -163,7 +163,7 @@ void ExpectUsableOrRefused(IFSAlgorithm* component, const FSFactory& factory, st
   }
   FinishRun(*component, FSStage::kAccumulated);
   EXPECT_NE(DumpOf(*component), "");
-  EXPECT_FALSE(AnswersOf(*component).empty());
+  EXPECT_FALSE(ReportOf(*component).empty());
   FSFactory again;
   if (!component->GetStatus().IsError()) {
     EXPECT_NE(RestoreBinary(SaveBinary(*component), again), nullptr);
