@@ -83,10 +83,15 @@ bool PRSMultiFactory::IsPassComplete(const UAProcDataSourceIter& stream) {
     fAdapterMessages.ReadFailed(stream.GetFailText());
     return Fail(kDataUnusable);
   }
+  return !IsStopped();
+}
+
+bool PRSMultiFactory::IsStopped() {
   const MCStopProcessor& stop = *fpSpecs->GetStopProcessorPtr();
-  if (stop.GetCause() == MCStopProcessor::kRunning) return true;
+  if (stop.GetCause() == MCStopProcessor::kRunning) return false;
   fAdapterMessages.Stopped(stop, fpAdapter->GetCaseNumber());
-  return Fail(MCNaive::kCancelled);
+  (void)Fail(MCNaive::kCancelled);
+  return true;
 }
 
 bool PRSMultiFactory::CompleteMetaData() {

@@ -1,5 +1,7 @@
 // The NAIVEBAYES driver's model run: engine, selection, model file.
+#include <algorithm>
 #include <iostream>
+#include <iterator>
 #include <sstream>
 
 #include "backend/predselect/NaiveDataSourceIter.h"
@@ -11,6 +13,7 @@
 #include "common/MCAssert.h"
 #include "common/xml/MCApplicInfo4XML.h"
 #include "host/cases/UAInputAdapter.h"
+#include "host/cases/UAVarValidSpecs.h"
 #include "host/output/BpComposite.h"
 #include "host/output/BpError.h"
 #include "host/session/HostFunctions.h"
@@ -150,7 +153,8 @@ bool PRSMultiFactory::FinishEngine() {
   fStatus = fpNBAlgorithm->GetStatus();
   DisplayMessage(fStatus);
   if (fStatus.IsError()) return false;
-  if (fbRunSelection && fpNBAlgorithm->GetNumberOfInputVars() == fNForcePreds) {
+  const auto nForced = static_cast<int>(GetForcedInputs().size());
+  if (fbRunSelection && fpNBAlgorithm->GetNumberOfInputVars() == nForced) {
     fMessages.NoUniquePredsSelected();
   }
   if (display_naive_bayes) fpNBAlgorithm->Display(std::cerr);
@@ -168,10 +172,22 @@ bool PRSMultiFactory::WriteResultDocument() {
   });
 }
 
+std::vector<int> PRSMultiFactory::GetForcedInputs() const {
+  std::vector<int> inputs;
+  const std::vector<int>* forced = fpSpecs->GetForcePredListPtr();
+  if (forced == nullptr) return inputs;
+  const NBVarList& varList = fpNBAlgorithm->GetVarList();
+  std::copy_if(forced->begin(), forced->end(), std::back_inserter(inputs), [&](int var) {
+    return varList.GetVariableRole(fpVarSpecs->GetRecVarIndex(var)) == INBVariable::kInput;
+  });
+  return inputs;
+}
+
 bool PRSMultiFactory::WriteModel() {
   MCApplicInfo4XML info = ApplicationInfo();
   std::ostringstream document;
   const MCNaive::MCStatus status = fpNBAlgorithm->ExportModelXML(document, &info);
+  if (IsStopped()) return false;
   if (!status.IsOK()) {
     fStatus = {status.GetErrorCode(), false};
     fStatus.SetDiscreteDatum(0, status.GetDiscreteDatum(0));
