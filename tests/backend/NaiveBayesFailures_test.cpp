@@ -122,7 +122,7 @@ TEST_F(NaiveBayesFailures, ShowWhatWasExcludedWhenTooLittleIsLeft) {
 TEST_F(NaiveBayesFailures, NameAFileThatCannotBeWrittenBeforeAnyWork) {
   fPollsLeft = 200;  // the first pass alone asks that often
   const json run = Run("NAIVEBAYES y BY good /OUTFILE MODEL='/no such folder/m.xml'.");
-  EXPECT_THAT(Keys(run), Contains("Model file cannot be written: ^1"));
+  EXPECT_THAT(Keys(run), Contains("File cannot be written: ^1"));
   EXPECT_THAT(run["messages"].back()["text"].get<std::string>(),
               testing::HasSubstr("/no such folder/m.xml"));
   EXPECT_TRUE(fbError);
