@@ -4,9 +4,10 @@
 #   make build   optimised build in build/release
 #   make bench   what the hot paths cost
 #   make asan    the test suite under AddressSanitizer and UBSan
+#   make fuzz    every fuzz target for FUZZ_SECONDS (600 unless given) seconds
 #   make evaluator  set up the independent evaluator of model files, for the tests (needs Java)
 #   make tidy    clang-tidy over all sources
-.PHONY: demo test build bench asan evaluator tidy format setup clean
+.PHONY: demo test build bench asan fuzz evaluator tidy format setup clean
 
 demo: build
 	@scripts/demo
@@ -29,6 +30,14 @@ asan: setup
 evaluator:
 	python3 -m venv .venv-pmml
 	.venv-pmml/bin/python3 -m pip install --quiet -r scripts/requirements-pmml.txt
+
+fuzz: export FUZZ_SECONDS ?= 600
+fuzz:
+	@scripts/setup --fuzz
+	cmake --preset fuzz >/dev/null
+	cmake --build --preset fuzz
+	@scripts/make-corpus
+	@scripts/fuzz
 
 tidy:
 	@scripts/setup --dev

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <functional>
 
 #include "common/MCAssert.h"
 
@@ -24,8 +25,12 @@ namespace PredSelectFuzz {
 
 void Require(bool holds, const char* law, const std::string& broken) {
   if (holds) return;
-  std::fprintf(stderr, "Does not hold: %s.\n%s\n", law, broken.c_str());
+  std::fprintf(stderr, "Does not hold: %s.\n", law);
+  std::fwrite(broken.data(), 1, broken.size(), stderr);
+  std::fputc('\n', stderr);
   std::abort();
 }
+
+bool IsOneInEight(const std::string& input) { return std::hash<std::string>()(input) % 8 == 0; }
 
 }  // namespace PredSelectFuzz

@@ -12,4 +12,7 @@ namespace PredSelectFuzz {
 // Ends the program, naming the law and what broke it, unless it holds.
 void Require(bool holds, const char* law, const std::string& broken = {});
 
+// True for one input in eight, always the same ones: for what is many times as dear as the rest.
+bool IsOneInEight(const std::string& input);
+
 }  // namespace PredSelectFuzz

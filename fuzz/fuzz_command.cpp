@@ -1,10 +1,9 @@
-// Any bytes as a text of commands over a small table: split, read and checked.
+// Any bytes as a text of commands over a small table: split, read and checked, and of some texts
+// run and shown.
 //
-// First lines "@run", "@split" and "@weight", in this order, make it run what was accepted and show
-// what came of it (many times dearer), split its file, weight its cases.
+// First lines "@split" and "@weight", in this order, split the file and weight the cases.
 #include <utf8proc.h>
 
-#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -20,6 +19,7 @@
 #include "fuzz/FuzzCheck.h"
 #include "host/command/CommandSplitter.h"
 #include "host/command/KOVA_TokenSequence.h"
+#include "host/command/KovaVarName.h"
 #include "host/command/Tokenizer.h"
 #include "host/data/MemoryTable.h"
 #include "host/output/OutputDocument.h"
@@ -117,11 +117,22 @@ std::string Respelled(const std::vector<TokenInfoObj>& tokens) {
                                                                 : 0;
     if (token.fType == TokenInfoObj::kMacro) text += '!';
     if (quote != 0) text += quote;
-    for (const char c : token.fText) text += c == quote ? std::string(2, c) : std::string(1, c);
+    for (const char c : token.fText) text.append(quote != 0 && c == quote ? 2 : 1, c);
     if (quote != 0) text += quote;
     text += " \n\t";
   }
   return text + ".";
+}
+
+// Any name of one line can be spelled so that a command reads it as that name.
+void CheckSpelling(const std::string& name) {
+  if (name.empty() || name.find('\n') != std::string::npos) return;
+  const std::string spelled = KovaVarName(name).Quoted();
+  const auto tokens = MCHost::Tokenize(spelled + " ", 1, 1);
+  Require(tokens.size() == 2 && tokens[0].IsName() && tokens[0].fText == name,
+          "a name can be spelled", name + "\n" + spelled);
+  Require(tokens[0].fType == TokenInfoObj::kQuotedName || !KovaVarName::IsReserved(name),
+          "a name that is a keyword is quoted", name);
 }
 
 // A text of commands and the session that it is run in.
@@ -129,7 +140,7 @@ class CommandFuzz {
  public:
   CommandFuzz(std::string text, MemoryTable& table)
       : fText(std::move(text)), fTable(table), fSession(fTable, fDocument), fScope(fSession) {
-    fbRun = TakeSetting("@run\n");
+    fbRun = PredSelectFuzz::IsOneInEight(fText);  // dear
     if (TakeSetting("@split\n")) fSession.CommonBlock().fSplitFile = 1;
     fTable.SetWeightVarIndex(TakeSetting("@weight\n") ? kWeight : -1);
     fSession.SetMacro("f", {"island", "sex"});
@@ -142,6 +153,7 @@ class CommandFuzz {
     std::size_t taken = 0;
     for (const CommandText& command : MCHost::SplitCommands(fText)) {
       if (++taken > kMaxCommands) break;
+      CheckSpelling(command.fText);
       CheckSplit(command);
       CheckTokens(command);
       CheckCommand(command);
@@ -258,9 +270,13 @@ class CommandFuzz {
     Require(before.fSplitFile == after.fSplitFile && before.fMaxObsAdded == after.fMaxObsAdded &&
                 before.fLastPass == after.fLastPass,
             "a procedure leaves the host's words as they were", command.fText);
-    const bool failed = std::any_of(run.fMessages.begin(), run.fMessages.end(), [](const auto& m) {
-      return m.fLevel == MCHost::OutputMessage::kError;
-    });
+    bool failed = false;
+    for (const MCHost::OutputMessage& message : run.fMessages) {
+      if (message.fLevel != MCHost::OutputMessage::kError) continue;
+      failed = true;
+      Require(message.fDetail.empty(), "a run reads the command as the parse before it did",
+              command.fText + "\n" + message.fText.fKey);
+    }
     Require(failed == after.IsErrorSet(), "a run fails with an error", command.fText);
     run.fbCompleted = !failed;
   }

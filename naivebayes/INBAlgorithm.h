@@ -72,6 +72,13 @@ class INBAlgorithm {
   virtual MCNaive::MCStatus ExportModelXML(std::ostream& os, MCApplicInfo4XML* info) const = 0;
 
   virtual void SetCancelPtr(MCQueryCancel* cancel) = 0;
+  // Write the built model and all that later operations need (NBFactory restores it), in binary and
+  // as XML. Not part of it are what belongs to the caller (listener, cancel probe, user generator,
+  // temporary directory), a warning, and what ScoreAndAccum counted. Errors: the component's own; 1
+  // cancelled; 4 no model, a stream that failed, or numbers beyond the range of a double; in XML
+  // 70006 as for ExportModelXML. XML is written whole or not at all.
+  virtual MCNaive::MCStatus SaveState(std::fstream& os) const = 0;
+  virtual MCNaive::MCStatus SaveStateXML(std::ostream& os) const = 0;
   // Ends the running and every later operation.
   virtual void Cancel() = 0;
   virtual const MCNaive::MCStatus& GetStatus() const = 0;

@@ -38,6 +38,12 @@ class INBEncoder {
   virtual const INBUserMissing* GetUserMissingInfo() const { return fpMissing.get(); }
 
   virtual std::unique_ptr<INBEncoder> Clone() const = 0;
+  // As INBUserMissing says.
+  virtual int WriteObject(std::fstream& os) const = 0;
+  virtual int ReadObject(std::fstream& is) = 0;
+  virtual void WriteObjectXML(std::ostream& os, int indent) const = 0;
+  virtual void ReadObjectXML(std::ifstream& is) = 0;
+
   virtual void Display(std::ostream& os) const = 0;
 
  protected:
@@ -47,6 +53,12 @@ class INBEncoder {
   // True when the value is system-missing or declared missing.
   bool IsMissingNumber(double value) const;
   bool IsMissingString(const std::string& value) const;
+
+  // In saved state.
+  template <class Archive, class Self>
+  static void LabelFields(Archive& archive, Self& self);
+  template <class Archive, class Self>
+  static void MissingFields(Archive& archive, Self& self);
 
  private:
   std::vector<std::string> fvLabels;

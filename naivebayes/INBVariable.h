@@ -63,11 +63,23 @@ class INBVariable {
   // Whether the variable can be used: it is neither constant nor empty.
   virtual VarStatus GetVarStatus() = 0;
 
+  // As INBUserMissing says.
+  virtual int WriteObject(std::fstream& os) const = 0;
+  virtual int ReadObject(std::fstream& is) = 0;
+  virtual void WriteObjectXML(std::ostream& os, int indent) const = 0;
+  virtual void ReadObjectXML(std::ifstream& is) = 0;
+
   virtual void Display(std::ostream& os) const;
 
  protected:
   INBVariable(std::string name, std::string label, VariableRole role);
   INBVariable(const INBVariable&) = default;
+
+  // In saved state.
+  template <class Archive, class Self>
+  static void NameFields(Archive& archive, Self& self);
+  template <class Archive, class Self>
+  static void RoleField(Archive& archive, Self& self);
 
  private:
   std::string fName;

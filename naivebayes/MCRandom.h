@@ -1,6 +1,7 @@
 // The random numbers that simulated records are drawn with.
 #pragma once
 
+#include <iosfwd>
 #include <memory>
 #include <random>
 
@@ -26,7 +27,17 @@ class MCRandom {
   bool GetUseTwister() const { return fpTwister != nullptr; }
   MCCommon::MCRandom* GetUserRNG() const { return fpUser; }
 
+  // As INBUserMissing says: the sequence goes on where it was saved. The user generator is not part
+  // of the state. REQUIRES, to read: not the C library's generator in use, whose place is unknown.
+  int WriteObject(std::fstream& os) const;
+  int ReadObject(std::fstream& is);
+  void WriteObjectXML(std::ostream& os, int indent) const;
+  void ReadObjectXML(std::ifstream& is);
+
  private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
+
   unsigned long fState;
   bool fbPortable;
   std::unique_ptr<std::mt19937> fpTwister;

@@ -13,7 +13,9 @@ using MCCommon::MCStatus;
 
 enum StatusCode : std::int64_t {
   kCancelled = 1,               // cancelled, or the selection failed
+  kNotRestored = 2,             // saved state that is damaged, or cannot be read
   kNotConstructed = 3,          // the variable list is not valid
+  kNotSaved = 4,                // no model to save, or saving it failed
   kNoPreparator = 6,            // nothing was trained, so records cannot be encoded
   kTemporaryFile = 70001,       // the temporary file cannot be made, written or read back
   kNoSelectionData = 70002,     // the data of a selection hold no record

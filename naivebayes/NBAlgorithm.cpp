@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <ctime>
+#include <limits>
 #include <numeric>
 #include <ostream>
 
@@ -20,6 +21,15 @@ using MCCommon::Record;
 using MCCommon::RecordBlock;
 using MCCommon::RecordIterator;
 using MCNaive::MCStatus;
+
+namespace {
+
+// Adds to a number of records, which stays at the highest one.
+void AddRecords(std::int32_t& records, std::int32_t more) {
+  records += std::min(more, std::numeric_limits<std::int32_t>::max() - records);
+}
+
+}  // namespace
 
 // What one selection works on: the stored records, and their columns that are still in the model.
 struct NBAlgorithm::Selection {
@@ -96,7 +106,7 @@ void NBAlgorithm::ResetAllCounts(bool totalsToo) {
 }
 
 void NBAlgorithm::ReportProgress(int nRead) const {
-  if (nRead % (fSettings.GetNSkippedReports() + 1) != 0) return;
+  if (nRead % (std::int64_t{fSettings.GetNSkippedReports()} + 1) != 0) return;
   NBReporter report;
   report.SetValues(nRead, static_cast<double>(std::clock() - fPassStart) / 1e6);
   fSettings.GetProgressListener()->Report(report);
@@ -139,7 +149,7 @@ MCStatus NBAlgorithm::CountData(RecordIterator& records, bool showProgress) {
     return MCNaive::Error(MCNaive::kTemporaryFile);
   }
   if (nRead == 0) return MCNaive::Error(MCNaive::kNoRecordsFound);
-  fNRecords += nRead;
+  AddRecords(fNRecords, nRead);
   if (fNRecords < 2) return MCNaive::Error(MCNaive::kTooFewRecords);
   fTotalWeight += weight.Total();
   FinishCounts();
@@ -170,7 +180,7 @@ void NBAlgorithm::FinishCounts() {
 MCStatus NBAlgorithm::CountSource(MultiPassRecordIter& data, int nRecords, bool rebin) {
   NBInternalAdapter adapter(data, nRecords, *fpPreparator);
   const MCStatus counted = CountData(adapter, true);
-  fExcluded.fNRecords += adapter.GetExcludedCount();
+  AddRecords(fExcluded.fNRecords, adapter.GetExcludedCount());
   fExcluded.fWeight += adapter.GetWExcludedCount();
   // A failure of the source itself says more than what the count made of it.
   static_cast<void>(Raise(adapter.GetStatus()));
@@ -323,14 +333,15 @@ MCStatus NBAlgorithm::MergeModel(const INBAlgorithm* other, bool computeProbabil
   const std::vector<int> targets = fOutput.MergeTargetCounts(that->fOutput);
   for (std::size_t j = 0; j < fInputs.size(); ++j) {
     // Bins are numbered by the cutpoints of the set-up, from which re-binning starts anew.
-    if (auto* binned = dynamic_cast<NBContVar*>(fInputs[j].GetVariable())) {
+    auto* binned = dynamic_cast<NBContVar*>(fInputs[j].GetVariable());
+    if (binned != nullptr && binned->GetEncoder() != nullptr) {
       binned->SetupEncoder(std::vector<double>(binned->GetSetupCutpoints()));
     }
     fInputs[j].MergePredictorCounts(that->fInputs[j], targets, fOutput.GetNCategories());
   }
-  fNRecords += that->fNRecords;
+  AddRecords(fNRecords, that->fNRecords);
   fTotalWeight += that->fTotalWeight;
-  fExcluded.fNRecords += that->fExcluded.fNRecords;
+  AddRecords(fExcluded.fNRecords, that->fExcluded.fNRecords);
   fExcluded.fWeight += that->fExcluded.fWeight;
   if (computeProbabilities) FinishCounts();
   fpPreparator->RebinEncoders(fInputs);
@@ -490,8 +501,9 @@ void NBAlgorithm::GetNValidNExcluded(double& validWeight, double& excludedWeight
 
 void NBAlgorithm::Display(std::ostream& os) const {
   os << GetComponentVersion() << '\n'
-     << "Status " << fStatus.GetErrorCode() << ", model " << (fbBuilt ? "built" : "not built")
-     << ", records " << fNRecords << ", weight " << fTotalWeight << '\n';
+     << "Model " << (fbBuilt ? "built" : "not built") << ", records " << fNRecords << ", weight "
+     << fTotalWeight << '\n';
+  if (fStatus.IsError()) os << "Error " << fStatus.GetErrorCode() << '\n';
   fSettings.Display(os);
   fVarList.Display(os);
   if (fpPreparator) fpPreparator->Display(os);

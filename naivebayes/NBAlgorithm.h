@@ -39,6 +39,8 @@ class NBAlgorithm : public INBAlgorithm {
   }
   MCNaive::MCStatus ExportModelXML(std::ostream& os, MCApplicInfo4XML* info) const override;
   void SetCancelPtr(MCQueryCancel* cancel) override;
+  MCNaive::MCStatus SaveState(std::fstream& os) const override;
+  MCNaive::MCStatus SaveStateXML(std::ostream& os) const override;
   void Cancel() override { fCancel.SetCancel(); }
   const MCNaive::MCStatus& GetStatus() const override { return fStatus; }
   MCNaive::MCStatus SelectAttributes(MCCommon::MultiPassRecordIter& data, int nRecords,
@@ -71,6 +73,21 @@ class NBAlgorithm : public INBAlgorithm {
   double GetTotalWeight() const { return fTotalWeight; }
 
  private:
+  friend class NBFactory;  // which restores
+  // A component to be read.
+  NBAlgorithm() = default;
+  int WriteObject(std::fstream& os) const;
+  int ReadObject(std::fstream& is);
+  void WriteObjectXML(std::ostream& os, int indent) const;
+  void ReadObjectXML(std::ifstream& is);
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
+  // Makes one component of the parts that were read; false when they do not fit together.
+  bool LinkParts();
+  MCNaive::MCStatus CheckSaving() const;
+  void DoSave(std::fstream& os) const;
+  void DoSaveXML(std::ostream& os) const;
+
   // Errors stick; a warning replaces what is not an error. Returns the component's status.
   MCNaive::MCStatus Raise(const MCNaive::MCStatus& status);
   // Raises the cancel, if one is pending; true when the operation must stop.

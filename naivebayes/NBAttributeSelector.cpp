@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <ctime>
 #include <utility>
 
@@ -177,7 +178,8 @@ void NBAttributeSelector::Enter(int candidate, double running, double score) {
 void NBAttributeSelector::Report(int maxSize, int nCandidates, int nRecords, double seconds) {
   ProgressListener* listener = fSettings.GetProgressListener();
   const int steps = NSizes() - fNForced;
-  if (listener == nullptr || steps % (fSettings.GetNSkippedReports() + 1) != 0) return;
+  if (listener == nullptr || steps % (std::int64_t{fSettings.GetNSkippedReports()} + 1) != 0)
+    return;
   NBAttribSelectReporter report;
   report.SetValues(NSizes(), nCandidates, maxSize, nRecords, seconds);
   listener->Report(report);

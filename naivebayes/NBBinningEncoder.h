@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iosfwd>
 #include <vector>
 
 #include "naivebayes/INBEncoder.h"
@@ -37,9 +38,15 @@ class NBBinningEncoder : public INBEncoder {
   EncoderType GetEncoderType() const override { return kBinning; }
   int GetNumberOfCategories() const override { return fNBins; }
   std::unique_ptr<INBEncoder> Clone() const override;
+  int WriteObject(std::fstream& os) const override;
+  int ReadObject(std::fstream& is) override;
+  void WriteObjectXML(std::ostream& os, int indent) const override;
+  void ReadObjectXML(std::ifstream& is) override;
   void Display(std::ostream& os) const override;
 
  private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
   std::int32_t BinOf(double value) const;
 
   int fNBins;

@@ -4,6 +4,7 @@
 // codes follow the order of first appearance and not the order of the values.
 #pragma once
 
+#include <iosfwd>
 #include <map>
 #include <vector>
 
@@ -25,9 +26,15 @@ class NBCatNumEncoder : public INBEncoder {
   EncoderType GetEncoderType() const override { return kCatNum; }
   int GetNumberOfCategories() const override { return fHighestCode + 1; }
   std::unique_ptr<INBEncoder> Clone() const override;
+  int WriteObject(std::fstream& os) const override;
+  int ReadObject(std::fstream& is) override;
+  void WriteObjectXML(std::ostream& os, int indent) const override;
+  void ReadObjectXML(std::ifstream& is) override;
   void Display(std::ostream& os) const override;
 
  private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
   int Enter(double value);
 
   std::map<double, int> fCodes;

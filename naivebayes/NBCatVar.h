@@ -2,6 +2,7 @@
 // the encoder says which value a code stands for.
 #pragma once
 
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -30,8 +31,15 @@ class NBCatVar : public INBVariable {
   INBEncoder* GetEncoder() override { return fpEncoder.get(); }
   // Constant with one category, empty with none; the number is brought up to date first.
   VarStatus GetVarStatus() override;
+  int WriteObject(std::fstream& os) const override;
+  int ReadObject(std::fstream& is) override;
+  void WriteObjectXML(std::ostream& os, int indent) const override;
+  void ReadObjectXML(std::ifstream& is) override;
 
  private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
+
   int fNCategories;
   MeasureLevel fLevel;
   std::unique_ptr<INBEncoder> fpEncoder;

@@ -1,8 +1,10 @@
 #include "naivebayes/NBCodeMap.h"
 
+#include <algorithm>
 #include <numeric>
 
 #include "naivebayes/NBCatNumEncoder.h"
+#include "naivebayes/NBCatVar.h"
 #include "naivebayes/NBStringEncoder.h"
 
 std::vector<int> MakeCodeMap(const INBVariable& from, int codes, INBVariable& to) {
@@ -22,5 +24,11 @@ std::vector<int> MakeCodeMap(const INBVariable& from, int codes, INBVariable& to
     if (target >= 0) code = target;
   }
   to.UpdateNumberOfCategories();
+  // Codes without a value keep their numbers, for which there must be room as well.
+  const int needed = map.empty() ? 0 : *std::max_element(map.begin(), map.end()) + 1;
+  auto* categorical = dynamic_cast<NBCatVar*>(&to);
+  if (categorical != nullptr && categorical->GetNumberOfCategories() < needed) {
+    categorical->SetNumberOfCategories(needed);
+  }
   return map;
 }

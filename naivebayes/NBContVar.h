@@ -5,6 +5,7 @@
 // that the variable was set up with stay known, since bins are numbered by them.
 #pragma once
 
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -42,8 +43,14 @@ class NBContVar : public INBVariable {
   NBBinningEncoder* GetEncoder() override { return fpEncoder.get(); }
   // Constant when minimum and maximum are equal, empty when the minimum is above the maximum.
   VarStatus GetVarStatus() override;
+  int WriteObject(std::fstream& os) const override;
+  int ReadObject(std::fstream& is) override;
+  void WriteObjectXML(std::ostream& os, int indent) const override;
+  void ReadObjectXML(std::ifstream& is) override;
 
  private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
   void TakeEncoder(std::unique_ptr<NBBinningEncoder> encoder);
 
   double fMin;

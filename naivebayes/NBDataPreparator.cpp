@@ -75,7 +75,7 @@ void NBDataPreparator::RemovePredictor(int input) { fvInputs.erase(fvInputs.begi
 void NBDataPreparator::RebinEncoders(const std::vector<NBayesInput>& inputs) {
   for (std::size_t j = 0; j < inputs.size(); ++j) {
     auto* variable = dynamic_cast<NBContVar*>(fVarList.GetVarAt(fvInputs[j].fVarIndex));
-    if (variable == nullptr) continue;
+    if (variable == nullptr || variable->GetEncoder() == nullptr) continue;
     variable->ReplaceEncoder(variable->GetEncoder()->CreateRebinned(&inputs[j]));
   }
   UpdateNCats();

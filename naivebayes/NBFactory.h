@@ -1,6 +1,7 @@
 // Makes Naive Bayes components.
 #pragma once
 
+#include <iosfwd>
 #include <memory>
 
 #include "naivebayes/INBAlgorithm.h"
@@ -12,9 +13,18 @@ class NBFactory {
   // target or a variable in use is constant or empty.
   std::unique_ptr<INBAlgorithm> CreateNBAlgorithm(NaiveBayesSettings& settings, NBVarList& varList);
 
+  // A component as INBAlgorithm::SaveState or SaveStateXML wrote it, which goes on where that one
+  // was; null, with status 2, when the stream is not good, does not hold one, or holds a damaged
+  // one.
+  std::unique_ptr<INBAlgorithm> RestoreNBAlgorithmFromBinary(std::fstream& is);
+  std::unique_ptr<INBAlgorithm> RestoreNBAlgorithmFromXML(std::ifstream& is);
+
   // The status of the last call.
   const MCNaive::MCStatus& GetStatus() const { return fStatus; }
 
  private:
+  template <class Stream, class Read>
+  std::unique_ptr<INBAlgorithm> Restore(const Stream& is, Read read);
+
   MCNaive::MCStatus fStatus;
 };

@@ -30,7 +30,16 @@ class NBMemoryIter : public MCCommon::MultiPassRecordIter {
   const MCCommon::RecordBlock& NextBlock(std::size_t maxCases) override;
   bool NewPass() override;
 
+  // As INBUserMissing says: records, and the place in them.
+  int WriteObject(std::fstream& os) const;
+  int ReadObject(std::fstream& is);
+  void WriteObjectXML(std::ostream& os, int indent) const;
+  void ReadObjectXML(std::ifstream& is);
+
  private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
+
   std::size_t fCapacity;
   std::size_t fCount = 0;
   std::size_t fIndCurRecord = 0;

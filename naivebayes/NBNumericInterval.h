@@ -26,7 +26,16 @@ class NBNumericInterval {
   bool operator==(const NBNumericInterval&) const = default;
   void Display(std::ostream& os) const;
 
+  // As INBUserMissing says.
+  int WriteObject(std::fstream& os) const;
+  int ReadObject(std::fstream& is);
+  void WriteObjectXML(std::ostream& os, int indent) const;
+  void ReadObjectXML(std::ifstream& is);
+
  private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
+
   double fLeft = std::numeric_limits<double>::lowest();
   double fRight = std::numeric_limits<double>::max();
 };

@@ -1,6 +1,7 @@
 // User-missing numbers: discrete values with labels, and at most one interval.
 #pragma once
 
+#include <iosfwd>
 #include <memory>
 #include <string>
 #include <vector>
@@ -28,9 +29,16 @@ class NBNumericUserMissing : public INBUserMissing {
   std::unique_ptr<INBUserMissing> Clone() const override;
   bool IsEqualTo(const INBUserMissing* other) const override;
   std::vector<std::unique_ptr<MCCommonXML::XMLElement>> ExportXML() const override;
+  int WriteObject(std::fstream& os) const override;
+  int ReadObject(std::fstream& is) override;
+  void WriteObjectXML(std::ostream& os, int indent) const override;
+  void ReadObjectXML(std::ifstream& is) override;
   void Display(std::ostream& os) const override;
 
  private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
+
   std::vector<double> fvValues;
   std::vector<std::string> fvLabels;
   bool fbInterval = false;

@@ -2,6 +2,7 @@
 // zero and negative weights leave the record out.
 #pragma once
 
+#include <iosfwd>
 #include <utility>
 
 #include "naivebayes/INBEncoder.h"
@@ -19,8 +20,14 @@ class NBRoundEncoder : public INBEncoder {
   EncoderType GetEncoderType() const override { return kRound; }
   int GetNumberOfCategories() const override { return 0; }
   std::unique_ptr<INBEncoder> Clone() const override;
+  int WriteObject(std::fstream& os) const override;
+  int ReadObject(std::fstream& is) override;
+  void WriteObjectXML(std::ostream& os, int indent) const override;
+  void ReadObjectXML(std::ifstream& is) override;
   void Display(std::ostream& os) const override;
 
  private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
   INBVariable::NBWRoundingOption fRounding;
 };

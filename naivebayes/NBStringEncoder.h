@@ -2,6 +2,7 @@
 // Strings are compared byte by byte.
 #pragma once
 
+#include <iosfwd>
 #include <map>
 #include <string>
 #include <vector>
@@ -30,9 +31,15 @@ class NBStringEncoder : public INBEncoder {
   EncoderType GetEncoderType() const override { return kString; }
   int GetNumberOfCategories() const override { return fHighestCode + 1; }
   std::unique_ptr<INBEncoder> Clone() const override;
+  int WriteObject(std::fstream& os) const override;
+  int ReadObject(std::fstream& is) override;
+  void WriteObjectXML(std::ostream& os, int indent) const override;
+  void ReadObjectXML(std::ifstream& is) override;
   void Display(std::ostream& os) const override;
 
  private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
   int Enter(const std::string& value);
 
   std::map<std::string, int> fCodes;

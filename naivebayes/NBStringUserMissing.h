@@ -1,6 +1,7 @@
 // User-missing strings: discrete values with labels; strings have no interval.
 #pragma once
 
+#include <iosfwd>
 #include <memory>
 #include <string>
 #include <vector>
@@ -24,9 +25,16 @@ class NBStringUserMissing : public INBUserMissing {
   std::unique_ptr<INBUserMissing> Clone() const override;
   bool IsEqualTo(const INBUserMissing* other) const override;
   std::vector<std::unique_ptr<MCCommonXML::XMLElement>> ExportXML() const override;
+  int WriteObject(std::fstream& os) const override;
+  int ReadObject(std::fstream& is) override;
+  void WriteObjectXML(std::ostream& os, int indent) const override;
+  void ReadObjectXML(std::ifstream& is) override;
   void Display(std::ostream& os) const override;
 
  private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
+
   std::vector<std::string> fvValues;
   std::vector<std::string> fvLabels;
 };

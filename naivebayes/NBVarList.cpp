@@ -48,6 +48,11 @@ bool NBVarList::IsNameFree(const std::string& name) const {
   return !name.empty() && !fIndexOfName.contains(name);
 }
 
+bool NBVarList::IsWeight(const INBVariable& variable) {
+  return variable.GetVariableRole() == INBVariable::kFrequencyWeight &&
+         variable.GetMeasureLevel() == INBVariable::kWeightLevel;
+}
+
 int NBVarList::Add(std::unique_ptr<INBVariable> variable) {
   if (!IsNameFree(variable->GetVariableName())) return -1;
   const int index = Size();
@@ -56,7 +61,7 @@ int NBVarList::Add(std::unique_ptr<INBVariable> variable) {
   fNCatVars +=
       level == INBVariable::kNumericCategorical || level == INBVariable::kStringCategorical;
   if (variable->GetVariableRole() == INBVariable::kOutput) fTarget = index;
-  if (variable->GetVariableRole() == INBVariable::kFrequencyWeight) fWeight = index;
+  if (IsWeight(*variable)) fWeight = index;
   fIndexOfName.emplace(variable->GetVariableName(), index);
   fvpVars.push_back(std::move(variable));
   return index;
@@ -97,7 +102,8 @@ int NBVarList::AddContVar(const std::string& name, const std::string& label, dou
 
 int NBVarList::AddContVar(const std::string& name, const std::string& label,
                           const std::vector<double>& cutpoints, INBVariable::VariableRole role) {
-  if (role == INBVariable::kOutput) return -1;
+  if (role == INBVariable::kOutput || !std::is_sorted(cutpoints.begin(), cutpoints.end()))
+    return -1;
   return Add(std::make_unique<NBContVar>(name, label, cutpoints, role));
 }
 
@@ -136,7 +142,7 @@ void NBVarList::SetVariableRole(int var, INBVariable::VariableRole role) {
   if (fWeight == var) fWeight = -1;
   GetVarAt(var)->SetVariableRole(role);
   if (role == INBVariable::kOutput) fTarget = var;
-  if (role == INBVariable::kFrequencyWeight) fWeight = var;
+  if (IsWeight(*GetVarAt(var))) fWeight = var;
 }
 
 int NBVarList::CountRole(INBVariable::VariableRole role) const {

@@ -34,7 +34,8 @@ class NBVarList {
   int AddCatVar(const std::string& name, const std::string& label,
                 const std::vector<std::string>& values, const std::vector<std::string>& labels,
                 INBVariable::VariableRole role);
-  // Also -1 for the role of the target, which must be categorical.
+  // Also -1 for the role of the target, which must be categorical, and for cutpoints that do not
+  // ascend.
   int AddContVar(const std::string& name, const std::string& label, double min, double max,
                  int bins, INBVariable::VariableRole role);
   int AddContVar(const std::string& name, const std::string& label,
@@ -94,9 +95,19 @@ class NBVarList {
   bool IsValidList(std::vector<int>& constantVars, std::vector<int>& emptyVars,
                    bool withPossibleInputs) const;
 
+  // As INBUserMissing says.
+  int WriteObject(std::fstream& os) const;
+  int ReadObject(std::fstream& is);
+  void WriteObjectXML(std::ostream& os, int indent) const;
+  void ReadObjectXML(std::ifstream& is);
+
   void Display(std::ostream& os) const;
 
  private:
+  // Whether a variable gives the records their weight.
+  static bool IsWeight(const INBVariable& variable);
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
   int Add(std::unique_ptr<INBVariable> variable);
   bool IsNameFree(const std::string& name) const;
   int CountRole(INBVariable::VariableRole role) const;

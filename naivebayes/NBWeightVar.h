@@ -1,6 +1,7 @@
 // The frequency weight of the records.
 #pragma once
 
+#include <iosfwd>
 #include <string>
 
 #include "naivebayes/INBVariable.h"
@@ -19,7 +20,14 @@ class NBWeightVar : public INBVariable {
   const NBRoundEncoder* GetEncoder() const override { return &fEncoder; }
   NBRoundEncoder* GetEncoder() override { return &fEncoder; }
   VarStatus GetVarStatus() override { return kUsable; }
+  int WriteObject(std::fstream& os) const override;
+  int ReadObject(std::fstream& is) override;
+  void WriteObjectXML(std::ostream& os, int indent) const override;
+  void ReadObjectXML(std::ifstream& is) override;
 
  private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
+
   NBRoundEncoder fEncoder;
 };

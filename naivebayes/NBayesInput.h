@@ -14,6 +14,8 @@ class XMLElement;
 
 class NBayesInput : public NBayesInputBase {
  public:
+  // An input to be read, whose variable has then to be set.
+  NBayesInput() = default;
   // The variable stays its list's.
   NBayesInput(int varIndex, INBVariable* variable, int targetCategories);
 
@@ -29,15 +31,25 @@ class NBayesInput : public NBayesInputBase {
 
   int GetVarIndex() const { return fVarIndex; }
   INBVariable* GetVariable() const { return fpVariable; }
+  void SetVariable(INBVariable* variable) { fpVariable = variable; }
 
   // The predictor in a model document: a BayesInput with its counts, and its bins when it has an
   // encoder of bins. Target categories are named as their encoder decodes them. Throws XMLError for
   // a text or number that XML cannot hold.
   std::unique_ptr<MCCommonXML::XMLElement> ExportInputXML(const INBEncoder* targetEncoder) const;
 
+  // As INBUserMissing says. The variable is not part of the state.
+  int WriteObject(std::fstream& os) const;
+  int ReadObject(std::fstream& is);
+  void WriteObjectXML(std::ostream& os, int indent) const;
+  void ReadObjectXML(std::ifstream& is);
+
   void Display(std::ostream& os) const override;
 
  private:
-  int fVarIndex;
-  INBVariable* fpVariable;
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
+
+  int fVarIndex = -1;
+  INBVariable* fpVariable = nullptr;
 };

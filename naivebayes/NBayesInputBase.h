@@ -53,6 +53,11 @@ class NBayesInputBase {
 
   virtual void Display(std::ostream& os) const;
 
+ protected:
+  // In saved state.
+  template <class Archive, class Self>
+  static void TableFields(Archive& archive, Self& self);
+
  private:
   std::size_t Cell(int category, int target) const {
     return static_cast<std::size_t>(category) * fNTargets + target;

@@ -40,9 +40,18 @@ class NBayesOutput {
   // for a text or number that XML cannot hold.
   std::unique_ptr<MCCommonXML::XMLElement> ExportOutputXML() const;
 
+  // As INBUserMissing says. The variable is not part of the state.
+  int WriteObject(std::fstream& os) const;
+  int ReadObject(std::fstream& is);
+  void WriteObjectXML(std::ostream& os, int indent) const;
+  void ReadObjectXML(std::ifstream& is);
+
   void Display(std::ostream& os) const;
 
  private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
+
   INBVariable* fpVariable = nullptr;
   std::vector<double> fvCounts;
   std::vector<double> fvPriors;

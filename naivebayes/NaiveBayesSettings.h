@@ -18,9 +18,11 @@ class NaiveBayesSettings {
 
   ProgressListener* GetProgressListener() const { return fpListener; }
   void SetProgressListener(ProgressListener* listener) { fpListener = listener; }
-  // Reports left out after each one sent.
+  // Reports left out after each one sent; a number below 0 changes nothing.
   int GetNSkippedReports() const { return fNSkippedReports; }
-  void SetNSkippedReports(int skipped) { fNSkippedReports = skipped; }
+  void SetNSkippedReports(int skipped) {
+    if (skipped >= 0) fNSkippedReports = skipped;
+  }
   MCQueryCancel* GetCancelPointer() const { return fpCancel; }
   void SetCancelPointer(MCQueryCancel* cancel) { fpCancel = cancel; }
   // More records than this go to a temporary file during selection, and forward steps then use
@@ -43,7 +45,17 @@ class NaiveBayesSettings {
   bool operator==(const NaiveBayesSettings&) const = default;
   void Display(std::ostream& os) const;
 
+  // As INBUserMissing says. Listener, cancel probe, user generator and temporary directory are not
+  // part of saved state; reading leaves them as they are.
+  int WriteObject(std::fstream& os) const;
+  int ReadObject(std::fstream& is);
+  void WriteObjectXML(std::ostream& os, int indent) const;
+  void ReadObjectXML(std::ifstream& is);
+
  private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
+
   ProgressListener* fpListener = nullptr;
   int fNSkippedReports = 0;
   MCQueryCancel* fpCancel = nullptr;

@@ -20,7 +20,6 @@
 #include "host/output/BpPivotTable.h"
 #include "host/output/BpProcedure.h"
 #include "host/output/BpString.h"
-#include "host/output/render/RenderJson.h"
 #include "host/session/Session.h"
 #include "host/session/SessionScope.h"
 
@@ -173,10 +172,7 @@ int DescribeData(const Options& options) {
   const MCHost::SessionScope scope(session);
   document.BeginRun("describe").fbCompleted = true;
   ShowDictionary(*table);
-  const bool json = options.fResult.fFormat == OutputFormat::kJson;
-  WriteResults(options.fResult,
-               json ? MCHost::RenderJson(document)
-                    : MCHost::RenderText(document, PageOptions(options.fResult, false)));
+  WriteDocument(document, options.fResult);
   return kCompleted;
 }
 

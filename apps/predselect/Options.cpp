@@ -31,6 +31,15 @@ constexpr const char* kExamples = R"(Examples:
   Weighted cases, commands from a file, a table too large for memory:
     predselect run --data survey.parquet --weight n --stream -f commands.txt
 
+  Count parts of the data apart, bring them together, see the ranking:
+    predselect run --data part1.csv -c "SELECTPRED income" --save-state part1.bin
+    predselect merge part1.bin part2.bin -o all.bin
+    predselect inspect all.bin
+
+  Keep a model and predict new data with it:
+    predselect run --data old.csv -c "NAIVEBAYES income" --save-state model.bin
+    predselect score --model model.bin --data new.csv --save-data predicted.csv
+
 Exit codes: 0 all commands completed, 1 a command reported an error, 2 wrong usage,
 3 data could not be read or written, 70 internal error, 130 cancelled.
 "predselect run --help" tells the options and the syntax of the commands.)";
@@ -104,6 +113,61 @@ void AddResultOptions(CLI::App& command, ResultOptions& result) {
   command.add_flag("--quiet", result.fbQuiet, "No warnings and no progress on standard error");
 }
 
+// Empty, or why a state cannot be saved under the name.
+std::string IsStateName(const std::string& name) {
+  for (const char* ending : {".bin", ".xml"}) {
+    if (name.size() > 4 && name.ends_with(ending)) return "";
+  }
+  return "\"" + name + "\": a state file is named .bin or .xml";
+}
+
+void AddState(CLI::App& command, const std::string& name, Options& options, bool several) {
+  command.add_option(name, options.fStates, "State saved by run --save-state")
+      ->required()
+      ->expected(several ? 2 : 1, several ? CLI::detail::expected_max_vector_size : 1)
+      ->type_name("STATE");
+}
+
+CLI::App* AddInspect(CLI::App& app, Options& options) {
+  CLI::App* inspect = app.add_subcommand(
+      "inspect", "Show what a state file holds: component, variables, counts, ranking or model");
+  AddState(*inspect, "state", options, false);
+  AddResultOptions(*inspect, options.fResult);
+  return inspect;
+}
+
+CLI::App* AddScore(CLI::App& app, Options& options) {
+  CLI::App* score = app.add_subcommand("score", "Predict new data with a saved Naive Bayes model");
+  AddState(*score, "--model", options, false);
+  AddDataOptions(*score, options.fData);
+  score
+      ->add_option("--save-data", options.fSaveData,
+                   "Write the table with the predictions: .csv, .tsv, .parquet or .feather")
+      ->required()
+      ->type_name("FILE");
+  score->add_option("--predicted", options.fPredicted, "Name of the predicted value")
+      ->type_name("NAME")
+      ->capture_default_str();
+  score
+      ->add_option("--probabilities", options.fProbabilities,
+                   "Root of the names of the predicted probabilities; \"\" for none")
+      ->type_name("ROOT")
+      ->capture_default_str();
+  AddResultOptions(*score, options.fResult);
+  return score;
+}
+
+CLI::App* AddMerge(CLI::App& app, Options& options) {
+  CLI::App* merge =
+      app.add_subcommand("merge", "Bring together states that were counted over parts of the data");
+  AddState(*merge, "states", options, true);
+  merge->add_option("-o,--output", options.fSaveState, "Write the merged state here: .bin or .xml")
+      ->required()
+      ->type_name("FILE")
+      ->check(IsStateName);
+  return merge;
+}
+
 }  // namespace
 
 Options ParseOptions(int argc, char** argv) {
@@ -124,6 +188,13 @@ Options ParseOptions(int argc, char** argv) {
   run->add_option("--save-data", options.fSaveData,
                   "Write the table with the new variables: .csv, .tsv, .parquet or .feather")
       ->type_name("FILE");
+  run->add_option("--save-state", options.fSaveState,
+                  "Save what the last command's engine has counted: .bin or .xml")
+      ->type_name("FILE")
+      ->check(IsStateName);
+  run->add_option("--results", options.fResults,
+                  "Write rankings and subsets as XML documents into this directory")
+      ->type_name("DIR");
   run->add_flag_callback(
       "--no-progress", [&options] { options.fResult.fbProgress = false; }, "No progress line");
   run->footer(std::string("Commands:\n") + kCommandSyntax + kRunNotes);
@@ -133,12 +204,23 @@ Options ParseOptions(int argc, char** argv) {
   AddDataOptions(*describe, options.fData);
   AddResultOptions(*describe, options.fResult);
 
+  CLI::App* inspect = AddInspect(app, options);
+  CLI::App* score = AddScore(app, options);
+  CLI::App* merge = AddMerge(app, options);
+
   try {
     app.parse(argc, argv);
     if (run->parsed() && options.fCommandText.empty() && options.fCommandFile.empty()) {
       throw CLI::RequiredError("-c or -f");
     }
-    options.fAction = run->parsed() ? Options::kRun : Options::kDescribe;
+    const std::pair<CLI::App*, Options::Action> actions[] = {{run, Options::kRun},
+                                                             {describe, Options::kDescribe},
+                                                             {inspect, Options::kInspect},
+                                                             {score, Options::kScore},
+                                                             {merge, Options::kMerge}};
+    for (const auto& [command, action] : actions) {
+      if (command->parsed()) options.fAction = action;
+    }
   } catch (const CLI::ParseError& error) {
     options.fExitCode = ReportUsage(app, error);
   }

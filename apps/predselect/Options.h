@@ -29,15 +29,20 @@ struct ResultOptions {
 };
 
 struct Options {
-  enum Action { kNone, kRun, kDescribe };
+  enum Action { kNone, kRun, kDescribe, kInspect, kScore, kMerge };
 
   Action fAction = kNone;
   DataOptions fData;
   ResultOptions fResult;
-  std::string fCommandText;  // -c
-  std::string fCommandFile;  // -f, "-" for standard input
-  std::string fSaveData;     // empty: the table is not written
-  int fExitCode = 0;         // for kNone: help was shown (0) or the usage was wrong
+  std::string fCommandText;          // -c
+  std::string fCommandFile;          // -f, "-" for standard input
+  std::string fSaveData;             // empty: the table is not written
+  std::string fSaveState;            // run: empty for none; merge: the merged component
+  std::string fResults;              // run: directory of the result documents, empty for none
+  std::vector<std::string> fStates;  // inspect and score: one; merge: two or more
+  std::string fPredicted = "PredictedValue";            // score: name of the predicted value
+  std::string fProbabilities = "PredictedProbability";  // score: root, empty for none
+  int fExitCode = 0;  // for kNone: help was shown (0) or the usage was wrong
 };
 
 // Reads the command line. Help, version and usage errors are printed here and give kNone.

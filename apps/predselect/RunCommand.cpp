@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <iterator>
@@ -13,6 +14,7 @@
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/Interrupt.h"
 #include "apps/predselect/LiveOutput.h"
+#include "apps/predselect/NewVariables.h"
 #include "apps/predselect/OpenTable.h"
 #include "apps/predselect/Options.h"
 #include "apps/predselect/ProgressLine.h"
@@ -23,7 +25,6 @@
 #include "host/arrow/DataFile.h"
 #include "host/command/CommandSplitter.h"
 #include "host/data/DataTable.h"
-#include "host/output/render/RenderJson.h"
 #include "host/session/HostIOError.h"
 #include "host/session/Session.h"
 #include "host/session/SessionScope.h"
@@ -55,7 +56,8 @@ std::string ReadCommandText(const Options& options) {
   return text;
 }
 
-// A session that tells the document which macros a command has set and which files it has written.
+// A session that tells the document which macros a command has set and which files it has written,
+// and the procedures where to write.
 class RunSession : public MCHost::Session {
  public:
   RunSession(DataTable& table, MCHost::OutputDocument& document)
@@ -68,17 +70,23 @@ class RunSession : public MCHost::Session {
   void ReportFile(const std::string& path) override {
     fDocument.CurrentRun().fFiles.push_back(path);
   }
+  std::string StatePath() const override { return fStatePath; }
+  std::string ResultsPrefix() const override {
+    if (fResultsDirectory.empty()) return "";
+    return fResultsDirectory + "/" + std::to_string(fDocument.GetRuns().size()) + "-";
+  }
+
+  std::string fStatePath;         // empty: no state is saved
+  std::string fResultsDirectory;  // empty: no result documents
 
  private:
   MCHost::OutputDocument& fDocument;
 };
 
-void RecordNewVariables(const DataTable& table, int before, MCHost::OutputRun& run) {
-  for (int i = before; i < table.ColumnCount(); ++i) {
-    const KOVA_Variable& variable = table.GetVariable(i);
-    run.fNewVariables.push_back({variable.GetName(), variable.GetLabel(), variable.GetType(),
-                                 variable.GetFormat().ToString()});
-  }
+void MakeDirectory(const std::string& path) {
+  std::error_code error;
+  std::filesystem::create_directories(path, error);
+  if (error) throw MCHost::HostIOError(path, "", "cannot be made: " + error.message());
 }
 
 void RunOne(const MCHost::CommandText& command, RunSession& session, DataTable& table,
@@ -100,11 +108,6 @@ int ExitCodeOf(const MCHost::OutputDocument& document) {
     if (!run.fbCompleted) return kCommandError;
   }
   return kCompleted;
-}
-
-std::string Render(const MCHost::OutputDocument& document, const ResultOptions& options) {
-  if (options.fFormat == OutputFormat::kJson) return MCHost::RenderJson(document);
-  return MCHost::RenderText(document, PageOptions(options, false));
 }
 
 void ShowNotes(const DataTable& table, const ResultOptions& options) {
@@ -134,14 +137,17 @@ int RunCommands(const Options& options) {
   session.SetAppParams({"PredSelect", kVersion, "PredSelect contributors"});
   session.SetCancelQuery(IsInterrupted);
   session.SetProgressListener([&progress](const std::string& text) { progress.Show(text); });
+  session.fResultsDirectory = options.fResults;
+  if (!options.fResults.empty()) MakeDirectory(options.fResults);
   for (const MCHost::CommandText& command : commands) {
     if (IsInterrupted()) break;
+    if (&command == &commands.back()) session.fStatePath = options.fSaveState;
     RunOne(command, session, *table, document);
   }
   progress.Clear();
 
   const int code = ExitCodeOf(document);
-  WriteResults(options.fResult, Render(document, options.fResult));
+  WriteDocument(document, options.fResult);
   if (options.fSaveData.empty()) return code;
   if (code == kCompleted) {
     MCHost::WriteDataFile(*table, options.fSaveData);

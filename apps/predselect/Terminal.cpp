@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "apps/predselect/Options.h"
+#include "host/output/render/RenderJson.h"
 #include "host/session/HostIOError.h"
 #include "host/session/OutputFile.h"
 
@@ -62,6 +63,12 @@ void WriteResults(const ResultOptions& options, const std::string& text) {
     throw MCHost::HostIOError("standard output", "",
                               std::string("cannot be written: ") + std::strerror(errno));
   }
+}
+
+void WriteDocument(const MCHost::OutputDocument& document, const ResultOptions& options) {
+  const bool json = options.fFormat == OutputFormat::kJson;
+  WriteResults(options, json ? MCHost::RenderJson(document)
+                             : MCHost::RenderText(document, PageOptions(options, false)));
 }
 
 }  // namespace PredSelectApp

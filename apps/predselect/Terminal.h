@@ -20,4 +20,7 @@ bool IsErrorTerminal();
 // Throws MCHost::HostIOError.
 void WriteResults(const ResultOptions& options, const std::string& text);
 
+// Renders the document as the options ask, and writes it so. Throws MCHost::HostIOError.
+void WriteDocument(const MCHost::OutputDocument& document, const ResultOptions& options);
+
 }  // namespace PredSelectApp

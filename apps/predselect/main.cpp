@@ -7,9 +7,12 @@
 
 #include "apps/predselect/DescribeCommand.h"
 #include "apps/predselect/ExitCode.h"
+#include "apps/predselect/InspectCommand.h"
 #include "apps/predselect/Interrupt.h"
+#include "apps/predselect/MergeCommand.h"
 #include "apps/predselect/Options.h"
 #include "apps/predselect/RunCommand.h"
+#include "apps/predselect/ScoreCommand.h"
 #include "apps/predselect/UsageError.h"
 #include "host/session/HostIOError.h"
 
@@ -23,6 +26,12 @@ int Act(const Options& options) {
       return RunCommands(options);
     case Options::kDescribe:
       return DescribeData(options);
+    case Options::kInspect:
+      return InspectState(options);
+    case Options::kScore:
+      return ScoreData(options);
+    case Options::kMerge:
+      return MergeStates(options);
     default:
       return options.fExitCode;
   }

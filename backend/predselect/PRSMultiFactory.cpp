@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "backend/predselect/NaiveDataSourceIter.h"
+#include "backend/predselect/PRSFiles.h"
 #include "backend/predselect/PRSGrammar.h"
 #include "backend/predselect/PRSProgress.h"
 #include "backend/predselect/PRSValidSpecs.h"
@@ -34,6 +35,7 @@ PRSMultiFactory::PRSMultiFactory(PRSValidSpecs* specs, ProcedureDataSource& sour
       fpVarSpecs(specs->GetVarValidSpecsPtr()),
       fpSource(&source),
       fbSaveModel(!specs->GetModelFileName().empty()),
+      fbKeepValues(fbSaveModel || PRSIsStateWanted()),
       fbRunSelection(!specs->GetMultiNoSelection()),
       fpAdapter(
           std::make_unique<UAInputAdapter>(fpVarSpecs, source, VariablesBesideTheRecord(*specs))),
@@ -81,10 +83,15 @@ bool PRSMultiFactory::IsPassComplete(const UAProcDataSourceIter& stream) {
     fAdapterMessages.ReadFailed(stream.GetFailText());
     return Fail(kDataUnusable);
   }
+  return !IsStopped();
+}
+
+bool PRSMultiFactory::IsStopped() {
   const MCStopProcessor& stop = *fpSpecs->GetStopProcessorPtr();
-  if (stop.GetCause() == MCStopProcessor::kRunning) return true;
+  if (stop.GetCause() == MCStopProcessor::kRunning) return false;
   fAdapterMessages.Stopped(stop, fpAdapter->GetCaseNumber());
-  return Fail(MCNaive::kCancelled);
+  (void)Fail(MCNaive::kCancelled);
+  return true;
 }
 
 bool PRSMultiFactory::CompleteMetaData() {
@@ -157,7 +164,7 @@ bool PRSMultiFactory::SetNBVariable(VarIndex var, bool categorical, bool input, 
       categorical ? SetCategorical(variable, var, input, role) : SetContinuous(variable, var, role);
   const int index = fpVarSpecs->GetRecVarIndex(var);
   MCCommon::Assert(index == fpNBVarList->Size() - 1, "index == fpNBVarList->Size() - 1", kSource);
-  if (fbSaveModel) SetNBMissingValues(variable, index);
+  if (fbKeepValues) SetNBMissingValues(variable, index);
   if (forced && !isAccepted) fMessages.SomeForcePredsExcluded();
   return isAccepted;
 }
@@ -198,12 +205,11 @@ void PRSMultiFactory::TargetUnusable(int nCats) {
   }
 }
 
-// Only a model file has a use for the values behind the codes.
 void PRSMultiFactory::AddCategories(const KOVA_Variable& variable, VarIndex var, int nCats,
                                     INBVariable::VariableRole role) {
   const std::string& name = variable.GetName();
   const std::string& label = variable.GetLabel();
-  if (!fbSaveModel) {
+  if (!fbKeepValues) {
     const auto level =
         variable.IsNumeric() ? INBVariable::kNumericCategorical : INBVariable::kStringCategorical;
     (void)fpNBVarList->AddCatVar(name, label, nCats, level, role);

@@ -73,7 +73,10 @@ class PRSMultiFactory {
   const std::vector<double>& GetAverageLogValues() const { return fAverageLogValues; }
   const std::vector<std::pair<int, double>>& GetSelectResults() const { return fSelectResults; }
 
-  int GetNForcePreds() const { return fNForcePreds; }
+  // The forced predictors that are in the model: indices in the data, in the order of the command's
+  // list. One that is constant in the training cases is not. REQUIRES: the engine has run.
+  std::vector<int> GetForcedInputs() const;
+
   int GetNTrainRecords() const;
   int GetNTestRecords() const { return fNTestRecords; }
 
@@ -88,6 +91,8 @@ class PRSMultiFactory {
   bool Fail(int code);
   // False, with a message, after a read error or a stop.
   bool IsPassComplete(const UAProcDataSourceIter& stream);
+  // True, with a message, once the user or the clock has ended the run.
+  bool IsStopped();
 
   // Metadata.
   bool SetPredictors(const std::vector<int>* variables, const std::vector<bool>* categorical,
@@ -108,6 +113,7 @@ class PRSMultiFactory {
   bool CreateEngine();
   void BuildOrSelect();
   bool FinishEngine();
+  bool WriteResultDocument();
   bool WriteModel();
   bool NeedsScoring() const;
 
@@ -123,6 +129,7 @@ class PRSMultiFactory {
   UAVarValidSpecs* fpVarSpecs;
   ProcedureDataSource* fpSource;
   bool fbSaveModel;
+  bool fbKeepValues;  // a model file or a saved state needs the values behind the codes
   bool fbRunSelection;
   std::unique_ptr<UAInputAdapter> fpAdapter;
   UAInpAdaptMsg fAdapterMessages;
@@ -142,6 +149,7 @@ class PRSMultiFactory {
   std::vector<int> fSelectPredictors;
   std::vector<double> fAverageLogValues;
   std::vector<std::pair<int, double>> fSelectResults;
+  std::string fResultDocument;
   int fNSaveDepCats = 0;
   int fPredValVar = -1;
   std::vector<int> fPredProbVars;

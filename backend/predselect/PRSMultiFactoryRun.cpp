@@ -1,8 +1,11 @@
 // The NAIVEBAYES driver's model run: engine, selection, model file.
+#include <algorithm>
 #include <iostream>
+#include <iterator>
 #include <sstream>
 
 #include "backend/predselect/NaiveDataSourceIter.h"
+#include "backend/predselect/PRSFiles.h"
 #include "backend/predselect/PRSMultiFactory.h"
 #include "backend/predselect/PRSProgress.h"
 #include "backend/predselect/PRSValidSpecs.h"
@@ -10,13 +13,12 @@
 #include "common/MCAssert.h"
 #include "common/xml/MCApplicInfo4XML.h"
 #include "host/cases/UAInputAdapter.h"
+#include "host/cases/UAVarValidSpecs.h"
 #include "host/output/BpComposite.h"
 #include "host/output/BpError.h"
 #include "host/session/HostFunctions.h"
 #include "host/session/HostIOError.h"
-#include "host/session/ISession.h"
 #include "host/session/OutputFile.h"
-#include "host/session/SessionScope.h"
 #include "naivebayes/INBAlgorithm.h"
 #include "naivebayes/NBFactory.h"
 #include "naivebayes/NBVarList.h"
@@ -29,11 +31,6 @@ constexpr int kShow = 2;
 constexpr int kWarning = 2;
 constexpr int kError = 3;
 constexpr int kAllTestRecords = -1;
-
-void FileError(const char* key, const MCHost::HostIOError& error) {
-  BpComposite text(key);
-  BpError(text.AddLiteral(error.what()), kShow, kError);
-}
 
 // Texts by status; ^1 is the variable that the status names, or its code.
 struct StatusText {
@@ -51,6 +48,11 @@ constexpr StatusText kStatusTexts[] = {
     {MCNaive::kNoInputToExport, "No predictor for the model file..."},
     {MCNaive::kTextNotForXML, "Model file cannot hold the texts of variable ^1..."},
 };
+
+MCApplicInfo4XML ApplicationInfo() {
+  const MCHost::AppParams& application = GetAppParams();
+  return {true, application.fName, application.fVersion, application.fCopyright};
+}
 
 const char* TextOf(const MCNaive::MCStatus& status) {
   for (const StatusText& entry : kStatusTexts) {
@@ -86,6 +88,7 @@ bool PRSMultiFactory::RunNBComponent() {
   BuildOrSelect();
   if (!FinishEngine()) return false;
   if (fbSaveModel && !WriteModel()) return false;
+  if (PRSIsStateWanted() && !PRSSaveState(*fpNBAlgorithm)) return false;
   if (NeedsScoring() && !ScoringDataPass()) return false;
   const bool testLayerWanted =
       fpSpecs->GetPrintClassify() && fpSpecs->GetMultiTrainSamp() && !fpSpecs->GetMultiTestData();
@@ -102,7 +105,7 @@ bool PRSMultiFactory::OpenModelFile() {
     fpModelFile = std::make_unique<MCHost::OutputFile>(ExtNameStr(fpSpecs->GetModelFileName()));
     return true;
   } catch (const MCHost::HostIOError& error) {
-    FileError("Model file cannot be written: ^1", error);
+    PRSFileError(error);
     return false;
   }
 }
@@ -135,9 +138,13 @@ void PRSMultiFactory::BuildOrSelect() {
   const int asked = isExact ? fpSpecs->GetMultiExactSize() : fpSpecs->GetMultiMaxSize();
   const int size = asked > 0 ? asked + fNForcePreds : -1;
   const int nReport = fNUniquePreds + (fNForcePreds >= 1 ? 1 : 0);
+  std::ostringstream results;
+  MCApplicInfo4XML info = ApplicationInfo();
+  std::ostream* wanted = PRSAreResultsWanted() ? &results : nullptr;
   fStatus = fpNBAlgorithm->SelectAttributes(
       *fpTrainRecIter, nRecords, fSelectPredictors, fAverageLogValues, fSelectResults, size,
-      isExact, fpTestRecIter.get(), kAllTestRecords, nReport, nullptr, nullptr);
+      isExact, fpTestRecIter.get(), kAllTestRecords, nReport, wanted, &info);
+  fResultDocument = results.str();
 }
 
 bool PRSMultiFactory::FinishEngine() {
@@ -146,35 +153,48 @@ bool PRSMultiFactory::FinishEngine() {
   fStatus = fpNBAlgorithm->GetStatus();
   DisplayMessage(fStatus);
   if (fStatus.IsError()) return false;
-  if (fbRunSelection && fpNBAlgorithm->GetNumberOfInputVars() == fNForcePreds) {
+  const auto nForced = static_cast<int>(GetForcedInputs().size());
+  if (fbRunSelection && fpNBAlgorithm->GetNumberOfInputVars() == nForced) {
     fMessages.NoUniquePredsSelected();
   }
   if (display_naive_bayes) fpNBAlgorithm->Display(std::cerr);
+  if (!WriteResultDocument()) return false;
   fpTrainRecIter.reset();
   fpTestRecIter.reset();
   return true;
 }
 
+bool PRSMultiFactory::WriteResultDocument() {
+  if (fResultDocument.empty()) return true;
+  return PRSWriteResult("subsets.xml", [this](std::ostream& os) {
+    os << fResultDocument;
+    return true;
+  });
+}
+
+std::vector<int> PRSMultiFactory::GetForcedInputs() const {
+  std::vector<int> inputs;
+  const std::vector<int>* forced = fpSpecs->GetForcePredListPtr();
+  if (forced == nullptr) return inputs;
+  const NBVarList& varList = fpNBAlgorithm->GetVarList();
+  std::copy_if(forced->begin(), forced->end(), std::back_inserter(inputs), [&](int var) {
+    return varList.GetVariableRole(fpVarSpecs->GetRecVarIndex(var)) == INBVariable::kInput;
+  });
+  return inputs;
+}
+
 bool PRSMultiFactory::WriteModel() {
-  const MCHost::AppParams& application = GetAppParams();
-  MCApplicInfo4XML info{true, application.fName, application.fVersion, application.fCopyright};
+  MCApplicInfo4XML info = ApplicationInfo();
   std::ostringstream document;
   const MCNaive::MCStatus status = fpNBAlgorithm->ExportModelXML(document, &info);
+  if (IsStopped()) return false;
   if (!status.IsOK()) {
     fStatus = {status.GetErrorCode(), false};
     fStatus.SetDiscreteDatum(0, status.GetDiscreteDatum(0));
     DisplayMessage(fStatus);
     return false;
   }
-  try {
-    fpModelFile->Write(document.str());
-    fpModelFile->Commit();
-    MCHost::CurrentSession().ReportFile(fpModelFile->Target());
-    return true;
-  } catch (const MCHost::HostIOError& error) {
-    FileError("Model file cannot be written: ^1", error);
-    return false;
-  }
+  return PRSCommit(*fpModelFile, document.str());
 }
 
 bool PRSMultiFactory::NeedsScoring() const {

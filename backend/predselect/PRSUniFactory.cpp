@@ -1,5 +1,6 @@
 #include "backend/predselect/PRSUniFactory.h"
 
+#include "backend/predselect/PRSFiles.h"
 #include "backend/predselect/PRSProgress.h"
 #include "backend/predselect/PRSValidSpecs.h"
 #include "backend/predselect/predsele.h"
@@ -10,8 +11,10 @@
 #include "host/cases/UAInputAdapter.h"
 #include "host/cases/UAProcDataSourceIter.h"
 #include "host/cases/UAVarValidSpecs.h"
+#include "host/data/ProcedureDataSource.h"
 #include "host/output/BpComposite.h"
 #include "host/output/BpError.h"
+#include "modelfiles/StateDictionary.h"
 
 namespace {
 
@@ -65,8 +68,10 @@ bool PRSUniFactory::RunFSComponent() {
   fpProgress = std::make_unique<PRSProgress>();
   settings->SetNSkippedRecordReports(PRSProgress::kRecords - 1);
   fpAlgorithm->SetProgressListener(fpProgress.get());
-  fStatus = fpAlgorithm->AccumulateAndRank(*fpIterator, -1, fpSpecs->GetScreenStatusOn(), 0);
-  if (!IsPassComplete()) return false;
+  fStatus = PRSIsStateWanted()
+                ? AccumulateSaveAndRank()
+                : fpAlgorithm->AccumulateAndRank(*fpIterator, -1, fpSpecs->GetScreenStatusOn(), 0);
+  if (!IsPassComplete() || fbStateFailed) return false;
   if (!fStatus.IsOK()) DisplayMessage(fStatus);
   if (fStatus.IsError()) return false;
   if (IsTargetConstant()) {
@@ -76,7 +81,64 @@ bool PRSUniFactory::RunFSComponent() {
   }
   if (display_feature_select) DisplayOutput();
   fStatus = fpAlgorithm->GetStatus();
-  return true;
+  return WriteResultDocuments();
+}
+
+// What was counted is saved before screening and ranking, so that it can be merged with other parts
+// of the data.
+MCFeature::MCStatus PRSUniFactory::AccumulateSaveAndRank() {
+  MCFeature::MCStatus status = fpAlgorithm->Accumulate(*fpIterator, -1);
+  if (status.IsOK()) fbStateFailed = !PRSSaveState(*fpAlgorithm, Dictionary());
+  if (status.IsOK()) status = fpAlgorithm->CheckPredAllMissConst();
+  if (status.IsOK() && fpSpecs->GetScreenStatusOn()) status = fpAlgorithm->ScreenPredictors();
+  return status.IsOK() ? fpAlgorithm->SortAndRank(0) : status;
+}
+
+StateDictionary PRSUniFactory::Dictionary() const {
+  const auto describe = [this](int var, bool categorical) {
+    const KOVA_Variable& variable = fpSource->GetVariable(var);
+    StateVariable described{
+        variable.GetName(), variable.GetLabel(), categorical, variable.IsNumeric(), {}, {}};
+    const int nCategories = categorical ? fpAdapter->GetCatVarSize(var) : 0;
+    for (int code = 0; code < nCategories; ++code) {
+      int kovaVar = -1;
+      const KOVA_Value value =
+          fpAdapter->DecodeCatValue(fpVarSpecs->GetRecVarIndex(var), code, kovaVar);
+      if (value.IsNumeric()) {
+        described.fNumbers.push_back(value.GetNumber());
+      } else {
+        described.fStrings.push_back(value.GetString());
+      }
+    }
+    return described;
+  };
+  StateDictionary dictionary{fpSpecs->GetScreenStatusOn(),
+                             describe(fpSpecs->GetDependVar(), fpSpecs->GetDependCatVar()),
+                             {}};
+  for (int i = 0; i < fpSpecs->GetNPredictVars(); ++i) {
+    const auto place = static_cast<std::size_t>(i);
+    dictionary.fPredictors.push_back(
+        describe((*fpSpecs->GetPredListPtr())[place], (*fpSpecs->GetPredCatVarListPtr())[place]));
+  }
+  return dictionary;
+}
+
+bool PRSUniFactory::WriteResultDocuments() const {
+  if (!PRSAreResultsWanted()) return true;
+  constexpr const char* kNames[] = {"pearson", "likelihood", "cramer", "lambda", "f", "t"};
+  bool isWritten = PRSWriteResult("predictors.xml", [this](std::ostream& os) {
+    return !fpAlgorithm->ExportAllXML(os).IsError();
+  });
+  for (int i = 0; i < MCFSCommon::kNCriteria; ++i) {
+    const auto criterion = static_cast<MCFSCommon::RankCriteria>(i);
+    if (!fpAlgorithm->GetSettings()->GetCriterion(criterion)) continue;
+    isWritten =
+        isWritten && PRSWriteResult(std::string("ranking-") + kNames[i] + ".xml",
+                                    [this, criterion](std::ostream& os) {
+                                      return !fpAlgorithm->ExportOneXML(os, criterion, 0).IsError();
+                                    });
+  }
+  return isWritten;
 }
 
 bool PRSUniFactory::IsPassComplete() {

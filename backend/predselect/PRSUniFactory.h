@@ -21,6 +21,7 @@ class ProgressListener;
 class UAInputAdapter;
 class UAProcDataSourceIter;
 class UAVarValidSpecs;
+struct StateDictionary;
 
 class PRSUniFactory {
  public:
@@ -51,6 +52,11 @@ class PRSUniFactory {
   const UAInputAdapter* GetUAInputAdapter() const { return fpAdapter.get(); }
 
  private:
+  // The stages of the run, with the state saved after the data pass.
+  MCFeature::MCStatus AccumulateSaveAndRank();
+  StateDictionary Dictionary() const;
+  // False, with a message, when a document could not be written.
+  bool WriteResultDocuments() const;
   bool IsTargetConstant() const;
   // False, with a message, when reading failed or the run was stopped.
   bool IsPassComplete();
@@ -68,5 +74,6 @@ class PRSUniFactory {
   std::unique_ptr<UAProcDataSourceIter> fpIterator;
   std::unique_ptr<IFSAlgorithm> fpAlgorithm;
   std::unique_ptr<ProgressListener> fpProgress;
+  bool fbStateFailed = false;
   MCFeature::MCStatus fStatus;
 };

@@ -90,7 +90,7 @@ class XMLStateWriter {
 
   template <class T>
   void Int(const T& value) {
-    Long(value);
+    Long(static_cast<std::int32_t>(value));
   }
   template <class T>
   void Long(const T& value) {

@@ -11,6 +11,8 @@ namespace {
 
 // A text longer than this is text, and its end need not be kept.
 constexpr std::size_t kLongText = 1024;
+// So many bytes of a text are shown in a message.
+constexpr std::size_t kShownText = 60;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 struct Declaration {
@@ -35,6 +37,14 @@ const Declaration& DeclarationOf(FieldType type) {
                        [type](const Declaration& one) { return one.fType == type; });
 }
 
+// The text in quotes, cut between two characters when it is long.
+std::string Quoted(std::string_view text) {
+  if (text.size() <= kShownText) return "\"" + std::string(text) + "\"";
+  std::size_t end = kShownText;
+  while ((text[end] & 0xC0) == 0x80) --end;
+  return "\"" + std::string(text.substr(0, end)) + "...\"";
+}
+
 std::string Count(std::size_t n, const char* noun) {
   return std::to_string(n) + " " + noun + (n == 1 ? "" : "s");
 }
@@ -54,6 +64,18 @@ CsvInspector::CsvInspector(std::string source, const CsvRules& rules)
 }
 
 void CsvInspector::Feed(const char* data, std::size_t size) {
+  if (fHead.size() < kByteOrderMark.size()) {
+    const std::size_t taken = std::min(size, kByteOrderMark.size() - fHead.size());
+    fHead.append(data, taken);
+    if (fHead.size() < kByteOrderMark.size()) return;
+    Scan(fHead.data(), fHead.size());
+    data += taken;
+    size -= taken;
+  }
+  Scan(data, size);
+}
+
+void CsvInspector::Scan(const char* data, std::size_t size) {
   fpChunk = data;
   const char* const end = data + size;
   const char* at = fOffset == 0 ? SkipByteOrderMark(data, end) : data;
@@ -161,6 +183,7 @@ const char* CsvInspector::EndFieldAt(const char* at, std::string_view text) {
 }
 
 void CsvInspector::Finish() {
+  if (fHead.size() < kByteOrderMark.size()) Scan(fHead.data(), fHead.size());
   if (fUtf8Left > 0) Fail(fFieldMark, "the text ends within a character");
   if (fState == kQuoted) Fail(fFieldMark, "the quote that opens here is never closed");
   if (fState != kRowStart) {
@@ -251,8 +274,8 @@ void CsvInspector::Observe(CsvColumn& column, std::string_view text) {
   column.fKinds &= kinds;
   if (column.fKinds == kCsvNumber && CsvLosesDigits(text)) column.fbDigitsLost = true;
   if (column.fKinds != kCsvText || declared == FieldType::kAny) return;
-  Fail(fFieldMark, "\"" + std::string(text) + "\" is not a " + DeclarationOf(declared).fName +
-                       ", as column \"" + column.fName + "\" is declared");
+  Fail(fFieldMark, Quoted(text) + " is not a " + DeclarationOf(declared).fName + ", as column \"" +
+                       column.fName + "\" is declared");
 }
 
 bool CsvInspector::IsNull(std::string_view text) const {

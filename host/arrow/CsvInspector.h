@@ -62,6 +62,7 @@ class CsvInspector {
     std::int64_t fColumn = 1;
   };
 
+  void Scan(const char* data, std::size_t size);
   const char* SkipByteOrderMark(const char* at, const char* end);
   const char* Step(const char* at, const char* end);
   const char* StartField(const char* at);
@@ -89,6 +90,7 @@ class CsvInspector {
   std::array<ByteClass, 256> fClasses{};
   std::array<bool, 256> fStartsNull{};  // first bytes of the null tokens
 
+  std::string fHead;  // the first bytes of the file, until they could be a byte order mark
   State fState = kRowStart;
   const char* fpChunk = nullptr;
   std::int64_t fOffset = 0;  // of the chunk in the file

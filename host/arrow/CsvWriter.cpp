@@ -31,7 +31,10 @@ void AppendNumber(std::string& row, double value) {
 
 void AppendText(std::string& row, std::string_view text, char delimiter) {
   const std::array<char, 4> special = {'"', '\r', '\n', delimiter};
-  if (text.find_first_of({special.data(), special.size()}) == std::string_view::npos) {
+  const bool isPlain =
+      text.find_first_of({special.data(), special.size()}) == std::string_view::npos;
+  // A byte order mark would be skipped at the start of the file.
+  if (isPlain && !text.starts_with("\xEF\xBB\xBF")) {
     row += text;
     return;
   }

@@ -33,6 +33,35 @@ std::string PlaceOf(const std::string& text, std::size_t byte) {
   return "line " + std::to_string(line) + ", column " + std::to_string(at - lineStart + 1);
 }
 
+// Reads a text for the place alone where it can not be read.
+class FaultFinder final : public nlohmann::json_sax<nlohmann::json> {
+ public:
+  bool null() override { return true; }
+  bool boolean(bool) override { return true; }
+  bool number_integer(number_integer_t) override { return true; }
+  bool number_unsigned(number_unsigned_t) override { return true; }
+  bool number_float(number_float_t, const string_t&) override { return true; }
+  bool string(string_t&) override { return true; }
+  bool binary(binary_t&) override { return true; }
+  bool start_object(std::size_t) override { return true; }
+  bool key(string_t&) override { return true; }
+  bool end_object() override { return true; }
+  bool start_array(std::size_t) override { return true; }
+  bool end_array() override { return true; }
+  bool parse_error(std::size_t position, const std::string& token,
+                   const nlohmann::json::exception& fault) override {
+    fByte = position;
+    // The one fault that is no fault of the JSON: a number beyond the largest double.
+    if (dynamic_cast<const nlohmann::json::out_of_range*>(&fault) == nullptr) return false;
+    fByte -= token.size() - 1;
+    fReason = "the number " + token + " is too large";
+    return false;
+  }
+
+  std::size_t fByte = 0;  // from 1
+  std::string fReason = "the text is not valid JSON here";
+};
+
 std::string Element(const std::string& path, std::size_t index) {
   return path + "[" + std::to_string(index) + "]";
 }
@@ -41,10 +70,11 @@ std::string Element(const std::string& path, std::size_t index) {
 
 TableSchemaReader::TableSchemaReader(const std::string& text, std::string name)
     : fName(std::move(name)) {
-  try {
-    fDocument = Json::parse(text);
-  } catch (const Json::parse_error& error) {
-    throw HostIOError(fName, PlaceOf(text, error.byte), "the text is not valid JSON here");
+  fDocument = Json::parse(text, nullptr, false);
+  if (fDocument.is_discarded()) {
+    FaultFinder finder;
+    Json::sax_parse(text, &finder);
+    throw HostIOError(fName, PlaceOf(text, finder.fByte), finder.fReason);
   }
   if (!fDocument.is_object()) Fail("", "the document must be an object with a list \"fields\"");
 }

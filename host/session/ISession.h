@@ -58,6 +58,12 @@ class ISession {
   // True when the user asked to stop. Polled often; must be cheap.
   virtual bool IsCancelled() const = 0;
 
+  // Where the engine's state is saved after a command's data were counted (binary, or XML where the
+  // name ends in ".xml"), and how the names of its result documents begin. Empty: nothing is
+  // written. A session that offers neither need not implement them.
+  virtual std::string StatePath() const { return {}; }
+  virtual std::string ResultsPrefix() const { return {}; }
+
   // A file that a procedure has written whole. A session that does not list them need not implement
   // this.
   virtual void ReportFile(const std::string& path) { (void)path; }

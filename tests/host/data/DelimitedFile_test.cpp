@@ -4,8 +4,10 @@
 #include <algorithm>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "host/arrow/CsvInspector.h"
 #include "host/arrow/DataFile.h"
 #include "host/data/MeasurementLevels.h"
 #include "host/session/HostIOError.h"
@@ -169,6 +171,42 @@ TEST(DelimitedFile, TypesAndPlacesDoNotDependOnWhereBlocksEnd) {
   EXPECT_EQ(memory->Notes(), streamed->Notes());
   EXPECT_EQ(ErrorOf(folder.Write("bad.csv", text + "1,2\r\n")),
             "line 400002, column 4: the row ends after 2 fields; the header has 3");
+}
+
+std::string VerdictOf(const std::string& text, std::size_t piece) {
+  const CsvRules rules{',', {}, {{"n", FieldType::kNumber}}};
+  CsvInspector inspector("t.csv", rules);
+  try {
+    for (std::size_t at = 0; at < text.size(); at += piece) {
+      inspector.Feed(text.data() + at, std::min(piece, text.size() - at));
+    }
+    inspector.Finish();
+  } catch (const HostIOError& error) {
+    return error.what();
+  }
+  return inspector.Columns().at(0).fName + " " + std::to_string(inspector.CaseCount()) + " " +
+         std::to_string(inspector.LongestRow());
+}
+
+TEST(DelimitedFile, TheVerdictDoesNotDependOnThePiecesThatTheFileComesIn) {
+  const std::string mark = "\xEF\xBB\xBF";
+  std::string longWord;
+  for (int i = 0; i < 400; ++i) longWord += "猫ab";
+  const std::pair<std::string, std::string> cases[] = {
+      {mark + "a\n1\n", "a 1 1"},
+      {mark + "\"a\"\r\n1\r\n2", "a 2 3"},
+      {mark, "t.csv: there is no header row"},
+      {"\xEF\xBB", "t.csv, line 1, column 1: the text ends within a character"},
+      {"é\n1", "é 1 2"},
+      {"n\n" + longWord + "\n",
+       "t.csv, line 2, column 1: \"猫ab猫ab猫ab猫ab猫ab猫ab猫ab猫ab猫ab猫ab猫ab猫ab...\" is not a "
+       "number, as column \"n\" is declared"},
+  };
+  for (const auto& [text, verdict] : cases) {
+    for (const std::size_t piece : {1, 2, 3, 5, 4096}) {
+      EXPECT_EQ(VerdictOf(text, piece), verdict) << "in pieces of " << piece;
+    }
+  }
 }
 
 TEST(DelimitedFile, FurtherNullTokensHoldInAllColumns) {

@@ -98,6 +98,8 @@ struct BadDocument {
 
 const BadDocument kBadDocuments[] = {
     {"{\n  \"fields\": [}", "s.json, line 2, column 14: the text is not valid JSON here"},
+    {"{\"fields\": [],\n  \"x\": [1, -1e999]}",
+     "s.json, line 2, column 12: the number -1e999 is too large"},
     {"[]", "s.json: the document must be an object with a list \"fields\""},
     {"{}", "s.json, fields: a list of fields is needed"},
     {R"({"fields":[1]})", "s.json, fields[0]: a field must be an object with a \"name\""},

@@ -73,6 +73,15 @@ TEST(Tables, DelimitedTextIsPlainAndExact) {
   EXPECT_THAT(folder.Files(), ElementsAre("t.csv"));
 }
 
+TEST(Tables, ANameThatIsAByteOrderMarkSurvivesWriting) {
+  const ScratchFolder folder;
+  MemoryTable table;
+  table.AddNumbers("\xEF\xBB\xBF", {1});
+  WriteDataFile(table, folder.Path("t.csv"));
+  const auto again = OpenDataFile(folder.Path("t.csv"), {}, TableStorage::kMemory);
+  EXPECT_EQ(Contents(*again), Contents(table));
+}
+
 TEST(Tables, ScansGiveTheColumnsAskedForInThatOrderAndDoNotDisturbEachOther) {
   const ScratchFolder folder;
   MemoryTable memory = Mixed(9000);

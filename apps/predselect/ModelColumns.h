@@ -1,0 +1,55 @@
+// From the columns of a table to the records of a saved Naive Bayes model: variables are matched by
+// name, values become the model's category codes.
+//
+// A value that the model has not seen, or that it takes as missing, is missing. Model and table are
+// borrowed.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "common/Record.h"
+#include "host/data/ITable.h"
+#include "naivebayes/NBVarList.h"
+
+namespace PredSelectApp {
+
+class ModelColumns {
+ public:
+  // Throws UsageError when the table lacks a predictor of the model, or has it as another kind of
+  // value.
+  ModelColumns(const NBVarList& variables, const MCHost::ITable& table);
+
+  // The table's columns to be scanned.
+  const std::vector<int>& TableColumns() const { return fTableColumns; }
+
+  // The record of one case of a batch of that scan: a value per variable of the model's list.
+  void FillRecord(const MCHost::TableBatch& batch, std::size_t i, MCCommon::Record& record);
+
+ private:
+  struct Column {
+    int fPosition = 0;  // in the model's list
+    bool fbCategorical = false;
+    const KOVA_MissingValues* fpMissing = nullptr;  // of the table
+    std::map<double, int> fNumberCodes;
+    std::map<std::string, int> fStringCodes;
+    std::vector<int> fCodes;  // by the table's own string code, found so far
+  };
+
+  double ValueOf(Column& column, const MCHost::ColumnView& view, std::size_t i) const;
+  static int CodeOfString(Column& column, const MCHost::StringDictionary& dictionary,
+                          std::int32_t code);
+
+  std::vector<int> fTableColumns;
+  std::vector<Column> fColumns;
+};
+
+// A category of a categorical variable of the model: as text, and as a number (missing for a string
+// variable).
+std::string CategoryText(const INBVariable& variable, int code);
+double CategoryNumber(const INBVariable& variable, int code);
+
+}  // namespace PredSelectApp

@@ -1,0 +1,12 @@
+// The command "predselect score".
+#pragma once
+
+namespace PredSelectApp {
+
+struct Options;
+
+// Predicts the cases of a table with a saved model and writes the table with the predictions.
+// Returns the exit code. Throws UsageError and MCHost::HostIOError.
+int ScoreData(const Options& options);
+
+}  // namespace PredSelectApp

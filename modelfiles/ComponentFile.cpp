@@ -1,0 +1,166 @@
+#include "modelfiles/ComponentFile.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <sstream>
+
+#include "common/state/IOException.h"
+#include "common/xml/XMLError.h"
+#include "common/xml/XMLObjParser.h"
+#include "feature/FSFactory.h"
+#include "feature/FSSettings.h"
+#include "naivebayes/NBFactory.h"
+
+namespace {
+
+constexpr const char* kDictionary = "StateDictionary 1.00";
+constexpr const char* kDictionaryTag = "PSDICT";
+constexpr const char* kFeature = "FSAlgorithm";
+constexpr const char* kNaive = "NBAlgorithm";
+constexpr const char* kDamaged =
+    "the file is damaged, cut short, or was written by a version with another form";
+
+std::string SystemError() { return std::strerror(errno); }
+
+std::string NotSaved(std::int64_t code) {
+  return "the component could not be saved (status " + std::to_string(code) + ")";
+}
+
+// Opens, writes, and makes sure that every byte has gone.
+template <class Stream>
+std::string WriteFile(const std::string& path, const std::function<std::string(Stream&)>& write) {
+  errno = 0;
+  Stream stream(path, std::ios::out | std::ios::trunc | std::ios::binary);
+  if (!stream) return SystemError();
+  const std::string trouble = write(stream);
+  if (!trouble.empty()) return trouble;
+  errno = 0;
+  stream.close();
+  if (stream) return "";
+  return errno == 0 ? "the file could not be written" : SystemError();
+}
+
+// The document of a component with a dictionary put in front of the component's object.
+std::string WithDictionary(const std::string& document, const StateDictionary& dictionary) {
+  const std::size_t root = document.find("<MCXMLRoot");
+  const std::size_t start = document.find('\n', root) + 1;
+  std::ostringstream inserted;
+  dictionary.WriteObjectXML(inserted, 2);
+  return document.substr(0, start) + inserted.str() + document.substr(start);
+}
+
+bool StartsWith(std::fstream& is, const std::string& text) {
+  std::string start(text.size(), '\0');
+  is.read(start.data(), static_cast<std::streamsize>(start.size()));
+  is.clear();
+  is.seekg(0);
+  return start == text;
+}
+
+std::string ReadBinary(std::fstream& is, ComponentFile& file) {
+  if (StartsWith(is, kNaive)) {
+    file.fpNaive = NBFactory().RestoreNBAlgorithmFromBinary(is);
+    return file.fpNaive == nullptr ? kDamaged : "";
+  }
+  if (StartsWith(is, kDictionaryTag)) {
+    file.fDictionary.emplace();
+    file.fDictionary->ReadObject(is);
+  } else if (!StartsWith(is, kFeature)) {
+    return "the file holds no saved component";
+  }
+  file.fpFeature = FSFactory().RestoreFSAlgorithmFromBinary(is);
+  return file.fpFeature == nullptr ? kDamaged : "";
+}
+
+std::string ReadXML(std::ifstream& is, ComponentFile& file) {
+  std::string name;
+  if (!MCCommonXML::ParseNextName(is, name)) return kDamaged;
+  if (name.starts_with(kNaive)) {
+    file.fpNaive = NBFactory().RestoreNBAlgorithmFromXML(is);
+    return file.fpNaive == nullptr ? kDamaged : "";
+  }
+  if (name == kDictionary) {
+    file.fDictionary.emplace();
+    file.fDictionary->ReadObjectXML(is);
+  } else if (!name.starts_with(kFeature)) {
+    return "the file holds no saved component";
+  }
+  file.fpFeature = FSFactory().RestoreFSAlgorithmFromXML(is);
+  return file.fpFeature == nullptr ? kDamaged : "";
+}
+
+// A dictionary must speak of the component that follows it.
+bool Agree(const ComponentFile& file) {
+  if (file.fpFeature == nullptr || !file.fDictionary) return true;
+  const FSSettings& settings = *file.fpFeature->GetSettings();
+  const std::vector<StateVariable>& predictors = file.fDictionary->fPredictors;
+  if (settings.GetNPredictors() != static_cast<int>(predictors.size())) return false;
+  for (std::size_t i = 0; i < predictors.size(); ++i) {
+    if (settings.IsCatPredictor(static_cast<int>(i)) != predictors[i].fbCategorical) return false;
+  }
+  return settings.IsCatTarget() == file.fDictionary->fTarget.fbCategorical;
+}
+
+}  // namespace
+
+bool IsXMLStateName(const std::string& path) {
+  constexpr std::string_view kEnding = ".xml";
+  if (path.size() < kEnding.size()) return false;
+  return std::equal(kEnding.begin(), kEnding.end(), path.end() - kEnding.size(),
+                    [](char a, char b) { return a == (b >= 'A' && b <= 'Z' ? b - 'A' + 'a' : b); });
+}
+
+std::string WriteComponentFile(const std::string& path, bool xml, const IFSAlgorithm& component,
+                               const StateDictionary* dictionary) {
+  if (!xml) {
+    return WriteFile<std::fstream>(path, [&](std::fstream& os) {
+      if (dictionary != nullptr) dictionary->WriteObject(os);
+      const MCFeature::MCStatus status = component.SaveState(os);
+      return status.IsError() ? NotSaved(status.GetErrorCode()) : "";
+    });
+  }
+  return WriteFile<std::ofstream>(path, [&](std::ofstream& os) -> std::string {
+    std::ostringstream document;
+    const MCFeature::MCStatus status = component.SaveStateXML(document);
+    if (status.IsError()) return NotSaved(status.GetErrorCode());
+    try {
+      os << (dictionary == nullptr ? document.str() : WithDictionary(document.str(), *dictionary));
+    } catch (const MCCommonXML::XMLError& error) {
+      return error.what();
+    }
+    return "";
+  });
+}
+
+std::string WriteComponentFile(const std::string& path, bool xml, const INBAlgorithm& component) {
+  const auto told = [](const MCNaive::MCStatus& status) {
+    return status.IsError() ? NotSaved(status.GetErrorCode()) : std::string();
+  };
+  if (!xml) {
+    return WriteFile<std::fstream>(path,
+                                   [&](std::fstream& os) { return told(component.SaveState(os)); });
+  }
+  return WriteFile<std::ofstream>(
+      path, [&](std::ofstream& os) { return told(component.SaveStateXML(os)); });
+}
+
+std::string ReadComponentFile(const std::string& path, ComponentFile& file) {
+  errno = 0;
+  std::fstream binary(path, std::ios::in | std::ios::binary);
+  if (!binary) return SystemError();
+  std::string trouble;
+  try {
+    if (StartsWith(binary, "<?xml")) {
+      std::ifstream xml(path, std::ios::binary);
+      trouble = ReadXML(xml, file);
+    } else {
+      trouble = ReadBinary(binary, file);
+    }
+  } catch (const MCCommon::IOException&) {
+    trouble = kDamaged;
+  }
+  return trouble.empty() && !Agree(file) ? kDamaged : trouble;
+}

@@ -1,0 +1,35 @@
+// A file that holds one saved component: what the programs of PredSelect write and read.
+//
+// Binary, or XML where the name ends in ".xml". A feature selection component has its dictionary in
+// front of it; a Naive Bayes component knows its variables itself. A component that was saved alone
+// (SaveState, SaveStateXML) is read too. Nothing is thrown; files are neither locked nor replaced
+// in one step here.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "feature/IFSAlgorithm.h"
+#include "modelfiles/StateDictionary.h"
+#include "naivebayes/INBAlgorithm.h"
+
+struct ComponentFile {
+  // One of the two is there.
+  std::unique_ptr<IFSAlgorithm> fpFeature;
+  std::optional<StateDictionary> fDictionary;  // of the first
+  std::unique_ptr<INBAlgorithm> fpNaive;
+};
+
+// True for a name that ends in ".xml", in any case.
+bool IsXMLStateName(const std::string& path);
+
+// Writes to `path` in the form asked for; the dictionary may be null. The return value is empty, or
+// what went wrong.
+std::string WriteComponentFile(const std::string& path, bool xml, const IFSAlgorithm& component,
+                               const StateDictionary* dictionary);
+std::string WriteComponentFile(const std::string& path, bool xml, const INBAlgorithm& component);
+
+// Reads either form of either component, told apart by their first bytes. Empty, or what went
+// wrong.
+std::string ReadComponentFile(const std::string& path, ComponentFile& file);

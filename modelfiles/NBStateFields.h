@@ -1,0 +1,68 @@
+// What the saved classes of the Naive Bayes engine have in common: kinds of values with the checks
+// that reading makes of them, and what writing refuses because reading would.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <type_traits>
+
+#include "common/state/IOException.h"
+#include "common/state/StateArchive.h"
+
+namespace NBState {
+
+// A number; writing throws IOException for one that is not finite.
+template <class Archive, class Value>
+void Finite(Archive& archive, Value& value) {
+  if constexpr (!Archive::kReading) {
+    if (!std::isfinite(value)) throw MCNaive::IOException("a number that is not finite");
+  }
+  archive.Double(value);
+}
+
+template <class Archive, class List>
+void FiniteList(Archive& archive, List& list) {
+  archive.Size(list, 8);
+  for (auto& value : list) Finite(archive, value);
+}
+
+// A sum of weights.
+template <class Archive, class Value>
+void Weight(Archive& archive, Value& weight) {
+  Finite(archive, weight);
+  archive.Check(weight >= 0);
+}
+
+template <class Archive, class List>
+void Weights(Archive& archive, List& list) {
+  FiniteList(archive, list);
+  archive.Check(std::all_of(list.begin(), list.end(), [](double w) { return w >= 0; }));
+}
+
+// Estimates of probabilities, which rounding may bring a little above 1.
+template <class Archive, class List>
+void Probabilities(Archive& archive, List& list) {
+  FiniteList(archive, list);
+  archive.Check(
+      std::all_of(list.begin(), list.end(), [](double p) { return p >= 0 && p <= 1 + 1e-6; }));
+}
+
+// A number that follows from what was read before it.
+template <class Archive>
+void Known(Archive& archive, int value) {
+  const int known = value;
+  archive.Int(value);
+  archive.Check(value == known);
+}
+
+// A number from `first` to `last`, such as the code of an enumeration.
+template <class Archive, class Value>
+void Ranged(Archive& archive, Value& value, int first, int last) {
+  auto number = static_cast<int>(value);
+  archive.Int(number);
+  archive.Check(number >= first && number <= last);
+  if constexpr (Archive::kReading) value = static_cast<std::remove_const_t<Value>>(number);
+}
+
+}  // namespace NBState
