@@ -211,7 +211,8 @@ void NaiveOutput::DisplaySubsets() const {
         columns.AddCategory(BpString(isBIC ? "Pseudo-BIC" : "Test Data Criterion"), general));
     if (!isBIC && IsSimulated()) ranked.back().Note(BpString("Computed using simulated..."));
   }
-  const BpCategory logLikelihood = columns.AddCategory(BpString("Average Log-Likelihood"), general);
+  BpCategory logLikelihood = columns.AddCategory(BpString("Average Log-Likelihood"), general);
+  if (AreLogLikelihoodsSimulated()) logLikelihood.Note(BpString("Estimated with simulated..."));
   std::vector<BpCategory> rows;
   for (const SubsetRow& subset : subsets) {
     const auto number = static_cast<double>(rows.size());
@@ -249,6 +250,13 @@ MCHost::OutputText NaiveOutput::InitialSubset() const {
 bool NaiveOutput::IsSimulated() const {
   const long records = long{fpFactory->GetNTrainRecords()} + fpFactory->GetNTestRecords();
   return records > fpSettings->GetMaxRecordsInMemory();
+}
+
+// The steps forward then work on simulated data; only a ranking by pseudo-BIC computes the values
+// anew from the training cases.
+bool NaiveOutput::AreLogLikelihoodsSimulated() const {
+  const bool isAnew = fpValidSpecs->GetMultiPseudoBIC() && fpValidSpecs->GetMultiExactSize() < 1;
+  return !isAnew && fpFactory->GetNTrainRecords() > fpSettings->GetMaxRecordsInMemory();
 }
 
 std::vector<std::string> NaiveOutput::SelectedNames(bool categorical) const {

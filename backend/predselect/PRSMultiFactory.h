@@ -8,6 +8,7 @@
 // adapter, engine and variable list live as long as this, for the output to read.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
@@ -144,6 +145,7 @@ class PRSMultiFactory {
   int fNUniquePreds = 0;
   int fNForcePreds = 0;
   int fNTestRecords = 0;
+  std::int64_t fNCasesRead = 0;  // in the first pass
   std::vector<int> fMissPredictors;
   std::vector<int> fConstPredictors;
   std::vector<int> fSelectPredictors;

@@ -44,6 +44,7 @@ constexpr StatusText kStatusTexts[] = {
     {MCNaive::kNoTestRecords, "No valid cases in test sample..."},
     {MCNaive::kTooFewRecords, "Too few training cases..."},
     {MCNaive::kTemporaryFile, "Temporary file failed..."},
+    {MCNaive::kSizeReduced, "Exact size reduced in training cases..."},
     {MCNaive::kPredictorDropped, "Predictor ^1 constant in training cases..."},
     {MCNaive::kNoInputToExport, "No predictor for the model file..."},
     {MCNaive::kTextNotForXML, "Model file cannot hold the texts of variable ^1..."},
@@ -68,6 +69,9 @@ void PRSMultiFactory::DisplayMessage(const MCNaive::MCStatus& status) const {
   if (text == nullptr) return;
   const bool isTest = status.GetErrorCode() == MCNaive::kNoTestRecords;
   if (isTest && !fpSpecs->GetMultiTrainSamp()) return;
+  // A maximum may well be more than there are.
+  const bool isReduced = status.GetErrorCode() == MCNaive::kSizeReduced;
+  if (isReduced && fpSpecs->GetMultiExactSize() < 1) return;
   const auto var = static_cast<int>(status.GetDiscreteDatum(0));
   const bool namesVariable = status.GetErrorCode() == MCNaive::kPredictorDropped ||
                              status.GetErrorCode() == MCNaive::kTextNotForXML;

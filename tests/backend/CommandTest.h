@@ -32,6 +32,8 @@ class CommandTest : public testing::Test {
     document.BeginRun(fpSession->SystemBlock().fCommandWord);
     fpSession->SetTempPath(fTempPath);
     fpSession->SetCancelQuery([this] { return fPollsLeft >= 0 && fPollsLeft-- == 0; });
+    fpSession->SetProgressListener(
+        [this](const std::string&) { fRoom = fpSession->CommonBlock().fMaxObsAdded; });
     predsele_();
     fbError = fpSession->CommonBlock().IsErrorSet();
     return json::parse(MCHost::RenderJson(document))["runs"][0];
@@ -65,6 +67,7 @@ class CommandTest : public testing::Test {
   std::string fTempPath = "/tmp";
   int fPollsLeft = -1;  // times that the user is asked before the wish to stop; -1 for no such wish
   bool fbError = false;
+  int fRoom = 0;  // reserved for new variables while a command ran, in 8-byte values
 };
 
 }  // namespace MCTest

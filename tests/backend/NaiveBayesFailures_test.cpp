@@ -122,7 +122,7 @@ TEST_F(NaiveBayesFailures, ShowWhatWasExcludedWhenTooLittleIsLeft) {
 TEST_F(NaiveBayesFailures, NameAFileThatCannotBeWrittenBeforeAnyWork) {
   fPollsLeft = 200;  // the first pass alone asks that often
   const json run = Run("NAIVEBAYES y BY good /OUTFILE MODEL='/no such folder/m.xml'.");
-  EXPECT_THAT(Keys(run), Contains("Model file cannot be written: ^1"));
+  EXPECT_THAT(Keys(run), Contains("File cannot be written: ^1"));
   EXPECT_THAT(run["messages"].back()["text"].get<std::string>(),
               testing::HasSubstr("/no such folder/m.xml"));
   EXPECT_TRUE(fbError);
@@ -134,6 +134,7 @@ TEST_F(NaiveBayesFailures, NameAFileThatCannotBeWrittenBeforeAnyWork) {
 TEST_F(NaiveBayesFailures, StopAtAnyTimeWithoutALeftover) {
   const std::string model = (fFolder / "model.xml").string();
   int nStopped = 0;
+  int nReadBefore = 1;
   for (int polls = 0;; polls = polls + polls / 4 + 1) {
     fPollsLeft = polls;
     const json run =
@@ -143,6 +144,9 @@ TEST_F(NaiveBayesFailures, StopAtAnyTimeWithoutALeftover) {
     if (!fbError) break;
     ++nStopped;
     EXPECT_THAT(Keys(run), ElementsAre("Stopped by the user after ^1 records...")) << polls;
+    const int nRead = std::stoi(run["messages"][0]["arguments"][0].get<std::string>());
+    EXPECT_GE(nRead, nReadBefore) << polls;
+    nReadBefore = nRead;
     EXPECT_THAT(Titles(run), IsEmpty()) << polls;
     for (const std::string& file : FilesLeft()) EXPECT_EQ(file, model) << polls;
   }
@@ -172,6 +176,16 @@ TEST_F(NaiveBayesFailures, GoOnWithoutPredictorsThatOnlyTestCasesTellApart) {
           << row << ' ' << column;
     }
   }
+}
+
+TEST_F(NaiveBayesFailures, SaySoWhenTrainingCasesLeaveFewerPredictorsThanTheExactSize) {
+  const std::string command =
+      "NAIVEBAYES y BY good late WITH later /TRAININGSAMPLE VARIABLE=train ";
+  const json exact = Run(command + "/SUBSET EXACTSIZE=2.");
+  EXPECT_THAT(Keys(exact), Contains("Exact size reduced in training cases..."));
+  EXPECT_EQ(Cell(exact, "SelectedPredictors", {"Categorical"}, {"Predictors"}), json{"good"});
+  EXPECT_EQ(Cell(exact, "SubsetSummary", {"2"}, {"Predictor Added"}), "no such cell");
+  EXPECT_THAT(Keys(Run(command + "/SUBSET MAXSIZE=3.")), ElementsAre("No predictors excluded ..."));
 }
 
 TEST_F(NaiveBayesFailures, WarnThatThereIsNoTestCaseToClassify) {

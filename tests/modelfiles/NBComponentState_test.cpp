@@ -221,6 +221,31 @@ TEST(ComponentState, IsWhatItsDescriptionSays) {
   EXPECT_THAT(document, testing::HasSubstr("<Object name=\"NBAlgorithm 1.00\">"));
 }
 
+// Kept files: what was saved once can be restored for ever.
+TEST(ComponentState, OfEarlierDaysIsStillRead) {
+  const std::string path = PREDSELECT_SOURCE_DIR "/tests/modelfiles/states/naive";
+  const auto read = [](const std::string& name) {
+    std::ostringstream content;
+    content << std::ifstream(name, std::ios::binary).rdbuf();
+    return content.str();
+  };
+  const std::string bytes = read(path + ".bin"), document = read(path + ".xml");
+  std::fstream binary(path + ".bin", std::ios::in | std::ios::binary);
+  std::ifstream xml(path + ".xml", std::ios::binary);
+  NBFactory factory;
+  const Component restored[] = {factory.RestoreNBAlgorithmFromBinary(binary),
+                                factory.RestoreNBAlgorithmFromXML(xml)};
+  for (const Component& component : restored) {
+    ASSERT_NE(component, nullptr);
+    EXPECT_EQ(Binary(*component), bytes);
+    EXPECT_EQ(Document(*component), document);
+    NBOutput output(2);
+    EXPECT_TRUE(component->ScoreFullRecord(Record({0, 1, 1, 2.5, 0}), output).IsOK());
+    // 5 and 6 of 10 cases each have this string; 2.5 ends the bin that 3 of 10 each are in.
+    EXPECT_NEAR(output.GetOutProbabilities()[0], 5.05 / (5.05 + 6.05), 1e-15);
+  }
+}
+
 TEST(ComponentState, IsNotSavedWithoutAModelOrAgainstACancel) {
   const auto refused = [](const INBAlgorithm& component) {
     BinaryStream binary;

@@ -1,6 +1,6 @@
 # Models of ours in an independent evaluator (scripts/requirements-pmml.txt); skipped without it.
 add_executable(write_models ${CMAKE_CURRENT_SOURCE_DIR}/modelfiles/samples/write_models.cpp)
-predselect_objects(write_models common naivebayes modelfiles)
+predselect_objects(write_models common feature naivebayes modelfiles)
 set(models ${PROJECT_BINARY_DIR}/models)
 file(MAKE_DIRECTORY ${models})
 add_test(NAME Models.SamplesAreWritten COMMAND write_models ${models})

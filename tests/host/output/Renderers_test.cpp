@@ -127,7 +127,6 @@ TEST(RenderText, WrapsTheHeadingsOfATableThatFitsThePageNoOtherWay) {
 │ Adelie (Pygoscelis  │         103 │    99.0% │
 │ adeliae)            │             │          │
 └─────────────────────┴─────────────┴──────────┘
-
 )");
 }
 

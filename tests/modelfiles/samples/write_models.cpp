@@ -1,5 +1,7 @@
 // Writes models, the data they were trained on and our predictions, for an independent evaluator:
-// write_models FOLDER makes NAME.xml, NAME-data.csv and NAME-predictions.csv for each sample.
+// write_models FOLDER makes NAME.xml, NAME-data.csv and NAME-predictions.csv for each sample, and
+// the saved state of a component with a variable of each kind, such as tests/modelfiles/states
+// keeps.
 #include <fstream>
 #include <iostream>
 #include <random>
@@ -100,6 +102,29 @@ void WriteSample(const std::string& path, bool numericTarget, bool sparse) {
   if (failed || !model || !data || !predictions) throw std::runtime_error("cannot write " + path);
 }
 
+void WriteState(const std::string& path) {
+  NBVarList list;
+  list.AddCatVar("y", "the class", std::vector<double>{2, 1}, {"two", "one"}, INBVariable::kOutput);
+  list.AddWeightVar("w", "", INBVariable::kRound);
+  list.AddCatVar("s", "", std::vector<std::string>{"a & b", "\xC3\xBC"}, INBVariable::kInput);
+  list.AddContVar("x", "", 0, 4, 4, INBVariable::kInput);
+  list.AddCatVar("spare", "", 1, INBVariable::kStringCategorical, INBVariable::kUnused);
+  list.AddDiscreteUserMissing(2, "?", "unknown");
+  list.SetMissingInterval(3, 100, 200);
+  MCNaive::NBMemoryIter source(list.Size(), 20);
+  for (int i = 0; i < 20; ++i) {
+    const double x = i % 7 * 0.5;
+    source.AddRecord(Record({i % 2 * 1.0, 1, x > 1 ? 1.0 : 0.0, x > 2 ? x + 1 : x, 0}));
+  }
+  NBAlgorithm algorithm(NaiveBayesSettings(), list);
+  std::fstream binary(path + ".bin", std::ios::out | std::ios::binary);
+  std::ofstream document(path + ".xml", std::ios::binary);
+  if (algorithm.BuildModel(source, 20).IsError() || algorithm.SaveState(binary).IsError() ||
+      algorithm.SaveStateXML(document).IsError()) {
+    throw std::runtime_error("cannot write " + path);
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -108,6 +133,7 @@ int main(int argc, char** argv) {
     const std::string folder = argv[1];
     WriteSample(folder + "/dense", true, false);
     WriteSample(folder + "/sparse", false, true);
+    WriteState(folder + "/naive");
   } catch (const std::exception& error) {
     std::cerr << error.what() << '\n';
     return 1;
