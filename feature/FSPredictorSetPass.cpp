@@ -35,6 +35,7 @@ class FSPredictorSet::BlockPass {
     fCases.fpWeights = fWeights.data();
     fCases.fpWeightsBefore = fWeightsBefore.data();
     fCases.fpShares = fShares.data();
+    fCases.fpTargetMeans = fTargetMeans.data();
     fCases.fpHasValid = fHasValid.data();
     if (!fChosen.empty()) TakePredictors(block);
     CountCases();
@@ -58,6 +59,8 @@ class FSPredictorSet::BlockPass {
     fShares.clear();
     fTargets.clear();
     fTargetCategories.clear();
+    fTargetMeans.clear();
+    fCases.fTargetMeanBefore = fTargetMean;
     int counted = 0;
     for (std::size_t i = 0; i < block.Cases(); ++i) {
       double weight = 1.0;
@@ -92,7 +95,13 @@ class FSPredictorSet::BlockPass {
     fShares.push_back(weight / (fTotal + weight));
     fTotal += weight;
     fTargets.push_back(target);
-    if (fbWithTarget && fSettings.IsCatTarget()) fTargetCategories.push_back(FSCategory(target));
+    if (!fbWithTarget) return;
+    if (fSettings.IsCatTarget()) {
+      fTargetCategories.push_back(FSCategory(target));
+    } else {
+      fTargetMean += fShares.back() * (target - fTargetMean);
+      fTargetMeans.push_back(fTargetMean);
+    }
   }
 
   // One more than the largest target category when all are small, else 0.
@@ -168,6 +177,8 @@ class FSPredictorSet::BlockPass {
   std::vector<double> fWeightsBefore;
   std::vector<double> fShares;
   std::vector<double> fTargets;
+  double fTargetMean = 0.0;
+  std::vector<double> fTargetMeans;
   std::vector<int> fTargetCategories;
   std::vector<std::uint8_t> fHasValid;
   std::vector<double> fCells;
