@@ -98,6 +98,12 @@ MCStatus FSAlgorithm::CheckPredictorsNoTarget(MCCommon::RecordIterator& source,
   });
 }
 
+// The component's status; error 1 when it was cancelled.
+MCStatus FSAlgorithm::StatusNow() const {
+  if (fStatus.IsError() || !fCancel.IsCancel()) return fStatus;
+  return MCFeature::Error(MCFeature::kCancelled);
+}
+
 // What cannot be merged leaves the component as it was, so its status is not stored. A part of the
 // data in which every case was excluded ends in an error and still counts.
 MCStatus FSAlgorithm::Merge(const IFSAlgorithm& component, const FSCategoryMaps* maps) {
@@ -129,7 +135,7 @@ MCStatus FSAlgorithm::GetTopPredictors(RankCriteria criterion, std::vector<int>&
                                        std::vector<double>& values, int n) const {
   indices.clear();
   values.clear();
-  if (fStatus.GetErrorCode() == MCFeature::kCancelled) return fStatus;
+  if (StatusNow().GetErrorCode() == MCFeature::kCancelled) return StatusNow();
   if (!fbPredictorsRanked) return MCFeature::Error(MCFeature::kNotRanked);
   MCStatus status = fPredictors.GetTopPredictors(criterion, n, indices, values);
   if (status.IsOK() && n >= 1 && n > fPredictors.GetNValidPred()) {

@@ -25,6 +25,10 @@ struct FSCaseBlock {
   // in an overall mean: what a predictor without missing values has no need to divide for.
   const double* fpWeightsBefore = nullptr;
   const double* fpShares = nullptr;
+  // The mean of a continuous target over all cases of the pass, before the block and after each
+  // case: what a predictor without missing values has no need to compute again.
+  double fTargetMeanBefore = 0.0;
+  const double* fpTargetMeans = nullptr;
   std::uint8_t* fpHasValid = nullptr;  // set to 1 for each case with a valid predictor value;
                                        // null when all are set already
 };

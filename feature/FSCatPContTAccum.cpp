@@ -33,14 +33,36 @@ void FSCatPContTAccum::AddBlock(const double* predictor, const FSCaseBlock& case
                             });
 }
 
-// Takes the cases up to the first whose predictor category is not small; returns that case.
+// Whether the predictor has had a value in every case so far, so that its mean of the target is the
+// one of all cases.
+bool FSCatPContTAccum::IsWithoutGap(const FSCaseBlock& cases) const {
+  return cases.fNCases > 0 && fState.GetMissingWeight() == 0.0 &&
+         fState.GetTotalWeight() == cases.fpWeightsBefore[0] &&
+         fTargetMean == cases.fTargetMeanBefore;
+}
+
+// Takes the cases up to the first whose predictor category is not small; returns that case. Cases
+// before the first missing value need no mean of their own.
 std::size_t FSCatPContTAccum::AddBlockDense(const double* predictor, const FSCaseBlock& cases) {
   FSDenseFront<FSMapIStat, FSGroupStats> groups(fTargetByCategory);
+  const double* const targets = cases.fpTargets;
+  std::size_t end = 0;
+  if (IsWithoutGap(cases)) {
+    end = FSWalkBlock<FSSmallCategoriesWithoutGap>(
+        predictor, cases, 0, fState,
+        [&](FSPredictorState& state, std::size_t i, double x, double w) {
+          const int category = static_cast<int>(x);
+          groups[category].Add(targets[i], w);
+          state.AddValid(category, w);
+        });
+    if (end > 0) fTargetMean = cases.fpTargetMeans[end - 1];
+  }
   double mean = fTargetMean;
-  const std::size_t end = FSWalkBlock<FSSmallCategories>(
-      predictor, cases, 0, fState, [&](FSPredictorState& state, std::size_t i, double x, double w) {
+  end = FSWalkBlock<FSSmallCategories>(
+      predictor, cases, end, fState,
+      [&](FSPredictorState& state, std::size_t i, double x, double w) {
         const int category = static_cast<int>(x);
-        const double target = cases.fpTargets[i];
+        const double target = targets[i];
         groups[category].Add(target, w);
         mean += FSShareOf(state, cases, i) * (target - mean);
         state.AddValid(category, w);

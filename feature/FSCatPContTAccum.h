@@ -36,6 +36,7 @@ class FSCatPContTAccum : public IFSPredTargetAccum {
  private:
   template <class Archive, class Self>
   static void Fields(Archive& archive, Self& self);
+  bool IsWithoutGap(const FSCaseBlock& cases) const;
   std::size_t AddBlockDense(const double* predictor, const FSCaseBlock& cases);
   void Add(FSPredictorState& state, int predictor, double target, double weight);
 

@@ -150,8 +150,10 @@ class FSPredictorSet {
   MCFeature::MCStatus CheckMaps(const FSPredictorSet& other, const FSCategoryMaps* maps) const;
   MCFeature::MCStatus PassBlocks(MCCommon::RecordIterator& source, int maxRecords, bool withTarget,
                                  bool warn);
+  void StartPass(bool withTarget);
+  int CasesLeft(int maxRecords) const;
   MCFeature::MCStatus EndOfPass(bool weighted, bool warn);
-  void CountCase(double weight, double target, bool valid);
+  void CountCase(double weight, double target, bool withTarget, bool valid);
   void Remove(const std::vector<std::pair<int, int>>& found);
   template <class Reason>
   void RemoveWhere(Reason reason);

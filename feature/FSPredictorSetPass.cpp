@@ -1,6 +1,7 @@
 // The data passes of FSPredictorSet.
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 
@@ -34,6 +35,7 @@ class FSPredictorSet::BlockPass {
     fCases.fpWeights = fWeights.data();
     fCases.fpWeightsBefore = fWeightsBefore.data();
     fCases.fpShares = fShares.data();
+    fCases.fpTargetMeans = fTargetMeans.data();
     fCases.fpHasValid = fHasValid.data();
     if (!fChosen.empty()) TakePredictors(block);
     CountCases();
@@ -57,6 +59,8 @@ class FSPredictorSet::BlockPass {
     fShares.clear();
     fTargets.clear();
     fTargetCategories.clear();
+    fTargetMeans.clear();
+    fCases.fTargetMeanBefore = fTargetMean;
     int counted = 0;
     for (std::size_t i = 0; i < block.Cases(); ++i) {
       double weight = 1.0;
@@ -64,7 +68,7 @@ class FSPredictorSet::BlockPass {
       ++counted;
       const double target = targets != nullptr ? targets[i] : MCMV::gMissingValue;
       if (fbWithTarget && !IsValidTarget(target)) {
-        fSet.CountCase(weight, target, false);
+        fSet.CountCase(weight, target, fbWithTarget, false);
         continue;
       }
       Choose(i, weight, target);
@@ -91,7 +95,13 @@ class FSPredictorSet::BlockPass {
     fShares.push_back(weight / (fTotal + weight));
     fTotal += weight;
     fTargets.push_back(target);
-    if (fbWithTarget && fSettings.IsCatTarget()) fTargetCategories.push_back(FSCategory(target));
+    if (!fbWithTarget) return;
+    if (fSettings.IsCatTarget()) {
+      fTargetCategories.push_back(FSCategory(target));
+    } else {
+      fTargetMean += fShares.back() * (target - fTargetMean);
+      fTargetMeans.push_back(fTargetMean);
+    }
   }
 
   // One more than the largest target category when all are small, else 0.
@@ -109,10 +119,25 @@ class FSPredictorSet::BlockPass {
       while (IsReserved(column)) ++column;
       if (static_cast<std::size_t>(column) >= block.Columns()) return;
       if (accumulator) {
-        accumulator->AddBlock(ChosenCells(block, column), fCases);
+        const double* cells = ChosenCells(block, column);
+        if (fbWithTarget == fSet.fbWithTarget) {
+          accumulator->AddBlock(cells, fCases);
+        } else {
+          TakeMissing(*accumulator, cells);
+        }
         DropFlagsOnceAllSet();
       }
       ++column;
+    }
+  }
+
+  // An accumulator of an earlier pass of the other kind, with or without target, takes no values.
+  void TakeMissing(IFSPredTargetAccum& accumulator, const double* cells) {
+    for (std::size_t k = 0; k < fChosen.size(); ++k) {
+      const bool valid =
+          accumulator.IsCategorical() ? FSIsValidCategory(cells[k]) : FSIsValidNumber(cells[k]);
+      if (valid) fHasValid[k] = 1;
+      if (!valid) accumulator.AddMissing(fWeights[k]);
     }
   }
 
@@ -139,7 +164,7 @@ class FSPredictorSet::BlockPass {
 
   void CountCases() {
     for (std::size_t k = 0; k < fChosen.size(); ++k) {
-      fSet.CountCase(fWeights[k], fTargets[k], fHasValid[k] != 0);
+      fSet.CountCase(fWeights[k], fTargets[k], fbWithTarget, fHasValid[k] != 0);
     }
   }
 
@@ -152,13 +177,15 @@ class FSPredictorSet::BlockPass {
   std::vector<double> fWeightsBefore;
   std::vector<double> fShares;
   std::vector<double> fTargets;
+  double fTargetMean = 0.0;
+  std::vector<double> fTargetMeans;
   std::vector<int> fTargetCategories;
   std::vector<std::uint8_t> fHasValid;
   std::vector<double> fCells;
   FSCaseBlock fCases;
 };
 
-void FSPredictorSet::CountCase(double weight, double target, bool valid) {
+void FSPredictorSet::CountCase(double weight, double target, bool withTarget, bool valid) {
   if (!valid) {
     ++fNExcludedCases;
     fExcludedWeight += weight;
@@ -167,7 +194,7 @@ void FSPredictorSet::CountCase(double weight, double target, bool valid) {
   fbNoValidData = false;
   ++fNValidCases;
   fValidWeight += weight;
-  if (fpSettings->IsCatTarget() && fpSettings->GetTargetPosition() >= 0) {
+  if (withTarget && fpSettings->IsCatTarget()) {
     fTargetCategories.IncrementByFreq(FSCategory(target), weight);
   }
 }
@@ -183,16 +210,17 @@ MCStatus FSPredictorSet::PassRecordsNoTarget(MCCommon::RecordIterator& source, i
 MCStatus FSPredictorSet::PassBlocks(MCCommon::RecordIterator& source, int maxRecords,
                                     bool withTarget, bool warn) {
   const FSStopwatch watch(fElapsed);
-  AllocAccum(withTarget);
+  StartPass(withTarget);
   ProgressListener* listener = fpSettings->GetProgressListener();
-  const int interval = fpSettings->GetNSkippedRecordReports() + 1;
-  int left = maxRecords < 0 ? std::numeric_limits<int>::max() : maxRecords;
-  int untilReport = interval;
+  const std::int64_t interval = std::int64_t{fpSettings->GetNSkippedRecordReports()} + 1;
+  int left = CasesLeft(maxRecords);
+  std::int64_t untilReport = interval;
   int records = 0;
   BlockPass pass(*this, withTarget);
   while (left > 0 && !fpCancel->IsCancel()) {
     // A block never goes beyond the next report, so that reports come at the right record.
-    const int most = listener != nullptr ? std::min(left, untilReport) : left;
+    const std::int64_t most =
+        listener != nullptr ? std::min<std::int64_t>(left, untilReport) : left;
     const MCCommon::RecordBlock& block = source.NextBlock(
         std::min(static_cast<std::size_t>(most), MCCommon::RecordBlock::kMaxCases));
     if (block.Cases() == 0) break;
@@ -208,6 +236,20 @@ MCStatus FSPredictorSet::PassBlocks(MCCommon::RecordIterator& source, int maxRec
     }
   }
   return EndOfPass(fpSettings->GetWeightPosition() >= 0, warn);
+}
+
+// A pass adds to what earlier ones gathered, and variances are to be computed again.
+void FSPredictorSet::StartPass(bool withTarget) {
+  AllocAccum(withTarget);
+  fbPassCompleted = false;
+}
+
+// The limit of a pass: never more cases than can be counted.
+int FSPredictorSet::CasesLeft(int maxRecords) const {
+  const std::int64_t free =
+      std::int64_t{std::numeric_limits<int>::max()} - fNValidCases - fNExcludedCases;
+  const int most = static_cast<int>(std::max<std::int64_t>(free, 0));
+  return maxRecords < 0 ? most : std::min(maxRecords, most);
 }
 
 MCStatus FSPredictorSet::EndOfPass(bool weighted, bool warn) {
@@ -241,7 +283,7 @@ class FSPredictorSet::TransactionPass {
   void EndCase() {
     if (!fbInCase) return;
     if (fbTargetValid) SkipTo(fSet.fNPredictors);
-    fSet.CountCase(1.0, fTarget, fbTargetValid && fbAnyValid);
+    fSet.CountCase(1.0, fTarget, true, fbTargetValid && fbAnyValid);
     fbInCase = false;
   }
 
@@ -280,11 +322,17 @@ class FSPredictorSet::TransactionPass {
     return fSet.fAccumulators[static_cast<std::size_t>(item)].get();
   }
 
+  // The case identifier as a whole number; 0 for one that is none.
+  std::int64_t CaseNumber() const {
+    constexpr double kMost = 9007199254740992.0;  // whole numbers beyond have gaps
+    return std::fabs(fCaseID) <= kMost ? static_cast<std::int64_t>(fCaseID) : 0;
+  }
+
   MCStatus Problem(MCFeature::StatusCode code, std::int64_t first, std::int64_t second) const {
     MCStatus status = MCFeature::Error(code);
     status.SetDiscreteDatum(0, first);
     status.SetDiscreteDatum(1, second);
-    status.SetDiscreteDatum(2, MCMV::IsMissing(fCaseID) ? 0 : FSCategory(fCaseID));
+    status.SetDiscreteDatum(2, CaseNumber());
     return status;
   }
 
@@ -299,7 +347,7 @@ class FSPredictorSet::TransactionPass {
 
 MCStatus FSPredictorSet::PassTransactions(MCCommon::RecordIterator& source) {
   const FSStopwatch watch(fElapsed);
-  AllocAccum(true);
+  StartPass(true);
   TransactionPass pass(*this);
   constexpr std::size_t kColumns = 4;
   while (!fpCancel->IsCancel()) {

@@ -24,7 +24,7 @@ void FSPredictorSet::ComputeCriteria() {
   CompletePass();
   const FSStopwatch watch(fElapsed);
   ProgressListener* listener = fpSettings->GetProgressListener();
-  const int interval = fpSettings->GetNSkippedPredictorReports() + 1;
+  const std::int64_t interval = std::int64_t{fpSettings->GetNSkippedPredictorReports()} + 1;
   for (int c = 0; c < kNCriteria; ++c) {
     fSortVectors[At(c)].clear();
     const std::size_t n = fpSettings->GetCriterion(Criterion(c)) ? At(fNPredictors) : 0;
@@ -109,9 +109,11 @@ MCStatus FSPredictorSet::GetTopPredictors(RankCriteria criterion, int n, std::ve
 }
 
 const std::vector<double>& FSPredictorSet::GetCriterionValues(RankCriteria criterion) const {
-  return fCriterionValues.at(At(criterion));
+  static const std::vector<double> kNone;
+  return At(criterion) < fCriterionValues.size() ? fCriterionValues[At(criterion)] : kNone;
 }
 
 const std::vector<int>& FSPredictorSet::GetRanks(RankCriteria criterion) const {
-  return fRanks.at(At(criterion));
+  static const std::vector<int> kNone;
+  return At(criterion) < fRanks.size() ? fRanks[At(criterion)] : kNone;
 }

@@ -23,18 +23,31 @@ std::size_t PositionOf(const FSMapICnt& map, int category) {
   return static_cast<std::size_t>(at - map.begin());
 }
 
+double NumberOrMissing(double value) {
+  return MCMV::IsMissing(value) ? MCMV::gMissingValue : value;
+}
+
 }  // namespace
 
 ContingencyTable::ContingencyTable(const FSMapICnt& rows, const FSMapICnt& columns,
                                    const FSMapPiCnt& joint, double total)
-    : fRows(CountsOf(rows)),
-      fColumns(CountsOf(columns)),
-      fCounts(fRows.size() * fColumns.size()),
-      fTotal(total) {
+    : fRows(CountsOf(rows)), fColumns(CountsOf(columns)), fTotal(total) {
+  auto row = rows.begin();
+  fStarts.push_back(0);
   for (const auto& [pair, count] : joint) {
-    fCounts[PositionOf(rows, pair.first) * fColumns.size() + PositionOf(columns, pair.second)] =
-        count;
+    for (; row->first < pair.first; ++row) fStarts.push_back(fCells.size());
+    fCells.push_back({PositionOf(columns, pair.second), count});
   }
+  fStarts.resize(fRows.size() + 1, fCells.size());
+}
+
+// By what the row's other columns leave of N: exact for whole weights.
+double ContingencyTable::ExpectedInEmpty(std::size_t row) const {
+  const std::span<const Cell> cells = Cells(row);
+  if (cells.size() == fColumns.size()) return 0.0;
+  double left = fTotal;
+  for (const Cell& cell : cells) left -= fColumns[cell.fColumn];
+  return fRows[row] * std::max(left, 0.0) / fTotal;
 }
 
 double ContingencyTable::DegreesOfFreedom() const {
@@ -44,11 +57,12 @@ double ContingencyTable::DegreesOfFreedom() const {
 double PearsonChiSquare(const ContingencyTable& table) {
   double sum = 0.0;
   for (std::size_t i = 0; i < table.fRows.size(); ++i) {
-    for (std::size_t j = 0; j < table.fColumns.size(); ++j) {
-      const double expected = table.Expected(i, j);
-      const double difference = table.Count(i, j) - expected;
+    for (const auto& [column, count] : table.Cells(i)) {
+      const double expected = table.Expected(i, column);
+      const double difference = count - expected;
       sum += difference * difference / expected;
     }
+    sum += table.ExpectedInEmpty(i);
   }
   return sum;
 }
@@ -56,9 +70,8 @@ double PearsonChiSquare(const ContingencyTable& table) {
 double LikelihoodRatioChiSquare(const ContingencyTable& table) {
   double sum = 0.0;
   for (std::size_t i = 0; i < table.fRows.size(); ++i) {
-    for (std::size_t j = 0; j < table.fColumns.size(); ++j) {
-      const double count = table.Count(i, j);
-      if (count > 0.0) sum += count * std::log(count / table.Expected(i, j));
+    for (const auto& [column, count] : table.Cells(i)) {
+      sum += count * std::log(count / table.Expected(i, column));
     }
   }
   return 2.0 * sum;
@@ -67,20 +80,20 @@ double LikelihoodRatioChiSquare(const ContingencyTable& table) {
 double CramersV(const ContingencyTable& table, double chiSquare) {
   const auto smaller = static_cast<double>(std::min(table.fRows.size(), table.fColumns.size()));
   const double divisor = (smaller - 1.0) * table.fTotal;
-  return divisor > 0.0 ? std::sqrt(chiSquare / divisor) : MCMV::gMissingValue;
+  return divisor > 0.0 ? NumberOrMissing(std::sqrt(chiSquare / divisor)) : MCMV::gMissingValue;
 }
 
 double AsymmetricLambda(const ContingencyTable& table) {
   if (table.fColumns.empty()) return MCMV::gMissingValue;
   double guessedByRow = 0.0;
-  const std::size_t columns = table.fColumns.size();
-  for (auto row = table.fCounts.begin(); row != table.fCounts.end();
-       row += static_cast<std::ptrdiff_t>(columns)) {
-    guessedByRow += *std::max_element(row, row + static_cast<std::ptrdiff_t>(columns));
+  for (std::size_t i = 0; i < table.fRows.size(); ++i) {
+    double largest = 0.0;
+    for (const auto& cell : table.Cells(i)) largest = std::max(largest, cell.fCount);
+    guessedByRow += largest;
   }
   const double guessed = *std::max_element(table.fColumns.begin(), table.fColumns.end());
   const double errors = table.fTotal - guessed;
-  return errors > 0.0 ? (guessedByRow - guessed) / errors : MCMV::gMissingValue;
+  return errors > 0.0 ? NumberOrMissing((guessedByRow - guessed) / errors) : MCMV::gMissingValue;
 }
 
 Anova OneWayAnova(const FSMapIStat& groups, double overallMean, double total) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 #include <vector>
 
 class FSMapICnt;
@@ -11,41 +12,54 @@ class FSMapPiCnt;
 namespace FSStatistics {
 
 // A table of weighted counts n(i,j), rows by predictor and columns by target category, both in
-// ascending order of the category.
+// ascending order of the category. Cells that never occurred are not stored: a table of many rows
+// and columns takes the space of its cases, not of its grid.
 struct ContingencyTable {
-  // `total` is the weight of all cells, joint counts that never occurred are 0.
+  struct Cell {
+    std::size_t fColumn;
+    double fCount;
+  };
+
+  // `total` is the weight of all cells. REQUIRES: the categories of the joint counts are among
+  // those of rows and columns.
   ContingencyTable(const FSMapICnt& rows, const FSMapICnt& columns, const FSMapPiCnt& joint,
                    double total);
 
-  double Count(std::size_t row, std::size_t column) const {
-    return fCounts[row * fColumns.size() + column];
-  }
   // Expected without association: n(i) n(j) / N.
   double Expected(std::size_t row, std::size_t column) const {
     return fRows[row] * fColumns[column] / fTotal;
+  }
+  // The sum of what is expected in the cells of a row that never occurred.
+  double ExpectedInEmpty(std::size_t row) const;
+  // The cells of a row that occurred, in order.
+  std::span<const Cell> Cells(std::size_t row) const {
+    return {fCells.data() + fStarts[row], fCells.data() + fStarts[row + 1]};
   }
   // (R - 1)(C - 1).
   double DegreesOfFreedom() const;
   // Fewer than two rows or columns: no association can be seen.
   bool IsDegenerate() const { return fRows.size() < 2 || fColumns.size() < 2; }
 
-  std::vector<double> fRows;     // n(i)
-  std::vector<double> fColumns;  // n(j)
-  std::vector<double> fCounts;   // n(i,j), row by row
-  double fTotal;                 // N
+  std::vector<double> fRows;         // n(i)
+  std::vector<double> fColumns;      // n(j)
+  std::vector<Cell> fCells;          // row by row
+  std::vector<std::size_t> fStarts;  // of each row in fCells, and the end
+  double fTotal;                     // N
 };
 
-// Sum over all cells of (n(i,j) - E(i,j))^2 / E(i,j).
+// Sum over all cells of (n(i,j) - E(i,j))^2 / E(i,j), which is E(i,j) where nothing occurred.
 double PearsonChiSquare(const ContingencyTable& table);
 
 // 2 times the sum over the cells with n(i,j) > 0 of n(i,j) ln(n(i,j) / E(i,j)).
 double LikelihoodRatioChiSquare(const ContingencyTable& table);
 
-// sqrt(X2 / ((min(R, C) - 1) N)); missing where the divisor is not positive.
+// sqrt(X2 / ((min(R, C) - 1) N)); missing where the divisor is not positive, or the result no
+// number.
 double CramersV(const ContingencyTable& table, double chiSquare);
 
 // (sum over rows of the largest count - M) / (N - M), M the largest column total: by how much
-// knowing the row lowers the error of guessing the column. Missing where N = M.
+// knowing the row lowers the error of guessing the column. Missing where N = M, or the result is no
+// number.
 double AsymmetricLambda(const ContingencyTable& table);
 
 // One-way analysis of variance.

@@ -11,6 +11,7 @@ void AnovaTest(const FSMapIStat& groups, double overallMean, double total, doubl
   const FSStatistics::Anova anova = FSStatistics::OneWayAnova(groups, overallMean, total);
   df1 = anova.fDf1;
   df2 = anova.fDf2;
+  if (MCMV::IsMissing(anova.fWithin) || MCMV::IsMissing(anova.fBetween)) return;
   if (!(anova.fWithin > 0.0)) {
     value = 0.0;  // the groups are separated perfectly
     return;

@@ -8,7 +8,7 @@ namespace FSTests {
 // Outputs are left alone where they cannot be computed; the caller has set them to missing.
 //
 // One-way analysis of variance: p-value, F (tie1), df1, df2. No variation within the groups gives
-// the p-value 0 and no F, whatever the degrees of freedom.
+// the p-value 0 and no F, whatever the degrees of freedom. Sums that overflow give neither.
 void AnovaTest(const FSMapIStat& groups, double overallMean, double total, double& value,
                double& tie1, double& df1, double& df2);
 

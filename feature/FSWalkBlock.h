@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include "common/MissingValue.h"
 #include "feature/FSCaseBlock.h"
@@ -38,6 +39,13 @@ struct FSSmallCategories {
   }
 };
 
+// As long as all categories are small and none is missing.
+struct FSSmallCategoriesWithoutGap {
+  static FSVerdict Of(double value) {
+    return value > -1.0 && value < kFSDenseSide ? FSVerdict::kTake : FSVerdict::kEnd;
+  }
+};
+
 // The share w / (W + w) of case i in an overall mean, W the predictor's valid weight before it.
 inline double FSShareOf(const FSPredictorState& state, const FSCaseBlock& cases, std::size_t i) {
   const double before = state.GetValidWeight();
@@ -54,14 +62,16 @@ template <class Column, class Take>
 std::size_t FSWalkBlock(const double* predictor, const FSCaseBlock& cases, std::size_t first,
                         FSPredictorState& shared, Take take) {
   FSPredictorState state = shared;
+  const double* const weights = cases.fpWeights;
+  const bool marks = cases.fpHasValid != nullptr;
   std::size_t i = first;
   for (; i < cases.fNCases; ++i) {
     const double value = predictor[i];
-    const double weight = cases.fpWeights[i];
+    const double weight = weights[i];
     const FSVerdict verdict = Column::Of(value);
     if (verdict == FSVerdict::kTake) [[likely]] {
       take(state, i, value, weight);
-      if (cases.fpHasValid != nullptr) cases.fpHasValid[i] = 1;
+      if (marks) cases.fpHasValid[i] = 1;
     } else if (verdict == FSVerdict::kMissing) {
       state.AddMissing(weight);
     } else {

@@ -25,12 +25,6 @@ void FSAlgorithm::Fields(Archive& archive, Self& self) {
 
 MC_STATE_OPERATIONS(FSAlgorithm, "FSAlgorithm 1.00", "FSAlgorithm 1.00")
 
-// The component's status; error 1 when it was cancelled.
-MCStatus FSAlgorithm::StatusNow() const {
-  if (fStatus.IsError() || !fCancel.IsCancel()) return fStatus;
-  return MCFeature::Error(MCFeature::kCancelled);
-}
-
 MCStatus FSAlgorithm::SaveState(std::fstream& out) const {
   const MCStatus status = StatusNow();
   if (!status.IsError()) WriteObject(out);

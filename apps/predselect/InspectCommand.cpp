@@ -85,17 +85,19 @@ class RankingColumns {
     }
   }
 
+  // A scale predictor ranked beside categorical ones has only its rank and significance here.
   void Fill(BpPivotTable& table, const BpCategory& row, int predictor) const {
+    const auto place = static_cast<std::size_t>(predictor);
+    const int rank = fComponent.GetRanks(fCriterion)[place];
+    if (rank < 0) return;
+    table.SetCell({row, fColumns[0]}, rank + 1);
     double values[4];
     const bool isAnswered = fComponent.GetPredictorStats(fCriterion, predictor, values[0],
                                                          values[1], values[2], values[3]);
-    const std::vector<int>& ranks = fComponent.GetRanks(fCriterion);
-    const auto place = static_cast<std::size_t>(predictor);
-    if (place < ranks.size() && ranks[place] >= 0) {
-      table.SetCell({row, fColumns.front()}, ranks[place] + 1);
-    }
-    for (std::size_t i = 1; isAnswered && i < fColumns.size(); ++i) {
-      if (!MCMV::IsMissing(values[i - 1])) table.SetCell({row, fColumns[i]}, values[i - 1]);
+    values[0] = fComponent.GetCriterionValues(fCriterion)[place];
+    const std::size_t nShown = isAnswered ? fColumns.size() - 1 : 1;
+    for (std::size_t i = 0; i < nShown; ++i) {
+      if (!MCMV::IsMissing(values[i])) table.SetCell({row, fColumns[i + 1]}, values[i]);
     }
   }
 

@@ -37,6 +37,8 @@ void OnBrokenInvariant(const char* text, const char* source) {
 void InstallInterruptHandlers() {
   std::signal(SIGINT, OnInterrupt);
   std::signal(SIGTERM, OnInterrupt);
+  // The terminal was closed, unless the run was started to outlive it.
+  if (std::signal(SIGHUP, OnInterrupt) == SIG_IGN) std::signal(SIGHUP, SIG_IGN);
   std::signal(SIGPIPE, SIG_IGN);
   MCCommon::SetAssertionHandler(OnBrokenInvariant);
 }

@@ -4,8 +4,8 @@
 
 namespace PredSelectApp {
 
-// Installs the handlers for SIGINT and SIGTERM, and makes a closed pipe a write error. Also makes
-// a broken invariant remove temporary files before it ends the program.
+// Installs the handlers for SIGINT, SIGTERM and SIGHUP, and makes a closed pipe a write error.
+// Also makes a broken invariant remove temporary files before it ends the program.
 void InstallInterruptHandlers();
 
 // True once the user asked to stop.

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -83,6 +84,12 @@ class RunSession : public MCHost::Session {
   MCHost::OutputDocument& fDocument;
 };
 
+// A folder that is not there is complained of when something needs it.
+std::string TemporaryFolder() {
+  const char* folder = std::getenv("TMPDIR");
+  return folder != nullptr && *folder != '\0' ? folder : "/tmp";
+}
+
 void MakeDirectory(const std::string& path) {
   std::error_code error;
   std::filesystem::create_directories(path, error);
@@ -135,6 +142,7 @@ int RunCommands(const Options& options) {
 
   RunSession session(*table, document);
   session.SetAppParams({"PredSelect", kVersion, "PredSelect contributors"});
+  session.SetTempPath(TemporaryFolder());
   session.SetCancelQuery(IsInterrupted);
   session.SetProgressListener([&progress](const std::string& text) { progress.Show(text); });
   session.fResultsDirectory = options.fResults;

@@ -152,7 +152,7 @@ void NaiveOutput::DisplayScreened() const {
 std::vector<NaiveOutput::SubsetRow> NaiveOutput::SubsetRows() const {
   const std::vector<int>& fSelectPredictors = fpFactory->GetSelectPredictors();
   const std::vector<double>& logs = fpFactory->GetAverageLogValues();
-  const int numForced = fpFactory->GetNForcePreds();
+  const auto numForced = static_cast<int>(fpFactory->GetForcedInputs().size());
   const int nAdded = static_cast<int>(logs.size()) - numForced;
   std::vector<SubsetRow> rows;
   for (int j = 0; j <= nAdded; ++j) {
@@ -176,16 +176,18 @@ std::vector<NaiveOutput::SubsetRow> NaiveOutput::SubsetRows() const {
   return rows;
 }
 
-// The row of the chosen subset: the best one, or the last one of an exact size.
+// The row of the chosen subset: the best one, or the last one where nothing was ranked: for an
+// exact size, and where the training cases left no predictor.
 int NaiveOutput::ChosenSubset(int numSubsets) const {
   const auto& fSelectResults = fpFactory->GetSelectResults();
-  const int numForced = fpFactory->GetNForcePreds();
+  const auto numForced = static_cast<int>(fpFactory->GetForcedInputs().size());
   const bool isExact = fpValidSpecs->GetMultiExactSize() >= 1;
   // Without forced predictors the initial subset is empty and has no result.
   const int nRanked = numForced > 0 ? numSubsets : numSubsets - 1;
   MCCommon::Assert(isExact || static_cast<int>(fSelectResults.size()) == nRanked,
                    "fSelectResults.size() == numSubsets", kSource);
-  const int subsetIndex = isExact ? numSubsets - 1 : fSelectResults.front().first - numForced;
+  const int subsetIndex =
+      fSelectResults.empty() ? numSubsets - 1 : fSelectResults.front().first - numForced;
   MCCommon::Assert(subsetIndex >= 0, "subsetIndex >= 0", kSource);
   MCCommon::Assert(subsetIndex < numSubsets, "subsetIndex < numSubsets", kSource);
   return subsetIndex;
@@ -209,7 +211,8 @@ void NaiveOutput::DisplaySubsets() const {
         columns.AddCategory(BpString(isBIC ? "Pseudo-BIC" : "Test Data Criterion"), general));
     if (!isBIC && IsSimulated()) ranked.back().Note(BpString("Computed using simulated..."));
   }
-  const BpCategory logLikelihood = columns.AddCategory(BpString("Average Log-Likelihood"), general);
+  BpCategory logLikelihood = columns.AddCategory(BpString("Average Log-Likelihood"), general);
+  if (AreLogLikelihoodsSimulated()) logLikelihood.Note(BpString("Estimated with simulated..."));
   std::vector<BpCategory> rows;
   for (const SubsetRow& subset : subsets) {
     const auto number = static_cast<double>(rows.size());
@@ -236,17 +239,24 @@ void NaiveOutput::NoteSubsets(const std::vector<BpCategory>& rows, BpCategory& a
 }
 
 MCHost::OutputText NaiveOutput::InitialSubset() const {
-  const std::vector<int>* forced = fpValidSpecs->GetForcePredListPtr();
-  if (forced == nullptr || forced->empty()) return BpString("The initial subset is empty.");
+  const std::vector<int> forced = fpFactory->GetForcedInputs();
+  if (forced.empty()) return BpString("The initial subset is empty.");
   BpComposite text("The initial subset contains [%1:, ^1:]1");
   text.Sublist();
-  for (const int var : *forced) text.Add(BpVariable(fpActiveDS->GetVariable(var)));
+  for (const int var : forced) text.Add(BpVariable(fpActiveDS->GetVariable(var)));
   return text.EndSublist().Finish();
 }
 
 bool NaiveOutput::IsSimulated() const {
   const long records = long{fpFactory->GetNTrainRecords()} + fpFactory->GetNTestRecords();
   return records > fpSettings->GetMaxRecordsInMemory();
+}
+
+// The steps forward then work on simulated data; only a ranking by pseudo-BIC computes the values
+// anew from the training cases.
+bool NaiveOutput::AreLogLikelihoodsSimulated() const {
+  const bool isAnew = fpValidSpecs->GetMultiPseudoBIC() && fpValidSpecs->GetMultiExactSize() < 1;
+  return !isAnew && fpFactory->GetNTrainRecords() > fpSettings->GetMaxRecordsInMemory();
 }
 
 std::vector<std::string> NaiveOutput::SelectedNames(bool categorical) const {

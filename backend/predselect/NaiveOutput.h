@@ -62,7 +62,9 @@ class NaiveOutput {
   // Names of the model's predictors of one kind, in the order of the variable list.
   std::vector<std::string> SelectedNames(bool categorical) const;
   MCHost::OutputText InitialSubset() const;
+  // Whether training and test cases, or the training cases alone, exceed the memory for cases.
   bool IsSimulated() const;
+  bool AreLogLikelihoodsSimulated() const;
   const KOVA_Variable& VariableAt(int listPosition) const;
   MCHost::OutputText TargetCategory(int code) const;
 

@@ -195,7 +195,7 @@ SubCom Plot(bool univariable) {
   return SubCom("PLOT", "The charts that are drawn. None when PLOT is not given.")
       .addParamDesc(univariable
                         ? Param("SUMMARY", Param::kFlag, "The ranking statistic of each predictor.")
-                        : Param("UNCERTAINTY", Param::kFlag, "The uncertainty of predictions."));
+                        : Param("UNCERTAINTY", Param::kFlag, "Accepted, but no chart is drawn."));
 }
 
 }  // namespace

@@ -72,7 +72,8 @@ bool PRSMultiFactory::PreliminaryDataPass() {
   MCStopProcessor& stop = *fpSpecs->GetStopProcessorPtr();
   while (fpTrainRecIter->HasMore() && !stop.IsCancel()) {
     (void)fpTrainRecIter->NextBlock(MCCommon::RecordBlock::kMaxCases);
-    PRSProgress::Show("Reading the data", fpAdapter->GetCaseNumber());
+    fNCasesRead = fpAdapter->GetCaseNumber();
+    PRSProgress::Show("Reading the data", fNCasesRead);
   }
   fNTestRecords = fpTrainRecIter->GetNTestCases();
   return IsPassComplete(*fpTrainRecIter);
@@ -83,10 +84,15 @@ bool PRSMultiFactory::IsPassComplete(const UAProcDataSourceIter& stream) {
     fAdapterMessages.ReadFailed(stream.GetFailText());
     return Fail(kDataUnusable);
   }
+  return !IsStopped();
+}
+
+bool PRSMultiFactory::IsStopped() {
   const MCStopProcessor& stop = *fpSpecs->GetStopProcessorPtr();
-  if (stop.GetCause() == MCStopProcessor::kRunning) return true;
-  fAdapterMessages.Stopped(stop, fpAdapter->GetCaseNumber());
-  return Fail(MCNaive::kCancelled);
+  if (stop.GetCause() == MCStopProcessor::kRunning) return false;
+  fAdapterMessages.Stopped(stop, std::max(fNCasesRead, fpAdapter->GetCaseNumber()));
+  (void)Fail(MCNaive::kCancelled);
+  return true;
 }
 
 bool PRSMultiFactory::CompleteMetaData() {

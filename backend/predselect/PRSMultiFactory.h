@@ -8,6 +8,7 @@
 // adapter, engine and variable list live as long as this, for the output to read.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <utility>
@@ -73,7 +74,10 @@ class PRSMultiFactory {
   const std::vector<double>& GetAverageLogValues() const { return fAverageLogValues; }
   const std::vector<std::pair<int, double>>& GetSelectResults() const { return fSelectResults; }
 
-  int GetNForcePreds() const { return fNForcePreds; }
+  // The forced predictors that are in the model: indices in the data, in the order of the command's
+  // list. One that is constant in the training cases is not. REQUIRES: the engine has run.
+  std::vector<int> GetForcedInputs() const;
+
   int GetNTrainRecords() const;
   int GetNTestRecords() const { return fNTestRecords; }
 
@@ -88,6 +92,8 @@ class PRSMultiFactory {
   bool Fail(int code);
   // False, with a message, after a read error or a stop.
   bool IsPassComplete(const UAProcDataSourceIter& stream);
+  // True, with a message, once the user or the clock has ended the run.
+  bool IsStopped();
 
   // Metadata.
   bool SetPredictors(const std::vector<int>* variables, const std::vector<bool>* categorical,
@@ -139,6 +145,7 @@ class PRSMultiFactory {
   int fNUniquePreds = 0;
   int fNForcePreds = 0;
   int fNTestRecords = 0;
+  std::int64_t fNCasesRead = 0;  // in the first pass
   std::vector<int> fMissPredictors;
   std::vector<int> fConstPredictors;
   std::vector<int> fSelectPredictors;

@@ -1,5 +1,7 @@
 // The NAIVEBAYES driver's model run: engine, selection, model file.
+#include <algorithm>
 #include <iostream>
+#include <iterator>
 #include <sstream>
 
 #include "backend/predselect/NaiveDataSourceIter.h"
@@ -11,6 +13,7 @@
 #include "common/MCAssert.h"
 #include "common/xml/MCApplicInfo4XML.h"
 #include "host/cases/UAInputAdapter.h"
+#include "host/cases/UAVarValidSpecs.h"
 #include "host/output/BpComposite.h"
 #include "host/output/BpError.h"
 #include "host/session/HostFunctions.h"
@@ -41,6 +44,7 @@ constexpr StatusText kStatusTexts[] = {
     {MCNaive::kNoTestRecords, "No valid cases in test sample..."},
     {MCNaive::kTooFewRecords, "Too few training cases..."},
     {MCNaive::kTemporaryFile, "Temporary file failed..."},
+    {MCNaive::kSizeReduced, "Exact size reduced in training cases..."},
     {MCNaive::kPredictorDropped, "Predictor ^1 constant in training cases..."},
     {MCNaive::kNoInputToExport, "No predictor for the model file..."},
     {MCNaive::kTextNotForXML, "Model file cannot hold the texts of variable ^1..."},
@@ -65,6 +69,9 @@ void PRSMultiFactory::DisplayMessage(const MCNaive::MCStatus& status) const {
   if (text == nullptr) return;
   const bool isTest = status.GetErrorCode() == MCNaive::kNoTestRecords;
   if (isTest && !fpSpecs->GetMultiTrainSamp()) return;
+  // A maximum may well be more than there are.
+  const bool isReduced = status.GetErrorCode() == MCNaive::kSizeReduced;
+  if (isReduced && fpSpecs->GetMultiExactSize() < 1) return;
   const auto var = static_cast<int>(status.GetDiscreteDatum(0));
   const bool namesVariable = status.GetErrorCode() == MCNaive::kPredictorDropped ||
                              status.GetErrorCode() == MCNaive::kTextNotForXML;
@@ -150,7 +157,8 @@ bool PRSMultiFactory::FinishEngine() {
   fStatus = fpNBAlgorithm->GetStatus();
   DisplayMessage(fStatus);
   if (fStatus.IsError()) return false;
-  if (fbRunSelection && fpNBAlgorithm->GetNumberOfInputVars() == fNForcePreds) {
+  const auto nForced = static_cast<int>(GetForcedInputs().size());
+  if (fbRunSelection && fpNBAlgorithm->GetNumberOfInputVars() == nForced) {
     fMessages.NoUniquePredsSelected();
   }
   if (display_naive_bayes) fpNBAlgorithm->Display(std::cerr);
@@ -168,10 +176,22 @@ bool PRSMultiFactory::WriteResultDocument() {
   });
 }
 
+std::vector<int> PRSMultiFactory::GetForcedInputs() const {
+  std::vector<int> inputs;
+  const std::vector<int>* forced = fpSpecs->GetForcePredListPtr();
+  if (forced == nullptr) return inputs;
+  const NBVarList& varList = fpNBAlgorithm->GetVarList();
+  std::copy_if(forced->begin(), forced->end(), std::back_inserter(inputs), [&](int var) {
+    return varList.GetVariableRole(fpVarSpecs->GetRecVarIndex(var)) == INBVariable::kInput;
+  });
+  return inputs;
+}
+
 bool PRSMultiFactory::WriteModel() {
   MCApplicInfo4XML info = ApplicationInfo();
   std::ostringstream document;
   const MCNaive::MCStatus status = fpNBAlgorithm->ExportModelXML(document, &info);
+  if (IsStopped()) return false;
   if (!status.IsOK()) {
     fStatus = {status.GetErrorCode(), false};
     fStatus.SetDiscreteDatum(0, status.GetDiscreteDatum(0));

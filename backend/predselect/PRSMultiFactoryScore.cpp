@@ -9,7 +9,6 @@
 #include "host/cases/KOVA_InputCaseIterator.h"
 #include "host/cases/MCStopProcessor.h"
 #include "host/cases/UAInputAdapter.h"
-#include "host/cases/UAVarValidSpecs.h"
 #include "host/command/VarSpecObj.h"
 #include "host/data/ProcedureDataSource.h"
 #include "host/output/AddNotes.h"
@@ -82,7 +81,7 @@ bool PRSMultiFactory::CreateProbabilities() {
     probability.SetMeasurementLevel(KOVA_Variable::kScale);
     BpComposite label("Predicted Probability for ^1 with value ^2...");
     label.AddLiteral(target.GetName());
-    label.AddLiteral(UAVarValidSpecs::ConvertObsToString(category, target));
+    label.AddLiteral(MCHost::TextId(PRSCategoryLabel(target, category)));
     probability.SetLabel(MCHost::ShowText(label.Finish()));
     BpComposite title("^1 = ^2");
     title.Add(BpVariable(target)).Add(PRSCategoryLabel(target, category));

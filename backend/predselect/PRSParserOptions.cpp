@@ -189,12 +189,16 @@ void PRSParser::AddPrintOptions(const ParamObj& summary) {
   }
 }
 
-bool PRSParser::ProcessPlotSubCom(const SubComObj&) {
+bool PRSParser::ProcessPlotSubCom(const SubComObj& subCom) {
   if (fbUniVariable) {
     fSpecs.SetPlotSummary(true);
-  } else {
-    fSpecs.SetPlotUncert(true);
+    return true;
   }
+  fSpecs.SetPlotUncert(true);
+  const ParamObj* uncertainty = subCom.getParamObj("UNCERTAINTY");
+  MCCommon::Assert(uncertainty != nullptr, "uncertaintyParam != 0", kSource);
+  fMessages.At(uncertainty->GetNameToken())
+      .OptionIdle("PLOT UNCERTAINTY", "NAIVEBAYES draws no chart");
   return true;
 }
 

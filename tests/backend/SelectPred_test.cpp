@@ -2,38 +2,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <nlohmann/json.hpp>
-#include <optional>
-
-#include "backend/predselect/predsele.h"
-#include "host/data/MemoryTable.h"
-#include "host/output/OutputDocument.h"
-#include "host/output/render/RenderJson.h"
-#include "host/session/Session.h"
-#include "host/session/SessionScope.h"
+#include "tests/backend/CommandTest.h"
 
 namespace {
 
-using nlohmann::json;
-using Strings = std::vector<std::optional<std::string>>;
+using MCTest::json;
+using MCTest::Strings;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// Runs commands over a table that a test fills first.
-class SelectPred : public testing::Test {
+class SelectPred : public MCTest::CommandTest {
  protected:
-  json Run(const std::string& command) {
-    MCHost::OutputDocument document;
-    fpSession = std::make_unique<MCHost::Session>(fTable, document);
-    const MCHost::SessionScope scope(*fpSession);
-    document.BeginRun("SELECTPRED");
-    fpSession->SetCommand(command);
-    fpSession->SetCancelQuery([this] { return fbCancelled; });
-    predsele_();
-    fbError = fpSession->CommonBlock().IsErrorSet();
-    return json::parse(MCHost::RenderJson(document))["runs"][0];
-  }
-
   // A 2 x 2 table of 10 0 / 0 10 (X2 = 20), an unrelated and a constant predictor, and numbers.
   void FillTable() {
     Strings target;
@@ -54,32 +33,6 @@ class SelectPred : public testing::Test {
     fTable.AddNumbers("near", near);
     fTable.AddNumbers("flat", flat);
   }
-
-  static std::vector<std::string> Titles(const json& run) {
-    std::vector<std::string> titles;
-    for (const json& table : run["tables"]) titles.push_back(table["title"]);
-    return titles;
-  }
-  static std::vector<std::string> Keys(const json& run) {
-    std::vector<std::string> keys;
-    for (const json& message : run["messages"]) keys.push_back(message["key"]);
-    return keys;
-  }
-  static json Cell(const json& run, const std::string& subtype, const json& row,
-                   const json& column) {
-    for (const json& table : run["tables"]) {
-      if (table["subtype"] != subtype) continue;
-      for (const json& cell : table["cells"]) {
-        if (cell["row"] == row && cell["column"] == column) return cell["value"];
-      }
-    }
-    return "no such cell";
-  }
-
-  MCHost::MemoryTable fTable;
-  std::unique_ptr<MCHost::Session> fpSession;
-  bool fbError = false;
-  bool fbCancelled = false;
 };
 
 TEST_F(SelectPred, RanksCategoricalPredictorsOfACategoricalTarget) {
@@ -186,7 +139,7 @@ TEST_F(SelectPred, CountsWeightsBesideCasesAndScalesStatisticsByThem) {
 
 TEST_F(SelectPred, SaysHowFarAStoppedRunHadCome) {
   FillTable();
-  fbCancelled = true;
+  fPollsLeft = 0;
   const json run = Run("SELECTPRED target BY same other /PRINT CPS SUMMARY.");
   EXPECT_THAT(Keys(run), ElementsAre("Stopped by the user after ^1 records..."));
   EXPECT_THAT(Titles(run), IsEmpty());

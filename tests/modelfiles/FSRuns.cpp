@@ -3,14 +3,13 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <fstream>
 #include <random>
 #include <regex>
 #include <sstream>
 
 #include "common/MissingValue.h"
 #include "tests/feature/Tables.h"
-#include "tests/modelfiles/ScratchFile.h"
+#include "tests/modelfiles/StateStreams.h"
 
 namespace {
 
@@ -95,11 +94,9 @@ std::string DumpOf(const IFSAlgorithm& component) {
 }
 
 std::string SaveBinary(const IFSAlgorithm& component) {
-  const ScratchFile file;
-  std::fstream out(file.Path(), std::ios::binary | std::ios::out);
+  BinaryStream out;
   EXPECT_FALSE(component.SaveState(out).IsError());
-  out.close();
-  return file.Read();
+  return out.Content();
 }
 
 std::string SaveXML(const IFSAlgorithm& component) {
@@ -109,15 +106,11 @@ std::string SaveXML(const IFSAlgorithm& component) {
 }
 
 std::unique_ptr<IFSAlgorithm> RestoreBinary(const std::string& state, FSFactory& factory) {
-  const ScratchFile file;
-  file.Write(state);
-  std::fstream in(file.Path(), std::ios::binary | std::ios::in);
+  BinaryStream in(state);
   return factory.RestoreFSAlgorithmFromBinary(in);
 }
 
 std::unique_ptr<IFSAlgorithm> RestoreXML(const std::string& state, FSFactory& factory) {
-  const ScratchFile file;
-  file.Write(state);
-  std::ifstream in(file.Path(), std::ios::binary);
+  XMLStream in(state);
   return factory.RestoreFSAlgorithmFromXML(in);
 }

@@ -375,14 +375,15 @@ std::vector<std::size_t> TextTable::ColumnWidths(const AxisEntry& layer, std::si
     }
     widths.push_back(std::min(width, most));
   }
-  WidenForGroups(widths);
+  WidenForGroups(widths, measure);
   return widths;
 }
 
-void TextTable::WidenForGroups(std::vector<std::size_t>& widths) const {
+void TextTable::WidenForGroups(std::vector<std::size_t>& widths,
+                               std::size_t (*measure)(const std::string&)) const {
   for (const Block& block : Blocks(fColumns, fColumnDepth)) {
     const std::size_t room = SpanWidth(widths, block.fFrom, block.fTo);
-    const std::size_t wanted = HeadingWidth(block.fText);
+    const std::size_t wanted = std::min(measure(block.fText), HeadingWidth(block.fText));
     if (wanted > room) widths[block.fTo - 1] += wanted - room;
   }
 }

@@ -55,7 +55,8 @@ class TextTable {
   std::size_t RoomForColumns() const;
   std::vector<std::size_t> ColumnWidths(const AxisEntry& layer, std::size_t least,
                                         std::size_t (*measure)(const std::string&)) const;
-  void WidenForGroups(std::vector<std::size_t>& widths) const;
+  void WidenForGroups(std::vector<std::size_t>& widths,
+                      std::size_t (*measure)(const std::string&)) const;
   const ShownCell* FindCell(const AxisEntry& row, const AxisEntry& column,
                             const AxisEntry& layer) const;
 

@@ -102,6 +102,34 @@ Sample: Training
 )");
 }
 
+TEST(RenderText, WrapsTheHeadingsOfATableThatFitsThePageNoOtherWay) {
+  MCTest::OutputHost host;
+  BpPivotTable table("Classification", "Classification");
+  BpDimension rows = table.RowDimension("Observed");
+  BpDimension columns = table.ColumnDimension("Predicted");
+  BpGroup values = columns.AddGroup(BpString("Values"));
+  const OutputText adelie = OutputText::Literal("Adelie (Pygoscelis adeliae)");
+  const BpCategory row = rows.AddCategory(adelie);
+  table.SetCell({row, values.AddCategory(adelie, BpProcedure::Count())}, 103);
+  table.SetCell({row, columns.AddCategory(BpString("Percent Correct"), BpProcedure::Percent())},
+                99);
+  table.Show();
+  MCHost::TextOptions narrow;
+  narrow.fWidth = 48;
+  EXPECT_EQ(MCHost::RenderText(host.fDocument, narrow), R"(Classification
+┌─────────────────────┬─────────────┬──────────┐
+│                     │   Values    │          │
+│                     ├─────────────┤          │
+│                     │      Adelie │          │
+│                     │ (Pygoscelis │  Percent │
+│ Observed            │    adeliae) │  Correct │
+├─────────────────────┼─────────────┼──────────┤
+│ Adelie (Pygoscelis  │         103 │    99.0% │
+│ adeliae)            │             │          │
+└─────────────────────┴─────────────┴──────────┘
+)");
+}
+
 TEST(RenderText, PutsListItemsOnLinesAndNotesAndMessagesInBlocks) {
   MCTest::OutputHost host;
   AddNotes(4, BpString("Definition of Missing"), BpString("UserMiss excluded ..."));

@@ -1,0 +1,149 @@
+#!/usr/bin/env python3
+"""Laws of saved state, across processes.
+
+  check_state.py PROGRAM LAW      one of the functions below that begin with "law_"
+"""
+
+import csv
+import json
+import random
+import subprocess
+import sys
+import tempfile
+from pathlib import Path
+
+DATA = Path(__file__).resolve().parents[2] / "data"
+RANKING = "SELECTPRED species BY island sex WITH bill_length_mm bill_depth_mm body_mass_g " \
+          "/CRITERIA SIZE=3 SHOWUNSELECTED=5 /SCREENING STATUS=OFF /PRINT SUMMARY."
+MODEL = "NAIVEBAYES species BY island sex WITH bill_length_mm bill_depth_mm body_mass_g " \
+        "/SAVE PREDVAL(p) PREDPROB(q:3)."
+
+
+def call(program, folder, *arguments, expect=0):
+    result = subprocess.run([program, *arguments], cwd=folder, capture_output=True, text=True,
+                            check=False)
+    assert result.returncode == expect, (arguments, result.returncode, result.stderr)
+    return result
+
+
+def cells(document, subtype):
+    """Values by the innermost row label and the column."""
+    for table in json.loads(document)["runs"][0]["tables"]:
+        if table["subtype"] == subtype:
+            return {(cell["row"][-1], *cell["column"]): cell["value"] for cell in table["cells"]}
+    raise AssertionError(f"no table {subtype}")
+
+
+def write_parts(folder, n):
+    """The cases of the penguins in random parts: each numbers its categories its own way."""
+    with open(DATA / "penguins.csv", encoding="utf-8", newline="") as file:
+        header, *rows = csv.reader(file)
+    random.Random(20241).shuffle(rows)
+    for i in range(n):
+        with open(folder / f"part{i}.csv", "w", encoding="utf-8", newline="") as file:
+            csv.writer(file).writerows([header, *rows[i::n]])
+
+
+def law_parts_make_the_whole(program, folder):
+    """Counted in eight processes, in both forms, merged and ranked: the table of the single run."""
+    write_parts(folder, 8)
+    states = [f"part{i}.{'bin' if i % 2 else 'xml'}" for i in range(8)]
+    for i, state in enumerate(states):
+        call(program, folder, "run", "--data", f"part{i}.csv", "-c", RANKING,
+             "--save-state", state)
+    call(program, folder, "merge", *states[:3], "-o", "some.xml")
+    call(program, folder, "merge", "some.xml", *states[3:], "-o", "all.bin")
+    merged = cells(call(program, folder, "inspect", "all.bin", "--format", "json").stdout, "Ranking")
+    whole = cells(call(program, folder, "run", "--data", str(DATA / "penguins.csv"), "-c", RANKING,
+                       "--format", "json").stdout, "PredictorSummary")
+    assert len(whole) > 20
+    for key, value in whole.items():
+        assert value is None or abs(merged[key] - value) <= 1e-12 * max(1.0, abs(value)), key
+
+
+def law_a_saved_model_scores_as_its_run_did(program, folder):
+    """In both forms, from CSV and from Parquet, in memory and streamed: the same predictions."""
+    for state in ("model.bin", "model.xml"):
+        for file in ("run.csv", "run.parquet"):
+            call(program, folder, "run", "--data", str(DATA / "penguins.csv"), "-c", MODEL,
+                 "--save-state", state, "--save-data", file)
+        call(program, folder, "score", "--model", state, "--data", str(DATA / "penguins.csv"),
+             "--predicted", "p", "--probabilities", "q", "--save-data", "scored.csv")
+        assert (folder / "run.csv").read_bytes() == (folder / "scored.csv").read_bytes()
+        call(program, folder, "score", "--model", state, "--data", "run.parquet", "--stream",
+             "--predicted", "s", "--probabilities", "t", "--save-data", "both.csv")
+        with open(folder / "both.csv", encoding="utf-8", newline="") as file:
+            rows = list(csv.DictReader(file))
+        assert len(rows) == 344
+        for row in rows:
+            assert row["p"] == row["s"] and all(row[f"q_{k}"] == row[f"t_{k}"] for k in (1, 2, 3))
+
+
+def law_damaged_files_are_refused(program, folder):
+    """Cut short or changed anywhere: one message and exit code 3, or a state that can be shown."""
+    draw = random.Random(7)
+    for command, name in ((RANKING, "rank"), (MODEL, "model")):
+        for form in ("bin", "xml"):
+            path = folder / f"{name}.{form}"
+            call(program, folder, "run", "--data", str(DATA / "penguins.csv"), "-c", command,
+                 "--save-state", path.name)
+            whole = path.read_bytes()
+            for trial in range(25):
+                at = draw.randrange(len(whole))
+                cut = trial % 2 == 0
+                changed = bytes([whole[at] ^ (1 << draw.randrange(8))])
+                bad = whole[:at] if cut else whole[:at] + changed + whole[at + 1:]
+                (folder / f"bad.{form}").write_bytes(bad)
+                result = subprocess.run([program, "inspect", f"bad.{form}"], cwd=folder,
+                                        capture_output=True, check=False)
+                assert result.returncode in ((3,) if cut else (0, 3)), (name, form, at, cut)
+                assert result.returncode == 0 or b"cannot be used as a state" in result.stderr
+
+
+def law_what_does_not_fit_is_refused(program, folder):
+    """Each with its own message."""
+    penguins = str(DATA / "penguins.csv")
+    biopsies = str(DATA / "biopsies.csv")
+    for text, state in ((RANKING, "rank.bin"), (MODEL, "model.bin"),
+                        (RANKING.replace("STATUS=OFF", "PCTMISSING=50"), "screened.bin"),
+                        (RANKING.replace("bill_depth_mm", "flipper_length_mm"), "other.bin")):
+        call(program, folder, "run", "--data", penguins, "-c", text, "--save-state", state)
+    for arguments, code, message in (
+            (("merge", "rank.bin", "model.bin", "-o", "x.bin"), 2, "a ranking, the other a model"),
+            (("merge", "rank.bin", "screened.bin", "-o", "x.bin"), 2, "screening rules"),
+            (("merge", "rank.bin", "other.bin", "-o", "x.bin"), 2, "bill_depth_mm is another"),
+            (("merge", "rank.bin", "-o", "x.bin"), 2, "Try"),
+            (("merge", "rank.bin", "rank.bin", "-o", "x.txt"), 2, "named .bin or .xml"),
+            (("inspect", "nowhere.bin"), 3, "No such file"),
+            (("inspect", penguins), 3, "holds no saved component"),
+            (("score", "--model", "rank.bin", "--data", penguins, "--save-data", "x.csv"), 2,
+             "not a Naive Bayes model"),
+            (("score", "--model", "model.bin", "--data", biopsies, "--save-data", "x.csv"), 2,
+             "no variable"),
+            (("run", "--data", penguins, "-c", MODEL, "--save-state", "no/where.bin"), 1,
+             "could not be written")):
+        result = call(program, folder, *arguments, expect=code)
+        assert message in result.stderr, (arguments, result.stderr)
+        assert not (folder / "x.bin").exists() and not (folder / "x.csv").exists()
+
+
+def law_results_name_their_command(program, folder):
+    """One set of documents a command, numbered in the order of the text."""
+    text = RANKING + "\n" + MODEL
+    result = call(program, folder, "run", "--data", str(DATA / "penguins.csv"), "-c", text,
+                  "--results", "out/xml", "--format", "json")
+    names = sorted(path.name for path in (folder / "out" / "xml").iterdir())
+    assert names == ["1-predictors.xml", "1-ranking-f.xml", "1-ranking-likelihood.xml",
+                     "1-ranking-pearson.xml", "2-subsets.xml"], names
+    assert json.loads(result.stdout)["runs"][1]["files"] == ["out/xml/2-subsets.xml"]
+
+
+def main():
+    program, law = sys.argv[1], globals()["law_" + sys.argv[2]]
+    with tempfile.TemporaryDirectory() as folder:
+        law(program, Path(folder))
+    print("holds")
+
+
+if __name__ == "__main__":
+    main()

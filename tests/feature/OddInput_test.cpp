@@ -1,0 +1,186 @@
+// Input that nobody means but somebody sends: values whose squares overflow, codes at the ends of
+// int, tens of thousands of categories, calls in another order.
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include "common/Progress.h"
+#include "feature/FSFactory.h"
+#include "feature/FSSettings.h"
+#include "tests/feature/RandomRuns.h"
+
+namespace {
+
+using namespace MCFSCommon;
+
+constexpr double kMissing = KOVA_SystemMissing;
+constexpr int kMostInt = std::numeric_limits<int>::max();
+
+struct Component {
+  explicit Component(const FSSettings& settings) : fSettings(settings) {
+    FSFactory factory;
+    fpComponent = factory.CreateFSAlgorithm(&fSettings);
+  }
+  IFSAlgorithm* operator->() const { return fpComponent.get(); }
+  MCFeature::MCStatus Accumulate(const Table& table) const {
+    BlocksOf source(table, 100);
+    return fpComponent->Accumulate(source, -1);
+  }
+  std::vector<double> Stats(int criterion, int predictor = 0) const {
+    std::vector<double> out(4);
+    fpComponent->GetPredictorStats(criterion, predictor, out[0], out[1], out[2], out[3]);
+    return out;
+  }
+
+  FSSettings fSettings;
+  std::unique_ptr<IFSAlgorithm> fpComponent;
+};
+
+TEST(OddInput, AStatisticThatOverflowsIsMissingAndRanksLast) {
+  struct Case {
+    bool fbCatPredictor, fbCatTarget;
+    RankCriteria fCriterion;
+    Table fTable;
+  };
+  constexpr double kHuge = 1.7e308;
+  const Case cases[] = {
+      {false, true, kFStat, {{0, 0, 0, 1}, {kHuge, -kHuge, kHuge, 1}, {1, 2, 3, 5}}},
+      {false, true, kFStat, {{0, 0, 1, 1}, {1e200, -1e200, 1e200, 1}, {1, 2, 3, 5}}},
+      {true, false, kFStat, {{kHuge, -kHuge, 1, 1}, {0, 0, 0, 1}, {0, 1, 1, 0}}},
+      {false, false, kTStat, {{1, 2, 3, 4}, {kHuge, -kHuge, 5, 1}, {2, 1, 4, 3}}},
+  };
+  for (const Case& c : cases) {
+    const Component run(FSSettings(2, c.fbCatPredictor, c.fbCatTarget));
+    EXPECT_TRUE(run.Accumulate(c.fTable).IsOK());
+    EXPECT_TRUE(run->SortAndRank(0).IsOK());
+    EXPECT_EQ(run.Stats(c.fCriterion)[0], kMissing);
+    EXPECT_EQ(run->GetCriterionValues(c.fCriterion)[0], kMissing);
+    EXPECT_EQ(run->GetRanks(c.fCriterion)[0], c.fbCatPredictor ? 0 : 1);
+  }
+}
+
+TEST(OddInput, WeightsThatOverflowLeaveNoStatisticButMissing) {
+  FSSettings settings(1, true, true);
+  settings.SetWeightPosition(1);
+  settings.SetWeightToFreq(kAsIs);
+  const Component run(settings);
+  EXPECT_TRUE(run.Accumulate({{0, 0, 1, 1}, {1e308, 1e308, 1e308, 1e308}, {0, 1, 1, 0}}).IsOK());
+  EXPECT_TRUE(run->SortAndRank(0).IsOK());
+  for (const int criterion : {kPearson, kLikelihood, kCramer, kLambda}) {
+    EXPECT_EQ(run.Stats(criterion)[0], kMissing) << criterion;
+  }
+}
+
+TEST(OddInput, TensOfThousandsOfCategoriesOnBothSidesNeedNoGrid) {
+  Table table(2);
+  constexpr int kCategories = 60000;
+  for (int i = 0; i < 2 * kCategories; ++i) {
+    for (auto& column : table) column.push_back(i % kCategories);
+  }
+  const Component run(FSSettings(1, true, true));
+  EXPECT_TRUE(run.Accumulate(table).IsOK());
+  EXPECT_TRUE(run->SortAndRank(0).IsOK());
+  EXPECT_DOUBLE_EQ(run.Stats(kPearson)[1], 2.0 * kCategories * (kCategories - 1));
+  const double likelihood = 4.0 * kCategories * std::log(kCategories);
+  EXPECT_NEAR(run.Stats(kLikelihood)[1], likelihood, 1e-11 * likelihood);
+  EXPECT_DOUBLE_EQ(run.Stats(kCramer)[0], 1.0);
+  EXPECT_DOUBLE_EQ(run.Stats(kLambda)[0], 1.0);
+}
+
+TEST(OddInput, CategoriesReachTheEndsOfInt) {
+  const Component run(FSSettings(1, true, true));
+  EXPECT_TRUE(
+      run.Accumulate({{-3e9, 3e9, -3e9, 3e9, -1.5}, {1e300, -1e300, 1e300, -1e300, 0}}).IsOK());
+  int category = 0;
+  std::pair<int, double> counts;
+  EXPECT_TRUE(run->GetTargetCategoryInfo(0, category, counts));
+  EXPECT_EQ(category, std::numeric_limits<int>::min());
+  EXPECT_TRUE(run->GetTargetCategoryInfo(1, category, counts));
+  EXPECT_EQ(category, kMostInt);
+  EXPECT_DOUBLE_EQ(run.Stats(kCramer)[0], 1.0);
+}
+
+TEST(OddInput, AScreeningBeforeTheDataDoesNotKeepThePassFromItsVariances) {
+  const Component run(FSSettings(1, false, false));
+  EXPECT_TRUE(run->CheckPredAllMissConst().IsOK());
+  EXPECT_TRUE(run.Accumulate({{1, 2, 3, 4}, {2, 1, 4, 3}}).IsOK());
+  EXPECT_TRUE(run->SortAndRank(0).IsOK());
+  EXPECT_NEAR(run.Stats(kTStat)[1], 0.6, 1e-15);
+  // A second pass adds to the first.
+  EXPECT_TRUE(run.Accumulate({{5}, {5}}).IsOK());
+  EXPECT_TRUE(run->SortAndRank(0).IsOK());
+  EXPECT_NEAR(run.Stats(kTStat)[1], 0.8, 1e-15);
+}
+
+TEST(OddInput, APassWithoutATargetAddsOnlyMissingValuesToPairs) {
+  std::vector<double> statistics[2];
+  for (const bool more : {false, true}) {
+    const Component run(FSSettings({true, false}, true));
+    EXPECT_TRUE(run.Accumulate({{0, 1, 0, 1}, {0, 1, 1, 0}, {1, 2, 3, 5}}).IsOK());
+    if (more) {
+      const Table table = {{0, kMissing, 1}, {7, 8, kMissing}};
+      BlocksOf source(table, 2);
+      std::vector<int> indices;
+      std::vector<std::vector<int>> reasons;
+      EXPECT_FALSE(run->CheckPredictorsNoTarget(source, indices, reasons, -1).IsError());
+    }
+    EXPECT_TRUE(run->SortAndRank(0).IsOK());
+    statistics[more ? 1 : 0] = run.Stats(kFStat, 1);
+  }
+  EXPECT_EQ(statistics[1], statistics[0]);
+}
+
+class CountingListener : public ProgressListener {
+ public:
+  void Report(const ProgressReport&) override { ++fReports; }
+  int fReports = 0;
+};
+
+TEST(OddInput, TheLongestIntervalOfProgressReportsIsNever) {
+  FSSettings settings(1, true, true);
+  settings.SetNSkippedRecordReports(kMostInt);
+  settings.SetNSkippedPredictorReports(kMostInt);
+  CountingListener listener;
+  settings.SetProgressListener(&listener);
+  const Component run(settings);
+  EXPECT_TRUE(run.Accumulate({{0, 1, 0, 1}, {0, 1, 1, 0}}).IsOK());
+  EXPECT_TRUE(run->SortAndRank(0).IsOK());
+  EXPECT_EQ(listener.fReports, 0);
+}
+
+TEST(OddInput, ACriterionThatThereIsNotHasNoResults) {
+  const Component run(FSSettings(1, true, true));
+  for (const int criterion : {6, 7}) {
+    const auto none = static_cast<RankCriteria>(criterion);
+    EXPECT_TRUE(run->GetRanks(none).empty());
+    EXPECT_TRUE(run->GetCriterionValues(none).empty());
+  }
+}
+
+TEST(OddInput, ACancelBetweenStagesIsSeenByTheNextQuery) {
+  const Component run(FSSettings(1, true, true));
+  EXPECT_TRUE(run.Accumulate({{0, 1, 0, 1}, {0, 1, 1, 0}}).IsOK());
+  EXPECT_TRUE(run->SortAndRank(0).IsOK());
+  run->Cancel();
+  std::vector<int> indices;
+  std::vector<double> values;
+  EXPECT_EQ(run->GetTopPredictors(kPearson, indices, values, 0).GetErrorCode(), 1);
+}
+
+TEST(OddInput, TransactionsCountTheirTargetAndNameAnyCase) {
+  FSSettings settings(2, true, true);
+  settings.SetFlagTrInput(true);
+  settings.SetTargetPosition(-1);
+  const Component run(settings);
+  EXPECT_TRUE(run.Accumulate({{1, 1, 2}, {0, 1, 0}, {0, 1, 1}, {3, 3, 4}}).IsOK());
+  EXPECT_EQ(run->GetNTargetCategories(), 2);
+  const auto status = run.Accumulate({{5e9, 5e9}, {1, 0}, {0, 1}, {3, 3}});
+  EXPECT_EQ(status.GetErrorCode(), 80007);
+  EXPECT_EQ(status.GetDiscreteDatum(2), 5000000000);
+}
+
+}  // namespace
