@@ -22,6 +22,12 @@ inline std::int64_t FSDenseSlot(const std::pair<int, int>& key) {
   return row < kSide && column < kSide ? static_cast<std::int64_t>(row * kSide + column) : -1;
 }
 
+// Whether neither a key nor a greater one has a place.
+inline bool FSIsBeyondDense(int key) { return key >= 0 && FSDenseSlot(key) < 0; }
+inline bool FSIsBeyondDense(const std::pair<int, int>& key) {
+  return key.first >= 0 && FSDenseSlot(std::pair(key.first, 0)) < 0;
+}
+
 template <class Key, class Value>
 class FSSortedMap {
  public:
@@ -85,6 +91,7 @@ class FSSortedMap {
   // Every entry from a new one on has moved by one place.
   void IndexFrom(std::size_t position) {
     for (std::size_t i = position; i < fEntries.size(); ++i) {
+      if (FSIsBeyondDense(fEntries[i].first)) return;
       const std::int64_t slot = FSDenseSlot(fEntries[i].first);
       if (slot < 0) continue;
       const auto at = static_cast<std::size_t>(slot);
