@@ -14,9 +14,10 @@
 // The place of a small key in the direct index, or -1 for a key that has none.
 inline std::int64_t FSDenseSlot(int key) { return key >= 0 && key < 4096 ? key : -1; }
 
-// Pairs are dense while both parts are below 256.
+// Pairs are dense while both parts are below 64: there may be a map, and so an index of 16 KB, for
+// each of very many predictors.
 inline std::int64_t FSDenseSlot(const std::pair<int, int>& key) {
-  constexpr unsigned kSide = 256;
+  constexpr unsigned kSide = 64;
   const auto row = static_cast<unsigned>(key.first);
   const auto column = static_cast<unsigned>(key.second);
   return row < kSide && column < kSide ? static_cast<std::int64_t>(row * kSide + column) : -1;
