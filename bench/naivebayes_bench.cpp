@@ -124,13 +124,17 @@ void BM_Scoring(benchmark::State& state) {
   if (algorithm.BuildModel(data, cases).IsError()) state.SkipWithError("training failed");
   NBOutputStatistics stats(classes);
   NBOutput output(classes);
+  std::vector<MCCommon::Record> records;
+  data.NewPass();
+  while (records.size() < 1000) records.push_back(*data.NextRecord());
   for (auto _ : state) {
     data.NewPass();
     if (blocks) {
       if (algorithm.ComputeOutputStats(data, stats, -1).IsError()) state.SkipWithError("failed");
     } else {
-      while (const MCCommon::Record* record = data.NextRecord()) {
-        if (algorithm.ScoreFullRecord(*record, output).IsError()) state.SkipWithError("failed");
+      for (int i = 0; i < cases; ++i) {
+        const MCCommon::Record& record = records[i % records.size()];
+        if (algorithm.ScoreFullRecord(record, output).IsError()) state.SkipWithError("failed");
       }
     }
   }

@@ -122,8 +122,13 @@ bool NBAlgorithm::CountBlock(const NBCodeBlock& codes, bool showProgress, int& n
     if (showProgress) ReportProgress(nRead);
   }
   fOutput.AddCases(codes.Targets(), codes.Weights(), cases);
-  for (std::size_t j = 0; j < fInputs.size(); ++j) {
-    fInputs[j].AddCases(codes.Codes(static_cast<int>(j)), codes.Targets(), codes.Weights(), cases);
+  const bool weighted = fVarList.GetWeightIndex() >= 0;
+  for (int j = 0; j < static_cast<int>(fInputs.size()); ++j) {
+    if (weighted) {
+      fInputs[j].AddCases(codes.Codes(j), codes.Targets(), codes.Weights(), cases);
+    } else {
+      fInputs[j].AddUnitCases(codes.Codes(j), codes.Targets(), cases);
+    }
   }
   return cases == codes.Cases();
 }
@@ -358,14 +363,25 @@ double NBAlgorithm::ComputePXYPY(const Record& codes, int k) const {
 
 void NBAlgorithm::ComputeOutProbabilities(const Record& codes, int categories,
                                           std::vector<double>& out) const {
+  std::vector<std::int32_t> integers;
+  for (const double code : codes.GetAll()) {
+    integers.push_back(CategoryOf(code, NBCodeBlock::kCountingOffset));
+  }
+  ComputePosteriors(integers, out);
+  out.resize(categories);
+}
+
+void NBAlgorithm::ComputePosteriors(const std::vector<std::int32_t>& codes,
+                                    std::vector<double>& out) const {
+  out = fOutput.GetPriors();
+  if (NBScaledProducts::MultiplyPlain(fInputs, codes.data(), out)) {
+    NBScoring::Normalize(out);
+    return;
+  }
   NBScaledProducts products;
   products.Reset(fOutput.GetPriors(), 1);
-  for (std::size_t j = 0; j < fInputs.size(); ++j) {
-    const std::int32_t code = CategoryOf(codes[j], NBCodeBlock::kCountingOffset);
-    products.Multiply(fInputs[j], &code);
-  }
+  for (std::size_t j = 0; j < fInputs.size(); ++j) products.Multiply(fInputs[j], &codes[j]);
   products.Align();
-  out.resize(categories);
   NBScoring::Normalize(products, 0, out);
 }
 
@@ -373,12 +389,12 @@ int NBAlgorithm::SelectWinner(const std::vector<double>& probabilities) const {
   return NBScoring::SelectWinner(probabilities, fOutput);
 }
 
-MCStatus NBAlgorithm::FinishScore(const MCStatus& encoded, const Record& codes,
+MCStatus NBAlgorithm::FinishScore(const MCStatus& encoded, const std::vector<std::int32_t>& codes,
                                   NBOutput& output) const {
   // Without a valid input there is no factor, and what is normalised are the priors.
   if (!encoded.IsOK() && encoded.GetErrorCode() != MCNaive::kAllInputsMissing) return encoded;
   std::vector<double> probabilities;
-  ComputeOutProbabilities(codes, fOutput.GetNCategories(), probabilities);
+  ComputePosteriors(codes, probabilities);
   output.SetOutputs(probabilities, SelectWinner(probabilities));
   return encoded;
 }
@@ -389,17 +405,16 @@ MCStatus NBAlgorithm::Score(const Record& inputs, NBOutput& output) const {
     return MCNaive::Error(MCNaive::kWrongRecordSize);
   }
   if (!fpPreparator) return MCNaive::Error(MCNaive::kNoPreparator);
-  Record codes;
-  const MCStatus encoded = fpPreparator->ProcessInputs(inputs, codes);
+  std::vector<std::int32_t> codes;
+  const MCStatus encoded = fpPreparator->EncodeScoreInputs(inputs, codes);
   return FinishScore(encoded, codes, output);
 }
 
 MCStatus NBAlgorithm::ScoreFullRecord(const Record& record, NBOutput& output) const {
   if (fStatus.IsError()) return fStatus;
   if (!fpPreparator) return MCNaive::Error(MCNaive::kNoPreparator);
-  Record codes;
-  double weight = 1.0;
-  const MCStatus encoded = fpPreparator->ProcessInputsFromRecord(record, codes, weight);
+  std::vector<std::int32_t> codes;
+  const MCStatus encoded = fpPreparator->EncodeScoreRecord(record, codes);
   return FinishScore(encoded, codes, output);
 }
 

@@ -120,8 +120,10 @@ class NBAlgorithm : public INBAlgorithm {
   // Keeps the inputs with the role of inputs.
   void KeepChosenInputs();
 
-  MCNaive::MCStatus FinishScore(const MCNaive::MCStatus& encoded, const MCCommon::Record& codes,
-                                NBOutput& output) const;
+  MCNaive::MCStatus FinishScore(const MCNaive::MCStatus& encoded,
+                                const std::vector<std::int32_t>& codes, NBOutput& output) const;
+  // The class probabilities of one code per input.
+  void ComputePosteriors(const std::vector<std::int32_t>& codes, std::vector<double>& out) const;
   struct ScoreBlock;
   MCNaive::MCStatus ClassifyBlock(const MCCommon::RecordBlock& block, ScoreBlock& scratch,
                                   NBOutputStatistics& stats, int& nAccepted) const;

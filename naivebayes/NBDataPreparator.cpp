@@ -90,7 +90,7 @@ void NBDataPreparator::EncodeInputs(int input, const double* values, std::size_t
   if (info.fNCats < 2) std::replace(codes, codes + cases, 1, kOutOfRange);
 }
 
-std::int32_t NBDataPreparator::EncodeInput(int input, double value) const {
+inline std::int32_t NBDataPreparator::EncodeInput(int input, double value) const {
   const Input& info = fvInputs[input];
   if (info.fpBinning == nullptr) return EncodeCategory(value, info.fNCats - 0.5);
   std::int32_t code;
@@ -123,8 +123,8 @@ MCStatus NBDataPreparator::MakeRangeStatus(bool warning, std::int64_t record, do
   return status;
 }
 
-template <typename ValueOf>
-MCStatus NBDataPreparator::EncodeAll(ValueOf valueOf, Record& out, int first) const {
+template <typename ValueOf, typename Out>
+MCStatus NBDataPreparator::EncodeAll(ValueOf valueOf, Out& out, int first) const {
   MCStatus status;
   bool allMissing = true;
   for (int j = 0; j < GetInputSize(); ++j) {
@@ -177,6 +177,24 @@ MCStatus NBDataPreparator::ProcessInputsFromRecord(const Record& record, Record&
   const auto size = static_cast<std::size_t>(GetInputSize());
   if (inputs.Size() != size) inputs = Record(size);
   return EncodeAll([&](int j) { return record[fvInputs[j].fVarIndex]; }, inputs, 0);
+}
+
+MCStatus NBDataPreparator::EncodeScoreInputs(const Record& inputs,
+                                             std::vector<std::int32_t>& codes) const {
+  if (static_cast<int>(inputs.Size()) != GetInputSize()) {
+    return MCNaive::Error(MCNaive::kWrongRecordSize);
+  }
+  codes.resize(inputs.Size());
+  return EncodeAll([&](int j) { return inputs[j]; }, codes, 0);
+}
+
+MCStatus NBDataPreparator::EncodeScoreRecord(const Record& record,
+                                             std::vector<std::int32_t>& codes) const {
+  if (static_cast<int>(record.Size()) < fNOriginal) {
+    return MCNaive::Error(MCNaive::kWrongRecordSize);
+  }
+  codes.resize(fvInputs.size());
+  return EncodeAll([&](int j) { return record[fvInputs[j].fVarIndex]; }, codes, 0);
 }
 
 MCStatus NBDataPreparator::ProcessSource(MCCommon::RecordIterator& source, int nRecords,

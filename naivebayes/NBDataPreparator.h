@@ -52,6 +52,12 @@ class NBDataPreparator {
   MCNaive::MCStatus ProcessInputsFromRecord(const MCCommon::Record& record,
                                             MCCommon::Record& inputs, double& weight) const;
 
+  // The inputs of both as integers, for scoring.
+  MCNaive::MCStatus EncodeScoreInputs(const MCCommon::Record& inputs,
+                                      std::vector<std::int32_t>& codes) const;
+  MCNaive::MCStatus EncodeScoreRecord(const MCCommon::Record& record,
+                                      std::vector<std::int32_t>& codes) const;
+
   // Stores the processed records of at most nRecords accepted ones, in memory or in a temporary
   // file. A record left out is counted in `excluded`. Errors: 70001 the file cannot be made or
   // written, 70004 the source failed, 70010 a target out of range, 70011 nothing to store.
@@ -62,7 +68,6 @@ class NBDataPreparator {
 
   // The column forms of the above, for cases of one column of original records.
   void EncodeInputs(int input, const double* values, std::size_t cases, std::int32_t* codes) const;
-  std::int32_t EncodeInput(int input, double value) const;
   void EncodeTargets(const double* values, std::size_t cases, std::int32_t* codes) const;
   void EncodeWeights(const double* values, std::size_t cases, double* weights) const;
 
@@ -103,9 +108,10 @@ class NBDataPreparator {
   };
 
   Input DescribeInput(int varIndex) const;
+  std::int32_t EncodeInput(int input, double value) const;
   // Encodes one value per input, found by `valueOf`; warnings as for ProcessRecord.
-  template <typename ValueOf>
-  MCNaive::MCStatus EncodeAll(ValueOf valueOf, MCCommon::Record& out, int first) const;
+  template <typename ValueOf, typename Out>
+  MCNaive::MCStatus EncodeAll(ValueOf valueOf, Out& out, int first) const;
   double WeightOf(const MCCommon::Record& original) const;
 
   NBVarList& fVarList;

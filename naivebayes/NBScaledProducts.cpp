@@ -1,10 +1,11 @@
 #include "naivebayes/NBScaledProducts.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 
-#include "naivebayes/NBayesInputBase.h"
+#include "naivebayes/NBayesInput.h"
 
 namespace {
 
@@ -22,6 +23,29 @@ void MultiplyRows(const NBayesInputBase& input, const std::int32_t* codes, std::
     const double* factors = input.GetFactors(codes[i]);
     for (std::size_t k = 0; k < n; ++k) products[k] *= factors[k];
   }
+}
+
+// One record through all inputs, as long as the bound from below of its products stays high enough.
+template <int kCategories>
+bool MultiplyRecord(const std::vector<NBayesInput>& inputs, const std::int32_t* codes,
+                    std::vector<double>& products) {
+  const std::size_t n = kCategories > 0 ? kCategories : products.size();
+  double least = 1.0;
+  for (const double prior : products) least = std::min(least, prior);
+  // Few products stay in registers.
+  std::array<double, kCategories> few;
+  double* values = products.data();
+  if constexpr (kCategories > 0) {
+    std::copy_n(values, kCategories, few.begin());
+    values = few.data();
+  }
+  for (const NBayesInput& input : inputs) {
+    const double* factors = input.GetFactors(*codes++);
+    for (std::size_t k = 0; k < n; ++k) values[k] *= factors[k];
+    least *= input.GetLeastFactor();
+  }
+  if constexpr (kCategories > 0) std::copy(few.begin(), few.end(), products.begin());
+  return least >= kLookBelow;
 }
 
 }  // namespace
@@ -50,6 +74,18 @@ void NBScaledProducts::Multiply(const NBayesInputBase& input, const std::int32_t
       return MultiplyRows<3>(input, codes, fNRecords, 3, products);
     default:
       return MultiplyRows<0>(input, codes, fNRecords, fNCategories, products);
+  }
+}
+
+bool NBScaledProducts::MultiplyPlain(const std::vector<NBayesInput>& inputs,
+                                     const std::int32_t* codes, std::vector<double>& products) {
+  switch (products.size()) {
+    case 2:
+      return MultiplyRecord<2>(inputs, codes, products);
+    case 3:
+      return MultiplyRecord<3>(inputs, codes, products);
+    default:
+      return MultiplyRecord<0>(inputs, codes, products);
   }
 }
 

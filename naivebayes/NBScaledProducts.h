@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <vector>
 
+class NBayesInput;
 class NBayesInputBase;
 
 class NBScaledProducts {
@@ -29,6 +30,11 @@ class NBScaledProducts {
     return (fvAligned.empty() ? fvMantissas : fvAligned).data() + record * fNCategories;
   }
   int Exponent(std::size_t record) const { return fvOffsets.empty() ? 0 : fvOffsets[record]; }
+
+  // The products of a single record as plain doubles, from the priors that `products` holds; false
+  // when they may grow too small for that, and then they are of no use.
+  static bool MultiplyPlain(const std::vector<NBayesInput>& inputs, const std::int32_t* codes,
+                            std::vector<double>& products);
 
   std::size_t Records() const { return fNRecords; }
   std::size_t Categories() const { return fNCategories; }

@@ -13,6 +13,9 @@ namespace NBScoring {
 // REQUIRES: products are aligned; out has one element per target category.
 void Normalize(const NBScaledProducts& products, std::size_t record, std::vector<double>& out);
 
+// The joint values of one record divided by their sum; zeros when that is 0.
+void Normalize(std::vector<double>& values);
+
 // The category of the largest probability. Ties go to the larger training weight among the tied
 // categories, but the first of these after category 0 is never compared: when the maximum stands at
 // 0, category 0 keeps the win against it. Kept on purpose.

@@ -56,6 +56,31 @@ void NBayesInputBase::AddCases(const std::int32_t* codes, const std::int32_t* ta
   }
 }
 
+void NBayesInputBase::AddUnitCases(const std::int32_t* codes, const std::int32_t* targets,
+                                   std::size_t cases) {
+  // Two tables in turn, so that an addition need not wait for the one before, with a first row for
+  // missing codes; whole numbers give the same sums in any order.
+  const std::size_t cells = Cell(fNCategories + 1, 0);
+  if (cells > cases) {  // not worth two more tables
+    for (std::size_t i = 0; i < cases; ++i) {
+      if (codes[i] >= 0) AddCount(codes[i], targets[i], 1.0);
+    }
+    return;
+  }
+  std::vector<std::uint32_t> tallies(2 * cells);
+  std::uint32_t* even = tallies.data();
+  std::uint32_t* odd = even + cells;
+  std::size_t i = 0;
+  for (; i + 1 < cases; i += 2) {
+    ++even[Cell(codes[i] + 1, targets[i])];
+    ++odd[Cell(codes[i + 1] + 1, targets[i + 1])];
+  }
+  if (i < cases) ++even[Cell(codes[i] + 1, targets[i])];
+  for (std::size_t cell = 0; cell < fvCounts.size(); ++cell) {
+    fvCounts[cell] += even[cell + fNTargets] + odd[cell + fNTargets];
+  }
+}
+
 void NBayesInputBase::Grow(int categories, int targetCategories) {
   const NBayesInputBase old = *this;
   Setup(std::max(categories, fNCategories), std::max(targetCategories, fNTargets));

@@ -30,6 +30,8 @@ class NBayesInputBase {
   // REQUIRES: codes and targets within the tables.
   void AddCases(const std::int32_t* codes, const std::int32_t* targets, const double* weights,
                 std::size_t cases);
+  // The same for weights that are all 1, and counts that are whole numbers.
+  void AddUnitCases(const std::int32_t* codes, const std::int32_t* targets, std::size_t cases);
   // Makes room for more categories, keeping the counts; probabilities have to be computed anew.
   void Grow(int categories, int targetCategories);
   // REQUIRES: the cell is within the tables.

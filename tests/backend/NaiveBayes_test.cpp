@@ -66,9 +66,15 @@ class NaiveBayes : public MCTest::CommandTest {
         if (j == 3 && uniform() < 0.1) value = kUserMissing;
         fRaw.fPredictors[j].fValues.push_back(orMissing(value));
       }
-      // A far value leaves bins empty between.
-      fRaw.fPredictors[4].fValues.push_back(orMissing(i % 60 == 7 ? 12.5 : 2 * uniform() + y));
+      fRaw.fPredictors[4].fValues.push_back(orMissing(2 * uniform() + y));
       fRaw.fPredictors[5].fValues.push_back(uniform() < 0.1 ? -99 : orMissing(3 * uniform() + y));
+    }
+    // A far value leaves bins empty between, into which test cases fall, on either side.
+    for (int i = 0; i < 6; ++i) {
+      fRaw.fPredictors[4].fValues[i] = std::vector<double>{12.5, 12.5, 6.9, 8.3, 6.9, 8.3}[i];
+      fRaw.fTarget[i] = i % 3;
+      fRaw.fWeights[i] = 1;
+      fMarks[i] = i < 2 ? 1 : 0;
     }
     fTable.AddStrings("y", Letters(fRaw.fTarget));
     for (const auto& predictor : fRaw.fPredictors) {
