@@ -11,7 +11,7 @@ BinaryRecordIterator::BinaryRecordIterator(std::FILE* file, int recordSize,
   if (file == nullptr) {
     std::cerr << "Error: file handle is NULL in BinaryRecordIterator constructor\n";
   } else {
-    static_cast<void>(NewPass());
+    static_cast<void>(BinaryRecordIterator::NewPass());
   }
 }
 

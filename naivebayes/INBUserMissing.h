@@ -31,9 +31,9 @@ class INBUserMissing {
   // number that XML cannot hold.
   virtual std::vector<std::unique_ptr<MCCommonXML::XMLElement>> ExportXML() const = 0;
 
-  // Saved state (modelfiles/); docs/naivebayes-state.md lists the fields. WriteObject and ReadObject
-  // return the bytes of the binary form. A reader that finds something else than such an object
-  // throws IOException, and the object is then fit only to be destroyed.
+  // Saved state (modelfiles/); docs/naivebayes-state.md lists the fields. WriteObject and
+  // ReadObject return the bytes of the binary form. A reader that finds something else than such an
+  // object throws IOException, and the object is then fit only to be destroyed.
   virtual int WriteObject(std::fstream& os) const = 0;
   virtual int ReadObject(std::fstream& is) = 0;
   virtual void WriteObjectXML(std::ostream& os, int indent) const = 0;

@@ -82,8 +82,8 @@ double NBAttributeSelector::StartSequence(int maxSize, std::vector<int>& candida
   fvAPart.assign(maxSize, MCMV::gMissingValue);
   const int nInputs = static_cast<int>(fInputs.size());
   fvA.assign(nInputs, 0.0);
-  std::vector<double> counts;
-  for (int k = 0; k < fOutput.GetNCategories(); ++k) counts.push_back(fOutput.GetCount(k));
+  std::vector<double> counts(fOutput.GetNCategories());
+  for (int k = 0; k < fOutput.GetNCategories(); ++k) counts[k] = fOutput.GetCount(k);
   double running = NBFormulas::ComputeBase(counts, fOutput.GetPriors(), fTotalWeight);
   for (int j = 0; j < nInputs && !fCancel.IsCancel(); ++j) {
     fvA[j] = ComputeAJTerm(j, fTotalWeight);

@@ -1,12 +1,14 @@
 #include "naivebayes/NBDataPreparator.h"
 
 #include <algorithm>
+#include <cmath>
 #include <ostream>
 #include <utility>
 
 #include "common/MissingValue.h"
 #include "naivebayes/BinaryRecordIterator.h"
 #include "naivebayes/NBBinningEncoder.h"
+#include "naivebayes/NBCodeBlock.h"
 #include "naivebayes/NBContVar.h"
 #include "naivebayes/NBInternalAdapter.h"
 #include "naivebayes/NBMemoryIter.h"
@@ -23,7 +25,7 @@ namespace {
 // A caller's category code. Negative codes and missing values give -1.
 inline std::int32_t EncodeCategory(double value, double end) {
   if (value >= 0 && value < end) [[likely]]
-    return static_cast<std::int32_t>(value + 0.5);
+    return static_cast<std::int32_t>(value + NBCodeBlock::kCountingOffset);
   return value >= 0 && !MCMV::IsMissing(value) ? NBDataPreparator::kOutOfRange
                                                : INBEncoder::kMissingCode;
 }
@@ -117,7 +119,7 @@ MCStatus NBDataPreparator::MakeRangeStatus(bool warning, std::int64_t record, do
   MCStatus status(MCNaive::kCodeOutOfRange, warning);
   status.SetDiscreteDatum(0, record);
   // A value too large for an integer is named by the scale datum alone.
-  status.SetDiscreteDatum(1, value < 1e18 ? static_cast<std::int64_t>(value + 0.5) : -1);
+  status.SetDiscreteDatum(1, value < 1e18 ? std::llround(value) : -1);
   status.SetDiscreteDatum(2, categories - 1);
   status.SetScaleDatum(0, value);
   return status;
