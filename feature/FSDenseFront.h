@@ -55,7 +55,8 @@ class FSDensePairs {
   }
 
   double& At(int predictor, int target) {
-    return fValues[static_cast<std::size_t>(predictor * fSide + target)];
+    return fValues[static_cast<std::size_t>(predictor) * static_cast<std::size_t>(fSide) +
+                   static_cast<std::size_t>(target)];
   }
 
   void PutBack() {
