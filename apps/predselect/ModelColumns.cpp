@@ -58,7 +58,6 @@ ModelColumns::ModelColumns(const NBVarList& variables, const MCHost::ITable& tab
     Column column;
     column.fPosition = position;
     column.fbCategorical = variable.GetMeasureLevel() != INBVariable::kContinuous;
-    column.fpMissing = &found.GetMissingValues();
     for (int code = 0; column.fbCategorical && code < variable.GetNumberOfCategories(); ++code) {
       if (isString) {
         column.fStringCodes.emplace(CategoryText(variable, code), code);
@@ -84,7 +83,7 @@ double ModelColumns::ValueOf(Column& column, const MCHost::ColumnView& view, std
   int code = -1;
   if (view.fpNumbers != nullptr) {
     const double value = view.fpNumbers[i];
-    if (MCMV::IsMissing(value) || column.fpMissing->Contains(value)) return KOVA_SystemMissing;
+    if (MCMV::IsMissing(value)) return KOVA_SystemMissing;
     if (!column.fbCategorical) return value;
     const auto found = column.fNumberCodes.find(value);
     if (found != column.fNumberCodes.end()) code = found->second;
@@ -102,8 +101,7 @@ int ModelColumns::CodeOfString(Column& column, const MCHost::StringDictionary& d
   if (known != kNotLookedUp) return known;
   const std::string& text = dictionary.At(code);
   const auto found = column.fStringCodes.find(text);
-  const bool isMissing = column.fpMissing->Contains(text) || found == column.fStringCodes.end();
-  known = isMissing ? -1 : found->second;
+  known = found == column.fStringCodes.end() ? -1 : found->second;
   return known;
 }
 

@@ -1,8 +1,9 @@
 // From the columns of a table to the records of a saved Naive Bayes model: variables are matched by
 // name, values become the model's category codes.
 //
-// A value that the model has not seen, or that it takes as missing, is missing. Model and table are
-// borrowed.
+// A category that the model has not seen, or a value that it takes as missing, is missing. What the
+// table declares as user-missing does not count: the run that built the model has decided whether
+// such values are excluded, and the model remembers. Model and table are borrowed.
 #pragma once
 
 #include <cstddef>
@@ -33,7 +34,6 @@ class ModelColumns {
   struct Column {
     int fPosition = 0;  // in the model's list
     bool fbCategorical = false;
-    const KOVA_MissingValues* fpMissing = nullptr;  // of the table
     std::map<double, int> fNumberCodes;
     std::map<std::string, int> fStringCodes;
     std::vector<int> fCodes;  // by the table's own string code, found so far
