@@ -20,20 +20,22 @@ namespace PredSelectApp {
 
 class ModelColumns {
  public:
-  // Throws UsageError when the table lacks a predictor of the model, or has it as another kind of
-  // value.
+  // Throws UsageError when the table lacks a predictor of the model.
   ModelColumns(const NBVarList& variables, const MCHost::ITable& table);
 
   // The table's columns to be scanned.
   const std::vector<int>& TableColumns() const { return fTableColumns; }
 
   // The record of one case of a batch of that scan: a value per variable of the model's list.
+  // Throws UsageError for a text where the model has numbers, or the other way round; a column
+  // without any value may be of either kind.
   void FillRecord(const MCHost::TableBatch& batch, std::size_t i, MCCommon::Record& record);
 
  private:
   struct Column {
     int fPosition = 0;  // in the model's list
     bool fbCategorical = false;
+    std::string fRefusal;  // why no value of the column can be used; empty when they can
     std::map<double, int> fNumberCodes;
     std::map<std::string, int> fStringCodes;
     std::vector<int> fCodes;  // by the table's own string code, found so far
