@@ -119,9 +119,11 @@ def law_only_whole_plain_files_are_states(program, folder):
     for path in ("pipe.bin", ".", "/dev/zero"):
         result = call(program, folder, "inspect", path, expect=3)
         assert "not a plain file" in result.stderr, (path, result.stderr)
+    def valid(state):
+        result = call(program, folder, "inspect", state, "--format", "json")
+        return cells(result.stdout, "Component")["Valid cases", "Value"]
     call(program, folder, "merge", "rank.bin", "rank.xml", "-o", "rank.bin")
-    counts = json.loads(call(program, folder, "inspect", "rank.bin", "--format", "json").stdout)
-    assert any(cell["value"] == 2 * 344 - 4 for cell in counts["runs"][0]["tables"][0]["cells"])
+    assert valid("rank.bin") == 2 * valid("rank.xml") > 600
 
 
 def law_user_missing_values_are_what_they_were_to_the_run(program, folder):
@@ -180,7 +182,7 @@ def law_what_does_not_fit_is_refused(program, folder):
                         (RANKING.replace("bill_depth_mm", "flipper_length_mm"), "other.bin")):
         call(program, folder, "run", "--data", penguins, "-c", text, "--save-state", state)
     header = "island,sex,bill_length_mm,bill_depth_mm,body_mass_g\n"
-    (folder / "numbers.csv").write_text(header + ",1,40,18,4000\n", encoding="utf-8")
+    (folder / "numbers.csv").write_text(header + "1,1,40,18,4000\n", encoding="utf-8")
     (folder / "unknown.csv").write_text(header + ",,40,18,4000\n", encoding="utf-8")
     call(program, folder, "score", "--model", "model.bin", "--data", "unknown.csv", "--save-data",
          "scored.csv")  # without any value a column is of either kind
