@@ -3,9 +3,13 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <sstream>
+#include <string_view>
+#include <system_error>
+#include <vector>
 
 #include "common/state/IOException.h"
 #include "common/xml/XMLError.h"
@@ -29,16 +33,17 @@ std::string NotSaved(std::int64_t code) {
   return "the component could not be saved (status " + std::to_string(code) + ")";
 }
 
-// Opens, writes, and makes sure that every byte has gone.
+// Opens, writes, and makes sure that every byte has gone. What the system says of a stream that
+// failed comes before what a component makes of it.
 template <class Stream>
 std::string WriteFile(const std::string& path, const std::function<std::string(Stream&)>& write) {
   errno = 0;
   Stream stream(path, std::ios::out | std::ios::trunc | std::ios::binary);
   if (!stream) return SystemError();
-  const std::string trouble = write(stream);
-  if (!trouble.empty()) return trouble;
   errno = 0;
-  stream.close();
+  const std::string trouble = write(stream);
+  if (stream && !trouble.empty()) return trouble;
+  if (stream) stream.close();
   if (stream) return "";
   return errno == 0 ? "the file could not be written" : SystemError();
 }
@@ -60,10 +65,13 @@ bool StartsWith(std::fstream& is, const std::string& text) {
   return start == text;
 }
 
+// Two states in one file would read as the first alone.
+bool IsAtEnd(std::fstream& is) { return is.peek() == std::fstream::traits_type::eof(); }
+
 std::string ReadBinary(std::fstream& is, ComponentFile& file) {
   if (StartsWith(is, kNaive)) {
     file.fpNaive = NBFactory().RestoreNBAlgorithmFromBinary(is);
-    return file.fpNaive == nullptr ? kDamaged : "";
+    return file.fpNaive == nullptr || !IsAtEnd(is) ? kDamaged : "";
   }
   if (StartsWith(is, kDictionaryTag)) {
     file.fDictionary.emplace();
@@ -72,7 +80,7 @@ std::string ReadBinary(std::fstream& is, ComponentFile& file) {
     return "the file holds no saved component";
   }
   file.fpFeature = FSFactory().RestoreFSAlgorithmFromBinary(is);
-  return file.fpFeature == nullptr ? kDamaged : "";
+  return file.fpFeature == nullptr || !IsAtEnd(is) ? kDamaged : "";
 }
 
 std::string ReadXML(std::ifstream& is, ComponentFile& file) {
@@ -136,8 +144,15 @@ std::string WriteComponentFile(const std::string& path, bool xml, const IFSAlgor
 }
 
 std::string WriteComponentFile(const std::string& path, bool xml, const INBAlgorithm& component) {
-  const auto told = [](const MCNaive::MCStatus& status) {
-    return status.IsError() ? NotSaved(status.GetErrorCode()) : std::string();
+  const auto told = [&component](const MCNaive::MCStatus& status) -> std::string {
+    if (!status.IsError()) return "";
+    const auto var = static_cast<int>(status.GetDiscreteDatum(0));
+    const NBVarList& variables = component.GetVarList();
+    const bool isText = status.GetErrorCode() == MCNaive::kTextNotForXML && var >= 0;
+    if (!isText || var >= variables.Size()) return NotSaved(status.GetErrorCode());
+    return "a name, label or value of the variable \"" +
+           variables.GetVarAt(var)->GetVariableName() +
+           "\" holds a character that an XML document cannot hold";
   };
   if (!xml) {
     return WriteFile<std::fstream>(path,
@@ -148,6 +163,11 @@ std::string WriteComponentFile(const std::string& path, bool xml, const INBAlgor
 }
 
 std::string ReadComponentFile(const std::string& path, ComponentFile& file) {
+  std::error_code error;
+  const std::filesystem::file_status status = std::filesystem::status(path, error);
+  if (error) return error.message();
+  // A pipe cannot be read twice and never says how much it holds; opening one may wait for ever.
+  if (!std::filesystem::is_regular_file(status)) return "it is not a plain file";
   errno = 0;
   std::fstream binary(path, std::ios::in | std::ios::binary);
   if (!binary) return SystemError();

@@ -1,6 +1,7 @@
 #include "apps/predselect/MergeCommand.h"
 
 #include "apps/predselect/ExitCode.h"
+#include "apps/predselect/Interrupt.h"
 #include "apps/predselect/Options.h"
 #include "apps/predselect/StateFile.h"
 #include "apps/predselect/UsageError.h"
@@ -91,7 +92,7 @@ std::string Write(const ComponentFile& file, const std::string& path, bool xml) 
 
 int MergeStates(const Options& options) {
   ComponentFile merged = OpenState(options.fStates.front());
-  for (std::size_t i = 1; i < options.fStates.size(); ++i) {
+  for (std::size_t i = 1; i < options.fStates.size() && !IsInterrupted(); ++i) {
     const std::string& path = options.fStates[i];
     const ComponentFile next = OpenState(path);
     if ((next.fpNaive == nullptr) != (merged.fpNaive == nullptr)) {
@@ -102,6 +103,7 @@ int MergeStates(const Options& options) {
   MCHost::OutputFile file(options.fSaveState);
   const std::string trouble = Write(merged, file.WritePath(), IsXMLStateName(options.fSaveState));
   if (!trouble.empty()) throw MCHost::HostIOError(options.fSaveState, "", trouble);
+  if (IsInterrupted()) return kCancelled;
   file.Commit();
   return kCompleted;
 }

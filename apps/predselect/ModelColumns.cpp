@@ -50,15 +50,14 @@ ModelColumns::ModelColumns(const NBVarList& variables, const MCHost::ITable& tab
     const int at = FindColumn(table, variable.GetVariableName());
     const KOVA_Variable& found = table.GetVariable(at);
     const bool isString = variable.GetMeasureLevel() == INBVariable::kStringCategorical;
-    if (isString == found.IsNumeric()) {
-      throw UsageError("\"" + found.GetName() + "\" holds " +
-                       (found.IsNumeric() ? "numbers" : "texts") + ", but the model was built on " +
-                       (isString ? "texts." : "numbers."));
-    }
     Column column;
+    if (isString == found.IsNumeric()) {
+      column.fRefusal = "\"" + found.GetName() + "\" holds " +
+                        (found.IsNumeric() ? "numbers" : "texts") +
+                        ", but the model was built on " + (isString ? "texts." : "numbers.");
+    }
     column.fPosition = position;
     column.fbCategorical = variable.GetMeasureLevel() != INBVariable::kContinuous;
-    column.fpMissing = &found.GetMissingValues();
     for (int code = 0; column.fbCategorical && code < variable.GetNumberOfCategories(); ++code) {
       if (isString) {
         column.fStringCodes.emplace(CategoryText(variable, code), code);
@@ -82,13 +81,16 @@ void ModelColumns::FillRecord(const MCHost::TableBatch& batch, std::size_t i,
 
 double ModelColumns::ValueOf(Column& column, const MCHost::ColumnView& view, std::size_t i) const {
   int code = -1;
+  const bool isMissing =
+      view.fpNumbers != nullptr ? MCMV::IsMissing(view.fpNumbers[i]) : view.fpCodes[i] < 0;
+  if (isMissing) return KOVA_SystemMissing;
+  if (!column.fRefusal.empty()) throw UsageError(column.fRefusal);
   if (view.fpNumbers != nullptr) {
     const double value = view.fpNumbers[i];
-    if (MCMV::IsMissing(value) || column.fpMissing->Contains(value)) return KOVA_SystemMissing;
     if (!column.fbCategorical) return value;
     const auto found = column.fNumberCodes.find(value);
     if (found != column.fNumberCodes.end()) code = found->second;
-  } else if (view.fpCodes[i] >= 0) {
+  } else {
     code = CodeOfString(column, *view.fpDictionary, view.fpCodes[i]);
   }
   return code < 0 ? KOVA_SystemMissing : code;
@@ -102,8 +104,7 @@ int ModelColumns::CodeOfString(Column& column, const MCHost::StringDictionary& d
   if (known != kNotLookedUp) return known;
   const std::string& text = dictionary.At(code);
   const auto found = column.fStringCodes.find(text);
-  const bool isMissing = column.fpMissing->Contains(text) || found == column.fStringCodes.end();
-  known = isMissing ? -1 : found->second;
+  known = found == column.fStringCodes.end() ? -1 : found->second;
   return known;
 }
 

@@ -113,6 +113,19 @@ void AddResultOptions(CLI::App& command, ResultOptions& result) {
   command.add_flag("--quiet", result.fbQuiet, "No warnings and no progress on standard error");
 }
 
+// Two results in one file would leave only the last.
+void RefuseOneFileForTwo(const Options& options) {
+  const std::pair<const char*, std::string> files[] = {{"--output", options.fResult.fFile},
+                                                       {"--save-data", options.fSaveData},
+                                                       {"--save-state", options.fSaveState}};
+  for (const auto& [option, file] : files) {
+    for (const auto& [other, same] : files) {
+      if (option == other || file.empty() || file != same || file == "/dev/null") continue;
+      throw CLI::ValidationError(option, "\"" + file + "\" is the file of " + other + ", too");
+    }
+  }
+}
+
 // Empty, or why a state cannot be saved under the name.
 std::string IsStateName(const std::string& name) {
   for (const char* ending : {".bin", ".xml"}) {
@@ -213,6 +226,7 @@ Options ParseOptions(int argc, char** argv) {
     if (run->parsed() && options.fCommandText.empty() && options.fCommandFile.empty()) {
       throw CLI::RequiredError("-c or -f");
     }
+    RefuseOneFileForTwo(options);
     const std::pair<CLI::App*, Options::Action> actions[] = {{run, Options::kRun},
                                                              {describe, Options::kDescribe},
                                                              {inspect, Options::kInspect},

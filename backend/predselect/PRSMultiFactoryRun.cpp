@@ -18,7 +18,9 @@
 #include "host/output/BpError.h"
 #include "host/session/HostFunctions.h"
 #include "host/session/HostIOError.h"
+#include "host/session/ISession.h"
 #include "host/session/OutputFile.h"
+#include "host/session/SessionScope.h"
 #include "naivebayes/INBAlgorithm.h"
 #include "naivebayes/NBFactory.h"
 #include "naivebayes/NBVarList.h"
@@ -31,6 +33,7 @@ constexpr int kShow = 2;
 constexpr int kWarning = 2;
 constexpr int kError = 3;
 constexpr int kAllTestRecords = -1;
+constexpr const char* kSubsets = "subsets.xml";
 
 // Texts by status; ^1 is the variable that the status names, or its code.
 struct StatusText {
@@ -187,8 +190,14 @@ void PRSMultiFactory::NameDroppedInputs() const {
 }
 
 bool PRSMultiFactory::WriteResultDocument() {
+  const bool isRefused = fStatus.GetErrorCode() == MCNaive::kTextNotForXML;
+  if (isRefused && PRSAreResultsWanted()) {
+    PRSFileError(MCHost::HostIOError(MCHost::CurrentSession().ResultsPrefix() + kSubsets, "",
+                                     "a text holds a character that XML does not allow"));
+    return false;
+  }
   if (fResultDocument.empty()) return true;
-  return PRSWriteResult("subsets.xml", [this](std::ostream& os) {
+  return PRSWriteResult(kSubsets, [this](std::ostream& os) {
     os << fResultDocument;
     return true;
   });

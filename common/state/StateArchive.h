@@ -69,7 +69,7 @@ class BinaryStateWriter {
   void Check(bool /*valid*/) const {}
 
   // Ends the object; returns the bytes of all of it.
-  int Finish() const { return fBytes; }
+  int Finish() const { return static_cast<int>(fBytes); }
 
  private:
   template <class T>
@@ -79,7 +79,7 @@ class BinaryStateWriter {
   void Bytes(const char* bytes, std::size_t n);
 
   std::fstream& fOs;
-  int fBytes = 0;
+  std::int64_t fBytes = 0;
 };
 
 class XMLStateWriter {
@@ -160,7 +160,7 @@ class BinaryStateReader {
     if (!valid) Fail();
   }
 
-  int Finish() const { return fBytes; }
+  int Finish() const { return static_cast<int>(fBytes); }
 
  private:
   template <class T>
@@ -173,7 +173,7 @@ class BinaryStateReader {
 
   std::fstream& fIs;
   StateName fName;
-  int fBytes = 0;
+  std::int64_t fBytes = 0;
 };
 
 class XMLStateReader {

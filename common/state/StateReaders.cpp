@@ -78,7 +78,7 @@ std::size_t BinaryStateReader::Which(std::span<const StateName> names) {
 void BinaryStateReader::Bytes(char* bytes, std::size_t n) {
   fIs.read(bytes, static_cast<std::streamsize>(n));
   Check(static_cast<std::size_t>(fIs.gcount()) == n);
-  fBytes += static_cast<int>(n);
+  fBytes += static_cast<std::int64_t>(n);
 }
 
 std::size_t BinaryStateReader::Count(int bytesPerElement) {

@@ -18,7 +18,7 @@ void BinaryStateWriter::Gap(int bytes) {
 
 void BinaryStateWriter::Bytes(const char* bytes, std::size_t n) {
   fOs.write(bytes, static_cast<std::streamsize>(n));
-  fBytes += static_cast<int>(n);
+  fBytes += static_cast<std::int64_t>(n);
 }
 
 XMLStateWriter::XMLStateWriter(std::ostream& os, const StateName& name, int indent)

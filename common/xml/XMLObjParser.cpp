@@ -31,6 +31,38 @@ std::string ToUTF8(const XMLCh* text) {
   return {reinterpret_cast<const char*>(utf8.str()), utf8.length()};
 }
 
+// Watches the bytes of a document for a start tag of more than kMaxTag bytes. Xerces holds every
+// attribute of a tag against every other before it shows any of them, which a hostile tag turns
+// into hours.
+class TagWatch {
+ public:
+  // False from the first such tag on.
+  bool Passes(const XMLByte* bytes, XMLSize_t n) {
+    for (XMLSize_t i = 0; i < n && fLength <= kMaxTag; ++i) Look(static_cast<char>(bytes[i]));
+    return fLength <= kMaxTag;
+  }
+
+ private:
+  void Look(char byte) {
+    if (fLength == 0) {
+      if (byte == '<') fLength = 1;
+    } else if (fLength == 1 && (byte == '!' || byte == '?')) {
+      fLength = 0;  // no tag
+    } else if (++fLength > kMaxTag) {
+      return;
+    } else if (fQuote != '\0') {
+      if (byte == fQuote) fQuote = '\0';
+    } else if (byte == '"' || byte == '\'') {
+      fQuote = byte;
+    } else if (byte == '>') {
+      fLength = 0;
+    }
+  }
+
+  int fLength = 0;  // of the tag up to here, 0 outside of any
+  char fQuote = '\0';
+};
+
 class StreamBytes : public xercesc::BinInputStream {
  public:
   explicit StreamBytes(std::istream& is) : fIs(is) {}
@@ -41,13 +73,14 @@ class StreamBytes : public xercesc::BinInputStream {
     const auto n = static_cast<XMLSize_t>(
         fIs.rdbuf()->sgetn(reinterpret_cast<char*>(to), static_cast<std::streamsize>(most)));
     fPosition += n;
-    return n;
+    return fWatch.Passes(to, n) ? n : 0;  // cut short, the document is not well formed
   }
   const XMLCh* getContentType() const override { return nullptr; }
 
  private:
   std::istream& fIs;
   XMLFilePos fPosition = 0;
+  TagWatch fWatch;
 };
 
 class StreamSource : public xercesc::InputSource {

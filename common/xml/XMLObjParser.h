@@ -3,7 +3,8 @@
 // The first call on a stream starts a parser that belongs to the stream from then on and reads it
 // ahead, so the stream is the parser's alone; later calls go on where the last one ended. Every
 // operation returns false for a document that does not hold what was asked for there, is not well
-// formed, is nested more than kMaxDepth deep, or cannot be read; after that, all of them do.
+// formed, is nested more than kMaxDepth deep, has a tag of more than kMaxTag bytes, or cannot be
+// read; after that, all of them do.
 //
 // Nothing but the stream is read: the document type is passed over without a look at the DTD or at
 // what it declares, and a reference to an entity other than the five of XML itself is an error.
@@ -16,6 +17,7 @@
 namespace MCCommonXML {
 
 constexpr int kMaxDepth = 64;
+constexpr int kMaxTag = 4096;
 
 // The start of an object of that name.
 [[nodiscard]] bool ParseStartObj(std::istream& is, const std::string& name);

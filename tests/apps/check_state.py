@@ -6,6 +6,7 @@
 
 import csv
 import json
+import os
 import random
 import subprocess
 import sys
@@ -100,6 +101,78 @@ def law_damaged_files_are_refused(program, folder):
                 assert result.returncode == 0 or b"cannot be used as a state" in result.stderr
 
 
+def law_only_whole_plain_files_are_states(program, folder):
+    """One component and nothing behind it; no pipe is waited for; a full disk is called that."""
+    penguins = str(DATA / "penguins.csv")
+    for form in ("bin", "xml"):
+        (folder / f"full.{form}").symlink_to("/dev/full")
+    for text, name in ((RANKING, "rank"), (MODEL, "model")):
+        for form in ("bin", "xml"):
+            state = f"{name}.{form}"
+            call(program, folder, "run", "--data", penguins, "-c", text, "--save-state", state)
+            (folder / f"two.{form}").write_bytes(2 * (folder / state).read_bytes())
+            result = call(program, folder, "inspect", f"two.{form}", expect=3)
+            assert "cannot be used as a state" in result.stderr, state
+            result = call(program, folder, "merge", state, state, "-o", f"full.{form}", expect=3)
+            assert "No space left" in result.stderr, (state, result.stderr)
+    os.mkfifo(folder / "pipe.bin")
+    for path in ("pipe.bin", ".", "/dev/zero"):
+        result = call(program, folder, "inspect", path, expect=3)
+        assert "not a plain file" in result.stderr, (path, result.stderr)
+    def valid(state):
+        result = call(program, folder, "inspect", state, "--format", "json")
+        return cells(result.stdout, "Component")["Valid cases", "Value"]
+    call(program, folder, "merge", "rank.bin", "rank.xml", "-o", "rank.bin")
+    assert valid("rank.bin") == 2 * valid("rank.xml") > 600
+
+
+def law_user_missing_values_are_what_they_were_to_the_run(program, folder):
+    """Included or excluded, with the schema at hand or without it: the predictions of the run."""
+    draw = random.Random(11)
+    with open(folder / "data.csv", "w", encoding="utf-8") as file:
+        file.write("y,code,word,x,noise\n")
+        for _ in range(400):
+            y = draw.choice("pq")
+            code = draw.choice((1, 2, 9) if y == "p" else (1, 1, 2))
+            word = draw.choice(("red", "none", "blue") if y == "p" else ("red", "none", "none"))
+            x = draw.choice((999, round(draw.random() + (y == "p"), 3)))
+            file.write(f"{y},{code},{word},{x},{draw.choice('abc')}\n")
+    fields = [{"name": "code", "type": "integer", "missingValues": ["9"]},
+              {"name": "word", "type": "string", "missingValues": ["none"]},
+              {"name": "x", "type": "number", "missingValues": ["999"]}]
+    (folder / "schema.json").write_text(json.dumps({"fields": fields}), encoding="utf-8")
+    schema = ["--schema", "schema.json"]
+    runs = set()
+    for use, built in (("INCLUDE", schema), ("EXCLUDE", schema), ("EXCLUDE", [])):
+        command = f"NAIVEBAYES y BY code word noise WITH x /SUBSET EXACTSIZE=3 " \
+                  f"/MISSING USERMISSING={use} /SAVE PREDVAL(p) PREDPROB(q:2)."
+        call(program, folder, "run", "--data", "data.csv", *built, "-c", command, "--save-state",
+             "model.bin", "--save-data", "run.csv")
+        runs.add((folder / "run.csv").read_bytes())
+        for known in ([], schema):
+            call(program, folder, "score", "--model", "model.bin", "--data", "data.csv", *known,
+                 "--predicted", "p", "--probabilities", "q", "--save-data", "scored.csv")
+            assert (folder / "run.csv").read_bytes() == (folder / "scored.csv").read_bytes(), use
+    assert len(runs) == 2
+
+
+def law_what_xml_cannot_hold_is_said(program, folder):
+    """Control characters: an error that names the place, no file, and the binary form all the same."""
+    with open(folder / "odd.csv", "w", encoding="utf-8") as file:
+        file.write("y,a\x01b,c\n" + 40 * "p,x,1\np,v\x02w,2\nq,z,3\nq,z,1\n")
+    for text, message in (("SELECTPRED y BY ALL.", "U+0001"),
+                          ("NAIVEBAYES y BY ALL.", "that an XML document cannot hold")):
+        result = call(program, folder, "run", "--data", "odd.csv", "-c", text, "--save-state",
+                      "odd.xml", expect=1)
+        assert message in " ".join(result.stderr.split()), result.stderr
+        call(program, folder, "run", "--data", "odd.csv", "-c", text, "--save-state", "odd.bin")
+        call(program, folder, "inspect", "odd.bin")
+        call(program, folder, "merge", "odd.bin", "odd.bin", "-o", "odd.xml", expect=3)
+    call(program, folder, "run", "--data", "odd.csv", "-c", "NAIVEBAYES y BY ALL.", "--results",
+         "out", expect=1)
+    assert not (folder / "odd.xml").exists() and not list((folder / "out").iterdir())
+
+
 def law_what_does_not_fit_is_refused(program, folder):
     """Each with its own message."""
     penguins = str(DATA / "penguins.csv")
@@ -108,6 +181,11 @@ def law_what_does_not_fit_is_refused(program, folder):
                         (RANKING.replace("STATUS=OFF", "PCTMISSING=50"), "screened.bin"),
                         (RANKING.replace("bill_depth_mm", "flipper_length_mm"), "other.bin")):
         call(program, folder, "run", "--data", penguins, "-c", text, "--save-state", state)
+    header = "island,sex,bill_length_mm,bill_depth_mm,body_mass_g\n"
+    (folder / "numbers.csv").write_text(header + "1,1,40,18,4000\n", encoding="utf-8")
+    (folder / "unknown.csv").write_text(header + ",,40,18,4000\n", encoding="utf-8")
+    call(program, folder, "score", "--model", "model.bin", "--data", "unknown.csv", "--save-data",
+         "scored.csv")  # without any value a column is of either kind
     for arguments, code, message in (
             (("merge", "rank.bin", "model.bin", "-o", "x.bin"), 2, "a ranking, the other a model"),
             (("merge", "rank.bin", "screened.bin", "-o", "x.bin"), 2, "screening rules"),
@@ -120,6 +198,10 @@ def law_what_does_not_fit_is_refused(program, folder):
              "not a Naive Bayes model"),
             (("score", "--model", "model.bin", "--data", biopsies, "--save-data", "x.csv"), 2,
              "no variable"),
+            (("score", "--model", "model.bin", "--data", "numbers.csv", "--save-data", "x.csv"), 2,
+             "the model was built on texts"),
+            (("score", "--model", "model.bin", "--data", penguins, "--save-data", "x.csv", "-o",
+              "x.csv"), 2, "is the file of --save-data, too"),
             (("run", "--data", penguins, "-c", MODEL, "--save-state", "no/where.bin"), 1,
              "could not be written")):
         result = call(program, folder, *arguments, expect=code)
