@@ -16,10 +16,10 @@ std::vector<int> MakeCodeMap(const INBVariable& from, int codes, INBVariable& to
     int target = INBEncoder::kMissingCode;
     if (numbers != nullptr && code < numbers->GetNumberOfCategories()) {
       auto& encoder = static_cast<NBCatNumEncoder&>(*to.GetEncoder());
-      target = static_cast<int>(encoder.Encode(numbers->Decode(code)));
+      target = encoder.Enter(numbers->Decode(code));
     } else if (strings != nullptr && code < strings->GetNumberOfCategories()) {
       auto& encoder = static_cast<NBStringEncoder&>(*to.GetEncoder());
-      target = static_cast<int>(encoder.Encode(*strings->Decode(code)));
+      target = encoder.Enter(*strings->Decode(code));
     }
     if (target >= 0) code = target;
   }
