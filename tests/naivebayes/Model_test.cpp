@@ -143,7 +143,8 @@ TEST(Model, MergingMatchesCategoriesByTheirValues) {
   const auto make = [](const std::vector<double>& target, const std::vector<std::string>& input,
                        const std::vector<Record>& records) {
     NBVarList list;
-    list.AddCatVar("y", "", target, INBVariable::kOutput);
+    const std::vector<std::string> labels = {"first of " + input[0], ""};
+    list.AddCatVar("y", "", target, labels, INBVariable::kOutput);
     list.AddCatVar("x", "", input, INBVariable::kInput);
     // Categories that were counted are categories, whatever is declared missing here.
     if (input[0] == "p") list.AddDiscreteUserMissing(1, "r", "");
@@ -164,6 +165,10 @@ TEST(Model, MergingMatchesCategoriesByTheirValues) {
   EXPECT_EQ(a->GetTrainOutStats()->GetMisClassRow(2), (std::vector<double>{0, 1, 0}));
   EXPECT_EQ(a->GetNTargetCategories(), 3);
   EXPECT_EQ(a->GetTargetCategoryCount(1), 3);  // 20: two here, one there
+  // Labels come with their values: 20 and 30 had none here.
+  EXPECT_EQ(a->GetVarList().GetEncoderAt(0)->GetValueLabels(),
+            (std::vector<std::string>{"first of p", "first of r", ""}));
+  EXPECT_TRUE(a->GetVarList().GetEncoderAt(1)->GetValueLabels().empty());
   const NBayesInput& x = a->GetInputs()[0];
   ASSERT_EQ(x.GetNCategories(), 3);
   EXPECT_EQ(x.GetCount(2, 1), 1);  // "r" with 20
