@@ -72,6 +72,8 @@ class FSAlgorithm final : public IFSAlgorithm {
 
   MCFeature::MCStatus StatusNow() const;
   bool HasWholePass() const;
+  void DoSave(std::fstream& out) const;
+  void DoSaveXML(std::ostream& out) const;
 
   std::unique_ptr<FSSettings> fpOwnSettings;  // of a restored component
   FSSettings* fpSettings;

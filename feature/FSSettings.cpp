@@ -165,7 +165,7 @@ bool FSSettings::MayTurnOff(RankCriteria criterion) const {
 
 int FSSettings::GetNBestPredictors(int n) const {
   const double x = n >= 1 ? n : GetNPredictors();
-  return static_cast<int>(std::min(x, std::max(30.0, 2.0 * std::sqrt(x))) + 0.5);
+  return static_cast<int>(std::floor(std::min(x, std::max(30.0, 2.0 * std::sqrt(x))) + 0.5));
 }
 
 void FSSettings::SetNSkippedRecordReports(int n) {

@@ -14,12 +14,19 @@
 // The place of a small key in the direct index, or -1 for a key that has none.
 inline std::int64_t FSDenseSlot(int key) { return key >= 0 && key < 4096 ? key : -1; }
 
-// Pairs are dense while both parts are below 256.
+// Pairs are dense while both parts are below 64: there may be a map, and so an index of 16 KB, for
+// each of very many predictors.
 inline std::int64_t FSDenseSlot(const std::pair<int, int>& key) {
-  constexpr unsigned kSide = 256;
+  constexpr unsigned kSide = 64;
   const auto row = static_cast<unsigned>(key.first);
   const auto column = static_cast<unsigned>(key.second);
   return row < kSide && column < kSide ? static_cast<std::int64_t>(row * kSide + column) : -1;
+}
+
+// Whether neither a key nor a greater one has a place.
+inline bool FSIsBeyondDense(int key) { return key >= 0 && FSDenseSlot(key) < 0; }
+inline bool FSIsBeyondDense(const std::pair<int, int>& key) {
+  return key.first >= 0 && FSDenseSlot(std::pair(key.first, 0)) < 0;
 }
 
 template <class Key, class Value>
@@ -85,6 +92,7 @@ class FSSortedMap {
   // Every entry from a new one on has moved by one place.
   void IndexFrom(std::size_t position) {
     for (std::size_t i = position; i < fEntries.size(); ++i) {
+      if (FSIsBeyondDense(fEntries[i].first)) return;
       const std::int64_t slot = FSDenseSlot(fEntries[i].first);
       if (slot < 0) continue;
       const auto at = static_cast<std::size_t>(slot);

@@ -2,6 +2,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <xercesc/util/PlatformUtils.hpp>
 
 #include "feature/FSFactory.h"
 #include "feature/MCStatus.h"
@@ -9,6 +10,8 @@
 #include "tests/modelfiles/StateStreams.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  // Kept for all inputs; each would start and end the parser's library otherwise.
+  [[maybe_unused]] static const bool kStarted = (xercesc::XMLPlatformUtils::Initialize(), true);
   const QuietErrors quiet;
   XMLStream in(std::string(reinterpret_cast<const char*>(data), size));
   FSFactory factory;

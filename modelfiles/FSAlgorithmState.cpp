@@ -27,19 +27,28 @@ MC_STATE_OPERATIONS(FSAlgorithm, "FSAlgorithm 1.00", "FSAlgorithm 1.00")
 
 MCStatus FSAlgorithm::SaveState(std::fstream& out) const {
   const MCStatus status = StatusNow();
-  if (!status.IsError()) WriteObject(out);
+  if (!status.IsError()) DoSave(out);
   return status;
 }
 
 MCStatus FSAlgorithm::SaveStateXML(std::ostream& out) const {
   const MCStatus status = StatusNow();
-  if (status.IsError()) return status;
+  if (!status.IsError()) DoSaveXML(out);
+  return status;
+}
+
+void FSAlgorithm::DoSave(std::fstream& out) const {
+  WriteObject(out);
+  out.flush();
+}
+
+void FSAlgorithm::DoSaveXML(std::ostream& out) const {
   MCCommonXML::ExportFormat(out,
                             MCCommonXML::XMLDocType::Create("MCXMLRoot", "savexml.dtd", nullptr));
   MCCommonXML::StartRoot(out, MCModelFiles::Copyright());
   WriteObjectXML(out, 0);
   MCCommonXML::EndRoot(out);
-  return status;
+  out.flush();
 }
 
 namespace {

@@ -31,7 +31,7 @@ class INBUserMissing {
   // number that XML cannot hold.
   virtual std::vector<std::unique_ptr<MCCommonXML::XMLElement>> ExportXML() const = 0;
 
-  // Saved state (modelfiles/); docs/naivebayes-state.md has the fields. WriteObject and ReadObject
+  // Saved state (modelfiles/); docs/naivebayes-state.md lists the fields. WriteObject and ReadObject
   // return the bytes of the binary form. A reader that finds something else than such an object
   // throws IOException, and the object is then fit only to be destroyed.
   virtual int WriteObject(std::fstream& os) const = 0;

@@ -12,7 +12,6 @@
 #include "apps/predselect/Options.h"
 #include "apps/predselect/ProgressLine.h"
 #include "apps/predselect/Terminal.h"
-#include "apps/predselect/Version.h"
 #include "common/MissingValue.h"
 #include "host/data/DataTable.h"
 #include "host/output/BpCategory.h"
@@ -164,10 +163,7 @@ int DescribeData(const Options& options) {
   const std::unique_ptr<DataTable> table = OpenTable(options.fData);
   ProgressLine progress(false);
   LiveOutput document(options.fResult, progress);
-  document.fVersion = kVersion;
-  document.fDataSource = options.fData.fFile;
-  document.fNCases = table->CaseCount();
-  document.fNVariables = table->ColumnCount();
+  document.SetData(options.fData.fFile, *table);
   MCHost::Session session(*table, document);
   const MCHost::SessionScope scope(session);
   document.BeginRun("describe").fbCompleted = true;

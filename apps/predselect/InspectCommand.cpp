@@ -10,7 +10,6 @@
 #include "apps/predselect/ProgressLine.h"
 #include "apps/predselect/StateFile.h"
 #include "apps/predselect/Terminal.h"
-#include "apps/predselect/Version.h"
 #include "common/MissingValue.h"
 #include "feature/FSSettings.h"
 #include "host/data/MemoryTable.h"
@@ -309,8 +308,7 @@ int InspectState(const Options& options) {
   MCHost::MemoryTable none;
   ProgressLine progress(false);
   LiveOutput document(options.fResult, progress);
-  document.fVersion = kVersion;
-  document.fDataSource = options.fStates.front();
+  document.SetData(options.fStates.front(), none);
   MCHost::Session session(none, document);
   const MCHost::SessionScope scope(session);
   document.BeginRun("inspect").fbCompleted = true;

@@ -135,10 +135,7 @@ int RunCommands(const Options& options) {
   ProgressLine progress(IsErrorTerminal() && options.fResult.fbProgress &&
                         !options.fResult.fbQuiet);
   LiveOutput document(options.fResult, progress);
-  document.fVersion = kVersion;
-  document.fDataSource = options.fData.fFile;
-  document.fNCases = table->CaseCount();
-  document.fNVariables = table->ColumnCount();
+  document.SetData(options.fData.fFile, *table);
 
   RunSession session(*table, document);
   session.SetAppParams({"PredSelect", kVersion, "PredSelect contributors"});

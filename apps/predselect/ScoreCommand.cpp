@@ -15,7 +15,6 @@
 #include "apps/predselect/StateFile.h"
 #include "apps/predselect/Terminal.h"
 #include "apps/predselect/UsageError.h"
-#include "apps/predselect/Version.h"
 #include "common/MissingValue.h"
 #include "host/arrow/DataFile.h"
 #include "host/command/VarSpecObj.h"
@@ -182,10 +181,7 @@ int ScoreData(const Options& options) {
   const std::unique_ptr<DataTable> table = OpenTable(options.fData);
   ProgressLine progress(false);
   LiveOutput document(options.fResult, progress);
-  document.fVersion = kVersion;
-  document.fDataSource = options.fData.fFile;
-  document.fNCases = table->CaseCount();
-  document.fNVariables = table->ColumnCount();
+  document.SetData(options.fData.fFile, *table);
   MCHost::Session session(*table, document);
   const MCHost::SessionScope scope(session);
   MCHost::OutputRun& run = document.BeginRun("score");

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "backend/predselect/PRSMessages.h"
 #include "backend/predselect/PRSMultiFactory.h"
 #include "backend/predselect/PRSTables.h"
 #include "backend/predselect/PRSValidSpecs.h"
@@ -25,6 +26,8 @@ namespace {
 
 constexpr const char* kSource = "backend/predselect/NaiveOutput";
 constexpr int kSubsetWidth = 100;  // points
+// A table of all pairs of more categories than these helps nobody and may not fit into memory.
+constexpr int kMostShownCategories = 1000;
 
 }  // namespace
 
@@ -283,6 +286,13 @@ void NaiveOutput::DisplayClassification() const {
   const NBOutputStatistics* train = fpAlgorithm->GetTrainOutStats();
   const NBOutputStatistics* test = fpAlgorithm->GetTestOutStats();
   if (train == nullptr && test == nullptr) return;
+  const int nCats = fpAlgorithm->GetNTargetCategories();
+  if (nCats > kMostShownCategories) {
+    PRSMessages().GenericWarning("Too many categories to show classification: ^1, ^2...",
+                                 std::to_string(nCats).c_str(),
+                                 std::to_string(kMostShownCategories).c_str(), nullptr);
+    return;
+  }
   BpPivotTable table("Classification", "Classification");
   BpComposite caption("Dependent Variable ^1");
   caption.Add(BpVariable(fpActiveDS->GetVariable(fpValidSpecs->GetDependVar())));
@@ -295,7 +305,7 @@ void NaiveOutput::DisplayClassification() const {
   BpGroup columnGroup = predicted.AddGroup(BpString("Values"));
   std::vector<BpCategory> rows;
   std::vector<BpCategory> columns;
-  for (int k = 0; k < fpAlgorithm->GetNTargetCategories(); ++k) {
+  for (int k = 0; k < nCats; ++k) {
     rows.push_back(rowGroup.AddCategory(TargetCategory(k), fpProcedure->Count()));
     columns.push_back(columnGroup.AddCategory(TargetCategory(k)));
   }

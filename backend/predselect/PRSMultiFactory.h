@@ -114,6 +114,7 @@ class PRSMultiFactory {
   bool CreateEngine();
   void BuildOrSelect();
   bool FinishEngine();
+  void NameDroppedInputs() const;
   bool WriteResultDocument();
   bool WriteModel();
   bool NeedsScoring() const;

@@ -155,7 +155,11 @@ bool PRSMultiFactory::FinishEngine() {
   if (!IsPassComplete(*fpTrainRecIter)) return false;
   if (fpTestRecIter != nullptr && !IsPassComplete(*fpTestRecIter)) return false;
   fStatus = fpNBAlgorithm->GetStatus();
-  DisplayMessage(fStatus);
+  if (fStatus.GetErrorCode() == MCNaive::kPredictorDropped) {
+    NameDroppedInputs();
+  } else {
+    DisplayMessage(fStatus);
+  }
   if (fStatus.IsError()) return false;
   const auto nForced = static_cast<int>(GetForcedInputs().size());
   if (fbRunSelection && fpNBAlgorithm->GetNumberOfInputVars() == nForced) {
@@ -166,6 +170,20 @@ bool PRSMultiFactory::FinishEngine() {
   fpTrainRecIter.reset();
   fpTestRecIter.reset();
   return true;
+}
+
+// A status names one predictor only.
+void PRSMultiFactory::NameDroppedInputs() const {
+  const NBVarList& varList = fpNBAlgorithm->GetVarList();
+  for (int i = 0; i < varList.Size(); ++i) {
+    if (fpNBVarList->GetVariableRole(i) != INBVariable::kInput ||
+        varList.GetVariableRole(i) != INBVariable::kUnused) {
+      continue;
+    }
+    MCNaive::MCStatus dropped(MCNaive::kPredictorDropped, true);
+    dropped.SetDiscreteDatum(0, i);
+    DisplayMessage(dropped);
+  }
 }
 
 bool PRSMultiFactory::WriteResultDocument() {

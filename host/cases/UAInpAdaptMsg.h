@@ -11,7 +11,7 @@ class UAInpAdaptMsg {
  public:
   explicit UAInpAdaptMsg(ProcedureDataSource& source);
 
-  // Warning: no case of the data can be used.
+  // Error: no case of the data can be used.
   void NoValidCases() const;
 
   // Warning: the active data have no cases or no variables to select from.

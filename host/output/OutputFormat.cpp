@@ -9,6 +9,9 @@
 namespace MCHost {
 namespace {
 
+// Beyond this the digits of a count say nothing.
+constexpr double kExactWhole = 1e15;
+
 std::string WithoutTrailingZeros(std::string text) {
   if (text.find('.') == std::string::npos) return text;
   text.erase(text.find_last_not_of('0') + 1);
@@ -47,6 +50,7 @@ std::string FormatNumber(double value, OutputFormat format) {
   if (MCMV::IsMissing(value)) return "";
   switch (format) {
     case OutputFormat::kCount:
+      if (std::fabs(value) > kExactWhole) return General(value);
       return WithoutTrailingZeros(Fixed(value, 3));
     case OutputFormat::kPercent:
       return Fixed(value, 1) + "%";

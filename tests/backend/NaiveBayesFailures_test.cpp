@@ -163,6 +163,14 @@ TEST_F(NaiveBayesFailures, GoOnWithoutPredictorsThatOnlyTestCasesTellApart) {
   EXPECT_EQ(Cell(none, "SubsetSummary", {"1"}, {"Predictor Added"}), "no such cell");
   EXPECT_EQ(Cell(none, "Classification", {"Overall Percent"}, {"Percent Correct"}, {"Test"}), 50.0);
 
+  const json all =
+      Run("NAIVEBAYES y BY good late WITH later /TRAININGSAMPLE VARIABLE=train "
+          "/SUBSET NOSELECTION /PRINT CLASSIFICATION.");
+  const std::string dropped = "Predictor ^1 constant in training cases...";
+  EXPECT_THAT(Keys(all), ElementsAre(dropped, dropped));
+  EXPECT_EQ(all["messages"][0]["arguments"], json{"late"});
+  EXPECT_EQ(all["messages"][1]["arguments"], json{"later"});
+
   const json forced =
       Run("NAIVEBAYES y BY good fair /FORCE FACTORS=late /TRAININGSAMPLE VARIABLE=train.");
   EXPECT_FALSE(fbError);

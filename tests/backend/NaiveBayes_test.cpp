@@ -418,6 +418,22 @@ TEST_F(NaiveBayes, DescribesSavedVariablesByTheTarget) {
   EXPECT_THAT(NumberCells("PredictedValue_1"), ElementsAre(0.125, 0.13, 0.125, 0.13, 0.125));
 }
 
+TEST_F(NaiveBayes, ShowsNoClassificationTableThatWouldBeTooLarge) {
+  std::vector<double> y;
+  std::vector<double> x;
+  for (int i = 0; i < 2002; ++i) {
+    y.push_back(i / 2);
+    x.push_back(i / 2 % 7);
+  }
+  fTable.AddNumbers("y", y);
+  fTable.AddNumbers("x", x);
+  fTable.GetVariable(0).SetMeasurementLevel(KOVA_Variable::kNominal);
+  const json run = Run("NAIVEBAYES y BY x /SAVE PREDVAL /PRINT CLASSIFICATION.");
+  EXPECT_THAT(Titles(run), IsEmpty());
+  EXPECT_THAT(Keys(run), ElementsAre("Too many categories to show classification: ^1, ^2..."));
+  EXPECT_EQ(NumberCells("PredictedValue")[0], 0.0) << "the smallest of the first seventh";
+}
+
 TEST_F(NaiveBayes, SaysWhereSimulatedDataWereUsed) {
   FillTable();  // eight variables a record: 51 of them in the least memory
   const auto footnotes = [this](const std::string& options) {

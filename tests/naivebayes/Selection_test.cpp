@@ -141,6 +141,69 @@ TEST(Selection, FromATemporaryFileReportsTheTrainingDataNotTheSimulatedRecords) 
   EXPECT_EQ(a.fvLogLikelihoods[5], b.fvLogLikelihoods[5]);
 }
 
+// One record drawn from the reference's model by inversion: the class, then a category of each
+// input.
+std::vector<int> Simulate(const Reference& model, MCNaiveBayes::MCRandom& random) {
+  const auto invert = [&](int categories, auto probability) {
+    double u = random.GetRandom();
+    int category = 0;
+    for (; category < categories - 1 && u > probability(category); ++category) {
+      u -= probability(category);
+    }
+    return category;
+  };
+  std::vector<int> record = {invert(3, [&](int k) { return model.fvPriors[k]; })};
+  for (const auto& table : model.fvP) {
+    record.push_back(
+        invert(static_cast<int>(table.size()), [&](int m) { return table[m][record[0]]; }));
+  }
+  return record;
+}
+
+// The order of entry by simulated steps: of the terms A + B, B from `draws` new records each step.
+std::vector<int> SimulatedForward(const std::vector<Record>& data, std::vector<int> order,
+                                  int draws, MCNaiveBayes::MCRandom& random) {
+  const Reference model(data);
+  while (order.size() < model.fvP.size()) {
+    std::vector<double> scores(model.fvP.size(), 0.0);
+    for (const Record& r : data) {
+      for (std::size_t j = 0; j < scores.size(); ++j) {
+        const int m = Reference::Code(r, static_cast<int>(j));
+        if (!Reference::IsValid(r) || m < 0) continue;
+        scores[j] += r[1] / model.fN * std::log(model.fvP[j][m][Reference::Class(r)]);
+      }
+    }
+    for (int i = 0; i < draws; ++i) {
+      const std::vector<int> record = Simulate(model, random);
+      for (std::size_t c = 0; c < scores.size(); ++c) {
+        double sum = 0;
+        for (int k = 0; k < 3; ++k) {
+          double joint = model.fvPriors[k] * model.fvP[c][record[c + 1]][k];
+          for (int j : order) joint *= model.fvP[j][record[j + 1]][k];
+          sum += joint;
+        }
+        scores[c] -= std::log(sum) / draws;
+      }
+    }
+    for (int j : order) scores[j] = -1e300;
+    order.push_back(
+        static_cast<int>(std::max_element(scores.begin(), scores.end()) - scores.begin()));
+  }
+  return order;
+}
+
+TEST(Selection, SimulatedStepsAreThoseOfTheDefinition) {
+  for (unsigned seed : {5u, 6u, 7u, 8u}) {
+    const auto data = RandomData::Make(300, seed);
+    for (const auto& forced : std::vector<std::vector<int>>{{}, {2}, {0, 4}}) {
+      MCNaiveBayes::MCRandom random(NaiveBayesSettings().GetRandomSeed(), true, true, nullptr);
+      const Outcome out = Select(data, {.fvForced = forced, .fbInMemory = false});
+      ASSERT_TRUE(out.fStatus.IsOK());
+      EXPECT_EQ(out.fvOrder, SimulatedForward(data, forced, 200, random));
+    }
+  }
+}
+
 TEST(Selection, SimulatedStepsFindTheInformativePredictors) {
   const auto data = RandomData::Make(3000, 8);
   NaiveBayesSettings::RNGChoice choices[] = {NaiveBayesSettings::kMersenneTwister,

@@ -41,6 +41,7 @@ TEST(OutputFormat, PrintsEachKindOfNumberByItsRule) {
   } cases[] = {
       {OutputFormat::kCount, 344, "344"},
       {OutputFormat::kCount, 1e15, "1000000000000000"},
+      {OutputFormat::kCount, 2.6e301, "2.600e+301"},
       {OutputFormat::kCount, 12.5, "12.5"},
       {OutputFormat::kCount, 1.0 / 3.0, "0.333"},
       {OutputFormat::kCount, 0, "0"},
