@@ -105,26 +105,32 @@ MCStatus FSAlgorithm::StatusNow() const {
 }
 
 // What cannot be merged leaves the component as it was, so its status is not stored. A part of the
-// data in which every case was excluded ends in an error and still counts.
+// data in which every case was excluded ends in an error and still counts, on either side.
 MCStatus FSAlgorithm::Merge(const IFSAlgorithm& component, const FSCategoryMaps* maps) {
+  const MCStatus before = fStatus;
+  if (HasWholePass() && !fCancel.IsCancel()) fStatus = {};
   MCStatus refusal;
   const MCStatus status = Run([&] {
     const auto* other = dynamic_cast<const FSAlgorithm*>(&component);
+    MCStatus merged = MCFeature::CannotMerge(MCFeature::kStage);
     if (other == this) {
-      refusal = MCFeature::CannotMerge(MCFeature::kOwnSelf);
+      merged = MCFeature::CannotMerge(MCFeature::kOwnSelf);
     } else if (other == nullptr) {
-      refusal = MCFeature::CannotMerge(MCFeature::kOtherKind);
-    } else if (!other->HasWholePass()) {
-      refusal = MCFeature::CannotMerge(MCFeature::kStage);
-    } else {
-      refusal = fPredictors.Merge(other->fPredictors, maps);
-      fbDataAccumulated = fbDataAccumulated || refusal.IsOK();
+      merged = MCFeature::CannotMerge(MCFeature::kOtherKind);
+    } else if (other->HasWholePass()) {
+      merged = fPredictors.Merge(other->fPredictors, maps);
     }
-    return fStatus;
+    if (merged.GetErrorCode() == MCFeature::kCannotMerge) {
+      refusal = merged;
+      return before;
+    }
+    fbDataAccumulated = true;
+    return merged;
   });
   return refusal.IsOK() ? status : refusal;
 }
 
+// Whether no error has cut the data pass short.
 bool FSAlgorithm::HasWholePass() const {
   const std::int64_t code = fStatus.GetErrorCode();
   return !fStatus.IsError() || code == MCFeature::kAllCasesExcluded ||

@@ -47,7 +47,8 @@ class FSPredictorSet {
   MCFeature::MCStatus PassRecordsNoTarget(MCCommon::RecordIterator& source, int maxRecords);
 
   // Takes in what another set has gathered in its data pass, before anything else is done with
-  // either; this one may be new. See IFSAlgorithm::Merge. Error 80014, and nothing changes.
+  // either; this one may be new. See IFSAlgorithm::Merge. Error 80014, and nothing changes; 80013
+  // and 80009 as of one pass.
   MCFeature::MCStatus Merge(const FSPredictorSet& other, const FSCategoryMaps* maps);
 
   // Variances of what the pass has gathered. The stages below call it themselves, once.

@@ -107,6 +107,5 @@ MCStatus FSPredictorSet::Merge(const FSPredictorSet& other, const FSCategoryMaps
   fNExcludedCases += other.fNExcludedCases;
   fElapsed += other.fElapsed;
   fbPassCompleted = false;
-  fStatus = kAccumulated;
-  return status;
+  return EndOfPass(!fpSettings->GetFlagTrInput() && fpSettings->GetWeightPosition() >= 0, false);
 }

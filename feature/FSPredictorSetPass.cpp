@@ -352,8 +352,9 @@ MCStatus FSPredictorSet::PassTransactions(MCCommon::RecordIterator& source) {
   constexpr std::size_t kColumns = 4;
   while (!fpCancel->IsCancel()) {
     const MCCommon::RecordBlock& block = source.NextBlock(MCCommon::RecordBlock::kMaxCases);
-    if (block.Cases() == 0 || block.Columns() < kColumns) break;
-    for (std::size_t i = 0; i < block.Cases(); ++i) {
+    if (block.Cases() == 0 || block.Columns() < kColumns || CasesLeft(-1) < 2) break;
+    // An open case is still to be counted, so the last number stays free for it.
+    for (std::size_t i = 0; i < block.Cases() && CasesLeft(-1) >= 2; ++i) {
       const MCStatus status =
           pass.Take(block.Column(0)[i], block.Column(1)[i], block.Column(2)[i], block.Column(3)[i]);
       if (status.IsError()) return status;

@@ -114,8 +114,9 @@ class IFSAlgorithm {
   // Adds what another component of the same settings has accumulated, as if its cases had come in
   // this one's data pass: counts exactly, means and deviations but for rounding. Before screening
   // and ranking; this component may be a new one. `maps` translates the other's categories; null
-  // means that both use the same. Error 80014, and nothing changes, when the two do not fit; this
-  // component stays usable, so the error is not stored.
+  // means that both use the same. The status becomes that of one pass over all cases: 80009 and
+  // 80013 of a part without a valid case end with the first valid one. Error 80014, and nothing
+  // changes, when the two do not fit; this component stays usable, so the error is not stored.
   virtual MCFeature::MCStatus Merge(const IFSAlgorithm& other, const FSCategoryMaps* maps) = 0;
 
   virtual void Display(std::ostream& out) const = 0;

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <memory>
 #include <ostream>
 
@@ -75,7 +76,12 @@ void AddScreeningCriteria(XMLElement& parent, const FSSettings& settings) {
     if (!rule.fbInForce) continue;
     XMLElement& criterion = list.AddChild("ScreenCriterion");
     criterion.AddAttribute("name", RuleName(rule.fReason));
-    criterion.AddAttribute("value", rule.fValue);
+    // A threshold that nothing reaches is no number that a document can hold.
+    if (std::isfinite(rule.fValue)) {
+      criterion.AddAttribute("value", rule.fValue);
+    } else {
+      criterion.AddAttribute("value", "INF");
+    }
   }
   list.AddAttribute("numberOfCriteria", static_cast<double>(list.GetNChildren()));
 }

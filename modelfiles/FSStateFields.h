@@ -14,17 +14,17 @@ namespace FSState {
 // No count of cases comes near this, so sums of counts cannot overflow.
 inline constexpr std::int64_t kMostCases = std::int64_t{1} << 53;
 
-// A sum of weights.
+// A sum of weights: huge ones make it infinite.
 template <class Archive, class Value>
 void Weight(Archive& archive, Value& weight) {
-  archive.Double(weight);
+  archive.AnyDouble(weight);
   archive.Check(weight >= 0.0);
 }
 
 // A sum of weights of something that was seen.
 template <class Archive, class Value>
 void PositiveWeight(Archive& archive, Value& weight) {
-  archive.Double(weight);
+  archive.AnyDouble(weight);
   archive.Check(weight > 0.0);
 }
 

@@ -13,7 +13,8 @@ bool AddCategory(XMLElement& element, const INBEncoder* encoder, int category, i
   const auto* numbers = dynamic_cast<const NBCatNumEncoder*>(encoder);
   const auto* strings = dynamic_cast<const NBStringEncoder*>(encoder);
   if (known && numbers != nullptr) {
-    element.AddAttribute(pmml::kValueAttribute, numbers->Decode(category));
+    // Adding 0 makes a negative zero plain: readers may compare values as texts.
+    element.AddAttribute(pmml::kValueAttribute, numbers->Decode(category) + 0.0);
   } else if (known && strings != nullptr) {
     element.AddAttribute(pmml::kValueAttribute, *strings->Decode(category));
   } else {

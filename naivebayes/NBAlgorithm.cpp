@@ -336,6 +336,9 @@ MCStatus NBAlgorithm::MergeModel(const INBAlgorithm* other, bool computeProbabil
     return status;
   }
   const std::vector<int> targets = fOutput.MergeTargetCounts(that->fOutput);
+  for (auto* stats : {&fTrainStats, &fTestStats}) {
+    if (*stats) (*stats)->Grow(fOutput.GetNCategories());
+  }
   for (std::size_t j = 0; j < fInputs.size(); ++j) {
     // Bins are numbered by the cutpoints of the set-up, from which re-binning starts anew.
     auto* binned = dynamic_cast<NBContVar*>(fInputs[j].GetVariable());

@@ -19,6 +19,8 @@ class NBCatNumEncoder : public INBEncoder {
 
   // The code of a value, which is entered when it is new; -1 when it is missing.
   double Encode(double value);
+  // The code of a category, entered when it is new; never missing.
+  int Enter(double value);
 
   // The value of a code; the missing value for a code never given.
   double Decode(long code) const;
@@ -35,7 +37,6 @@ class NBCatNumEncoder : public INBEncoder {
  private:
   template <class Archive, class Self>
   static void Fields(Archive& archive, Self& self);
-  int Enter(double value);
 
   std::map<double, int> fCodes;
   std::vector<double> fvValues;  // by code

@@ -2,10 +2,33 @@
 
 #include <algorithm>
 #include <numeric>
+#include <string>
 
 #include "naivebayes/NBCatNumEncoder.h"
 #include "naivebayes/NBCatVar.h"
 #include "naivebayes/NBStringEncoder.h"
+
+namespace {
+
+std::string LabelOf(const INBEncoder& encoder, int code) {
+  const std::vector<std::string>& labels = encoder.GetValueLabels();
+  return code < static_cast<int>(labels.size()) ? labels[code] : std::string();
+}
+
+// Labels go with their categories; a category that has one here keeps it.
+void TakeLabels(const INBEncoder& from, const std::vector<int>& map, INBEncoder& to) {
+  std::vector<std::string> labels(to.GetNumberOfCategories());
+  for (int code = 0; code < to.GetNumberOfCategories(); ++code) labels[code] = LabelOf(to, code);
+  for (int code = 0; code < std::min<int>(map.size(), from.GetNumberOfCategories()); ++code) {
+    std::string& label = labels[map[code]];
+    if (label.empty()) label = LabelOf(from, code);
+  }
+  const bool any =
+      std::any_of(labels.begin(), labels.end(), [](const auto& l) { return !l.empty(); });
+  if (any) to.SetValueLabels(labels);
+}
+
+}  // namespace
 
 std::vector<int> MakeCodeMap(const INBVariable& from, int codes, INBVariable& to) {
   std::vector<int> map(codes);
@@ -13,15 +36,14 @@ std::vector<int> MakeCodeMap(const INBVariable& from, int codes, INBVariable& to
   const auto* numbers = dynamic_cast<const NBCatNumEncoder*>(from.GetEncoder());
   const auto* strings = dynamic_cast<const NBStringEncoder*>(from.GetEncoder());
   for (int& code : map) {
-    int target = INBEncoder::kMissingCode;
     if (numbers != nullptr && code < numbers->GetNumberOfCategories()) {
-      auto& encoder = static_cast<NBCatNumEncoder&>(*to.GetEncoder());
-      target = static_cast<int>(encoder.Encode(numbers->Decode(code)));
+      code = static_cast<NBCatNumEncoder&>(*to.GetEncoder()).Enter(numbers->Decode(code));
     } else if (strings != nullptr && code < strings->GetNumberOfCategories()) {
-      auto& encoder = static_cast<NBStringEncoder&>(*to.GetEncoder());
-      target = static_cast<int>(encoder.Encode(*strings->Decode(code)));
+      code = static_cast<NBStringEncoder&>(*to.GetEncoder()).Enter(*strings->Decode(code));
     }
-    if (target >= 0) code = target;
+  }
+  if (numbers != nullptr || strings != nullptr) {
+    TakeLabels(*from.GetEncoder(), map, *to.GetEncoder());
   }
   to.UpdateNumberOfCategories();
   // Codes without a value keep their numbers, for which there must be room as well.

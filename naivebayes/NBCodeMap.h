@@ -6,6 +6,6 @@
 #include "naivebayes/INBVariable.h"
 
 // For each code 0 .. codes-1 of `from`, the code of the same value in `to`, whose encoder takes in
-// values that it did not know. Codes of values declared missing or not known, and bins, keep their
-// numbers.
+// values that it did not know, with their labels. What one declares missing and the other counted
+// is a category. Codes without a value, and bins, keep their numbers.
 std::vector<int> MakeCodeMap(const INBVariable& from, int codes, INBVariable& to);

@@ -1,11 +1,27 @@
 #include "naivebayes/NBOutputStatistics.h"
 
+#include <algorithm>
+#include <utility>
+
 NBOutputStatistics::NBOutputStatistics(int targetCategories) { Reset(targetCategories); }
 
 void NBOutputStatistics::Reset(int targetCategories) {
   fNCategories = targetCategories;
   fvMatrix.assign(static_cast<std::size_t>(targetCategories) * targetCategories, 0.0);
   fTotalWeight = fMisclassified = 0;
+}
+
+void NBOutputStatistics::Grow(int targetCategories) {
+  if (targetCategories <= fNCategories) return;
+  const auto side = static_cast<std::size_t>(targetCategories);
+  std::vector<double> larger(side * side, 0.0);
+  for (int observed = 0; observed < fNCategories; ++observed) {
+    const std::vector<double> row = GetMisClassRow(observed);
+    std::copy(row.begin(), row.end(),
+              larger.begin() + static_cast<std::ptrdiff_t>(observed * side));
+  }
+  fvMatrix = std::move(larger);
+  fNCategories = targetCategories;
 }
 
 void NBOutputStatistics::Accumulate(int observed, int predicted, double weight) {

@@ -9,6 +9,8 @@ class NBOutputStatistics {
 
   // Empties the matrix, for so many categories.
   void Reset(int targetCategories);
+  // Makes room for so many categories, behind those that are there; never for fewer.
+  void Grow(int targetCategories);
   // REQUIRES: both categories within the matrix, weight > 0.
   void Accumulate(int observed, int predicted, double weight);
 

@@ -19,6 +19,8 @@ class NBStringEncoder : public INBEncoder {
 
   // The code of a string, which is entered when it is new; -1 when it is declared missing.
   double Encode(const std::string& value);
+  // The code of a category, entered when it is new; never missing.
+  int Enter(const std::string& value);
   // As Encode, but a new string is not entered and gives -1.
   double EncodeConst(const std::string& value) const;
 
@@ -40,7 +42,6 @@ class NBStringEncoder : public INBEncoder {
  private:
   template <class Archive, class Self>
   static void Fields(Archive& archive, Self& self);
-  int Enter(const std::string& value);
 
   std::map<std::string, int> fCodes;
   std::vector<const std::string*> fvpValues;  // by code; keys of the map

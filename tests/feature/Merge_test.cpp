@@ -24,10 +24,16 @@ std::unique_ptr<IFSAlgorithm> NewComponent(FSSettings& settings) {
   return factory.CreateFSAlgorithm(&settings);
 }
 
-std::unique_ptr<IFSAlgorithm> Accumulated(FSSettings& settings, const Table& table) {
+std::unique_ptr<IFSAlgorithm> Part(FSSettings& settings, const Table& table) {
   auto component = NewComponent(settings);
   BlocksOf source(table, 64);
-  const MCStatus status = component->Accumulate(source, -1);
+  static_cast<void>(component->Accumulate(source, -1));
+  return component;
+}
+
+std::unique_ptr<IFSAlgorithm> Accumulated(FSSettings& settings, const Table& table) {
+  auto component = Part(settings, table);
+  const MCStatus status = component->GetStatus();
   EXPECT_TRUE(status.IsOK() || status.GetErrorCode() == 80009) << status.GetErrorCode();
   return component;
 }
@@ -137,6 +143,34 @@ TEST(Merging, APartWithoutAValidCaseCountsItsExcludedCases) {
   EXPECT_EQ(cases[0], 3);
   EXPECT_EQ(cases[1], 2);
   EXPECT_EQ(weights[1], 2.0);
+}
+
+// As one pass would: an error for as long as no case is valid, whatever the order of the parts.
+TEST(Merging, PartsWithoutAValidCaseMayComeFirst) {
+  const double none = KOVA_SystemMissing;
+  FSSettings settings(1, true, true);
+  settings.SetWeightPosition(1);
+  const Table valid = {{0, 1, 1}, {1, 2, 1}, {0, 1, 0}};
+  const Table excluded = {{none, 1}, {1, 3}, {0, none}};
+  const Table weightless = {{0, 1}, {0, none}, {0, 1}};
+  const auto merge = [&](IFSAlgorithm& into, const Table& table) {
+    return into.Merge(*Part(settings, table), nullptr).GetErrorCode();
+  };
+  const auto merged = NewComponent(settings), plain = NewComponent(settings);
+  EXPECT_EQ(merge(*merged, weightless), 80013);
+  EXPECT_EQ(merge(*merged, weightless), 80013);
+  EXPECT_EQ(merge(*merged, excluded), 80009);
+  FSSettings others = settings;
+  others.SetMaxPctMiss(50.0);
+  EXPECT_EQ(merged->Merge(*Part(others, valid), nullptr).GetErrorCode(), 80014);
+  EXPECT_EQ(merged->GetStatus().GetErrorCode(), 80009);
+  EXPECT_EQ(merge(*merged, valid), 0);
+  EXPECT_EQ(merge(*merged, excluded), 0);
+  for (const Table* part : {&valid, &excluded, &excluded, &weightless}) merge(*plain, *part);
+  for (IFSAlgorithm* component : {merged.get(), plain.get()}) {
+    EXPECT_TRUE(component->SortAndRank(0).IsOK());
+  }
+  EXPECT_EQ(ReportOf(*merged), ReportOf(*plain));
 }
 
 struct Refusal {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstdio>
 #include <memory>
 #include <regex>
@@ -178,7 +179,11 @@ TEST(FSResultDocuments, ARuleWithoutAShortNameIsNamedInTheDocument) {
   }
   FSSettings settings(2, true, true);
   settings.SetMaxNCatAsPct(100.0);
+  settings.SetMinVariation(HUGE_VAL);
   const Analysis run(table, settings);
+  // A threshold beyond all numbers has a name, too.
+  EXPECT_NE(run.All().find("<ScreenCriterion name=\"smallVar\" value=\"INF\"/>"),
+            std::string::npos);
   EXPECT_NE(run.All().find("<ExclPredictor predictorIndex=\"0\" predictorType=\"categorical\" "
                            "screenCriterion=\"manyCategsWithOneCase\"/>"),
             std::string::npos);

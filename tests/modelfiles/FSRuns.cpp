@@ -90,7 +90,8 @@ std::string DumpOf(const IFSAlgorithm& component) {
     dump << component.ExportOneXML(dump, criterion, 0).GetErrorCode();
   }
   dump << component.ExportAllXML(dump).GetErrorCode();
-  return std::regex_replace(dump.str(), std::regex("(Elapsed seconds|0x|<Timestamp)[^\n]*"), "");
+  return std::regex_replace(dump.str(),
+                            std::regex("(Elapsed seconds|0x|<Timestamp)[^\n]*|-(?=nan)"), "");
 }
 
 std::string SaveBinary(const IFSAlgorithm& component) {

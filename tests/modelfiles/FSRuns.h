@@ -25,8 +25,8 @@ struct FSRun {
 // The stages from the component's own to the last one, with the statuses they end in.
 std::vector<std::int64_t> FinishRun(IFSAlgorithm& component, FSStage from);
 
-// The dump and the result documents, without the lines that differ between equal components: times
-// and addresses.
+// The dump and the result documents, without what differs between equal components: the lines of
+// times and addresses, and the sign of what is not a number.
 std::string DumpOf(const IFSAlgorithm& component);
 
 // Saved state as bytes, and components made from bytes; null when they are refused.

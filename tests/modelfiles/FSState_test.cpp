@@ -88,18 +88,60 @@ TEST(FSState, ARestoredComponentTakesMoreCasesAsTheSavedOneWould) {
 }
 
 TEST(FSState, SumsThatOverflowedAreKept) {
-  Table table = {{0, 1, 0, 1, 0, 1}, {1e300, -1e300, 1e200, 3, 4, -1e307}};
+  // Target, weight, a continuous and a categorical predictor.
+  const std::vector<double> target = {0, 1, 0, 1, 0, 1},
+                            categories = {0, 1, 1, 0, 1, KOVA_SystemMissing};
+  const std::vector<double> huge(6, 1e308);
+  const Table tables[] = {
+      {target, {1, 1, 1, 1, 1, 1}, {1e300, -1e300, 1e200, 3, 4, -1e307}, categories},
+      {target, huge, target, categories},
+      {target, huge, huge, categories}};
+  for (const Table& table : tables) {
+    for (const bool catTarget : {true, false}) {
+      FSSettings settings({false, true}, catTarget);
+      settings.SetWeightPosition(1);
+      settings.SetWeightToFreq(MCFSCommon::kAsIs);
+      FSFactory factory;
+      const auto component = factory.CreateFSAlgorithm(&settings);
+      BlocksOf source(table, 4);
+      EXPECT_TRUE(component->Accumulate(source, -1).IsOK());
+      EXPECT_FALSE(component->SortAndRank(0).IsError());
+      const std::string binary = SaveBinary(*component);
+      const auto restored = RestoreXML(SaveXML(*component), factory);
+      ASSERT_NE(restored, nullptr);
+      EXPECT_EQ(SaveBinary(*restored), binary);
+      EXPECT_EQ(DumpOf(*restored), DumpOf(*component));
+    }
+  }
+}
+
+// Cases of transactions in two streams, with a restore in between.
+TEST(FSState, ARestoredComponentTakesMoreTransactionsAsTheSavedOneWould) {
   for (const bool catTarget : {true, false}) {
-    FSSettings settings(1, false, catTarget);
+    FSSettings settings({true, false, true}, catTarget);
+    settings.SetFlagTrInput(true);
     FSFactory factory;
-    const auto component = factory.CreateFSAlgorithm(&settings);
-    BlocksOf source(table, 4);
-    EXPECT_FALSE(component->AccumulateAndRank(source, -1, false, 0).IsError());
-    const std::string binary = SaveBinary(*component);
-    const auto restored = RestoreXML(SaveXML(*component), factory);
-    ASSERT_NE(restored, nullptr);
-    EXPECT_EQ(SaveBinary(*restored), binary);
-    EXPECT_EQ(DumpOf(*restored), DumpOf(*component));
+    const auto unsaved = factory.CreateFSAlgorithm(&settings);
+    const double none = KOVA_SystemMissing;
+    const Table first = {
+        {1, 1, 2, 3, 3, 4}, {0, 1, 2, 0, 2, 1}, {5, 2.5, 1, none, 1, 7}, {0, 0, 1, 1, 1, none}};
+    const Table second = {{8, 8, 8, 9, 10}, {0, 1, 2, 1, 0}, {5, -1, 2, 0.5, 6}, {1, 1, 1, 0, 2}};
+    BlocksOf source(first, 4);
+    ASSERT_TRUE(unsaved->Accumulate(source, -1).IsOK());
+    const std::string binary = SaveBinary(*unsaved);
+    const auto fromBinary = RestoreBinary(binary, factory),
+               fromXML = RestoreXML(SaveXML(*unsaved), factory);
+    for (IFSAlgorithm* component : {unsaved.get(), fromBinary.get(), fromXML.get()}) {
+      ASSERT_NE(component, nullptr);
+      BlocksOf more(second, 2);
+      EXPECT_TRUE(component->Accumulate(more, -1).IsOK());
+    }
+    ExpectSame(*fromBinary, *unsaved);
+    FinishRun(*unsaved, FSStage::kAccumulated);
+    FinishRun(*fromBinary, FSStage::kAccumulated);
+    FinishRun(*fromXML, FSStage::kAccumulated);
+    ExpectSame(*fromBinary, *unsaved);
+    ExpectSame(*fromXML, *unsaved);
   }
 }
 
@@ -268,7 +310,7 @@ TEST_F(DamagedState, ValuesThatDoNotFitAreRefusedByName) {
       {"FSPredictorSet", 2, "1", "FSPredictorSet"},   // stage before the data
       {"FSPredictorSet", 3, "2", "FSPredictorSet"},   // flag
       {"FSPredictorSet", 6, "-1", "FSPredictorSet"},  // weight
-      {"FSPredictorSet", 6, "inf", "FSPredictorSet"},
+      {"FSPredictorSet", 6, "nan", "FSPredictorSet"},
       {"FSPredictorSet", 8, "1", "FSPredictorSet"},  // fewer cases than target categories count
       {"FSCatPCatTAccum", 0, "-4", "FSCatPCatTAccum"},
       {"FSCatPCatTAccum", 1, "-4", "FSCatPCatTAccum"},
@@ -299,6 +341,28 @@ TEST_F(DamagedState, AnotherTagIsNamedOnStandardError) {
   FSFactory factory;
   EXPECT_EQ(RestoreBinary(binary, factory), nullptr);
   EXPECT_EQ(fQuiet.Text(), "Error reading FSSettings!\n");
+}
+
+TEST(FSState, NoPassCountsMoreCasesThanANumberHolds) {
+  for (const bool transactions : {true, false}) {
+    FSSettings settings({true}, true);
+    settings.SetFlagTrInput(transactions);
+    FSFactory factory;
+    const auto component = factory.CreateFSAlgorithm(&settings);
+    const Table cases = transactions ? Table{{1, 2, 3, 4}, {0, 0, 0, 0}, {5, 6, 5, 6}, {0, 1, 0, 1}}
+                                     : Table{{0, 1, 0, 1}, {5, 6, 5, 6}};
+    BlocksOf source(cases, 4), more(cases, 4);
+    ASSERT_TRUE(component->Accumulate(source, -1).IsOK());
+    const auto restored =
+        RestoreXML(WithField(SaveXML(*component), "FSPredictorSet", 8, "2147483645"), factory);
+    ASSERT_NE(restored, nullptr);
+    EXPECT_TRUE(restored->Accumulate(more, -1).IsOK());
+    double weights[2];
+    int counts[2];
+    restored->GetNValidNExcluded(weights[0], weights[1], counts[0], counts[1]);
+    EXPECT_GT(counts[0], 2147483645);
+    EXPECT_EQ(counts[1], 0);
+  }
 }
 
 }  // namespace

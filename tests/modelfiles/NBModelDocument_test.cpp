@@ -1,13 +1,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <limits>
+#include <random>
 #include <regex>
 #include <sstream>
 
 #include "common/xml/MCApplicInfo4XML.h"
 #include "naivebayes/NBAlgorithm.h"
+#include "naivebayes/NBBinningEncoder.h"
 #include "tests/naivebayes/TestRecords.h"
 
 namespace {
@@ -19,13 +23,13 @@ constexpr double kHighest = std::numeric_limits<double>::max();
 constexpr double kMissing = MCMV::gMissingValue;
 
 // One variable of each kind, and the awkward cases: markup in texts, labels, an open missing range,
-// cutpoints twice, bins and categories without a case, categories without a value, an input that
-// training drops.
+// cutpoints twice, bins and categories without a case, categories without a value, a negative zero,
+// an input that training drops.
 NBVarList MakeList() {
   NBVarList list;
   list.AddCatVar("unused", "", 2, INBVariable::kNumericCategorical, INBVariable::kUnused);
-  list.AddCatVar("y", "the \"target\"", std::vector<double>{7, 2.5, 9},
-                 {"seven", "", "nine & more"}, INBVariable::kOutput);
+  list.AddCatVar("y", "the \"target\"", std::vector<double>{7, 2.5, -0.0},
+                 {"seven", "", "none & nothing"}, INBVariable::kOutput);
   list.AddWeightVar("w", "", INBVariable::kAsIs);
   list.AddCatVar("s", "", std::vector<std::string>{"a<b", "\xC3\xBC", "never"},
                  INBVariable::kInput);
@@ -72,7 +76,7 @@ constexpr const char* kFrame =
     <DataField name="y" displayName="the &quot;target&quot;" optype="categorical" dataType="float">
       <Value value="7" displayValue="seven" property="valid"/>
       <Value value="2.5" property="valid"/>
-      <Value value="9" displayValue="nine &amp; more" property="valid"/>
+      <Value value="0" displayValue="none &amp; nothing" property="valid"/>
     </DataField>
     <DataField name="s" optype="categorical" dataType="string">
       <Value value="n/a" displayValue="not &#8805; 1" property="missing"/>
@@ -160,7 +164,7 @@ constexpr const char* kFrame =
       <TargetValueCounts>
         <TargetValueCount value="7" count="1.75"/>
         <TargetValueCount value="2.5" count="3"/>
-        <TargetValueCount value="9" count="0"/>
+        <TargetValueCount value="0" count="0"/>
       </TargetValueCounts>
     </BayesOutput>
   </NaiveBayesModel>
@@ -188,6 +192,75 @@ TEST_F(ModelDocument, IsTheSameWhenTrainingWentByBatches) {
   EXPECT_FALSE(fAlgorithm.Update(source, 3).IsError());
   EXPECT_FALSE(fAlgorithm.Update(source, 2).IsError());
   EXPECT_EQ(Write(fAlgorithm, nullptr), kFrame);
+}
+
+// All values of an attribute, in document order; a bound that is not there is infinite.
+std::vector<double> NumbersOf(const std::string& document, const std::string& pattern,
+                              double none) {
+  std::vector<double> numbers;
+  const std::regex expression(pattern);
+  for (std::sregex_iterator at(document.begin(), document.end(), expression), end; at != end;
+       ++at) {
+    numbers.push_back((*at)[1].matched ? std::strtod((*at)[1].str().c_str(), nullptr) : none);
+  }
+  return numbers;
+}
+
+// A value falls into one bin of the document, and that is the one whose counts scoring uses. With
+// awkward cutpoints, and empty bins anywhere.
+TEST(ModelDocumentBins, SendEveryValueToTheCountsItIsScoredWith) {
+  std::mt19937 random(7);
+  for (int run = 0; run < 60; ++run) {
+    std::vector<double> cuts;
+    for (unsigned i = 0, n = 1 + random() % 7; i < n; ++i) {
+      const double odd[] = {-kHighest, kHighest, -0.0, 0.0, 5e-324, 1e16, 0.1};
+      cuts.push_back(random() % 3 == 0 ? odd[random() % 7] : random() % 9 - 4.0);
+    }
+    std::sort(cuts.begin(), cuts.end());
+    std::vector<double> values = {-1e300, 1e300};
+    for (const double cut : cuts) {
+      for (const double toward : {-HUGE_VAL, HUGE_VAL})
+        values.push_back(std::nextafter(cut, toward));
+      values.push_back(cut);
+    }
+    std::erase_if(values, [](double v) { return MCMV::IsMissing(v); });
+    NBVarList list;
+    list.AddCatVar("y", "", 2, INBVariable::kNumericCategorical, INBVariable::kOutput);
+    list.AddContVar("x", "", cuts, INBVariable::kInput);
+    NBAlgorithm algorithm(NaiveBayesSettings(), list);
+    // Few cases, so that bins stay empty.
+    std::vector<Record> records;
+    for (unsigned i = 0, n = 2 + random() % 4; i < n; ++i) {
+      records.push_back(Record({i % 2 * 1.0, values[random() % values.size()]}));
+    }
+    TestRecords source(records);
+    ASSERT_FALSE(algorithm.BuildModel(source, 100).IsError());
+    if (algorithm.GetInputs().empty()) continue;
+    const std::string document = Write(algorithm, nullptr);
+    const auto left = NumbersOf(
+        document, "<Interval[^>]*?(?: leftMargin=\"([^\"]+)\")?(?: rightMargin=\"[^\"]+\")?/>",
+        -HUGE_VAL);
+    const auto right =
+        NumbersOf(document, "<Interval[^>]*?(?: rightMargin=\"([^\"]+)\")?/>", HUGE_VAL);
+    const auto pairs = NumbersOf(document, "<PairCounts value=\"([^\"]+)\"", 0);
+    ASSERT_EQ(pairs.size(), right.size()) << document;
+    const NBayesInput& input = algorithm.GetInputs()[0];
+    const auto* encoder = dynamic_cast<const NBBinningEncoder*>(input.GetVariable()->GetEncoder());
+    std::vector<int> filled;
+    for (int m = 0; m < input.GetNCategories(); ++m) {
+      if (input.GetRowTotal(m) > 0) filled.push_back(m);
+    }
+    for (const double value : values) {
+      int bins = 0;
+      for (std::size_t i = 0; i < right.size(); ++i) {
+        if (!(left[i] < value && value <= right[i])) continue;
+        ++bins;
+        EXPECT_EQ(pairs[i], static_cast<double>(i));
+        EXPECT_EQ(filled[i], encoder->Encode(value)) << value << '\n' << document;
+      }
+      EXPECT_EQ(bins, 1) << value << '\n' << document;
+    }
+  }
 }
 
 TEST_F(ModelDocument, IsRefusedAsAWholeWithItsReason) {

@@ -143,8 +143,11 @@ TEST(Model, MergingMatchesCategoriesByTheirValues) {
   const auto make = [](const std::vector<double>& target, const std::vector<std::string>& input,
                        const std::vector<Record>& records) {
     NBVarList list;
-    list.AddCatVar("y", "", target, INBVariable::kOutput);
+    const std::vector<std::string> labels = {"first of " + input[0], ""};
+    list.AddCatVar("y", "", target, labels, INBVariable::kOutput);
     list.AddCatVar("x", "", input, INBVariable::kInput);
+    // Categories that were counted are categories, whatever is declared missing here.
+    if (input[0] == "p") list.AddDiscreteUserMissing(1, "r", "");
     auto algorithm = std::make_unique<NBAlgorithm>(NaiveBayesSettings(), list);
     TestRecords source(records);
     EXPECT_TRUE(algorithm->BuildModel(source, 100).IsOK());
@@ -152,14 +155,24 @@ TEST(Model, MergingMatchesCategoriesByTheirValues) {
   };
   const auto a = make({10, 20}, {"p", "q"}, {Record({0, 0}), Record({1, 1}), Record({1, 0})});
   const auto b = make({20, 30}, {"r", "p"}, {Record({0, 0}), Record({1, 1})});
+  NBOutput output(3);
+  EXPECT_TRUE(a->ScoreAndAccum(Record({1, 1}), output, true).IsOK());
   ASSERT_TRUE(a->MergeModel(b.get(), true).IsOK());
+  // What was classified before stays where it was, and there is room for the new category.
+  EXPECT_TRUE(a->ScoreAndAccum(Record({2, 2}), output, true).IsOK());  // "r" was with 20 alone
+  EXPECT_EQ(a->GetTrainOutStats()->GetNCategories(), 3);
+  EXPECT_EQ(a->GetTrainOutStats()->GetMisClassElement(1, 1), 1);
+  EXPECT_EQ(a->GetTrainOutStats()->GetMisClassRow(2), (std::vector<double>{0, 1, 0}));
   EXPECT_EQ(a->GetNTargetCategories(), 3);
   EXPECT_EQ(a->GetTargetCategoryCount(1), 3);  // 20: two here, one there
+  // Labels come with their values: 20 and 30 had none here.
+  EXPECT_EQ(a->GetVarList().GetEncoderAt(0)->GetValueLabels(),
+            (std::vector<std::string>{"first of p", "first of r", ""}));
+  EXPECT_TRUE(a->GetVarList().GetEncoderAt(1)->GetValueLabels().empty());
   const NBayesInput& x = a->GetInputs()[0];
   ASSERT_EQ(x.GetNCategories(), 3);
   EXPECT_EQ(x.GetCount(2, 1), 1);  // "r" with 20
   EXPECT_EQ(x.GetCount(0, 2), 1);  // "p" with 30
-  NBOutput output(3);
   EXPECT_TRUE(a->ScoreFullRecord(Record({0, 2}), output).IsOK());
   EXPECT_EQ(output.GetWinningIndex(), 1);
 }
