@@ -233,7 +233,7 @@ class CommandFuzz {
     return {accepted, specs.GetModelFileName().empty(), dump.str()};
   }
 
-  // The specification of a refusal: it says why, and what is about the text says where.
+  // A refusal says why, and what is about the text says where.
   void CheckMessages(const CommandText& command, const MCHost::OutputRun& run, bool accepted) {
     int errors = 0;
     for (const MCHost::OutputMessage& message : run.fMessages) {
