@@ -23,7 +23,6 @@ namespace {
 
 constexpr const char* kSource = "backend/predselect/PRSMultiFactory";
 constexpr int kVariablesNotMade = 2;
-constexpr int kDataUnusable = 70000;
 constexpr KOVA_Format kProbabilityFormat{KOVA_Format::kNumber, 5, 3};
 constexpr std::int64_t kReportEvery = 4096;  // cases
 
