@@ -215,7 +215,7 @@ void NaiveOutput::DisplaySubsets() const {
     if (!isBIC && IsSimulated()) ranked.back().Note(BpString("Computed using simulated..."));
   }
   BpCategory logLikelihood = columns.AddCategory(BpString("Average Log-Likelihood"), general);
-  if (AreLogLikelihoodsSimulated()) logLikelihood.Note(BpString("Estimated with simulated..."));
+  if (AreStepsSimulated()) NoteSimulatedSteps(added, logLikelihood);
   std::vector<BpCategory> rows;
   for (const SubsetRow& subset : subsets) {
     const auto number = static_cast<double>(rows.size());
@@ -255,11 +255,18 @@ bool NaiveOutput::IsSimulated() const {
   return records > fpSettings->GetMaxRecordsInMemory();
 }
 
-// The steps forward then work on simulated data; only a ranking by pseudo-BIC computes the values
-// anew from the training cases.
-bool NaiveOutput::AreLogLikelihoodsSimulated() const {
+bool NaiveOutput::AreStepsSimulated() const {
+  return fpFactory->GetNTrainRecords() > fpSettings->GetMaxRecordsInMemory();
+}
+
+// A ranking by pseudo-BIC computes the log-likelihoods anew from the training cases.
+void NaiveOutput::NoteSimulatedSteps(BpCategory& added, BpCategory& logLikelihood) const {
   const bool isAnew = fpValidSpecs->GetMultiPseudoBIC() && fpValidSpecs->GetMultiExactSize() < 1;
-  return !isAnew && fpFactory->GetNTrainRecords() > fpSettings->GetMaxRecordsInMemory();
+  if (isAnew) {
+    added.Note(BpString("Added by simulated..."));
+  } else {
+    logLikelihood.Note(BpString("Estimated with simulated..."));
+  }
 }
 
 std::vector<std::string> NaiveOutput::SelectedNames(bool categorical) const {
