@@ -208,6 +208,11 @@ std::string Around(const std::string& start, const std::string& text, const std:
          "</String></Object></MCXMLRoot>" + end;
 }
 
+// A start tag behind something in which a quote of no meaning may seem to be open.
+std::string Hiding(const std::string& what, const std::string& tag) {
+  return what + "<MCXMLRoot quotes=\"'>\"" + tag.substr(10) + "><a/>";
+}
+
 TEST(XMLObjParser, RefusesHostileDocumentsAndReadsNothingBesides) {
   const std::string xml = "<?xml version=\"1.0\"?>";
   std::string bomb = "<!ENTITY a0 \"xxxxxxxxxx\">";
@@ -227,6 +232,14 @@ TEST(XMLObjParser, RefusesHostileDocumentsAndReadsNothingBesides) {
       {"inclusion", Around(xml, "<include xmlns=\"http://www.w3.org/2001/XInclude\" href=\"f\"/>")},
       {"deep nesting", xml + "<MCXMLRoot>" + deep},
       {"many attributes", attributes + ">"},
+      {"many attributes behind a comment", Hiding("<!-- <x ' -->", attributes)},
+      {"many attributes behind half a comment", Hiding("<!--> <x ' -->", attributes)},
+      {"many attributes behind a document type",
+       Hiding("<!DOCTYPE MCXMLRoot [ <x ' ] <y \">", attributes)},
+      {"many attributes behind an instruction", Hiding("<?p > <x ' ?>", attributes)},
+      {"a tag of another encoding",
+       "<?xml version=\"1.0\" encoding=\"UTF-7\"?>+ADw-MCXMLRoot" + attributes.substr(10) + ">"},
+      {"two bytes a character", std::string("<\0?\0x\0m\0l\0", 10)},
       {"a tag too long", Around(xml, "t").insert(xml.size() + 17, kMaxTag, 'x')},
       {"control character by reference", Around(xml, "&#1;")},
       {"surrogate by reference", Around(xml, "&#xD800;")},
@@ -258,6 +271,9 @@ TEST(XMLObjParser, PassesOverWhatSaysNothing) {
               "&lt;&#x20AC;&amp;"),
        "<\xE2\x82\xAC&"},
       {Around(xml, "<![CDATA[<a>]]> b"), "<a> b"},
+      {Around(xml + "<?p > <x ' ?>", "<![CDATA[<a ']]><!-- <b \" -->" + std::string(9000, '\'')),
+       "<a '" + std::string(9000, '\'')},
+      {Around("<?xml version='1.0' encoding='utf-8'?>", "\xE2\x82\xAC"), "\xE2\x82\xAC"},
       {Around(xml, std::string(1000000, 'x')), std::string(1000000, 'x')}};
   for (const auto& [document, expected] : kCases) {
     std::string text;
