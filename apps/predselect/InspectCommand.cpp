@@ -199,7 +199,9 @@ void ShowRanking(const IFSAlgorithm& component, const FeatureNames& names) {
   std::vector<int> order;
   for (int i = 0; i < MCFSCommon::kNCriteria; ++i) {
     const auto criterion = static_cast<RankCriteria>(i);
-    if (!component.GetSettings()->GetCriterion(criterion)) continue;
+    // A criterion that was asked for after the ranking has no ranks.
+    if (!component.GetSettings()->GetCriterion(criterion) || component.GetRanks(criterion).empty())
+      continue;
     criteria.emplace_back(columns, component, criterion);
     std::vector<int> ranked;
     std::vector<double> values;

@@ -334,6 +334,16 @@ TEST_F(DamagedState, ValuesThatDoNotFitAreRefusedByName) {
   }
 }
 
+TEST_F(DamagedState, ARankingWithoutItsValuesIsRefused) {
+  const FSRun run("cn", true, true, FSStage::kRankedAll, 9);
+  std::string xml = SaveXML(*run.fpComponent);
+  const std::size_t values = xml.rfind("<Long>2</Long>");  // those of F
+  xml.replace(values, xml.find("<Long>", values + 1) - values, "<Long>0</Long>");
+  FSFactory factory;
+  EXPECT_EQ(RestoreXML(xml, factory), nullptr);
+  EXPECT_EQ(fQuiet.Text(), "Failure reading FSPredictorSet!\n");
+}
+
 TEST_F(DamagedState, AnotherTagIsNamedOnStandardError) {
   const FSRun run("cn", true, true, FSStage::kAccumulated, 9);
   std::string binary = SaveBinary(*run.fpComponent);
