@@ -106,6 +106,7 @@ bool Agree(const ComponentFile& file) {
   const FSSettings& settings = *file.fpFeature->GetSettings();
   const std::vector<StateVariable>& predictors = file.fDictionary->fPredictors;
   if (settings.GetNPredictors() != static_cast<int>(predictors.size())) return false;
+  if ((settings.GetWeightPosition() < 0) != file.fDictionary->fWeight.empty()) return false;
   for (std::size_t i = 0; i < predictors.size(); ++i) {
     if (settings.IsCatPredictor(static_cast<int>(i)) != predictors[i].fbCategorical) return false;
   }

@@ -118,6 +118,8 @@ class FeatureNames {
   std::string Target() const {
     return fFile.fDictionary ? fFile.fDictionary->fTarget.fName : std::string("(not named)");
   }
+  // Empty where there is none, or none is named.
+  std::string Weight() const { return fFile.fDictionary ? fFile.fDictionary->fWeight : ""; }
   std::string TargetCategory(int code) const {
     const bool isKnown =
         fFile.fDictionary && code >= 0 && code < fFile.fDictionary->fTarget.GetNCategories();
@@ -146,6 +148,7 @@ void ShowFeatureFacts(const IFSAlgorithm& component, const FeatureNames& names) 
                      : component.IsDataAccumulated() ? "counted"
                                                      : "empty");
   facts.Add("Dependent variable", names.Target());
+  if (!names.Weight().empty()) facts.Add("Weight variable", names.Weight());
   facts.Add("Candidate predictors", settings.GetNPredictors());
   facts.Add("Ranking criteria", criteria);
   facts.Add("Valid cases", nValid);

@@ -203,8 +203,14 @@ def law_what_does_not_fit_is_refused(program, folder):
     biopsies = str(DATA / "biopsies.csv")
     for text, state in ((RANKING, "rank.bin"), (MODEL, "model.bin"),
                         (RANKING.replace("STATUS=OFF", "PCTMISSING=50"), "screened.bin"),
-                        (RANKING.replace("bill_depth_mm", "flipper_length_mm"), "other.bin")):
+                        (RANKING.replace("bill_depth_mm", "flipper_length_mm"), "other.bin"),
+                        (RANKING.replace("/CRIT", "/MISSING USERMISSING=INCLUDE /CRIT"), "used.bin"),
+                        ("SELECTPRED species.", "year.bin")):
         call(program, folder, "run", "--data", penguins, "-c", text, "--save-state", state)
+    for option, text, state in ((("--weight", "year"), RANKING, "weighted.bin"),
+                                (("--weight", "flipper_length_mm"), RANKING, "heavy.bin"),
+                                (("--level", "year=scale"), "SELECTPRED species.", "scale.bin")):
+        call(program, folder, "run", "--data", penguins, *option, "-c", text, "--save-state", state)
     header = "island,sex,bill_length_mm,bill_depth_mm,body_mass_g\n"
     (folder / "numbers.csv").write_text(header + "1,1,40,18,4000\n", encoding="utf-8")
     (folder / "unknown.csv").write_text(header + ",,40,18,4000\n", encoding="utf-8")
@@ -214,6 +220,11 @@ def law_what_does_not_fit_is_refused(program, folder):
             (("merge", "rank.bin", "model.bin", "-o", "x.bin"), 2, "a ranking, the other a model"),
             (("merge", "rank.bin", "screened.bin", "-o", "x.bin"), 2, "screening rules"),
             (("merge", "rank.bin", "other.bin", "-o", "x.bin"), 2, "bill_depth_mm is another"),
+            (("merge", "rank.bin", "used.bin", "-o", "x.bin"), 2, "user-missing values is another"),
+            (("merge", "rank.bin", "weighted.bin", "-o", "x.bin"), 2, "weight variable is another"),
+            (("merge", "heavy.bin", "weighted.bin", "-o", "x.bin"), 2, "weight variable is another"),
+            (("merge", "year.bin", "scale.bin", "-o", "x.bin"), 2,
+             "year is categorical in one state and scale in the other"),
             (("merge", "rank.bin", "-o", "x.bin"), 2, "Try"),
             (("merge", "rank.bin", "rank.bin", "-o", "x.txt"), 2, "named .bin or .xml"),
             (("inspect", "nowhere.bin"), 3, "No such file"),
