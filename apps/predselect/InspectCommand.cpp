@@ -1,6 +1,5 @@
 #include "apps/predselect/InspectCommand.h"
 
-#include <algorithm>
 #include <vector>
 
 #include "apps/predselect/ExitCode.h"
@@ -200,6 +199,7 @@ void ShowRanking(const IFSAlgorithm& component, const FeatureNames& names) {
   BpDimension columns = table.ColumnDimension("Statistics");
   std::vector<RankingColumns> criteria;
   std::vector<int> order;
+  std::vector<bool> isListed(static_cast<std::size_t>(component.GetSettings()->GetNPredictors()));
   for (int i = 0; i < MCFSCommon::kNCriteria; ++i) {
     const auto criterion = static_cast<RankCriteria>(i);
     // A criterion that was asked for after the ranking has no ranks.
@@ -210,9 +210,8 @@ void ShowRanking(const IFSAlgorithm& component, const FeatureNames& names) {
     std::vector<double> values;
     (void)component.GetTopPredictors(criterion, ranked, values, 0);
     for (const int predictor : ranked) {
-      if (std::find(order.begin(), order.end(), predictor) == order.end()) {
-        order.push_back(predictor);
-      }
+      if (!isListed[static_cast<std::size_t>(predictor)]) order.push_back(predictor);
+      isListed[static_cast<std::size_t>(predictor)] = true;
     }
   }
   for (const int predictor : order) {
