@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -11,7 +12,6 @@
 #include <system_error>
 #include <vector>
 
-#include "common/state/IOException.h"
 #include "common/xml/XMLError.h"
 #include "common/xml/XMLObjParser.h"
 #include "feature/FSFactory.h"
@@ -180,7 +180,7 @@ std::string ReadComponentFile(const std::string& path, ComponentFile& file) {
     } else {
       trouble = ReadBinary(binary, file);
     }
-  } catch (const MCCommon::IOException&) {
+  } catch (const std::exception&) {  // damaged, or more than the memory holds
     trouble = kDamaged;
   }
   return trouble.empty() && !Agree(file) ? kDamaged : trouble;
