@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -11,7 +12,6 @@
 #include <system_error>
 #include <vector>
 
-#include "common/state/IOException.h"
 #include "common/xml/XMLError.h"
 #include "common/xml/XMLObjParser.h"
 #include "feature/FSFactory.h"
@@ -106,6 +106,7 @@ bool Agree(const ComponentFile& file) {
   const FSSettings& settings = *file.fpFeature->GetSettings();
   const std::vector<StateVariable>& predictors = file.fDictionary->fPredictors;
   if (settings.GetNPredictors() != static_cast<int>(predictors.size())) return false;
+  if ((settings.GetWeightPosition() < 0) != file.fDictionary->fWeight.empty()) return false;
   for (std::size_t i = 0; i < predictors.size(); ++i) {
     if (settings.IsCatPredictor(static_cast<int>(i)) != predictors[i].fbCategorical) return false;
   }
@@ -179,7 +180,7 @@ std::string ReadComponentFile(const std::string& path, ComponentFile& file) {
     } else {
       trouble = ReadBinary(binary, file);
     }
-  } catch (const MCCommon::IOException&) {
+  } catch (const std::exception&) {  // damaged, or more than the memory holds
     trouble = kDamaged;
   }
   return trouble.empty() && !Agree(file) ? kDamaged : trouble;

@@ -56,6 +56,8 @@ void StateVariable::Fields(Archive& archive, Self& self) {
 template <class Archive, class Self>
 void StateDictionary::Fields(Archive& archive, Self& self) {
   archive.Flag(self.fbScreening);
+  archive.Flag(self.fbExcludeUserMissing);
+  archive.Text(self.fWeight);
   archive.Object(self.fTarget);
   archive.Size(self.fPredictors, kLeastVariable);
   for (auto& predictor : self.fPredictors) archive.Object(predictor);
