@@ -3,15 +3,16 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
-#include <exception>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <new>
 #include <sstream>
 #include <string_view>
 #include <system_error>
 #include <vector>
 
+#include "common/state/IOException.h"
 #include "common/xml/XMLError.h"
 #include "common/xml/XMLObjParser.h"
 #include "feature/FSFactory.h"
@@ -180,8 +181,10 @@ std::string ReadComponentFile(const std::string& path, ComponentFile& file) {
     } else {
       trouble = ReadBinary(binary, file);
     }
-  } catch (const std::exception&) {  // damaged, or more than the memory holds
+  } catch (const MCCommon::IOException&) {
     trouble = kDamaged;
+  } catch (const std::bad_alloc&) {
+    trouble = "it takes more memory than there is";
   }
   return trouble.empty() && !Agree(file) ? kDamaged : trouble;
 }
