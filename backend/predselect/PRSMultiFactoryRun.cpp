@@ -109,7 +109,11 @@ bool PRSMultiFactory::RunNBComponent() {
 bool PRSMultiFactory::OpenModelFile() {
   if (!fbSaveModel) return true;
   try {
-    fpModelFile = std::make_unique<MCHost::OutputFile>(ExtNameStr(fpSpecs->GetModelFileName()));
+    const std::string use = MCHost::CurrentSession().UseOf(path);
+    if (!use.empty()) {
+      throw MCHost::HostIOError(path, "", "would take the place of " + use + "; give another name");
+    }
+    fpModelFile = std::make_unique<MCHost::OutputFile>(path);
     return true;
   } catch (const MCHost::HostIOError& error) {
     PRSFileError(error);
@@ -117,6 +121,7 @@ bool PRSMultiFactory::OpenModelFile() {
   }
 }
 
+  const std::string path = ExtNameStr(fpSpecs->GetModelFileName());
 bool PRSMultiFactory::CreateEngine() {
   NaiveBayesSettings* settings = fpSpecs->GetNaiveSettingsPtr();
   MCCommon::Assert(settings != nullptr, "fpSettings != 0", kSource);
