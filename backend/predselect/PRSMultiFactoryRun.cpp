@@ -98,7 +98,7 @@ bool PRSMultiFactory::RunNBComponent() {
   if (PRSIsStateWanted() && !PRSSaveState(*fpNBAlgorithm)) return false;
   if (NeedsScoring() && !ScoringDataPass()) return false;
   const bool testLayerWanted =
-      fpSpecs->GetPrintClassify() && fpSpecs->GetMultiTrainSamp() && !fpSpecs->GetMultiTestData();
+      IsClassified() && fpSpecs->GetMultiTrainSamp() && !fpSpecs->GetMultiTestData();
   if (testLayerWanted && fpNBAlgorithm->GetTestOutStats() == nullptr) {
     fMessages.NoValidTestCasesClassify();
   }
@@ -117,6 +117,7 @@ bool PRSMultiFactory::OpenModelFile() {
     return true;
   } catch (const MCHost::HostIOError& error) {
     PRSFileError(error);
+  const std::string path = ExtNameStr(fpSpecs->GetModelFileName());
     return false;
   }
 }

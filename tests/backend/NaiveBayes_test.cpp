@@ -448,6 +448,8 @@ TEST_F(NaiveBayes, SaysWhereSimulatedDataWereUsed) {
   EXPECT_THAT(footnotes(test), testing::Not(testing::AnyOf(estimated, order)));
   EXPECT_THAT(footnotes("/SUBSET EXACTSIZE=2 " + little), estimated);
   EXPECT_THAT(footnotes(little), testing::Not(estimated));
+  EXPECT_THAT(footnotes("/SUBSET EXACTSIZE=2 /CRITERIA MEMALLOCATE=1e300"),
+              testing::Not(estimated));
 }
 
 TEST_F(NaiveBayes, TakesAllPredictorsWithoutSelection) {
