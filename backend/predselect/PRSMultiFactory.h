@@ -120,6 +120,7 @@ class PRSMultiFactory {
   // The model.
   bool OpenModelFile();
   bool CreateEngine();
+  std::string NameIn(const MCNaive::MCStatus& status) const;
   void BuildOrSelect();
   bool FinishEngine();
   void NameDroppedInputs() const;

@@ -96,7 +96,8 @@ TEST_F(NaiveBayesFailures, SayWhyInOneMessageAndLeaveNoTableOrFile) {
       {"y BY good /TRAININGSAMPLE VARIABLE=first", "Too few training cases..."},
       {"y BY good /CRITERIA TIMER=0.0000001",
        "Time limit of ^2 seconds reached after ^1 records..."},
-      {"y BY good fair late WITH near later /CRITERIA MEMALLOCATE=4", "Temporary file failed..."},
+      {"y BY good fair late WITH near later /CRITERIA MEMALLOCATE=4",
+       "Temporary file in ^1 failed..."},
   };
   fTempPath = "/no such folder";
   for (const auto& c : cases) {
