@@ -16,6 +16,7 @@
 #include "host/session/OutputFile.h"
 #include "naivebayes/INBAlgorithm.h"
 #include "naivebayes/NBVarList.h"
+#include "naivebayes/NaiveBayesSettings.h"
 
 namespace {
 
@@ -137,7 +138,11 @@ bool PRSMultiFactory::FitsIntoMemory() const {
   };
   add(fpSpecs->GetPredListPtr(), fpSpecs->GetPredCatVarListPtr());
   add(fpSpecs->GetForcePredListPtr(), fpSpecs->GetForceCatVarListPtr());
-  if (nRows * nTargets * (2 * sizeof(double)) <= kMostTableBytes) return true;
+  const int nCases = fpAdapter->GetRecordCount();
+  const bool areHeld =
+      fbRunSelection && nCases <= fpSpecs->GetNaiveSettingsPtr()->GetMaxRecordsInMemory();
+  const double nNumbers = 2.0 * nRows + (areHeld ? nCases : 0);
+  if (nLargest == 0 || nNumbers * nTargets * sizeof(double) <= kMostTableBytes) return true;
   fMessages.GenericError("Too many categories for the model: ^1, ^2, ^3...",
                          fpSource->GetVariable(largest).GetName().c_str(),
                          std::to_string(nLargest).c_str(), std::to_string(nTargets).c_str());
