@@ -121,6 +121,8 @@ void RefuseOneFileForTwo(const Options& options) {
   const std::string& page = options.fResult.fFile;
   const std::tuple<const char*, std::string, const char*, std::string> pairs[] = {
       {"--output", page, "--data", options.fData.fFile},
+      {"--output", page, "--schema", options.fData.fSchema},
+      {"--output", page, "--file", options.fCommandFile},
       {"--output", page, "--save-data", options.fSaveData},
       {"--output", page, "--save-state", options.fSaveState},
       {"--save-state", options.fSaveState, "--save-data", options.fSaveData}};
