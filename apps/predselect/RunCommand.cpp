@@ -151,7 +151,7 @@ int RunCommands(const Options& options) {
   document.SetData(options.fData.fFile, *table);
 
   RunSession session(*table, document, options);
-  session.SetAppParams({"PredSelect", kVersion, "PredSelect contributors"});
+  session.SetAppParams({"PredSelect", kVersion, ""});  // the copyright line of the library
   session.SetTempPath(TemporaryFolder());
   session.SetCancelQuery(IsInterrupted);
   session.SetProgressListener([&progress](const std::string& text) { progress.Show(text); });
