@@ -26,8 +26,6 @@ namespace {
 
 constexpr const char* kSource = "backend/predselect/NaiveOutput";
 constexpr int kSubsetWidth = 100;  // points
-// A table of all pairs of more categories than these helps nobody and may not fit into memory.
-constexpr int kMostShownCategories = 1000;
 
 }  // namespace
 
@@ -290,16 +288,16 @@ void NaiveOutput::DisplaySelected() const {
 }
 
 void NaiveOutput::DisplayClassification() const {
+  const int nCats = fpAlgorithm->GetNTargetCategories();
+  if (!fpFactory->IsClassified()) {
+    PRSMessages().GenericWarning("Too many categories to show classification: ^1, ^2...",
+                                 std::to_string(nCats).c_str(),
+                                 std::to_string(PRSMultiFactory::kMostClassified).c_str(), nullptr);
+    return;
+  }
   const NBOutputStatistics* train = fpAlgorithm->GetTrainOutStats();
   const NBOutputStatistics* test = fpAlgorithm->GetTestOutStats();
   if (train == nullptr && test == nullptr) return;
-  const int nCats = fpAlgorithm->GetNTargetCategories();
-  if (nCats > kMostShownCategories) {
-    PRSMessages().GenericWarning("Too many categories to show classification: ^1, ^2...",
-                                 std::to_string(nCats).c_str(),
-                                 std::to_string(kMostShownCategories).c_str(), nullptr);
-    return;
-  }
   BpPivotTable table("Classification", "Classification");
   BpComposite caption("Dependent Variable ^1");
   caption.Add(BpVariable(fpActiveDS->GetVariable(fpValidSpecs->GetDependVar())));

@@ -237,6 +237,8 @@ def law_what_does_not_fit_is_refused(program, folder):
              "the model was built on texts"),
             (("score", "--model", "model.bin", "--data", penguins, "--save-data", "x.csv", "-o",
               "x.csv"), 2, "is the file of --save-data, too"),
+            (("run", "--data", "numbers.csv", "-c", MODEL, "-o", "./numbers.csv"), 2,
+             "is the file of --data, too"),
             (("run", "--data", penguins, "-c", MODEL, "--save-state", "no/where.bin"), 1,
              "could not be written")):
         result = call(program, folder, *arguments, expect=code)

@@ -450,6 +450,8 @@ TEST_F(NaiveBayes, SaysWhereSimulatedDataWereUsed) {
   const auto anew = testing::HasSubstr("The order rests on simulated data");
   EXPECT_THAT(footnotes(little), testing::AllOf(anew, testing::Not(estimated)));
   EXPECT_THAT(footnotes(""), testing::Not(anew));
+  EXPECT_THAT(footnotes("/SUBSET EXACTSIZE=2 /CRITERIA MEMALLOCATE=1e300"),
+              testing::Not(estimated));
 }
 
 TEST_F(NaiveBayes, TakesAllPredictorsWithoutSelection) {

@@ -153,6 +153,16 @@ TEST(XMLString, WritesDoublesThatReadBackToTheBit) {
   }
 }
 
+TEST(XMLString, WritesWholeNumbersOutAsLongAsTheyAreExact) {
+  const std::pair<double, const char*> cases[] = {
+      {100000, "100000"}, {-3e15, "-3000000000000000"}, {1e17, "1e+17"}, {1e-7, "1e-07"}};
+  for (const auto& [value, text] : cases) {
+    EXPECT_EQ(
+        XMLString::Create(value).Escaped(XMLString::Place::kText, XMLString::Encoding::kASCII),
+        text);
+  }
+}
+
 constexpr const char* kHead =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE MCXMLRoot SYSTEM \"savexml.dtd\">\n";
 
