@@ -371,7 +371,9 @@ void NBAlgorithm::ComputeOutProbabilities(const Record& codes, int categories,
     integers.push_back(CategoryOf(code, NBCodeBlock::kCountingOffset));
   }
   ComputePosteriors(integers, out);
+  if (static_cast<int>(out.size()) == categories) return;
   out.resize(categories);
+  NBScoring::Normalize(out);
 }
 
 void NBAlgorithm::ComputePosteriors(const std::vector<std::int32_t>& codes,
