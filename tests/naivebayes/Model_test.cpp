@@ -119,7 +119,9 @@ void ExpectSameNumbers(const NBAlgorithm& a, const NBAlgorithm& b) {
 }
 
 TEST(Model, SeveralBatchesGiveTheModelOfOne) {
-  const auto data = RandomData::Make(300, 7);
+  auto data = RandomData::Make(300, 7);
+  // The first batches leave bins empty, which the later ones need.
+  for (int i = 0; i < 200; ++i) data[i][RandomData::kFirst + 5] = i % 3 * 2;
   NBAlgorithm one = MakeEmpty(), several = MakeEmpty();
   TestRecords source(data), batches(data);
   ASSERT_TRUE(one.Update(source, 1000).IsOK());
@@ -240,6 +242,12 @@ TEST(Model, ValuesOfEmptyBinsScoreLikeTheirNeighbours) {
       EXPECT_TRUE(algorithm.Score(Record(std::vector<double>{value}), output).IsOK());
       EXPECT_EQ(output.GetOutProbabilities(), (value <= 5 ? lower : upper).GetOutProbabilities());
     }
+    // Another training starts from the bins of the set-up.
+    TestRecords other({Record({0, 1, 0.5}), Record({1, 3, 0.5}), Record({1, 9, 0.5})});
+    ASSERT_FALSE(algorithm.BuildModel(other, 3).IsError());
+    ASSERT_EQ(algorithm.GetNumberOfInputVars(), 1);
+    EXPECT_EQ(algorithm.GetInputs()[0].GetCount(0, 0), 1);
+    EXPECT_EQ(algorithm.GetInputs()[0].GetCount(4, 1), 1);
   }
 }
 
@@ -415,6 +423,11 @@ TEST(NBFactory, RefusesListsThatCannotTrain) {
   std::ostringstream os;
   algorithm->Display(os);
   EXPECT_THAT(os.str(), testing::HasSubstr("Seed for random number generator = 876543"));
+  NBVarList binned = RandomData::MakeList(kAll);
+  binned.SetVariableRole(RandomData::kTarget, INBVariable::kInput);
+  EXPECT_EQ(factory.CreateNBAlgorithm(settings, binned), nullptr) << "no target";
+  binned.SetVariableRole(RandomData::kFirst + 5, INBVariable::kOutput);
+  EXPECT_EQ(factory.CreateNBAlgorithm(settings, binned), nullptr) << "no categorical target";
   list.AddCatVar("one", "", 1, INBVariable::kNumericCategorical, INBVariable::kInput);
   EXPECT_EQ(factory.CreateNBAlgorithm(settings, list), nullptr);
   EXPECT_EQ(factory.GetStatus(), MCNaive::Error(MCNaive::kNotConstructed));
