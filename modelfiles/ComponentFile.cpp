@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <new>
 #include <sstream>
 #include <string_view>
 #include <system_error>
@@ -106,6 +107,7 @@ bool Agree(const ComponentFile& file) {
   const FSSettings& settings = *file.fpFeature->GetSettings();
   const std::vector<StateVariable>& predictors = file.fDictionary->fPredictors;
   if (settings.GetNPredictors() != static_cast<int>(predictors.size())) return false;
+  if ((settings.GetWeightPosition() < 0) != file.fDictionary->fWeight.empty()) return false;
   for (std::size_t i = 0; i < predictors.size(); ++i) {
     if (settings.IsCatPredictor(static_cast<int>(i)) != predictors[i].fbCategorical) return false;
   }
@@ -181,6 +183,8 @@ std::string ReadComponentFile(const std::string& path, ComponentFile& file) {
     }
   } catch (const MCCommon::IOException&) {
     trouble = kDamaged;
+  } catch (const std::bad_alloc&) {
+    trouble = "it takes more memory than there is";
   }
   return trouble.empty() && !Agree(file) ? kDamaged : trouble;
 }

@@ -1,5 +1,6 @@
 #include "modelfiles/DocumentHeader.h"
 
+#include <array>
 #include <ctime>
 
 #include "common/xml/MCApplicInfo4XML.h"
@@ -18,9 +19,9 @@ std::string Either(const std::string& own, const std::string& standIn) {
 
 std::string LocalTime() {
   const std::time_t now = std::time(nullptr);
-  std::string text = std::ctime(&now);
-  text.pop_back();
-  return text;
+  std::array<char, 26> line{};  // unlike ctime, for this thread alone
+  const std::string text = ctime_r(&now, line.data());
+  return text.substr(0, text.size() - 1);
 }
 
 }  // namespace

@@ -46,7 +46,7 @@ void FSAlgorithm::DoSaveXML(std::ostream& out) const {
   MCCommonXML::ExportFormat(out,
                             MCCommonXML::XMLDocType::Create("MCXMLRoot", "savexml.dtd", nullptr));
   MCCommonXML::StartRoot(out, MCModelFiles::Copyright());
-  WriteObjectXML(out, 0);
+  WriteObjectXML(out, 2);
   MCCommonXML::EndRoot(out);
   out.flush();
 }

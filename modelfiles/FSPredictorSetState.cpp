@@ -61,6 +61,7 @@ bool FSPredictorSet::IsConsistent() const {
 // earlier stage since it was sorted.
 bool FSPredictorSet::AreSortVectorsConsistent() const {
   for (std::size_t c = 0; c < fSortVectors.size(); ++c) {
+    if (fRanks[c].size() != fCriterionValues[c].size()) return false;
     if (fSortVectors[c].empty()) continue;
     if (fRanks[c].empty() || fAccumulators.empty()) return false;
     std::vector<int> indices;

@@ -9,7 +9,7 @@
 
 namespace {
 
-constexpr int kLeastVariable = 34;  // bytes of a variable without any text
+constexpr int kLeastVariable = 29;  // bytes of a variable without any text
 
 template <class Value>
 std::vector<int> EnterAll(const std::vector<Value>& from, std::vector<Value>& into) {
@@ -56,6 +56,8 @@ void StateVariable::Fields(Archive& archive, Self& self) {
 template <class Archive, class Self>
 void StateDictionary::Fields(Archive& archive, Self& self) {
   archive.Flag(self.fbScreening);
+  archive.Flag(self.fbExcludeUserMissing);
+  archive.Text(self.fWeight);
   archive.Object(self.fTarget);
   archive.Size(self.fPredictors, kLeastVariable);
   for (auto& predictor : self.fPredictors) archive.Object(predictor);

@@ -30,11 +30,6 @@ struct StateVariable {
   // indexed by the other's code. REQUIRES: both are of one kind.
   std::vector<int> CodesOf(const StateVariable& other);
 
-  bool IsSameAs(const StateVariable& other) const {
-    return fName == other.fName && fbCategorical == other.fbCategorical &&
-           fbNumeric == other.fbNumeric;
-  }
-
   template <class Archive, class Self>
   static void Fields(Archive& archive, Self& self);
   int WriteObject(std::fstream& os) const;
@@ -44,7 +39,9 @@ struct StateVariable {
 };
 
 struct StateDictionary {
-  bool fbScreening = true;  // whether the command's screening rules are to be applied
+  bool fbScreening = true;           // whether the command's screening rules are to be applied
+  bool fbExcludeUserMissing = true;  // whether user-missing values counted as missing
+  std::string fWeight;               // the name of the weight variable; empty for none
   StateVariable fTarget;
   std::vector<StateVariable> fPredictors;
 

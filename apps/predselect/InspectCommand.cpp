@@ -1,6 +1,5 @@
 #include "apps/predselect/InspectCommand.h"
 
-#include <algorithm>
 #include <vector>
 
 #include "apps/predselect/ExitCode.h"
@@ -118,6 +117,8 @@ class FeatureNames {
   std::string Target() const {
     return fFile.fDictionary ? fFile.fDictionary->fTarget.fName : std::string("(not named)");
   }
+  // Empty where there is none, or none is named.
+  std::string Weight() const { return fFile.fDictionary ? fFile.fDictionary->fWeight : ""; }
   std::string TargetCategory(int code) const {
     const bool isKnown =
         fFile.fDictionary && code >= 0 && code < fFile.fDictionary->fTarget.GetNCategories();
@@ -146,6 +147,7 @@ void ShowFeatureFacts(const IFSAlgorithm& component, const FeatureNames& names) 
                      : component.IsDataAccumulated() ? "counted"
                                                      : "empty");
   facts.Add("Dependent variable", names.Target());
+  if (!names.Weight().empty()) facts.Add("Weight variable", names.Weight());
   facts.Add("Candidate predictors", settings.GetNPredictors());
   facts.Add("Ranking criteria", criteria);
   facts.Add("Valid cases", nValid);
@@ -197,17 +199,19 @@ void ShowRanking(const IFSAlgorithm& component, const FeatureNames& names) {
   BpDimension columns = table.ColumnDimension("Statistics");
   std::vector<RankingColumns> criteria;
   std::vector<int> order;
+  std::vector<bool> isListed(static_cast<std::size_t>(component.GetSettings()->GetNPredictors()));
   for (int i = 0; i < MCFSCommon::kNCriteria; ++i) {
     const auto criterion = static_cast<RankCriteria>(i);
-    if (!component.GetSettings()->GetCriterion(criterion)) continue;
+    // A criterion that was asked for after the ranking has no ranks.
+    if (!component.GetSettings()->GetCriterion(criterion) || component.GetRanks(criterion).empty())
+      continue;
     criteria.emplace_back(columns, component, criterion);
     std::vector<int> ranked;
     std::vector<double> values;
     (void)component.GetTopPredictors(criterion, ranked, values, 0);
     for (const int predictor : ranked) {
-      if (std::find(order.begin(), order.end(), predictor) == order.end()) {
-        order.push_back(predictor);
-      }
+      if (!isListed[static_cast<std::size_t>(predictor)]) order.push_back(predictor);
+      isListed[static_cast<std::size_t>(predictor)] = true;
     }
   }
   for (const int predictor : order) {

@@ -39,16 +39,32 @@ const char* ObstacleText(std::int64_t obstacle) {
   }
 }
 
-// Where the first variable that differs stands; empty when all are the same.
-std::string FirstDifference(const StateDictionary& into, const StateDictionary& from) {
-  if (!into.fTarget.IsSameAs(from.fTarget)) return "the dependent variable";
-  if (into.fPredictors.size() != from.fPredictors.size()) return "the number of predictors";
-  for (std::size_t i = 0; i < into.fPredictors.size(); ++i) {
-    if (!into.fPredictors[i].IsSameAs(from.fPredictors[i])) {
-      return "predictor " + into.fPredictors[i].fName;
-    }
+// What keeps two states' descriptions of a variable apart; empty for nothing.
+std::string Difference(const StateVariable& into, const StateVariable& from) {
+  if (into.fName != from.fName) return " is another";
+  if (into.fbCategorical != from.fbCategorical) {
+    return " is categorical in one state and scale in the other; --level makes them alike";
   }
-  return into.fbScreening == from.fbScreening ? "" : "the use of screening rules";
+  if (into.fbNumeric != from.fbNumeric) return " is of numbers in one state and texts in the other";
+  return "";
+}
+
+// The first thing that differs, and how; empty when there is none.
+std::string FirstDifference(const StateDictionary& into, const StateDictionary& from) {
+  std::string difference = Difference(into.fTarget, from.fTarget);
+  if (!difference.empty()) return "the dependent variable" + difference;
+  if (into.fWeight != from.fWeight) return "the weight variable is another";
+  if (into.fPredictors.size() != from.fPredictors.size()) {
+    return "the number of predictors is another";
+  }
+  for (std::size_t i = 0; i < into.fPredictors.size(); ++i) {
+    difference = Difference(into.fPredictors[i], from.fPredictors[i]);
+    if (!difference.empty()) return "predictor " + into.fPredictors[i].fName + difference;
+  }
+  if (into.fbScreening != from.fbScreening) return "the use of screening rules is another";
+  return into.fbExcludeUserMissing == from.fbExcludeUserMissing
+             ? ""
+             : "the use of user-missing values is another";
 }
 
 void AddFeature(ComponentFile& into, const ComponentFile& from, const std::string& path) {
@@ -58,7 +74,7 @@ void AddFeature(ComponentFile& into, const ComponentFile& from, const std::strin
   FSCategoryMaps maps;
   if (into.fDictionary) {
     const std::string difference = FirstDifference(*into.fDictionary, *from.fDictionary);
-    if (!difference.empty()) Refuse(path, difference + " is another");
+    if (!difference.empty()) Refuse(path, difference);
     maps.fTarget = into.fDictionary->fTarget.CodesOf(from.fDictionary->fTarget);
     for (std::size_t i = 0; i < into.fDictionary->fPredictors.size(); ++i) {
       maps.fPredictors.push_back(

@@ -3,10 +3,12 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
 #include "apps/predselect/ExitCode.h"
+#include "apps/predselect/SameFile.h"
 #include "apps/predselect/Version.h"
 
 namespace PredSelectApp {
@@ -113,16 +115,20 @@ void AddResultOptions(CLI::App& command, ResultOptions& result) {
   command.add_flag("--quiet", result.fbQuiet, "No warnings and no progress on standard error");
 }
 
-// Two results in one file would leave only the last.
+// Two results in one file would leave only the last. The table may go back to where it came from; a
+// page may not take its place.
 void RefuseOneFileForTwo(const Options& options) {
-  const std::pair<const char*, std::string> files[] = {{"--output", options.fResult.fFile},
-                                                       {"--save-data", options.fSaveData},
-                                                       {"--save-state", options.fSaveState}};
-  for (const auto& [option, file] : files) {
-    for (const auto& [other, same] : files) {
-      if (option == other || file.empty() || file != same || file == "/dev/null") continue;
-      throw CLI::ValidationError(option, "\"" + file + "\" is the file of " + other + ", too");
-    }
+  const std::string& page = options.fResult.fFile;
+  const std::tuple<const char*, std::string, const char*, std::string> pairs[] = {
+      {"--output", page, "--data", options.fData.fFile},
+      {"--output", page, "--schema", options.fData.fSchema},
+      {"--output", page, "--file", options.fCommandFile},
+      {"--output", page, "--save-data", options.fSaveData},
+      {"--output", page, "--save-state", options.fSaveState},
+      {"--save-state", options.fSaveState, "--save-data", options.fSaveData}};
+  for (const auto& [option, file, other, same] : pairs) {
+    if (!IsSameFile(file, same)) continue;
+    throw CLI::ValidationError(option, "\"" + file + "\" is the file of " + other + ", too");
   }
 }
 

@@ -10,6 +10,7 @@
 #include <iterator>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "apps/predselect/ExitCode.h"
@@ -19,6 +20,7 @@
 #include "apps/predselect/OpenTable.h"
 #include "apps/predselect/Options.h"
 #include "apps/predselect/ProgressLine.h"
+#include "apps/predselect/SameFile.h"
 #include "apps/predselect/Terminal.h"
 #include "apps/predselect/UsageError.h"
 #include "apps/predselect/Version.h"
@@ -58,11 +60,11 @@ std::string ReadCommandText(const Options& options) {
 }
 
 // A session that tells the document which macros a command has set and which files it has written,
-// and the procedures where to write.
+// and the procedures where to write and where not.
 class RunSession : public MCHost::Session {
  public:
-  RunSession(DataTable& table, MCHost::OutputDocument& document)
-      : Session(table, document), fDocument(document) {}
+  RunSession(DataTable& table, MCHost::OutputDocument& document, const Options& options)
+      : Session(table, document), fDocument(document), fOptions(options) {}
 
   void SetMacro(const std::string& name, const std::vector<std::string>& values) override {
     Session::SetMacro(name, values);
@@ -73,15 +75,26 @@ class RunSession : public MCHost::Session {
   }
   std::string StatePath() const override { return fStatePath; }
   std::string ResultsPrefix() const override {
-    if (fResultsDirectory.empty()) return "";
-    return fResultsDirectory + "/" + std::to_string(fDocument.GetRuns().size()) + "-";
+    if (fOptions.fResults.empty()) return "";
+    return fOptions.fResults + "/" + std::to_string(fDocument.GetRuns().size()) + "-";
   }
 
-  std::string fStatePath;         // empty: no state is saved
-  std::string fResultsDirectory;  // empty: no result documents
+  std::string UseOf(const std::string& path) const override {
+    const std::pair<std::string, const char*> files[] = {
+        {fOptions.fData.fFile, "the data"},           {fOptions.fData.fSchema, "the schema"},
+        {fOptions.fCommandFile, "the commands"},      {fOptions.fResult.fFile, "the output"},
+        {fOptions.fSaveData, "the data to be saved"}, {fOptions.fSaveState, "the state"}};
+    for (const auto& [file, use] : files) {
+      if (IsSameFile(path, file)) return use;
+    }
+    return "";
+  }
+
+  std::string fStatePath;  // empty: no state is saved
 
  private:
   MCHost::OutputDocument& fDocument;
+  const Options& fOptions;
 };
 
 // A folder that is not there is complained of when something needs it.
@@ -137,12 +150,11 @@ int RunCommands(const Options& options) {
   LiveOutput document(options.fResult, progress);
   document.SetData(options.fData.fFile, *table);
 
-  RunSession session(*table, document);
-  session.SetAppParams({"PredSelect", kVersion, "PredSelect contributors"});
+  RunSession session(*table, document, options);
+  session.SetAppParams({"PredSelect", kVersion, ""});  // the copyright line of the library
   session.SetTempPath(TemporaryFolder());
   session.SetCancelQuery(IsInterrupted);
   session.SetProgressListener([&progress](const std::string& text) { progress.Show(text); });
-  session.fResultsDirectory = options.fResults;
   if (!options.fResults.empty()) MakeDirectory(options.fResults);
   for (const MCHost::CommandText& command : commands) {
     if (IsInterrupted()) break;

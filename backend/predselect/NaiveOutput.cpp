@@ -26,8 +26,6 @@ namespace {
 
 constexpr const char* kSource = "backend/predselect/NaiveOutput";
 constexpr int kSubsetWidth = 100;  // points
-// A table of all pairs of more categories than these helps nobody and may not fit into memory.
-constexpr int kMostShownCategories = 1000;
 
 }  // namespace
 
@@ -215,7 +213,7 @@ void NaiveOutput::DisplaySubsets() const {
     if (!isBIC && IsSimulated()) ranked.back().Note(BpString("Computed using simulated..."));
   }
   BpCategory logLikelihood = columns.AddCategory(BpString("Average Log-Likelihood"), general);
-  if (AreLogLikelihoodsSimulated()) logLikelihood.Note(BpString("Estimated with simulated..."));
+  if (AreStepsSimulated()) NoteSimulatedSteps(added, logLikelihood);
   std::vector<BpCategory> rows;
   for (const SubsetRow& subset : subsets) {
     const auto number = static_cast<double>(rows.size());
@@ -255,11 +253,18 @@ bool NaiveOutput::IsSimulated() const {
   return records > fpSettings->GetMaxRecordsInMemory();
 }
 
-// The steps forward then work on simulated data; only a ranking by pseudo-BIC computes the values
-// anew from the training cases.
-bool NaiveOutput::AreLogLikelihoodsSimulated() const {
+bool NaiveOutput::AreStepsSimulated() const {
+  return fpFactory->GetNTrainRecords() > fpSettings->GetMaxRecordsInMemory();
+}
+
+// A ranking by pseudo-BIC computes the log-likelihoods anew from the training cases.
+void NaiveOutput::NoteSimulatedSteps(BpCategory& added, BpCategory& logLikelihood) const {
   const bool isAnew = fpValidSpecs->GetMultiPseudoBIC() && fpValidSpecs->GetMultiExactSize() < 1;
-  return !isAnew && fpFactory->GetNTrainRecords() > fpSettings->GetMaxRecordsInMemory();
+  if (isAnew) {
+    added.Note(BpString("Added by simulated..."));
+  } else {
+    logLikelihood.Note(BpString("Estimated with simulated..."));
+  }
 }
 
 std::vector<std::string> NaiveOutput::SelectedNames(bool categorical) const {
@@ -283,16 +288,16 @@ void NaiveOutput::DisplaySelected() const {
 }
 
 void NaiveOutput::DisplayClassification() const {
+  const int nCats = fpAlgorithm->GetNTargetCategories();
+  if (!fpFactory->IsClassified()) {
+    PRSMessages().GenericWarning("Too many categories to show classification: ^1, ^2...",
+                                 std::to_string(nCats).c_str(),
+                                 std::to_string(PRSMultiFactory::kMostClassified).c_str(), nullptr);
+    return;
+  }
   const NBOutputStatistics* train = fpAlgorithm->GetTrainOutStats();
   const NBOutputStatistics* test = fpAlgorithm->GetTestOutStats();
   if (train == nullptr && test == nullptr) return;
-  const int nCats = fpAlgorithm->GetNTargetCategories();
-  if (nCats > kMostShownCategories) {
-    PRSMessages().GenericWarning("Too many categories to show classification: ^1, ^2...",
-                                 std::to_string(nCats).c_str(),
-                                 std::to_string(kMostShownCategories).c_str(), nullptr);
-    return;
-  }
   BpPivotTable table("Classification", "Classification");
   BpComposite caption("Dependent Variable ^1");
   caption.Add(BpVariable(fpActiveDS->GetVariable(fpValidSpecs->GetDependVar())));

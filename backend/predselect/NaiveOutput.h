@@ -62,9 +62,11 @@ class NaiveOutput {
   // Names of the model's predictors of one kind, in the order of the variable list.
   std::vector<std::string> SelectedNames(bool categorical) const;
   MCHost::OutputText InitialSubset() const;
-  // Whether training and test cases, or the training cases alone, exceed the memory for cases.
+  // Whether training and test cases together exceed the memory for cases.
   bool IsSimulated() const;
-  bool AreLogLikelihoodsSimulated() const;
+  // The steps forward work on simulated data when the training cases exceed it.
+  bool AreStepsSimulated() const;
+  void NoteSimulatedSteps(BpCategory& added, BpCategory& logLikelihood) const;
   const KOVA_Variable& VariableAt(int listPosition) const;
   MCHost::OutputText TargetCategory(int code) const;
 

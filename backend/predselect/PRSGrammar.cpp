@@ -116,26 +116,29 @@ SubCom TrainingSample() {
           Param("PERCENT", Param::kNumber, "So many percent of the cases, drawn at random.")
               .setLowerBoundary(0.0, Param::kLowerExclusive)
               .setUpperBoundary(100.0, Param::kUpperExclusive))
-      .addParamDesc(
-          Param("VARIABLE", Param::kVariable, "A numeric variable that marks the training cases."));
+      .addParamDesc(Param("VARIABLE", Param::kVariable,
+                          "A numeric variable that is 1 in the training cases."));
 }
 
 SubCom Subset() {
   return SubCom("SUBSET", "How many predictors the model gets.")
-      .addParamDesc(Param("MAXSIZE", Param::kInteger,
-                          "At most so many. AUTO: as many as serve the criterion.")
-                        .setLowerBoundary(0.0, Param::kLowerExclusive)
-                        .addStringValue("AUTO")
-                        .setDefault("AUTO")
-                        .setQualifOption(Param::kOptionalQualif)
-                        .addQualifDesc(
-                            Param("BESTSUBSET", Param::kKeyword,
-                                  "The criterion: pseudo-BIC, or the average log-likelihood of the "
-                                  "test cases.")
-                                .addStringValue("PSEUDOBIC")
-                                .addStringValue("TESTDATA")
-                                .setDefault("PSEUDOBIC")))
-      .addParamDesc(Param("EXACTSIZE", Param::kInteger, "Exactly so many.")
+      .addParamDesc(
+          Param("MAXSIZE", Param::kInteger,
+                "At most so many besides the forced ones, and no more than there are. AUTO: as "
+                "many as serve the criterion.")
+              .setLowerBoundary(0.0, Param::kLowerExclusive)
+              .addStringValue("AUTO")
+              .setDefault("AUTO")
+              .setQualifOption(Param::kOptionalQualif)
+              .addQualifDesc(
+                  Param("BESTSUBSET", Param::kKeyword,
+                        "The criterion: pseudo-BIC, or the average log-likelihood of the "
+                        "test cases.")
+                      .addStringValue("PSEUDOBIC")
+                      .addStringValue("TESTDATA")
+                      .setDefault("PSEUDOBIC")))
+      .addParamDesc(Param("EXACTSIZE", Param::kInteger,
+                          "Exactly so many besides the forced ones; fewer than there are.")
                         .setLowerBoundary(0.0, Param::kLowerExclusive))
       .addParamDesc(Param("NOSELECTION", Param::kFlag, "All of them."));
 }

@@ -16,11 +16,13 @@
 #include "host/session/OutputFile.h"
 #include "naivebayes/INBAlgorithm.h"
 #include "naivebayes/NBVarList.h"
+#include "naivebayes/NaiveBayesSettings.h"
 
 namespace {
 
 constexpr const char* kSource = "backend/predselect/PRSMultiFactory";
 constexpr int kDataUnusable = 70000;
+constexpr double kMostTableBytes = 4.0 * (1 << 30);
 
 std::vector<int> VariablesBesideTheRecord(const PRSValidSpecs& specs) {
   std::vector<int> variables{specs.GetDependVar()};
@@ -107,6 +109,7 @@ bool PRSMultiFactory::CompleteMetaData() {
     (void)fpNBVarList->AddWeightVar(weight.GetName(), weight.GetLabel(), INBVariable::kRound);
   }
   const bool isComplete =
+      FitsIntoMemory() &&
       SetPredictors(fpSpecs->GetPredListPtr(), fpSpecs->GetPredCatVarListPtr(), false) &&
       SetPredictors(fpSpecs->GetForcePredListPtr(), fpSpecs->GetForceCatVarListPtr(), true) &&
       CheckCounts();
@@ -114,6 +117,36 @@ bool PRSMultiFactory::CompleteMetaData() {
   const bool noneDropped = fMissPredictors.empty() && fConstPredictors.empty();
   if (noneDropped && fpSpecs->GetPrintExclude()) fMessages.NoPredsExcluded();
   return true;
+}
+
+// A predictor's table holds a count and a probability for each of its categories (or bins) and each
+// of the target's. Columns of names or numbers of cases have so many that the machine would give
+// up.
+bool PRSMultiFactory::FitsIntoMemory() const {
+  const int nTargets = fpAdapter->GetCatVarSize(fpSpecs->GetDependVar());
+  double nRows = 0.0;
+  int largest = -1;
+  int nLargest = 0;
+  const auto add = [&](const std::vector<int>* variables, const std::vector<bool>* categorical) {
+    for (std::size_t i = 0; variables != nullptr && i < variables->size(); ++i) {
+      const int var = (*variables)[i];
+      const int rows = (*categorical)[i] ? fpAdapter->GetCatVarSize(var) : fpSpecs->GetMultiBins();
+      nRows += rows;
+      if (rows > nLargest) largest = var;
+      nLargest = std::max(nLargest, rows);
+    }
+  };
+  add(fpSpecs->GetPredListPtr(), fpSpecs->GetPredCatVarListPtr());
+  add(fpSpecs->GetForcePredListPtr(), fpSpecs->GetForceCatVarListPtr());
+  const int nCases = fpAdapter->GetRecordCount();
+  const bool areHeld =
+      fbRunSelection && nCases <= fpSpecs->GetNaiveSettingsPtr()->GetMaxRecordsInMemory();
+  const double nNumbers = 2.0 * nRows + (areHeld ? nCases : 0);
+  if (nLargest == 0 || nNumbers * nTargets * sizeof(double) <= kMostTableBytes) return true;
+  fMessages.GenericError("Too many categories for the model: ^1, ^2, ^3...",
+                         fpSource->GetVariable(largest).GetName().c_str(),
+                         std::to_string(nLargest).c_str(), std::to_string(nTargets).c_str());
+  return false;
 }
 
 // A candidate that cannot be used is left out; a forced predictor that cannot ends the run.

@@ -74,6 +74,13 @@ class PRSMultiFactory {
   const std::vector<double>& GetAverageLogValues() const { return fAverageLogValues; }
   const std::vector<std::pair<int, double>>& GetSelectResults() const { return fSelectResults; }
 
+  // A table of all pairs of more categories than these helps nobody and may not fit into memory.
+  static constexpr int kMostClassified = 1000;
+
+  // Whether cases are counted by observed and predicted category: the command asks for it, and the
+  // target has not too many categories.
+  bool IsClassified() const;
+
   // The forced predictors that are in the model: indices in the data, in the order of the command's
   // list. One that is constant in the training cases is not. REQUIRES: the engine has run.
   std::vector<int> GetForcedInputs() const;
@@ -99,6 +106,7 @@ class PRSMultiFactory {
   bool SetPredictors(const std::vector<int>* variables, const std::vector<bool>* categorical,
                      bool forced);
   bool CheckCounts();
+  bool FitsIntoMemory() const;
   bool SetNBVariable(VarIndex var, bool categorical, bool input, bool forced);
   bool SetContinuous(const KOVA_Variable& variable, VarIndex var, INBVariable::VariableRole role);
   bool SetCategorical(const KOVA_Variable& variable, VarIndex var, bool input,
@@ -112,6 +120,7 @@ class PRSMultiFactory {
   // The model.
   bool OpenModelFile();
   bool CreateEngine();
+  std::string NameIn(const MCNaive::MCStatus& status) const;
   void BuildOrSelect();
   bool FinishEngine();
   void NameDroppedInputs() const;

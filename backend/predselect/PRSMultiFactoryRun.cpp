@@ -35,7 +35,7 @@ constexpr int kError = 3;
 constexpr int kAllTestRecords = -1;
 constexpr const char* kSubsets = "subsets.xml";
 
-// Texts by status; ^1 is the variable that the status names, or its code.
+// Texts by status; ^1 is what the status names (DisplayMessage), or its code.
 struct StatusText {
   std::int64_t fCode;
   const char* fText;
@@ -46,7 +46,7 @@ constexpr StatusText kStatusTexts[] = {
     {MCNaive::kNoSelectionData, "All cases excluded in Predictor Selection..."},
     {MCNaive::kNoTestRecords, "No valid cases in test sample..."},
     {MCNaive::kTooFewRecords, "Too few training cases..."},
-    {MCNaive::kTemporaryFile, "Temporary file failed..."},
+    {MCNaive::kTemporaryFile, "Temporary file in ^1 failed..."},
     {MCNaive::kSizeReduced, "Exact size reduced in training cases..."},
     {MCNaive::kPredictorDropped, "Predictor ^1 constant in training cases..."},
     {MCNaive::kNoInputToExport, "No predictor for the model file..."},
@@ -67,6 +67,20 @@ const char* TextOf(const MCNaive::MCStatus& status) {
 
 }  // namespace
 
+// The place or the variable that a status is about, else its code.
+std::string PRSMultiFactory::NameIn(const MCNaive::MCStatus& status) const {
+  const auto var = static_cast<int>(status.GetDiscreteDatum(0));
+  const bool namesVariable = status.GetErrorCode() == MCNaive::kPredictorDropped ||
+                             status.GetErrorCode() == MCNaive::kTextNotForXML;
+  if (namesVariable && var >= 0 && var < fpNBVarList->Size()) {
+    return fpNBVarList->GetVarAt(var)->GetVariableName();
+  }
+  if (status.GetErrorCode() == MCNaive::kTemporaryFile) {
+    return fpSpecs->GetNaiveSettingsPtr()->GetTempDir();
+  }
+  return std::to_string(status.GetErrorCode());
+}
+
 void PRSMultiFactory::DisplayMessage(const MCNaive::MCStatus& status) const {
   const char* text = status.IsOK() ? nullptr : TextOf(status);
   if (text == nullptr) return;
@@ -75,13 +89,8 @@ void PRSMultiFactory::DisplayMessage(const MCNaive::MCStatus& status) const {
   // A maximum may well be more than there are.
   const bool isReduced = status.GetErrorCode() == MCNaive::kSizeReduced;
   if (isReduced && fpSpecs->GetMultiExactSize() < 1) return;
-  const auto var = static_cast<int>(status.GetDiscreteDatum(0));
-  const bool namesVariable = status.GetErrorCode() == MCNaive::kPredictorDropped ||
-                             status.GetErrorCode() == MCNaive::kTextNotForXML;
   BpComposite composite(text);
-  composite.AddLiteral(namesVariable && var >= 0 && var < fpNBVarList->Size()
-                           ? fpNBVarList->GetVarAt(var)->GetVariableName()
-                           : std::to_string(status.GetErrorCode()));
+  composite.AddLiteral(NameIn(status));
   BpError(composite, kShow, status.IsError() ? kError : kWarning);
 }
 
@@ -98,7 +107,7 @@ bool PRSMultiFactory::RunNBComponent() {
   if (PRSIsStateWanted() && !PRSSaveState(*fpNBAlgorithm)) return false;
   if (NeedsScoring() && !ScoringDataPass()) return false;
   const bool testLayerWanted =
-      fpSpecs->GetPrintClassify() && fpSpecs->GetMultiTrainSamp() && !fpSpecs->GetMultiTestData();
+      IsClassified() && fpSpecs->GetMultiTrainSamp() && !fpSpecs->GetMultiTestData();
   if (testLayerWanted && fpNBAlgorithm->GetTestOutStats() == nullptr) {
     fMessages.NoValidTestCasesClassify();
   }
@@ -108,8 +117,13 @@ bool PRSMultiFactory::RunNBComponent() {
 // Before the work begins, so that a path that cannot be written costs no time.
 bool PRSMultiFactory::OpenModelFile() {
   if (!fbSaveModel) return true;
+  const std::string path = ExtNameStr(fpSpecs->GetModelFileName());
   try {
-    fpModelFile = std::make_unique<MCHost::OutputFile>(ExtNameStr(fpSpecs->GetModelFileName()));
+    const std::string use = MCHost::CurrentSession().UseOf(path);
+    if (!use.empty()) {
+      throw MCHost::HostIOError(path, "", "would take the place of " + use + "; give another name");
+    }
+    fpModelFile = std::make_unique<MCHost::OutputFile>(path);
     return true;
   } catch (const MCHost::HostIOError& error) {
     PRSFileError(error);
@@ -229,6 +243,5 @@ bool PRSMultiFactory::WriteModel() {
 }
 
 bool PRSMultiFactory::NeedsScoring() const {
-  return !fpSpecs->GetPredValVarName().IsEmpty() || fNSaveDepCats >= 1 ||
-         fpSpecs->GetPrintClassify();
+  return !fpSpecs->GetPredValVarName().IsEmpty() || fNSaveDepCats >= 1 || IsClassified();
 }

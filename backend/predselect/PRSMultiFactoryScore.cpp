@@ -32,6 +32,11 @@ VarSpecObj SaveRole(const char* param, const KOVA_DataSource& source) {
 
 }  // namespace
 
+bool PRSMultiFactory::IsClassified() const {
+  return fpSpecs->GetPrintClassify() &&
+         fpAdapter->GetCatVarSize(fpSpecs->GetDependVar()) <= kMostClassified;
+}
+
 bool PRSMultiFactory::CreateNewVars() {
   const int target = fpSpecs->GetDependVar();
   for (int code = 0; code < fpAdapter->GetCatVarSize(target); ++code) {
@@ -127,7 +132,7 @@ bool PRSMultiFactory::SaveVarValues(ProcDSIterator* pDataIter, const MCCommon::R
   MCCommon::Assert(pDataIter != nullptr, "pDataIter != 0", kSource);
   MCCommon::Assert(pRecord != nullptr, "pRecord != 0", kSource);
   NBOutput output(fpNBAlgorithm->GetNTargetCategories());
-  const MCNaive::MCStatus status = fpSpecs->GetPrintClassify()
+  const MCNaive::MCStatus status = IsClassified()
                                        ? fpNBAlgorithm->ScoreAndAccum(*pRecord, output, isTraining)
                                        : fpNBAlgorithm->ScoreFullRecord(*pRecord, output);
   const std::vector<double>& predProbs = output.GetOutProbabilities();

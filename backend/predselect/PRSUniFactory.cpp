@@ -112,7 +112,10 @@ StateDictionary PRSUniFactory::Dictionary() const {
     }
     return described;
   };
+  const int weight = fpSpecs->GetKOVAWeightVar();
   StateDictionary dictionary{fpSpecs->GetScreenStatusOn(),
+                             fpVarSpecs->IsUserMissingExcluded(),
+                             weight < 0 ? "" : fpSource->GetVariable(weight).GetName(),
                              describe(fpSpecs->GetDependVar(), fpSpecs->GetDependCatVar()),
                              {}};
   for (int i = 0; i < fpSpecs->GetNPredictVars(); ++i) {

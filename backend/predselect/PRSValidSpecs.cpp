@@ -15,6 +15,7 @@ namespace {
 
 constexpr const char* kSource = "backend/predselect/PRSValidSpecs";
 constexpr double kLeastMemory = 4.0;  // kilobytes
+constexpr double kMostRecords = 0x1p62;
 
 int SizeOf(const PRSValidSpecs::IntList& list) {
   return list == nullptr ? 0 : static_cast<int>(list->size());
@@ -197,7 +198,7 @@ void PRSValidSpecs::CompleteNaiveSettings() {
   MCCommon::Assert(fMultiMemAllocate >= kLeastMemory, "fMultiMemAllocate >= 4.0", kSource);
   const double bytesPerRecord = 8.0 * fpVarValidSpecs->GetNRecordVars() + 16.0;
   fpNaiveSettings->SetMaxRecordsInMemory(
-      static_cast<long>(1024.0 * fMultiMemAllocate / bytesPerRecord));
+      static_cast<long>(std::min(1024.0 * fMultiMemAllocate / bytesPerRecord, kMostRecords)));
   fpNaiveSettings->SetUserRNG(fpRandom.get());
   fpNaiveSettings->SetCancelPointer(fpStopProcessor.get());
   fpNaiveSettings->SetTempDir(GetKovaTempPath() + "/");

@@ -5,6 +5,7 @@
 #include <deque>
 #include <istream>
 #include <memory>
+#include <string_view>
 #include <xercesc/framework/XMLPScanToken.hpp>
 #include <xercesc/sax/InputSource.hpp>
 #include <xercesc/sax2/Attributes.hpp>
@@ -15,6 +16,8 @@
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/TransService.hpp>
 #include <xercesc/util/XMLUni.hpp>
+
+#include "common/xml/TagWatch.h"
 
 namespace MCCommonXML {
 
@@ -31,37 +34,15 @@ std::string ToUTF8(const XMLCh* text) {
   return {reinterpret_cast<const char*>(utf8.str()), utf8.length()};
 }
 
-// Watches the bytes of a document for a start tag of more than kMaxTag bytes. Xerces holds every
-// attribute of a tag against every other before it shows any of them, which a hostile tag turns
-// into hours.
-class TagWatch {
- public:
-  // False from the first such tag on.
-  bool Passes(const XMLByte* bytes, XMLSize_t n) {
-    for (XMLSize_t i = 0; i < n && fLength <= kMaxTag; ++i) Look(static_cast<char>(bytes[i]));
-    return fLength <= kMaxTag;
-  }
-
- private:
-  void Look(char byte) {
-    if (fLength == 0) {
-      if (byte == '<') fLength = 1;
-    } else if (fLength == 1 && (byte == '!' || byte == '?')) {
-      fLength = 0;  // no tag
-    } else if (++fLength > kMaxTag) {
-      return;
-    } else if (fQuote != '\0') {
-      if (byte == fQuote) fQuote = '\0';
-    } else if (byte == '"' || byte == '\'') {
-      fQuote = byte;
-    } else if (byte == '>') {
-      fLength = 0;
-    }
-  }
-
-  int fLength = 0;  // of the tag up to here, 0 outside of any
-  char fQuote = '\0';
-};
+// Whether a document that names an encoding names the one in which it is read.
+bool IsDeclaredUTF8(std::string_view start) {
+  if (!start.starts_with("<?xml")) return true;
+  std::string declaration(start.substr(0, start.find('>')));
+  for (char& c : declaration) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  const std::size_t at = declaration.find("encoding");
+  return at == std::string::npos || declaration.find("utf-8", at) != std::string::npos ||
+         declaration.find("us-ascii", at) != std::string::npos;
+}
 
 class StreamBytes : public xercesc::BinInputStream {
  public:
@@ -72,8 +53,10 @@ class StreamBytes : public xercesc::BinInputStream {
     // Past the stream's own state: reading ahead to the end is no failure of who reads objects.
     const auto n = static_cast<XMLSize_t>(
         fIs.rdbuf()->sgetn(reinterpret_cast<char*>(to), static_cast<std::streamsize>(most)));
+    const std::string_view bytes(reinterpret_cast<const char*>(to), n);
+    if (fPosition == 0 && !IsDeclaredUTF8(bytes)) return 0;
     fPosition += n;
-    return fWatch.Passes(to, n) ? n : 0;  // cut short, the document is not well formed
+    return fWatch.Passes(bytes) ? n : 0;  // cut short, the document is not well formed
   }
   const XMLCh* getContentType() const override { return nullptr; }
 
@@ -85,7 +68,10 @@ class StreamBytes : public xercesc::BinInputStream {
 
 class StreamSource : public xercesc::InputSource {
  public:
-  explicit StreamSource(std::istream& is) : fIs(is) {}
+  explicit StreamSource(std::istream& is) : fIs(is) {
+    // No document decides how its bytes are read: in some encodings a tag does not look like one.
+    setEncoding(xercesc::XMLUni::fgUTF8EncodingString);
+  }
   // The reader takes it over.
   xercesc::BinInputStream* makeStream() const override { return new StreamBytes(fIs); }
 

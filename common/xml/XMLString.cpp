@@ -88,8 +88,12 @@ XMLString XMLString::Create(std::string_view text) {
 XMLString XMLString::Create(double value) {
   if (!std::isfinite(value)) throw XMLError("a number that is not finite has no place in XML");
   std::array<char, 32> digits{};
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
-  return XMLString(std::string(digits.data(), end));
+  char* const first = digits.data();
+  char* const last = first + digits.size();
+  const bool isWhole = std::abs(value) < 0x1p53 && value == std::trunc(value);
+  char* const end = isWhole ? std::to_chars(first, last, value, std::chars_format::fixed).ptr
+                            : std::to_chars(first, last, value).ptr;
+  return XMLString(std::string(first, end));
 }
 
 std::string XMLString::Escaped(Place place, Encoding encoding) const {

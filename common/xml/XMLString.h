@@ -17,8 +17,8 @@ class XMLString {
   // carriage return, U+FFFE, U+FFFF).
   static XMLString Create(std::string_view text);
 
-  // The shortest digits that read back as the same double. Throws XMLError for a number that is not
-  // finite.
+  // The shortest digits that read back as the same double; whole numbers below 2^53 without an
+  // exponent, so that they read as integers, too. Throws XMLError for a number that is not finite.
   static XMLString Create(double value);
 
   // The text with markup characters escaped; what an XML parser reads back is the text itself,

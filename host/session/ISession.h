@@ -64,6 +64,13 @@ class ISession {
   virtual std::string StatePath() const { return {}; }
   virtual std::string ResultsPrefix() const { return {}; }
 
+  // What a file is there for that a command must not write over ("the data"). Empty: nothing. A
+  // session that does not care need not implement this.
+  virtual std::string UseOf(const std::string& path) const {
+    (void)path;
+    return {};
+  }
+
   // A file that a procedure has written whole. A session that does not list them need not implement
   // this.
   virtual void ReportFile(const std::string& path) { (void)path; }

@@ -287,6 +287,7 @@ def law_a_full_temporary_disk_is_said(program, folder):
         assert "temporary file" in result.stderr, result.stderr
         assert "Classification" not in result.stdout, result.stdout
         assert {path.name for path in folder.iterdir()} == {"wide.csv"}
+    assert str(folder / "none") in absent.stderr, absent.stderr
 
 
 def main():

@@ -101,6 +101,30 @@ def law_damaged_files_are_refused(program, folder):
                 assert result.returncode == 0 or b"cannot be used as a state" in result.stderr
 
 
+def law_a_criterion_without_ranks_is_left_out(program, folder):
+    """A state may have been ranked before another criterion was asked for."""
+    call(program, folder, "run", "--data", str(DATA / "penguins.csv"), "-c", RANKING,
+         "--save-state", "rank.xml")
+    def listed(*items):
+        return [f"<Long>{len(items)}</Long>", *items]
+    numbers = [f"<Long>{i}</Long>" for i in range(5)]
+    sorts = ['<Object name="FSPredSort">' + 3 * "<Double>0</Double>" + f"{number}</Object>"
+             for number in numbers]
+    none = 5 * listed()
+    ranking = 3 * listed() + listed(*sorts) + none + listed(*numbers) + none \
+        + listed(*5 * ["<Double>0.5</Double>"]) + none + listed()
+    state = "".join(line.strip() for line in (folder / "rank.xml").read_text("utf-8").splitlines())
+    end = 22 * "<Long>0</Long>" + "</Object><Long>1</Long><Long>0</Long>"
+    stage = '<Object name="FSPredictorSet"><Long>5</Long><Long>2</Long><Long>'
+    assert end in state and stage + "2" in state
+    state = state.replace(stage + "2", stage + "7")
+    state = state.replace(end, "".join(ranking) + "</Object><Long>1</Long><Long>1</Long>")
+    (folder / "some.xml").write_text(state, encoding="utf-8")
+    shown = call(program, folder, "inspect", "some.xml", "--format", "json").stdout
+    assert cells(shown, "Ranking")["island", "Pearson Chi-Square", "Rank"] == 1
+    assert ("island", "Likelihood Ratio Chi-Square", "Rank") not in cells(shown, "Ranking")
+
+
 def law_only_whole_plain_files_are_states(program, folder):
     """One component and nothing behind it; no pipe is waited for; a full disk is called that."""
     penguins = str(DATA / "penguins.csv")
@@ -179,8 +203,14 @@ def law_what_does_not_fit_is_refused(program, folder):
     biopsies = str(DATA / "biopsies.csv")
     for text, state in ((RANKING, "rank.bin"), (MODEL, "model.bin"),
                         (RANKING.replace("STATUS=OFF", "PCTMISSING=50"), "screened.bin"),
-                        (RANKING.replace("bill_depth_mm", "flipper_length_mm"), "other.bin")):
+                        (RANKING.replace("bill_depth_mm", "flipper_length_mm"), "other.bin"),
+                        (RANKING.replace("/CRIT", "/MISSING USERMISSING=INCLUDE /CRIT"), "used.bin"),
+                        ("SELECTPRED species.", "year.bin")):
         call(program, folder, "run", "--data", penguins, "-c", text, "--save-state", state)
+    for option, text, state in ((("--weight", "year"), RANKING, "weighted.bin"),
+                                (("--weight", "flipper_length_mm"), RANKING, "heavy.bin"),
+                                (("--level", "year=scale"), "SELECTPRED species.", "scale.bin")):
+        call(program, folder, "run", "--data", penguins, *option, "-c", text, "--save-state", state)
     header = "island,sex,bill_length_mm,bill_depth_mm,body_mass_g\n"
     (folder / "numbers.csv").write_text(header + "1,1,40,18,4000\n", encoding="utf-8")
     (folder / "unknown.csv").write_text(header + ",,40,18,4000\n", encoding="utf-8")
@@ -190,6 +220,11 @@ def law_what_does_not_fit_is_refused(program, folder):
             (("merge", "rank.bin", "model.bin", "-o", "x.bin"), 2, "a ranking, the other a model"),
             (("merge", "rank.bin", "screened.bin", "-o", "x.bin"), 2, "screening rules"),
             (("merge", "rank.bin", "other.bin", "-o", "x.bin"), 2, "bill_depth_mm is another"),
+            (("merge", "rank.bin", "used.bin", "-o", "x.bin"), 2, "user-missing values is another"),
+            (("merge", "rank.bin", "weighted.bin", "-o", "x.bin"), 2, "weight variable is another"),
+            (("merge", "heavy.bin", "weighted.bin", "-o", "x.bin"), 2, "weight variable is another"),
+            (("merge", "year.bin", "scale.bin", "-o", "x.bin"), 2,
+             "year is categorical in one state and scale in the other"),
             (("merge", "rank.bin", "-o", "x.bin"), 2, "Try"),
             (("merge", "rank.bin", "rank.bin", "-o", "x.txt"), 2, "named .bin or .xml"),
             (("inspect", "nowhere.bin"), 3, "No such file"),
@@ -202,6 +237,8 @@ def law_what_does_not_fit_is_refused(program, folder):
              "the model was built on texts"),
             (("score", "--model", "model.bin", "--data", penguins, "--save-data", "x.csv", "-o",
               "x.csv"), 2, "is the file of --save-data, too"),
+            (("run", "--data", "numbers.csv", "-c", MODEL, "-o", "./numbers.csv"), 2,
+             "is the file of --data, too"),
             (("run", "--data", penguins, "-c", MODEL, "--save-state", "no/where.bin"), 1,
              "could not be written")):
         result = call(program, folder, *arguments, expect=code)

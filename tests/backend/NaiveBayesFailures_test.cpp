@@ -88,13 +88,16 @@ TEST_F(NaiveBayesFailures, SayWhyInOneMessageAndLeaveNoTableOrFile) {
       {"y BY good /FORCE FACTORS=fair flat", "Some forced predictors excluded..."},
       {"y BY good fair flat /SUBSET EXACTSIZE=2", "Too few possible predictors, exact size..."},
       {"y BY good fair flat /SUBSET MAXSIZE=3", "Too few possible predictors, maximum size..."},
+      {"y BY good WITH near /CRITERIA BINS=2000000000",
+       "Too many categories for the model: ^1, ^2, ^3..."},
       {"y BY good /TRAININGSAMPLE VARIABLE=one /SUBSET MAXSIZE=AUTO(BESTSUBSET=TESTDATA)",
        "No valid cases in test sample..."},
       {"y BY good /TRAININGSAMPLE VARIABLE=zero", "No valid cases..."},
       {"y BY good /TRAININGSAMPLE VARIABLE=first", "Too few training cases..."},
       {"y BY good /CRITERIA TIMER=0.0000001",
        "Time limit of ^2 seconds reached after ^1 records..."},
-      {"y BY good fair late WITH near later /CRITERIA MEMALLOCATE=4", "Temporary file failed..."},
+      {"y BY good fair late WITH near later /CRITERIA MEMALLOCATE=4",
+       "Temporary file in ^1 failed..."},
   };
   fTempPath = "/no such folder";
   for (const auto& c : cases) {

@@ -447,7 +447,11 @@ TEST_F(NaiveBayes, SaysWhereSimulatedDataWereUsed) {
   EXPECT_THAT(footnotes(test + little), testing::AllOf(estimated, order));
   EXPECT_THAT(footnotes(test), testing::Not(testing::AnyOf(estimated, order)));
   EXPECT_THAT(footnotes("/SUBSET EXACTSIZE=2 " + little), estimated);
-  EXPECT_THAT(footnotes(little), testing::Not(estimated));
+  const auto anew = testing::HasSubstr("The order rests on simulated data");
+  EXPECT_THAT(footnotes(little), testing::AllOf(anew, testing::Not(estimated)));
+  EXPECT_THAT(footnotes(""), testing::Not(anew));
+  EXPECT_THAT(footnotes("/SUBSET EXACTSIZE=2 /CRITERIA MEMALLOCATE=1e300"),
+              testing::Not(estimated));
 }
 
 TEST_F(NaiveBayes, TakesAllPredictorsWithoutSelection) {

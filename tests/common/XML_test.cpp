@@ -14,6 +14,7 @@
 #include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/TransService.hpp>
 
+#include "common/xml/TagWatch.h"
 #include "common/xml/WriteTree.h"
 #include "common/xml/XMLDocType.h"
 #include "common/xml/XMLElement.h"
@@ -152,6 +153,16 @@ TEST(XMLString, WritesDoublesThatReadBackToTheBit) {
   }
 }
 
+TEST(XMLString, WritesWholeNumbersOutAsLongAsTheyAreExact) {
+  const std::pair<double, const char*> cases[] = {
+      {100000, "100000"}, {-3e15, "-3000000000000000"}, {1e17, "1e+17"}, {1e-7, "1e-07"}};
+  for (const auto& [value, text] : cases) {
+    EXPECT_EQ(
+        XMLString::Create(value).Escaped(XMLString::Place::kText, XMLString::Encoding::kASCII),
+        text);
+  }
+}
+
 constexpr const char* kHead =
     "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE MCXMLRoot SYSTEM \"savexml.dtd\">\n";
 
@@ -208,6 +219,30 @@ std::string Around(const std::string& start, const std::string& text, const std:
          "</String></Object></MCXMLRoot>" + end;
 }
 
+// Whether all of it passes, given in one piece and byte by byte.
+bool Passes(const std::string& document) {
+  TagWatch whole, bytes;
+  const bool passes = whole.Passes(document);
+  bool passesByByte = true;
+  for (const char& byte : document) passesByByte = bytes.Passes({&byte, 1});
+  EXPECT_EQ(passesByByte, passes);
+  return passes;
+}
+
+// In each a quote or a bracket of no meaning stands where it might be taken for one of a tag.
+TEST(TagWatch, SeesATagTooLongBehindWhateverIsNone) {
+  for (const char* before :
+       {"", "<!-- <x ' -->", "<!--> <x ' -->", "<!---> <x ' -->", "<!DOCTYPE r>",
+        "<!DOCTYPE r [ <x ' ]>", "<!DOCTYPE r [ <x > ] <y ' >", "<?p > <x ' ?>", "<?> <x ' ?>",
+        "<a><![CDATA[ > <x ' ]]>", "<a b='>\"'>\"</a>", "<a>'\"> ]]> --> ?>"}) {
+    SCOPED_TRACE(before);
+    const std::string tag = std::string(before) + "<r a=\"'>\" b='\">'";
+    const std::size_t rest = kMaxTag - (tag.size() - std::string(before).size()) - 1;
+    EXPECT_TRUE(Passes(tag + std::string(rest, ' ') + ">" + std::string(9000, '\'')));
+    EXPECT_FALSE(Passes(tag + std::string(rest + 1, ' ') + ">"));
+  }
+}
+
 TEST(XMLObjParser, RefusesHostileDocumentsAndReadsNothingBesides) {
   const std::string xml = "<?xml version=\"1.0\"?>";
   std::string bomb = "<!ENTITY a0 \"xxxxxxxxxx\">";
@@ -227,6 +262,9 @@ TEST(XMLObjParser, RefusesHostileDocumentsAndReadsNothingBesides) {
       {"inclusion", Around(xml, "<include xmlns=\"http://www.w3.org/2001/XInclude\" href=\"f\"/>")},
       {"deep nesting", xml + "<MCXMLRoot>" + deep},
       {"many attributes", attributes + ">"},
+      {"a tag of another encoding",
+       "<?xml version=\"1.0\" encoding=\"UTF-7\"?>+ADw-MCXMLRoot" + attributes.substr(10) + ">"},
+      {"two bytes a character", std::string("<\0?\0x\0m\0l\0", 10)},
       {"a tag too long", Around(xml, "t").insert(xml.size() + 17, kMaxTag, 'x')},
       {"control character by reference", Around(xml, "&#1;")},
       {"surrogate by reference", Around(xml, "&#xD800;")},
@@ -258,6 +296,10 @@ TEST(XMLObjParser, PassesOverWhatSaysNothing) {
               "&lt;&#x20AC;&amp;"),
        "<\xE2\x82\xAC&"},
       {Around(xml, "<![CDATA[<a>]]> b"), "<a> b"},
+      {Around(xml + "<?p > <x ' ?>", "<![CDATA[<a ']]><!-- <b \" -->" + std::string(9000, '\'')),
+       "<a '" + std::string(9000, '\'')},
+      {Around("\xEF\xBB\xBF" + xml, "t"), "t"},
+      {Around("<?xml version='1.0' encoding='utf-8'?>", "\xE2\x82\xAC"), "\xE2\x82\xAC"},
       {Around(xml, std::string(1000000, 'x')), std::string(1000000, 'x')}};
   for (const auto& [document, expected] : kCases) {
     std::string text;

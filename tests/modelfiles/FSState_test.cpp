@@ -11,6 +11,7 @@
 
 #include "common/state/IOException.h"
 #include "feature/FSMaps.h"
+#include "modelfiles/ComponentFile.h"
 #include "tests/feature/RandomRuns.h"
 #include "tests/modelfiles/FSRuns.h"
 #include "tests/modelfiles/StateStreams.h"
@@ -164,6 +165,33 @@ TEST(FSState, MapsOfCountsHaveTheirDocumentedBytes) {
   double value = 0.0;
   EXPECT_TRUE(counts.GetValue(-1, value));
   EXPECT_EQ(value, 2.0);
+}
+
+// Kept files: what was saved once can be restored for ever.
+TEST(FSState, OfEarlierDaysIsStillRead) {
+  const auto content = [](const std::string& path) {
+    std::ostringstream bytes;
+    bytes << std::ifstream(path, std::ios::binary).rdbuf();
+    return bytes.str();
+  };
+  for (const std::string form : {".bin", ".xml"}) {
+    const std::string path = PREDSELECT_SOURCE_DIR "/tests/modelfiles/states/feature" + form;
+    ComponentFile file;
+    ASSERT_EQ(ReadComponentFile(path, file), "");
+    ASSERT_TRUE(file.fDictionary.has_value());
+    EXPECT_EQ(file.fDictionary->fWeight, "n");
+    EXPECT_EQ(file.fDictionary->fPredictors[0].fStrings, std::vector<std::string>({"u", "v"}));
+    const std::string copy = testing::TempDir() + "feature" + form;
+    EXPECT_EQ(WriteComponentFile(copy, IsXMLStateName(copy), *file.fpFeature, &*file.fDictionary),
+              "");
+    EXPECT_EQ(content(copy), content(path));
+    // Of u 4 are p and 2 are q, of v 1 and 3.
+    double statistics[4];
+    EXPECT_TRUE(file.fpFeature->SortAndRank(0).IsOK());
+    EXPECT_TRUE(file.fpFeature->GetPredictorStats(MCFSCommon::kPearson, 0, statistics[0],
+                                                  statistics[1], statistics[2], statistics[3]));
+    EXPECT_NEAR(statistics[1], 5.0 / 3.0, 1e-15);
+  }
 }
 
 TEST(FSState, NothingIsWrittenOfAComponentInErrorOrCancelled) {
@@ -332,6 +360,16 @@ TEST_F(DamagedState, ValuesThatDoNotFitAreRefusedByName) {
     EXPECT_EQ(factory.GetStatus().GetErrorCode(), 80005);
     EXPECT_EQ(errors.Text(), std::string("Failure reading ") + c.fClass + "!\n");
   }
+}
+
+TEST_F(DamagedState, ARankingWithoutItsValuesIsRefused) {
+  const FSRun run("cn", true, true, FSStage::kRankedAll, 9);
+  std::string xml = SaveXML(*run.fpComponent);
+  const std::size_t values = xml.rfind("<Long>2</Long>");  // those of F
+  xml.replace(values, xml.find("<Long>", values + 1) - values, "<Long>0</Long>");
+  FSFactory factory;
+  EXPECT_EQ(RestoreXML(xml, factory), nullptr);
+  EXPECT_EQ(fQuiet.Text(), "Failure reading FSPredictorSet!\n");
 }
 
 TEST_F(DamagedState, AnotherTagIsNamedOnStandardError) {
