@@ -40,7 +40,9 @@ class INBAlgorithm {
   virtual bool IsModelBuilt() const = 0;
 
   // Adds at most nRecords valid records, from where the data stand, to the counts so far; several
-  // batches give the model of one. Status as for BuildModel.
+  // batches give the counts of one, but an input that has fewer than two categories after a batch
+  // is dropped for good. Bins stay as they are: only BuildModel, SelectAttributes and MergeModel
+  // re-bin. Status as for BuildModel.
   virtual MCNaive::MCStatus Update(MCCommon::MultiPassRecordIter& data, int nRecords) = 0;
 
   // Classifies at most `limit` valid records (below 0: all) into `stats`, and rewinds the records

@@ -96,7 +96,18 @@ void NBAlgorithm::Prepare(bool usePossibleInputs, int nRecords) {
   fNInputs = fpPreparator->GetInputSize();
 }
 
+void NBAlgorithm::RestoreBins() {
+  for (NBayesInput& input : fInputs) {
+    auto* binned = dynamic_cast<NBContVar*>(input.GetVariable());
+    if (binned != nullptr && binned->GetEncoder() != nullptr) {
+      binned->SetupEncoder(std::vector<double>(binned->GetSetupCutpoints()));
+    }
+  }
+  fpPreparator->UpdateNCats();
+}
+
 void NBAlgorithm::ResetAllCounts(bool totalsToo) {
+  RestoreBins();
   fOutput.ResetCounts();
   for (NBayesInput& input : fInputs) input.ResetCounts();
   if (!totalsToo) return;
@@ -339,12 +350,8 @@ MCStatus NBAlgorithm::MergeModel(const INBAlgorithm* other, bool computeProbabil
   for (auto* stats : {&fTrainStats, &fTestStats}) {
     if (*stats) (*stats)->Grow(fOutput.GetNCategories());
   }
+  RestoreBins();
   for (std::size_t j = 0; j < fInputs.size(); ++j) {
-    // Bins are numbered by the cutpoints of the set-up, from which re-binning starts anew.
-    auto* binned = dynamic_cast<NBContVar*>(fInputs[j].GetVariable());
-    if (binned != nullptr && binned->GetEncoder() != nullptr) {
-      binned->SetupEncoder(std::vector<double>(binned->GetSetupCutpoints()));
-    }
     fInputs[j].MergePredictorCounts(that->fInputs[j], targets, fOutput.GetNCategories());
   }
   AddRecords(fNRecords, that->fNRecords);
@@ -371,7 +378,9 @@ void NBAlgorithm::ComputeOutProbabilities(const Record& codes, int categories,
     integers.push_back(CategoryOf(code, NBCodeBlock::kCountingOffset));
   }
   ComputePosteriors(integers, out);
+  if (static_cast<int>(out.size()) == categories) return;
   out.resize(categories);
+  NBScoring::Normalize(out);
 }
 
 void NBAlgorithm::ComputePosteriors(const std::vector<std::int32_t>& codes,

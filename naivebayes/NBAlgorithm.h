@@ -96,6 +96,8 @@ class NBAlgorithm : public INBAlgorithm {
 
   // Makes preparator and tables fit the use of candidates, unless they do already.
   void Prepare(bool usePossibleInputs, int nRecords);
+  // Gives the inputs the bins of their set-up, from which re-binning starts anew.
+  void RestoreBins();
   void ResetAllCounts(bool totalsToo);
   // Counts processed records and computes the estimates.
   MCNaive::MCStatus CountData(MCCommon::RecordIterator& records, bool showProgress);

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstdint>
 #include <ctime>
+#include <tuple>
 #include <utility>
 
 #include "common/MissingValue.h"
@@ -338,8 +339,14 @@ int NBAttributeSelector::SortAndRankTest(RecordIterator& test, Results& results,
 
 int NBAttributeSelector::FillSelectionResults(std::vector<std::pair<double, int>> ranked,
                                               int nReport, Results& results) {
-  // Pairs order by criterion, then by size: the smaller of two equal sizes wins.
-  std::sort(ranked.begin(), ranked.end());
+  // By criterion, then by size: the smaller of two equal sizes wins. What is not a number, since
+  // weights were beyond all measure, comes last.
+  const auto key = [](const std::pair<double, int>& entry) {
+    const bool isNaN = std::isnan(entry.first);
+    return std::tuple(isNaN, isNaN ? 0.0 : entry.first, entry.second);
+  };
+  std::sort(ranked.begin(), ranked.end(),
+            [&key](const auto& a, const auto& b) { return key(a) < key(b); });
   if (ranked.size() > static_cast<std::size_t>(nReport)) ranked.resize(nReport);
   fvResults = std::move(ranked);
   results.clear();

@@ -79,6 +79,6 @@ int NBContVar::GetNumberOfCategories() const {
 std::unique_ptr<INBVariable> NBContVar::Clone() const { return std::make_unique<NBContVar>(*this); }
 
 INBVariable::VarStatus NBContVar::GetVarStatus() {
-  if (fMin > fMax) return kEmpty;
+  if (fMin > fMax || GetNumberOfCategories() < 1) return kEmpty;
   return fMin == fMax ? kConstant : kUsable;
 }

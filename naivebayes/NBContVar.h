@@ -41,7 +41,8 @@ class NBContVar : public INBVariable {
   std::unique_ptr<INBVariable> Clone() const override;
   const NBBinningEncoder* GetEncoder() const override { return fpEncoder.get(); }
   NBBinningEncoder* GetEncoder() override { return fpEncoder.get(); }
-  // Constant when minimum and maximum are equal, empty when the minimum is above the maximum.
+  // Constant when minimum and maximum are equal; empty when the minimum is above the maximum, and
+  // without a bin.
   VarStatus GetVarStatus() override;
   int WriteObject(std::fstream& os) const override;
   int ReadObject(std::fstream& is) override;

@@ -10,7 +10,7 @@
 class NBFactory {
  public:
   // A component with copies of the settings and the list; null, with status 3, when the list has no
-  // target or a variable in use is constant or empty.
+  // categorical target or a variable in use is constant or empty.
   std::unique_ptr<INBAlgorithm> CreateNBAlgorithm(NaiveBayesSettings& settings, NBVarList& varList);
 
   // A component as INBAlgorithm::SaveState or SaveStateXML wrote it, which goes on where that one

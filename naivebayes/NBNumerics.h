@@ -1,6 +1,8 @@
 // Sums and products that keep their digits: building blocks of the model's likelihoods.
 #pragma once
 
+#include <cstdint>
+
 // A running sum with Neumaier's compensation: the error stays at one rounding of the result however
 // many terms there are.
 class NBSum {
@@ -15,7 +17,7 @@ class NBSum {
 
 // A weighted sum of logarithms. Terms of weight 1 are multiplied up and their logarithm taken once
 // per few hundred binary places, which is faster and rounds less than a logarithm each. The result
-// depends on the order of the terms only.
+// depends on the terms and their order only, not on how each is split into x and exponent.
 class NBLogSum {
  public:
   // Adds weight * log(x * 2^exponent). REQUIRES: x > 0.
@@ -26,5 +28,6 @@ class NBLogSum {
   void Flush();
 
   double fProduct = 1;
+  std::int64_t fExponents = 0;  // of 2, for terms of weight 1
   NBSum fSum;
 };

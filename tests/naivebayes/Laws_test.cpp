@@ -3,10 +3,14 @@
 
 #include <cmath>
 #include <limits>
+#include <numbers>
 #include <numeric>
+#include <random>
+#include <tuple>
 
 #include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/NBBinningEncoder.h"
+#include "naivebayes/NBNumerics.h"
 #include "naivebayes/NBScoring.h"
 #include "tests/naivebayes/TestRecords.h"
 
@@ -29,15 +33,31 @@ NBVarList MakeWideList(int inputs) {
   return list;
 }
 
-// log of Pi(k) times the product of P(m|k), from the counts by their definition.
-std::vector<long double> LogJoints(const std::vector<Record>& training, const Record& record) {
+// Records of so many inputs, each hardly tied to the target.
+std::vector<Record> MakeWideRecords(int records, int inputs, unsigned seed) {
+  std::mt19937 random(seed);
+  std::vector<Record> made;
+  for (int i = 0; i < records; ++i) {
+    Record r(inputs + 1);
+    r[0] = i % 3;
+    for (int j = 1; j <= inputs; ++j) {
+      r[j] = random() % 20 == 0 ? kMissing : random() % 100 < 49 + (i % 3 == 1) ? 1 : 0;
+    }
+    made.push_back(r);
+  }
+  return made;
+}
+
+// log of Pi(k) times the product of P(m|k) over these columns, from the counts by their definition.
+std::vector<long double> LogJoints(const std::vector<Record>& training, const Record& record,
+                                   const std::vector<int>& columns) {
   const long double n = training.size();
   std::vector<long double> joints;
   for (int k = 0; k < 3; ++k) {
     const auto isClass = [k](const Record& r) { return r[0] == k; };
     const auto count = std::count_if(training.begin(), training.end(), isClass);
     long double joint = std::log((count + 1 / n) / (n + 3 / n));
-    for (std::size_t j = 1; j < record.Size(); ++j) {
+    for (const int j : columns) {
       if (record[j] < 0) continue;
       int cell = 0, total = 0;
       for (const Record& r : training) {
@@ -51,18 +71,31 @@ std::vector<long double> LogJoints(const std::vector<Record>& training, const Re
   return joints;
 }
 
+// The logarithms of the class probabilities.
+std::vector<long double> LogPosteriors(const std::vector<Record>& training, const Record& record,
+                                       const std::vector<int>& columns) {
+  std::vector<long double> logs = LogJoints(training, record, columns);
+  const long double highest = *std::max_element(logs.begin(), logs.end());
+  long double sum = 0;
+  for (const long double log : logs) sum += std::exp(log - highest);
+  for (long double& log : logs) log -= highest + std::log(sum);
+  return logs;
+}
+
+double LogLikelihood(const std::vector<Record>& training, const std::vector<Record>& records,
+                     const std::vector<int>& columns) {
+  long double sum = 0;
+  for (const Record& r : records) {
+    sum += LogPosteriors(training, r, columns)[static_cast<std::size_t>(r[0])];
+  }
+  return static_cast<double>(sum / records.size());
+}
+
 TEST(Laws, TenThousandInputsScoreAsTheirLogarithmsSay) {
   constexpr int kInputs = 10000, kRecords = 40;
-  std::mt19937 random(3);
-  std::vector<Record> records;
-  for (int i = 0; i < kRecords; ++i) {
-    Record r(kInputs + 1);
-    r[0] = i % 3;
-    for (int j = 1; j <= kInputs; ++j) {
-      r[j] = random() % 20 == 0 ? kMissing : random() % 100 < 49 + (i % 3 == 1) ? 1 : 0;
-    }
-    records.push_back(r);
-  }
+  const std::vector<Record> records = MakeWideRecords(kRecords, kInputs, 3);
+  std::vector<int> columns(kInputs);
+  std::iota(columns.begin(), columns.end(), 1);
   NBAlgorithm algorithm(NaiveBayesSettings(), MakeWideList(kInputs));
   TestRecords source(records);
   ASSERT_FALSE(algorithm.BuildModel(source, kRecords).IsError());
@@ -70,19 +103,96 @@ TEST(Laws, TenThousandInputsScoreAsTheirLogarithmsSay) {
   NBOutput output(3);
   NBOutputStatistics stats(3), expected(3);
   for (const Record& record : records) {
-    const std::vector<long double> joints = LogJoints(records, record);
-    const long double highest = *std::max_element(joints.begin(), joints.end());
-    long double sum = 0;
-    for (const long double joint : joints) sum += std::exp(joint - highest);
+    const std::vector<long double> logs = LogPosteriors(records, record, columns);
     ASSERT_TRUE(algorithm.ScoreFullRecord(record, output).IsOK());
     for (int k = 0; k < 3; ++k) {
-      const auto p = static_cast<double>(std::exp(joints[k] - highest) / sum);
+      const auto p = static_cast<double>(std::exp(logs[k]));
       EXPECT_NEAR(output.GetOutProbabilities()[k], p, 1e-11 * p);
     }
     expected.Accumulate(static_cast<int>(record[0]), output.GetWinningIndex(), 1);
   }
   ASSERT_TRUE(algorithm.ComputeOutputStats(source, stats, -1).IsOK());
   EXPECT_EQ(stats.GetMisClassMatrixAsVecOfRows(), expected.GetMisClassMatrixAsVecOfRows());
+}
+
+// Gives out its records in small blocks.
+class SmallBlocks : public TestRecords {
+ public:
+  using TestRecords::TestRecords;
+  const MCCommon::RecordBlock& NextBlock(std::size_t maxCases) override {
+    return TestRecords::NextBlock(std::min<std::size_t>(maxCases, 17));
+  }
+};
+
+constexpr int kWideForced = 600, kWideInputs = 604;
+
+struct WideSelection {
+  std::vector<int> fvOrder;
+  std::vector<double> fvLogLikelihoods;
+  std::vector<std::pair<int, double>> fvResults;
+};
+
+WideSelection SelectWide(TestRecords& data, TestRecords& test, bool inMemory) {
+  NBVarList list = MakeWideList(kWideInputs);
+  for (int j = kWideForced; j < kWideInputs; ++j) {
+    list.SetVariableRole(j + 1, INBVariable::kPossibleInput);
+  }
+  NaiveBayesSettings settings;
+  settings.SetMaxRecordsInMemory(inMemory ? 1000 : 1);
+  NBAlgorithm algorithm(settings, list);
+  WideSelection out;
+  EXPECT_TRUE(algorithm
+                  .SelectAttributes(data, 1000, out.fvOrder, out.fvLogLikelihoods, out.fvResults,
+                                    -1, false, &test, -1, 99, nullptr, nullptr)
+                  .IsOK());
+  return out;
+}
+
+TEST(Laws, WideSelectionsAgreeWithTheirLogarithmsInBlocksOfAnySize) {
+  // The products of 600 inputs are below the range of a double; those of few valid ones are not.
+  std::vector<std::vector<Record>> samples;
+  for (const unsigned seed : {3u, 103u}) {
+    samples.push_back(MakeWideRecords(60, kWideInputs, seed));
+    for (int i = 0; i < 40; ++i) {
+      for (int j = 9; j < kWideForced; ++j) samples.back()[i][j] = kMissing;
+    }
+  }
+  const auto& [records, tests] = std::tie(samples[0], samples[1]);
+  TestRecords data(records), test(tests), fileData(records), fileTest(tests);
+  const WideSelection out = SelectWide(data, test, true);
+  ASSERT_EQ(out.fvResults.size(), 5u);
+  for (const auto& [size, criterion] : out.fvResults) {
+    const std::vector<int> columns(out.fvOrder.begin(), out.fvOrder.begin() + size);
+    EXPECT_NEAR(out.fvLogLikelihoods[size - 1], LogLikelihood(records, records, columns), 1e-11);
+    EXPECT_NEAR(criterion, -LogLikelihood(records, tests, columns), 1e-11);
+  }
+  SmallBlocks smallData(records), smallTest(tests);
+  const WideSelection small = SelectWide(smallData, smallTest, true);
+  EXPECT_EQ(out.fvLogLikelihoods, small.fvLogLikelihoods);
+  EXPECT_EQ(out.fvResults, small.fvResults);
+  const WideSelection file = SelectWide(fileData, fileTest, false);
+  EXPECT_EQ(out.fvLogLikelihoods[kWideForced - 1], file.fvLogLikelihoods[kWideForced - 1]);
+}
+
+TEST(Laws, ALogarithmIsTheSameHoweverItsValueIsSplit) {
+  std::mt19937 random(3);
+  for (const double weight : {1.0, 0.3}) {
+    for (const int range : {-1, -700, -5000}) {
+      NBLogSum a, b;
+      long double expected = 0;
+      for (int i = 0; i < 500; ++i) {
+        const double x = (random() + 1) * 0x1p-32;
+        const int exponent = static_cast<int>(random() % 50) + range, shift = random() % 300;
+        a.Add(x, exponent, weight);
+        b.Add(std::ldexp(x, shift - 250), exponent - shift + 250, weight);
+        expected += weight * (std::log(static_cast<long double>(x)) +
+                              exponent * std::numbers::ln2_v<long double>);
+      }
+      EXPECT_EQ(a.Total(), b.Total()) << range;
+      EXPECT_NEAR(a.Total(), static_cast<double>(expected),
+                  1e-15 * std::abs(static_cast<double>(expected)));
+    }
+  }
 }
 
 TEST(Laws, TheOrderOfRecordsMeansNothing) {
@@ -244,6 +354,14 @@ TEST(Laws, ListsRefuseWhatCannotBe) {
       list.AddCatVar("w", "", 2, INBVariable::kNumericCategorical, INBVariable::kFrequencyWeight),
       0);
   EXPECT_EQ(list.GetWeightIndex(), -1) << "only a weight variable weighs";
+  list.AddCatVar("y", "", 2, INBVariable::kNumericCategorical, INBVariable::kOutput);
+  std::vector<int> constant, empty;
+  for (const int bins : {0, -1}) {
+    const int binless =
+        list.AddContVar("bins " + std::to_string(bins), "", 0, 1, bins, INBVariable::kInput);
+    EXPECT_FALSE(list.IsValidList(constant, empty, true));
+    EXPECT_THAT(empty, testing::Contains(binless));
+  }
   NaiveBayesSettings settings;
   settings.SetNSkippedReports(-1);
   EXPECT_EQ(settings.GetNSkippedReports(), 0);

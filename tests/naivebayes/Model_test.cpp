@@ -64,7 +64,18 @@ TEST(Model, EstimatesAndPosteriorsAgreeWithTheDefinition) {
     for (std::size_t j = 0; j < inputs.Size(); ++j) inputs[j] = record[RandomData::kFirst + j];
     ASSERT_FALSE(algorithm.Score(inputs, fromInputs).IsError());
     EXPECT_EQ(output.GetOutProbabilities(), fromInputs.GetOutProbabilities());
+    Record codes(RandomData::kInputs);
+    for (int j = 0; j < RandomData::kInputs; ++j) codes[j] = Reference::Code(record, j);
+    std::vector<double> two;
+    algorithm.ComputeOutProbabilities(codes, 2, two);
+    ASSERT_EQ(two.size(), 2u);
+    EXPECT_NEAR(two[0] / two[1],
+                reference.Joint(record, kAll, 0) / reference.Joint(record, kAll, 1),
+                1e-13 * two[0] / two[1]);
+    EXPECT_NEAR(two[0] + two[1], 1, 1e-15);
     for (int k = 0; k < 3; ++k) {
+      const double joint = reference.Joint(record, kAll, k);
+      EXPECT_NEAR(algorithm.ComputePXYPY(codes, k), joint, 1e-13 * joint);
       EXPECT_NEAR(output.GetOutProbabilities()[k], reference.Posterior(record, kAll, k), 1e-13);
     }
     ASSERT_FALSE(algorithm.ScoreAndAccum(record, output, true).IsError());
@@ -86,17 +97,38 @@ TEST(Model, EstimatesAndPosteriorsAgreeWithTheDefinition) {
   EXPECT_EQ(validWeight, reference.fN);
   EXPECT_EQ(nValid + excluded, 200);
   EXPECT_EQ(excluded, nExcluded);
+  NBOutputStatistics few(3);
+  EXPECT_TRUE(algorithm.ComputeOutputStats(source, few, 5).IsOK());
+  double weightOfFive = 0;
+  int n = 0;
+  for (const Record& record : data) {
+    if (Reference::IsValid(record) && n++ < 5) weightOfFive += record[1];
+  }
+  EXPECT_EQ(few.GetTotalWeight(), weightOfFive);
+}
+
+void ExpectSameNumbers(const NBAlgorithm& a, const NBAlgorithm& b) {
+  double valid[2], excluded[2];
+  int nValid[2], nExcluded[2];
+  a.GetNValidNExcluded(valid[0], excluded[0], nValid[0], nExcluded[0]);
+  b.GetNValidNExcluded(valid[1], excluded[1], nValid[1], nExcluded[1]);
+  EXPECT_EQ(valid[0], valid[1]);
+  EXPECT_EQ(excluded[0], excluded[1]);
+  EXPECT_EQ(nValid[0], nValid[1]);
+  EXPECT_EQ(nExcluded[0], nExcluded[1]);
 }
 
 TEST(Model, SeveralBatchesGiveTheModelOfOne) {
-  const auto data = RandomData::Make(300, 7);
+  auto data = RandomData::Make(300, 7);
+  // The first batches leave bins empty, which the later ones need.
+  for (int i = 0; i < 200; ++i) data[i][RandomData::kFirst + 5] = i % 3 * 2;
   NBAlgorithm one = MakeEmpty(), several = MakeEmpty();
   TestRecords source(data), batches(data);
   ASSERT_TRUE(one.Update(source, 1000).IsOK());
   // Limits count accepted records; the stream goes on where the batch before stopped.
   while (batches.HasMore()) ASSERT_TRUE(several.Update(batches, 70).IsOK());
   ExpectSameModel(one, several);
-  EXPECT_EQ(one.GetTotalWeight(), several.GetTotalWeight());
+  ExpectSameNumbers(one, several);
 }
 
 TEST(Model, AWeightOfTwoIsTwoRecords) {
@@ -116,19 +148,26 @@ TEST(Model, AWeightOfTwoIsTwoRecords) {
 }
 
 TEST(Model, MergedModelsAreTheModelOfAllRecords) {
-  // Each half leaves other bins empty, and numbers the categories of its own values.
+  // The first two leave other bins empty.
   auto low = RandomData::Make(150, 4), high = RandomData::Make(150, 5);
   for (Record& r : low) r[7] = r[7] > 5 ? 5 : r[7];
   for (Record& r : high) r[7] = r[7] < 5 ? 5.5 : r[7];
+  const auto more = RandomData::Make(50, 6);
   auto all = low;
   all.insert(all.end(), high.begin(), high.end());
-  NBAlgorithm a = MakeEmpty(), b = MakeEmpty(), whole = MakeEmpty();
-  TestRecords lowSource(low), highSource(high), allSource(all);
+  all.insert(all.end(), more.begin(), more.end());
+  NBAlgorithm a = MakeEmpty(), b = MakeEmpty(), c = MakeEmpty(), whole = MakeEmpty();
+  TestRecords lowSource(low), highSource(high), moreSource(more), allSource(all);
   ASSERT_TRUE(a.BuildModel(lowSource, 1000).IsOK());
   ASSERT_TRUE(b.BuildModel(highSource, 1000).IsOK());
+  ASSERT_TRUE(c.BuildModel(moreSource, 1000).IsOK());
   ASSERT_TRUE(whole.BuildModel(allSource, 1000).IsOK());
-  ASSERT_TRUE(a.MergeModel(&b, true).IsOK());
+  const std::vector<double> priors = a.GetOutput().GetPriors();
+  ASSERT_TRUE(a.MergeModel(&b, false).IsOK());
+  EXPECT_EQ(a.GetOutput().GetPriors(), priors) << "only counts so far";
+  ASSERT_TRUE(a.MergeModel(&c, true).IsOK());
   ExpectSameModel(a, whole);
+  ExpectSameNumbers(a, whole);
   NBOutputStatistics merged(3), expected(3);
   ASSERT_TRUE(a.ComputeOutputStats(allSource, merged, -1).IsOK());
   ASSERT_TRUE(whole.ComputeOutputStats(allSource, expected, -1).IsOK());
@@ -177,6 +216,73 @@ TEST(Model, MergingMatchesCategoriesByTheirValues) {
   EXPECT_EQ(output.GetWinningIndex(), 1);
 }
 
+TEST(Model, ValuesOfEmptyBinsScoreLikeTheirNeighbours) {
+  for (const bool select : {false, true}) {
+    NBVarList list;
+    list.AddCatVar("y", "", 2, INBVariable::kNumericCategorical, INBVariable::kOutput);
+    list.AddContVar("c", "", 0, 10, 5, select ? INBVariable::kPossibleInput : INBVariable::kInput);
+    list.AddContVar("one", "", 0, 1, 1, INBVariable::kInput);
+    NBAlgorithm algorithm(NaiveBayesSettings(), list);
+    TestRecords source({Record({0, 3, 0.5}), Record({1, 7, kMissing}), Record({1, 8, 0.5})});
+    std::vector<int> order;
+    std::vector<double> logs;
+    std::vector<std::pair<int, double>> results;
+    const MCNaive::MCStatus status =
+        select ? algorithm.SelectAttributes(source, 3, order, logs, results, 2, true, nullptr, 0, 0,
+                                            nullptr, nullptr)
+               : algorithm.BuildModel(source, 3);
+    // An encoder of one bin answers 1, which is no category of its variable.
+    EXPECT_TRUE(status.IsWarning());
+    ASSERT_EQ(algorithm.GetNumberOfInputVars(), 1);
+    NBOutput lower(2), upper(2), output(2);
+    EXPECT_TRUE(algorithm.Score(Record(std::vector<double>{3}), lower).IsOK());
+    EXPECT_TRUE(algorithm.Score(Record(std::vector<double>{7}), upper).IsOK());
+    EXPECT_NE(lower.GetOutProbabilities(), upper.GetOutProbabilities());
+    for (const double value : {-5.0, 1.0, 4.5, 5.0, 5.1, 9.0, 50.0}) {
+      EXPECT_TRUE(algorithm.Score(Record(std::vector<double>{value}), output).IsOK());
+      EXPECT_EQ(output.GetOutProbabilities(), (value <= 5 ? lower : upper).GetOutProbabilities());
+    }
+    // Another training starts from the bins of the set-up.
+    TestRecords other({Record({0, 1, 0.5}), Record({1, 3, 0.5}), Record({1, 9, 0.5})});
+    ASSERT_FALSE(algorithm.BuildModel(other, 3).IsError());
+    ASSERT_EQ(algorithm.GetNumberOfInputVars(), 1);
+    EXPECT_EQ(algorithm.GetInputs()[0].GetCount(0, 0), 1);
+    EXPECT_EQ(algorithm.GetInputs()[0].GetCount(4, 1), 1);
+  }
+}
+
+// Cancels at its third report.
+class Listener : public ProgressListener, public MCQueryCancel {
+ public:
+  void Report(const ProgressReport& report) override {
+    fvRecords.push_back(report.DiscreteMeasure("trainRecords"));
+    EXPECT_EQ(report.DiscreteMeasure("other"), -1);
+    EXPECT_GE(report.ScaleMeasure("elapsedTime"), 0);
+    EXPECT_EQ(report.ScaleMeasure("other"), kMissing);
+  }
+  bool IsCancel() override { return fvRecords.size() >= 3; }
+  std::vector<long> fvRecords;
+};
+
+TEST(Model, ReportsProgressUntilItIsCancelled) {
+  Listener listener;
+  NBAlgorithm algorithm = MakeEmpty();
+  algorithm.SetProgressListener(&listener);
+  TestRecords source(RandomData::Make(10, 1));
+  ASSERT_FALSE(algorithm.BuildModel(source, 2).IsError());
+  EXPECT_THAT(listener.fvRecords, testing::ElementsAre(1, 2));
+  NaiveBayesSettings settings;
+  settings.SetNSkippedReports(9);
+  settings.SetProgressListener(&listener);
+  settings.SetCancelPointer(&listener);
+  NBAlgorithm cancelled(settings, RandomData::MakeList(kAll));
+  listener.fvRecords.clear();
+  TestRecords many(RandomData::Make(100, 1));
+  EXPECT_EQ(cancelled.BuildModel(many, 100), MCNaive::Error(MCNaive::kCancelled));
+  EXPECT_FALSE(cancelled.IsModelBuilt());
+  EXPECT_THAT(listener.fvRecords, testing::ElementsAre(10, 20, 30));
+}
+
 TEST(Model, TiesGoToTheLargerCountButNeverBeforeTheSecondTie) {
   const struct {
     std::vector<double> probabilities, counts;
@@ -217,6 +323,7 @@ TEST(Model, ACaseWithoutValidInputTrainsThePriorsAndScoresToThem) {
   ASSERT_TRUE(algorithm.BuildModel(source, 10).IsOK());
   EXPECT_EQ(algorithm.GetTargetCategoryCount(1), 2);
   const double n = 3, all = n + 3 / n;  // three target categories share one by N, two have counts
+  EXPECT_NEAR(algorithm.GetOutput().GetPriors()[2], (1 / n) / (n + 2 / n), 1e-16);
   NBOutput output(3);
   for (double missing : {kMissing, -1.0, std::nan("")}) {
     EXPECT_EQ(algorithm.ScoreAndAccum(Record({1, missing}), output, false),
@@ -316,6 +423,11 @@ TEST(NBFactory, RefusesListsThatCannotTrain) {
   std::ostringstream os;
   algorithm->Display(os);
   EXPECT_THAT(os.str(), testing::HasSubstr("Seed for random number generator = 876543"));
+  NBVarList binned = RandomData::MakeList(kAll);
+  binned.SetVariableRole(RandomData::kTarget, INBVariable::kInput);
+  EXPECT_EQ(factory.CreateNBAlgorithm(settings, binned), nullptr) << "no target";
+  binned.SetVariableRole(RandomData::kFirst + 5, INBVariable::kOutput);
+  EXPECT_EQ(factory.CreateNBAlgorithm(settings, binned), nullptr) << "no categorical target";
   list.AddCatVar("one", "", 1, INBVariable::kNumericCategorical, INBVariable::kInput);
   EXPECT_EQ(factory.CreateNBAlgorithm(settings, list), nullptr);
   EXPECT_EQ(factory.GetStatus(), MCNaive::Error(MCNaive::kNotConstructed));

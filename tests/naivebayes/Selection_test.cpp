@@ -1,16 +1,20 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include <csignal>
 #include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <memory>
+#include <tuple>
 
 #include "naivebayes/MCRandom.h"
 #include "naivebayes/NBAlgorithm.h"
+#include "naivebayes/NBAttributeSelector.h"
 #include "naivebayes/NBFormulas.h"
+#include "naivebayes/NBTempFile.h"
 #include "tests/naivebayes/TestRecords.h"
 
 namespace {
@@ -34,27 +38,32 @@ struct Request {
   bool fbExact = false;
   std::vector<Record> fvTest = {};
   bool fbInMemory = true;
-  int fNReport = 99;
   MCQueryCancel* fpCancel = nullptr;
   std::string fTempDir = {};
   ProgressListener* fpListener = nullptr;
-  std::ostream* fpXML = nullptr;
+  int fNSkipped = 0;
+  NaiveBayesSettings::RNGChoice fRNG = NaiveBayesSettings::kMersenneTwister;
+  MCCommon::MCRandom* fpRNG = nullptr;
+  long fNMaxInMemory = 1000000;
 };
 
 Outcome Select(const std::vector<Record>& data, const Request& request) {
   NaiveBayesSettings settings;
-  settings.SetMaxRecordsInMemory(request.fbInMemory ? 1000000 : 10);
+  settings.SetMaxRecordsInMemory(request.fbInMemory ? request.fNMaxInMemory : 10);
   settings.SetSampleSize4SimData(200);
   settings.SetCancelPointer(request.fpCancel);
   settings.SetTempDir(request.fTempDir);
   settings.SetProgressListener(request.fpListener);
+  settings.SetNSkippedReports(request.fNSkipped);
+  settings.SetRNGOption(request.fRNG);
+  settings.SetUserRNG(request.fpRNG);
   Outcome out;
   out.fpAlgorithm = std::make_unique<NBAlgorithm>(settings, RandomData::MakeList(request.fvForced));
   TestRecords source(data), test(request.fvTest);
   out.fStatus = out.fpAlgorithm->SelectAttributes(
       source, static_cast<int>(data.size()), out.fvOrder, out.fvLogLikelihoods, out.fvResults,
-      request.fSize, request.fbExact, request.fvTest.empty() ? nullptr : &test, -1,
-      request.fNReport, request.fpXML, nullptr);
+      request.fSize, request.fbExact, request.fvTest.empty() ? nullptr : &test, -1, 99, nullptr,
+      nullptr);
   for (int& variable : out.fvOrder) variable -= RandomData::kFirst;
   return out;
 }
@@ -135,10 +144,16 @@ TEST(Selection, FromATemporaryFileReportsTheTrainingDataNotTheSimulatedRecords) 
   Request forcedOnFile = forcedOnly;
   forcedOnFile.fbInMemory = false;
   const Outcome a = Select(data, forcedOnly), b = Select(data, forcedOnFile);
-  EXPECT_EQ(a.fStatus.GetErrorCode(), MCNaive::kSizeReduced);
+  MCNaive::MCStatus reduced = MCNaive::Warning(MCNaive::kSizeReduced);
+  reduced.SetDiscreteDatum(0, 7);
+  reduced.SetDiscreteDatum(1, 6);
+  EXPECT_EQ(a.fStatus, reduced);
   EXPECT_EQ(a.fvResults, b.fvResults);
   ASSERT_EQ(a.fvResults.size(), 1u);
   EXPECT_EQ(a.fvLogLikelihoods[5], b.fvLogLikelihoods[5]);
+  const Outcome exact =
+      Select(data, {.fvForced = {2}, .fSize = 3, .fbExact = true, .fbInMemory = false});
+  EXPECT_EQ(exact.fvLogLikelihoods[0], file.fvLogLikelihoods[0]);
 }
 
 // One record drawn from the reference's model by inversion: the class, then a category of each
@@ -192,6 +207,35 @@ std::vector<int> SimulatedForward(const std::vector<Record>& data, std::vector<i
   return order;
 }
 
+// A caller's generator.
+class Fractions : public MCCommon::MCRandom {
+ public:
+  double GetRandom() override { return fLast = std::fmod(fLast + 0.6180339887498949, 1.0); }
+  double fLast = 0;
+};
+
+TEST(Selection, SimulatedStepsDrawFromTheGeneratorAskedFor) {
+  const unsigned seed = NaiveBayesSettings().GetRandomSeed();
+  using MCNaiveBayes::MCRandom;
+  Fractions fractions, same;
+  MCRandom generators[] = {MCRandom(seed, true, true, nullptr),
+                           MCRandom(seed, true, false, nullptr),
+                           MCRandom(seed, false, false, nullptr), MCRandom(0, true, true, &same)};
+  const auto data = RandomData::Make(300, 2);
+  std::vector<std::vector<int>> orders;
+  for (const auto choice :
+       {NaiveBayesSettings::kMersenneTwister, NaiveBayesSettings::kOlderPortable,
+        NaiveBayesSettings::kLibrary, NaiveBayesSettings::kUserProvided}) {
+    std::srand(7);
+    const Outcome out = Select(data, {.fbInMemory = false, .fRNG = choice, .fpRNG = &fractions});
+    std::srand(7);
+    EXPECT_EQ(out.fvOrder, SimulatedForward(data, {}, 200, generators[choice])) << choice;
+    orders.push_back(out.fvOrder);
+  }
+  std::sort(orders.begin(), orders.end());
+  EXPECT_EQ(std::unique(orders.begin(), orders.end()) - orders.begin(), 4) << "a telling example";
+}
+
 TEST(Selection, SimulatedStepsAreThoseOfTheDefinition) {
   for (unsigned seed : {5u, 6u, 7u, 8u}) {
     const auto data = RandomData::Make(300, seed);
@@ -233,6 +277,44 @@ TEST(Selection, TheEarlierOfTwoEqualCandidatesEntersFirst) {
   const Outcome out = Select(data, {});
   const auto first = std::find(out.fvOrder.begin(), out.fvOrder.end(), 0);
   EXPECT_LT(first, std::find(out.fvOrder.begin(), out.fvOrder.end(), 3));
+}
+
+TEST(Selection, TheSmallerOfTwoEqualSizesIsChosen) {
+  auto testData = RandomData::Make(50, 3);
+  for (Record& r : testData) {
+    for (int j = 0; j < RandomData::kInputs; ++j) r[RandomData::kFirst + j] = MCMV::gMissingValue;
+  }
+  const Outcome out = Select(RandomData::Make(100, 3), {.fvForced = {1}, .fvTest = testData});
+  ASSERT_EQ(out.fvResults.size(), 6u);
+  for (int s = 1; s <= 6; ++s) {
+    EXPECT_EQ(out.fvResults[s - 1], std::make_pair(s, out.fvResults[0].second));
+  }
+  EXPECT_EQ(out.fpAlgorithm->GetNumberOfInputVars(), 1);
+}
+
+TEST(Selection, ACodeCountsFromFiftyFiveHundredthsOn) {
+  const auto data = RandomData::Make(100, 3);
+  const Reference reference(data);
+  NBVarList list = RandomData::MakeList({0, 1, 2, 3, 4, 5});
+  NaiveBayesSettings settings;
+  NBAlgorithm algorithm(settings, list);
+  TestRecords source(data);
+  ASSERT_TRUE(algorithm.BuildModel(source, 100).IsOK());
+  std::vector<NBayesInput> inputs = algorithm.GetInputs();
+  NBayesOutput output = algorithm.GetOutput();
+  NBCancelInfo cancel;
+  const NBAttributeSelector selector(inputs, output, list, settings, cancel, reference.fN);
+  for (const double code : {0.0, 0.54, 0.56, 1.0, 1.54}) {
+    std::vector<double> terms;
+    selector.ComputeOneTermBJ({0, 2}, {1, 4}, Record({0, 1, 1, code, code, -1, 3, 0}), terms);
+    Record expected({0, 1, 1, 0, 0, -1, 3, 0});
+    expected[3] = expected[4] = std::floor(code + 0.45);
+    for (int c : {0, 1}) {
+      double sum = 0;
+      for (int k = 0; k < 3; ++k) sum += reference.Joint(expected, {0, 2, c == 0 ? 1 : 4}, k);
+      EXPECT_NEAR(terms[c], std::log(sum), 1e-14) << code;
+    }
+  }
 }
 
 TEST(Selection, DropsUselessPredictorsAndCountsWithoutThem) {
@@ -302,6 +384,16 @@ TEST(Selection, RefusesImpossibleRequests) {
       EXPECT_EQ(out.fpAlgorithm->Score(Record(2), output), out.fStatus) << "errors stick";
     }
   }
+  for (const auto& [nRecords, nTest, code] : {std::tuple(0, 5, MCNaive::kNoRecordsToProcess),
+                                              std::tuple(30, 0, MCNaive::kEmptyTestSample)}) {
+    NBAlgorithm algorithm(NaiveBayesSettings(), RandomData::MakeList());
+    TestRecords source(data), test(data);
+    Outcome out;
+    out.fStatus =
+        algorithm.SelectAttributes(source, nRecords, out.fvOrder, out.fvLogLikelihoods,
+                                   out.fvResults, -1, false, &test, nTest, 0, nullptr, nullptr);
+    EXPECT_EQ(out.fStatus, MCNaive::Error(code));
+  }
   const Outcome high = Select(highTarget, {});
   EXPECT_EQ(high.fStatus.GetDiscreteDatum(0), 7);
   EXPECT_EQ(high.fStatus.GetDiscreteDatum(1), 3);
@@ -369,6 +461,12 @@ TEST(Selection, AFullDiskAndAMissingDirectoryAreStatuses) {
   EXPECT_TRUE(dir.IsEmpty());
   request.fTempDir += "missing/";
   EXPECT_EQ(Select(data, request).fStatus, MCNaive::Error(MCNaive::kTemporaryFile));
+  // Exactly as many records as may be held in memory need no file.
+  request.fbInMemory = true;
+  request.fNMaxInMemory = 2000;
+  EXPECT_TRUE(Select(data, request).fStatus.IsOK());
+  request.fNMaxInMemory = 1999;
+  EXPECT_EQ(Select(data, request).fStatus, MCNaive::Error(MCNaive::kTemporaryFile));
 }
 
 TEST(Selection, ATemporaryFileFollowsNothingPlantedUnderItsName) {
@@ -390,6 +488,22 @@ TEST(Selection, ATemporaryFileFollowsNothingPlantedUnderItsName) {
   for (const auto& name : planted) EXPECT_TRUE(std::filesystem::is_symlink(name));
 }
 
+TEST(NBTempFile, IsItsOwnersAlone) {
+  const TempDir dir;
+  const mode_t mask = umask(0);
+  for (const std::string& prefix : {dir.fPath.string() + "/", std::string()}) {
+    MCNaive::NBTempFile file;
+    ASSERT_TRUE(file.Open(prefix));
+    std::FILE* opened = file.Release();
+    struct stat info;
+    EXPECT_EQ(fstat(fileno(opened), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777, 0600u);
+    EXPECT_EQ(info.st_nlink, 0u) << "nameless";
+    std::fclose(opened);
+  }
+  umask(mask);
+}
+
 class Listener : public ProgressListener {
  public:
   void Report(const ProgressReport& report) override {
@@ -409,6 +523,10 @@ TEST(Selection, ReportsEachStepAndNothingElse) {
       Select(RandomData::Make(60, 2), {.fvForced = {0, 1}, .fpListener = &listener});
   EXPECT_THAT(listener.fvSelected, testing::ElementsAre(3, 4, 5, 6));
   EXPECT_THAT(listener.fvLeft, testing::ElementsAre(3, 2, 1, 0));
+  Listener skipping;
+  static_cast<void>(Select(RandomData::Make(60, 2),
+                           {.fvForced = {0, 1}, .fpListener = &skipping, .fNSkipped = 1}));
+  EXPECT_THAT(skipping.fvSelected, testing::ElementsAre(4, 6));
 }
 
 TEST(NBFormulas, SizesAndReportCountsFollowTheirRules) {
@@ -436,6 +554,13 @@ TEST(MCRandom, DrawsThePublishedSequences) {
   MCNaiveBayes::MCRandom zero(0, true, false, nullptr);
   EXPECT_EQ(zero.GetRandom(), 0);
   EXPECT_EQ(zero.GetRandom(), 0);
+  MCNaiveBayes::MCRandom library(1, false, false, nullptr);
+  for (auto* random : {&twister, &older, &library}) {
+    random->SetSeed(5);
+    const double first = random->GetRandom();
+    random->SetSeed(5);
+    EXPECT_EQ(random->GetRandom(), first);
+  }
 }
 
 }  // namespace
