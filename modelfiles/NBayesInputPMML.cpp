@@ -50,13 +50,12 @@ std::unique_ptr<XMLElement> NBayesInput::ExportInputXML(const INBEncoder* target
   input->AddAttribute(pmml::kFieldName, name);
   const auto* binning = dynamic_cast<const NBBinningEncoder*>(encoder);
   if (binning != nullptr) AddBins(*input, name, FindCutpoints(*binning, *this));
-  int nBins = 0;
+  int nWithoutValue = 0;
   for (int m = 0; m < GetNCategories(); ++m) {
     if (!(GetRowTotal(m) > 0)) continue;
     XMLElement& pair = input->AddChild("PairCounts");
-    // Bins are numbered as written; a category without a value has the number that the data field
-    // lists it by.
-    MCModelFiles::AddCategory(pair, encoder, m, binning != nullptr ? nBins++ : m);
+    // What has no value of its own, like a bin, is numbered as it is written.
+    if (!MCModelFiles::AddCategory(pair, encoder, m, nWithoutValue)) ++nWithoutValue;
     XMLElement& counts = pair.AddChild(pmml::kTargetValueCounts);
     for (int k = 0; k < GetNTargetCategories(); ++k) {
       const double count = GetCount(m, k);

@@ -122,7 +122,7 @@ constexpr const char* kFrame =
             <TargetValueCount value="2.5" count="2"/>
           </TargetValueCounts>
         </PairCounts>
-        <PairCounts value="2">
+        <PairCounts value="1">
           <TargetValueCounts>
             <TargetValueCount value="7" count="1.25"/>
             <TargetValueCount value="2.5" count="1"/>
