@@ -71,7 +71,6 @@ void AddDataOptions(CLI::App& command, DataOptions& data) {
   command
       .add_option("--schema", data.fSchema, "Labels, levels, missing values: a Table Schema file")
       ->type_name("FILE");
-  command.add_option("--weight", data.fWeight, "Frequency weight variable")->type_name("VAR");
   command.add_option("--level", data.fLevels, "Measurement level: nominal, ordinal or scale")
       ->type_name("VAR=LEVEL")
       ->allow_extra_args(false);
@@ -82,6 +81,10 @@ void AddDataOptions(CLI::App& command, DataOptions& data) {
       ->allow_extra_args(false);
   command.add_flag("--stream", data.fbStream,
                    "Read the file again on every pass instead of keeping it in memory");
+}
+
+void AddWeight(CLI::App& command, DataOptions& data) {
+  command.add_option("--weight", data.fWeight, "Frequency weight variable")->type_name("VAR");
 }
 
 // An option that takes one of a few words.
@@ -119,7 +122,9 @@ void AddResultOptions(CLI::App& command, ResultOptions& result) {
 // page may not take its place.
 void RefuseOneFileForTwo(const Options& options) {
   const std::string& page = options.fResult.fFile;
+  const std::string state = options.fStates.empty() ? "" : options.fStates.front();
   const std::tuple<const char*, std::string, const char*, std::string> pairs[] = {
+      {"--output", page, "the state", state},
       {"--output", page, "--data", options.fData.fFile},
       {"--output", page, "--schema", options.fData.fSchema},
       {"--output", page, "--file", options.fCommandFile},
@@ -198,6 +203,7 @@ Options ParseOptions(int argc, char** argv) {
 
   CLI::App* run = app.add_subcommand("run", "Run commands over a table");
   AddDataOptions(*run, options.fData);
+  AddWeight(*run, options.fData);
   CLI::Option* text = run->add_option("-c,--command", options.fCommandText, "The commands to run")
                           ->type_name("TEXT");
   run->add_option("-f,--file", options.fCommandFile, "File that holds them; - is standard input")
@@ -221,6 +227,7 @@ Options ParseOptions(int argc, char** argv) {
   CLI::App* describe = app.add_subcommand(
       "describe", "Show the dictionary: names, levels, ranges, categories, missing values");
   AddDataOptions(*describe, options.fData);
+  AddWeight(*describe, options.fData);
   AddResultOptions(*describe, options.fResult);
 
   CLI::App* inspect = AddInspect(app, options);

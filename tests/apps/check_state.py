@@ -228,6 +228,7 @@ def law_what_does_not_fit_is_refused(program, folder):
             (("merge", "rank.bin", "-o", "x.bin"), 2, "Try"),
             (("merge", "rank.bin", "rank.bin", "-o", "x.txt"), 2, "named .bin or .xml"),
             (("inspect", "nowhere.bin"), 3, "No such file"),
+            (("inspect", "rank.bin", "-o", "./rank.bin"), 2, "is the file of the state, too"),
             (("inspect", penguins), 3, "holds no saved component"),
             (("score", "--model", "rank.bin", "--data", penguins, "--save-data", "x.csv"), 2,
              "not a Naive Bayes model"),
