@@ -1,4 +1,6 @@
 // Saved state of a component and of its model.
+#include <algorithm>
+#include <cstdint>
 #include <sstream>
 
 #include "common/xml/XMLDocType.h"
@@ -10,6 +12,13 @@
 #include "naivebayes/NBFactory.h"
 
 using MCNaive::MCStatus;
+
+namespace {
+
+// A few bytes must not stand for gigabytes of tables and documents.
+constexpr std::int64_t kMostUnlisted = 1 << 20;
+
+}  // namespace
 
 template <class Archive, class Self>
 void NBayesInputBase::TableFields(Archive& archive, Self& self) {
@@ -73,7 +82,22 @@ void NBAlgorithm::Fields(Archive& archive, Self& self) {
 }
 MC_STATE_OPERATIONS(NBAlgorithm, "NBAlgorithm 1.00", "NBAlgorithm 1.00")
 
+std::int64_t NBAlgorithm::CountUnlistedCategories() const {
+  std::int64_t unlisted = 0;
+  for (int i = 0; i < fVarList.Size(); ++i) {
+    const INBVariable& variable = *fVarList.GetVarAt(i);
+    const INBEncoder* encoder = variable.GetEncoder();
+    const bool isCounted =
+        variable.GetVariableRole() == INBVariable::kInput || i == fVarList.GetTargetIndex();
+    const int listed = encoder == nullptr ? 0 : encoder->GetNumberOfCategories();
+    if (isCounted) continue;
+    unlisted += std::max(std::int64_t{variable.GetNumberOfCategories()} - listed, std::int64_t{0});
+  }
+  return unlisted;
+}
+
 bool NBAlgorithm::LinkParts() {
+  if (CountUnlistedCategories() > kMostUnlisted) return false;
   const int target = fVarList.GetTargetIndex();
   if (target < 0 || fVarList.GetNOutputCats() != fOutput.GetNCategories()) return false;
   fOutput.SetVariable(fVarList.GetVarAt(target));
@@ -95,7 +119,8 @@ bool NBAlgorithm::LinkParts() {
 MCStatus NBAlgorithm::CheckSaving() const {
   if (fStatus.IsError()) return fStatus;
   if (fCancel.IsCancel()) return MCNaive::Error(MCNaive::kCancelled);
-  return fbBuilt ? MCStatus() : MCNaive::Error(MCNaive::kNotSaved);
+  const bool isSaved = fbBuilt && CountUnlistedCategories() <= kMostUnlisted;
+  return isSaved ? MCStatus() : MCNaive::Error(MCNaive::kNotSaved);
 }
 
 void NBAlgorithm::DoSave(std::fstream& os) const {

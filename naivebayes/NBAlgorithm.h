@@ -84,6 +84,8 @@ class NBAlgorithm : public INBAlgorithm {
   static void Fields(Archive& archive, Self& self);
   // Makes one component of the parts that were read; false when they do not fit together.
   bool LinkParts();
+  // Categories outside the model of which a state holds nothing but their number.
+  std::int64_t CountUnlistedCategories() const;
   MCNaive::MCStatus CheckSaving() const;
   void DoSave(std::fstream& os) const;
   void DoSaveXML(std::ostream& os) const;

@@ -292,6 +292,30 @@ TEST(ComponentState, TextsThatXMLCannotHoldAreRefusedThereAlone) {
   EXPECT_EQ(restored->GetVarList().GetVarAt(1)->GetVariableLabel(), "\x01");
 }
 
+// A few bytes must not stand for tables and documents of any size.
+TEST(ComponentState, CategoriesKnownByTheirNumberAloneHaveALimit) {
+  constexpr int kMost = 1 << 20;
+  const auto build = [](int categories) {
+    NBVarList list = MakeStringList();
+    list.AddCatVar("many", "", categories, INBVariable::kStringCategorical, INBVariable::kUnused);
+    auto component = std::make_unique<NBAlgorithm>(NaiveBayesSettings(), list);
+    TestRecords source({Record({0, 0, 0}), Record({1, 1, 0})});
+    EXPECT_TRUE(component->BuildModel(source, 2).IsOK());
+    return component;
+  };
+  const Component most = build(kMost);
+  std::string bytes = Binary(*most), document = Document(*most);
+  EXPECT_NE(FromBinary(bytes), nullptr);
+  EXPECT_NE(FromXML(document), nullptr);
+  const auto count = [](int n) { return std::string(reinterpret_cast<const char*>(&n), sizeof n); };
+  bytes.replace(bytes.find(count(kMost)), sizeof kMost, count(kMost + 1));
+  document.replace(document.find("1048576"), 7, "1048577");
+  EXPECT_EQ(FromBinary(bytes), nullptr);
+  EXPECT_EQ(FromXML(document), nullptr);
+  BinaryStream os;
+  EXPECT_EQ(build(kMost + 1)->SaveState(os), MCNaive::Error(MCNaive::kNotSaved));
+}
+
 // Damaged state gives no component, or one that works and can be saved and restored like any other.
 void ExpectNoHarm(const Component& component) {
   if (component == nullptr) return;
