@@ -27,7 +27,7 @@ asan: setup
 	cmake --build --preset asan
 	ctest --preset asan
 
-evaluator:
+evaluator: setup
 	python3 -m venv .venv-pmml
 	.venv-pmml/bin/python3 -m pip install --quiet -r scripts/requirements-pmml.txt
 
