@@ -81,7 +81,10 @@ double FSDistFun::dnlgam(const double& a, long& error) {
   if (a == 0.5) return 0.5723649429247001;
   double shifted = a;
   double product = 1.0;
-  for (; shifted < kStirlingFrom; shifted += 1.0) product *= shifted;
+  while (shifted < kStirlingFrom) {
+    product *= shifted;
+    shifted += 1.0;
+  }
   return (shifted - 0.5) * std::log(shifted) - shifted + kLogSqrtTwoPi + StirlingTail(shifted) -
          std::log(product);
 }

@@ -42,7 +42,7 @@ std::string WriteFile(const std::string& path, const std::function<std::string(S
   Stream stream(path, std::ios::out | std::ios::trunc | std::ios::binary);
   if (!stream) return SystemError();
   errno = 0;
-  const std::string trouble = write(stream);
+  std::string trouble = write(stream);
   if (stream && !trouble.empty()) return trouble;
   if (stream) stream.close();
   if (stream) return "";

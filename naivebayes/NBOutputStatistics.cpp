@@ -41,6 +41,7 @@ std::vector<double> NBOutputStatistics::GetMisClassRow(int observed) const {
 
 std::vector<std::vector<double>> NBOutputStatistics::GetMisClassMatrixAsVecOfRows() const {
   std::vector<std::vector<double>> rows;
+  rows.reserve(static_cast<std::size_t>(fNCategories));
   for (int observed = 0; observed < fNCategories; ++observed) {
     rows.push_back(GetMisClassRow(observed));
   }

@@ -292,8 +292,7 @@ void PRSMultiFactory::SetNBMissingValues(const KOVA_Variable& variable, int inde
 
 KOVA_Value PRSMultiFactory::Decode(VarIndex var, int code) const {
   int decodedVar = -1;
-  const KOVA_Value value =
-      fpAdapter->DecodeCatValue(fpVarSpecs->GetRecVarIndex(var), code, decodedVar);
+  KOVA_Value value = fpAdapter->DecodeCatValue(fpVarSpecs->GetRecVarIndex(var), code, decodedVar);
   MCCommon::Assert(decodedVar == var, "depVarInd == kovaX", kSource);
   return value;
 }

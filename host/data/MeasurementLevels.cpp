@@ -49,6 +49,7 @@ using Question = std::pair<int, Evidence>;  // a column and what has been seen o
 // Shows the evidence the first cases of its columns, at most `maxCases` of them.
 void Observe(ITable& table, std::vector<Question>& open, std::int64_t maxCases) {
   std::vector<int> columns;
+  columns.reserve(open.size());
   for (const Question& one : open) columns.push_back(one.first);
   const std::unique_ptr<ITableScan> scan = table.Scan(columns);
   const auto isScale = [](const Question& one) { return one.second.IsScale(); };

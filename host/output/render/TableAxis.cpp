@@ -42,6 +42,7 @@ void DropEmpty(const OutputTable& table, const std::vector<std::size_t>& dimensi
   std::set<std::vector<int>> used;
   for (const OutputCell& cell : table.fCells) {
     std::vector<int> leaves;
+    leaves.reserve(dimensions.size());
     for (const std::size_t dimension : dimensions) leaves.push_back(cell.fPlace[dimension]);
     used.insert(std::move(leaves));
   }

@@ -340,7 +340,7 @@ std::size_t TextTable::RoomForColumns() const {
 // least width, then columns become as narrow as their longest words, where that makes it fit.
 std::vector<std::size_t> TextTable::MeasureColumns(const AxisEntry& layer) const {
   const auto least = static_cast<std::size_t>(fTable.fMinDataColumnWidth) / kPointsPerGlyph;
-  const std::vector<std::size_t> wished = ColumnWidths(layer, least, &LongestLine);
+  std::vector<std::size_t> wished = ColumnWidths(layer, least, &LongestLine);
   const std::size_t room = RoomForColumns();
   if (Sum(wished, 0, wished.size()) <= room) return wished;
   const std::vector<std::size_t> narrowest = ColumnWidths(layer, 1, &LongestWord);
