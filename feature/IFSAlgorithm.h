@@ -83,8 +83,7 @@ class IFSAlgorithm {
   virtual MCFeature::MCStatus ExportAllXML(std::ostream& out) const = 0;
 
   // Saves the whole component, in any stage, for FSFactory to restore. Nothing is written, and the
-  // status is the component's error or 1 (cancelled). A stream that fails is left failed. Weights
-  // whose sum has overflowed are saved, and refused when they are restored.
+  // status is the component's error or 1 (cancelled). A stream that fails is left failed.
   virtual MCFeature::MCStatus SaveState(std::fstream& out) const = 0;
   virtual MCFeature::MCStatus SaveStateXML(std::ostream& out) const = 0;
 

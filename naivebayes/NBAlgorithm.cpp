@@ -418,7 +418,7 @@ MCStatus NBAlgorithm::Score(const Record& inputs, NBOutput& output) const {
   }
   if (!fpPreparator) return MCNaive::Error(MCNaive::kNoPreparator);
   std::vector<std::int32_t> codes;
-  const MCStatus encoded = fpPreparator->EncodeScoreInputs(inputs, codes);
+  const MCStatus encoded = fpPreparator->ProcessInputs(inputs, codes);
   return FinishScore(encoded, codes, output);
 }
 
@@ -426,7 +426,8 @@ MCStatus NBAlgorithm::ScoreFullRecord(const Record& record, NBOutput& output) co
   if (fStatus.IsError()) return fStatus;
   if (!fpPreparator) return MCNaive::Error(MCNaive::kNoPreparator);
   std::vector<std::int32_t> codes;
-  const MCStatus encoded = fpPreparator->EncodeScoreRecord(record, codes);
+  double weight = 1.0;
+  const MCStatus encoded = fpPreparator->ProcessInputsFromRecord(record, codes, weight);
   return FinishScore(encoded, codes, output);
 }
 

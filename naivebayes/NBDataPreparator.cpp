@@ -162,41 +162,24 @@ MCStatus NBDataPreparator::ProcessRecord(const Record& original, Record& process
                    GetFirstInput());
 }
 
-MCStatus NBDataPreparator::ProcessInputs(const Record& original, Record& inputs) const {
+MCStatus NBDataPreparator::ProcessInputs(const Record& original,
+                                         std::vector<std::int32_t>& inputs) const {
   if (static_cast<int>(original.Size()) != GetInputSize()) {
     return MCNaive::Error(MCNaive::kWrongRecordSize);
   }
-  if (inputs.Size() != original.Size()) inputs = Record(original.Size());
+  inputs.resize(original.Size());
   return EncodeAll([&](int j) { return original[j]; }, inputs, 0);
 }
 
-MCStatus NBDataPreparator::ProcessInputsFromRecord(const Record& record, Record& inputs,
+MCStatus NBDataPreparator::ProcessInputsFromRecord(const Record& record,
+                                                   std::vector<std::int32_t>& inputs,
                                                    double& weight) const {
   if (static_cast<int>(record.Size()) < fNOriginal) {
     return MCNaive::Error(MCNaive::kWrongRecordSize);
   }
   weight = WeightOf(record);
-  const auto size = static_cast<std::size_t>(GetInputSize());
-  if (inputs.Size() != size) inputs = Record(size);
+  inputs.resize(fvInputs.size());
   return EncodeAll([&](int j) { return record[fvInputs[j].fVarIndex]; }, inputs, 0);
-}
-
-MCStatus NBDataPreparator::EncodeScoreInputs(const Record& inputs,
-                                             std::vector<std::int32_t>& codes) const {
-  if (static_cast<int>(inputs.Size()) != GetInputSize()) {
-    return MCNaive::Error(MCNaive::kWrongRecordSize);
-  }
-  codes.resize(inputs.Size());
-  return EncodeAll([&](int j) { return inputs[j]; }, codes, 0);
-}
-
-MCStatus NBDataPreparator::EncodeScoreRecord(const Record& record,
-                                             std::vector<std::int32_t>& codes) const {
-  if (static_cast<int>(record.Size()) < fNOriginal) {
-    return MCNaive::Error(MCNaive::kWrongRecordSize);
-  }
-  codes.resize(fvInputs.size());
-  return EncodeAll([&](int j) { return record[fvInputs[j].fVarIndex]; }, codes, 0);
 }
 
 MCStatus NBDataPreparator::ProcessSource(MCCommon::RecordIterator& source, int nRecords,

@@ -45,18 +45,15 @@ class NBDataPreparator {
   // code out of range, which becomes missing; 70016 no valid input.
   MCNaive::MCStatus ProcessRecord(const MCCommon::Record& original, MCCommon::Record& processed,
                                   double& weight);
-  // Encodes a record that holds one value per input. Warnings as for ProcessRecord.
-  MCNaive::MCStatus ProcessInputs(const MCCommon::Record& original, MCCommon::Record& inputs) const;
-  // Encodes the inputs of an original record; the weight is 1 without a weight variable, and the
-  // missing value when it is missing or not above 0. 70012 for a record that is too short.
+  // Encodes a record that holds one value per input, for scoring: a code per input, -1 for missing.
+  // Warnings as for ProcessRecord; 70012 for a record of another size.
+  MCNaive::MCStatus ProcessInputs(const MCCommon::Record& original,
+                                  std::vector<std::int32_t>& inputs) const;
+  // The same for the inputs of an original record; the weight is 1 without a weight variable, and
+  // the missing value when it is missing or not above 0. 70012 for a record that is too short.
   MCNaive::MCStatus ProcessInputsFromRecord(const MCCommon::Record& record,
-                                            MCCommon::Record& inputs, double& weight) const;
-
-  // The inputs of both as integers, for scoring.
-  MCNaive::MCStatus EncodeScoreInputs(const MCCommon::Record& inputs,
-                                      std::vector<std::int32_t>& codes) const;
-  MCNaive::MCStatus EncodeScoreRecord(const MCCommon::Record& record,
-                                      std::vector<std::int32_t>& codes) const;
+                                            std::vector<std::int32_t>& inputs,
+                                            double& weight) const;
 
   // Stores the processed records of at most nRecords accepted ones, in memory or in a temporary
   // file. A record left out is counted in `excluded`. Errors: 70001 the file cannot be made or
