@@ -91,8 +91,8 @@ void DataPass(benchmark::State& state) {
     benchmark::DoNotOptimize(columns.Sum());
     sumSeconds += SecondsOf(start);
   }
-  const double cells = static_cast<double>(kCases * kPredictors) *
-                       static_cast<double>(state.iterations()) / 1e9;
+  const double cells =
+      static_cast<double>(kCases * kPredictors) * static_cast<double>(state.iterations()) / 1e9;
   state.counters["ns_per_cell"] = passSeconds / cells;
   state.counters["sum_ns_per_cell"] = sumSeconds / cells;
   state.counters["times_the_sum"] = passSeconds / sumSeconds;

@@ -8,7 +8,7 @@ foreach(layer common feature naivebayes modelfiles host backend)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/${layer}
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/predselect
     FILES_MATCHING PATTERN "*.h"
-    PATTERN "arrow" EXCLUDE PATTERN "render" EXCLUDE PATTERN "strings" EXCLUDE)
+    PATTERN "strings" EXCLUDE)
 endforeach()
 install(EXPORT PredSelectTargets NAMESPACE PredSelect:: DESTINATION ${package_dir})
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/PredSelectConfig.cmake.in

@@ -1,9 +1,8 @@
 # One way to declare a layer (a set of folders compiled once) and a library made of layers.
 
 add_library(predselect_flags INTERFACE)
-target_include_directories(predselect_flags INTERFACE ${PROJECT_SOURCE_DIR})
 # The same input gives the same bits on every machine: no fused contraction, no fast-math.
-target_compile_options(predselect_flags INTERFACE -ffp-contract=off -Wall -Wextra -Wpedantic
+target_compile_options(predselect_flags INTERFACE -ffp-contract=off -fno-semantic-interposition -Wall -Wextra -Wpedantic
   -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual $<$<BOOL:${PREDSELECT_WERROR}>:-Werror>)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   # GCC 12 sees overlapping copies in every `"text" + std::string` (its bug 105651).
@@ -19,15 +18,33 @@ if(PREDSELECT_SANITIZE)
   target_link_options(predselect_flags INTERFACE -fsanitize=${PREDSELECT_SANITIZE})
 endif()
 
+# predselect_headers(<layer> <folder>...): a folder of the build that shows the headers of these folders
+# and of no others, under their paths from the top. It is what makes a layer visible.
+function(predselect_headers name)
+  set(tree ${PROJECT_BINARY_DIR}/include/${name})
+  file(REMOVE_RECURSE ${tree})
+  foreach(folder IN LISTS ARGN)
+    file(GLOB headers CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${folder}/*.h)
+    file(MAKE_DIRECTORY ${tree}/${folder})
+    foreach(header IN LISTS headers)
+      get_filename_component(file ${header} NAME)
+      file(CREATE_LINK ${header} ${tree}/${folder}/${file} SYMBOLIC)
+    endforeach()
+  endforeach()
+endfunction()
+
 # predselect_layer(<name> <folder>... [USES <layer>...] [LIBRARIES <target>...])
-# Compiles every source of the folders into layer_<name>.
+# Compiles the sources of the folders once. They, and whoever uses the layer, see its headers and
+# those of the layers that it uses; nothing else of the project is on their include path.
 function(predselect_layer name)
   cmake_parse_arguments(ARG "" "" "USES;LIBRARIES" ${ARGN})
+  set(folders ${ARG_UNPARSED_ARGUMENTS})
   set(sources)
-  foreach(folder IN LISTS ARG_UNPARSED_ARGUMENTS)
+  foreach(folder IN LISTS folders)
     file(GLOB found CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/${folder}/*.cpp)
     list(APPEND sources ${found})
   endforeach()
+  predselect_headers(${name} ${folders})
   if(sources)
     add_library(layer_${name} OBJECT ${sources})
     set(scope PUBLIC)
@@ -36,6 +53,7 @@ function(predselect_layer name)
     set(scope INTERFACE)
   endif()
   target_link_libraries(layer_${name} ${scope} predselect_flags ${ARG_LIBRARIES})
+  target_include_directories(layer_${name} ${scope} ${PROJECT_BINARY_DIR}/include/${name})
   foreach(layer IN LISTS ARG_USES)
     # Only the usage requirements: objects are placed by the libraries below.
     target_include_directories(layer_${name} ${scope}
@@ -51,23 +69,29 @@ function(predselect_objects target)
     if(type STREQUAL "OBJECT_LIBRARY")
       target_sources(${target} PRIVATE $<TARGET_OBJECTS:layer_${layer}>)
     endif()
+    target_include_directories(${target} PRIVATE
+      $<TARGET_PROPERTY:layer_${layer},INTERFACE_INCLUDE_DIRECTORIES>)
     target_link_libraries(${target} PRIVATE
       $<BUILD_INTERFACE:$<TARGET_PROPERTY:layer_${layer},INTERFACE_LINK_LIBRARIES>>)
   endforeach()
 endfunction()
 
-# predselect_library(<name> SHARED|STATIC <layer>...): an installed library made of layers.
-function(predselect_library name kind)
-  add_library(${name} ${kind} ${PROJECT_SOURCE_DIR}/cmake/empty.cpp)
-  predselect_objects(${name} ${ARGN})
+# predselect_library(<name> LAYERS <layer>... [LINKS <library>...]): an installed shared library made
+# of layers, over other libraries.
+function(predselect_library name)
+  cmake_parse_arguments(ARG "" "" "LAYERS;LINKS" ${ARGN})
+  add_library(${name} SHARED ${PROJECT_SOURCE_DIR}/cmake/empty.cpp)
+  predselect_objects(${name} ${ARG_LAYERS})
   add_library(PredSelect::${name} ALIAS ${name})
+  target_link_libraries(${name} PUBLIC ${ARG_LINKS})
+  foreach(layer IN LISTS ARG_LAYERS)
+    target_include_directories(${name} INTERFACE
+      $<BUILD_INTERFACE:$<TARGET_PROPERTY:layer_${layer},INTERFACE_INCLUDE_DIRECTORIES>>)
+  endforeach()
   target_include_directories(${name} INTERFACE
-    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/predselect>)
   target_compile_features(${name} INTERFACE cxx_std_20)
-  if(kind STREQUAL "SHARED")
-    set_target_properties(${name} PROPERTIES
-      VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} INSTALL_RPATH "$ORIGIN")
-  endif()
+  set_target_properties(${name} PROPERTIES
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} INSTALL_RPATH "$ORIGIN")
   install(TARGETS ${name} EXPORT PredSelectTargets)
 endfunction()

@@ -19,7 +19,8 @@ AssertionHandler SetAssertionHandler(AssertionHandler handler);
 // `text` is the condition in words, `source` the unit that relies on it, such as
 // "backend/predselect/PRSMultiFactory".
 inline void Assert(bool condition, const char* text, const char* source) {
-  if (!condition) [[unlikely]] AssertionFailed(text, source);
+  if (!condition) [[unlikely]]
+    AssertionFailed(text, source);
 }
 
 }  // namespace MCCommon

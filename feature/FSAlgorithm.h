@@ -4,8 +4,8 @@
 #include <memory>
 
 #include "feature/FSCancelInfo.h"
-#include "feature/FSPredictorSet.h"
 #include "feature/IFSAlgorithm.h"
+#include "feature/ranking/FSPredictorSet.h"
 
 class FSAlgorithm final : public IFSAlgorithm {
  public:

@@ -9,7 +9,7 @@
 #include "fuzz/FuzzCheck.h"
 #include "naivebayes/INBAlgorithm.h"
 #include "naivebayes/NBFactory.h"
-#include "naivebayes/NBMemoryIter.h"
+#include "naivebayes/store/NBMemoryIter.h"
 #include "tests/modelfiles/StateStreams.h"
 
 namespace PredSelectFuzz {

@@ -13,9 +13,9 @@
 #include <string_view>
 #include <vector>
 
-#include "backend/predselect/PRSParser.h"
-#include "backend/predselect/PRSValidSpecs.h"
+#include "backend/predselect/command/PRSParser.h"
 #include "backend/predselect/predsele.h"
+#include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "fuzz/FuzzCheck.h"
 #include "host/command/CommandSplitter.h"
 #include "host/command/KOVA_TokenSequence.h"

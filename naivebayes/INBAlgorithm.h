@@ -20,10 +20,10 @@
 #include "common/Record.h"
 #include "common/RecordIterator.h"
 #include "naivebayes/MCStatus.h"
-#include "naivebayes/NBOutput.h"
-#include "naivebayes/NBOutputStatistics.h"
-#include "naivebayes/NBVarList.h"
 #include "naivebayes/NaiveBayesSettings.h"
+#include "naivebayes/model/NBOutput.h"
+#include "naivebayes/model/NBOutputStatistics.h"
+#include "naivebayes/variables/NBVarList.h"
 
 struct MCApplicInfo4XML;
 

@@ -7,14 +7,14 @@
 #include <ostream>
 
 #include "common/MissingValue.h"
-#include "naivebayes/NBCodeBlock.h"
-#include "naivebayes/NBColumnView.h"
-#include "naivebayes/NBContVar.h"
-#include "naivebayes/NBFormulas.h"
-#include "naivebayes/NBInternalAdapter.h"
 #include "naivebayes/NBReporter.h"
-#include "naivebayes/NBScaledProducts.h"
-#include "naivebayes/NBScoring.h"
+#include "naivebayes/model/NBScaledProducts.h"
+#include "naivebayes/model/NBScoring.h"
+#include "naivebayes/selection/NBFormulas.h"
+#include "naivebayes/store/NBCodeBlock.h"
+#include "naivebayes/store/NBColumnView.h"
+#include "naivebayes/store/NBInternalAdapter.h"
+#include "naivebayes/variables/NBContVar.h"
 
 using MCCommon::MultiPassRecordIter;
 using MCCommon::Record;

@@ -9,11 +9,11 @@
 #include <vector>
 
 #include "naivebayes/INBAlgorithm.h"
-#include "naivebayes/NBAttributeSelector.h"
 #include "naivebayes/NBCancelInfo.h"
-#include "naivebayes/NBDataPreparator.h"
-#include "naivebayes/NBayesInput.h"
-#include "naivebayes/NBayesOutput.h"
+#include "naivebayes/model/NBayesInput.h"
+#include "naivebayes/model/NBayesOutput.h"
+#include "naivebayes/selection/NBAttributeSelector.h"
+#include "naivebayes/store/NBDataPreparator.h"
 
 class NBAlgorithm : public INBAlgorithm {
  public:

@@ -5,8 +5,8 @@
 #include "apps/predselect/Options.h"
 #include "apps/predselect/StateFile.h"
 #include "apps/predselect/UsageError.h"
-#include "feature/FSCategoryMaps.h"
 #include "feature/FSSettings.h"
+#include "feature/accumulators/FSCategoryMaps.h"
 #include "host/session/HostIOError.h"
 #include "host/session/OutputFile.h"
 

@@ -3,10 +3,10 @@
 #include "apps/predselect/UsageError.h"
 #include "common/MissingValue.h"
 #include "common/xml/XMLString.h"
-#include "host/command/KeywordMatch.h"
 #include "host/data/KOVA_Variable.h"
-#include "naivebayes/NBCatNumEncoder.h"
-#include "naivebayes/NBStringEncoder.h"
+#include "host/text/KeywordMatch.h"
+#include "naivebayes/encoders/NBCatNumEncoder.h"
+#include "naivebayes/encoders/NBStringEncoder.h"
 
 namespace PredSelectApp {
 

@@ -14,7 +14,7 @@
 
 #include "common/Record.h"
 #include "host/data/ITable.h"
-#include "naivebayes/NBVarList.h"
+#include "naivebayes/variables/NBVarList.h"
 
 namespace PredSelectApp {
 

@@ -8,11 +8,11 @@
 #include "apps/predselect/Options.h"
 #include "apps/predselect/UsageError.h"
 #include "host/arrow/DataFile.h"
-#include "host/command/KeywordMatch.h"
 #include "host/data/DataTable.h"
 #include "host/data/KOVA_DataSource.h"
 #include "host/data/MeasurementLevels.h"
 #include "host/data/TableSchema.h"
+#include "host/text/KeywordMatch.h"
 
 namespace PredSelectApp {
 

@@ -19,9 +19,9 @@
 #include "host/arrow/DataFile.h"
 #include "host/command/VarSpecObj.h"
 #include "host/data/DataTable.h"
-#include "host/output/BpPivotTable.h"
-#include "host/output/BpProcedure.h"
-#include "host/output/BpString.h"
+#include "host/output/pivot/BpPivotTable.h"
+#include "host/output/pivot/BpProcedure.h"
+#include "host/output/pivot/BpString.h"
 #include "host/session/Session.h"
 #include "host/session/SessionScope.h"
 

@@ -3,16 +3,16 @@
 #include <iostream>
 #include <string>
 
-#include "backend/predselect/NaiveOutput.h"
-#include "backend/predselect/PRSMultiFactory.h"
-#include "backend/predselect/PRSParser.h"
-#include "backend/predselect/PRSUniFactory.h"
-#include "backend/predselect/PRSValidSpecs.h"
-#include "backend/predselect/SelOutput.h"
+#include "backend/predselect/command/PRSParser.h"
+#include "backend/predselect/drivers/PRSMultiFactory.h"
+#include "backend/predselect/drivers/PRSUniFactory.h"
+#include "backend/predselect/output/NaiveOutput.h"
+#include "backend/predselect/output/SelOutput.h"
+#include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "host/cases/UAInpAdaptMsg.h"
 #include "host/command/KOVA_TokenSequence.h"
 #include "host/data/ProcedureDataSource.h"
-#include "host/output/BpProcedure.h"
+#include "host/output/pivot/BpProcedure.h"
 #include "host/session/HostBlocks.h"
 #include "host/session/HostFunctions.h"
 #include "host/session/ISession.h"

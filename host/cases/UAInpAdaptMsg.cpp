@@ -2,8 +2,8 @@
 
 #include <fmt/format.h>
 
-#include "host/output/BpComposite.h"
 #include "host/output/BpError.h"
+#include "host/output/pivot/BpComposite.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <cmath>
 #include <utility>
 
-#include "host/command/KeywordMatch.h"
+#include "host/text/KeywordMatch.h"
 
 ParamDescriptor::ParamDescriptor(std::string name, Kind kind, std::string help)
     : fName(std::move(name)), fKind(kind), fHelp(std::move(help)) {}

@@ -3,9 +3,9 @@
 #include <fmt/format.h>
 
 #include "host/command/SourcePlace.h"
-#include "host/output/BpComposite.h"
 #include "host/output/BpError.h"
 #include "host/output/FacSTDictionary.h"
+#include "host/output/pivot/BpComposite.h"
 #include "host/session/ISession.h"
 #include "host/session/SessionScope.h"
 

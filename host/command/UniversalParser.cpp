@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <string>
 
-#include "host/command/KeywordMatch.h"
 #include "host/command/ValueParser.h"
+#include "host/text/KeywordMatch.h"
 
 using MCHost::JoinAlternatives;
 using MCHost::KeywordMatch;

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/command/KeywordMatch.h"
+#include "host/text/KeywordMatch.h"
 
 namespace MCHost {
 

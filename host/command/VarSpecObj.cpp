@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "common/MCAssert.h"
-#include "host/command/KeywordMatch.h"
+#include "host/text/KeywordMatch.h"
 
 namespace {
 

@@ -7,9 +7,7 @@
 class KOVA_ValueLabelMap {
  public:
   void SetLabel(double value, std::string label) { fNumbers[value] = std::move(label); }
-  void SetLabel(const std::string& value, std::string label) {
-    fStrings[value] = std::move(label);
-  }
+  void SetLabel(const std::string& value, std::string label) { fStrings[value] = std::move(label); }
 
   // Null when the value has no label. The text stays valid until the map changes.
   const std::string* FindLabel(double value) const;

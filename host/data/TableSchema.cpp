@@ -12,10 +12,10 @@
 #include <set>
 #include <utility>
 
-#include "host/command/KeywordMatch.h"
 #include "host/data/ITable.h"
 #include "host/data/TableSchemaReader.h"
 #include "host/session/HostIOError.h"
+#include "host/text/KeywordMatch.h"
 
 namespace MCHost {
 

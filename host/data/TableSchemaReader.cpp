@@ -4,8 +4,8 @@
 #include <set>
 #include <utility>
 
-#include "host/command/KeywordMatch.h"
 #include "host/session/HostIOError.h"
+#include "host/text/KeywordMatch.h"
 
 namespace MCHost {
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "host/output/BpComposite.h"
+#include "host/output/pivot/BpComposite.h"
 
 // Hands the message to the current session's output. `level` 2 is a warning, 3 an error (which also
 // sets the host error flag); `show` 2 shows it at once, the only kind there is. `detail` is shown

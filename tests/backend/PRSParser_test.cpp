@@ -7,7 +7,7 @@
 //   => accepted                  (or refused)
 //   Warning: ...                 (all messages, in order, with their places)
 //   = Predictors = 1 6           (lines that the dump of the specifications must contain)
-#include "backend/predselect/PRSParser.h"
+#include "backend/predselect/command/PRSParser.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -18,7 +18,7 @@
 #include <string>
 #include <vector>
 
-#include "backend/predselect/PRSValidSpecs.h"
+#include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "host/command/CommandSplitter.h"
 #include "host/session/HostBlocks.h"
 #include "host/session/HostFunctions.h"

@@ -1,4 +1,4 @@
-#include "backend/predselect/PRSValidSpecs.h"
+#include "backend/predselect/specifications/PRSValidSpecs.h"
 
 #include <gtest/gtest.h>
 

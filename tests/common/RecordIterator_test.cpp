@@ -58,8 +58,8 @@ TEST(RecordIterator, RecordsAndBlocksContinueEachOther) {
 
 TEST(MissingValue, CoversTheMarkerNaNAndInfinitiesOnly) {
   const double infinity = std::numeric_limits<double>::infinity();
-  for (double missing : {MCMV::gMissingValue, std::numeric_limits<double>::quiet_NaN(), infinity,
-                         -infinity}) {
+  for (double missing :
+       {MCMV::gMissingValue, std::numeric_limits<double>::quiet_NaN(), infinity, -infinity}) {
     EXPECT_TRUE(MCMV::IsMissing(missing)) << missing;
   }
   for (double valid : {0.0, -1.0, std::numeric_limits<double>::max(), -1.7976931348623155e308,

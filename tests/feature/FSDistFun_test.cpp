@@ -1,4 +1,4 @@
-#include "feature/FSDistFun.h"
+#include "feature/distributions/FSDistFun.h"
 
 #include <gtest/gtest.h>
 

@@ -10,9 +10,9 @@
 #include <random>
 #include <vector>
 
-#include "feature/FSCategoryMaps.h"
 #include "feature/FSFactory.h"
 #include "feature/FSSettings.h"
+#include "feature/accumulators/FSCategoryMaps.h"
 #include "tests/feature/RandomRuns.h"
 
 namespace {

@@ -9,10 +9,10 @@
 #include <vector>
 
 #include "common/MissingValue.h"
-#include "feature/FSDistFun.h"
 #include "feature/FSFactory.h"
-#include "feature/FSPredSort.h"
 #include "feature/FSSettings.h"
+#include "feature/distributions/FSDistFun.h"
+#include "feature/ranking/FSPredSort.h"
 #include "tests/feature/Tables.h"
 
 namespace {

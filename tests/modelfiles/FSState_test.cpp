@@ -10,7 +10,7 @@
 #include <sstream>
 
 #include "common/state/IOException.h"
-#include "feature/FSMaps.h"
+#include "feature/accumulators/FSMaps.h"
 #include "modelfiles/ComponentFile.h"
 #include "tests/feature/RandomRuns.h"
 #include "tests/modelfiles/FSRuns.h"

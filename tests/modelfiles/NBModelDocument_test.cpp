@@ -11,7 +11,7 @@
 
 #include "common/xml/MCApplicInfo4XML.h"
 #include "naivebayes/NBAlgorithm.h"
-#include "naivebayes/NBBinningEncoder.h"
+#include "naivebayes/encoders/NBBinningEncoder.h"
 #include "tests/naivebayes/TestRecords.h"
 
 namespace {

@@ -1,6 +1,7 @@
 # Models of ours in an independent evaluator (scripts/requirements-pmml.txt); skipped without it.
 add_executable(write_models ${CMAKE_CURRENT_SOURCE_DIR}/modelfiles/samples/write_models.cpp)
-predselect_objects(write_models common feature naivebayes modelfiles)
+target_link_libraries(write_models PRIVATE predselect_flags predselectengines)
+target_include_directories(write_models PRIVATE ${PROJECT_SOURCE_DIR})
 set(models ${PROJECT_BINARY_DIR}/models)
 file(MAKE_DIRECTORY ${models})
 add_test(NAME Models.SamplesAreWritten COMMAND write_models ${models})

@@ -6,14 +6,14 @@
 #include <sstream>
 
 #include "common/MissingValue.h"
-#include "naivebayes/NBBinningEncoder.h"
-#include "naivebayes/NBCatNumEncoder.h"
-#include "naivebayes/NBNumericUserMissing.h"
-#include "naivebayes/NBRoundEncoder.h"
-#include "naivebayes/NBStringEncoder.h"
-#include "naivebayes/NBStringUserMissing.h"
-#include "naivebayes/NBVarList.h"
-#include "naivebayes/NBayesInputBase.h"
+#include "naivebayes/encoders/NBBinningEncoder.h"
+#include "naivebayes/encoders/NBCatNumEncoder.h"
+#include "naivebayes/encoders/NBNumericUserMissing.h"
+#include "naivebayes/encoders/NBRoundEncoder.h"
+#include "naivebayes/encoders/NBStringEncoder.h"
+#include "naivebayes/encoders/NBStringUserMissing.h"
+#include "naivebayes/model/NBayesInputBase.h"
+#include "naivebayes/variables/NBVarList.h"
 
 namespace {
 

@@ -9,9 +9,9 @@
 #include <tuple>
 
 #include "naivebayes/NBAlgorithm.h"
-#include "naivebayes/NBBinningEncoder.h"
-#include "naivebayes/NBNumerics.h"
-#include "naivebayes/NBScoring.h"
+#include "naivebayes/encoders/NBBinningEncoder.h"
+#include "naivebayes/model/NBNumerics.h"
+#include "naivebayes/model/NBScoring.h"
 #include "tests/naivebayes/TestRecords.h"
 
 namespace {

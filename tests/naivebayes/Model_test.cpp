@@ -6,11 +6,11 @@
 #include <numeric>
 #include <sstream>
 
-#include "naivebayes/BinaryRecordIterator.h"
 #include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/NBFactory.h"
-#include "naivebayes/NBScaledProducts.h"
-#include "naivebayes/NBScoring.h"
+#include "naivebayes/model/NBScaledProducts.h"
+#include "naivebayes/model/NBScoring.h"
+#include "naivebayes/store/BinaryRecordIterator.h"
 #include "tests/naivebayes/TestRecords.h"
 
 namespace {

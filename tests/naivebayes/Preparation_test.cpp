@@ -4,11 +4,11 @@
 #include <memory>
 #include <string>
 
-#include "naivebayes/BinaryRecordIterator.h"
-#include "naivebayes/NBColumnView.h"
-#include "naivebayes/NBDataPreparator.h"
-#include "naivebayes/NBInternalAdapter.h"
-#include "naivebayes/NBMemoryIter.h"
+#include "naivebayes/store/BinaryRecordIterator.h"
+#include "naivebayes/store/NBColumnView.h"
+#include "naivebayes/store/NBDataPreparator.h"
+#include "naivebayes/store/NBInternalAdapter.h"
+#include "naivebayes/store/NBMemoryIter.h"
 #include "tests/naivebayes/TestRecords.h"
 
 namespace {

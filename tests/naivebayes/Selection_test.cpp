@@ -10,11 +10,11 @@
 #include <memory>
 #include <tuple>
 
-#include "naivebayes/MCRandom.h"
 #include "naivebayes/NBAlgorithm.h"
-#include "naivebayes/NBAttributeSelector.h"
-#include "naivebayes/NBFormulas.h"
-#include "naivebayes/NBTempFile.h"
+#include "naivebayes/selection/MCRandom.h"
+#include "naivebayes/selection/NBAttributeSelector.h"
+#include "naivebayes/selection/NBFormulas.h"
+#include "naivebayes/store/NBTempFile.h"
 #include "tests/naivebayes/TestRecords.h"
 
 namespace {

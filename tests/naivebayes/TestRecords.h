@@ -11,7 +11,7 @@
 
 #include "common/MissingValue.h"
 #include "common/RecordIterator.h"
-#include "naivebayes/NBVarList.h"
+#include "naivebayes/variables/NBVarList.h"
 
 namespace nbtest {
 

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <string>
 
-#include "backend/predselect/PRSGrammar.h"
+#include "backend/predselect/command/PRSGrammar.h"
 #include "host/command/CommandDescriptor.h"
 #include "host/command/CommandHelp.h"
 

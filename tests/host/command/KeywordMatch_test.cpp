@@ -1,4 +1,4 @@
-#include "host/command/KeywordMatch.h"
+#include "host/text/KeywordMatch.h"
 
 #include <gtest/gtest.h>
 

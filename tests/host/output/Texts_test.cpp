@@ -11,14 +11,14 @@
 
 #include "common/MissingValue.h"
 #include "host/data/KOVA_Variable.h"
-#include "host/output/BpComposite.h"
-#include "host/output/BpDataValue.h"
 #include "host/output/BpError.h"
-#include "host/output/BpString.h"
-#include "host/output/BpVariable.h"
 #include "host/output/FacSTDictionary.h"
 #include "host/output/OutputFormat.h"
 #include "host/output/ShowText.h"
+#include "host/output/pivot/BpComposite.h"
+#include "host/output/pivot/BpDataValue.h"
+#include "host/output/pivot/BpString.h"
+#include "host/output/pivot/BpVariable.h"
 #include "tests/host/output/OutputHost.h"
 
 namespace {
@@ -139,7 +139,7 @@ TEST(StringTable, HasAnEntryForEveryShortKeyInTheSources) {
   int nFound = 0;
   for (const char* folder : {"backend/predselect", "host/cases", "host/command"}) {
     const auto root = std::filesystem::path(PREDSELECT_SOURCE_DIR) / folder;
-    for (const auto& entry : std::filesystem::directory_iterator(root)) {
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
       // What a grammar says of its keywords is help, not output.
       const std::string name = entry.path().filename();
       if (entry.path().extension() != ".cpp" || name == "PRSGrammar.cpp") continue;

@@ -11,9 +11,9 @@
 
 #include "common/MissingValue.h"
 #include "naivebayes/NBAlgorithm.h"
-#include "naivebayes/NBCatNumEncoder.h"
-#include "naivebayes/NBMemoryIter.h"
-#include "naivebayes/NBStringEncoder.h"
+#include "naivebayes/encoders/NBCatNumEncoder.h"
+#include "naivebayes/encoders/NBStringEncoder.h"
+#include "naivebayes/store/NBMemoryIter.h"
 
 namespace {
 

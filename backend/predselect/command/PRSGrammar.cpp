@@ -1,0 +1,234 @@
+#include "backend/predselect/command/PRSGrammar.h"
+
+namespace {
+
+using Param = ParamDescriptor;
+using SubCom = SubComDescriptor;
+
+SubCom Variables(bool univariable) {
+  Param dependent("", Param::kVariable, "The variable to be predicted.");
+  dependent.setForm(Param::kBare);
+  if (univariable) {
+    Param level("MLEVEL", Param::kKeyword,
+                "Take it as nominal, ordinal or scale, whatever its own measurement level.");
+    level.addStringValue("N").addStringValue("O").addStringValue("S");
+    dependent.setQualifOption(Param::kOptionalQualif).addQualifDesc(level);
+  }
+  return SubCom("",
+                "What is predicted, and from what. Without BY and WITH every other variable is "
+                "a candidate, as its measurement level says.")
+      .addParamDesc(dependent)
+      .addParamDesc(
+          Param("BY", Param::kVariableList, "Categorical predictors.").setForm(Param::kLed))
+      .addParamDesc(Param("WITH", Param::kVariableList, "Continuous predictors; numeric only.")
+                        .setForm(Param::kLed));
+}
+
+SubCom Except() {
+  return SubCom("EXCEPT", "Variables that are no predictors.")
+      .addParamDesc(Param("VARIABLES", Param::kVariableList, "Left out of the candidates."));
+}
+
+SubCom Screening() {
+  const auto percent = [](const char* name, double value, const char* help) {
+    return Param(name, Param::kNumber, help)
+        .setLowerBoundary(0.0, Param::kLowerExclusive)
+        .setUpperBoundary(100.0, Param::kUpperInclusive)
+        .setDefault(value);
+  };
+  const auto threshold = [](const char* name, double value, const char* help) {
+    return Param(name, Param::kNumber, help)
+        .setLowerBoundary(0.0, Param::kLowerInclusive)
+        .setDefault(value);
+  };
+  return SubCom("SCREENING", "Which predictors are useless and left out before ranking.")
+      .addParamDesc(Param("STATUS", Param::kKeyword, "Whether predictors are screened at all.")
+                        .addStringValue("ON")
+                        .addStringValue("OFF")
+                        .setDefault("ON"))
+      .addParamDesc(percent("PCTMISSING", 70.0, "Most missing values, in percent of the cases."))
+      .addParamDesc(percent("PCTEQUAL", 95.0, "Most cases in one category, in percent."))
+      .addParamDesc(percent("PCTUNEQUAL", 90.0, "Most categories, in percent of the cases."))
+      .addParamDesc(threshold("CV", 0.001, "Least coefficient of variation."))
+      .addParamDesc(threshold("STDDEV", 0.0, "Least standard deviation."));
+}
+
+Param Timer() {
+  return Param("TIMER", Param::kNumber, "Most minutes to work; 0 for no limit.")
+      .setLowerBoundary(0.0, Param::kLowerInclusive)
+      .setDefault(5.0);
+}
+
+Param RankCriteria(const char* name, Param::Kind kind, const char* help) {
+  return Param(name, kind, help)
+      .addStringValue("PEARSONCHISQ")
+      .addStringValue("LRCHISQ")
+      .addStringValue("CRAMERSV")
+      .addStringValue("LAMBDA");
+}
+
+SubCom UniCriteria() {
+  return SubCom("CRITERIA", "How predictors are ranked and how many are selected.")
+      .addParamDesc(Timer())
+      .addParamDesc(
+          Param("SHOWUNSELECTED", Param::kInteger, "How many unselected predictors are shown too.")
+              .setLowerBoundary(0.0, Param::kLowerInclusive)
+              .setDefault(0.0))
+      .addParamDesc(Param("SIZE", Param::kInteger,
+                          "How many predictors are selected at most. AUTO: 30, or twice the square "
+                          "root of the number of candidates when that is more.")
+                        .setLowerBoundary(0.0, Param::kLowerExclusive)
+                        .addStringValue("AUTO")
+                        .setDefault("AUTO"))
+      .addParamDesc(RankCriteria("RANKING", Param::kKeyword,
+                                 "The ranking statistic for a categorical dependent variable. With "
+                                 "predictors of both kinds CRAMERSV and LAMBDA do not apply and "
+                                 "PEARSONCHISQ takes their place.")
+                        .setDefault("PEARSONCHISQ"))
+      .addParamDesc(Param("PCUTOFF", Param::kNumber,
+                          "Only predictors with a significance below are selected.")
+                        .setLowerBoundary(0.0, Param::kLowerExclusive)
+                        .setUpperBoundary(1.0, Param::kUpperInclusive)
+                        .setDefault(0.05));
+}
+
+SubCom MultiCriteria() {
+  return SubCom("CRITERIA", "How the model is built.")
+      .addParamDesc(Timer())
+      .addParamDesc(Param("BINS", Param::kInteger, "Bins of a continuous predictor.")
+                        .setLowerBoundary(1.0, Param::kLowerExclusive)
+                        .setDefault(10.0))
+      .addParamDesc(Param("MEMALLOCATE", Param::kNumber,
+                          "Kilobytes of memory for cases; more cases go to a temporary file.")
+                        .setLowerBoundary(4.0, Param::kLowerInclusive)
+                        .setDefault(1024.0));
+}
+
+SubCom Force() {
+  return SubCom("FORCE", "Predictors that are always kept.")
+      .addParamDesc(Param("FACTORS", Param::kVariableList, "Categorical ones."))
+      .addParamDesc(Param("COVARIATES", Param::kVariableList, "Continuous ones; numeric only."));
+}
+
+SubCom TrainingSample() {
+  return SubCom("TRAININGSAMPLE", "Which cases train the model; the others test it.")
+      .addParamDesc(
+          Param("PERCENT", Param::kNumber, "So many percent of the cases, drawn at random.")
+              .setLowerBoundary(0.0, Param::kLowerExclusive)
+              .setUpperBoundary(100.0, Param::kUpperExclusive))
+      .addParamDesc(Param("VARIABLE", Param::kVariable,
+                          "A numeric variable that is 1 in the training cases."));
+}
+
+SubCom Subset() {
+  return SubCom("SUBSET", "How many predictors the model gets.")
+      .addParamDesc(
+          Param("MAXSIZE", Param::kInteger,
+                "At most so many besides the forced ones, and no more than there are. AUTO: as "
+                "many as serve the criterion.")
+              .setLowerBoundary(0.0, Param::kLowerExclusive)
+              .addStringValue("AUTO")
+              .setDefault("AUTO")
+              .setQualifOption(Param::kOptionalQualif)
+              .addQualifDesc(
+                  Param("BESTSUBSET", Param::kKeyword,
+                        "The criterion: pseudo-BIC, or the average log-likelihood of the "
+                        "test cases.")
+                      .addStringValue("PSEUDOBIC")
+                      .addStringValue("TESTDATA")
+                      .setDefault("PSEUDOBIC")))
+      .addParamDesc(Param("EXACTSIZE", Param::kInteger,
+                          "Exactly so many besides the forced ones; fewer than there are.")
+                        .setLowerBoundary(0.0, Param::kLowerExclusive))
+      .addParamDesc(Param("NOSELECTION", Param::kFlag, "All of them."));
+}
+
+SubCom Save() {
+  return SubCom("SAVE", "New variables in the data.")
+      .addParamDesc(
+          Param("PREDVAL", Param::kNewName, "The predicted value.").setDefault("PredictedValue"))
+      .addParamDesc(
+          Param("PREDPROB", Param::kNewNames,
+                "The predicted probability of each category, so many at most: root_1, root_2, ...")
+              .setDefault(25.0)
+              .setDefault("PredictedProbability"));
+}
+
+SubCom OutFile() {
+  return SubCom("OUTFILE", "Files that are written.")
+      .addParamDesc(Param("MODEL", Param::kFile, "The model, as PMML."));
+}
+
+SubCom Missing() {
+  return SubCom("MISSING", "What counts as missing.")
+      .addParamDesc(
+          Param(
+              "USERMISSING", Param::kKeyword,
+              "EXCLUDE: user-missing values are missing. INCLUDE: they are values like any other.")
+              .addStringValue("EXCLUDE")
+              .addStringValue("INCLUDE")
+              .setDefault("EXCLUDE"));
+}
+
+SubCom MacroVar() {
+  return SubCom("MACROVAR",
+                "Macros that receive the selected predictors: !name in a later command "
+                "stands for them.")
+      .addParamDesc(Param("FACTORS", Param::kName, "The categorical ones."))
+      .addParamDesc(Param("COVARIATES", Param::kName, "The continuous ones."));
+}
+
+SubCom Print(bool univariable) {
+  SubCom print("PRINT", "The tables that are shown. All of them when PRINT is not given.");
+  print.addParamDesc(Param("NONE", Param::kFlag, "No table."))
+      .addParamDesc(Param("CPS", Param::kFlag, "Case processing summary."))
+      .addParamDesc(Param("EXCLUDED", Param::kFlag, "Predictors that were left out, and why."))
+      .addParamDesc(Param("SELECTED", Param::kFlag, "The selected predictors."));
+  if (univariable) {
+    return print.addParamDesc(
+        RankCriteria("SUMMARY", Param::kKeywordList,
+                     "Rank and statistics of each predictor, with the statistics named besides."));
+  }
+  return print.addParamDesc(Param("SUMMARY", Param::kFlag, "The subsets and their criterion."))
+      .addParamDesc(
+          Param("CLASSIFICATION", Param::kFlag, "Predicted against observed categories."));
+}
+
+SubCom Plot(bool univariable) {
+  return SubCom("PLOT", "The charts that are drawn. None when PLOT is not given.")
+      .addParamDesc(univariable
+                        ? Param("SUMMARY", Param::kFlag, "The ranking statistic of each predictor.")
+                        : Param("UNCERTAINTY", Param::kFlag, "Accepted, but no chart is drawn."));
+}
+
+}  // namespace
+
+CommandDescriptor PRSGrammar::NewCommand(bool univariable) {
+  CommandDescriptor command =
+      univariable ? CommandDescriptor(kSelectPred,
+                                      "Screens predictors and ranks them one by one "
+                                      "against a dependent variable.")
+                  : CommandDescriptor(kNaiveBayes,
+                                      "Builds a Naive Bayes classifier from the best "
+                                      "subset of predictors.");
+  command.setKnownCommands({kSelectPred, kNaiveBayes});
+  return command;
+}
+
+void PRSGrammar::Declare(CommandDescriptor& command, bool univariable) {
+  command.addSubComDesc(Variables(univariable)).addSubComDesc(Except());
+  if (univariable) {
+    command.addSubComDesc(Screening());
+  } else {
+    command.addSubComDesc(Force())
+        .addSubComDesc(TrainingSample())
+        .addSubComDesc(Subset())
+        .addSubComDesc(Save())
+        .addSubComDesc(OutFile());
+  }
+  command.addSubComDesc(univariable ? UniCriteria() : MultiCriteria())
+      .addSubComDesc(Missing())
+      .addSubComDesc(MacroVar())
+      .addSubComDesc(Print(univariable))
+      .addSubComDesc(Plot(univariable));
+}

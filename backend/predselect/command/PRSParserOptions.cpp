@@ -1,0 +1,322 @@
+// The handlers of the subcommands that set options; the variables are handled in PRSParser.cpp.
+#include <cmath>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "backend/predselect/command/PRSParser.h"
+#include "backend/predselect/specifications/PRSValidSpecs.h"
+#include "common/MCAssert.h"
+
+namespace {
+
+constexpr const char* kSource = "backend/predselect/PRSParser";
+
+using MCFSCommon::kCramer;
+using MCFSCommon::kLambda;
+using MCFSCommon::kLikelihood;
+using MCFSCommon::kPearson;
+
+// The grammar lists the words of the criteria in the order of their codes.
+int CriterionOf(const std::string& word, const ParamDescriptor& declared) {
+  const std::vector<std::string>& words = declared.GetStringValues();
+  int criterion = 0;
+  while (words.at(static_cast<std::size_t>(criterion)) != word) ++criterion;
+  return criterion;
+}
+
+std::string TypedText(const ParamObj* param) {
+  return param == nullptr ? "" : param->GetPlace().fText;
+}
+
+}  // namespace
+
+bool PRSParser::IsMixed() const { return HasPredictors(true) && HasPredictors(false); }
+
+// True when the ranking criterion, one of the four for a categorical target, suits the data.
+bool PRSParser::Applies(int criterion) const {
+  const bool isChiSquare = criterion == kPearson || criterion == kLikelihood;
+  return fbDependCategorical && HasPredictors(true) && (isChiSquare || !IsMixed());
+}
+
+bool PRSParser::ProcessUniCriteriaSubCom(const SubComObj& subCom) {
+  int size = 0;
+  if (!TakeSize(subCom, size)) return false;
+  const int criterion = TakeRanking(subCom);
+  ReportIdleCutOff(subCom, criterion);
+  fSpecs.SetUniCriteria(
+      size, static_cast<MCFSCommon::RankCriteria>(criterion), NumberOf(subCom, "PCUTOFF"),
+      static_cast<int>(NumberOf(subCom, "SHOWUNSELECTED")), NumberOf(subCom, "TIMER"));
+  return true;
+}
+
+bool PRSParser::TakeSize(const SubComObj& subCom, int& size) const {
+  const ParamObj* param = subCom.getParamObj("SIZE");
+  if (param == nullptr || param->isLeadingToken("AUTO")) return true;
+  size = param->getIntegerValue();
+  if (static_cast<std::size_t>(size) < fPredictors.size()) return true;
+  fOwnMessages.ParamLessUniquePred("CRITERIA SIZE", "SELECTPRED", true);
+  return false;
+}
+
+int PRSParser::TakeRanking(const SubComObj& subCom) const {
+  const ParamObj* param = subCom.getParamObj("RANKING");
+  if (param == nullptr) return kPearson;
+  const std::string& word = param->GetPlace().fText;
+  const int criterion = CriterionOf(word, param->GetDescriptor());
+  if (!Applies(criterion)) {
+    fOwnMessages.IgnoreRankCriterion(word.c_str(), "RANKING", "CRITERIA", IsMixed());
+  }
+  // Both need categorical predictors alone.
+  const bool fallsBack = fbDependCategorical && IsMixed() && !Applies(criterion);
+  return fallsBack ? kPearson : criterion;
+}
+
+// These two criteria have no significance that could be below a cut-off.
+void PRSParser::ReportIdleCutOff(const SubComObj& subCom, int criterion) const {
+  const ParamObj* param = subCom.getParamObj("PCUTOFF");
+  const bool isIdle = (criterion == kCramer || criterion == kLambda) && Applies(criterion);
+  if (param == nullptr || !isIdle) return;
+  fMessages.At(param->GetNameToken())
+      .OptionIdle("CRITERIA PCUTOFF", "the ranking statistic has no significance");
+}
+
+bool PRSParser::ProcessMultiCriteriaSubCom(const SubComObj& subCom) {
+  fSpecs.SetMultiCriteria(static_cast<int>(NumberOf(subCom, "BINS")),
+                          NumberOf(subCom, "MEMALLOCATE"), 0, NumberOf(subCom, "TIMER"));
+  return true;
+}
+
+bool PRSParser::ProcessScreeningSubCom(const SubComObj& subCom) {
+  MCCommon::Assert(fbUniVariable, "fbUniVariable", kSource);
+  static constexpr const char* kThresholds[] = {"PCTMISSING", "PCTEQUAL", "PCTUNEQUAL", "CV",
+                                                "STDDEV"};
+  const bool isOn = IsWordOf(subCom, "STATUS", "ON");
+  for (const char* threshold : kThresholds) {
+    const ParamObj* param = subCom.getParamObj(threshold);
+    if (isOn || param == nullptr) continue;
+    fMessages.At(param->GetNameToken())
+        .OptionIdle(std::string("SCREENING ") + threshold, "screening is off");
+  }
+  fSpecs.SetScreenOptions(isOn, NumberOf(subCom, "PCTMISSING"), NumberOf(subCom, "PCTEQUAL"),
+                          NumberOf(subCom, "PCTUNEQUAL"), NumberOf(subCom, "CV"),
+                          NumberOf(subCom, "STDDEV"));
+  fSpecs.SetStringScreenOptions(
+      TypedText(subCom.getParamObj("PCTMISSING")), TypedText(subCom.getParamObj("PCTEQUAL")),
+      TypedText(subCom.getParamObj("PCTUNEQUAL")), TypedText(subCom.getParamObj("CV")),
+      TypedText(subCom.getParamObj("STDDEV")));
+  return true;
+}
+
+bool PRSParser::ProcessMissingSubCom(const SubComObj& subCom) {
+  const ParamObj* userMissing = subCom.getParamObj("USERMISSING");
+  MCCommon::Assert(userMissing != nullptr, "userMissParam != 0", kSource);
+  fSpecs.SetMissIndicators(userMissing->isStringValueCase("EXCLUDE"));
+  return true;
+}
+
+bool PRSParser::ProcessMacrovarSubCom(const SubComObj& subCom) {
+  const ParamObj* factors = subCom.getParamObj("FACTORS");
+  const ParamObj* covariates = subCom.getParamObj("COVARIATES");
+  KovaVarName factorName;
+  KovaVarName covariateName;
+  bool isValid = TakeMacroName(factors, factorName);
+  isValid = TakeMacroName(covariates, covariateName) && isValid;
+  if (!isValid) return false;
+  if (factors != nullptr && covariates != nullptr &&
+      factors->isLeadingToken(covariateName.GetName())) {
+    fMessages.At(covariates->GetPlace())
+        .Expecting("another name than that of FACTORS")
+        .InvalidVarName(covariateName.GetName(), "COVARIATES", "MACROVAR");
+    return false;
+  }
+  fSpecs.SetFactorMacroVar(factorName);
+  fSpecs.SetCovariateMacroVar(covariateName);
+  return true;
+}
+
+// A macro's name must be one word, or `!name` could not be written.
+bool PRSParser::TakeMacroName(const ParamObj* param, KovaVarName& name) const {
+  if (param == nullptr) return true;
+  name = param->getVarName();
+  if (TokenInfoObj::IsPlainWord(name.GetName())) return true;
+  fMessages.At(param->GetPlace())
+      .Expecting("one word")
+      .InvalidVarName(name.GetName(), param->GetDescriptor().GetName(), "MACROVAR");
+  return false;
+}
+
+bool PRSParser::ProcessPrintSubCom(const SubComObj& subCom) {
+  if (!IsPrintConsistent(subCom)) return false;
+  const auto isAsked = [&subCom](const char* table) {
+    return subCom.getParamObj(table) != nullptr;
+  };
+  const bool anyTable = isAsked("CPS") || isAsked("EXCLUDED") || isAsked("SUMMARY") ||
+                        isAsked("SELECTED") || isAsked("CLASSIFICATION");
+  if (!anyTable) fMessages.NoTableRequested();
+  if (!fbUniVariable && IsSelectionOff()) ReportIdleTables(subCom);
+  if (fbUniVariable && isAsked("SUMMARY")) AddPrintOptions(*subCom.getParamObj("SUMMARY"));
+  fSpecs.SetPrintInfo(isAsked("CPS"), isAsked("EXCLUDED"), isAsked("SUMMARY"), isAsked("SELECTED"),
+                      isAsked("CLASSIFICATION"), false);
+  return true;
+}
+
+bool PRSParser::IsPrintConsistent(const SubComObj& subCom) const {
+  const ParamObj* none = subCom.getParamObj("NONE");
+  if (none == nullptr || subCom.getParamListSize() == 1) return true;
+  fMessages.At(none->GetNameToken()).ParamExclAnyOther("NONE", "PRINT");
+  return false;
+}
+
+// Two tables show what a selection found.
+void PRSParser::ReportIdleTables(const SubComObj& subCom) const {
+  for (const char* table : {"SUMMARY", "SELECTED"}) {
+    const ParamObj* param = subCom.getParamObj(table);
+    if (param == nullptr) continue;
+    fMessages.At(param->GetNameToken())
+        .OptionIdle(std::string("PRINT ") + table, "SUBSET asks for NOSELECTION");
+  }
+}
+
+void PRSParser::AddPrintOptions(const ParamObj& summary) {
+  for (const TokenInfoObj& token : summary.getTokenList()) {
+    const int criterion = CriterionOf(token.fText, summary.GetDescriptor());
+    if (Applies(criterion)) {
+      fSpecs.AddFeaturePrintOption(static_cast<PRSValidSpecs::FeaturePrintOption>(criterion));
+    } else {
+      fOwnMessages.IgnoreRankCriterion(token.fText.c_str(), "SUMMARY", "PRINT", IsMixed());
+    }
+  }
+}
+
+bool PRSParser::ProcessPlotSubCom(const SubComObj& subCom) {
+  if (fbUniVariable) {
+    fSpecs.SetPlotSummary(true);
+    return true;
+  }
+  fSpecs.SetPlotUncert(true);
+  const ParamObj* uncertainty = subCom.getParamObj("UNCERTAINTY");
+  MCCommon::Assert(uncertainty != nullptr, "uncertaintyParam != 0", kSource);
+  fMessages.At(uncertainty->GetNameToken())
+      .OptionIdle("PLOT UNCERTAINTY", "NAIVEBAYES draws no chart");
+  return true;
+}
+
+bool PRSParser::ProcessTrainSampSubCom(const SubComObj& subCom) {
+  const ParamObj* percent = subCom.getParamObj("PERCENT");
+  const ParamObj* variable = subCom.getParamObj("VARIABLE");
+  if (percent != nullptr && variable != nullptr) {
+    fMessages.At(variable->GetNameToken()).ParamExclusive("PERCENT", "VARIABLE", "TRAININGSAMPLE");
+    return false;
+  }
+  if (percent != nullptr && fpWeightVar->GetNValidVars() > 0) {
+    fMessages.At(percent->GetNameToken()).InvalidParamWithWeight("PERCENT", "TRAININGSAMPLE");
+    return false;
+  }
+  if (variable != nullptr) {
+    bool isValid = fpTrainVar->ValidateVariable(*variable);
+    for (const VarSpecObj* role :
+         {fpWeightVar.get(), fpDependVar.get(), fpFactors.get(), fpCovariates.get(),
+          fpForceFactors.get(), fpForceCovariates.get()}) {
+      isValid = fpTrainVar->CheckCommonVars(*role) && isValid;
+    }
+    if (!isValid) return false;
+  }
+  fSpecs.SetMultiTrainSampInfo(percent == nullptr ? 0.0 : percent->getNumberValue(),
+                               fpTrainVar->GetValidVarInd());
+  return true;
+}
+
+bool PRSParser::ProcessSubsetSubCom(const SubComObj& subCom) {
+  if (subCom.getParamListSize() > 1) {
+    const std::vector<ParamObj>& given = subCom.GetParams();
+    fMessages.At(given[1].GetNameToken())
+        .ParamExclusive(given[0].GetDescriptor().GetName(), given[1].GetDescriptor().GetName(),
+                        "SUBSET");
+    return false;
+  }
+  const ParamObj* maxSize = subCom.getParamObj("MAXSIZE");
+  const ParamObj* exactSize = subCom.getParamObj("EXACTSIZE");
+  if (maxSize != nullptr) {
+    bool testData = false;
+    if (!LeavesRoomBesideForced(*maxSize) || !TakeBestSubset(*maxSize, testData)) return false;
+    const bool isAuto = maxSize->isLeadingToken("AUTO");
+    fSpecs.SetMultiSubsetInfo(isAuto ? 0 : maxSize->getIntegerValue(), !testData, testData, 0);
+  } else if (exactSize != nullptr) {
+    if (!LeavesRoomBesideForced(*exactSize)) return false;
+    fSpecs.SetMultiSubsetInfo(-1, true, false, exactSize->getIntegerValue());
+  } else {
+    fSpecs.SetMultiSubsetInfo(-1, false, false, 0);
+  }
+  return true;
+}
+
+bool PRSParser::LeavesRoomBesideForced(const ParamObj& param) const {
+  if (param.isLeadingToken("AUTO")) return true;
+  if (static_cast<std::size_t>(param.getIntegerValue()) > fForced.size()) return true;
+  const std::string name = "SUBSET " + param.GetDescriptor().GetName();
+  fOwnMessages.ParamLessPossPred(name.c_str(), "FORCE", "NAIVEBAYES", false);
+  return false;
+}
+
+bool PRSParser::TakeBestSubset(const ParamObj& maxSize, bool& testData) const {
+  const ParamObj* best = maxSize.getQualifObj("BESTSUBSET");
+  testData = best != nullptr && best->isStringValueCase("TESTDATA");
+  if (!testData || fpCommand->getSubComObj("TRAININGSAMPLE") != nullptr) return true;
+  fMessages.At(best->GetPlace())
+      .NeedSubComForParam("TRAININGSAMPLE", "SUBSET BESTSUBSET", "TESTDATA");
+  return false;
+}
+
+bool PRSParser::ProcessSaveSubCom(const SubComObj& subCom) {
+  const ParamObj* predVal = subCom.getParamObj("PREDVAL");
+  const ParamObj* predProb = subCom.getParamObj("PREDPROB");
+  const bool isValid = predVal == nullptr || TakePredVal(*predVal);
+  return (predProb == nullptr || TakePredProb(*predProb)) && isValid;
+}
+
+bool PRSParser::TakePredVal(const ParamObj& param) {
+  if (param.getTokenList().empty()) {
+    fSpecs.SetPredValVariable(KovaVarName(param.GetDescriptor().GetDefaultText()), true);
+    return true;
+  }
+  const VarSpecObj role("SAVE", "PREDVAL", *fpDescriptor, fSource, false);
+  if (!role.CheckNewVariable(param)) return false;
+  fSpecs.SetPredValVariable(param.getVarName(), false);
+  return true;
+}
+
+bool PRSParser::TakePredProb(const ParamObj& param) {
+  const VarSpecObj role("SAVE", "PREDPROB", *fpDescriptor, fSource, false);
+  KovaVarName root(param.GetDescriptor().GetDefaultText());
+  double count = param.GetDescriptor().GetDefaultNumber();
+  bool hasName = false;
+  for (const TokenInfoObj& token : param.getTokenList()) {
+    if (token.fType == TokenInfoObj::kNumber) {
+      count = token.fNumber;
+      if (count > 0.5 && std::floor(count) == count && count <= std::numeric_limits<int>::max()) {
+        continue;
+      }
+      fMessages.At(token).Expecting("a count of at least 1").ParamNeedInteger("PREDPROB", "SAVE");
+      return false;
+    }
+    if (!token.IsName() || hasName) {
+      fMessages.At(token)
+          .Expecting(param.GetDescriptor().Expectation())
+          .WrongValueType("PREDPROB", "SAVE");
+      return false;
+    }
+    if (!role.CheckRoot(token)) return false;
+    root = KovaVarName(token.fText);
+    hasName = true;
+  }
+  fSpecs.SetPredProbRoot(root, static_cast<int>(count));
+  return true;
+}
+
+bool PRSParser::ProcessOutFileSubCom(const SubComObj& subCom) {
+  const ParamObj* model = subCom.getParamObj("MODEL");
+  MCCommon::Assert(model != nullptr, "modelParam != 0", kSource);
+  fSpecs.SetModelFileName(model->getFilePath());
+  return true;
+}

@@ -1,0 +1,78 @@
+#include "backend/predselect/drivers/PRSFiles.h"
+
+#include <sstream>
+
+#include "host/output/BpError.h"
+#include "host/output/pivot/BpComposite.h"
+#include "host/session/HostIOError.h"
+#include "host/session/ISession.h"
+#include "host/session/OutputFile.h"
+#include "host/session/SessionScope.h"
+#include "modelfiles/ComponentFile.h"
+
+namespace {
+
+constexpr int kShow = 2;
+constexpr int kError = 3;
+
+// Writes a state file by name: `write` is given the path and the form, and says what went wrong.
+bool SaveState(const std::function<std::string(const std::string&, bool)>& write) {
+  const std::string target = MCHost::CurrentSession().StatePath();
+  try {
+    MCHost::OutputFile file(target);
+    const std::string trouble = write(file.WritePath(), IsXMLStateName(target));
+    if (!trouble.empty()) throw MCHost::HostIOError(target, "", trouble);
+    file.Commit();
+    MCHost::CurrentSession().ReportFile(target);
+    return true;
+  } catch (const MCHost::HostIOError& error) {
+    PRSFileError(error);
+    return false;
+  }
+}
+
+}  // namespace
+
+bool PRSCommit(MCHost::OutputFile& file, const std::string& text) {
+  try {
+    file.Write(text);
+    file.Commit();
+    MCHost::CurrentSession().ReportFile(file.Target());
+    return true;
+  } catch (const MCHost::HostIOError& error) {
+    PRSFileError(error);
+    return false;
+  }
+}
+
+void PRSFileError(const MCHost::HostIOError& error) {
+  BpComposite text("File cannot be written: ^1");
+  BpError(text.AddLiteral(error.what()), kShow, kError);
+}
+
+bool PRSIsStateWanted() { return !MCHost::CurrentSession().StatePath().empty(); }
+
+bool PRSAreResultsWanted() { return !MCHost::CurrentSession().ResultsPrefix().empty(); }
+
+bool PRSSaveState(const IFSAlgorithm& component, const StateDictionary& dictionary) {
+  return SaveState([&](const std::string& path, bool xml) {
+    return WriteComponentFile(path, xml, component, &dictionary);
+  });
+}
+
+bool PRSSaveState(const INBAlgorithm& component) {
+  return SaveState(
+      [&](const std::string& path, bool xml) { return WriteComponentFile(path, xml, component); });
+}
+
+bool PRSWriteResult(const std::string& name, const std::function<bool(std::ostream&)>& write) {
+  std::ostringstream document;
+  if (!write(document)) return true;
+  try {
+    MCHost::OutputFile file(MCHost::CurrentSession().ResultsPrefix() + name);
+    return PRSCommit(file, document.str());
+  } catch (const MCHost::HostIOError& error) {
+    PRSFileError(error);
+    return false;
+  }
+}

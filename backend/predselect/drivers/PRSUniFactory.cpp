@@ -1,0 +1,171 @@
+#include "backend/predselect/drivers/PRSUniFactory.h"
+
+#include "backend/predselect/drivers/PRSFiles.h"
+#include "backend/predselect/drivers/PRSProgress.h"
+#include "backend/predselect/predsele.h"
+#include "backend/predselect/specifications/PRSValidSpecs.h"
+#include "common/MissingValue.h"
+#include "feature/FSFactory.h"
+#include "feature/FSSettings.h"
+#include "feature/IFSAlgorithm.h"
+#include "host/cases/UAInputAdapter.h"
+#include "host/cases/UAProcDataSourceIter.h"
+#include "host/cases/UAVarValidSpecs.h"
+#include "host/data/ProcedureDataSource.h"
+#include "host/output/BpError.h"
+#include "host/output/pivot/BpComposite.h"
+#include "modelfiles/StateDictionary.h"
+
+namespace {
+
+constexpr int kShow = 2;
+constexpr int kWarning = 2;
+constexpr int kError = 3;
+
+constexpr int kNoCase = 1;  // states of a case stream
+constexpr int kReadError = 3;
+
+constexpr std::int64_t kCancelled = 1;
+constexpr std::int64_t kTargetConstant = 80000;
+constexpr std::int64_t kNoValidCases = 80002;
+
+struct StatusText {
+  std::int64_t fCode;
+  const char* fText;
+};
+
+constexpr StatusText kStatusTexts[] = {
+    {80009, "All cases excluded in Predictor Selection..."},
+    {80010, "All predictors missing or constant..."},
+    {80011, "No predictors were selected."},
+    {80013, "There are no valid cases..."},
+};
+
+}  // namespace
+
+PRSUniFactory::PRSUniFactory(PRSValidSpecs* specs, ProcedureDataSource& source)
+    : fpSpecs(specs),
+      fpVarSpecs(specs->GetVarValidSpecsPtr()),
+      fpSource(&source),
+      fMessages(source),
+      fpAdapter(std::make_unique<UAInputAdapter>(fpVarSpecs, source)),
+      fpIterator(std::make_unique<UAProcDataSourceIter>(fpAdapter.get(), true)) {
+  const int state = fpIterator->GetState();
+  if (state == kNoCase || state == kReadError) fStatus = {kNoValidCases, false};
+  if (state == kNoCase) fMessages.NoValidCases();
+  if (state == kReadError) fMessages.ReadFailed(fpIterator->GetFailText());
+}
+
+PRSUniFactory::~PRSUniFactory() = default;
+
+bool PRSUniFactory::RunFSComponent() {
+  FSSettings* settings = fpSpecs->GetFeatureSettingsPtr();
+  if (fStatus.IsError() || settings == nullptr) return false;
+  FSFactory factory;
+  fpAlgorithm = factory.CreateFSAlgorithm(settings);
+  fStatus = factory.GetStatus();
+  if (fStatus.IsError() || fpAlgorithm == nullptr) return false;
+  fpProgress = std::make_unique<PRSProgress>();
+  settings->SetNSkippedRecordReports(PRSProgress::kRecords - 1);
+  fpAlgorithm->SetProgressListener(fpProgress.get());
+  fStatus = PRSIsStateWanted()
+                ? AccumulateSaveAndRank()
+                : fpAlgorithm->AccumulateAndRank(*fpIterator, -1, fpSpecs->GetScreenStatusOn(), 0);
+  if (!IsPassComplete() || fbStateFailed) return false;
+  if (!fStatus.IsOK()) DisplayMessage(fStatus);
+  if (fStatus.IsError()) return false;
+  if (IsTargetConstant()) {
+    fStatus = {kTargetConstant, false};
+    BpError(BpComposite("Dependent variable constant..."), kShow, kError);
+    return false;
+  }
+  if (display_feature_select) DisplayOutput();
+  fStatus = fpAlgorithm->GetStatus();
+  return WriteResultDocuments();
+}
+
+// What was counted is saved before screening and ranking, so that it can be merged with other parts
+// of the data.
+MCFeature::MCStatus PRSUniFactory::AccumulateSaveAndRank() {
+  MCFeature::MCStatus status = fpAlgorithm->Accumulate(*fpIterator, -1);
+  if (status.IsOK()) fbStateFailed = !PRSSaveState(*fpAlgorithm, Dictionary());
+  if (status.IsOK()) status = fpAlgorithm->CheckPredAllMissConst();
+  if (status.IsOK() && fpSpecs->GetScreenStatusOn()) status = fpAlgorithm->ScreenPredictors();
+  return status.IsOK() ? fpAlgorithm->SortAndRank(0) : status;
+}
+
+StateDictionary PRSUniFactory::Dictionary() const {
+  const auto describe = [this](int var, bool categorical) {
+    const KOVA_Variable& variable = fpSource->GetVariable(var);
+    StateVariable described{
+        variable.GetName(), variable.GetLabel(), categorical, variable.IsNumeric(), {}, {}};
+    const int nCategories = categorical ? fpAdapter->GetCatVarSize(var) : 0;
+    for (int code = 0; code < nCategories; ++code) {
+      int kovaVar = -1;
+      const KOVA_Value value =
+          fpAdapter->DecodeCatValue(fpVarSpecs->GetRecVarIndex(var), code, kovaVar);
+      if (value.IsNumeric()) {
+        described.fNumbers.push_back(value.GetNumber());
+      } else {
+        described.fStrings.push_back(value.GetString());
+      }
+    }
+    return described;
+  };
+  const int weight = fpSpecs->GetKOVAWeightVar();
+  StateDictionary dictionary{fpSpecs->GetScreenStatusOn(),
+                             fpVarSpecs->IsUserMissingExcluded(),
+                             weight < 0 ? "" : fpSource->GetVariable(weight).GetName(),
+                             describe(fpSpecs->GetDependVar(), fpSpecs->GetDependCatVar()),
+                             {}};
+  for (int i = 0; i < fpSpecs->GetNPredictVars(); ++i) {
+    const auto place = static_cast<std::size_t>(i);
+    dictionary.fPredictors.push_back(
+        describe((*fpSpecs->GetPredListPtr())[place], (*fpSpecs->GetPredCatVarListPtr())[place]));
+  }
+  return dictionary;
+}
+
+bool PRSUniFactory::WriteResultDocuments() const {
+  if (!PRSAreResultsWanted()) return true;
+  constexpr const char* kNames[] = {"pearson", "likelihood", "cramer", "lambda", "f", "t"};
+  bool isWritten = PRSWriteResult("predictors.xml", [this](std::ostream& os) {
+    return !fpAlgorithm->ExportAllXML(os).IsError();
+  });
+  for (int i = 0; i < MCFSCommon::kNCriteria; ++i) {
+    const auto criterion = static_cast<MCFSCommon::RankCriteria>(i);
+    if (!fpAlgorithm->GetSettings()->GetCriterion(criterion)) continue;
+    isWritten =
+        isWritten && PRSWriteResult(std::string("ranking-") + kNames[i] + ".xml",
+                                    [this, criterion](std::ostream& os) {
+                                      return !fpAlgorithm->ExportOneXML(os, criterion, 0).IsError();
+                                    });
+  }
+  return isWritten;
+}
+
+bool PRSUniFactory::IsPassComplete() {
+  if (fpIterator->GetFailReason() == MCCommon::RecordIterator::kReadError) {
+    fMessages.ReadFailed(fpIterator->GetFailText());
+    fStatus = {kNoValidCases, false};
+    return false;
+  }
+  if (fStatus.GetErrorCode() != kCancelled || !fStatus.IsError()) return true;
+  fMessages.Stopped(*fpSpecs->GetStopProcessorPtr(), fpAdapter->GetRecordCount());
+  return false;
+}
+
+bool PRSUniFactory::IsTargetConstant() const {
+  const int target = fpSpecs->GetDependVar();
+  if (fpVarSpecs->GetKOVACatVar(target)) return fpAdapter->GetCatVarSize(target) <= 1;
+  const double low = fpAdapter->GetContMinValue(target);
+  const double high = fpAdapter->GetContMaxValue(target);
+  return !MCMV::IsMissing(low) && !MCMV::IsMissing(high) && low == high;
+}
+
+void PRSUniFactory::DisplayMessage(const MCFeature::MCStatus& status) const {
+  for (const StatusText& entry : kStatusTexts) {
+    if (entry.fCode != status.GetErrorCode()) continue;
+    BpError(BpComposite(entry.fText), kShow, status.IsError() ? kError : kWarning);
+  }
+}

@@ -1,0 +1,202 @@
+#include "backend/predselect/output/SelOutput.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "backend/predselect/command/PRSMessages.h"
+#include "backend/predselect/drivers/PRSUniFactory.h"
+#include "backend/predselect/output/PRSTables.h"
+#include "backend/predselect/specifications/PRSValidSpecs.h"
+#include "common/MCAssert.h"
+#include "common/MissingValue.h"
+#include "feature/FSSettings.h"
+#include "feature/IFSAlgorithm.h"
+#include "host/cases/UAInputAdapter.h"
+#include "host/data/ProcedureDataSource.h"
+#include "host/output/BpError.h"
+#include "host/output/pivot/BpComposite.h"
+#include "host/output/pivot/BpPivotTable.h"
+#include "host/output/pivot/BpProcedure.h"
+#include "host/output/pivot/BpString.h"
+#include "host/output/pivot/BpVariable.h"
+
+namespace {
+
+constexpr const char* kSource = "backend/predselect/SelOutput";
+
+// Screening reasons in the order in which the rules are applied, with their labels.
+struct ReasonText {
+  int fReason;
+  const char* fCategorical;  // null: the reason does not apply
+  const char* fScale;
+};
+
+constexpr ReasonText kReasons[] = {
+    {MCFSCommon::kAllMissing, "All Cases Missing", "All Cases Missing"},
+    {MCFSCommon::kAllConstant, "All Cases Constant", "All Cases Constant"},
+    {MCFSCommon::kManyMissing, "Cases Missing > ^1", "Cases Missing > ^1"},
+    {MCFSCommon::kManyInSingleCategory, "Cases Constant > ^1", nullptr},
+    {MCFSCommon::kManyCategories, "Categories > ^1", nullptr},
+    {MCFSCommon::kManyCategoriesWithOneCase, "Categories Containing One Case > ^1", nullptr},
+    {MCFSCommon::kSmallStddev, nullptr, "Standard Deviation < ^1"},
+    {MCFSCommon::kSmallVariation, nullptr, "Coefficient Of Variation < ^1"},
+};
+
+const char* LabelOf(const ReasonText& reason, bool categorical) {
+  return categorical ? reason.fCategorical : reason.fScale;
+}
+
+}  // namespace
+
+SelOutput::SelOutput(PRSValidSpecs* pValidSpecs, PRSUniFactory* pFactory,
+                     ProcedureDataSource* pActiveDS, BpProcedure* pProcedure)
+    : fpValidSpecs(pValidSpecs),
+      fpFactory(pFactory),
+      fpActiveDS(pActiveDS),
+      fpProcedure(pProcedure) {
+  MCCommon::Assert(pValidSpecs != nullptr, "pValidSpecs != 0", kSource);
+  MCCommon::Assert(pFactory != nullptr, "pFactory != 0", kSource);
+  MCCommon::Assert(pActiveDS != nullptr, "pActiveDS != 0", kSource);
+  MCCommon::Assert(pProcedure != nullptr, "pProcedure != 0", kSource);
+}
+
+void SelOutput::AddToNotesTable() const {
+  PRSAddCaseNotes(*fpValidSpecs, "Only valid data used ...");
+}
+
+void SelOutput::DisplayTables() const {
+  BpCaseSummary();
+  BpExcludedPred();
+  BpPredSummary();
+  ChartPredSummary();
+  BpSelPredictors();
+}
+
+void SelOutput::BpCaseSummary() const {
+  if (!fpValidSpecs->GetPrintCPS()) return;
+  const IFSAlgorithm& algorithm = Algorithm();
+  PRSCaseCounts counts;
+  int nValid = 0;
+  int nExcluded = 0;
+  algorithm.GetNValidNExcluded(counts.fValid.fWeight, counts.fExcluded.fWeight, nValid, nExcluded);
+  counts.fValid.fCases = nValid;
+  counts.fExcluded.fCases = nExcluded;
+  const KOVA_Variable& target = fpActiveDS->GetVariable(fpValidSpecs->GetDependVar());
+  for (int i = 0; i < algorithm.GetNTargetCategories(); ++i) {
+    int code = 0;
+    std::pair<int, double> found{0, 0.0};
+    if (!algorithm.GetTargetCategoryInfo(i, code, found)) continue;
+    int kovaVar = -1;
+    const KOVA_Value value = fpFactory->GetUAInputAdapter()->DecodeCatValue(
+        algorithm.GetSettings()->GetTargetPosition(), code, kovaVar);
+    counts.fCategories.push_back({PRSCategoryLabel(target, value), {found.second, found.first}});
+  }
+  PRSShowCaseSummary(*fpValidSpecs, target, counts, nullptr);
+}
+
+void SelOutput::BpExcludedPred() const {
+  if (!fpValidSpecs->GetPrintExclude() || !fpValidSpecs->GetScreenStatusOn()) return;
+  const IFSAlgorithm& algorithm = Algorithm();
+  const std::vector<int>& indices = algorithm.GetIndicesDelPred();
+  const std::vector<int>& reasons = algorithm.GetReasonsDelPred();
+  if (indices.empty()) {
+    PRSMessages().NoPredsExcluded();
+    return;
+  }
+  BpPivotTable table("Excluded Predictors", "ExcludedPredictors");
+  table.Caption(BpString("Screening performed in displayed order ..."));
+  table.MinDataColumnWidth(kPRSListWidth);
+  BpDimension rows = table.RowDimension("Reason");
+  BpDimension columns = table.ColumnDimension("Predictors");
+  const BpCategory column = columns.AddCategory(BpString("Predictors"));
+  for (const bool categorical : {true, false}) {
+    BpGroup group = rows.AddGroup(BpString(categorical ? "Categorical" : "Scale"));
+    for (const ReasonText& reason : kReasons) {
+      if (LabelOf(reason, categorical) == nullptr) continue;
+      std::vector<std::string> names;
+      for (std::size_t i = 0; i < indices.size(); ++i) {
+        const bool here = reasons[i] == reason.fReason &&
+                          algorithm.GetSettings()->IsCatPredictor(indices[i]) == categorical;
+        if (here) names.push_back(Predictor(indices[i]).GetName());
+      }
+      if (names.empty()) continue;
+      BpComposite label(LabelOf(reason, categorical));
+      const std::string threshold = Threshold(reason.fReason);
+      if (!threshold.empty()) label.AddLiteral(threshold);
+      table.SetCell({group.AddCategory(label.Finish()), column},
+                    PRSListCell("[%1:\n ^1:]1", names));
+    }
+  }
+  table.Show();
+}
+
+void SelOutput::BpSelPredictors() const {
+  const PRSSelection selection = Selection();
+  if (selection.IsEmpty()) {
+    BpError(BpComposite("No predictors were selected."), 2, 2);
+    return;
+  }
+  if (!fpValidSpecs->GetPrintSelect()) return;
+  std::vector<std::string> lists[] = {SelectedNames(true), SelectedNames(false)};
+  for (std::vector<std::string>& names : lists) std::sort(names.begin(), names.end());
+  PRSShowSelected(lists[0], lists[1]);
+}
+
+void SelOutput::SetMacros() const {
+  PRSSetMacros(*fpValidSpecs, SelectedNames(true), SelectedNames(false));
+}
+
+const IFSAlgorithm& SelOutput::Algorithm() const {
+  const IFSAlgorithm* algorithm = fpFactory->GetIFSAlgorithm();
+  MCCommon::Assert(algorithm != nullptr, "fpAlgorithm != 0", kSource);
+  return *algorithm;
+}
+
+const KOVA_Variable& SelOutput::Predictor(int index) const {
+  return fpActiveDS->GetVariable(
+      fpValidSpecs->GetPredListPtr()->at(static_cast<std::size_t>(index)));
+}
+
+PRSSelection SelOutput::Selection() const { return SelectPredictors(*fpValidSpecs, Algorithm()); }
+
+std::vector<std::string> SelOutput::SelectedNames(bool categorical) const {
+  const PRSSelection selection = Selection();
+  std::vector<std::string> names;
+  for (int i = 0; i < selection.fNSelected; ++i) {
+    const int index = selection.fIndices[static_cast<std::size_t>(i)];
+    if (Algorithm().GetSettings()->IsCatPredictor(index) == categorical) {
+      names.push_back(Predictor(index).GetName());
+    }
+  }
+  return names;
+}
+
+std::string SelOutput::Threshold(int reason) const {
+  const auto shown = [](const std::string& typed, double value, MCHost::OutputFormat format) {
+    const bool percent = format == MCHost::OutputFormat::kPercent;
+    if (!typed.empty()) return percent ? typed + "%" : typed;
+    return MCHost::FormatNumber(value, format);
+  };
+  switch (reason) {
+    case MCFSCommon::kManyMissing:
+      return shown(fpValidSpecs->GetStringPCTMissing(), fpValidSpecs->GetScreenPCTMissing(),
+                   fpProcedure->Percent());
+    case MCFSCommon::kManyInSingleCategory:
+      return shown(fpValidSpecs->GetStringPCTEqual(), fpValidSpecs->GetScreenPCTEqual(),
+                   fpProcedure->Percent());
+    case MCFSCommon::kManyCategories:
+      return shown(fpValidSpecs->GetStringPCTUnequal(), fpValidSpecs->GetScreenPCTUnequal(),
+                   fpProcedure->Percent());
+    case MCFSCommon::kManyCategoriesWithOneCase:
+      return MCHost::FormatNumber(Algorithm().GetSettings()->GetMaxPctCatWithOneCase(),
+                                  fpProcedure->Percent());
+    case MCFSCommon::kSmallStddev:
+      return shown(fpValidSpecs->GetStringStdDev(), fpValidSpecs->GetScreenStdDev(),
+                   fpProcedure->Coefficient());
+    case MCFSCommon::kSmallVariation:
+      return shown(fpValidSpecs->GetStringCoeffVariate(), fpValidSpecs->GetScreenCoeffVariate(),
+                   fpProcedure->Coefficient());
+    default:
+      return "";
+  }
+}

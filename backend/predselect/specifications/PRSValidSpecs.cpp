@@ -1,0 +1,205 @@
+#include "backend/predselect/specifications/PRSValidSpecs.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "common/MCAssert.h"
+#include "feature/FSSettings.h"
+#include "host/cases/MCStopProcessor.h"
+#include "host/cases/UAUniformRandom.h"
+#include "host/cases/UAVarValidSpecs.h"
+#include "host/session/HostFunctions.h"
+#include "naivebayes/NaiveBayesSettings.h"
+
+namespace {
+
+constexpr const char* kSource = "backend/predselect/PRSValidSpecs";
+constexpr double kLeastMemory = 4.0;  // kilobytes
+constexpr double kMostRecords = 0x1p62;
+
+int SizeOf(const PRSValidSpecs::IntList& list) {
+  return list == nullptr ? 0 : static_cast<int>(list->size());
+}
+
+void AssertSameSize(const PRSValidSpecs::IntList& variables, const PRSValidSpecs::BoolList& flags) {
+  const std::size_t nPreds = variables == nullptr ? 0 : variables->size();
+  const std::size_t nFlags = flags == nullptr ? 0 : flags->size();
+  MCCommon::Assert(nPreds == nFlags, "nPreds == nFlags", kSource);
+}
+
+}  // namespace
+
+PRSValidSpecs::PRSValidSpecs() = default;
+PRSValidSpecs::~PRSValidSpecs() = default;
+
+void PRSValidSpecs::SetDependVar(int index, bool categorical) {
+  fDependVar = index;
+  fbDependCatVar = categorical;
+}
+
+void PRSValidSpecs::SetPredictList(IntList predictors, BoolList categorical) {
+  AssertSameSize(predictors, categorical);
+  fpPredictList = std::move(predictors);
+  fbpPredCatVarList = std::move(categorical);
+}
+
+int PRSValidSpecs::GetNPredictVars() const { return SizeOf(fpPredictList); }
+
+void PRSValidSpecs::SetForcePredList(IntList predictors, BoolList categorical) {
+  AssertSameSize(predictors, categorical);
+  fpForcePredList = std::move(predictors);
+  fbpForceCatVarList = std::move(categorical);
+}
+
+int PRSValidSpecs::GetNForcePredVars() const { return SizeOf(fpForcePredList); }
+
+void PRSValidSpecs::SetExceptList(IntList variables) { fpExceptList = std::move(variables); }
+
+int PRSValidSpecs::GetNExceptVars() const { return SizeOf(fpExceptList); }
+
+void PRSValidSpecs::SetScreenOptions(bool on, double pctMissing, double pctEqual, double pctUnequal,
+                                     double coeffVariate, double stdDev) {
+  fbScreenStatusOn = on;
+  fScreenPCTMissing = pctMissing;
+  fScreenPCTEqual = pctEqual;
+  fScreenPCTUnequal = pctUnequal;
+  fScreenCoeffVariate = coeffVariate;
+  fScreenStdDev = stdDev;
+}
+
+void PRSValidSpecs::SetStringScreenOptions(std::string pctMissing, std::string pctEqual,
+                                           std::string pctUnequal, std::string coeffVariate,
+                                           std::string stdDev) {
+  fStringPCTMissing = std::move(pctMissing);
+  fStringPCTEqual = std::move(pctEqual);
+  fStringPCTUnequal = std::move(pctUnequal);
+  fStringCoeffVariate = std::move(coeffVariate);
+  fStringStdDev = std::move(stdDev);
+}
+
+void PRSValidSpecs::SetUniCriteria(int size, MCFSCommon::RankCriteria criterion, double pCutOff,
+                                   int showUnselect, double timer) {
+  fUniSize = size;
+  fUniRank = criterion;
+  fUniPCutOff = pCutOff;
+  fShowUnselect = showUnselect;
+  fTimer = timer;
+}
+
+int PRSValidSpecs::GetUniSize() const {
+  if (GetUniSizeAuto() && fpFeatureSettings != nullptr && fpPredictList != nullptr) {
+    return fpFeatureSettings->GetNBestPredictors(GetNPredictVars());
+  }
+  return fUniSize;
+}
+
+void PRSValidSpecs::SetMultiCriteria(int bins, double memAllocate, int showUnselect, double timer) {
+  fMultiBins = bins;
+  fMultiMemAllocate = memAllocate;
+  fShowUnselect = showUnselect;
+  fTimer = timer;
+}
+
+void PRSValidSpecs::SetMultiTrainSampInfo(double percent, int variable) {
+  fMultiTrainSampPCT = percent;
+  fMultiTrainSampVar = variable;
+}
+
+bool PRSValidSpecs::GetMultiTrainSamp() const {
+  return fMultiTrainSampPCT > 0.0 || fMultiTrainSampVar >= 0;
+}
+
+void PRSValidSpecs::SetMultiSubsetInfo(int maxSize, bool pseudoBIC, bool testData, int exactSize) {
+  fMultiMaxSize = maxSize;
+  fbMultiPseudoBIC = pseudoBIC;
+  fbMultiTestData = testData;
+  fMultiExactSize = exactSize;
+}
+
+void PRSValidSpecs::SetPredProbRoot(KovaVarName root, int number) {
+  fPredProbRoot = std::move(root);
+  fPredProbNumber = number;
+}
+
+void PRSValidSpecs::SetPredValVariable(KovaVarName name, bool suffix) {
+  fPredValVar = std::move(name);
+  fbPredValVarSuffix = suffix;
+}
+
+bool PRSValidSpecs::AddFeaturePrintOption(FeaturePrintOption option) {
+  const bool isNew = std::find(fFeaturePrintOptions.begin(), fFeaturePrintOptions.end(), option) ==
+                     fFeaturePrintOptions.end();
+  if (isNew) fFeaturePrintOptions.push_back(option);
+  return isNew;
+}
+
+void PRSValidSpecs::SetPrintInfo(bool cps, bool exclude, bool summary, bool select, bool classify,
+                                 bool uncert) {
+  fbPrintCPS = cps;
+  fbPrintExclude = exclude;
+  fbPrintSummary = summary;
+  fbPrintSelect = select;
+  fbPrintClassify = classify;
+  fbPrintUncert = uncert;
+}
+
+void PRSValidSpecs::CompleteSpecs() {
+  const bool hasPredictors = fpPredictList != nullptr;
+  MCCommon::Assert(hasPredictors == (fbpPredCatVarList != nullptr),
+                   "fpPredictList != 0 && fbpPredCatVarList != 0", kSource);
+  MCCommon::Assert(!hasPredictors || fpPredictList->size() == fbpPredCatVarList->size(),
+                   "fpPredictList->size() == fbpPredCatVarList->size()", kSource);
+  fpVarValidSpecs = std::make_unique<UAVarValidSpecs>(true, fbMissingExclude, true);
+  fpStopProcessor = std::make_unique<MCStopProcessor>(60.0 * fTimer);
+  const int targetPosition = fpVarValidSpecs->AddVariable(fDependVar, fbDependCatVar);
+  const int weightPosition = fKOVAWeightVar >= 0 ? fpVarValidSpecs->SetWeightVar() : -1;
+  if (hasPredictors) {
+    std::vector<int> positions;
+    fpVarValidSpecs->AddVariables(*fpPredictList, *fbpPredCatVarList, positions);
+  }
+  if (fbUniVariable) {
+    CompleteFeatureSettings(targetPosition, weightPosition);
+  } else {
+    CompleteNaiveSettings();
+  }
+}
+
+void PRSValidSpecs::CompleteFeatureSettings(int targetPosition, int weightPosition) {
+  if (fbpPredCatVarList != nullptr) {
+    fpFeatureSettings = std::make_unique<FSSettings>(*fbpPredCatVarList, fbDependCatVar);
+  } else {
+    fpFeatureSettings = std::make_unique<FSSettings>();
+    fpFeatureSettings->SetTargetType(fbDependCatVar);
+  }
+  fpFeatureSettings->SetTargetPosition(targetPosition);
+  if (weightPosition >= 0) fpFeatureSettings->SetWeightPosition(weightPosition);
+  if (fbScreenStatusOn) {
+    fpFeatureSettings->SetMaxPctMiss(fScreenPCTMissing);
+    fpFeatureSettings->SetMaxPctSingle(fScreenPCTEqual);
+    fpFeatureSettings->SetMaxNCatAsPct(fScreenPCTUnequal);
+    fpFeatureSettings->SetMinVariation(fScreenCoeffVariate);
+    fpFeatureSettings->SetMinStddev(fScreenStdDev);
+  }
+  // A criterion that does not suit the data is refused, and the data's own criteria stay.
+  (void)fpFeatureSettings->SetCriterion(fUniRank, true);
+  for (const FeaturePrintOption option : fFeaturePrintOptions) {
+    (void)fpFeatureSettings->SetCriterion(static_cast<MCFSCommon::RankCriteria>(option), true);
+  }
+  fpFeatureSettings->SetCancelPointer(fpStopProcessor.get());
+}
+
+void PRSValidSpecs::CompleteNaiveSettings() {
+  fpNaiveSettings = std::make_unique<NaiveBayesSettings>();
+  fpRandom = std::make_unique<UAUniformRandom>();
+  if (fpForcePredList != nullptr && fbpForceCatVarList != nullptr) {
+    std::vector<int> positions;
+    fpVarValidSpecs->AddVariables(*fpForcePredList, *fbpForceCatVarList, positions);
+  }
+  MCCommon::Assert(fMultiMemAllocate >= kLeastMemory, "fMultiMemAllocate >= 4.0", kSource);
+  const double bytesPerRecord = 8.0 * fpVarValidSpecs->GetNRecordVars() + 16.0;
+  fpNaiveSettings->SetMaxRecordsInMemory(
+      static_cast<long>(std::min(1024.0 * fMultiMemAllocate / bytesPerRecord, kMostRecords)));
+  fpNaiveSettings->SetUserRNG(fpRandom.get());
+  fpNaiveSettings->SetCancelPointer(fpStopProcessor.get());
+  fpNaiveSettings->SetTempDir(GetKovaTempPath() + "/");
+}

@@ -1,0 +1,45 @@
+// A categorical predictor and a categorical target: their weighted contingency table.
+#pragma once
+
+#include "feature/accumulators/FSMaps.h"
+#include "feature/accumulators/FSPredictorState.h"
+#include "feature/accumulators/IFSPredTargetAccum.h"
+
+class FSCatPCatTAccum : public IFSPredTargetAccum {
+ public:
+  void AddCase(double predictor, double target, double weight, bool update) override;
+  void AddMissing(double weight) override;
+  void AddCaseOneVariable(double, double, bool) override {}
+  void AddBlock(const double* predictor, const FSCaseBlock& cases) override;
+  bool IsAllMissing() const override { return fState.IsAllMissing(); }
+  bool IsAllConstant() const override { return fState.IsAllConstant(); }
+  std::size_t CheckAllReasons(const FSSettings* settings, std::vector<int>& reasons) const override;
+  void Merge(const IFSPredTargetAccum& other, const FSRecode& predictor,
+             const FSRecode& target) override;
+  void ComputeVariances() override {}
+  // Pearson and likelihood-ratio chi-square: p-value, statistic, df; a table of fewer than two rows
+  // or columns has p-value 1, statistic 0 and df 0. Cramer's V: V, chi-square. Lambda: lambda,
+  // number of predictor categories.
+  void ComputeCrit(int criterion, double& value, double& tie1, double& tie2, double& extra1,
+                   double& extra2) const override;
+  bool GetOutputStats(int criterion, double& value, double& out2, double& out3,
+                      double& out4) const override;
+  bool IsCategorical() const override { return true; }
+  const FSMapICnt* GetCategories() const override { return &fPredictorCounts; }
+  int WriteObject(std::fstream& os) const override;
+  int ReadObject(std::fstream& is) override;
+  void WriteObjectXML(std::ostream& os, int indent) const override;
+  void ReadObjectXML(std::ifstream& is) override;
+  void Display(std::ostream& out) const override;
+
+ private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
+  std::size_t AddBlockDense(const double* predictor, const FSCaseBlock& cases);
+  void Add(FSPredictorState& state, int predictor, int target, double weight);
+
+  FSPredictorState fState{FSPredictorState::kNoCategory};
+  FSMapICnt fPredictorCounts;
+  FSMapICnt fTargetCounts;  // among the cases valid on this predictor
+  FSMapPiCnt fJointCounts;
+};

@@ -1,0 +1,47 @@
+// A categorical predictor and a continuous target: the target's moments by predictor category.
+#pragma once
+
+#include "feature/accumulators/FSMapIStat.h"
+#include "feature/accumulators/FSMaps.h"
+#include "feature/accumulators/FSPredictorState.h"
+#include "feature/accumulators/IFSPredTargetAccum.h"
+
+class FSCatPContTAccum : public IFSPredTargetAccum {
+ public:
+  void AddCase(double predictor, double target, double weight, bool update) override;
+  void AddMissing(double weight) override;
+  void AddCaseOneVariable(double, double, bool) override {}
+  void AddBlock(const double* predictor, const FSCaseBlock& cases) override;
+  bool IsAllMissing() const override { return fState.IsAllMissing(); }
+  bool IsAllConstant() const override { return fState.IsAllConstant(); }
+  // Without the rule on categories with one case.
+  std::size_t CheckAllReasons(const FSSettings* settings, std::vector<int>& reasons) const override;
+  void Merge(const IFSPredTargetAccum& other, const FSRecode& predictor,
+             const FSRecode& target) override;
+  void ComputeVariances() override { fTargetByCategory.ComputeVariances(); }
+  // F and t criteria, both by one-way analysis of variance: p-value, F, N, df1, df2.
+  void ComputeCrit(int criterion, double& value, double& tie1, double& tie2, double& extra1,
+                   double& extra2) const override;
+  // The F criterion only.
+  bool GetOutputStats(int criterion, double& value, double& out2, double& out3,
+                      double& out4) const override;
+  bool IsCategorical() const override { return true; }
+  const FSMapICnt* GetCategories() const override { return &fPredictorCounts; }
+  int WriteObject(std::fstream& os) const override;
+  int ReadObject(std::fstream& is) override;
+  void WriteObjectXML(std::ostream& os, int indent) const override;
+  void ReadObjectXML(std::ifstream& is) override;
+  void Display(std::ostream& out) const override;
+
+ private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
+  bool IsWithoutGap(const FSCaseBlock& cases) const;
+  std::size_t AddBlockDense(const double* predictor, const FSCaseBlock& cases);
+  void Add(FSPredictorState& state, int predictor, double target, double weight);
+
+  FSPredictorState fState{FSPredictorState::kNoCategory};
+  double fTargetMean = 0.0;  // over the cases valid on this predictor
+  FSMapICnt fPredictorCounts;
+  FSMapIStat fTargetByCategory;
+};

@@ -1,0 +1,99 @@
+#include "feature/accumulators/FSContPCatTAccum.h"
+
+#include <cmath>
+
+#include "feature/MCFSCommon.h"
+#include "feature/accumulators/FSDenseFront.h"
+#include "feature/accumulators/FSDisplay.h"
+#include "feature/accumulators/FSWalkBlock.h"
+#include "feature/ranking/FSScreening.h"
+#include "feature/statistics/FSTests.h"
+
+using namespace MCFSCommon;
+
+inline void FSContPCatTAccum::Add(FSPredictorState& state, double predictor, int target,
+                                  double weight) {
+  fPredictorByTarget.Accumulate(target, predictor, weight);
+  fMean += FSMeanStep(predictor, fMean, state.GetValidWeight(), weight);
+  state.AddValid(predictor, weight);
+}
+
+void FSContPCatTAccum::AddCase(double predictor, double target, double weight, bool) {
+  if (weight > 0.0) Add(fState, predictor, FSCategory(target), weight);
+}
+
+void FSContPCatTAccum::AddMissing(double weight) {
+  if (weight > 0.0) fState.AddMissing(weight);
+}
+
+void FSContPCatTAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
+  if (cases.fTargetSide > 0) {
+    AddBlockDense(predictor, cases);
+    return;
+  }
+  FSWalkBlock<FSNumbers>(predictor, cases, 0, fState,
+                         [&](FSPredictorState& state, std::size_t i, double x, double w) {
+                           Add(state, x, cases.fpTargetCategories[i], w);
+                         });
+}
+
+void FSContPCatTAccum::AddBlockDense(const double* predictor, const FSCaseBlock& cases) {
+  FSDenseFront<FSMapIStat, FSGroupStats> groups(fPredictorByTarget);
+  double mean = fMean;
+  FSWalkBlock<FSNumbers>(predictor, cases, 0, fState,
+                         [&](FSPredictorState& state, std::size_t i, double x, double w) {
+                           groups[cases.fpTargetCategories[i]].Add(x, w);
+                           mean += FSShareOf(state, cases, i) * (x - mean);
+                           state.AddValid(x, w);
+                         });
+  fMean = mean;
+  groups.PutBack();
+}
+
+void FSContPCatTAccum::Merge(const IFSPredTargetAccum& accumulator, const FSRecode&,
+                             const FSRecode& target) {
+  const auto& other = static_cast<const FSContPCatTAccum&>(accumulator);
+  fMean = FSMeanOfParts(fMean, fState.GetValidWeight(), other.fMean, other.fState.GetValidWeight());
+  fState.Merge(other.fState, other.fState.GetFirst());
+  fPredictorByTarget.Merge(other.fPredictorByTarget, target);
+}
+
+double FSContPCatTAccum::OverallStddev() const {
+  double sum = 0.0;
+  for (const auto& [category, group] : fPredictorByTarget) {
+    const double deviation = group.fMean - fMean;
+    sum += group.fSquaredDeviations + group.fWeight * deviation * deviation;
+  }
+  return std::sqrt(FSVariance(sum, fState.GetValidWeight(), 0.0));
+}
+
+std::size_t FSContPCatTAccum::CheckAllReasons(const FSSettings* settings,
+                                              std::vector<int>& reasons) const {
+  reasons.clear();
+  FSScreening::CheckContinuous(*settings, fState, fMean, OverallStddev(), reasons);
+  return reasons.size();
+}
+
+void FSContPCatTAccum::ComputeCrit(int criterion, double& value, double& tie1, double& tie2,
+                                   double& extra1, double& extra2) const {
+  value = tie1 = tie2 = extra1 = extra2 = MCMV::gMissingValue;
+  if (criterion != kFStat && criterion != kPearson && criterion != kLikelihood) return;
+  const double total = fState.GetValidWeight();
+  tie2 = criterion == kFStat ? total : -total;
+  FSTests::AnovaTest(fPredictorByTarget, fMean, total, value, tie1, extra1, extra2);
+}
+
+bool FSContPCatTAccum::GetOutputStats(int criterion, double& value, double& out2, double& out3,
+                                      double& out4) const {
+  value = out2 = out3 = out4 = MCMV::gMissingValue;
+  if (criterion != kFStat) return false;
+  double cases = 0.0;
+  ComputeCrit(criterion, value, out2, cases, out3, out4);
+  return true;
+}
+
+void FSContPCatTAccum::Display(std::ostream& out) const {
+  FSDisplay::State(out, "FSContPCatTAccum", fState);
+  FSDisplay::Value(out, "Mean", fMean);
+  FSDisplay::Groups(out, "Predictor by target category", fPredictorByTarget);
+}

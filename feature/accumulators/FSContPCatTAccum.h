@@ -1,0 +1,49 @@
+// A continuous predictor and a categorical target: the predictor's moments by target category.
+#pragma once
+
+#include "feature/accumulators/FSMapIStat.h"
+#include "feature/accumulators/FSPredictorState.h"
+#include "feature/accumulators/IFSPredTargetAccum.h"
+
+class FSContPCatTAccum : public IFSPredTargetAccum {
+ public:
+  void AddCase(double predictor, double target, double weight, bool update) override;
+  void AddMissing(double weight) override;
+  void AddCaseOneVariable(double, double, bool) override {}
+  void AddBlock(const double* predictor, const FSCaseBlock& cases) override;
+  bool IsAllMissing() const override { return fState.IsAllMissing(); }
+  bool IsAllConstant() const override { return fState.IsAllConstant(); }
+  std::size_t CheckAllReasons(const FSSettings* settings, std::vector<int>& reasons) const override;
+  void Merge(const IFSPredTargetAccum& other, const FSRecode& predictor,
+             const FSRecode& target) override;
+  void ComputeVariances() override { fPredictorByTarget.ComputeVariances(); }
+  // The F criterion, and Pearson and likelihood ratio, which this predictor enters with its
+  // analysis of variance: p-value, F, N, df1, df2. Under the chi-square criteria a smaller second
+  // tie-break ranks first, so N comes as -N there.
+  void ComputeCrit(int criterion, double& value, double& tie1, double& tie2, double& extra1,
+                   double& extra2) const override;
+  // The F criterion only.
+  bool GetOutputStats(int criterion, double& value, double& out2, double& out3,
+                      double& out4) const override;
+  bool IsCategorical() const override { return false; }
+  const FSMapICnt* GetCategories() const override { return nullptr; }
+  int WriteObject(std::fstream& os) const override;
+  int ReadObject(std::fstream& is) override;
+  void WriteObjectXML(std::ostream& os, int indent) const override;
+  void ReadObjectXML(std::ifstream& is) override;
+  void Display(std::ostream& out) const override;
+
+ private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
+  void AddBlockDense(const double* predictor, const FSCaseBlock& cases);
+  void Add(FSPredictorState& state, double predictor, int target, double weight);
+
+  // Over all valid cases: squared deviations within the groups and of the group means from the
+  // overall mean, divided by W - 1; 0 where W is not above 1.
+  double OverallStddev() const;
+
+  FSPredictorState fState{FSPredictorState::kNoNumber};
+  double fMean = 0.0;
+  FSMapIStat fPredictorByTarget;
+};

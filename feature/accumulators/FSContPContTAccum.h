@@ -1,0 +1,57 @@
+// A continuous predictor and a continuous target: their moments and correlation.
+#pragma once
+
+#include "common/MissingValue.h"
+#include "feature/accumulators/FSPredictorState.h"
+#include "feature/accumulators/IFSPredTargetAccum.h"
+
+class FSContPContTAccum : public IFSPredTargetAccum {
+ public:
+  void AddCase(double predictor, double target, double weight, bool update) override;
+  void AddMissing(double weight) override;
+  void AddCaseOneVariable(double, double, bool) override {}
+  void AddBlock(const double* predictor, const FSCaseBlock& cases) override;
+  bool IsAllMissing() const override { return fState.IsAllMissing(); }
+  bool IsAllConstant() const override { return fState.IsAllConstant(); }
+  std::size_t CheckAllReasons(const FSSettings* settings, std::vector<int>& reasons) const override;
+  void Merge(const IFSPredTargetAccum& other, const FSRecode& predictor,
+             const FSRecode& target) override;
+  // Variances are 0 where the valid weight is not above 1; the correlation is missing there, and
+  // where either variance is not positive.
+  void ComputeVariances() override;
+  // F and t criteria, both by the t test of the correlation: p-value, r^2, N, r, t.
+  void ComputeCrit(int criterion, double& value, double& tie1, double& tie2, double& extra1,
+                   double& extra2) const override;
+  // The t criterion only: p-value, r, t, N - 2.
+  bool GetOutputStats(int criterion, double& value, double& out2, double& out3,
+                      double& out4) const override;
+  bool IsCategorical() const override { return false; }
+  const FSMapICnt* GetCategories() const override { return nullptr; }
+  int WriteObject(std::fstream& os) const override;
+  int ReadObject(std::fstream& is) override;
+  void WriteObjectXML(std::ostream& os, int indent) const override;
+  void ReadObjectXML(std::ifstream& is) override;
+  void Display(std::ostream& out) const override;
+
+ private:
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
+  // Weighted means, squared deviations and cross deviations of predictor (x) and target (y).
+  struct Moments {
+    double fMeanX = 0.0;
+    double fSxx = 0.0;
+    double fMeanY = 0.0;
+    double fSyy = 0.0;
+    double fSxy = 0.0;
+
+    // `share` is weight / (before + weight), `before` the valid weight before the case.
+    void Add(double x, double y, double share, double before, double weight);
+    void Merge(const Moments& other, double weight, double otherWeight);
+  };
+
+  FSPredictorState fState{FSPredictorState::kNoNumber};
+  Moments fMoments;
+  double fPredictorVariance = MCMV::gMissingValue;
+  double fTargetVariance = MCMV::gMissingValue;
+  double fCorrelation = MCMV::gMissingValue;
+};

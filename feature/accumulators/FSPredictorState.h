@@ -1,0 +1,85 @@
+// What every accumulator knows of its predictor: weights seen and whether its values differ.
+#pragma once
+
+#include <cstdint>
+
+#include "common/MissingValue.h"
+#include "feature/accumulators/FSRecode.h"
+
+class FSPredictorState {
+ public:
+  // The first value as long as no valid one was seen, of a categorical and a continuous predictor.
+  static constexpr double kNoCategory = -1.0;
+  static constexpr double kNoNumber = MCMV::gMissingValue;
+
+  // `none` is one of the two.
+  explicit FSPredictorState(double none) : fNone(none), fFirst(none) {}
+
+  // A valid value (a category for a categorical predictor) with a weight above zero.
+  void AddValid(double value, double weight) {
+    if (fbConstant) Track(value);
+    fTotal += weight;
+    ++fNValid;
+  }
+
+  // A missing value with a weight above zero.
+  void AddMissing(double weight) {
+    fTotal += weight;
+    fMissing += weight;
+  }
+
+  // Takes in what was seen of the predictor in another part of the data, whose first value reads
+  // `first` here.
+  void Merge(const FSPredictorState& other, double first) {
+    if (fFirst == fNone) {
+      fFirst = first;
+    } else if (first != fNone) {
+      fbConstant = fbConstant && first == fFirst;
+    }
+    fbConstant = fbConstant && other.fbConstant;
+    fTotal += other.fTotal;
+    fMissing += other.fMissing;
+    fNValid += other.fNValid;
+  }
+
+  // The first valid value, or kNoCategory, kNoNumber.
+  double GetFirst() const { return fFirst; }
+  // Sum of weights of all cases, of the missing ones, of the valid ones.
+  double GetTotalWeight() const { return fTotal; }
+  double GetMissingWeight() const { return fMissing; }
+  double GetValidWeight() const { return fTotal - fMissing; }
+  // Whether the predictor is categorical.
+  bool IsOfCategory() const { return fNone == kNoCategory; }
+  // Number of valid cases, not weighted: of a categorical predictor.
+  std::int64_t GetNValidCases() const { return fNValid; }
+
+  // True without any valid case, also when no case was seen at all.
+  bool IsAllMissing() const { return fTotal == fMissing; }
+  // True until two different values were seen.
+  bool IsAllConstant() const { return fbConstant; }
+
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
+
+ private:
+  void Track(double value) {
+    if (fFirst == fNone) {
+      fFirst = value;
+    } else {
+      fbConstant = value == fFirst;
+    }
+  }
+
+  double fTotal = 0.0;
+  double fMissing = 0.0;
+  std::int64_t fNValid = 0;
+  double fNone;
+  double fFirst;
+  bool fbConstant = true;
+};
+
+// The first category of another component's predictor, as it reads here.
+inline double FSFirstCategory(const FSPredictorState& other, const FSRecode& recode) {
+  const double first = other.GetFirst();
+  return first == FSPredictorState::kNoCategory ? first : recode(static_cast<int>(first));
+}

@@ -1,0 +1,92 @@
+// Saved state of the accumulators. The fields follow their declarations.
+
+#include <algorithm>
+
+#include "feature/accumulators/FSCatAccum.h"
+#include "feature/accumulators/FSCatPCatTAccum.h"
+#include "feature/accumulators/FSCatPContTAccum.h"
+#include "feature/accumulators/FSContAccum.h"
+#include "feature/accumulators/FSContPCatTAccum.h"
+#include "feature/accumulators/FSContPContTAccum.h"
+#include "modelfiles/feature/FSStateFields.h"
+
+namespace {
+
+bool HasSameKeys(const FSMapICnt& counts, const FSMapIStat& groups) {
+  return std::equal(counts.begin(), counts.end(), groups.begin(), groups.end(),
+                    [](const auto& a, const auto& b) { return a.first == b.first; });
+}
+
+// Every pair is of a row and a column that were counted.
+bool HasKeysOf(const FSMapPiCnt& pairs, const FSMapICnt& rows, const FSMapICnt& columns) {
+  double count = 0.0;
+  return std::all_of(pairs.begin(), pairs.end(), [&](const auto& entry) {
+    return rows.GetValue(entry.first.first, count) && columns.GetValue(entry.first.second, count);
+  });
+}
+
+}  // namespace
+
+template <class Archive, class Self>
+void FSCatAccum::Fields(Archive& archive, Self& self) {
+  FSPredictorState::Fields(archive, self.fState);
+  archive.Object(self.fCounts);
+}
+
+template <class Archive, class Self>
+void FSCatPCatTAccum::Fields(Archive& archive, Self& self) {
+  FSPredictorState::Fields(archive, self.fState);
+  archive.Object(self.fPredictorCounts);
+  archive.Object(self.fTargetCounts);
+  archive.Object(self.fJointCounts);
+  if constexpr (Archive::kReading) {
+    archive.Check(HasKeysOf(self.fJointCounts, self.fPredictorCounts, self.fTargetCounts));
+  }
+}
+
+template <class Archive, class Self>
+void FSCatPContTAccum::Fields(Archive& archive, Self& self) {
+  FSPredictorState::Fields(archive, self.fState);
+  archive.AnyDouble(self.fTargetMean);
+  archive.Object(self.fPredictorCounts);
+  archive.Object(self.fTargetByCategory);
+  if constexpr (Archive::kReading) {
+    archive.Check(HasSameKeys(self.fPredictorCounts, self.fTargetByCategory));
+  }
+}
+
+template <class Archive, class Self>
+void FSContAccum::Fields(Archive& archive, Self& self) {
+  FSPredictorState::Fields(archive, self.fState);
+  archive.AnyDouble(self.fMean);
+  FSState::Squares(archive, self.fSquaredDeviations);
+  FSState::Squares(archive, self.fVariance);
+}
+
+template <class Archive, class Self>
+void FSContPCatTAccum::Fields(Archive& archive, Self& self) {
+  FSPredictorState::Fields(archive, self.fState);
+  archive.AnyDouble(self.fMean);
+  archive.Object(self.fPredictorByTarget);
+}
+
+template <class Archive, class Self>
+void FSContPContTAccum::Fields(Archive& archive, Self& self) {
+  FSPredictorState::Fields(archive, self.fState);
+  archive.AnyDouble(self.fMoments.fMeanX);
+  FSState::Squares(archive, self.fMoments.fSxx);
+  archive.AnyDouble(self.fMoments.fMeanY);
+  FSState::Squares(archive, self.fMoments.fSyy);
+  archive.AnyDouble(self.fMoments.fSxy);
+  archive.AnyDouble(self.fPredictorVariance);
+  archive.AnyDouble(self.fTargetVariance);
+  archive.AnyDouble(self.fCorrelation);
+}
+
+// Do not change a tag: saved components are found by it.
+MC_STATE_OPERATIONS(FSCatAccum, "CAPRE", "FSCatAccum")
+MC_STATE_OPERATIONS(FSCatPCatTAccum, "CAPRA", "FSCatPCatTAccum")
+MC_STATE_OPERATIONS(FSCatPContTAccum, "CAPCO", "FSCatPContTAccum")
+MC_STATE_OPERATIONS(FSContAccum, "COPRE", "FSContAccum")
+MC_STATE_OPERATIONS(FSContPCatTAccum, "COPRA", "FSContPCatTAccum")
+MC_STATE_OPERATIONS(FSContPContTAccum, "COPCO", "FSContPContTAccum")

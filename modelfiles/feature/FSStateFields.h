@@ -1,0 +1,82 @@
+// What the saved classes of the feature selection engine have in common: kinds of values with the
+// checks that reading makes of them.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "common/state/StateArchive.h"
+#include "feature/accumulators/FSPredictorState.h"
+
+namespace FSState {
+
+// No count of cases comes near this, so sums of counts cannot overflow.
+inline constexpr std::int64_t kMostCases = std::int64_t{1} << 53;
+
+// A sum of weights: huge ones make it infinite.
+template <class Archive, class Value>
+void Weight(Archive& archive, Value& weight) {
+  archive.AnyDouble(weight);
+  archive.Check(weight >= 0.0);
+}
+
+// A sum of weights of something that was seen.
+template <class Archive, class Value>
+void PositiveWeight(Archive& archive, Value& weight) {
+  archive.AnyDouble(weight);
+  archive.Check(weight > 0.0);
+}
+
+// A sum of squares: huge values make it infinite, or not a number.
+template <class Archive, class Value>
+void Squares(Archive& archive, Value& sum) {
+  archive.AnyDouble(sum);
+  archive.Check(!(sum < 0.0));
+}
+
+// A number from `first` to `last`.
+template <class Archive, class Value>
+void Ranged(Archive& archive, Value& value, int first, int last) {
+  int number = static_cast<int>(value);
+  archive.Int(number);
+  if constexpr (Archive::kReading) {
+    archive.Check(number >= first && number <= last);
+    value = static_cast<Value>(number);
+  }
+}
+
+// A list of numbers from `first` to `last`.
+template <class Archive, class List>
+void RangedInts(Archive& archive, List& list, int first, int last) {
+  StateInts(archive, list);
+  for (const int value : list) archive.Check(value >= first && value <= last);
+}
+
+// The entries of a map, in ascending order of the key; `fields` lists those of one entry.
+template <class Archive, class Entries, class EntryFields>
+void MapEntries(Archive& archive, Entries& entries, int bytesPerEntry, EntryFields fields) {
+  archive.Size(entries, bytesPerEntry);
+  for (std::size_t i = 0; i < entries.size(); ++i) {
+    fields(entries[i]);
+    archive.Check(i == 0 || entries[i - 1].first < entries[i].first);
+  }
+}
+
+}  // namespace FSState
+
+template <class Archive, class Self>
+void FSPredictorState::Fields(Archive& archive, Self& self) {
+  FSState::Weight(archive, self.fTotal);
+  if (self.IsOfCategory()) archive.Long(self.fNValid);
+  FSState::Weight(archive, self.fMissing);
+  if (self.IsOfCategory()) {
+    archive.Int(self.fFirst);
+  } else {
+    archive.Double(self.fFirst);
+  }
+  archive.Flag(self.fbConstant);
+  archive.Check(self.fMissing <= self.fTotal && self.fNValid >= 0 &&
+                self.fNValid <= FSState::kMostCases);
+  archive.Check(self.fbConstant || self.fFirst != self.fNone);
+}

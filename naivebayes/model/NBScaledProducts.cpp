@@ -1,0 +1,131 @@
+#include "naivebayes/model/NBScaledProducts.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
+
+#include "naivebayes/model/NBayesInput.h"
+
+namespace {
+
+constexpr int kStep = 200;
+constexpr double kScale = 0x1p200;
+constexpr double kScaleBelow = 0x1p-200;  // a mantissa below this is scaled up ...
+constexpr double kLookBelow = 0x1p-400;   // ... once the bound says that one may be below this
+
+// The inner loop with the number of categories known, so that the compiler unrolls it.
+template <int kCategories>
+void MultiplyRows(const NBayesInputBase& input, const std::int32_t* codes, std::size_t records,
+                  std::size_t categories, double* products) {
+  const std::size_t n = kCategories > 0 ? kCategories : categories;
+  for (std::size_t i = 0; i < records; ++i, products += n) {
+    const double* factors = input.GetFactors(codes[i]);
+    for (std::size_t k = 0; k < n; ++k) products[k] *= factors[k];
+  }
+}
+
+// One record through all inputs, as long as the bound from below of its products stays high enough.
+template <int kCategories>
+bool MultiplyRecord(const std::vector<NBayesInput>& inputs, const std::int32_t* codes,
+                    std::vector<double>& products) {
+  const std::size_t n = kCategories > 0 ? kCategories : products.size();
+  double least = 1.0;
+  for (const double prior : products) least = std::min(least, prior);
+  // Few products stay in registers.
+  std::array<double, kCategories> few;
+  double* values = products.data();
+  if constexpr (kCategories > 0) {
+    std::copy_n(values, kCategories, few.begin());
+    values = few.data();
+  }
+  for (const NBayesInput& input : inputs) {
+    const double* factors = input.GetFactors(*codes++);
+    for (std::size_t k = 0; k < n; ++k) values[k] *= factors[k];
+    least *= input.GetLeastFactor();
+  }
+  if constexpr (kCategories > 0) std::copy(few.begin(), few.end(), products.begin());
+  return least >= kLookBelow;
+}
+
+}  // namespace
+
+void NBScaledProducts::Reset(const std::vector<double>& priors, std::size_t records) {
+  fNRecords = records;
+  fNCategories = priors.size();
+  fvScalings.clear();
+  fvAligned.clear();
+  fvOffsets.clear();
+  fvMantissas.resize(records * fNCategories);
+  for (std::size_t i = 0; i < records; ++i) {
+    std::copy(priors.begin(), priors.end(), fvMantissas.begin() + i * fNCategories);
+  }
+  fLeast = priors.empty() ? 1.0 : std::min(1.0, *std::min_element(priors.begin(), priors.end()));
+}
+
+void NBScaledProducts::Multiply(const NBayesInputBase& input, const std::int32_t* codes) {
+  if (fLeast * input.GetLeastFactor() < kLookBelow) ScaleUp();
+  fLeast *= input.GetLeastFactor();
+  double* products = fvMantissas.data();
+  switch (fNCategories) {
+    case 2:
+      return MultiplyRows<2>(input, codes, fNRecords, 2, products);
+    case 3:
+      return MultiplyRows<3>(input, codes, fNRecords, 3, products);
+    default:
+      return MultiplyRows<0>(input, codes, fNRecords, fNCategories, products);
+  }
+}
+
+bool NBScaledProducts::MultiplyPlain(const std::vector<NBayesInput>& inputs,
+                                     const std::int32_t* codes, std::vector<double>& products) {
+  switch (products.size()) {
+    case 2:
+      return MultiplyRecord<2>(inputs, codes, products);
+    case 3:
+      return MultiplyRecord<3>(inputs, codes, products);
+    default:
+      return MultiplyRecord<0>(inputs, codes, products);
+  }
+}
+
+void NBScaledProducts::ScaleUp() {
+  fLeast = 1.0;
+  for (std::size_t cell = 0; cell < fvMantissas.size(); ++cell) {
+    double& mantissa = fvMantissas[cell];
+    while (mantissa < kScaleBelow && mantissa > 0) {
+      if (fvScalings.empty()) fvScalings.assign(fvMantissas.size(), 0);
+      mantissa *= kScale;
+      ++fvScalings[cell];
+    }
+    fLeast = std::min(fLeast, mantissa);
+  }
+}
+
+// Every record gets the exponent of its largest product, which leaves the rest all their digits.
+void NBScaledProducts::Align() {
+  if (fvScalings.empty()) return;
+  fvAligned.resize(fvMantissas.size());
+  fvOffsets.resize(fNRecords);
+  for (std::size_t i = 0; i < fNRecords; ++i) {
+    const double* mantissas = &fvMantissas[i * fNCategories];
+    const std::int32_t* scalings = &fvScalings[i * fNCategories];
+    int largest = std::numeric_limits<int>::min();
+    for (std::size_t k = 0; k < fNCategories; ++k) {
+      if (mantissas[k] > 0)
+        largest = std::max(largest, std::ilogb(mantissas[k]) - kStep * scalings[k]);
+    }
+    if (largest == std::numeric_limits<int>::min()) largest = 0;
+    fvOffsets[i] = largest;
+    for (std::size_t k = 0; k < fNCategories; ++k) {
+      fvAligned[i * fNCategories + k] = std::ldexp(mantissas[k], -kStep * scalings[k] - largest);
+    }
+  }
+}
+
+double NBScaledProducts::SumOf(std::size_t record) const {
+  const double* values = Values(record);
+  double sum = 0;
+  for (std::size_t k = 0; k < fNCategories; ++k) sum += values[k];
+  return sum;
+}

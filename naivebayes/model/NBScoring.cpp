@@ -1,0 +1,40 @@
+#include "naivebayes/model/NBScoring.h"
+
+#include <algorithm>
+
+#include "naivebayes/model/NBScaledProducts.h"
+#include "naivebayes/model/NBayesOutput.h"
+
+namespace NBScoring {
+
+void Normalize(const NBScaledProducts& products, std::size_t record, std::vector<double>& out) {
+  const double* values = products.Values(record);
+  std::copy(values, values + out.size(), out.begin());
+  Normalize(out);
+}
+
+void Normalize(std::vector<double>& values) {
+  double sum = 0;
+  for (const double value : values) sum += value;
+  for (double& value : values) value = sum > 0 ? value / sum : 0.0;
+}
+
+int SelectWinner(const std::vector<double>& probabilities, const NBayesOutput& output) {
+  const int n = static_cast<int>(probabilities.size());
+  if (n < 2) return 0;
+  int first = 0;
+  for (int i = 1; i < n; ++i) {
+    if (probabilities[i] > probabilities[first]) first = i;
+  }
+  // The tied ones are those after category 0; the first of them is passed over.
+  int winner = first;
+  bool passed = false;
+  for (int i = std::max(first, 1); i < n; ++i) {
+    if (probabilities[i] != probabilities[first]) continue;
+    if (passed && output.GetCount(i) > output.GetCount(winner)) winner = i;
+    passed = true;
+  }
+  return winner;
+}
+
+}  // namespace NBScoring

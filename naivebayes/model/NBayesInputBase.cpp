@@ -1,0 +1,105 @@
+#include "naivebayes/model/NBayesInputBase.h"
+
+#include <algorithm>
+#include <ostream>
+
+void NBayesInputBase::Setup(int categories, int targetCategories) {
+  fNCategories = categories;
+  fNNonEmpty = 0;
+  fNTargets = targetCategories;
+  fvCounts.assign(Cell(categories, 0), 0.0);
+  fvProbabilities.assign(Cell(categories + 1, 0), 0.0);
+  std::fill(fvProbabilities.begin() + Cell(categories, 0), fvProbabilities.end(), 1.0);
+}
+
+void NBayesInputBase::Setup(double alpha, const std::vector<std::vector<double>>& counts) {
+  std::size_t longest = 0;
+  for (const auto& row : counts) longest = std::max(longest, row.size());
+  Setup(static_cast<int>(counts.size()), static_cast<int>(longest));
+  for (std::size_t m = 0; m < counts.size(); ++m) {
+    std::copy(counts[m].begin(), counts[m].end(), fvCounts.begin() + Cell(m, 0));
+  }
+  ComputeProbabilities(alpha);
+}
+
+double NBayesInputBase::GetRowTotal(int category) const {
+  double total = 0;
+  for (int k = 0; k < fNTargets; ++k) total += GetCount(category, k);
+  return total;
+}
+
+int NBayesInputBase::ComputeProbabilities(double alpha) {
+  std::vector<double> totals(fNTargets, 0.0);
+  fNNonEmpty = 0;
+  for (int m = 0; m < fNCategories; ++m) {
+    fNNonEmpty += GetRowTotal(m) > 0;
+    for (int k = 0; k < fNTargets; ++k) totals[k] += GetCount(m, k);
+  }
+  fLeastFactor = 1.0;
+  for (std::size_t cell = 0; cell < fvCounts.size(); ++cell) {
+    const double total = totals[cell % fNTargets];
+    const double p =
+        fNNonEmpty > 0 ? (alpha + fvCounts[cell]) / (fNNonEmpty * alpha + total) : alpha;
+    fvProbabilities[cell] = p;
+    fLeastFactor = std::min(fLeastFactor, p);
+  }
+  return fNNonEmpty;
+}
+
+void NBayesInputBase::ResetCounts() { std::fill(fvCounts.begin(), fvCounts.end(), 0.0); }
+
+void NBayesInputBase::AddCases(const std::int32_t* codes, const std::int32_t* targets,
+                               const double* weights, std::size_t cases) {
+  double* counts = fvCounts.data();
+  for (std::size_t i = 0; i < cases; ++i) {
+    if (codes[i] >= 0) counts[Cell(codes[i], targets[i])] += weights[i];
+  }
+}
+
+void NBayesInputBase::AddUnitCases(const std::int32_t* codes, const std::int32_t* targets,
+                                   std::size_t cases) {
+  // Two tables in turn, so that an addition need not wait for the one before, with a first row for
+  // missing codes; whole numbers give the same sums in any order.
+  const std::size_t cells = Cell(fNCategories + 1, 0);
+  if (cells > cases) {  // not worth two more tables
+    for (std::size_t i = 0; i < cases; ++i) {
+      if (codes[i] >= 0) AddCount(codes[i], targets[i], 1.0);
+    }
+    return;
+  }
+  std::vector<std::uint32_t> tallies(2 * cells);
+  std::uint32_t* even = tallies.data();
+  std::uint32_t* odd = even + cells;
+  std::size_t i = 0;
+  for (; i + 1 < cases; i += 2) {
+    ++even[Cell(codes[i] + 1, targets[i])];
+    ++odd[Cell(codes[i + 1] + 1, targets[i + 1])];
+  }
+  if (i < cases) ++even[Cell(codes[i] + 1, targets[i])];
+  for (std::size_t cell = 0; cell < fvCounts.size(); ++cell) {
+    fvCounts[cell] += even[cell + fNTargets] + odd[cell + fNTargets];
+  }
+}
+
+void NBayesInputBase::Grow(int categories, int targetCategories) {
+  const NBayesInputBase old = *this;
+  Setup(std::max(categories, fNCategories), std::max(targetCategories, fNTargets));
+  for (int m = 0; m < old.fNCategories; ++m) {
+    for (int k = 0; k < old.fNTargets; ++k) AddCount(m, k, old.GetCount(m, k));
+  }
+}
+
+void NBayesInputBase::AddCount(int category, int target, double weight) {
+  fvCounts[Cell(category, target)] += weight;
+}
+
+void NBayesInputBase::Display(std::ostream& os) const {
+  os << "Predictor categories " << fNCategories << ", non-empty " << fNNonEmpty << '\n';
+  for (int m = 0; m < fNCategories; ++m) {
+    os << m << ':';
+    for (int k = 0; k < fNTargets; ++k) {
+      os << ' ' << GetCount(m, k) << " (" << GetProbability(m, k) << ')';
+    }
+    os << '\n';
+  }
+}

@@ -1,0 +1,45 @@
+#include "naivebayes/model/NBayesOutput.h"
+
+#include <algorithm>
+#include <ostream>
+
+#include "naivebayes/variables/NBCodeMap.h"
+
+void NBayesOutput::Setup(int targetCategories) {
+  fvCounts.assign(targetCategories, 0.0);
+  fvPriors.assign(targetCategories, 0.0);
+}
+
+int NBayesOutput::ComputeProbabilities(double totalWeight) {
+  const auto nonEmpty = static_cast<int>(
+      std::count_if(fvCounts.begin(), fvCounts.end(), [](double count) { return count > 0; }));
+  const double alpha = 1.0 / totalWeight;
+  for (std::size_t k = 0; k < fvCounts.size(); ++k) {
+    fvPriors[k] = (fvCounts[k] + alpha) / (totalWeight + nonEmpty / totalWeight);
+  }
+  return nonEmpty;
+}
+
+void NBayesOutput::ResetCounts() { std::fill(fvCounts.begin(), fvCounts.end(), 0.0); }
+
+void NBayesOutput::AddCases(const std::int32_t* targets, const double* weights, std::size_t cases) {
+  for (std::size_t i = 0; i < cases; ++i) fvCounts[targets[i]] += weights[i];
+}
+
+std::vector<int> NBayesOutput::MergeTargetCounts(const NBayesOutput& other) {
+  std::vector<int> map = MakeCodeMap(*other.fpVariable, other.GetNCategories(), *fpVariable);
+  const auto needed = static_cast<std::size_t>(fpVariable->GetNumberOfCategories());
+  if (fvCounts.size() < needed) {
+    fvCounts.resize(needed, 0.0);
+    fvPriors.resize(needed, 0.0);
+  }
+  for (std::size_t k = 0; k < map.size(); ++k) fvCounts[map[k]] += other.fvCounts[k];
+  return map;
+}
+
+void NBayesOutput::Display(std::ostream& os) const {
+  os << "Target categories " << fvCounts.size() << '\n';
+  for (std::size_t k = 0; k < fvCounts.size(); ++k) {
+    os << k << ": " << fvCounts[k] << " (" << fvPriors[k] << ")\n";
+  }
+}

@@ -1,0 +1,145 @@
+// Chooses which candidate predictors enter a Naive Bayes model.
+//
+// A nested sequence of subsets grows by forward steps, each taking the candidate that most raises
+// the average conditional log-likelihood
+//   loglik(S) = Base + sum of A(j) over S + B(S),   B(S) = -(1/N) sum over records of w D(x,S),
+//   D(x,S) = log sum over k of Pi(k) * product over j in S of P(x_j|k);
+// a size is then chosen: exactly as asked, by the smallest pseudo-BIC, or by test records. Records
+// in memory serve the steps themselves; otherwise each step simulates records from the model and
+// takes B with w = 1 and their number in place of N. Missing values add no factor.
+//
+// A selector lives for one selection. Input positions count the model's inputs (forced predictors
+// have role input, candidates role possible input) from 0. Everything handed over stays the
+// caller's.
+#pragma once
+
+#include <iosfwd>
+#include <utility>
+#include <vector>
+
+#include "common/RecordIterator.h"
+#include "naivebayes/MCStatus.h"
+#include "naivebayes/NBCancelInfo.h"
+#include "naivebayes/NaiveBayesSettings.h"
+#include "naivebayes/model/NBNumerics.h"
+#include "naivebayes/model/NBScaledProducts.h"
+#include "naivebayes/model/NBayesInput.h"
+#include "naivebayes/model/NBayesOutput.h"
+#include "naivebayes/selection/MCRandom.h"
+#include "naivebayes/store/NBCodeBlock.h"
+
+class NBDataPreparator;
+class NBVarList;
+struct MCApplicInfo4XML;
+namespace MCCommonXML {
+class XMLElement;
+}
+
+class NBAttributeSelector {
+ public:
+  using Results = std::vector<std::pair<int, double>>;  // subset size, criterion
+
+  // `totalWeight` is the model's N; records have a weight column when the list has a weight
+  // variable.
+  NBAttributeSelector(std::vector<NBayesInput>& inputs, NBayesOutput& output, NBVarList& varList,
+                      NaiveBayesSettings& settings, NBCancelInfo& cancel, double totalWeight);
+
+  // Each builds the sequence from processed training records (fromData: they serve the steps),
+  // picks a size, gives the chosen candidates the role of inputs in the variable list, and hands
+  // back the whole order of entry as variable indices. `results` holds the best nReport sizes in
+  // rank order. Errors: 1 cancelled, 70001 the record store could not be read.
+  MCNaive::MCStatus SelectExact(int size, MCCommon::MultiPassRecordIter& data, int nRecords,
+                                bool fromData, std::vector<int>& selected);
+  MCNaive::MCStatus SelectMaxBIC(int maxSize, MCCommon::MultiPassRecordIter& data, int nRecords,
+                                 bool fromData, std::vector<int>& selected, Results& results,
+                                 int nReport);
+  // Test records are original records, encoded by the preparator; nTest below 0 is no limit. Also
+  // 70003 when none is valid, and the errors of their encoding.
+  MCNaive::MCStatus SelectMaxTestData(int maxSize, MCCommon::MultiPassRecordIter& data,
+                                      int nRecords, bool fromData,
+                                      MCCommon::MultiPassRecordIter& test, int nTest,
+                                      std::vector<int>& selected, Results& results, int nReport,
+                                      NBDataPreparator* preparator);
+
+  // Copies the log-likelihood by subset size (element s - 1 is size s; the missing value below the
+  // number of forced predictors) and returns how many sizes there are.
+  int GetLoglikelihood(std::vector<double>& logLikelihoods) const;
+  // The sizes of the last selection as (criterion, size) in rank order; empty for an exact size.
+  const std::vector<std::pair<double, int>>& GetResults() const { return fvResults; }
+  const std::vector<int>& GetSelectionOrder() const { return fvOrder; }
+
+  // Writes the last selection as a NaiveBayesAttrSelection document: the order of entry, and the
+  // sizes of GetResults() (an exact size: the one subset). `testData` names the criterion. Status 1
+  // after a cancel, and nothing is written; warning 70006, with the variable as datum 0 (-1: the
+  // application), for a text that XML cannot hold, and nothing is written either.
+  MCNaive::MCStatus ExportXML(std::ostream& os, bool testData, MCApplicInfo4XML* appInfo) const;
+
+  // A(j) = sum over k and m of N(j,m,k) / N * log P(m|k).
+  double ComputeAJTerm(int input, double n) const;
+
+  // D of the current subset with each candidate in turn, for one processed record.
+  void ComputeOneTermBJ(const std::vector<int>& current, const std::vector<int>& candidates,
+                        const MCCommon::Record& record, std::vector<double>& out) const;
+
+  // Draws a processed record from the model: the target by the priors, each input by its column.
+  void GenerateSimulatedRecord(MCCommon::Record& record, MCNaiveBayes::MCRandom& random) const;
+
+ private:
+  struct TestCounts;
+
+  // Returns 0, or -1 when cancelled or when the store could not be read.
+  int BuildSubsetSequence(int maxSize, MCCommon::MultiPassRecordIter& data, int nRecords,
+                          bool fromData);
+  // A, Base, the forced predictors and the candidates; returns Base plus the A of the forced ones.
+  // -1 size vectors are left alone when cancelled.
+  double StartSequence(int maxSize, std::vector<int>& candidates);
+  bool StartFromData(MCCommon::MultiPassRecordIter& data, double running);
+  // B of the current subset with each candidate: from the records in memory, or simulated.
+  void ComputeBJ(const std::vector<int>& candidates, std::vector<double>& out);
+  void ComputeBJ(const std::vector<int>& current, const std::vector<int>& candidates,
+                 std::vector<double>& out, MCNaiveBayes::MCRandom& random);
+  double ComputeB(int candidate) const;
+  void Enter(int candidate, double running, double score);
+  void Report(int maxSize, int nCandidates, int nRecords, double seconds);
+
+  // The sums over the records of w D(x, S_s) for sizes first .. last; counts test records, too,
+  // when asked. False after a cancel or a read error.
+  bool SumTerms(MCCommon::RecordIterator& records, int first, int last, std::vector<NBLogSum>& sums,
+                TestCounts* counts) const;
+  // Log-likelihoods on the training data where the steps gave none, or only simulated ones.
+  bool CompleteLogLikelihoods(MCCommon::MultiPassRecordIter& data, int lastSize);
+
+  // Each returns the chosen size (0 when there is no predictor), or a negative value.
+  int SortAndRankBIC(Results& results, int nReport);
+  int SortAndRankTest(MCCommon::RecordIterator& test, Results& results, int nReport);
+  int FillSelectionResults(std::vector<std::pair<double, int>> ranked, int nReport,
+                           Results& results);
+
+  void ConvertSelectedPredictors(std::vector<int>& selected) const;
+  // Returns how many candidates were chosen.
+  int UpdateVarlist(int size);
+  MCNaive::MCStatus FailureStatus() const;
+  void AddSubset(MCCommonXML::XMLElement& root, int size, const double* criterion, int rank) const;
+  int FirstSize() const { return fNForced > 1 ? fNForced : 1; }
+  int NSizes() const { return static_cast<int>(fvOrder.size()); }
+
+  std::vector<NBayesInput>& fInputs;
+  NBayesOutput& fOutput;
+  NBVarList& fVarList;
+  NaiveBayesSettings& fSettings;
+  NBCancelInfo& fCancel;
+  double fTotalWeight;
+  bool fbHasWeight;
+
+  std::vector<int> fvOrder;  // input positions in order of entry, forced ones first
+  int fNForced = 0;
+  std::vector<double> fvA;
+  std::vector<double> fvLogLikelihood;
+  std::vector<double> fvAPart;
+  bool fbSimulated = false;
+  bool fbReadError = false;
+  std::vector<std::pair<double, int>> fvResults;
+
+  NBCodeBlock fTraining;       // all training records, when they serve the steps
+  NBScaledProducts fProducts;  // of the current subset, for each of them
+};
