@@ -35,7 +35,10 @@ enum StatusCode : std::int64_t {
   kAllInputsMissing = 70016,    // warning
   kTargetMissing = 70017,       // of a record: it is left out
   kWeightMissing = 70018,       // of a record: it is left out
-  kTooFewRecords = 70020        // fewer than 2 training records
+  kTooFewRecords = 70020,       // fewer than 2 training records
+  // Set by the procedure that drives the component.
+  kVariablesNotMade = 2,  // the new variables cannot be named as asked
+  kDataUnusable = 70000   // no case, a constant target, or reading failed
 };
 
 inline MCStatus Error(StatusCode code) { return {code, false}; }

@@ -5,6 +5,7 @@
 
 #include "backend/predselect/command/PRSMessages.h"
 #include "backend/predselect/drivers/PRSMultiFactory.h"
+#include "backend/predselect/drivers/PRSMultiRun.h"
 #include "backend/predselect/output/PRSTables.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "common/MCAssert.h"
@@ -292,7 +293,7 @@ void NaiveOutput::DisplayClassification() const {
   if (!fpFactory->IsClassified()) {
     PRSMessages().GenericWarning("Too many categories to show classification: ^1, ^2...",
                                  std::to_string(nCats).c_str(),
-                                 std::to_string(PRSMultiFactory::kMostClassified).c_str(), nullptr);
+                                 std::to_string(PRSMultiRun::kMostClassified).c_str(), nullptr);
     return;
   }
   const NBOutputStatistics* train = fpAlgorithm->GetTrainOutStats();

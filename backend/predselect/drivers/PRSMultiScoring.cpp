@@ -1,7 +1,8 @@
-// The NAIVEBAYES driver's scoring pass: the saved variables and the classification counts.
+#include "backend/predselect/drivers/PRSMultiScoring.h"
+
 #include "backend/predselect/command/PRSGrammar.h"
 #include "backend/predselect/drivers/NaiveDataSourceIter.h"
-#include "backend/predselect/drivers/PRSMultiFactory.h"
+#include "backend/predselect/drivers/PRSMultiRun.h"
 #include "backend/predselect/drivers/PRSProgress.h"
 #include "backend/predselect/output/PRSTables.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
@@ -21,8 +22,7 @@
 
 namespace {
 
-constexpr const char* kSource = "backend/predselect/PRSMultiFactory";
-constexpr int kVariablesNotMade = 2;
+constexpr const char* kSource = PRSMultiRun::kSource;
 constexpr KOVA_Format kProbabilityFormat{KOVA_Format::kNumber, 5, 3};
 constexpr std::int64_t kReportEvery = 4096;  // cases
 
@@ -32,30 +32,41 @@ VarSpecObj SaveRole(const char* param, const KOVA_DataSource& source) {
 
 }  // namespace
 
-bool PRSMultiFactory::IsClassified() const {
-  return fpSpecs->GetPrintClassify() &&
-         fpAdapter->GetCatVarSize(fpSpecs->GetDependVar()) <= kMostClassified;
+PRSMultiScoring::PRSMultiScoring(PRSMultiRun& run, INBAlgorithm& algorithm, int nSaveDepCats)
+    : fRun(run),
+      fSpecs(run.Specs()),
+      fSource(run.Source()),
+      fAlgorithm(algorithm),
+      fNSaveDepCats(nSaveDepCats) {
+  fParserMessages.SetCommandName(PRSGrammar::kNaiveBayes);
+  fParserMessages.SetProcedureTitle("NaiveBayes");
 }
 
-bool PRSMultiFactory::CreateNewVars() {
-  const int target = fpSpecs->GetDependVar();
-  for (int code = 0; code < fpAdapter->GetCatVarSize(target); ++code) {
-    fDependValues.push_back(Decode(target, code));
+PRSMultiScoring::~PRSMultiScoring() = default;
+
+bool PRSMultiScoring::IsNeeded() const {
+  return !fSpecs.GetPredValVarName().IsEmpty() || fNSaveDepCats >= 1 || fRun.IsClassified();
+}
+
+bool PRSMultiScoring::CreateNewVars() {
+  const int target = fSpecs.GetDependVar();
+  for (int code = 0; code < fRun.Adapter().GetCatVarSize(target); ++code) {
+    fDependValues.push_back(fRun.Decode(target, code));
   }
   return CreatePredictedValue() && CreateProbabilities();
 }
 
-bool PRSMultiFactory::CreatePredictedValue() {
-  const KovaVarName& asked = fpSpecs->GetPredValVarName();
+bool PRSMultiScoring::CreatePredictedValue() {
+  const KovaVarName& asked = fSpecs.GetPredValVarName();
   if (asked.IsEmpty()) return true;
   KovaVarName name;
-  if (!SaveRole("PREDVAL", *fpSource).NewVarNameByRoot(asked, name)) {
+  if (!SaveRole("PREDVAL", fSource).NewVarNameByRoot(asked, name)) {
     fParserMessages.InvalidVarName(asked.GetName(), "PREDVAL", "SAVE");
     return false;
   }
-  const KOVA_Variable& target = fpSource->GetVariable(fpSpecs->GetDependVar());
-  fPredValVar = fpSource->MakeVariable(name.GetName(), target.GetType());
-  KOVA_Variable& predicted = fpSource->GetVariable(fPredValVar);
+  const KOVA_Variable& target = fSource.GetVariable(fSpecs.GetDependVar());
+  fPredValVar = fSource.MakeVariable(name.GetName(), target.GetType());
+  KOVA_Variable& predicted = fSource.GetVariable(fPredValVar);
   predicted.SetFormat(target.GetFormat());
   predicted.SetWriteFormat(target.GetWriteFormat());
   predicted.SetMeasurementLevel(target.GetMeasurementLevel());
@@ -66,20 +77,20 @@ bool PRSMultiFactory::CreatePredictedValue() {
   return true;
 }
 
-bool PRSMultiFactory::CreateProbabilities() {
-  const KovaVarName& root = fpSpecs->GetPredProbRootName();
+bool PRSMultiScoring::CreateProbabilities() {
+  const KovaVarName& root = fSpecs.GetPredProbRootName();
   if (root.IsEmpty()) return true;
   std::vector<KovaVarName> names;
-  if (!SaveRole("PREDPROB", *fpSource).NewVarNamesByRoot(root, fNSaveDepCats, names)) {
+  if (!SaveRole("PREDPROB", fSource).NewVarNamesByRoot(root, fNSaveDepCats, names)) {
     fParserMessages.InvalidVarName(root.GetName(), "PREDPROB", "SAVE");
     return false;
   }
-  const KOVA_Variable& target = fpSource->GetVariable(fpSpecs->GetDependVar());
+  const KOVA_Variable& target = fSource.GetVariable(fSpecs.GetDependVar());
   for (int i = 0; i < fNSaveDepCats; ++i) {
     const std::string& name = names[static_cast<std::size_t>(i)].GetName();
     const KOVA_Value& category = fDependValues[static_cast<std::size_t>(i)];
-    const int column = fpSource->MakeVariable(name, 0);
-    KOVA_Variable& probability = fpSource->GetVariable(column);
+    const int column = fSource.MakeVariable(name, 0);
+    KOVA_Variable& probability = fSource.GetVariable(column);
     probability.SetFormat(kProbabilityFormat);
     probability.SetWriteFormat(kProbabilityFormat);
     probability.SetMeasurementLevel(KOVA_Variable::kScale);
@@ -96,52 +107,51 @@ bool PRSMultiFactory::CreateProbabilities() {
   return true;
 }
 
-bool PRSMultiFactory::ScoringDataPass() {
-  if (fStatus.IsError()) return false;
-  if (!CreateNewVars()) return Fail(kVariablesNotMade);
+bool PRSMultiScoring::ScoringDataPass() {
+  if (fRun.GetStatus().IsError()) return false;
+  if (!CreateNewVars()) return fRun.Fail(MCNaive::kVariablesNotMade);
   MCCommon::Assert(fpScoreRecIter == nullptr, "fpScoreRecIter == 0", kSource);
-  fpScoreRecIter =
-      std::make_unique<NaiveDataSourceIter>(*fpAdapter, fpSpecs, fTrainTestFlags, true, true);
+  fpScoreRecIter = fRun.NewStream(true, true);
   if (fpScoreRecIter->NewPass(true)) fpScoreRecIter->SetLastPass();
   if (fpScoreRecIter->GetState() == MCCommon::RecordIterator::kNoRecords) {
-    (void)Fail(MCNaive::kNoRecordsFound);
-    DisplayMessage(fStatus);
+    (void)fRun.Fail(MCNaive::kNoRecordsFound);
+    fRun.DisplayMessage(fRun.GetStatus());
     return false;
   }
   return ScoreCases();
 }
 
-bool PRSMultiFactory::ScoreCases() {
-  MCStopProcessor& stop = *fpSpecs->GetStopProcessorPtr();
-  while (!fStatus.IsError() && fpScoreRecIter->HasMore() && !stop.IsCancel()) {
+bool PRSMultiScoring::ScoreCases() {
+  MCStopProcessor& stop = *fSpecs.GetStopProcessorPtr();
+  while (!fRun.GetStatus().IsError() && fpScoreRecIter->HasMore() && !stop.IsCancel()) {
     const MCCommon::Record* recordPtr = fpScoreRecIter->NextRecord();
     MCCommon::Assert(recordPtr != nullptr, "recordPtr != 0", kSource);
     (void)SaveVarValues(fpScoreRecIter->GetProcDS(), recordPtr,
                         fpScoreRecIter->IsTrainSampleCase());
-    const std::int64_t cases = fpAdapter->GetCaseNumber();
+    const std::int64_t cases = fRun.Adapter().GetCaseNumber();
     if (cases % kReportEvery == 0) PRSProgress::Show("Scoring the cases", cases);
   }
   (void)fpScoreRecIter->Finish();
-  if (fStatus.IsError()) DisplayMessage(fStatus);
-  return !fStatus.IsError() && IsPassComplete(*fpScoreRecIter);
+  if (fRun.GetStatus().IsError()) fRun.DisplayMessage(fRun.GetStatus());
+  return !fRun.GetStatus().IsError() && fRun.IsPassComplete(*fpScoreRecIter);
 }
 
 // A case that cannot be scored keeps missing values.
-bool PRSMultiFactory::SaveVarValues(ProcDSIterator* pDataIter, const MCCommon::Record* pRecord,
+bool PRSMultiScoring::SaveVarValues(ProcDSIterator* pDataIter, const MCCommon::Record* pRecord,
                                     bool isTraining) {
   MCCommon::Assert(pDataIter != nullptr, "pDataIter != 0", kSource);
   MCCommon::Assert(pRecord != nullptr, "pRecord != 0", kSource);
-  NBOutput output(fpNBAlgorithm->GetNTargetCategories());
-  const MCNaive::MCStatus status = IsClassified()
-                                       ? fpNBAlgorithm->ScoreAndAccum(*pRecord, output, isTraining)
-                                       : fpNBAlgorithm->ScoreFullRecord(*pRecord, output);
+  NBOutput output(fAlgorithm.GetNTargetCategories());
+  const MCNaive::MCStatus status = fRun.IsClassified()
+                                       ? fAlgorithm.ScoreAndAccum(*pRecord, output, isTraining)
+                                       : fAlgorithm.ScoreFullRecord(*pRecord, output);
   const std::vector<double>& predProbs = output.GetOutProbabilities();
   const int winner = output.GetWinningIndex();
-  if (status.IsError()) fStatus = status;
+  if (status.IsError()) fRun.SetStatus(status);
   if (status.IsError() || winner < 0 || predProbs.empty()) return false;
   if (fPredValVar >= 0) {
     const KOVA_Value& value = fDependValues[static_cast<std::size_t>(winner)];
-    const KOVA_Variable& target = fpSource->GetVariable(fpSpecs->GetDependVar());
+    const KOVA_Variable& target = fSource.GetVariable(fSpecs.GetDependVar());
     (void)(value.IsNumeric()
                ? pDataIter->SetColumnValue(fPredValVar, value.GetNumber())
                : pDataIter->SetColumnValue(fPredValVar, value.GetString(), target.GetType()));

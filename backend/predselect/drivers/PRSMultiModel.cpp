@@ -1,0 +1,181 @@
+#include "backend/predselect/drivers/PRSMultiModel.h"
+
+#include <algorithm>
+#include <iostream>
+#include <iterator>
+#include <sstream>
+
+#include "backend/predselect/drivers/NaiveDataSourceIter.h"
+#include "backend/predselect/drivers/PRSFiles.h"
+#include "backend/predselect/drivers/PRSMultiMetaData.h"
+#include "backend/predselect/drivers/PRSMultiRun.h"
+#include "backend/predselect/drivers/PRSProgress.h"
+#include "backend/predselect/predsele.h"
+#include "backend/predselect/specifications/PRSValidSpecs.h"
+#include "common/MCAssert.h"
+#include "common/xml/MCApplicInfo4XML.h"
+#include "host/cases/UAInputAdapter.h"
+#include "host/cases/UAVarValidSpecs.h"
+#include "host/session/HostFunctions.h"
+#include "host/session/HostIOError.h"
+#include "host/session/ISession.h"
+#include "host/session/OutputFile.h"
+#include "host/session/SessionScope.h"
+#include "naivebayes/INBAlgorithm.h"
+#include "naivebayes/NBFactory.h"
+#include "naivebayes/NaiveBayesSettings.h"
+#include "naivebayes/variables/NBVarList.h"
+
+namespace {
+
+constexpr const char* kSource = PRSMultiRun::kSource;
+constexpr int kAllTestRecords = -1;
+constexpr const char* kSubsets = "subsets.xml";
+
+MCApplicInfo4XML ApplicationInfo() {
+  const MCHost::AppParams& application = GetAppParams();
+  return {true, application.fName, application.fVersion, application.fCopyright};
+}
+
+}  // namespace
+
+PRSMultiModel::PRSMultiModel(PRSMultiRun& run, PRSMultiMetaData& metaData)
+    : fRun(run), fMetaData(metaData), fSpecs(run.Specs()) {}
+
+PRSMultiModel::~PRSMultiModel() = default;
+
+bool PRSMultiModel::OpenModelFile() {
+  if (!fRun.IsModelSaved()) return true;
+  const std::string path = ExtNameStr(fSpecs.GetModelFileName());
+  try {
+    const std::string use = MCHost::CurrentSession().UseOf(path);
+    if (!use.empty()) {
+      throw MCHost::HostIOError(path, "", "would take the place of " + use + "; give another name");
+    }
+    fpModelFile = std::make_unique<MCHost::OutputFile>(path);
+    return true;
+  } catch (const MCHost::HostIOError& error) {
+    PRSFileError(error);
+    return false;
+  }
+}
+
+bool PRSMultiModel::CreateEngine() {
+  NaiveBayesSettings* settings = fSpecs.GetNaiveSettingsPtr();
+  MCCommon::Assert(settings != nullptr, "fpSettings != 0", kSource);
+  fpProgress = std::make_unique<PRSProgress>();
+  settings->SetProgressListener(fpProgress.get());
+  // A selection reports its steps, a plain build its records.
+  settings->SetNSkippedReports(fRun.IsSelecting() ? 0 : PRSProgress::kRecords - 1);
+  NBFactory factory;
+  fpNBAlgorithm = factory.CreateNBAlgorithm(*settings, fMetaData.VarList());
+  fRun.SetStatus(fpNBAlgorithm == nullptr ? factory.GetStatus() : fpNBAlgorithm->GetStatus());
+  if (fRun.GetStatus().IsError()) fRun.DisplayMessage(fRun.GetStatus());
+  return !fRun.GetStatus().IsError();
+}
+
+bool PRSMultiModel::Build(NaiveDataSourceIter& train, NaiveDataSourceIter* test) {
+  if (!CreateEngine()) return false;
+  BuildOrSelect(train, test);
+  if (!fRun.IsPassComplete(train)) return false;
+  if (test != nullptr && !fRun.IsPassComplete(*test)) return false;
+  return ReportEngine();
+}
+
+void PRSMultiModel::BuildOrSelect(NaiveDataSourceIter& train, NaiveDataSourceIter* test) {
+  const int nRecords = fRun.Adapter().GetRecordCount();
+  if (!fRun.IsSelecting()) {
+    fRun.SetStatus(fpNBAlgorithm->BuildModel(train, nRecords));
+    return;
+  }
+  const int nForced = fMetaData.GetNForcePreds();
+  const int nUnique = fMetaData.GetNUniquePreds();
+  MCCommon::Assert(fMetaData.VarList().GetNumInputVars() == nForced, "nInputs == fNForcePreds",
+                   kSource);
+  MCCommon::Assert(fMetaData.VarList().GetNumPossibleInputVars() == nUnique,
+                   "nPossibleInputs == fNUniquePreds", kSource);
+  const bool isExact = fSpecs.GetMultiExactSize() >= 1;
+  const int asked = isExact ? fSpecs.GetMultiExactSize() : fSpecs.GetMultiMaxSize();
+  const int size = asked > 0 ? asked + nForced : -1;
+  const int nReport = nUnique + (nForced >= 1 ? 1 : 0);
+  std::ostringstream results;
+  MCApplicInfo4XML info = ApplicationInfo();
+  std::ostream* wanted = PRSAreResultsWanted() ? &results : nullptr;
+  fRun.SetStatus(fpNBAlgorithm->SelectAttributes(train, nRecords, fSelectPredictors,
+                                                 fAverageLogValues, fSelectResults, size, isExact,
+                                                 test, kAllTestRecords, nReport, wanted, &info));
+  fResultDocument = results.str();
+}
+
+bool PRSMultiModel::ReportEngine() {
+  fRun.SetStatus(fpNBAlgorithm->GetStatus());
+  if (fRun.GetStatus().GetErrorCode() == MCNaive::kPredictorDropped) {
+    NameDroppedInputs();
+  } else {
+    fRun.DisplayMessage(fRun.GetStatus());
+  }
+  if (fRun.GetStatus().IsError()) return false;
+  const auto nForced = static_cast<int>(GetForcedInputs().size());
+  if (fRun.IsSelecting() && fpNBAlgorithm->GetNumberOfInputVars() == nForced) {
+    PRSMessages().NoUniquePredsSelected();
+  }
+  if (display_naive_bayes) fpNBAlgorithm->Display(std::cerr);
+  return WriteResultDocument();
+}
+
+// A status names one predictor only.
+void PRSMultiModel::NameDroppedInputs() const {
+  const NBVarList& varList = fpNBAlgorithm->GetVarList();
+  for (int i = 0; i < varList.Size(); ++i) {
+    if (fMetaData.VarList().GetVariableRole(i) != INBVariable::kInput ||
+        varList.GetVariableRole(i) != INBVariable::kUnused) {
+      continue;
+    }
+    MCNaive::MCStatus dropped(MCNaive::kPredictorDropped, true);
+    dropped.SetDiscreteDatum(0, i);
+    fRun.DisplayMessage(dropped);
+  }
+}
+
+bool PRSMultiModel::WriteResultDocument() const {
+  const bool isRefused = fRun.GetStatus().GetErrorCode() == MCNaive::kTextNotForXML;
+  if (isRefused && PRSAreResultsWanted()) {
+    PRSFileError(MCHost::HostIOError(MCHost::CurrentSession().ResultsPrefix() + kSubsets, "",
+                                     "a text holds a character that XML does not allow"));
+    return false;
+  }
+  if (fResultDocument.empty()) return true;
+  return PRSWriteResult(kSubsets, [this](std::ostream& os) {
+    os << fResultDocument;
+    return true;
+  });
+}
+
+std::vector<int> PRSMultiModel::GetForcedInputs() const {
+  std::vector<int> inputs;
+  const std::vector<int>* forced = fSpecs.GetForcePredListPtr();
+  if (forced == nullptr) return inputs;
+  const NBVarList& varList = fpNBAlgorithm->GetVarList();
+  std::copy_if(forced->begin(), forced->end(), std::back_inserter(inputs), [&](int var) {
+    return varList.GetVariableRole(fRun.VarSpecs().GetRecVarIndex(var)) == INBVariable::kInput;
+  });
+  return inputs;
+}
+
+bool PRSMultiModel::WriteFiles() {
+  if (fRun.IsModelSaved() && !WriteModel()) return false;
+  return !PRSIsStateWanted() || PRSSaveState(*fpNBAlgorithm);
+}
+
+bool PRSMultiModel::WriteModel() {
+  MCApplicInfo4XML info = ApplicationInfo();
+  std::ostringstream document;
+  const MCNaive::MCStatus status = fpNBAlgorithm->ExportModelXML(document, &info);
+  if (fRun.IsStopped()) return false;
+  if (status.IsOK()) return PRSCommit(*fpModelFile, document.str());
+  MCNaive::MCStatus failed(status.GetErrorCode(), false);
+  failed.SetDiscreteDatum(0, status.GetDiscreteDatum(0));
+  fRun.SetStatus(failed);
+  fRun.DisplayMessage(failed);
+  return false;
+}

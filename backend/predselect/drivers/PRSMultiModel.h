@@ -1,0 +1,69 @@
+// Builds the model of one NAIVEBAYES run: makes the engine, selects predictors or takes them all,
+// and writes what is asked for of result document, model file and saved state.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "naivebayes/INBAlgorithm.h"
+
+class NaiveDataSourceIter;
+class PRSMultiMetaData;
+class PRSMultiRun;
+class PRSValidSpecs;
+class ProgressListener;
+namespace MCHost {
+class OutputFile;
+}
+
+class PRSMultiModel {
+ public:
+  // Both are borrowed.
+  PRSMultiModel(PRSMultiRun& run, PRSMultiMetaData& metaData);
+  PRSMultiModel(const PRSMultiModel&) = delete;
+  PRSMultiModel& operator=(const PRSMultiModel&) = delete;
+  ~PRSMultiModel();
+
+  // The stages, in order; each is false after a message. Opening comes before the work, so that a
+  // path that cannot be written costs no time. `test` chooses the subset; null for none.
+  [[nodiscard]] bool OpenModelFile();
+  [[nodiscard]] bool Build(NaiveDataSourceIter& train, NaiveDataSourceIter* test);
+  [[nodiscard]] bool WriteFiles();
+
+  // Null before Build.
+  const INBAlgorithm* GetINBAlgorithm() const { return fpNBAlgorithm.get(); }
+  INBAlgorithm* GetINBAlgorithm() { return fpNBAlgorithm.get(); }
+
+  // Results of the selection. Predictors by position in the variable list, in order of entry,
+  // forced ones first; average log-likelihoods by subset size (size 1 first); pairs of subset size
+  // and criterion value, the best first (none for an exact size).
+  const std::vector<int>& GetSelectPredictors() const { return fSelectPredictors; }
+  const std::vector<double>& GetAverageLogValues() const { return fAverageLogValues; }
+  const std::vector<std::pair<int, double>>& GetSelectResults() const { return fSelectResults; }
+
+  // The forced predictors that are in the model: indices in the data, in the order of the command's
+  // list. One that is constant in the training cases is not. REQUIRES: the engine has run.
+  std::vector<int> GetForcedInputs() const;
+
+ private:
+  bool CreateEngine();
+  void BuildOrSelect(NaiveDataSourceIter& train, NaiveDataSourceIter* test);
+  void Select(NaiveDataSourceIter& train, NaiveDataSourceIter* test);
+  bool ReportEngine();
+  void NameDroppedInputs() const;
+  bool WriteResultDocument() const;
+  bool WriteModel();
+
+  PRSMultiRun& fRun;
+  PRSMultiMetaData& fMetaData;
+  const PRSValidSpecs& fSpecs;
+  std::unique_ptr<ProgressListener> fpProgress;
+  std::unique_ptr<INBAlgorithm> fpNBAlgorithm;
+  std::unique_ptr<MCHost::OutputFile> fpModelFile;
+  std::vector<int> fSelectPredictors;
+  std::vector<double> fAverageLogValues;
+  std::vector<std::pair<int, double>> fSelectResults;
+  std::string fResultDocument;
+};

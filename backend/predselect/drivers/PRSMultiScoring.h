@@ -1,0 +1,51 @@
+// The scoring pass of one NAIVEBAYES run, its last one over the data: makes the saved variables,
+// scores every case into them, and counts the cases by observed and predicted category.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "host/cases/KOVA_Value.h"
+#include "host/cases/UAProcDataSourceIter.h"
+#include "host/command/ParserMessage.h"
+
+class INBAlgorithm;
+class NaiveDataSourceIter;
+class PRSMultiRun;
+class PRSValidSpecs;
+class ProcedureDataSource;
+namespace MCCommon {
+class Record;
+}
+
+class PRSMultiScoring {
+ public:
+  // Everything is borrowed. So many predicted probabilities are saved, those of the first
+  // categories.
+  PRSMultiScoring(PRSMultiRun& run, INBAlgorithm& algorithm, int nSaveDepCats);
+  ~PRSMultiScoring();
+
+  // Whether the command asks for something that a scoring pass gives.
+  bool IsNeeded() const;
+
+  // False, after a message, when it did not come to its end. Call once.
+  [[nodiscard]] bool ScoringDataPass();
+
+ private:
+  bool CreateNewVars();
+  bool CreatePredictedValue();
+  bool CreateProbabilities();
+  bool ScoreCases();
+  bool SaveVarValues(ProcDSIterator* pDataIter, const MCCommon::Record* pRecord, bool isTraining);
+
+  PRSMultiRun& fRun;
+  const PRSValidSpecs& fSpecs;
+  ProcedureDataSource& fSource;
+  INBAlgorithm& fAlgorithm;
+  int fNSaveDepCats;
+  std::unique_ptr<NaiveDataSourceIter> fpScoreRecIter;
+  int fPredValVar = -1;
+  std::vector<int> fPredProbVars;
+  std::vector<KOVA_Value> fDependValues;  // by category
+  ParserMessage fParserMessages;
+};
