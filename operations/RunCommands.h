@@ -1,0 +1,33 @@
+// A text of commands, run over a table.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "operations/Surroundings.h"
+
+namespace MCHost {
+class DataTable;
+class OutputDocument;
+}  // namespace MCHost
+
+namespace PredSelect {
+
+struct RunRequest {
+  std::string fCommands;       // one or more, each ended by a period at the end of a line
+  std::string fStatePath;      // where the last command's engine is saved; empty: nowhere
+  std::string fResultsFolder;  // made for the result documents; empty: none are written
+  // What a file is there for that no command may write over ("the data"), empty for nothing.
+  std::function<std::string(const std::string& path)> fUseOf;
+};
+
+// Runs the commands in order, each in a run of the document, whose data source is the caller's to
+// name. Macros that one sets are there for the later ones; one that reports an error does not keep
+// the later ones from running. The new variables of a command stay in the table.
+// Throws RequestError for a text without a command, MCHost::HostIOError for a folder that cannot be
+// made and for data that cannot be read before a pass.
+// REQUIRES: the table was prepared.
+Outcome RunCommands(MCHost::DataTable& table, MCHost::OutputDocument& document,
+                    const RunRequest& request, const Surroundings& surroundings);
+
+}  // namespace PredSelect

@@ -1,0 +1,38 @@
+// Predictions of a saved Naive Bayes model for the cases of a table.
+#pragma once
+
+#include <string>
+
+#include "operations/Surroundings.h"
+
+class INBAlgorithm;
+struct ComponentFile;
+
+namespace MCHost {
+class DataTable;
+class OutputDocument;
+}  // namespace MCHost
+
+namespace PredSelect {
+
+struct ScoreRequest {
+  std::string fPredicted = "PredictedValue";            // name of the predicted value
+  std::string fProbabilities = "PredictedProbability";  // root of the names, empty for none
+};
+
+// The model of a state, which is called `name` in the refusal. Throws RequestError (model) for a
+// ranking of predictors.
+const INBAlgorithm& ModelOf(const ComponentFile& state, const std::string& name);
+
+// Adds the predicted value and, if asked for, the predicted probability of each category to the
+// table, and shows how many cases were predicted, in a run of the document, whose data source is
+// the caller's to name. Names that are taken get a number. A case without a prediction has missing
+// cells. Completed or cancelled; what is cancelled leaves the new variables filled in part.
+// Throws RequestError for a table that does not fit the model (no option) and for names that cannot
+// be used (predicted, probabilities); MCHost::HostIOError.
+// REQUIRES: the table was prepared.
+Outcome ScoreTable(MCHost::DataTable& table, const INBAlgorithm& model,
+                   MCHost::OutputDocument& document, const ScoreRequest& request,
+                   const Surroundings& surroundings);
+
+}  // namespace PredSelect

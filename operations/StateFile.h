@@ -1,0 +1,18 @@
+// State files: a saved component in, a component out.
+#pragma once
+
+#include <string>
+
+#include "modelfiles/ComponentFile.h"
+
+namespace PredSelect {
+
+// Either form of either component. Throws MCHost::HostIOError, naming the file and what is wrong
+// with it.
+ComponentFile LoadState(const std::string& path);
+
+// XML where the name ends in ".xml", else binary. The file appears whole or not at all.
+// Throws MCHost::HostIOError.
+void SaveState(const ComponentFile& state, const std::string& path);
+
+}  // namespace PredSelect

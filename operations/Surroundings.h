@@ -1,0 +1,31 @@
+// What an operation is told of the application around it, and how it ended.
+//
+// A plain value, read while the operation runs and not kept. The functions are called on the
+// caller's thread only; an empty one is never called.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "host/session/ISession.h"
+#include "operations/Version.h"
+
+namespace PredSelect {
+
+struct Surroundings {
+  // Named in the files that are written; an empty copyright stands for the library's own.
+  MCHost::AppParams fApplication{"PredSelect", Version(), ""};
+  std::string fTempPath = "/tmp";      // of temporary files, without a trailing separator
+  std::function<bool()> fIsCancelled;  // true once the user wants to stop; must be cheap
+  std::function<void(const std::string&)> fReportProgress;  // how far a long pass has come
+
+  bool IsCancelled() const { return fIsCancelled && fIsCancelled(); }
+};
+
+enum class Outcome {
+  kCompleted,
+  kCommandError,  // a command reported an error; the document's messages say which
+  kCancelled      // stopped at the caller's wish; the document holds what was done until then
+};
+
+}  // namespace PredSelect

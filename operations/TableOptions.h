@@ -1,0 +1,31 @@
+// What is said of a table besides its data, and a table made ready for the operations.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "host/data/KOVA_Variable.h"
+#include "host/data/TableSchema.h"
+
+namespace MCHost {
+class DataTable;
+}
+
+namespace PredSelect {
+
+struct TableOptions {
+  std::optional<MCHost::TableSchema> fSchema;
+  // Variables by name, with their level; these overrule the schema, a later one an earlier one.
+  std::vector<std::pair<std::string, KOVA_Variable::MeasurementLevel>> fLevels;
+  std::string fWeight;  // name of the frequency weight variable, empty for none
+};
+
+// Puts the schema, the levels and the weight into the dictionary and settles the levels that nobody
+// gave. A table is prepared once, before its first operation.
+// Throws MCHost::HostIOError for a schema that does not fit and for data that cannot be read,
+// RequestError (level, weight) for a variable that is not there, a text as scale or as a weight.
+void PrepareTable(MCHost::DataTable& table, const TableOptions& options);
+
+}  // namespace PredSelect
