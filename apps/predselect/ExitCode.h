@@ -1,6 +1,8 @@
 // What the program's exit code says. Documented in the command reference; do not renumber.
 #pragma once
 
+#include "operations/Surroundings.h"
+
 namespace PredSelectApp {
 
 enum ExitCode {
@@ -11,5 +13,10 @@ enum ExitCode {
   kBrokenInvariant = 70,  // an error of the program's own
   kCancelled = 130        // stopped by the user
 };
+
+inline ExitCode ExitCodeOf(PredSelect::Outcome outcome) {
+  if (outcome == PredSelect::Outcome::kCancelled) return kCancelled;
+  return outcome == PredSelect::Outcome::kCompleted ? kCompleted : kCommandError;
+}
 
 }  // namespace PredSelectApp

@@ -5,10 +5,6 @@
 
 #include "host/output/OutputDocument.h"
 
-namespace MCHost {
-class DataTable;
-}
-
 namespace PredSelectApp {
 
 class ProgressLine;
@@ -16,12 +12,12 @@ struct ResultOptions;
 
 class LiveOutput : public MCHost::OutputDocument {
  public:
-  // Both are borrowed. Quiet options keep warnings, never errors, from standard error.
-  LiveOutput(const ResultOptions& options, ProgressLine& progress)
-      : fOptions(options), fProgress(progress) {}
-
-  // Says which program and which data the results are of.
-  void SetData(const std::string& source, const MCHost::DataTable& table);
+  // `source` says which data the results are of; the others are borrowed. Quiet options keep
+  // warnings, never errors, from standard error.
+  LiveOutput(const ResultOptions& options, ProgressLine& progress, const std::string& source)
+      : fOptions(options), fProgress(progress) {
+    fDataSource = source;
+  }
 
   void AddMessage(MCHost::OutputMessage message) override;
 

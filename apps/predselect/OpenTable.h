@@ -12,7 +12,8 @@ namespace PredSelectApp {
 struct DataOptions;
 
 // Opens the data, applies the schema, the levels and the weight, and settles the levels that nobody
-// gave. Throws MCHost::HostIOError for files, UsageError for names and words of the options.
+// gave. Throws MCHost::HostIOError for files, UsageError and PredSelect::RequestError for what
+// the options say.
 std::unique_ptr<MCHost::DataTable> OpenTable(const DataOptions& options);
 
 }  // namespace PredSelectApp

@@ -9,7 +9,7 @@
 
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/SameFile.h"
-#include "apps/predselect/Version.h"
+#include "operations/Version.h"
 
 namespace PredSelectApp {
 
@@ -198,7 +198,7 @@ Options ParseOptions(int argc, char** argv) {
   Options options;
   CLI::App app(kDescription, "predselect");
   app.footer(kExamples);
-  app.set_version_flag("--version", std::string("predselect ") + kVersion);
+  app.set_version_flag("--version", std::string("predselect ") + PredSelect::Version());
   app.require_subcommand(1);
 
   CLI::App* run = app.add_subcommand("run", "Run commands over a table");

@@ -1,203 +1,33 @@
 #include "apps/predselect/ScoreCommand.h"
 
 #include <memory>
-#include <string>
-#include <vector>
 
 #include "apps/predselect/ExitCode.h"
-#include "apps/predselect/Interrupt.h"
 #include "apps/predselect/LiveOutput.h"
-#include "apps/predselect/ModelColumns.h"
-#include "apps/predselect/NewVariables.h"
 #include "apps/predselect/OpenTable.h"
 #include "apps/predselect/Options.h"
+#include "apps/predselect/ProgramSurroundings.h"
 #include "apps/predselect/ProgressLine.h"
-#include "apps/predselect/StateFile.h"
 #include "apps/predselect/Terminal.h"
-#include "apps/predselect/UsageError.h"
-#include "common/MissingValue.h"
 #include "host/arrow/DataFile.h"
-#include "host/command/VarSpecObj.h"
-#include "host/data/DataTable.h"
-#include "host/output/pivot/BpPivotTable.h"
-#include "host/output/pivot/BpProcedure.h"
-#include "host/output/pivot/BpString.h"
-#include "host/session/Session.h"
-#include "host/session/SessionScope.h"
+#include "operations/ScoreTable.h"
+#include "operations/StateFile.h"
 
 namespace PredSelectApp {
 
-namespace {
-
-using MCHost::DataTable;
-
-constexpr KOVA_Format kProbabilityFormat{KOVA_Format::kNumber, 5, 3};
-
-// The new columns, and how many cases got a prediction.
-struct Predictions {
-  int fPredicted = -1;
-  std::vector<int> fProbabilities;
-  std::vector<std::string> fCategories;
-  bool fbNumeric = true;
-  std::int64_t fNScored = 0;
-};
-
-VarSpecObj Role(const char* name, const KOVA_DataSource& source) {
-  return {"", name, CommandDescriptor("score", ""), source, false};
-}
-
-void AddPredicted(KOVA_DataSource& source, const std::string& asked, const INBVariable& target,
-                  Predictions& predictions) {
-  KovaVarName name;
-  if (!Role("--predicted", source).NewVarNameByRoot(KovaVarName(asked), name)) {
-    throw UsageError("--predicted: \"" + asked + "\" cannot name a new variable.");
-  }
-  std::size_t width = 1;
-  for (int k = 0; k < target.GetNumberOfCategories(); ++k) {
-    predictions.fCategories.push_back(CategoryText(target, k));
-    width = std::max(width, predictions.fCategories.back().size());
-  }
-  predictions.fbNumeric = target.GetMeasureLevel() == INBVariable::kNumericCategorical;
-  predictions.fPredicted =
-      source.MakeVariable(name.GetName(), predictions.fbNumeric ? 0 : static_cast<int>(width));
-  KOVA_Variable& variable = source.GetVariable(predictions.fPredicted);
-  variable.SetMeasurementLevel(KOVA_Variable::kNominal);
-  variable.SetLabel("Predicted value");
-}
-
-void AddProbabilities(KOVA_DataSource& source, const std::string& root, const INBVariable& target,
-                      Predictions& predictions) {
-  if (root.empty()) return;
-  std::vector<KovaVarName> names;
-  if (!Role("--probabilities", source)
-           .NewVarNamesByRoot(KovaVarName(root), target.GetNumberOfCategories(), names)) {
-    throw UsageError("--probabilities: \"" + root + "\" cannot name new variables.");
-  }
-  for (std::size_t k = 0; k < names.size(); ++k) {
-    const int column = source.MakeVariable(names[k].GetName(), 0);
-    KOVA_Variable& variable = source.GetVariable(column);
-    variable.SetFormat(kProbabilityFormat);
-    variable.SetWriteFormat(kProbabilityFormat);
-    variable.SetMeasurementLevel(KOVA_Variable::kScale);
-    variable.SetLabel("Predicted probability that " + target.GetVariableName() + " is " +
-                      predictions.fCategories[k]);
-    predictions.fProbabilities.push_back(column);
-  }
-}
-
-// One batch of predictions, column by column, until it goes to the table.
-class PredictionBatch {
- public:
-  PredictionBatch(const INBAlgorithm& model, Predictions& predictions)
-      : fModel(model), fPredictions(predictions) {
-    const INBVariable& target = *model.GetVarList().GetVarAt(model.GetVarList().GetTargetIndex());
-    for (int k = 0; k < target.GetNumberOfCategories(); ++k) {
-      fNumbersOfCategory.push_back(CategoryNumber(target, k));
-    }
-    fProbabilities.resize(predictions.fProbabilities.size());
-  }
-
-  void Start(std::size_t cases) {
-    fNumbers.assign(cases, KOVA_SystemMissing);
-    fTexts.assign(cases, nullptr);
-    for (std::vector<double>& column : fProbabilities) column.assign(cases, KOVA_SystemMissing);
-  }
-
-  void Score(std::size_t i, const MCCommon::Record& record) {
-    NBOutput output(fModel.GetNTargetCategories());
-    const MCNaive::MCStatus status = fModel.ScoreFullRecord(record, output);
-    if (status.IsError() || output.GetWinningIndex() < 0) return;
-    const auto winner = static_cast<std::size_t>(output.GetWinningIndex());
-    fNumbers[i] = fNumbersOfCategory[winner];
-    fTexts[i] = &fPredictions.fCategories[winner];
-    for (std::size_t k = 0; k < fProbabilities.size(); ++k) {
-      fProbabilities[k][i] = output.GetOutProbabilities()[k];
-    }
-    ++fPredictions.fNScored;
-  }
-
-  void Store(DataTable& table, std::int64_t firstCase) const {
-    const std::size_t n = fNumbers.size();
-    if (fPredictions.fbNumeric) {
-      table.WriteNumbers(fPredictions.fPredicted, firstCase, fNumbers.data(), n);
-    } else {
-      table.WriteStrings(fPredictions.fPredicted, firstCase, fTexts.data(), n);
-    }
-    for (std::size_t k = 0; k < fProbabilities.size(); ++k) {
-      table.WriteNumbers(fPredictions.fProbabilities[k], firstCase, fProbabilities[k].data(), n);
-    }
-  }
-
- private:
-  const INBAlgorithm& fModel;
-  Predictions& fPredictions;
-  std::vector<double> fNumbersOfCategory;
-  std::vector<double> fNumbers;
-  std::vector<const std::string*> fTexts;
-  std::vector<std::vector<double>> fProbabilities;
-};
-
-// False when the user stopped it.
-bool ScoreTable(DataTable& table, const INBAlgorithm& model, ModelColumns& columns,
-                Predictions& predictions) {
-  PredictionBatch batch(model, predictions);
-  MCCommon::Record record(static_cast<std::size_t>(model.GetVarList().Size()));
-  const std::unique_ptr<MCHost::ITableScan> scan = table.Scan(columns.TableColumns());
-  while (const MCHost::TableBatch* cases = scan->Next()) {
-    if (IsInterrupted()) return false;
-    batch.Start(cases->fNCases);
-    for (std::size_t i = 0; i < cases->fNCases; ++i) {
-      columns.FillRecord(*cases, i, record);
-      batch.Score(i, record);
-    }
-    batch.Store(table, cases->fFirstCase);
-  }
-  return true;
-}
-
-void ShowCounts(const DataTable& table, const Predictions& predictions) {
-  BpPivotTable counts("Scoring", "Scoring");
-  BpDimension rows = counts.RowDimension("Cases");
-  BpDimension columns = counts.ColumnDimension("Statistics");
-  const BpCategory n = columns.AddCategory(BpString("N"), BpProcedure::Count());
-  const auto nCases = static_cast<double>(table.CaseCount());
-  const auto nScored = static_cast<double>(predictions.fNScored);
-  counts.SetCell({rows.AddCategory(BpString("Predicted")), n}, nScored);
-  counts.SetCell({rows.AddCategory(BpString("Not predicted")), n}, nCases - nScored);
-  counts.SetCell({rows.AddCategory(BpString("Total")), n}, nCases);
-  counts.Show();
-}
-
-}  // namespace
-
 int ScoreData(const Options& options) {
-  const ComponentFile file = OpenState(options.fStates.front());
-  if (file.fpNaive == nullptr) {
-    throw UsageError("--model: " + options.fStates.front() +
-                     " holds a ranking of predictors, not a Naive Bayes model.");
-  }
-  const INBAlgorithm& model = *file.fpNaive;
-  const INBVariable& target = *model.GetVarList().GetVarAt(model.GetVarList().GetTargetIndex());
-  const std::unique_ptr<DataTable> table = OpenTable(options.fData);
+  const std::string& path = options.fStates.front();
+  const ComponentFile state = PredSelect::LoadState(path);
+  const INBAlgorithm& model = PredSelect::ModelOf(state, path);
+  const std::unique_ptr<MCHost::DataTable> table = OpenTable(options.fData);
   ProgressLine progress(false);
-  LiveOutput document(options.fResult, progress);
-  document.SetData(options.fData.fFile, *table);
-  MCHost::Session session(*table, document);
-  const MCHost::SessionScope scope(session);
-  MCHost::OutputRun& run = document.BeginRun("score");
-
-  ModelColumns columns(model.GetVarList(), *table);
-  const int before = table->ColumnCount();
-  KOVA_DataSource source(*table);
-  Predictions predictions;
-  AddPredicted(source, options.fPredicted, target, predictions);
-  AddProbabilities(source, options.fProbabilities, target, predictions);
-  if (!ScoreTable(*table, model, columns, predictions)) return kCancelled;
-  RecordNewVariables(*table, before, run);
-  ShowCounts(*table, predictions);
+  LiveOutput document(options.fResult, progress, options.fData.fFile);
+  const PredSelect::Outcome outcome =
+      PredSelect::ScoreTable(*table, model, document, {options.fPredicted, options.fProbabilities},
+                             ProgramSurroundings(progress));
+  if (outcome != PredSelect::Outcome::kCompleted) return ExitCodeOf(outcome);
   MCHost::WriteDataFile(*table, options.fSaveData);
-  run.fFiles.push_back(options.fSaveData);
-  run.fbCompleted = true;
+  document.CurrentRun().fFiles.push_back(options.fSaveData);
   WriteDocument(document, options.fResult);
   return kCompleted;
 }

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <exception>
 #include <new>
+#include <string>
 
 #include "apps/predselect/DescribeCommand.h"
 #include "apps/predselect/ExitCode.h"
@@ -15,6 +16,7 @@
 #include "apps/predselect/ScoreCommand.h"
 #include "apps/predselect/UsageError.h"
 #include "host/session/HostIOError.h"
+#include "operations/RequestError.h"
 
 namespace {
 
@@ -37,8 +39,8 @@ int Act(const Options& options) {
   }
 }
 
-int Report(const char* text, int code) {
-  std::fprintf(stderr, "predselect: %s\n", text);
+int Report(const std::string& text, int code) {
+  std::fprintf(stderr, "predselect: %s\n", text.c_str());
   return code;
 }
 
@@ -50,6 +52,8 @@ int main(int argc, char** argv) {
     return Act(ParseOptions(argc, argv));
   } catch (const UsageError& error) {
     return Report(error.what(), kWrongUsage);
+  } catch (const PredSelect::RequestError& error) {
+    return Report(error.TextWithDashes(), kWrongUsage);
   } catch (const MCHost::HostIOError& error) {
     return Report(error.what(), kDataError);
   } catch (const std::bad_alloc&) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <utility>
@@ -16,6 +17,9 @@ namespace MCHost {
 namespace {
 
 constexpr std::int64_t kFirstLook = 1024;
+
+// By code.
+constexpr const char* kLevelNames[] = {"unknown", "nominal", "ordinal", "scale"};
 
 // What has been seen of one numeric variable.
 class Evidence {
@@ -72,6 +76,17 @@ void DropScale(std::vector<Question>& open) {
 }
 
 }  // namespace
+
+const char* MeasurementLevelName(KOVA_Variable::MeasurementLevel level) {
+  return kLevelNames[level];
+}
+
+KOVA_Variable::MeasurementLevel FindMeasurementLevel(const std::string& name) {
+  const auto* found = std::find(std::begin(kLevelNames), std::end(kLevelNames), name);
+  return found == std::end(kLevelNames)
+             ? KOVA_Variable::kUnknown
+             : static_cast<KOVA_Variable::MeasurementLevel>(found - std::begin(kLevelNames));
+}
 
 void SettleMeasurementLevels(ITable& table) {
   std::vector<Question> open;

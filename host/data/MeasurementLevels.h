@@ -1,4 +1,4 @@
-// The one rule by which a variable without a measurement level gets it.
+// The names of the measurement levels, and the one rule by which a variable without one gets it.
 //
 // Strings are nominal. Numbers are nominal when all their valid values are whole and fewer than
 // kScaleDistinctValues of them are distinct, otherwise scale. Missing values, user-missing ones
@@ -6,9 +6,19 @@
 // nominal.
 #pragma once
 
+#include <string>
+
+#include "host/data/KOVA_Variable.h"
+
 namespace MCHost {
 
 class ITable;
+
+// "nominal", "ordinal" or "scale"; "unknown" before the level is settled.
+const char* MeasurementLevelName(KOVA_Variable::MeasurementLevel level);
+
+// The level of such a name, kUnknown for any other text.
+KOVA_Variable::MeasurementLevel FindMeasurementLevel(const std::string& name);
 
 // So many distinct whole values make a numeric variable scale.
 inline constexpr int kScaleDistinctValues = 24;

@@ -1,14 +1,14 @@
-#include "apps/predselect/ModelColumns.h"
+#include "operations/ModelColumns.h"
 
-#include "apps/predselect/UsageError.h"
 #include "common/MissingValue.h"
 #include "common/xml/XMLString.h"
 #include "host/data/KOVA_Variable.h"
 #include "host/text/KeywordMatch.h"
 #include "naivebayes/encoders/NBCatNumEncoder.h"
 #include "naivebayes/encoders/NBStringEncoder.h"
+#include "operations/RequestError.h"
 
-namespace PredSelectApp {
+namespace PredSelect {
 
 namespace {
 
@@ -21,8 +21,8 @@ int FindColumn(const MCHost::ITable& table, const std::string& name) {
     if (names.back() == name) return i;
   }
   const std::string nearest = MCHost::NearestWord(name, names);
-  throw UsageError("the data have no variable \"" + name + "\", which the model needs" +
-                   (nearest.empty() ? "." : "; did you mean \"" + nearest + "\"?"));
+  throw RequestError("the data have no variable \"" + name + "\", which the model needs" +
+                     (nearest.empty() ? "." : "; did you mean \"" + nearest + "\"?"));
 }
 
 }  // namespace
@@ -84,7 +84,7 @@ double ModelColumns::ValueOf(Column& column, const MCHost::ColumnView& view, std
   const bool isMissing =
       view.fpNumbers != nullptr ? MCMV::IsMissing(view.fpNumbers[i]) : view.fpCodes[i] < 0;
   if (isMissing) return KOVA_SystemMissing;
-  if (!column.fRefusal.empty()) throw UsageError(column.fRefusal);
+  if (!column.fRefusal.empty()) throw RequestError(column.fRefusal);
   if (view.fpNumbers != nullptr) {
     const double value = view.fpNumbers[i];
     if (!column.fbCategorical) return value;
@@ -108,4 +108,4 @@ int ModelColumns::CodeOfString(Column& column, const MCHost::StringDictionary& d
   return known;
 }
 
-}  // namespace PredSelectApp
+}  // namespace PredSelect

@@ -16,18 +16,18 @@
 #include "host/data/ITable.h"
 #include "naivebayes/variables/NBVarList.h"
 
-namespace PredSelectApp {
+namespace PredSelect {
 
 class ModelColumns {
  public:
-  // Throws UsageError when the table lacks a predictor of the model.
+  // Throws RequestError when the table lacks a predictor of the model.
   ModelColumns(const NBVarList& variables, const MCHost::ITable& table);
 
   // The table's columns to be scanned.
   const std::vector<int>& TableColumns() const { return fTableColumns; }
 
   // The record of one case of a batch of that scan: a value per variable of the model's list.
-  // Throws UsageError for a text where the model has numbers, or the other way round; a column
+  // Throws RequestError for a text where the model has numbers, or the other way round; a column
   // without any value may be of either kind.
   void FillRecord(const MCHost::TableBatch& batch, std::size_t i, MCCommon::Record& record);
 
@@ -54,4 +54,4 @@ class ModelColumns {
 std::string CategoryText(const INBVariable& variable, int code);
 double CategoryNumber(const INBVariable& variable, int code);
 
-}  // namespace PredSelectApp
+}  // namespace PredSelect

@@ -1,0 +1,20 @@
+#include "apps/predselect/ProgramSurroundings.h"
+
+#include <cstdlib>
+
+#include "apps/predselect/Interrupt.h"
+#include "apps/predselect/ProgressLine.h"
+
+namespace PredSelectApp {
+
+PredSelect::Surroundings ProgramSurroundings(ProgressLine& progress) {
+  PredSelect::Surroundings surroundings;
+  // A folder that is not there is complained of when something needs it.
+  const char* folder = std::getenv("TMPDIR");
+  if (folder != nullptr && *folder != '\0') surroundings.fTempPath = folder;
+  surroundings.fIsCancelled = IsInterrupted;
+  surroundings.fReportProgress = [&progress](const std::string& text) { progress.Show(text); };
+  return surroundings;
+}
+
+}  // namespace PredSelectApp

@@ -1,0 +1,100 @@
+#include "operations/RunCommands.h"
+
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "backend/predselect/predsele.h"
+#include "host/command/CommandSplitter.h"
+#include "host/data/DataTable.h"
+#include "host/output/OutputDocument.h"
+#include "host/session/HostIOError.h"
+#include "host/session/Session.h"
+#include "host/session/SessionScope.h"
+#include "operations/DocumentParts.h"
+#include "operations/RequestError.h"
+
+namespace PredSelect {
+
+namespace {
+
+using MCHost::DataTable;
+
+// A session that tells the document which macros a command has set and which files it has written,
+// and the procedures where to write and where not.
+class RunSession : public MCHost::Session {
+ public:
+  RunSession(DataTable& table, MCHost::OutputDocument& document, const RunRequest& request,
+             const Surroundings& surroundings)
+      : Session(table, document), fDocument(document), fRequest(request) {
+    SetAppParams(surroundings.fApplication);
+    SetTempPath(surroundings.fTempPath);
+    SetCancelQuery(surroundings.fIsCancelled);
+    SetProgressListener(surroundings.fReportProgress);
+  }
+
+  void SetMacro(const std::string& name, const std::vector<std::string>& values) override {
+    Session::SetMacro(name, values);
+    fDocument.CurrentRun().fMacros.emplace_back(name, values);
+  }
+  void ReportFile(const std::string& path) override {
+    fDocument.CurrentRun().fFiles.push_back(path);
+  }
+  std::string StatePath() const override { return fbLast ? fRequest.fStatePath : ""; }
+  std::string ResultsPrefix() const override {
+    if (fRequest.fResultsFolder.empty()) return "";
+    return fRequest.fResultsFolder + "/" + std::to_string(fDocument.GetRuns().size()) + "-";
+  }
+  std::string UseOf(const std::string& path) const override {
+    return fRequest.fUseOf ? fRequest.fUseOf(path) : "";
+  }
+
+  bool fbLast = false;  // the last command is being run: its state is saved
+
+ private:
+  MCHost::OutputDocument& fDocument;
+  const RunRequest& fRequest;
+};
+
+void MakeDirectory(const std::string& path) {
+  std::error_code error;
+  std::filesystem::create_directories(path, error);
+  if (error) throw MCHost::HostIOError(path, "", "cannot be made: " + error.message());
+}
+
+// Whether the command completed.
+bool RunOne(const MCHost::CommandText& command, RunSession& session, DataTable& table,
+            MCHost::OutputDocument& document) {
+  session.SetCommand(command.fText, command.fLine, command.fColumn);
+  MCHost::OutputRun& run = document.BeginRun(session.SystemBlock().fCommandWord);
+  const int variables = table.ColumnCount();
+  {
+    const MCHost::SessionScope scope(session);
+    predsele_();
+  }
+  run.fbCompleted = !session.CommonBlock().IsErrorSet() && !session.IsCancelled();
+  RecordNewVariables(table, variables, run);
+  return run.fbCompleted;
+}
+
+}  // namespace
+
+Outcome RunCommands(DataTable& table, MCHost::OutputDocument& document, const RunRequest& request,
+                    const Surroundings& surroundings) {
+  const std::vector<MCHost::CommandText> commands = MCHost::SplitCommands(request.fCommands);
+  if (commands.empty()) throw RequestError("there is no command to run.");
+  RecordData(document, table.CaseCount(), table.ColumnCount());
+  RunSession session(table, document, request, surroundings);
+  if (!request.fResultsFolder.empty()) MakeDirectory(request.fResultsFolder);
+  bool isCompleted = true;
+  for (const MCHost::CommandText& command : commands) {
+    if (session.IsCancelled()) break;
+    session.fbLast = &command == &commands.back();
+    if (!RunOne(command, session, table, document)) isCompleted = false;
+  }
+  if (session.IsCancelled()) return Outcome::kCancelled;
+  return isCompleted ? Outcome::kCompleted : Outcome::kCommandError;
+}
+
+}  // namespace PredSelect

@@ -1,0 +1,34 @@
+#include "operations/StateFile.h"
+
+#include "host/session/HostIOError.h"
+#include "host/session/OutputFile.h"
+
+namespace PredSelect {
+
+namespace {
+
+std::string Write(const ComponentFile& state, const std::string& path, bool xml) {
+  if (state.fpNaive != nullptr) return WriteComponentFile(path, xml, *state.fpNaive);
+  return WriteComponentFile(path, xml, *state.fpFeature,
+                            state.fDictionary ? &*state.fDictionary : nullptr);
+}
+
+}  // namespace
+
+ComponentFile LoadState(const std::string& path) {
+  ComponentFile state;
+  const std::string trouble = ReadComponentFile(path, state);
+  if (!trouble.empty()) {
+    throw MCHost::HostIOError(path, "", "cannot be used as a state: " + trouble);
+  }
+  return state;
+}
+
+void SaveState(const ComponentFile& state, const std::string& path) {
+  MCHost::OutputFile file(path);
+  const std::string trouble = Write(state, file.WritePath(), IsXMLStateName(path));
+  if (!trouble.empty()) throw MCHost::HostIOError(path, "", trouble);
+  file.Commit();
+}
+
+}  // namespace PredSelect

@@ -1,0 +1,52 @@
+#include "operations/TableOptions.h"
+
+#include "host/data/DataTable.h"
+#include "host/data/KOVA_DataSource.h"
+#include "host/data/MeasurementLevels.h"
+#include "host/text/KeywordMatch.h"
+#include "operations/RequestError.h"
+
+namespace PredSelect {
+
+namespace {
+
+using MCHost::DataTable;
+
+// The variable's index; `option` is named when there is none.
+int FindVariable(DataTable& table, const std::string& name, const std::string& option) {
+  const int index = KOVA_DataSource(table).FindVariable(name);
+  if (index >= 0) return index;
+  std::vector<std::string> names;
+  names.reserve(static_cast<std::size_t>(table.ColumnCount()));
+  for (int i = 0; i < table.ColumnCount(); ++i) names.push_back(table.GetVariable(i).GetName());
+  const std::string nearest = MCHost::NearestWord(name, names);
+  throw RequestError(option, "the data have no variable \"" + name + "\"" +
+                                 (nearest.empty() ? "." : "; did you mean \"" + nearest + "\"?"));
+}
+
+void ApplyLevel(DataTable& table, const std::string& name, KOVA_Variable::MeasurementLevel level) {
+  KOVA_Variable& variable = table.GetVariable(FindVariable(table, name, "level"));
+  if (level == KOVA_Variable::kScale && !variable.IsNumeric()) {
+    throw RequestError("level", "\"" + variable.GetName() + "\" holds texts and cannot be scale.");
+  }
+  variable.SetMeasurementLevel(level);
+}
+
+void ApplyWeight(DataTable& table, const std::string& name) {
+  const int index = FindVariable(table, name, "weight");
+  if (!table.GetVariable(index).IsNumeric()) {
+    throw RequestError("weight", "\"" + name + "\" holds texts; a weight must be a number.");
+  }
+  table.SetWeightVarIndex(index);
+}
+
+}  // namespace
+
+void PrepareTable(DataTable& table, const TableOptions& options) {
+  if (options.fSchema) options.fSchema->Apply(table);
+  for (const auto& [name, level] : options.fLevels) ApplyLevel(table, name, level);
+  if (!options.fWeight.empty()) ApplyWeight(table, options.fWeight);
+  MCHost::SettleMeasurementLevels(table);
+}
+
+}  // namespace PredSelect
