@@ -4,7 +4,7 @@
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/PredSelect)
-foreach(layer common feature naivebayes modelfiles host backend)
+foreach(layer common feature naivebayes modelfiles host backend operations)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/${layer}
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/predselect
     FILES_MATCHING PATTERN "*.h"

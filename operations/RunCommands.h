@@ -13,12 +13,13 @@ class OutputDocument;
 
 namespace PredSelect {
 
+// Empty unless named.
 struct RunRequest {
-  std::string fCommands;       // one or more, each ended by a period at the end of a line
-  std::string fStatePath;      // where the last command's engine is saved; empty: nowhere
-  std::string fResultsFolder;  // made for the result documents; empty: none are written
+  std::string fCommands{};       // one or more, each ended by a period at the end of a line
+  std::string fStatePath{};      // where the last command's engine is saved; empty: nowhere
+  std::string fResultsFolder{};  // made for the result documents; empty: none are written
   // What a file is there for that no command may write over ("the data"), empty for nothing.
-  std::function<std::string(const std::string& path)> fUseOf;
+  std::function<std::string(const std::string& path)> fUseOf{};
 };
 
 // Runs the commands in order, each in a run of the document, whose data source is the caller's to

@@ -27,9 +27,9 @@ const INBAlgorithm& ModelOf(const ComponentFile& state, const std::string& name)
 // Adds the predicted value and, if asked for, the predicted probability of each category to the
 // table, and shows how many cases were predicted, in a run of the document, whose data source is
 // the caller's to name. Names that are taken get a number. A case without a prediction has missing
-// cells. Completed or cancelled; what is cancelled leaves the new variables filled in part.
-// Throws RequestError for a table that does not fit the model (no option) and for names that cannot
-// be used (predicted, probabilities); MCHost::HostIOError.
+// cells. Completed or cancelled. Throws RequestError for a table that does not fit the model (no
+// option) and for names that cannot be used (predicted, probabilities); MCHost::HostIOError. What
+// is cancelled or refused may leave new variables in the table, filled in part.
 // REQUIRES: the table was prepared.
 Outcome ScoreTable(MCHost::DataTable& table, const INBAlgorithm& model,
                    MCHost::OutputDocument& document, const ScoreRequest& request,

@@ -3,7 +3,7 @@
 #   check_headers.sh COMPILER
 set -eu
 cd "$(dirname "$0")/../.."
-find common feature naivebayes modelfiles host backend -name '*.h' ! -path 'host/arrow/*' |
+find common feature naivebayes modelfiles host backend operations -name '*.h' ! -path 'host/arrow/*' |
   xargs -P "$(nproc)" -n 8 sh -c '
     compiler=$0
     for header; do

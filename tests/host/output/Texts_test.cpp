@@ -137,7 +137,7 @@ TEST(StringTable, HasAnEntryForEveryShortKeyInTheSources) {
       "Bp(?:String|PivotTable \\w+|Composite(?: \\w+)?)\\(\"([^\"\n]*[^.\"\n])\"");
   std::set<std::string> missing;
   int nFound = 0;
-  for (const char* folder : {"backend/predselect", "host/cases", "host/command"}) {
+  for (const char* folder : {"backend/predselect", "host/cases", "host/command", "operations"}) {
     const auto root = std::filesystem::path(PREDSELECT_SOURCE_DIR) / folder;
     for (const auto& entry : std::filesystem::recursive_directory_iterator(root)) {
       // What a grammar says of its keywords is help, not output.

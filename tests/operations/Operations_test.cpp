@@ -1,0 +1,225 @@
+// The operations as an application calls them: what they refuse, how they end, what they leave.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include "host/data/MemoryTable.h"
+#include "host/output/OutputDocument.h"
+#include "host/output/ShowText.h"
+#include "host/session/HostIOError.h"
+#include "operations/DescribeTable.h"
+#include "operations/InspectState.h"
+#include "operations/MergeStates.h"
+#include "operations/RequestError.h"
+#include "operations/RunCommands.h"
+#include "operations/ScoreTable.h"
+#include "operations/StateFile.h"
+#include "operations/TableOptions.h"
+
+namespace {
+
+using namespace PredSelect;
+using MCHost::MemoryTable;
+using MCHost::OutputDocument;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+// The refusal of what is done, as other callers and as the command line show it.
+template <class Action>
+std::pair<std::string, std::string> RefusalOf(const Action& action) {
+  try {
+    action();
+  } catch (const RequestError& error) {
+    return {error.what(), error.TextWithDashes()};
+  }
+  return {"", "nothing was refused"};
+}
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
+
+std::vector<std::string> TitlesOf(const MCHost::OutputRun& run) {
+  std::vector<std::string> titles;
+  for (const MCHost::OutputTable& table : run.fTables) {
+    titles.push_back(MCHost::ShowText(table.fTitle));
+  }
+  return titles;
+}
+
+// A table of loans, and a folder for files that goes with the test.
+class Operations : public testing::Test {
+ protected:
+  Operations() {
+    fTable.AddStrings("paid", {"yes", "no", "yes", "no", "yes", "yes", "no", "no", "yes", "no"});
+    fTable.AddStrings("home",
+                      {"own", "rent", "own", "rent", "own", "own", "rent", "own", "rent", {}});
+    fTable.AddNumbers("age", {31.5, 22, 45, 29, 51, 38, 24, 33, 47, 26});
+    std::filesystem::create_directories(fFolder);
+  }
+  ~Operations() override { std::filesystem::remove_all(fFolder); }
+
+  std::string Path(const std::string& name) const { return fFolder + "/" + name; }
+
+  Outcome Run(const std::string& commands, const std::string& state = "") {
+    PrepareTable(fTable, {});
+    return RunCommands(fTable, fDocument, {.fCommands = commands, .fStatePath = state}, fAround);
+  }
+
+  // What another three cases count, the second of a kind of home that is new.
+  ComponentFile CountMore(const std::string& command) {
+    MemoryTable table;
+    table.AddStrings("paid", {"no", "yes", "no"});
+    table.AddStrings("home", {"rent", "shared", "own"});
+    table.AddNumbers("age", {52.5, 19, 33});
+    PrepareTable(table, {});
+    OutputDocument document;
+    const RunRequest request{.fCommands = command, .fStatePath = Path("more.bin")};
+    EXPECT_EQ(RunCommands(table, document, request, fAround), Outcome::kCompleted);
+    return LoadState(Path("more.bin"));
+  }
+
+  std::string fFolder = testing::TempDir() + "operations" + std::to_string(getpid());
+  MemoryTable fTable;
+  OutputDocument fDocument;
+  Surroundings fAround;
+};
+
+TEST_F(Operations, PreparingRefusesWhatTheTableLacksAndNamesTheOption) {
+  constexpr auto kScale = KOVA_Variable::kScale;
+  const struct {
+    TableOptions fOptions;
+    const char* fRefusal;
+  } cases[] = {
+      {{{}, {{"Age", kScale}, {"hme", kScale}}, ""},
+       "level: the data have no variable \"hme\"; did"},
+      {{{}, {{"home", kScale}}, ""}, "level: \"home\" holds texts and cannot be scale."},
+      {{{}, {}, "paid"}, "weight: \"paid\" holds texts; a weight must be a number."},
+      {{{}, {}, "xyzzy"}, "weight: the data have no variable \"xyzzy\"."},
+  };
+  for (const auto& c : cases) {
+    const auto [plain, dashed] = RefusalOf([&] { PrepareTable(fTable, c.fOptions); });
+    EXPECT_THAT(plain, testing::StartsWith(c.fRefusal));
+    EXPECT_EQ(dashed, "--" + plain);
+  }
+}
+
+TEST_F(Operations, AnErrorInOneCommandKeepsNoOtherFromRunning) {
+  EXPECT_EQ(Run("SELECTPRED paid BY nosuch.\nSELECTPRED paid.\n"
+                "NAIVEBAYES paid BY home /SAVE PREDVAL(guess).",
+                Path("last.bin")),
+            Outcome::kCommandError);
+  const std::vector<MCHost::OutputRun>& runs = fDocument.GetRuns();
+  ASSERT_EQ(runs.size(), 3u);
+  EXPECT_FALSE(runs[0].fbCompleted);
+  EXPECT_TRUE(runs[1].fbCompleted && runs[2].fbCompleted);
+  EXPECT_EQ(fDocument.fNVariables, 3) << "those of the data, not those that were added";
+  ASSERT_EQ(runs[2].fNewVariables.size(), 1u);
+  EXPECT_EQ(runs[2].fNewVariables[0].fName, "guess");
+  EXPECT_THAT(runs[1].fFiles, ElementsAre());
+  EXPECT_THAT(runs[2].fFiles, ElementsAre(Path("last.bin")));
+  EXPECT_NE(LoadState(Path("last.bin")).fpNaive, nullptr);
+}
+
+TEST_F(Operations, AFileThatIsInUseIsNotWrittenOver) {
+  PrepareTable(fTable, {});
+  const RunRequest request{
+      .fCommands = "NAIVEBAYES paid /OUTFILE MODEL='till.xml'.",
+      .fUseOf = [](const std::string& path) { return path == "till.xml" ? "the till" : ""; }};
+  EXPECT_EQ(RunCommands(fTable, fDocument, request, fAround), Outcome::kCommandError);
+  const auto& messages = fDocument.GetRuns().back().fMessages;
+  ASSERT_FALSE(messages.empty());
+  EXPECT_THAT(MCHost::ShowText(messages.back().fText),
+              HasSubstr("would take the place of the till"));
+  EXPECT_FALSE(std::filesystem::exists("till.xml"));
+}
+
+TEST_F(Operations, TheCallersWishToStopEndsEachOfThem) {
+  PrepareTable(fTable, {});
+  Run("NAIVEBAYES paid.", Path("model.bin"));
+  const ComponentFile state = LoadState(Path("model.bin"));
+  fAround.fIsCancelled = [] { return true; };
+  OutputDocument results;
+  EXPECT_EQ(RunCommands(fTable, results, {.fCommands = "SELECTPRED paid."}, fAround),
+            Outcome::kCancelled);
+  EXPECT_TRUE(results.GetRuns().empty());
+  EXPECT_EQ(DescribeTable(fTable, results, fAround), Outcome::kCancelled);
+  EXPECT_EQ(ScoreTable(fTable, *state.fpNaive, results, {}, fAround), Outcome::kCancelled);
+  for (const MCHost::OutputRun& run : results.GetRuns()) {
+    EXPECT_FALSE(run.fbCompleted) << run.fCommand;
+    EXPECT_TRUE(run.fTables.empty()) << run.fCommand;
+  }
+}
+
+TEST_F(Operations, WhatCannotBeDoneIsRefusedInTheCallersWords) {
+  Run("SELECTPRED paid.\nNAIVEBAYES paid.", Path("model.bin"));
+  const ComponentFile model = LoadState(Path("model.bin"));
+  const ComponentFile ranking = CountMore("SELECTPRED paid.");
+  const auto score = [&](const ScoreRequest& request) {
+    (void)ScoreTable(fTable, *model.fpNaive, fDocument, request, fAround);
+  };
+  MemoryTable other;
+  other.AddStrings("home", {"own"});
+  const struct {
+    std::function<void()> fAction;
+    const char* fText;
+  } cases[] = {
+      {[&] { Run("* a comment."); }, "there is no command to run."},
+      {[&] { (void)ModelOf(ranking, "it"); },
+       "--model: it holds a ranking of predictors, not a Naive Bayes model."},
+      {[&] {
+         score({" p", ""});
+       },
+       "--predicted: \" p\" cannot name a new variable."},
+      {[&] {
+         score({"p", " q"});
+       },
+       "--probabilities: \" q\" cannot name new variables."},
+      {[&] { (void)ScoreTable(other, *model.fpNaive, fDocument, {}, fAround); },
+       "the data have no variable \"age\", which the model needs."},
+  };
+  for (const auto& c : cases) EXPECT_EQ(RefusalOf(c.fAction).second, c.fText);
+}
+
+TEST_F(Operations, ARefusedMergeLeavesTheStateAsItWas) {
+  Run("SELECTPRED paid.", Path("state.bin"));
+  const std::string before = ReadFile(Path("state.bin"));
+  ComponentFile state = LoadState(Path("state.bin"));
+  const ComponentFile otherRules = CountMore("SELECTPRED paid /SCREENING PCTMISSING=50.");
+  EXPECT_EQ(RefusalOf([&] { MergeStates(state, otherRules, "more"); }).first,
+            "merge: more cannot be added: other screening rules were asked for.");
+  const ComponentFile otherKind = CountMore("SELECTPRED paid BY home age.");
+  const auto [plain, dashed] = RefusalOf([&] { MergeStates(state, otherKind, "more"); });
+  EXPECT_THAT(dashed, HasSubstr("scale in the other; --level makes them alike."));
+  EXPECT_THAT(plain, HasSubstr("scale in the other; level makes them alike."));
+  SaveState(state, Path("state.bin"));
+  EXPECT_TRUE(ReadFile(Path("state.bin")) == before);
+
+  MergeStates(state, CountMore("SELECTPRED paid."), "more");
+  InspectState(state, fDocument);
+  EXPECT_THAT(TitlesOf(fDocument.GetRuns().back()),
+              ElementsAre("Component", "Target Categories", "Ranking"));
+  EXPECT_EQ(state.fDictionary->fPredictors[0].fStrings.size(), 3u);
+}
+
+TEST_F(Operations, AStateThatCannotBeWrittenLeavesTheFileOfBefore) {
+  Run("NAIVEBAYES paid.", Path("model.bin"));
+  const ComponentFile model = LoadState(Path("model.bin"));
+  EXPECT_THROW(SaveState(model, Path("none/model.bin")), MCHost::HostIOError);
+  std::filesystem::create_directory(Path("folder.xml"));
+  EXPECT_THROW(SaveState(model, Path("folder.xml")), MCHost::HostIOError);
+  std::ofstream(Path("text.bin")) << "no state";
+  EXPECT_THROW((void)LoadState(Path("text.bin")), MCHost::HostIOError);
+  SaveState(model, Path("text.bin"));
+  EXPECT_TRUE(ReadFile(Path("text.bin")) == ReadFile(Path("model.bin")));
+  for (const auto& entry : std::filesystem::directory_iterator(fFolder)) {
+    EXPECT_EQ(entry.path().string().find(".tmp"), std::string::npos) << entry.path();
+  }
+}
+
+}  // namespace
