@@ -1,4 +1,3 @@
-
 #include "operations/InspectState.h"
 
 #include <vector>

@@ -1,6 +1,7 @@
 #include "operations/MergeStates.h"
 
 #include <cstdint>
+#include <optional>
 #include <utility>
 
 #include "feature/FSSettings.h"

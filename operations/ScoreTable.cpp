@@ -1,4 +1,3 @@
-
 #include "operations/ScoreTable.h"
 
 #include <algorithm>
