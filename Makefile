@@ -6,8 +6,9 @@
 #   make asan    the test suite under AddressSanitizer and UBSan
 #   make fuzz    every fuzz target for FUZZ_SECONDS (600 unless given) seconds
 #   make evaluator  set up the independent evaluator of model files, for the tests (needs Java)
+#   make compare OLD=path  every output of this build beside those of another build of the program
 #   make tidy    clang-tidy over all sources
-.PHONY: demo test build bench asan fuzz evaluator tidy format setup clean
+.PHONY: demo test build bench asan fuzz evaluator compare tidy format setup clean
 
 demo: build
 	@scripts/demo
@@ -38,6 +39,11 @@ fuzz:
 	cmake --build --preset fuzz
 	@scripts/make-corpus
 	@scripts/fuzz
+
+compare: setup
+	cmake --preset release >/dev/null
+	cmake --build --preset release --target predselect_cli
+	tests/apps/compare_programs.py $(OLD) build/release/bin/predselect
 
 tidy:
 	@scripts/setup --dev
