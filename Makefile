@@ -3,31 +3,48 @@
 #   make test    the whole test suite
 #   make build   optimised build in build/release
 #   make bench   what the hot paths cost
+#   make bench-end  what whole runs cost, in time and memory (OLD=path: beside another build)
+#   make compare OLD=path  every output of this build beside those of another build of the program
 #   make asan    the test suite under AddressSanitizer and UBSan
 #   make fuzz    every fuzz target for FUZZ_SECONDS (600 unless given) seconds
 #   make evaluator  set up the independent evaluator of model files, for the tests (needs Java)
 #   make tidy    clang-tidy over all sources
-.PHONY: demo test build bench asan fuzz evaluator tidy format setup clean
+.PHONY: demo test program build bench bench-end compare asan fuzz evaluator tidy format clean
 
-demo: build
+demo: program
 	@scripts/demo
 
 test: build
 	ctest --preset release
 
-build: setup
+# The program alone, without the tests and what only they need.
+program:
+	@scripts/setup
+	cmake --preset release >/dev/null
+	cmake --build --preset release --target predselect_cli
+
+build:
+	@scripts/setup --tests
 	cmake --preset release >/dev/null
 	cmake --build --preset release
 
 bench: build
 	@scripts/bench
 
-asan: setup
+bench-end: program
+	.venv/bin/python3 bench/end_to_end.py $(OLD) build/release/bin/predselect
+
+compare: program
+	tests/apps/compare_programs.py $(OLD) build/release/bin/predselect
+
+asan:
+	@scripts/setup --tests
 	cmake --preset asan >/dev/null
 	cmake --build --preset asan
 	ctest --preset asan
 
-evaluator: setup
+evaluator:
+	@scripts/setup
 	python3 -m venv .venv-pmml
 	.venv-pmml/bin/python3 -m pip install --quiet -r scripts/requirements-pmml.txt
 
@@ -39,17 +56,13 @@ fuzz:
 	@scripts/make-corpus
 	@scripts/fuzz
 
-tidy:
+tidy: program
 	@scripts/setup --dev
-	cmake --preset release >/dev/null
 	@scripts/tidy
 
 format:
 	@scripts/setup --dev
 	git ls-files '*.h' '*.cpp' | xargs clang-format -i
-
-setup:
-	@scripts/setup
 
 clean:
 	rm -rf build
