@@ -494,6 +494,9 @@ TEST(NBTempFile, IsItsOwnersAlone) {
   for (const std::string& prefix : {dir.fPath.string() + "/", std::string()}) {
     MCNaive::NBTempFile file;
     ASSERT_TRUE(file.Open(prefix));
+    EXPECT_EQ(file.GetName().rfind(prefix.empty() ? P_tmpdir : prefix + "_nb", 0), 0u);
+    EXPECT_TRUE(prefix.empty() || file.GetName().ends_with(".tmp"));
+    EXPECT_FALSE(std::filesystem::exists(file.GetName()));
     std::FILE* opened = file.Release();
     struct stat info;
     EXPECT_EQ(fstat(fileno(opened), &info), 0);
