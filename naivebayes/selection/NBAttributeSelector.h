@@ -86,13 +86,10 @@ class NBAttributeSelector {
   // Copies the log-likelihood by subset size (element s - 1 is size s; the missing value below the
   // number of forced predictors) and returns how many sizes there are.
   int GetLoglikelihood(std::vector<double>& logLikelihoods) const;
-  // The sizes of the last selection as (criterion, size) in rank order; empty for an exact size.
-  const std::vector<std::pair<double, int>>& GetResults() const { return fvResults; }
-  const std::vector<int>& GetSelectionOrder() const { return fvOrder; }
 
   // Writes the last selection as a NaiveBayesAttrSelection document: the order of entry, and the
-  // sizes of GetResults() (an exact size: the one subset). `testData` names the criterion. Status 1
-  // after a cancel, and nothing is written; warning 70006, with the variable as datum 0 (-1: the
+  // sizes that were ranked (an exact size: the one subset). `testData` names the criterion. Status
+  // 1 after a cancel, and nothing is written; warning 70006, with the variable as datum 0 (-1: the
   // application), for a text that XML cannot hold, and nothing is written either.
   MCNaive::MCStatus ExportXML(std::ostream& os, bool testData, MCApplicInfo4XML* appInfo) const;
 
@@ -152,5 +149,5 @@ class NBAttributeSelector {
   std::vector<double> fvAPart;
   bool fbSimulated = false;
   bool fbReadError = false;
-  std::vector<std::pair<double, int>> fvResults;
+  std::vector<std::pair<double, int>> fvResults;  // criterion and size, best first
 };
