@@ -20,6 +20,7 @@
 #include "common/Record.h"
 #include "common/RecordIterator.h"
 #include "naivebayes/MCStatus.h"
+#include "naivebayes/NBSelectionRequest.h"
 #include "naivebayes/NaiveBayesSettings.h"
 #include "naivebayes/model/NBOutput.h"
 #include "naivebayes/model/NBOutputStatistics.h"
@@ -85,16 +86,8 @@ class INBAlgorithm {
   virtual void Cancel() = 0;
   virtual const MCNaive::MCStatus& GetStatus() const = 0;
 
-  // Chooses a subset of the candidates and builds the model of it and the forced predictors.
-  //   size: the largest (exact: the very) number of predictors, forced ones included; -1 automatic.
-  //   test: original records for the test criterion, at most nTest of them (below 0: all); null for
-  //         pseudo-BIC.
-  //   selected: variable indices in order of entry. logLikelihoods: by subset size. results: the
-  //         best nReport (0: five) pairs of size and criterion, best first.
-  //   xml: receives the result as a NaiveBayesAttrSelection document (modelfiles/dtd), whose header
-  //         says what `appInfo` says (null: what the component says of itself); null for none.
-  // Errors as for BuildModel, and 70001, 70002, 70003, 70008, 70013. Warnings also 70014, and 70006
-  // when the document, and only it, could not be written.
+  // Chooses a subset of the candidates and builds the model of it and the forced predictors, as
+  // SelectAttributes(request, result) below: the request's and the result's fields one by one.
   virtual MCNaive::MCStatus SelectAttributes(MCCommon::MultiPassRecordIter& data, int nRecords,
                                              std::vector<int>& selected,
                                              std::vector<double>& logLikelihoods,
@@ -123,4 +116,10 @@ class INBAlgorithm {
   virtual const NaiveBayesSettings& GetSettings() const = 0;
   virtual const NBVarList& GetVarList() const = 0;
   virtual void Display(std::ostream& os) const = 0;
+
+  // Chooses a subset of the candidates and builds the model of it and the forced predictors.
+  // Errors as for BuildModel, and 70001, 70002, 70003, 70008, 70013. Warnings also 70014, and 70006
+  // when the document, and only it, could not be written.
+  virtual MCNaive::MCStatus SelectAttributes(const NBSelectionRequest& request,
+                                             NBSelectionResult& result) = 0;
 };

@@ -50,6 +50,8 @@ class NBAlgorithm : public INBAlgorithm {
                                      bool exact, MCCommon::MultiPassRecordIter* test, int nTest,
                                      int nReport, std::ostream* xml,
                                      MCApplicInfo4XML* appInfo) override;
+  MCNaive::MCStatus SelectAttributes(const NBSelectionRequest& request,
+                                     NBSelectionResult& result) override;
   MCNaive::MCStatus MergeModel(const INBAlgorithm* other, bool computeProbabilities) override;
   void GetNValidNExcluded(double& validWeight, double& excludedWeight, int& nValid,
                           int& nExcluded) const override;
@@ -101,26 +103,20 @@ class NBAlgorithm : public INBAlgorithm {
   // Gives the inputs the bins of their set-up, from which re-binning starts anew.
   void RestoreBins();
   void ResetAllCounts(bool totalsToo);
-  // Counts processed records and computes the estimates.
-  MCNaive::MCStatus CountData(MCCommon::RecordIterator& records, bool showProgress);
+  // Counts all cases of a source and computes the estimates.
+  MCNaive::MCStatus CountData(NBCodeSource& source, bool showProgress);
   MCNaive::MCStatus CountSource(MCCommon::MultiPassRecordIter& data, int nRecords, bool rebin);
-  // Counts a block; false when cancelled in it. Adds to the pass's numbers.
-  bool CountBlock(const NBCodeBlock& codes, bool showProgress, int& nRead, NBSum& weight);
-  bool NextCodes(MCCommon::RecordIterator& records, NBCodeBlock& codes) const;
-  void ReportProgress(int nRead) const;
   // Estimates from the counts; drops inputs with fewer than 2 categories in use.
   void FinishCounts();
 
-  struct Selection;
-  MCNaive::MCStatus CheckSelection(MCCommon::MultiPassRecordIter& data, int nRecords, int size,
-                                   const MCCommon::MultiPassRecordIter* test, int nTest) const;
-  MCNaive::MCStatus LoadSelectionData(MCCommon::MultiPassRecordIter& data, int nRecords,
-                                      bool inMemory, Selection& selection);
+  MCNaive::MCStatus CheckSelection(const NBSelectionRequest& request) const;
+  void RunSelection(const NBSelectionRequest& request, NBSelectionResult& result);
+  MCNaive::MCStatus LoadSelectionData(const NBSelectionRequest& request, bool inMemory,
+                                      NBStored& stored);
   int DecideSize(int size, int forced, int candidates);
-  MCNaive::MCStatus Dispatch(Selection& selection, int size, bool exact,
-                             MCCommon::MultiPassRecordIter* test, int nTest, int nReport,
-                             std::vector<int>& selected,
-                             std::vector<std::pair<int, double>>& results);
+  MCNaive::MCStatus Dispatch(const NBSelectionRequest& request,
+                             const NBAttributeSelector::Training& training,
+                             NBAttributeSelector& selector, NBSelectionResult& result);
   // Keeps the inputs with the role of inputs.
   void KeepChosenInputs();
 
@@ -147,5 +143,4 @@ class NBAlgorithm : public INBAlgorithm {
   mutable NBCancelInfo fCancel;
   std::optional<NBOutputStatistics> fTrainStats;
   std::optional<NBOutputStatistics> fTestStats;
-  std::int64_t fPassStart = 0;  // clock ticks
 };

@@ -15,8 +15,8 @@ constexpr double kScaleBelow = 0x1p-200;  // a mantissa below this is scaled up 
 constexpr double kLookBelow = 0x1p-400;   // ... once the bound says that one may be below this
 
 // The inner loop with the number of categories known, so that the compiler unrolls it.
-template <int kCategories>
-void MultiplyRows(const NBayesInputBase& input, const std::int32_t* codes, std::size_t records,
+template <int kCategories, typename Code>
+void MultiplyRows(const NBayesInputBase& input, const Code* codes, std::size_t records,
                   std::size_t categories, double* products) {
   const std::size_t n = kCategories > 0 ? kCategories : categories;
   for (std::size_t i = 0; i < records; ++i, products += n) {
@@ -63,18 +63,21 @@ void NBScaledProducts::Reset(const std::vector<double>& priors, std::size_t reco
   fLeast = priors.empty() ? 1.0 : std::min(1.0, *std::min_element(priors.begin(), priors.end()));
 }
 
-void NBScaledProducts::Multiply(const NBayesInputBase& input, const std::int32_t* codes) {
+void NBScaledProducts::Multiply(const NBayesInputBase& input, NBCodes codes) {
   if (fLeast * input.GetLeastFactor() < kLookBelow) ScaleUp();
   fLeast *= input.GetLeastFactor();
-  double* products = fvMantissas.data();
-  switch (fNCategories) {
-    case 2:
-      return MultiplyRows<2>(input, codes, fNRecords, 2, products);
-    case 3:
-      return MultiplyRows<3>(input, codes, fNRecords, 3, products);
-    default:
-      return MultiplyRows<0>(input, codes, fNRecords, fNCategories, products);
-  }
+  const auto multiply = [&](const auto* column) {
+    double* products = fvMantissas.data();
+    switch (fNCategories) {
+      case 2:
+        return MultiplyRows<2>(input, column, fNRecords, 2, products);
+      case 3:
+        return MultiplyRows<3>(input, column, fNRecords, 3, products);
+      default:
+        return MultiplyRows<0>(input, column, fNRecords, fNCategories, products);
+    }
+  };
+  std::visit(multiply, codes);
 }
 
 bool NBScaledProducts::MultiplyPlain(const std::vector<NBayesInput>& inputs,

@@ -10,6 +10,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "naivebayes/store/NBCodes.h"
+
 class NBayesInput;
 class NBayesInputBase;
 
@@ -20,7 +22,7 @@ class NBScaledProducts {
 
   // Multiplies one input in; a record with a negative code has no factor.
   // REQUIRES: one code per record, within the input's table.
-  void Multiply(const NBayesInputBase& input, const std::int32_t* codes);
+  void Multiply(const NBayesInputBase& input, NBCodes codes);
 
   // Makes Values and Exponent follow the products. To be called after the last Multiply.
   void Align();

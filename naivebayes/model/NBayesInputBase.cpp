@@ -48,16 +48,24 @@ int NBayesInputBase::ComputeProbabilities(double alpha) {
 
 void NBayesInputBase::ResetCounts() { std::fill(fvCounts.begin(), fvCounts.end(), 0.0); }
 
-void NBayesInputBase::AddCases(const std::int32_t* codes, const std::int32_t* targets,
-                               const double* weights, std::size_t cases) {
-  double* counts = fvCounts.data();
-  for (std::size_t i = 0; i < cases; ++i) {
-    if (codes[i] >= 0) counts[Cell(codes[i], targets[i])] += weights[i];
-  }
+void NBayesInputBase::AddCases(NBCodes codes, const std::int32_t* targets, const double* weights,
+                               std::size_t cases) {
+  const auto add = [&](const auto* column) {
+    double* counts = fvCounts.data();
+    for (std::size_t i = 0; i < cases; ++i) {
+      if (column[i] >= 0) counts[Cell(column[i], targets[i])] += weights[i];
+    }
+  };
+  std::visit(add, codes);
 }
 
-void NBayesInputBase::AddUnitCases(const std::int32_t* codes, const std::int32_t* targets,
-                                   std::size_t cases) {
+void NBayesInputBase::AddUnitCases(NBCodes codes, const std::int32_t* targets, std::size_t cases) {
+  std::visit([&](const auto* column) { TallyUnitCases(column, targets, cases); }, codes);
+}
+
+template <typename Code>
+void NBayesInputBase::TallyUnitCases(const Code* codes, const std::int32_t* targets,
+                                     std::size_t cases) {
   // Two tables in turn, so that an addition need not wait for the one before, with a first row for
   // missing codes; whole numbers give the same sums in any order.
   const std::size_t cells = Cell(fNCategories + 1, 0);

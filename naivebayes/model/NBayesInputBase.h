@@ -10,6 +10,8 @@
 #include <iosfwd>
 #include <vector>
 
+#include "naivebayes/store/NBCodes.h"
+
 class NBayesInputBase {
  public:
   virtual ~NBayesInputBase() = default;
@@ -28,10 +30,10 @@ class NBayesInputBase {
   void ResetCounts();
   // Adds weights[i] to the cell (codes[i], targets[i]) of each case whose code is not negative.
   // REQUIRES: codes and targets within the tables.
-  void AddCases(const std::int32_t* codes, const std::int32_t* targets, const double* weights,
+  void AddCases(NBCodes codes, const std::int32_t* targets, const double* weights,
                 std::size_t cases);
   // The same for weights that are all 1, and counts that are whole numbers.
-  void AddUnitCases(const std::int32_t* codes, const std::int32_t* targets, std::size_t cases);
+  void AddUnitCases(NBCodes codes, const std::int32_t* targets, std::size_t cases);
   // Makes room for more categories, keeping the counts; probabilities have to be computed anew.
   void Grow(int categories, int targetCategories);
   // REQUIRES: the cell is within the tables.
@@ -61,6 +63,8 @@ class NBayesInputBase {
   static void TableFields(Archive& archive, Self& self);
 
  private:
+  template <typename Code>
+  void TallyUnitCases(const Code* codes, const std::int32_t* targets, std::size_t cases);
   std::size_t Cell(int category, int target) const {
     return static_cast<std::size_t>(category) * fNTargets + target;
   }

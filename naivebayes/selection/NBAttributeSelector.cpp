@@ -9,59 +9,16 @@
 
 #include "common/MissingValue.h"
 #include "naivebayes/selection/NBAttribSelectReporter.h"
+#include "naivebayes/selection/NBDataSteps.h"
 #include "naivebayes/selection/NBFormulas.h"
-#include "naivebayes/store/NBDataPreparator.h"
+#include "naivebayes/selection/NBSimulatedSteps.h"
+#include "naivebayes/selection/NBTerms.h"
 #include "naivebayes/store/NBInternalAdapter.h"
 #include "naivebayes/variables/NBVarList.h"
 
 using MCCommon::MultiPassRecordIter;
 using MCCommon::Record;
-using MCCommon::RecordBlock;
-using MCCommon::RecordIterator;
 using MCNaive::MCStatus;
-
-namespace {
-
-// sum over k of values[k] * factors[k], in the order of k.
-inline double Dot(const double* values, const double* factors, std::size_t n) {
-  double sum = 0;
-  for (std::size_t k = 0; k < n; ++k) sum += values[k] * factors[k];
-  return sum;
-}
-
-// Sum over records of weight * log(products times the input's factors), the number of target
-// categories known to the compiler where it is small.
-template <int kCategories>
-double SumLogs(const NBScaledProducts& products, const NBayesInputBase& input,
-               const std::int32_t* codes, const double* weights) {
-  const std::size_t n = kCategories > 0 ? kCategories : products.Categories();
-  NBLogSum sum;
-  for (std::size_t i = 0; i < products.Records(); ++i) {
-    const double term = Dot(products.Values(i), input.GetFactors(codes[i]), n);
-    sum.Add(term, products.Exponent(i), weights[i]);
-  }
-  return sum.Total();
-}
-
-}  // namespace
-
-// What the test criterion needs beside the D terms: test weights by category, for each input in
-// order of entry.
-struct NBAttributeSelector::TestCounts {
-  TestCounts(const std::vector<NBayesInput>& inputs, const std::vector<int>& order, int targets)
-      : fvTargets(targets, 0.0), fvInputs(order.size()) {
-    for (std::size_t s = 0; s < order.size(); ++s) {
-      fvInputs[s].Setup(inputs[order[s]].GetNCategories(), targets);
-    }
-  }
-  double Weight() const {
-    NBSum sum;
-    for (double weight : fvTargets) sum.Add(weight);
-    return sum.Total();
-  }
-  std::vector<double> fvTargets;
-  std::vector<NBayesInputBase> fvInputs;
-};
 
 NBAttributeSelector::NBAttributeSelector(std::vector<NBayesInput>& inputs, NBayesOutput& output,
                                          NBVarList& varList, NaiveBayesSettings& settings,
@@ -72,7 +29,7 @@ NBAttributeSelector::NBAttributeSelector(std::vector<NBayesInput>& inputs, NBaye
       fSettings(settings),
       fCancel(cancel),
       fTotalWeight(totalWeight),
-      fbHasWeight(varList.GetWeightIndex() >= 0) {}
+      fModel{output, inputs} {}
 
 double NBAttributeSelector::ComputeAJTerm(int input, double n) const {
   return NBFormulas::ComputeAJTerm(fInputs[input], fInputs[input], n);
@@ -100,53 +57,35 @@ double NBAttributeSelector::StartSequence(int maxSize, std::vector<int>& candida
   return running;
 }
 
-// Takes all records in, and the forced predictors' products; these give the first log-likelihood.
-bool NBAttributeSelector::StartFromData(MultiPassRecordIter& data, double running) {
-  if (!data.NewPass()) return false;
-  for (;;) {
-    const RecordBlock& block = data.NextBlock(RecordBlock::kMaxCases);
-    if (block.Cases() == 0) break;
-    fTraining.Append(block, fbHasWeight, NBCodeBlock::kSelectionOffset);
-  }
-  if (data.GetFailReason() == RecordIterator::kReadError) return false;
-  fProducts.Reset(fOutput.GetPriors(), fTraining.Cases());
-  for (int j : fvOrder) fProducts.Multiply(fInputs[j], fTraining.Codes(j));
-  fProducts.Align();
-  if (fNForced > 0) {
-    NBLogSum sum;
-    for (std::size_t i = 0; i < fTraining.Cases(); ++i) {
-      sum.Add(fProducts.SumOf(i), fProducts.Exponent(i), fTraining.Weights()[i]);
-    }
-    fvLogLikelihood[fNForced - 1] = running - sum.Total() / fTotalWeight;
-  }
-  return true;
+MCNaiveBayes::MCRandom NBAttributeSelector::MakeRandom() const {
+  const NaiveBayesSettings::RNGChoice choice = fSettings.GetRNGOption();
+  return {fSettings.GetRandomSeed(), choice != NaiveBayesSettings::kLibrary,
+          choice == NaiveBayesSettings::kMersenneTwister,
+          choice == NaiveBayesSettings::kUserProvided ? fSettings.GetUserRNG() : nullptr};
 }
 
-int NBAttributeSelector::BuildSubsetSequence(int maxSize, MultiPassRecordIter& data, int nRecords,
-                                             bool fromData) {
+int NBAttributeSelector::BuildSubsetSequence(int maxSize, const Training& training) {
   if (fCancel.IsCancel()) return -1;
-  fbSimulated = !fromData;
+  fbSimulated = !training.fbFromData;
+  if (fbSimulated) {
+    MCNaiveBayes::MCRandom random = MakeRandom();
+    const int records = std::max(fSettings.GetSampleSize4SimData(), 1);
+    NBSimulatedSteps steps(fModel, records, random, fCancel);
+    return TakeSteps(maxSize, training.fNRecords, steps);
+  }
+  NBDataSteps steps(fModel, fTotalWeight, training.fCodes, fCancel);
+  return TakeSteps(maxSize, training.fNRecords, steps);
+}
+
+int NBAttributeSelector::TakeSteps(int maxSize, int nRecords, NBSteps& steps) {
   const std::clock_t start = std::clock();
   std::vector<int> candidates;
   double running = StartSequence(maxSize, candidates);
-  if (fromData && !StartFromData(data, running)) {
-    fbReadError = true;
-    return -1;
-  }
-  std::vector<int> current = fvOrder;
-  const NaiveBayesSettings::RNGChoice choice = fSettings.GetRNGOption();
-  MCNaiveBayes::MCRandom random(
-      fSettings.GetRandomSeed(), choice != NaiveBayesSettings::kLibrary,
-      choice == NaiveBayesSettings::kMersenneTwister,
-      choice == NaiveBayesSettings::kUserProvided ? fSettings.GetUserRNG() : nullptr);
+  for (int j : fvOrder) steps.Enter(j);
   std::vector<double> b;
   while (NSizes() < maxSize && !candidates.empty() && !fCancel.IsCancel()) {
-    if (fromData) {
-      ComputeBJ(candidates, b);
-    } else {
-      ComputeBJ(current, candidates, b, random);
-    }
-    if (fCancel.IsCancel()) return -1;
+    fbReadError = !steps.ComputeBJ(candidates, b);
+    if (fbReadError || fCancel.IsCancel()) return -1;
     std::size_t best = 0;
     double bestScore = running + fvA[candidates[0]] + b[0];
     for (std::size_t c = 1; c < candidates.size(); ++c) {
@@ -158,22 +97,15 @@ int NBAttributeSelector::BuildSubsetSequence(int maxSize, MultiPassRecordIter& d
     }
     const int winner = candidates[best];
     candidates.erase(candidates.begin() + static_cast<std::ptrdiff_t>(best));
-    current.insert(std::upper_bound(current.begin(), current.end(), winner), winner);
+    steps.Enter(winner);
     running += fvA[winner];
-    Enter(winner, running, bestScore);
+    fvOrder.push_back(winner);
+    fvLogLikelihood[NSizes() - 1] = bestScore;
+    fvAPart[NSizes() - 1] = running;
     Report(maxSize, static_cast<int>(candidates.size()), nRecords,
            static_cast<double>(std::clock() - start) / 1e6);
   }
   return fCancel.IsCancel() ? -1 : 0;
-}
-
-void NBAttributeSelector::Enter(int candidate, double running, double score) {
-  fvOrder.push_back(candidate);
-  fvLogLikelihood[NSizes() - 1] = score;
-  fvAPart[NSizes() - 1] = running;
-  if (fbSimulated) return;
-  fProducts.Multiply(fInputs[candidate], fTraining.Codes(candidate));
-  fProducts.Align();
 }
 
 void NBAttributeSelector::Report(int maxSize, int nCandidates, int nRecords, double seconds) {
@@ -186,128 +118,61 @@ void NBAttributeSelector::Report(int maxSize, int nCandidates, int nRecords, dou
   listener->Report(report);
 }
 
-double NBAttributeSelector::ComputeB(int candidate) const {
-  const NBayesInputBase& input = fInputs[candidate];
-  const std::int32_t* codes = fTraining.Codes(candidate);
-  const double* weights = fTraining.Weights();
-  double sum;
-  switch (fProducts.Categories()) {
-    case 2:
-      sum = SumLogs<2>(fProducts, input, codes, weights);
-      break;
-    case 3:
-      sum = SumLogs<3>(fProducts, input, codes, weights);
-      break;
-    default:
-      sum = SumLogs<0>(fProducts, input, codes, weights);
-  }
-  return -sum / fTotalWeight;
-}
-
-void NBAttributeSelector::ComputeBJ(const std::vector<int>& candidates, std::vector<double>& out) {
-  out.assign(candidates.size(), 0.0);
-  for (std::size_t c = 0; c < candidates.size() && !fCancel.IsCancel(); ++c) {
-    out[c] = ComputeB(candidates[c]);
-  }
-}
-
-void NBAttributeSelector::ComputeBJ(const std::vector<int>& current,
-                                    const std::vector<int>& candidates, std::vector<double>& out,
-                                    MCNaiveBayes::MCRandom& random) {
-  const int n = std::max(fSettings.GetSampleSize4SimData(), 1);
-  std::vector<NBSum> sums(candidates.size());
-  std::vector<double> terms;
-  Record record(fInputs.size() + 1);
-  for (int i = 0; i < n && !fCancel.IsCancel(); ++i) {
-    GenerateSimulatedRecord(record, random);
-    ComputeOneTermBJ(current, candidates, record, terms);
-    for (std::size_t c = 0; c < terms.size(); ++c) sums[c].Add(terms[c]);
-  }
-  out.clear();
-  for (const NBSum& sum : sums) out.push_back(-sum.Total() / n);
-}
-
 void NBAttributeSelector::ComputeOneTermBJ(const std::vector<int>& current,
                                            const std::vector<int>& candidates, const Record& record,
                                            std::vector<double>& out) const {
+  NBCodeBuffer codes;
+  codes.Resize(fInputs.size(), 1);
   const std::size_t first = record.Size() - fInputs.size();
-  const auto codeOf = [&](int j) {
-    return CategoryOf(record[first + j], NBCodeBlock::kSelectionOffset);
-  };
-  NBScaledProducts products;
-  products.Reset(fOutput.GetPriors(), 1);
-  for (int j : current) {
-    const std::int32_t code = codeOf(j);
-    products.Multiply(fInputs[j], &code);
+  for (std::size_t j = 0; j < fInputs.size(); ++j) {
+    codes.fvCodes[j][0] = CategoryOf(record[first + j], NBCodeBlock::kSelectionOffset);
   }
-  products.Align();
+  std::vector<NBSum> terms(candidates.size());
+  NBTerms::Add(fModel, current, candidates, codes.View(), terms);
   out.clear();
-  for (int c : candidates) {
-    NBLogSum term;
-    term.Add(Dot(products.Values(0), fInputs[c].GetFactors(codeOf(c)), products.Categories()),
-             products.Exponent(0), 1.0);
-    out.push_back(term.Total());
-  }
+  for (const NBSum& term : terms) out.push_back(term.Total());
 }
 
 void NBAttributeSelector::GenerateSimulatedRecord(Record& record,
                                                   MCNaiveBayes::MCRandom& random) const {
-  // Inversion: walk down the probabilities until the draw is used up, at most to the last category.
-  const auto walk = [&](int categories, auto probability) {
-    double u = random.GetRandom();
-    int category = 0;
-    while (category < categories - 1 && u > probability(category)) u -= probability(category++);
-    return category;
-  };
-  const int target = walk(fOutput.GetNCategories(), [&](int k) { return fOutput.GetPriors()[k]; });
-  record[0] = target;
-  for (std::size_t j = 0; j < fInputs.size(); ++j) {
-    const NBayesInput& input = fInputs[j];
-    const int categories = input.GetNCategories();
-    record[j + 1] = walk(categories, [&](int m) { return input.GetProbability(m, target); });
-    if (categories < 1) record[j + 1] = INBEncoder::kMissingCode;
-  }
+  NBCodeBuffer drawn;
+  drawn.Resize(fInputs.size(), 1);
+  NBSimulatedSteps::Draw(fModel, random, 0, drawn);
+  record[0] = drawn.fvTargets[0];
+  for (std::size_t j = 0; j < fInputs.size(); ++j) record[j + 1] = drawn.fvCodes[j][0];
 }
 
-bool NBAttributeSelector::SumTerms(RecordIterator& records, int first, int last,
-                                   std::vector<NBLogSum>& sums, TestCounts* counts) const {
-  sums.assign(last - first + 1, {});
-  NBCodeBlock codes;
+bool NBAttributeSelector::SumTerms(NBCodeSource& source, int first, std::vector<NBLogSum>& sums,
+                                   NBTestCounts* counts) const {
+  const int last = first + static_cast<int>(sums.size()) - 1;
   NBScaledProducts products;
   while (!fCancel.IsCancel()) {
-    const RecordBlock& block = records.NextBlock(RecordBlock::kMaxCases);
-    if (block.Cases() == 0) return records.GetFailReason() != RecordIterator::kReadError;
-    codes.Load(block, fbHasWeight, NBCodeBlock::kSelectionOffset);
-    products.Reset(fOutput.GetPriors(), codes.Cases());
-    for (std::size_t i = 0; counts != nullptr && i < codes.Cases(); ++i) {
-      counts->fvTargets[codes.Targets()[i]] += codes.Weights()[i];
-    }
+    const NBCodeBlock* codes = source.NextCodes();
+    if (codes == nullptr) return !source.HasFailed();
+    if (counts != nullptr) counts->Add(*codes);
+    products.Reset(fOutput.GetPriors(), codes->Cases());
     for (int s = 1; s <= last; ++s) {
       const int j = fvOrder[s - 1];
-      products.Multiply(fInputs[j], codes.Codes(j));
-      if (counts != nullptr) {
-        counts->fvInputs[s - 1].AddCases(codes.Codes(j), codes.Targets(), codes.Weights(),
-                                         codes.Cases());
-      }
+      products.Multiply(fInputs[j], codes->Codes(j));
       if (s < first) continue;
       products.Align();
-      for (std::size_t i = 0; i < codes.Cases(); ++i) {
-        sums[s - first].Add(products.SumOf(i), products.Exponent(i), codes.Weights()[i]);
+      for (std::size_t i = 0; i < codes->Cases(); ++i) {
+        sums[s - first].Add(products.SumOf(i), products.Exponent(i), codes->Weights()[i]);
       }
     }
   }
   return false;
 }
 
-bool NBAttributeSelector::CompleteLogLikelihoods(MultiPassRecordIter& data, int lastSize) {
-  const int first = FirstSize();
-  if (!fbSimulated || lastSize < first) return true;
-  std::vector<NBLogSum> sums;
-  if (!data.NewPass() || !SumTerms(data, first, lastSize, sums, nullptr)) {
+bool NBAttributeSelector::CompleteLogLikelihoods(NBCodeStore& records, int lastSize) {
+  const int first = FirstSize(), last = fbSimulated ? lastSize : fNForced;
+  if (last < first) return true;
+  std::vector<NBLogSum> sums(last - first + 1);
+  if (!records.NewPass() || !SumTerms(records, first, sums, nullptr)) {
     fbReadError = !fCancel.IsCancel();
     return false;
   }
-  for (int s = first; s <= lastSize; ++s) {
+  for (int s = first; s <= last; ++s) {
     fvLogLikelihood[s - 1] = fvAPart[s - 1] - sums[s - first].Total() / fTotalWeight;
   }
   return true;
@@ -321,17 +186,17 @@ int NBAttributeSelector::SortAndRankBIC(Results& results, int nReport) {
   return FillSelectionResults(std::move(ranked), nReport, results);
 }
 
-int NBAttributeSelector::SortAndRankTest(RecordIterator& test, Results& results, int nReport) {
+int NBAttributeSelector::SortAndRankTest(NBCodeSource& test, NBTestCounts& counts, Results& results,
+                                         int nReport) {
   const int first = FirstSize();
-  TestCounts counts(fInputs, fvOrder, fOutput.GetNCategories());
-  std::vector<NBLogSum> sums;
-  if (!SumTerms(test, std::min(first, NSizes()), NSizes(), sums, &counts)) return -1;
-  const double weight = counts.Weight();
+  std::vector<NBLogSum> sums(std::max(NSizes() - first + 1, 0));
+  if (!SumTerms(test, first, sums, &counts)) return -1;
+  const double weight = counts.GetWeight();
   if (!(weight > 0)) return -1;
-  double terms = NBFormulas::ComputeBase(counts.fvTargets, fOutput.GetPriors(), weight);
+  double terms = NBFormulas::ComputeBase(counts.GetTargets(), fOutput.GetPriors(), weight);
   std::vector<std::pair<double, int>> ranked;
   for (int s = 1; s <= NSizes(); ++s) {
-    terms += NBFormulas::ComputeAJTerm(counts.fvInputs[s - 1], fInputs[fvOrder[s - 1]], weight);
+    terms += NBFormulas::ComputeAJTerm(counts.GetInput(s - 1), fInputs[fvOrder[s - 1]], weight);
     if (s >= first) ranked.emplace_back(sums[s - first].Total() / weight - terms, s);
   }
   return FillSelectionResults(std::move(ranked), nReport, results);
@@ -359,6 +224,10 @@ void NBAttributeSelector::ConvertSelectedPredictors(std::vector<int>& selected) 
   for (int j : fvOrder) selected.push_back(fInputs[j].GetVarIndex());
 }
 
+NBRecordStore NBAttributeSelector::MakeStore(MultiPassRecordIter& data) const {
+  return {data, static_cast<int>(fInputs.size()), fVarList.GetWeightIndex() >= 0};
+}
+
 int NBAttributeSelector::UpdateVarlist(int size) {
   const int last = std::min(size, NSizes());
   for (int s = fNForced; s < last; ++s) {
@@ -376,24 +245,61 @@ MCStatus NBAttributeSelector::FailureStatus() const {
   return MCNaive::Error(fbReadError ? MCNaive::kTemporaryFile : MCNaive::kCancelled);
 }
 
-MCStatus NBAttributeSelector::SelectExact(int size, MultiPassRecordIter& data, int nRecords,
-                                          bool fromData, std::vector<int>& selected) {
-  if (BuildSubsetSequence(size, data, nRecords, fromData) < 0) return FailureStatus();
-  if (!CompleteLogLikelihoods(data, fNForced)) return FailureStatus();
-  ConvertSelectedPredictors(selected);
+MCStatus NBAttributeSelector::SelectExact(int size, const Training& training,
+                                          NBSelectionResult& result) {
+  if (BuildSubsetSequence(size, training) < 0) return FailureStatus();
+  if (!CompleteLogLikelihoods(training.fCodes, fNForced)) return FailureStatus();
+  ConvertSelectedPredictors(result.fvSelected);
   UpdateVarlist(size);
   return {};
+}
+
+MCStatus NBAttributeSelector::SelectMaxBIC(int maxSize, const Training& training, int nReport,
+                                           NBSelectionResult& result) {
+  if (BuildSubsetSequence(maxSize, training) < 0) return FailureStatus();
+  if (!CompleteLogLikelihoods(training.fCodes, NSizes())) return FailureStatus();
+  const int size = SortAndRankBIC(result.fvResults, nReport);
+  ConvertSelectedPredictors(result.fvSelected);
+  UpdateVarlist(size);
+  return {};
+}
+
+MCStatus NBAttributeSelector::SelectMaxTestData(int maxSize, const Training& training,
+                                                const TestSample& test, int nReport,
+                                                NBSelectionResult& result) {
+  if (BuildSubsetSequence(maxSize, training) < 0) return FailureStatus();
+  if (!CompleteLogLikelihoods(training.fCodes, fNForced)) return FailureStatus();
+  if (!test.fRecords.NewPass()) return MCNaive::Error(MCNaive::kNoTestRecords);
+  NBInternalAdapter codes(test.fRecords, test.fNRecords, test.fPreparator);
+  NBTestCounts counts(fModel, fvOrder);
+  const int size = SortAndRankTest(codes, counts, result.fvResults, nReport);
+  if (codes.GetStatus().IsError()) return codes.GetStatus();
+  if (fCancel.IsCancel()) return FailureStatus();
+  if (counts.GetWeight() == 0) return MCNaive::Error(MCNaive::kNoTestRecords);
+  if (size < 0) return FailureStatus();
+  ConvertSelectedPredictors(result.fvSelected);
+  UpdateVarlist(size);
+  return {};
+}
+
+MCStatus NBAttributeSelector::SelectExact(int size, MultiPassRecordIter& data, int nRecords,
+                                          bool fromData, std::vector<int>& selected) {
+  NBRecordStore codes = MakeStore(data);
+  NBSelectionResult result;
+  const MCStatus status = SelectExact(size, {codes, nRecords, fromData}, result);
+  selected = std::move(result.fvSelected);
+  return status;
 }
 
 MCStatus NBAttributeSelector::SelectMaxBIC(int maxSize, MultiPassRecordIter& data, int nRecords,
                                            bool fromData, std::vector<int>& selected,
                                            Results& results, int nReport) {
-  if (BuildSubsetSequence(maxSize, data, nRecords, fromData) < 0) return FailureStatus();
-  if (!CompleteLogLikelihoods(data, NSizes())) return FailureStatus();
-  const int size = SortAndRankBIC(results, nReport);
-  ConvertSelectedPredictors(selected);
-  UpdateVarlist(size);
-  return {};
+  NBRecordStore codes = MakeStore(data);
+  NBSelectionResult result;
+  const MCStatus status = SelectMaxBIC(maxSize, {codes, nRecords, fromData}, nReport, result);
+  selected = std::move(result.fvSelected);
+  results = std::move(result.fvResults);
+  return status;
 }
 
 MCStatus NBAttributeSelector::SelectMaxTestData(int maxSize, MultiPassRecordIter& data,
@@ -401,17 +307,11 @@ MCStatus NBAttributeSelector::SelectMaxTestData(int maxSize, MultiPassRecordIter
                                                 MultiPassRecordIter& test, int nTest,
                                                 std::vector<int>& selected, Results& results,
                                                 int nReport, NBDataPreparator* preparator) {
-  if (BuildSubsetSequence(maxSize, data, nRecords, fromData) < 0) return FailureStatus();
-  if (!CompleteLogLikelihoods(data, fNForced)) return FailureStatus();
-  if (!test.NewPass()) return MCNaive::Error(MCNaive::kNoTestRecords);
-  NBInternalAdapter records(test, nTest, *preparator);
-  if (!records.HasMore() && !records.GetStatus().IsError() && !fCancel.IsCancel()) {
-    return MCNaive::Error(MCNaive::kNoTestRecords);
-  }
-  const int size = SortAndRankTest(records, results, nReport);
-  if (records.GetStatus().IsError()) return records.GetStatus();
-  if (size < 0 || fCancel.IsCancel()) return FailureStatus();
-  ConvertSelectedPredictors(selected);
-  UpdateVarlist(size);
-  return {};
+  NBRecordStore codes = MakeStore(data);
+  NBSelectionResult result;
+  const MCStatus status = SelectMaxTestData(maxSize, {codes, nRecords, fromData},
+                                            {test, nTest, *preparator}, nReport, result);
+  selected = std::move(result.fvSelected);
+  results = std::move(result.fvResults);
+  return status;
 }

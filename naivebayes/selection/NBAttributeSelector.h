@@ -20,13 +20,14 @@
 #include "common/RecordIterator.h"
 #include "naivebayes/MCStatus.h"
 #include "naivebayes/NBCancelInfo.h"
+#include "naivebayes/NBSelectionRequest.h"
 #include "naivebayes/NaiveBayesSettings.h"
+#include "naivebayes/model/NBModelView.h"
 #include "naivebayes/model/NBNumerics.h"
-#include "naivebayes/model/NBScaledProducts.h"
-#include "naivebayes/model/NBayesInput.h"
-#include "naivebayes/model/NBayesOutput.h"
 #include "naivebayes/selection/MCRandom.h"
-#include "naivebayes/store/NBCodeBlock.h"
+#include "naivebayes/selection/NBSteps.h"
+#include "naivebayes/selection/NBTestCounts.h"
+#include "naivebayes/store/NBRecordStore.h"
 
 class NBDataPreparator;
 class NBVarList;
@@ -39,22 +40,43 @@ class NBAttributeSelector {
  public:
   using Results = std::vector<std::pair<int, double>>;  // subset size, criterion
 
-  // `totalWeight` is the model's N; records have a weight column when the list has a weight
-  // variable.
+  // The records of a selection: processed ones to train on, of which the steps themselves are
+  // served (fbFromData), or which only complete the log-likelihoods ...
+  struct Training {
+    NBCodeStore& fCodes;
+    int fNRecords;
+    bool fbFromData;
+  };
+  // ... and, for the test criterion, original records that the preparator encodes, no more than so
+  // many accepted ones (below 0 all).
+  struct TestSample {
+    MCCommon::MultiPassRecordIter& fRecords;
+    int fNRecords;
+    NBDataPreparator& fPreparator;
+  };
+
+  // `totalWeight` is the model's N.
   NBAttributeSelector(std::vector<NBayesInput>& inputs, NBayesOutput& output, NBVarList& varList,
                       NaiveBayesSettings& settings, NBCancelInfo& cancel, double totalWeight);
 
-  // Each builds the sequence from processed training records (fromData: they serve the steps),
-  // picks a size, gives the chosen candidates the role of inputs in the variable list, and hands
-  // back the whole order of entry as variable indices. `results` holds the best nReport sizes in
-  // rank order. Errors: 1 cancelled, 70001 the record store could not be read.
+  // Each builds the sequence, picks a size, gives the chosen candidates the role of inputs in the
+  // variable list, and hands back the whole order of entry as variable indices and, where sizes are
+  // compared, the best nReport of them in rank order. REQUIRES: no size below the forced
+  // predictors. Errors: 1 cancelled, 70001 the records could not be read; with test records also
+  // 70003 when none is valid, and the errors of their encoding.
+  MCNaive::MCStatus SelectExact(int size, const Training& training, NBSelectionResult& result);
+  MCNaive::MCStatus SelectMaxBIC(int maxSize, const Training& training, int nReport,
+                                 NBSelectionResult& result);
+  MCNaive::MCStatus SelectMaxTestData(int maxSize, const Training& training, const TestSample& test,
+                                      int nReport, NBSelectionResult& result);
+
+  // The same from processed records of doubles: a target, a weight when the list has a weight
+  // variable, and a code per input.
   MCNaive::MCStatus SelectExact(int size, MCCommon::MultiPassRecordIter& data, int nRecords,
                                 bool fromData, std::vector<int>& selected);
   MCNaive::MCStatus SelectMaxBIC(int maxSize, MCCommon::MultiPassRecordIter& data, int nRecords,
                                  bool fromData, std::vector<int>& selected, Results& results,
                                  int nReport);
-  // Test records are original records, encoded by the preparator; nTest below 0 is no limit. Also
-  // 70003 when none is valid, and the errors of their encoding.
   MCNaive::MCStatus SelectMaxTestData(int maxSize, MCCommon::MultiPassRecordIter& data,
                                       int nRecords, bool fromData,
                                       MCCommon::MultiPassRecordIter& test, int nTest,
@@ -64,13 +86,10 @@ class NBAttributeSelector {
   // Copies the log-likelihood by subset size (element s - 1 is size s; the missing value below the
   // number of forced predictors) and returns how many sizes there are.
   int GetLoglikelihood(std::vector<double>& logLikelihoods) const;
-  // The sizes of the last selection as (criterion, size) in rank order; empty for an exact size.
-  const std::vector<std::pair<double, int>>& GetResults() const { return fvResults; }
-  const std::vector<int>& GetSelectionOrder() const { return fvOrder; }
 
   // Writes the last selection as a NaiveBayesAttrSelection document: the order of entry, and the
-  // sizes of GetResults() (an exact size: the one subset). `testData` names the criterion. Status 1
-  // after a cancel, and nothing is written; warning 70006, with the variable as datum 0 (-1: the
+  // sizes that were ranked (an exact size: the one subset). `testData` names the criterion. Status
+  // 1 after a cancel, and nothing is written; warning 70006, with the variable as datum 0 (-1: the
   // application), for a text that XML cannot hold, and nothing is written either.
   MCNaive::MCStatus ExportXML(std::ostream& os, bool testData, MCApplicInfo4XML* appInfo) const;
 
@@ -85,36 +104,28 @@ class NBAttributeSelector {
   void GenerateSimulatedRecord(MCCommon::Record& record, MCNaiveBayes::MCRandom& random) const;
 
  private:
-  struct TestCounts;
-
-  // Returns 0, or -1 when cancelled or when the store could not be read.
-  int BuildSubsetSequence(int maxSize, MCCommon::MultiPassRecordIter& data, int nRecords,
-                          bool fromData);
+  // Returns 0, or -1 when cancelled or when the records could not be read.
+  int BuildSubsetSequence(int maxSize, const Training& training);
+  int TakeSteps(int maxSize, int nRecords, NBSteps& steps);
   // A, Base, the forced predictors and the candidates; returns Base plus the A of the forced ones.
-  // -1 size vectors are left alone when cancelled.
   double StartSequence(int maxSize, std::vector<int>& candidates);
-  bool StartFromData(MCCommon::MultiPassRecordIter& data, double running);
-  // B of the current subset with each candidate: from the records in memory, or simulated.
-  void ComputeBJ(const std::vector<int>& candidates, std::vector<double>& out);
-  void ComputeBJ(const std::vector<int>& current, const std::vector<int>& candidates,
-                 std::vector<double>& out, MCNaiveBayes::MCRandom& random);
-  double ComputeB(int candidate) const;
-  void Enter(int candidate, double running, double score);
+  MCNaiveBayes::MCRandom MakeRandom() const;
   void Report(int maxSize, int nCandidates, int nRecords, double seconds);
 
-  // The sums over the records of w D(x, S_s) for sizes first .. last; counts test records, too,
+  // Adds to the sums, for the sizes from `first` on, w D(x, S_s) of all cases; counts these, too,
   // when asked. False after a cancel or a read error.
-  bool SumTerms(MCCommon::RecordIterator& records, int first, int last, std::vector<NBLogSum>& sums,
-                TestCounts* counts) const;
+  bool SumTerms(NBCodeSource& source, int first, std::vector<NBLogSum>& sums,
+                NBTestCounts* counts) const;
   // Log-likelihoods on the training data where the steps gave none, or only simulated ones.
-  bool CompleteLogLikelihoods(MCCommon::MultiPassRecordIter& data, int lastSize);
+  bool CompleteLogLikelihoods(NBCodeStore& records, int lastSize);
 
   // Each returns the chosen size (0 when there is no predictor), or a negative value.
   int SortAndRankBIC(Results& results, int nReport);
-  int SortAndRankTest(MCCommon::RecordIterator& test, Results& results, int nReport);
+  int SortAndRankTest(NBCodeSource& test, NBTestCounts& counts, Results& results, int nReport);
   int FillSelectionResults(std::vector<std::pair<double, int>> ranked, int nReport,
                            Results& results);
 
+  NBRecordStore MakeStore(MCCommon::MultiPassRecordIter& data) const;
   void ConvertSelectedPredictors(std::vector<int>& selected) const;
   // Returns how many candidates were chosen.
   int UpdateVarlist(int size);
@@ -129,7 +140,7 @@ class NBAttributeSelector {
   NaiveBayesSettings& fSettings;
   NBCancelInfo& fCancel;
   double fTotalWeight;
-  bool fbHasWeight;
+  NBModelView fModel;
 
   std::vector<int> fvOrder;  // input positions in order of entry, forced ones first
   int fNForced = 0;
@@ -138,8 +149,5 @@ class NBAttributeSelector {
   std::vector<double> fvAPart;
   bool fbSimulated = false;
   bool fbReadError = false;
-  std::vector<std::pair<double, int>> fvResults;
-
-  NBCodeBlock fTraining;       // all training records, when they serve the steps
-  NBScaledProducts fProducts;  // of the current subset, for each of them
+  std::vector<std::pair<double, int>> fvResults;  // criterion and size, best first
 };

@@ -1,13 +1,20 @@
 #include "naivebayes/store/BinaryRecordIterator.h"
 
+#include <algorithm>
 #include <iostream>
-#include <utility>
 
 namespace MCNaive {
 
+using MCCommon::RecordBlock;
+
 BinaryRecordIterator::BinaryRecordIterator(std::FILE* file, int recordSize,
                                            const std::string& fileName)
-    : fpFile(file), fFileName(fileName), fvAhead(recordSize), fStatus(kReadError) {
+    : fpFile(file),
+      fFileName(fileName),
+      fRecordSize(recordSize),
+      fvAhead(RecordBlock::PreferredCases(fRecordSize) * fRecordSize),
+      fCurRecord(fRecordSize),
+      fStatus(kReadError) {
   if (file == nullptr) {
     std::cerr << "Error: file handle is NULL in BinaryRecordIterator constructor\n";
   } else {
@@ -18,22 +25,45 @@ BinaryRecordIterator::BinaryRecordIterator(std::FILE* file, int recordSize,
 BinaryRecordIterator::~BinaryRecordIterator() = default;
 
 void BinaryRecordIterator::ReadAhead() {
-  const std::size_t read = std::fread(fvAhead.data(), sizeof(double), fvAhead.size(), fpFile.get());
-  if (read == fvAhead.size()) {
+  const std::size_t read =
+      fbTorn ? 0 : std::fread(fvAhead.data(), sizeof(double), fvAhead.size(), fpFile.get());
+  fNext = 0;
+  fNAhead = read / fRecordSize;
+  fbTorn = fbTorn || read % fRecordSize != 0;
+  if (fNAhead > 0) {
     fStatus = kSuccess;
   } else {
-    fStatus = read == 0 && std::feof(fpFile.get()) != 0 && std::ferror(fpFile.get()) == 0
-                  ? kNoRecords
-                  : kReadError;
+    const bool atEnd = std::feof(fpFile.get()) != 0 && std::ferror(fpFile.get()) == 0;
+    fStatus = atEnd && !fbTorn ? kNoRecords : kReadError;
   }
+}
+
+void BinaryRecordIterator::Advance(std::size_t records) {
+  fNext += records;
+  if (fNext == fNAhead) ReadAhead();
 }
 
 const MCCommon::Record* BinaryRecordIterator::NextRecord() {
   if (fStatus != kSuccess) return nullptr;
-  if (fCurRecord.Size() != fvAhead.size()) fCurRecord = MCCommon::Record(fvAhead.size());
-  for (std::size_t j = 0; j < fvAhead.size(); ++j) fCurRecord[j] = fvAhead[j];
-  ReadAhead();
+  const double* values = &fvAhead[fNext * fRecordSize];
+  for (std::size_t j = 0; j < fRecordSize; ++j) fCurRecord[j] = values[j];
+  Advance(1);
   return &fCurRecord;
+}
+
+const RecordBlock& BinaryRecordIterator::NextBlock(std::size_t maxCases) {
+  const std::size_t cases = fStatus == kSuccess ? std::min(maxCases, fNAhead - fNext) : 0;
+  fBlock.Reset(cases > 0 ? fRecordSize : 0, cases);
+  if (cases == 0) return fBlock;
+  fvColumns.resize(fRecordSize * cases);
+  const double* values = &fvAhead[fNext * fRecordSize];
+  for (std::size_t j = 0; j < fRecordSize; ++j) {
+    double* column = &fvColumns[j * cases];
+    for (std::size_t i = 0; i < cases; ++i) column[i] = values[i * fRecordSize + j];
+    fBlock.SetColumn(j, column);
+  }
+  Advance(cases);
+  return fBlock;
 }
 
 bool BinaryRecordIterator::NewPass() {
@@ -42,6 +72,7 @@ bool BinaryRecordIterator::NewPass() {
     return false;
   }
   std::clearerr(fpFile.get());
+  fbTorn = false;
   ReadAhead();
   return fStatus != kReadError;
 }

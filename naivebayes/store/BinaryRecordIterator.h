@@ -5,6 +5,7 @@
 // the iterator is made (see NBTempFile), and whatever stands there later is not ours.
 #pragma once
 
+#include <cstddef>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -25,12 +26,15 @@ class BinaryRecordIterator : public MCCommon::MultiPassRecordIter {
 
   bool HasMore() override { return fStatus == kSuccess; }
   const MCCommon::Record* NextRecord() override;
+  const MCCommon::RecordBlock& NextBlock(std::size_t maxCases) override;
   FailReason GetFailReason() const override { return fStatus; }
   bool NewPass() override;
 
  private:
-  // Reads the record after the current one ahead, so that HasMore can answer.
+  // Reads the next records, once those before are used up, so that HasMore can answer.
   void ReadAhead();
+  // Passes over so many records read.
+  void Advance(std::size_t records);
 
   struct Closer {
     void operator()(std::FILE* file) const { std::fclose(file); }
@@ -38,7 +42,13 @@ class BinaryRecordIterator : public MCCommon::MultiPassRecordIter {
 
   std::unique_ptr<std::FILE, Closer> fpFile;
   std::string fFileName;
-  std::vector<double> fvAhead;
+  std::size_t fRecordSize;
+  std::vector<double> fvAhead;  // records read, one after another
+  std::size_t fNext = 0;        // of them
+  std::size_t fNAhead = 0;
+  bool fbTorn = false;  // a part of a record stood behind them
+  std::vector<double> fvColumns;
+  MCCommon::RecordBlock fBlock;
   MCCommon::Record fCurRecord;
   FailReason fStatus;
 };

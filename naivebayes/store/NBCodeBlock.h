@@ -1,13 +1,15 @@
-// A block of processed records as integers, column by column, and the case weights: the form in
-// which records are counted and multiplied up. Records without a valid target or with a weight that
-// is not above 0 are left out.
+// A run of processed records as integers, column by column: the form in which records are stored,
+// counted and multiplied up. Every record has a valid target and a weight above 0.
+//
+// A block does not own its columns. Whoever hands it out keeps them alive and unchanged until the
+// next block is asked of the same source.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
-#include "common/RecordBlock.h"
+#include "naivebayes/store/NBCodes.h"
 
 // The category of a value: truncated after the offset was added; -1 for a missing or negative
 // value.
@@ -15,31 +17,36 @@ std::int32_t CategoryOf(double value, double offset);
 
 class NBCodeBlock {
  public:
-  // What is added before a code is truncated, in counting and in selection. That they differ is
-  // kept on purpose.
+  // What is added to a value that a caller hands over as a code, before it is truncated: in
+  // counting and scoring, and in selection. That they differ is kept on purpose; to codes that the
+  // component itself has made they make no difference.
   static constexpr double kCountingOffset = 0.5;
   static constexpr double kSelectionOffset = 0.45;
 
-  // Replaces the contents by a block of processed records.
-  void Load(const MCCommon::RecordBlock& block, bool hasWeight, double offset);
-  // Adds them instead.
-  void Append(const MCCommon::RecordBlock& block, bool hasWeight, double offset);
+  // Makes the block a view of these columns, with codes still to be set.
+  void Reset(std::size_t cases, const std::int32_t* targets, const double* weights,
+             std::size_t inputs) {
+    fCases = cases;
+    fpTargets = targets;
+    fpWeights = weights;
+    fvCodes.assign(inputs, NBCodes());
+  }
+  void SetCodes(std::size_t input, NBCodes codes) { fvCodes[input] = codes; }
 
-  // For who encodes straight into the block: its columns, which must end up equally long.
-  void SetInputs(int inputs) { fvCodes.resize(inputs); }
-  std::vector<std::int32_t>& TargetColumn() { return fvTargets; }
-  std::vector<double>& WeightColumn() { return fvWeights; }
-  std::vector<std::int32_t>& CodeColumn(int input) { return fvCodes[input]; }
-
-  std::size_t Cases() const { return fvWeights.size(); }
-  const std::int32_t* Targets() const { return fvTargets.data(); }
-  const double* Weights() const { return fvWeights.data(); }
-  // REQUIRES: 0 <= input < inputs of the records.
-  const std::int32_t* Codes(int input) const { return fvCodes[input].data(); }
+  std::size_t Cases() const { return fCases; }
+  int Inputs() const { return static_cast<int>(fvCodes.size()); }
+  const std::int32_t* Targets() const { return fpTargets; }
+  const double* Weights() const { return fpWeights; }
+  // REQUIRES: 0 <= input < Inputs().
+  NBCodes Codes(int input) const { return fvCodes[input]; }
+  // One code, where a whole column is not wanted.
+  std::int32_t Code(int input, std::size_t i) const {
+    return std::visit([i](const auto* codes) -> std::int32_t { return codes[i]; }, fvCodes[input]);
+  }
 
  private:
-  std::vector<std::int32_t> fvTargets;
-  std::vector<double> fvWeights;
-  std::vector<std::vector<std::int32_t>> fvCodes;
-  std::vector<std::size_t> fvAccepted;
+  std::size_t fCases = 0;
+  const std::int32_t* fpTargets = nullptr;
+  const double* fpWeights = nullptr;
+  std::vector<NBCodes> fvCodes;
 };

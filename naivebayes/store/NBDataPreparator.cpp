@@ -12,7 +12,8 @@
 #include "naivebayes/store/BinaryRecordIterator.h"
 #include "naivebayes/store/NBCodeBlock.h"
 #include "naivebayes/store/NBInternalAdapter.h"
-#include "naivebayes/store/NBMemoryIter.h"
+#include "naivebayes/store/NBMemoryStore.h"
+#include "naivebayes/store/NBRecordStore.h"
 #include "naivebayes/store/NBTempFile.h"
 #include "naivebayes/variables/NBContVar.h"
 #include "naivebayes/variables/NBVarList.h"
@@ -182,38 +183,48 @@ MCStatus NBDataPreparator::ProcessInputsFromRecord(const Record& record,
   return EncodeAll([&](int j) { return record[fvInputs[j].fVarIndex]; }, inputs, 0);
 }
 
-MCStatus NBDataPreparator::ProcessSource(MCCommon::RecordIterator& source, int nRecords,
-                                         bool inMemory,
-                                         std::unique_ptr<MCCommon::MultiPassRecordIter>& store,
-                                         int& nStored, NBExcluded& excluded,
-                                         const std::string& tempDir) {
-  nStored = 0;
-  store.reset();
-  NBInternalAdapter adapter(source, nRecords, *this);
-  auto memory = std::make_unique<MCNaive::NBMemoryIter>(GetProcessedSize(), nRecords);
+void NBDataPreparator::StoreInMemory(NBInternalAdapter& adapter, NBStored& stored) const {
+  std::vector<int> categories;
+  for (const Input& input : fvInputs) categories.push_back(input.fNCats);
+  auto store = std::make_unique<NBMemoryStore>(categories, fWeight >= 0);
+  while (const NBCodeBlock* codes = adapter.NextCodes()) {
+    store->Add(*codes);
+    stored.fNRecords += static_cast<int>(codes->Cases());
+  }
+  stored.fpStore = std::move(store);
+}
+
+bool NBDataPreparator::StoreInFile(NBInternalAdapter& adapter, const std::string& tempDir,
+                                   NBStored& stored) const {
   MCNaive::NBTempFile file;
-  if (!inMemory && !file.Open(tempDir)) return MCNaive::Error(MCNaive::kTemporaryFile);
-  for (;;) {
-    const MCCommon::RecordBlock& block = adapter.NextBlock(MCCommon::RecordBlock::kMaxCases);
-    if (block.Cases() == 0) break;
-    const bool stored = inMemory ? memory->AddBlock(block) : file.Write(block);
-    if (!stored) return MCNaive::Error(MCNaive::kTemporaryFile);
-    nStored += static_cast<int>(block.Cases());
+  if (!file.Open(tempDir)) return false;
+  while (const NBCodeBlock* codes = adapter.NextCodes()) {
+    if (!file.Write(*codes, fWeight >= 0)) return false;
+    stored.fNRecords += static_cast<int>(codes->Cases());
   }
-  excluded = {adapter.GetExcludedCount(), adapter.GetWExcludedCount()};
+  if (adapter.HasFailed()) return true;  // which says more than what the file makes of it
+  if (!file.Flush()) return false;
+  auto store =
+      std::make_unique<NBRecordStore>(std::make_unique<MCNaive::BinaryRecordIterator>(
+                                          file.Release(), GetProcessedSize(), file.GetName()),
+                                      GetInputSize(), fWeight >= 0);
+  const bool isReadable = !store->HasFailed();
+  stored.fpStore = std::move(store);
+  return isReadable;
+}
+
+MCStatus NBDataPreparator::ProcessSource(MCCommon::RecordIterator& source,
+                                         const NBStoreRequest& request, NBStored& stored) {
+  stored = {};
+  NBInternalAdapter adapter(source, request.fNRecords, *this);
+  if (request.fbInMemory) {
+    StoreInMemory(adapter, stored);
+  } else if (!StoreInFile(adapter, request.fTempDir, stored)) {
+    return MCNaive::Error(MCNaive::kTemporaryFile);
+  }
+  stored.fExcluded = {adapter.GetExcludedCount(), adapter.GetWExcludedCount()};
   if (adapter.GetStatus().IsError()) return adapter.GetStatus();
-  if (!inMemory && !file.Flush()) return MCNaive::Error(MCNaive::kTemporaryFile);
-  if (nStored == 0) return MCNaive::Error(MCNaive::kNoRecordsFound);
-  if (inMemory) {
-    store = std::move(memory);
-  } else {
-    store = std::make_unique<MCNaive::BinaryRecordIterator>(file.Release(), GetProcessedSize(),
-                                                            file.GetName());
-    if (store->GetFailReason() == MCCommon::RecordIterator::kReadError) {
-      return MCNaive::Error(MCNaive::kTemporaryFile);
-    }
-  }
-  return adapter.GetStatus();
+  return stored.fNRecords == 0 ? MCNaive::Error(MCNaive::kNoRecordsFound) : adapter.GetStatus();
 }
 
 void NBDataPreparator::Display(std::ostream& os) const {

@@ -19,8 +19,10 @@
 #include "common/RecordIterator.h"
 #include "naivebayes/MCStatus.h"
 #include "naivebayes/NBCancelInfo.h"
+#include "naivebayes/store/NBCodeStore.h"
 
 class NBBinningEncoder;
+class NBInternalAdapter;
 class NBRoundEncoder;
 class NBVarList;
 class NBayesInput;
@@ -29,6 +31,21 @@ class NBayesInput;
 struct NBExcluded {
   int fNRecords = 0;
   double fWeight = 0;
+};
+
+// How records are to be stored: no more than so many accepted ones, in memory or else in a
+// temporary file, whose name begins with fTempDir.
+struct NBStoreRequest {
+  int fNRecords = 0;
+  bool fbInMemory = true;
+  std::string fTempDir;
+};
+
+// What came of it. The store stands at its first case; after an error it is of no use.
+struct NBStored {
+  std::unique_ptr<NBCodeStore> fpStore;
+  int fNRecords = 0;
+  NBExcluded fExcluded;
 };
 
 class NBDataPreparator {
@@ -55,13 +72,12 @@ class NBDataPreparator {
                                             std::vector<std::int32_t>& inputs,
                                             double& weight) const;
 
-  // Stores the processed records of at most nRecords accepted ones, in memory or in a temporary
-  // file. A record left out is counted in `excluded`. Errors: 70001 the file cannot be made or
-  // written, 70004 the source failed, 70010 a target out of range, 70011 nothing to store.
-  // Warning: 70010 of the first input out of range. After a cancel the store holds what was read.
-  MCNaive::MCStatus ProcessSource(MCCommon::RecordIterator& source, int nRecords, bool inMemory,
-                                  std::unique_ptr<MCCommon::MultiPassRecordIter>& store,
-                                  int& nStored, NBExcluded& excluded, const std::string& tempDir);
+  // Stores the processed records of at most so many accepted ones. Errors: 70001 the temporary file
+  // cannot be made or written, 70004 the source failed, 70010 a target out of range, 70011 nothing
+  // to store. Warning: 70010 of the first input out of range. After a cancel the store holds what
+  // was read.
+  MCNaive::MCStatus ProcessSource(MCCommon::RecordIterator& source, const NBStoreRequest& request,
+                                  NBStored& stored);
 
   // The column forms of the above, for cases of one column of original records.
   void EncodeInputs(int input, const double* values, std::size_t cases, std::int32_t* codes) const;
@@ -110,6 +126,9 @@ class NBDataPreparator {
   template <typename ValueOf, typename Out>
   MCNaive::MCStatus EncodeAll(ValueOf valueOf, Out& out, int first) const;
   double WeightOf(const MCCommon::Record& original) const;
+  // Each stores what the adapter gives; false when the file cannot take it or give it back.
+  void StoreInMemory(NBInternalAdapter& adapter, NBStored& stored) const;
+  bool StoreInFile(NBInternalAdapter& adapter, const std::string& tempDir, NBStored& stored) const;
 
   NBVarList& fVarList;
   NBCancelInfo& fCancel;

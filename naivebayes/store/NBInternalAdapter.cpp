@@ -12,26 +12,26 @@ NBInternalAdapter::NBInternalAdapter(MCCommon::RecordIterator& source, int nReco
     : fSource(source),
       fPreparator(preparator),
       fNLeft(nRecords),
-      fvColumns(preparator.GetProcessedSize()),
       fCurRecord(preparator.GetProcessedSize()) {}
 
 void NBInternalAdapter::Accept(const RecordBlock& block) {
   const std::size_t cases = block.Cases();
-  fvTargets.resize(cases);
-  fvWeights.assign(cases, 1.0);
+  fBuffer.Resize(fPreparator.GetInputSize(), cases);
+  const std::vector<std::int32_t>& codes = fBuffer.fvTargets;
+  const std::vector<double>& weights = fBuffer.fvWeights;
   const double* targets = block.Column(fPreparator.GetTargetColumn());
-  fPreparator.EncodeTargets(targets, cases, fvTargets.data());
+  fPreparator.EncodeTargets(targets, cases, fBuffer.fvTargets.data());
   const int weight = fPreparator.GetWeightColumn();
-  if (weight >= 0) fPreparator.EncodeWeights(block.Column(weight), cases, fvWeights.data());
+  if (weight >= 0) fPreparator.EncodeWeights(block.Column(weight), cases, fBuffer.fvWeights.data());
   fvAccepted.clear();
   NBCancelInfo& cancel = fPreparator.GetCancelInfo();
   for (std::size_t i = 0; i < cases && !cancel.IsCancel(); ++i, ++fNSeen) {
-    if (fvWeights[i] == MCMV::gMissingValue) {
+    if (weights[i] == MCMV::gMissingValue) {
       ++fExcluded.fNRecords;
-    } else if (fvTargets[i] == INBEncoder::kMissingCode) {
+    } else if (codes[i] == INBEncoder::kMissingCode) {
       ++fExcluded.fNRecords;
-      fExcluded.fWeight += fvWeights[i];
-    } else if (fvTargets[i] == NBDataPreparator::kOutOfRange) {
+      fExcluded.fWeight += weights[i];
+    } else if (codes[i] == NBDataPreparator::kOutOfRange) {
       fStatus =
           fPreparator.MakeRangeStatus(false, fNSeen, targets[i], fPreparator.GetTargetCategories());
       return;
@@ -54,17 +54,13 @@ void Compact(std::vector<T>& values, const std::vector<std::size_t>& positions) 
 
 }  // namespace
 
-void NBInternalAdapter::EncodeAccepted(const RecordBlock& block, NBCodeBlock& codes) {
+void NBInternalAdapter::EncodeAccepted(const RecordBlock& block) {
   const std::size_t cases = block.Cases();
-  codes.SetInputs(fPreparator.GetInputSize());
-  codes.TargetColumn() = fvTargets;
-  codes.WeightColumn() = fvWeights;
-  Compact(codes.TargetColumn(), fvAccepted);
-  Compact(codes.WeightColumn(), fvAccepted);
+  Compact(fBuffer.fvTargets, fvAccepted);
+  Compact(fBuffer.fvWeights, fvAccepted);
   for (int j = 0; j < fPreparator.GetInputSize(); ++j) {
-    std::vector<std::int32_t>& column = codes.CodeColumn(j);
+    std::vector<std::int32_t>& column = fBuffer.fvCodes[j];
     const double* values = block.Column(fPreparator.GetInputColumn(j));
-    column.resize(cases);
     fPreparator.EncodeInputs(j, values, cases, column.data());
     Compact(column, fvAccepted);
     std::int32_t lowest = 0;
@@ -85,66 +81,51 @@ void NBInternalAdapter::ReplaceOutOfRange(int input, const double* values, std::
   }
 }
 
-bool NBInternalAdapter::Fetch(std::size_t maxCases, NBCodeBlock& codes) {
-  while (fNLeft != 0 && !fStatus.IsError() && !fPreparator.GetCancelInfo().IsCancel()) {
-    const std::size_t wanted =
-        fNLeft < 0 ? maxCases : std::min(maxCases, static_cast<std::size_t>(fNLeft));
-    const RecordBlock& block = fSource.NextBlock(wanted);
-    if (block.Cases() == 0) {
-      if (fSource.GetFailReason() == kReadError) fStatus = MCNaive::Error(MCNaive::kSourceFailed);
-      return false;
-    }
-    if (static_cast<int>(block.Columns()) < fPreparator.GetOriginalSize()) {
-      fStatus = MCNaive::Error(MCNaive::kWrongRecordSize);
-      return false;
-    }
-    Accept(block);
-    EncodeAccepted(block, codes);
-    if (fNLeft > 0) fNLeft -= static_cast<std::int64_t>(codes.Cases());
-    if (codes.Cases() > 0) return true;
+bool NBInternalAdapter::IsUsable(const RecordBlock& block) {
+  if (block.Cases() == 0) {
+    if (fSource.GetFailReason() == kReadError) fStatus = MCNaive::Error(MCNaive::kSourceFailed);
+    return false;
   }
-  return false;
-}
-
-bool NBInternalAdapter::FetchColumns(std::size_t maxCases) {
-  fNext = fCases = 0;
-  if (!Fetch(maxCases, fCodes)) return false;
-  fCases = fCodes.Cases();
-  const auto first = static_cast<std::size_t>(fPreparator.GetFirstInput());
-  fvColumns[0].assign(fCodes.Targets(), fCodes.Targets() + fCases);
-  if (first == 2) fvColumns[1].assign(fCodes.Weights(), fCodes.Weights() + fCases);
-  for (std::size_t j = first; j < fvColumns.size(); ++j) {
-    const std::int32_t* codes = fCodes.Codes(static_cast<int>(j - first));
-    fvColumns[j].assign(codes, codes + fCases);
+  if (static_cast<int>(block.Columns()) < fPreparator.GetOriginalSize()) {
+    fStatus = MCNaive::Error(MCNaive::kWrongRecordSize);
+    return false;
   }
   return true;
 }
 
-bool NBInternalAdapter::NextCodes(NBCodeBlock& codes) {
-  return Fetch(RecordBlock::kMaxCases, codes);
+const NBCodeBlock* NBInternalAdapter::NextCodes() {
+  while (fNLeft != 0 && !fStatus.IsError() && !fPreparator.GetCancelInfo().IsCancel()) {
+    const std::size_t wanted =
+        fNLeft < 0 ? RecordBlock::kMaxCases
+                   : std::min(RecordBlock::kMaxCases, static_cast<std::size_t>(fNLeft));
+    const RecordBlock& block = fSource.NextBlock(wanted);
+    if (!IsUsable(block)) return nullptr;
+    Accept(block);
+    EncodeAccepted(block);
+    if (fNLeft > 0) fNLeft -= static_cast<std::int64_t>(fvAccepted.size());
+    if (!fvAccepted.empty()) return &fBuffer.View();
+  }
+  return nullptr;
 }
 
-bool NBInternalAdapter::HasMore() { return fNext < fCases || FetchColumns(RecordBlock::kMaxCases); }
+bool NBInternalAdapter::HasMore() {
+  if (fpCodes != nullptr && fNext < fpCodes->Cases()) return true;
+  fpCodes = NextCodes();
+  fNext = 0;
+  return fpCodes != nullptr;
+}
 
 const MCCommon::Record* NBInternalAdapter::NextRecord() {
   if (!HasMore()) return nullptr;
-  for (std::size_t j = 0; j < fvColumns.size(); ++j) fCurRecord[j] = fvColumns[j][fNext];
+  const int first = fPreparator.GetFirstInput();
+  fCurRecord[0] = fpCodes->Targets()[fNext];
+  if (first == 2) fCurRecord[1] = fpCodes->Weights()[fNext];
+  for (int j = 0; j < fpCodes->Inputs(); ++j) fCurRecord[first + j] = fpCodes->Code(j, fNext);
   ++fNext;
   return &fCurRecord;
 }
 
-const RecordBlock& NBInternalAdapter::NextBlock(std::size_t maxCases) {
-  if (fNext == fCases) FetchColumns(std::min(maxCases, RecordBlock::kMaxCases));
-  const std::size_t cases = std::min(maxCases, fCases - fNext);
-  fBlock.Reset(fvColumns.size(), cases);
-  for (std::size_t j = 0; j < fvColumns.size(); ++j) {
-    fBlock.SetColumn(j, fvColumns[j].data() + fNext);
-  }
-  fNext += cases;
-  return fBlock;
-}
-
 MCCommon::RecordIterator::FailReason NBInternalAdapter::GetFailReason() const {
   if (fStatus.IsError()) return kReadError;
-  return fNext < fCases ? kSuccess : kNoRecords;
+  return fpCodes != nullptr && fNext < fpCodes->Cases() ? kSuccess : kNoRecords;
 }

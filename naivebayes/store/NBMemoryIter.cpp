@@ -14,15 +14,6 @@ bool NBMemoryIter::AddRecord(const MCCommon::Record& record) {
   return true;
 }
 
-bool NBMemoryIter::AddBlock(const MCCommon::RecordBlock& block) {
-  if (block.Cases() > fCapacity - fCount) return false;
-  for (std::size_t j = 0; j < fvColumns.size(); ++j) {
-    fvColumns[j].insert(fvColumns[j].end(), block.Column(j), block.Column(j) + block.Cases());
-  }
-  fCount += block.Cases();
-  return true;
-}
-
 int NBMemoryIter::FillBuffer(MCCommon::RecordIterator& source, int limit) {
   int taken = 0;
   while (taken < limit && fCount < fCapacity && source.HasMore()) {

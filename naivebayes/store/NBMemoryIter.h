@@ -15,8 +15,6 @@ class NBMemoryIter : public MCCommon::MultiPassRecordIter {
 
   // False when the store is full. REQUIRES: the record has the store's record size.
   bool AddRecord(const MCCommon::Record& record);
-  // Adds a block's cases; false when they do not all fit, and then none is added.
-  bool AddBlock(const MCCommon::RecordBlock& block);
   // Adds records until the store is full, the source is exhausted, or `limit` were taken; returns
   // how many were.
   int FillBuffer(MCCommon::RecordIterator& source, int limit);

@@ -44,15 +44,22 @@ bool NBTempFile::Open(const std::string& prefix) {
   return fpFile != nullptr;
 }
 
-bool NBTempFile::Write(const MCCommon::RecordBlock& block) {
-  fvRow.resize(block.Columns());
-  for (std::size_t i = 0; i < block.Cases(); ++i) {
-    for (std::size_t j = 0; j < fvRow.size(); ++j) fvRow[j] = block.Column(j)[i];
-    if (std::fwrite(fvRow.data(), sizeof(double), fvRow.size(), fpFile) != fvRow.size()) {
-      return false;
-    }
+bool NBTempFile::Write(const NBCodeBlock& codes, bool withWeight) {
+  const std::size_t first = withWeight ? 2 : 1, size = first + codes.Inputs();
+  fvRecords.resize(codes.Cases() * size);
+  for (std::size_t i = 0; i < codes.Cases(); ++i) {
+    fvRecords[i * size] = codes.Targets()[i];
+    if (withWeight) fvRecords[i * size + 1] = codes.Weights()[i];
   }
-  return true;
+  for (int j = 0; j < codes.Inputs(); ++j) {
+    double* out = fvRecords.data() + first + j;
+    const auto spread = [&](const auto* values) {
+      for (std::size_t i = 0; i < codes.Cases(); ++i) out[i * size] = values[i];
+    };
+    std::visit(spread, codes.Codes(j));
+  }
+  return std::fwrite(fvRecords.data(), sizeof(double), fvRecords.size(), fpFile) ==
+         fvRecords.size();
 }
 
 bool NBTempFile::Flush() { return std::fflush(fpFile) == 0; }

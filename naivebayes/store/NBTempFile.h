@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "common/RecordBlock.h"
+#include "naivebayes/store/NBCodeBlock.h"
 
 namespace MCNaive {
 
@@ -24,8 +24,10 @@ class NBTempFile {
   // ".tmp"; without a prefix it is a name in the system's temporary directory. False on failure.
   [[nodiscard]] bool Open(const std::string& prefix);
 
-  // Writes the cases of a block as records, one after another; false on a short write.
-  [[nodiscard]] bool Write(const MCCommon::RecordBlock& block);
+  // Writes the cases of a block as processed records, one after another, in the form that
+  // BinaryRecordIterator reads; false on a short write. Others may read such a file, too, so its
+  // numbers are doubles, although all of them but weights are codes.
+  [[nodiscard]] bool Write(const NBCodeBlock& codes, bool withWeight);
   // Brings everything to the file; false when not all of it could be written.
   [[nodiscard]] bool Flush();
 
@@ -36,7 +38,7 @@ class NBTempFile {
  private:
   std::FILE* fpFile = nullptr;
   std::string fName;
-  std::vector<double> fvRow;
+  std::vector<double> fvRecords;
 };
 
 }  // namespace MCNaive

@@ -1,14 +1,13 @@
 #include <gtest/gtest.h>
 
-#include <filesystem>
-#include <memory>
 #include <string>
+#include <vector>
 
-#include "naivebayes/store/BinaryRecordIterator.h"
-#include "naivebayes/store/NBColumnView.h"
+#include "naivebayes/store/NBCodeBuffer.h"
 #include "naivebayes/store/NBDataPreparator.h"
 #include "naivebayes/store/NBInternalAdapter.h"
 #include "naivebayes/store/NBMemoryIter.h"
+#include "naivebayes/store/NBMemoryStore.h"
 #include "tests/naivebayes/TestRecords.h"
 
 namespace {
@@ -27,6 +26,19 @@ class Preparation : public testing::Test {
 std::vector<std::vector<double>> ReadAll(MCCommon::RecordIterator& records) {
   std::vector<std::vector<double>> all;
   while (const Record* record = records.NextRecord()) all.push_back(record->GetAll());
+  return all;
+}
+
+// Target, weight and codes of all cases.
+std::vector<std::vector<double>> ReadCodes(NBCodeSource& source) {
+  std::vector<std::vector<double>> all;
+  while (const NBCodeBlock* codes = source.NextCodes()) {
+    EXPECT_LE(codes->Cases(), MCCommon::RecordBlock::kMaxCases);
+    for (std::size_t i = 0; i < codes->Cases(); ++i) {
+      all.push_back({codes->Targets()[i] * 1.0, codes->Weights()[i]});
+      for (int j = 0; j < codes->Inputs(); ++j) all.back().push_back(codes->Code(j, i));
+    }
+  }
   return all;
 }
 
@@ -49,34 +61,50 @@ TEST_F(Preparation, RecordsBlocksAndBothStoresAgree) {
               record[1] > 0 ? MCNaive::kTargetMissing : MCNaive::kWeightMissing);
     if (record[1] > 0) excluded.fWeight += weight;
   }
+  TestRecords adapted(data);
+  NBInternalAdapter adapter(adapted, 1000, fPreparator);
+  EXPECT_EQ(ReadAll(adapter), expected);
   for (bool inMemory : {true, false}) {
     TestRecords source(data);
-    std::unique_ptr<MCCommon::MultiPassRecordIter> store;
-    int nStored = 0;
-    NBExcluded counted;
-    const MCNaive::MCStatus status = fPreparator.ProcessSource(
-        source, 1000, inMemory, store, nStored, counted, testing::TempDir() + "prep");
+    NBStored stored;
+    const MCNaive::MCStatus status =
+        fPreparator.ProcessSource(source, {1000, inMemory, testing::TempDir() + "prep"}, stored);
     EXPECT_TRUE(status.IsWarning());
     EXPECT_EQ(status.GetErrorCode(), MCNaive::kCodeOutOfRange);
     EXPECT_EQ(status.GetDiscreteDatum(0), 20);
-    EXPECT_EQ(nStored, static_cast<int>(expected.size()));
-    EXPECT_EQ(counted.fNRecords, excluded.fNRecords);
-    EXPECT_EQ(counted.fWeight, excluded.fWeight);
-    EXPECT_EQ(ReadAll(*store), expected);
-    ASSERT_TRUE(store->NewPass());
-    EXPECT_EQ(ReadAll(*store), expected);
-    // Without the third input.
-    ASSERT_TRUE(store->NewPass());
-    MCNaive::NBColumnView view(*store, {0, 1, 2, 3, 5, 6, 7});
-    EXPECT_EQ((*view.NextRecord())[4], expected[0][5]);
-    const MCCommon::RecordBlock& block = view.NextBlock(10);
-    EXPECT_EQ(block.Columns(), 7u);
-    EXPECT_EQ(block.Column(6)[2], expected[3][7]);
-    if (inMemory) continue;
-    const auto& file = dynamic_cast<const MCNaive::BinaryRecordIterator&>(*store);
-    EXPECT_EQ(file.GetFileName().rfind(testing::TempDir() + "prep_nb", 0), 0u);
-    EXPECT_EQ(file.GetFileName().substr(file.GetFileName().size() - 4), ".tmp");
-    EXPECT_FALSE(std::filesystem::exists(file.GetFileName())) << "nameless while it is used";
+    EXPECT_EQ(stored.fNRecords, static_cast<int>(expected.size()));
+    EXPECT_EQ(stored.fExcluded.fNRecords, excluded.fNRecords);
+    EXPECT_EQ(stored.fExcluded.fWeight, excluded.fWeight);
+    EXPECT_EQ(ReadCodes(*stored.fpStore), expected);
+    stored.fpStore->KeepInputs({0, 1, 3, 4, 5});
+    ASSERT_TRUE(stored.fpStore->NewPass());
+    auto without = expected;
+    for (auto& record : without) record.erase(record.begin() + 4);
+    EXPECT_EQ(ReadCodes(*stored.fpStore), without);
+    EXPECT_FALSE(stored.fpStore->HasFailed());
+  }
+}
+
+TEST(NBMemoryStore, KeepsCodesOfAnyWidthInBlocks) {
+  // The highest codes of each width, the next one, and missing values.
+  const std::vector<int> categories = {128, 129, 32768, 32769};
+  constexpr int kCases = 5000;
+  std::vector<std::vector<double>> expected;
+  NBMemoryStore store(categories, false);
+  for (int i = 0; i < kCases; ++i) {
+    NBCodeBuffer one;
+    one.Resize(categories.size(), 1);
+    one.fvTargets[0] = i % 7;
+    expected.push_back({one.fvTargets[0] * 1.0, 1.0});
+    for (std::size_t j = 0; j < categories.size(); ++j) {
+      one.fvCodes[j][0] = i % 3 == 0 ? -1 : categories[j] - 1 - i % 5;
+      expected.back().push_back(one.fvCodes[j][0]);
+    }
+    store.Add(one.View());
+  }
+  for (int pass = 0; pass < 2; ++pass) {
+    EXPECT_EQ(ReadCodes(store), expected);
+    ASSERT_TRUE(store.NewPass());
   }
 }
 
@@ -126,7 +154,6 @@ TEST(NBMemoryIter, TakesNoMoreThanItsCapacityOrTheLimit) {
   EXPECT_EQ(store.FillBuffer(source, 4), 4);
   EXPECT_EQ(store.FillBuffer(source, 100), 2);
   EXPECT_FALSE(store.AddRecord(records[0]));
-  EXPECT_FALSE(store.AddBlock(source.NextBlock(1)));
   EXPECT_EQ(store.GetCount(), 6);
   EXPECT_EQ(ReadAll(store).back(), std::vector<double>{5});
   EXPECT_FALSE(store.HasMore());

@@ -14,6 +14,8 @@
 #include "naivebayes/selection/MCRandom.h"
 #include "naivebayes/selection/NBAttributeSelector.h"
 #include "naivebayes/selection/NBFormulas.h"
+#include "naivebayes/store/NBInternalAdapter.h"
+#include "naivebayes/store/NBMemoryIter.h"
 #include "naivebayes/store/NBTempFile.h"
 #include "tests/naivebayes/TestRecords.h"
 
@@ -317,6 +319,51 @@ TEST(Selection, ACodeCountsFromFiftyFiveHundredthsOn) {
   }
 }
 
+TEST(Selection, ServesProcessedRecordsOfDoublesLikeTheComponentsOwn) {
+  const auto data = RandomData::Make(150, 3), testData = RandomData::Make(70, 4);
+  NBAlgorithm whole(NaiveBayesSettings(), RandomData::MakeList({0, 1, 2, 3, 4, 5}));
+  TestRecords source(data);
+  ASSERT_TRUE(whole.BuildModel(source, 150).IsOK());
+  NaiveBayesSettings settings;
+  settings.SetSampleSize4SimData(200);
+  NBCancelInfo cancel;
+  for (const bool fromData : {true, false}) {
+    for (const bool withTest : {false, true}) {
+      NBVarList list = RandomData::MakeList({1});
+      NBDataPreparator preparator(list, true, 150, cancel);
+      ASSERT_TRUE(source.NewPass());
+      NBInternalAdapter adapter(source, 150, preparator);
+      MCNaive::NBMemoryIter records(preparator.GetProcessedSize(), 150);
+      while (const Record* record = adapter.NextRecord()) {
+        Record high = *record;
+        // Still the same code, but not if it were rounded.
+        for (std::size_t j = 2; j < high.Size(); ++j) high[j] += high[j] < 0 ? 0 : 0.54;
+        records.AddRecord(high);
+      }
+      std::vector<NBayesInput> inputs = whole.GetInputs();
+      NBayesOutput output = whole.GetOutput();
+      NBAttributeSelector selector(inputs, output, list, settings, cancel, whole.GetTotalWeight());
+      std::vector<int> order;
+      NBAttributeSelector::Results results;
+      TestRecords test(testData);
+      const MCNaive::MCStatus status =
+          withTest ? selector.SelectMaxTestData(6, records, 150, fromData, test, -1, order, results,
+                                                6, &preparator)
+                   : selector.SelectMaxBIC(6, records, 150, fromData, order, results, 6);
+      EXPECT_TRUE(status.IsOK());
+      Request request{.fvForced = {1}, .fbInMemory = fromData};
+      if (withTest) request.fvTest = testData;
+      const Outcome expected = Select(data, request);
+      for (int& variable : order) variable -= RandomData::kFirst;
+      EXPECT_EQ(order, expected.fvOrder);
+      EXPECT_EQ(results, expected.fvResults);
+      std::vector<double> logLikelihoods;
+      EXPECT_EQ(selector.GetLoglikelihood(logLikelihoods), 6);
+      EXPECT_EQ(logLikelihoods, expected.fvLogLikelihoods);
+    }
+  }
+}
+
 TEST(Selection, DropsUselessPredictorsAndCountsWithoutThem) {
   auto data = RandomData::Make(100, 4);
   for (Record& r : data) r[RandomData::kFirst + 1] = 2;   // constant, forced
@@ -494,6 +541,9 @@ TEST(NBTempFile, IsItsOwnersAlone) {
   for (const std::string& prefix : {dir.fPath.string() + "/", std::string()}) {
     MCNaive::NBTempFile file;
     ASSERT_TRUE(file.Open(prefix));
+    EXPECT_EQ(file.GetName().rfind(prefix.empty() ? P_tmpdir : prefix + "_nb", 0), 0u);
+    EXPECT_TRUE(prefix.empty() || file.GetName().ends_with(".tmp"));
+    EXPECT_FALSE(std::filesystem::exists(file.GetName()));
     std::FILE* opened = file.Release();
     struct stat info;
     EXPECT_EQ(fstat(fileno(opened), &info), 0);

@@ -29,7 +29,6 @@
 namespace {
 
 constexpr const char* kSource = PRSMultiRun::kSource;
-constexpr int kAllTestRecords = -1;
 constexpr const char* kSubsets = "subsets.xml";
 
 MCApplicInfo4XML ApplicationInfo() {
@@ -83,11 +82,11 @@ bool PRSMultiModel::Build(NaiveDataSourceIter& train, NaiveDataSourceIter* test)
 }
 
 void PRSMultiModel::BuildOrSelect(NaiveDataSourceIter& train, NaiveDataSourceIter* test) {
-  const int nRecords = fRun.Adapter().GetRecordCount();
-  if (!fRun.IsSelecting()) {
-    fRun.SetStatus(fpNBAlgorithm->BuildModel(train, nRecords));
-    return;
-  }
+  if (fRun.IsSelecting()) return Select(train, test);
+  fRun.SetStatus(fpNBAlgorithm->BuildModel(train, fRun.Adapter().GetRecordCount()));
+}
+
+void PRSMultiModel::Select(NaiveDataSourceIter& train, NaiveDataSourceIter* test) {
   const int nForced = fMetaData.GetNForcePreds();
   const int nUnique = fMetaData.GetNUniquePreds();
   MCCommon::Assert(fMetaData.VarList().GetNumInputVars() == nForced, "nInputs == fNForcePreds",
@@ -96,15 +95,19 @@ void PRSMultiModel::BuildOrSelect(NaiveDataSourceIter& train, NaiveDataSourceIte
                    "nPossibleInputs == fNUniquePreds", kSource);
   const bool isExact = fSpecs.GetMultiExactSize() >= 1;
   const int asked = isExact ? fSpecs.GetMultiExactSize() : fSpecs.GetMultiMaxSize();
-  const int size = asked > 0 ? asked + nForced : -1;
-  const int nReport = nUnique + (nForced >= 1 ? 1 : 0);
-  std::ostringstream results;
+  std::ostringstream document;
   MCApplicInfo4XML info = ApplicationInfo();
-  std::ostream* wanted = PRSAreResultsWanted() ? &results : nullptr;
-  fRun.SetStatus(fpNBAlgorithm->SelectAttributes(train, nRecords, fSelectPredictors,
-                                                 fAverageLogValues, fSelectResults, size, isExact,
-                                                 test, kAllTestRecords, nReport, wanted, &info));
-  fResultDocument = results.str();
+  fRun.SetStatus(
+      fpNBAlgorithm->SelectAttributes({.fData = train,
+                                       .fNRecords = fRun.Adapter().GetRecordCount(),
+                                       .fSize = asked > 0 ? asked + nForced : -1,
+                                       .fbExact = isExact,
+                                       .fpTest = test,
+                                       .fNReport = nUnique + (nForced >= 1 ? 1 : 0),
+                                       .fpXML = PRSAreResultsWanted() ? &document : nullptr,
+                                       .fpAppInfo = &info},
+                                      fSelection));
+  fResultDocument = document.str();
 }
 
 bool PRSMultiModel::ReportEngine() {

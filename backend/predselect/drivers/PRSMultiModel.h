@@ -39,9 +39,11 @@ class PRSMultiModel {
   // Results of the selection. Predictors by position in the variable list, in order of entry,
   // forced ones first; average log-likelihoods by subset size (size 1 first); pairs of subset size
   // and criterion value, the best first (none for an exact size).
-  const std::vector<int>& GetSelectPredictors() const { return fSelectPredictors; }
-  const std::vector<double>& GetAverageLogValues() const { return fAverageLogValues; }
-  const std::vector<std::pair<int, double>>& GetSelectResults() const { return fSelectResults; }
+  const std::vector<int>& GetSelectPredictors() const { return fSelection.fvSelected; }
+  const std::vector<double>& GetAverageLogValues() const { return fSelection.fvLogLikelihoods; }
+  const std::vector<std::pair<int, double>>& GetSelectResults() const {
+    return fSelection.fvResults;
+  }
 
   // The forced predictors that are in the model: indices in the data, in the order of the command's
   // list. One that is constant in the training cases is not. REQUIRES: the engine has run.
@@ -62,8 +64,6 @@ class PRSMultiModel {
   std::unique_ptr<ProgressListener> fpProgress;
   std::unique_ptr<INBAlgorithm> fpNBAlgorithm;
   std::unique_ptr<MCHost::OutputFile> fpModelFile;
-  std::vector<int> fSelectPredictors;
-  std::vector<double> fAverageLogValues;
-  std::vector<std::pair<int, double>> fSelectResults;
+  NBSelectionResult fSelection;
   std::string fResultDocument;
 };

@@ -1,0 +1,35 @@
+// Steps from simulated records: B(S) = -(1/R) sum over R records of D(x,S), drawn from the model
+// anew for each step.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "naivebayes/NBCancelInfo.h"
+#include "naivebayes/model/NBModelView.h"
+#include "naivebayes/selection/MCRandom.h"
+#include "naivebayes/selection/NBSteps.h"
+#include "naivebayes/store/NBCodeBuffer.h"
+
+class NBSimulatedSteps : public NBSteps {
+ public:
+  // `records` is R. All stay the caller's.
+  NBSimulatedSteps(const NBModelView& model, int records, MCNaiveBayes::MCRandom& random,
+                   NBCancelInfo& cancel);
+
+  void Enter(int input) override;
+  [[nodiscard]] bool ComputeBJ(const std::vector<int>& candidates,
+                               std::vector<double>& out) override;
+
+  // Draws record i of the buffer: the target by the priors, each input by the target's column.
+  static void Draw(const NBModelView& model, MCNaiveBayes::MCRandom& random, std::size_t i,
+                   NBCodeBuffer& records);
+
+ private:
+  NBModelView fModel;
+  int fNRecords;
+  MCNaiveBayes::MCRandom& fRandom;
+  NBCancelInfo& fCancel;
+  std::vector<int> fvCurrent;  // ascending, which is the order that products are multiplied up in
+  NBCodeBuffer fDrawn;
+};
