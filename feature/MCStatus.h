@@ -27,8 +27,11 @@ enum StatusCode {
   kAllScreenedOut = 80011,        // warning: screening left no predictor
   kTooFewPredictors = 80012,  // more best predictors asked for than are valid. Datum: valid ones
   kNoValidWeight = 80013,     // error (warning without target): no case has a positive weight
-  kCannotMerge = 80014        // error: two components do not fit. Data: MergeObstacle, and what it
+  kCannotMerge = 80014,       // error: two components do not fit. Data: MergeObstacle, and what it
                               // says besides
+  // Set by the procedure that drives the component.
+  kTargetConstant = 80000,  // the target has one value in all cases
+  kNoValidCases = 80002     // there is no case, or reading failed
 };
 
 // Why two components cannot be merged: discrete datum 0 of kCannotMerge.

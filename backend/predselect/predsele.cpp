@@ -9,6 +9,7 @@
 #include "backend/predselect/output/NaiveOutput.h"
 #include "backend/predselect/output/SelOutput.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
+#include "feature/MCStatus.h"
 #include "host/cases/UAInpAdaptMsg.h"
 #include "host/command/KOVA_TokenSequence.h"
 #include "host/data/ProcedureDataSource.h"
@@ -27,8 +28,6 @@ bool display_naive_bayes = false;
 namespace {
 
 constexpr int kOutputKind = 5;
-constexpr std::int64_t kAllMissingOrConstant = 80010;
-constexpr std::int64_t kAllScreenedOut = 80011;
 
 bool IsErrorSet() { return MCHost::CurrentSession().CommonBlock().IsErrorSet(); }
 
@@ -40,7 +39,7 @@ void RunSelectPredictors(PRSValidSpecs& specs, ProcedureDataSource& source,
   if (display_settings) specs.Display(std::cerr);
   if (IsErrorSet() || !factory.RunFSComponent() || IsErrorSet()) return;
   const std::int64_t code = factory.GetStatus().GetErrorCode();
-  if (code == kAllMissingOrConstant || code == kAllScreenedOut) {
+  if (code == MCFeature::kAllMissingOrConstant || code == MCFeature::kAllScreenedOut) {
     output.SetMacros();
     if (specs.GetPrintExclude()) output.BpExcludedPred();
     return;

@@ -3,38 +3,32 @@
 #include <fmt/format.h>
 
 #include "host/output/BpError.h"
-#include "host/output/pivot/BpComposite.h"
 
-namespace {
-
-constexpr int kShowNow = 2;
-constexpr int kWarning = 2;
-constexpr int kError = 3;
-
-}  // namespace
+using MCHost::OutputMessage;
+using MCHost::RaiseMessage;
 
 // The messages are about the active data as a whole; nothing of them is kept.
 UAInpAdaptMsg::UAInpAdaptMsg(ProcedureDataSource& /*source*/) {}
 
 void UAInpAdaptMsg::NoValidCases() const {
-  BpError(BpComposite("No valid cases..."), kShowNow, kError);
+  RaiseMessage(OutputMessage::kError, "No valid cases...");
 }
 
 void UAInpAdaptMsg::NoValidCasesForSelect() const {
-  BpError(BpComposite("No valid cases for selection..."), kShowNow, kWarning);
+  RaiseMessage(OutputMessage::kWarning, "No valid cases for selection...");
 }
 
 void UAInpAdaptMsg::ReadFailed(const std::string& reason) const {
-  BpComposite text("Reading the data failed: ^1");
-  BpError(text.AddLiteral(reason), kShowNow, kError);
+  RaiseMessage(OutputMessage::kError, "Reading the data failed: ^1", {reason});
 }
 
 void UAInpAdaptMsg::Stopped(const MCStopProcessor& stop, long long recordsRead) const {
   if (stop.GetCause() == MCStopProcessor::kRunning) return;
-  const bool byUser = stop.GetCause() == MCStopProcessor::kUser;
-  BpComposite text(byUser ? "Stopped by the user after ^1 records..."
-                          : "Time limit of ^2 seconds reached after ^1 records...");
-  text.AddLiteral(fmt::format("{}", recordsRead));
-  if (!byUser) text.AddLiteral(fmt::format("{}", stop.GetLimitSeconds()));
-  BpError(text, kShowNow, kError);
+  const std::string records = std::to_string(recordsRead);
+  if (stop.GetCause() == MCStopProcessor::kUser) {
+    RaiseMessage(OutputMessage::kError, "Stopped by the user after ^1 records...", {records});
+  } else {
+    RaiseMessage(OutputMessage::kError, "Time limit of ^2 seconds reached after ^1 records...",
+                 {records, fmt::format("{}", stop.GetLimitSeconds())});
+  }
 }

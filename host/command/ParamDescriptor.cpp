@@ -5,7 +5,10 @@
 #include <cmath>
 #include <utility>
 
+#include "host/output/ShowText.h"
 #include "host/text/KeywordMatch.h"
+
+using MCHost::KeyText;
 
 ParamDescriptor::ParamDescriptor(std::string name, Kind kind, std::string help)
     : fName(std::move(name)), fKind(kind), fHelp(std::move(help)) {}
@@ -65,35 +68,53 @@ bool ParamDescriptor::IsInBounds(double value) const {
 }
 
 std::string ParamDescriptor::BoundsText() const {
-  std::string text;
-  if (fLowerOption != kNoLowerBdry) {
-    text = fmt::format("{} {}", fLowerOption == kLowerInclusive ? "at least" : "above",
-                       fLowerBoundary);
-  }
-  if (fUpperOption != kNoUpperBdry) {
-    text += fmt::format("{}{} {}", text.empty() ? "" : " and ",
-                        fUpperOption == kUpperInclusive ? "at most" : "below", fUpperBoundary);
-  }
-  return text;
+  const auto bound = [](const char* key, double value) {
+    return KeyText(key, {fmt::format("{}", value)});
+  };
+  std::string lower;
+  std::string upper;
+  if (fLowerOption == kLowerInclusive) lower = bound("at least ^1", fLowerBoundary);
+  if (fLowerOption == kLowerExclusive) lower = bound("above ^1", fLowerBoundary);
+  if (fUpperOption == kUpperInclusive) upper = bound("at most ^1", fUpperBoundary);
+  if (fUpperOption == kUpperExclusive) upper = bound("below ^1", fUpperBoundary);
+  if (lower.empty() || upper.empty()) return lower + upper;
+  return KeyText("^1 and ^2", {lower, upper});
 }
 
 std::string ParamDescriptor::Expectation() const {
-  static constexpr const char* kWhat[] = {"",
-                                          "a number",
-                                          "a whole number",
-                                          "",
-                                          "one or more of ",
-                                          "a name",
-                                          "a variable name",
-                                          "variable names",
-                                          "a name for a new variable",
-                                          "a root name, a colon and a count",
-                                          "a file name in quotes"};
-  std::string text = kWhat[fKind];
-  const std::string bounds = BoundsText();
-  if (!bounds.empty()) text += (bounds.starts_with("at") ? " of " : " ") + bounds;
   const std::string words = MCHost::JoinAlternatives(fStringValues);
-  if (words.empty()) return text;
-  const bool insteadOfNumber = fKind == kNumber || fKind == kInteger;
-  return text + (insteadOfNumber ? ", or " : "") + words;
+  switch (fKind) {
+    case kFlag:
+      return "";
+    case kNumber:
+      return NumberExpectation("a number", words);
+    case kInteger:
+      return NumberExpectation("a whole number", words);
+    case kKeyword:
+      return words;
+    case kKeywordList:
+      return KeyText("one or more of ^1", {words});
+    case kName:
+      return KeyText("a name");
+    case kVariable:
+      return KeyText("a variable name");
+    case kVariableList:
+      return KeyText("variable names");
+    case kNewName:
+      return KeyText("a name for a new variable");
+    case kNewNames:
+      return KeyText("a root name, a colon and a count");
+    case kFile:
+      return KeyText("a file name in quotes");
+  }
+  return "";
+}
+
+std::string ParamDescriptor::NumberExpectation(const char* what, const std::string& words) const {
+  const bool isAt = fLowerOption == kLowerInclusive ||
+                    (fLowerOption == kNoLowerBdry && fUpperOption == kUpperInclusive);
+  const std::string bounds = BoundsText();
+  std::string text = KeyText(what);
+  if (!bounds.empty()) text = KeyText(isAt ? "^1 of ^2" : "^1 ^2", {text, bounds});
+  return words.empty() ? text : KeyText("^1, or ^2", {text, words});
 }

@@ -74,6 +74,8 @@ class ParamDescriptor {
   std::string Expectation() const;
 
  private:
+  std::string NumberExpectation(const char* what, const std::string& words) const;
+
   std::string fName;
   Kind fKind;
   Form fForm = kNamed;

@@ -97,9 +97,9 @@ class ParserMessage {
   static std::string PlaceOf(const std::string& param, const std::string& subCom);
 
  private:
-  enum Level { kWarning = 2, kError = 3 };
-
-  void Raise(Level level, const std::string& text, const std::vector<std::string>& arguments) const;
+  void Error(const std::string& key, const std::vector<std::string>& arguments = {}) const;
+  void Warning(const std::string& key, const std::vector<std::string>& arguments = {}) const;
+  std::string Hint() const;
   std::string Detail() const;
 
   std::string fCommandName;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "common/MCAssert.h"
+#include "host/output/ShowText.h"
 #include "host/text/KeywordMatch.h"
 
 namespace {
@@ -86,7 +87,7 @@ bool VarSpecObj::TakeName(NameList& list) {
   const TokenInfoObj& token = *list.Peek();
   ++list.fIndex;
   if (token.fType == TokenInfoObj::kWord && KovaVarName::IsReserved(token.fText)) {
-    fMessages.At(token).Expecting("a variable name").UnexpectedToken(token);
+    fMessages.At(token).Expecting(MCHost::KeyText("a variable name")).UnexpectedToken(token);
     return false;
   }
   const int variable = Resolve(token);
@@ -99,7 +100,9 @@ bool VarSpecObj::TakeRange(NameList& list) {
   const TokenInfoObj* last = list.Peek(2);
   if (last == nullptr || !last->IsName()) {
     list.fIndex += 2;
-    fMessages.At(to).Expecting("a variable name on either side").UnexpectedToken(to);
+    fMessages.At(to)
+        .Expecting(MCHost::KeyText("a variable name on either side"))
+        .UnexpectedToken(to);
     return false;
   }
   list.fIndex += 3;

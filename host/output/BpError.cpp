@@ -1,7 +1,6 @@
 #include "host/output/BpError.h"
 
 #include "host/output/IOutputSink.h"
-#include "host/output/OutputMessage.h"
 #include "host/session/HostBlocks.h"
 #include "host/session/ISession.h"
 #include "host/session/SessionScope.h"
@@ -10,4 +9,11 @@ void BpError(const BpComposite& text, int /*show*/, int level, const std::string
   MCHost::ISession& session = MCHost::CurrentSession();
   if (level >= MCHost::OutputMessage::kError) session.CommonBlock().SetError();
   session.Output().AddMessage({level, text.Finish(), detail});
+}
+
+void MCHost::RaiseMessage(OutputMessage::Level level, const std::string& key,
+                          const std::vector<std::string>& arguments, const std::string& detail) {
+  BpComposite text(key);
+  for (const std::string& argument : arguments) text.AddLiteral(argument);
+  BpError(text, kBpShowNow, level, detail);
 }

@@ -27,13 +27,14 @@ Entries ReadEntries(std::string_view source) {
     const std::string_view line = source.substr(0, source.find('\n'));
     source.remove_prefix(line.size() < source.size() ? line.size() + 1 : line.size());
     if (line.empty() || line.front() == '#') continue;
-    const std::size_t arrow = line.find(kSeparator);
-    if (arrow != std::string_view::npos) {
-      entries[{procedure, Unescaped(line.substr(0, arrow))}] =
-          Unescaped(line.substr(arrow + kSeparator.size()));
-    } else if (line.front() == '@') {
+    if (line.front() == '@') {
       procedure = line.substr(1);
+      continue;
     }
+    const std::size_t arrow = line.find(kSeparator);
+    const bool isOwnText = arrow == std::string_view::npos;
+    entries[{procedure, Unescaped(line.substr(0, arrow))}] =
+        Unescaped(isOwnText ? line : line.substr(arrow + kSeparator.size()));
   }
   return entries;
 }

@@ -1,8 +1,8 @@
 // The string table: the displayed text of each key.
 //
-// The entries are built into the library from host/output/strings/texts.txt, one "key => text" a
-// line. A key may have another text for one procedure, in the section under the procedure's name.
-// A key without an entry is its own text, so plain sentences need none.
+// The entries are built into the library from host/output/strings/texts.txt, which says how they
+// are written. A key may have another text for one procedure. Every fixed text that a user reads
+// has an entry; a key without one shows itself.
 #pragma once
 
 #include <string>

@@ -77,6 +77,14 @@ std::string ShowText(const OutputText& text) {
   }
 }
 
+std::string KeyText(const std::string& key, const std::vector<std::string>& arguments) {
+  OutputText text = OutputText::Key(key);
+  for (const std::string& argument : arguments) {
+    text.fArguments.push_back(OutputText::Literal(argument));
+  }
+  return ShowText(text);
+}
+
 std::string TextId(const OutputText& text) {
   return text.fArguments.empty() ? text.fKey : Filled(text.fKey, text.fArguments, TextId);
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "host/output/OutputText.h"
 
@@ -15,6 +16,9 @@ std::string FillPlaceholders(const std::string& text, const std::vector<OutputTe
 // The displayed text: a key's entry in the string table with its placeholders filled; a variable's
 // or value's label, or its name when it has none; a literal as it is.
 std::string ShowText(const OutputText& text);
+
+// The displayed text of a key, its placeholders filled with literal arguments.
+std::string KeyText(const std::string& key, const std::vector<std::string>& arguments = {});
 
 // What programs know it by: the key, the variable's name, the value, the literal. A key with
 // arguments is its key with the placeholders filled, a bare list pattern the list's text.

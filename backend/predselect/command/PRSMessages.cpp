@@ -1,45 +1,55 @@
 #include "backend/predselect/command/PRSMessages.h"
 
+#include <initializer_list>
+#include <string>
+#include <vector>
+
 #include "host/output/BpError.h"
-#include "host/output/pivot/BpComposite.h"
 
 namespace {
 
-constexpr int kShow = 2;
-constexpr int kWarning = 2;
-constexpr int kError = 3;
-
-void Raise(int level, const char* text, const char* arg1, const char* arg2, const char* arg3) {
-  BpComposite composite(text);
-  for (const char* argument : {arg1, arg2, arg3}) {
-    if (argument != nullptr) composite.AddLiteral(argument);
+std::vector<std::string> Given(std::initializer_list<const char*> arguments) {
+  std::vector<std::string> given;
+  for (const char* argument : arguments) {
+    if (argument != nullptr) given.emplace_back(argument);
   }
-  BpError(composite, kShow, level);
+  return given;
 }
 
 }  // namespace
 
 void PRSMessages::GenericWarning(const char* text, const char* arg1, const char* arg2,
                                  const char* arg3) const {
-  Raise(kWarning, text, arg1, arg2, arg3);
+  MCHost::RaiseMessage(MCHost::OutputMessage::kWarning, text, Given({arg1, arg2, arg3}));
 }
 
 void PRSMessages::GenericError(const char* text, const char* arg1, const char* arg2,
                                const char* arg3) const {
-  Raise(kError, text, arg1, arg2, arg3);
+  MCHost::RaiseMessage(MCHost::OutputMessage::kError, text, Given({arg1, arg2, arg3}));
+}
+
+void PRSMessages::EngineStatus(const MCCommon::MCStatus& status,
+                               const MCCommon::StatusMessage* message,
+                               const std::string& argument) const {
+  if (message == nullptr) return;
+  const bool isFilled = message->fArgument != MCCommon::StatusMessage::kNothing;
+  const char* filling = isFilled ? argument.c_str() : nullptr;
+  if (status.IsError()) {
+    GenericError(message->fKey, filling);
+  } else {
+    GenericWarning(message->fKey, filling);
+  }
 }
 
 void PRSMessages::NoValidTestCasesClassify() const {
-  GenericWarning("No valid test cases for classification...", nullptr, nullptr, nullptr);
+  GenericWarning("No valid test cases for classification...");
 }
 
 void PRSMessages::NoUniquePredsSelected() const {
-  GenericWarning("No unique predictors were selected...", nullptr, nullptr, nullptr);
+  GenericWarning("No unique predictors were selected...");
 }
 
-void PRSMessages::NoPredsExcluded() const {
-  GenericWarning("No predictors excluded ...", nullptr, nullptr, nullptr);
-}
+void PRSMessages::NoPredsExcluded() const { GenericWarning("No predictors excluded ..."); }
 
 void PRSMessages::IgnoreRankCriterion(const char* p1, const char* p2, const char* p3,
                                       bool mixed) const {
@@ -50,39 +60,33 @@ void PRSMessages::IgnoreRankCriterion(const char* p1, const char* p2, const char
 }
 
 void PRSMessages::SomeForcePredsExcluded() const {
-  GenericError("Some forced predictors excluded...", nullptr, nullptr, nullptr);
+  GenericError("Some forced predictors excluded...");
 }
 
 void PRSMessages::TooFewPossPredsExactSize() const {
-  GenericError("Too few possible predictors, exact size...", nullptr, nullptr, nullptr);
+  GenericError("Too few possible predictors, exact size...");
 }
 
 void PRSMessages::TooFewPossPredsMaxSize() const {
-  GenericError("Too few possible predictors, maximum size...", nullptr, nullptr, nullptr);
+  GenericError("Too few possible predictors, maximum size...");
 }
 
 void PRSMessages::AllPossiblePredsExcluded() const {
-  GenericError("All possible predictors excluded...", nullptr, nullptr, nullptr);
+  GenericError("All possible predictors excluded...");
 }
 
 void PRSMessages::NoPossPredsAvailable() const {
-  GenericError("No possible predictors available in data...", nullptr, nullptr, nullptr);
+  GenericError("No possible predictors available in data...");
 }
 
-void PRSMessages::NoPredsAvailable() const {
-  GenericError("No predictors available in data...", nullptr, nullptr, nullptr);
-}
+void PRSMessages::NoPredsAvailable() const { GenericError("No predictors available in data..."); }
 
-void PRSMessages::DependVarOnly() const {
-  GenericError("Only dependent variable in data...", nullptr, nullptr, nullptr);
-}
+void PRSMessages::DependVarOnly() const { GenericError("Only dependent variable in data..."); }
 
-void PRSMessages::DependVarConst() const {
-  GenericError("Dependent variable constant...", nullptr, nullptr, nullptr);
-}
+void PRSMessages::DependVarConst() const { GenericError("Dependent variable constant..."); }
 
 void PRSMessages::AllPredsMissOrConst() const {
-  GenericError("All predictors missing or constant...", nullptr, nullptr, nullptr);
+  GenericError("All predictors missing or constant...");
 }
 
 void PRSMessages::ParamLessPossPred(const char* p1, const char* p2, const char* p3,
@@ -97,5 +101,5 @@ void PRSMessages::ParamLessPossPred(const char* p1, const char* p2, const char* 
 void PRSMessages::ParamLessUniquePred(const char* p1, const char* p2, bool strict) const {
   GenericError(strict ? "Parameter ^1 less than number of unique predictors in ^2..."
                       : "Parameter ^1 less than or equal to number of unique predictors in ^2...",
-               p1, p2, nullptr);
+               p1, p2);
 }

@@ -5,11 +5,23 @@
 // arguments. Nothing is kept. REQUIRES, for every method: a session is installed for this thread.
 #pragma once
 
+#include <string>
+
+#include "common/MCStatus.h"
+#include "common/StatusMessage.h"
+
 class PRSMessages {
  public:
   // Raises `text` with the arguments that are not null, in order.
-  void GenericWarning(const char* text, const char* arg1, const char* arg2, const char* arg3) const;
-  void GenericError(const char* text, const char* arg1, const char* arg2, const char* arg3) const;
+  void GenericWarning(const char* text, const char* arg1 = nullptr, const char* arg2 = nullptr,
+                      const char* arg3 = nullptr) const;
+  void GenericError(const char* text, const char* arg1 = nullptr, const char* arg2 = nullptr,
+                    const char* arg3 = nullptr) const;
+
+  // The message of an engine's status, as grave as the status; null raises nothing. `argument`
+  // fills its "^1", if it has one.
+  void EngineStatus(const MCCommon::MCStatus& status, const MCCommon::StatusMessage* message,
+                    const std::string& argument) const;
 
   // Warnings: the run goes on.
   void NoValidTestCasesClassify() const;

@@ -8,6 +8,7 @@
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "common/MCAssert.h"
 #include "host/command/UniversalParser.h"
+#include "host/output/ShowText.h"
 #include "host/session/HostBlocks.h"
 #include "host/session/ISession.h"
 #include "host/session/SessionScope.h"
@@ -275,7 +276,7 @@ void PRSParser::ReportIdleExcepts(const SubComObj& subCom) const {
     if (hasEffect) continue;
     const std::string& name = fSource.GetVariable(variable).GetName();
     fMessages.At(fpExceptVars->GetPlace(variable))
-        .OptionIdle("EXCEPT " + name, name + " is no candidate predictor");
+        .OptionIdle("EXCEPT " + name, MCHost::KeyText("^1 is no candidate predictor", {name}));
   }
 }
 

@@ -7,6 +7,9 @@
 #include "backend/predselect/command/PRSParser.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "common/MCAssert.h"
+#include "host/output/ShowText.h"
+
+using MCHost::KeyText;
 
 namespace {
 
@@ -78,7 +81,7 @@ void PRSParser::ReportIdleCutOff(const SubComObj& subCom, int criterion) const {
   const bool isIdle = (criterion == kCramer || criterion == kLambda) && Applies(criterion);
   if (param == nullptr || !isIdle) return;
   fMessages.At(param->GetNameToken())
-      .OptionIdle("CRITERIA PCUTOFF", "the ranking statistic has no significance");
+      .OptionIdle("CRITERIA PCUTOFF", KeyText("the ranking statistic has no significance"));
 }
 
 bool PRSParser::ProcessMultiCriteriaSubCom(const SubComObj& subCom) {
@@ -96,7 +99,7 @@ bool PRSParser::ProcessScreeningSubCom(const SubComObj& subCom) {
     const ParamObj* param = subCom.getParamObj(threshold);
     if (isOn || param == nullptr) continue;
     fMessages.At(param->GetNameToken())
-        .OptionIdle(std::string("SCREENING ") + threshold, "screening is off");
+        .OptionIdle(std::string("SCREENING ") + threshold, KeyText("screening is off"));
   }
   fSpecs.SetScreenOptions(isOn, NumberOf(subCom, "PCTMISSING"), NumberOf(subCom, "PCTEQUAL"),
                           NumberOf(subCom, "PCTUNEQUAL"), NumberOf(subCom, "CV"),
@@ -126,7 +129,7 @@ bool PRSParser::ProcessMacrovarSubCom(const SubComObj& subCom) {
   if (factors != nullptr && covariates != nullptr &&
       factors->isLeadingToken(covariateName.GetName())) {
     fMessages.At(covariates->GetPlace())
-        .Expecting("another name than that of FACTORS")
+        .Expecting(KeyText("another name than that of FACTORS"))
         .InvalidVarName(covariateName.GetName(), "COVARIATES", "MACROVAR");
     return false;
   }
@@ -141,7 +144,7 @@ bool PRSParser::TakeMacroName(const ParamObj* param, KovaVarName& name) const {
   name = param->getVarName();
   if (TokenInfoObj::IsPlainWord(name.GetName())) return true;
   fMessages.At(param->GetPlace())
-      .Expecting("one word")
+      .Expecting(KeyText("one word"))
       .InvalidVarName(name.GetName(), param->GetDescriptor().GetName(), "MACROVAR");
   return false;
 }
@@ -174,7 +177,7 @@ void PRSParser::ReportIdleTables(const SubComObj& subCom) const {
     const ParamObj* param = subCom.getParamObj(table);
     if (param == nullptr) continue;
     fMessages.At(param->GetNameToken())
-        .OptionIdle(std::string("PRINT ") + table, "SUBSET asks for NOSELECTION");
+        .OptionIdle(std::string("PRINT ") + table, KeyText("SUBSET asks for NOSELECTION"));
   }
 }
 
@@ -198,7 +201,7 @@ bool PRSParser::ProcessPlotSubCom(const SubComObj& subCom) {
   const ParamObj* uncertainty = subCom.getParamObj("UNCERTAINTY");
   MCCommon::Assert(uncertainty != nullptr, "uncertaintyParam != 0", kSource);
   fMessages.At(uncertainty->GetNameToken())
-      .OptionIdle("PLOT UNCERTAINTY", "NAIVEBAYES draws no chart");
+      .OptionIdle("PLOT UNCERTAINTY", KeyText("NAIVEBAYES draws no chart"));
   return true;
 }
 
@@ -297,7 +300,9 @@ bool PRSParser::TakePredProb(const ParamObj& param) {
       if (count > 0.5 && std::floor(count) == count && count <= std::numeric_limits<int>::max()) {
         continue;
       }
-      fMessages.At(token).Expecting("a count of at least 1").ParamNeedInteger("PREDPROB", "SAVE");
+      fMessages.At(token)
+          .Expecting(KeyText("a count of at least 1"))
+          .ParamNeedInteger("PREDPROB", "SAVE");
       return false;
     }
     if (!token.IsName() || hasName) {

@@ -3,7 +3,6 @@
 #include <sstream>
 
 #include "host/output/BpError.h"
-#include "host/output/pivot/BpComposite.h"
 #include "host/session/HostIOError.h"
 #include "host/session/ISession.h"
 #include "host/session/OutputFile.h"
@@ -11,9 +10,6 @@
 #include "modelfiles/ComponentFile.h"
 
 namespace {
-
-constexpr int kShow = 2;
-constexpr int kError = 3;
 
 // Writes a state file by name: `write` is given the path and the form, and says what went wrong.
 bool SaveState(const std::function<std::string(const std::string&, bool)>& write) {
@@ -46,8 +42,7 @@ bool PRSCommit(MCHost::OutputFile& file, const std::string& text) {
 }
 
 void PRSFileError(const MCHost::HostIOError& error) {
-  BpComposite text("File cannot be written: ^1");
-  BpError(text.AddLiteral(error.what()), kShow, kError);
+  MCHost::RaiseMessage(MCHost::OutputMessage::kError, "File cannot be written: ^1", {error.what()});
 }
 
 bool PRSIsStateWanted() { return !MCHost::CurrentSession().StatePath().empty(); }

@@ -9,6 +9,7 @@
 #include "host/cases/UAInputAdapter.h"
 #include "host/cases/UAVarValidSpecs.h"
 #include "host/data/ProcedureDataSource.h"
+#include "host/output/BpError.h"
 #include "naivebayes/NaiveBayesSettings.h"
 
 namespace {
@@ -66,9 +67,9 @@ bool PRSMultiMetaData::FitsIntoMemory() const {
       fRun.IsSelecting() && nCases <= fSpecs.GetNaiveSettingsPtr()->GetMaxRecordsInMemory();
   const double nNumbers = 2.0 * nRows + (areHeld ? nCases : 0);
   if (nLargest == 0 || nNumbers * nTargets * sizeof(double) <= kMostTableBytes) return true;
-  fMessages.GenericError("Too many categories for the model: ^1, ^2, ^3...",
-                         fSource.GetVariable(largest).GetName().c_str(),
-                         std::to_string(nLargest).c_str(), std::to_string(nTargets).c_str());
+  MCHost::RaiseMessage(
+      MCHost::OutputMessage::kError, "Too many categories for the model: ^1, ^2, ^3...",
+      {fSource.GetVariable(largest).GetName(), std::to_string(nLargest), std::to_string(nTargets)});
   return false;
 }
 

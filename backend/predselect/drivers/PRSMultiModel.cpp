@@ -16,6 +16,7 @@
 #include "common/xml/MCApplicInfo4XML.h"
 #include "host/cases/UAInputAdapter.h"
 #include "host/cases/UAVarValidSpecs.h"
+#include "host/output/ShowText.h"
 #include "host/session/HostFunctions.h"
 #include "host/session/HostIOError.h"
 #include "host/session/ISession.h"
@@ -49,7 +50,8 @@ bool PRSMultiModel::OpenModelFile() {
   try {
     const std::string use = MCHost::CurrentSession().UseOf(path);
     if (!use.empty()) {
-      throw MCHost::HostIOError(path, "", "would take the place of " + use + "; give another name");
+      throw MCHost::HostIOError(
+          path, "", MCHost::KeyText("would take the place of ^1; give another name", {use}));
     }
     fpModelFile = std::make_unique<MCHost::OutputFile>(path);
     return true;
@@ -143,8 +145,9 @@ void PRSMultiModel::NameDroppedInputs() const {
 bool PRSMultiModel::WriteResultDocument() const {
   const bool isRefused = fRun.GetStatus().GetErrorCode() == MCNaive::kTextNotForXML;
   if (isRefused && PRSAreResultsWanted()) {
-    PRSFileError(MCHost::HostIOError(MCHost::CurrentSession().ResultsPrefix() + kSubsets, "",
-                                     "a text holds a character that XML does not allow"));
+    PRSFileError(
+        MCHost::HostIOError(MCHost::CurrentSession().ResultsPrefix() + kSubsets, "",
+                            MCHost::KeyText("a text holds a character that XML does not allow")));
     return false;
   }
   if (fResultDocument.empty()) return true;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "backend/predselect/specifications/PRSValidSpecs.h"
+#include "common/StatusMessage.h"
 #include "host/cases/KOVA_Value.h"
 #include "host/cases/UAInpAdaptMsg.h"
 #include "host/cases/UAInputAdapter.h"
@@ -67,7 +68,8 @@ class PRSMultiRun {
   void DisplayMessage(const MCNaive::MCStatus& status) const;
 
  private:
-  std::string NameIn(const MCNaive::MCStatus& status) const;
+  std::string ArgumentOf(const MCCommon::StatusMessage& message,
+                         const MCNaive::MCStatus& status) const;
 
   const PRSValidSpecs& fSpecs;
   ProcedureDataSource& fSource;

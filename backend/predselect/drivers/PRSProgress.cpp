@@ -3,23 +3,25 @@
 #include <cmath>
 #include <string>
 
+#include "host/output/ShowText.h"
 #include "host/session/ISession.h"
 #include "host/session/SessionScope.h"
+
+using MCHost::KeyText;
 
 namespace {
 
 std::string Cases(const char* phase, std::int64_t cases) {
-  return std::string(phase) + ": " + std::to_string(cases) + " cases";
+  return KeyText("^1: ^2 cases", {KeyText(phase), std::to_string(cases)});
 }
 
 std::string SelectionText(const ProgressReport& report) {
   const auto count = [&report](const char* name) {
     return std::to_string(report.DiscreteMeasure(name));
   };
-  return "Selecting predictors: " + count("selectedPredictors") + " of at most " +
-         count("maxPredictors") + " in the subset, " + count("candidatePredictors") +
-         " candidates left, " + std::to_string(std::lround(report.ScaleMeasure("elapsedTime"))) +
-         " s";
+  return KeyText("Selecting predictors: ^1 of at most ^2 in the subset, ^3 candidates left, ^4 s",
+                 {count("selectedPredictors"), count("maxPredictors"), count("candidatePredictors"),
+                  std::to_string(std::lround(report.ScaleMeasure("elapsedTime")))});
 }
 
 std::string TextOf(const ProgressReport& report) {
@@ -28,7 +30,7 @@ std::string TextOf(const ProgressReport& report) {
   if (report.DiscreteMeasure("selectedPredictors") >= 0) return SelectionText(report);
   if (trained >= 0) return Cases("Training the model", trained);
   if (read >= 0) return Cases("Reading the data", read);
-  return "Ranking: " + std::to_string(report.DiscreteMeasure("predictors")) + " predictors";
+  return KeyText("Ranking: ^1 predictors", {std::to_string(report.DiscreteMeasure("predictors"))});
 }
 
 }  // namespace

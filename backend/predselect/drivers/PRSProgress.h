@@ -14,6 +14,6 @@ class PRSProgress : public ProgressListener {
   // REQUIRES, here and below: a session is installed for this thread.
   void Report(const ProgressReport& report) override;
 
-  // "Reading the data: 4096 cases".
+  // "Reading the data: 4096 cases"; the phase is a key of the string table.
   static void Show(const char* phase, std::int64_t cases);
 };

@@ -1,5 +1,6 @@
 #include "backend/predselect/drivers/PRSUniFactory.h"
 
+#include "backend/predselect/command/PRSMessages.h"
 #include "backend/predselect/drivers/PRSFiles.h"
 #include "backend/predselect/drivers/PRSProgress.h"
 #include "backend/predselect/predsele.h"
@@ -8,38 +9,17 @@
 #include "feature/FSFactory.h"
 #include "feature/FSSettings.h"
 #include "feature/IFSAlgorithm.h"
+#include "feature/StatusMessages.h"
 #include "host/cases/UAInputAdapter.h"
 #include "host/cases/UAProcDataSourceIter.h"
 #include "host/cases/UAVarValidSpecs.h"
 #include "host/data/ProcedureDataSource.h"
-#include "host/output/BpError.h"
-#include "host/output/pivot/BpComposite.h"
 #include "modelfiles/StateDictionary.h"
 
 namespace {
 
-constexpr int kShow = 2;
-constexpr int kWarning = 2;
-constexpr int kError = 3;
-
 constexpr int kNoCase = 1;  // states of a case stream
 constexpr int kReadError = 3;
-
-constexpr std::int64_t kCancelled = 1;
-constexpr std::int64_t kTargetConstant = 80000;
-constexpr std::int64_t kNoValidCases = 80002;
-
-struct StatusText {
-  std::int64_t fCode;
-  const char* fText;
-};
-
-constexpr StatusText kStatusTexts[] = {
-    {80009, "All cases excluded in Predictor Selection..."},
-    {80010, "All predictors missing or constant..."},
-    {80011, "No predictors were selected."},
-    {80013, "There are no valid cases..."},
-};
 
 }  // namespace
 
@@ -51,7 +31,7 @@ PRSUniFactory::PRSUniFactory(PRSValidSpecs* specs, ProcedureDataSource& source)
       fpAdapter(std::make_unique<UAInputAdapter>(fpVarSpecs, source)),
       fpIterator(std::make_unique<UAProcDataSourceIter>(fpAdapter.get(), true)) {
   const int state = fpIterator->GetState();
-  if (state == kNoCase || state == kReadError) fStatus = {kNoValidCases, false};
+  if (state == kNoCase || state == kReadError) fStatus = MCFeature::Error(MCFeature::kNoValidCases);
   if (state == kNoCase) fMessages.NoValidCases();
   if (state == kReadError) fMessages.ReadFailed(fpIterator->GetFailText());
 }
@@ -75,8 +55,8 @@ bool PRSUniFactory::RunFSComponent() {
   if (!fStatus.IsOK()) DisplayMessage(fStatus);
   if (fStatus.IsError()) return false;
   if (IsTargetConstant()) {
-    fStatus = {kTargetConstant, false};
-    BpError(BpComposite("Dependent variable constant..."), kShow, kError);
+    fStatus = MCFeature::Error(MCFeature::kTargetConstant);
+    DisplayMessage(fStatus);
     return false;
   }
   if (display_feature_select) DisplayOutput();
@@ -147,10 +127,10 @@ bool PRSUniFactory::WriteResultDocuments() const {
 bool PRSUniFactory::IsPassComplete() {
   if (fpIterator->GetFailReason() == MCCommon::RecordIterator::kReadError) {
     fMessages.ReadFailed(fpIterator->GetFailText());
-    fStatus = {kNoValidCases, false};
+    fStatus = MCFeature::Error(MCFeature::kNoValidCases);
     return false;
   }
-  if (fStatus.GetErrorCode() != kCancelled || !fStatus.IsError()) return true;
+  if (fStatus.GetErrorCode() != MCFeature::kCancelled || !fStatus.IsError()) return true;
   fMessages.Stopped(*fpSpecs->GetStopProcessorPtr(), fpAdapter->GetRecordCount());
   return false;
 }
@@ -164,8 +144,5 @@ bool PRSUniFactory::IsTargetConstant() const {
 }
 
 void PRSUniFactory::DisplayMessage(const MCFeature::MCStatus& status) const {
-  for (const StatusText& entry : kStatusTexts) {
-    if (entry.fCode != status.GetErrorCode()) continue;
-    BpError(BpComposite(entry.fText), kShow, status.IsError() ? kError : kWarning);
-  }
+  PRSMessages().EngineStatus(status, MCFeature::MessageOf(status), "");
 }

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "backend/predselect/command/PRSMessages.h"
 #include "backend/predselect/drivers/PRSMultiFactory.h"
 #include "backend/predselect/drivers/PRSMultiRun.h"
 #include "backend/predselect/output/PRSTables.h"
@@ -14,6 +13,7 @@
 #include "host/cases/UAVarValidSpecs.h"
 #include "host/data/ProcedureDataSource.h"
 #include "host/output/AddNotes.h"
+#include "host/output/BpError.h"
 #include "host/output/OutputNote.h"
 #include "host/output/pivot/BpComposite.h"
 #include "host/output/pivot/BpNumber.h"
@@ -291,9 +291,9 @@ void NaiveOutput::DisplaySelected() const {
 void NaiveOutput::DisplayClassification() const {
   const int nCats = fpAlgorithm->GetNTargetCategories();
   if (!fpFactory->IsClassified()) {
-    PRSMessages().GenericWarning("Too many categories to show classification: ^1, ^2...",
-                                 std::to_string(nCats).c_str(),
-                                 std::to_string(PRSMultiRun::kMostClassified).c_str(), nullptr);
+    MCHost::RaiseMessage(MCHost::OutputMessage::kWarning,
+                         "Too many categories to show classification: ^1, ^2...",
+                         {std::to_string(nCats), std::to_string(PRSMultiRun::kMostClassified)});
     return;
   }
   const NBOutputStatistics* train = fpAlgorithm->GetTrainOutStats();

@@ -133,7 +133,7 @@ void SelOutput::BpExcludedPred() const {
 void SelOutput::BpSelPredictors() const {
   const PRSSelection selection = Selection();
   if (selection.IsEmpty()) {
-    BpError(BpComposite("No predictors were selected."), 2, 2);
+    MCHost::RaiseMessage(MCHost::OutputMessage::kWarning, "No predictors were selected.");
     return;
   }
   if (!fpValidSpecs->GetPrintSelect()) return;

@@ -49,15 +49,15 @@ void PageWriter::Run(const OutputRun& run) {
   for (const OutputTable& table : run.fTables) Table(table);
   for (const OutputChart& chart : run.fCharts) {
     BeginBlock();
-    Title(ShowText(chart.fTitle) + " (chart)");
-    Hanging("", "The JSON output holds this chart as a Vega-Lite document.");
+    Title(KeyText("^1 (chart)", {ShowText(chart.fTitle)}));
+    Hanging("", KeyText("The JSON output holds this chart as a Vega-Lite document."));
   }
   Results(run);
 }
 
 void PageWriter::Message(const OutputMessage& message) {
   const bool error = message.fLevel >= OutputMessage::kError;
-  const std::string severity = error ? "Error: " : "Warning: ";
+  const std::string severity = KeyText(error ? "Error:" : "Warning:") + " ";
   const std::size_t start = fPage.size();
   Hanging(severity, ShowText(message.fText));
   fPage.replace(start, severity.size(), Styled(severity, error ? kRed : kYellow));
@@ -72,7 +72,7 @@ void PageWriter::Message(const OutputMessage& message) {
 
 void PageWriter::Notes(const std::vector<OutputNote>& notes) {
   BeginBlock();
-  Title("Notes");
+  Title(KeyText("Notes"));
   std::size_t width = 0;
   for (const OutputNote& note : notes) {
     width = std::max(width, LongestLine(ShowText(note.fTitle)) + (note.fGroup ? 2 : 0));
@@ -107,12 +107,12 @@ void PageWriter::Results(const OutputRun& run) {
   for (const auto& [name, values] : run.fMacros) {
     std::string list;
     for (const std::string& value : values) list += (list.empty() ? "" : " ") + value;
-    Hanging("!" + name + " = ", list.empty() ? "(empty)" : list);
+    Hanging("!" + name + " = ", list.empty() ? KeyText("(empty)") : list);
   }
   for (const OutputVariable& variable : run.fNewVariables) {
-    Hanging("New variable " + variable.fName + ": ", variable.fLabel);
+    Hanging(KeyText("New variable ^1:", {variable.fName}) + " ", variable.fLabel);
   }
-  for (const std::string& file : run.fFiles) Hanging("File written: ", file);
+  for (const std::string& file : run.fFiles) Hanging(KeyText("File written:") + " ", file);
 }
 
 void PageWriter::BeginBlock() {
