@@ -66,14 +66,13 @@ class ParamDescriptor {
   // True when the value lies within the bounds. NaN lies within none.
   bool IsInBounds(double value) const;
 
-  // "above 0 and at most 100"; empty without bounds.
-  std::string BoundsText() const;
-
   // What a value must be, for messages and help: "a number above 0 and at most 100", "ON or OFF",
   // "a whole number above 0, or AUTO".
   std::string Expectation() const;
 
  private:
+  // "above 0 and at most 100"; empty without bounds.
+  std::string BoundsText() const;
   std::string NumberExpectation(const char* what, const std::string& words) const;
 
   std::string fName;

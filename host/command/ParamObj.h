@@ -42,7 +42,6 @@ class ParamObj {
 
   // Null when the qualifier was not given.
   const ParamObj* getQualifObj(const std::string& name) const;
-  const std::vector<ParamObj>& GetQualifiers() const { return fQualifiers; }
   void AddQualifier(ParamObj qualifier);
 
  private:

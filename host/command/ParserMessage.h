@@ -23,7 +23,6 @@ class ParserMessage {
 
   // The command that the messages speak of.
   void SetCommandName(std::string name) { fCommandName = std::move(name); }
-  const std::string& GetCommandName() const { return fCommandName; }
 
   // The procedure whose part of the string table is looked into first.
   void SetProcedureTitle(std::string title) { fProcedureTitle = std::move(title); }

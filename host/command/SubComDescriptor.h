@@ -21,13 +21,6 @@ class SubComDescriptor {
   const std::string& GetHelp() const { return fHelp; }
   const std::vector<ParamDescriptor>& GetParams() const { return fParams; }
 
-  // Names of the parameters in order; a bare parameter counts too, so that indices agree.
-  std::vector<std::string> GetParamNames() const {
-    std::vector<std::string> names;
-    for (const ParamDescriptor& param : fParams) names.push_back(param.GetName());
-    return names;
-  }
-
   // Null when there is no parameter of that name.
   const ParamDescriptor* FindParam(const std::string& name) const {
     for (const ParamDescriptor& param : fParams) {

@@ -11,6 +11,7 @@
 
 #include "backend/predselect/predsele.h"
 #include "host/data/MemoryTable.h"
+#include "host/output/FacSTDictionary.h"
 #include "host/output/OutputDocument.h"
 #include "host/output/render/RenderJson.h"
 #include "host/session/Session.h"
@@ -36,7 +37,11 @@ class CommandTest : public testing::Test {
         [this](const std::string&) { fRoom = fpSession->CommonBlock().fMaxObsAdded; });
     predsele_();
     fbError = fpSession->CommonBlock().IsErrorSet();
-    return json::parse(MCHost::RenderJson(document))["runs"][0];
+    const json rendered = json::parse(MCHost::RenderJson(document));
+    for (const auto& [key, text] : rendered["strings"].items()) {
+      EXPECT_TRUE(FacSTDictionary().Contains(key)) << "shown without an entry: " << key;
+    }
+    return rendered["runs"][0];
   }
 
   static std::vector<std::string> Titles(const json& run) {

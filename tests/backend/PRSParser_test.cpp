@@ -14,10 +14,12 @@
 
 #include <cctype>
 #include <fstream>
+#include <regex>
 #include <sstream>
 #include <string>
 #include <vector>
 
+#include "backend/predselect/command/PRSGrammar.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "host/command/CommandSplitter.h"
 #include "host/session/HostBlocks.h"
@@ -150,6 +152,45 @@ TEST(CommandParsing, SurvivesEveryDamageToACommand) {
       EXPECT_EQ(isValid, host.fSink.fSaid.find("Error") == std::string::npos) << damaged;
     }
   }
+}
+
+// The specifications' dump after a command, without the thresholds' digits as they were typed.
+std::string SpecsAfter(const std::string& command) {
+  MCTest::FakeHost host;
+  host.fSession.SetCommand(command);
+  const ProcedureDataSource source;
+  PRSValidSpecs specs;
+  specs.SetUniVariable(command.starts_with("SEL"));
+  KOVA_TokenSequence tokens(true);
+  EXPECT_TRUE(PRSParser(tokens, specs, source).GetCommandSpecifications()) << command;
+  EXPECT_EQ(host.fSink.fSaid, "") << command;
+  std::ostringstream dump;
+  specs.Display(dump);
+  return std::regex_replace(dump.str(), std::regex("[^\n]* as typed = [^\n]*\n"), "");
+}
+
+TEST(CommandParsing, TakesATypedDefaultLikeNothing) {
+  int nTyped = 0;
+  for (const bool univariable : {true, false}) {
+    CommandDescriptor command = PRSGrammar::NewCommand(univariable);
+    PRSGrammar::Declare(command, univariable);
+    const std::string bare = command.GetName() + " species BY island sex year";
+    const std::string expected = SpecsAfter(bare + ".");
+    for (const SubComDescriptor& subCom : command.GetSubComs()) {
+      for (const ParamDescriptor& param : subCom.GetParams()) {
+        // SAVE's defaults are those of its own keywords.
+        if (param.GetDefaultText().empty() || subCom.GetName() == "SAVE") continue;
+        std::string typed =
+            bare + " /" + subCom.GetName() + " " + param.GetName() + "=" + param.GetDefaultText();
+        for (const ParamDescriptor& qualifier : param.GetQualifDescs()) {
+          typed += "(" + qualifier.GetName() + "=" + qualifier.GetDefaultText() + ")";
+        }
+        EXPECT_EQ(SpecsAfter(typed + "."), expected) << typed;
+        ++nTyped;
+      }
+    }
+  }
+  EXPECT_EQ(nTyped, 17);
 }
 
 }  // namespace

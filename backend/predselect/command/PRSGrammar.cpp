@@ -1,5 +1,7 @@
 #include "backend/predselect/command/PRSGrammar.h"
 
+#include "backend/predselect/specifications/PRSOptions.h"
+
 namespace {
 
 using Param = ParamDescriptor;
@@ -30,33 +32,37 @@ SubCom Except() {
 }
 
 SubCom Screening() {
-  const auto percent = [](const char* name, double value, const char* help) {
+  const PRSScreening screening;
+  const auto percent = [](const char* name, const PRSThreshold& threshold, const char* help) {
     return Param(name, Param::kNumber, help)
         .setLowerBoundary(0.0, Param::kLowerExclusive)
         .setUpperBoundary(100.0, Param::kUpperInclusive)
-        .setDefault(value);
+        .setDefault(threshold.fValue);
   };
-  const auto threshold = [](const char* name, double value, const char* help) {
+  const auto least = [](const char* name, const PRSThreshold& threshold, const char* help) {
     return Param(name, Param::kNumber, help)
         .setLowerBoundary(0.0, Param::kLowerInclusive)
-        .setDefault(value);
+        .setDefault(threshold.fValue);
   };
   return SubCom("SCREENING", "Which predictors are useless and left out before ranking.")
       .addParamDesc(Param("STATUS", Param::kKeyword, "Whether predictors are screened at all.")
                         .addStringValue("ON")
                         .addStringValue("OFF")
-                        .setDefault("ON"))
-      .addParamDesc(percent("PCTMISSING", 70.0, "Most missing values, in percent of the cases."))
-      .addParamDesc(percent("PCTEQUAL", 95.0, "Most cases in one category, in percent."))
-      .addParamDesc(percent("PCTUNEQUAL", 90.0, "Most categories, in percent of the cases."))
-      .addParamDesc(threshold("CV", 0.001, "Least coefficient of variation."))
-      .addParamDesc(threshold("STDDEV", 0.0, "Least standard deviation."));
+                        .setDefault(screening.fbOn ? "ON" : "OFF"))
+      .addParamDesc(percent("PCTMISSING", screening.fPctMissing,
+                            "Most missing values, in percent of the cases."))
+      .addParamDesc(
+          percent("PCTEQUAL", screening.fPctEqual, "Most cases in one category, in percent."))
+      .addParamDesc(
+          percent("PCTUNEQUAL", screening.fPctUnequal, "Most categories, in percent of the cases."))
+      .addParamDesc(least("CV", screening.fCoeffVariate, "Least coefficient of variation."))
+      .addParamDesc(least("STDDEV", screening.fStdDev, "Least standard deviation."));
 }
 
 Param Timer() {
   return Param("TIMER", Param::kNumber, "Most minutes to work; 0 for no limit.")
       .setLowerBoundary(0.0, Param::kLowerInclusive)
-      .setDefault(5.0);
+      .setDefault(PRSCommonCriteria().fTimer);
 }
 
 Param RankCriteria(const char* name, Param::Kind kind, const char* help) {
@@ -73,7 +79,7 @@ SubCom UniCriteria() {
       .addParamDesc(
           Param("SHOWUNSELECTED", Param::kInteger, "How many unselected predictors are shown too.")
               .setLowerBoundary(0.0, Param::kLowerInclusive)
-              .setDefault(0.0))
+              .setDefault(PRSCommonCriteria().fShowUnselect))
       .addParamDesc(Param("SIZE", Param::kInteger,
                           "How many predictors are selected at most. AUTO: 30, or twice the square "
                           "root of the number of candidates when that is more.")
@@ -89,7 +95,7 @@ SubCom UniCriteria() {
                           "Only predictors with a significance below are selected.")
                         .setLowerBoundary(0.0, Param::kLowerExclusive)
                         .setUpperBoundary(1.0, Param::kUpperInclusive)
-                        .setDefault(0.05));
+                        .setDefault(PRSUniCriteria().fPCutOff));
 }
 
 SubCom MultiCriteria() {
@@ -97,11 +103,11 @@ SubCom MultiCriteria() {
       .addParamDesc(Timer())
       .addParamDesc(Param("BINS", Param::kInteger, "Bins of a continuous predictor.")
                         .setLowerBoundary(1.0, Param::kLowerExclusive)
-                        .setDefault(10.0))
+                        .setDefault(PRSMultiCriteria().fBins))
       .addParamDesc(Param("MEMALLOCATE", Param::kNumber,
                           "Kilobytes of memory for cases; more cases go to a temporary file.")
-                        .setLowerBoundary(4.0, Param::kLowerInclusive)
-                        .setDefault(1024.0));
+                        .setLowerBoundary(PRSMultiCriteria::kLeastMemory, Param::kLowerInclusive)
+                        .setDefault(PRSMultiCriteria().fMemAllocate));
 }
 
 SubCom Force() {
@@ -150,7 +156,7 @@ SubCom Save() {
       .addParamDesc(
           Param("PREDPROB", Param::kNewNames,
                 "The predicted probability of each category, so many at most: root_1, root_2, ...")
-              .setDefault(25.0)
+              .setDefault(PRSSave().fPredProbNumber)
               .setDefault("PredictedProbability"));
 }
 
@@ -167,7 +173,7 @@ SubCom Missing() {
               "EXCLUDE: user-missing values are missing. INCLUDE: they are values like any other.")
               .addStringValue("EXCLUDE")
               .addStringValue("INCLUDE")
-              .setDefault("EXCLUDE"));
+              .setDefault(PRSOptions().fbMissingExclude ? "EXCLUDE" : "INCLUDE"));
 }
 
 SubCom MacroVar() {

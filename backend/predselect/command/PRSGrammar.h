@@ -1,5 +1,5 @@
-// The grammars of the two commands: every subcommand, parameter, bound, default and help text,
-// declared once. The parser, its messages, the procedures' defaults and the help come from here.
+// The grammars of the two commands: every subcommand, parameter, bound and help text, declared
+// once; the defaults are those of PRSOptions. The parser, its messages and the help come from here.
 #pragma once
 
 #include "host/command/CommandDescriptor.h"

@@ -126,7 +126,7 @@ bool PRSParser::ProcessSubCommands(const CommandSpec& spec) {
   fpCommand = &spec;
   TakeWeight();
   // Without a SUBSET subcommand the subset is as large as its pseudo-BIC says.
-  if (!fbUniVariable) fSpecs.SetMultiSubsetInfo(0, true, false, 0);
+  if (!fbUniVariable) fSpecs.Options().fSubset.fbPseudoBIC = true;
   const Handler criteria =
       fbUniVariable ? &PRSParser::ProcessUniCriteriaSubCom : &PRSParser::ProcessMultiCriteriaSubCom;
   bool isValid = true;
@@ -322,19 +322,4 @@ bool PRSParser::IsSelectionOff() const {
 bool PRSParser::HasPredictors(bool categorical) const {
   return std::any_of(fPredictors.begin(), fPredictors.end(),
                      [categorical](const Predictor& p) { return p.fbCategorical == categorical; });
-}
-
-double PRSParser::NumberOf(const SubComObj& subCom, const char* param) const {
-  const ParamObj* given = subCom.getParamObj(param);
-  const ParamDescriptor* declared = subCom.GetDescriptor().FindParam(param);
-  MCCommon::Assert(declared != nullptr, "the parameter is declared", kSource);
-  const bool isNumber = given != nullptr && given->GetPlace().fType == TokenInfoObj::kNumber;
-  return isNumber ? given->getNumberValue() : declared->GetDefaultNumber();
-}
-
-bool PRSParser::IsWordOf(const SubComObj& subCom, const char* param, const char* word) const {
-  const ParamObj* given = subCom.getParamObj(param);
-  const ParamDescriptor* declared = subCom.GetDescriptor().FindParam(param);
-  MCCommon::Assert(declared != nullptr, "the parameter is declared", kSource);
-  return given != nullptr ? given->isStringValueCase(word) : declared->GetDefaultText() == word;
 }

@@ -20,6 +20,7 @@
 #include "host/data/ProcedureDataSource.h"
 
 class PRSValidSpecs;
+struct PRSSubset;
 
 class PRSParser {
  public:
@@ -85,15 +86,13 @@ class PRSParser {
   bool TakePredVal(const ParamObj& param);
   bool TakePredProb(const ParamObj& param);
   bool LeavesRoomBesideForced(const ParamObj& param) const;
-  bool TakeBestSubset(const ParamObj& maxSize, bool& testData) const;
+  bool TakeBestSubset(const ParamObj& maxSize, PRSSubset& subset) const;
 
   bool IsCategorical(int variable) const;
   bool IsSelectionOff() const;
   bool IsMixed() const;
   bool Applies(int criterion) const;
   bool HasPredictors(bool categorical) const;
-  double NumberOf(const SubComObj& subCom, const char* param) const;
-  bool IsWordOf(const SubComObj& subCom, const char* param, const char* word) const;
   static std::vector<Predictor> Merged(const VarSpecObj& factors, const VarSpecObj& covariates);
 
   KOVA_TokenSequence& fTokens;

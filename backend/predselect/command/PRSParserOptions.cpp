@@ -2,6 +2,7 @@
 #include <cmath>
 #include <limits>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "backend/predselect/command/PRSParser.h"
@@ -28,8 +29,15 @@ int CriterionOf(const std::string& word, const ParamDescriptor& declared) {
   return criterion;
 }
 
-std::string TypedText(const ParamObj* param) {
-  return param == nullptr ? "" : param->GetPlace().fText;
+// The parameter's number, where it is given.
+void Take(const SubComObj& subCom, const char* param, double& value) {
+  const ParamObj* given = subCom.getParamObj(param);
+  if (given != nullptr) value = given->getNumberValue();
+}
+
+void Take(const SubComObj& subCom, const char* param, int& value) {
+  const ParamObj* given = subCom.getParamObj(param);
+  if (given != nullptr) value = given->getIntegerValue();
 }
 
 }  // namespace
@@ -43,13 +51,13 @@ bool PRSParser::Applies(int criterion) const {
 }
 
 bool PRSParser::ProcessUniCriteriaSubCom(const SubComObj& subCom) {
-  int size = 0;
-  if (!TakeSize(subCom, size)) return false;
-  const int criterion = TakeRanking(subCom);
-  ReportIdleCutOff(subCom, criterion);
-  fSpecs.SetUniCriteria(
-      size, static_cast<MCFSCommon::RankCriteria>(criterion), NumberOf(subCom, "PCUTOFF"),
-      static_cast<int>(NumberOf(subCom, "SHOWUNSELECTED")), NumberOf(subCom, "TIMER"));
+  PRSUniCriteria& criteria = fSpecs.Options().fUniCriteria;
+  if (!TakeSize(subCom, criteria.fSize)) return false;
+  criteria.fCriterion = static_cast<MCFSCommon::RankCriteria>(TakeRanking(subCom));
+  ReportIdleCutOff(subCom, criteria.fCriterion);
+  Take(subCom, "PCUTOFF", criteria.fPCutOff);
+  Take(subCom, "SHOWUNSELECTED", fSpecs.Options().fCommonCriteria.fShowUnselect);
+  Take(subCom, "TIMER", fSpecs.Options().fCommonCriteria.fTimer);
   return true;
 }
 
@@ -85,36 +93,37 @@ void PRSParser::ReportIdleCutOff(const SubComObj& subCom, int criterion) const {
 }
 
 bool PRSParser::ProcessMultiCriteriaSubCom(const SubComObj& subCom) {
-  fSpecs.SetMultiCriteria(static_cast<int>(NumberOf(subCom, "BINS")),
-                          NumberOf(subCom, "MEMALLOCATE"), 0, NumberOf(subCom, "TIMER"));
+  Take(subCom, "BINS", fSpecs.Options().fMultiCriteria.fBins);
+  Take(subCom, "MEMALLOCATE", fSpecs.Options().fMultiCriteria.fMemAllocate);
+  Take(subCom, "TIMER", fSpecs.Options().fCommonCriteria.fTimer);
   return true;
 }
 
 bool PRSParser::ProcessScreeningSubCom(const SubComObj& subCom) {
   MCCommon::Assert(fbUniVariable, "fbUniVariable", kSource);
-  static constexpr const char* kThresholds[] = {"PCTMISSING", "PCTEQUAL", "PCTUNEQUAL", "CV",
-                                                "STDDEV"};
-  const bool isOn = IsWordOf(subCom, "STATUS", "ON");
-  for (const char* threshold : kThresholds) {
-    const ParamObj* param = subCom.getParamObj(threshold);
-    if (isOn || param == nullptr) continue;
+  static constexpr std::pair<const char*, PRSThreshold PRSScreening::*> kThresholds[] = {
+      {"PCTMISSING", &PRSScreening::fPctMissing}, {"PCTEQUAL", &PRSScreening::fPctEqual},
+      {"PCTUNEQUAL", &PRSScreening::fPctUnequal}, {"CV", &PRSScreening::fCoeffVariate},
+      {"STDDEV", &PRSScreening::fStdDev},
+  };
+  PRSScreening& screening = fSpecs.Options().fScreening;
+  const ParamObj* status = subCom.getParamObj("STATUS");
+  if (status != nullptr) screening.fbOn = status->isStringValueCase("ON");
+  for (const auto& [name, threshold] : kThresholds) {
+    const ParamObj* param = subCom.getParamObj(name);
+    if (param == nullptr) continue;
+    screening.*threshold = {param->getNumberValue(), param->GetPlace().fText};
+    if (screening.fbOn) continue;
     fMessages.At(param->GetNameToken())
-        .OptionIdle(std::string("SCREENING ") + threshold, KeyText("screening is off"));
+        .OptionIdle(std::string("SCREENING ") + name, KeyText("screening is off"));
   }
-  fSpecs.SetScreenOptions(isOn, NumberOf(subCom, "PCTMISSING"), NumberOf(subCom, "PCTEQUAL"),
-                          NumberOf(subCom, "PCTUNEQUAL"), NumberOf(subCom, "CV"),
-                          NumberOf(subCom, "STDDEV"));
-  fSpecs.SetStringScreenOptions(
-      TypedText(subCom.getParamObj("PCTMISSING")), TypedText(subCom.getParamObj("PCTEQUAL")),
-      TypedText(subCom.getParamObj("PCTUNEQUAL")), TypedText(subCom.getParamObj("CV")),
-      TypedText(subCom.getParamObj("STDDEV")));
   return true;
 }
 
 bool PRSParser::ProcessMissingSubCom(const SubComObj& subCom) {
   const ParamObj* userMissing = subCom.getParamObj("USERMISSING");
   MCCommon::Assert(userMissing != nullptr, "userMissParam != 0", kSource);
-  fSpecs.SetMissIndicators(userMissing->isStringValueCase("EXCLUDE"));
+  fSpecs.Options().fbMissingExclude = userMissing->isStringValueCase("EXCLUDE");
   return true;
 }
 
@@ -154,13 +163,17 @@ bool PRSParser::ProcessPrintSubCom(const SubComObj& subCom) {
   const auto isAsked = [&subCom](const char* table) {
     return subCom.getParamObj(table) != nullptr;
   };
-  const bool anyTable = isAsked("CPS") || isAsked("EXCLUDED") || isAsked("SUMMARY") ||
-                        isAsked("SELECTED") || isAsked("CLASSIFICATION");
+  const PRSPrint print{.fbCPS = isAsked("CPS"),
+                       .fbExclude = isAsked("EXCLUDED"),
+                       .fbSummary = isAsked("SUMMARY"),
+                       .fbSelect = isAsked("SELECTED"),
+                       .fbClassify = isAsked("CLASSIFICATION")};
+  const bool anyTable =
+      print.fbCPS || print.fbExclude || print.fbSummary || print.fbSelect || print.fbClassify;
   if (!anyTable) fMessages.NoTableRequested();
   if (!fbUniVariable && IsSelectionOff()) ReportIdleTables(subCom);
-  if (fbUniVariable && isAsked("SUMMARY")) AddPrintOptions(*subCom.getParamObj("SUMMARY"));
-  fSpecs.SetPrintInfo(isAsked("CPS"), isAsked("EXCLUDED"), isAsked("SUMMARY"), isAsked("SELECTED"),
-                      isAsked("CLASSIFICATION"), false);
+  if (fbUniVariable && print.fbSummary) AddPrintOptions(*subCom.getParamObj("SUMMARY"));
+  fSpecs.Options().fPrint = print;
   return true;
 }
 
@@ -194,10 +207,10 @@ void PRSParser::AddPrintOptions(const ParamObj& summary) {
 
 bool PRSParser::ProcessPlotSubCom(const SubComObj& subCom) {
   if (fbUniVariable) {
-    fSpecs.SetPlotSummary(true);
+    fSpecs.Options().fPlot.fbSummary = true;
     return true;
   }
-  fSpecs.SetPlotUncert(true);
+  fSpecs.Options().fPlot.fbUncert = true;
   const ParamObj* uncertainty = subCom.getParamObj("UNCERTAINTY");
   MCCommon::Assert(uncertainty != nullptr, "uncertaintyParam != 0", kSource);
   fMessages.At(uncertainty->GetNameToken())
@@ -225,8 +238,9 @@ bool PRSParser::ProcessTrainSampSubCom(const SubComObj& subCom) {
     }
     if (!isValid) return false;
   }
-  fSpecs.SetMultiTrainSampInfo(percent == nullptr ? 0.0 : percent->getNumberValue(),
-                               fpTrainVar->GetValidVarInd());
+  PRSSample& sample = fSpecs.Options().fSample;
+  Take(subCom, "PERCENT", sample.fPercent);
+  sample.fVariable = fpTrainVar->GetValidVarInd();
   return true;
 }
 
@@ -240,17 +254,16 @@ bool PRSParser::ProcessSubsetSubCom(const SubComObj& subCom) {
   }
   const ParamObj* maxSize = subCom.getParamObj("MAXSIZE");
   const ParamObj* exactSize = subCom.getParamObj("EXACTSIZE");
+  PRSSubset subset{.fMaxSize = -1};
   if (maxSize != nullptr) {
-    bool testData = false;
-    if (!LeavesRoomBesideForced(*maxSize) || !TakeBestSubset(*maxSize, testData)) return false;
-    const bool isAuto = maxSize->isLeadingToken("AUTO");
-    fSpecs.SetMultiSubsetInfo(isAuto ? 0 : maxSize->getIntegerValue(), !testData, testData, 0);
+    if (!LeavesRoomBesideForced(*maxSize) || !TakeBestSubset(*maxSize, subset)) return false;
+    subset.fMaxSize = maxSize->isLeadingToken("AUTO") ? 0 : maxSize->getIntegerValue();
   } else if (exactSize != nullptr) {
     if (!LeavesRoomBesideForced(*exactSize)) return false;
-    fSpecs.SetMultiSubsetInfo(-1, true, false, exactSize->getIntegerValue());
-  } else {
-    fSpecs.SetMultiSubsetInfo(-1, false, false, 0);
+    subset.fbPseudoBIC = true;
+    subset.fExactSize = exactSize->getIntegerValue();
   }
+  fSpecs.Options().fSubset = subset;
   return true;
 }
 
@@ -262,10 +275,11 @@ bool PRSParser::LeavesRoomBesideForced(const ParamObj& param) const {
   return false;
 }
 
-bool PRSParser::TakeBestSubset(const ParamObj& maxSize, bool& testData) const {
+bool PRSParser::TakeBestSubset(const ParamObj& maxSize, PRSSubset& subset) const {
   const ParamObj* best = maxSize.getQualifObj("BESTSUBSET");
-  testData = best != nullptr && best->isStringValueCase("TESTDATA");
-  if (!testData || fpCommand->getSubComObj("TRAININGSAMPLE") != nullptr) return true;
+  subset.fbTestData = best != nullptr && best->isStringValueCase("TESTDATA");
+  subset.fbPseudoBIC = !subset.fbTestData;
+  if (subset.fbPseudoBIC || fpCommand->getSubComObj("TRAININGSAMPLE") != nullptr) return true;
   fMessages.At(best->GetPlace())
       .NeedSubComForParam("TRAININGSAMPLE", "SUBSET BESTSUBSET", "TESTDATA");
   return false;

@@ -14,7 +14,6 @@
 namespace {
 
 constexpr const char* kSource = "backend/predselect/PRSValidSpecs";
-constexpr double kLeastMemory = 4.0;  // kilobytes
 constexpr double kMostRecords = 0x1p62;
 
 int SizeOf(const PRSValidSpecs::IntList& list) {
@@ -59,71 +58,60 @@ int PRSValidSpecs::GetNExceptVars() const { return SizeOf(fpExceptList); }
 
 void PRSValidSpecs::SetScreenOptions(bool on, double pctMissing, double pctEqual, double pctUnequal,
                                      double coeffVariate, double stdDev) {
-  fbScreenStatusOn = on;
-  fScreenPCTMissing = pctMissing;
-  fScreenPCTEqual = pctEqual;
-  fScreenPCTUnequal = pctUnequal;
-  fScreenCoeffVariate = coeffVariate;
-  fScreenStdDev = stdDev;
+  PRSScreening& screening = fOptions.fScreening;
+  screening.fbOn = on;
+  screening.fPctMissing.fValue = pctMissing;
+  screening.fPctEqual.fValue = pctEqual;
+  screening.fPctUnequal.fValue = pctUnequal;
+  screening.fCoeffVariate.fValue = coeffVariate;
+  screening.fStdDev.fValue = stdDev;
 }
 
 void PRSValidSpecs::SetStringScreenOptions(std::string pctMissing, std::string pctEqual,
                                            std::string pctUnequal, std::string coeffVariate,
                                            std::string stdDev) {
-  fStringPCTMissing = std::move(pctMissing);
-  fStringPCTEqual = std::move(pctEqual);
-  fStringPCTUnequal = std::move(pctUnequal);
-  fStringCoeffVariate = std::move(coeffVariate);
-  fStringStdDev = std::move(stdDev);
+  PRSScreening& screening = fOptions.fScreening;
+  screening.fPctMissing.fTyped = std::move(pctMissing);
+  screening.fPctEqual.fTyped = std::move(pctEqual);
+  screening.fPctUnequal.fTyped = std::move(pctUnequal);
+  screening.fCoeffVariate.fTyped = std::move(coeffVariate);
+  screening.fStdDev.fTyped = std::move(stdDev);
 }
 
 void PRSValidSpecs::SetUniCriteria(int size, MCFSCommon::RankCriteria criterion, double pCutOff,
                                    int showUnselect, double timer) {
-  fUniSize = size;
-  fUniRank = criterion;
-  fUniPCutOff = pCutOff;
-  fShowUnselect = showUnselect;
-  fTimer = timer;
+  fOptions.fUniCriteria = {size, criterion, pCutOff};
+  fOptions.fCommonCriteria = {showUnselect, timer};
 }
 
 int PRSValidSpecs::GetUniSize() const {
   if (GetUniSizeAuto() && fpFeatureSettings != nullptr && fpPredictList != nullptr) {
     return fpFeatureSettings->GetNBestPredictors(GetNPredictVars());
   }
-  return fUniSize;
+  return fOptions.fUniCriteria.fSize;
 }
 
 void PRSValidSpecs::SetMultiCriteria(int bins, double memAllocate, int showUnselect, double timer) {
-  fMultiBins = bins;
-  fMultiMemAllocate = memAllocate;
-  fShowUnselect = showUnselect;
-  fTimer = timer;
+  fOptions.fMultiCriteria = {bins, memAllocate};
+  fOptions.fCommonCriteria = {showUnselect, timer};
 }
 
 void PRSValidSpecs::SetMultiTrainSampInfo(double percent, int variable) {
-  fMultiTrainSampPCT = percent;
-  fMultiTrainSampVar = variable;
-}
-
-bool PRSValidSpecs::GetMultiTrainSamp() const {
-  return fMultiTrainSampPCT > 0.0 || fMultiTrainSampVar >= 0;
+  fOptions.fSample = {percent, variable};
 }
 
 void PRSValidSpecs::SetMultiSubsetInfo(int maxSize, bool pseudoBIC, bool testData, int exactSize) {
-  fMultiMaxSize = maxSize;
-  fbMultiPseudoBIC = pseudoBIC;
-  fbMultiTestData = testData;
-  fMultiExactSize = exactSize;
+  fOptions.fSubset = {maxSize, pseudoBIC, testData, exactSize};
 }
 
 void PRSValidSpecs::SetPredProbRoot(KovaVarName root, int number) {
-  fPredProbRoot = std::move(root);
-  fPredProbNumber = number;
+  fOptions.fSave.fPredProbRoot = std::move(root);
+  fOptions.fSave.fPredProbNumber = number;
 }
 
 void PRSValidSpecs::SetPredValVariable(KovaVarName name, bool suffix) {
-  fPredValVar = std::move(name);
-  fbPredValVarSuffix = suffix;
+  fOptions.fSave.fPredVal = std::move(name);
+  fOptions.fSave.fbPredValSuffix = suffix;
 }
 
 bool PRSValidSpecs::AddFeaturePrintOption(FeaturePrintOption option) {
@@ -135,12 +123,7 @@ bool PRSValidSpecs::AddFeaturePrintOption(FeaturePrintOption option) {
 
 void PRSValidSpecs::SetPrintInfo(bool cps, bool exclude, bool summary, bool select, bool classify,
                                  bool uncert) {
-  fbPrintCPS = cps;
-  fbPrintExclude = exclude;
-  fbPrintSummary = summary;
-  fbPrintSelect = select;
-  fbPrintClassify = classify;
-  fbPrintUncert = uncert;
+  fOptions.fPrint = {cps, exclude, summary, select, classify, uncert};
 }
 
 void PRSValidSpecs::CompleteSpecs() {
@@ -149,8 +132,8 @@ void PRSValidSpecs::CompleteSpecs() {
                    "fpPredictList != 0 && fbpPredCatVarList != 0", kSource);
   MCCommon::Assert(!hasPredictors || fpPredictList->size() == fbpPredCatVarList->size(),
                    "fpPredictList->size() == fbpPredCatVarList->size()", kSource);
-  fpVarValidSpecs = std::make_unique<UAVarValidSpecs>(true, fbMissingExclude, true);
-  fpStopProcessor = std::make_unique<MCStopProcessor>(60.0 * fTimer);
+  fpVarValidSpecs = std::make_unique<UAVarValidSpecs>(true, IsMissingExclude(), true);
+  fpStopProcessor = std::make_unique<MCStopProcessor>(60.0 * GetTimer());
   const int targetPosition = fpVarValidSpecs->AddVariable(fDependVar, fbDependCatVar);
   const int weightPosition = fKOVAWeightVar >= 0 ? fpVarValidSpecs->SetWeightVar() : -1;
   if (hasPredictors) {
@@ -173,15 +156,15 @@ void PRSValidSpecs::CompleteFeatureSettings(int targetPosition, int weightPositi
   }
   fpFeatureSettings->SetTargetPosition(targetPosition);
   if (weightPosition >= 0) fpFeatureSettings->SetWeightPosition(weightPosition);
-  if (fbScreenStatusOn) {
-    fpFeatureSettings->SetMaxPctMiss(fScreenPCTMissing);
-    fpFeatureSettings->SetMaxPctSingle(fScreenPCTEqual);
-    fpFeatureSettings->SetMaxNCatAsPct(fScreenPCTUnequal);
-    fpFeatureSettings->SetMinVariation(fScreenCoeffVariate);
-    fpFeatureSettings->SetMinStddev(fScreenStdDev);
+  if (GetScreenStatusOn()) {
+    fpFeatureSettings->SetMaxPctMiss(GetScreenPCTMissing());
+    fpFeatureSettings->SetMaxPctSingle(GetScreenPCTEqual());
+    fpFeatureSettings->SetMaxNCatAsPct(GetScreenPCTUnequal());
+    fpFeatureSettings->SetMinVariation(GetScreenCoeffVariate());
+    fpFeatureSettings->SetMinStddev(GetScreenStdDev());
   }
   // A criterion that does not suit the data is refused, and the data's own criteria stay.
-  (void)fpFeatureSettings->SetCriterion(fUniRank, true);
+  (void)fpFeatureSettings->SetCriterion(GetUniRank(), true);
   for (const FeaturePrintOption option : fFeaturePrintOptions) {
     (void)fpFeatureSettings->SetCriterion(static_cast<MCFSCommon::RankCriteria>(option), true);
   }
@@ -195,10 +178,11 @@ void PRSValidSpecs::CompleteNaiveSettings() {
     std::vector<int> positions;
     fpVarValidSpecs->AddVariables(*fpForcePredList, *fbpForceCatVarList, positions);
   }
-  MCCommon::Assert(fMultiMemAllocate >= kLeastMemory, "fMultiMemAllocate >= 4.0", kSource);
+  MCCommon::Assert(GetMultiMemAllocate() >= PRSMultiCriteria::kLeastMemory,
+                   "fMultiMemAllocate >= 4.0", kSource);
   const double bytesPerRecord = 8.0 * fpVarValidSpecs->GetNRecordVars() + 16.0;
   fpNaiveSettings->SetMaxRecordsInMemory(
-      static_cast<long>(std::min(1024.0 * fMultiMemAllocate / bytesPerRecord, kMostRecords)));
+      static_cast<long>(std::min(1024.0 * GetMultiMemAllocate() / bytesPerRecord, kMostRecords)));
   fpNaiveSettings->SetUserRNG(fpRandom.get());
   fpNaiveSettings->SetCancelPointer(fpStopProcessor.get());
   fpNaiveSettings->SetTempDir(GetKovaTempPath() + "/");

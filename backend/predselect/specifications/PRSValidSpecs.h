@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "backend/predselect/specifications/PRSOptions.h"
 #include "feature/MCFSCommon.h"
 #include "host/command/KovaVarName.h"
 
@@ -72,62 +73,68 @@ class PRSValidSpecs {
   const std::vector<int>* GetExceptListPtr() const { return fpExceptList.get(); }
   int GetNExceptVars() const;
 
+  // What the subcommands ask for. The setters and getters below are the same, one by one.
+  PRSOptions& Options() { return fOptions; }
+  const PRSOptions& Options() const { return fOptions; }
+
   // Screening thresholds, percentages in percent.
   void SetScreenOptions(bool on, double pctMissing, double pctEqual, double pctUnequal,
                         double coeffVariate, double stdDev);
-  bool GetScreenStatusOn() const { return fbScreenStatusOn; }
-  double GetScreenPCTMissing() const { return fScreenPCTMissing; }
-  double GetScreenPCTEqual() const { return fScreenPCTEqual; }
-  double GetScreenPCTUnequal() const { return fScreenPCTUnequal; }
-  double GetScreenCoeffVariate() const { return fScreenCoeffVariate; }
-  double GetScreenStdDev() const { return fScreenStdDev; }
+  bool GetScreenStatusOn() const { return fOptions.fScreening.fbOn; }
+  double GetScreenPCTMissing() const { return fOptions.fScreening.fPctMissing.fValue; }
+  double GetScreenPCTEqual() const { return fOptions.fScreening.fPctEqual.fValue; }
+  double GetScreenPCTUnequal() const { return fOptions.fScreening.fPctUnequal.fValue; }
+  double GetScreenCoeffVariate() const { return fOptions.fScreening.fCoeffVariate.fValue; }
+  double GetScreenStdDev() const { return fOptions.fScreening.fStdDev.fValue; }
 
   // The same thresholds in the user's own digits, for output. Empty for one that was not typed.
   void SetStringScreenOptions(std::string pctMissing, std::string pctEqual, std::string pctUnequal,
                               std::string coeffVariate, std::string stdDev);
-  const std::string& GetStringPCTMissing() const { return fStringPCTMissing; }
-  const std::string& GetStringPCTEqual() const { return fStringPCTEqual; }
-  const std::string& GetStringPCTUnequal() const { return fStringPCTUnequal; }
-  const std::string& GetStringCoeffVariate() const { return fStringCoeffVariate; }
-  const std::string& GetStringStdDev() const { return fStringStdDev; }
+  const std::string& GetStringPCTMissing() const { return fOptions.fScreening.fPctMissing.fTyped; }
+  const std::string& GetStringPCTEqual() const { return fOptions.fScreening.fPctEqual.fTyped; }
+  const std::string& GetStringPCTUnequal() const { return fOptions.fScreening.fPctUnequal.fTyped; }
+  const std::string& GetStringCoeffVariate() const {
+    return fOptions.fScreening.fCoeffVariate.fTyped;
+  }
+  const std::string& GetStringStdDev() const { return fOptions.fScreening.fStdDev.fTyped; }
 
   // Criteria of SELECTPRED. A size of 0 is automatic; the time limit is in minutes, 0 for none.
   void SetUniCriteria(int size, MCFSCommon::RankCriteria criterion, double pCutOff,
                       int showUnselect, double timer);
-  bool GetUniSizeAuto() const { return fUniSize == 0; }
+  bool GetUniSizeAuto() const { return fOptions.fUniCriteria.fSize == 0; }
   // The number of best predictors. An automatic size is settled by the feature selection settings
   // from the number of candidates; before CompleteSpecs() it is 0.
   int GetUniSize() const;
-  MCFSCommon::RankCriteria GetUniRank() const { return fUniRank; }
-  double GetUniPCutOff() const { return fUniPCutOff; }
-  int GetShowUnselect() const { return fShowUnselect; }
-  double GetTimer() const { return fTimer; }
+  MCFSCommon::RankCriteria GetUniRank() const { return fOptions.fUniCriteria.fCriterion; }
+  double GetUniPCutOff() const { return fOptions.fUniCriteria.fPCutOff; }
+  int GetShowUnselect() const { return fOptions.fCommonCriteria.fShowUnselect; }
+  double GetTimer() const { return fOptions.fCommonCriteria.fTimer; }
 
   // Criteria of NAIVEBAYES. Memory in kilobytes, the time limit in minutes.
   void SetMultiCriteria(int bins, double memAllocate, int showUnselect, double timer);
-  int GetMultiBins() const { return fMultiBins; }
-  double GetMultiMemAllocate() const { return fMultiMemAllocate; }
+  int GetMultiBins() const { return fOptions.fMultiCriteria.fBins; }
+  double GetMultiMemAllocate() const { return fOptions.fMultiCriteria.fMemAllocate; }
 
   // How cases are split into training and test cases: by a drawn percentage, or by a variable that
   // marks training cases. 0 and -1 mean no split.
   void SetMultiTrainSampInfo(double percent, int variable);
-  double GetMultiTrainSampPCT() const { return fMultiTrainSampPCT; }
-  int GetMultiTrainSampVar() const { return fMultiTrainSampVar; }
-  bool GetMultiTrainSamp() const;
+  double GetMultiTrainSampPCT() const { return fOptions.fSample.fPercent; }
+  int GetMultiTrainSampVar() const { return fOptions.fSample.fVariable; }
+  bool GetMultiTrainSamp() const { return fOptions.fSample.IsSplit(); }
 
   // How the predictor subset is chosen. A maximum size of 0 is automatic, a negative one means that
   // none is set; an exact size of 0 means none.
   void SetMultiSubsetInfo(int maxSize, bool pseudoBIC, bool testData, int exactSize);
-  int GetMultiMaxSize() const { return fMultiMaxSize; }
-  bool GetMultiPseudoBIC() const { return fbMultiPseudoBIC; }
-  bool GetMultiTestData() const { return fbMultiTestData; }
-  int GetMultiExactSize() const { return fMultiExactSize; }
+  int GetMultiMaxSize() const { return fOptions.fSubset.fMaxSize; }
+  bool GetMultiPseudoBIC() const { return fOptions.fSubset.fbPseudoBIC; }
+  bool GetMultiTestData() const { return fOptions.fSubset.fbTestData; }
+  int GetMultiExactSize() const { return fOptions.fSubset.fExactSize; }
   // True when all predictors are kept: no maximum and no exact size.
-  bool GetMultiNoSelection() const { return fMultiMaxSize < 0 && fMultiExactSize < 1; }
+  bool GetMultiNoSelection() const { return fOptions.fSubset.IsSelectionOff(); }
 
   // True: user-missing values are missing. False: they are values like any other.
-  void SetMissIndicators(bool exclude) { fbMissingExclude = exclude; }
-  bool IsMissingExclude() const { return fbMissingExclude; }
+  void SetMissIndicators(bool exclude) { fOptions.fbMissingExclude = exclude; }
+  bool IsMissingExclude() const { return fOptions.fbMissingExclude; }
 
   // The macros that receive the selected categorical and continuous predictors.
   void SetFactorMacroVar(KovaVarName name) { fFactorMacroVar = std::move(name); }
@@ -137,14 +144,14 @@ class PRSValidSpecs {
 
   // Saved predicted probabilities: the root of their names and how many at most. Empty for none.
   void SetPredProbRoot(KovaVarName root, int number);
-  const KovaVarName& GetPredProbRootName() const { return fPredProbRoot; }
-  int GetPredProbNumber() const { return fPredProbNumber; }
+  const KovaVarName& GetPredProbRootName() const { return fOptions.fSave.fPredProbRoot; }
+  int GetPredProbNumber() const { return fOptions.fSave.fPredProbNumber; }
 
   // Saved predicted value. With the suffix flag the name is a root that may be extended until it is
   // new; without it the name is the user's own. Empty for none.
   void SetPredValVariable(KovaVarName name, bool suffix);
-  const KovaVarName& GetPredValVarName() const { return fPredValVar; }
-  bool GetPredValVarSuffix() const { return fbPredValVarSuffix; }
+  const KovaVarName& GetPredValVarName() const { return fOptions.fSave.fPredVal; }
+  bool GetPredValVarSuffix() const { return fOptions.fSave.fbPredValSuffix; }
 
   // The model file to write, empty for none.
   void SetModelFileName(std::string name) { fModelFileName = std::move(name); }
@@ -158,18 +165,18 @@ class PRSValidSpecs {
 
   // Which tables are shown.
   void SetPrintInfo(bool cps, bool exclude, bool summary, bool select, bool classify, bool uncert);
-  bool GetPrintCPS() const { return fbPrintCPS; }
-  bool GetPrintExclude() const { return fbPrintExclude; }
-  bool GetPrintSummary() const { return fbPrintSummary; }
-  bool GetPrintSelect() const { return fbPrintSelect; }
-  bool GetPrintClassify() const { return fbPrintClassify; }
-  bool GetPrintUncert() const { return fbPrintUncert; }
+  bool GetPrintCPS() const { return fOptions.fPrint.fbCPS; }
+  bool GetPrintExclude() const { return fOptions.fPrint.fbExclude; }
+  bool GetPrintSummary() const { return fOptions.fPrint.fbSummary; }
+  bool GetPrintSelect() const { return fOptions.fPrint.fbSelect; }
+  bool GetPrintClassify() const { return fOptions.fPrint.fbClassify; }
+  bool GetPrintUncert() const { return fOptions.fPrint.fbUncert; }
 
   // Which charts are drawn.
-  void SetPlotSummary(bool on) { fbPlotSummary = on; }
-  void SetPlotUncert(bool on) { fbPlotUncert = on; }
-  bool GetPlotSummary() const { return fbPlotSummary; }
-  bool GetPlotUncert() const { return fbPlotUncert; }
+  void SetPlotSummary(bool on) { fOptions.fPlot.fbSummary = on; }
+  void SetPlotUncert(bool on) { fOptions.fPlot.fbUncert = on; }
+  bool GetPlotSummary() const { return fOptions.fPlot.fbSummary; }
+  bool GetPlotUncert() const { return fOptions.fPlot.fbUncert; }
 
   // Makes the engine's record, the stop processor (its clock starts now) and the settings of the
   // chosen engine. Call once, after a successful parse, with a session installed.
@@ -203,47 +210,11 @@ class PRSValidSpecs {
   IntList fpForcePredList;
   BoolList fbpForceCatVarList;
   IntList fpExceptList;
-  bool fbScreenStatusOn = true;
-  double fScreenPCTMissing = 70.0;
-  double fScreenPCTEqual = 95.0;
-  double fScreenPCTUnequal = 90.0;
-  double fScreenCoeffVariate = 0.001;
-  double fScreenStdDev = 0.0;
-  std::string fStringPCTMissing;
-  std::string fStringPCTEqual;
-  std::string fStringPCTUnequal;
-  std::string fStringCoeffVariate;
-  std::string fStringStdDev;
-  double fTimer = 5.0;
-  int fShowUnselect = 0;
-  int fUniSize = 0;
-  MCFSCommon::RankCriteria fUniRank{};
-  double fUniPCutOff = 0.05;
-  int fMultiBins = 10;
-  double fMultiMemAllocate = 1024.0;
-  double fMultiTrainSampPCT = 0.0;
-  int fMultiTrainSampVar = -1;
-  int fMultiMaxSize = 0;
-  bool fbMultiPseudoBIC = false;
-  bool fbMultiTestData = false;
-  int fMultiExactSize = 0;
-  bool fbMissingExclude = true;
+  PRSOptions fOptions;
   KovaVarName fFactorMacroVar;
   KovaVarName fCovariateMacroVar;
-  KovaVarName fPredProbRoot;
-  int fPredProbNumber = 25;
-  KovaVarName fPredValVar;
-  bool fbPredValVarSuffix = false;
   std::string fModelFileName;
   std::vector<FeaturePrintOption> fFeaturePrintOptions;
-  bool fbPrintCPS = true;
-  bool fbPrintExclude = true;
-  bool fbPrintSummary = true;
-  bool fbPrintSelect = true;
-  bool fbPrintClassify = true;
-  bool fbPrintUncert = false;
-  bool fbPlotSummary = false;
-  bool fbPlotUncert = false;
   std::unique_ptr<FSSettings> fpFeatureSettings;
   std::unique_ptr<NaiveBayesSettings> fpNaiveSettings;
   std::unique_ptr<UAUniformRandom> fpRandom;  // draws the training sample

@@ -42,52 +42,52 @@ void PRSValidSpecs::DisplayVariables(std::ostream& out) const {
 }
 
 void PRSValidSpecs::DisplayCriteria(std::ostream& out) const {
-  Show(out, "Screening", fbScreenStatusOn);
-  Show(out, "Maximum percent missing", fScreenPCTMissing);
-  Show(out, "Maximum percent in one category", fScreenPCTEqual);
-  Show(out, "Maximum categories as percent", fScreenPCTUnequal);
-  Show(out, "Minimum coefficient of variation", fScreenCoeffVariate);
-  Show(out, "Minimum standard deviation", fScreenStdDev);
-  Show(out, "Maximum percent missing as typed", fStringPCTMissing);
-  Show(out, "Maximum percent in one category as typed", fStringPCTEqual);
-  Show(out, "Maximum categories as percent as typed", fStringPCTUnequal);
-  Show(out, "Minimum coefficient of variation as typed", fStringCoeffVariate);
-  Show(out, "Minimum standard deviation as typed", fStringStdDev);
-  Show(out, "Time limit in minutes", fTimer);
-  Show(out, "Unselected predictors shown", fShowUnselect);
-  Show(out, "Size", fUniSize);
-  Show(out, "Ranking criterion", static_cast<int>(fUniRank));
-  Show(out, "Cut-off", fUniPCutOff);
-  Show(out, "Bins", fMultiBins);
-  Show(out, "Memory in kilobytes", fMultiMemAllocate);
-  Show(out, "Training sample percent", fMultiTrainSampPCT);
-  Show(out, "Training sample variable", fMultiTrainSampVar);
-  Show(out, "Maximum subset size", fMultiMaxSize);
-  Show(out, "Pseudo-BIC", fbMultiPseudoBIC);
-  Show(out, "Test data", fbMultiTestData);
-  Show(out, "Exact subset size", fMultiExactSize);
-  Show(out, "User-missing values excluded", fbMissingExclude);
+  Show(out, "Screening", GetScreenStatusOn());
+  Show(out, "Maximum percent missing", GetScreenPCTMissing());
+  Show(out, "Maximum percent in one category", GetScreenPCTEqual());
+  Show(out, "Maximum categories as percent", GetScreenPCTUnequal());
+  Show(out, "Minimum coefficient of variation", GetScreenCoeffVariate());
+  Show(out, "Minimum standard deviation", GetScreenStdDev());
+  Show(out, "Maximum percent missing as typed", GetStringPCTMissing());
+  Show(out, "Maximum percent in one category as typed", GetStringPCTEqual());
+  Show(out, "Maximum categories as percent as typed", GetStringPCTUnequal());
+  Show(out, "Minimum coefficient of variation as typed", GetStringCoeffVariate());
+  Show(out, "Minimum standard deviation as typed", GetStringStdDev());
+  Show(out, "Time limit in minutes", GetTimer());
+  Show(out, "Unselected predictors shown", GetShowUnselect());
+  Show(out, "Size", fOptions.fUniCriteria.fSize);
+  Show(out, "Ranking criterion", static_cast<int>(GetUniRank()));
+  Show(out, "Cut-off", GetUniPCutOff());
+  Show(out, "Bins", GetMultiBins());
+  Show(out, "Memory in kilobytes", GetMultiMemAllocate());
+  Show(out, "Training sample percent", GetMultiTrainSampPCT());
+  Show(out, "Training sample variable", GetMultiTrainSampVar());
+  Show(out, "Maximum subset size", GetMultiMaxSize());
+  Show(out, "Pseudo-BIC", GetMultiPseudoBIC());
+  Show(out, "Test data", GetMultiTestData());
+  Show(out, "Exact subset size", GetMultiExactSize());
+  Show(out, "User-missing values excluded", IsMissingExclude());
 }
 
 void PRSValidSpecs::DisplayOutputs(std::ostream& out) const {
   Show(out, "Macro of factors", fFactorMacroVar.GetName());
   Show(out, "Macro of covariates", fCovariateMacroVar.GetName());
-  Show(out, "Predicted probability root", fPredProbRoot.GetName());
-  Show(out, "Predicted probabilities", fPredProbNumber);
-  Show(out, "Predicted value", fPredValVar.GetName());
-  Show(out, "Predicted value may get a suffix", fbPredValVarSuffix);
+  Show(out, "Predicted probability root", GetPredProbRootName().GetName());
+  Show(out, "Predicted probabilities", GetPredProbNumber());
+  Show(out, "Predicted value", GetPredValVarName().GetName());
+  Show(out, "Predicted value may get a suffix", GetPredValVarSuffix());
   Show(out, "Model file", fModelFileName);
   for (const FeaturePrintOption option : fFeaturePrintOptions) {
     DisplayFeaturePrintOption(out, "Feature print option", option);
   }
-  Show(out, "Print case processing summary", fbPrintCPS);
-  Show(out, "Print excluded", fbPrintExclude);
-  Show(out, "Print summary", fbPrintSummary);
-  Show(out, "Print selected", fbPrintSelect);
-  Show(out, "Print classification", fbPrintClassify);
-  Show(out, "Print uncertainty", fbPrintUncert);
-  Show(out, "Plot summary", fbPlotSummary);
-  Show(out, "Plot uncertainty", fbPlotUncert);
+  Show(out, "Print case processing summary", GetPrintCPS());
+  Show(out, "Print excluded", GetPrintExclude());
+  Show(out, "Print summary", GetPrintSummary());
+  Show(out, "Print selected", GetPrintSelect());
+  Show(out, "Print classification", GetPrintClassify());
+  Show(out, "Print uncertainty", GetPrintUncert());
+  Show(out, "Plot summary", GetPlotSummary());
+  Show(out, "Plot uncertainty", GetPlotUncert());
 }
 
 void PRSValidSpecs::DisplayFeaturePrintOption(std::ostream& out, const std::string& label,
