@@ -167,9 +167,12 @@ TEST(StringTable, HasAnEntryForEveryTextInTheSources) {
   const struct {
     const char* fPlace;
     const std::regex& fText;
-  } places[] = {{"backend/predselect", anyText},        {"host/cases", anyText},
-                {"host/command", anyText},              {"host/output", anyText},
-                {"feature/StatusMessages.cpp", anyText}, {"naivebayes/StatusMessages.cpp", anyText},
+  } places[] = {{"backend/predselect", anyText},
+                {"host/cases", anyText},
+                {"host/command", anyText},
+                {"host/output", anyText},
+                {"feature/StatusMessages.cpp", anyText},
+                {"naivebayes/StatusMessages.cpp", anyText},
                 {"operations", shortKey}};
   // Help, the layout of help, and dumps for debugging are no output.
   const std::set<std::string> exempt{"PRSGrammar.cpp", "CommandHelp.cpp",
@@ -187,9 +190,10 @@ TEST(StringTable, HasAnEntryForEveryTextInTheSources) {
     EXPECT_GE(nFound, 4u) << place.fPlace;
   }
   EXPECT_THAT(missing, testing::IsEmpty());
-  EXPECT_THAT(TextsIn("f(\"no ^1 entry\"); g(\"kept\");\nBpString(\"One\") KeyText(x ? \"a text\" : 0)",
-                      anyText),
-              testing::ElementsAre("no ^1 entry", "One", "a text"));
+  EXPECT_THAT(
+      TextsIn("f(\"no ^1 entry\"); g(\"kept\");\nBpString(\"One\") KeyText(x ? \"a text\" : 0)",
+              anyText),
+      testing::ElementsAre("no ^1 entry", "One", "a text"));
 }
 
 }  // namespace
