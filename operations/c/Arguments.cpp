@@ -9,7 +9,7 @@ std::string PathArgument(const char* path, const char* name) { return &Given(pat
 
 std::string TextArgument(const char* text, const char* name) {
   std::string given = &Given(text, name);
-  if (!MCHost::IsUtf8(given)) throw PredSelect::RequestError(name, ": the text is not UTF-8");
+  if (!MCHost::IsUtf8(given)) throw PredSelect::RequestError(name, "the text is not UTF-8");
   return given;
 }
 

@@ -53,10 +53,11 @@ TEST(CJobs, GiveTheProgramsDocumentsAndPage) {
 
   CHost host(PenguinOptions(schema));
   ASSERT_EQ(host.Run(kCommands, state), PREDSELECT_OK) << host.Error();
-  const std::string run = "run" + data + " --save-state " + folder.Path("other.bin") + " -f ";
+  const std::string saved = ReadFile(state);
+  const std::string run = "run" + data + " --save-state " + state + " -f ";
   ASSERT_EQ(RunProgram(run + commands + " --format json", folder.Path("run.json")), 0);
   EXPECT_EQ(host.Json(), ReadFile(folder.Path("run.json")));
-  EXPECT_EQ(ReadFile(state), ReadFile(folder.Path("other.bin")));
+  EXPECT_EQ(saved, ReadFile(state));
   ASSERT_EQ(RunProgram(run + commands, folder.Path("run.txt")), 0);
   const char* page = nullptr;
   ASSERT_EQ(predselect_result_text(host.fSession, host.fResult, 0, &page), PREDSELECT_OK);
