@@ -10,6 +10,9 @@ foreach(layer common feature naivebayes modelfiles host backend operations)
     FILES_MATCHING PATTERN "*.h"
     PATTERN "strings" EXCLUDE)
 endforeach()
+# The C interface stands where a compiler looks first.
+install(FILES ${PROJECT_SOURCE_DIR}/operations/c/predselect.h
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(EXPORT PredSelectTargets NAMESPACE PredSelect:: DESTINATION ${package_dir})
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/PredSelectConfig.cmake.in
   ${PROJECT_BINARY_DIR}/PredSelectConfig.cmake INSTALL_DESTINATION ${package_dir})

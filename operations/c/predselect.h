@@ -1,9 +1,9 @@
 // PredSelect for C, and for every language that calls C: tables of data in, ranked predictors and
 // Naive Bayes classifiers out.
 //
-// Data go in and come out as Arrow C streams; their structs (struct ArrowArrayStream) are those of
-// the Arrow C data interface, of your Arrow library or of host/data/ArrowCDataInterface.h beside
-// this header. Texts are UTF-8 and end with a zero byte; paths are as the system has them.
+// Data go in and come out as Arrow C streams. Their structs are those of the Arrow C data
+// interface: take them from your Arrow library, or from predselect/host/data/ArrowCDataInterface.h.
+// Texts are UTF-8 and end with a zero byte; paths are as the system has them.
 //
 // Failure. A function that can fail returns a predselect_status and sets whatever it makes to NULL
 // (a stream: to released) unless it says otherwise. The session that it was called with keeps the
@@ -24,8 +24,8 @@
 // their signatures, the values of the constants, the fields of the structs with their order, and
 // who owns what. What may come: functions, values of predselect_status, and fields at the end of
 // the structs that begin with struct_size. Set struct_size to the size of the struct that you
-// compiled with and every field that you do not need to zero: `predselect_run_options o = {sizeof
-// o};`.
+// compiled with, and every field that you do not need to zero:
+//   predselect_run_options options = {.struct_size = sizeof options, .state_path = "model.bin"};
 #ifndef PREDSELECT_H
 #define PREDSELECT_H
 
