@@ -82,7 +82,7 @@ predselect_status predselect_table_open(predselect_session* session, ArrowArrayS
 
 void predselect_table_close(predselect_table* table) { delete table; }
 
-predselect_status predselect_table_notes(predselect_session* session, predselect_table* table,
+predselect_status predselect_table_notes(predselect_session* session, const predselect_table* table,
                                          const char** notes) {
   Clear(notes);
   return Guarded(session, [&] { Given(notes, "notes") = Given(table, "table").fNotes.c_str(); });

@@ -38,7 +38,7 @@ extern "C" {
 
 struct ArrowArrayStream;
 
-// The library that runs has the same number, or refuses to be linked.
+// The library that runs says which interface it has: call on only where it is this one.
 #define PREDSELECT_ABI_VERSION 1
 uint32_t predselect_abi_version(void);
 
@@ -75,7 +75,7 @@ const char* predselect_session_error(const predselect_session* session);
 predselect_status predselect_session_set_application(predselect_session* session, const char* name,
                                                      const char* version);
 
-// Where temporary files go, "/tmp" unless set.
+// Where temporary files go, "/tmp" unless set; without a slash at its end.
 predselect_status predselect_session_set_temp_folder(predselect_session* session, const char* path);
 
 // Asked often during a job; not 0 ends it as soon as possible with PREDSELECT_CANCELLED. Callbacks
@@ -126,7 +126,7 @@ void predselect_table_close(predselect_table* table);
 
 // What the user should know of how the data were read, a sentence a line; "" for nothing. Stays
 // until the table is closed.
-predselect_status predselect_table_notes(predselect_session* session, predselect_table* table,
+predselect_status predselect_table_notes(predselect_session* session, const predselect_table* table,
                                          const char** notes);
 
 // ---- States -------------------------------------------------------------------------------------
