@@ -7,7 +7,7 @@
 #include <new>
 #include <utility>
 
-#include "tests/operations/CHost.h"
+#include "tests/operations/c/CHost.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 
 #include "common/MissingValue.h"
 #include "tests/host/data/TableFixtures.h"
-#include "tests/operations/CHost.h"
+#include "tests/operations/c/CHost.h"
 
 namespace {
 

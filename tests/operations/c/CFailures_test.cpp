@@ -7,7 +7,7 @@
 
 #include "common/MCAssert.h"
 #include "tests/host/data/TableFixtures.h"
-#include "tests/operations/CHost.h"
+#include "tests/operations/c/CHost.h"
 
 namespace {
 
