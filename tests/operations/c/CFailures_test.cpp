@@ -235,6 +235,12 @@ TEST(CFailures, OfACommandLeaveAResultWithItsMessages) {
   size_t count = 0;
   EXPECT_EQ(predselect_result_table_count(host.fSession, host.fResult, &count), PREDSELECT_OK);
   EXPECT_GT(count, 0u) << "the command behind it ran";
+
+  const ScratchFolder folder;
+  const std::string model = folder.Path("model.xml");
+  EXPECT_EQ(host.Run("NAIVEBAYES species BY island /OUTFILE MODEL='" + model + "'.", model),
+            PREDSELECT_COMMAND_ERROR);
+  EXPECT_THAT(host.Error(), HasSubstr("the state"));
 }
 
 // Asks to stop once, at a question of that number.
