@@ -8,8 +8,11 @@ foreach(layer common feature naivebayes modelfiles host backend operations)
   install(DIRECTORY ${PROJECT_SOURCE_DIR}/${layer}
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/predselect
     FILES_MATCHING PATTERN "*.h"
-    PATTERN "strings" EXCLUDE)
+    PATTERN "strings" EXCLUDE PATTERN "operations/c" EXCLUDE)
 endforeach()
+# The C interface stands where a compiler looks first; what is behind it is not installed.
+install(FILES ${PROJECT_SOURCE_DIR}/operations/c/predselect.h
+  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(EXPORT PredSelectTargets NAMESPACE PredSelect:: DESTINATION ${package_dir})
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/PredSelectConfig.cmake.in
   ${PROJECT_BINARY_DIR}/PredSelectConfig.cmake INSTALL_DESTINATION ${package_dir})

@@ -76,6 +76,13 @@ function(predselect_objects target)
   endforeach()
 endfunction()
 
+# predselect_exports(<library>): shows what cmake/<library>.exports lists, and hides the rest.
+function(predselect_exports name)
+  set(exports ${PROJECT_SOURCE_DIR}/cmake/${name}.exports)
+  target_link_options(${name} PRIVATE "LINKER:--version-script=${exports}" "LINKER:-z,defs")
+  set_target_properties(${name} PROPERTIES LINK_DEPENDS ${exports})
+endfunction()
+
 # predselect_library(<name> LAYERS <layer>... [LINKS <library>...]): an installed shared library made
 # of layers, over other libraries.
 function(predselect_library name)

@@ -10,6 +10,7 @@
 #include "host/data/DataTable.h"
 #include "host/output/OutputDocument.h"
 #include "host/session/HostIOError.h"
+#include "host/session/SameFile.h"
 #include "host/session/Session.h"
 #include "host/session/SessionScope.h"
 #include "operations/DocumentParts.h"
@@ -47,7 +48,8 @@ class RunSession : public MCHost::Session {
     return fRequest.fResultsFolder + "/" + std::to_string(fDocument.GetRuns().size()) + "-";
   }
   std::string UseOf(const std::string& path) const override {
-    return fRequest.fUseOf ? fRequest.fUseOf(path) : "";
+    std::string use = fRequest.fUseOf ? fRequest.fUseOf(path) : "";
+    return use.empty() && MCHost::IsSameFile(path, fRequest.fStatePath) ? "the state" : use;
   }
 
   bool fbLast = false;  // the last command is being run: its state is saved

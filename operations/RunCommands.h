@@ -18,7 +18,8 @@ struct RunRequest {
   std::string fCommands{};       // one or more, each ended by a period at the end of a line
   std::string fStatePath{};      // where the last command's engine is saved; empty: nowhere
   std::string fResultsFolder{};  // made for the result documents; empty: none are written
-  // What a file is there for that no command may write over ("the data"), empty for nothing.
+  // What a file is there for that no command may write over ("the data"), empty for nothing. The
+  // state's file need not be among them.
   std::function<std::string(const std::string& path)> fUseOf{};
 };
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "apps/predselect/ExitCode.h"
-#include "apps/predselect/SameFile.h"
+#include "host/session/SameFile.h"
 #include "operations/Version.h"
 
 namespace PredSelectApp {
@@ -132,7 +132,7 @@ void RefuseOneFileForTwo(const Options& options) {
       {"--output", page, "--save-state", options.fSaveState},
       {"--save-state", options.fSaveState, "--save-data", options.fSaveData}};
   for (const auto& [option, file, other, same] : pairs) {
-    if (!IsSameFile(file, same)) continue;
+    if (!MCHost::IsSameFile(file, same)) continue;
     throw CLI::ValidationError(option, "\"" + file + "\" is the file of " + other + ", too");
   }
 }

@@ -16,13 +16,13 @@
 #include "apps/predselect/Options.h"
 #include "apps/predselect/ProgramSurroundings.h"
 #include "apps/predselect/ProgressLine.h"
-#include "apps/predselect/SameFile.h"
 #include "apps/predselect/Terminal.h"
 #include "apps/predselect/UsageError.h"
 #include "host/arrow/DataFile.h"
 #include "host/command/CommandSplitter.h"
 #include "host/data/DataTable.h"
 #include "host/session/HostIOError.h"
+#include "host/session/SameFile.h"
 #include "operations/RunCommands.h"
 
 namespace PredSelectApp {
@@ -52,14 +52,15 @@ std::string ReadCommandText(const Options& options) {
   return text;
 }
 
-// What a file of the command line is there for; empty for any other file.
+// What a file of the command line besides the state's is there for; empty for any other file.
 std::string UseOf(const std::string& path, const Options& options) {
-  const std::pair<std::string, const char*> files[] = {
-      {options.fData.fFile, "the data"},           {options.fData.fSchema, "the schema"},
-      {options.fCommandFile, "the commands"},      {options.fResult.fFile, "the output"},
-      {options.fSaveData, "the data to be saved"}, {options.fSaveState, "the state"}};
+  const std::pair<std::string, const char*> files[] = {{options.fData.fFile, "the data"},
+                                                       {options.fData.fSchema, "the schema"},
+                                                       {options.fCommandFile, "the commands"},
+                                                       {options.fResult.fFile, "the output"},
+                                                       {options.fSaveData, "the data to be saved"}};
   for (const auto& [file, use] : files) {
-    if (IsSameFile(path, file)) return use;
+    if (MCHost::IsSameFile(path, file)) return use;
   }
   return "";
 }

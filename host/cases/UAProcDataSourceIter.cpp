@@ -1,6 +1,7 @@
 #include "host/cases/UAProcDataSourceIter.h"
 
 #include <algorithm>
+#include <exception>
 
 #include "host/cases/KOVA_InputCaseIterator.h"
 #include "host/cases/UACaseScan.h"
@@ -15,7 +16,14 @@ UAProcDataSourceIter::UAProcDataSourceIter(UAInputAdapter* adapter, bool startNo
   if (startNow) Start();
 }
 
-UAProcDataSourceIter::~UAProcDataSourceIter() { Close(); }
+UAProcDataSourceIter::~UAProcDataSourceIter() {
+  try {
+    Finish();
+  } catch (const std::exception&) {
+    // There is no memory for the values; what needs them has called Finish() itself.
+  }
+  EndPass();
+}
 
 template <typename Action>
 bool UAProcDataSourceIter::Guard(Action action) {
@@ -159,6 +167,10 @@ bool UAProcDataSourceIter::Finish() {
 
 void UAProcDataSourceIter::Close() {
   Finish();
+  EndPass();
+}
+
+void UAProcDataSourceIter::EndPass() {
   if (fpAdapter->IsFollowing(fpScan.get())) fpAdapter->Follow(nullptr);
   fpScan.reset();
   fNext = 0;

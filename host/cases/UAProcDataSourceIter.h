@@ -73,6 +73,7 @@ class UAProcDataSourceIter : public MCCommon::MultiPassRecordIter {
   void Collect(std::size_t maxCases);
   void Gather();
   void Close();
+  void EndPass();
 
   UAInputAdapter* fpAdapter;
   std::unique_ptr<UACaseScan> fpScan;  // null before the start of a pass

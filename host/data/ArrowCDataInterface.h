@@ -2,12 +2,14 @@
 //
 // The layout is a stable binary interface that every Arrow implementation shares; the guards let
 // this header stand beside any other copy of the same structs. A struct whose `release` is null is
-// released. What a producer fills in, the consumer releases by calling `release` once.
+// released. What a producer fills in, the consumer releases by calling `release` once. For C, too.
 #pragma once
 
-#include <cstdint>
+#include <stdint.h>
 
+#ifdef __cplusplus
 extern "C" {
+#endif
 
 #ifndef ARROW_C_DATA_INTERFACE
 #define ARROW_C_DATA_INTERFACE
@@ -56,4 +58,6 @@ struct ArrowArrayStream {
 
 #endif  // ARROW_C_STREAM_INTERFACE
 
+#ifdef __cplusplus
 }  // extern "C"
+#endif

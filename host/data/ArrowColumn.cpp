@@ -1,7 +1,5 @@
 #include "host/data/ArrowColumn.h"
 
-#include <utf8proc.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -14,6 +12,7 @@
 #include "common/MissingValue.h"
 #include "host/data/StringPool.h"
 #include "host/session/HostIOError.h"
+#include "host/text/Utf8.h"
 
 namespace MCHost {
 
@@ -121,19 +120,6 @@ std::string_view ReadView(const ArrowArray& array, std::int64_t at) {
   if (words[0] <= kInline) return {view + 4, size};
   if (words[2] < 0 || words[2] >= array.n_buffers - 3 || words[3] < 0) return kBrokenString;
   return {static_cast<const char*>(array.buffers[2 + words[2]]) + words[3], size};
-}
-
-bool IsUtf8(std::string_view text) {
-  const auto* bytes = reinterpret_cast<const utf8proc_uint8_t*>(text.data());
-  auto left = static_cast<utf8proc_ssize_t>(text.size());
-  while (left > 0) {
-    utf8proc_int32_t point = 0;
-    const utf8proc_ssize_t used = utf8proc_iterate(bytes, left, &point);
-    if (used <= 0) return false;
-    bytes += used;
-    left -= used;
-  }
-  return true;
 }
 
 // Stored units in one of ours: of a second by the letter that times and timestamps carry, of a day

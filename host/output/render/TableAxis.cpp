@@ -69,6 +69,18 @@ std::vector<AxisEntry> AxisEntries(const OutputTable& table, OutputDimension::Ax
   return entries;
 }
 
+std::vector<int> CellPlace(const OutputTable& table, const AxisEntry& row, const AxisEntry& column,
+                           const AxisEntry& layer) {
+  std::vector<int> place(table.fDimensions.size());
+  std::size_t taken[] = {0, 0, 0};
+  const AxisEntry* entries[] = {&row, &column, &layer};
+  for (std::size_t i = 0; i < place.size(); ++i) {
+    const OutputDimension::Axis axis = table.fDimensions[i].fAxis;
+    place[i] = entries[axis]->fLeaves[taken[axis]++];
+  }
+  return place;
+}
+
 std::size_t AxisDepth(const std::vector<AxisEntry>& entries) {
   std::size_t depth = 0;
   for (const AxisEntry& entry : entries) depth = std::max(depth, entry.fHeadings.size());

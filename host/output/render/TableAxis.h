@@ -28,6 +28,10 @@ std::vector<AxisEntry> AxisEntries(const OutputTable& table, OutputDimension::Ax
 // The places in the table's dimensions that lie on the axis.
 std::vector<std::size_t> AxisDimensions(const OutputTable& table, OutputDimension::Axis axis);
 
+// The leaves of the cell where three entries meet, in the order of the dimensions.
+std::vector<int> CellPlace(const OutputTable& table, const AxisEntry& row, const AxisEntry& column,
+                           const AxisEntry& layer);
+
 // The most headings that an entry has.
 std::size_t AxisDepth(const std::vector<AxisEntry>& entries);
 

@@ -390,14 +390,7 @@ void TextTable::WidenForGroups(std::vector<std::size_t>& widths,
 
 const TextTable::ShownCell* TextTable::FindCell(const AxisEntry& row, const AxisEntry& column,
                                                 const AxisEntry& layer) const {
-  std::vector<int> place(fTable.fDimensions.size());
-  std::size_t taken[] = {0, 0, 0};
-  const AxisEntry* entries[] = {&row, &column, &layer};
-  for (std::size_t i = 0; i < place.size(); ++i) {
-    const OutputDimension::Axis axis = fTable.fDimensions[i].fAxis;
-    place[i] = entries[axis]->fLeaves[taken[axis]++];
-  }
-  const auto found = fCells.find(place);
+  const auto found = fCells.find(CellPlace(fTable, row, column, layer));
   return found == fCells.end() ? nullptr : &found->second;
 }
 

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "common/MissingValue.h"
+#include "host/data/ArrowCDataInterface.h"
 #include "host/output/AddNotes.h"
 #include "host/output/BpError.h"
 #include "host/output/chart/XDocument.h"
@@ -15,6 +16,7 @@
 #include "host/output/render/DisplayWidth.h"
 #include "host/output/render/RenderJson.h"
 #include "host/output/render/RenderText.h"
+#include "host/output/render/TableRecords.h"
 #include "tests/host/output/OutputHost.h"
 
 namespace {
@@ -205,6 +207,69 @@ TEST(RenderJson, GivesKeysPathsAndFullPrecision) {
   EXPECT_EQ(table["caption"], nullptr);
   EXPECT_EQ(document["strings"]["Limited to the first ^1 unselected predictors."],
             "Limited to the first ^1 unselected predictors.");
+}
+
+// The first table of the document as a reader of its stream has it: names, then records.
+std::vector<std::string> Flat(const MCHost::OutputDocument& document) {
+  ArrowArrayStream stream{};
+  const MCHost::OutputTable& source = document.GetRuns()[0].fTables[0];
+  MCHost::WriteArrowStream(std::make_unique<MCHost::TableRecords>(source), &stream);
+  MCHost::MemoryTable table(&stream);
+  std::vector<std::string> lines(static_cast<std::size_t>(table.CaseCount()) + 1);
+  for (int i = 0; i < table.ColumnCount(); ++i) {
+    lines[0] += table.GetVariable(i).GetName() + "|";
+    const auto scan = table.Scan({i});
+    const MCHost::TableBatch* batch = scan->Next();
+    for (std::size_t record = 0; record + 1 < lines.size(); ++record) {
+      const MCHost::ColumnView& column = batch->fColumns[0];
+      std::string& line = lines[record + 1];
+      if (column.fpNumbers == nullptr) {
+        const std::int32_t code = column.fpCodes[record];
+        line += code < 0 ? "-" : column.fpDictionary->At(code);
+      } else {
+        line +=
+            MCMV::IsMissing(column.fpNumbers[record]) ? "." : json(column.fpNumbers[record]).dump();
+      }
+      line += "|";
+    }
+  }
+  return lines;
+}
+
+TEST(TableRecords, LayHeadingsAndCellsFlatUnderTheirKeys) {
+  MCTest::OutputHost host;
+  ShowSummary();
+  EXPECT_THAT(
+      Flat(host.fDocument),
+      testing::ElementsAre(
+          "Predictor: Group 1|Predictor|Pearson Chi-Square: Value|Pearson Chi-Square: df|F|",
+          "Selected|island|299.55|4.0|.|", "Selected|性別|12.25|2.0|.|", "Unselected|mass|.|.|.|"));
+}
+
+TEST(TableRecords, GoLayerByLayerAndTellEqualNamesAndTextsApart) {
+  MCTest::OutputHost host;
+  BpPivotTable table("Classification", "Classification");
+  BpDimension rows = table.RowDimension("Observed");
+  BpDimension columns = table.ColumnDimension("Predicted");
+  BpDimension layers = table.LayerDimension("Sample");
+  BpGroup values = rows.AddGroup(BpString("Values"));
+  const BpCategory row = values.AddCategory(OutputText::Value("1", "one"));
+  const BpCategory total = rows.AddCategory(BpString("Total"));
+  const BpCategory first = columns.AddCategory(OutputText::Value("1", "one"));
+  const BpCategory mixed = columns.AddCategory(BpString("Observed"));
+  const BpCategory training = layers.AddCategory(BpString("Training"));
+  const BpCategory test = layers.AddCategory(BpString("Test"));
+  table.SetCell({row, first, training}, 5);
+  table.SetCell({total, first, test}, 0.1);
+  table.SetCell({row, mixed, test}, 2.5);
+  BpComposite list("[%1: ^1:]1");
+  table.SetCell({total, mixed, test},
+                list.Sublist().AddLiteral("a").AddLiteral("b").EndSublist().Finish());
+  table.Show();
+  EXPECT_THAT(Flat(host.fDocument),
+              testing::ElementsAre("Observed: Group 1|Observed|Sample|1|Observed 2|",
+                                   "Values|1|Training|5.0|-|", "-|Total|Training|.|-|",
+                                   "Values|1|Test|.|2.5|", "-|Total|Test|0.1|a b|"));
 }
 
 TEST(XDocument, BecomesAVegaLiteDocument) {

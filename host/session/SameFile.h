@@ -3,10 +3,10 @@
 
 #include <string>
 
-namespace PredSelectApp {
+namespace MCHost {
 
 // By what the paths lead to, links and "./" included; a path that is empty, "-", or of a device or
 // pipe shares its file with none.
 bool IsSameFile(const std::string& left, const std::string& right);
 
-}  // namespace PredSelectApp
+}  // namespace MCHost

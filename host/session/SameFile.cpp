@@ -1,10 +1,10 @@
-#include "apps/predselect/SameFile.h"
+#include "host/session/SameFile.h"
 
 #include <filesystem>
 
 namespace fs = std::filesystem;
 
-namespace PredSelectApp {
+namespace MCHost {
 
 namespace {
 
@@ -25,4 +25,4 @@ bool IsSameFile(const std::string& left, const std::string& right) {
   return !error && real == fs::weakly_canonical(right, error) && !error;
 }
 
-}  // namespace PredSelectApp
+}  // namespace MCHost

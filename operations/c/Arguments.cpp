@@ -1,0 +1,28 @@
+#include "operations/c/Arguments.h"
+
+#include "host/text/Utf8.h"
+#include "operations/RequestError.h"
+
+namespace PredSelectC {
+
+std::string PathArgument(const char* path, const char* name) { return &Given(path, name); }
+
+std::string TextArgument(const char* text, const char* name) {
+  std::string given = &Given(text, name);
+  if (!MCHost::IsUtf8(given)) throw PredSelect::RequestError(name, "the text is not UTF-8");
+  return given;
+}
+
+std::string TextArgument(const char* text, const char* name, const char* otherwise) {
+  return TextArgument(text != nullptr ? text : otherwise, name);
+}
+
+void CheckStruct(const void* bytes, std::size_t givenSize, std::size_t knownSize) {
+  if (givenSize < sizeof(givenSize)) throw Misuse("struct_size is not set");
+  const auto* byte = static_cast<const unsigned char*>(bytes);
+  for (std::size_t i = knownSize; i < givenSize; ++i) {
+    if (byte[i] != 0) throw Misuse("the options say more than this version of the library knows");
+  }
+}
+
+}  // namespace PredSelectC

@@ -1,0 +1,69 @@
+#include <cstdint>
+
+#include "operations/Version.h"
+#include "operations/c/Arguments.h"
+#include "operations/c/Guard.h"
+#include "operations/c/Handles.h"
+
+using namespace PredSelectC;
+
+uint32_t predselect_abi_version(void) { return PREDSELECT_ABI_VERSION; }
+
+const char* predselect_version(void) { return PredSelect::Version(); }
+
+predselect_status predselect_session_open(predselect_session** session) {
+  if (session == nullptr) return PREDSELECT_MISUSE;
+  *session = nullptr;
+  try {
+    CatchBrokenInvariants();
+    *session = new predselect_session;
+    return PREDSELECT_OK;
+  } catch (...) {
+    return PREDSELECT_NO_MEMORY;
+  }
+}
+
+void predselect_session_close(predselect_session* session) { delete session; }
+
+const char* predselect_session_error(const predselect_session* session) {
+  return session != nullptr ? session->fpError : "";
+}
+
+predselect_status predselect_session_set_application(predselect_session* session, const char* name,
+                                                     const char* version) {
+  return Guarded(session, [&] {
+    MCHost::AppParams& application = session->fSurroundings.fApplication;
+    application = {TextArgument(name, "name"), TextArgument(version, "version"),
+                   application.fCopyright};
+  });
+}
+
+predselect_status predselect_session_set_temp_folder(predselect_session* session,
+                                                     const char* path) {
+  return Guarded(session, [&] { session->fSurroundings.fTempPath = PathArgument(path, "path"); });
+}
+
+// A callback that has asked to stop is not asked again: it may have been a key that was pressed.
+predselect_status predselect_session_set_cancel(predselect_session* session,
+                                                predselect_cancel_query query, void* user_data) {
+  return Guarded(session, [&] {
+    session->fSurroundings.fIsCancelled = nullptr;
+    if (query == nullptr) return;
+    session->fSurroundings.fIsCancelled = [session, query, user_data] {
+      if (!session->fbCancelled) session->fbCancelled = query(user_data) != 0;
+      return session->fbCancelled;
+    };
+  });
+}
+
+predselect_status predselect_session_set_progress(predselect_session* session,
+                                                  predselect_progress_listener listener,
+                                                  void* user_data) {
+  return Guarded(session, [&] {
+    session->fSurroundings.fReportProgress = nullptr;
+    if (listener == nullptr) return;
+    session->fSurroundings.fReportProgress = [listener, user_data](const std::string& text) {
+      listener(user_data, text.c_str());
+    };
+  });
+}

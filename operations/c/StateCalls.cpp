@@ -1,0 +1,39 @@
+#include <memory>
+
+#include "operations/MergeStates.h"
+#include "operations/StateFile.h"
+#include "operations/c/Arguments.h"
+#include "operations/c/Guard.h"
+#include "operations/c/Handles.h"
+
+using namespace PredSelectC;
+
+predselect_status predselect_state_load(predselect_session* session, const char* path,
+                                        predselect_state** state) {
+  Clear(state);
+  return Guarded(session, [&] {
+    predselect_state*& out = Given(state, "state");
+    auto loaded = std::make_unique<predselect_state>();
+    loaded->fName = PathArgument(path, "path");
+    loaded->fState = PredSelect::LoadState(loaded->fName);
+    out = loaded.release();
+  });
+}
+
+predselect_status predselect_state_save(predselect_session* session, const predselect_state* state,
+                                        const char* path) {
+  return Guarded(session, [&] {
+    PredSelect::SaveState(Given(state, "state").fState, PathArgument(path, "path"));
+  });
+}
+
+predselect_status predselect_state_merge(predselect_session* session, predselect_state* into,
+                                         const predselect_state* from) {
+  return Guarded(session, [&] {
+    const predselect_state& added = Given(from, "from");
+    if (into == from) throw Misuse("a state cannot be merged into itself");
+    PredSelect::MergeStates(Given(into, "into").fState, added.fState, added.fName);
+  });
+}
+
+void predselect_state_close(predselect_state* state) { delete state; }

@@ -1,0 +1,244 @@
+// PredSelect for C, and for every language that calls C: tables of data in, ranked predictors and
+// Naive Bayes classifiers out.
+//
+// Data go in and come out as Arrow C streams. Their structs are those of the Arrow C data
+// interface: take them from your Arrow library, or from predselect/host/data/ArrowCDataInterface.h.
+// Texts are UTF-8 and end with a zero byte; paths are as the system has them.
+//
+// Failure. A function that can fail returns a predselect_status and sets whatever it makes to NULL
+// (a stream: to released) unless it says otherwise. The session that it was called with keeps the
+// reason in words: predselect_session_error(). NULL where something is needed is PREDSELECT_MISUSE,
+// never a crash. No C++ exception leaves a function.
+//
+// Ownership. What you were given by ..._open, ..._load, or as a result is yours until you close it;
+// the order of closing does not matter, and closing NULL does nothing. Texts and structs that you
+// pass are read during the call only. Texts that you are given belong to the object that you asked:
+// each function says how long they stay. Streams that you are given are yours to release, and stay
+// good when everything else is closed.
+//
+// Threads. Use each object from one thread at a time; a table, the results made from it and their
+// streams count as one object. Different objects may be used by different threads at once, so a
+// thread needs a session of its own. Callbacks come on the thread that made the call.
+//
+// What never changes as long as predselect_abi_version() stays the same: the functions here with
+// their signatures, the values of the constants, the fields of the structs with their order, and
+// who owns what. What may come: functions, values of predselect_status, and fields at the end of
+// the structs that begin with struct_size. Set struct_size to the size of the struct that you
+// compiled with, and every field that you do not need to zero:
+//   predselect_run_options options = {.struct_size = sizeof options, .state_path = "model.bin"};
+#ifndef PREDSELECT_H
+#define PREDSELECT_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+struct ArrowArrayStream;
+
+// The library that runs says which interface it has: call on only where it is this one.
+#define PREDSELECT_ABI_VERSION 1
+uint32_t predselect_abi_version(void);
+
+// Of the library, such as "1.2.3". Stays.
+const char* predselect_version(void);
+
+// Do not renumber. Take a value that you do not know for a failure.
+typedef enum predselect_status {
+  PREDSELECT_OK = 0,
+  PREDSELECT_COMMAND_ERROR = 1,     // a command reported an error; the result's messages say which
+  PREDSELECT_BAD_REQUEST = 2,       // what was asked for is not there, or does not fit
+  PREDSELECT_DATA_ERROR = 3,        // data or a file could not be read or written
+  PREDSELECT_NO_MEMORY = 4,         // there is not enough memory
+  PREDSELECT_CANCELLED = 5,         // the cancel callback asked to stop
+  PREDSELECT_BROKEN_INVARIANT = 6,  // an error of the library's own: close the objects of the call
+  PREDSELECT_MISUSE = 7             // NULL, a wrong number, or a session that is busy
+} predselect_status;
+
+typedef struct predselect_session predselect_session;  // what the application says of itself
+typedef struct predselect_table predselect_table;      // data in memory, with their dictionary
+typedef struct predselect_state predselect_state;      // a saved ranking or model
+typedef struct predselect_result predselect_result;    // what a job brought forth
+
+// ---- Sessions -----------------------------------------------------------------------------------
+
+predselect_status predselect_session_open(predselect_session** session);
+void predselect_session_close(predselect_session* session);
+
+// Why the last call with this session failed, "" when it did not. Stays until the next call with
+// it.
+const char* predselect_session_error(const predselect_session* session);
+
+// What the application is called in the files that are written.
+predselect_status predselect_session_set_application(predselect_session* session, const char* name,
+                                                     const char* version);
+
+// Where temporary files go, "/tmp" unless set; without a slash at its end.
+predselect_status predselect_session_set_temp_folder(predselect_session* session, const char* path);
+
+// Asked often during a job; not 0 ends it as soon as possible with PREDSELECT_CANCELLED. Callbacks
+// must be quick, return normally, and not call functions with the same session (these are
+// PREDSELECT_MISUSE). user_data is handed back as it is. A NULL callback turns it off.
+typedef int (*predselect_cancel_query)(void* user_data);
+predselect_status predselect_session_set_cancel(predselect_session* session,
+                                                predselect_cancel_query query, void* user_data);
+
+// Told how far a long job has come, in words that stay during the call only.
+typedef void (*predselect_progress_listener)(void* user_data, const char* text);
+predselect_status predselect_session_set_progress(predselect_session* session,
+                                                  predselect_progress_listener listener,
+                                                  void* user_data);
+
+// ---- Tables -------------------------------------------------------------------------------------
+
+// Do not renumber.
+typedef enum predselect_level {
+  PREDSELECT_NOMINAL = 1,
+  PREDSELECT_ORDINAL = 2,
+  PREDSELECT_SCALE = 3
+} predselect_level;
+
+// One variable's level. Keeps its size.
+typedef struct predselect_variable_level {
+  const char* variable;
+  int32_t level;  // a predselect_level
+} predselect_variable_level;
+
+typedef struct predselect_table_options {
+  size_t struct_size;
+  const char* name;    // of the data, in messages and documents; NULL for "data"
+  const char* schema;  // a Table Schema (version 2) document; NULL for none
+  const char* weight;  // the frequency weight variable; NULL for none
+  const predselect_variable_level* levels;  // these overrule the schema, later ones earlier ones
+  size_t n_levels;
+} predselect_table_options;
+
+// Reads a stream of records to its end. Takes the stream over: it is released in every case, also
+// when the call fails. A variable without a level in schema or levels gets one by its values. NULL
+// options are those without a wish.
+predselect_status predselect_table_open(predselect_session* session,
+                                        struct ArrowArrayStream* stream,
+                                        const predselect_table_options* options,
+                                        predselect_table** table);
+void predselect_table_close(predselect_table* table);
+
+// What the user should know of how the data were read, a sentence a line; "" for nothing. Stays
+// until the table is closed.
+predselect_status predselect_table_notes(predselect_session* session, const predselect_table* table,
+                                         const char** notes);
+
+// ---- States -------------------------------------------------------------------------------------
+
+predselect_status predselect_state_load(predselect_session* session, const char* path,
+                                        predselect_state** state);
+
+// XML where the name ends in ".xml", else binary. The file appears whole or not at all.
+predselect_status predselect_state_save(predselect_session* session, const predselect_state* state,
+                                        const char* path);
+
+// Adds what `from` has counted to `into`, as if one run had counted both. States that do not fit
+// together are PREDSELECT_BAD_REQUEST, and `into` is then as it was.
+predselect_status predselect_state_merge(predselect_session* session, predselect_state* into,
+                                         const predselect_state* from);
+
+void predselect_state_close(predselect_state* state);
+
+// ---- Jobs ---------------------------------------------------------------------------------------
+// Each gives a result with PREDSELECT_OK, and also with PREDSELECT_COMMAND_ERROR and
+// PREDSELECT_CANCELLED: it then holds what was done until then, messages above all.
+
+typedef struct predselect_run_options {
+  size_t struct_size;
+  const char* state_path;      // where the last command's state is saved; NULL for nowhere
+  const char* results_folder;  // made for the result documents; NULL for none
+} predselect_run_options;
+
+// Runs a text of one or more commands, each ended by a period at the end of a line. One that
+// reports an error does not keep the later ones from running. New variables stay in the table, also
+// those of a job that was cancelled. NULL options are those without a wish.
+predselect_status predselect_run(predselect_session* session, predselect_table* table,
+                                 const char* commands, const predselect_run_options* options,
+                                 predselect_result** result);
+
+// The dictionary of the table: names, types, levels, valid and missing cases, ranges, categories.
+predselect_status predselect_describe(predselect_session* session, predselect_table* table,
+                                      predselect_result** result);
+
+// What a state holds. Counts that are not ranked yet are ranked by this, and cannot be merged any
+// more.
+predselect_status predselect_inspect(predselect_session* session, predselect_state* state,
+                                     predselect_result** result);
+
+typedef struct predselect_score_options {
+  size_t struct_size;
+  const char* predicted;      // name of the predicted value; NULL for "PredictedValue"
+  const char* probabilities;  // root of the names of the probabilities, "" for none of them;
+                              // NULL for "PredictedProbability"
+} predselect_score_options;
+
+// Predicts the cases of the table with a model's state, in new variables of the table. NULL options
+// are those without a wish.
+predselect_status predselect_score(predselect_session* session, predselect_table* table,
+                                   const predselect_state* state,
+                                   const predselect_score_options* options,
+                                   predselect_result** result);
+
+// ---- Results ------------------------------------------------------------------------------------
+
+// Everything, as one JSON document: messages, notes, tables, charts, macros, new variables, files.
+// Stays until the result is closed.
+predselect_status predselect_result_json(predselect_session* session, predselect_result* result,
+                                         const char** json);
+
+// Everything, as a page to read, `width` columns wide (0 for 100). Stays until the result is closed
+// or asked for another page.
+predselect_status predselect_result_text(predselect_session* session, predselect_result* result,
+                                         size_t width, const char** text);
+
+// How many tables there are, those of all commands in order.
+predselect_status predselect_result_table_count(predselect_session* session,
+                                                const predselect_result* result, size_t* count);
+
+// Texts stay until the result is closed.
+typedef struct predselect_table_info {
+  size_t struct_size;
+  const char* subtype;  // what kind of table it is: "PredictorSummary"
+  const char* title;    // the key of its title: "Predictor Summary"
+  const char* command;  // the command that made it
+  size_t run;           // the number of that command, from 0
+} predselect_table_info;
+
+// Fills in as many fields as struct_size, which you set, has room for.
+predselect_status predselect_result_table_info(predselect_session* session,
+                                               const predselect_result* result, size_t index,
+                                               predselect_table_info* info);
+
+// A table laid flat, one record a row of the page:
+//   - text fields with the headings of the row: of each row dimension, then of each layer
+//   dimension,
+//     "<name>: Group 1", ... for nested headings from the outermost, and "<name>" for the row's
+//     own;
+//   - a field a column, named by its headings joined with ": ": 64-bit floating point at full
+//     precision, or text where any of its cells is one.
+// Missing cells are null. Texts are the keys, names and values of the JSON document; a field's
+// metadata "label" is what the page shows. Metadata of the stream: "title", "label", "subtype".
+predselect_status predselect_result_table(predselect_session* session,
+                                          const predselect_result* result, size_t index,
+                                          struct ArrowArrayStream* stream);
+
+// The variables that the job added to the table (none: a stream without fields), in the order of
+// the cases: numbers as 64-bit floating point and texts, missing cells as null, labels as metadata
+// "label". A result of predselect_inspect is not of a table: PREDSELECT_MISUSE.
+predselect_status predselect_result_new_columns(predselect_session* session,
+                                                const predselect_result* result,
+                                                struct ArrowArrayStream* stream);
+
+void predselect_result_close(predselect_result* result);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif  // PREDSELECT_H

@@ -1,0 +1,258 @@
+// The jobs through the C interface: what the program gives, as a document and as streams.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+#include <thread>
+
+#include "common/MissingValue.h"
+#include "tests/host/data/TableFixtures.h"
+#include "tests/operations/c/CHost.h"
+
+namespace {
+
+using MCHost::ReadFile;
+using MCHost::ScratchFolder;
+using MCTest::CHost;
+using MCTest::Held;
+using nlohmann::json;
+
+constexpr char kCommands[] =
+    "SELECTPRED species BY island sex WITH bill_length_mm body_mass_g year\n"
+    "  /CRITERIA PCUTOFF=0.05 /PRINT CPS EXCLUDED SUMMARY SELECTED /PLOT SUMMARY\n"
+    "  /MACROVAR FACTORS=f COVARIATES=c.\n"
+    "NAIVEBAYES species BY !f WITH !c /TRAININGSAMPLE PERCENT=70 /SAVE PREDVAL(p) PREDPROB(q).\n";
+
+constexpr predselect_variable_level kLevels[] = {{"year", PREDSELECT_NOMINAL},
+                                                 {"year", PREDSELECT_SCALE}};
+
+predselect_table_options PenguinOptions(const std::string& schema) {
+  return {sizeof(predselect_table_options),
+          MCTest::kPenguins.c_str(),
+          schema.c_str(),
+          nullptr,
+          kLevels,
+          2};
+}
+
+// What the program writes to `file` for a verb and its options, and what it ends with.
+int RunProgram(const std::string& arguments, const std::string& file) {
+  const std::string line = PREDSELECT_BINARY_DIR "/bin/predselect " + arguments + " -o " + file;
+  return std::system((line + " 2>/dev/null").c_str());
+}
+
+TEST(CJobs, GiveTheProgramsDocumentsAndPage) {
+  const ScratchFolder folder;
+  const std::string schema = ReadFile(MCTest::kSchema);
+  const std::string commands = folder.Write("commands.txt", kCommands);
+  const std::string state = folder.Path("model.bin");
+  const std::string data = " --data " + MCTest::kPenguins + " --schema " + MCTest::kSchema +
+                           " --level year=nominal --level year=scale";
+
+  CHost host(PenguinOptions(schema));
+  ASSERT_EQ(host.Run(kCommands, state), PREDSELECT_OK) << host.Error();
+  const std::string saved = ReadFile(state);
+  const std::string run = "run" + data + " --save-state " + state + " -f ";
+  ASSERT_EQ(RunProgram(run + commands + " --format json", folder.Path("run.json")), 0);
+  EXPECT_EQ(host.Json(), ReadFile(folder.Path("run.json")));
+  EXPECT_EQ(saved, ReadFile(state));
+  ASSERT_EQ(RunProgram(run + commands, folder.Path("run.txt")), 0);
+  const char* page = nullptr;
+  ASSERT_EQ(predselect_result_text(host.fSession, host.fResult, 0, &page), PREDSELECT_OK);
+  EXPECT_EQ(page, ReadFile(folder.Path("run.txt")));
+
+  CHost fresh(PenguinOptions(schema));
+  ASSERT_EQ(predselect_describe(fresh.fSession, fresh.fTable, &fresh.fResult), PREDSELECT_OK);
+  ASSERT_EQ(RunProgram("describe" + data + " --format json", folder.Path("describe.json")), 0);
+  EXPECT_EQ(fresh.Json(), ReadFile(folder.Path("describe.json")));
+
+  Held<predselect_state> model;
+  ASSERT_EQ(predselect_state_load(host.fSession, state.c_str(), &model), PREDSELECT_OK);
+  ASSERT_EQ(predselect_inspect(host.fSession, model, &host.fResult), PREDSELECT_OK);
+  ASSERT_EQ(RunProgram("inspect " + state + " --format json", folder.Path("inspect.json")), 0);
+  EXPECT_EQ(host.Json(), ReadFile(folder.Path("inspect.json")));
+}
+
+// The headings of one cell, joined, and its value as JSON.
+using FlatCells = std::vector<std::pair<std::string, std::string>>;
+
+std::string JoinPaths(const std::vector<json>& paths) {
+  std::string joined;
+  for (const json& path : paths) {
+    for (const json& heading : path) joined += heading.get<std::string>() + "|";
+  }
+  return joined;
+}
+
+std::string TextOf(const json& value) {
+  if (!value.is_array()) return value.is_string() ? value.get<std::string>() : value.dump();
+  std::string joined;
+  for (const json& item : value) joined += (joined.empty() ? "" : " ") + item.get<std::string>();
+  return joined;
+}
+
+FlatCells CellsOfDocument(const json& table) {
+  FlatCells cells;
+  for (const json& cell : table["cells"]) {
+    if (cell["value"].is_null()) continue;
+    std::string column;
+    for (const json& key : cell["column"]) {
+      column += (column.empty() ? "" : ": ") + key.get<std::string>();
+    }
+    std::string value = TextOf(cell["value"]);
+    value.erase(std::remove(value.begin(), value.end(), '\n'), value.end());
+    cells.emplace_back(JoinPaths({cell["row"], cell["layer"]}) + column, value);
+  }
+  return cells;
+}
+
+// The names of the fields are those of the document, so what a field is tells its name.
+FlatCells CellsOfStream(MCHost::MemoryTable& table, const json& dimensions) {
+  std::vector<std::string> keys(static_cast<std::size_t>(table.CaseCount()));
+  FlatCells cells;
+  for (int i = 0; i < table.ColumnCount(); ++i) {
+    const std::string name = table.GetVariable(i).GetName();
+    const auto names = [&](const json& dimension) {
+      const auto text = dimension.get<std::string>();
+      return name == text || name.starts_with(text + ": Group ");
+    };
+    const bool isKey = std::any_of(dimensions["rows"].begin(), dimensions["rows"].end(), names) ||
+                       std::any_of(dimensions["layers"].begin(), dimensions["layers"].end(), names);
+    const auto scan = table.Scan({i});
+    while (const MCHost::TableBatch* batch = scan->Next()) {
+      const MCHost::ColumnView& column = batch->fColumns[0];
+      for (std::size_t j = 0; j < batch->fNCases; ++j) {
+        const bool isText = column.fpNumbers == nullptr;
+        if (isText ? column.fpCodes[j] < 0 : MCMV::IsMissing(column.fpNumbers[j])) continue;
+        const std::string text =
+            isText ? column.fpDictionary->At(column.fpCodes[j]) : json(column.fpNumbers[j]).dump();
+        if (isKey) {
+          keys[j] += text + "|";
+        } else {
+          cells.emplace_back(keys[j] + name, text);
+        }
+      }
+    }
+  }
+  return cells;
+}
+
+TEST(CJobs, TableStreamsHoldEveryValueOfTheDocument) {
+  CHost host;
+  ASSERT_EQ(host.Run(kCommands), PREDSELECT_OK) << host.Error();
+  const json document = json::parse(host.Json());
+  std::size_t index = 0;
+  for (const json& run : document["runs"]) {
+    for (const json& table : run["tables"]) {
+      SCOPED_TRACE(table["title"]);
+      predselect_table_info info{sizeof(info), nullptr, nullptr, nullptr, 0};
+      ASSERT_EQ(predselect_result_table_info(host.fSession, host.fResult, index, &info),
+                PREDSELECT_OK);
+      EXPECT_EQ(info.subtype, table["subtype"]);
+      EXPECT_EQ(info.title, table["title"]);
+      EXPECT_EQ(info.command, run["command"]);
+      ArrowArrayStream stream;
+      ASSERT_EQ(predselect_result_table(host.fSession, host.fResult, index, &stream),
+                PREDSELECT_OK);
+      MCHost::MemoryTable flat(&stream);
+      EXPECT_THAT(CellsOfStream(flat, table["dimensions"]),
+                  testing::UnorderedElementsAreArray(CellsOfDocument(table)));
+      ++index;
+    }
+  }
+  std::size_t count = 0;
+  EXPECT_EQ(predselect_result_table_count(host.fSession, host.fResult, &count), PREDSELECT_OK);
+  EXPECT_EQ(count, index);
+  EXPECT_GT(count, 6u);
+}
+
+TEST(CJobs, AReloadedModelScoresAsItDidFreshAndStreamsOutliveTheRest) {
+  const ScratchFolder folder;
+  ArrowArrayStream saved;
+  ArrowArrayStream scored;
+  {
+    CHost host;
+    const std::string path = folder.Path("model.xml");
+    ASSERT_EQ(host.Run("NAIVEBAYES species BY island sex WITH body_mass_g "
+                       "/SAVE PREDVAL(p) PREDPROB(q).",
+                       path),
+              PREDSELECT_OK)
+        << host.Error();
+    ASSERT_EQ(predselect_result_new_columns(host.fSession, host.fResult, &saved), PREDSELECT_OK);
+    Held<predselect_state> model;
+    ASSERT_EQ(predselect_state_load(host.fSession, path.c_str(), &model), PREDSELECT_OK);
+    const std::string copy = folder.Path("copy.bin");
+    ASSERT_EQ(predselect_state_save(host.fSession, model, copy.c_str()), PREDSELECT_OK);
+    ASSERT_EQ(predselect_state_load(host.fSession, copy.c_str(), &model), PREDSELECT_OK);
+    const predselect_score_options options{sizeof(options), "again", nullptr};
+    ASSERT_EQ(predselect_score(host.fSession, host.fTable, model, &options, &host.fResult),
+              PREDSELECT_OK)
+        << host.Error();
+    ASSERT_EQ(predselect_result_new_columns(host.fSession, host.fResult, &scored), PREDSELECT_OK);
+  }
+  MCHost::MemoryTable first(&saved);
+  MCHost::MemoryTable second(&scored);
+  EXPECT_THAT(MCHost::Dictionary(first), testing::ElementsAre("p:9", "q_1:0", "q_2:0", "q_3:0"));
+  EXPECT_EQ(second.GetVariable(0).GetName(), "again");
+  EXPECT_EQ(second.GetVariable(1).GetLabel(), "Predicted probability that species is Adelie");
+  ASSERT_EQ(second.CaseCount(), 344);
+  for (int i = 0; i < 4; ++i) EXPECT_EQ(MCHost::Cells(first, i), MCHost::Cells(second, i)) << i;
+}
+
+// Counts a table of two text columns, cases from `first` to before `end`, into a state file.
+void CountCases(CHost& host, int first, int end, const std::string& path) {
+  std::vector<std::optional<std::string>> target;
+  std::vector<std::optional<std::string>> predictor;
+  for (int i = first; i < end; ++i) {
+    target.emplace_back(std::to_string(i % 3));
+    predictor.emplace_back(i % 7 == 0 ? std::nullopt : std::optional(std::to_string(i * i % 5)));
+  }
+  auto table = std::make_shared<MCHost::MemoryTable>();
+  table->AddStrings("t", target);
+  table->AddStrings("a", predictor);
+  ArrowArrayStream stream = MCTest::StreamOf(table);
+  ASSERT_EQ(predselect_table_open(host.fSession, &stream, nullptr, &host.fTable), PREDSELECT_OK);
+  ASSERT_EQ(host.Run("SELECTPRED t BY a.", path), PREDSELECT_OK) << host.Error();
+}
+
+TEST(CJobs, MergedHalvesAreTheWholeUntilTheyAreRanked) {
+  const ScratchFolder folder;
+  CHost host;
+  Held<predselect_state> states[3];
+  const int cases[][2] = {{0, 100}, {100, 250}, {0, 250}};
+  for (int i = 0; i < 3; ++i) {
+    const std::string path = folder.Path(std::to_string(i) + ".bin");
+    CountCases(host, cases[i][0], cases[i][1], path);
+    ASSERT_EQ(predselect_state_load(host.fSession, path.c_str(), &states[i]), PREDSELECT_OK);
+  }
+  ASSERT_EQ(predselect_state_merge(host.fSession, states[0], states[1]), PREDSELECT_OK)
+      << host.Error();
+  const auto inspect = [&](predselect_state* state) {
+    EXPECT_EQ(predselect_inspect(host.fSession, state, &host.fResult), PREDSELECT_OK);
+    return json::parse(host.Json())["runs"];
+  };
+  EXPECT_EQ(inspect(states[0]), inspect(states[2]));
+  EXPECT_EQ(predselect_state_merge(host.fSession, states[0], states[1]), PREDSELECT_BAD_REQUEST);
+  EXPECT_EQ(host.Error(), "merge: " + folder.Path("1.bin") +
+                              " cannot be added: one of the states is not as the data were "
+                              "counted, but screened or ranked.");
+}
+
+TEST(CJobs, ThreadsWithSessionsOfTheirOwnGetTheSameResults) {
+  std::vector<std::string> documents(4);
+  std::vector<std::thread> threads;
+  for (std::string& document : documents) {
+    threads.emplace_back([&document] {
+      CHost host;
+      EXPECT_EQ(host.Run(kCommands), PREDSELECT_OK) << host.Error();
+      document = host.Json();
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_GT(documents[0].size(), 10000u);
+  for (const std::string& document : documents) EXPECT_EQ(document, documents[0]);
+}
+
+}  // namespace

@@ -1,0 +1,51 @@
+/* What callers that were compiled once rely on. A line here never changes: what is new gets a line
+ * of its own. Compiling is the test. */
+#include <stddef.h>
+
+#include "operations/c/predselect.h"
+
+#define SAME(what, value) _Static_assert((what) == (value), #what " has changed")
+
+SAME(PREDSELECT_ABI_VERSION, 1);
+
+SAME(sizeof(predselect_status), 4);
+SAME(PREDSELECT_OK, 0);
+SAME(PREDSELECT_COMMAND_ERROR, 1);
+SAME(PREDSELECT_BAD_REQUEST, 2);
+SAME(PREDSELECT_DATA_ERROR, 3);
+SAME(PREDSELECT_NO_MEMORY, 4);
+SAME(PREDSELECT_CANCELLED, 5);
+SAME(PREDSELECT_BROKEN_INVARIANT, 6);
+SAME(PREDSELECT_MISUSE, 7);
+SAME(PREDSELECT_NOMINAL, 1);
+SAME(PREDSELECT_ORDINAL, 2);
+SAME(PREDSELECT_SCALE, 3);
+
+/* Places are in pointers, so that they hold wherever a size_t is as wide as one. */
+#define PLACE(type, field, pointers) SAME(offsetof(type, field), (pointers) * sizeof(void*))
+SAME(sizeof(size_t), sizeof(void*));
+
+PLACE(predselect_variable_level, variable, 0);
+PLACE(predselect_variable_level, level, 1);
+SAME(sizeof(predselect_variable_level), 2 * sizeof(void*));
+
+PLACE(predselect_table_options, struct_size, 0);
+PLACE(predselect_table_options, name, 1);
+PLACE(predselect_table_options, schema, 2);
+PLACE(predselect_table_options, weight, 3);
+PLACE(predselect_table_options, levels, 4);
+PLACE(predselect_table_options, n_levels, 5);
+
+PLACE(predselect_run_options, struct_size, 0);
+PLACE(predselect_run_options, state_path, 1);
+PLACE(predselect_run_options, results_folder, 2);
+
+PLACE(predselect_score_options, struct_size, 0);
+PLACE(predselect_score_options, predicted, 1);
+PLACE(predselect_score_options, probabilities, 2);
+
+PLACE(predselect_table_info, struct_size, 0);
+PLACE(predselect_table_info, subtype, 1);
+PLACE(predselect_table_info, title, 2);
+PLACE(predselect_table_info, command, 3);
+PLACE(predselect_table_info, run, 4);
