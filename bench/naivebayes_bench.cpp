@@ -86,12 +86,8 @@ void BM_ForwardSelection(benchmark::State& state) {
     data.NewPass();
     NBAlgorithm algorithm(settings,
                           MakeList(kInputs, kCategories, classes, INBVariable::kPossibleInput));
-    std::vector<int> order;
-    std::vector<double> logLikelihoods;
-    std::vector<std::pair<int, double>> results;
-    if (algorithm
-            .SelectAttributes(data, cases, order, logLikelihoods, results, 10, false, nullptr, 0, 0,
-                              nullptr, nullptr)
+    NBSelectionResult result;
+    if (algorithm.SelectAttributes({.fData = data, .fNRecords = cases, .fSize = 10}, result)
             .IsError()) {
       state.SkipWithError("selection failed");
     }

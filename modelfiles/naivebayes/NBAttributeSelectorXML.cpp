@@ -38,7 +38,7 @@ void NBAttributeSelector::AddSubset(XMLElement& root, int size, const double* cr
     subset.AddAttribute("rankOrder", rank);
   }
   for (int s = 0; s < size; ++s) {
-    const int variable = fInputs[fvOrder[s]].GetVarIndex();
+    const int variable = fModel.fInputs[fvOrder[s]].GetVarIndex();
     subset.AddChild("PredictorRef").AddAttribute(kPredictorIndex, variable);
   }
 }
@@ -59,11 +59,11 @@ MCStatus NBAttributeSelector::ExportXML(std::ostream& os, bool testData,
 
     variable = fVarList.GetTargetIndex();
     DescribeVariable(root->AddChild("Target"), "targetIndex", variable,
-                     *fVarList.GetVarAt(variable), fOutput.GetNCategories());
+                     *fVarList.GetVarAt(variable), fModel.fOutput.GetNCategories());
     for (int j : fvOrder) {
-      variable = fInputs[j].GetVarIndex();
+      variable = fModel.fInputs[j].GetVarIndex();
       DescribeVariable(root->AddChild("Predictor"), kPredictorIndex, variable,
-                       *fVarList.GetVarAt(variable), fInputs[j].GetNCategories());
+                       *fVarList.GetVarAt(variable), fModel.fInputs[j].GetNCategories());
     }
     for (std::size_t rank = 0; rank < fvResults.size(); ++rank) {
       const auto& [criterion, size] = fvResults[rank];

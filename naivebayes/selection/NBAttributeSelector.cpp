@@ -23,29 +23,27 @@ using MCNaive::MCStatus;
 NBAttributeSelector::NBAttributeSelector(std::vector<NBayesInput>& inputs, NBayesOutput& output,
                                          NBVarList& varList, NaiveBayesSettings& settings,
                                          NBCancelInfo& cancel, double totalWeight)
-    : fInputs(inputs),
-      fOutput(output),
+    : fModel{output, inputs},
       fVarList(varList),
       fSettings(settings),
       fCancel(cancel),
-      fTotalWeight(totalWeight),
-      fModel{output, inputs} {}
+      fTotalWeight(totalWeight) {}
 
 double NBAttributeSelector::ComputeAJTerm(int input, double n) const {
-  return NBFormulas::ComputeAJTerm(fInputs[input], fInputs[input], n);
+  return NBFormulas::ComputeAJTerm(fModel.fInputs[input], fModel.fInputs[input], n);
 }
 
 double NBAttributeSelector::StartSequence(int maxSize, std::vector<int>& candidates) {
   fvLogLikelihood.assign(maxSize, MCMV::gMissingValue);
   fvAPart.assign(maxSize, MCMV::gMissingValue);
-  const int nInputs = static_cast<int>(fInputs.size());
+  const int nInputs = static_cast<int>(fModel.fInputs.size());
   fvA.assign(nInputs, 0.0);
-  std::vector<double> counts(fOutput.GetNCategories());
-  for (int k = 0; k < fOutput.GetNCategories(); ++k) counts[k] = fOutput.GetCount(k);
-  double running = NBFormulas::ComputeBase(counts, fOutput.GetPriors(), fTotalWeight);
+  std::vector<double> counts(fModel.fOutput.GetNCategories());
+  for (int k = 0; k < fModel.fOutput.GetNCategories(); ++k) counts[k] = fModel.fOutput.GetCount(k);
+  double running = NBFormulas::ComputeBase(counts, fModel.fOutput.GetPriors(), fTotalWeight);
   for (int j = 0; j < nInputs && !fCancel.IsCancel(); ++j) {
     fvA[j] = ComputeAJTerm(j, fTotalWeight);
-    if (fVarList.GetVariableRole(fInputs[j].GetVarIndex()) == INBVariable::kInput) {
+    if (fVarList.GetVariableRole(fModel.fInputs[j].GetVarIndex()) == INBVariable::kInput) {
       fvOrder.push_back(j);
       running += fvA[j];
     } else {
@@ -122,9 +120,9 @@ void NBAttributeSelector::ComputeOneTermBJ(const std::vector<int>& current,
                                            const std::vector<int>& candidates, const Record& record,
                                            std::vector<double>& out) const {
   NBCodeBuffer codes;
-  codes.Resize(fInputs.size(), 1);
-  const std::size_t first = record.Size() - fInputs.size();
-  for (std::size_t j = 0; j < fInputs.size(); ++j) {
+  codes.Resize(fModel.fInputs.size(), 1);
+  const std::size_t first = record.Size() - fModel.fInputs.size();
+  for (std::size_t j = 0; j < fModel.fInputs.size(); ++j) {
     codes.fvCodes[j][0] = CategoryOf(record[first + j], NBCodeBlock::kSelectionOffset);
   }
   std::vector<NBSum> terms(candidates.size());
@@ -136,10 +134,10 @@ void NBAttributeSelector::ComputeOneTermBJ(const std::vector<int>& current,
 void NBAttributeSelector::GenerateSimulatedRecord(Record& record,
                                                   MCNaiveBayes::MCRandom& random) const {
   NBCodeBuffer drawn;
-  drawn.Resize(fInputs.size(), 1);
+  drawn.Resize(fModel.fInputs.size(), 1);
   NBSimulatedSteps::Draw(fModel, random, 0, drawn);
   record[0] = drawn.fvTargets[0];
-  for (std::size_t j = 0; j < fInputs.size(); ++j) record[j + 1] = drawn.fvCodes[j][0];
+  for (std::size_t j = 0; j < fModel.fInputs.size(); ++j) record[j + 1] = drawn.fvCodes[j][0];
 }
 
 bool NBAttributeSelector::SumTerms(NBCodeSource& source, int first, std::vector<NBLogSum>& sums,
@@ -150,10 +148,10 @@ bool NBAttributeSelector::SumTerms(NBCodeSource& source, int first, std::vector<
     const NBCodeBlock* codes = source.NextCodes();
     if (codes == nullptr) return !source.HasFailed();
     if (counts != nullptr) counts->Add(*codes);
-    products.Reset(fOutput.GetPriors(), codes->Cases());
+    products.Reset(fModel.fOutput.GetPriors(), codes->Cases());
     for (int s = 1; s <= last; ++s) {
       const int j = fvOrder[s - 1];
-      products.Multiply(fInputs[j], codes->Codes(j));
+      products.Multiply(fModel.fInputs[j], codes->Codes(j));
       if (s < first) continue;
       products.Align();
       for (std::size_t i = 0; i < codes->Cases(); ++i) {
@@ -193,10 +191,11 @@ int NBAttributeSelector::SortAndRankTest(NBCodeSource& test, NBTestCounts& count
   if (!SumTerms(test, first, sums, &counts)) return -1;
   const double weight = counts.GetWeight();
   if (!(weight > 0)) return -1;
-  double terms = NBFormulas::ComputeBase(counts.GetTargets(), fOutput.GetPriors(), weight);
+  double terms = NBFormulas::ComputeBase(counts.GetTargets(), fModel.fOutput.GetPriors(), weight);
   std::vector<std::pair<double, int>> ranked;
   for (int s = 1; s <= NSizes(); ++s) {
-    terms += NBFormulas::ComputeAJTerm(counts.GetInput(s - 1), fInputs[fvOrder[s - 1]], weight);
+    terms +=
+        NBFormulas::ComputeAJTerm(counts.GetInput(s - 1), fModel.fInputs[fvOrder[s - 1]], weight);
     if (s >= first) ranked.emplace_back(sums[s - first].Total() / weight - terms, s);
   }
   return FillSelectionResults(std::move(ranked), nReport, results);
@@ -221,17 +220,17 @@ int NBAttributeSelector::FillSelectionResults(std::vector<std::pair<double, int>
 
 void NBAttributeSelector::ConvertSelectedPredictors(std::vector<int>& selected) const {
   selected.clear();
-  for (int j : fvOrder) selected.push_back(fInputs[j].GetVarIndex());
+  for (int j : fvOrder) selected.push_back(fModel.fInputs[j].GetVarIndex());
 }
 
 NBRecordStore NBAttributeSelector::MakeStore(MultiPassRecordIter& data) const {
-  return {data, static_cast<int>(fInputs.size()), fVarList.GetWeightIndex() >= 0};
+  return {data, static_cast<int>(fModel.fInputs.size()), fVarList.GetWeightIndex() >= 0};
 }
 
 int NBAttributeSelector::UpdateVarlist(int size) {
   const int last = std::min(size, NSizes());
   for (int s = fNForced; s < last; ++s) {
-    fVarList.SetVariableRole(fInputs[fvOrder[s]].GetVarIndex(), INBVariable::kInput);
+    fVarList.SetVariableRole(fModel.fInputs[fvOrder[s]].GetVarIndex(), INBVariable::kInput);
   }
   return last - fNForced;
 }

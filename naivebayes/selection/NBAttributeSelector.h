@@ -134,13 +134,11 @@ class NBAttributeSelector {
   int FirstSize() const { return fNForced > 1 ? fNForced : 1; }
   int NSizes() const { return static_cast<int>(fvOrder.size()); }
 
-  std::vector<NBayesInput>& fInputs;
-  NBayesOutput& fOutput;
+  NBModelView fModel;
   NBVarList& fVarList;
   NaiveBayesSettings& fSettings;
   NBCancelInfo& fCancel;
   double fTotalWeight;
-  NBModelView fModel;
 
   std::vector<int> fvOrder;  // input positions in order of entry, forced ones first
   int fNForced = 0;

@@ -1,4 +1,5 @@
-// Processed records kept in memory, column by column, up to a given number.
+// Records of doubles kept in memory, column by column, up to a given number: for callers who
+// collect theirs before a run.
 #pragma once
 
 #include <cstddef>
