@@ -80,25 +80,25 @@ bool FSPredictorSet::AreSortVectorsConsistent() const {
 
 template <class Archive, class Self>
 void FSPredictorSet::Fields(Archive& archive, Self& self) {
-  FSState::Ranged(archive, self.fNPredictors, 0, kMostInt);
-  FSState::Ranged(archive, self.fSetType, kAllCategorical, kNoPredictors);
-  FSState::Ranged(archive, self.fStatus, kInitial, kRanked);
+  StateRanged(archive, self.fNPredictors, 0, kMostInt);
+  StateRanged(archive, self.fSetType, kAllCategorical, kNoPredictors);
+  StateRanged(archive, self.fStatus, kInitial, kRanked);
   archive.Flag(self.fbNoValidWeight);
   archive.Flag(self.fbNoValidData);
   archive.Flag(self.fbPassCompleted);
   FSState::Weight(archive, self.fValidWeight);
   FSState::Weight(archive, self.fExcludedWeight);
-  FSState::Ranged(archive, self.fNValidCases, 0, kMostInt);
-  FSState::Ranged(archive, self.fNExcludedCases, 0, kMostInt);
+  StateRanged(archive, self.fNValidCases, 0, kMostInt);
+  StateRanged(archive, self.fNExcludedCases, 0, kMostInt);
   FSState::Weight(archive, self.fElapsed);
   archive.Object(self.fTargetCategories);
   archive.Flag(self.fbWithTarget);
   AccumulatorFields(archive, self);
-  FSState::Ranged(archive, self.fNBest, 0, kMostInt);
-  FSState::RangedInts(archive, self.fDeletedIndices, 0, self.fNPredictors - 1);
-  FSState::RangedInts(archive, self.fDeletedReasons, kAllMissing, kSmallVariation);
+  StateRanged(archive, self.fNBest, 0, kMostInt);
+  StateRangedInts(archive, self.fDeletedIndices, 0, self.fNPredictors - 1);
+  StateRangedInts(archive, self.fDeletedReasons, kAllMissing, kSmallVariation);
   RankingFields(archive, self);
-  FSState::Ranged(archive, self.fWarning, 0, kMostInt);
+  StateRanged(archive, self.fWarning, 0, kMostInt);
   archive.Check(self.fWarning == 0 || (self.fWarning >= MCFeature::kAllCasesExcluded &&
                                        self.fWarning <= MCFeature::kNoValidWeight));
   archive.Check(self.IsConsistent());
@@ -131,7 +131,7 @@ void FSPredictorSet::RankingFields(Archive& archive, Self& self) {
   }
   const auto all = static_cast<std::size_t>(self.fNPredictors);
   for (auto& ranks : self.fRanks) {
-    FSState::RangedInts(archive, ranks, -1, self.fNPredictors - 1);
+    StateRangedInts(archive, ranks, -1, self.fNPredictors - 1);
     archive.Check(ranks.empty() || ranks.size() == all);
   }
   for (auto& values : self.fCriterionValues) {
