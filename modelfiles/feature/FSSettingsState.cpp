@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "feature/FSCriterion.h"
 #include "feature/FSSettings.h"
 #include "modelfiles/feature/FSStateFields.h"
 
@@ -40,9 +41,8 @@ bool FSSettings::IsConsistentType() const {
 }
 
 bool FSSettings::IsConsistent() const {
-  for (int c = 0; c < kNCriteria; ++c) {
-    const auto criterion = static_cast<RankCriteria>(c);
-    if (GetCriterion(criterion) && !MayTurnOn(criterion)) return false;
+  for (const FSCriterion& criterion : FSCriterion::All()) {
+    if (GetCriterion(criterion.fCode) && !criterion.Suits(fbCatTarget, fSetType)) return false;
   }
   return IsConsistentType() &&
          fNCategorical == std::count(fPredictorTypes.begin(), fPredictorTypes.end(), true);
