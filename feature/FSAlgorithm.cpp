@@ -74,13 +74,16 @@ MCStatus FSAlgorithm::SortAndRank(int nBest) {
   });
 }
 
+MCStatus FSAlgorithm::ScreenAndRank(bool screen, int nBest) {
+  MCStatus status = CheckPredAllMissConst();
+  if (status.IsOK() && screen) status = ScreenPredictors();
+  return status.IsOK() ? SortAndRank(nBest) : status;
+}
+
 MCStatus FSAlgorithm::AccumulateAndRank(MCCommon::RecordIterator& source, int maxRecords,
                                         bool screen, int nBest) {
-  MCStatus status = Accumulate(source, maxRecords);
-  if (status.IsOK()) status = CheckPredAllMissConst();
-  if (status.IsOK() && screen) status = ScreenPredictors();
-  if (status.IsOK()) status = SortAndRank(nBest);
-  return status;
+  const MCStatus status = Accumulate(source, maxRecords);
+  return status.IsOK() ? ScreenAndRank(screen, nBest) : status;
 }
 
 MCStatus FSAlgorithm::CheckPredictorsNoTarget(MCCommon::RecordIterator& source,

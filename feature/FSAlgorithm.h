@@ -4,8 +4,8 @@
 #include <memory>
 
 #include "feature/FSCancelInfo.h"
+#include "feature/FSPredictorSet.h"
 #include "feature/IFSAlgorithm.h"
-#include "feature/ranking/FSPredictorSet.h"
 
 class FSAlgorithm final : public IFSAlgorithm {
  public:
@@ -30,6 +30,7 @@ class FSAlgorithm final : public IFSAlgorithm {
   const std::vector<int>& GetIndicesDelPred() const override;
   const std::vector<int>& GetReasonsDelPred() const override;
   MCFeature::MCStatus SortAndRank(int nBest) override;
+  MCFeature::MCStatus ScreenAndRank(bool screen, int nBest) override;
   MCFeature::MCStatus AccumulateAndRank(MCCommon::RecordIterator& source, int maxRecords,
                                         bool screen, int nBest) override;
   MCFeature::MCStatus CheckPredictorsNoTarget(MCCommon::RecordIterator& source,

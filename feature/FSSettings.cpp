@@ -6,35 +6,9 @@
 #include <tuple>
 #include <utility>
 
+#include "feature/FSCriterion.h"
+
 using namespace MCFSCommon;
-
-namespace {
-
-// The four criteria of two categorical variables, which come first in the enumeration.
-constexpr int kNTableCriteria = 4;
-
-constexpr bool kOn = true;
-constexpr bool kOff = false;
-
-// Default criteria by target (0 continuous, 1 categorical) and set type.
-constexpr FSSettings::Criteria kDefaults[2][4] = {
-    {{kOff, kOff, kOff, kOff, kOn, kOff},
-     {kOff, kOff, kOff, kOff, kOff, kOn},
-     {kOff, kOff, kOff, kOff, kOn, kOn},
-     {}},
-    {{kOn, kOn, kOn, kOn, kOff, kOff},
-     {kOff, kOff, kOff, kOff, kOn, kOff},
-     {kOn, kOn, kOff, kOff, kOn, kOff},
-     {}},
-};
-
-int CountTableCriteria(const FSSettings::Criteria& criteria) {
-  return static_cast<int>(std::count(criteria.begin(), criteria.begin() + kNTableCriteria, true));
-}
-
-bool IsTableCriterion(RankCriteria criterion) { return criterion < kNTableCriteria; }
-
-}  // namespace
 
 FSSettings::FSSettings() = default;
 
@@ -111,20 +85,29 @@ void FSSettings::ChangeSetType(PredictorSetType type) {
   AdjustCriteria();
 }
 
-void FSSettings::SetDefaultCriteria() { fCriteria = kDefaults[fbCatTarget ? 1 : 0][fSetType]; }
+void FSSettings::SetDefaultCriteria() {
+  for (const FSCriterion& criterion : FSCriterion::All()) {
+    fCriteria[criterion.fCode] = criterion.IsDefault(fbCatTarget, fSetType);
+  }
+}
 
 // Keeps the choices that remain valid for the target and the set type.
 void FSSettings::AdjustCriteria() {
-  const Criteria& defaults = kDefaults[fbCatTarget ? 1 : 0][fSetType];
-  fCriteria[kFStat] = defaults[kFStat];
-  fCriteria[kTStat] = defaults[kTStat];
-  for (int i = 0; i < kNTableCriteria; ++i) {
-    const auto at = static_cast<std::size_t>(i);
-    fCriteria[at] = fCriteria[at] && defaults[at];
+  const Criteria before = fCriteria;
+  SetDefaultCriteria();
+  Criteria kept = fCriteria;
+  for (const FSCriterion& criterion : FSCriterion::All()) {
+    if (!criterion.IsChoice()) continue;
+    kept[criterion.fCode] = before[criterion.fCode] && criterion.Suits(fbCatTarget, fSetType);
   }
-  if (CountTableCriteria(fCriteria) == 0) {
-    std::copy_n(defaults.begin(), kNTableCriteria, fCriteria.begin());
-  }
+  if (CountChoices(kept) > 0) fCriteria = kept;
+}
+
+int FSSettings::CountChoices(const Criteria& criteria) {
+  const auto& all = FSCriterion::All();
+  return static_cast<int>(std::count_if(all.begin(), all.end(), [&](const FSCriterion& criterion) {
+    return criterion.IsChoice() && criteria[criterion.fCode];
+  }));
 }
 
 bool FSSettings::GetCriterion(RankCriteria criterion) const {
@@ -132,35 +115,28 @@ bool FSSettings::GetCriterion(RankCriteria criterion) const {
 }
 
 bool FSSettings::SetCriterion(RankCriteria criterion, bool on) {
-  if (criterion < 0 || criterion >= kNCriteria) return false;
-  bool& state = fCriteria[static_cast<std::size_t>(criterion)];
-  if (state == on) return true;
-  if (!(on ? MayTurnOn(criterion) : MayTurnOff(criterion))) return false;
-  state = on;
+  const FSCriterion* row = FSCriterion::Find(criterion);
+  if (row == nullptr) return false;
+  if (GetCriterion(criterion) == on) return true;
+  if (!(on ? row->Suits(fbCatTarget, fSetType) : MayTurnOff(*row))) return false;
+  fCriteria[criterion] = on;
   return true;
 }
 
-bool FSSettings::MayTurnOn(RankCriteria criterion) const {
-  if (!fbCatTarget) {
-    return (criterion == kFStat && fSetType != kAllContinuous) ||
-           (criterion == kTStat && fSetType != kAllCategorical);
-  }
-  switch (fSetType) {
-    case kAllCategorical:
-      return criterion != kFStat && criterion != kTStat;
-    case kAllContinuous:
-      return criterion == kFStat;
-    case kMixed:
-      return criterion == kPearson || criterion == kLikelihood || criterion == kFStat;
-    default:
-      return criterion != kTStat;
-  }
+// As long as there are no predictors, a criterion that follows from the data may be turned off only
+// when the target is continuous; this asymmetry is on purpose.
+bool FSSettings::MayTurnOff(const FSCriterion& criterion) const {
+  if (!fbCatTarget) return !criterion.IsDefault(false, fSetType);
+  return criterion.IsChoice() ? CountChoices(fCriteria) >= 2 : !criterion.Suits(true, fSetType);
 }
 
-bool FSSettings::MayTurnOff(RankCriteria criterion) const {
-  if (!fbCatTarget) return !kDefaults[0][fSetType][static_cast<std::size_t>(criterion)];
-  if (criterion == kFStat) return fSetType == kAllCategorical;
-  return !IsTableCriterion(criterion) || CountTableCriteria(fCriteria) >= 2;
+RankCriteria FSSettings::GetMainCriterion(RankCriteria asked) const {
+  if (FSCriterion::Of(asked).Suits(fbCatTarget, fSetType)) return asked;
+  const auto& all = FSCriterion::All();
+  const auto first = std::find_if(all.begin(), all.end(), [this](const FSCriterion& criterion) {
+    return criterion.Suits(fbCatTarget, fSetType);
+  });
+  return first->fCode;
 }
 
 int FSSettings::GetNBestPredictors(int n) const {
@@ -242,8 +218,8 @@ void FSSettings::Display(std::ostream& out) const {
   line("Number of categorical predictors", fNCategorical);
   line("Predictor set type", GetSetTypeName(fSetType));
   line("Categorical target", fbCatTarget);
-  for (int c = 0; c < kNCriteria; ++c) {
-    line(GetCriterionName(c).c_str(), GetCriterion(static_cast<RankCriteria>(c)));
+  for (const FSCriterion& criterion : FSCriterion::All()) {
+    line(criterion.fName, GetCriterion(criterion.fCode));
   }
   line("Progress listener", static_cast<const void*>(fpListener));
   line("Cancel probe", static_cast<const void*>(fpCancel));

@@ -6,19 +6,19 @@
 // A setter that is given a value out of range keeps the old value.
 #pragma once
 
-#include <array>
 #include <iosfwd>
 #include <vector>
 
 #include "feature/MCFSCommon.h"
 #include "feature/MCStatus.h"
 
+struct FSCriterion;
 class MCQueryCancel;
 class ProgressListener;
 
 class FSSettings {
  public:
-  using Criteria = std::array<bool, MCFSCommon::kNCriteria>;
+  using Criteria = MCFSCommon::CriteriaSet;
 
   // No predictors and a categorical target; no criterion is on until the first predictor comes.
   FSSettings();
@@ -49,6 +49,9 @@ class FSSettings {
   bool SetCriterion(MCFSCommon::RankCriteria criterion, bool on);
   bool GetCriterion(MCFSCommon::RankCriteria criterion) const;
   const Criteria& GetCriteria() const { return fCriteria; }
+  // The one that decides which predictors are selected: the one asked for, or where that does not
+  // suit the target and the predictors, the first that does. REQUIRES: a code of the enumeration.
+  MCFSCommon::RankCriteria GetMainCriterion(MCFSCommon::RankCriteria asked) const;
 
   // The default number of best predictors among n (n < 1: among all): the integer part of
   // min(x, max(30, 2 sqrt(x))) + 0.5.
@@ -133,8 +136,9 @@ class FSSettings {
   bool IsConsistent() const;
   void AdjustCriteria();
   void ChangeSetType(MCFSCommon::PredictorSetType type);
-  bool MayTurnOn(MCFSCommon::RankCriteria criterion) const;
-  bool MayTurnOff(MCFSCommon::RankCriteria criterion) const;
+  bool MayTurnOff(const FSCriterion& criterion) const;
+  // How many are on of those that a command may ask for.
+  static int CountChoices(const Criteria& criteria);
   static void SetPercent(double& fraction, double percent);
 
   std::vector<bool> fPredictorTypes;

@@ -1,10 +1,11 @@
 // The feature selection component as its callers see it.
 //
-// A run with a target: AccumulateAndRank, or its steps one by one in their order (Accumulate,
-// CheckPredAllMissConst, ScreenPredictors, SortAndRank), then the results. A run without a target:
-// CheckPredictorsNoTarget. Every stage starts from the stored status, does nothing when that is an
-// error or a cancel is seen, and stores its result. An error stays; a cancel empties the component
-// and leaves the error 1. Nothing is thrown. Used by one thread.
+// A run with a target: AccumulateAndRank, or its steps one by one in their order (Accumulate, then
+// ScreenAndRank, or its own: CheckPredAllMissConst, ScreenPredictors, SortAndRank), then the
+// results. A run without a target: CheckPredictorsNoTarget. Every stage starts from the stored
+// status, does nothing when that is an error or a cancel is seen, and stores its result. An error
+// stays; a cancel empties the component and leaves the error 1. Nothing is thrown. Used by one
+// thread.
 //
 // Predictors are numbered from 0 in the order of the settings; ranks from 0, the best.
 #pragma once
@@ -57,7 +58,10 @@ class IFSAlgorithm {
   // Computes the criteria, sorts and ranks: the best nBest, or all when nBest is not above 0.
   // Error 80012 (datum: valid predictors) when nBest is more than there are; they are ranked then.
   virtual MCFeature::MCStatus SortAndRank(int nBest) = 0;
-  // The whole run; each step only while the status is OK. Screening only when `screen`.
+  // What follows the data pass, or a merge: these three in their order, each only while the status
+  // is OK. Screening only when `screen`.
+  virtual MCFeature::MCStatus ScreenAndRank(bool screen, int nBest) = 0;
+  // The whole run: Accumulate and, while the status is OK, ScreenAndRank.
   virtual MCFeature::MCStatus AccumulateAndRank(MCCommon::RecordIterator& source, int maxRecords,
                                                 bool screen, int nBest) = 0;
 

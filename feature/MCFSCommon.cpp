@@ -4,23 +4,11 @@
 #include <cmath>
 #include <cstddef>
 
+#include "feature/FSCriterion.h"
+
 namespace MCFSCommon {
 
 namespace {
-
-struct CriterionNames {
-  const char* fName;
-  const char* fShortName;
-};
-
-constexpr std::array<CriterionNames, kNCriteria> kCriteria = {{
-    {"Pearson chi-square p-value", "Pearson"},
-    {"Likelihood ratio chi-square p-value", "Likelihood"},
-    {"Cramer's V", "Cramer"},
-    {"Asymmetric lambda", "Lambda"},
-    {"F-statistic p-value", "F-Statistic"},
-    {"t-statistic p-value", "t-Statistic"},
-}};
 
 constexpr std::array kSetTypes = {"All categorical", "All continuous", "Mixed"};
 
@@ -46,17 +34,16 @@ std::string Find(const std::array<const char*, kSize>& names, int index, const c
                                                        : otherwise;
 }
 
-bool IsCriterion(int criterion) { return criterion >= 0 && criterion < kNCriteria; }
-
 }  // namespace
 
 std::string GetCriterionName(int criterion) {
-  return IsCriterion(criterion) ? kCriteria[static_cast<std::size_t>(criterion)].fName
-                                : "Unrecognized";
+  const FSCriterion* row = FSCriterion::Find(criterion);
+  return row != nullptr ? row->fName : "Unrecognized";
 }
 
 std::string GetCriterionShortName(int criterion) {
-  return IsCriterion(criterion) ? kCriteria[static_cast<std::size_t>(criterion)].fShortName : "";
+  const FSCriterion* row = FSCriterion::Find(criterion);
+  return row != nullptr ? row->fShortName : "";
 }
 
 std::string GetSetTypeName(int type) { return Find(kSetTypes, type, "Unrecognized"); }

@@ -3,11 +3,13 @@
 // The numeric values index vectors and are written to files: do not renumber.
 #pragma once
 
+#include <array>
 #include <string>
 
 namespace MCFSCommon {
 
-enum RankCriteria {
+// Each has its row in the table of feature/FSCriterion.h.
+enum RankCriteria : int {
   kPearson = 0,     // Pearson chi-square p-value
   kLikelihood = 1,  // likelihood-ratio chi-square p-value
   kCramer = 2,      // Cramer's V
@@ -16,6 +18,8 @@ enum RankCriteria {
   kTStat = 5        // p-value of the t statistic
 };
 inline constexpr int kNCriteria = 6;
+// Some of them, by code.
+using CriteriaSet = std::array<bool, kNCriteria>;
 
 enum PredictorSetType {
   kAllCategorical = 0,

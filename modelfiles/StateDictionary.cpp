@@ -5,7 +5,7 @@
 #include <map>
 #include <set>
 
-#include "common/state/StateArchive.h"
+#include "common/state/StateFields.h"
 
 namespace {
 

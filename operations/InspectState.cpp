@@ -2,7 +2,9 @@
 
 #include <vector>
 
+#include "backend/predselect/output/PRSFormats.h"
 #include "common/MissingValue.h"
+#include "feature/FSCriterion.h"
 #include "feature/FSSettings.h"
 #include "host/data/MemoryTable.h"
 #include "host/output/OutputDocument.h"
@@ -21,7 +23,6 @@ namespace PredSelect {
 namespace {
 
 using MCFSCommon::RankCriteria;
-using MCHost::OutputFormat;
 using MCHost::OutputText;
 
 // A table of named facts.
@@ -48,35 +49,17 @@ class FactTable {
   BpCategory fValue;
 };
 
-// What each criterion shows of a predictor, in the order in which the engine gives it.
-struct CriterionColumns {
-  const char* fGroup;
-  std::vector<const char*> fColumns;
-};
-
-const CriterionColumns kCriteria[] = {
-    {"Pearson Chi-Square", {"Unadjusted Sig.", "Value", "df"}},
-    {"Likelihood Ratio Chi-Square", {"Unadjusted Sig.", "Value", "df"}},
-    {"Cramer's V", {"Value"}},
-    {"Lambda", {"Value"}},
-    {"F", {"Unadjusted Sig.", "Value", "df1", "df2"}},
-    {"Pearson Correlation", {"Unadjusted Sig.", "Value", "t", "df"}},
-};
-
-OutputFormat FormatOf(const std::string& column) {
-  if (column == "Unadjusted Sig.") return BpProcedure::Significance();
-  return column.starts_with("df") ? BpProcedure::Count() : BpProcedure::GeneralStat();
-}
-
 // The columns of one criterion, filled for every predictor that it has ranked.
 class RankingColumns {
  public:
-  RankingColumns(BpDimension& dimension, const IFSAlgorithm& component, RankCriteria criterion)
-      : fComponent(component), fCriterion(criterion) {
-    BpGroup group = dimension.AddGroup(BpString(kCriteria[criterion].fGroup));
+  RankingColumns(BpDimension& dimension, const IFSAlgorithm& component,
+                 const FSCriterion& criterion)
+      : fComponent(component), fCriterion(criterion.fCode) {
+    BpGroup group = dimension.AddGroup(BpString(criterion.fHeading));
     fColumns.push_back(group.AddCategory(BpString("Rank"), BpProcedure::Count()));
-    for (const char* name : kCriteria[criterion].fColumns) {
-      fColumns.push_back(group.AddCategory(BpString(name), FormatOf(name)));
+    for (const FSOutput& output : criterion.fOutputs) {
+      fColumns.push_back(
+          group.AddCategory(BpString(output.fHeading), PRSFormatAmongOthers(output.fKind)));
     }
   }
 
@@ -86,7 +69,7 @@ class RankingColumns {
     const int rank = fComponent.GetRanks(fCriterion)[place];
     if (rank < 0) return;
     table.SetCell({row, fColumns[0]}, rank + 1);
-    double values[4];
+    double values[FSCriterion::kMaxOutputs];
     const bool isAnswered = fComponent.GetPredictorStats(fCriterion, predictor, values[0],
                                                          values[1], values[2], values[3]);
     values[0] = fComponent.GetCriterionValues(fCriterion)[place];
@@ -134,9 +117,9 @@ void ShowFeatureFacts(const IFSAlgorithm& component, const FeatureNames& names) 
   int nExcluded = 0;
   component.GetNValidNExcluded(valid, excluded, nValid, nExcluded);
   std::string criteria;
-  for (int i = 0; i < MCFSCommon::kNCriteria; ++i) {
-    if (!settings.GetCriterion(static_cast<RankCriteria>(i))) continue;
-    criteria += (criteria.empty() ? "" : ", ") + std::string(kCriteria[i].fGroup);
+  for (const FSCriterion& criterion : FSCriterion::All()) {
+    if (!settings.GetCriterion(criterion.fCode)) continue;
+    criteria += (criteria.empty() ? "" : ", ") + std::string(criterion.fHeading);
   }
   FactTable facts("Component");
   facts.Add("Component", component.GetComponentVersion());
@@ -197,15 +180,14 @@ void ShowRanking(const IFSAlgorithm& component, const FeatureNames& names) {
   std::vector<RankingColumns> criteria;
   std::vector<int> order;
   std::vector<bool> isListed(static_cast<std::size_t>(component.GetSettings()->GetNPredictors()));
-  for (int i = 0; i < MCFSCommon::kNCriteria; ++i) {
-    const auto criterion = static_cast<RankCriteria>(i);
+  for (const FSCriterion& criterion : FSCriterion::All()) {
+    const RankCriteria code = criterion.fCode;
     // A criterion that was asked for after the ranking has no ranks.
-    if (!component.GetSettings()->GetCriterion(criterion) || component.GetRanks(criterion).empty())
-      continue;
+    if (!component.GetSettings()->GetCriterion(code) || component.GetRanks(code).empty()) continue;
     criteria.emplace_back(columns, component, criterion);
     std::vector<int> ranked;
     std::vector<double> values;
-    (void)component.GetTopPredictors(criterion, ranked, values, 0);
+    (void)component.GetTopPredictors(code, ranked, values, 0);
     for (const int predictor : ranked) {
       if (!isListed[static_cast<std::size_t>(predictor)]) order.push_back(predictor);
       isListed[static_cast<std::size_t>(predictor)] = true;
@@ -223,9 +205,7 @@ void ShowRanking(const IFSAlgorithm& component, const FeatureNames& names) {
 // Counts are screened and ranked here, as the command that counted them would have done next.
 void Rank(IFSAlgorithm& component, bool screening) {
   if (!component.IsDataAccumulated() || component.ArePredictorsRanked()) return;
-  MCFeature::MCStatus status = component.CheckPredAllMissConst();
-  if (status.IsOK() && screening) status = component.ScreenPredictors();
-  if (status.IsOK()) (void)component.SortAndRank(0);
+  (void)component.ScreenAndRank(screening, 0);
 }
 
 void ShowFeature(const ComponentFile& file) {

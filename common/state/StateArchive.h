@@ -221,23 +221,6 @@ class XMLStateReader {
   StateName fName;
 };
 
-// Lists of plain values.
-template <class Archive, class List>
-void StateDoubles(Archive& archive, List& list) {
-  archive.Size(list, 8);
-  for (auto& value : list) archive.Double(value);
-}
-template <class Archive, class List>
-void StateInts(Archive& archive, List& list) {
-  archive.Size(list, 4);
-  for (auto& value : list) archive.Int(value);
-}
-template <class Archive, class List>
-void StateTexts(Archive& archive, List& list) {
-  archive.Size(list, 4);
-  for (auto& value : list) archive.Text(value);
-}
-
 // Defines the four operations of a class that has Fields. They return the bytes of the binary form.
 #define MC_STATE_OPERATIONS(Class, tag, element)                   \
   namespace {                                                      \

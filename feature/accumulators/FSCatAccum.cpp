@@ -1,8 +1,8 @@
 #include "feature/accumulators/FSCatAccum.h"
 
 #include "feature/accumulators/FSDisplay.h"
+#include "feature/accumulators/FSScreening.h"
 #include "feature/accumulators/FSWalkBlock.h"
-#include "feature/ranking/FSScreening.h"
 
 void FSCatAccum::AddMissing(double weight) {
   if (weight > 0.0) fState.AddMissing(weight);

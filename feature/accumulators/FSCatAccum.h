@@ -17,6 +17,7 @@ class FSCatAccum : public IFSPredTargetAccum {
   void Merge(const IFSPredTargetAccum& other, const FSRecode& predictor,
              const FSRecode& target) override;
   void ComputeVariances() override {}
+  FSScores ComputeScores(const MCFSCommon::CriteriaSet&) const override { return {}; }
   void ComputeCrit(int, double&, double&, double&, double&, double&) const override {}
   bool GetOutputStats(int, double&, double&, double&, double&) const override { return false; }
   bool IsCategorical() const override { return true; }

@@ -1,37 +1,11 @@
 #include "feature/accumulators/FSCatPCatTAccum.h"
 
-#include "common/MissingValue.h"
-#include "feature/MCFSCommon.h"
+#include "feature/FSCriterion.h"
 #include "feature/accumulators/FSDenseFront.h"
 #include "feature/accumulators/FSDisplay.h"
+#include "feature/accumulators/FSScreening.h"
 #include "feature/accumulators/FSWalkBlock.h"
-#include "feature/distributions/FSDistFun.h"
-#include "feature/ranking/FSScreening.h"
 #include "feature/statistics/FSStatistics.h"
-
-using namespace MCFSCommon;
-using FSStatistics::ContingencyTable;
-
-namespace {
-
-// p-value, statistic and df of a chi-square statistic; nothing when the p-value fails.
-void ChiSquareTest(const ContingencyTable& table, double (*statistic)(const ContingencyTable&),
-                   double& value, double& tie1, double& tie2) {
-  if (table.IsDegenerate()) {
-    value = 1.0;
-    tie1 = tie2 = 0.0;
-    return;
-  }
-  const double chiSquare = statistic(table);
-  const double df = table.DegreesOfFreedom();
-  const double probability = FSDistFun::CdfChi(chiSquare, df);
-  if (MCMV::IsMissing(probability)) return;
-  value = 1.0 - probability;
-  tie1 = chiSquare;
-  tie2 = df;
-}
-
-}  // namespace
 
 inline void FSCatPCatTAccum::Add(FSPredictorState& state, int predictor, int target,
                                  double weight) {
@@ -93,43 +67,10 @@ std::size_t FSCatPCatTAccum::CheckAllReasons(const FSSettings* settings,
   return reasons.size();
 }
 
-void FSCatPCatTAccum::ComputeCrit(int criterion, double& value, double& tie1, double& tie2,
-                                  double& extra1, double& extra2) const {
-  value = tie1 = tie2 = extra1 = extra2 = MCMV::gMissingValue;
-  const ContingencyTable table(fPredictorCounts, fTargetCounts, fJointCounts,
-                               fState.GetValidWeight());
-  switch (criterion) {
-    case kPearson:
-      ChiSquareTest(table, FSStatistics::PearsonChiSquare, value, tie1, tie2);
-      break;
-    case kLikelihood:
-      ChiSquareTest(table, FSStatistics::LikelihoodRatioChiSquare, value, tie1, tie2);
-      break;
-    case kCramer:
-      if (table.IsDegenerate()) break;
-      tie1 = FSStatistics::PearsonChiSquare(table);
-      value = FSStatistics::CramersV(table, tie1);
-      break;
-    case kLambda:
-      value = FSStatistics::AsymmetricLambda(table);
-      tie1 = static_cast<double>(table.fRows.size());
-      break;
-    default:
-      break;
-  }
-}
-
-bool FSCatPCatTAccum::GetOutputStats(int criterion, double& value, double& out2, double& out3,
-                                     double& out4) const {
-  value = out2 = out3 = out4 = MCMV::gMissingValue;
-  if (criterion < kPearson || criterion > kLambda) return false;
-  double tie1 = 0.0, tie2 = 0.0, extra1 = 0.0, extra2 = 0.0;
-  ComputeCrit(criterion, value, tie1, tie2, extra1, extra2);
-  if (criterion == kPearson || criterion == kLikelihood) {
-    out2 = tie1;
-    out3 = tie2;
-  }
-  return true;
+FSScores FSCatPCatTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) const {
+  const FSStatistics::ContingencyTable table(fPredictorCounts, fTargetCounts, fJointCounts,
+                                             fState.GetValidWeight());
+  return FSScoresBy(&FSCriterion::fCatCat, table, wanted);
 }
 
 void FSCatPCatTAccum::Display(std::ostream& out) const {

@@ -17,13 +17,7 @@ class FSCatPCatTAccum : public IFSPredTargetAccum {
   void Merge(const IFSPredTargetAccum& other, const FSRecode& predictor,
              const FSRecode& target) override;
   void ComputeVariances() override {}
-  // Pearson and likelihood-ratio chi-square: p-value, statistic, df; a table of fewer than two rows
-  // or columns has p-value 1, statistic 0 and df 0. Cramer's V: V, chi-square. Lambda: lambda,
-  // number of predictor categories.
-  void ComputeCrit(int criterion, double& value, double& tie1, double& tie2, double& extra1,
-                   double& extra2) const override;
-  bool GetOutputStats(int criterion, double& value, double& out2, double& out3,
-                      double& out4) const override;
+  FSScores ComputeScores(const MCFSCommon::CriteriaSet& wanted) const override;
   bool IsCategorical() const override { return true; }
   const FSMapICnt* GetCategories() const override { return &fPredictorCounts; }
   int WriteObject(std::fstream& os) const override;

@@ -1,14 +1,11 @@
 #include "feature/accumulators/FSCatPContTAccum.h"
 
 #include "common/MissingValue.h"
-#include "feature/MCFSCommon.h"
+#include "feature/FSCriterion.h"
 #include "feature/accumulators/FSDenseFront.h"
 #include "feature/accumulators/FSDisplay.h"
+#include "feature/accumulators/FSScreening.h"
 #include "feature/accumulators/FSWalkBlock.h"
-#include "feature/ranking/FSScreening.h"
-#include "feature/statistics/FSTests.h"
-
-using namespace MCFSCommon;
 
 inline void FSCatPContTAccum::Add(FSPredictorState& state, int predictor, double target,
                                   double weight) {
@@ -93,21 +90,10 @@ std::size_t FSCatPContTAccum::CheckAllReasons(const FSSettings* settings,
   return reasons.size();
 }
 
-void FSCatPContTAccum::ComputeCrit(int criterion, double& value, double& tie1, double& tie2,
-                                   double& extra1, double& extra2) const {
-  value = tie1 = tie2 = extra1 = extra2 = MCMV::gMissingValue;
-  if (criterion != kFStat && criterion != kTStat) return;
-  tie2 = fState.GetValidWeight();
-  FSTests::AnovaTest(fTargetByCategory, fTargetMean, tie2, value, tie1, extra1, extra2);
-}
-
-bool FSCatPContTAccum::GetOutputStats(int criterion, double& value, double& out2, double& out3,
-                                      double& out4) const {
-  value = out2 = out3 = out4 = MCMV::gMissingValue;
-  if (criterion != kFStat) return false;
-  double cases = 0.0;
-  ComputeCrit(criterion, value, out2, cases, out3, out4);
-  return true;
+FSScores FSCatPContTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) const {
+  return FSScoresBy(&FSCriterion::fCatCont,
+                    FSGroupedValues{fTargetByCategory, fTargetMean, fState.GetValidWeight()},
+                    wanted);
 }
 
 void FSCatPContTAccum::Display(std::ostream& out) const {

@@ -19,12 +19,7 @@ class FSCatPContTAccum : public IFSPredTargetAccum {
   void Merge(const IFSPredTargetAccum& other, const FSRecode& predictor,
              const FSRecode& target) override;
   void ComputeVariances() override { fTargetByCategory.ComputeVariances(); }
-  // F and t criteria, both by one-way analysis of variance: p-value, F, N, df1, df2.
-  void ComputeCrit(int criterion, double& value, double& tie1, double& tie2, double& extra1,
-                   double& extra2) const override;
-  // The F criterion only.
-  bool GetOutputStats(int criterion, double& value, double& out2, double& out3,
-                      double& out4) const override;
+  FSScores ComputeScores(const MCFSCommon::CriteriaSet& wanted) const override;
   bool IsCategorical() const override { return true; }
   const FSMapICnt* GetCategories() const override { return &fPredictorCounts; }
   int WriteObject(std::fstream& os) const override;

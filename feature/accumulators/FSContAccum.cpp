@@ -4,8 +4,8 @@
 
 #include "feature/accumulators/FSDisplay.h"
 #include "feature/accumulators/FSMoments.h"
+#include "feature/accumulators/FSScreening.h"
 #include "feature/accumulators/FSWalkBlock.h"
-#include "feature/ranking/FSScreening.h"
 
 inline void FSContAccum::Add(FSPredictorState& state, double predictor, double weight) {
   const double before = state.GetValidWeight();

@@ -17,6 +17,7 @@ class FSContAccum : public IFSPredTargetAccum {
              const FSRecode& target) override;
   // The variance keeps its old value (0 at first) where the valid weight is not above 1.
   void ComputeVariances() override;
+  FSScores ComputeScores(const MCFSCommon::CriteriaSet&) const override { return {}; }
   void ComputeCrit(int, double&, double&, double&, double&, double&) const override {}
   bool GetOutputStats(int, double&, double&, double&, double&) const override { return false; }
   bool IsCategorical() const override { return false; }

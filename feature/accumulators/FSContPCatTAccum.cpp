@@ -2,14 +2,11 @@
 
 #include <cmath>
 
-#include "feature/MCFSCommon.h"
+#include "feature/FSCriterion.h"
 #include "feature/accumulators/FSDenseFront.h"
 #include "feature/accumulators/FSDisplay.h"
+#include "feature/accumulators/FSScreening.h"
 #include "feature/accumulators/FSWalkBlock.h"
-#include "feature/ranking/FSScreening.h"
-#include "feature/statistics/FSTests.h"
-
-using namespace MCFSCommon;
 
 inline void FSContPCatTAccum::Add(FSPredictorState& state, double predictor, int target,
                                   double weight) {
@@ -74,22 +71,9 @@ std::size_t FSContPCatTAccum::CheckAllReasons(const FSSettings* settings,
   return reasons.size();
 }
 
-void FSContPCatTAccum::ComputeCrit(int criterion, double& value, double& tie1, double& tie2,
-                                   double& extra1, double& extra2) const {
-  value = tie1 = tie2 = extra1 = extra2 = MCMV::gMissingValue;
-  if (criterion != kFStat && criterion != kPearson && criterion != kLikelihood) return;
-  const double total = fState.GetValidWeight();
-  tie2 = criterion == kFStat ? total : -total;
-  FSTests::AnovaTest(fPredictorByTarget, fMean, total, value, tie1, extra1, extra2);
-}
-
-bool FSContPCatTAccum::GetOutputStats(int criterion, double& value, double& out2, double& out3,
-                                      double& out4) const {
-  value = out2 = out3 = out4 = MCMV::gMissingValue;
-  if (criterion != kFStat) return false;
-  double cases = 0.0;
-  ComputeCrit(criterion, value, out2, cases, out3, out4);
-  return true;
+FSScores FSContPCatTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) const {
+  return FSScoresBy(&FSCriterion::fContCat,
+                    FSGroupedValues{fPredictorByTarget, fMean, fState.GetValidWeight()}, wanted);
 }
 
 void FSContPCatTAccum::Display(std::ostream& out) const {

@@ -17,14 +17,7 @@ class FSContPCatTAccum : public IFSPredTargetAccum {
   void Merge(const IFSPredTargetAccum& other, const FSRecode& predictor,
              const FSRecode& target) override;
   void ComputeVariances() override { fPredictorByTarget.ComputeVariances(); }
-  // The F criterion, and Pearson and likelihood ratio, which this predictor enters with its
-  // analysis of variance: p-value, F, N, df1, df2. Under the chi-square criteria a smaller second
-  // tie-break ranks first, so N comes as -N there.
-  void ComputeCrit(int criterion, double& value, double& tie1, double& tie2, double& extra1,
-                   double& extra2) const override;
-  // The F criterion only.
-  bool GetOutputStats(int criterion, double& value, double& out2, double& out3,
-                      double& out4) const override;
+  FSScores ComputeScores(const MCFSCommon::CriteriaSet& wanted) const override;
   bool IsCategorical() const override { return false; }
   const FSMapICnt* GetCategories() const override { return nullptr; }
   int WriteObject(std::fstream& os) const override;

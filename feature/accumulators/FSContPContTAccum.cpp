@@ -3,14 +3,11 @@
 #include <algorithm>
 #include <cmath>
 
-#include "feature/MCFSCommon.h"
+#include "feature/FSCriterion.h"
 #include "feature/accumulators/FSDisplay.h"
 #include "feature/accumulators/FSMoments.h"
+#include "feature/accumulators/FSScreening.h"
 #include "feature/accumulators/FSWalkBlock.h"
-#include "feature/ranking/FSScreening.h"
-#include "feature/statistics/FSTests.h"
-
-using namespace MCFSCommon;
 
 inline void FSContPContTAccum::Moments::Add(double x, double y, double share, double before,
                                             double weight) {
@@ -79,24 +76,9 @@ void FSContPContTAccum::ComputeVariances() {
       fMoments.fSxy / (total - 1.0) / std::sqrt(fPredictorVariance) / std::sqrt(fTargetVariance);
 }
 
-void FSContPContTAccum::ComputeCrit(int criterion, double& value, double& tie1, double& tie2,
-                                    double& extra1, double& extra2) const {
-  value = tie1 = tie2 = extra1 = extra2 = MCMV::gMissingValue;
-  if ((criterion != kFStat && criterion != kTStat) || MCMV::IsMissing(fCorrelation)) return;
-  tie1 = fCorrelation * fCorrelation;
-  tie2 = fState.GetValidWeight();
-  extra1 = fCorrelation;
-  FSTests::CorrelationTest(fCorrelation, tie2, value, extra2);
-}
-
-bool FSContPContTAccum::GetOutputStats(int criterion, double& value, double& out2, double& out3,
-                                       double& out4) const {
-  value = out2 = out3 = out4 = MCMV::gMissingValue;
-  if (criterion != kTStat) return false;
-  double tie1 = 0.0, total = 0.0;
-  ComputeCrit(criterion, value, tie1, total, out2, out3);
-  out4 = fState.GetValidWeight() - 2.0;
-  return true;
+FSScores FSContPContTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) const {
+  return FSScoresBy(&FSCriterion::fContCont, FSCorrelation{fCorrelation, fState.GetValidWeight()},
+                    wanted);
 }
 
 void FSContPContTAccum::Display(std::ostream& out) const {

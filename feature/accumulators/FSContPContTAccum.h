@@ -19,12 +19,7 @@ class FSContPContTAccum : public IFSPredTargetAccum {
   // Variances are 0 where the valid weight is not above 1; the correlation is missing there, and
   // where either variance is not positive.
   void ComputeVariances() override;
-  // F and t criteria, both by the t test of the correlation: p-value, r^2, N, r, t.
-  void ComputeCrit(int criterion, double& value, double& tie1, double& tie2, double& extra1,
-                   double& extra2) const override;
-  // The t criterion only: p-value, r, t, N - 2.
-  bool GetOutputStats(int criterion, double& value, double& out2, double& out3,
-                      double& out4) const override;
+  FSScores ComputeScores(const MCFSCommon::CriteriaSet& wanted) const override;
   bool IsCategorical() const override { return false; }
   const FSMapICnt* GetCategories() const override { return nullptr; }
   int WriteObject(std::fstream& os) const override;

@@ -6,6 +6,8 @@
 #include <cstddef>
 #include <vector>
 
+#include "feature/accumulators/FSCategoryMaps.h"
+
 class FSRecode {
  public:
   // The map is borrowed. Without one, or with an empty one, codes stay as they are.
@@ -34,3 +36,12 @@ class FSRecode {
  private:
   const std::vector<int>* fpMap;
 };
+
+// The recodes of a set of maps; without maps, codes stay as they are.
+inline FSRecode FSTargetRecode(const FSCategoryMaps* maps) {
+  return maps == nullptr ? FSRecode() : FSRecode(&maps->fTarget);
+}
+inline FSRecode FSPredictorRecode(const FSCategoryMaps* maps, std::size_t predictor) {
+  if (maps == nullptr || maps->fPredictors.empty()) return FSRecode();
+  return FSRecode(&maps->fPredictors[predictor]);
+}

@@ -13,6 +13,8 @@
 #include <iosfwd>
 #include <vector>
 
+#include "feature/statistics/FSScore.h"
+
 class FSMapICnt;
 class FSRecode;
 class FSSettings;
@@ -54,17 +56,18 @@ class IFSPredTargetAccum {
   // Variances and correlation, from the sums of the pass.
   virtual void ComputeVariances() = 0;
 
-  // The value of a ranking criterion (MCFSCommon::RankCriteria), two values that break ties, and
-  // two that the criterion shows besides. Whatever cannot be computed, or is not this class' to
-  // compute, is the missing value.
-  virtual void ComputeCrit(int criterion, double& value, double& tie1, double& tie2, double& extra1,
-                           double& extra2) const = 0;
+  // What the wanted ranking criteria make of the predictor; the scores of the others are missing.
+  virtual FSScores ComputeScores(const MCFSCommon::CriteriaSet& wanted) const = 0;
 
+  // One score: the value of a ranking criterion (MCFSCommon::RankCriteria), two values
+  // that break ties, and two that are shown besides. All missing for a number that is no criterion.
+  virtual void ComputeCrit(int criterion, double& value, double& tie1, double& tie2, double& extra1,
+                           double& extra2) const;
   // What is shown of a criterion: chi-square statistics give p-value, statistic and df; Cramer's V
   // and lambda themselves; F p-value, F, df1 and df2; t p-value, correlation, t and df. False, with
-  // all four missing, when this class does not answer the criterion.
+  // all four missing, when it shows nothing of the predictor.
   virtual bool GetOutputStats(int criterion, double& value, double& out2, double& out3,
-                              double& out4) const = 0;
+                              double& out4) const;
 
   virtual bool IsCategorical() const = 0;
   // Weighted counts of the categories of a categorical predictor; null for a continuous one.

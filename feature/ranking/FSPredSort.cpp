@@ -1,52 +1,46 @@
 #include "feature/ranking/FSPredSort.h"
 
-#include <array>
-#include <cstddef>
+#include "feature/FSCriterion.h"
 
 namespace {
 
-enum Direction { kSmallerFirst, kLargerFirst, kIgnored };
-
 // Below 0 when a comes first, above 0 when b does.
-int Compare(double a, double b, Direction direction) {
-  if (a == b || direction == kIgnored) return 0;
-  return (a < b) == (direction == kSmallerFirst) ? -1 : 1;
+int Compare(double a, double b, FSDirection direction) {
+  if (a == b || direction == FSDirection::kIgnored) return 0;
+  return (a < b) == (direction == FSDirection::kSmallerFirst) ? -1 : 1;
 }
 
-bool ComesFirst(const FSPredSort& a, const FSPredSort& b, Direction value, Direction tie1,
-                Direction tie2) {
-  if (MCMV::IsMissing(a.fValue)) return false;
-  if (MCMV::IsMissing(b.fValue)) return true;
-  int order = Compare(a.fValue, b.fValue, value);
-  if (order == 0) order = Compare(a.fTie1, b.fTie1, tie1);
-  if (order == 0) order = Compare(a.fTie2, b.fTie2, tie2);
-  return order < 0;
+bool ComesFirstBy(MCFSCommon::RankCriteria criterion, const FSPredSort& a, const FSPredSort& b) {
+  return FSPredSort::ComesFirst(a, b, FSCriterion::Of(criterion).fOrder);
 }
 
 }  // namespace
 
+bool FSPredSort::ComesFirst(const FSPredSort& a, const FSPredSort& b, const FSOrder& by) {
+  if (MCMV::IsMissing(a.fValue)) return false;
+  if (MCMV::IsMissing(b.fValue)) return true;
+  int order = Compare(a.fValue, b.fValue, by.fValue);
+  if (order == 0) order = Compare(a.fTie1, b.fTie1, by.fTie1);
+  if (order == 0) order = Compare(a.fTie2, b.fTie2, by.fTie2);
+  return order < 0;
+}
+
 bool FSPredSort::LessChisquare(const FSPredSort& a, const FSPredSort& b) {
-  return ComesFirst(a, b, kSmallerFirst, kLargerFirst, kSmallerFirst);
+  return ComesFirstBy(MCFSCommon::kPearson, a, b);
 }
 
 bool FSPredSort::LessCramer(const FSPredSort& a, const FSPredSort& b) {
-  return ComesFirst(a, b, kLargerFirst, kLargerFirst, kIgnored);
+  return ComesFirstBy(MCFSCommon::kCramer, a, b);
 }
 
 bool FSPredSort::LessLambda(const FSPredSort& a, const FSPredSort& b) {
-  return ComesFirst(a, b, kLargerFirst, kSmallerFirst, kIgnored);
+  return ComesFirstBy(MCFSCommon::kLambda, a, b);
 }
 
 bool FSPredSort::LessFStat(const FSPredSort& a, const FSPredSort& b) {
-  return ComesFirst(a, b, kSmallerFirst, kLargerFirst, kLargerFirst);
+  return ComesFirstBy(MCFSCommon::kFStat, a, b);
 }
 
 bool FSPredSort::LessTStat(const FSPredSort& a, const FSPredSort& b) {
-  return ComesFirst(a, b, kSmallerFirst, kLargerFirst, kLargerFirst);
-}
-
-FSPredSort::Less FSPredSort::ComparisonOf(MCFSCommon::RankCriteria criterion) {
-  static constexpr std::array<Less, MCFSCommon::kNCriteria> kComparisons = {
-      LessChisquare, LessChisquare, LessCramer, LessLambda, LessFStat, LessTStat};
-  return kComparisons[static_cast<std::size_t>(criterion)];
+  return ComesFirstBy(MCFSCommon::kTStat, a, b);
 }

@@ -7,7 +7,8 @@
 #include <iosfwd>
 
 #include "common/MissingValue.h"
-#include "feature/MCFSCommon.h"
+
+struct FSOrder;
 
 struct FSPredSort {
   double fValue = MCMV::gMissingValue;
@@ -15,19 +16,17 @@ struct FSPredSort {
   double fTie2 = MCMV::gMissingValue;
   int fIndex = -1;
 
-  // Pearson and likelihood ratio: smaller p-value, then larger statistic, then smaller second
-  // tie-break.
+  // Whether `a` ranks before `b`.
+  static bool ComesFirst(const FSPredSort& a, const FSPredSort& b, const FSOrder& order);
+
+  // The same in the orders of the criteria: smaller p-value, then larger statistic, then smaller
+  // second tie-break (chi-square), larger N (F and t); larger V, then larger chi-square; larger
+  // lambda, then fewer predictor categories.
   static bool LessChisquare(const FSPredSort& a, const FSPredSort& b);
-  // Larger V, then larger chi-square.
   static bool LessCramer(const FSPredSort& a, const FSPredSort& b);
-  // Larger lambda, then fewer predictor categories.
   static bool LessLambda(const FSPredSort& a, const FSPredSort& b);
-  // Smaller p-value, then larger F (r^2), then larger N.
   static bool LessFStat(const FSPredSort& a, const FSPredSort& b);
   static bool LessTStat(const FSPredSort& a, const FSPredSort& b);
-
-  using Less = bool (*)(const FSPredSort& a, const FSPredSort& b);
-  static Less ComparisonOf(MCFSCommon::RankCriteria criterion);
 
   // Saved state: as for IFSPredTargetAccum.
   int WriteObject(std::fstream& os) const;

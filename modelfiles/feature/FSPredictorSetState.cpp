@@ -1,12 +1,12 @@
-// Saved state of the predictor set and of its sort records.
+// Saved state of the predictor set, of its parts and of its sort records.
 
 #include <algorithm>
 #include <functional>
 #include <limits>
 #include <vector>
 
+#include "feature/FSPredictorSet.h"
 #include "feature/FSSettings.h"
-#include "feature/ranking/FSPredictorSet.h"
 #include "modelfiles/feature/FSStateFields.h"
 
 using namespace MCFSCommon;
@@ -37,80 +37,32 @@ void FSPredSort::Fields(Archive& archive, Self& self) {
 
 MC_STATE_OPERATIONS(FSPredSort, "FSPRS", "FSPredSort")
 
-// Whether the parts agree with each other and with the stage.
-bool FSPredictorSet::IsConsistent() const {
-  if (fNPredictors != fpSettings->GetNPredictors() ||
-      fSetType != fpSettings->GetTypeAllPredictors()) {
-    return false;
-  }
-  const std::int64_t counted = UnweightedCases(fTargetCategories);
-  if (counted != 0 && (counted > fNValidCases || !fpSettings->IsCatTarget())) return false;
-  if (fDeletedReasons.size() != fDeletedIndices.size() || !IsAscending(fDeletedIndices)) {
-    return false;
-  }
-  if (fAccumulators.empty()) return fDeletedIndices.empty() && AreSortVectorsConsistent();
-  for (int j = 0; j < fNPredictors; ++j) {
-    const bool there = fAccumulators[static_cast<std::size_t>(j)] != nullptr;
-    if (there == std::binary_search(fDeletedIndices.begin(), fDeletedIndices.end(), j))
-      return false;
-  }
-  return fStatus != kInitial && AreSortVectorsConsistent();
-}
-
-// A sort vector names each predictor once: those that remain, unless the set has gone back to an
-// earlier stage since it was sorted.
-bool FSPredictorSet::AreSortVectorsConsistent() const {
-  for (std::size_t c = 0; c < fSortVectors.size(); ++c) {
-    if (fRanks[c].size() != fCriterionValues[c].size()) return false;
-    if (fSortVectors[c].empty()) continue;
-    if (fRanks[c].empty() || fAccumulators.empty()) return false;
-    std::vector<int> indices;
-    for (const FSPredSort& sort : fSortVectors[c]) indices.push_back(sort.fIndex);
-    std::sort(indices.begin(), indices.end());
-    if (!IsAscending(indices) || indices.front() < 0 || indices.back() >= fNPredictors)
-      return false;
-    if (fStatus < kCriteriaComputed) continue;
-    const bool remain = std::all_of(indices.begin(), indices.end(), [this](int index) {
-      return fAccumulators[static_cast<std::size_t>(index)] != nullptr;
-    });
-    if (!remain || static_cast<int>(indices.size()) != GetNValidPred()) return false;
-  }
-  return true;
-}
-
 template <class Archive, class Self>
-void FSPredictorSet::Fields(Archive& archive, Self& self) {
-  FSState::Ranged(archive, self.fNPredictors, 0, kMostInt);
-  FSState::Ranged(archive, self.fSetType, kAllCategorical, kNoPredictors);
-  FSState::Ranged(archive, self.fStatus, kInitial, kRanked);
+void FSCounts::CaseFields(Archive& archive, Self& self) {
   archive.Flag(self.fbNoValidWeight);
   archive.Flag(self.fbNoValidData);
-  archive.Flag(self.fbPassCompleted);
+  archive.Flag(self.fbComplete);
   FSState::Weight(archive, self.fValidWeight);
   FSState::Weight(archive, self.fExcludedWeight);
-  FSState::Ranged(archive, self.fNValidCases, 0, kMostInt);
-  FSState::Ranged(archive, self.fNExcludedCases, 0, kMostInt);
-  FSState::Weight(archive, self.fElapsed);
-  archive.Object(self.fTargetCategories);
-  archive.Flag(self.fbWithTarget);
-  AccumulatorFields(archive, self);
-  FSState::Ranged(archive, self.fNBest, 0, kMostInt);
-  FSState::RangedInts(archive, self.fDeletedIndices, 0, self.fNPredictors - 1);
-  FSState::RangedInts(archive, self.fDeletedReasons, kAllMissing, kSmallVariation);
-  RankingFields(archive, self);
-  FSState::Ranged(archive, self.fWarning, 0, kMostInt);
-  archive.Check(self.fWarning == 0 || (self.fWarning >= MCFeature::kAllCasesExcluded &&
-                                       self.fWarning <= MCFeature::kNoValidWeight));
-  archive.Check(self.IsConsistent());
+  StateRanged(archive, self.fNValidCases, 0, kMostInt);
+  StateRanged(archive, self.fNExcludedCases, 0, kMostInt);
 }
 
-// No accumulators, or one for each predictor: a flag that is 0 for a deleted one, and the object.
+// The target's categories, then no accumulators, or one for each predictor: a flag that is 0 for a
+// deleted one, and the object.
 template <class Archive, class Self>
-void FSPredictorSet::AccumulatorFields(Archive& archive, Self& self) {
+void FSCounts::AccumulatorFields(Archive& archive, Self& self, int nPredictors) {
+  archive.Object(self.fTargetCategories);
+  if constexpr (Archive::kReading) {
+    const std::int64_t counted = UnweightedCases(self.fTargetCategories);
+    archive.Check(counted <= self.fNValidCases);
+    archive.Check(counted == 0 || self.fpSettings->IsCatTarget());
+  }
+  archive.Flag(self.fbWithTarget);
   archive.Size(self.fAccumulators, 4);
-  archive.Check(self.fAccumulators.empty() ||
-                static_cast<int>(self.fAccumulators.size()) == self.fNPredictors);
-  for (int j = 0; j < static_cast<int>(self.fAccumulators.size()); ++j) {
+  const int size = static_cast<int>(self.fAccumulators.size());
+  archive.Check(size == 0 || size == nPredictors);
+  for (int j = 0; j < size; ++j) {
     auto& accumulator = self.fAccumulators[static_cast<std::size_t>(j)];
     bool there = accumulator != nullptr;
     archive.Flag(there);
@@ -120,25 +72,85 @@ void FSPredictorSet::AccumulatorFields(Archive& archive, Self& self) {
   }
 }
 
-// By criterion: the sort vectors, the ranks, the criterion values. Ranks and values are there for
-// all predictors, or not at all.
 template <class Archive, class Self>
-void FSPredictorSet::RankingFields(Archive& archive, Self& self) {
+void FSExclusions::Fields(Archive& archive, Self& self, int nPredictors) {
+  StateRangedInts(archive, self.fIndices, 0, nPredictors - 1);
+  StateRangedInts(archive, self.fReasons, kAllMissing, kSmallVariation);
+  archive.Check(self.fReasons.size() == self.fIndices.size() && IsAscending(self.fIndices));
+}
+
+template <class Archive, class Self>
+void FSRanking::BestField(Archive& archive, Self& self) {
+  StateRanged(archive, self.fNBest, 0, kMostInt);
+}
+
+// By criterion: the orders, the ranks, the criterion values. Ranks and values are there for all
+// predictors, or not at all.
+template <class Archive, class Self>
+void FSRanking::OrderFields(Archive& archive, Self& self, int nPredictors) {
   constexpr int kSortBytes = 33;
-  for (auto& sorted : self.fSortVectors) {
-    archive.Size(sorted, kSortBytes);
-    for (auto& sort : sorted) archive.Object(sort);
+  for (auto& order : self.fOrders) {
+    archive.Size(order, kSortBytes);
+    for (auto& sort : order) archive.Object(sort);
   }
-  const auto all = static_cast<std::size_t>(self.fNPredictors);
+  const auto all = static_cast<std::size_t>(nPredictors);
   for (auto& ranks : self.fRanks) {
-    FSState::RangedInts(archive, ranks, -1, self.fNPredictors - 1);
+    StateRangedInts(archive, ranks, -1, nPredictors - 1);
     archive.Check(ranks.empty() || ranks.size() == all);
   }
-  for (auto& values : self.fCriterionValues) {
+  for (auto& values : self.fValues) {
     archive.Size(values, 8);
     archive.Check(values.empty() || values.size() == all);
     for (auto& value : values) archive.AnyDouble(value);
   }
+}
+
+bool FSRanking::IsConsistent(const std::vector<bool>& remain, bool computed) const {
+  for (std::size_t c = 0; c < fOrders.size(); ++c) {
+    if (fRanks[c].size() != fValues[c].size()) return false;
+    if (fOrders[c].empty()) continue;
+    if (fRanks[c].empty()) return false;
+    std::vector<bool> named(remain.size());
+    for (const FSPredSort& sort : fOrders[c]) {
+      const auto index = static_cast<std::size_t>(sort.fIndex);
+      if (index >= named.size() || named[index]) return false;
+      named[index] = true;
+    }
+    if (computed && named != remain) return false;
+  }
+  return true;
+}
+
+// Whether the parts agree with each other and with the stage.
+bool FSPredictorSet::IsConsistent() const {
+  if (fNPredictors != fpSettings->GetNPredictors() ||
+      fSetType != fpSettings->GetTypeAllPredictors()) {
+    return false;
+  }
+  std::vector<bool> remain(fCounts.Size());
+  for (std::size_t j = 0; j < remain.size(); ++j) {
+    remain[j] = IsThere(static_cast<int>(j));
+    if (remain[j] == fExclusions.Contains(static_cast<int>(j))) return false;
+  }
+  if (remain.empty() ? fExclusions.Size() > 0 : fStatus == kInitial) return false;
+  return fRanking.IsConsistent(remain, fStatus >= kCriteriaComputed);
+}
+
+template <class Archive, class Self>
+void FSPredictorSet::Fields(Archive& archive, Self& self) {
+  StateRanged(archive, self.fNPredictors, 0, kMostInt);
+  StateRanged(archive, self.fSetType, kAllCategorical, kNoPredictors);
+  StateRanged(archive, self.fStatus, kInitial, kRanked);
+  FSCounts::CaseFields(archive, self.fCounts);
+  FSState::Weight(archive, self.fElapsed);
+  FSCounts::AccumulatorFields(archive, self.fCounts, self.fNPredictors);
+  FSRanking::BestField(archive, self.fRanking);
+  FSExclusions::Fields(archive, self.fExclusions, self.fNPredictors);
+  FSRanking::OrderFields(archive, self.fRanking, self.fNPredictors);
+  StateRanged(archive, self.fWarning, 0, kMostInt);
+  archive.Check(self.fWarning == 0 || (self.fWarning >= MCFeature::kAllCasesExcluded &&
+                                       self.fWarning <= MCFeature::kNoValidWeight));
+  if constexpr (Archive::kReading) archive.Check(self.IsConsistent());
 }
 
 MC_STATE_OPERATIONS(FSPredictorSet, "PRSET", "FSPredictorSet")

@@ -12,6 +12,7 @@
 #include "common/xml/XMLDocType.h"
 #include "common/xml/XMLElement.h"
 #include "feature/FSAlgorithm.h"
+#include "feature/FSCriterion.h"
 #include "feature/FSSettings.h"
 
 using namespace MCFSCommon;
@@ -27,11 +28,6 @@ const char* TypeName(bool categorical) { return categorical ? "categorical" : "c
 // A set without predictors passes for a categorical one.
 const char* SetTypeName(PredictorSetType type) {
   return type == kMixed ? "mixed" : TypeName(type != kAllContinuous);
-}
-
-// FSOutputOne has a name of its own for Cramer's V.
-std::string NameInRanking(RankCriteria criterion) {
-  return criterion == kCramer ? "Cramer V" : FSPredictorSet::GetRankCritName(criterion);
 }
 
 // Result files name every rule, also the one that GetScreenCritName has no name for.
@@ -88,10 +84,9 @@ void AddScreeningCriteria(XMLElement& parent, const FSSettings& settings) {
 
 void AddCriteriaList(XMLElement& root, const FSSettings& settings) {
   XMLElement& list = root.AddChild("CriteriaList");
-  for (int c = 0; c < kNCriteria; ++c) {
-    const auto criterion = static_cast<RankCriteria>(c);
-    if (!settings.GetCriterion(criterion)) continue;
-    list.AddChild("Criterion").AddAttribute("name", FSPredictorSet::GetRankCritName(criterion));
+  for (const FSCriterion& criterion : FSCriterion::All()) {
+    if (!settings.GetCriterion(criterion.fCode)) continue;
+    list.AddChild("Criterion").AddAttribute("name", criterion.fShortName);
   }
   list.AddAttribute("numberOfCriteria", static_cast<double>(list.GetNChildren()));
 }
@@ -145,9 +140,10 @@ void FSPredictorSet::ExportDoubleValue(XMLElement& element, const char* name, do
 MCStatus FSPredictorSet::ExportOneXML(std::ostream& out, RankCriteria criterion, int nBest) const {
   const MCStatus status = MayExport(kRanked);
   if (!status.IsOK()) return status;
+  const FSCriterion& row = FSCriterion::Of(criterion);
   const auto root = CreateRoot("FSOutputOne");
   root->AddAttribute("predictorSetType", SetTypeName(fSetType));
-  int n = fNBest;
+  int n = fRanking.GetNBest();
   if (n == 0 && (nBest <= 0 || nBest >= fNPredictors)) {
     root->AddAttribute("predictorChoiceType", "all");
   } else {
@@ -156,29 +152,32 @@ MCStatus FSPredictorSet::ExportOneXML(std::ostream& out, RankCriteria criterion,
     root->AddAttribute("numberOfBest", n);
   }
   MCModelFiles::AddHeader(*root, kComponent, nullptr);
-  root->AddChild("Criterion").AddAttribute("name", NameInRanking(criterion));
+  root->AddChild("Criterion").AddAttribute("name", row.fNameInRanking);
   AddTarget(*root, *fpSettings);
   const std::size_t before = root->GetNChildren();
-  ExportRanking(*root, criterion, n == 0 ? fNPredictors : n);
+  ExportRanking(*root, row, n == 0 ? fNPredictors : n);
   root->AddAttribute("numberOfPredictors", static_cast<double>(root->GetNChildren() - before));
   Write(out, *root, "FSOutputOne", "fsoutputonecrit.dtd");
   return status;
 }
 
-// The first n entries of the order; categorical predictors have no F against a categorical target,
-// but keep their positions.
-void FSPredictorSet::ExportRanking(XMLElement& root, RankCriteria criterion, int n) const {
-  const std::vector<FSPredSort>& sorted = SortVectorOf(criterion);
+// The first n entries of the order. Predictors that the criterion does not rank are left out, but
+// keep their positions.
+void FSPredictorSet::ExportRanking(XMLElement& root, const FSCriterion& criterion, int n) const {
+  const std::vector<FSPredSort>& sorted = fRanking.OrderOf(criterion.fCode, fSetType);
   const int count = std::min(n, static_cast<int>(sorted.size()));
   for (int position = 0; position < count; ++position) {
     const FSPredSort& sort = sorted[static_cast<std::size_t>(position)];
-    const bool categorical = fpSettings->IsCatPredictor(sort.fIndex);
-    if (criterion == kFStat && categorical && fpSettings->IsCatTarget()) continue;
+    if (PartOf(criterion, sort.fIndex) == FSPart::kNone) continue;
     XMLElement& predictor = root.AddChild("Predictor");
     ExportPredictor(predictor, sort.fIndex);
     ExportDoubleValue(predictor, sort.fValue);
     predictor.AddAttribute("rankOrder", position);
   }
+}
+
+FSPart FSPredictorSet::PartOf(const FSCriterion& criterion, int predictor) const {
+  return criterion.PartOf(fpSettings->IsCatPredictor(predictor), fpSettings->IsCatTarget());
 }
 
 // Index and, where a set has both, type.
@@ -201,7 +200,7 @@ MCStatus FSPredictorSet::ExportAllXML(std::ostream& out) const {
   AddTarget(*root, *fpSettings);
   int written = 0;
   for (int j = 0; j < fNPredictors && fStatus == kRanked; ++j) {
-    if (std::binary_search(fDeletedIndices.begin(), fDeletedIndices.end(), j)) continue;
+    if (fExclusions.Contains(j)) continue;
     XMLElement& predictor = root->AddChild("Predictor");
     ExportPredictor(predictor, j);
     ExportCriteria(predictor, j);
@@ -216,61 +215,45 @@ void FSPredictorSet::ExportExcludedPredictors(XMLElement& root) const {
   XMLElement& excluded = root.AddChild("ExcludedPredictors");
   excluded.AddAttribute("numberOfPredictors", GetNDeletedPred());
   AddScreeningCriteria(excluded, *fpSettings);
-  for (std::size_t k = 0; k < fDeletedIndices.size(); ++k) {
+  for (std::size_t k = 0; k < GetIndicesDelPred().size(); ++k) {
+    const int index = GetIndicesDelPred()[k];
     XMLElement& predictor = excluded.AddChild("ExclPredictor");
-    predictor.AddAttribute("predictorIndex", fDeletedIndices[k]);
-    predictor.AddAttribute("predictorType",
-                           TypeName(fpSettings->IsCatPredictor(fDeletedIndices[k])));
-    predictor.AddAttribute("screenCriterion", RuleName(fDeletedReasons[k]));
+    predictor.AddAttribute("predictorIndex", index);
+    predictor.AddAttribute("predictorType", TypeName(fpSettings->IsCatPredictor(index)));
+    predictor.AddAttribute("screenCriterion", RuleName(GetReasonsDelPred()[k]));
   }
 }
 
-// The criteria that suit predictor and target. A continuous predictor enters the chi-square
-// rankings with its analysis of variance, of which only value and rank are shown there.
+// The criteria that show the predictor; then, against a categorical target, those that rank it
+// beside predictors of the other kind.
 void FSPredictorSet::ExportCriteria(XMLElement& element, int predictor) const {
-  const bool categorical = fpSettings->IsCatPredictor(predictor);
-  if (!fpSettings->IsCatTarget()) {
-    ExportCritAndRank(element, predictor, categorical ? kFStat : kTStat);
-  } else if (categorical) {
-    for (const RankCriteria c : {kPearson, kLikelihood, kCramer, kLambda}) {
-      ExportCritAndRank(element, predictor, c);
-    }
-  } else {
-    ExportCritAndRank(element, predictor, kFStat);
-    for (const RankCriteria c : {kPearson, kLikelihood}) {
-      if (!fpSettings->GetCriterion(c) || RankOf(c, predictor) < 0) continue;
-      XMLElement& shown = element.AddChild("CriterionAndRank");
-      shown.AddAttribute("criterionName", GetRankCritName(c));
-      ExportDoubleValue(shown, fCriterionValues[c][static_cast<std::size_t>(predictor)]);
-      shown.AddAttribute("rankOrder", RankOf(c, predictor));
-    }
+  for (const FSCriterion& criterion : FSCriterion::All()) {
+    if (PartOf(criterion, predictor) != FSPart::kShown) continue;
+    ExportCritAndRank(element, predictor, criterion.fCode);
+  }
+  for (const FSCriterion& criterion : FSCriterion::All()) {
+    if (!fpSettings->IsCatTarget() || PartOf(criterion, predictor) != FSPart::kBeside) continue;
+    if (fRanking.RankOf(criterion.fCode, predictor) < 0) continue;
+    ExportCritAndRank(element, predictor, criterion.fCode);
   }
 }
 
-// -1 for a predictor that is not ranked.
-int FSPredictorSet::RankOf(RankCriteria criterion, int predictor) const {
-  const std::vector<int>& ranks = fRanks[criterion];
-  return ranks.empty() ? -1 : ranks[static_cast<std::size_t>(predictor)];
-}
-
+// Of a predictor that is only ranked, value and rank.
 void FSPredictorSet::ExportCritAndRank(XMLElement& element, int predictor,
                                        RankCriteria criterion) const {
   if (!fpSettings->GetCriterion(criterion)) return;
-  double value = 0.0, out2 = 0.0, out3 = 0.0, out4 = 0.0;
-  GetPredictorStats(criterion, predictor, value, out2, out3, out4);
+  const FSCriterion& row = FSCriterion::Of(criterion);
   XMLElement& shown = element.AddChild("CriterionAndRank");
-  shown.AddAttribute("criterionName", GetRankCritName(criterion));
-  ExportDoubleValue(shown, value);
-  if (criterion == kTStat) {
-    ExportDoubleValue(shown, "corrCoeff", out2);
-    ExportDoubleValue(shown, "statisticValue", out3);
-    ExportDoubleValue(shown, "df", out4);
-  } else if (criterion != kCramer && criterion != kLambda) {
-    ExportDoubleValue(shown, "statisticValue", out2);
-    ExportDoubleValue(shown, "df", out3);
-    if (criterion == kFStat) ExportDoubleValue(shown, "df2", out4);
+  shown.AddAttribute("criterionName", row.fShortName);
+  if (PartOf(row, predictor) == FSPart::kShown) {
+    double out[FSCriterion::kMaxOutputs];
+    GetPredictorStats(criterion, predictor, out[0], out[1], out[2], out[3]);
+    for (std::size_t i = 0; i < row.fOutputs.size(); ++i) {
+      ExportDoubleValue(shown, row.fOutputs[i].fAttribute, out[i]);
+    }
+  } else {
+    ExportDoubleValue(shown, GetCriterionValues(criterion)[static_cast<std::size_t>(predictor)]);
   }
-  if (RankOf(criterion, predictor) >= 0) {
-    shown.AddAttribute("rankOrder", RankOf(criterion, predictor));
-  }
+  const int rank = fRanking.RankOf(criterion, predictor);
+  if (rank >= 0) shown.AddAttribute("rankOrder", rank);
 }

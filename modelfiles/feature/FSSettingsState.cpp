@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "feature/FSCriterion.h"
 #include "feature/FSSettings.h"
 #include "modelfiles/feature/FSStateFields.h"
 
@@ -40,9 +41,8 @@ bool FSSettings::IsConsistentType() const {
 }
 
 bool FSSettings::IsConsistent() const {
-  for (int c = 0; c < kNCriteria; ++c) {
-    const auto criterion = static_cast<RankCriteria>(c);
-    if (GetCriterion(criterion) && !MayTurnOn(criterion)) return false;
+  for (const FSCriterion& criterion : FSCriterion::All()) {
+    if (GetCriterion(criterion.fCode) && !criterion.Suits(fbCatTarget, fSetType)) return false;
   }
   return IsConsistentType() &&
          fNCategorical == std::count(fPredictorTypes.begin(), fPredictorTypes.end(), true);
@@ -53,16 +53,16 @@ void FSSettings::Fields(Archive& archive, Self& self) {
   constexpr double kAnyLimit = std::numeric_limits<double>::infinity();
   Types(archive, self.fPredictorTypes);
   archive.Int(self.fNCategorical);
-  FSState::Ranged(archive, self.fSetType, kAllCategorical, kNoPredictors);
+  StateRanged(archive, self.fSetType, kAllCategorical, kNoPredictors);
   archive.Flag(self.fbCatTarget);
   for (auto& on : self.fCriteria) archive.Flag(on);
-  FSState::Ranged(archive, self.fNSkippedRecords, 0, kMostInt);
-  FSState::Ranged(archive, self.fNSkippedPredictors, 0, kMostInt);
+  StateRanged(archive, self.fNSkippedRecords, 0, kMostInt);
+  StateRanged(archive, self.fNSkippedPredictors, 0, kMostInt);
   archive.Flag(self.fbTransactional);
-  FSState::Ranged(archive, self.fTargetPosition, -1, kMostInt);
-  FSState::Ranged(archive, self.fCaseIDPosition, -1, kMostInt);
-  FSState::Ranged(archive, self.fWeightPosition, -1, kMostInt);
-  FSState::Ranged(archive, self.fWeightToFreq, kAsIs, kTruncate);
+  StateRanged(archive, self.fTargetPosition, -1, kMostInt);
+  StateRanged(archive, self.fCaseIDPosition, -1, kMostInt);
+  StateRanged(archive, self.fWeightPosition, -1, kMostInt);
+  StateRanged(archive, self.fWeightToFreq, kAsIs, kTruncate);
   Rule(archive, self.fbDeleteMissing, self.fMaxMissing, 1.0);
   Rule(archive, self.fbDeleteSingle, self.fMaxSingle, 1.0);
   Rule(archive, self.fbDeleteNCat, self.fMaxNCat, 1.0);

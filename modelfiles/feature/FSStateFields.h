@@ -1,12 +1,11 @@
-// What the saved classes of the feature selection engine have in common: kinds of values with the
-// checks that reading makes of them.
+// Kinds of fields that only the feature selection engine has: sums that huge weights and values may
+// make infinite, and maps.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
-#include "common/state/StateArchive.h"
+#include "common/state/StateFields.h"
 #include "feature/accumulators/FSPredictorState.h"
 
 namespace FSState {
@@ -33,24 +32,6 @@ template <class Archive, class Value>
 void Squares(Archive& archive, Value& sum) {
   archive.AnyDouble(sum);
   archive.Check(!(sum < 0.0));
-}
-
-// A number from `first` to `last`.
-template <class Archive, class Value>
-void Ranged(Archive& archive, Value& value, int first, int last) {
-  int number = static_cast<int>(value);
-  archive.Int(number);
-  if constexpr (Archive::kReading) {
-    archive.Check(number >= first && number <= last);
-    value = static_cast<Value>(number);
-  }
-}
-
-// A list of numbers from `first` to `last`.
-template <class Archive, class List>
-void RangedInts(Archive& archive, List& list, int first, int last) {
-  StateInts(archive, list);
-  for (const int value : list) archive.Check(value >= first && value <= last);
 }
 
 // The entries of a map, in ascending order of the key; `fields` lists those of one entry.

@@ -12,7 +12,7 @@ template <class Archive, class Self>
 void NaiveBayesSettings::Fields(Archive& archive, Self& self) {
   archive.Int(self.fNSkippedReports);
   archive.Check(self.fNSkippedReports >= 0);
-  NBState::Ranged(archive, self.fRNG, kMersenneTwister, kUserProvided);
+  StateRanged(archive, self.fRNG, kMersenneTwister, kUserProvided);
   archive.Long(self.fNMaxInMemory);
   archive.Int(self.fNSimulated);
   archive.Int(self.fSeed);

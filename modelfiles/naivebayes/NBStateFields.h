@@ -1,14 +1,12 @@
-// What the saved classes of the Naive Bayes engine have in common: kinds of values with the checks
-// that reading makes of them, and what writing refuses because reading would.
+// Kinds of fields that only the Naive Bayes engine has: numbers that writing refuses where reading
+// would, and estimates.
 #pragma once
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
-#include <type_traits>
 
 #include "common/state/IOException.h"
-#include "common/state/StateArchive.h"
+#include "common/state/StateFields.h"
 
 namespace NBState {
 
@@ -54,15 +52,6 @@ void Known(Archive& archive, int value) {
   const int known = value;
   archive.Int(value);
   archive.Check(value == known);
-}
-
-// A number from `first` to `last`, such as the code of an enumeration.
-template <class Archive, class Value>
-void Ranged(Archive& archive, Value& value, int first, int last) {
-  auto number = static_cast<int>(value);
-  archive.Int(number);
-  archive.Check(number >= first && number <= last);
-  if constexpr (Archive::kReading) value = static_cast<std::remove_const_t<Value>>(number);
 }
 
 }  // namespace NBState

@@ -135,7 +135,7 @@ MC_STATE_OPERATIONS(NBStringEncoder, "STEN", "NBStringEncoder")
 
 template <class Archive, class Self>
 void NBRoundEncoder::Fields(Archive& archive, Self& self) {
-  NBState::Ranged(archive, self.fRounding, INBVariable::kTruncate, INBVariable::kAsIs);
+  StateRanged(archive, self.fRounding, INBVariable::kTruncate, INBVariable::kAsIs);
   MissingFields(archive, self);
 }
 MC_STATE_OPERATIONS(NBRoundEncoder, "ROEN", "NBRoundEncoder")
@@ -148,14 +148,14 @@ void INBVariable::NameFields(Archive& archive, Self& self) {
 
 template <class Archive, class Self>
 void INBVariable::RoleField(Archive& archive, Self& self) {
-  NBState::Ranged(archive, self.fRole, kUndefined, kUnused);
+  StateRanged(archive, self.fRole, kUndefined, kUnused);
 }
 
 template <class Archive, class Self>
 void NBCatVar::Fields(Archive& archive, Self& self) {
   NameFields(archive, self);
   archive.Int(self.fNCategories);
-  NBState::Ranged(archive, self.fLevel, kNumericCategorical, kStringCategorical);
+  StateRanged(archive, self.fLevel, kNumericCategorical, kStringCategorical);
   RoleField(archive, self);
   if constexpr (Archive::kReading) {
     if (self.fLevel == kNumericCategorical) {
@@ -196,7 +196,7 @@ template <class Archive, class Self>
 void NBWeightVar::Fields(Archive& archive, Self& self) {
   NameFields(archive, self);
   auto rounding = self.fEncoder.GetRoundingOption();
-  NBState::Ranged(archive, rounding, kTruncate, kAsIs);
+  StateRanged(archive, rounding, kTruncate, kAsIs);
   RoleField(archive, self);
   archive.Object(self.fEncoder);
   archive.Check(self.fEncoder.GetRoundingOption() == rounding);
@@ -237,8 +237,8 @@ void NBVarList::Fields(Archive& archive, Self& self) {
   NBState::Known(archive, self.fNContVars);
   NBState::Known(archive, self.fNCatVars);
   // Of several variables with the role of the target, the one that had it last.
-  NBState::Ranged(archive, self.fTarget, -1, self.Size() - 1);
-  NBState::Ranged(archive, self.fWeight, -1, self.Size() - 1);
+  StateRanged(archive, self.fTarget, -1, self.Size() - 1);
+  StateRanged(archive, self.fWeight, -1, self.Size() - 1);
   archive.Check(self.fTarget < 0 || self.GetVariableRole(self.fTarget) == INBVariable::kOutput);
   archive.Check(self.fWeight < 0 || IsWeight(*self.GetVarAt(self.fWeight)));
 }

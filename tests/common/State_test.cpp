@@ -5,7 +5,7 @@
 #include <cstring>
 
 #include "common/state/IOException.h"
-#include "common/state/StateArchive.h"
+#include "common/state/StateFields.h"
 #include "common/xml/XMLDocType.h"
 #include "tests/modelfiles/StateStreams.h"
 

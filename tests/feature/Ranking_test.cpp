@@ -151,7 +151,7 @@ TEST(Ranking, MixedPredictorsMeetInTheChiSquareRanking) {
 }
 
 TEST(FSPredSort, OrdersByValueThenTiesAndKeepsMissingLast) {
-  using Less = FSPredSort::Less;
+  using Less = bool (*)(const FSPredSort&, const FSPredSort&);
   const FSPredSort missing{kMissing, 1, 1, 0};
   struct Case {
     Less fLess;

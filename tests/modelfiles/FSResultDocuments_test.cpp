@@ -11,8 +11,8 @@
 
 #include "common/MissingValue.h"
 #include "feature/FSFactory.h"
+#include "feature/FSPredictorSet.h"
 #include "feature/FSSettings.h"
-#include "feature/ranking/FSPredictorSet.h"
 #include "tests/feature/Tables.h"
 #include "tests/modelfiles/FSRuns.h"
 #include "tests/modelfiles/Validate.h"

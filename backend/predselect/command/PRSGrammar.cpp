@@ -1,6 +1,10 @@
 #include "backend/predselect/command/PRSGrammar.h"
 
+#include <string>
+#include <vector>
+
 #include "backend/predselect/specifications/PRSOptions.h"
+#include "feature/FSCriterion.h"
 
 namespace {
 
@@ -65,15 +69,31 @@ Param Timer() {
       .setDefault(PRSCommonCriteria().fTimer);
 }
 
-Param RankCriteria(const char* name, Param::Kind kind, const char* help) {
-  return Param(name, kind, help)
-      .addStringValue("PEARSONCHISQ")
-      .addStringValue("LRCHISQ")
-      .addStringValue("CRAMERSV")
-      .addStringValue("LAMBDA");
+Param RankCriteria(const char* name, Param::Kind kind, const std::string& help) {
+  Param param(name, kind, help);
+  for (const FSCriterion& criterion : FSCriterion::All()) {
+    if (criterion.IsChoice()) param.addStringValue(criterion.fKeyword);
+  }
+  return param;
+}
+
+// The words of the criteria that predictors of both kinds cannot be ranked by: "A, B and C".
+std::string NotForBothKinds() {
+  std::vector<std::string> words;
+  for (const FSCriterion& criterion : FSCriterion::All()) {
+    if (criterion.IsChoice() && !criterion.Suits(true, MCFSCommon::kMixed)) {
+      words.emplace_back(criterion.fKeyword);
+    }
+  }
+  std::string list = words.front();
+  for (std::size_t i = 1; i < words.size(); ++i) {
+    list += (i + 1 == words.size() ? " and " : ", ") + words[i];
+  }
+  return list;
 }
 
 SubCom UniCriteria() {
+  const std::string first = FSCriterion::Of(MCFSCommon::kPearson).fKeyword;
   return SubCom("CRITERIA", "How predictors are ranked and how many are selected.")
       .addParamDesc(Timer())
       .addParamDesc(
@@ -88,9 +108,10 @@ SubCom UniCriteria() {
                         .setDefault("AUTO"))
       .addParamDesc(RankCriteria("RANKING", Param::kKeyword,
                                  "The ranking statistic for a categorical dependent variable. With "
-                                 "predictors of both kinds CRAMERSV and LAMBDA do not apply and "
-                                 "PEARSONCHISQ takes their place.")
-                        .setDefault("PEARSONCHISQ"))
+                                 "predictors of both kinds " +
+                                     NotForBothKinds() + " do not apply and " + first +
+                                     " takes their place.")
+                        .setDefault(first))
       .addParamDesc(Param("PCUTOFF", Param::kNumber,
                           "Only predictors with a significance below are selected.")
                         .setLowerBoundary(0.0, Param::kLowerExclusive)

@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "backend/predselect/command/PRSMessages.h"
-#include "feature/MCFSCommon.h"
 #include "host/command/CommandDescriptor.h"
 #include "host/command/CommandSpec.h"
 #include "host/command/KOVA_TokenSequence.h"
@@ -19,6 +18,7 @@
 #include "host/command/VarSpecObj.h"
 #include "host/data/ProcedureDataSource.h"
 
+struct FSCriterion;
 class PRSValidSpecs;
 struct PRSSubset;
 
@@ -77,8 +77,8 @@ class PRSParser {
   void CollectCandidates(bool byLevel);
   void ReportIdleExcepts(const SubComObj& subCom) const;
   bool TakeSize(const SubComObj& subCom, int& size) const;
-  int TakeRanking(const SubComObj& subCom) const;
-  void ReportIdleCutOff(const SubComObj& subCom, int criterion) const;
+  const FSCriterion& TakeRanking(const SubComObj& subCom) const;
+  void ReportIdleCutOff(const SubComObj& subCom, const FSCriterion& criterion) const;
   bool IsPrintConsistent(const SubComObj& subCom) const;
   void ReportIdleTables(const SubComObj& subCom) const;
   void AddPrintOptions(const ParamObj& summary);
@@ -91,7 +91,8 @@ class PRSParser {
   bool IsCategorical(int variable) const;
   bool IsSelectionOff() const;
   bool IsMixed() const;
-  bool Applies(int criterion) const;
+  // Whether the criterion can rank the candidates against the dependent variable.
+  bool Applies(const FSCriterion& criterion) const;
   bool HasPredictors(bool categorical) const;
   static std::vector<Predictor> Merged(const VarSpecObj& factors, const VarSpecObj& covariates);
 

@@ -8,6 +8,7 @@
 #include "backend/predselect/command/PRSParser.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "common/MCAssert.h"
+#include "feature/FSCriterion.h"
 #include "host/output/ShowText.h"
 
 using MCHost::KeyText;
@@ -16,17 +17,11 @@ namespace {
 
 constexpr const char* kSource = "backend/predselect/PRSParser";
 
-using MCFSCommon::kCramer;
-using MCFSCommon::kLambda;
-using MCFSCommon::kLikelihood;
-using MCFSCommon::kPearson;
-
-// The grammar lists the words of the criteria in the order of their codes.
-int CriterionOf(const std::string& word, const ParamDescriptor& declared) {
-  const std::vector<std::string>& words = declared.GetStringValues();
-  int criterion = 0;
-  while (words.at(static_cast<std::size_t>(criterion)) != word) ++criterion;
-  return criterion;
+// The grammar takes its words from the table of criteria.
+const FSCriterion& CriterionOf(const std::string& word) {
+  const FSCriterion* criterion = FSCriterion::FindKeyword(word);
+  MCCommon::Assert(criterion != nullptr, "criterion != 0", kSource);
+  return *criterion;
 }
 
 // The parameter's number, where it is given.
@@ -44,17 +39,18 @@ void Take(const SubComObj& subCom, const char* param, int& value) {
 
 bool PRSParser::IsMixed() const { return HasPredictors(true) && HasPredictors(false); }
 
-// True when the ranking criterion, one of the four for a categorical target, suits the data.
-bool PRSParser::Applies(int criterion) const {
-  const bool isChiSquare = criterion == kPearson || criterion == kLikelihood;
-  return fbDependCategorical && HasPredictors(true) && (isChiSquare || !IsMixed());
+bool PRSParser::Applies(const FSCriterion& criterion) const {
+  const MCFSCommon::PredictorSetType pure =
+      HasPredictors(true) ? MCFSCommon::kAllCategorical : MCFSCommon::kAllContinuous;
+  return criterion.Suits(fbDependCategorical, IsMixed() ? MCFSCommon::kMixed : pure);
 }
 
 bool PRSParser::ProcessUniCriteriaSubCom(const SubComObj& subCom) {
   PRSUniCriteria& criteria = fSpecs.Options().fUniCriteria;
   if (!TakeSize(subCom, criteria.fSize)) return false;
-  criteria.fCriterion = static_cast<MCFSCommon::RankCriteria>(TakeRanking(subCom));
-  ReportIdleCutOff(subCom, criteria.fCriterion);
+  const FSCriterion& criterion = TakeRanking(subCom);
+  criteria.fCriterion = criterion.fCode;
+  ReportIdleCutOff(subCom, criterion);
   Take(subCom, "PCUTOFF", criteria.fPCutOff);
   Take(subCom, "SHOWUNSELECTED", fSpecs.Options().fCommonCriteria.fShowUnselect);
   Take(subCom, "TIMER", fSpecs.Options().fCommonCriteria.fTimer);
@@ -70,24 +66,21 @@ bool PRSParser::TakeSize(const SubComObj& subCom, int& size) const {
   return false;
 }
 
-int PRSParser::TakeRanking(const SubComObj& subCom) const {
+const FSCriterion& PRSParser::TakeRanking(const SubComObj& subCom) const {
+  const FSCriterion& otherwise = FSCriterion::Of(MCFSCommon::kPearson);
   const ParamObj* param = subCom.getParamObj("RANKING");
-  if (param == nullptr) return kPearson;
-  const std::string& word = param->GetPlace().fText;
-  const int criterion = CriterionOf(word, param->GetDescriptor());
-  if (!Applies(criterion)) {
-    fOwnMessages.IgnoreRankCriterion(word.c_str(), "RANKING", "CRITERIA", IsMixed());
-  }
-  // Both need categorical predictors alone.
-  const bool fallsBack = fbDependCategorical && IsMixed() && !Applies(criterion);
-  return fallsBack ? kPearson : criterion;
+  if (param == nullptr) return otherwise;
+  const FSCriterion& criterion = CriterionOf(param->GetPlace().fText);
+  if (Applies(criterion)) return criterion;
+  fOwnMessages.IgnoreRankCriterion(criterion.fKeyword, "RANKING", "CRITERIA", IsMixed());
+  // Where none of the words applies, the data choose the criterion and the word stays as it is.
+  return Applies(otherwise) ? otherwise : criterion;
 }
 
-// These two criteria have no significance that could be below a cut-off.
-void PRSParser::ReportIdleCutOff(const SubComObj& subCom, int criterion) const {
+// Some criteria have no significance that could be below a cut-off.
+void PRSParser::ReportIdleCutOff(const SubComObj& subCom, const FSCriterion& criterion) const {
   const ParamObj* param = subCom.getParamObj("PCUTOFF");
-  const bool isIdle = (criterion == kCramer || criterion == kLambda) && Applies(criterion);
-  if (param == nullptr || !isIdle) return;
+  if (param == nullptr || criterion.HasSignificance() || !Applies(criterion)) return;
   fMessages.At(param->GetNameToken())
       .OptionIdle("CRITERIA PCUTOFF", KeyText("the ranking statistic has no significance"));
 }
@@ -196,11 +189,11 @@ void PRSParser::ReportIdleTables(const SubComObj& subCom) const {
 
 void PRSParser::AddPrintOptions(const ParamObj& summary) {
   for (const TokenInfoObj& token : summary.getTokenList()) {
-    const int criterion = CriterionOf(token.fText, summary.GetDescriptor());
+    const FSCriterion& criterion = CriterionOf(token.fText);
     if (Applies(criterion)) {
-      fSpecs.AddFeaturePrintOption(static_cast<PRSValidSpecs::FeaturePrintOption>(criterion));
+      fSpecs.AddFeaturePrintOption(criterion.fCode);
     } else {
-      fOwnMessages.IgnoreRankCriterion(token.fText.c_str(), "SUMMARY", "PRINT", IsMixed());
+      fOwnMessages.IgnoreRankCriterion(criterion.fKeyword, "SUMMARY", "PRINT", IsMixed());
     }
   }
 }

@@ -10,8 +10,8 @@ class IFSAlgorithm;
 class PRSValidSpecs;
 
 struct PRSSelection {
-  // The criterion in force: with a categorical target F when all predictors are scale, else the
-  // user's; with a continuous target t when all are scale, else F.
+  // The criterion in force: the user's or, where that does not suit the data, F or t as the kinds
+  // of target and predictors say (FSSettings::GetMainCriterion).
   MCFSCommon::RankCriteria fCriterion = MCFSCommon::kPearson;
   // Predictors of the component in rank order, the selected first, then the unselected ones that
   // are shown; and their values of the criterion.
@@ -21,9 +21,6 @@ struct PRSSelection {
   bool fbLimited = false;  // there are more unselected predictors than are shown
 
   bool IsEmpty() const { return fNSelected == 0; }
-
-  // True for a criterion that has a p-value: all but Cramer's V and lambda.
-  static bool HasSignificance(MCFSCommon::RankCriteria criterion);
 };
 
 // Selected are the leading predictors of the ranked list, at most as many as the size allows and,

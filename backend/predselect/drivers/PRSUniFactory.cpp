@@ -6,6 +6,7 @@
 #include "backend/predselect/predsele.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "common/MissingValue.h"
+#include "feature/FSCriterion.h"
 #include "feature/FSFactory.h"
 #include "feature/FSSettings.h"
 #include "feature/IFSAlgorithm.h"
@@ -48,10 +49,13 @@ bool PRSUniFactory::RunFSComponent() {
   fpProgress = std::make_unique<PRSProgress>();
   settings->SetNSkippedRecordReports(PRSProgress::kRecords - 1);
   fpAlgorithm->SetProgressListener(fpProgress.get());
-  fStatus = PRSIsStateWanted()
-                ? AccumulateSaveAndRank()
-                : fpAlgorithm->AccumulateAndRank(*fpIterator, -1, fpSpecs->GetScreenStatusOn(), 0);
-  if (!IsPassComplete() || fbStateFailed) return false;
+  bool isSaved = true;
+  fStatus = fpAlgorithm->Accumulate(*fpIterator, -1);
+  // What was counted is saved before screening and ranking, so that it can be merged with other
+  // parts of the data.
+  if (fStatus.IsOK() && PRSIsStateWanted()) isSaved = PRSSaveState(*fpAlgorithm, Dictionary());
+  if (fStatus.IsOK()) fStatus = fpAlgorithm->ScreenAndRank(fpSpecs->GetScreenStatusOn(), 0);
+  if (!IsPassComplete() || !isSaved) return false;
   if (!fStatus.IsOK()) DisplayMessage(fStatus);
   if (fStatus.IsError()) return false;
   if (IsTargetConstant()) {
@@ -62,16 +66,6 @@ bool PRSUniFactory::RunFSComponent() {
   if (display_feature_select) DisplayOutput();
   fStatus = fpAlgorithm->GetStatus();
   return WriteResultDocuments();
-}
-
-// What was counted is saved before screening and ranking, so that it can be merged with other parts
-// of the data.
-MCFeature::MCStatus PRSUniFactory::AccumulateSaveAndRank() {
-  MCFeature::MCStatus status = fpAlgorithm->Accumulate(*fpIterator, -1);
-  if (status.IsOK()) fbStateFailed = !PRSSaveState(*fpAlgorithm, Dictionary());
-  if (status.IsOK()) status = fpAlgorithm->CheckPredAllMissConst();
-  if (status.IsOK() && fpSpecs->GetScreenStatusOn()) status = fpAlgorithm->ScreenPredictors();
-  return status.IsOK() ? fpAlgorithm->SortAndRank(0) : status;
 }
 
 StateDictionary PRSUniFactory::Dictionary() const {
@@ -108,18 +102,16 @@ StateDictionary PRSUniFactory::Dictionary() const {
 
 bool PRSUniFactory::WriteResultDocuments() const {
   if (!PRSAreResultsWanted()) return true;
-  constexpr const char* kNames[] = {"pearson", "likelihood", "cramer", "lambda", "f", "t"};
   bool isWritten = PRSWriteResult("predictors.xml", [this](std::ostream& os) {
     return !fpAlgorithm->ExportAllXML(os).IsError();
   });
-  for (int i = 0; i < MCFSCommon::kNCriteria; ++i) {
-    const auto criterion = static_cast<MCFSCommon::RankCriteria>(i);
-    if (!fpAlgorithm->GetSettings()->GetCriterion(criterion)) continue;
+  for (const FSCriterion& criterion : FSCriterion::All()) {
+    if (!fpAlgorithm->GetSettings()->GetCriterion(criterion.fCode)) continue;
+    const auto write = [this, &criterion](std::ostream& os) {
+      return !fpAlgorithm->ExportOneXML(os, criterion.fCode, 0).IsError();
+    };
     isWritten =
-        isWritten && PRSWriteResult(std::string("ranking-") + kNames[i] + ".xml",
-                                    [this, criterion](std::ostream& os) {
-                                      return !fpAlgorithm->ExportOneXML(os, criterion, 0).IsError();
-                                    });
+        isWritten && PRSWriteResult(std::string("ranking-") + criterion.fFileStem + ".xml", write);
   }
   return isWritten;
 }

@@ -10,10 +10,10 @@
 #include <string>
 #include <vector>
 
-#include "feature/MCFSCommon.h"
 #include "feature/MCStatus.h"
 #include "host/cases/UAInpAdaptMsg.h"
 
+struct FSCriterion;
 class IFSAlgorithm;
 class PRSValidSpecs;
 class ProcedureDataSource;
@@ -52,8 +52,6 @@ class PRSUniFactory {
   const UAInputAdapter* GetUAInputAdapter() const { return fpAdapter.get(); }
 
  private:
-  // The stages of the run, with the state saved after the data pass.
-  MCFeature::MCStatus AccumulateSaveAndRank();
   StateDictionary Dictionary() const;
   // False, with a message, when a document could not be written.
   bool WriteResultDocuments() const;
@@ -61,7 +59,7 @@ class PRSUniFactory {
   // False, with a message, when reading failed or the run was stopped.
   bool IsPassComplete();
   std::string NameOf(int predictor) const;
-  void DisplayCriterion(std::ostream& log, MCFSCommon::RankCriteria criterion) const;
+  void DisplayCriterion(std::ostream& log, const FSCriterion& criterion) const;
   void DisplayTop(std::ostream& log, const std::string& kind,
                   const std::vector<int>& predictors) const;
   void DisplayDeleted(std::ostream& log) const;
@@ -74,6 +72,5 @@ class PRSUniFactory {
   std::unique_ptr<UAProcDataSourceIter> fpIterator;
   std::unique_ptr<IFSAlgorithm> fpAlgorithm;
   std::unique_ptr<ProgressListener> fpProgress;
-  bool fbStateFailed = false;
   MCFeature::MCStatus fStatus;
 };

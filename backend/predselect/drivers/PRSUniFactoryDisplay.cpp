@@ -4,6 +4,7 @@
 
 #include "backend/predselect/drivers/PRSUniFactory.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
+#include "feature/FSCriterion.h"
 #include "feature/FSSettings.h"
 #include "feature/IFSAlgorithm.h"
 #include "host/data/ProcedureDataSource.h"
@@ -37,9 +38,7 @@ void PRSUniFactory::DisplayOutput() const {
   if (fpAlgorithm == nullptr) {
     log << "Feature Selection Component is not available\n";
   } else {
-    for (int c = 0; c < MCFSCommon::kNCriteria; ++c) {
-      DisplayCriterion(log, static_cast<MCFSCommon::RankCriteria>(c));
-    }
+    for (const FSCriterion& criterion : FSCriterion::All()) DisplayCriterion(log, criterion);
     DisplayDeleted(log);
   }
   log << "End Feature Selection Component Output\n";
@@ -50,17 +49,17 @@ std::string PRSUniFactory::NameOf(int predictor) const {
       .GetName();
 }
 
-void PRSUniFactory::DisplayCriterion(std::ostream& log, MCFSCommon::RankCriteria criterion) const {
+void PRSUniFactory::DisplayCriterion(std::ostream& log, const FSCriterion& criterion) const {
   const FSSettings& settings = *fpAlgorithm->GetSettings();
-  log << MCFSCommon::GetCriterionName(criterion) << '\n';
-  if (!settings.GetCriterion(criterion)) {
+  log << criterion.fName << '\n';
+  if (!settings.GetCriterion(criterion.fCode)) {
     log << "Ranking criterion is not set\n";
     return;
   }
   log << "Ranking criterion is set\n";
   std::vector<int> top;
   std::vector<double> values;
-  if (fpAlgorithm->GetTopPredictors(criterion, top, values, 0).IsError()) return;
+  if (fpAlgorithm->GetTopPredictors(criterion.fCode, top, values, 0).IsError()) return;
   std::vector<std::string> texts;
   texts.reserve(values.size());
   for (const double value : values) texts.push_back(std::to_string(value));

@@ -1,16 +1,18 @@
-// The predictor summary: table and chart.
-#include <algorithm>
+// The predictor summary as a table.
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
-#include "backend/predselect/drivers/PRSUniFactory.h"
+#include "backend/predselect/output/PRSFormats.h"
 #include "backend/predselect/output/SelOutput.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "common/MissingValue.h"
+#include "feature/FSCriterion.h"
 #include "feature/FSSettings.h"
 #include "feature/IFSAlgorithm.h"
 #include "host/data/ProcedureDataSource.h"
-#include "host/output/FacSTDictionary.h"
-#include "host/output/chart/ChartString.h"
-#include "host/output/chart/XDocument.h"
 #include "host/output/pivot/BpComposite.h"
 #include "host/output/pivot/BpPivotTable.h"
 #include "host/output/pivot/BpProcedure.h"
@@ -27,28 +29,30 @@ namespace {
 
 using MCFSCommon::RankCriteria;
 
-constexpr const char* kCriterionLabels[] = {"Pearson Chi-Square", "Likelihood Ratio Chi-Square",
-                                            "Cramer's V", "Lambda"};
+// The output that a note stands on: the statistic, behind its significance.
+constexpr std::size_t kNoted = 1;
 
+// The outputs of one criterion for one predictor, in their order.
 struct Stats {
-  double fValue = KOVA_SystemMissing;
-  double fOut2 = KOVA_SystemMissing;
-  double fOut3 = KOVA_SystemMissing;
-  double fOut4 = KOVA_SystemMissing;
-  bool fbHas = false;  // the predictor has statistics for the criterion
+  Stats(const IFSAlgorithm& algorithm, const FSCriterion& criterion, int predictor)
+      : fCriterion(criterion) {
+    algorithm.GetPredictorStats(criterion.fCode, predictor, fValues[0], fValues[1], fValues[2],
+                                fValues[3]);
+  }
+
+  // The key of what is said of an output that could not be computed although the p-value is known;
+  // null for nothing.
+  const char* Note() const {
+    for (std::size_t i = 0; i < fCriterion.fOutputs.size() && fValues[0] == 0.0; ++i) {
+      const char* note = fCriterion.fOutputs[i].fNoteIfLost;
+      if (note != nullptr && MCMV::IsMissing(fValues[i])) return note;
+    }
+    return nullptr;
+  }
+
+  const FSCriterion& fCriterion;
+  double fValues[FSCriterion::kMaxOutputs];
 };
-
-Stats StatsOf(const IFSAlgorithm& algorithm, RankCriteria criterion, int predictor) {
-  Stats stats;
-  stats.fbHas = algorithm.GetPredictorStats(criterion, predictor, stats.fValue, stats.fOut2,
-                                            stats.fOut3, stats.fOut4);
-  return stats;
-}
-
-double At(const std::vector<double>& values, int predictor) {
-  const auto place = static_cast<std::size_t>(predictor);
-  return place < values.size() ? values[place] : KOVA_SystemMissing;
-}
 
 // Shown from 1; missing for a predictor without a rank.
 double RankOf(const IFSAlgorithm& algorithm, RankCriteria criterion, int predictor) {
@@ -63,24 +67,82 @@ void SetIfThere(BpPivotTable& table, const BpCategory& row, const BpCategory& co
   if (!MCMV::IsMissing(value)) table.SetCell({row, column}, value);
 }
 
-// The value of F, with a note where it could not be computed although its p-value is known.
-void SetF(BpPivotTable& table, const BpCategory& row, BpCategory column, const Stats& stats) {
-  if (!stats.fbHas) return;
-  table.SetCell({row, column}, stats.fOut2);
-  if (MCMV::IsMissing(stats.fOut2) && stats.fValue == 0.0) {
-    column.CellNote({row}, BpString("No within-factor variation..."));
-  }
-}
+// The columns of one criterion: rank and outputs.
+class CriterionColumns {
+ public:
+  CriterionColumns(const IFSAlgorithm& algorithm, const FSCriterion& criterion)
+      : fAlgorithm(algorithm), fCriterion(criterion) {}
 
-void SetT(BpPivotTable& table, const BpCategory& row, const BpCategory& correlation, BpCategory t,
-          const Stats& stats) {
-  if (!stats.fbHas) return;
-  BpCategory noted = correlation;
-  table.SetCell({row, correlation}, stats.fOut2);
-  table.SetCell({row, t}, stats.fOut3);
-  if (MCMV::IsMissing(stats.fOut3) && stats.fValue == 0.0) {
-    noted.CellNote({row}, BpString("Pearson correlation equals one..."));
+  // All of them under its heading, beside those of other criteria.
+  void AddGroup(BpDimension& columns) {
+    BpGroup group = columns.AddGroup(BpString(fCriterion.fHeading));
+    fColumns.push_back(group.AddCategory(BpString("Rank"), BpProcedure::Count()));
+    for (const FSOutput& output : fCriterion.fOutputs) {
+      fColumns.push_back(
+          group.AddCategory(BpString(output.fHeading), PRSFormatAmongOthers(output.fKind)));
+    }
+    // Where predictors of both kinds are ranked, they share the column of p-values.
+    fbSharesFirst = fCriterion.fContCat.fPart == FSPart::kBeside;
   }
+
+  // A table of its own: those of the statistic under its heading.
+  void AddTo(BpDimension& columns) {
+    fColumns.push_back(columns.AddCategory(BpString("Rank"), BpProcedure::Count()));
+    std::optional<BpGroup> group;
+    for (const FSOutput& output : fCriterion.fOutputs) {
+      const MCHost::OutputText label = BpString(output.fHeading);
+      const MCHost::OutputFormat format = PRSFormatOf(output.fKind);
+      if (!output.fbBeside && !group) group = columns.AddGroup(BpString(fCriterion.fHeading));
+      fColumns.push_back(output.fbBeside ? columns.AddCategory(label, format)
+                                         : group->AddCategory(label, format));
+    }
+  }
+
+  void Fill(BpPivotTable& table, const BpCategory& row, int predictor) const {
+    const FSSettings& settings = *fAlgorithm.GetSettings();
+    const FSPart part =
+        fCriterion.PartOf(settings.IsCatPredictor(predictor), settings.IsCatTarget());
+    if (part == FSPart::kNone) return;
+    SetIfThere(table, row, fColumns[0], RankOf(fAlgorithm, fCriterion.fCode, predictor));
+    if (fbSharesFirst) SetIfThere(table, row, fColumns[1], ValueOf(predictor));
+    if (part != FSPart::kShown) return;
+    const Stats stats(fAlgorithm, fCriterion, predictor);
+    for (std::size_t i = fbSharesFirst ? 1 : 0; i < fCriterion.fOutputs.size(); ++i) {
+      table.SetCell({row, fColumns[i + 1]}, stats.fValues[i]);
+    }
+    if (const char* note = stats.Note()) {
+      BpCategory noted = fColumns[kNoted + 1];
+      noted.CellNote({row}, BpString(note));
+    }
+  }
+
+ private:
+  double ValueOf(int predictor) const {
+    const std::vector<double>& values = fAlgorithm.GetCriterionValues(fCriterion.fCode);
+    const auto place = static_cast<std::size_t>(predictor);
+    return place < values.size() ? values[place] : KOVA_SystemMissing;
+  }
+
+  const IFSAlgorithm& fAlgorithm;
+  const FSCriterion& fCriterion;
+  std::vector<BpCategory> fColumns;
+  bool fbSharesFirst = false;
+};
+
+// Columns for the outputs of all criteria in effect, shared by those of one name; those of the last
+// criterion come first.
+std::map<std::string, BpCategory> AddNamed(BpDimension& columns, const FSSettings& settings) {
+  std::map<std::string, BpCategory> named;
+  for (std::size_t c = FSCriterion::All().size(); c-- > 0;) {
+    const FSCriterion& criterion = FSCriterion::All()[c];
+    if (!settings.GetCriterion(criterion.fCode)) continue;
+    for (const FSOutput& output : criterion.fOutputs) {
+      if (named.contains(output.fHeading)) continue;
+      named.emplace(output.fHeading, columns.AddCategory(BpString(output.fHeading),
+                                                         PRSFormatAmongOthers(output.fKind)));
+    }
+  }
+  return named;
 }
 
 }  // namespace
@@ -122,161 +184,47 @@ std::vector<SelOutput::Row> SelOutput::SummaryRows(BpDimension& dimension) const
 }
 
 void SelOutput::FillCategorical(BpPivotTable& table, const std::vector<Row>& rows) const {
-  const IFSAlgorithm& algorithm = Algorithm();
-  const FSSettings& settings = *algorithm.GetSettings();
   BpDimension columns = table.ColumnDimension("Statistics");
-  const bool allScale = settings.GetTypeAllPredictors() == MCFSCommon::kAllContinuous;
-  for (int code = 0; code < 4 && !allScale; ++code) {
-    const auto criterion = static_cast<RankCriteria>(code);
-    if (!settings.GetCriterion(criterion)) continue;
-    const bool significance = PRSSelection::HasSignificance(criterion);
-    BpGroup group = columns.AddGroup(BpString(kCriterionLabels[code]));
-    const BpCategory rank = group.AddCategory(BpString("Rank"), fpProcedure->Count());
-    std::vector<BpCategory> more;
-    if (significance) {
-      more.push_back(group.AddCategory(BpString("Unadjusted Sig."), fpProcedure->Significance()));
-    }
-    const BpCategory value = group.AddCategory(BpString("Value"), fpProcedure->GeneralStat());
-    if (significance) more.push_back(group.AddCategory(BpString("df"), fpProcedure->Count()));
-    for (const Row& row : rows) {
-      const Stats stats = StatsOf(algorithm, criterion, row.fPredictor);
-      const double known = At(algorithm.GetCriterionValues(criterion), row.fPredictor);
-      SetIfThere(table, row.fCategory, rank, RankOf(algorithm, criterion, row.fPredictor));
-      if (significance) SetIfThere(table, row.fCategory, more[0], known);
-      if (!stats.fbHas) continue;
-      table.SetCell({row.fCategory, value}, significance ? stats.fOut2 : stats.fValue);
-      if (significance) table.SetCell({row.fCategory, more[1]}, stats.fOut3);
-    }
-  }
-  if (settings.GetTypeAllPredictors() == MCFSCommon::kAllCategorical) return;
-  BpGroup f = columns.AddGroup(BpString("F"));
-  const BpCategory rank = f.AddCategory(BpString("Rank"), fpProcedure->Count());
-  const BpCategory sig = f.AddCategory(BpString("Unadjusted Sig."), fpProcedure->Significance());
-  const BpCategory value = f.AddCategory(BpString("Value"), fpProcedure->GeneralStat());
-  const BpCategory df1 = f.AddCategory(BpString("df1"), fpProcedure->Count());
-  const BpCategory df2 = f.AddCategory(BpString("df2"), fpProcedure->Count());
-  for (const Row& row : rows) {
-    const Stats stats = StatsOf(algorithm, MCFSCommon::kFStat, row.fPredictor);
-    if (!stats.fbHas) continue;
-    SetIfThere(table, row.fCategory, rank, RankOf(algorithm, MCFSCommon::kFStat, row.fPredictor));
-    table.SetCell({row.fCategory, sig}, stats.fValue);
-    SetF(table, row.fCategory, value, stats);
-    table.SetCell({row.fCategory, df1}, stats.fOut3);
-    table.SetCell({row.fCategory, df2}, stats.fOut4);
+  for (const FSCriterion& criterion : FSCriterion::All()) {
+    if (!Algorithm().GetSettings()->GetCriterion(criterion.fCode)) continue;
+    CriterionColumns shown(Algorithm(), criterion);
+    shown.AddGroup(columns);
+    for (const Row& row : rows) shown.Fill(table, row.fCategory, row.fPredictor);
   }
 }
 
 void SelOutput::FillContinuous(BpPivotTable& table, const std::vector<Row>& rows) const {
-  const IFSAlgorithm& algorithm = Algorithm();
-  const RankCriteria criterion = Selection().fCriterion;
-  const bool scale = criterion == MCFSCommon::kTStat;
   BpDimension columns = table.ColumnDimension("Statistics");
-  const BpCategory rank = columns.AddCategory(BpString("Rank"), fpProcedure->Count());
-  const BpCategory sig =
-      columns.AddCategory(BpString("Unadjusted Sig."), fpProcedure->Significance());
-  BpGroup group = columns.AddGroup(BpString(scale ? "Pearson Correlation" : "F"));
-  const BpCategory value = group.AddCategory(
-      BpString("Value"), scale ? fpProcedure->Correlation() : fpProcedure->GeneralStat());
-  const BpCategory second = group.AddCategory(
-      BpString(scale ? "t" : "df1"), scale ? fpProcedure->GeneralStat() : fpProcedure->Count());
-  const BpCategory df = scale ? columns.AddCategory(BpString("df"), fpProcedure->Count())
-                              : group.AddCategory(BpString("df2"), fpProcedure->Count());
-  for (const Row& row : rows) {
-    const Stats stats = StatsOf(algorithm, criterion, row.fPredictor);
-    SetIfThere(table, row.fCategory, rank, RankOf(algorithm, criterion, row.fPredictor));
-    table.SetCell({row.fCategory, sig}, stats.fValue);
-    if (scale) {
-      SetT(table, row.fCategory, value, second, stats);
-    } else {
-      SetF(table, row.fCategory, value, stats);
-      table.SetCell({row.fCategory, second}, stats.fOut3);
-    }
-    table.SetCell({row.fCategory, df}, stats.fOut4);
-  }
+  CriterionColumns shown(Algorithm(), FSCriterion::Of(Selection().fCriterion));
+  shown.AddTo(columns);
+  for (const Row& row : rows) shown.Fill(table, row.fCategory, row.fPredictor);
 }
 
+// Each predictor by the criterion that shows its kind, ranked by the one that ranks all.
 void SelOutput::FillStatTypes(BpPivotTable& table, const std::vector<Row>& rows) const {
-  const IFSAlgorithm& algorithm = Algorithm();
+  const FSSettings& settings = *Algorithm().GetSettings();
+  const RankCriteria ranking = Selection().fCriterion;
   BpDimension types = table.ColumnDimension("Stat Type");
   BpDimension columns = table.ColumnDimension("Statistics");
-  const BpCategory f = types.AddCategory(BpString("F"));
-  const BpCategory correlation = types.AddCategory(BpString("Pearson Correlation"));
-  const BpCategory rank = columns.AddCategory(BpString("Rank"), fpProcedure->Count());
-  const BpCategory sig =
-      columns.AddCategory(BpString("Unadjusted Sig."), fpProcedure->Significance());
-  BpCategory value = columns.AddCategory(BpString("Value"), fpProcedure->GeneralStat());
-  const BpCategory t = columns.AddCategory(BpString("t"), fpProcedure->GeneralStat());
-  const BpCategory df = columns.AddCategory(BpString("df"), fpProcedure->Count());
-  const BpCategory df1 = columns.AddCategory(BpString("df1"), fpProcedure->Count());
-  const BpCategory df2 = columns.AddCategory(BpString("df2"), fpProcedure->Count());
-  for (const Row& row : rows) {
-    const bool categorical = algorithm.GetSettings()->IsCatPredictor(row.fPredictor);
-    const RankCriteria criterion = categorical ? MCFSCommon::kFStat : MCFSCommon::kTStat;
-    const BpCategory& type = categorical ? f : correlation;
-    const BpCategory& place = row.fCategory;
-    const Stats stats = StatsOf(algorithm, criterion, row.fPredictor);
-    const double ranked = RankOf(algorithm, MCFSCommon::kFStat, row.fPredictor);
-    if (!MCMV::IsMissing(ranked)) table.SetCell({place, type, rank}, ranked);
-    table.SetCell({place, type, sig}, stats.fValue);
-    table.SetCell({place, type, value}, stats.fOut2);
-    if (categorical) {
-      table.SetCell({place, type, df1}, stats.fOut3);
-      table.SetCell({place, type, df2}, stats.fOut4);
-    } else {
-      table.SetCell({place, type, t}, stats.fOut3);
-      table.SetCell({place, type, df}, stats.fOut4);
-    }
-    const double lost = categorical ? stats.fOut2 : stats.fOut3;
-    if (MCMV::IsMissing(lost) && stats.fValue == 0.0) {
-      value.CellNote({place, type}, BpString(categorical ? "No within-factor variation..."
-                                                         : "Pearson correlation equals one..."));
+  const BpCategory rank = columns.AddCategory(BpString("Rank"), BpProcedure::Count());
+  const std::map<std::string, BpCategory> named = AddNamed(columns, settings);
+  std::vector<std::pair<const FSCriterion*, BpCategory>> typed;
+  for (const FSCriterion& criterion : FSCriterion::All()) {
+    if (!settings.GetCriterion(criterion.fCode)) continue;
+    typed.emplace_back(&criterion, types.AddCategory(BpString(criterion.fHeading)));
+  }
+  for (const auto& [predictor, row] : rows) {
+    const bool categorical = settings.IsCatPredictor(predictor);
+    for (const auto& [criterion, type] : typed) {
+      if (criterion->PartOf(categorical, settings.IsCatTarget()) != FSPart::kShown) continue;
+      const double ranked = RankOf(Algorithm(), ranking, predictor);
+      if (!MCMV::IsMissing(ranked)) table.SetCell({row, type, rank}, ranked);
+      const Stats stats(Algorithm(), *criterion, predictor);
+      const auto column = [&](std::size_t i) { return named.at(criterion->fOutputs[i].fHeading); };
+      for (std::size_t i = 0; i < criterion->fOutputs.size(); ++i) {
+        table.SetCell({row, type, column(i)}, stats.fValues[i]);
+      }
+      if (const char* note = stats.Note()) column(kNoted).CellNote({row, type}, BpString(note));
     }
   }
-}
-
-void SelOutput::ChartPredSummary() const {
-  if (!fpValidSpecs->GetPlotSummary()) return;
-  const PRSSelection selection = Selection();
-  if (selection.fIndices.empty()) return;
-  FacSTDictionary texts;
-  texts.SetGlobalStringTable();
-  texts.SetProcedure(fpProcedure->GetName());
-  const bool significance = PRSSelection::HasSignificance(selection.fCriterion);
-  XVariable color(XVariable::kCategorical, texts.Lookup("Predictors"));
-  color.addRelabel(0, texts.Lookup("Selected"));
-  color.addRelabel(1, texts.Lookup("Unselected"));
-  XVariable x(XVariable::kCategorical, texts.Lookup("Predictor"));
-  XVariable y(XVariable::kScale,
-              texts.Lookup(significance ? "Unadjusted Significance"
-                                        : kCriterionLabels[selection.fCriterion]));
-  y.SetNumberFormat(XVariable::kThreeDecimals);
-  XDocument chart("Predictor Summary Chart", XGraph(std::move(x), std::move(y)));
-  XGraph& graph = chart.GetGraph();
-  graph.GetElement().colorByVariable(color);
-  const int n = static_cast<int>(selection.fIndices.size());
-  for (int i = 0; i < n; ++i) {
-    const auto place = static_cast<std::size_t>(i);
-    const KOVA_Variable& variable = Predictor(selection.fIndices[place]);
-    graph.GetXVariable().addRelabel(
-        i, variable.GetLabel().empty() ? variable.GetName() : variable.GetLabel());
-    graph.GetElement().AddPoint(i, selection.fValues[place], i < selection.fNSelected ? 0 : 1);
-  }
-  chart.SetFrameHeight(std::max(1.0, n / 20.0));
-  graph.GetXAxis().SetTickFontSize(n >= 19 ? 8 : 12);
-  graph.GetXAxis().SetMargins(0.1, 0.1);
-  graph.GetXAxis().HideLabel();
-  graph.GetYAxis().SetMargins(0.0, 0.05);
-  graph.GetYAxis().SetNice(true);
-  graph.GetYAxis().SetInterval(0.0, 1.0);
-  graph.GetYAxis().invertScale(1.0);
-  if (significance) {
-    graph.AddYReferenceLine(fpValidSpecs->GetUniPCutOff(), "dash");
-    ChartString note(texts.Lookup("The line is at p-value..."));
-    chart.AddFootnote(note.append(" ").appendDouble(fpValidSpecs->GetUniPCutOff()).GetText());
-  }
-  if (selection.fbLimited && n > selection.fNSelected) {
-    ChartString note(texts.Lookup("Unselected predictors limited..."));
-    chart.AddFootnote(note.append(" ").appendInteger(n - selection.fNSelected).GetText());
-  }
-  chart.Show();
 }

@@ -166,7 +166,7 @@ void PRSValidSpecs::CompleteFeatureSettings(int targetPosition, int weightPositi
   // A criterion that does not suit the data is refused, and the data's own criteria stay.
   (void)fpFeatureSettings->SetCriterion(GetUniRank(), true);
   for (const FeaturePrintOption option : fFeaturePrintOptions) {
-    (void)fpFeatureSettings->SetCriterion(static_cast<MCFSCommon::RankCriteria>(option), true);
+    (void)fpFeatureSettings->SetCriterion(option, true);
   }
   fpFeatureSettings->SetCancelPointer(fpStopProcessor.get());
 }

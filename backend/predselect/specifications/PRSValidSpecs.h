@@ -25,14 +25,12 @@ class UAVarValidSpecs;
 // NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): one object a run, grouped by meaning
 class PRSValidSpecs {
  public:
-  // A ranking statistic asked for besides the ranking criterion. The values are those of
-  // MCFSCommon::RankCriteria.
-  enum FeaturePrintOption {
-    kPearsonChiSquare = 0,
-    kLikelihoodRatioChiSquare = 1,
-    kCramersV = 2,
-    kLambda = 3
-  };
+  // A ranking statistic asked for besides the ranking criterion.
+  using FeaturePrintOption = MCFSCommon::RankCriteria;
+  static constexpr FeaturePrintOption kPearsonChiSquare = MCFSCommon::kPearson;
+  static constexpr FeaturePrintOption kLikelihoodRatioChiSquare = MCFSCommon::kLikelihood;
+  static constexpr FeaturePrintOption kCramersV = MCFSCommon::kCramer;
+  static constexpr FeaturePrintOption kLambda = MCFSCommon::kLambda;
 
   using IntList = std::unique_ptr<std::vector<int>>;
   using BoolList = std::unique_ptr<std::vector<bool>>;

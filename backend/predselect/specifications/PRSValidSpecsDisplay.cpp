@@ -2,6 +2,7 @@
 #include <ostream>
 
 #include "backend/predselect/specifications/PRSValidSpecs.h"
+#include "feature/FSCriterion.h"
 
 namespace {
 
@@ -92,22 +93,7 @@ void PRSValidSpecs::DisplayOutputs(std::ostream& out) const {
 
 void PRSValidSpecs::DisplayFeaturePrintOption(std::ostream& out, const std::string& label,
                                               FeaturePrintOption option) {
-  out << label;
-  switch (option) {
-    case kPearsonChiSquare:
-      out << " = Pearson Chi Square";
-      break;
-    case kLikelihoodRatioChiSquare:
-      out << " = Likelihood Ratio Chi Square";
-      break;
-    case kCramersV:
-      out << " = Predictors are sorted in descending order of Cramers's V";
-      break;
-    case kLambda:
-      out << " = Rank Predictors based on Lambda (asymmetric)";
-      break;
-    default:
-      out << " = unrecognized";
-  }
-  out << '\n';
+  const FSCriterion* criterion = FSCriterion::Find(option);
+  const bool isOption = criterion != nullptr && criterion->IsChoice();
+  out << label << " = " << (isOption ? criterion->fOptionText : "unrecognized") << '\n';
 }

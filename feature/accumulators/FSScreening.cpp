@@ -1,4 +1,4 @@
-#include "feature/ranking/FSScreening.h"
+#include "feature/accumulators/FSScreening.h"
 
 #include <algorithm>
 #include <cmath>

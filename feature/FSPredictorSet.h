@@ -1,16 +1,16 @@
 // The predictors of one run and the stages they go through: one pass over the cases, screening,
-// ranking criteria, sorting, ranking, and the extraction of the top predictors.
+// ranking criteria, sorting, ranking, and the extraction of the top predictors. What they are made
+// of has classes of its own: what the passes count (feature/pass), exclusions and order
+// (feature/ranking).
 //
 // Stages are called in the order in which they are declared. The settings and the cancel state are
-// borrowed and must outlive the set; the accumulators are its own. Cancel is polled once a block of
-// records (at most RecordBlock::kMaxCases), predictor or criterion; a cancelled stage stops where
-// it is. Single records and blocks of the same cases give the same result to the last bit.
+// borrowed and must outlive the set. Cancel is polled once a block of records, predictor or
+// criterion; a cancelled stage stops where it is. Single records and blocks of the same cases give
+// the same result to the last bit.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <iosfwd>
-#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -19,12 +19,13 @@
 #include "feature/FSCancelInfo.h"
 #include "feature/MCFSCommon.h"
 #include "feature/MCStatus.h"
-#include "feature/accumulators/FSMaps.h"
-#include "feature/accumulators/IFSPredTargetAccum.h"
-#include "feature/ranking/FSPredSort.h"
+#include "feature/pass/FSCounts.h"
+#include "feature/ranking/FSExclusions.h"
+#include "feature/ranking/FSRanking.h"
 
-class FSSettings;
 struct FSCategoryMaps;
+struct FSCriterion;
+class FSSettings;
 namespace MCCommonXML {
 class XMLElement;
 }
@@ -34,7 +35,6 @@ class FSPredictorSet {
   FSPredictorSet(FSSettings* settings, FSCancelInfo* cancel);
   FSPredictorSet(const FSPredictorSet&) = delete;
   FSPredictorSet& operator=(const FSPredictorSet&) = delete;
-  ~FSPredictorSet();
 
   // The data pass, one record a case. maxRecords counts the cases with a valid weight; a negative
   // number is no limit. A missing or non-positive weight skips its case; a missing target (also
@@ -81,21 +81,27 @@ class FSPredictorSet {
                                        std::vector<int>& indices,
                                        std::vector<double>& values) const;
   // One value per predictor, missing for deleted ones. Empty before ComputeCriteria.
-  const std::vector<double>& GetCriterionValues(MCFSCommon::RankCriteria criterion) const;
+  const std::vector<double>& GetCriterionValues(MCFSCommon::RankCriteria criterion) const {
+    return fRanking.GetValues(criterion);
+  }
   // One rank per predictor, -1 for those not ranked.
-  const std::vector<int>& GetRanks(MCFSCommon::RankCriteria criterion) const;
+  const std::vector<int>& GetRanks(MCFSCommon::RankCriteria criterion) const {
+    return fRanking.GetRanks(criterion);
+  }
   // IFSPredTargetAccum::GetOutputStats of a predictor. False for a deleted predictor, and for an
   // index or criterion outside its range.
   bool GetPredictorStats(int criterion, int predictor, double& value, double& out2, double& out3,
                          double& out4) const;
 
   void GetNValidNExcluded(double& validWeight, double& excludedWeight, int& validCases,
-                          int& excludedCases) const;
-  int GetNDeletedPred() const { return static_cast<int>(fDeletedIndices.size()); }
+                          int& excludedCases) const {
+    fCounts.GetNValidNExcluded(validWeight, excludedWeight, validCases, excludedCases);
+  }
+  int GetNDeletedPred() const { return fExclusions.Size(); }
   int GetNValidPred() const { return fNPredictors - GetNDeletedPred(); }
   // Parallel, in ascending order of the index.
-  const std::vector<int>& GetIndicesDelPred() const { return fDeletedIndices; }
-  const std::vector<int>& GetReasonsDelPred() const { return fDeletedReasons; }
+  const std::vector<int>& GetIndicesDelPred() const { return fExclusions.GetIndices(); }
+  const std::vector<int>& GetReasonsDelPred() const { return fExclusions.GetReasons(); }
 
   // Categories of a categorical target, in ascending order; 0 for a continuous one.
   int GetNTargetCategories() const;
@@ -132,71 +138,35 @@ class FSPredictorSet {
   void Display(std::ostream& out) const;
 
  private:
-  class BlockPass;
-  class TransactionPass;
-  using Accumulators = std::vector<std::unique_ptr<IFSPredTargetAccum>>;
-
   template <class Archive, class Self>
   static void Fields(Archive& archive, Self& self);
-  template <class Archive, class Self>
-  static void AccumulatorFields(Archive& archive, Self& self);
-  template <class Archive, class Self>
-  static void RankingFields(Archive& archive, Self& self);
-  std::unique_ptr<IFSPredTargetAccum> NewAccumulator(int predictor) const;
   bool IsConsistent() const;
-  bool AreSortVectorsConsistent() const;
-  void AllocAccum(bool withTarget);
-  MCFeature::MCStatus CheckMerge(const FSPredictorSet& other, const FSCategoryMaps* maps) const;
-  MCFeature::MCStatus CheckAccumulators(const FSPredictorSet& other) const;
-  MCFeature::MCStatus CheckMaps(const FSPredictorSet& other, const FSCategoryMaps* maps) const;
+  bool IsThere(int predictor) const;
   MCFeature::MCStatus PassBlocks(MCCommon::RecordIterator& source, int maxRecords, bool withTarget,
                                  bool warn);
-  void StartPass(bool withTarget);
-  int CasesLeft(int maxRecords) const;
   MCFeature::MCStatus EndOfPass(bool weighted, bool warn);
-  void CountCase(double weight, double target, bool withTarget, bool valid);
-  void Remove(const std::vector<std::pair<int, int>>& found);
   template <class Reason>
   void RemoveWhere(Reason reason);
-  const std::vector<FSPredSort>& SortVectorOf(MCFSCommon::RankCriteria criterion) const;
-  void RankFirst(int n);
-  int RankOf(MCFSCommon::RankCriteria criterion, int predictor) const;
   MCFeature::MCStatus MayExport(MCFSCommon::PredictorSetStatus from) const;
   // A missing value is "Missing". Without a name the attribute is criterionValue.
   static void ExportDoubleValue(MCCommonXML::XMLElement& element, double value);
   static void ExportDoubleValue(MCCommonXML::XMLElement& element, const char* name, double value);
-  void ExportRanking(MCCommonXML::XMLElement& root, MCFSCommon::RankCriteria criterion,
-                     int n) const;
+  FSPart PartOf(const FSCriterion& criterion, int predictor) const;
+  void ExportRanking(MCCommonXML::XMLElement& root, const FSCriterion& criterion, int n) const;
   void ExportPredictor(MCCommonXML::XMLElement& element, int predictor) const;
   void ExportExcludedPredictors(MCCommonXML::XMLElement& root) const;
   void ExportCriteria(MCCommonXML::XMLElement& element, int predictor) const;
   void ExportCritAndRank(MCCommonXML::XMLElement& element, int predictor,
                          MCFSCommon::RankCriteria criterion) const;
 
-  template <class T>
-  using PerCriterion = std::array<std::vector<T>, MCFSCommon::kNCriteria>;
-
   FSSettings* fpSettings;
   FSCancelInfo* fpCancel;
   int fNPredictors;
   MCFSCommon::PredictorSetType fSetType;
   MCFSCommon::PredictorSetStatus fStatus = MCFSCommon::kInitial;
-  bool fbNoValidWeight = true;
-  bool fbNoValidData = true;
-  bool fbPassCompleted = false;
-  double fValidWeight = 0.0;
-  double fExcludedWeight = 0.0;
-  int fNValidCases = 0;
-  int fNExcludedCases = 0;
   double fElapsed = 0.0;  // seconds over all stages
-  FSMapIPCnt fTargetCategories;
-  bool fbWithTarget = false;   // the accumulators are of pairs
-  Accumulators fAccumulators;  // null once a predictor is deleted
-  int fNBest = 0;
-  std::vector<int> fDeletedIndices;
-  std::vector<int> fDeletedReasons;
-  PerCriterion<FSPredSort> fSortVectors;
-  PerCriterion<int> fRanks;
-  PerCriterion<double> fCriterionValues;
+  FSCounts fCounts;
+  FSExclusions fExclusions;
+  FSRanking fRanking;
   int fWarning = 0;
 };

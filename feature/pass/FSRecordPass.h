@@ -1,0 +1,63 @@
+// A data pass over records, one a case, taken in blocks: decides once per case on weight and
+// target, then gives each predictor its column of the cases that remain.
+//
+// Cancel is polled once a block (at most RecordBlock::kMaxCases records). Single records and blocks
+// of the same cases give the same result to the last bit.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "common/RecordIterator.h"
+#include "feature/FSCancelInfo.h"
+#include "feature/accumulators/FSCaseBlock.h"
+
+class FSCounts;
+class FSSettings;
+class FSStopwatch;
+class IFSPredTargetAccum;
+
+class FSRecordPass {
+ public:
+  // Starts nothing. Both are borrowed.
+  FSRecordPass(FSCounts& counts, const FSSettings& settings, bool withTarget);
+
+  // Takes at most maxRecords cases with a valid weight (negative: all). Progress is reported with
+  // the watch's time.
+  void Run(MCCommon::RecordIterator& source, int maxRecords, FSCancelInfo& cancel,
+           const FSStopwatch& watch);
+
+ private:
+  // Returns the number of cases with a valid weight.
+  int Take(const MCCommon::RecordBlock& block);
+  int SelectCases(const MCCommon::RecordBlock& block);
+  void ForgetCases();
+  bool ReadWeight(const double* weights, std::size_t i, double& weight);
+  bool IsValidTarget(double target) const;
+  void Choose(std::size_t i, double weight, double target);
+  FSCaseBlock ChosenCases();
+  int TargetSide() const;
+  void TakePredictors(const MCCommon::RecordBlock& block, FSCaseBlock& cases);
+  void TakeMissing(IFSPredTargetAccum& accumulator, const double* cells);
+  bool IsReserved(int column) const;
+  const double* ChosenCells(const MCCommon::RecordBlock& block, int column);
+  bool HaveAllValid() const;
+  void CountCases();
+
+  FSCounts& fCounts;
+  const FSSettings& fSettings;
+  bool fbWithTarget;
+  std::vector<std::uint32_t> fChosen;  // positions in the block
+  double fTotal = 0.0;                 // weight of all cases chosen so far
+  std::vector<double> fWeights;
+  std::vector<double> fWeightsBefore;
+  std::vector<double> fShares;
+  std::vector<double> fTargets;
+  double fTargetMeanBefore = 0.0;  // the block's first case
+  double fTargetMean = 0.0;
+  std::vector<double> fTargetMeans;
+  std::vector<int> fTargetCategories;
+  std::vector<std::uint8_t> fHasValid;
+  std::vector<double> fCells;
+};
