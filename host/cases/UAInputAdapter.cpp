@@ -167,10 +167,11 @@ void UAInputAdapter::PrepareNumbers(Var& var, std::size_t recordVar, UACaseScan&
   var.fMax = var.fMax == KOVA_SystemMissing ? range.fMax : std::max(var.fMax, range.fMax);
 }
 
-bool UAInputAdapter::IsLeftOut(const UACaseScan& scan, std::size_t i) const {
-  if (fpSpecs->IsMissingDelivered()) return false;
+void UAInputAdapter::LeaveOutIncomplete(const UACaseScan& scan,
+                                        std::vector<std::size_t>& cases) const {
+  if (fpSpecs->IsMissingDelivered()) return;
   for (std::size_t j = 0; j < fVars.size(); ++j) {
-    if (scan.Column(j)[i] == KOVA_SystemMissing) return true;
+    const double* column = scan.Column(j);
+    std::erase_if(cases, [column](std::size_t i) { return column[i] == KOVA_SystemMissing; });
   }
-  return false;
 }

@@ -57,13 +57,14 @@ class UAInputAdapter {
 
   // For the streams. A new scan (throws HostIOError); the next chunk of one, observed and prepared,
   // false at the end (throws HostIOError); making a scan the one that is reading; counting a
-  // delivery; whether a case of the chunk lacks a value although only complete ones are wanted.
+  // delivery; taking out the cases of the chunk that lack a value, when only complete ones are
+  // wanted.
   std::unique_ptr<UACaseScan> OpenScan();
   bool NextChunk(UACaseScan& scan);
   void Follow(UACaseScan* scan);
   bool IsFollowing(const UACaseScan* scan) const { return fpReading == scan; }
   void CountDelivered(int n) { fNRecords += n; }
-  bool IsLeftOut(const UACaseScan& scan, std::size_t i) const;
+  void LeaveOutIncomplete(const UACaseScan& scan, std::vector<std::size_t>& cases) const;
   std::size_t GetNRecordVars() const { return fVars.size(); }
 
  private:
