@@ -17,26 +17,23 @@ class NBBinGrid {
 
   bool IsUsable() const { return !fvCells.empty(); }
 
-  // The number of cutpoints strictly below the value, which is not missing (any bin for one that
-  // is). REQUIRES: IsUsable().
-  std::int32_t BinOf(double value) const {
-    const Cell& cell = fvCells[CellOf(value)];
-    return value <= cell.fCutpoint ? cell.fBelow : cell.fAbove;
-  }
+  // The number of cutpoints strictly below each value, INBEncoder::kMissingCode for a missing one.
+  // REQUIRES: IsUsable().
+  void Encode(const double* values, std::size_t cases, std::int32_t* bins) const;
 
  private:
   struct Cell {
-    double fCutpoint;  // the highest double in a cell without one
-    std::int32_t fBelow;
-    std::int32_t fAbove;
+    double fCutpoint;      // the highest double in a cell without one
+    std::int32_t fBin;     // of its values up to the cutpoint
+    std::int32_t fBeyond;  // bins further for those above
   };
 
   // NaN falls into the first cell.
-  std::size_t CellOf(double value) const {
+  std::int32_t CellOf(double value) const {
     double place = (value - fLow) * fScale;
     place = place > 0 ? place : 0;
     place = place < fLast ? place : fLast;
-    return static_cast<std::size_t>(static_cast<std::int32_t>(place));
+    return static_cast<std::int32_t>(place);
   }
   void FillTo(std::size_t cell, std::int32_t bin);
 

@@ -50,15 +50,12 @@ double NBBinningEncoder::Encode(double value) const {
 
 void NBBinningEncoder::EncodeColumn(const double* values, std::size_t cases,
                                     std::int32_t* codes) const {
-  const auto encode = [&](auto binOf) {
-    for (std::size_t i = 0; i < cases; ++i) {
-      codes[i] = MCMV::IsMissing(values[i]) ? kMissingCode : binOf(values[i]);
-    }
-  };
   if (fGrid.IsUsable()) {
-    encode([this](double value) { return fGrid.BinOf(value); });
+    fGrid.Encode(values, cases, codes);
   } else {
-    encode([this](double value) { return BinOf(value); });
+    for (std::size_t i = 0; i < cases; ++i) {
+      codes[i] = MCMV::IsMissing(values[i]) ? kMissingCode : BinOf(values[i]);
+    }
   }
   if (GetUserMissingInfo() == nullptr) return;
   for (std::size_t i = 0; i < cases; ++i) {
