@@ -103,6 +103,12 @@ KOVA_Value UAInputAdapter::DecodeCatValue(int recordVar, int code, int& kovaVar)
   return var.fpCategories->Decode(code);
 }
 
+void UAInputAdapter::FixCategories(int recordVar, const std::vector<KOVA_Value>& categories) {
+  Var& var = fVars[static_cast<std::size_t>(recordVar)];
+  var.fpCategories =
+      std::make_unique<UACategories>(fpSource->GetVariable(var.fKOVAVar), categories);
+}
+
 void UAInputAdapter::ReorderCategories(int kovaVar, bool ascending) {
   const Var* var = FindVar(kovaVar);
   if (var != nullptr && var->fpCategories) var->fpCategories->Sort(ascending);

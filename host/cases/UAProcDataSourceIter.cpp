@@ -8,7 +8,6 @@
 #include "host/cases/UACaseScan.h"
 #include "host/cases/UAInputAdapter.h"
 #include "host/session/HostBlocks.h"
-#include "host/session/HostIOError.h"
 #include "host/session/ISession.h"
 #include "host/session/SessionScope.h"
 
@@ -25,7 +24,7 @@ bool UAProcDataSourceIter::Guard(Action action) {
     return action();
   } catch (const MCHost::HostIOError& error) {
     fFailReason = kReadError;
-    fFailText = error.what();
+    fFailure = error;
     fbAtEnd = true;
     return false;
   }

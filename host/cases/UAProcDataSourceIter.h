@@ -6,11 +6,14 @@
 // pass: the fail reason is kReadError and GetFailText() says what happened. Nothing is thrown.
 #pragma once
 
+#include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "common/RecordIterator.h"
+#include "host/session/HostIOError.h"
 
 class KOVA_InputCaseIterator;
 class UACaseScan;
@@ -41,8 +44,9 @@ class UAProcDataSourceIter : public MCCommon::MultiPassRecordIter {
   // making a block of them.
   void SkipBlock();
 
-  // What went wrong, in words, after kReadError.
-  const std::string& GetFailText() const { return fFailText; }
+  // What went wrong, after kReadError: null (empty) before.
+  const MCHost::HostIOError* GetFailure() const { return fFailure ? &*fFailure : nullptr; }
+  std::string GetFailText() const { return fFailure ? fFailure->what() : ""; }
 
   // 1 when the pass has no case at all to deliver, 3 after a read error, else 0.
   int GetState();
@@ -101,7 +105,7 @@ class UAProcDataSourceIter : public MCCommon::MultiPassRecordIter {
   bool fbAtEnd = false;
   bool fbLastPass = false;
   FailReason fFailReason = kSuccess;
-  std::string fFailText;
+  std::optional<MCHost::HostIOError> fFailure;
   MCCommon::Record fRecord;
   MCCommon::RecordBlock fBlock;
   std::vector<std::vector<double>> fGathered;
