@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr std::size_t kSmallNumbers = 1024;
+constexpr double kSmallNumbers = 1024;
 constexpr double kNotMet = std::numeric_limits<double>::quiet_NaN();
 
 bool Before(const KOVA_Value& left, const KOVA_Value& right) {
@@ -23,7 +23,7 @@ bool Before(const KOVA_Value& left, const KOVA_Value& right) {
 UACategories::UACategories(const KOVA_Variable& variable, bool excludeUserMissing)
     : fpUserMissing(excludeUserMissing ? &variable.GetMissingValues() : nullptr) {
   if (variable.IsNumeric()) {
-    fSmallCodes.assign(kSmallNumbers, kNotMet);
+    fSmallCodes.assign(static_cast<std::size_t>(kSmallNumbers), kNotMet);
   } else {
     fStringCodes.assign(1, KOVA_SystemMissing);
   }
@@ -54,17 +54,17 @@ void UACategories::Encode(const MCHost::ColumnView& cells, std::size_t n, double
 void UACategories::EncodeNumbers(const double* values, std::size_t n, double* codes) {
   for (std::size_t i = 0; i < n; ++i) {
     const double value = values[i];
-    const bool isSmall = value >= 0.0 && value < static_cast<double>(kSmallNumbers);
-    const int whole = isSmall ? static_cast<int>(value) : 0;
+    double small = value > 0.0 ? value : 0.0;
+    small = small < kSmallNumbers - 1 ? small : kSmallNumbers - 1;
+    const int whole = static_cast<int>(small);
     const double code = fSmallCodes[static_cast<std::size_t>(whole)];
-    const bool isMet = isSmall && static_cast<double>(whole) == value && !std::isnan(code);
-    codes[i] = isMet ? code : CodeOf(value);
+    codes[i] = whole == value && !std::isnan(code) ? code : CodeOf(value);
   }
 }
 
 // Where the code of a number stands, not met yet for a new one; null for one that is not fixed.
 double* UACategories::PlaceOf(double value) {
-  if (value >= 0.0 && value < static_cast<double>(kSmallNumbers) && value == std::floor(value)) {
+  if (value >= 0.0 && value < kSmallNumbers && value == std::floor(value)) {
     return &fSmallCodes[static_cast<std::size_t>(value)];
   }
   if (!fbFixed) return &fOtherCodes.try_emplace(value, kNotMet).first->second;

@@ -70,6 +70,7 @@ UAInputAdapter::Var UAInputAdapter::MakeVar(int recordVar) {
     var.fpCategories = std::make_unique<UACategories>(variable, exclude);
   } else if (exclude && !variable.GetMissingValues().IsEmpty()) {
     var.fpUserMissing = &variable.GetMissingValues();
+    var.fbConvert = true;
   }
   return var;
 }
@@ -134,12 +135,17 @@ void UAInputAdapter::Follow(UACaseScan* scan) {
 }
 
 bool UAInputAdapter::NextChunk(UACaseScan& scan) {
-  if (!scan.NextChunk()) return false;
+  if (!scan.NextChunk()) {
+    fbObserved = true;
+    return false;
+  }
   for (std::size_t j = 0; j < fVars.size(); ++j) {
     Var& var = fVars[j];
     if (var.fpCategories) {
       var.fpCategories->Encode(scan.Raw(var.fScanColumn), scan.Cases(), scan.Buffer(j));
       scan.SetColumn(j, scan.Buffer(j));
+    } else if (fbObserved && !var.fbConvert) {
+      scan.SetColumn(j, scan.Raw(var.fScanColumn).fpNumbers);
     } else {
       PrepareNumbers(var, j, scan);
     }
@@ -162,6 +168,7 @@ void UAInputAdapter::PrepareNumbers(Var& var, std::size_t recordVar, UACaseScan&
   } else {
     range = Observe(values, n);
     if (range.fbConvert) {
+      var.fbConvert = true;
       double* out = scan.Buffer(recordVar);
       std::replace_copy_if(values, values + n, out, MCMV::IsMissing, KOVA_SystemMissing);
       values = out;

@@ -77,6 +77,7 @@ class UAInputAdapter {
     std::size_t fScanColumn = 0;
     const KOVA_MissingValues* fpUserMissing = nullptr;  // null when there is none to apply
     std::unique_ptr<UACategories> fpCategories;         // null for a number
+    bool fbConvert = false;  // some missing cell is not KOVA_SystemMissing in the table
     double fMin = KOVA_SystemMissing;
     double fMax = KOVA_SystemMissing;
   };
@@ -93,6 +94,7 @@ class UAInputAdapter {
   std::vector<Var> fVars;
   KOVA_InputCaseIterator fIterator;
   UACaseScan* fpReading = nullptr;
+  bool fbObserved = false;  // every case, by a scan that came to the end
   int fNScans = 0;
   int fNRecords = 0;
 };

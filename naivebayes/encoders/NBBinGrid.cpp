@@ -63,6 +63,7 @@ NBBinGrid::NBBinGrid(const std::vector<double>& cutpoints) {
     fvCells.push_back({cut, binBelow(cut), beyond});
   }
   FillTo(static_cast<std::size_t>(fLast) + 1, binBelow(kHighest));
+  fvCells.push_back({kHighest, INBEncoder::kMissingCode, 0});
 }
 
 // Cells without a cutpoint, up to the one before.
@@ -72,10 +73,13 @@ void NBBinGrid::FillTo(std::size_t cell, std::int32_t bin) {
 
 // Two loops, of which the first is done several values at a time; no branch on the data.
 void NBBinGrid::Encode(const double* values, std::size_t cases, std::int32_t* bins) const {
-  for (std::size_t i = 0; i < cases; ++i) bins[i] = CellOf(values[i]);
+  const auto missing = static_cast<std::int32_t>(fLast) + 1;
+  for (std::size_t i = 0; i < cases; ++i) {
+    const std::int32_t cell = CellOf(values[i]);
+    bins[i] = MCMV::IsMissing(values[i]) ? missing : cell;
+  }
   for (std::size_t i = 0; i < cases; ++i) {
     const Cell& cell = fvCells[static_cast<std::size_t>(bins[i])];
-    const std::int32_t bin = cell.fBin + cell.fBeyond * (values[i] > cell.fCutpoint ? 1 : 0);
-    bins[i] = MCMV::IsMissing(values[i]) ? INBEncoder::kMissingCode : bin;
+    bins[i] = cell.fBin + cell.fBeyond * (values[i] > cell.fCutpoint ? 1 : 0);
   }
 }

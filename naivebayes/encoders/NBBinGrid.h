@@ -39,6 +39,6 @@ class NBBinGrid {
 
   double fLow = 0;
   double fScale = 1;
-  double fLast = 0;  // number of the last cell
-  std::vector<Cell> fvCells;
+  double fLast = 0;           // number of the last cell
+  std::vector<Cell> fvCells;  // behind the last one that of missing values
 };
