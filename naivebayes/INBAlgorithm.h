@@ -26,6 +26,7 @@
 #include "naivebayes/model/NBOutputStatistics.h"
 #include "naivebayes/variables/NBVarList.h"
 
+class NBScoredBlock;
 struct MCApplicInfo4XML;
 
 class INBAlgorithm {
@@ -122,4 +123,14 @@ class INBAlgorithm {
   // when the document, and only it, could not be written.
   virtual MCNaive::MCStatus SelectAttributes(const NBSelectionRequest& request,
                                              NBSelectionResult& result) = 0;
+
+  // ScoreFullRecord for the cases of a block of original records, of which only the columns of the
+  // model's inputs are read; bit by bit the same results. `scored` says what each case comes with.
+  // Errors: 6, 70012; nothing is scored then.
+  virtual MCNaive::MCStatus ScoreBlock(const MCCommon::RecordBlock& block,
+                                       NBScoredBlock& scored) const = 0;
+  // The same, and counts as ScoreAndAccum does. REQUIRES: one flag per case.
+  virtual MCNaive::MCStatus ScoreAndAccumBlock(const MCCommon::RecordBlock& block,
+                                               NBScoredBlock& scored,
+                                               const std::vector<char>& isTraining) = 0;
 };

@@ -62,6 +62,10 @@ class NBAlgorithm : public INBAlgorithm {
   const NaiveBayesSettings& GetSettings() const override { return fSettings; }
   const NBVarList& GetVarList() const override { return fVarList; }
   void Display(std::ostream& os) const override;
+  MCNaive::MCStatus ScoreBlock(const MCCommon::RecordBlock& block,
+                               NBScoredBlock& scored) const override;
+  MCNaive::MCStatus ScoreAndAccumBlock(const MCCommon::RecordBlock& block, NBScoredBlock& scored,
+                                       const std::vector<char>& isTraining) override;
 
   // The model. Records of codes hold one code per input of the model.
   // Pi(k) times the product of P(m|k), as a plain product of doubles.
@@ -124,9 +128,13 @@ class NBAlgorithm : public INBAlgorithm {
                                 const std::vector<std::int32_t>& codes, NBOutput& output) const;
   // The class probabilities of one code per input.
   void ComputePosteriors(const std::vector<std::int32_t>& codes, std::vector<double>& out) const;
-  struct ScoreBlock;
-  MCNaive::MCStatus ClassifyBlock(const MCCommon::RecordBlock& block, ScoreBlock& scratch,
-                                  NBOutputStatistics& stats, int& nAccepted) const;
+  // Counts each scored case of a block that has a valid target and weight in statsOf(its place in
+  // the block); returns how many these are. REQUIRES: one winner per case, below 0 for not scored.
+  template <typename Choose>
+  int Classify(const MCCommon::RecordBlock& block, const std::int32_t* winners,
+               Choose statsOf) const;
+  // What GetTrainOutStats or GetTestOutStats shows, made when first needed.
+  NBOutputStatistics& StatsOf(bool isTraining);
 
   NaiveBayesSettings fSettings;
   NBVarList fVarList;

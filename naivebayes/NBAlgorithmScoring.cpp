@@ -4,6 +4,7 @@
 #include "common/MissingValue.h"
 #include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/model/NBScaledProducts.h"
+#include "naivebayes/model/NBScoredBlock.h"
 #include "naivebayes/model/NBScoring.h"
 #include "naivebayes/store/NBCodeBlock.h"
 
@@ -12,16 +13,6 @@ using MCCommon::Record;
 using MCCommon::RecordBlock;
 using MCCommon::RecordIterator;
 using MCNaive::MCStatus;
-
-// Room for the codes of a block of records to classify.
-struct NBAlgorithm::ScoreBlock {
-  std::vector<std::int32_t> fvTargets;
-  std::vector<std::int32_t> fvCodes;
-  std::vector<double> fvWeights;
-  std::vector<char> fvOutOfRange;
-  std::vector<double> fvProbabilities;
-  NBScaledProducts fProducts;
-};
 
 double NBAlgorithm::ComputePXYPY(const Record& codes, int k) const {
   double product = fOutput.GetPriors()[k];
@@ -91,64 +82,67 @@ MCStatus NBAlgorithm::ScoreFullRecord(const Record& record, NBOutput& output) co
   return FinishScore(encoded, codes, output);
 }
 
-MCStatus NBAlgorithm::ScoreAndAccum(const Record& record, NBOutput& output, bool isTraining) {
-  const MCStatus scored = ScoreFullRecord(record, output);
-  if (scored.IsError() ||
-      (scored.IsWarning() && scored.GetErrorCode() == MCNaive::kCodeOutOfRange)) {
-    return scored;
-  }
-  std::int32_t target;
-  const double value = record[fpPreparator->GetTargetColumn()];
-  fpPreparator->EncodeTargets(&value, 1, &target);
-  double weight = 1.0;
-  const int column = fpPreparator->GetWeightColumn();
-  if (column >= 0) {
-    const double given = record[column];
-    fpPreparator->EncodeWeights(&given, 1, &weight);
-  }
-  if (target < 0 || MCMV::IsMissing(weight)) return scored;
+NBOutputStatistics& NBAlgorithm::StatsOf(bool isTraining) {
   auto& stats = isTraining ? fTrainStats : fTestStats;
   if (!stats) stats.emplace(fOutput.GetNCategories());
-  stats->Accumulate(target, output.GetWinningIndex(), weight);
+  return *stats;
+}
+
+template <typename Choose>
+int NBAlgorithm::Classify(const RecordBlock& block, const std::int32_t* winners,
+                          Choose statsOf) const {
+  const std::size_t cases = block.Cases();
+  std::vector<std::int32_t> targets(cases);
+  std::vector<double> weights(cases, 1.0);
+  fpPreparator->EncodeTargets(block.Column(fpPreparator->GetTargetColumn()), cases, targets.data());
+  const int weight = fpPreparator->GetWeightColumn();
+  if (weight >= 0) fpPreparator->EncodeWeights(block.Column(weight), cases, weights.data());
+  int nCounted = 0;
+  for (std::size_t i = 0; i < cases; ++i) {
+    if (winners[i] < 0 || targets[i] < 0 || MCMV::IsMissing(weights[i])) continue;
+    statsOf(i).Accumulate(targets[i], winners[i], weights[i]);
+    ++nCounted;
+  }
+  return nCounted;
+}
+
+MCStatus NBAlgorithm::ScoreAndAccum(const Record& record, NBOutput& output, bool isTraining) {
+  const MCStatus scored = ScoreFullRecord(record, output);
+  if (scored.IsError() || scored.GetErrorCode() == MCNaive::kCodeOutOfRange) return scored;
+  RecordBlock block;
+  block.Reset(record.Size(), 1);
+  for (std::size_t j = 0; j < record.Size(); ++j) block.SetColumn(j, &record.GetAll()[j]);
+  const std::int32_t winner = output.GetWinningIndex();
+  Classify(
+      block, &winner, [&](std::size_t) -> auto& { return StatsOf(isTraining); });
   return scored;
 }
 
-MCStatus NBAlgorithm::ClassifyBlock(const RecordBlock& block, ScoreBlock& scratch,
-                                    NBOutputStatistics& stats, int& nAccepted) const {
+MCStatus NBAlgorithm::ScoreBlock(const RecordBlock& block, NBScoredBlock& scored) const {
+  if (fStatus.IsError()) return fStatus;
+  if (!fpPreparator) return MCNaive::Error(MCNaive::kNoPreparator);
   if (static_cast<int>(block.Columns()) < fpPreparator->GetOriginalSize()) {
     return MCNaive::Error(MCNaive::kWrongRecordSize);
   }
-  const std::size_t cases = block.Cases();
-  scratch.fvTargets.resize(cases);
-  scratch.fvCodes.resize(cases);
-  scratch.fvWeights.assign(cases, 1.0);
-  scratch.fvOutOfRange.assign(cases, 0);
-  fpPreparator->EncodeTargets(block.Column(fpPreparator->GetTargetColumn()), cases,
-                              scratch.fvTargets.data());
-  const int weight = fpPreparator->GetWeightColumn();
-  if (weight >= 0) {
-    fpPreparator->EncodeWeights(block.Column(weight), cases, scratch.fvWeights.data());
-  }
-  scratch.fProducts.Reset(fOutput.GetPriors(), cases);
+  scored.Start(fOutput, block.Cases());
   for (int j = 0; j < fNInputs; ++j) {
-    fpPreparator->EncodeInputs(j, block.Column(fpPreparator->GetInputColumn(j)), cases,
-                               scratch.fvCodes.data());
-    for (std::size_t i = 0; i < cases; ++i) {
-      scratch.fvOutOfRange[i] |= scratch.fvCodes[i] == NBDataPreparator::kOutOfRange;
-    }
-    scratch.fProducts.Multiply(fInputs[j], scratch.fvCodes.data());
+    const double* values = block.Column(fpPreparator->GetInputColumn(j));
+    fpPreparator->EncodeInputs(j, values, block.Cases(), scored.CodeColumn());
+    scored.Multiply(fInputs[j]);
   }
-  scratch.fProducts.Align();
-  scratch.fvProbabilities.resize(fOutput.GetNCategories());
-  for (std::size_t i = 0; i < cases && !fCancel.IsCancel(); ++i) {
-    if (scratch.fvOutOfRange[i] != 0 || scratch.fvTargets[i] < 0) continue;
-    if (MCMV::IsMissing(scratch.fvWeights[i])) continue;
-    NBScoring::Normalize(scratch.fProducts, i, scratch.fvProbabilities);
-    stats.Accumulate(scratch.fvTargets[i], SelectWinner(scratch.fvProbabilities),
-                     scratch.fvWeights[i]);
-    ++nAccepted;
-  }
+  scored.Decide(fOutput);
   return {};
+}
+
+MCStatus NBAlgorithm::ScoreAndAccumBlock(const RecordBlock& block, NBScoredBlock& scored,
+                                         const std::vector<char>& isTraining) {
+  const MCStatus status = ScoreBlock(block, scored);
+  if (status.IsError()) return status;
+  Classify(
+      block, scored.GetWinners().data(), [&](std::size_t i) -> auto& {
+        return StatsOf(isTraining[i] != 0);
+      });
+  return status;
 }
 
 MCStatus NBAlgorithm::ComputeOutputStats(RecordIterator& records, NBOutputStatistics& stats,
@@ -157,17 +151,20 @@ MCStatus NBAlgorithm::ComputeOutputStats(RecordIterator& records, NBOutputStatis
   if (!fpPreparator) return MCNaive::Error(MCNaive::kNoPreparator);
   if (limit == 0 || !records.HasMore()) return MCNaive::Error(MCNaive::kNoRecordsToProcess);
   stats.Reset(fOutput.GetNCategories());
-  ScoreBlock scratch;
+  const std::size_t most =
+      RecordBlock::PreferredCases(static_cast<std::size_t>(fOutput.GetNCategories()));
+  NBScoredBlock scored;
   MCStatus status;
   int nAccepted = 0;
-  while ((limit < 0 || nAccepted < limit) && !fCancel.IsCancel() && !status.IsError()) {
+  while ((limit < 0 || nAccepted < limit) && !fCancel.IsCancel()) {
     // Never more cases than may still be accepted, as if they were read one by one.
-    const std::size_t wanted =
-        limit < 0 ? RecordBlock::kMaxCases
-                  : std::min<std::size_t>(RecordBlock::kMaxCases, limit - nAccepted);
+    const std::size_t wanted = limit < 0 ? most : std::min<std::size_t>(most, limit - nAccepted);
     const RecordBlock& block = records.NextBlock(wanted);
     if (block.Cases() == 0) break;
-    status = ClassifyBlock(block, scratch, stats, nAccepted);
+    status = ScoreBlock(block, scored);
+    if (status.IsError()) break;
+    nAccepted += Classify(
+        block, scored.GetWinners().data(), [&](std::size_t) -> auto& { return stats; });
   }
   if (!status.IsError() && records.GetFailReason() == RecordIterator::kReadError) {
     status = MCNaive::Error(MCNaive::kSourceFailed);

@@ -16,7 +16,7 @@
 #include "modelfiles/ComponentFile.h"
 #include "naivebayes/NBAlgorithm.h"
 #include "operations/DocumentParts.h"
-#include "operations/ModelColumns.h"
+#include "operations/ModelCategories.h"
 
 namespace PredSelect {
 

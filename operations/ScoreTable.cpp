@@ -5,9 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "common/MissingValue.h"
+#include "host/cases/UAPredictionWriter.h"
 #include "host/command/VarSpecObj.h"
 #include "host/data/DataTable.h"
+#include "host/data/ProcedureDataSource.h"
 #include "host/output/OutputDocument.h"
 #include "host/output/pivot/BpPivotTable.h"
 #include "host/output/pivot/BpProcedure.h"
@@ -15,8 +16,10 @@
 #include "host/session/Session.h"
 #include "host/session/SessionScope.h"
 #include "modelfiles/ComponentFile.h"
+#include "naivebayes/model/NBScoredBlock.h"
 #include "operations/DocumentParts.h"
-#include "operations/ModelColumns.h"
+#include "operations/ModelCases.h"
+#include "operations/ModelCategories.h"
 #include "operations/RequestError.h"
 
 namespace PredSelect {
@@ -31,8 +34,7 @@ constexpr KOVA_Format kProbabilityFormat{KOVA_Format::kNumber, 5, 3};
 struct Predictions {
   int fPredicted = -1;
   std::vector<int> fProbabilities;
-  std::vector<std::string> fCategories;
-  bool fbNumeric = true;
+  std::vector<KOVA_Value> fCategories;
   std::int64_t fNScored = 0;
 };
 
@@ -48,12 +50,12 @@ void AddPredicted(KOVA_DataSource& source, const std::string& asked, const INBVa
   }
   std::size_t width = 1;
   for (int k = 0; k < target.GetNumberOfCategories(); ++k) {
-    predictions.fCategories.push_back(CategoryText(target, k));
-    width = std::max(width, predictions.fCategories.back().size());
+    width = std::max(width, CategoryText(target, k).size());
   }
-  predictions.fbNumeric = target.GetMeasureLevel() == INBVariable::kNumericCategorical;
+  predictions.fCategories = CategoriesOf(target);
+  const bool isNumeric = target.GetMeasureLevel() == INBVariable::kNumericCategorical;
   predictions.fPredicted =
-      source.MakeVariable(name.GetName(), predictions.fbNumeric ? 0 : static_cast<int>(width));
+      source.MakeVariable(name.GetName(), isNumeric ? 0 : static_cast<int>(width));
   KOVA_Variable& variable = source.GetVariable(predictions.fPredicted);
   variable.SetMeasurementLevel(KOVA_Variable::kNominal);
   variable.SetLabel("Predicted value");
@@ -74,79 +76,30 @@ void AddProbabilities(KOVA_DataSource& source, const std::string& root, const IN
     variable.SetWriteFormat(kProbabilityFormat);
     variable.SetMeasurementLevel(KOVA_Variable::kScale);
     variable.SetLabel("Predicted probability that " + target.GetVariableName() + " is " +
-                      predictions.fCategories[k]);
+                      CategoryText(target, static_cast<int>(k)));
     predictions.fProbabilities.push_back(column);
   }
 }
 
-// One batch of predictions, column by column, until it goes to the table.
-class PredictionBatch {
- public:
-  PredictionBatch(const INBAlgorithm& model, Predictions& predictions)
-      : fModel(model), fPredictions(predictions) {
-    const INBVariable& target = *model.GetVarList().GetVarAt(model.GetVarList().GetTargetIndex());
-    for (int k = 0; k < target.GetNumberOfCategories(); ++k) {
-      fNumbersOfCategory.push_back(CategoryNumber(target, k));
-    }
-    fProbabilities.resize(predictions.fProbabilities.size());
-  }
-
-  void Start(std::size_t cases) {
-    fNumbers.assign(cases, KOVA_SystemMissing);
-    fTexts.assign(cases, nullptr);
-    for (std::vector<double>& column : fProbabilities) column.assign(cases, KOVA_SystemMissing);
-  }
-
-  void Score(std::size_t i, const MCCommon::Record& record) {
-    NBOutput output(fModel.GetNTargetCategories());
-    const MCNaive::MCStatus status = fModel.ScoreFullRecord(record, output);
-    if (status.IsError() || output.GetWinningIndex() < 0) return;
-    const auto winner = static_cast<std::size_t>(output.GetWinningIndex());
-    fNumbers[i] = fNumbersOfCategory[winner];
-    fTexts[i] = &fPredictions.fCategories[winner];
-    for (std::size_t k = 0; k < fProbabilities.size(); ++k) {
-      fProbabilities[k][i] = output.GetOutProbabilities()[k];
-    }
-    ++fPredictions.fNScored;
-  }
-
-  void Store(DataTable& table, std::int64_t firstCase) const {
-    const std::size_t n = fNumbers.size();
-    if (fPredictions.fbNumeric) {
-      table.WriteNumbers(fPredictions.fPredicted, firstCase, fNumbers.data(), n);
-    } else {
-      table.WriteStrings(fPredictions.fPredicted, firstCase, fTexts.data(), n);
-    }
-    for (std::size_t k = 0; k < fProbabilities.size(); ++k) {
-      table.WriteNumbers(fPredictions.fProbabilities[k], firstCase, fProbabilities[k].data(), n);
-    }
-  }
-
- private:
-  const INBAlgorithm& fModel;
-  Predictions& fPredictions;
-  std::vector<double> fNumbersOfCategory;
-  std::vector<double> fNumbers;
-  std::vector<const std::string*> fTexts;
-  std::vector<std::vector<double>> fProbabilities;
-};
-
 // False when the user stopped it.
-bool Score(DataTable& table, const INBAlgorithm& model, ModelColumns& columns,
-           const Surroundings& surroundings, Predictions& predictions) {
-  PredictionBatch batch(model, predictions);
-  MCCommon::Record record(static_cast<std::size_t>(model.GetVarList().Size()));
-  const std::unique_ptr<MCHost::ITableScan> scan = table.Scan(columns.TableColumns());
-  while (const MCHost::TableBatch* cases = scan->Next()) {
+bool Score(const INBAlgorithm& model, ProcedureDataSource& source, const Surroundings& surroundings,
+           Predictions& predictions, ModelCases& cases) {
+  const KOVA_Variable& predicted = source.GetVariable(predictions.fPredicted);
+  const UAPredictionWriter writer(predictions.fPredicted, predictions.fCategories,
+                                  predicted.GetType(), predictions.fProbabilities);
+  const auto nCategories = static_cast<std::size_t>(model.GetNTargetCategories());
+  const std::size_t most = MCCommon::RecordBlock::PreferredCases(nCategories);
+  NBScoredBlock scored;
+  for (;;) {
+    const MCCommon::RecordBlock& block = cases.NextBlock(most);
+    if (block.Cases() == 0) return true;
     if (surroundings.IsCancelled()) return false;
-    batch.Start(cases->fNCases);
-    for (std::size_t i = 0; i < cases->fNCases; ++i) {
-      columns.FillRecord(*cases, i, record);
-      batch.Score(i, record);
-    }
-    batch.Store(table, cases->fFirstCase);
+    if (model.ScoreBlock(block, scored).IsError()) continue;
+    writer.Store(*cases.Stream().GetProcDS(), cases.Stream().GetBlockPlaces(), scored.GetWinners(),
+                 scored.GetProbabilities());
+    predictions.fNScored +=
+        std::ranges::count_if(scored.GetWinners(), [](int winner) { return winner >= 0; });
   }
-  return true;
 }
 
 void ShowCounts(const DataTable& table, const Predictions& predictions) {
@@ -176,13 +129,13 @@ Outcome ScoreTable(DataTable& table, const INBAlgorithm& model, MCHost::OutputDo
   const MCHost::SessionScope scope(session);
   RecordData(document, table.CaseCount(), table.ColumnCount());
   MCHost::OutputRun& run = document.BeginRun("score");
-  ModelColumns columns(model.GetVarList(), table);
+  ProcedureDataSource source;
+  ModelCases cases(model.GetVarList(), source);
   const int before = table.ColumnCount();
-  KOVA_DataSource source(table);
   Predictions predictions;
   AddPredicted(source, request.fPredicted, target, predictions);
   AddProbabilities(source, request.fProbabilities, target, predictions);
-  if (!Score(table, model, columns, surroundings, predictions)) return Outcome::kCancelled;
+  if (!Score(model, source, surroundings, predictions, cases)) return Outcome::kCancelled;
   RecordNewVariables(table, before, run);
   ShowCounts(table, predictions);
   run.fbCompleted = true;

@@ -28,6 +28,22 @@ constexpr std::int64_t kMaxBatchCases = 16384;
 constexpr std::int64_t kReadingBytes = std::int64_t{64} << 20;
 constexpr std::int64_t kColumnBytes = std::int64_t{3} << 20;
 
+// Whether a column holds texts that all stand in dictionaries, so that each text need be looked at
+// only once.
+bool IsDictionaryOfTexts(const parquet::FileMetaData& metadata, int column) {
+  if (!metadata.schema()->Column(column)->logical_type()->is_string()) return false;
+  for (int i = 0; i < metadata.num_row_groups(); ++i) {
+    const auto stats = metadata.RowGroup(i)->ColumnChunk(column)->encoding_stats();
+    const auto isInDictionary = [](const parquet::PageEncodingStats& pages) {
+      return pages.page_type == parquet::PageType::DICTIONARY_PAGE ||
+             pages.encoding == parquet::Encoding::RLE_DICTIONARY ||
+             pages.encoding == parquet::Encoding::PLAIN_DICTIONARY;
+    };
+    if (stats.empty() || !std::all_of(stats.begin(), stats.end(), isInDictionary)) return false;
+  }
+  return true;
+}
+
 std::unique_ptr<parquet::arrow::FileReader> OpenReader(const std::string& path) {
   auto properties = parquet::default_reader_properties();
   properties.enable_buffered_stream();  // column chunks are read bit by bit, not whole
@@ -37,7 +53,11 @@ std::unique_ptr<parquet::arrow::FileReader> OpenReader(const std::string& path) 
   try {
     Check(builder.OpenFile(path, false, properties), path);
     std::unique_ptr<parquet::arrow::FileReader> reader;
-    const int columns = std::max(builder.raw_reader()->metadata()->num_columns(), 1);
+    const auto metadata = builder.raw_reader()->metadata();
+    for (int j = 0; j < metadata->num_columns(); ++j) {
+      arrowProperties.set_read_dictionary(j, IsDictionaryOfTexts(*metadata, j));
+    }
+    const int columns = std::max(metadata->num_columns(), 1);
     arrowProperties.set_batch_size(
         std::clamp<std::int64_t>(kBatchCells / columns, 256, kMaxBatchCases));
     Check(builder.properties(arrowProperties)->Build(&reader), path);

@@ -13,12 +13,6 @@ constexpr const char* kSource = "host/cases/KOVA_InputCaseIterator";
 
 bool ContinuesCharacter(char byte) { return (static_cast<unsigned char>(byte) & 0xC0) == 0x80; }
 
-std::string Cut(const std::string& value, int width) {
-  auto length = std::min(value.size(), static_cast<std::size_t>(std::max(width, 0)));
-  while (length > 0 && length < value.size() && ContinuesCharacter(value[length])) --length;
-  return value.substr(0, length);
-}
-
 }  // namespace
 
 KOVA_InputCaseIterator::KOVA_InputCaseIterator(MCHost::ITable& table,
@@ -60,24 +54,37 @@ bool KOVA_InputCaseIterator::MayStore() const {
   return fbLastPass && fpScan != nullptr && fpScan->Cases() > 0;
 }
 
-bool KOVA_InputCaseIterator::SetColumnValue(int var, double value) {
-  if (!MayStore()) return false;
+double* KOVA_InputCaseIterator::NumberColumn(int var) {
   std::vector<double>& values = fNumbers[var];
   if (values.empty()) values.assign(fpScan->Cases(), KOVA_SystemMissing);
-  values[fpScan->GetCase()] = value;
+  return values.data();
+}
+
+const std::string** KOVA_InputCaseIterator::StringColumn(int var) {
+  std::vector<const std::string*>& values = fStrings[var];
+  if (values.empty()) values.assign(fpScan->Cases(), nullptr);
+  return values.data();
+}
+
+std::string KOVA_InputCaseIterator::Cut(const std::string& value, int width) {
+  auto length = std::min(value.size(), static_cast<std::size_t>(std::max(width, 0)));
+  while (length > 0 && length < value.size() && ContinuesCharacter(value[length])) --length;
+  return value.substr(0, length);
+}
+
+bool KOVA_InputCaseIterator::SetColumnValue(int var, double value) {
+  if (!MayStore()) return false;
+  NumberColumn(var)[fpScan->GetCase()] = value;
   return true;
 }
 
 bool KOVA_InputCaseIterator::SetColumnValue(int var, const std::string& value, int width) {
   if (!MayStore()) return false;
-  std::vector<const std::string*>& values = fStrings[var];
-  if (values.empty()) {
-    values.assign(fpScan->Cases(), nullptr);
-    fTexts[var].resize(fpScan->Cases());
-  }
-  std::string& text = fTexts[var][fpScan->GetCase()];
+  std::vector<std::string>& texts = fTexts[var];
+  if (texts.size() < fpScan->Cases()) texts.resize(fpScan->Cases());
+  std::string& text = texts[fpScan->GetCase()];
   text = Cut(value, width);
-  values[fpScan->GetCase()] = &text;
+  StringColumn(var)[fpScan->GetCase()] = &text;
   return true;
 }
 

@@ -33,6 +33,16 @@ class KOVA_InputCaseIterator {
   bool SetColumnValue(int var, double value);
   bool SetColumnValue(int var, const std::string& value, int width);
 
+  // The same for many cases: a variable's cells of the stream's chunk of cases, missing until they
+  // are set; of a string variable pointers to texts that outlive the chunk.
+  // REQUIRES: MayStore(), in the last pass and at a case.
+  double* NumberColumn(int var);
+  const std::string** StringColumn(int var);
+  bool MayStore() const;
+
+  // A string's first bytes, at most `width`, up to the end of a character.
+  static std::string Cut(const std::string& value, int width);
+
   // For the streams: which scan is looked at, whether values may be stored, and handing the stored
   // values of the current chunk to the table (throws HostIOError).
   void Follow(UACaseScan* scan) { fpScan = scan; }
@@ -41,7 +51,6 @@ class KOVA_InputCaseIterator {
 
  private:
   std::size_t ScanColumn(int var) const;
-  bool MayStore() const;
 
   MCHost::ITable* fpTable;
   UACaseScan* fpScan = nullptr;

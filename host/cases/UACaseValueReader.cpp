@@ -7,17 +7,24 @@ UACaseValueReader::UACaseValueReader(KOVA_InputCaseIterator* iterator, int var,
     : fpIterator(iterator), fVar(var), fbIncludeUserMissing(includeUserMissing) {}
 
 CaseValue UACaseValueReader::GetValue() const {
-  const KOVA_Variable& variable = fpIterator->GetVariable(fVar);
-  const auto counts = [&](const auto& value) {
-    return fbIncludeUserMissing || !variable.GetMissingValues().Contains(value);
-  };
-  if (!variable.IsNumeric()) {
-    const std::string* text = fpIterator->GetStringValue(fVar);
-    if (text == nullptr) return {KOVA_Value(std::string()), true};
-    return {KOVA_Value(*text), !counts(*text)};
+  if (fpIterator->GetVariable(fVar).IsNumeric()) {
+    return {KOVA_Value(fpIterator->GetNumericValue(fVar)), IsMissing()};
   }
-  const double number = fpIterator->GetNumericValue(fVar);
-  return {KOVA_Value(number), number == KOVA_SystemMissing || !counts(number)};
+  const std::string* text = fpIterator->GetStringValue(fVar);
+  return {KOVA_Value(text == nullptr ? std::string() : *text), IsMissing()};
+}
+
+bool UACaseValueReader::IsMissing() const {
+  const KOVA_Variable& variable = fpIterator->GetVariable(fVar);
+  const auto isExcluded = [&](const auto& value) {
+    return !fbIncludeUserMissing && variable.GetMissingValues().Contains(value);
+  };
+  if (variable.IsNumeric()) {
+    const double number = fpIterator->GetNumericValue(fVar);
+    return number == KOVA_SystemMissing || isExcluded(number);
+  }
+  const std::string* text = fpIterator->GetStringValue(fVar);
+  return text == nullptr || isExcluded(*text);
 }
 
 bool UACaseValueReader::IsSysmis() const {

@@ -30,6 +30,9 @@ class UACaseValueReader {
   // user-missing value unless included.
   CaseValue GetValue() const;
 
+  // The same without taking the value.
+  bool IsMissing() const;
+
   // True when the current case's number is system-missing; never for a string variable.
   bool IsSysmis() const;
 

@@ -5,11 +5,12 @@
 #include <cstdint>
 #include <limits>
 #include <numeric>
+#include <type_traits>
 #include <utility>
 
 namespace {
 
-constexpr std::size_t kSmallNumbers = 1024;
+constexpr double kSmallNumbers = 1024;
 constexpr double kNotMet = std::numeric_limits<double>::quiet_NaN();
 
 bool Before(const KOVA_Value& left, const KOVA_Value& right) {
@@ -22,10 +23,24 @@ bool Before(const KOVA_Value& left, const KOVA_Value& right) {
 UACategories::UACategories(const KOVA_Variable& variable, bool excludeUserMissing)
     : fpUserMissing(excludeUserMissing ? &variable.GetMissingValues() : nullptr) {
   if (variable.IsNumeric()) {
-    fSmallCodes.assign(kSmallNumbers, kNotMet);
+    fSmallCodes.assign(static_cast<std::size_t>(kSmallNumbers), kNotMet);
   } else {
     fStringCodes.assign(1, KOVA_SystemMissing);
   }
+}
+
+UACategories::UACategories(const KOVA_Variable& variable, std::vector<KOVA_Value> fixed)
+    : UACategories(variable, false) {
+  for (std::size_t code = 0; code < fixed.size(); ++code) {
+    const auto number = static_cast<double>(code);
+    if (!fixed[code].IsNumeric()) {
+      fFixedTexts.try_emplace(fixed[code].GetString(), number);
+    } else if (double* place = PlaceOf(fixed[code].GetNumber()); std::isnan(*place)) {
+      *place = number;
+    }
+  }
+  fbFixed = true;
+  fValues = std::move(fixed);
 }
 
 void UACategories::Encode(const MCHost::ColumnView& cells, std::size_t n, double* codes) {
@@ -39,29 +54,30 @@ void UACategories::Encode(const MCHost::ColumnView& cells, std::size_t n, double
 void UACategories::EncodeNumbers(const double* values, std::size_t n, double* codes) {
   for (std::size_t i = 0; i < n; ++i) {
     const double value = values[i];
-    if (value >= 0.0 && value < static_cast<double>(kSmallNumbers)) {
-      const auto whole = static_cast<std::size_t>(static_cast<int>(value));
-      if (static_cast<double>(whole) == value) {
-        double& code = fSmallCodes[whole];
-        if (std::isnan(code)) {
-          const double number = static_cast<double>(whole);  // 0 for -0
-          code = Add(KOVA_Value(number), fpUserMissing && fpUserMissing->Contains(number));
-        }
-        codes[i] = code;
-        continue;
-      }
-    }
-    codes[i] = CodeOf(value);
+    double small = value > 0.0 ? value : 0.0;
+    small = small < kSmallNumbers - 1 ? small : kSmallNumbers - 1;
+    const int whole = static_cast<int>(small);
+    const double code = fSmallCodes[static_cast<std::size_t>(whole)];
+    codes[i] = whole == value && !std::isnan(code) ? code : CodeOf(value);
   }
+}
+
+// Where the code of a number stands, not met yet for a new one; null for one that is not fixed.
+double* UACategories::PlaceOf(double value) {
+  if (value >= 0.0 && value < kSmallNumbers && value == std::floor(value)) {
+    return &fSmallCodes[static_cast<std::size_t>(value)];
+  }
+  if (!fbFixed) return &fOtherCodes.try_emplace(value, kNotMet).first->second;
+  const auto found = fOtherCodes.find(value);
+  return found == fOtherCodes.end() ? nullptr : &found->second;
 }
 
 double UACategories::CodeOf(double value) {
   if (MCMV::IsMissing(value)) return KOVA_SystemMissing;
-  const auto [place, added] = fOtherCodes.try_emplace(value, kNotMet);
-  if (added) {
-    place->second = Add(KOVA_Value(value), fpUserMissing && fpUserMissing->Contains(value));
-  }
-  return place->second;
+  double* place = PlaceOf(value);
+  if (place == nullptr) return KOVA_SystemMissing;
+  if (std::isnan(*place)) *place = Add(value + 0.0);  // 0 for -0
+  return *place;
 }
 
 void UACategories::EncodeStrings(const MCHost::ColumnView& cells, std::size_t n, double* codes) {
@@ -70,17 +86,23 @@ void UACategories::EncodeStrings(const MCHost::ColumnView& cells, std::size_t n,
   for (std::size_t i = 0; i < n; ++i) {
     const std::int64_t place = std::int64_t{cells.fpCodes[i]} + 1;  // missing is -1
     double& code = fStringCodes[static_cast<std::size_t>(place)];
-    if (std::isnan(code)) {
-      const std::string& text = cells.fpDictionary->At(cells.fpCodes[i]);
-      code = Add(KOVA_Value(text), fpUserMissing && fpUserMissing->Contains(text));
-    }
+    if (std::isnan(code)) code = Add(cells.fpDictionary->At(cells.fpCodes[i]));
     codes[i] = code;
   }
 }
 
-double UACategories::Add(KOVA_Value value, bool missing) {
-  if (missing) return KOVA_SystemMissing;
-  fValues.push_back(std::move(value));
+// The code of a value that is met for the first time.
+template <typename Value>
+double UACategories::Add(const Value& value) {
+  if (fpUserMissing != nullptr && fpUserMissing->Contains(value)) return KOVA_SystemMissing;
+  if (fbFixed) {
+    if constexpr (std::is_same_v<Value, std::string>) {
+      const auto found = fFixedTexts.find(value);
+      if (found != fFixedTexts.end()) return found->second;
+    }
+    return KOVA_SystemMissing;
+  }
+  fValues.emplace_back(value);
   return static_cast<double>(fValues.size() - 1);
 }
 

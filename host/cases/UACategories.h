@@ -1,4 +1,5 @@
-// The categories of one variable: values numbered 0, 1, 2, ... as they are first met.
+// The categories of one variable: values numbered 0, 1, 2, ... as they are first met, or by a list
+// that is given.
 //
 // Missing values (null, NaN, infinite, and user-missing ones when these are excluded) have no
 // number and are delivered as KOVA_SystemMissing. -0 and 0 are one category. State grows with the
@@ -6,6 +7,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string>
 #include <unordered_map>
 #include <vector>
 
@@ -17,12 +19,16 @@ class UACategories {
   // The variable is borrowed for its user-missing definition.
   UACategories(const KOVA_Variable& variable, bool excludeUserMissing);
 
+  // Numbers by position; a value given twice keeps its first number, and values that are not given
+  // are missing. What is declared user-missing does not count.
+  UACategories(const KOVA_Variable& variable, std::vector<KOVA_Value> fixed);
+
   int Size() const { return static_cast<int>(fValues.size()); }
 
   // REQUIRES: 0 <= code < Size().
   const KOVA_Value& Decode(int code) const { return fValues[static_cast<std::size_t>(code)]; }
 
-  // The codes of `n` cells, new categories being added as they come.
+  // The codes of `n` cells, new categories being added as they come unless they are fixed.
   // REQUIRES: cells of the variable's own kind.
   void Encode(const MCHost::ColumnView& cells, std::size_t n, double* codes);
 
@@ -33,10 +39,14 @@ class UACategories {
   void EncodeNumbers(const double* values, std::size_t n, double* codes);
   void EncodeStrings(const MCHost::ColumnView& cells, std::size_t n, double* codes);
   double CodeOf(double value);
-  double Add(KOVA_Value value, bool missing);
+  double* PlaceOf(double value);
+  template <typename Value>
+  double Add(const Value& value);
 
-  const KOVA_MissingValues* fpUserMissing;  // null when such values are ordinary
+  const KOVA_MissingValues* fpUserMissing = nullptr;  // null when such values are ordinary
+  bool fbFixed = false;
   std::vector<KOVA_Value> fValues;
+  std::unordered_map<std::string, double> fFixedTexts;
   std::vector<double> fSmallCodes;   // by small whole number; NaN: not met yet
   std::vector<double> fStringCodes;  // by dictionary code + 1; NaN: not met yet
   std::unordered_map<double, double> fOtherCodes;

@@ -70,6 +70,7 @@ UAInputAdapter::Var UAInputAdapter::MakeVar(int recordVar) {
     var.fpCategories = std::make_unique<UACategories>(variable, exclude);
   } else if (exclude && !variable.GetMissingValues().IsEmpty()) {
     var.fpUserMissing = &variable.GetMissingValues();
+    var.fbConvert = true;
   }
   return var;
 }
@@ -103,6 +104,12 @@ KOVA_Value UAInputAdapter::DecodeCatValue(int recordVar, int code, int& kovaVar)
   return var.fpCategories->Decode(code);
 }
 
+void UAInputAdapter::FixCategories(int recordVar, const std::vector<KOVA_Value>& categories) {
+  Var& var = fVars[static_cast<std::size_t>(recordVar)];
+  var.fpCategories =
+      std::make_unique<UACategories>(fpSource->GetVariable(var.fKOVAVar), categories);
+}
+
 void UAInputAdapter::ReorderCategories(int kovaVar, bool ascending) {
   const Var* var = FindVar(kovaVar);
   if (var != nullptr && var->fpCategories) var->fpCategories->Sort(ascending);
@@ -128,12 +135,17 @@ void UAInputAdapter::Follow(UACaseScan* scan) {
 }
 
 bool UAInputAdapter::NextChunk(UACaseScan& scan) {
-  if (!scan.NextChunk()) return false;
+  if (!scan.NextChunk()) {
+    fbObserved = true;
+    return false;
+  }
   for (std::size_t j = 0; j < fVars.size(); ++j) {
     Var& var = fVars[j];
     if (var.fpCategories) {
       var.fpCategories->Encode(scan.Raw(var.fScanColumn), scan.Cases(), scan.Buffer(j));
       scan.SetColumn(j, scan.Buffer(j));
+    } else if (fbObserved && !var.fbConvert) {
+      scan.SetColumn(j, scan.Raw(var.fScanColumn).fpNumbers);
     } else {
       PrepareNumbers(var, j, scan);
     }
@@ -156,6 +168,7 @@ void UAInputAdapter::PrepareNumbers(Var& var, std::size_t recordVar, UACaseScan&
   } else {
     range = Observe(values, n);
     if (range.fbConvert) {
+      var.fbConvert = true;
       double* out = scan.Buffer(recordVar);
       std::replace_copy_if(values, values + n, out, MCMV::IsMissing, KOVA_SystemMissing);
       values = out;
@@ -167,10 +180,11 @@ void UAInputAdapter::PrepareNumbers(Var& var, std::size_t recordVar, UACaseScan&
   var.fMax = var.fMax == KOVA_SystemMissing ? range.fMax : std::max(var.fMax, range.fMax);
 }
 
-bool UAInputAdapter::IsLeftOut(const UACaseScan& scan, std::size_t i) const {
-  if (fpSpecs->IsMissingDelivered()) return false;
+void UAInputAdapter::LeaveOutIncomplete(const UACaseScan& scan,
+                                        std::vector<std::size_t>& cases) const {
+  if (fpSpecs->IsMissingDelivered()) return;
   for (std::size_t j = 0; j < fVars.size(); ++j) {
-    if (scan.Column(j)[i] == KOVA_SystemMissing) return true;
+    const double* column = scan.Column(j);
+    std::erase_if(cases, [column](std::size_t i) { return column[i] == KOVA_SystemMissing; });
   }
-  return false;
 }

@@ -38,6 +38,10 @@ class UAInputAdapter {
   // and a missing value for a code or variable that does not exist).
   KOVA_Value DecodeCatValue(int recordVar, int code, int& kovaVar) const;
 
+  // Numbers the categories of a record variable by this list and no further; values that are not in
+  // it are missing. REQUIRES: before the first pass; values of the variable's kind.
+  void FixCategories(int recordVar, const std::vector<KOVA_Value>& categories);
+
   // Renumbers the categories by value (numbers by size, strings by bytes); codes delivered from the
   // next pass on are the new ones.
   void ReorderCategories(int kovaVar, bool ascending);
@@ -57,13 +61,14 @@ class UAInputAdapter {
 
   // For the streams. A new scan (throws HostIOError); the next chunk of one, observed and prepared,
   // false at the end (throws HostIOError); making a scan the one that is reading; counting a
-  // delivery; whether a case of the chunk lacks a value although only complete ones are wanted.
+  // delivery; taking out the cases of the chunk that lack a value, when only complete ones are
+  // wanted.
   std::unique_ptr<UACaseScan> OpenScan();
   bool NextChunk(UACaseScan& scan);
   void Follow(UACaseScan* scan);
   bool IsFollowing(const UACaseScan* scan) const { return fpReading == scan; }
   void CountDelivered(int n) { fNRecords += n; }
-  bool IsLeftOut(const UACaseScan& scan, std::size_t i) const;
+  void LeaveOutIncomplete(const UACaseScan& scan, std::vector<std::size_t>& cases) const;
   std::size_t GetNRecordVars() const { return fVars.size(); }
 
  private:
@@ -72,6 +77,7 @@ class UAInputAdapter {
     std::size_t fScanColumn = 0;
     const KOVA_MissingValues* fpUserMissing = nullptr;  // null when there is none to apply
     std::unique_ptr<UACategories> fpCategories;         // null for a number
+    bool fbConvert = false;  // some missing cell is not KOVA_SystemMissing in the table
     double fMin = KOVA_SystemMissing;
     double fMax = KOVA_SystemMissing;
   };
@@ -88,6 +94,7 @@ class UAInputAdapter {
   std::vector<Var> fVars;
   KOVA_InputCaseIterator fIterator;
   UACaseScan* fpReading = nullptr;
+  bool fbObserved = false;  // every case, by a scan that came to the end
   int fNScans = 0;
   int fNRecords = 0;
 };

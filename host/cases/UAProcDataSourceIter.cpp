@@ -2,12 +2,13 @@
 
 #include <algorithm>
 #include <exception>
+#include <numeric>
+#include <typeinfo>
 
 #include "host/cases/KOVA_InputCaseIterator.h"
 #include "host/cases/UACaseScan.h"
 #include "host/cases/UAInputAdapter.h"
 #include "host/session/HostBlocks.h"
-#include "host/session/HostIOError.h"
 #include "host/session/ISession.h"
 #include "host/session/SessionScope.h"
 
@@ -31,9 +32,8 @@ bool UAProcDataSourceIter::Guard(Action action) {
     return action();
   } catch (const MCHost::HostIOError& error) {
     fFailReason = kReadError;
-    fFailText = error.what();
+    fFailure = error;
     fbAtEnd = true;
-    fbPositioned = false;
     return false;
   }
 }
@@ -48,90 +48,103 @@ void UAProcDataSourceIter::Start() {
   Position();
 }
 
-bool UAProcDataSourceIter::LoadChunk() {
-  fNext = 0;
-  return Guard([this] {
+void UAProcDataSourceIter::LoadChunk() {
+  fAccepted.clear();
+  fNext = fNTaken = 0;
+  Guard([this] {
     if (fbLastPass) GetProcDS()->WriteValues();
-    if (fpAdapter->NextChunk(*fpScan)) return true;
-    fbAtEnd = true;
-    fFailReason = kNoRecords;
-    return false;
+    fbAtEnd = !fpAdapter->NextChunk(*fpScan);
+    if (fbAtEnd) {
+      fFailReason = kNoRecords;
+      return false;
+    }
+    FilterCases(fpScan->Cases(), fAccepted);
+    fpAdapter->LeaveOutIncomplete(*fpScan, fAccepted);
+    return true;
   });
 }
 
-bool UAProcDataSourceIter::Accept(std::size_t i) {
-  fpScan->SetCase(i);
-  return PreprocessCase() && !fpAdapter->IsLeftOut(*fpScan, i);
+void UAProcDataSourceIter::AcceptAll(std::size_t cases, std::vector<std::size_t>& accepted) {
+  accepted.resize(cases);
+  std::iota(accepted.begin(), accepted.end(), std::size_t{0});
 }
 
-// Goes to the next case to deliver unless one is waiting already.
+void UAProcDataSourceIter::FilterCases(std::size_t cases, std::vector<std::size_t>& accepted) {
+  if (typeid(*this) == typeid(UAProcDataSourceIter)) return AcceptAll(cases, accepted);
+  for (std::size_t i = 0; i < cases; ++i) {
+    StandAt(i);
+    if (PreprocessCase()) accepted.push_back(i);
+  }
+}
+
+void UAProcDataSourceIter::StandAt(std::size_t place) { fpScan->SetCase(place); }
+
+// Goes to the next case to deliver.
 bool UAProcDataSourceIter::Position() {
   if (!fpScan && fFailReason != kReadError) {
     Start();
-    return fbPositioned;
+    return !fbAtEnd;
   }
   if (!fpScan) return false;
   fpAdapter->Follow(fpScan.get());
   GetProcDS()->SetLastPass(fbLastPass);
-  while (!fbPositioned && !fbAtEnd) {
-    if (fNext == fpScan->Cases()) {
-      LoadChunk();
-    } else {
-      fbPositioned = Accept(fNext++);
-    }
-  }
-  return fbPositioned;
+  while (!fbAtEnd && fNext == fAccepted.size()) LoadChunk();
+  if (!fbAtEnd) StandAt(fAccepted[fNext]);
+  return !fbAtEnd;
 }
 
 bool UAProcDataSourceIter::HasMore() { return Position(); }
 
 const MCCommon::Record* UAProcDataSourceIter::Current() {
   if (!Position()) return nullptr;
-  for (std::size_t j = 0; j < fRecord.Size(); ++j) fRecord[j] = fpScan->Column(j)[fNext - 1];
+  for (std::size_t j = 0; j < fRecord.Size(); ++j) {
+    fRecord[j] = fpScan->Column(j)[fAccepted[fNext]];
+  }
   return &fRecord;
+}
+
+// The waiting case and those of the same chunk that follow it; how many.
+std::size_t UAProcDataSourceIter::Take(std::size_t maxCases) {
+  fNTaken = std::min(maxCases, fAccepted.size() - fNext);
+  fNext += fNTaken;
+  StandAt(fAccepted[fNext - 1]);
+  fbTaken = true;
+  if (fpScan->Pass() == 0) fpAdapter->CountDelivered(static_cast<int>(fNTaken));
+  return fNTaken;
 }
 
 const MCCommon::Record* UAProcDataSourceIter::NextRecord() {
   const MCCommon::Record* record = Current();
-  if (record == nullptr) return nullptr;
-  fbPositioned = false;
-  fbTaken = true;
-  if (fpScan->Pass() == 0) fpAdapter->CountDelivered(1);
+  if (record != nullptr) Take(1);
   return record;
+}
+
+void UAProcDataSourceIter::SkipBlock() {
+  if (Position()) Take(fAccepted.size());
 }
 
 const MCCommon::RecordBlock& UAProcDataSourceIter::NextBlock(std::size_t maxCases) {
   fBlock.Reset(0, 0);
   if (!Position()) return fBlock;
-  Collect(maxCases);
-  const std::size_t first = fAccepted.front();
-  fBlock.Reset(fRecord.Size(), fAccepted.size());
-  if (fAccepted.back() - first + 1 == fAccepted.size()) {
-    for (std::size_t j = 0; j < fRecord.Size(); ++j) fBlock.SetColumn(j, fpScan->Column(j) + first);
+  const std::size_t cases = Take(maxCases);
+  fBlock.Reset(fRecord.Size(), cases);
+  const std::size_t* places = GetBlockPlaces();
+  if (places[cases - 1] - places[0] + 1 == cases) {
+    for (std::size_t j = 0; j < fRecord.Size(); ++j) {
+      fBlock.SetColumn(j, fpScan->Column(j) + places[0]);
+    }
   } else {
-    Gather();
+    Gather(places, cases);
   }
-  fbPositioned = false;
-  fbTaken = true;
-  if (fpScan->Pass() == 0) fpAdapter->CountDelivered(static_cast<int>(fAccepted.size()));
   return fBlock;
 }
 
-// The waiting case and those of the same chunk that follow it.
-void UAProcDataSourceIter::Collect(std::size_t maxCases) {
-  fAccepted.assign(1, fNext - 1);
-  while (fAccepted.size() < maxCases && fNext < fpScan->Cases()) {
-    if (Accept(fNext)) fAccepted.push_back(fNext);
-    ++fNext;
-  }
-}
-
-void UAProcDataSourceIter::Gather() {
+void UAProcDataSourceIter::Gather(const std::size_t* places, std::size_t cases) {
   fGathered.resize(fRecord.Size());
   for (std::size_t j = 0; j < fRecord.Size(); ++j) {
     const double* column = fpScan->Column(j);
-    fGathered[j].resize(fAccepted.size());
-    std::transform(fAccepted.begin(), fAccepted.end(), fGathered[j].begin(),
+    fGathered[j].resize(cases);
+    std::transform(places, places + cases, fGathered[j].begin(),
                    [column](std::size_t i) { return column[i]; });
     fBlock.SetColumn(j, fGathered[j].data());
   }
@@ -173,8 +186,9 @@ void UAProcDataSourceIter::Close() {
 void UAProcDataSourceIter::EndPass() {
   if (fpAdapter->IsFollowing(fpScan.get())) fpAdapter->Follow(nullptr);
   fpScan.reset();
-  fNext = 0;
-  fbPositioned = fbTaken = fbAtEnd = false;
+  fAccepted.clear();
+  fNext = fNTaken = 0;
+  fbTaken = fbAtEnd = false;
   if (fFailReason == kNoRecords) fFailReason = kSuccess;
 }
 

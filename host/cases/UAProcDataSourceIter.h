@@ -1,15 +1,19 @@
 // A stream of cases over an input adapter: what the drivers hand to the engines.
 //
-// A derived stream decides case by case what is delivered (PreprocessCase). Each pass reads the
-// table with a scan of its own, so several streams may read in turn. A failure to read ends the
+// A derived stream decides what is delivered, case by case (PreprocessCase) or for many cases at
+// once (FilterCases). Each pass reads the table with a scan of its own, so several streams may read
+// in turn. A failure to read ends the
 // pass: the fail reason is kReadError and GetFailText() says what happened. Nothing is thrown.
 #pragma once
 
+#include <cstddef>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "common/RecordIterator.h"
+#include "host/session/HostIOError.h"
 
 class KOVA_InputCaseIterator;
 class UACaseScan;
@@ -25,7 +29,7 @@ class UAProcDataSourceIter : public MCCommon::MultiPassRecordIter {
   ~UAProcDataSourceIter() override;
 
   // Asked for each case, in file order, before it is delivered; false skips the case. The adapter's
-  // case number and case iterator are at the case.
+  // case number and case iterator are at the case. Asked for a chunk of cases ahead.
   virtual bool PreprocessCase() { return true; }
 
   // Begins to read and looks for the first case to deliver. Reading an unstarted stream starts it.
@@ -36,8 +40,13 @@ class UAProcDataSourceIter : public MCCommon::MultiPassRecordIter {
   const MCCommon::RecordBlock& NextBlock(std::size_t maxCases) override;
   FailReason GetFailReason() const override { return fFailReason; }
 
-  // What went wrong, in words, after kReadError.
-  const std::string& GetFailText() const { return fFailText; }
+  // Moves on over the cases that NextBlock would deliver, and counts them as delivered, without
+  // making a block of them.
+  void SkipBlock();
+
+  // What went wrong, after kReadError: null (empty) before.
+  const MCHost::HostIOError* GetFailure() const { return fFailure ? &*fFailure : nullptr; }
+  std::string GetFailText() const { return fFailure ? fFailure->what() : ""; }
 
   // 1 when the pass has no case at all to deliver, 3 after a read error, else 0.
   int GetState();
@@ -54,38 +63,51 @@ class UAProcDataSourceIter : public MCCommon::MultiPassRecordIter {
   // The pass is the last one over the data: values stored through GetProcDS() reach the table.
   void SetLastPass();
 
+  // How many cases the last delivery had, and their places among those that GetProcDS() stores
+  // values for.
+  std::size_t GetBlockSize() const { return fNTaken; }
+  const std::size_t* GetBlockPlaces() const { return fAccepted.data() + fNext - fNTaken; }
+
   // Hands values that still wait to the table, as the end of the data does by itself; for a last
   // pass that was stopped. False when that failed.
   bool Finish();
 
-  // The case iterator; it stays at a case until the stream looks for another.
+  // The case iterator; it stays at a case (the last one of a block) until the stream looks for
+  // another.
   ProcDSIterator* GetProcDS() const;
 
  protected:
   UAInputAdapter* GetAdapter() const { return fpAdapter; }
 
+  // Gives the places of those of a chunk's cases that are to be delivered, in order, into an empty
+  // list. Asks PreprocessCase for each; of a stream that overrides nothing, all are.
+  virtual void FilterCases(std::size_t cases, std::vector<std::size_t>& accepted);
+  static void AcceptAll(std::size_t cases, std::vector<std::size_t>& accepted);
+
+  // Makes the case at that place the one that the adapter and its case iterator are at.
+  void StandAt(std::size_t place);
+
  private:
   template <typename Action>
   bool Guard(Action action);
-  bool LoadChunk();
-  bool Accept(std::size_t i);
+  void LoadChunk();
   bool Position();
-  void Collect(std::size_t maxCases);
-  void Gather();
+  std::size_t Take(std::size_t maxCases);
+  void Gather(const std::size_t* places, std::size_t cases);
   void Close();
   void EndPass();
 
   UAInputAdapter* fpAdapter;
   std::unique_ptr<UACaseScan> fpScan;  // null before the start of a pass
-  std::size_t fNext = 0;               // first case of the chunk that was not looked at
-  bool fbPositioned = false;           // the case before fNext waits to be delivered
+  std::vector<std::size_t> fAccepted;  // places of the chunk's cases to deliver
+  std::size_t fNext = 0;               // of these
+  std::size_t fNTaken = 0;             // of these with the last delivery
   bool fbTaken = false;                // something of this pass was delivered
   bool fbAtEnd = false;
   bool fbLastPass = false;
   FailReason fFailReason = kSuccess;
-  std::string fFailText;
+  std::optional<MCHost::HostIOError> fFailure;
   MCCommon::Record fRecord;
   MCCommon::RecordBlock fBlock;
-  std::vector<std::size_t> fAccepted;  // cases of the chunk that make the block
   std::vector<std::vector<double>> fGathered;
 };

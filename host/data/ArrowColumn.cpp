@@ -340,7 +340,7 @@ void ArrowColumn::MarkMissing(std::int64_t at, std::size_t n, double* values) {
     }
   }
   for (std::size_t i = 0; i < n; ++i) {
-    if (MCMV::IsMissing(values[i])) values[i] = KOVA_SystemMissing;
+    values[i] = MCMV::IsMissing(values[i]) ? KOVA_SystemMissing : values[i];
   }
   const bool wide =
       fReadNumbers == ReadPlain<std::int64_t> || fReadNumbers == ReadPlain<std::uint64_t>;

@@ -1,6 +1,7 @@
 #include "host/data/MeasurementLevels.h"
 
 #include <algorithm>
+#include <bitset>
 #include <cmath>
 #include <cstdint>
 #include <iterator>
@@ -35,7 +36,13 @@ class Evidence {
   }
 
  private:
+  // A value met before says nothing new. Most are small whole numbers, found by their bit.
   void Observe(double value) {
+    const bool isSmall = value >= 0 && value < kSmallNumbers;
+    const int whole = isSmall ? static_cast<int>(value) : 0;
+    const bool hasBit = isSmall && value == whole;
+    if (hasBit && fMetNumbers[static_cast<std::size_t>(whole)]) return;
+    if (hasBit) fMetNumbers.set(static_cast<std::size_t>(whole));
     if (MCMV::IsMissing(value)) return;
     if (std::find(fDistinct.begin(), fDistinct.end(), value) != fDistinct.end()) return;
     if (fpVariable->GetMissingValues().Contains(value)) return;
@@ -43,8 +50,11 @@ class Evidence {
     fbScale = value != std::floor(value) || fDistinct.size() >= kScaleDistinctValues;
   }
 
+  static constexpr int kSmallNumbers = 64;
+
   KOVA_Variable* fpVariable;
   std::vector<double> fDistinct;
+  std::bitset<kSmallNumbers> fMetNumbers;
   bool fbScale = false;
 };
 

@@ -90,6 +90,7 @@ void NBBinningEncoder::Fields(Archive& archive, Self& self) {
   archive.Int(self.fNBins);
   NBState::FiniteList(archive, self.fvCutpoints);
   archive.Check(self.fvCutpoints.size() == static_cast<std::size_t>(std::max(self.fNBins, 1) - 1));
+  if constexpr (Archive::kReading) self.fGrid = NBBinGrid(self.fvCutpoints);
   LabelFields(archive, self);
   MissingFields(archive, self);
 }

@@ -6,20 +6,29 @@
 #include <numeric>
 #include <ostream>
 
+#include "common/MissingValue.h"
 #include "naivebayes/model/NBayesInputBase.h"
 
-NBBinningEncoder::NBBinningEncoder(double min, double max, int bins) : fNBins(bins) {
+namespace {
+
+std::vector<double> EqualWidths(double min, double max, int bins) {
+  std::vector<double> cutpoints;
   const double width = (max - min) / bins;
   for (int i = 1; i < bins; ++i) {
     // A range that no double can hold still has cutpoints.
-    fvCutpoints.push_back(std::isfinite(width)
-                              ? min + i * width
-                              : std::lerp(min, max, static_cast<double>(i) / bins));
+    cutpoints.push_back(std::isfinite(width) ? min + i * width
+                                             : std::lerp(min, max, static_cast<double>(i) / bins));
   }
+  return cutpoints;
 }
 
+}  // namespace
+
+NBBinningEncoder::NBBinningEncoder(double min, double max, int bins)
+    : fNBins(bins), fvCutpoints(EqualWidths(min, max, bins)), fGrid(fvCutpoints) {}
+
 NBBinningEncoder::NBBinningEncoder(const std::vector<double>& cutpoints)
-    : fNBins(static_cast<int>(cutpoints.size()) + 1), fvCutpoints(cutpoints) {}
+    : fNBins(static_cast<int>(cutpoints.size()) + 1), fvCutpoints(cutpoints), fGrid(cutpoints) {}
 
 // The number of cutpoints strictly below the value. The halving has no branch that depends on the
 // data, which random values would mispredict.
@@ -41,8 +50,16 @@ double NBBinningEncoder::Encode(double value) const {
 
 void NBBinningEncoder::EncodeColumn(const double* values, std::size_t cases,
                                     std::int32_t* codes) const {
+  if (fGrid.IsUsable()) {
+    fGrid.Encode(values, cases, codes);
+  } else {
+    for (std::size_t i = 0; i < cases; ++i) {
+      codes[i] = MCMV::IsMissing(values[i]) ? kMissingCode : BinOf(values[i]);
+    }
+  }
+  if (GetUserMissingInfo() == nullptr) return;
   for (std::size_t i = 0; i < cases; ++i) {
-    codes[i] = IsMissingNumber(values[i]) ? kMissingCode : BinOf(values[i]);
+    if (IsMissingNumber(values[i])) codes[i] = kMissingCode;
   }
 }
 
@@ -64,6 +81,7 @@ std::unique_ptr<NBBinningEncoder> NBBinningEncoder::CreateRebinned(
     const double middle = std::midpoint(fvCutpoints[left], fvCutpoints[right - 1]);
     if (right - left > 1) std::fill(cuts.begin() + left, cuts.begin() + right, middle);
   }
+  copy->fGrid = NBBinGrid(cuts);
   return copy;
 }
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "naivebayes/encoders/INBEncoder.h"
+#include "naivebayes/encoders/NBBinGrid.h"
 
 class NBayesInputBase;
 
@@ -51,4 +52,5 @@ class NBBinningEncoder : public INBEncoder {
 
   int fNBins;
   std::vector<double> fvCutpoints;
+  NBBinGrid fGrid;  // of the cutpoints
 };

@@ -7,19 +7,19 @@
 
 namespace NBScoring {
 
-void Normalize(const NBScaledProducts& products, std::size_t record, std::vector<double>& out) {
+void Normalize(const NBScaledProducts& products, std::size_t record, std::span<double> out) {
   const double* values = products.Values(record);
   std::copy(values, values + out.size(), out.begin());
   Normalize(out);
 }
 
-void Normalize(std::vector<double>& values) {
+void Normalize(std::span<double> values) {
   double sum = 0;
   for (const double value : values) sum += value;
   for (double& value : values) value = sum > 0 ? value / sum : 0.0;
 }
 
-int SelectWinner(const std::vector<double>& probabilities, const NBayesOutput& output) {
+int SelectWinner(std::span<const double> probabilities, const NBayesOutput& output) {
   const int n = static_cast<int>(probabilities.size());
   if (n < 2) return 0;
   int first = 0;

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <cstddef>
-#include <vector>
+#include <span>
 
 class NBScaledProducts;
 class NBayesOutput;
@@ -11,14 +11,14 @@ namespace NBScoring {
 
 // The record's products divided by their sum. Their common exponent cancels.
 // REQUIRES: products are aligned; out has one element per target category.
-void Normalize(const NBScaledProducts& products, std::size_t record, std::vector<double>& out);
+void Normalize(const NBScaledProducts& products, std::size_t record, std::span<double> out);
 
 // The joint values of one record divided by their sum; zeros when that is 0.
-void Normalize(std::vector<double>& values);
+void Normalize(std::span<double> values);
 
 // The category of the largest probability. Ties go to the larger training weight among the tied
 // categories, but the first of these after category 0 is never compared: when the maximum stands at
 // 0, category 0 keeps the win against it. Kept on purpose.
-int SelectWinner(const std::vector<double>& probabilities, const NBayesOutput& output);
+int SelectWinner(std::span<const double> probabilities, const NBayesOutput& output);
 
 }  // namespace NBScoring

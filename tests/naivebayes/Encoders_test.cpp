@@ -49,6 +49,77 @@ TEST(NBBinningEncoder, AgreesWithCountingCutpointsForAnyNumberOfBins) {
   }
 }
 
+// Every cutpoint, its neighbours to a few doubles, what lies between, and the ends of the doubles.
+std::vector<double> ValuesAround(const std::vector<double>& cutpoints) {
+  constexpr double kHigh = std::numeric_limits<double>::max();
+  std::vector<double> values = {-kHigh, kHigh, kMissing, kNaN, 0.0, -0.0, 5e-324, -5e-324, 1, -1};
+  for (std::size_t c = 0; c < cutpoints.size(); ++c) {
+    double below = cutpoints[c], above = cutpoints[c];
+    for (int step = 0; step < 4; ++step) {
+      values.push_back(below);
+      values.push_back(above);
+      below = std::nextafter(below, -kHigh);
+      above = std::nextafter(above, kHigh);
+    }
+    for (int part = 1; c > 0 && part < 8; ++part) {
+      values.push_back(std::lerp(cutpoints[c - 1], cutpoints[c], part / 8.0));
+    }
+  }
+  return values;
+}
+
+TEST(NBBinGrid, GivesTheBinOfCountingCutpointsForEveryValue) {
+  constexpr double kHigh = std::numeric_limits<double>::max();
+  struct {
+    std::vector<double> cutpoints;
+    bool usable;
+  } cases[] = {
+      {{}, false},                                    // answers by sign
+      {{3}, true},                                    // two bins
+      {{2, 2, 2}, true},                              // a gap of empty bins between two
+      {{-kHigh, -kHigh, 2, 3.5, 5, kHigh}, true},     // empty ends
+      {{-kHigh, kHigh}, true},                        // one bin in reach
+      {{1, 1.5, 1.5, 3, 4, 4.5, 4.5, 4.5, 9}, true},  // gaps of every length
+      {{0, 1e-9, 1, 2}, false},                       // too close together for cells
+      {{1, 1 + 1e-15, 1 + 2e-15, 1 + 3e-15}, true},   // a few doubles apart
+      {{5e-324, 1e-323, 1.5e-323}, false},            // no scale holds the cells
+      {{1e-310, 2e-310, 3e-310}, false},
+      {{-kHigh / 4, 0, kHigh / 4}, true},       // the range is a double
+      {{-kHigh / 1.5, 0, kHigh / 1.5}, false},  // it is not
+      {{3, 1, 2}, false},                       // out of order
+  };
+  for (const auto& c : cases) {
+    const NBBinningEncoder search(c.cutpoints);
+    const NBBinGrid grid(c.cutpoints);
+    ASSERT_EQ(grid.IsUsable(), c.usable) << testing::PrintToString(c.cutpoints);
+    if (!c.usable) continue;
+    const std::vector<double> values = ValuesAround(c.cutpoints);
+    std::vector<std::int32_t> bins(values.size());
+    grid.Encode(values.data(), values.size(), bins.data());
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      EXPECT_EQ(bins[i], search.Encode(values[i])) << values[i];
+    }
+  }
+}
+
+TEST(NBBinGrid, IsThereForEqualWidthsOfAnyRange) {
+  const double ranges[][2] = {{0, 1},          {-1, 1},    {1e15, 1e15 + 64}, {-1e-300, 3e-300},
+                              {-8e307, 8e307}, {0.1, 0.7}, {1e300, 1.1e300},  {-7, 1e9}};
+  for (const auto& [low, high] : ranges) {
+    for (const int bins : {2, 3, 7, 10, 64, 999}) {
+      const NBBinningEncoder encoder(low, high, bins);
+      const std::vector<double>& cutpoints = encoder.GetBinningCutpoints();
+      EXPECT_TRUE(NBBinGrid(cutpoints).IsUsable()) << low << ' ' << bins;
+      const std::vector<double> values = ValuesAround(cutpoints);
+      std::vector<std::int32_t> codes(values.size());
+      encoder.EncodeColumn(values.data(), values.size(), codes.data());
+      for (std::size_t i = 0; i < values.size(); ++i) {
+        ASSERT_EQ(codes[i], encoder.Encode(values[i])) << values[i] << ", " << bins << " bins";
+      }
+    }
+  }
+}
+
 NBayesInputBase CountsOf(const std::vector<double>& rows) {
   NBayesInputBase counts;
   std::vector<std::vector<double>> table;

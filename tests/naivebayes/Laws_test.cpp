@@ -11,6 +11,7 @@
 #include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/encoders/NBBinningEncoder.h"
 #include "naivebayes/model/NBNumerics.h"
+#include "naivebayes/model/NBScoredBlock.h"
 #include "naivebayes/model/NBScoring.h"
 #include "tests/naivebayes/TestRecords.h"
 
@@ -146,6 +147,56 @@ WideSelection SelectWide(TestRecords& data, TestRecords& test, bool inMemory) {
                                     -1, false, &test, -1, 99, nullptr, nullptr)
                   .IsOK());
   return out;
+}
+
+// What scoring record by record gives, bit for bit: products that stay doubles and such that do
+// not, records without a valid input or with one out of range, and every kind of invalid target.
+TEST(Laws, BlocksOfAnySizeScoreAndCountLikeSingleRecords) {
+  constexpr int kRecords = 300;
+  for (const int inputs : {3, 900}) {
+    std::vector<Record> records = MakeWideRecords(kRecords, inputs, 8);
+    NBAlgorithm single(NaiveBayesSettings(), MakeWideList(inputs));
+    NBAlgorithm blocks(NaiveBayesSettings(), MakeWideList(inputs));
+    TestRecords training(records);
+    ASSERT_FALSE(single.BuildModel(training, kRecords).IsError());
+    ASSERT_FALSE(blocks.BuildModel(training, kRecords).IsError());
+    for (int i = 0; i < kRecords; i += 10) {
+      records[i][i % inputs + 1] = 2;  // out of range
+      for (int j = 1; j <= inputs; ++j) records[i + 1][j] = kMissing;
+      records[i + 2][0] = i % 20 == 0 ? kMissing : 3;  // not a target
+    }
+    TestRecords source(records);
+    NBScoredBlock scored;
+    std::size_t i = 0;
+    for (std::size_t wanted = 1; source.HasMore(); wanted = wanted * 3 % 64) {
+      const MCCommon::RecordBlock& block = source.NextBlock(wanted);
+      std::vector<char> isTraining(block.Cases());
+      for (std::size_t c = 0; c < block.Cases(); ++c) isTraining[c] = (i + c) % 3 > 0;
+      ASSERT_TRUE(blocks.ScoreAndAccumBlock(block, scored, isTraining).IsOK());
+      ASSERT_EQ(scored.Cases(), block.Cases());
+      for (std::size_t c = 0; c < block.Cases(); ++c, ++i) {
+        NBOutput output(3);
+        const auto status = single.ScoreAndAccum(records[i], output, isTraining[c] != 0);
+        EXPECT_EQ(scored.GetWarning(c), status.GetErrorCode()) << i;
+        EXPECT_EQ(scored.GetWinners()[c], output.GetWinningIndex()) << i;
+        for (int k = 0; k < 3 && output.GetWinningIndex() >= 0; ++k) {
+          EXPECT_EQ(scored.GetProbabilities()[3 * c + k], output.GetOutProbabilities()[k]) << i;
+        }
+      }
+    }
+    EXPECT_EQ(i, records.size());
+    for (const auto stats : {&NBAlgorithm::GetTrainOutStats, &NBAlgorithm::GetTestOutStats}) {
+      ASSERT_NE((blocks.*stats)(), nullptr);
+      EXPECT_EQ((blocks.*stats)()->GetMisClassMatrixAsVecOfRows(),
+                (single.*stats)()->GetMisClassMatrixAsVecOfRows());
+    }
+    MCCommon::RecordBlock narrow;
+    narrow.Reset(1, 1);
+    EXPECT_EQ(blocks.ScoreBlock(narrow, scored).GetErrorCode(), MCNaive::kWrongRecordSize);
+  }
+  NBScoredBlock scored;
+  EXPECT_EQ(NBAlgorithm(NaiveBayesSettings(), MakeWideList(1)).ScoreBlock({}, scored),
+            MCNaive::Error(MCNaive::kNoPreparator));
 }
 
 TEST(Laws, WideSelectionsAgreeWithTheirLogarithmsInBlocksOfAnySize) {

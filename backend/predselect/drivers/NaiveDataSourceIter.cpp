@@ -39,29 +39,55 @@ NaiveDataSourceIter::~NaiveDataSourceIter() = default;
 
 bool NaiveDataSourceIter::IsFirstPass() const { return GetAdapter()->GetDataPassCount() == 0; }
 
+bool NaiveDataSourceIter::IsSplit() const { return fTrainSampVar >= 0 || fTrainSampProp > 0.0; }
+
 bool NaiveDataSourceIter::PreprocessCase() {
   MCCommon::Assert(GetProcDS() != nullptr, "fpDSIter != 0", kSource);
-  fbTrainCase = DecideSample();
+  if (IsFirstPass()) DrawSample();
+  const bool isTraining = IsTrainSampleCase();
   if (IsFirstPass() && !HasDependentValue()) return false;
-  if (IsFirstPass() && !fbTrainCase) ++fNTestCases;
-  return fbTrainCase ? fbNeedTrainData : fbNeedTestData;
+  if (IsFirstPass() && !isTraining) ++fNTestCases;
+  return isTraining ? fbNeedTrainData : fbNeedTestData;
 }
 
-bool NaiveDataSourceIter::DecideSample() {
-  if (fTrainSampVar >= 0) return GetProcDS()->GetNumericValue(fTrainSampVar) == kTrainingMark;
-  if (!(fTrainSampProp > 0.0)) return true;
-  const auto iCase = static_cast<std::size_t>(GetAdapter()->GetCaseNumber() - 1);
-  if (IsFirstPass()) {
-    MCCommon::Assert(iCase == fTrainTestFlags.size(),
-                     "iCase >= 0 && iCase == fTrainTestFlags.size()", kSource);
-    fTrainTestFlags.push_back(fTrainSampProp > fpRandom->GetRandom());
+void NaiveDataSourceIter::FilterCases(std::size_t cases, std::vector<std::size_t>& accepted) {
+  const bool needsAll = fbNeedTrainData && (fbNeedTestData || !IsSplit());
+  if (needsAll && !IsFirstPass()) return AcceptAll(cases, accepted);
+  for (std::size_t i = 0; i < cases; ++i) {
+    StandAt(i);
+    if (PreprocessCase()) accepted.push_back(i);
   }
+}
+
+std::size_t NaiveDataSourceIter::GetCase() const {
+  return static_cast<std::size_t>(GetAdapter()->GetCaseNumber() - 1);
+}
+
+void NaiveDataSourceIter::DrawSample() {
+  if (fTrainSampVar >= 0 || !(fTrainSampProp > 0.0)) return;
+  MCCommon::Assert(GetCase() == fTrainTestFlags.size(),
+                   "iCase >= 0 && iCase == fTrainTestFlags.size()", kSource);
+  fTrainTestFlags.push_back(fTrainSampProp > fpRandom->GetRandom());
+}
+
+bool NaiveDataSourceIter::IsTrainSampleCase() const {
+  if (fTrainSampVar >= 0) return GetProcDS()->GetNumericValue(fTrainSampVar) == kTrainingMark;
+  if (!IsSplit()) return true;
+  const std::size_t iCase = GetCase();
   MCCommon::Assert(iCase < fTrainTestFlags.size(), "iCase >= 0 && iCase < fTrainTestFlags.size()",
                    kSource);
   return fTrainTestFlags[iCase];
 }
 
+void NaiveDataSourceIter::MarkTrainSample(std::vector<char>& flags) {
+  flags.assign(GetBlockSize(), 1);
+  for (std::size_t i = 0; IsSplit() && i < flags.size(); ++i) {
+    StandAt(GetBlockPlaces()[i]);
+    flags[i] = IsTrainSampleCase();
+  }
+}
+
 bool NaiveDataSourceIter::HasDependentValue() const {
   if (!fpSpecs->IsMissingExclude()) return !fpDependReader->IsSysmis();
-  return !fpDependReader->GetValue().IsMissing();
+  return !fpDependReader->IsMissing();
 }

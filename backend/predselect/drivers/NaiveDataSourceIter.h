@@ -18,7 +18,7 @@ namespace MCCommon {
 class MCRandom;
 }
 
-class NaiveDataSourceIter : public UAProcDataSourceIter {
+class NaiveDataSourceIter final : public UAProcDataSourceIter {
  public:
   // Everything is borrowed. `trainTestFlags` is shared by all streams of a command: empty when the
   // first is made, which fills it in its first pass with true for each training case that is drawn.
@@ -32,15 +32,21 @@ class NaiveDataSourceIter : public UAProcDataSourceIter {
   // True for a case of a kind that is needed.
   bool PreprocessCase() override;
 
-  // Whether the case that the stream stands at is a training case.
-  bool IsTrainSampleCase() const { return fbTrainCase; }
+  // Whether the case that the stream stands at is a training case; for each case of the last block.
+  bool IsTrainSampleCase() const;
+  void MarkTrainSample(std::vector<char>& flags);
 
   // Test cases with a valid dependent value that were met in the first pass.
   int GetNTestCases() const { return fNTestCases; }
 
+ protected:
+  void FilterCases(std::size_t cases, std::vector<std::size_t>& accepted) override;
+
  private:
   bool IsFirstPass() const;
-  bool DecideSample();
+  bool IsSplit() const;
+  std::size_t GetCase() const;
+  void DrawSample();
   bool HasDependentValue() const;
 
   const PRSValidSpecs* fpSpecs;
@@ -51,6 +57,5 @@ class NaiveDataSourceIter : public UAProcDataSourceIter {
   std::vector<bool>& fTrainTestFlags;
   bool fbNeedTrainData;
   bool fbNeedTestData;
-  bool fbTrainCase = true;
   int fNTestCases = 0;
 };

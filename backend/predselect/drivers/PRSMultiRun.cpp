@@ -53,7 +53,7 @@ bool PRSMultiRun::Fail(std::int64_t code) {
 void PRSMultiRun::ReadAll(NaiveDataSourceIter& stream) {
   MCStopProcessor& stop = *fSpecs.GetStopProcessorPtr();
   while (stream.HasMore() && !stop.IsCancel()) {
-    (void)stream.NextBlock(MCCommon::RecordBlock::kMaxCases);
+    stream.SkipBlock();
     fNCasesRead = fAdapter.GetCaseNumber();
     PRSProgress::Show("Reading the data", fNCasesRead);
   }

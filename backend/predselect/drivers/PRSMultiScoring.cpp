@@ -7,7 +7,6 @@
 #include "backend/predselect/output/PRSTables.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "common/MCAssert.h"
-#include "host/cases/KOVA_InputCaseIterator.h"
 #include "host/cases/MCStopProcessor.h"
 #include "host/cases/UAInputAdapter.h"
 #include "host/command/VarSpecObj.h"
@@ -24,7 +23,6 @@ namespace {
 
 constexpr const char* kSource = PRSMultiRun::kSource;
 constexpr KOVA_Format kProbabilityFormat{KOVA_Format::kNumber, 5, 3};
-constexpr std::int64_t kReportEvery = 4096;  // cases
 
 VarSpecObj SaveRole(const char* param, const KOVA_DataSource& source) {
   return {"SAVE", param, PRSGrammar::NewCommand(false), source, false};
@@ -53,7 +51,14 @@ bool PRSMultiScoring::CreateNewVars() {
   for (int code = 0; code < fRun.Adapter().GetCatVarSize(target); ++code) {
     fDependValues.push_back(fRun.Decode(target, code));
   }
-  return CreatePredictedValue() && CreateProbabilities();
+  if (!CreatePredictedValue() || !CreateProbabilities()) return false;
+  const auto nSaved = static_cast<std::size_t>(fNSaveDepCats);
+  MCCommon::Assert(fDependValues.size() >= nSaved, "predProbs.size() >= fNSaveDepCats", kSource);
+  MCCommon::Assert(fPredProbVars.size() == nSaved, "fPredProbVars.size() == fNSaveDepCats",
+                   kSource);
+  fpWriter = std::make_unique<UAPredictionWriter>(
+      fPredValVar, fDependValues, fSource.GetVariable(target).GetType(), fPredProbVars);
+  return true;
 }
 
 bool PRSMultiScoring::CreatePredictedValue() {
@@ -123,13 +128,12 @@ bool PRSMultiScoring::ScoringDataPass() {
 
 bool PRSMultiScoring::ScoreCases() {
   MCStopProcessor& stop = *fSpecs.GetStopProcessorPtr();
+  const auto nCategories = static_cast<std::size_t>(fAlgorithm.GetNTargetCategories());
   while (!fRun.GetStatus().IsError() && fpScoreRecIter->HasMore() && !stop.IsCancel()) {
-    const MCCommon::Record* recordPtr = fpScoreRecIter->NextRecord();
-    MCCommon::Assert(recordPtr != nullptr, "recordPtr != 0", kSource);
-    (void)SaveVarValues(fpScoreRecIter->GetProcDS(), recordPtr,
-                        fpScoreRecIter->IsTrainSampleCase());
-    const std::int64_t cases = fRun.Adapter().GetCaseNumber();
-    if (cases % kReportEvery == 0) PRSProgress::Show("Scoring the cases", cases);
+    const MCCommon::RecordBlock& block =
+        fpScoreRecIter->NextBlock(MCCommon::RecordBlock::PreferredCases(nCategories));
+    (void)SaveVarValues(fpScoreRecIter->GetProcDS(), block);
+    PRSProgress::Show("Scoring the cases", fRun.Adapter().GetCaseNumber());
   }
   (void)fpScoreRecIter->Finish();
   if (fRun.GetStatus().IsError()) fRun.DisplayMessage(fRun.GetStatus());
@@ -137,31 +141,20 @@ bool PRSMultiScoring::ScoreCases() {
 }
 
 // A case that cannot be scored keeps missing values.
-bool PRSMultiScoring::SaveVarValues(ProcDSIterator* pDataIter, const MCCommon::Record* pRecord,
-                                    bool isTraining) {
+bool PRSMultiScoring::SaveVarValues(ProcDSIterator* pDataIter, const MCCommon::RecordBlock& block) {
   MCCommon::Assert(pDataIter != nullptr, "pDataIter != 0", kSource);
-  MCCommon::Assert(pRecord != nullptr, "pRecord != 0", kSource);
-  NBOutput output(fAlgorithm.GetNTargetCategories());
-  const MCNaive::MCStatus status = fRun.IsClassified()
-                                       ? fAlgorithm.ScoreAndAccum(*pRecord, output, isTraining)
-                                       : fAlgorithm.ScoreFullRecord(*pRecord, output);
-  const std::vector<double>& predProbs = output.GetOutProbabilities();
-  const int winner = output.GetWinningIndex();
-  if (status.IsError()) fRun.SetStatus(status);
-  if (status.IsError() || winner < 0 || predProbs.empty()) return false;
-  if (fPredValVar >= 0) {
-    const KOVA_Value& value = fDependValues[static_cast<std::size_t>(winner)];
-    const KOVA_Variable& target = fSource.GetVariable(fSpecs.GetDependVar());
-    (void)(value.IsNumeric()
-               ? pDataIter->SetColumnValue(fPredValVar, value.GetNumber())
-               : pDataIter->SetColumnValue(fPredValVar, value.GetString(), target.GetType()));
+  MCNaive::MCStatus status;
+  if (fRun.IsClassified()) {
+    fpScoreRecIter->MarkTrainSample(fTrainingMarks);
+    status = fAlgorithm.ScoreAndAccumBlock(block, fScored, fTrainingMarks);
+  } else {
+    status = fAlgorithm.ScoreBlock(block, fScored);
   }
-  const auto nSaved = static_cast<std::size_t>(fNSaveDepCats);
-  MCCommon::Assert(predProbs.size() >= nSaved, "predProbs.size() >= fNSaveDepCats", kSource);
-  MCCommon::Assert(fPredProbVars.size() == nSaved, "fPredProbVars.size() == fNSaveDepCats",
-                   kSource);
-  for (std::size_t i = 0; i < nSaved; ++i) {
-    (void)pDataIter->SetColumnValue(fPredProbVars[i], predProbs[i]);
+  if (status.IsError()) {
+    fRun.SetStatus(status);
+    return false;
   }
+  fpWriter->Store(*pDataIter, fpScoreRecIter->GetBlockPlaces(), fScored.GetWinners(),
+                  fScored.GetProbabilities());
   return true;
 }

@@ -6,17 +6,16 @@
 #include <vector>
 
 #include "host/cases/KOVA_Value.h"
+#include "host/cases/UAPredictionWriter.h"
 #include "host/cases/UAProcDataSourceIter.h"
 #include "host/command/ParserMessage.h"
+#include "naivebayes/model/NBScoredBlock.h"
 
 class INBAlgorithm;
 class NaiveDataSourceIter;
 class PRSMultiRun;
 class PRSValidSpecs;
 class ProcedureDataSource;
-namespace MCCommon {
-class Record;
-}
 
 class PRSMultiScoring {
  public:
@@ -36,7 +35,8 @@ class PRSMultiScoring {
   bool CreatePredictedValue();
   bool CreateProbabilities();
   bool ScoreCases();
-  bool SaveVarValues(ProcDSIterator* pDataIter, const MCCommon::Record* pRecord, bool isTraining);
+  // Scores the last block of the scoring stream and writes its values.
+  bool SaveVarValues(ProcDSIterator* pDataIter, const MCCommon::RecordBlock& block);
 
   PRSMultiRun& fRun;
   const PRSValidSpecs& fSpecs;
@@ -47,5 +47,8 @@ class PRSMultiScoring {
   int fPredValVar = -1;
   std::vector<int> fPredProbVars;
   std::vector<KOVA_Value> fDependValues;  // by category
+  std::unique_ptr<UAPredictionWriter> fpWriter;
+  NBScoredBlock fScored;
+  std::vector<char> fTrainingMarks;  // of the cases of a block
   ParserMessage fParserMessages;
 };

@@ -5,6 +5,7 @@
 #include "host/cases/MCStopProcessor.h"
 #include "host/cases/UACaseValueReader.h"
 #include "host/cases/UAInputAdapter.h"
+#include "host/cases/UAPredictionWriter.h"
 #include "host/cases/UAProcDataSourceIter.h"
 #include "host/cases/UAUniformRandom.h"
 #include "host/cases/UAVarValidSpecs.h"
@@ -141,6 +142,41 @@ TEST_F(CaseTest, ObservesCasesThatAStreamSkips) {
   EXPECT_EQ(none.GetState(), 1);
 }
 
+TEST_F(CaseTest, PassesOverCasesThatNobodyLooksAt) {
+  UAVarValidSpecs specs(true, true, true);
+  AddAll(specs);
+  ProcedureDataSource source;
+  UAInputAdapter adapter(&specs, source);
+  SkippingStream stream(&adapter, 2);
+  std::vector<std::int64_t> stops;
+  for (; stream.HasMore(); stops.push_back(adapter.GetCaseNumber())) stream.SkipBlock();
+  EXPECT_EQ(stops, (std::vector<std::int64_t>{2, 4}));
+  EXPECT_EQ(stream.fSeen.size(), 5u);
+  EXPECT_EQ(adapter.GetCatVarSize(1), 3) << "observed like any other cases";
+  EXPECT_EQ(adapter.GetRecordCount(), 2);
+  ASSERT_TRUE(stream.NewPass());
+  EXPECT_EQ(ReadBlocks(stream, 9), (Rows{{1, 1, kMissing}, {0, 1, kMissing}}));
+}
+
+// The table's user-missing values, categories given twice or unknown, and the sign of zero.
+TEST_F(CaseTest, FixedCategoriesAloneAreCategories) {
+  UAVarValidSpecs specs(true, false, true);
+  AddAll(specs);
+  ProcedureDataSource source;
+  UAInputAdapter adapter(&specs, source);
+  const auto text = [](const char* value) { return KOVA_Value(std::string(value)); };
+  adapter.FixCategories(0, {text("?"), text("c"), text("b"), text("?")});
+  adapter.FixCategories(1,
+                        {KOVA_Value(99.0), KOVA_Value(0.0), KOVA_Value(kMissing), KOVA_Value(2.5)});
+  UAProcDataSourceIter stream(&adapter, true);
+  EXPECT_EQ(ReadRecords(stream), (Rows{{2, kMissing, 1.5},
+                                       {kMissing, 1, kMissing},
+                                       {kMissing, 3, -4},
+                                       {2, 1, kMissing},
+                                       {0, 0, 999}}));
+  EXPECT_EQ(adapter.GetCatVarSize(0), 4);
+}
+
 TEST_F(CaseTest, DeliversOnlyCompleteCasesWhenMissingIsNotWanted) {
   UAVarValidSpecs specs(false, true, true);
   AddAll(specs);
@@ -231,6 +267,50 @@ TEST_F(CaseTest, ExtraColumnsAreReadAndNewValuesWritten) {
     }
   }
   EXPECT_EQ(numbers, (std::vector<double>{8, kMissing, 3.5, 1, 100}));
+}
+
+// Blocks of all lengths over chunks of two cases, with cases skipped and cases without a winner.
+TEST_F(CaseTest, PredictionsStandAtTheirCases) {
+  UAVarValidSpecs specs(true, true, true);
+  specs.AddVariable(2, false);
+  ProcedureDataSource source;
+  UAInputAdapter adapter(&specs, source);
+  const int number = source.MakeVariable("number", 0);
+  const int text = source.MakeVariable("text", 2);
+  const int probability = source.MakeVariable("probability", 0);
+  const UAPredictionWriter numbers(number, {KOVA_Value(7.0), KOVA_Value(8.0)}, 0, {probability});
+  const UAPredictionWriter texts(
+      text, {KOVA_Value(std::string("no")), KOVA_Value(std::string("y\xC3\xA9s"))}, 2, {});
+  SkippingStream stream(&adapter, 0);
+  ASSERT_TRUE(stream.NewPass());
+  const auto store = [&](std::vector<std::int32_t> winners, double first) {
+    ASSERT_EQ(stream.NextBlock(winners.size()).Cases(), winners.size());
+    const std::vector<double> probabilities = {first, 1 - first, first + 0.5, 0.5 - first};
+    for (const UAPredictionWriter* writer : {&numbers, &texts}) {
+      writer->Store(*stream.GetProcDS(), stream.GetBlockPlaces(), winners,
+                    {probabilities.begin(), probabilities.begin() + 2 * winners.size()});
+    }
+  };
+  stream.SetLastPass();
+  store({1}, 0.125);
+  store({-1}, 0.25);
+  store({0, 1}, 0.375);
+  store({1}, 0.0625);
+  EXPECT_FALSE(stream.HasMore());
+  auto scan = fTable.Scan({number, text, probability});
+  std::vector<double> values;
+  std::string shown;
+  while (const MCHost::TableBatch* batch = scan->Next()) {
+    for (std::size_t i = 0; i < batch->fNCases; ++i) {
+      values.push_back(batch->fColumns[0].fpNumbers[i]);
+      values.push_back(batch->fColumns[2].fpNumbers[i]);
+      const std::int32_t code = batch->fColumns[1].fpCodes[i];
+      shown += (code < 0 ? "." : batch->fColumns[1].fpDictionary->At(code)) + ' ';
+    }
+  }
+  EXPECT_EQ(values,
+            (std::vector<double>{8, 0.125, kMissing, kMissing, 7, 0.375, 8, 0.875, 8, 0.0625}));
+  EXPECT_EQ(shown, "y . no y y ") << "cut at the end of a character";
 }
 
 TEST_F(CaseTest, AWriteErrorIsAReadErrorOfTheStream) {

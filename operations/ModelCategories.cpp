@@ -1,0 +1,37 @@
+#include "operations/ModelCategories.h"
+
+#include "common/MissingValue.h"
+#include "common/xml/XMLString.h"
+#include "naivebayes/encoders/NBCatNumEncoder.h"
+#include "naivebayes/encoders/NBStringEncoder.h"
+#include "naivebayes/variables/INBVariable.h"
+
+namespace PredSelect {
+
+std::string CategoryText(const INBVariable& variable, int code) {
+  if (const auto* strings = dynamic_cast<const NBStringEncoder*>(variable.GetEncoder())) {
+    const std::string* text = strings->Decode(code);
+    return text == nullptr ? std::to_string(code) : *text;
+  }
+  const double number = CategoryNumber(variable, code);
+  if (MCMV::IsMissing(number)) return std::to_string(code);
+  return MCCommonXML::XMLString::Create(number).Escaped(MCCommonXML::XMLString::Place::kText,
+                                                        MCCommonXML::XMLString::Encoding::kUTF8);
+}
+
+double CategoryNumber(const INBVariable& variable, int code) {
+  const auto* numbers = dynamic_cast<const NBCatNumEncoder*>(variable.GetEncoder());
+  return numbers == nullptr ? KOVA_SystemMissing : numbers->Decode(code);
+}
+
+std::vector<KOVA_Value> CategoriesOf(const INBVariable& variable) {
+  const bool isNumeric = variable.GetMeasureLevel() == INBVariable::kNumericCategorical;
+  std::vector<KOVA_Value> values;
+  for (int code = 0; code < variable.GetNumberOfCategories(); ++code) {
+    values.push_back(isNumeric ? KOVA_Value(CategoryNumber(variable, code))
+                               : KOVA_Value(CategoryText(variable, code)));
+  }
+  return values;
+}
+
+}  // namespace PredSelect

@@ -1,0 +1,21 @@
+// The categories of a saved Naive Bayes model's variables as values.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/cases/KOVA_Value.h"
+
+class INBVariable;
+
+namespace PredSelect {
+
+// A category of a categorical variable: as text, and as a number (missing for a string variable).
+// One that the model knows by its number alone goes by that number.
+std::string CategoryText(const INBVariable& variable, int code);
+double CategoryNumber(const INBVariable& variable, int code);
+
+// All of them by code: numbers of a numeric variable, texts of any other.
+std::vector<KOVA_Value> CategoriesOf(const INBVariable& variable);
+
+}  // namespace PredSelect
