@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "feature/FSCriterion.h"
+#include "host/output/FacSTDictionary.h"
 #include "tests/backend/CommandTest.h"
 
 namespace {
@@ -144,6 +146,17 @@ TEST_F(SelectPred, SaysHowFarAStoppedRunHadCome) {
   EXPECT_THAT(Keys(run), ElementsAre("Stopped by the user after ^1 records..."));
   EXPECT_THAT(Titles(run), IsEmpty());
   EXPECT_TRUE(fbError);
+}
+
+TEST(SelectPredTexts, EveryKeyOfTheRankingCriteriaHasItsEntry) {
+  const FacSTDictionary texts;
+  for (const FSCriterion& criterion : FSCriterion::All()) {
+    EXPECT_TRUE(texts.Contains(criterion.fHeading)) << criterion.fHeading;
+    for (const FSOutput& output : criterion.fOutputs) {
+      EXPECT_TRUE(texts.Contains(output.fHeading)) << output.fHeading;
+      EXPECT_TRUE(output.fNoteIfLost == nullptr || texts.Contains(output.fNoteIfLost));
+    }
+  }
 }
 
 }  // namespace
