@@ -93,7 +93,7 @@ std::string NotForBothKinds() {
 }
 
 SubCom UniCriteria() {
-  const std::string first = FSCriterion::Of(MCFSCommon::kPearson).fKeyword;
+  const std::string first = FSCriterion::Of(PRSUniCriteria().fCriterion).fKeyword;
   return SubCom("CRITERIA", "How predictors are ranked and how many are selected.")
       .addParamDesc(Timer())
       .addParamDesc(

@@ -67,7 +67,7 @@ bool PRSParser::TakeSize(const SubComObj& subCom, int& size) const {
 }
 
 const FSCriterion& PRSParser::TakeRanking(const SubComObj& subCom) const {
-  const FSCriterion& otherwise = FSCriterion::Of(MCFSCommon::kPearson);
+  const FSCriterion& otherwise = FSCriterion::Of(PRSUniCriteria().fCriterion);
   const ParamObj* param = subCom.getParamObj("RANKING");
   if (param == nullptr) return otherwise;
   const FSCriterion& criterion = CriterionOf(param->GetPlace().fText);
