@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -23,7 +24,9 @@ constexpr int kLeastWidth = 40;
 
 int WidthOf(int descriptor) {
   if (const char* columns = std::getenv("COLUMNS")) {
-    if (const int width = std::atoi(columns); width > 0) return width;
+    int width = 0;
+    (void)std::from_chars(columns, columns + std::strlen(columns), width);
+    if (width > 0) return width;
   }
   winsize size{};
   const bool known = ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;

@@ -25,3 +25,6 @@ class KOVA_Value {
  private:
   std::variant<double, std::string> fValue = KOVA_SystemMissing;
 };
+
+// An observation: one case's value of a variable.
+using OBS = KOVA_Value;

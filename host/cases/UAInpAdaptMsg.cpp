@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include "host/output/BpError.h"
+#include "host/output/ShowText.h"
 
 using MCHost::OutputMessage;
 using MCHost::RaiseMessage;
@@ -10,8 +11,8 @@ using MCHost::RaiseMessage;
 // The messages are about the active data as a whole; nothing of them is kept.
 UAInpAdaptMsg::UAInpAdaptMsg(ProcedureDataSource& /*source*/) {}
 
-void UAInpAdaptMsg::NoValidCases() const {
-  RaiseMessage(OutputMessage::kError, "No valid cases...");
+void UAInpAdaptMsg::NoValidCases(const char* why) const {
+  RaiseMessage(OutputMessage::kError, "No valid cases...", {MCHost::KeyText(why)});
 }
 
 void UAInpAdaptMsg::NoValidCasesForSelect() const {
@@ -28,7 +29,8 @@ void UAInpAdaptMsg::Stopped(const MCStopProcessor& stop, long long recordsRead) 
   if (stop.GetCause() == MCStopProcessor::kUser) {
     RaiseMessage(OutputMessage::kError, "Stopped by the user after ^1 records...", {records});
   } else {
+    // Minutes times 60 carry a last digit that nobody typed.
     RaiseMessage(OutputMessage::kError, "Time limit of ^2 seconds reached after ^1 records...",
-                 {records, fmt::format("{}", stop.GetLimitSeconds())});
+                 {records, fmt::format("{:.15g}", stop.GetLimitSeconds())});
   }
 }

@@ -11,8 +11,8 @@ class UAInpAdaptMsg {
  public:
   explicit UAInpAdaptMsg(ProcedureDataSource& source);
 
-  // Error: no case of the data can be used.
-  void NoValidCases() const;
+  // Error: no case of the data can be used; `why` is a key of the string table.
+  void NoValidCases(const char* why = "the data have no rows") const;
 
   // Warning: the active data have no cases or no variables to select from.
   void NoValidCasesForSelect() const;

@@ -28,21 +28,28 @@ class TokenCursor {
   // Returns the current token and moves behind it. At the end it stays there.
   const TokenInfoObj& Take() {
     const TokenInfoObj& token = Peek();
-    if (!AtEnd()) ++fIndex;
+    if (AtEnd()) return token;
+    if (token.fType == TokenInfoObj::kLeftParen) ++fNOpen;
+    if (token.fType == TokenInfoObj::kRightParen && fNOpen > 0) --fNOpen;
+    ++fIndex;
     return token;
   }
 
   // Takes the current token when it is of that type.
   bool Accept(TokenInfoObj::Type type) {
     if (AtEnd() || !Is(type)) return false;
-    ++fIndex;
+    Take();
     return true;
   }
+
+  // True behind an opening parenthesis, until the closing one is taken too.
+  bool IsInParentheses() const { return fNOpen > 0; }
 
  private:
   const std::vector<TokenInfoObj>& fTokens;
   std::size_t fIndex;
   std::size_t fEnd;
+  int fNOpen = 0;
 };
 
 }  // namespace MCHost

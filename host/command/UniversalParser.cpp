@@ -24,15 +24,14 @@ std::vector<std::string> NamesToType(const SubComDescriptor& subCom) {
 }
 
 // Moves to the next word that begins a parameter, or would if it were known, so that reading can go
-// on after an error.
+// on after an error. What is left in the parentheses of the error belongs to it.
 void SkipToParam(TokenCursor& cursor, const SubComDescriptor& subCom) {
   const std::vector<std::string> names = NamesToType(subCom);
   while (!cursor.AtEnd()) {
     const TokenInfoObj& token = cursor.Peek();
     const bool isKnown = MatchKeyword(token.fText, names).fResult == KeywordMatch::kFound;
-    if (token.fType == TokenInfoObj::kWord && (isKnown || cursor.Is(TokenInfoObj::kEquals, 1))) {
-      return;
-    }
+    const bool isName = token.fType == TokenInfoObj::kWord && !cursor.IsInParentheses();
+    if (isName && (isKnown || cursor.Is(TokenInfoObj::kEquals, 1))) return;
     cursor.Take();
   }
 }

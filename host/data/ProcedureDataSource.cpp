@@ -1,5 +1,8 @@
 #include "host/data/ProcedureDataSource.h"
 
+#include <algorithm>
+#include <limits>
+
 #include "host/data/MeasurementLevels.h"
 #include "host/session/HostBlocks.h"
 #include "host/session/ISession.h"
@@ -8,7 +11,9 @@
 ProcedureDataSource::ProcedureDataSource() : KOVA_DataSource(MCHost::CurrentSession().Table()) {}
 
 void ProcedureDataSource::SetMaxObsAdded(unsigned int values) {
-  MCHost::CurrentSession().CommonBlock().fMaxObsAdded = static_cast<std::int32_t>(values);
+  constexpr unsigned int kMost = std::numeric_limits<std::int32_t>::max();
+  MCHost::CurrentSession().CommonBlock().fMaxObsAdded =
+      static_cast<std::int32_t>(std::min(values, kMost));
 }
 
 void AdjustMeasurementLevels(ProcedureDataSource& source) {

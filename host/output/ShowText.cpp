@@ -27,6 +27,25 @@ std::optional<ListPattern> ReadListPattern(const std::string& text, std::size_t 
   return ListPattern{text.substr(at + 4, item - at - 4), argument, end + 3 - at};
 }
 
+struct Choice {
+  std::string fOne;
+  std::string fMore;
+  std::size_t fArgument;  // from 0
+  std::size_t fLength;
+};
+
+// Reads "{d:<one>|<more>}" at a place of the text.
+std::optional<Choice> ReadChoice(const std::string& text, std::size_t at) {
+  if (text[at] != '{' || at + 3 > text.size() || !IsDigit(text[at + 1]) || text[at + 2] != ':') {
+    return {};
+  }
+  const std::size_t bar = text.find('|', at);
+  const std::size_t end = text.find('}', at);
+  if (end == std::string::npos || bar > end) return {};
+  return Choice{text.substr(at + 3, bar - at - 3), text.substr(bar + 1, end - bar - 1),
+                static_cast<std::size_t>(text[at + 1] - '1'), end + 1 - at};
+}
+
 using Shower = std::string (*)(const OutputText&);
 
 std::string Joined(const std::vector<OutputText>& items, const std::string& separator,
@@ -46,6 +65,13 @@ std::string Filled(const std::string& text, const std::vector<OutputText>& argum
     if (list && list->fArgument < arguments.size()) {
       filled += Joined(arguments[list->fArgument].fItems, list->fSeparator, show);
       at += list->fLength;
+      continue;
+    }
+    const std::optional<Choice> choice = ReadChoice(text, at);
+    if (choice && choice->fArgument < arguments.size()) {
+      const bool isOne = show(arguments[choice->fArgument]) == "1";
+      filled += Filled(isOne ? choice->fOne : choice->fMore, arguments, show);
+      at += choice->fLength;
       continue;
     }
     const bool placeholder = text[at] == '^' && at + 1 < text.size() && IsDigit(text[at + 1]);

@@ -10,7 +10,8 @@ namespace MCHost {
 
 // Fills the placeholders of a text: "^1", "^2", ... with the arguments in order, and the list
 // pattern "[%1:<separator>^1:]1" with the items of the first argument (another digit for another
-// argument). A placeholder without an argument stays as it is.
+// argument). "{1:<one>|<more>}" is its first wording where the first argument (another digit for
+// another one) is shown as 1, else its second. A placeholder without an argument stays as it is.
 std::string FillPlaceholders(const std::string& text, const std::vector<OutputText>& arguments);
 
 // The displayed text: a key's entry in the string table with its placeholders filled; a variable's

@@ -395,6 +395,8 @@ TEST_F(NaiveBayes, DescribesSavedVariablesByTheTarget) {
   EXPECT_EQ(fRoom, 0);
   (void)Run("NAIVEBAYES species BY x /SAVE PREDVAL PREDPROB(p:2).");
   EXPECT_EQ(fRoom, 2 + 2) << "twelve bytes and two numbers";
+  (void)Run("NAIVEBAYES species BY x /SAVE PREDVAL(v) PREDPROB(q:2147483647).");
+  EXPECT_EQ(fRoom, std::numeric_limits<int>::max());
   const KOVA_Variable& text = fTable.GetVariable(Column("PredictedValue"));
   EXPECT_EQ(text.GetType(), 12);
   EXPECT_EQ(text.GetFormat().ToString(), "A12");

@@ -159,4 +159,22 @@ TEST(SelectPredTexts, EveryKeyOfTheRankingCriteriaHasItsEntry) {
   }
 }
 
+TEST_F(SelectPred, LogsWhatTheComponentFoundForWhoDebugs) {
+  FillTable();
+  display_settings = display_feature_select = true;
+  testing::internal::CaptureStderr();
+  (void)Run("SELECTPRED target BY same WITH near /PRINT CPS.");
+  (void)Run("SELECTPRED target BY same /EXCEPT VARIABLES=same.");
+  const std::string log = testing::internal::GetCapturedStderr();
+  display_settings = display_feature_select = false;
+  for (const char* text :
+       {"Top predictor component indices: 1 0\nTop predictor KOVA indices: 3 1\n",
+        "Top continuous predictor KOVA indices: 3\nTop continuous predictor critical values: "
+        "1.28902e-11\n",
+        "chi-square p-value of same: 7.74422e-06 20 1 ", "No predictors excluded in screening...",
+        "\nNo predictors available in data...\n"}) {
+    EXPECT_THAT(log, testing::HasSubstr(text));
+  }
+}
+
 }  // namespace

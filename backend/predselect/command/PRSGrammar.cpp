@@ -151,8 +151,8 @@ SubCom Subset() {
   return SubCom("SUBSET", "How many predictors the model gets.")
       .addParamDesc(
           Param("MAXSIZE", Param::kInteger,
-                "At most so many besides the forced ones, and no more than there are. AUTO: as "
-                "many as serve the criterion.")
+                "At most so many besides the forced ones: more than there are of these, and no "
+                "more than there are candidates. AUTO: as many as serve the criterion.")
               .setLowerBoundary(0.0, Param::kLowerExclusive)
               .addStringValue("AUTO")
               .setDefault("AUTO")
@@ -165,7 +165,8 @@ SubCom Subset() {
                       .addStringValue("TESTDATA")
                       .setDefault("PSEUDOBIC")))
       .addParamDesc(Param("EXACTSIZE", Param::kInteger,
-                          "Exactly so many besides the forced ones; fewer than there are.")
+                          "Exactly so many besides the forced ones: more than there are of these, "
+                          "and fewer than there are candidates.")
                         .setLowerBoundary(0.0, Param::kLowerExclusive))
       .addParamDesc(Param("NOSELECTION", Param::kFlag, "All of them."));
 }

@@ -1,10 +1,12 @@
 #include "backend/predselect/command/PRSParser.h"
 
 #include <algorithm>
+#include <iostream>
 #include <iterator>
 #include <utility>
 
 #include "backend/predselect/command/PRSGrammar.h"
+#include "backend/predselect/predsele.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "common/MCAssert.h"
 #include "host/command/UniversalParser.h"
@@ -166,8 +168,9 @@ bool PRSParser::ProcessNoNameSubCom(const SubComObj& subCom) {
   isValid = CheckCandidates() && isValid;
   if (!isValid) return false;
   CollectCandidates(subCom.getParamListSize() == 1);
-  // The data hold nothing that could be selected from.
+  // There is nothing that could be selected from.
   if (fPredictors.empty() && !IsSelectionOff()) {
+    if (display_settings) std::cerr << "No predictors available in data..." << '\n';
     fOwnMessages.NoPossPredsAvailable();
     return false;
   }
@@ -317,6 +320,12 @@ bool PRSParser::IsCategorical(int variable) const {
 bool PRSParser::IsSelectionOff() const {
   const SubComObj* subset = fpCommand->getSubComObj("SUBSET");
   return subset != nullptr && subset->getParamObj("NOSELECTION") != nullptr;
+}
+
+bool PRSParser::IsScreeningOff() const {
+  const SubComObj* screening = fpCommand->getSubComObj("SCREENING");
+  const ParamObj* status = screening == nullptr ? nullptr : screening->getParamObj("STATUS");
+  return status != nullptr && status->isStringValueCase("OFF");
 }
 
 bool PRSParser::HasPredictors(bool categorical) const {

@@ -78,9 +78,10 @@ class PRSParser {
   void ReportIdleExcepts(const SubComObj& subCom) const;
   bool TakeSize(const SubComObj& subCom, int& size) const;
   const FSCriterion& TakeRanking(const SubComObj& subCom) const;
+  void IgnoreCriterion(const FSCriterion& criterion, const char* param, const char* subCom) const;
   void ReportIdleCutOff(const SubComObj& subCom, const FSCriterion& criterion) const;
   bool IsPrintConsistent(const SubComObj& subCom) const;
-  void ReportIdleTables(const SubComObj& subCom) const;
+  bool IsShown(const ParamObj& table) const;
   void AddPrintOptions(const ParamObj& summary);
   bool TakeMacroName(const ParamObj* param, KovaVarName& name) const;
   bool TakePredVal(const ParamObj& param);
@@ -90,6 +91,7 @@ class PRSParser {
 
   bool IsCategorical(int variable) const;
   bool IsSelectionOff() const;
+  bool IsScreeningOff() const;
   bool IsMixed() const;
   // Whether the criterion can rank the candidates against the dependent variable.
   bool Applies(const FSCriterion& criterion) const;

@@ -1,4 +1,5 @@
 // The handlers of the subcommands that set options; the variables are handled in PRSParser.cpp.
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <string>
@@ -16,6 +17,15 @@ using MCHost::KeyText;
 namespace {
 
 constexpr const char* kSource = "backend/predselect/PRSParser";
+
+// The tables of both commands, by their keywords.
+constexpr std::pair<const char*, bool PRSPrint::*> kTables[] = {
+    {"CPS", &PRSPrint::fbCPS},
+    {"EXCLUDED", &PRSPrint::fbExclude},
+    {"SUMMARY", &PRSPrint::fbSummary},
+    {"SELECTED", &PRSPrint::fbSelect},
+    {"CLASSIFICATION", &PRSPrint::fbClassify},
+};
 
 // The grammar takes its words from the table of criteria.
 const FSCriterion& CriterionOf(const std::string& word) {
@@ -72,9 +82,16 @@ const FSCriterion& PRSParser::TakeRanking(const SubComObj& subCom) const {
   if (param == nullptr) return otherwise;
   const FSCriterion& criterion = CriterionOf(param->GetPlace().fText);
   if (Applies(criterion)) return criterion;
-  fOwnMessages.IgnoreRankCriterion(criterion.fKeyword, "RANKING", "CRITERIA", IsMixed());
+  IgnoreCriterion(criterion, "RANKING", "CRITERIA");
   // Where none of the words applies, the data choose the criterion and the word stays as it is.
   return Applies(otherwise) ? otherwise : criterion;
+}
+
+// A target that is scale is reason enough, whatever the predictors are.
+void PRSParser::IgnoreCriterion(const FSCriterion& criterion, const char* param,
+                                const char* subCom) const {
+  fOwnMessages.IgnoreRankCriterion(criterion.fKeyword, param, subCom,
+                                   fbDependCategorical && IsMixed());
 }
 
 // Some criteria have no significance that could be below a cut-off.
@@ -123,6 +140,7 @@ bool PRSParser::ProcessMissingSubCom(const SubComObj& subCom) {
 bool PRSParser::ProcessMacrovarSubCom(const SubComObj& subCom) {
   const ParamObj* factors = subCom.getParamObj("FACTORS");
   const ParamObj* covariates = subCom.getParamObj("COVARIATES");
+  MCCommon::Assert(factors != nullptr || covariates != nullptr, "covarParam !=0", kSource);
   KovaVarName factorName;
   KovaVarName covariateName;
   bool isValid = TakeMacroName(factors, factorName);
@@ -153,20 +171,15 @@ bool PRSParser::TakeMacroName(const ParamObj* param, KovaVarName& name) const {
 
 bool PRSParser::ProcessPrintSubCom(const SubComObj& subCom) {
   if (!IsPrintConsistent(subCom)) return false;
-  const auto isAsked = [&subCom](const char* table) {
-    return subCom.getParamObj(table) != nullptr;
-  };
-  const PRSPrint print{.fbCPS = isAsked("CPS"),
-                       .fbExclude = isAsked("EXCLUDED"),
-                       .fbSummary = isAsked("SUMMARY"),
-                       .fbSelect = isAsked("SELECTED"),
-                       .fbClassify = isAsked("CLASSIFICATION")};
-  const bool anyTable =
-      print.fbCPS || print.fbExclude || print.fbSummary || print.fbSelect || print.fbClassify;
-  if (!anyTable) fMessages.NoTableRequested();
-  if (!fbUniVariable && IsSelectionOff()) ReportIdleTables(subCom);
+  PRSPrint& print = fSpecs.Options().fPrint;
+  bool isAnyShown = false;
+  for (const auto& [name, table] : kTables) {
+    const ParamObj* param = subCom.getParamObj(name);
+    print.*table = param != nullptr;
+    isAnyShown = (param != nullptr && IsShown(*param)) || isAnyShown;
+  }
+  if (!isAnyShown) fMessages.NoTableRequested();
   if (fbUniVariable && print.fbSummary) AddPrintOptions(*subCom.getParamObj("SUMMARY"));
-  fSpecs.Options().fPrint = print;
   return true;
 }
 
@@ -177,23 +190,33 @@ bool PRSParser::IsPrintConsistent(const SubComObj& subCom) const {
   return false;
 }
 
-// Two tables show what a selection found.
-void PRSParser::ReportIdleTables(const SubComObj& subCom) const {
-  for (const char* table : {"SUMMARY", "SELECTED"}) {
-    const ParamObj* param = subCom.getParamObj(table);
-    if (param == nullptr) continue;
-    fMessages.At(param->GetNameToken())
-        .OptionIdle(std::string("PRINT ") + table, KeyText("SUBSET asks for NOSELECTION"));
+// False, with a warning, for a table that another subcommand leaves nothing to show: two tell what
+// a selection found, one what screening left out.
+bool PRSParser::IsShown(const ParamObj& table) const {
+  const std::string& name = table.GetDescriptor().GetName();
+  const char* why = nullptr;
+  if (fbUniVariable && name == "EXCLUDED" && IsScreeningOff()) why = "screening is off";
+  if (!fbUniVariable && (name == "SUMMARY" || name == "SELECTED") && IsSelectionOff()) {
+    why = "SUBSET asks for NOSELECTION";
   }
+  if (why == nullptr) return true;
+  fMessages.At(table.GetNameToken()).OptionIdle("PRINT " + name, KeyText(why));
+  return false;
 }
 
 void PRSParser::AddPrintOptions(const ParamObj& summary) {
+  const std::vector<std::string>& rankUpperList = summary.GetDescriptor().GetStringValues();
+  const auto& all = FSCriterion::All();
+  const auto nRanks = static_cast<std::size_t>(
+      std::count_if(all.begin(), all.end(), [](const auto& known) { return known.IsChoice(); }));
+  MCCommon::Assert(nRanks > 0 && nRanks == rankUpperList.size(),
+                   "nRanks > 0 && nRanks == rankUpperList.size()", kSource);
   for (const TokenInfoObj& token : summary.getTokenList()) {
     const FSCriterion& criterion = CriterionOf(token.fText);
     if (Applies(criterion)) {
       fSpecs.AddFeaturePrintOption(criterion.fCode);
     } else {
-      fOwnMessages.IgnoreRankCriterion(criterion.fKeyword, "SUMMARY", "PRINT", IsMixed());
+      IgnoreCriterion(criterion, "SUMMARY", "PRINT");
     }
   }
 }

@@ -43,7 +43,10 @@ bool NaiveDataSourceIter::IsSplit() const { return fTrainSampVar >= 0 || fTrainS
 
 bool NaiveDataSourceIter::PreprocessCase() {
   MCCommon::Assert(GetProcDS() != nullptr, "fpDSIter != 0", kSource);
-  if (IsFirstPass()) DrawSample();
+  if (IsFirstPass()) {
+    ++fNCases;
+    DrawSample();
+  }
   const bool isTraining = IsTrainSampleCase();
   if (IsFirstPass() && !HasDependentValue()) return false;
   if (IsFirstPass() && !isTraining) ++fNTestCases;

@@ -36,7 +36,8 @@ class NaiveDataSourceIter final : public UAProcDataSourceIter {
   bool IsTrainSampleCase() const;
   void MarkTrainSample(std::vector<char>& flags);
 
-  // Test cases with a valid dependent value that were met in the first pass.
+  // Cases that were met in the first pass; test cases among them that have a valid dependent value.
+  int GetNCases() const { return fNCases; }
   int GetNTestCases() const { return fNTestCases; }
 
  protected:
@@ -57,5 +58,6 @@ class NaiveDataSourceIter final : public UAProcDataSourceIter {
   std::vector<bool>& fTrainTestFlags;
   bool fbNeedTrainData;
   bool fbNeedTestData;
+  int fNCases = 0;
   int fNTestCases = 0;
 };

@@ -13,7 +13,7 @@ PRSMultiFactory::PRSMultiFactory(PRSValidSpecs* specs, ProcedureDataSource& sour
   fpTrainRecIter->Start();
   if (fpTrainRecIter->GetFailReason() == MCCommon::RecordIterator::kNoRecords) {
     (void)fRun.Fail(MCNaive::kDataUnusable);
-    fRun.AdapterMessages().NoValidCases();
+    fRun.AdapterMessages().NoValidCases(WhyNoCase());
   }
   if (fRun.GetStatus().IsError() || !specs->GetMultiTestData()) return;
   fpTestRecIter = fRun.NewStream(false, true);
@@ -21,10 +21,16 @@ PRSMultiFactory::PRSMultiFactory(PRSValidSpecs* specs, ProcedureDataSource& sour
 
 PRSMultiFactory::~PRSMultiFactory() = default;
 
+const char* PRSMultiFactory::WhyNoCase() const {
+  if (fpTrainRecIter->GetNCases() == 0) return "the data have no rows";
+  return fpTrainRecIter->GetNTestCases() > 0 ? "no case with a valid target is a training case"
+                                             : "no case has a valid target";
+}
+
 bool PRSMultiFactory::PreliminaryDataPass() {
   if (fRun.GetStatus().IsError()) return false;
   if (fpTrainRecIter->GetState() == MCCommon::RecordIterator::kNoRecords) {
-    fRun.AdapterMessages().NoValidCases();
+    fRun.AdapterMessages().NoValidCases(WhyNoCase());
     return fRun.Fail(MCNaive::kDataUnusable);
   }
   fRun.ReadAll(*fpTrainRecIter);

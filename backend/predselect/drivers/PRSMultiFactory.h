@@ -68,6 +68,9 @@ class PRSMultiFactory {
   void DisplayMessage(const MCNaive::MCStatus& status) const { fRun.DisplayMessage(status); }
 
  private:
+  // REQUIRES: the stream of training cases has ended without one.
+  const char* WhyNoCase() const;
+
   PRSMultiRun fRun;
   PRSMultiMetaData fMetaData;
   PRSMultiModel fModel;

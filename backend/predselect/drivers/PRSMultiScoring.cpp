@@ -99,9 +99,10 @@ bool PRSMultiScoring::CreateProbabilities() {
     probability.SetFormat(kProbabilityFormat);
     probability.SetWriteFormat(kProbabilityFormat);
     probability.SetMeasurementLevel(KOVA_Variable::kScale);
+    std::string value;
+    ConvertObsValToStr(&category, target, value);
     BpComposite label("Predicted Probability for ^1 with value ^2...");
-    label.AddLiteral(target.GetName());
-    label.AddLiteral(MCHost::TextId(PRSCategoryLabel(target, category)));
+    label.AddLiteral(target.GetName()).AddLiteral(value);
     probability.SetLabel(MCHost::ShowText(label.Finish()));
     BpComposite title("^1 = ^2");
     title.Add(BpVariable(target)).Add(PRSCategoryLabel(target, category));
@@ -110,6 +111,11 @@ bool PRSMultiScoring::CreateProbabilities() {
     fPredProbVars.push_back(column);
   }
   return true;
+}
+
+void PRSMultiScoring::ConvertObsValToStr(const OBS* value, const KOVA_Variable& variable,
+                                         std::string& text) {
+  text = MCHost::TextId(PRSCategoryLabel(variable, *value));
 }
 
 bool PRSMultiScoring::ScoringDataPass() {

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "host/cases/KOVA_Value.h"
@@ -12,6 +13,7 @@
 #include "naivebayes/model/NBScoredBlock.h"
 
 class INBAlgorithm;
+class KOVA_Variable;
 class NaiveDataSourceIter;
 class PRSMultiRun;
 class PRSValidSpecs;
@@ -34,6 +36,9 @@ class PRSMultiScoring {
   bool CreateNewVars();
   bool CreatePredictedValue();
   bool CreateProbabilities();
+  // A category of the variable as text.
+  static void ConvertObsValToStr(const OBS* value, const KOVA_Variable& variable,
+                                 std::string& text);
   bool ScoreCases();
   // Scores the last block of the scoring stream and writes its values.
   bool SaveVarValues(ProcDSIterator* pDataIter, const MCCommon::RecordBlock& block);

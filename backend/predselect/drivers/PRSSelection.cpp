@@ -12,9 +12,11 @@ PRSSelection SelectPredictors(const PRSValidSpecs& specs, const IFSAlgorithm& al
   const FSSettings& settings = *algorithm.GetSettings();
   PRSSelection selection;
   selection.fCriterion = settings.GetMainCriterion(specs.GetUniRank());
-  const int size = specs.GetUniSize();
   const int nValid = settings.GetNPredictors() - algorithm.GetNDeletedPred();
-  const int asked = std::min(size + specs.GetShowUnselect(), nValid);
+  // Either may be as large as a number can be; their sum may not.
+  const int size = std::min(specs.GetUniSize(), nValid);
+  const int nMore = std::min(specs.GetShowUnselect(), nValid);
+  const int asked = std::min(size + nMore, nValid);
   const MCFeature::MCStatus status = algorithm.GetTopPredictors(
       selection.fCriterion, selection.fIndices, selection.fValues, asked);
   if (status.IsError()) return selection;
@@ -25,7 +27,7 @@ PRSSelection SelectPredictors(const PRSValidSpecs& specs, const IFSAlgorithm& al
     if (significance && (MCMV::IsMissing(value) || !(value < specs.GetUniPCutOff()))) break;
     ++selection.fNSelected;
   }
-  const int shown = std::min(nListed, selection.fNSelected + specs.GetShowUnselect());
+  const int shown = std::min(nListed, selection.fNSelected + nMore);
   selection.fIndices.resize(static_cast<std::size_t>(shown));
   selection.fValues.resize(static_cast<std::size_t>(shown));
   selection.fbLimited = specs.GetShowUnselect() > 0 && shown < nValid;

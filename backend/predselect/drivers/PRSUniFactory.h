@@ -46,6 +46,9 @@ class PRSUniFactory {
   void DisplayStatus() const;
   void DisplayAllMessages() const;
   void DisplayOutput() const;
+  // Every statistic of every predictor that is not excluded; a part of DisplayOutput().
+  // REQUIRES: the component is there.
+  void GetOutputStats() const;
 
   // Null before RunFSComponent().
   const IFSAlgorithm* GetIFSAlgorithm() const { return fpAlgorithm.get(); }
@@ -60,8 +63,8 @@ class PRSUniFactory {
   bool IsPassComplete();
   std::string NameOf(int predictor) const;
   void DisplayCriterion(std::ostream& log, const FSCriterion& criterion) const;
-  void DisplayTop(std::ostream& log, const std::string& kind,
-                  const std::vector<int>& predictors) const;
+  void DisplayTop(std::ostream& log, const std::string& kind, const std::vector<int>& predictors,
+                  const std::vector<double>& values) const;
   void DisplayDeleted(std::ostream& log) const;
 
   PRSValidSpecs* fpSpecs;

@@ -1,5 +1,6 @@
 // The driver's dumps for debugging.
 
+#include <array>
 #include <iostream>
 
 #include "backend/predselect/drivers/PRSUniFactory.h"
@@ -11,10 +12,10 @@
 
 namespace {
 
-void DisplayList(std::ostream& log, const std::string& label,
-                 const std::vector<std::string>& items) {
+template <typename Items>
+void DisplayList(std::ostream& log, const std::string& label, const Items& items) {
   log << label;
-  for (const std::string& item : items) log << ' ' << item;
+  for (const auto item : items) log << ' ' << item;
   log << '\n';
 }
 
@@ -39,9 +40,24 @@ void PRSUniFactory::DisplayOutput() const {
     log << "Feature Selection Component is not available\n";
   } else {
     for (const FSCriterion& criterion : FSCriterion::All()) DisplayCriterion(log, criterion);
+    GetOutputStats();
     DisplayDeleted(log);
   }
   log << "End Feature Selection Component Output\n";
+}
+
+void PRSUniFactory::GetOutputStats() const {
+  const FSSettings& settings = *fpAlgorithm->GetSettings();
+  for (const FSCriterion& criterion : FSCriterion::All()) {
+    if (!settings.GetCriterion(criterion.fCode)) continue;
+    for (int i = 0; i < settings.GetNPredictors(); ++i) {
+      std::array<double, 4> out{};
+      if (!fpAlgorithm->GetPredictorStats(criterion.fCode, i, out[0], out[1], out[2], out[3])) {
+        continue;
+      }
+      DisplayList(std::cerr, criterion.fName + (" of " + NameOf(i)) + ":", out);
+    }
+  }
 }
 
 std::string PRSUniFactory::NameOf(int predictor) const {
@@ -60,30 +76,30 @@ void PRSUniFactory::DisplayCriterion(std::ostream& log, const FSCriterion& crite
   std::vector<int> top;
   std::vector<double> values;
   if (fpAlgorithm->GetTopPredictors(criterion.fCode, top, values, 0).IsError()) return;
-  std::vector<std::string> texts;
-  texts.reserve(values.size());
-  for (const double value : values) texts.push_back(std::to_string(value));
-  DisplayTop(log, "Top predictor", top);
-  DisplayList(log, "Top predictor critical values:", texts);
+  DisplayTop(log, "Top predictor", top, values);
   for (const bool categorical : {true, false}) {
     std::vector<int> some;
-    for (const int predictor : top) {
-      if (settings.IsCatPredictor(predictor) == categorical) some.push_back(predictor);
+    std::vector<double> theirs;
+    for (std::size_t i = 0; i < top.size(); ++i) {
+      if (settings.IsCatPredictor(top[i]) != categorical) continue;
+      some.push_back(top[i]);
+      theirs.push_back(values[i]);
     }
-    DisplayTop(log, categorical ? "Top categorical predictor" : "Top continuous predictor", some);
+    DisplayTop(log, categorical ? "Top categorical predictor" : "Top continuous predictor", some,
+               theirs);
   }
 }
 
 void PRSUniFactory::DisplayTop(std::ostream& log, const std::string& kind,
-                               const std::vector<int>& predictors) const {
-  std::vector<std::string> own, ofData;
+                               const std::vector<int>& predictors,
+                               const std::vector<double>& values) const {
+  std::vector<int> ofData;
   for (const int predictor : predictors) {
-    own.push_back(std::to_string(predictor));
-    ofData.push_back(
-        std::to_string(fpSpecs->GetPredListPtr()->at(static_cast<std::size_t>(predictor))));
+    ofData.push_back(fpSpecs->GetPredListPtr()->at(static_cast<std::size_t>(predictor)));
   }
-  DisplayList(log, kind + " component indices:", own);
+  DisplayList(log, kind + " component indices:", predictors);
   DisplayList(log, kind + " KOVA indices:", ofData);
+  DisplayList(log, kind + " critical values:", values);
 }
 
 void PRSUniFactory::DisplayDeleted(std::ostream& log) const {

@@ -65,7 +65,7 @@ TEST(RenderText, NestsHeadingsMarksFootnotesAndAlignsWideCharacters) {
 ├────────────────┼────────┼─────────┼──────────┼─────┤
 │ Unselected [a] │ mass   │         │          │ [b] │
 └────────────────┴────────┴─────────┴──────────┴─────┘
-[a] Limited to the first 1 unselected predictors.
+[a] Limited to the first 1 unselected predictor.
 [b] F could not be computed: there is no variation within the groups.
 )");
 }
@@ -206,7 +206,7 @@ TEST(RenderJson, GivesKeysPathsAndFullPrecision) {
   EXPECT_EQ(table["cells"][4]["notes"], json{1});
   EXPECT_EQ(table["caption"], nullptr);
   EXPECT_EQ(document["strings"]["Limited to the first ^1 unselected predictors."],
-            "Limited to the first ^1 unselected predictors.");
+            "Limited to the first ^1 unselected {1:predictor|predictors}.");
 }
 
 // The first table of the document as a reader of its stream has it: names, then records.

@@ -73,6 +73,8 @@ TEST(ShowText, FillsPlaceholdersAndListPatterns) {
     return text;
   }();
   const OutputText x = OutputText::Literal("x");
+  const OutputText one = OutputText::Literal("1");
+  const OutputText many = OutputText::Literal("60");
   const struct {
     const char* fPattern;
     std::vector<OutputText> fArguments;
@@ -85,6 +87,9 @@ TEST(ShowText, FillsPlaceholdersAndListPatterns) {
       {"[%1:\n ^1:]1", {list}, "a\n ^1\n c"},
       {"^1 holds [%1: ^1:]2.", {x, list}, "x holds a ^1 c."},
       {"[%1:, ^1", {x}, "[%1:, x"},
+      {"^1 {1:case|cases}, ^2 {2:second|seconds}", {one, many}, "1 case, 60 seconds"},
+      {"{2:^2 is one|^1 of ^2}; {1:one|{more}", {x, many}, "x of 60; {more"},
+      {"{1:case} {x:a|b} {2:a|b} {1:a|b", {x}, "{1:case} {x:a|b} {2:a|b} {1:a|b"},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(MCHost::FillPlaceholders(c.fPattern, c.fArguments), c.fText) << c.fPattern;
