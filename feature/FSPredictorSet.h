@@ -164,7 +164,8 @@ class FSPredictorSet {
   int fNPredictors;
   MCFSCommon::PredictorSetType fSetType;
   MCFSCommon::PredictorSetStatus fStatus = MCFSCommon::kInitial;
-  double fElapsed = 0.0;  // seconds over all stages
+  double fElapsed = 0.0;        // seconds over all stages
+  double fStoredElapsed = 0.0;  // those that came with a saved state
   FSCounts fCounts;
   FSExclusions fExclusions;
   FSRanking fRanking;

@@ -8,11 +8,13 @@
 #include <functional>
 #include <new>
 #include <sstream>
+#include <streambuf>
 #include <string_view>
 #include <system_error>
 #include <vector>
 
 #include "common/state/IOException.h"
+#include "common/state/QuietReading.h"
 #include "common/xml/XMLError.h"
 #include "common/xml/XMLObjParser.h"
 #include "feature/FSFactory.h"
@@ -26,7 +28,7 @@ constexpr const char* kDictionaryTag = "PSDICT";
 constexpr const char* kFeature = "FSAlgorithm";
 constexpr const char* kNaive = "NBAlgorithm";
 constexpr const char* kDamaged =
-    "the file is damaged, cut short, or was written by a version with another form";
+    "the file is damaged, cut short, or was written by a version with another form; save it again";
 
 std::string SystemError() { return std::strerror(errno); }
 
@@ -48,6 +50,30 @@ std::string WriteFile(const std::string& path, const std::function<std::string(S
   if (stream) return "";
   return errno == 0 ? "the file could not be written" : SystemError();
 }
+
+std::string WriteBinary(std::fstream& os, const IFSAlgorithm& component,
+                        const StateDictionary* dictionary) {
+  if (dictionary != nullptr) dictionary->WriteObject(os);
+  const MCFeature::MCStatus status = component.SaveState(os);
+  return status.IsError() ? NotSaved(status.GetErrorCode()) : "";
+}
+
+// Takes bytes and keeps their digest (FNV-1a).
+class DigestBuffer : public std::streambuf {
+ public:
+  std::uint64_t Digest() const { return fDigest; }
+
+ protected:
+  std::streamsize xsputn(const char* bytes, std::streamsize n) override {
+    for (std::streamsize i = 0; i < n; ++i) {
+      fDigest = (fDigest ^ static_cast<unsigned char>(bytes[i])) * 0x100000001b3;
+    }
+    return n;
+  }
+
+ private:
+  std::uint64_t fDigest = 0xcbf29ce484222325;
+};
 
 // The document of a component with a dictionary put in front of the component's object.
 std::string WithDictionary(const std::string& document, const StateDictionary& dictionary) {
@@ -101,6 +127,15 @@ std::string ReadXML(std::ifstream& is, ComponentFile& file) {
   return file.fpFeature == nullptr ? kDamaged : "";
 }
 
+// How far a file was read.
+std::string ByteOf(std::fstream& is) {
+  is.clear();
+  return "byte " + std::to_string(is.tellg());
+}
+std::string LineOf(std::ifstream& is) {
+  return "line " + std::to_string(MCCommonXML::ParsedLine(is));
+}
+
 // A dictionary must speak of the component that follows it.
 bool Agree(const ComponentFile& file) {
   if (file.fpFeature == nullptr || !file.fDictionary) return true;
@@ -126,11 +161,8 @@ bool IsXMLStateName(const std::string& path) {
 std::string WriteComponentFile(const std::string& path, bool xml, const IFSAlgorithm& component,
                                const StateDictionary* dictionary) {
   if (!xml) {
-    return WriteFile<std::fstream>(path, [&](std::fstream& os) {
-      if (dictionary != nullptr) dictionary->WriteObject(os);
-      const MCFeature::MCStatus status = component.SaveState(os);
-      return status.IsError() ? NotSaved(status.GetErrorCode()) : "";
-    });
+    return WriteFile<std::fstream>(
+        path, [&](std::fstream& os) { return WriteBinary(os, component, dictionary); });
   }
   return WriteFile<std::ofstream>(path, [&](std::ofstream& os) -> std::string {
     std::ostringstream document;
@@ -164,7 +196,7 @@ std::string WriteComponentFile(const std::string& path, bool xml, const INBAlgor
       path, [&](std::ofstream& os) { return told(component.SaveStateXML(os)); });
 }
 
-std::string ReadComponentFile(const std::string& path, ComponentFile& file) {
+std::string ReadComponentFile(const std::string& path, ComponentFile& file, std::string* place) {
   std::error_code error;
   const std::filesystem::file_status status = std::filesystem::status(path, error);
   if (error) return error.message();
@@ -173,18 +205,32 @@ std::string ReadComponentFile(const std::string& path, ComponentFile& file) {
   errno = 0;
   std::fstream binary(path, std::ios::in | std::ios::binary);
   if (!binary) return SystemError();
+  std::ifstream xml;
+  if (StartsWith(binary, "<?xml")) xml.open(path, std::ios::binary);
+  const QuietReading quiet;
   std::string trouble;
   try {
-    if (StartsWith(binary, "<?xml")) {
-      std::ifstream xml(path, std::ios::binary);
-      trouble = ReadXML(xml, file);
-    } else {
-      trouble = ReadBinary(binary, file);
-    }
+    trouble = xml.is_open() ? ReadXML(xml, file) : ReadBinary(binary, file);
   } catch (const MCCommon::IOException&) {
     trouble = kDamaged;
   } catch (const std::bad_alloc&) {
     trouble = "it takes more memory than there is";
   }
-  return trouble.empty() && !Agree(file) ? kDamaged : trouble;
+  if (trouble.empty() && !Agree(file)) trouble = kDamaged;
+  if (trouble == kDamaged && place != nullptr) {
+    *place = xml.is_open() ? LineOf(xml) : ByteOf(binary);
+  }
+  return trouble;
+}
+
+std::uint64_t DigestOf(const ComponentFile& file) {
+  DigestBuffer buffer;
+  std::fstream bytes;
+  static_cast<std::ios&>(bytes).rdbuf(&buffer);
+  if (file.fpNaive != nullptr) {
+    (void)file.fpNaive->SaveState(bytes);
+  } else {
+    (void)WriteBinary(bytes, *file.fpFeature, file.fDictionary ? &*file.fDictionary : nullptr);
+  }
+  return buffer.Digest();
 }

@@ -6,6 +6,7 @@
 // in one step here.
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -31,5 +32,11 @@ std::string WriteComponentFile(const std::string& path, bool xml, const IFSAlgor
 std::string WriteComponentFile(const std::string& path, bool xml, const INBAlgorithm& component);
 
 // Reads either form of either component, told apart by their first bytes. Empty, or what went
-// wrong.
-std::string ReadComponentFile(const std::string& path, ComponentFile& file);
+// wrong; `place`, where it is given, then says where in the file ("byte 17", "line 4"). Nothing
+// goes to standard error.
+std::string ReadComponentFile(const std::string& path, ComponentFile& file,
+                              std::string* place = nullptr);
+
+// A number that the same counts of the same variables have, in either form, however long the
+// counting took; others have another one but for a chance of 2^-64.
+std::uint64_t DigestOf(const ComponentFile& file);

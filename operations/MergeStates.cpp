@@ -114,6 +114,13 @@ void AddNaive(ComponentFile& into, const ComponentFile& from, const std::string&
 
 }  // namespace
 
+void MergedCounts::Note(const ComponentFile& state, const std::string& name) {
+  const auto [noted, isNew] = fNames.emplace(DigestOf(state), name);
+  if (isNew) return;
+  throw RequestError(Refusal(name, "it holds the very counts of " + noted->second + "; "),
+                     "allow-equal", " adds them all the same.");
+}
+
 void MergeStates(ComponentFile& into, const ComponentFile& from, const std::string& name) {
   if ((from.fpNaive == nullptr) != (into.fpNaive == nullptr)) {
     Refuse(name, "one state is a ranking, the other a model");

@@ -10,6 +10,7 @@
 #include "host/data/DataTable.h"
 #include "host/output/OutputDocument.h"
 #include "host/session/HostIOError.h"
+#include "host/session/OutputFile.h"
 #include "host/session/SameFile.h"
 #include "host/session/Session.h"
 #include "host/session/SessionScope.h"
@@ -82,10 +83,16 @@ bool RunOne(const MCHost::CommandText& command, RunSession& session, DataTable& 
 
 }  // namespace
 
+void CheckOutputs(const RunRequest& request) {
+  if (!request.fStatePath.empty()) MCHost::OutputFile::Check(request.fStatePath);
+  if (!request.fResultsFolder.empty()) MCHost::CheckOutputFolder(request.fResultsFolder);
+}
+
 Outcome RunCommands(DataTable& table, MCHost::OutputDocument& document, const RunRequest& request,
                     const Surroundings& surroundings) {
   const std::vector<MCHost::CommandText> commands = MCHost::SplitCommands(request.fCommands);
   if (commands.empty()) throw RequestError("there is no command to run.");
+  CheckOutputs(request);
   RecordData(document, table.CaseCount(), table.ColumnCount());
   RunSession session(table, document, request, surroundings);
   if (!request.fResultsFolder.empty()) MakeDirectory(request.fResultsFolder);

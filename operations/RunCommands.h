@@ -23,11 +23,15 @@ struct RunRequest {
   std::function<std::string(const std::string& path)> fUseOf{};
 };
 
+// Throws MCHost::HostIOError where the state or the result documents could not be written.
+// RunCommands begins with it; a caller who reads much data first may ask earlier.
+void CheckOutputs(const RunRequest& request);
+
 // Runs the commands in order, each in a run of the document, whose data source is the caller's to
 // name. Macros that one sets are there for the later ones; one that reports an error does not keep
 // the later ones from running. The new variables of a command stay in the table.
-// Throws RequestError for a text without a command, MCHost::HostIOError for a folder that cannot be
-// made and for data that cannot be read before a pass.
+// Throws RequestError for a text without a command, MCHost::HostIOError for outputs that cannot be
+// written and for data that cannot be read before a pass.
 // REQUIRES: the table was prepared.
 Outcome RunCommands(MCHost::DataTable& table, MCHost::OutputDocument& document,
                     const RunRequest& request, const Surroundings& surroundings);

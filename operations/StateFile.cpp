@@ -17,9 +17,10 @@ std::string Write(const ComponentFile& state, const std::string& path, bool xml)
 
 ComponentFile LoadState(const std::string& path) {
   ComponentFile state;
-  const std::string trouble = ReadComponentFile(path, state);
+  std::string place;
+  const std::string trouble = ReadComponentFile(path, state, &place);
   if (!trouble.empty()) {
-    throw MCHost::HostIOError(path, "", "cannot be used as a state: " + trouble);
+    throw MCHost::HostIOError(path, place, "cannot be used as a state: " + trouble);
   }
   return state;
 }

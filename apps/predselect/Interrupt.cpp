@@ -6,7 +6,7 @@
 
 #include "apps/predselect/ExitCode.h"
 #include "common/MCAssert.h"
-#include "host/session/OutputFile.h"
+#include "host/session/TemporaryFile.h"
 
 namespace PredSelectApp {
 

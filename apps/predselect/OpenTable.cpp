@@ -1,5 +1,6 @@
 #include "apps/predselect/OpenTable.h"
 
+#include <new>
 #include <string>
 #include <utility>
 #include <vector>
@@ -9,6 +10,7 @@
 #include "host/arrow/DataFile.h"
 #include "host/data/DataTable.h"
 #include "host/data/MeasurementLevels.h"
+#include "host/session/HostIOError.h"
 #include "operations/TableOptions.h"
 
 namespace PredSelectApp {
@@ -29,6 +31,19 @@ std::pair<std::string, KOVA_Variable::MeasurementLevel> ReadLevel(const std::str
   return {option.substr(0, equals), level};
 }
 
+std::unique_ptr<DataTable> OpenFile(const DataOptions& options,
+                                    const MCHost::DataFileOptions& said) {
+  try {
+    return MCHost::OpenDataFile(
+        options.fFile, said,
+        options.fbStream ? MCHost::TableStorage::kStreamed : MCHost::TableStorage::kMemory);
+  } catch (const std::bad_alloc&) {
+    throw MCHost::HostIOError(options.fFile, "",
+                              std::string("there is not enough memory to read the data") +
+                                  (options.fbStream ? "" : "; --stream does not keep them"));
+  }
+}
+
 }  // namespace
 
 std::unique_ptr<DataTable> OpenTable(const DataOptions& options) {
@@ -41,9 +56,7 @@ std::unique_ptr<DataTable> OpenTable(const DataOptions& options) {
     const std::vector<std::string> nulls = said.fSchema->NullTokens();
     file.fNullTokens.insert(file.fNullTokens.end(), nulls.begin(), nulls.end());
   }
-  const auto storage =
-      options.fbStream ? MCHost::TableStorage::kStreamed : MCHost::TableStorage::kMemory;
-  std::unique_ptr<DataTable> table = MCHost::OpenDataFile(options.fFile, file, storage);
+  std::unique_ptr<DataTable> table = OpenFile(options, file);
   for (const std::string& level : options.fLevels) said.fLevels.push_back(ReadLevel(level));
   said.fWeight = options.fWeight;
   PredSelect::PrepareTable(*table, said);

@@ -12,8 +12,8 @@ namespace PredSelectApp {
 struct DataOptions;
 
 // Opens the data, applies the schema, the levels and the weight, and settles the levels that nobody
-// gave. Throws MCHost::HostIOError for files, UsageError and PredSelect::RequestError for what
-// the options say.
+// gave. Throws MCHost::HostIOError for files and for data that the memory does not hold,
+// UsageError and PredSelect::RequestError for what the options say.
 std::unique_ptr<MCHost::DataTable> OpenTable(const DataOptions& options);
 
 }  // namespace PredSelectApp

@@ -3,11 +3,11 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <string>
-#include <tuple>
 #include <utility>
 #include <vector>
 
 #include "apps/predselect/ExitCode.h"
+#include "apps/predselect/FileUses.h"
 #include "host/session/SameFile.h"
 #include "operations/Version.h"
 
@@ -118,22 +118,20 @@ void AddResultOptions(CLI::App& command, ResultOptions& result) {
   command.add_flag("--quiet", result.fbQuiet, "No warnings and no progress on standard error");
 }
 
-// Two results in one file would leave only the last. The table may go back to where it came from; a
-// page may not take its place.
+// Two results in one file would leave only the last, and what is read must stay.
 void RefuseOneFileForTwo(const Options& options) {
-  const std::string& page = options.fResult.fFile;
-  const std::string state = options.fStates.empty() ? "" : options.fStates.front();
-  const std::tuple<const char*, std::string, const char*, std::string> pairs[] = {
-      {"--output", page, "the state", state},
-      {"--output", page, "--data", options.fData.fFile},
-      {"--output", page, "--schema", options.fData.fSchema},
-      {"--output", page, "--file", options.fCommandFile},
-      {"--output", page, "--save-data", options.fSaveData},
-      {"--output", page, "--save-state", options.fSaveState},
-      {"--save-state", options.fSaveState, "--save-data", options.fSaveData}};
-  for (const auto& [option, file, other, same] : pairs) {
-    if (!MCHost::IsSameFile(file, same)) continue;
-    throw CLI::ValidationError(option, "\"" + file + "\" is the file of " + other + ", too");
+  const std::vector<FileUse> files = FilesOf(options);
+  for (const FileUse& file : files) {
+    const std::string quoted = "\"" + file.fPath + "\"";
+    if (file.fbWritten && MayBeResultDocument(file.fPath, options)) {
+      throw CLI::ValidationError(file.fOption, quoted + " may be a document of --results, too");
+    }
+    for (const FileUse& other : files) {
+      const bool isFree = !file.fbWritten || &file == &other || (file.fbTable && other.fbTable);
+      if (isFree || !MCHost::IsSameFile(file.fPath, other.fPath)) continue;
+      throw CLI::ValidationError(file.fOption,
+                                 quoted + " is the file of " + other.fOption + ", too");
+    }
   }
 }
 
@@ -189,6 +187,8 @@ CLI::App* AddMerge(CLI::App& app, Options& options) {
       ->required()
       ->type_name("FILE")
       ->check(IsStateName);
+  merge->add_flag("--allow-equal", options.fbAllowEqual,
+                  "Take states that hold the very same counts, too");
   return merge;
 }
 
@@ -239,7 +239,6 @@ Options ParseOptions(int argc, char** argv) {
     if (run->parsed() && options.fCommandText.empty() && options.fCommandFile.empty()) {
       throw CLI::RequiredError("-c or -f");
     }
-    RefuseOneFileForTwo(options);
     const std::pair<CLI::App*, Options::Action> actions[] = {{run, Options::kRun},
                                                              {describe, Options::kDescribe},
                                                              {inspect, Options::kInspect},
@@ -248,7 +247,9 @@ Options ParseOptions(int argc, char** argv) {
     for (const auto& [command, action] : actions) {
       if (command->parsed()) options.fAction = action;
     }
+    RefuseOneFileForTwo(options);
   } catch (const CLI::ParseError& error) {
+    options.fAction = Options::kNone;
     options.fExitCode = ReportUsage(app, error);
   }
   return options;

@@ -40,6 +40,7 @@ struct Options {
   std::string fSaveState;            // run: empty for none; merge: the merged component
   std::string fResults;              // run: directory of the result documents, empty for none
   std::vector<std::string> fStates;  // inspect and score: one; merge: two or more
+  bool fbAllowEqual = false;         // merge: states of the same counts are taken, too
   std::string fPredicted = "PredictedValue";            // score: name of the predicted value
   std::string fProbabilities = "PredictedProbability";  // score: root, empty for none
   int fExitCode = 0;  // for kNone: help was shown (0) or the usage was wrong

@@ -8,9 +8,9 @@
 #include <iterator>
 #include <memory>
 #include <string>
-#include <utility>
 
 #include "apps/predselect/ExitCode.h"
+#include "apps/predselect/FileUses.h"
 #include "apps/predselect/LiveOutput.h"
 #include "apps/predselect/OpenTable.h"
 #include "apps/predselect/Options.h"
@@ -22,7 +22,6 @@
 #include "host/command/CommandSplitter.h"
 #include "host/data/DataTable.h"
 #include "host/session/HostIOError.h"
-#include "host/session/SameFile.h"
 #include "operations/RunCommands.h"
 
 namespace PredSelectApp {
@@ -52,17 +51,21 @@ std::string ReadCommandText(const Options& options) {
   return text;
 }
 
-// What a file of the command line besides the state's is there for; empty for any other file.
-std::string UseOf(const std::string& path, const Options& options) {
-  const std::pair<std::string, const char*> files[] = {{options.fData.fFile, "the data"},
-                                                       {options.fData.fSchema, "the schema"},
-                                                       {options.fCommandFile, "the commands"},
-                                                       {options.fResult.fFile, "the output"},
-                                                       {options.fSaveData, "the data to be saved"}};
-  for (const auto& [file, use] : files) {
-    if (MCHost::IsSameFile(path, file)) return use;
+// Writes the table where that is wanted and the commands have filled it. Returns the exit code.
+int SaveData(DataTable& table, const std::string& path, PredSelect::Outcome outcome) {
+  const int code = ExitCodeOf(outcome);
+  if (path.empty()) return code;
+  std::string trouble = path + " was not written, since not all commands completed.";
+  try {
+    if (outcome == PredSelect::Outcome::kCompleted) {
+      MCHost::WriteDataFile(table, path);
+      return code;
+    }
+  } catch (const MCHost::HostIOError& error) {
+    trouble = error.what();
   }
-  return "";
+  std::fprintf(stderr, "predselect: %s\n", trouble.c_str());
+  return code == kCompleted ? kDataError : code;
 }
 
 void ShowNotes(const DataTable& table, const ResultOptions& options) {
@@ -93,15 +96,11 @@ int RunCommands(const Options& options) {
       ProgramSurroundings(progress));
   progress.Clear();
 
+  // Files first, whatever becomes of the reader of the results; and results whatever becomes of
+  // the file.
+  const int code = SaveData(*table, options.fSaveData, outcome);
   WriteDocument(document, options.fResult);
-  if (options.fSaveData.empty()) return ExitCodeOf(outcome);
-  if (outcome == PredSelect::Outcome::kCompleted) {
-    MCHost::WriteDataFile(*table, options.fSaveData);
-  } else {
-    std::fprintf(stderr, "predselect: %s was not written, since not all commands completed.\n",
-                 options.fSaveData.c_str());
-  }
-  return ExitCodeOf(outcome);
+  return code;
 }
 
 }  // namespace PredSelectApp

@@ -1,6 +1,9 @@
 // The command line of PredSelect: reads options, runs what they ask for, and turns every failure
 // into one message and an exit code.
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <exception>
 #include <new>
@@ -8,6 +11,7 @@
 
 #include "apps/predselect/DescribeCommand.h"
 #include "apps/predselect/ExitCode.h"
+#include "apps/predselect/FileUses.h"
 #include "apps/predselect/InspectCommand.h"
 #include "apps/predselect/Interrupt.h"
 #include "apps/predselect/MergeCommand.h"
@@ -23,6 +27,7 @@ namespace {
 using namespace PredSelectApp;
 
 int Act(const Options& options) {
+  if (options.fAction != Options::kNone) CheckOutputs(options);
   switch (options.fAction) {
     case Options::kRun:
       return RunCommands(options);
@@ -39,6 +44,13 @@ int Act(const Options& options) {
   }
 }
 
+// A standard stream that the caller has closed must not become the first file that is opened.
+void ReserveStandardStreams() {
+  int descriptor = 0;
+  while (descriptor >= 0 && descriptor <= STDERR_FILENO) descriptor = open("/dev/null", O_RDONLY);
+  if (descriptor > STDERR_FILENO) close(descriptor);
+}
+
 int Report(const std::string& text, int code) {
   std::fprintf(stderr, "predselect: %s\n", text.c_str());
   return code;
@@ -47,6 +59,7 @@ int Report(const std::string& text, int code) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  ReserveStandardStreams();
   InstallInterruptHandlers();
   try {
     return Act(ParseOptions(argc, argv));
@@ -57,8 +70,11 @@ int main(int argc, char** argv) {
   } catch (const MCHost::HostIOError& error) {
     return Report(error.what(), kDataError);
   } catch (const std::bad_alloc&) {
-    return Report("there is not enough memory; --stream reads the data without keeping them",
-                  kDataError);
+    return Report(
+        "there is not enough memory for what the commands count and show; fewer variables, or "
+        "fewer "
+        "categories, take less",
+        kDataError);
   } catch (const std::exception& error) {
     return Report(error.what(), kBrokenInvariant);
   }

@@ -14,9 +14,9 @@
 // Int, Flag, Long and counts are Long elements, Double is Double, Text is String.
 //
 // A reader that does not find what it asks for writes one line to standard error ("Error reading"
-// or, in XML, "Failure reading", with the class) and throws IOException; the object is then fit
-// only to be destroyed. A count is checked against what the stream can still hold before anything
-// is allocated. A writer leaves a failed stream failed.
+// or, in XML, "Failure reading", with the class; see QuietReading) and throws IOException; the
+// object is then fit only to be destroyed. A count is checked against what the stream can still
+// hold before anything is allocated. A writer leaves a failed stream failed.
 #pragma once
 
 #include <cmath>

@@ -3,6 +3,7 @@
 #include <iostream>
 
 #include "common/state/IOException.h"
+#include "common/state/QuietReading.h"
 #include "common/state/StateArchive.h"
 #include "common/xml/XMLObjParser.h"
 
@@ -13,7 +14,7 @@ constexpr std::int64_t kLeastElement = 14;  // "<Long>0</Long>"
 
 [[noreturn]] void Refuse(const char* what, const std::string& className) {
   const std::string message = what + className + "!";
-  std::cerr << message + "\n";
+  if (!QuietReading::IsInForce()) std::cerr << message + "\n";
   throw MCCommon::IOException(message);
 }
 

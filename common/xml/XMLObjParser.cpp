@@ -8,6 +8,8 @@
 #include <string_view>
 #include <xercesc/framework/XMLPScanToken.hpp>
 #include <xercesc/sax/InputSource.hpp>
+#include <xercesc/sax/Locator.hpp>
+#include <xercesc/sax/SAXParseException.hpp>
 #include <xercesc/sax2/Attributes.hpp>
 #include <xercesc/sax2/DefaultHandler.hpp>
 #include <xercesc/sax2/SAX2XMLReader.hpp>
@@ -90,8 +92,10 @@ class DocumentError {};
 
 class EventQueue : public xercesc::DefaultHandler {
  public:
+  void setDocumentLocator(const xercesc::Locator* locator) override { fpLocator = locator; }
   void startElement(const XMLCh*, const XMLCh*, const XMLCh* qname,
                     const xercesc::Attributes& attributes) override {
+    NoteLine(*fpLocator);
     if (++fDepth > kMaxDepth) throw DocumentError();
     const XMLCh kName[] = {'n', 'a', 'm', 'e', 0};
     const XMLCh* name = attributes.getValue(kName);
@@ -100,17 +104,28 @@ class EventQueue : public xercesc::DefaultHandler {
   }
   void characters(const XMLCh* text, XMLSize_t length) override { fText.append(text, length); }
   void endElement(const XMLCh*, const XMLCh*, const XMLCh* qname) override {
+    NoteLine(*fpLocator);
     --fDepth;
     fEvents.push_back({false, ToUTF8(qname), ToUTF8(fText.c_str())});
     fText.clear();
   }
   // Warnings are not worth a failed restore; the rest is.
-  void error(const xercesc::SAXParseException&) override { throw DocumentError(); }
-  void fatalError(const xercesc::SAXParseException&) override { throw DocumentError(); }
+  void error(const xercesc::SAXParseException& problem) override { fatalError(problem); }
+  void fatalError(const xercesc::SAXParseException& problem) override {
+    NoteLine(problem);
+    throw DocumentError();
+  }
 
   std::deque<Event> fEvents;
+  std::int64_t fLine = 0;
 
  private:
+  template <class Place>
+  void NoteLine(const Place& place) {
+    fLine = static_cast<std::int64_t>(place.getLineNumber());
+  }
+
+  const xercesc::Locator* fpLocator = nullptr;
   int fDepth = 0;
   std::u16string fText;
 };
@@ -164,6 +179,7 @@ class Parser {
   bool Field(const char* kind, std::string& text) {
     return OpenRoot() && Start(kind, nullptr) && Take() && End(kind, &text);
   }
+  std::int64_t Line() const { return fQueue.fLine; }
   bool AtEnd() { return Peek() == nullptr && !fbFailed; }
   bool Fail() {
     fbFailed = true;
@@ -248,5 +264,7 @@ bool ParseEndRoot(std::istream& is) {
   Parser& parser = Parser::Of(is);
   return parser.OpenRoot() && parser.End("MCXMLRoot", nullptr) && parser.AtEnd();
 }
+
+std::int64_t ParsedLine(std::istream& is) { return Parser::Of(is).Line(); }
 
 }  // namespace MCCommonXML

@@ -33,5 +33,7 @@ constexpr int kMaxTag = 4096;
 [[nodiscard]] bool ParseEndObj(std::istream& is);
 // The end of the root, and nothing after it.
 [[nodiscard]] bool ParseEndRoot(std::istream& is);
+// The line, from 1, up to which the document was read; 0 before the first operation.
+std::int64_t ParsedLine(std::istream& is);
 
 }  // namespace MCCommonXML

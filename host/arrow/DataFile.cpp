@@ -14,6 +14,7 @@
 #include "host/data/MemoryTable.h"
 #include "host/data/StreamedTable.h"
 #include "host/session/HostIOError.h"
+#include "host/session/OutputFile.h"
 
 namespace MCHost {
 
@@ -85,6 +86,11 @@ std::unique_ptr<DataTable> OpenDataFile(const std::string& path, const DataFileO
   std::unique_ptr<IArrowSource> source = OpenDataSource(path, options);
   if (storage == TableStorage::kMemory) return std::make_unique<MemoryTable>(*source);
   return std::make_unique<StreamedTable>(std::move(source));
+}
+
+void CheckDataFile(const std::string& path) {
+  (void)ExtensionOf(path);
+  OutputFile::Check(path);
 }
 
 void WriteDataFile(ITable& table, const std::string& path) {

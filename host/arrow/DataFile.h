@@ -38,6 +38,10 @@ enum class TableStorage {
 std::unique_ptr<DataTable> OpenDataFile(const std::string& path, const DataFileOptions& options,
                                         TableStorage storage);
 
+// Throws HostIOError where WriteDataFile could not begin: another extension, a folder that takes no
+// files.
+void CheckDataFile(const std::string& path);
+
 // Writes all columns and cases, added variables included. Missing cells are empty (CSV) or null;
 // whole numbers below 2^53 are written without a point in CSV and as they are in the other formats,
 // where the label of a variable goes with it. The file appears whole or not at all.

@@ -4,41 +4,30 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
-#include <atomic>
 #include <cerrno>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <memory>
+#include <filesystem>
 #include <utility>
 
 #include "host/session/HostIOError.h"
+#include "host/session/TemporaryFile.h"
 
 namespace MCHost {
 
 namespace {
 
-// The names of the temporary files alive, each in a slot of its own: a signal handler may neither
-// lock nor allocate. The owner of a slot keeps the text until it has cleared the slot.
-std::array<std::atomic<const char*>, 64> gTemporaryFiles{};
+enum class Kind { kNone, kFile, kFolder, kOther, kUnknown };
 
-int Register(const char* path) {
-  for (std::size_t i = 0; i < gTemporaryFiles.size(); ++i) {
-    const char* free = nullptr;
-    if (gTemporaryFiles[i].compare_exchange_strong(free, path)) return static_cast<int>(i);
+// What stands at a path; errno says why that is unknown.
+Kind KindOf(const std::string& path, mode_t& permissions) {
+  struct stat found;
+  if (stat(path.c_str(), &found) != 0) {
+    return errno == ENOENT && !path.empty() ? Kind::kNone : Kind::kUnknown;
   }
-  return -1;  // the file is still removed by its owner
-}
-
-void Unregister(int slot) {
-  if (slot >= 0) gTemporaryFiles[static_cast<std::size_t>(slot)].store(nullptr);
-}
-
-// A name beside the target that no other file of this process has.
-std::string TemporaryName(const std::string& target) {
-  static std::atomic<unsigned> counter{0};
-  return target + ".tmp" + std::to_string(getpid()) + "-" + std::to_string(counter++);
+  permissions = found.st_mode & 07777;
+  if (S_ISDIR(found.st_mode)) return Kind::kFolder;
+  return S_ISREG(found.st_mode) ? Kind::kFile : Kind::kOther;
 }
 
 std::string BehindLinks(const std::string& path) {
@@ -47,50 +36,44 @@ std::string BehindLinks(const std::string& path) {
   return real != nullptr ? real.get() : path;
 }
 
-}  // namespace
-
-void RemoveTemporaryFiles() noexcept {
-  for (auto& slot : gTemporaryFiles) {
-    const char* path = slot.exchange(nullptr);
-    if (path != nullptr) unlink(path);
-  }
+std::string FolderOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  if (slash == std::string::npos) return ".";
+  return slash == 0 ? "/" : path.substr(0, slash);
 }
+
+}  // namespace
 
 OutputFile::OutputFile(std::string target)
     : fTarget(std::move(target)), fFinal(BehindLinks(fTarget)) {
-  struct stat old;
-  const bool exists = stat(fFinal.c_str(), &old) == 0;
-  if (exists && S_ISDIR(old.st_mode)) Fail(EISDIR);
-  if (exists && !S_ISREG(old.st_mode)) {
-    OpenDirectly();
-    return;
+  mode_t permissions = 0;
+  const Kind kind = KindOf(fFinal, permissions);
+  if (kind == Kind::kUnknown) Fail(errno);
+  if (kind == Kind::kFolder) Fail(EISDIR);
+  if (kind == Kind::kOther) {
+    fDescriptor = open(fFinal.c_str(), O_WRONLY | O_CLOEXEC);
+  } else {
+    fpTemporary = std::make_unique<TemporaryFile>(FolderOf(fFinal));
+    fDescriptor = fpTemporary->Descriptor();
   }
-  OpenTemporary();
-  // A file system without permissions is no reason not to write.
-  if (exists) (void)!fchmod(fDescriptor, old.st_mode & 07777);
-}
-
-void OutputFile::OpenDirectly() {
-  fbDirect = true;
-  fDescriptor = open(fFinal.c_str(), O_WRONLY | O_CLOEXEC);
   if (fDescriptor < 0) Fail(errno);
-}
-
-void OutputFile::OpenTemporary() {
-  std::string name = TemporaryName(fFinal);
-  do {
-    fDescriptor = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    if (fDescriptor < 0 && errno == EEXIST) name = TemporaryName(fFinal);
-  } while (fDescriptor < 0 && errno == EEXIST);
-  if (fDescriptor < 0) Fail(errno);
-  fTemporary = std::move(name);
-  fSlot = Register(fTemporary.c_str());
 }
 
 OutputFile::~OutputFile() {
-  if (fDescriptor >= 0) close(fDescriptor);
-  if (!fTemporary.empty()) unlink(fTemporary.c_str());
-  Unregister(fSlot);
+  if (fpTemporary == nullptr && fDescriptor >= 0) close(fDescriptor);
+}
+
+void OutputFile::Check(const std::string& target) {
+  mode_t permissions = 0;
+  if (KindOf(target, permissions) != Kind::kOther) {
+    const OutputFile trial(target);
+  } else if (access(target.c_str(), W_OK) != 0) {  // opening a pipe would be its reader's end
+    throw HostIOError(target, "", std::string("cannot be written: ") + std::strerror(errno));
+  }
+}
+
+std::string OutputFile::WritePath() const {
+  return fpTemporary == nullptr ? fTarget : fpTemporary->Path();
 }
 
 void OutputFile::Write(const char* data, std::size_t size) {
@@ -105,15 +88,31 @@ void OutputFile::Write(const char* data, std::size_t size) {
 
 void OutputFile::Commit() {
   const int descriptor = std::exchange(fDescriptor, -1);
-  if (close(descriptor) != 0) Fail(errno);
-  if (fbDirect) return;
-  if (std::rename(fTemporary.c_str(), fFinal.c_str()) != 0) Fail(errno);
-  Unregister(std::exchange(fSlot, -1));
-  fTemporary.clear();
+  if (fpTemporary == nullptr) {
+    if (close(descriptor) != 0) Fail(errno);
+    return;
+  }
+  mode_t permissions = 0;
+  // Not earlier: a file that may only be read could not be opened for writing by its name.
+  if (KindOf(fFinal, permissions) == Kind::kFile) fpTemporary->SetPermissions(permissions);
+  const int error = fpTemporary->TakePlaceOf(fFinal);
+  if (error != 0) Fail(error);
+  fpTemporary.reset();
 }
 
-void OutputFile::Fail(int error) {
+void OutputFile::Fail(int error) const {
   throw HostIOError(fTarget, "", std::string("cannot be written: ") + std::strerror(error));
+}
+
+void CheckOutputFolder(const std::string& folder) {
+  std::filesystem::path there = folder;
+  std::error_code error;
+  while (!there.empty() && there.has_relative_path() && !std::filesystem::exists(there, error)) {
+    there = there.parent_path();
+  }
+  const TemporaryFile trial(there.empty() ? "." : there.string());
+  if (trial.Descriptor() >= 0) return;
+  throw HostIOError(folder, "", std::string("cannot be written into: ") + std::strerror(errno));
 }
 
 }  // namespace MCHost

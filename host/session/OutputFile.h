@@ -5,47 +5,51 @@
 // that is not a plain file (a device, a pipe) is written directly.
 #pragma once
 
+#include <sys/types.h>
+
+#include <memory>
 #include <string>
 
 namespace MCHost {
 
+class TemporaryFile;
+
 class OutputFile {
  public:
-  // Makes the temporary file, with the permissions of the file that it will replace; a symbolic
-  // link is followed. Throws HostIOError, naming the target, where it cannot be made.
+  // Makes the temporary file; a symbolic link is followed. Throws HostIOError, naming the target,
+  // where it cannot be made.
   explicit OutputFile(std::string target);
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
   ~OutputFile();
 
+  // Throws what the constructor would throw and leaves nothing: for finding before the work what
+  // cannot be written after it.
+  static void Check(const std::string& target);
+
   const std::string& Target() const { return fTarget; }
 
   // The file to write to: by Write(), or by whatever opens files by name.
-  const std::string& WritePath() const { return fbDirect ? fTarget : fTemporary; }
+  std::string WritePath() const;
 
-  // Appends bytes to the temporary file. Throws HostIOError on a short write.
+  // Appends bytes to the file. Throws HostIOError on a short write.
   void Write(const char* data, std::size_t size);
   void Write(const std::string& text) { Write(text.data(), text.size()); }
 
-  // Closes the file and renames it to the target. Throws HostIOError; the target is then untouched.
-  // REQUIRES: not committed yet.
+  // Ends the file and gives it the target's place, and the permissions of the file that it
+  // replaces. Throws HostIOError; the target is then untouched. REQUIRES: not committed yet.
   void Commit();
 
  private:
-  [[noreturn]] void Fail(int error);
-  void OpenDirectly();
-  void OpenTemporary();
+  [[noreturn]] void Fail(int error) const;
 
   std::string fTarget;
-  std::string fFinal;      // the target behind symbolic links
-  std::string fTemporary;  // empty when there is none (any more)
-  bool fbDirect = false;
-  int fDescriptor = -1;
-  int fSlot = -1;
+  std::string fFinal;                          // the target behind symbolic links
+  std::unique_ptr<TemporaryFile> fpTemporary;  // null for a target that is written directly
+  int fDescriptor = -1;  // of the temporary file, which owns it, or of the target
 };
 
-// Removes the temporary file of every OutputFile that is alive. For a program that is about to end
-// without unwinding: may be called from a signal handler or an assertion handler, on any thread.
-void RemoveTemporaryFiles() noexcept;
+// Throws HostIOError where the folder, or the nearest one above it that is there, takes no files.
+void CheckOutputFolder(const std::string& folder);
 
 }  // namespace MCHost

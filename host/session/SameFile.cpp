@@ -21,8 +21,9 @@ bool IsSameFile(const std::string& left, const std::string& right) {
   if (!IsRegularOrNew(left) || !IsRegularOrNew(right)) return false;
   std::error_code error;
   if (fs::equivalent(left, right, error)) return true;
-  const fs::path real = fs::weakly_canonical(left, error);
-  return !error && real == fs::weakly_canonical(right, error) && !error;
+  // A relative path of which nothing is there yet would stay relative.
+  const fs::path real = fs::weakly_canonical(fs::absolute(left), error);
+  return !error && real == fs::weakly_canonical(fs::absolute(right), error) && !error;
 }
 
 }  // namespace MCHost

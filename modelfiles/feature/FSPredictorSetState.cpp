@@ -142,7 +142,9 @@ void FSPredictorSet::Fields(Archive& archive, Self& self) {
   StateRanged(archive, self.fSetType, kAllCategorical, kNoPredictors);
   StateRanged(archive, self.fStatus, kInitial, kRanked);
   FSCounts::CaseFields(archive, self.fCounts);
-  FSState::Weight(archive, self.fElapsed);
+  // The time that work took is no part of what it counted: one run saves the same bytes as another.
+  FSState::Weight(archive, self.fStoredElapsed);
+  if constexpr (Archive::kReading) self.fElapsed = self.fStoredElapsed;
   FSCounts::AccumulatorFields(archive, self.fCounts, self.fNPredictors);
   FSRanking::BestField(archive, self.fRanking);
   FSExclusions::Fields(archive, self.fExclusions, self.fNPredictors);

@@ -207,6 +207,17 @@ TEST_F(Operations, ARefusedMergeLeavesTheStateAsItWas) {
   EXPECT_EQ(state.fDictionary->fPredictors[0].fStrings.size(), 3u);
 }
 
+TEST_F(Operations, WhatCannotBeWrittenIsSaidBeforeTheCommandsRun) {
+  std::ofstream(Path("plain")) << "plain";
+  PrepareTable(fTable, {});
+  for (const RunRequest& request :
+       {RunRequest{.fCommands = "SELECTPRED paid.", .fStatePath = Path("none/x.bin")},
+        RunRequest{.fCommands = "SELECTPRED paid.", .fResultsFolder = Path("plain/x")}}) {
+    EXPECT_THROW((void)RunCommands(fTable, fDocument, request, fAround), MCHost::HostIOError);
+    EXPECT_TRUE(fDocument.GetRuns().empty());
+  }
+}
+
 TEST_F(Operations, AStateThatCannotBeWrittenLeavesTheFileOfBefore) {
   Run("NAIVEBAYES paid.", Path("model.bin"));
   const ComponentFile model = LoadState(Path("model.bin"));

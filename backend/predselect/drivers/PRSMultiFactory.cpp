@@ -33,6 +33,7 @@ bool PRSMultiFactory::PreliminaryDataPass() {
     fRun.AdapterMessages().NoValidCases(WhyNoCase());
     return fRun.Fail(MCNaive::kDataUnusable);
   }
+  if (!fModel.OpenModelFile()) return false;
   fRun.ReadAll(*fpTrainRecIter);
   fNTestRecords = fpTrainRecIter->GetNTestCases();
   return fRun.IsPassComplete(*fpTrainRecIter);
@@ -45,7 +46,6 @@ bool PRSMultiFactory::CompleteMetaData() {
 
 bool PRSMultiFactory::RunNBComponent() {
   if (fRun.GetStatus().IsError() || fpTrainRecIter == nullptr) return false;
-  if (!fModel.OpenModelFile()) return false;
   const bool hasPredictors = fMetaData.GetNUniquePreds() > 0 || fMetaData.GetNForcePreds() > 0;
   if (hasPredictors && !fpTrainRecIter->NewPass()) return fRun.IsPassComplete(*fpTrainRecIter);
   if (!fModel.Build(*fpTrainRecIter, fpTestRecIter.get())) return false;

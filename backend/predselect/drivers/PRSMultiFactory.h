@@ -32,7 +32,8 @@ class PRSMultiFactory {
   PRSMultiFactory& operator=(const PRSMultiFactory&) = delete;
   ~PRSMultiFactory();
 
-  // Reads all cases once, so that the adapter knows every variable's categories and range.
+  // Opens the model file, then reads all cases once, so that the adapter knows every variable's
+  // categories and range.
   [[nodiscard]] bool PreliminaryDataPass();
 
   // Describes the variables to the engine; predictors that are missing or constant in all cases are

@@ -1,6 +1,10 @@
 // Scans, new variables, writing and the files that appear whole or not at all.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <limits>
@@ -15,12 +19,14 @@
 #include "host/data/MemoryTable.h"
 #include "host/session/HostIOError.h"
 #include "host/session/OutputFile.h"
+#include "host/session/TemporaryFile.h"
 #include "tests/host/data/TableFixtures.h"
 
 namespace MCHost {
 namespace {
 
 using testing::ElementsAre;
+using testing::UnorderedElementsAre;
 
 constexpr const char* kFormats[] = {"t.csv", "t.tsv", "t.parquet", "t.feather", "t.arrow"};
 
@@ -151,7 +157,7 @@ TEST(OutputFile, LeavesTheTargetAloneUntilItIsCommitted) {
   {
     OutputFile file(target);
     file.Write("half");
-    EXPECT_EQ(folder.Files().size(), 2u);
+    EXPECT_EQ(ReadFile(target), "old");
   }
   EXPECT_EQ(ReadFile(target), "old");
   OutputFile file(target);
@@ -161,6 +167,36 @@ TEST(OutputFile, LeavesTheTargetAloneUntilItIsCommitted) {
   OutputFile abandoned(folder.Path("other"));
   RemoveTemporaryFiles();
   EXPECT_THAT(folder.Files(), ElementsAre("out.txt"));
+}
+
+TEST(OutputFile, WhatADeadWriterLeftIsRemovedAndNothingElse) {
+  const ScratchFolder folder;
+  folder.Write(".predselect-1-0.tmp", "left");
+  const std::string alive = folder.Write(".predselect-1-1.tmp", "written by another");
+  folder.Write("notes.tmp", "the user's");
+  folder.Write(".predselect-rc", "the user's");
+  const int writer = open(alive.c_str(), O_WRONLY);
+  ASSERT_EQ(flock(writer, LOCK_EX), 0);
+  OutputFile(folder.Path("out.txt")).Commit();
+  EXPECT_THAT(folder.Files(), UnorderedElementsAre(".predselect-1-1.tmp", ".predselect-rc",
+                                                   "notes.tmp", "out.txt"));
+  close(writer);
+  OutputFile::Check(folder.Path("other.txt"));
+  EXPECT_THAT(folder.Files(), UnorderedElementsAre(".predselect-rc", "notes.tmp", "out.txt"));
+}
+
+TEST(OutputFile, AFileThatMayOnlyBeReadIsReplacedByOneLikeIt) {
+  const ScratchFolder folder;
+  MemoryTable table = Mixed(3);
+  for (const char* name : kFormats) {
+    const std::string path = folder.Write(name, "old");
+    ASSERT_EQ(chmod(path.c_str(), 0440), 0);
+    WriteDataFile(table, path);
+    struct stat replaced;
+    ASSERT_EQ(stat(path.c_str(), &replaced), 0);
+    EXPECT_EQ(replaced.st_mode & 07777, 0440u) << name;
+    EXPECT_NE(ReadFile(path), "old") << name;
+  }
 }
 
 TEST(OutputFile, FailuresAreReportedAndLeaveNothingBehind) {

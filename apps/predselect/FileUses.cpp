@@ -1,0 +1,48 @@
+#include "apps/predselect/FileUses.h"
+
+#include <filesystem>
+
+#include "apps/predselect/Options.h"
+#include "host/arrow/DataFile.h"
+#include "host/session/OutputFile.h"
+#include "host/session/SameFile.h"
+#include "operations/RunCommands.h"
+
+namespace PredSelectApp {
+
+std::vector<FileUse> FilesOf(const Options& options) {
+  std::vector<FileUse> files = {
+      {options.fData.fFile, "--data", "the data", false, true},
+      {options.fData.fSchema, "--schema", "the schema", false},
+      {options.fCommandFile, "--file", "the commands", false},
+      {options.fResult.fFile, "--output", "the output", true},
+      {options.fSaveState, "--save-state", "the state", true},
+      {options.fSaveData, "--save-data", "the data to be saved", true, true}};
+  if (options.fAction != Options::kMerge && !options.fStates.empty()) {
+    files.push_back({options.fStates.front(), "the state", "the state", false});
+  }
+  std::erase_if(files, [](const FileUse& file) { return file.fPath.empty(); });
+  return files;
+}
+
+bool MayBeResultDocument(const std::string& path, const Options& options) {
+  const std::string name = std::filesystem::path(path).filename().string();
+  const std::size_t number = name.find_first_not_of("0123456789");
+  if (number == 0 || number == std::string::npos || name[number] != '-') return false;
+  return !options.fResults.empty() && MCHost::IsSameFile(path, options.fResults + "/" + name);
+}
+
+std::string UseOf(const std::string& path, const Options& options) {
+  for (const FileUse& file : FilesOf(options)) {
+    if (MCHost::IsSameFile(path, file.fPath)) return file.fUse;
+  }
+  return MayBeResultDocument(path, options) ? "a result document" : "";
+}
+
+void CheckOutputs(const Options& options) {
+  if (!options.fResult.fFile.empty()) MCHost::OutputFile::Check(options.fResult.fFile);
+  if (!options.fSaveData.empty()) MCHost::CheckDataFile(options.fSaveData);
+  PredSelect::CheckOutputs({.fStatePath = options.fSaveState, .fResultsFolder = options.fResults});
+}
+
+}  // namespace PredSelectApp

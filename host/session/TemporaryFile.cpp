@@ -1,0 +1,157 @@
+#include "host/session/TemporaryFile.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+namespace MCHost {
+
+namespace {
+
+constexpr char kNameStart[] = ".predselect-";
+constexpr char kNameEnd[] = ".tmp";
+constexpr mode_t kPermissions = 0666;  // less what the user's mask takes away
+
+// The names alive, each in a slot of its own: a signal handler may neither lock nor allocate. The
+// owner of a slot keeps the text until it has cleared the slot.
+std::array<std::atomic<const char*>, 64> gNames{};
+
+int Register(const char* path) {
+  for (std::size_t i = 0; i < gNames.size(); ++i) {
+    const char* free = nullptr;
+    if (gNames[i].compare_exchange_strong(free, path)) return static_cast<int>(i);
+  }
+  return -1;  // the file is still removed by its owner
+}
+
+// A name that no other file of this process has.
+std::string NewName(const std::string& folder) {
+  static std::atomic<unsigned> counter{0};
+  return folder + "/" + kNameStart + std::to_string(getpid()) + "-" + std::to_string(counter++) +
+         kNameEnd;
+}
+
+bool Lock(int descriptor) { return flock(descriptor, LOCK_EX | LOCK_NB) == 0; }
+
+// False once the file was removed or renamed, even if another one has the name by now.
+bool IsNameOf(int descriptor, const std::string& name) {
+  struct stat file, named;
+  return fstat(descriptor, &file) == 0 && lstat(name.c_str(), &named) == 0 &&
+         file.st_ino == named.st_ino && file.st_dev == named.st_dev;
+}
+
+void RemoveUnlessLocked(const std::string& name) {
+  const int descriptor = open(name.c_str(), O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK);
+  if (descriptor < 0) return;
+  if (Lock(descriptor) && IsNameOf(descriptor, name)) unlink(name.c_str());
+  close(descriptor);
+}
+
+// What a writer left that was killed.
+void RemoveLeftovers(const std::string& folder) {
+  std::error_code error;
+  for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+       entry.increment(error)) {
+    const std::string name = entry->path().filename().string();
+    if (name.starts_with(kNameStart) && name.ends_with(kNameEnd)) {
+      RemoveUnlessLocked(entry->path().string());
+    }
+  }
+}
+
+}  // namespace
+
+void RemoveTemporaryFiles() noexcept {
+  for (auto& slot : gNames) {
+    const char* path = slot.exchange(nullptr);
+    if (path != nullptr) unlink(path);
+  }
+}
+
+TemporaryFile::TemporaryFile(std::string folder) : fFolder(std::move(folder)) {
+  RemoveLeftovers(fFolder);
+  OpenUnnamed();
+  if (fDescriptor < 0) OpenNamed();
+}
+
+TemporaryFile::~TemporaryFile() {
+  if (!fName.empty()) unlink(fName.c_str());
+  ForgetName();
+  if (fDescriptor >= 0) close(fDescriptor);
+}
+
+std::string TemporaryFile::DescriptorPath() const {
+  return "/proc/self/fd/" + std::to_string(fDescriptor);
+}
+
+void TemporaryFile::OpenUnnamed() {
+#ifdef O_TMPFILE
+  fDescriptor = open(fFolder.c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, kPermissions);
+  if (fDescriptor < 0) return;
+  // Without this path it could be neither named nor opened again.
+  if (access(DescriptorPath().c_str(), F_OK) == 0) {
+    (void)Lock(fDescriptor);
+  } else {
+    close(std::exchange(fDescriptor, -1));
+  }
+#endif
+}
+
+void TemporaryFile::OpenNamed() {
+  while (true) {
+    std::string name = NewName(fFolder);
+    fDescriptor = open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kPermissions);
+    if (fDescriptor < 0 && errno == EEXIST) continue;
+    if (fDescriptor < 0) return;
+    // Where files cannot be locked, nobody takes them for left over either.
+    const bool isLocked = Lock(fDescriptor) || errno != EWOULDBLOCK;
+    if (isLocked && IsNameOf(fDescriptor, name)) return TakeName(std::move(name));
+    close(fDescriptor);  // taken for left over before it was locked
+  }
+}
+
+void TemporaryFile::SetPermissions(mode_t mode) const {
+  // A file system without permissions is no reason not to write.
+  (void)!fchmod(fDescriptor, mode);
+}
+
+bool TemporaryFile::GiveName() {
+  while (true) {
+    std::string name = NewName(fFolder);
+    const int failed =
+        linkat(AT_FDCWD, DescriptorPath().c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW);
+    if (failed == 0) TakeName(std::move(name));
+    if (failed == 0 || errno != EEXIST) return failed == 0;
+  }
+}
+
+void TemporaryFile::TakeName(std::string name) {
+  fName = std::move(name);
+  fSlot = Register(fName.c_str());
+}
+
+void TemporaryFile::ForgetName() {
+  if (fSlot >= 0) gNames[static_cast<std::size_t>(std::exchange(fSlot, -1))].store(nullptr);
+  fName.clear();
+}
+
+int TemporaryFile::TakePlaceOf(const std::string& target) {
+  // Closing tells of writes that failed late; the file itself stays open, for its lock.
+  const int copy = dup(fDescriptor);
+  if (copy < 0 || close(copy) != 0) return errno;
+  if (fName.empty() && !GiveName()) return errno;
+  if (std::rename(fName.c_str(), target.c_str()) != 0) return errno;
+  ForgetName();
+  return 0;
+}
+
+}  // namespace MCHost

@@ -1,0 +1,51 @@
+// A file that is written beside the place that it will take.
+//
+// It has no name where the file system has such files, so that a killed program leaves nothing.
+// Elsewhere, and for the moment between naming and renaming, it is called
+// ".predselect-<process>-<number>.tmp" and locked while its writer lives; the next temporary file
+// in the folder removes one that nobody locks any more.
+#pragma once
+
+#include <sys/types.h>
+
+#include <string>
+
+namespace MCHost {
+
+class TemporaryFile {
+ public:
+  // Not open (Descriptor() is below 0) where the folder takes no file; errno says why.
+  explicit TemporaryFile(std::string folder);
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+  // Removes the file unless it has taken its place.
+  ~TemporaryFile();
+
+  int Descriptor() const { return fDescriptor; }
+  // For what opens files by name.
+  std::string Path() const { return fName.empty() ? DescriptorPath() : fName; }
+  void SetPermissions(mode_t mode) const;
+
+  // Puts the whole file in the place of `target`, in one step. 0, or the error; the target is then
+  // untouched. REQUIRES: the file is open.
+  int TakePlaceOf(const std::string& target);
+
+ private:
+  std::string DescriptorPath() const;
+  void OpenUnnamed();
+  void OpenNamed();
+  bool GiveName();
+  void TakeName(std::string name);
+  void ForgetName();
+
+  std::string fFolder;
+  std::string fName;  // empty when there is none (yet, or any more)
+  int fDescriptor = -1;
+  int fSlot = -1;
+};
+
+// Removes every temporary file of this process that has a name. For a program that is about to end
+// without unwinding: may be called from a signal handler or an assertion handler, on any thread.
+void RemoveTemporaryFiles() noexcept;
+
+}  // namespace MCHost
