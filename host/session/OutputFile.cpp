@@ -49,6 +49,14 @@ std::string BehindLinks(const std::string& path) {
 
 }  // namespace
 
+void WriteWhole(const std::string& target,
+                const std::function<std::string(const std::string& path)>& write) {
+  OutputFile file(target);
+  const std::string trouble = write(file.WritePath());
+  if (!trouble.empty()) throw HostIOError(target, "", trouble);
+  file.Commit();
+}
+
 void RemoveTemporaryFiles() noexcept {
   for (auto& slot : gTemporaryFiles) {
     const char* path = slot.exchange(nullptr);

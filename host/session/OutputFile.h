@@ -5,6 +5,7 @@
 // that is not a plain file (a device, a pipe) is written directly.
 #pragma once
 
+#include <functional>
 #include <string>
 
 namespace MCHost {
@@ -43,6 +44,11 @@ class OutputFile {
   int fDescriptor = -1;
   int fSlot = -1;
 };
+
+// A file that `write` makes whole, by name. It returns empty, or what went wrong. Throws
+// HostIOError, naming the target.
+void WriteWhole(const std::string& target,
+                const std::function<std::string(const std::string& path)>& write);
 
 // Removes the temporary file of every OutputFile that is alive. For a program that is about to end
 // without unwinding: may be called from a signal handler or an assertion handler, on any thread.
