@@ -4,8 +4,8 @@
 
 #include "host/cases/UACaseValueReader.h"
 #include "host/data/ProcedureDataSource.h"
-#include "host/text/KeywordMatch.h"
 #include "operations/ModelCategories.h"
+#include "operations/NoVariable.h"
 #include "operations/RequestError.h"
 
 namespace PredSelect {
@@ -13,14 +13,10 @@ namespace PredSelect {
 namespace {
 
 int FindColumn(const MCHost::ITable& table, const std::string& name) {
-  std::vector<std::string> names;
   for (int i = 0; i < table.ColumnCount(); ++i) {
-    names.push_back(table.GetVariable(i).GetName());
-    if (names.back() == name) return i;
+    if (table.GetVariable(i).GetName() == name) return i;
   }
-  const std::string nearest = MCHost::NearestWord(name, names);
-  throw RequestError("the data have no variable \"" + name + "\", which the model needs" +
-                     (nearest.empty() ? "." : "; did you mean \"" + nearest + "\"?"));
+  throw RequestError(NoVariable(table, name, ", which the model needs"));
 }
 
 bool HoldsTexts(const INBVariable& variable) {

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "common/MCAssert.h"
 #include "host/cases/UAPredictionWriter.h"
 #include "host/command/VarSpecObj.h"
 #include "host/data/DataTable.h"
@@ -61,14 +62,21 @@ void AddPredicted(KOVA_DataSource& source, const std::string& asked, const INBVa
   variable.SetLabel("Predicted value");
 }
 
-void AddProbabilities(KOVA_DataSource& source, const std::string& root, const INBVariable& target,
-                      Predictions& predictions) {
-  if (root.empty()) return;
+// As many as the target has categories; none without a root.
+std::vector<KovaVarName> ProbabilityNames(const KOVA_DataSource& source, const std::string& root,
+                                          const INBVariable& target) {
   std::vector<KovaVarName> names;
-  if (!Role("--probabilities", source)
+  if (!root.empty() &&
+      !Role("--probabilities", source)
            .NewVarNamesByRoot(KovaVarName(root), target.GetNumberOfCategories(), names)) {
     throw RequestError("probabilities", "\"" + root + "\" cannot name new variables.");
   }
+  return names;
+}
+
+void AddProbabilities(KOVA_DataSource& source, const std::string& root, const INBVariable& target,
+                      Predictions& predictions) {
+  const std::vector<KovaVarName> names = ProbabilityNames(source, root, target);
   for (std::size_t k = 0; k < names.size(); ++k) {
     const int column = source.MakeVariable(names[k].GetName(), 0);
     KOVA_Variable& variable = source.GetVariable(column);
@@ -94,7 +102,8 @@ bool Score(const INBAlgorithm& model, ProcedureDataSource& source, const Surroun
     const MCCommon::RecordBlock& block = cases.NextBlock(most);
     if (block.Cases() == 0) return true;
     if (surroundings.IsCancelled()) return false;
-    if (model.ScoreBlock(block, scored).IsError()) continue;
+    MCCommon::Assert(!model.ScoreBlock(block, scored).IsError(), "the model was built",
+                     "operations/ScoreTable");
     writer.Store(*cases.Stream().GetProcDS(), cases.Stream().GetBlockPlaces(), scored.GetWinners(),
                  scored.GetProbabilities());
     predictions.fNScored +=
@@ -133,6 +142,8 @@ Outcome ScoreTable(DataTable& table, const INBAlgorithm& model, MCHost::OutputDo
   ModelCases cases(model.GetVarList(), source);
   const int before = table.ColumnCount();
   Predictions predictions;
+  // A root that is refused is refused before anything was added.
+  (void)ProbabilityNames(source, request.fProbabilities, target);
   AddPredicted(source, request.fPredicted, target, predictions);
   AddProbabilities(source, request.fProbabilities, target, predictions);
   if (!Score(model, source, surroundings, predictions, cases)) return Outcome::kCancelled;

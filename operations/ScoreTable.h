@@ -29,8 +29,9 @@ const INBAlgorithm& ModelOf(const ComponentFile& state, const std::string& name)
 // the caller's to name. Names that are taken get a number. A case without a prediction has missing
 // cells. Completed or cancelled. Throws RequestError for a table that does not fit the model (no
 // option) and for names that cannot be used (predicted, probabilities); MCHost::HostIOError. What
-// is cancelled or refused may leave new variables in the table, filled in part.
-// REQUIRES: the table was prepared.
+// is cancelled, or refused for a value that a case has, leaves new variables in the table, filled
+// in part.
+// REQUIRES: the table was prepared; the model was built, as one from a state always is.
 Outcome ScoreTable(MCHost::DataTable& table, const INBAlgorithm& model,
                    MCHost::OutputDocument& document, const ScoreRequest& request,
                    const Surroundings& surroundings);

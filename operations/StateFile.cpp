@@ -26,10 +26,9 @@ ComponentFile LoadState(const std::string& path) {
 }
 
 void SaveState(const ComponentFile& state, const std::string& path) {
-  MCHost::OutputFile file(path);
-  const std::string trouble = Write(state, file.WritePath(), IsXMLStateName(path));
-  if (!trouble.empty()) throw MCHost::HostIOError(path, "", trouble);
-  file.Commit();
+  MCHost::WriteWhole(path, [&](const std::string& temporary) {
+    return Write(state, temporary, IsXMLStateName(path));
+  });
 }
 
 }  // namespace PredSelect

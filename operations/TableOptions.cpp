@@ -3,7 +3,7 @@
 #include "host/data/DataTable.h"
 #include "host/data/KOVA_DataSource.h"
 #include "host/data/MeasurementLevels.h"
-#include "host/text/KeywordMatch.h"
+#include "operations/NoVariable.h"
 #include "operations/RequestError.h"
 
 namespace PredSelect {
@@ -15,13 +15,8 @@ using MCHost::DataTable;
 // The variable's index; `option` is named when there is none.
 int FindVariable(DataTable& table, const std::string& name, const std::string& option) {
   const int index = KOVA_DataSource(table).FindVariable(name);
-  if (index >= 0) return index;
-  std::vector<std::string> names;
-  names.reserve(static_cast<std::size_t>(table.ColumnCount()));
-  for (int i = 0; i < table.ColumnCount(); ++i) names.push_back(table.GetVariable(i).GetName());
-  const std::string nearest = MCHost::NearestWord(name, names);
-  throw RequestError(option, "the data have no variable \"" + name + "\"" +
-                                 (nearest.empty() ? "." : "; did you mean \"" + nearest + "\"?"));
+  if (index < 0) throw RequestError(option, NoVariable(table, name));
+  return index;
 }
 
 void ApplyLevel(DataTable& table, const std::string& name, KOVA_Variable::MeasurementLevel level) {

@@ -5,6 +5,7 @@
 #include <deque>
 #include <istream>
 #include <memory>
+#include <mutex>
 #include <string_view>
 #include <xercesc/framework/XMLPScanToken.hpp>
 #include <xercesc/sax/InputSource.hpp>
@@ -25,10 +26,23 @@ namespace MCCommonXML {
 
 namespace {
 
-// Xerces must be initialised as long as any of its objects lives; it counts.
-struct Platform {
-  Platform() { xercesc::XMLPlatformUtils::Initialize(); }
-  ~Platform() { xercesc::XMLPlatformUtils::Terminate(); }
+// Xerces must be initialised as long as any of its objects lives; it counts, but not safely where
+// several threads read a document each.
+class Platform {
+ public:
+  Platform() {
+    const std::lock_guard lock(gCounting);
+    xercesc::XMLPlatformUtils::Initialize();
+  }
+  Platform(const Platform&) = delete;
+  Platform& operator=(const Platform&) = delete;
+  ~Platform() {
+    const std::lock_guard lock(gCounting);
+    xercesc::XMLPlatformUtils::Terminate();
+  }
+
+ private:
+  static inline std::mutex gCounting;
 };
 
 std::string ToUTF8(const XMLCh* text) {

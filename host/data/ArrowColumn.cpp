@@ -119,15 +119,18 @@ std::string_view ReadView(const ArrowArray& array, std::int64_t at) {
   const auto size = static_cast<std::size_t>(words[0]);
   if (words[0] <= kInline) return {view + 4, size};
   if (words[2] < 0 || words[2] >= array.n_buffers - 3 || words[3] < 0) return kBrokenString;
-  return {static_cast<const char*>(array.buffers[2 + words[2]]) + words[3], size};
+  const char* data = static_cast<const char*>(array.buffers[2 + words[2]]);
+  return data != nullptr ? std::string_view(data + words[3], size) : kBrokenString;
 }
 
 // Stored units in one of ours: of a second by the letter that times and timestamps carry, of a day
-// for dates in milliseconds.
+// for dates in milliseconds. 0 for a unit that there is not.
 double UnitsOf(const std::string& format) {
   if (format == "tdm") return 86400e3;
-  if (format[0] != 't' || format.size() < 3) return 1.0;
-  switch (format[2]) {
+  if (format[0] != 't' || format == "tdD") return 1.0;
+  switch (format.size() < 3 ? '\0' : format[2]) {
+    case 's':
+      return 1.0;
     case 'm':
       return 1e3;
     case 'u':
@@ -135,11 +138,11 @@ double UnitsOf(const std::string& format) {
     case 'n':
       return 1e9;
     default:
-      return 1.0;
+      return 0.0;
   }
 }
 
-// "d:precision,scale" or "d:precision,scale,bits".
+// "d:precision,scale" or "d:precision,scale,bits"; no bits for anything else.
 struct Decimal {
   int fScale = 0;
   int fBits = 128;
@@ -148,7 +151,8 @@ struct Decimal {
 Decimal ParseDecimal(const char* format) {
   Decimal decimal;
   int precision = 0;
-  std::sscanf(format, "d:%d,%d,%d", &precision, &decimal.fScale, &decimal.fBits);
+  const int nRead = std::sscanf(format, "d:%d,%d,%d", &precision, &decimal.fScale, &decimal.fBits);
+  if (nRead < 2) decimal.fBits = 0;
   return decimal;
 }
 
@@ -279,10 +283,14 @@ ArrowColumn::ArrowColumn(const ArrowSchema& schema, const std::string& source)
     fDivisor = std::pow(10.0, decimal.fScale);
     if (fReadNumbers == nullptr) Refuse("decimals of this size cannot be used");
   }
+  if (fDivisor <= 0.0 || !std::isfinite(fDivisor)) {
+    Refuse(std::string("a ") + fpType->fName + " of this unit or scale cannot be used");
+  }
   if (schema.dictionary == nullptr) return;
   if (fpType->fReadIndex == nullptr) Refuse("the dictionary's index is not an integer");
-  fpDictionary = std::make_unique<ArrowColumn>(*schema.dictionary, source);
-  fpDictionary->fName = fName;
+  ArrowSchema values = *schema.dictionary;
+  values.name = schema.name;
+  fpDictionary = std::make_unique<ArrowColumn>(values, source);
   if (fpDictionary->fpDictionary != nullptr) Refuse("a dictionary of dictionaries cannot be used");
 }
 
@@ -300,8 +308,11 @@ std::string ArrowColumn::Note() const {
 }
 
 void ArrowColumn::Attach(const ArrowArray& array, std::int64_t first, std::int64_t length) {
-  const bool sound = array.length >= first + length && array.offset >= 0 &&
-                     array.null_count >= -1 && array.n_buffers >= fpType->fBuffers;
+  constexpr std::int64_t kMost = std::numeric_limits<std::int64_t>::max();
+  const bool sound = array.length >= 0 && length <= array.length - first && array.offset >= 0 &&
+                     array.offset <= kMost - array.length && array.null_count >= -1 &&
+                     array.n_buffers >= fpType->fBuffers &&
+                     (array.buffers != nullptr || fpType->fBuffers == 0);
   if (!sound) Refuse("the column's data do not match its type");
   fpArray = &array;
   fFirst = array.offset + first;

@@ -1,10 +1,13 @@
 #include "host/data/ArrowStreamReader.h"
 
+#include <algorithm>
 #include <cstring>
+#include <limits>
 #include <set>
 #include <utility>
 
 #include "host/session/HostIOError.h"
+#include "host/text/Utf8.h"
 
 namespace MCHost {
 
@@ -20,8 +23,18 @@ struct OwnedSchema : ArrowSchema {
   }
 };
 
+// Whether the children of a schema or of a batch are there.
+template <class Node>
+bool HasChildren(const Node& node) {
+  if (node.n_children <= 0) return node.n_children == 0;
+  return node.children != nullptr &&
+         std::none_of(node.children, node.children + node.n_children,
+                      [](const auto* child) { return child == nullptr; });
+}
+
 bool AnyNull(const ArrowArray& array) {
-  if (array.null_count == 0 || array.n_buffers < 1 || array.buffers[0] == nullptr) return false;
+  const bool isMarked = array.n_buffers >= 1 && array.buffers != nullptr;
+  if (array.null_count == 0 || !isMarked || array.buffers[0] == nullptr) return false;
   const auto* valid = static_cast<const std::uint8_t*>(array.buffers[0]);
   for (std::int64_t i = array.offset; i < array.offset + array.length; ++i) {
     if ((valid[i >> 3] >> (i & 7) & 1) == 0) return true;
@@ -49,9 +62,12 @@ ArrowStreamReader::~ArrowStreamReader() {
 }
 
 void ArrowStreamReader::ReadSchema() {
+  if (fStream.get_schema == nullptr || fStream.get_next == nullptr) {
+    throw HostIOError(fSource, "", "the data stream lacks a function");
+  }
   OwnedSchema schema;
   if (const int code = fStream.get_schema(&fStream, &schema); code != 0) Fail(code);
-  if (schema.format == nullptr || std::strcmp(schema.format, "+s") != 0) {
+  if (schema.format == nullptr || std::strcmp(schema.format, "+s") != 0 || !HasChildren(schema)) {
     throw HostIOError(fSource, "", "the data stream is not a table of columns");
   }
   std::set<std::string> names;
@@ -60,6 +76,9 @@ void ArrowStreamReader::ReadSchema() {
     const std::string& name = fColumns.back().Name();
     const std::string place = "column " + std::to_string(i + 1);
     if (name.empty()) throw HostIOError(fSource, place, "the column has no name");
+    if (!IsUtf8(name) || !IsUtf8(fColumns.back().Label())) {
+      throw HostIOError(fSource, place, "the column's name or label is not valid UTF-8");
+    }
     if (!names.insert(name).second) {
       throw HostIOError(fSource, place, "a column named \"" + name + "\" is there already");
     }
@@ -77,7 +96,9 @@ bool ArrowStreamReader::NextBatch() {
 }
 
 void ArrowStreamReader::AttachBatch() {
-  if (fBatch.length < 0 || fBatch.offset < 0 || fBatch.n_children != ColumnCount()) {
+  const bool isPlaced = fBatch.length >= 0 && fBatch.offset >= 0 &&
+                        fBatch.offset <= std::numeric_limits<std::int64_t>::max() - fBatch.length;
+  if (!isPlaced || fBatch.n_children != ColumnCount() || !HasChildren(fBatch)) {
     throw HostIOError(fSource, "", "a batch of the data does not match its columns");
   }
   if (AnyNull(fBatch)) throw HostIOError(fSource, "", "a batch of the data holds a null row");
@@ -92,7 +113,7 @@ void ArrowStreamReader::ReleaseBatch() {
 }
 
 void ArrowStreamReader::Fail(int code) {
-  const char* text = fStream.get_last_error(&fStream);
+  const char* text = fStream.get_last_error != nullptr ? fStream.get_last_error(&fStream) : nullptr;
   throw HostIOError(fSource, "", text != nullptr && *text != '\0' ? text : std::strerror(code));
 }
 

@@ -55,12 +55,6 @@ std::optional<Range> RangeOf(const std::string& text) {
   return Range{*lowest, *highest};
 }
 
-std::string NoSuchColumn(const std::string& name, const std::string& nearest) {
-  std::string reason = fmt::format("the data have no column \"{}\"", name);
-  if (!nearest.empty()) reason += fmt::format("; did you mean \"{}\"?", nearest);
-  return reason;
-}
-
 // Puts one field's properties into its variable.
 class FieldApplier {
  public:
@@ -192,7 +186,8 @@ void TableSchema::Apply(ITable& table) const {
     const auto found = columns.find(field.fName);
     if (found == columns.end()) {
       throw HostIOError(fName, field.fPath + ".name",
-                        NoSuchColumn(field.fName, NearestWord(field.fName, names)));
+                        fmt::format("the data have no column \"{}\"", field.fName) +
+                            DidYouMean(field.fName, names));
     }
     FieldApplier(fName, table.GetVariable(found->second)).Apply(field);
     if (field.fpMissing) ownMissing.insert(found->second);

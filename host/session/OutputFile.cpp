@@ -44,6 +44,14 @@ std::string FolderOf(const std::string& path) {
 
 }  // namespace
 
+void WriteWhole(const std::string& target,
+                const std::function<std::string(const std::string& path)>& write) {
+  OutputFile file(target);
+  const std::string trouble = write(file.WritePath());
+  if (!trouble.empty()) throw HostIOError(target, "", trouble);
+  file.Commit();
+}
+
 OutputFile::OutputFile(std::string target)
     : fTarget(std::move(target)), fFinal(BehindLinks(fTarget)) {
   mode_t permissions = 0;

@@ -7,6 +7,7 @@
 
 #include <sys/types.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -48,6 +49,11 @@ class OutputFile {
   std::unique_ptr<TemporaryFile> fpTemporary;  // null for a target that is written directly
   int fDescriptor = -1;  // of the temporary file, which owns it, or of the target
 };
+
+// A file that `write` makes whole, by name. It returns empty, or what went wrong. Throws
+// HostIOError, naming the target.
+void WriteWhole(const std::string& target,
+                const std::function<std::string(const std::string& path)>& write);
 
 // Throws HostIOError where the folder, or the nearest one above it that is there, takes no files.
 void CheckOutputFolder(const std::string& folder);

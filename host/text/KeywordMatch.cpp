@@ -64,6 +64,11 @@ std::string NearestWord(const std::string& word, const std::vector<std::string>&
   return found;
 }
 
+std::string DidYouMean(const std::string& word, const std::vector<std::string>& known) {
+  const std::string nearest = NearestWord(word, known);
+  return nearest.empty() ? "" : "; did you mean \"" + nearest + "\"?";
+}
+
 std::string JoinAlternatives(const std::vector<std::string>& words) {
   std::string joined;
   for (std::size_t i = 0; i < words.size(); ++i) {

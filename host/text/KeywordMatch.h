@@ -23,6 +23,10 @@ KeywordMatch MatchKeyword(const std::string& word, const std::vector<std::string
 // that near; the first of several.
 std::string NearestWord(const std::string& word, const std::vector<std::string>& known);
 
+// What a message about an unknown word ends with: "; did you mean "known"?", empty where none is
+// near.
+std::string DidYouMean(const std::string& word, const std::vector<std::string>& known);
+
 // "A", "A or B", "A, B or C".
 std::string JoinAlternatives(const std::vector<std::string>& words);
 

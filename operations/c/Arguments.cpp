@@ -18,7 +18,11 @@ std::string TextArgument(const char* text, const char* name, const char* otherwi
 }
 
 void CheckStruct(const void* bytes, std::size_t givenSize, std::size_t knownSize) {
-  if (givenSize < sizeof(givenSize)) throw Misuse("struct_size is not set");
+  // Fields are as wide as struct_size or fill up to it; a struct of kilobytes was not initialised.
+  constexpr std::size_t kMost = 4096;
+  if (givenSize == 0 || givenSize % sizeof(givenSize) != 0 || givenSize > kMost) {
+    throw Misuse("struct_size is not set to the size of the struct");
+  }
   const auto* byte = static_cast<const unsigned char*>(bytes);
   for (std::size_t i = knownSize; i < givenSize; ++i) {
     if (byte[i] != 0) throw Misuse("the options say more than this version of the library knows");

@@ -26,8 +26,8 @@ std::string TextArgument(const char* text, const char* name);
 // The same, with what NULL stands for.
 std::string TextArgument(const char* text, const char* name, const char* otherwise);
 
-// Throws Misuse for a struct that is shorter than its first field, or that has something set behind
-// the fields that are known.
+// Throws Misuse for a size that no struct of pointers can have, and for a struct that has something
+// set behind the fields that are known.
 void CheckStruct(const void* bytes, std::size_t givenSize, std::size_t knownSize);
 
 // A struct that begins with struct_size, as far as the caller's reaches; the rest, or all of it for

@@ -78,9 +78,10 @@ predselect_status predselect_session_set_application(predselect_session* session
 // Where temporary files go, "/tmp" unless set; without a slash at its end.
 predselect_status predselect_session_set_temp_folder(predselect_session* session, const char* path);
 
-// Asked often during a job; not 0 ends it as soon as possible with PREDSELECT_CANCELLED. Callbacks
-// must be quick, return normally, and not call functions with the same session (these are
-// PREDSELECT_MISUSE). user_data is handed back as it is. A NULL callback turns it off.
+// Asked often during a job, save for the quick predselect_inspect; not 0 ends it as soon as
+// possible with PREDSELECT_CANCELLED. Callbacks must be quick, return normally, and not call
+// functions with the same session (these are PREDSELECT_MISUSE). user_data is handed back as it is.
+// A NULL callback turns it off.
 typedef int (*predselect_cancel_query)(void* user_data);
 predselect_status predselect_session_set_cancel(predselect_session* session,
                                                 predselect_cancel_query query, void* user_data);
@@ -178,8 +179,10 @@ typedef struct predselect_score_options {
                               // NULL for "PredictedProbability"
 } predselect_score_options;
 
-// Predicts the cases of the table with a model's state, in new variables of the table. NULL options
-// are those without a wish.
+// Predicts the cases of the table with a model's state, in new variables of the table. They stay in
+// it, filled in part, when the job is cancelled or meets a value that the model cannot take (a text
+// for a number, a number for a text: PREDSELECT_BAD_REQUEST). NULL options are those without a
+// wish.
 predselect_status predselect_score(predselect_session* session, predselect_table* table,
                                    const predselect_state* state,
                                    const predselect_score_options* options,
@@ -216,10 +219,9 @@ predselect_status predselect_result_table_info(predselect_session* session,
                                                predselect_table_info* info);
 
 // A table laid flat, one record a row of the page:
-//   - text fields with the headings of the row: of each row dimension, then of each layer
-//   dimension,
-//     "<name>: Group 1", ... for nested headings from the outermost, and "<name>" for the row's
-//     own;
+//   - text fields with the headings of the row, for each row dimension and then each layer
+//     dimension: "<name>: Group 1", ... for nested headings from the outermost, and "<name>" for
+//     the row's own;
 //   - a field a column, named by its headings joined with ": ": 64-bit floating point at full
 //     precision, or text where any of its cells is one.
 // Missing cells are null. Texts are the keys, names and values of the JSON document; a field's

@@ -184,6 +184,7 @@ TEST_F(Operations, WhatCannotBeDoneIsRefusedInTheCallersWords) {
        "the data have no variable \"age\", which the model needs."},
   };
   for (const auto& c : cases) EXPECT_EQ(RefusalOf(c.fAction).second, c.fText);
+  EXPECT_EQ(fTable.ColumnCount(), 3) << "nothing was added";
 }
 
 TEST_F(Operations, ARefusedMergeLeavesTheStateAsItWas) {

@@ -15,10 +15,8 @@ namespace {
 bool SaveState(const std::function<std::string(const std::string&, bool)>& write) {
   const std::string target = MCHost::CurrentSession().StatePath();
   try {
-    MCHost::OutputFile file(target);
-    const std::string trouble = write(file.WritePath(), IsXMLStateName(target));
-    if (!trouble.empty()) throw MCHost::HostIOError(target, "", trouble);
-    file.Commit();
+    MCHost::WriteWhole(
+        target, [&](const std::string& path) { return write(path, IsXMLStateName(target)); });
     MCHost::CurrentSession().ReportFile(target);
     return true;
   } catch (const MCHost::HostIOError& error) {

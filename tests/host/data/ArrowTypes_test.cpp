@@ -224,6 +224,7 @@ TEST(ArrowTypes, OthersAreRefusedByName) {
       {map(utf8(), int8()), "map"},
       {binary(), "binary"},
       {fixed_size_binary(4), "binary"},
+      {dictionary(int8(), binary()), "binary"},
       {month_interval(), "interval"},
       {fixed_size_list(int8(), 2), "list"}};
   for (const auto& [type, name] : refused) {
@@ -238,9 +239,29 @@ TEST(ArrowTypes, OthersAreRefusedByName) {
   }
 }
 
+TEST(ArrowTypes, FormatsThatSayNoUnitOrScaleAreRefused) {
+  for (const char* format : {"ts", "tsX:", "ttx", "tD", "d:", "d:9", "d:9,999999", "d:9,2,7"}) {
+    ArrowSchema schema{};
+    schema.name = "v";
+    schema.format = format;
+    EXPECT_THROW(ArrowColumn(schema, "data"), HostIOError) << format;
+  }
+}
+
+// A batch that says that it has its children, with these in their place.
+void TakeChildren(ArrowArray& batch, ArrowArray** others) {
+  batch.release(&batch);
+  batch.children = others;
+  batch.release = [](ArrowArray* array) { array->release = nullptr; };
+}
+
 TEST(ArrowTypes, BrokenArraysAreRefused) {
   using Breaker = std::function<void(ArrowArray&)>;
   const ArrayPtr words = Strings({"ab", "c"});
+  const ArrayPtr views = Build<arrow::StringViewBuilder>(arrow::utf8_view(),
+                                                         "longer than twelve bytes", "another one");
+  static constexpr std::int64_t kFar = std::numeric_limits<std::int64_t>::max();
+  static ArrowArray* kNoChild[] = {nullptr};
   const ArrayPtr codes = Dictionary(Build<arrow::Int8Builder>(arrow::int8(), 1), words);
   static const std::int32_t kBackwards[] = {2, 0, 5};
   static const char kNotUtf8[] = "\xFF\xFE!";
@@ -255,7 +276,14 @@ TEST(ArrowTypes, BrokenArraysAreRefused) {
       {words, [](ArrowArray& a) { a.children[0]->buffers[2] = kNotUtf8; }},
       {words, [](ArrowArray& a) { a.length = -1; }},
       {words, [](ArrowArray& a) { a.offset = 1; }},
+      {words, [](ArrowArray& a) { a.offset = kFar; }},
+      {words, [](ArrowArray& a) { a.children[0]->offset = kFar; }},
+      {words, [](ArrowArray& a) { a.children[0]->buffers = nullptr; }},
+      {words, [](ArrowArray& a) { TakeChildren(a, nullptr); }},
+      {words, [](ArrowArray& a) { TakeChildren(a, kNoChild); }},
+      {views, [](ArrowArray& a) { a.children[0]->buffers[2] = nullptr; }},
       {codes, [](ArrowArray& a) { a.children[0]->buffers[1] = kOutside; }},
+      {codes, [](ArrowArray& a) { a.children[0]->dictionary->length = -1; }},
       {codes, [](ArrowArray& a) { std::swap(a.children[0]->dictionary, a.dictionary); }},
   };
   for (std::size_t i = 0; i < std::size(broken); ++i) {
@@ -289,7 +317,7 @@ TEST(ArrowTypes, BrokenArraysAreRefused) {
 
 TEST(ArrowTypes, ColumnsNeedNamesOfTheirOwn) {
   const ArrayPtr one = Strings({"x"});
-  for (const char* second : {"", "a"}) {
+  for (const char* second : {"", "a", "\xFF"}) {
     BatchSource source({{"a", one}, {second, one}}, 1);
     EXPECT_THROW(MemoryTable table(source), HostIOError);
   }

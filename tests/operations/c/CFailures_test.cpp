@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstdint>
 #include <functional>
 
 #include "common/MCAssert.h"
@@ -127,6 +128,10 @@ TEST(CFailures, OfATableSayWhatWasWrongAndTakeTheStreamAllTheSame) {
        PREDSELECT_BAD_REQUEST,
        "name: the text is not UTF-8"},
       {{0, nullptr, nullptr, nullptr, nullptr, 0}, PREDSELECT_MISUSE, "struct_size is not set"},
+      {{12, "data", nullptr, nullptr, nullptr, 0}, PREDSELECT_MISUSE, "struct_size is not set"},
+      {{SIZE_MAX - 7, nullptr, nullptr, nullptr, nullptr, 0},
+       PREDSELECT_MISUSE,
+       "struct_size is not set"},
       {newer.known, PREDSELECT_MISUSE,
        "the options say more than this version of the library knows"},
   };
@@ -182,6 +187,39 @@ TEST(CFailures, OfAStreamAreDataErrorsInItsOwnWords) {
   EXPECT_EQ(predselect_table_open(host.fSession, &closed, nullptr, &host.fTable),
             PREDSELECT_DATA_ERROR);
   EXPECT_EQ(host.Error(), "data: the data stream is closed");
+
+  ArrowArrayStream lacking = MCTest::Penguins();
+  lacking.get_next = nullptr;
+  EXPECT_EQ(predselect_table_open(host.fSession, &lacking, nullptr, &host.fTable),
+            PREDSELECT_DATA_ERROR);
+  EXPECT_EQ(host.Error(), "data: the data stream lacks a function");
+  // Schemas that hold no fields, or say that they do; and a producer without words of its own.
+  using GetSchema = int (*)(ArrowArrayStream*, ArrowSchema*);
+  static ArrowSchema* kNoField[] = {nullptr};
+  const std::pair<GetSchema, const char*> schemas[] = {
+      {[](ArrowArrayStream*, ArrowSchema*) { return 0; }, "is not a table of columns"},
+      {[](ArrowArrayStream*, ArrowSchema* schema) {
+         schema->format = "+s";
+         schema->n_children = 1;
+         return 0;
+       },
+       "is not a table of columns"},
+      {[](ArrowArrayStream*, ArrowSchema* schema) {
+         schema->format = "+s";
+         schema->n_children = 1;
+         schema->children = kNoField;
+         return 0;
+       },
+       "is not a table of columns"},
+      {[](ArrowArrayStream*, ArrowSchema*) { return ENOMEM; }, "Cannot allocate memory"}};
+  for (const auto& [getSchema, message] : schemas) {
+    ArrowArrayStream stream = MCTest::Penguins();
+    stream.get_schema = getSchema;
+    stream.get_last_error = nullptr;
+    EXPECT_EQ(predselect_table_open(host.fSession, &stream, nullptr, &host.fTable),
+              PREDSELECT_DATA_ERROR);
+    EXPECT_THAT(host.Error(), EndsWith(message));
+  }
 }
 
 TEST(CFailures, OfJobsSayWhatWasWrong) {

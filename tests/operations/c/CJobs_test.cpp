@@ -251,6 +251,23 @@ TEST(CJobs, ThreadsWithSessionsOfTheirOwnGetTheSameResults) {
     });
   }
   for (std::thread& thread : threads) thread.join();
+  threads.clear();
+
+  const ScratchFolder folder;
+  const std::string model = folder.Path("model.xml");
+  CHost host;
+  ASSERT_EQ(host.Run("NAIVEBAYES species BY island.", model), PREDSELECT_OK) << host.Error();
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&model] {
+      Held<predselect_session> session;
+      Held<predselect_state> state;
+      EXPECT_EQ(predselect_session_open(&session), PREDSELECT_OK);
+      for (int time = 0; time < 30; ++time) {
+        EXPECT_EQ(predselect_state_load(session, model.c_str(), &state), PREDSELECT_OK);
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
   EXPECT_GT(documents[0].size(), 10000u);
   for (const std::string& document : documents) EXPECT_EQ(document, documents[0]);
 }
