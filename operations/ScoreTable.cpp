@@ -1,7 +1,7 @@
 #include "operations/ScoreTable.h"
 
 #include <algorithm>
-#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -31,11 +31,12 @@ using MCHost::DataTable;
 
 constexpr KOVA_Format kProbabilityFormat{KOVA_Format::kNumber, 5, 3};
 
-// The new columns, and how many cases got a prediction.
+// The new columns, what writes them, and how many cases got a prediction.
 struct Predictions {
   int fPredicted = -1;
   std::vector<int> fProbabilities;
   std::vector<KOVA_Value> fCategories;
+  std::optional<UAPredictionWriter> fWriter;
   std::int64_t fNScored = 0;
 };
 
@@ -93,8 +94,8 @@ void AddProbabilities(KOVA_DataSource& source, const std::string& root, const IN
 bool Score(const INBAlgorithm& model, ProcedureDataSource& source, const Surroundings& surroundings,
            Predictions& predictions, ModelCases& cases) {
   const KOVA_Variable& predicted = source.GetVariable(predictions.fPredicted);
-  const UAPredictionWriter writer(predictions.fPredicted, predictions.fCategories,
-                                  predicted.GetType(), predictions.fProbabilities);
+  predictions.fWriter.emplace(predictions.fPredicted, predictions.fCategories, predicted.GetType(),
+                              predictions.fProbabilities);
   const auto nCategories = static_cast<std::size_t>(model.GetNTargetCategories());
   const std::size_t most = MCCommon::RecordBlock::PreferredCases(nCategories);
   NBScoredBlock scored;
@@ -104,8 +105,8 @@ bool Score(const INBAlgorithm& model, ProcedureDataSource& source, const Surroun
     if (surroundings.IsCancelled()) return false;
     MCCommon::Assert(!model.ScoreBlock(block, scored).IsError(), "the model was built",
                      "operations/ScoreTable");
-    writer.Store(*cases.Stream().GetProcDS(), cases.Stream().GetBlockPlaces(), scored.GetWinners(),
-                 scored.GetProbabilities());
+    predictions.fWriter->Store(*cases.Stream().GetProcDS(), cases.Stream().GetBlockPlaces(),
+                               scored.GetWinners(), scored.GetProbabilities());
     predictions.fNScored +=
         std::ranges::count_if(scored.GetWinners(), [](int winner) { return winner >= 0; });
   }
@@ -139,9 +140,9 @@ Outcome ScoreTable(DataTable& table, const INBAlgorithm& model, MCHost::OutputDo
   RecordData(document, table.CaseCount(), table.ColumnCount());
   MCHost::OutputRun& run = document.BeginRun("score");
   ProcedureDataSource source;
+  Predictions predictions;  // has texts that the cases may yet store when they end
   ModelCases cases(model.GetVarList(), source);
   const int before = table.ColumnCount();
-  Predictions predictions;
   // A root that is refused is refused before anything was added.
   (void)ProbabilityNames(source, request.fProbabilities, target);
   AddPredicted(source, request.fPredicted, target, predictions);

@@ -88,16 +88,14 @@ bool KOVA_InputCaseIterator::SetColumnValue(int var, const std::string& value, i
   return true;
 }
 
-// Taken out before they are written: after a failure nothing stale is left behind.
+// All are taken out before one is written: after a failure nothing stale is left behind.
 void KOVA_InputCaseIterator::WriteValues() {
-  for (auto& [var, stored] : fNumbers) {
-    const std::vector<double> values = std::exchange(stored, {});
-    if (values.empty()) continue;
+  const auto numbers = std::exchange(fNumbers, {});
+  const auto strings = std::exchange(fStrings, {});
+  for (const auto& [var, values] : numbers) {
     fpTable->WriteNumbers(var, fpScan->FirstCase(), values.data(), values.size());
   }
-  for (auto& [var, stored] : fStrings) {
-    const std::vector<const std::string*> values = std::exchange(stored, {});
-    if (values.empty()) continue;
+  for (const auto& [var, values] : strings) {
     fpTable->WriteStrings(var, fpScan->FirstCase(), values.data(), values.size());
   }
 }

@@ -39,9 +39,9 @@ void EncodeCategories(const double* values, std::size_t cases, int categories,
 
 }  // namespace
 
-NBDataPreparator::NBDataPreparator(NBVarList& varList, bool usePossibleInputs, int nRecords,
+NBDataPreparator::NBDataPreparator(NBVarList& varList, bool usePossibleInputs, int /*nRecords*/,
                                    NBCancelInfo& cancel)
-    : fVarList(varList), fCancel(cancel), fbPossibleInputs(usePossibleInputs), fNRecords(nRecords) {
+    : fVarList(varList), fCancel(cancel), fbPossibleInputs(usePossibleInputs) {
   UpdateInputInfo(usePossibleInputs);
 }
 

@@ -53,8 +53,8 @@ class NBDataPreparator {
   // A code that is neither missing nor within the variable's categories.
   static constexpr std::int32_t kOutOfRange = -2;
 
-  // Candidates count as inputs when usePossibleInputs. nRecords limits the accepted records of a
-  // pass; below 0 there is no limit.
+  // Candidates count as inputs when usePossibleInputs. `nRecords` is for the interface's sake: each
+  // pass has a limit of its own.
   NBDataPreparator(NBVarList& varList, bool usePossibleInputs, int nRecords, NBCancelInfo& cancel);
 
   // Encodes an original record. 70018 and 70017 (errors of this record alone) leave it out for its
@@ -103,7 +103,6 @@ class NBDataPreparator {
   int GetTargetCategories() const { return fNTargetCats; }
   // Column of the first input in a processed record.
   int GetFirstInput() const { return fWeight < 0 ? 1 : 2; }
-  int GetRecordLimit() const { return fNRecords; }
   NBCancelInfo& GetCancelInfo() const { return fCancel; }
 
   // 70010 for a code that is too high.
@@ -133,7 +132,6 @@ class NBDataPreparator {
   NBVarList& fVarList;
   NBCancelInfo& fCancel;
   bool fbPossibleInputs;
-  int fNRecords;
   int fNOriginal = 0;
   int fTarget = -1;
   int fNTargetCats = 0;

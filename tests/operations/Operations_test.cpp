@@ -156,6 +156,29 @@ TEST_F(Operations, TheCallersWishToStopEndsEachOfThem) {
   }
 }
 
+// So many categories that a chunk of the table is scored in several blocks.
+TEST_F(Operations, ScoringThatIsStoppedKeepsTheTextsPredictedSoFar) {
+  std::vector<std::optional<std::string>> texts;
+  for (int i = 0; i < 4096; ++i) texts.emplace_back("class number " + std::to_string(i % 64));
+  MemoryTable table;
+  table.AddStrings("class", texts);
+  table.AddStrings("copy", texts);
+  PrepareTable(table, {});
+  const RunRequest request{.fCommands = "NAIVEBAYES class /SUBSET NOSELECTION /PRINT NONE.",
+                           .fStatePath = Path("model.bin")};
+  ASSERT_EQ(RunCommands(table, fDocument, request, fAround), Outcome::kCompleted);
+  const ComponentFile state = LoadState(Path("model.bin"));
+  int nAsked = 0;
+  fAround.fIsCancelled = [&nAsked] { return ++nAsked == 2; };
+  EXPECT_EQ(ScoreTable(table, *state.fpNaive, fDocument, {}, fAround), Outcome::kCancelled);
+  const auto scan = table.Scan({2});
+  const MCHost::ColumnView predicted = scan->Next()->fColumns[0];
+  for (std::size_t i = 0; i < 2048; ++i) {
+    ASSERT_GE(predicted.fpCodes[i], 0) << i;
+    ASSERT_EQ(predicted.fpDictionary->At(predicted.fpCodes[i]), texts[i]) << i;
+  }
+}
+
 TEST_F(Operations, WhatCannotBeDoneIsRefusedInTheCallersWords) {
   Run("SELECTPRED paid.\nNAIVEBAYES paid.", Path("model.bin"));
   const ComponentFile model = LoadState(Path("model.bin"));

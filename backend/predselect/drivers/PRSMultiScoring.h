@@ -48,11 +48,11 @@ class PRSMultiScoring {
   ProcedureDataSource& fSource;
   INBAlgorithm& fAlgorithm;
   int fNSaveDepCats;
+  std::unique_ptr<UAPredictionWriter> fpWriter;  // has the texts that the stream may yet store
   std::unique_ptr<NaiveDataSourceIter> fpScoreRecIter;
   int fPredValVar = -1;
   std::vector<int> fPredProbVars;
   std::vector<KOVA_Value> fDependValues;  // by category
-  std::unique_ptr<UAPredictionWriter> fpWriter;
   NBScoredBlock fScored;
   std::vector<char> fTrainingMarks;  // of the cases of a block
   ParserMessage fParserMessages;

@@ -17,12 +17,7 @@
 #include "host/data/ProcedureDataSource.h"
 #include "modelfiles/StateDictionary.h"
 
-namespace {
-
-constexpr int kNoCase = 1;  // states of a case stream
-constexpr int kReadError = 3;
-
-}  // namespace
+using MCCommon::RecordIterator;
 
 PRSUniFactory::PRSUniFactory(PRSValidSpecs* specs, ProcedureDataSource& source)
     : fpSpecs(specs),
@@ -32,9 +27,9 @@ PRSUniFactory::PRSUniFactory(PRSValidSpecs* specs, ProcedureDataSource& source)
       fpAdapter(std::make_unique<UAInputAdapter>(fpVarSpecs, source)),
       fpIterator(std::make_unique<UAProcDataSourceIter>(fpAdapter.get(), true)) {
   const int state = fpIterator->GetState();
-  if (state == kNoCase || state == kReadError) fStatus = MCFeature::Error(MCFeature::kNoValidCases);
-  if (state == kNoCase) fMessages.NoValidCases();
-  if (state == kReadError) fMessages.ReadFailed(fpIterator->GetFailText());
+  if (state != RecordIterator::kSuccess) fStatus = MCFeature::Error(MCFeature::kNoValidCases);
+  if (state == RecordIterator::kNoRecords) fMessages.NoValidCases();
+  if (state == RecordIterator::kReadError) fMessages.ReadFailed(fpIterator->GetFailText());
 }
 
 PRSUniFactory::~PRSUniFactory() = default;
@@ -117,7 +112,7 @@ bool PRSUniFactory::WriteResultDocuments() const {
 }
 
 bool PRSUniFactory::IsPassComplete() {
-  if (fpIterator->GetFailReason() == MCCommon::RecordIterator::kReadError) {
+  if (fpIterator->GetFailReason() == RecordIterator::kReadError) {
     fMessages.ReadFailed(fpIterator->GetFailText());
     fStatus = MCFeature::Error(MCFeature::kNoValidCases);
     return false;

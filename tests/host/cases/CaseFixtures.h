@@ -55,13 +55,16 @@ class FragileTable final : public MCHost::ITable {
   void WriteNumbers(int, std::int64_t, const double*, std::size_t) override {
     throw MCHost::HostIOError("scores", "", "disk full");
   }
-  void WriteStrings(int, std::int64_t, const std::string* const*, std::size_t) override {}
+  void WriteStrings(int, std::int64_t, const std::string* const*, std::size_t) override {
+    fbTookTexts = true;
+  }
 
   std::unique_ptr<MCHost::ITableScan> Scan(const std::vector<int>& columns) override {
     return std::make_unique<FragileScan>(fTable.Scan(columns), fFailAtBatch);
   }
 
   int fFailAtBatch = -1;
+  bool fbTookTexts = false;
 
  private:
   class FragileScan final : public MCHost::ITableScan {

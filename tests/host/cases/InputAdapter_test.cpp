@@ -321,12 +321,16 @@ TEST_F(CaseTest, AWriteErrorIsAReadErrorOfTheStream) {
   AddAll(specs);
   ProcedureDataSource source;
   UAInputAdapter adapter(&specs, source);
-  UAProcDataSourceIter stream(&adapter, true);
-  stream.SetLastPass();
-  EXPECT_TRUE(stream.GetProcDS()->SetColumnValue(2, 1));
-  ReadRecords(stream);
-  EXPECT_EQ(stream.GetFailReason(), stream.kReadError);
-  EXPECT_EQ(stream.GetFailText(), "scores: disk full");
+  {
+    UAProcDataSourceIter stream(&adapter, true);
+    stream.SetLastPass();
+    EXPECT_TRUE(stream.GetProcDS()->SetColumnValue(2, 1));
+    EXPECT_TRUE(stream.GetProcDS()->SetColumnValue(1, "x", 1));
+    ReadRecords(stream);
+    EXPECT_EQ(stream.GetFailReason(), stream.kReadError);
+    EXPECT_EQ(stream.GetFailText(), "scores: disk full");
+  }
+  EXPECT_FALSE(table.fbTookTexts) << "nothing is stored once that has failed";
 }
 
 TEST_F(CaseTest, ValueReaderFollowsTheMissingRule) {
