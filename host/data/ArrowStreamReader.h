@@ -1,7 +1,7 @@
 // Reads an Arrow C stream batch by batch through its columns.
 //
 // Owns the stream and the batch it is at. Refuses a stream that is not a stream of named columns,
-// and columns without a name or with the same one.
+// and columns without a name, with the same one, or with one that is not UTF-8.
 #pragma once
 
 #include <cstdint>
