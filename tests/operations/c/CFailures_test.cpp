@@ -239,7 +239,7 @@ TEST(CFailures, OfJobsSayWhatWasWrong) {
       {[&] { return host.Run("SELECTPRED \xFF."); }, PREDSELECT_BAD_REQUEST,
        "commands: the text is not UTF-8"},
       {[&] { return predselect_run(session, host.fTable, "x.", &folderIsAFile, &host.fResult); },
-       PREDSELECT_DATA_ERROR, notes + ": cannot be made"},
+       PREDSELECT_DATA_ERROR, notes + ": cannot be written into"},
       {[&] { return predselect_state_load(session, notes.c_str(), &state); }, PREDSELECT_DATA_ERROR,
        notes + ": cannot be used as a state"},
       {[&] { return predselect_state_load(session, ranking.c_str(), &state); }, PREDSELECT_OK, ""},
