@@ -2,7 +2,8 @@
 // value of the category that wins, and the probabilities of the first categories.
 //
 // Knows categories by their numbers only, whatever model they come from. A case without a winner
-// keeps missing cells. Owns nothing of the table.
+// keeps missing cells. Owns nothing of the table, but the texts that go there: it must outlive the
+// stream, which may hand them over as late as in its destruction.
 #pragma once
 
 #include <cstddef>
