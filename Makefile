@@ -1,14 +1,17 @@
 # Each of the first two does everything from a fresh machine: packages, configure, build, run.
 #   make demo    a complete run on real data
 #   make test    the whole test suite
-#   make build   optimised build in build/release
+# Then:
+#   make build   optimised build in build/release, with tests and benchmarks
 #   make bench   what the hot paths cost
-#   make bench-end  what whole runs cost, in time and memory (OLD=path: beside another build)
+#   make bench-end  what whole runs cost, in time and memory (OLD=path: beside another build of the program)
 #   make compare OLD=path  every output of this build beside those of another build of the program
 #   make asan    the test suite under AddressSanitizer and UBSan
 #   make fuzz    every fuzz target for FUZZ_SECONDS (600 unless given) seconds
 #   make evaluator  set up the independent evaluator of model files, for the tests (needs Java)
-#   make tidy    clang-tidy over all sources
+#   make tidy    clang-tidy over the sources of program and libraries
+#   make format  clang-format over all sources
+#   make clean   removes everything that was built
 .PHONY: demo test program build bench bench-end compare asan fuzz evaluator tidy format clean
 
 demo: program
