@@ -1,6 +1,7 @@
 // The predictor summary as a table.
 #include <map>
 #include <optional>
+#include <span>
 #include <string>
 #include <utility>
 #include <vector>
@@ -220,8 +221,9 @@ void SelOutput::FillStatTypes(BpPivotTable& table, const std::vector<Row>& rows)
       const double ranked = RankOf(Algorithm(), ranking, predictor);
       if (!MCMV::IsMissing(ranked)) table.SetCell({row, type, rank}, ranked);
       const Stats stats(Algorithm(), *criterion, predictor);
-      const auto column = [&](std::size_t i) { return named.at(criterion->fOutputs[i].fHeading); };
-      for (std::size_t i = 0; i < criterion->fOutputs.size(); ++i) {
+      const std::span<const FSOutput> outputs = criterion->fOutputs;
+      const auto column = [&](std::size_t i) { return named.at(outputs[i].fHeading); };
+      for (std::size_t i = 0; i < outputs.size(); ++i) {
         table.SetCell({row, type, column(i)}, stats.fValues[i]);
       }
       if (const char* note = stats.Note()) column(kNoted).CellNote({row, type}, BpString(note));
