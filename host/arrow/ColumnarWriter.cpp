@@ -27,6 +27,9 @@ namespace {
 // Cells of one written batch, and of a row group: what a reader must hold at a time.
 constexpr std::int64_t kBatchCells = std::int64_t{1} << 20;
 constexpr std::int64_t kGroupCells = std::int64_t{1} << 24;
+// A column of more distinct values than this holds is written as it is: looking each value up among
+// many costs more than the room that it saves.
+constexpr std::int64_t kDictionaryBytes = std::int64_t{1} << 16;
 
 using BatchWriter = std::function<arrow::Status(const arrow::RecordBatch&)>;
 
@@ -110,6 +113,7 @@ void WriteParquet(ITable& table, const std::string& path) {
   const auto properties =
       parquet::WriterProperties::Builder()
           .compression(parquet::Compression::SNAPPY)
+          ->dictionary_pagesize_limit(kDictionaryBytes)
           ->max_row_group_length(std::max<std::int64_t>(kGroupCells / columns, 1))
           ->build();
   const auto arrowProperties = parquet::ArrowWriterProperties::Builder().store_schema()->build();
