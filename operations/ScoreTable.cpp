@@ -143,7 +143,8 @@ Outcome ScoreTable(DataTable& table, const INBAlgorithm& model, MCHost::OutputDo
   Predictions predictions;  // has texts that the cases may yet store when they end
   ModelCases cases(model.GetVarList(), source);
   const int before = table.ColumnCount();
-  // A root that is refused is refused before anything was added.
+  // A root that is refused is refused before anything was added; the names themselves are made
+  // anew behind the predicted value, whose name they must not take.
   (void)ProbabilityNames(source, request.fProbabilities, target);
   AddPredicted(source, request.fPredicted, target, predictions);
   AddProbabilities(source, request.fProbabilities, target, predictions);

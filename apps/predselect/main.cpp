@@ -72,8 +72,7 @@ int main(int argc, char** argv) {
   } catch (const std::bad_alloc&) {
     return Report(
         "there is not enough memory for what the commands count and show; fewer variables, or "
-        "fewer "
-        "categories, take less",
+        "fewer categories, take less",
         kDataError);
   } catch (const std::exception& error) {
     return Report(error.what(), kBrokenInvariant);
