@@ -9,14 +9,14 @@
 
 PRSMultiFactory::PRSMultiFactory(PRSValidSpecs* specs, ProcedureDataSource& source)
     : fRun(*specs, source), fMetaData(fRun), fModel(fRun, fMetaData) {
-  fpTrainRecIter = fRun.NewStream(true, false);
+  fpTrainRecIter = fRun.NewStream(PRSMultiRun::Sample::kTraining);
   fpTrainRecIter->Start();
   if (fpTrainRecIter->GetFailReason() == MCCommon::RecordIterator::kNoRecords) {
     (void)fRun.Fail(MCNaive::kDataUnusable);
     fRun.AdapterMessages().NoValidCases(WhyNoCase());
   }
   if (fRun.GetStatus().IsError() || !specs->GetMultiTestData()) return;
-  fpTestRecIter = fRun.NewStream(false, true);
+  fpTestRecIter = fRun.NewStream(PRSMultiRun::Sample::kTest);
 }
 
 PRSMultiFactory::~PRSMultiFactory() = default;

@@ -33,9 +33,9 @@ bool PRSMultiRun::IsClassified() const {
          fAdapter.GetCatVarSize(fSpecs.GetDependVar()) <= kMostClassified;
 }
 
-std::unique_ptr<NaiveDataSourceIter> PRSMultiRun::NewStream(bool needTrainData, bool needTestData) {
-  return std::make_unique<NaiveDataSourceIter>(fAdapter, &fSpecs, fTrainTestFlags, needTrainData,
-                                               needTestData);
+std::unique_ptr<NaiveDataSourceIter> PRSMultiRun::NewStream(Sample sample) {
+  return std::make_unique<NaiveDataSourceIter>(
+      fAdapter, &fSpecs, fTrainTestFlags, sample != Sample::kTest, sample != Sample::kTraining);
 }
 
 KOVA_Value PRSMultiRun::Decode(int var, int code) const {

@@ -47,8 +47,10 @@ class PRSMultiRun {
   // target has not too many categories.
   bool IsClassified() const;
 
-  // A stream of the cases of the samples asked for; not started.
-  std::unique_ptr<NaiveDataSourceIter> NewStream(bool needTrainData, bool needTestData);
+  enum class Sample { kTraining, kTest, kBoth };
+
+  // A stream of the cases of the sample; not started.
+  std::unique_ptr<NaiveDataSourceIter> NewStream(Sample sample);
 
   // The value behind a category's code.
   KOVA_Value Decode(int var, int code) const;

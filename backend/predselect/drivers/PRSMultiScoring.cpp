@@ -122,7 +122,7 @@ bool PRSMultiScoring::ScoringDataPass() {
   if (fRun.GetStatus().IsError()) return false;
   if (!CreateNewVars()) return fRun.Fail(MCNaive::kVariablesNotMade);
   MCCommon::Assert(fpScoreRecIter == nullptr, "fpScoreRecIter == 0", kSource);
-  fpScoreRecIter = fRun.NewStream(true, true);
+  fpScoreRecIter = fRun.NewStream(PRSMultiRun::Sample::kBoth);
   if (fpScoreRecIter->NewPass(true)) fpScoreRecIter->SetLastPass();
   if (fpScoreRecIter->GetState() == MCCommon::RecordIterator::kNoRecords) {
     (void)fRun.Fail(MCNaive::kNoRecordsFound);
