@@ -260,7 +260,9 @@ TEST(FSResultDocuments, ThresholdsAreThePercentThatWasGiven) {
   const auto shown = [](double percent) {
     FSSettings settings(kMixedTypes, true);
     settings.SetMaxPctMiss(percent);
-    const std::string document = Analysis(kMixedTable, settings).All();
+    std::ostringstream out;
+    EXPECT_TRUE(Analysis(kMixedTable, settings).fpComponent->ExportAllXML(out).IsOK());
+    const std::string document = out.str();
     std::smatch found;
     EXPECT_TRUE(std::regex_search(document, found, std::regex("manyMissing\" value=\"([^\"]*)")));
     return found[1].str();
