@@ -1,13 +1,13 @@
 #include "apps/predselect/Options.h"
 
 #include <CLI/CLI.hpp>
-#include <iostream>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/FileUses.h"
+#include "apps/predselect/Terminal.h"
 #include "host/session/SameFile.h"
 #include "operations/Version.h"
 
@@ -57,7 +57,8 @@ constexpr const char* kRunNotes = R"(
 // CLI11 reports what it could not take; the reader needs to know where help is.
 int ReportUsage(const CLI::App& app, const CLI::ParseError& error) {
   if (error.get_exit_code() == 0) return app.exit(error);
-  std::cerr << "predselect: " << error.what() << "\nTry \"predselect --help\".\n";
+  PrintError(std::string("predselect: ") + error.what());
+  PrintError("Try \"predselect --help\".");
   return kWrongUsage;
 }
 

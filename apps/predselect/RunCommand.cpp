@@ -1,7 +1,6 @@
 #include "apps/predselect/RunCommand.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <iostream>
@@ -64,15 +63,13 @@ int SaveData(DataTable& table, const std::string& path, PredSelect::Outcome outc
   } catch (const MCHost::HostIOError& error) {
     trouble = error.what();
   }
-  std::fprintf(stderr, "predselect: %s\n", trouble.c_str());
+  PrintError("predselect: " + trouble);
   return code == kCompleted ? kDataError : code;
 }
 
 void ShowNotes(const DataTable& table, const ResultOptions& options) {
   if (options.fbQuiet) return;
-  for (const std::string& note : table.Notes()) {
-    std::fprintf(stderr, "Note: %s\n", note.c_str());
-  }
+  for (const std::string& note : table.Notes()) PrintError("Note: " + note);
 }
 
 }  // namespace

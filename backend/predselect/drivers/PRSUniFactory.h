@@ -58,6 +58,7 @@ class PRSUniFactory {
   StateDictionary Dictionary() const;
   // False, with a message, when a document could not be written.
   bool WriteResultDocuments() const;
+  bool WriteVariables() const;
   bool IsTargetConstant() const;
   // False, with a message, when reading failed or the run was stopped.
   bool IsPassComplete();
