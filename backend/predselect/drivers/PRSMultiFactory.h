@@ -71,6 +71,8 @@ class PRSMultiFactory {
  private:
   // REQUIRES: the stream of training cases has ended without one.
   const char* WhyNoCase() const;
+  // Warns where the selection will not see the training cases themselves.
+  void WarnOfSimulation() const;
 
   PRSMultiRun fRun;
   PRSMultiMetaData fMetaData;

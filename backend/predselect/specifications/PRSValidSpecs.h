@@ -112,6 +112,9 @@ class PRSValidSpecs {
   void SetMultiCriteria(int bins, double memAllocate, int showUnselect, double timer);
   int GetMultiBins() const { return fOptions.fMultiCriteria.fBins; }
   double GetMultiMemAllocate() const { return fOptions.fMultiCriteria.fMemAllocate; }
+  // The least memory, in whole kilobytes, that holds so many cases.
+  // REQUIRES: the specifications are complete.
+  double GetMemoryToHold(int cases) const;
 
   // How cases are split into training and test cases: by a drawn percentage, or by a variable that
   // marks training cases. 0 and -1 mean no split.
