@@ -22,6 +22,7 @@
 #include "host/command/CommandSplitter.h"
 #include "host/data/DataTable.h"
 #include "host/session/HostIOError.h"
+#include "operations/FreeMemory.h"
 #include "operations/RunCommands.h"
 
 namespace PredSelectApp {
@@ -75,6 +76,11 @@ void ShowNotes(const DataTable& table, const ResultOptions& options) {
   }
 }
 
+// Measured when the data are in memory.
+double MemoryOf(const Options& options) {
+  return options.fMemory == Options::kAutoMemory ? PredSelect::AutomaticMemory() : options.fMemory;
+}
+
 }  // namespace
 
 int RunCommands(const Options& options) {
@@ -92,7 +98,7 @@ int RunCommands(const Options& options) {
   const PredSelect::Outcome outcome = PredSelect::RunCommands(
       *table, document,
       {commands, options.fSaveState, options.fResults,
-       [&options](const std::string& path) { return UseOf(path, options); }},
+       [&options](const std::string& path) { return UseOf(path, options); }, MemoryOf(options)},
       ProgramSurroundings(progress));
   progress.Clear();
 

@@ -155,7 +155,7 @@ void PRSParser::TakeSessionMemory(const CommandSpec& spec) {
   if (fbUniVariable || isStated || fSpecs.GetMultiNoSelection()) return;
   const double memory = MCHost::CurrentSession().MemoryForCases();
   if (!(memory > 0.0)) return;
-  fSpecs.Options().fMultiCriteria.fMemAllocate = std::max(memory, PRSMultiCriteria::kLeastMemory);
+  fSpecs.Options().fMultiCriteria.fMemOffered = std::max(memory, PRSMultiCriteria::kLeastMemory);
 }
 
 void PRSParser::FinalCleanUp() {

@@ -24,7 +24,7 @@ std::string Plain(double number) {
 }  // namespace
 
 PRSMultiFactory::PRSMultiFactory(PRSValidSpecs* specs, ProcedureDataSource& source)
-    : fRun(*specs, source), fMetaData(fRun), fModel(fRun, fMetaData) {
+    : fSpecs(*specs), fRun(*specs, source), fMetaData(fRun), fModel(fRun, fMetaData) {
   fpTrainRecIter = fRun.NewStream(PRSMultiRun::Sample::kTraining);
   fpTrainRecIter->Start();
   if (fpTrainRecIter->GetFailReason() == MCCommon::RecordIterator::kNoRecords) {
@@ -54,6 +54,7 @@ bool PRSMultiFactory::PreliminaryDataPass() {
   fNTestRecords = fpTrainRecIter->GetNTestCases();
   if (!fRun.IsPassComplete(*fpTrainRecIter)) return false;
   fRun.AdapterMessages().WeightsLost(fRun.Adapter().GetLostWeights());
+  fSpecs.TakeMemoryFor(GetNTrainRecords());
   return true;
 }
 
@@ -63,15 +64,14 @@ bool PRSMultiFactory::CompleteMetaData() {
 }
 
 void PRSMultiFactory::WarnOfSimulation() const {
-  const PRSValidSpecs& specs = fRun.Specs();
-  const NaiveBayesSettings& settings = *specs.GetNaiveSettingsPtr();
+  const NaiveBayesSettings& settings = *fSpecs.GetNaiveSettingsPtr();
   const long nHeld = settings.GetMaxRecordsInMemory();
   if (!fRun.IsSelecting() || GetNTrainRecords() <= nHeld) return;
   MCHost::RaiseMessage(
       MCHost::OutputMessage::kWarning, "Memory of ^1 KB holds ^2 of ^3 training cases: ^4, ^5...",
-      {Plain(specs.GetMultiMemAllocate()), std::to_string(nHeld),
+      {Plain(fSpecs.GetMultiMemAllocate()), std::to_string(nHeld),
        std::to_string(GetNTrainRecords()), std::to_string(settings.GetSampleSize4SimData()),
-       Plain(specs.GetMemoryToHold(GetNTrainRecords()))});
+       Plain(fSpecs.GetMemoryToHold(GetNTrainRecords()))});
 }
 
 bool PRSMultiFactory::RunNBComponent() {

@@ -74,6 +74,7 @@ class PRSMultiFactory {
   // Warns where the selection will not see the training cases themselves.
   void WarnOfSimulation() const;
 
+  PRSValidSpecs& fSpecs;
   PRSMultiRun fRun;
   PRSMultiMetaData fMetaData;
   PRSMultiModel fModel;

@@ -96,13 +96,21 @@ int PRSValidSpecs::GetUniSize() const {
 }
 
 void PRSValidSpecs::SetMultiCriteria(int bins, double memAllocate, int showUnselect, double timer) {
-  fOptions.fMultiCriteria = {bins, memAllocate};
+  fOptions.fMultiCriteria = {bins, memAllocate, 0.0};
   fOptions.fCommonCriteria = {showUnselect, timer};
 }
 
 double PRSValidSpecs::GetMemoryToHold(int cases) const {
   return std::max(std::ceil(cases * BytesPerRecord(*fpVarValidSpecs) / kKilobyte),
                   PRSMultiCriteria::kLeastMemory);
+}
+
+void PRSValidSpecs::TakeMemoryFor(int cases) {
+  PRSMultiCriteria& criteria = fOptions.fMultiCriteria;
+  if (!(criteria.fMemOffered > 0.0)) return;
+  criteria.fMemAllocate =
+      std::min(criteria.fMemOffered, std::max(criteria.fMemAllocate, GetMemoryToHold(cases)));
+  SettleRecordsInMemory();
 }
 
 void PRSValidSpecs::SetMultiTrainSampInfo(double percent, int variable) {
@@ -180,6 +188,11 @@ void PRSValidSpecs::CompleteFeatureSettings(int targetPosition, int weightPositi
   fpFeatureSettings->SetCancelPointer(fpStopProcessor.get());
 }
 
+void PRSValidSpecs::SettleRecordsInMemory() {
+  fpNaiveSettings->SetMaxRecordsInMemory(static_cast<long>(std::min(
+      kKilobyte * GetMultiMemAllocate() / BytesPerRecord(*fpVarValidSpecs), kMostRecords)));
+}
+
 void PRSValidSpecs::CompleteNaiveSettings() {
   fpNaiveSettings = std::make_unique<NaiveBayesSettings>();
   fpRandom = std::make_unique<UAUniformRandom>();
@@ -189,8 +202,7 @@ void PRSValidSpecs::CompleteNaiveSettings() {
   }
   MCCommon::Assert(GetMultiMemAllocate() >= PRSMultiCriteria::kLeastMemory,
                    "fMultiMemAllocate >= 4.0", kSource);
-  fpNaiveSettings->SetMaxRecordsInMemory(static_cast<long>(std::min(
-      kKilobyte * GetMultiMemAllocate() / BytesPerRecord(*fpVarValidSpecs), kMostRecords)));
+  SettleRecordsInMemory();
   fpNaiveSettings->SetUserRNG(fpRandom.get());
   fpNaiveSettings->SetCancelPointer(fpStopProcessor.get());
   fpNaiveSettings->SetTempDir(GetKovaTempPath() + "/");
