@@ -21,6 +21,7 @@
 #include "host/command/CommandSplitter.h"
 #include "host/data/DataTable.h"
 #include "host/session/HostIOError.h"
+#include "operations/FreeMemory.h"
 #include "operations/RunCommands.h"
 
 namespace PredSelectApp {
@@ -72,6 +73,11 @@ void ShowNotes(const DataTable& table, const ResultOptions& options) {
   for (const std::string& note : table.Notes()) PrintError("Note: " + note);
 }
 
+// Measured when the data are in memory.
+double MemoryOf(const Options& options) {
+  return options.fMemory == Options::kAutoMemory ? PredSelect::AutomaticMemory() : options.fMemory;
+}
+
 }  // namespace
 
 int RunCommands(const Options& options) {
@@ -89,7 +95,7 @@ int RunCommands(const Options& options) {
   const PredSelect::Outcome outcome = PredSelect::RunCommands(
       *table, document,
       {commands, options.fSaveState, options.fResults,
-       [&options](const std::string& path) { return UseOf(path, options); }},
+       [&options](const std::string& path) { return UseOf(path, options); }, MemoryOf(options)},
       ProgramSurroundings(progress));
   progress.Clear();
 

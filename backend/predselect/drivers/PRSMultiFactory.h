@@ -71,7 +71,10 @@ class PRSMultiFactory {
  private:
   // REQUIRES: the stream of training cases has ended without one.
   const char* WhyNoCase() const;
+  // Warns where the selection will not see the training cases themselves.
+  void WarnOfSimulation() const;
 
+  PRSValidSpecs& fSpecs;
   PRSMultiRun fRun;
   PRSMultiMetaData fMetaData;
   PRSMultiModel fModel;

@@ -55,6 +55,7 @@ bool PRSUniFactory::RunFSComponent() {
   if (fStatus.IsOK() && PRSIsStateWanted()) isSaved = PRSSaveState(*fpAlgorithm, Dictionary());
   if (fStatus.IsOK()) fStatus = fpAlgorithm->ScreenAndRank(fpSpecs->GetScreenStatusOn(), 0);
   if (!IsPassComplete() || !isSaved) return false;
+  fMessages.WeightsLost(fpAdapter->GetLostWeights());
   if (!fStatus.IsOK()) DisplayMessage(fStatus);
   if (fStatus.IsError()) return false;
   if (IsTargetConstant()) {
