@@ -4,6 +4,7 @@
 # Then:
 #   make build   optimised build in build/release, with tests and benchmarks
 #   make bench   what the hot paths cost
+#   make bench-growth  how times grow with categories, cases and columns
 #   make bench-end  what whole runs cost, in time and memory (OLD=path: beside another build of the program)
 #   make compare OLD=path  every output of this build beside those of another build of the program
 #   make asan    the test suite under AddressSanitizer and UBSan
@@ -14,7 +15,7 @@
 #   make tidy    clang-tidy over the sources of program and libraries
 #   make format  clang-format over all sources
 #   make clean   removes everything that was built
-.PHONY: demo test program build bench bench-end compare asan fuzz package check-package evaluator tidy format clean
+.PHONY: demo test program build bench bench-growth bench-end compare asan fuzz package check-package evaluator tidy format clean
 
 demo: program
 	@scripts/demo
@@ -35,6 +36,9 @@ build:
 
 bench: build
 	@scripts/bench
+
+bench-growth: build
+	for growth in build/release/bin/*_growth; do $$growth; done
 
 bench-end: program
 	.venv/bin/python3 bench/end_to_end.py $(OLD) build/release/bin/predselect
