@@ -103,8 +103,9 @@ class INBAlgorithm {
   // usable.
   virtual MCNaive::MCStatus MergeModel(const INBAlgorithm* other, bool computeProbabilities) = 0;
 
-  // Weight and number of the training records used, and of those left out (a missing weight
-  // counts as 0).
+  // Weight and number of the training records used, and of those left out for want of a target or
+  // a weight (a missing weight counts as 0): BuildModel and SelectAttributes count these to the end
+  // of the data, Update in its batch. Valid records beyond the number asked for are neither.
   virtual void GetNValidNExcluded(double& validWeight, double& excludedWeight, int& nValid,
                                   int& nExcluded) const = 0;
   virtual int GetNTargetCategories() const = 0;
@@ -133,4 +134,8 @@ class INBAlgorithm {
   virtual MCNaive::MCStatus ScoreAndAccumBlock(const MCCommon::RecordBlock& block,
                                                NBScoredBlock& scored,
                                                const std::vector<char>& isTraining) = 0;
+
+  // Training records of a category; -1 where only their weight is known: saved state does not hold
+  // the number. 0 <= category < GetNTargetCategories().
+  virtual int GetTargetCategoryRecords(int category) const = 0;
 };

@@ -57,6 +57,7 @@ class NBAlgorithm : public INBAlgorithm {
                           int& nExcluded) const override;
   int GetNTargetCategories() const override { return fOutput.GetNCategories(); }
   double GetTargetCategoryCount(int category) const override { return fOutput.GetCount(category); }
+  int GetTargetCategoryRecords(int category) const override { return fOutput.GetRecords(category); }
   int GetNumberOfInputVars() const override { return fNInputs; }
   void SetProgressListener(ProgressListener* listener) override;
   const NaiveBayesSettings& GetSettings() const override { return fSettings; }
@@ -109,7 +110,9 @@ class NBAlgorithm : public INBAlgorithm {
   void ResetAllCounts(bool totalsToo);
   // Counts all cases of a source and computes the estimates.
   MCNaive::MCStatus CountData(NBCodeSource& source, bool showProgress);
-  MCNaive::MCStatus CountSource(MCCommon::MultiPassRecordIter& data, int nRecords, bool rebin);
+  // The same for at most so many valid records of the caller's; what is left out is counted among
+  // them, or to the end of the data.
+  MCNaive::MCStatus CountSource(MCCommon::MultiPassRecordIter& data, int nRecords, bool toTheEnd);
   // Estimates from the counts; drops inputs with fewer than 2 categories in use.
   void FinishCounts();
 

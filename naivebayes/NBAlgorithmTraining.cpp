@@ -83,16 +83,15 @@ void NBAlgorithm::FinishCounts() {
   fNInputs = static_cast<int>(fInputs.size());
 }
 
-MCStatus NBAlgorithm::CountSource(MultiPassRecordIter& data, int nRecords, bool rebin) {
+MCStatus NBAlgorithm::CountSource(MultiPassRecordIter& data, int nRecords, bool toTheEnd) {
   NBInternalAdapter adapter(data, nRecords, *fpPreparator);
   const MCStatus counted = CountData(adapter, true);
+  if (toTheEnd && !counted.IsError()) adapter.CountRest();
   AddRecords(fExcluded.fNRecords, adapter.GetExcludedCount());
   fExcluded.fWeight += adapter.GetWExcludedCount();
   // A failure of the source itself says more than what the count made of it.
   static_cast<void>(Raise(adapter.GetStatus()));
   static_cast<void>(Raise(counted));
-  if (fStatus.IsError()) return fStatus;
-  if (rebin) fpPreparator->RebinEncoders(fInputs);
   return fStatus;
 }
 
@@ -102,7 +101,7 @@ MCStatus NBAlgorithm::BuildModel(MultiPassRecordIter& data, int nRecords) {
   if (nRecords < 1) return Raise(MCNaive::Error(MCNaive::kNoRecordsToProcess));
   Prepare(false, nRecords);
   ResetAllCounts(true);
-  static_cast<void>(CountSource(data, nRecords, true));
+  if (!CountSource(data, nRecords, true).IsError()) fpPreparator->RebinEncoders(fInputs);
   if (!fStatus.IsError() && !data.NewPass()) {
     static_cast<void>(Raise(MCNaive::Error(MCNaive::kSourceFailed)));
   }

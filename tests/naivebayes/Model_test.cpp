@@ -131,6 +131,41 @@ TEST(Model, SeveralBatchesGiveTheModelOfOne) {
   ExpectSameNumbers(one, several);
 }
 
+TEST(Model, CountsWhatIsLeftOutToTheEndOfTheData) {
+  // Three valid records; without a target, without a weight, and of no class at all behind them.
+  const Record left[] = {Record({kMissing, 2, 1}), Record({0, 0, 1}), Record({7, 1, 1})};
+  std::vector<Record> records = {Record({0, 1, 0}), Record({1, 2, 1}), Record({1, 3, 0})};
+  records.insert(records.end(), std::begin(left), std::end(left));
+  enum { kBuild, kSelect, kSelectFromFile, kUpdate };
+  for (const int way : {kBuild, kSelect, kSelectFromFile, kUpdate}) {
+    NBVarList list;
+    list.AddCatVar("y", "", 2, INBVariable::kNumericCategorical, INBVariable::kOutput);
+    list.AddWeightVar("w", "", INBVariable::kAsIs);
+    list.AddCatVar("x", "", 2, INBVariable::kNumericCategorical,
+                   way == kBuild || way == kUpdate ? INBVariable::kInput
+                                                   : INBVariable::kPossibleInput);
+    NaiveBayesSettings settings;
+    settings.SetMaxRecordsInMemory(way == kSelectFromFile ? 1 : 100);
+    NBAlgorithm algorithm(settings, list);
+    TestRecords source(records);
+    NBSelectionResult result;
+    const MCNaive::MCStatus status =
+        way == kBuild    ? algorithm.BuildModel(source, 3)
+        : way == kUpdate ? algorithm.Update(source, 3)
+                         : algorithm.SelectAttributes({.fData = source, .fNRecords = 3}, result);
+    ASSERT_TRUE(status.IsOK()) << way << ' ' << status.GetErrorCode();
+    double valid, excluded;
+    int nValid, nExcluded;
+    algorithm.GetNValidNExcluded(valid, excluded, nValid, nExcluded);
+    EXPECT_EQ(nValid, 3);
+    EXPECT_EQ(nExcluded, way == kUpdate ? 0 : 2) << way;
+    EXPECT_EQ(excluded, way == kUpdate ? 0 : 2) << way;
+    EXPECT_EQ(algorithm.GetTargetCategoryCount(1), 5);
+    EXPECT_EQ(algorithm.GetTargetCategoryRecords(0), 1);
+    EXPECT_EQ(algorithm.GetTargetCategoryRecords(1), 2);
+  }
+}
+
 TEST(Model, AWeightOfTwoIsTwoRecords) {
   auto data = RandomData::Make(100, 3);
   std::vector<Record> twice;
