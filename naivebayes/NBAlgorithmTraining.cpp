@@ -5,6 +5,7 @@
 
 #include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/NBTrainingPass.h"
+#include "naivebayes/NBWithinMemory.h"
 #include "naivebayes/store/NBInternalAdapter.h"
 #include "naivebayes/variables/NBContVar.h"
 
@@ -96,6 +97,18 @@ MCStatus NBAlgorithm::CountSource(MultiPassRecordIter& data, int nRecords, bool 
 }
 
 MCStatus NBAlgorithm::BuildModel(MultiPassRecordIter& data, int nRecords) {
+  return Changed(MCNaive::WithinMemory([&] { return DoBuild(data, nRecords); }));
+}
+
+MCStatus NBAlgorithm::Update(MultiPassRecordIter& data, int nRecords) {
+  return Changed(MCNaive::WithinMemory([&] { return DoUpdate(data, nRecords); }));
+}
+
+MCStatus NBAlgorithm::MergeModel(const INBAlgorithm* other, bool computeProbabilities) {
+  return Changed(MCNaive::WithinMemory([&] { return DoMerge(other, computeProbabilities); }));
+}
+
+MCStatus NBAlgorithm::DoBuild(MultiPassRecordIter& data, int nRecords) {
   if (MustStop()) return fStatus;
   fbBuilt = false;
   if (nRecords < 1) return Raise(MCNaive::Error(MCNaive::kNoRecordsToProcess));
@@ -109,7 +122,7 @@ MCStatus NBAlgorithm::BuildModel(MultiPassRecordIter& data, int nRecords) {
   return fStatus;
 }
 
-MCStatus NBAlgorithm::Update(MultiPassRecordIter& data, int nRecords) {
+MCStatus NBAlgorithm::DoUpdate(MultiPassRecordIter& data, int nRecords) {
   if (MustStop()) return fStatus;
   if (nRecords < 1) return Raise(MCNaive::Error(MCNaive::kNoRecordsToProcess));
   Prepare(false, nRecords);
@@ -118,7 +131,7 @@ MCStatus NBAlgorithm::Update(MultiPassRecordIter& data, int nRecords) {
   return fStatus;
 }
 
-MCStatus NBAlgorithm::MergeModel(const INBAlgorithm* other, bool computeProbabilities) {
+MCStatus NBAlgorithm::DoMerge(const INBAlgorithm* other, bool computeProbabilities) {
   if (MustStop()) return fStatus;
   const auto* that = dynamic_cast<const NBAlgorithm*>(other);
   int differing = -1;
@@ -132,7 +145,7 @@ MCStatus NBAlgorithm::MergeModel(const INBAlgorithm* other, bool computeProbabil
   for (auto* stats : {&fTrainStats, &fTestStats}) {
     if (*stats) (*stats)->Grow(fOutput.GetNCategories());
   }
-  RestoreBins();
+  if (computeProbabilities) RestoreBins();
   for (std::size_t j = 0; j < fInputs.size(); ++j) {
     fInputs[j].MergePredictorCounts(that->fInputs[j], targets, fOutput.GetNCategories());
   }
@@ -140,7 +153,9 @@ MCStatus NBAlgorithm::MergeModel(const INBAlgorithm* other, bool computeProbabil
   fTotalWeight += that->fTotalWeight;
   AddRecords(fExcluded.fNRecords, that->fExcluded.fNRecords);
   fExcluded.fWeight += that->fExcluded.fWeight;
-  if (computeProbabilities) FinishCounts();
+  fpPreparator->UpdateNCats();
+  if (!computeProbabilities) return fStatus;
+  FinishCounts();
   fpPreparator->RebinEncoders(fInputs);
   return fStatus;
 }
