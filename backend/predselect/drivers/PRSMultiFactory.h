@@ -43,6 +43,10 @@ class PRSMultiFactory {
   // Selects and trains, writes the model file, scores the cases.
   [[nodiscard]] bool RunNBComponent();
 
+  // After everything is shown: raises the error of a model file that could not be written, for which
+  // nothing but that file is lost.
+  void ReportLostModel() { fModel.ReportLostModel(); }
+
   // The engine is null before RunNBComponent, the list empty before CompleteMetaData.
   const INBAlgorithm* GetINBAlgorithm() const { return fModel.GetINBAlgorithm(); }
   const NBVarList* GetNaiveVarListPtr() const { return &fMetaData.VarList(); }
