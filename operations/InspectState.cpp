@@ -1,5 +1,7 @@
 #include "operations/InspectState.h"
 
+#include <map>
+#include <utility>
 #include <vector>
 
 #include "backend/predselect/output/PRSFormats.h"
@@ -104,12 +106,20 @@ class FeatureNames {
   // Empty where there is none, or none is named.
   std::string Weight() const { return fFile.fDictionary ? fFile.fDictionary->fWeight : ""; }
   std::string TargetCategory(int code) const {
-    const bool isKnown =
-        fFile.fDictionary && code >= 0 && code < fFile.fDictionary->fTarget.GetNCategories();
-    return isKnown ? fFile.fDictionary->fTarget.GetCategoryText(code) : std::to_string(code);
+    return IsKnown(code) ? fFile.fDictionary->fTarget.GetCategoryText(code) : std::to_string(code);
+  }
+  // The order in which categories are shown: by value, then those without one by code.
+  bool IsBefore(int code, int other) const {
+    const bool areKnown = IsKnown(code) && IsKnown(other);
+    if (areKnown) return fFile.fDictionary->fTarget.IsLess(code, other);
+    return IsKnown(code) || (!IsKnown(other) && code < other);
   }
 
  private:
+  bool IsKnown(int code) const {
+    return fFile.fDictionary && code >= 0 && code < fFile.fDictionary->fTarget.GetNCategories();
+  }
+
   const ComponentFile& fFile;
 };
 
@@ -148,10 +158,14 @@ void ShowTargetCounts(const IFSAlgorithm& component, const FeatureNames& names) 
   BpDimension columns = table.ColumnDimension("Statistics");
   const BpCategory n = columns.AddCategory(BpString("N"), BpProcedure::Count());
   const BpCategory unweighted = columns.AddCategory(BpString("Unweighted N"), BpProcedure::Count());
+  const auto isBefore = [&names](int a, int b) { return names.IsBefore(a, b); };
+  std::map<int, std::pair<int, double>, decltype(isBefore)> categories(isBefore);
   for (int i = 0; i < component.GetNTargetCategories(); ++i) {
     int code = 0;
     std::pair<int, double> counts;
-    if (!component.GetTargetCategoryInfo(i, code, counts)) continue;
+    if (component.GetTargetCategoryInfo(i, code, counts)) categories.emplace(code, counts);
+  }
+  for (const auto& [code, counts] : categories) {
     const BpCategory row = rows.AddCategory(OutputText::Literal(names.TargetCategory(code)));
     table.SetCell({row, n}, counts.second);
     table.SetCell({row, unweighted}, counts.first);
