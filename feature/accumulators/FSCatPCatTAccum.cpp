@@ -85,7 +85,7 @@ FSScores FSCatPCatTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) c
 
 void FSCatPCatTAccum::Display(std::ostream& out) const {
   FSDisplay::State(out, "FSCatPCatTAccum", fState);
-  FSDisplay::Counts(out, "Predictor categories", fPredictorCounts);
-  FSDisplay::Counts(out, "Target categories", fTargetCounts);
-  FSDisplay::Counts(out, "Pairs of predictor and target category", fJointCounts);
+  FSDisplay::Entries(out, "Predictor categories", fPredictorCounts);
+  FSDisplay::Entries(out, "Target categories", fTargetCounts);
+  FSDisplay::Entries(out, "Pairs of predictor and target category", fJointCounts);
 }

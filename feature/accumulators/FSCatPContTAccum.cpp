@@ -56,6 +56,6 @@ FSScores FSCatPContTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) 
 void FSCatPContTAccum::Display(std::ostream& out) const {
   FSDisplay::State(out, "FSCatPContTAccum", fState);
   FSDisplay::Value(out, "Target mean", fTargetMean);
-  FSDisplay::Counts(out, "Predictor categories", fPredictorCounts);
-  FSDisplay::Groups(out, "Target by predictor category", fTargetByCategory);
+  FSDisplay::Entries(out, "Predictor categories", fPredictorCounts);
+  FSDisplay::Entries(out, "Target by predictor category", fTargetByCategory);
 }

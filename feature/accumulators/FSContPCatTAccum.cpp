@@ -64,5 +64,5 @@ FSScores FSContPCatTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) 
 void FSContPCatTAccum::Display(std::ostream& out) const {
   FSDisplay::State(out, "FSContPCatTAccum", fState);
   FSDisplay::Value(out, "Mean", fMean);
-  FSDisplay::Groups(out, "Predictor by target category", fPredictorByTarget);
+  FSDisplay::Entries(out, "Predictor by target category", fPredictorByTarget);
 }

@@ -37,7 +37,7 @@ void FSRecordPass::Run(MCCommon::RecordIterator& source, int maxRecords, FSCance
     const std::int64_t most =
         listener != nullptr ? std::min<std::int64_t>(left, untilReport) : left;
     const MCCommon::RecordBlock& block = source.NextBlock(
-        std::min(static_cast<std::size_t>(most), MCCommon::RecordBlock::kMaxCases));
+        std::min(static_cast<std::size_t>(most), FSCasesBetweenPolls(fCounts.Size())));
     if (block.Cases() == 0) break;
     const int counted = Take(block);
     left -= counted;

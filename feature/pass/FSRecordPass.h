@@ -1,8 +1,9 @@
 // A data pass over records, one a case, taken in blocks: decides once per case on weight and
 // target, then gives each predictor its column of the cases that remain.
 //
-// Cancel is polled once a block (at most RecordBlock::kMaxCases records). Single records and blocks
-// of the same cases give the same result to the last bit.
+// Cancel is polled once a block, which is shorter the more predictors there are, so that the answer
+// takes some milliseconds at most. Single records and blocks of the same cases give the same result
+// to the last bit.
 #pragma once
 
 #include <cstddef>
