@@ -57,7 +57,7 @@ int SaveData(DataTable& table, const std::string& path, PredSelect::Outcome outc
   if (path.empty()) return code;
   std::string trouble = path + " was not written, since not all commands completed.";
   try {
-    if (outcome == PredSelect::Outcome::kCompleted) {
+    if (code == kCompleted || outcome == PredSelect::Outcome::kFileLost) {
       MCHost::WriteDataFile(table, path);
       return code;
     }

@@ -193,4 +193,5 @@ void PRSMultiModel::ReportLostModel() {
   if (!fLostModel) return;
   fRun.SetStatus(*fLostModel);
   fRun.DisplayMessage(*fLostModel);
+  MCHost::CurrentSession().ReportLostFile();
 }
