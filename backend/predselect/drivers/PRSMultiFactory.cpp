@@ -8,7 +8,7 @@
 #include "naivebayes/INBAlgorithm.h"
 
 PRSMultiFactory::PRSMultiFactory(PRSValidSpecs* specs, ProcedureDataSource& source)
-    : fRun(*specs, source), fMetaData(fRun), fModel(fRun, fMetaData) {
+    : fRun(*specs, source), fScreening(fRun), fMetaData(fRun, fScreening), fModel(fRun, fMetaData) {
   fpTrainRecIter = fRun.NewStream(PRSMultiRun::Sample::kTraining);
   fpTrainRecIter->Start();
   if (fpTrainRecIter->GetFailReason() == MCCommon::RecordIterator::kNoRecords) {
@@ -34,7 +34,11 @@ bool PRSMultiFactory::PreliminaryDataPass() {
     return fRun.Fail(MCNaive::kDataUnusable);
   }
   if (!fModel.OpenModelFile()) return false;
-  fRun.ReadAll(*fpTrainRecIter);
+  if (fRun.Specs().GetScreenStatusOn()) {
+    fScreening.ReadAll(*fpTrainRecIter);
+  } else {
+    fRun.ReadAll(*fpTrainRecIter);
+  }
   fNTestRecords = fpTrainRecIter->GetNTestCases();
   return fRun.IsPassComplete(*fpTrainRecIter);
 }

@@ -46,6 +46,7 @@ class NaiveOutput {
 
  private:
   struct SubsetRow;
+  struct Dropped;
 
   void DisplayCPS() const;
   void DisplaySubsets() const;
@@ -56,6 +57,7 @@ class NaiveOutput {
                                const std::vector<BpCategory>& columns) const;
 
   std::vector<std::string> NamesOf(const std::vector<int>& variables, bool categorical) const;
+  std::vector<Dropped> DroppedPredictors() const;
   std::vector<SubsetRow> SubsetRows() const;
   int ChosenSubset(int numSubsets) const;
   void NoteSubsets(const std::vector<BpCategory>& rows, BpCategory& added) const;

@@ -156,19 +156,21 @@ void PRSValidSpecs::CompleteFeatureSettings(int targetPosition, int weightPositi
   }
   fpFeatureSettings->SetTargetPosition(targetPosition);
   if (weightPosition >= 0) fpFeatureSettings->SetWeightPosition(weightPosition);
-  if (GetScreenStatusOn()) {
-    fpFeatureSettings->SetMaxPctMiss(GetScreenPCTMissing());
-    fpFeatureSettings->SetMaxPctSingle(GetScreenPCTEqual());
-    fpFeatureSettings->SetMaxNCatAsPct(GetScreenPCTUnequal());
-    fpFeatureSettings->SetMinVariation(GetScreenCoeffVariate());
-    fpFeatureSettings->SetMinStddev(GetScreenStdDev());
-  }
+  if (GetScreenStatusOn()) SetThresholds(*fpFeatureSettings);
   // A criterion that does not suit the data is refused, and the data's own criteria stay.
   (void)fpFeatureSettings->SetCriterion(GetUniRank(), true);
   for (const FeaturePrintOption option : fFeaturePrintOptions) {
     (void)fpFeatureSettings->SetCriterion(option, true);
   }
   fpFeatureSettings->SetCancelPointer(fpStopProcessor.get());
+}
+
+void PRSValidSpecs::SetThresholds(FSSettings& settings) const {
+  settings.SetMaxPctMiss(GetScreenPCTMissing());
+  settings.SetMaxPctSingle(GetScreenPCTEqual());
+  settings.SetMaxNCatAsPct(GetScreenPCTUnequal());
+  settings.SetMinVariation(GetScreenCoeffVariate());
+  settings.SetMinStddev(GetScreenStdDev());
 }
 
 void PRSValidSpecs::CompleteNaiveSettings() {
