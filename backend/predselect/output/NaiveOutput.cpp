@@ -1,6 +1,7 @@
 #include "backend/predselect/output/NaiveOutput.h"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 #include "backend/predselect/drivers/PRSMultiFactory.h"
@@ -337,11 +338,34 @@ void NaiveOutput::DisplayClassification() const {
   columns.push_back(predicted.AddCategory(BpString("Percent Correct"), fpProcedure->Percent()));
   const auto fill = [&](const char* name, const NBOutputStatistics* stats) {
     if (stats == nullptr) return;
-    FillClassificationLayer(table, *stats, samples.AddCategory(BpString(name)), rows, columns);
+    BpCategory sample = samples.AddCategory(BpString(name));
+    FillClassificationLayer(table, *stats, sample, rows, columns);
+    NoteLargestCategory(*stats, sample, rows.back(), columns.back());
+    if (test != nullptr) return;
+    sample.CellNote({rows.back(), columns.back()}, BpString("Training accuracy flatters..."));
   };
   fill("Training", train);
   fill("Test", test);
   table.Show();
+}
+
+// What always guessing the sample's most frequent category would get right, beside what the model
+// does.
+void NaiveOutput::NoteLargestCategory(const NBOutputStatistics& stats, BpCategory& sample,
+                                      const BpCategory& row, const BpCategory& column) const {
+  int largest = -1;
+  double count = 0.0;
+  for (int observed = 0; observed < stats.GetNCategories(); ++observed) {
+    const std::vector<double> cases = stats.GetMisClassRow(observed);
+    const double total = std::accumulate(cases.begin(), cases.end(), 0.0);
+    if (total > count) largest = observed;
+    count = std::max(count, total);
+  }
+  if (largest < 0) return;
+  BpComposite note("The most frequent category, ^1, holds ^2...");
+  note.Add(TargetCategory(largest))
+      .Add(BpNumber(count / stats.GetTotalWeight() * 100.0, BpProcedure::Percent()));
+  sample.CellNote({row, column}, note.Finish());
 }
 
 // Rows and columns end with the percentages.

@@ -55,6 +55,8 @@ class NaiveOutput {
   void FillClassificationLayer(BpPivotTable& table, const NBOutputStatistics& stats,
                                const BpCategory& sample, const std::vector<BpCategory>& rows,
                                const std::vector<BpCategory>& columns) const;
+  void NoteLargestCategory(const NBOutputStatistics& stats, BpCategory& sample,
+                           const BpCategory& row, const BpCategory& column) const;
 
   std::vector<std::string> NamesOf(const std::vector<int>& variables, bool categorical) const;
   std::vector<Dropped> DroppedPredictors() const;
