@@ -59,6 +59,7 @@ class PRSUniFactory {
   // False, with a message, when a document could not be written.
   bool WriteResultDocuments() const;
   bool IsTargetConstant() const;
+  void WarnOfLeaks() const;
   // False, with a message, when reading failed or the run was stopped.
   bool IsPassComplete();
   std::string NameOf(int predictor) const;
