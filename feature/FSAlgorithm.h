@@ -53,6 +53,9 @@ class FSAlgorithm final : public IFSAlgorithm {
   MCFeature::MCStatus GetTopPredictors(MCFSCommon::RankCriteria criterion,
                                        std::vector<int>& indices, std::vector<double>& values,
                                        int n) const override;
+  MCCommon::LeakTraits GetLeakTraits(int predictor) const override {
+    return fPredictors.GetLeakTraits(predictor);
+  }
   bool IsDataAccumulated() const override { return fbDataAccumulated; }
   bool ArePredictorsRanked() const override { return fbPredictorsRanked; }
   void Display(std::ostream& out) const override;

@@ -209,6 +209,11 @@ bool FSPredictorSet::GetPredictorStats(int criterion, int predictor, double& val
   return row->GetOutputs(score, value, out2, out3, out4);
 }
 
+MCCommon::LeakTraits FSPredictorSet::GetLeakTraits(int predictor) const {
+  if (!IsThere(predictor)) return {};
+  return fCounts.At(static_cast<std::size_t>(predictor))->GetLeakTraits();
+}
+
 int FSPredictorSet::GetNTargetCategories() const {
   return static_cast<int>(fCounts.GetTargetCategories().Size());
 }

@@ -93,6 +93,10 @@ class FSPredictorSet {
   bool GetPredictorStats(int criterion, int predictor, double& value, double& out2, double& out3,
                          double& out4) const;
 
+  // What the rules about leaks look at; nothing of a deleted predictor, and for an index outside
+  // the range.
+  MCCommon::LeakTraits GetLeakTraits(int predictor) const;
+
   void GetNValidNExcluded(double& validWeight, double& excludedWeight, int& validCases,
                           int& excludedCases) const {
     fCounts.GetNValidNExcluded(validWeight, excludedWeight, validCases, excludedCases);

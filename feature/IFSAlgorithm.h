@@ -17,6 +17,7 @@
 #include <utility>
 #include <vector>
 
+#include "common/LeakCheck.h"
 #include "feature/MCFSCommon.h"
 #include "feature/MCStatus.h"
 
@@ -109,6 +110,10 @@ class IFSAlgorithm {
   virtual MCFeature::MCStatus GetTopPredictors(MCFSCommon::RankCriteria criterion,
                                                std::vector<int>& indices,
                                                std::vector<double>& values, int n) const = 0;
+
+  // What the rules about leaks look at of a predictor, once they are screened; nothing of one that
+  // was removed.
+  virtual MCCommon::LeakTraits GetLeakTraits(int predictor) const = 0;
 
   virtual bool IsDataAccumulated() const = 0;
   virtual bool ArePredictorsRanked() const = 0;

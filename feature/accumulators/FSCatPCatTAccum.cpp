@@ -6,6 +6,7 @@
 #include "feature/accumulators/FSDisplay.h"
 #include "feature/accumulators/FSScreening.h"
 #include "feature/accumulators/FSWalkBlock.h"
+#include "feature/statistics/FSLeaks.h"
 #include "feature/statistics/FSStatistics.h"
 
 inline void FSCatPCatTAccum::Count(int predictor, int target, double weight) {
@@ -81,6 +82,10 @@ FSScores FSCatPCatTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) c
   const FSStatistics::ContingencyTable table(fPredictorCounts, fTargetCounts, fJointCounts,
                                              fState.GetValidWeight());
   return FSScoresBy(&FSCriterion::fCatCat, table, wanted);
+}
+
+MCCommon::LeakTraits FSCatPCatTAccum::GetLeakTraits() const {
+  return FSLeaks::OfPairs(fTargetCounts, fJointCounts, fState.GetCaseWeight());
 }
 
 void FSCatPCatTAccum::Display(std::ostream& out) const {

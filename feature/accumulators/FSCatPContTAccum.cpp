@@ -4,6 +4,7 @@
 #include "feature/accumulators/FSDisplay.h"
 #include "feature/accumulators/FSScreening.h"
 #include "feature/accumulators/FSWalkBlock.h"
+#include "feature/statistics/FSLeaks.h"
 
 inline void FSCatPContTAccum::Add(FSPredictorState& state, int predictor, double target,
                                   double share, double weight) {
@@ -51,6 +52,10 @@ FSScores FSCatPContTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) 
   return FSScoresBy(&FSCriterion::fCatCont,
                     FSGroupedValues{fTargetByCategory, fTargetMean, fState.GetValidWeight()},
                     wanted);
+}
+
+MCCommon::LeakTraits FSCatPContTAccum::GetLeakTraits() const {
+  return FSLeaks::OfTargetByCategory(fTargetByCategory, fState.GetCaseWeight());
 }
 
 void FSCatPContTAccum::Display(std::ostream& out) const {

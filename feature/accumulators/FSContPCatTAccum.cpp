@@ -6,6 +6,7 @@
 #include "feature/accumulators/FSDisplay.h"
 #include "feature/accumulators/FSScreening.h"
 #include "feature/accumulators/FSWalkBlock.h"
+#include "feature/statistics/FSLeaks.h"
 
 inline void FSContPCatTAccum::Add(FSPredictorState& state, double predictor, int target,
                                   double share, double weight) {
@@ -59,6 +60,11 @@ std::size_t FSContPCatTAccum::CheckAllReasons(const FSSettings* settings,
 FSScores FSContPCatTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) const {
   return FSScoresBy(&FSCriterion::fContCat,
                     FSGroupedValues{fPredictorByTarget, fMean, fState.GetValidWeight()}, wanted);
+}
+
+MCCommon::LeakTraits FSContPCatTAccum::GetLeakTraits() const {
+  const double stddev = OverallStddev();
+  return FSLeaks::OfPredictorByTarget(fPredictorByTarget, fState.GetCaseWeight(), stddev * stddev);
 }
 
 void FSContPCatTAccum::Display(std::ostream& out) const {

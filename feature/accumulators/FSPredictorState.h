@@ -53,6 +53,11 @@ class FSPredictorState {
   // Number of valid cases, not weighted: of a categorical predictor.
   std::int64_t GetNValidCases() const { return fNValid; }
 
+  // The mean weight of a valid case; 1 where there is none.
+  double GetCaseWeight() const {
+    return fNValid > 0 ? GetValidWeight() / static_cast<double>(fNValid) : 1.0;
+  }
+
   // True without any valid case, also when no case was seen at all.
   bool IsAllMissing() const { return fTotal == fMissing; }
   // True until two different values were seen.

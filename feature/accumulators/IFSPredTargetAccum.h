@@ -14,6 +14,7 @@
 #include <iosfwd>
 #include <vector>
 
+#include "common/LeakCheck.h"
 #include "feature/statistics/FSScore.h"
 
 class FSMapICnt;
@@ -57,6 +58,10 @@ class IFSPredTargetAccum {
   // all four missing, when it shows nothing of the predictor.
   virtual bool GetOutputStats(int criterion, double& value, double& out2, double& out3,
                               double& out4) const;
+
+  // What the rules about leaks look at; nothing in a pass without a target. Once variances are
+  // computed.
+  virtual MCCommon::LeakTraits GetLeakTraits() const { return {}; }
 
   virtual bool IsCategorical() const = 0;
 

@@ -35,7 +35,7 @@ SubCom Except() {
       .addParamDesc(Param("VARIABLES", Param::kVariableList, "Left out of the candidates."));
 }
 
-SubCom Screening() {
+SubCom Screening(bool univariable) {
   const PRSScreening screening;
   const auto percent = [](const char* name, const PRSThreshold& threshold, const char* help) {
     return Param(name, Param::kNumber, help)
@@ -48,7 +48,11 @@ SubCom Screening() {
         .setLowerBoundary(0.0, Param::kLowerInclusive)
         .setDefault(threshold.fValue);
   };
-  return SubCom("SCREENING", "Which predictors are useless and left out before ranking.")
+  return SubCom("SCREENING",
+                univariable
+                    ? "Which predictors are useless and left out before ranking."
+                    : "Which predictors are useless and left out before the model is built, "
+                      "by the training cases. None without this subcommand.")
       .addParamDesc(Param("STATUS", Param::kKeyword, "Whether predictors are screened at all.")
                         .addStringValue("ON")
                         .addStringValue("OFF")
@@ -244,10 +248,10 @@ CommandDescriptor PRSGrammar::NewCommand(bool univariable) {
 }
 
 void PRSGrammar::Declare(CommandDescriptor& command, bool univariable) {
-  command.addSubComDesc(Variables(univariable)).addSubComDesc(Except());
-  if (univariable) {
-    command.addSubComDesc(Screening());
-  } else {
+  command.addSubComDesc(Variables(univariable))
+      .addSubComDesc(Except())
+      .addSubComDesc(Screening(univariable));
+  if (!univariable) {
     command.addSubComDesc(Force())
         .addSubComDesc(TrainingSample())
         .addSubComDesc(Subset())

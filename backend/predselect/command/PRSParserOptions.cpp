@@ -110,7 +110,6 @@ bool PRSParser::ProcessMultiCriteriaSubCom(const SubComObj& subCom) {
 }
 
 bool PRSParser::ProcessScreeningSubCom(const SubComObj& subCom) {
-  MCCommon::Assert(fbUniVariable, "fbUniVariable", kSource);
   static constexpr std::pair<const char*, PRSThreshold PRSScreening::*> kThresholds[] = {
       {"PCTMISSING", &PRSScreening::fPctMissing}, {"PCTEQUAL", &PRSScreening::fPctEqual},
       {"PCTUNEQUAL", &PRSScreening::fPctUnequal}, {"CV", &PRSScreening::fCoeffVariate},

@@ -2,6 +2,7 @@
 
 #include "backend/predselect/command/PRSMessages.h"
 #include "backend/predselect/drivers/PRSFiles.h"
+#include "backend/predselect/drivers/PRSLeaks.h"
 #include "backend/predselect/drivers/PRSProgress.h"
 #include "backend/predselect/predsele.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
@@ -63,6 +64,7 @@ bool PRSUniFactory::RunFSComponent() {
     DisplayMessage(fStatus);
     return false;
   }
+  WarnOfLeaks();
   if (display_feature_select) DisplayOutput();
   fStatus = fpAlgorithm->GetStatus();
   return WriteResultDocuments();
@@ -146,6 +148,15 @@ bool PRSUniFactory::IsTargetConstant() const {
   const double low = fpAdapter->GetContMinValue(target);
   const double high = fpAdapter->GetContMaxValue(target);
   return !MCMV::IsMissing(low) && !MCMV::IsMissing(high) && low == high;
+}
+
+void PRSUniFactory::WarnOfLeaks() const {
+  PRSLeaks leaks(*fpSpecs, *fpSource, *fpAdapter, fpAdapter->GetRecordCount());
+  const std::vector<int>& predictors = *fpSpecs->GetPredListPtr();
+  for (std::size_t i = 0; i < predictors.size(); ++i) {
+    leaks.Look(predictors[i], fpAlgorithm->GetLeakTraits(static_cast<int>(i)));
+  }
+  leaks.Warn();
 }
 
 void PRSUniFactory::DisplayMessage(const MCFeature::MCStatus& status) const {

@@ -60,6 +60,7 @@ class PRSUniFactory {
   bool WriteResultDocuments() const;
   bool WriteVariables() const;
   bool IsTargetConstant() const;
+  void WarnOfLeaks() const;
   // False, with a message, when reading failed or the run was stopped.
   bool IsPassComplete();
   std::string NameOf(int predictor) const;

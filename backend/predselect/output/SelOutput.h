@@ -52,7 +52,6 @@ class SelOutput {
   PRSSelection Selection() const;
   // Names of the selected predictors of one kind, in rank order.
   std::vector<std::string> SelectedNames(bool categorical) const;
-  std::string Threshold(int reason) const;
   std::vector<Row> SummaryRows(BpDimension& dimension) const;
   void FillCategorical(BpPivotTable& table, const std::vector<Row>& rows) const;
   void FillContinuous(BpPivotTable& table, const std::vector<Row>& rows) const;

@@ -85,6 +85,9 @@ class PRSValidSpecs {
   double GetScreenCoeffVariate() const { return fOptions.fScreening.fCoeffVariate.fValue; }
   double GetScreenStdDev() const { return fOptions.fScreening.fStdDev.fValue; }
 
+  // Gives settings these thresholds.
+  void SetThresholds(FSSettings& settings) const;
+
   // The same thresholds in the user's own digits, for output. Empty for one that was not typed.
   void SetStringScreenOptions(std::string pctMissing, std::string pctEqual, std::string pctUnequal,
                               std::string coeffVariate, std::string stdDev);
