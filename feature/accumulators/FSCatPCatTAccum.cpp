@@ -5,7 +5,7 @@
 #include "feature/accumulators/FSDisplay.h"
 #include "feature/accumulators/FSScreening.h"
 #include "feature/accumulators/FSWalkBlock.h"
-#include "feature/statistics/FSStatistics.h"
+#include "feature/statistics/FSEffects.h"
 
 inline void FSCatPCatTAccum::Add(FSPredictorState& state, int predictor, int target,
                                  double weight) {
@@ -67,10 +67,18 @@ std::size_t FSCatPCatTAccum::CheckAllReasons(const FSSettings* settings,
   return reasons.size();
 }
 
+FSStatistics::ContingencyTable FSCatPCatTAccum::Counts() const {
+  return {fPredictorCounts, fTargetCounts, fJointCounts, fState.GetValidWeight()};
+}
+
 FSScores FSCatPCatTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) const {
-  const FSStatistics::ContingencyTable table(fPredictorCounts, fTargetCounts, fJointCounts,
-                                             fState.GetValidWeight());
-  return FSScoresBy(&FSCriterion::fCatCat, table, wanted);
+  return FSScoresBy(&FSCriterion::fCatCat, Counts(), wanted);
+}
+
+FSEffect FSCatPCatTAccum::ComputeEffect(MCFSCommon::RankCriteria ranking) const {
+  FSEffect effect = FSEffects::OfTable(Counts(), ranking);
+  effect.fPercentMissing = fState.GetPercentMissing();
+  return effect;
 }
 
 void FSCatPCatTAccum::Display(std::ostream& out) const {

@@ -6,6 +6,7 @@
 #include "feature/accumulators/FSDisplay.h"
 #include "feature/accumulators/FSScreening.h"
 #include "feature/accumulators/FSWalkBlock.h"
+#include "feature/statistics/FSEffects.h"
 
 inline void FSCatPContTAccum::Add(FSPredictorState& state, int predictor, double target,
                                   double weight) {
@@ -94,6 +95,13 @@ FSScores FSCatPContTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) 
   return FSScoresBy(&FSCriterion::fCatCont,
                     FSGroupedValues{fTargetByCategory, fTargetMean, fState.GetValidWeight()},
                     wanted);
+}
+
+FSEffect FSCatPContTAccum::ComputeEffect(MCFSCommon::RankCriteria) const {
+  FSEffect effect = FSEffects::OfGroups(
+      {fTargetByCategory, fTargetMean, fState.GetValidWeight()});
+  effect.fPercentMissing = fState.GetPercentMissing();
+  return effect;
 }
 
 void FSCatPContTAccum::Display(std::ostream& out) const {

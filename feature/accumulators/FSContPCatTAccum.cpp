@@ -7,6 +7,7 @@
 #include "feature/accumulators/FSDisplay.h"
 #include "feature/accumulators/FSScreening.h"
 #include "feature/accumulators/FSWalkBlock.h"
+#include "feature/statistics/FSEffects.h"
 
 inline void FSContPCatTAccum::Add(FSPredictorState& state, double predictor, int target,
                                   double weight) {
@@ -74,6 +75,13 @@ std::size_t FSContPCatTAccum::CheckAllReasons(const FSSettings* settings,
 FSScores FSContPCatTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) const {
   return FSScoresBy(&FSCriterion::fContCat,
                     FSGroupedValues{fPredictorByTarget, fMean, fState.GetValidWeight()}, wanted);
+}
+
+FSEffect FSContPCatTAccum::ComputeEffect(MCFSCommon::RankCriteria) const {
+  FSEffect effect = FSEffects::OfGroups(
+      {fPredictorByTarget, fMean, fState.GetValidWeight()});
+  effect.fPercentMissing = fState.GetPercentMissing();
+  return effect;
 }
 
 void FSContPCatTAccum::Display(std::ostream& out) const {

@@ -18,6 +18,7 @@ class FSContPCatTAccum : public IFSPredTargetAccum {
              const FSRecode& target) override;
   void ComputeVariances() override { fPredictorByTarget.ComputeVariances(); }
   FSScores ComputeScores(const MCFSCommon::CriteriaSet& wanted) const override;
+  FSEffect ComputeEffect(MCFSCommon::RankCriteria ranking) const override;
   bool IsCategorical() const override { return false; }
   const FSMapICnt* GetCategories() const override { return nullptr; }
   int WriteObject(std::fstream& os) const override;

@@ -8,6 +8,7 @@
 #include "feature/accumulators/FSMoments.h"
 #include "feature/accumulators/FSScreening.h"
 #include "feature/accumulators/FSWalkBlock.h"
+#include "feature/statistics/FSEffects.h"
 
 inline void FSContPContTAccum::Moments::Add(double x, double y, double share, double before,
                                             double weight) {
@@ -79,6 +80,13 @@ void FSContPContTAccum::ComputeVariances() {
 FSScores FSContPContTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) const {
   return FSScoresBy(&FSCriterion::fContCont, FSCorrelation{fCorrelation, fState.GetValidWeight()},
                     wanted);
+}
+
+FSEffect FSContPContTAccum::ComputeEffect(MCFSCommon::RankCriteria) const {
+  FSEffect effect = FSEffects::OfCorrelation(
+      {fCorrelation, fState.GetValidWeight()});
+  effect.fPercentMissing = fState.GetPercentMissing();
+  return effect;
 }
 
 void FSContPContTAccum::Display(std::ostream& out) const {

@@ -13,6 +13,7 @@
 #include <iosfwd>
 #include <vector>
 
+#include "feature/statistics/FSEffect.h"
 #include "feature/statistics/FSScore.h"
 
 class FSMapICnt;
@@ -68,6 +69,10 @@ class IFSPredTargetAccum {
   // all four missing, when it shows nothing of the predictor.
   virtual bool GetOutputStats(int criterion, double& value, double& out2, double& out3,
                               double& out4) const;
+
+  // How strongly predictor and target go together; `ranking` chooses between the tests that serve.
+  // Nothing where no target is defined.
+  virtual FSEffect ComputeEffect(MCFSCommon::RankCriteria) const { return {}; }
 
   virtual bool IsCategorical() const = 0;
   // Weighted counts of the categories of a categorical predictor; null for a continuous one.
