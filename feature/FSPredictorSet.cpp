@@ -209,8 +209,7 @@ bool FSPredictorSet::GetPredictorStats(int criterion, int predictor, double& val
   return row->GetOutputs(score, value, out2, out3, out4);
 }
 
-FSEffect FSPredictorSet::GetPredictorEffect(MCFSCommon::RankCriteria ranking,
-                                            int predictor) const {
+FSEffect FSPredictorSet::GetPredictorEffect(MCFSCommon::RankCriteria ranking, int predictor) const {
   return IsThere(predictor)
              ? fCounts.At(static_cast<std::size_t>(predictor))->ComputeEffect(ranking)
              : FSEffect();

@@ -98,8 +98,7 @@ FSScores FSCatPContTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) 
 }
 
 FSEffect FSCatPContTAccum::ComputeEffect(MCFSCommon::RankCriteria) const {
-  FSEffect effect = FSEffects::OfGroups(
-      {fTargetByCategory, fTargetMean, fState.GetValidWeight()});
+  FSEffect effect = FSEffects::OfGroups({fTargetByCategory, fTargetMean, fState.GetValidWeight()});
   effect.fPercentMissing = fState.GetPercentMissing();
   return effect;
 }

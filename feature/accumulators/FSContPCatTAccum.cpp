@@ -78,8 +78,7 @@ FSScores FSContPCatTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) 
 }
 
 FSEffect FSContPCatTAccum::ComputeEffect(MCFSCommon::RankCriteria) const {
-  FSEffect effect = FSEffects::OfGroups(
-      {fPredictorByTarget, fMean, fState.GetValidWeight()});
+  FSEffect effect = FSEffects::OfGroups({fPredictorByTarget, fMean, fState.GetValidWeight()});
   effect.fPercentMissing = fState.GetPercentMissing();
   return effect;
 }

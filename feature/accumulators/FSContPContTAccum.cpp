@@ -83,8 +83,7 @@ FSScores FSContPContTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted)
 }
 
 FSEffect FSContPContTAccum::ComputeEffect(MCFSCommon::RankCriteria) const {
-  FSEffect effect = FSEffects::OfCorrelation(
-      {fCorrelation, fState.GetValidWeight()});
+  FSEffect effect = FSEffects::OfCorrelation({fCorrelation, fState.GetValidWeight()});
   effect.fPercentMissing = fState.GetPercentMissing();
   return effect;
 }

@@ -105,6 +105,6 @@ double FSNoncentral::LambdaOfChi(double x, double df, double p) {
 }
 
 double FSNoncentral::LambdaOfF(double x, double df1, double df2, double p) {
-  return LambdaAt([&](double lambda) { return CdfF(x, df1, df2, lambda); },
-                  std::max(df1 * x, 1.0), p);
+  return LambdaAt([&](double lambda) { return CdfF(x, df1, df2, lambda); }, std::max(df1 * x, 1.0),
+                  p);
 }

@@ -9,8 +9,8 @@
 //
 // The functions hold no state and never throw. They return FSDistFun::fMissing for parameters
 // outside their domain, for a noncentrality above kMostLambda and where the central function gives
-// none. Against references of 40 digits (tests/feature/effect_reference.csv) the probabilities are
-// right to 1e-11 and the noncentralities to 1e-9, relative.
+// none. Against references of 40 digits (tests/feature/effect_reference.csv) probabilities are right
+// to 4e-12 relative or 1e-15 absolute, whichever is more, and noncentralities to 6e-12 relative.
 #pragma once
 
 class FSNoncentral {

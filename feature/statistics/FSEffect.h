@@ -15,7 +15,7 @@ struct FSEffect {
   Test fTest = kNone;
   double fStatistic = MCMV::gMissingValue;
   double fDf1 = MCMV::gMissingValue;
-  double fDf2 = MCMV::gMissingValue;  // of F
+  double fDf2 = MCMV::gMissingValue;   // of F
   double fLogP = MCMV::gMissingValue;  // natural, of the exact tail
   // Bias-corrected Cramer's V of the chi-square tests, eta squared of F, r of t.
   double fSize = MCMV::gMissingValue;
@@ -25,8 +25,8 @@ struct FSEffect {
   // Too many small expected counts for chi-square to be trusted.
   bool fbFewExpected = false;
 
-  // What the interval of the size is made of: Pearson's chi-square and min(R, C) - 1 of a table, and
-  // the weight of the cases.
+  // What the interval of the size is made of: Pearson's chi-square and min(R, C) - 1 of a table,
+  // and the weight of the cases.
   double fChiSquare = MCMV::gMissingValue;
   double fDimension = MCMV::gMissingValue;
   double fTotal = MCMV::gMissingValue;

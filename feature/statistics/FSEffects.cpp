@@ -37,7 +37,8 @@ FSInterval FromNoncentrality(LambdaOf lambdaOf, double confidence, SizeOf sizeOf
 FSInterval IntervalOfV(const FSEffect& effect, double confidence) {
   return FromNoncentrality(
       [&](double p) { return FSNoncentral::LambdaOfChi(effect.fChiSquare, effect.fDf1, p); },
-      confidence, [&](double lambda) {
+      confidence,
+      [&](double lambda) {
         return std::min(std::sqrt(lambda / (effect.fTotal * effect.fDimension)), 1.0);
       });
 }

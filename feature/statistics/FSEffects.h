@@ -32,8 +32,8 @@ double OmegaSquared(const FSStatistics::Anova& anova);
 // Sum of n(i,j) / N log2(n(i,j) N / (n(i) n(j))).
 double MutualInformation(const FSStatistics::ContingencyTable& table);
 
-// Whether more than a fifth of all cells expect less than 5, or one less than 1 (W. G. Cochran, Some
-// methods for strengthening the common chi-square tests, Biometrics 10 (1954), 417-451).
+// Whether more than a fifth of all cells expect less than 5, or one less than 1 (W. G. Cochran,
+// Some methods for strengthening the common chi-square tests, Biometrics 10 (1954), 417-451).
 bool HasFewExpected(const FSStatistics::ContingencyTable& table);
 
 }  // namespace FSEffects

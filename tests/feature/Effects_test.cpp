@@ -1,5 +1,5 @@
-// Effect sizes, their intervals and adjusted p-values, through the component where it counts, against
-// scipy, statsmodels and published values.
+// Effect sizes, their intervals and adjusted p-values, through the component where it counts,
+// against scipy, statsmodels and published values.
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -72,7 +72,7 @@ Numbers TableValues(const Numbers& arguments) {
   const Numbers counts(arguments.begin() + 2, arguments.end());
   const FSEffect e = EffectOf(TableOf(counts, static_cast<std::size_t>(arguments[1])), true, true);
   const FSInterval interval = FSEffects::IntervalOf(e, 0.95);
-  return {e.fStatistic,   e.fDf1,         e.fLogP,        e.fSize,
+  return {e.fStatistic,  e.fDf1,         e.fLogP,        e.fSize,
           interval.fLow, interval.fHigh, e.fInformation, e.fbFewExpected ? 1.0 : 0.0};
 }
 
@@ -135,21 +135,21 @@ TEST(Effects, AgreeWithIndependentSoftware) {
 }
 
 TEST(Effects, AgreeWithPublishedValues) {
-  // Pearson correlation of R's cor.test (its page; Hollander and Wolfe (1973), p. 187): lightness of
-  // tuna and panel scores.
-  const Numbers tuna = PairValues({44.4, 45.9, 41.9, 53.3, 44.7, 44.1, 50.7, 45.2, 60.1,
-                                   2.6,  3.1,  2.5,  5.0,  3.6,  4.0,  5.2,  2.8,  3.8});
+  // Pearson correlation of R's cor.test (its page; Hollander and Wolfe (1973), p. 187): lightness
+  // of tuna and panel scores.
+  const Numbers tuna = PairValues({44.4, 45.9, 41.9, 53.3, 44.7, 44.1, 50.7, 45.2, 60.1, 2.6, 3.1,
+                                   2.5, 5.0, 3.6, 4.0, 5.2, 2.8, 3.8});
   EXPECT_NEAR(tuna[0], 1.8411, 5e-5);
   EXPECT_NEAR(std::exp(tuna[2]), 0.1082, 5e-5);
   EXPECT_NEAR(tuna[3], 0.5711816, 5e-8);
   EXPECT_NEAR(tuna[4], -0.1497426, 5e-8);
   EXPECT_NEAR(tuna[5], 0.8955795, 5e-8);
   // Certified one-way analysis of variance of the NIST Statistical Reference Datasets, SiRstv.
-  const Numbers resistivity = GroupValues(
-      {5,        5,        5,        5,        5,        0,        196.3052, 196.1240,
-       196.1890, 196.2569, 196.3403, 196.3042, 196.3825, 196.1669, 196.3257, 196.0422,
-       196.1303, 196.2005, 196.2889, 196.0343, 196.1811, 196.2795, 196.1748, 196.1494,
-       196.1485, 195.9885, 196.2119, 196.1051, 196.1850, 196.0052, 196.2090});
+  const Numbers resistivity =
+      GroupValues({5,        5,        5,        5,        5,        0,        196.3052, 196.1240,
+                   196.1890, 196.2569, 196.3403, 196.3042, 196.3825, 196.1669, 196.3257, 196.0422,
+                   196.1303, 196.2005, 196.2889, 196.0343, 196.1811, 196.2795, 196.1748, 196.1494,
+                   196.1485, 195.9885, 196.2119, 196.1051, 196.1850, 196.0052, 196.2090});
   EXPECT_NEAR(resistivity[0], 1.18046237440255, 1e-8);
   EXPECT_NEAR(resistivity[4], 1.90999039051129e-1, 1e-9);
   // Preferences for music, on the page of the function effectsize of R's package of that name: V
@@ -165,9 +165,8 @@ TEST(Effects, AgreeWithPublishedValues) {
 // The example of Benjamini and Hochberg (1995): at 5 percent four discoveries, three by Bonferroni,
 // and so by Holm.
 TEST(Effects, AdjustThePublishedExampleAsItWas) {
-  const Numbers logP =
-      Logs({0.0001, 0.0004, 0.0019, 0.0095, 0.0201, 0.0278, 0.0298, 0.0344, 0.0459, 0.3240, 0.4262,
-            0.5719, 0.6528, 0.7590, 1.0000});
+  const Numbers logP = Logs({0.0001, 0.0004, 0.0019, 0.0095, 0.0201, 0.0278, 0.0298, 0.0344, 0.0459,
+                             0.3240, 0.4262, 0.5719, 0.6528, 0.7590, 1.0000});
   const auto discoveries = [](const Numbers& adjusted) {
     return std::count_if(adjusted.begin(), adjusted.end(),
                          [](double p) { return std::exp(p) <= 0.05; });

@@ -1,6 +1,7 @@
 #include "backend/predselect/drivers/PRSUniFactory.h"
 
 #include "backend/predselect/command/PRSMessages.h"
+#include "backend/predselect/drivers/PRSBinnedInformation.h"
 #include "backend/predselect/drivers/PRSFiles.h"
 #include "backend/predselect/drivers/PRSProgress.h"
 #include "backend/predselect/predsele.h"
@@ -60,7 +61,18 @@ bool PRSUniFactory::RunFSComponent() {
   }
   if (display_feature_select) DisplayOutput();
   fStatus = fpAlgorithm->GetStatus();
-  return WriteResultDocuments();
+  return FindEffects() && WriteResultDocuments();
+}
+
+bool PRSUniFactory::FindEffects() {
+  if (!fpSpecs->GetPrintEffects() || !fpAlgorithm->ArePredictorsRanked()) return true;
+  MCFeature::MCStatus status = PRSFindEffects(*fpSpecs, *fpAlgorithm, fEffects);
+  if (!status.IsError()) {
+    status = PRSBinnedInformation(*fpSpecs, *fpAlgorithm, *fpAdapter, *fpIterator)
+                 .AddTo(fEffects.fShown);
+  }
+  if (status.IsError()) fStatus = status;
+  return IsPassComplete();
 }
 
 StateDictionary PRSUniFactory::Dictionary() const {

@@ -68,6 +68,7 @@ void SelOutput::DisplayTables() const {
   BpCaseSummary();
   BpExcludedPred();
   BpPredSummary();
+  BpEffects();
   ChartPredSummary();
   BpSelPredictors();
 }

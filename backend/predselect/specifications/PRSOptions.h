@@ -77,6 +77,7 @@ struct PRSPrint {
   bool fbSelect = true;
   bool fbClassify = true;
   bool fbUncert = false;
+  bool fbEffects = false;
 };
 
 struct PRSPlot {
