@@ -54,7 +54,7 @@ class RankingColumns {
  public:
   RankingColumns(BpDimension& dimension, const IFSAlgorithm& component,
                  const FSCriterion& criterion)
-      : fComponent(component), fCriterion(criterion.fCode) {
+      : fComponent(component), fCriterion(criterion) {
     BpGroup group = dimension.AddGroup(BpString(criterion.fHeading));
     fColumns.push_back(group.AddCategory(BpString("Rank"), BpProcedure::Count()));
     for (const FSOutput& output : criterion.fOutputs) {
@@ -63,17 +63,21 @@ class RankingColumns {
     }
   }
 
-  // A scale predictor ranked beside categorical ones has only its rank and significance here.
+  // A predictor of the kind that the criterion is not for has no cells; one that is only ranked
+  // beside the others has only its rank and significance here.
   void Fill(BpPivotTable& table, const BpCategory& row, int predictor) const {
     const auto place = static_cast<std::size_t>(predictor);
-    const int rank = fComponent.GetRanks(fCriterion)[place];
-    if (rank < 0) return;
+    const FSSettings& settings = *fComponent.GetSettings();
+    const FSPart part =
+        fCriterion.PartOf(settings.IsCatPredictor(predictor), settings.IsCatTarget());
+    const int rank = fComponent.GetRanks(fCriterion.fCode)[place];
+    if (rank < 0 || part == FSPart::kNone) return;
     table.SetCell({row, fColumns[0]}, rank + 1);
     double values[FSCriterion::kMaxOutputs];
-    const bool isAnswered = fComponent.GetPredictorStats(fCriterion, predictor, values[0],
-                                                         values[1], values[2], values[3]);
-    values[0] = fComponent.GetCriterionValues(fCriterion)[place];
-    const std::size_t nShown = isAnswered ? fColumns.size() - 1 : 1;
+    fComponent.GetPredictorStats(fCriterion.fCode, predictor, values[0], values[1], values[2],
+                                 values[3]);
+    values[0] = fComponent.GetCriterionValues(fCriterion.fCode)[place];
+    const std::size_t nShown = part == FSPart::kShown ? fColumns.size() - 1 : 1;
     for (std::size_t i = 0; i < nShown; ++i) {
       if (!MCMV::IsMissing(values[i])) table.SetCell({row, fColumns[i + 1]}, values[i]);
     }
@@ -81,7 +85,7 @@ class RankingColumns {
 
  private:
   const IFSAlgorithm& fComponent;
-  RankCriteria fCriterion;
+  const FSCriterion& fCriterion;
   std::vector<BpCategory> fColumns;
 };
 

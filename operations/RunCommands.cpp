@@ -8,6 +8,7 @@
 #include "backend/predselect/predsele.h"
 #include "host/command/CommandSplitter.h"
 #include "host/data/DataTable.h"
+#include "host/output/BpError.h"
 #include "host/output/OutputDocument.h"
 #include "host/session/HostIOError.h"
 #include "host/session/OutputFile.h"
@@ -36,6 +37,10 @@ class RunSession : public MCHost::Session {
     SetProgressListener(surroundings.fReportProgress);
   }
 
+  double MemoryForCases() override {
+    fbMemoryTaken = true;
+    return fRequest.fMemory;
+  }
   void SetMacro(const std::string& name, const std::vector<std::string>& values) override {
     Session::SetMacro(name, values);
     fDocument.CurrentRun().fMacros.emplace_back(name, values);
@@ -53,7 +58,8 @@ class RunSession : public MCHost::Session {
     return use.empty() && MCHost::IsSameFile(path, fRequest.fStatePath) ? "the state" : use;
   }
 
-  bool fbLast = false;  // the last command is being run: its state is saved
+  bool fbLast = false;         // the last command is being run: its state is saved
+  bool fbMemoryTaken = false;  // some command has asked for it
 
  private:
   MCHost::OutputDocument& fDocument;
@@ -81,6 +87,11 @@ bool RunOne(const MCHost::CommandText& command, RunSession& session, DataTable& 
   return run.fbCompleted;
 }
 
+void ReportIdleMemory(RunSession& session) {
+  const MCHost::SessionScope scope(session);
+  MCHost::RaiseMessage(MCHost::OutputMessage::kWarning, "Memory for cases has no effect...");
+}
+
 }  // namespace
 
 void CheckOutputs(const RunRequest& request) {
@@ -103,6 +114,7 @@ Outcome RunCommands(DataTable& table, MCHost::OutputDocument& document, const Ru
     if (!RunOne(command, session, table, document)) isCompleted = false;
   }
   if (session.IsCancelled()) return Outcome::kCancelled;
+  if (isCompleted && request.fMemory > 0.0 && !session.fbMemoryTaken) ReportIdleMemory(session);
   return isCompleted ? Outcome::kCompleted : Outcome::kCommandError;
 }
 

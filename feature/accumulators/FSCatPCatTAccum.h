@@ -31,7 +31,8 @@ class FSCatPCatTAccum : public IFSPredTargetAccum {
  private:
   template <class Archive, class Self>
   static void Fields(Archive& archive, Self& self);
-  std::size_t AddBlockDense(const double* predictor, const FSCaseBlock& cases);
+  std::size_t AddBlockAsTable(const double* predictor, const FSCaseBlock& cases, int rows);
+  void Count(int predictor, int target, double weight);
   void Add(FSPredictorState& state, int predictor, int target, double weight);
   FSStatistics::ContingencyTable Counts() const;
 

@@ -50,13 +50,11 @@ class FSRecordPass {
   bool fbWithTarget;
   std::vector<std::uint32_t> fChosen;  // positions in the block
   double fTotal = 0.0;                 // weight of all cases chosen so far
+  bool fbWholeWeights = true;          // all of those, and their sum is exact
   std::vector<double> fWeights;
   std::vector<double> fWeightsBefore;
   std::vector<double> fShares;
   std::vector<double> fTargets;
-  double fTargetMeanBefore = 0.0;  // the block's first case
-  double fTargetMean = 0.0;
-  std::vector<double> fTargetMeans;
   std::vector<int> fTargetCategories;
   std::vector<std::uint8_t> fHasValid;
   std::vector<double> fCells;

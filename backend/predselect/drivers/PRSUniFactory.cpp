@@ -16,7 +16,11 @@
 #include "host/cases/UAProcDataSourceIter.h"
 #include "host/cases/UAVarValidSpecs.h"
 #include "host/data/ProcedureDataSource.h"
+#include "host/session/HostIOError.h"
+#include "host/session/ISession.h"
+#include "host/session/SessionScope.h"
 #include "modelfiles/StateDictionary.h"
+#include "modelfiles/VariablesDocument.h"
 
 using MCCommon::RecordIterator;
 
@@ -52,6 +56,7 @@ bool PRSUniFactory::RunFSComponent() {
   if (fStatus.IsOK() && PRSIsStateWanted()) isSaved = PRSSaveState(*fpAlgorithm, Dictionary());
   if (fStatus.IsOK()) fStatus = fpAlgorithm->ScreenAndRank(fpSpecs->GetScreenStatusOn(), 0);
   if (!IsPassComplete() || !isSaved) return false;
+  fMessages.WeightsLost(fpAdapter->GetLostWeights());
   if (!fStatus.IsOK()) DisplayMessage(fStatus);
   if (fStatus.IsError()) return false;
   if (IsTargetConstant()) {
@@ -120,7 +125,20 @@ bool PRSUniFactory::WriteResultDocuments() const {
     isWritten =
         isWritten && PRSWriteResult(std::string("ranking-") + criterion.fFileStem + ".xml", write);
   }
-  return isWritten;
+  return isWritten && WriteVariables();
+}
+
+bool PRSUniFactory::WriteVariables() const {
+  constexpr const char* kName = "variables.xml";
+  std::string trouble;
+  const bool isWritten = PRSWriteResult(kName, [&](std::ostream& os) {
+    const int target = fpAlgorithm->GetSettings()->GetTargetPosition();
+    trouble = WriteVariablesDocument(os, Dictionary(), target);
+    return trouble.empty();
+  });
+  if (trouble.empty()) return isWritten;
+  PRSFileError({MCHost::CurrentSession().ResultsPrefix() + kName, "", trouble});
+  return false;
 }
 
 bool PRSUniFactory::IsPassComplete() {

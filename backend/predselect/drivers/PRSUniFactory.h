@@ -65,6 +65,7 @@ class PRSUniFactory {
   bool WriteResultDocuments() const;
   // False, with a message, when the second pass failed or was stopped.
   bool FindEffects();
+  bool WriteVariables() const;
   bool IsTargetConstant() const;
   // False, with a message, when reading failed or the run was stopped.
   bool IsPassComplete();

@@ -112,6 +112,13 @@ class PRSValidSpecs {
   void SetMultiCriteria(int bins, double memAllocate, int showUnselect, double timer);
   int GetMultiBins() const { return fOptions.fMultiCriteria.fBins; }
   double GetMultiMemAllocate() const { return fOptions.fMultiCriteria.fMemAllocate; }
+  // The least memory, in whole kilobytes, that holds so many cases.
+  // REQUIRES: the specifications are complete.
+  double GetMemoryToHold(int cases) const;
+  // Settles the memory for so many cases, where the session offers some: as much of it as they
+  // need, so that a saved state does not tell of the machine that it was made on.
+  // REQUIRES: the specifications are complete.
+  void TakeMemoryFor(int cases);
 
   // How cases are split into training and test cases: by a drawn percentage, or by a variable that
   // marks training cases. 0 and -1 mean no split.
@@ -193,6 +200,7 @@ class PRSValidSpecs {
  private:
   void CompleteFeatureSettings(int targetPosition, int weightPosition);
   void CompleteNaiveSettings();
+  void SettleRecordsInMemory();
   void DisplayVariables(std::ostream& out) const;
   void DisplayCriteria(std::ostream& out) const;
   void DisplayOutputs(std::ostream& out) const;
