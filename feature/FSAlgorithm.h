@@ -40,6 +40,9 @@ class FSAlgorithm final : public IFSAlgorithm {
                                    int nBest) const override;
   bool GetPredictorStats(int criterion, int predictor, double& value, double& out2, double& out3,
                          double& out4) const override;
+  FSEffect GetPredictorEffect(MCFSCommon::RankCriteria ranking, int predictor) const override {
+    return fPredictors.GetPredictorEffect(ranking, predictor);
+  }
   MCFeature::MCStatus ExportAllXML(std::ostream& out) const override;
   MCFeature::MCStatus SaveState(std::fstream& out) const override;
   MCFeature::MCStatus SaveStateXML(std::ostream& out) const override;

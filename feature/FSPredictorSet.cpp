@@ -214,6 +214,12 @@ MCCommon::LeakTraits FSPredictorSet::GetLeakTraits(int predictor) const {
   return fCounts.At(static_cast<std::size_t>(predictor))->GetLeakTraits();
 }
 
+FSEffect FSPredictorSet::GetPredictorEffect(MCFSCommon::RankCriteria ranking, int predictor) const {
+  return IsThere(predictor)
+             ? fCounts.At(static_cast<std::size_t>(predictor))->ComputeEffect(ranking)
+             : FSEffect();
+}
+
 int FSPredictorSet::GetNTargetCategories() const {
   return static_cast<int>(fCounts.GetTargetCategories().Size());
 }

@@ -22,6 +22,7 @@
 #include "feature/pass/FSCounts.h"
 #include "feature/ranking/FSExclusions.h"
 #include "feature/ranking/FSRanking.h"
+#include "feature/statistics/FSEffect.h"
 
 struct FSCategoryMaps;
 struct FSCriterion;
@@ -96,6 +97,8 @@ class FSPredictorSet {
   // What the rules about leaks look at; nothing of a deleted predictor, and for an index outside
   // the range.
   MCCommon::LeakTraits GetLeakTraits(int predictor) const;
+  // IFSPredTargetAccum::ComputeEffect of a predictor; nothing as above.
+  FSEffect GetPredictorEffect(MCFSCommon::RankCriteria ranking, int predictor) const;
 
   void GetNValidNExcluded(double& validWeight, double& excludedWeight, int& validCases,
                           int& excludedCases) const {

@@ -20,6 +20,7 @@
 #include "common/LeakCheck.h"
 #include "feature/MCFSCommon.h"
 #include "feature/MCStatus.h"
+#include "feature/statistics/FSEffect.h"
 
 class FSSettings;
 struct FSCategoryMaps;
@@ -81,6 +82,10 @@ class IFSAlgorithm {
   // What is shown of a criterion for a predictor: see IFSPredTargetAccum::GetOutputStats.
   virtual bool GetPredictorStats(int criterion, int predictor, double& value, double& out2,
                                  double& out3, double& out4) const = 0;
+  // How strongly a predictor and the target go together, from the end of the data pass on (of
+  // continuous predictors or target, of screening). `ranking` chooses between the tests that serve.
+  // Nothing for a predictor that was removed, and for an index outside the range.
+  virtual FSEffect GetPredictorEffect(MCFSCommon::RankCriteria ranking, int predictor) const = 0;
   // Writes screening and ranking by all criteria as an FSOutputAll document; the predictors only
   // once they are ranked. Nothing is written, and the status is the component's error, 1
   // (cancelled) or 6 (not screened).

@@ -4,6 +4,7 @@
 #include "feature/accumulators/FSDisplay.h"
 #include "feature/accumulators/FSScreening.h"
 #include "feature/accumulators/FSWalkBlock.h"
+#include "feature/statistics/FSEffects.h"
 #include "feature/statistics/FSLeaks.h"
 
 inline void FSCatPContTAccum::Add(FSPredictorState& state, int predictor, double target,
@@ -56,6 +57,12 @@ FSScores FSCatPContTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) 
 
 MCCommon::LeakTraits FSCatPContTAccum::GetLeakTraits() const {
   return FSLeaks::OfTargetByCategory(fTargetByCategory, fState.GetCaseWeight());
+}
+
+FSEffect FSCatPContTAccum::ComputeEffect(MCFSCommon::RankCriteria) const {
+  FSEffect effect = FSEffects::OfGroups({fTargetByCategory, fTargetMean, fState.GetValidWeight()});
+  effect.fPercentMissing = fState.GetPercentMissing();
+  return effect;
 }
 
 void FSCatPContTAccum::Display(std::ostream& out) const {

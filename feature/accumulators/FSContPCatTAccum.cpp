@@ -6,6 +6,7 @@
 #include "feature/accumulators/FSDisplay.h"
 #include "feature/accumulators/FSScreening.h"
 #include "feature/accumulators/FSWalkBlock.h"
+#include "feature/statistics/FSEffects.h"
 #include "feature/statistics/FSLeaks.h"
 
 inline void FSContPCatTAccum::Add(FSPredictorState& state, double predictor, int target,
@@ -65,6 +66,12 @@ FSScores FSContPCatTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) 
 MCCommon::LeakTraits FSContPCatTAccum::GetLeakTraits() const {
   const double stddev = OverallStddev();
   return FSLeaks::OfPredictorByTarget(fPredictorByTarget, fState.GetCaseWeight(), stddev * stddev);
+}
+
+FSEffect FSContPCatTAccum::ComputeEffect(MCFSCommon::RankCriteria) const {
+  FSEffect effect = FSEffects::OfGroups({fPredictorByTarget, fMean, fState.GetValidWeight()});
+  effect.fPercentMissing = fState.GetPercentMissing();
+  return effect;
 }
 
 void FSContPCatTAccum::Display(std::ostream& out) const {

@@ -19,6 +19,7 @@ class FSContPCatTAccum : public IFSPredTargetAccum {
   void ComputeVariances() override { fPredictorByTarget.ComputeVariances(); }
   FSScores ComputeScores(const MCFSCommon::CriteriaSet& wanted) const override;
   MCCommon::LeakTraits GetLeakTraits() const override;
+  FSEffect ComputeEffect(MCFSCommon::RankCriteria ranking) const override;
   bool IsCategorical() const override { return false; }
   const FSMapICnt* GetCategories() const override { return nullptr; }
   int WriteObject(std::fstream& os) const override;

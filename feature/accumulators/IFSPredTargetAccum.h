@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "common/LeakCheck.h"
+#include "feature/statistics/FSEffect.h"
 #include "feature/statistics/FSScore.h"
 
 class FSMapICnt;
@@ -62,6 +63,9 @@ class IFSPredTargetAccum {
   // What the rules about leaks look at; nothing in a pass without a target. Once variances are
   // computed.
   virtual MCCommon::LeakTraits GetLeakTraits() const { return {}; }
+  // How strongly predictor and target go together; `ranking` chooses between the tests that serve.
+  // Nothing where no target is defined.
+  virtual FSEffect ComputeEffect(MCFSCommon::RankCriteria) const { return {}; }
 
   virtual bool IsCategorical() const = 0;
 

@@ -1,6 +1,7 @@
 #include "backend/predselect/drivers/PRSUniFactory.h"
 
 #include "backend/predselect/command/PRSMessages.h"
+#include "backend/predselect/drivers/PRSBinnedInformation.h"
 #include "backend/predselect/drivers/PRSFiles.h"
 #include "backend/predselect/drivers/PRSLeaks.h"
 #include "backend/predselect/drivers/PRSProgress.h"
@@ -67,7 +68,18 @@ bool PRSUniFactory::RunFSComponent() {
   WarnOfLeaks();
   if (display_feature_select) DisplayOutput();
   fStatus = fpAlgorithm->GetStatus();
-  return WriteResultDocuments();
+  return FindEffects() && WriteResultDocuments();
+}
+
+bool PRSUniFactory::FindEffects() {
+  if (!fpSpecs->GetPrintEffects() || !fpAlgorithm->ArePredictorsRanked()) return true;
+  MCFeature::MCStatus status = PRSFindEffects(*fpSpecs, *fpAlgorithm, fEffects);
+  if (!status.IsError()) {
+    status = PRSBinnedInformation(*fpSpecs, *fpAlgorithm, *fpAdapter, *fpIterator)
+                 .AddTo(fEffects.fShown);
+  }
+  if (status.IsError()) fStatus = status;
+  return IsPassComplete();
 }
 
 StateDictionary PRSUniFactory::Dictionary() const {

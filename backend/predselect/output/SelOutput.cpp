@@ -48,6 +48,7 @@ void SelOutput::DisplayTables() const {
   BpCaseSummary();
   BpExcludedPred();
   BpPredSummary();
+  BpEffects();
   ChartPredSummary();
   BpSelPredictors();
 }

@@ -78,6 +78,7 @@ struct PRSPrint {
   bool fbSelect = true;
   bool fbClassify = true;
   bool fbUncert = false;
+  bool fbEffects = false;
 };
 
 struct PRSPlot {

@@ -140,7 +140,7 @@ bool PRSValidSpecs::AddFeaturePrintOption(FeaturePrintOption option) {
 
 void PRSValidSpecs::SetPrintInfo(bool cps, bool exclude, bool summary, bool select, bool classify,
                                  bool uncert) {
-  fOptions.fPrint = {cps, exclude, summary, select, classify, uncert};
+  fOptions.fPrint = {cps, exclude, summary, select, classify, uncert, false};
 }
 
 void PRSValidSpecs::CompleteSpecs() {
