@@ -1,12 +1,14 @@
 #include "apps/predselect/Options.h"
 
 #include <CLI/CLI.hpp>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/FileUses.h"
+#include "apps/predselect/MemorySize.h"
 #include "apps/predselect/Terminal.h"
 #include "host/session/SameFile.h"
 #include "operations/Version.h"
@@ -119,6 +121,25 @@ void AddResultOptions(CLI::App& command, ResultOptions& result) {
   command.add_flag("--quiet", result.fbQuiet, "No warnings and no progress on standard error");
 }
 
+void AddMemory(CLI::App& command, double& memory) {
+  const auto take = [&memory](const std::string& text) {
+    const std::optional<double> size = ParseMemorySize(text);
+    if (!size && text != "auto") {
+      throw CLI::ValidationError(
+          "--memory", "\"" + text +
+                          "\" is neither auto nor a size of at least 4K, such as 512M, 2G "
+                          "or 4096 (kilobytes)");
+    }
+    memory = size.value_or(Options::kAutoMemory);
+  };
+  command
+      .add_option_function<std::string>(
+          "--memory", take,
+          "Memory for the cases of a NAIVEBAYES command that states no MEMALLOCATE: 512M, 2G, 4096 "
+          "(kilobytes), or auto for half of what is free (default: 1024)")
+      ->type_name("SIZE|auto");
+}
+
 // Two results in one file would leave only the last, and what is read must stay.
 void RefuseOneFileForTwo(const Options& options) {
   const std::vector<FileUse> files = FilesOf(options);
@@ -221,6 +242,7 @@ Options ParseOptions(int argc, char** argv) {
   run->add_option("--results", options.fResults,
                   "Write rankings and subsets as XML documents into this directory")
       ->type_name("DIR");
+  AddMemory(*run, options.fMemory);
   run->add_flag_callback(
       "--no-progress", [&options] { options.fResult.fbProgress = false; }, "No progress line");
   run->footer(std::string("Commands:\n") + kCommandSyntax + kRunNotes);

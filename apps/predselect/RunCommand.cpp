@@ -21,6 +21,7 @@
 #include "host/command/CommandSplitter.h"
 #include "host/data/DataTable.h"
 #include "host/session/HostIOError.h"
+#include "operations/FreeMemory.h"
 #include "operations/RunCommands.h"
 
 namespace PredSelectApp {
@@ -56,7 +57,7 @@ int SaveData(DataTable& table, const std::string& path, PredSelect::Outcome outc
   if (path.empty()) return code;
   std::string trouble = path + " was not written, since not all commands completed.";
   try {
-    if (outcome == PredSelect::Outcome::kCompleted) {
+    if (code == kCompleted || outcome == PredSelect::Outcome::kFileLost) {
       MCHost::WriteDataFile(table, path);
       return code;
     }
@@ -70,6 +71,11 @@ int SaveData(DataTable& table, const std::string& path, PredSelect::Outcome outc
 void ShowNotes(const DataTable& table, const ResultOptions& options) {
   if (options.fbQuiet) return;
   for (const std::string& note : table.Notes()) PrintError("Note: " + note);
+}
+
+// Measured when the data are in memory.
+double MemoryOf(const Options& options) {
+  return options.fMemory == Options::kAutoMemory ? PredSelect::AutomaticMemory() : options.fMemory;
 }
 
 }  // namespace
@@ -89,7 +95,7 @@ int RunCommands(const Options& options) {
   const PredSelect::Outcome outcome = PredSelect::RunCommands(
       *table, document,
       {commands, options.fSaveState, options.fResults,
-       [&options](const std::string& path) { return UseOf(path, options); }},
+       [&options](const std::string& path) { return UseOf(path, options); }, MemoryOf(options)},
       ProgramSurroundings(progress));
   progress.Clear();
 

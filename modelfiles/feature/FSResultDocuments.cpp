@@ -15,6 +15,7 @@
 #include "feature/FSAlgorithm.h"
 #include "feature/FSCriterion.h"
 #include "feature/FSSettings.h"
+#include "feature/FSWithinMemory.h"
 
 using namespace MCFSCommon;
 using MCCommonXML::XMLElement;
@@ -121,7 +122,8 @@ MCStatus FSAlgorithm::ExportOneXML(std::ostream& out, RankCriteria criterion, in
   const MCStatus status = StatusNow();
   if (status.IsError()) return status;
   if (!fpSettings->GetCriterion(criterion)) return MCFeature::Error(MCFeature::kNotComputed);
-  const MCStatus exported = fPredictors.ExportOneXML(out, criterion, nBest);
+  const MCStatus exported =
+      FSWithinMemory(out, [&] { return fPredictors.ExportOneXML(out, criterion, nBest); });
   if (!exported.IsOK()) return exported;
   if (!status.IsOK() || nBest <= fPredictors.GetNValidPred()) return status;
   MCStatus tooFew = MCFeature::Warning(MCFeature::kTooFewPredictors);
@@ -132,7 +134,7 @@ MCStatus FSAlgorithm::ExportOneXML(std::ostream& out, RankCriteria criterion, in
 MCStatus FSAlgorithm::ExportAllXML(std::ostream& out) const {
   const MCStatus status = StatusNow();
   if (status.IsError()) return status;
-  const MCStatus exported = fPredictors.ExportAllXML(out);
+  const MCStatus exported = FSWithinMemory(out, [&] { return fPredictors.ExportAllXML(out); });
   return exported.IsOK() ? status : exported;
 }
 
