@@ -17,7 +17,8 @@ std::vector<FileUse> FilesOf(const Options& options) {
       {options.fCommandFile, "--file", "the commands", false},
       {options.fResult.fFile, "--output", "the output", true},
       {options.fSaveState, "--save-state", "the state", true},
-      {options.fSaveData, "--save-data", "the data to be saved", true, true}};
+      {options.fSaveData, "--save-data", "the data to be saved", true, true},
+      {options.fDrift, "--drift", "the drift report", true}};
   if (options.fAction != Options::kMerge && !options.fStates.empty()) {
     files.push_back({options.fStates.front(), "the state", "the state", false});
   }
@@ -42,6 +43,7 @@ std::string UseOf(const std::string& path, const Options& options) {
 void CheckOutputs(const Options& options) {
   if (!options.fResult.fFile.empty()) MCHost::OutputFile::Check(options.fResult.fFile);
   if (!options.fSaveData.empty()) MCHost::CheckDataFile(options.fSaveData);
+  if (!options.fDrift.empty()) MCHost::CheckDataFile(options.fDrift);
   PredSelect::CheckOutputs({.fStatePath = options.fSaveState, .fResultsFolder = options.fResults});
 }
 
