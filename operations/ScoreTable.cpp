@@ -47,6 +47,9 @@ VarSpecObj Role(const char* name, const KOVA_DataSource& source) {
 
 void AddPredicted(KOVA_DataSource& source, const std::string& asked, const INBVariable& target,
                   Predictions& predictions) {
+  if (asked != ScoreRequest{}.fPredicted && source.FindVariable(asked) >= 0) {
+    throw RequestError("predicted", "the data have a variable \"" + asked + "\" already.");
+  }
   KovaVarName name;
   if (!Role("--predicted", source).NewVarNameByRoot(KovaVarName(asked), name)) {
     throw RequestError("predicted", "\"" + asked + "\" cannot name a new variable.");

@@ -8,8 +8,9 @@
 #include "apps/predselect/Options.h"
 #include "apps/predselect/ProgramSurroundings.h"
 #include "apps/predselect/ProgressLine.h"
+#include "apps/predselect/SaveTable.h"
 #include "apps/predselect/Terminal.h"
-#include "host/arrow/DataFile.h"
+#include "host/data/DataTable.h"
 #include "operations/ScoreTable.h"
 #include "operations/StateFile.h"
 
@@ -20,14 +21,15 @@ int ScoreData(const Options& options) {
   const ComponentFile state = PredSelect::LoadState(path);
   const INBAlgorithm& model = PredSelect::ModelOf(state, path);
   const std::unique_ptr<MCHost::DataTable> table = OpenTable(options.fData);
+  const SaveTable saved(*table, options.fSave);
   ProgressLine progress(false);
   LiveOutput document(options.fResult, progress, options.fData.fFile);
   const PredSelect::Outcome outcome =
       PredSelect::ScoreTable(*table, model, document, {options.fPredicted, options.fProbabilities},
                              ProgramSurroundings(progress));
   if (outcome != PredSelect::Outcome::kCompleted) return ExitCodeOf(outcome);
-  MCHost::WriteDataFile(*table, options.fSaveData);
-  document.CurrentRun().fFiles.push_back(options.fSaveData);
+  saved.Write();
+  document.CurrentRun().fFiles.push_back(options.fSave.fFile);
   WriteDocument(document, options.fResult);
   return kCompleted;
 }

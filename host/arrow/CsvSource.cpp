@@ -33,24 +33,22 @@ std::shared_ptr<arrow::DataType> TypeOf(const CsvColumn& column) {
   return arrow::time64(arrow::TimeUnit::MICRO);
 }
 
-std::vector<CsvColumn> Choose(const std::vector<CsvColumn>& all, const std::vector<int>* columns) {
-  if (columns == nullptr) return all;
-  std::vector<CsvColumn> chosen;
-  for (const int column : *columns) chosen.push_back(all[static_cast<std::size_t>(column)]);
-  return chosen;
+// The type that holds all that a column's texts say. `holdsDigits`: CsvHoldsDigits() of each.
+std::shared_ptr<arrow::DataType> OriginalTypeOf(const CsvColumn& column, bool holdsDigits) {
+  const unsigned kinds = column.fKinds;
+  if (kinds == kCsvAll) return arrow::null();
+  if (kinds & kCsvWhole) return arrow::int64();
+  return kinds & kCsvHeld || holdsDigits ? TypeOf(column) : arrow::utf8();
 }
 
-std::shared_ptr<arrow::RecordBatchReader> NoCases(const std::vector<CsvColumn>& columns,
-                                                  const std::string& name) {
-  arrow::FieldVector fields;
-  for (const CsvColumn& column : columns) fields.push_back(field(column.fName, TypeOf(column)));
-  return Value(arrow::RecordBatchReader::Make({}, arrow::schema(std::move(fields))), name);
+bool MustLookAtDigits(const CsvColumn& column) {
+  return column.IsNumber() && (column.fKinds & kCsvSpelling) == kCsvMayHold;
 }
 
 }  // namespace
 
 CsvSource::CsvSource(std::string path, CsvRules rules)
-    : fName(std::move(path)), fbFile(true), fRules(std::move(rules)), fInspector(fName, fRules) {
+    : fName(std::move(path)), fbFile(true), fStamp(fName), fRules(std::move(rules)), fInspector(fName, fRules) {
   InspectFile();
 }
 
@@ -74,9 +72,74 @@ void CsvSource::InspectFile() {
 }
 
 void CsvSource::Open(const std::vector<int>* columns, ArrowArrayStream* stream) {
-  const std::vector<CsvColumn> chosen = Choose(fInspector.Columns(), columns);
+  Types types;
+  for (const CsvColumn& column : fInspector.Columns()) types.push_back(TypeOf(column));
+  OpenAs(types, columns, stream);
+}
+
+void CsvSource::OpenOriginal(const std::vector<int>* columns, ArrowArrayStream* stream) {
+  OpenAs(OriginalTypes(), columns, stream);
+}
+
+CsvSource::Types CsvSource::OriginalTypes() const {
+  const std::vector<CsvColumn>& columns = fInspector.Columns();
+  const std::vector<bool> holdDigits = ColumnsThatHoldDigits();
+  Types types;
+  for (std::size_t j = 0; j < columns.size(); ++j) {
+    types.push_back(OriginalTypeOf(columns[j], holdDigits[j]));
+  }
+  return types;
+}
+
+// Of those columns whose numbers must be looked at for it, which takes reading the file.
+std::vector<bool> CsvSource::ColumnsThatHoldDigits() const {
+  const std::vector<CsvColumn>& columns = fInspector.Columns();
+  std::vector<bool> hold(columns.size());
+  std::transform(columns.begin(), columns.end(), hold.begin(), MustLookAtDigits);
+  const auto isNull = [this](const std::string& text) {
+    return std::find(fRules.fNullTokens.begin(), fRules.fNullTokens.end(), text) !=
+           fRules.fNullTokens.end();
+  };
+  CsvRecords records = Records();
+  records.Next();
+  while (std::find(hold.begin(), hold.end(), true) != hold.end() && records.Next()) {
+    for (std::size_t j = 0; j < hold.size(); ++j) {
+      if (!hold[j] || records.Field(j).empty()) continue;
+      const std::string text = CsvRecords::TextOf(records.Field(j));
+      hold[j] = CsvHoldsDigits(text) || isNull(text);
+    }
+  }
+  return hold;
+}
+
+CsvRecords CsvSource::Records() const { return {OpenBytes(), fRules.fDelimiter, fName}; }
+
+std::shared_ptr<arrow::io::InputStream> CsvSource::OpenBytes() const {
+  if (!fbFile) {
+    return std::make_shared<arrow::io::BufferReader>(
+        arrow::Buffer::Wrap(fText.data(), fText.size()));
+  }
+  fStamp.Check(fName);
+  return Value(arrow::io::ReadableFile::Open(fName), fName);
+}
+
+void CsvSource::OpenAs(const Types& types, const std::vector<int>* columns,
+                       ArrowArrayStream* stream) const {
+  auto convert = arrow::csv::ConvertOptions::Defaults();
+  convert.check_utf8 = false;  // the inspector has checked it
+  convert.strings_can_be_null = true;
+  convert.null_values = fRules.fNullTokens;
+  arrow::FieldVector fields;
+  for (std::size_t j = 0; j < types.size(); ++j) {
+    const int place = static_cast<int>(j);
+    if (columns && !std::binary_search(columns->begin(), columns->end(), place)) continue;
+    fields.push_back(arrow::field(fInspector.Columns()[j].fName, types[j]));
+    convert.column_types[fields.back()->name()] = types[j];
+    convert.include_columns.push_back(fields.back()->name());
+  }
   if (CaseCount() == 0) {
-    return Check(arrow::ExportRecordBatchReader(NoCases(chosen, fName), stream), fName);
+    auto none = Value(arrow::RecordBatchReader::Make({}, arrow::schema(std::move(fields))), fName);
+    return Check(arrow::ExportRecordBatchReader(std::move(none), stream), fName);
   }
   auto read = arrow::csv::ReadOptions::Defaults();
   // A row must fit into two blocks.
@@ -85,23 +148,8 @@ void CsvSource::Open(const std::vector<int>* columns, ArrowArrayStream* stream) 
   auto parse = arrow::csv::ParseOptions::Defaults();
   parse.delimiter = fRules.fDelimiter;
   parse.newlines_in_values = fInspector.HasQuotedNewlines();
-  auto convert = arrow::csv::ConvertOptions::Defaults();
-  convert.check_utf8 = false;  // the inspector has checked it
-  convert.strings_can_be_null = true;
-  convert.null_values = fRules.fNullTokens;
-  for (const CsvColumn& column : chosen) {
-    convert.column_types[column.fName] = TypeOf(column);
-    convert.include_columns.push_back(column.fName);
-  }
-  std::shared_ptr<arrow::io::InputStream> input;
-  if (fbFile) {
-    input = Value(arrow::io::ReadableFile::Open(fName), fName);
-  } else {
-    input =
-        std::make_shared<arrow::io::BufferReader>(arrow::Buffer::Wrap(fText.data(), fText.size()));
-  }
-  auto reader = Value(arrow::csv::StreamingReader::Make(arrow::io::default_io_context(), input,
-                                                        read, parse, convert),
+  auto reader = Value(arrow::csv::StreamingReader::Make(arrow::io::default_io_context(),
+                                                        OpenBytes(), read, parse, convert),
                       fName);
   Check(arrow::ExportRecordBatchReader(std::move(reader), stream), fName);
 }
@@ -109,7 +157,7 @@ void CsvSource::Open(const std::vector<int>* columns, ArrowArrayStream* stream) 
 std::vector<std::string> CsvSource::Notes() const {
   std::vector<std::string> notes;
   for (const CsvColumn& column : fInspector.Columns()) {
-    if (column.fKinds != kCsvNumber || !column.fbDigitsLost) continue;
+    if (!column.IsNumber() || !column.fbDigitsLost) continue;
     notes.push_back("Column \"" + column.fName +
                     "\" holds whole numbers beyond 2^53, whose last digits are lost.");
   }

@@ -1,10 +1,15 @@
 // A CSV or TSV file, or the text of one held in memory.
 #pragma once
 
+#include <arrow/type_fwd.h>
+
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "host/arrow/CsvInspector.h"
+#include "host/arrow/CsvRecords.h"
+#include "host/arrow/FileStamp.h"
 #include "host/data/IArrowSource.h"
 
 namespace MCHost {
@@ -19,14 +24,27 @@ class CsvSource final : public IArrowSource {
 
   const std::string& Name() const override { return fName; }
   void Open(const std::vector<int>* columns, ArrowArrayStream* stream) override;
+  // Whole numbers are 64-bit integers, and a column of which any text says more than its value does
+  // is one of texts.
+  void OpenOriginal(const std::vector<int>* columns, ArrowArrayStream* stream) override;
   std::int64_t CaseCount() const override { return fInspector.CaseCount(); }
   std::vector<std::string> Notes() const override;
 
+  // The file as it is written, from its first record on. Throws HostIOError.
+  CsvRecords Records() const;
+
  private:
+  using Types = std::vector<std::shared_ptr<arrow::DataType>>;
+
   void InspectFile();
+  Types OriginalTypes() const;
+  std::vector<bool> ColumnsThatHoldDigits() const;
+  std::shared_ptr<arrow::io::InputStream> OpenBytes() const;
+  void OpenAs(const Types& types, const std::vector<int>* columns, ArrowArrayStream* stream) const;
 
   std::string fName;
   bool fbFile;
+  FileStamp fStamp;
   std::string fText;
   CsvRules fRules;
   CsvInspector fInspector;
