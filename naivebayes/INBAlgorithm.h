@@ -23,6 +23,7 @@
 #include "naivebayes/MCStatus.h"
 #include "naivebayes/NBSelectionRequest.h"
 #include "naivebayes/NaiveBayesSettings.h"
+#include "naivebayes/model/NBLeaks.h"
 #include "naivebayes/model/NBOutput.h"
 #include "naivebayes/model/NBOutputStatistics.h"
 #include "naivebayes/variables/NBVarList.h"
@@ -115,6 +116,10 @@ class INBAlgorithm {
   virtual double GetTargetCategoryCount(int category) const = 0;
   // The model's predictors.
   virtual int GetNumberOfInputVars() const = 0;
+
+  // What the rules about leaks look at, of every predictor that was counted last, whether the model
+  // kept it or not. Empty for a restored model.
+  virtual const std::vector<NBInputTraits>& GetLeakTraits() const = 0;
 
   virtual void SetProgressListener(ProgressListener* listener) = 0;
   virtual const NaiveBayesSettings& GetSettings() const = 0;

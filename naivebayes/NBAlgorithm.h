@@ -59,6 +59,7 @@ class NBAlgorithm : public INBAlgorithm {
   double GetTargetCategoryCount(int category) const override { return fOutput.GetCount(category); }
   int GetTargetCategoryRecords(int category) const override { return fOutput.GetRecords(category); }
   int GetNumberOfInputVars() const override { return fNInputs; }
+  const std::vector<NBInputTraits>& GetLeakTraits() const override { return fvLeakTraits; }
   void SetProgressListener(ProgressListener* listener) override;
   const NaiveBayesSettings& GetSettings() const override { return fSettings; }
   const NBVarList& GetVarList() const override { return fVarList; }
@@ -163,6 +164,7 @@ class NBAlgorithm : public INBAlgorithm {
   int fNInputs = 0;
   NBayesOutput fOutput;
   std::vector<NBayesInput> fInputs;
+  std::vector<NBInputTraits> fvLeakTraits;
   std::vector<int> fvKeptInputs;  // where the inputs stood before the last pass dropped some
   std::int32_t fNRecords = 0;
   double fTotalWeight = 0;

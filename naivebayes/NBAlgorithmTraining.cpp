@@ -60,6 +60,9 @@ MCStatus NBAlgorithm::CountData(NBCodeSource& source, bool showProgress) {
   if (fNRecords < 2) return MCNaive::Error(MCNaive::kTooFewRecords);
   fTotalWeight += pass.GetWeight();
   FinishCounts();
+  fvLeakTraits.clear();
+  const double unit = fTotalWeight / fNRecords;
+  for (const NBayesInput& input : fInputs) fvLeakTraits.push_back(NBLeaks::TraitsOf(input, unit));
   return {};
 }
 

@@ -8,6 +8,7 @@
 #include "backend/predselect/predsele.h"
 #include "host/command/CommandSplitter.h"
 #include "host/data/DataTable.h"
+#include "host/output/BpError.h"
 #include "host/output/OutputDocument.h"
 #include "host/session/HostIOError.h"
 #include "host/session/OutputFile.h"
@@ -36,6 +37,10 @@ class RunSession : public MCHost::Session {
     SetProgressListener(surroundings.fReportProgress);
   }
 
+  double MemoryForCases() override {
+    fbMemoryTaken = true;
+    return fRequest.fMemory;
+  }
   void SetMacro(const std::string& name, const std::vector<std::string>& values) override {
     Session::SetMacro(name, values);
     fDocument.CurrentRun().fMacros.emplace_back(name, values);
@@ -54,8 +59,9 @@ class RunSession : public MCHost::Session {
     return use.empty() && MCHost::IsSameFile(path, fRequest.fStatePath) ? "the state" : use;
   }
 
-  bool fbLast = false;      // the last command is being run: its state is saved
-  bool fbFileLost = false;  // is all that the command failed in
+  bool fbLast = false;         // the last command is being run: its state is saved
+  bool fbMemoryTaken = false;  // some command has asked for it
+  bool fbFileLost = false;     // is all that the command failed in
 
  private:
   MCHost::OutputDocument& fDocument;
@@ -84,6 +90,11 @@ Outcome RunOne(const MCHost::CommandText& command, RunSession& session, DataTabl
   return session.fbFileLost ? Outcome::kFileLost : Outcome::kCommandError;
 }
 
+void ReportIdleMemory(RunSession& session) {
+  const MCHost::SessionScope scope(session);
+  MCHost::RaiseMessage(MCHost::OutputMessage::kWarning, "Memory for cases has no effect...");
+}
+
 }  // namespace
 
 void CheckOutputs(const RunRequest& request) {
@@ -106,7 +117,10 @@ Outcome RunCommands(DataTable& table, MCHost::OutputDocument& document, const Ru
     const Outcome one = RunOne(command, session, table, document);
     if (outcome != Outcome::kCommandError && one != Outcome::kCompleted) outcome = one;
   }
-  return session.IsCancelled() ? Outcome::kCancelled : outcome;
+  if (session.IsCancelled()) return Outcome::kCancelled;
+  const bool isIdle = request.fMemory > 0.0 && !session.fbMemoryTaken;
+  if (outcome == Outcome::kCompleted && isIdle) ReportIdleMemory(session);
+  return outcome;
 }
 
 }  // namespace PredSelect

@@ -3,6 +3,7 @@
 
 #include "host/output/render/RenderText.h"
 #include "operations/DescribeTable.h"
+#include "operations/FreeMemory.h"
 #include "operations/InspectState.h"
 #include "operations/RunCommands.h"
 #include "operations/ScoreTable.h"
@@ -87,6 +88,8 @@ predselect_status predselect_run(predselect_session* session, predselect_table* 
     request.fCommands = TextArgument(commands, "commands");
     if (given.state_path != nullptr) request.fStatePath = given.state_path;
     if (given.results_folder != nullptr) request.fResultsFolder = given.results_folder;
+    request.fMemory = given.memory == PREDSELECT_MEMORY_AUTO ? PredSelect::AutomaticMemory()
+                                                             : static_cast<double>(given.memory);
     return PredSelect::RunCommands(data, document, request, session->fSurroundings);
   });
 }

@@ -8,6 +8,7 @@
 
 #include "backend/predselect/drivers/NaiveDataSourceIter.h"
 #include "backend/predselect/drivers/PRSFiles.h"
+#include "backend/predselect/drivers/PRSLeaks.h"
 #include "backend/predselect/drivers/PRSMultiMetaData.h"
 #include "backend/predselect/drivers/PRSMultiRun.h"
 #include "backend/predselect/drivers/PRSProgress.h"
@@ -81,7 +82,17 @@ bool PRSMultiModel::Build(NaiveDataSourceIter& train, NaiveDataSourceIter* test)
   BuildOrSelect(train, test);
   if (!fRun.IsPassComplete(train)) return false;
   if (test != nullptr && !fRun.IsPassComplete(*test)) return false;
-  return ReportEngine();
+  if (!ReportEngine()) return false;
+  WarnOfLeaks(train.GetNCases());
+  return true;
+}
+
+void PRSMultiModel::WarnOfLeaks(int tableCases) const {
+  PRSLeaks leaks(fSpecs, fRun.Source(), fRun.Adapter(), tableCases);
+  for (const NBInputTraits& input : fpNBAlgorithm->GetLeakTraits()) {
+    leaks.Look(fRun.VarSpecs().GetKOVAVarIndex(input.fVarIndex), input.fTraits);
+  }
+  leaks.Warn();
 }
 
 void PRSMultiModel::BuildOrSelect(NaiveDataSourceIter& train, NaiveDataSourceIter* test) {

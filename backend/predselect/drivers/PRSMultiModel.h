@@ -60,6 +60,7 @@ class PRSMultiModel {
   void Select(NaiveDataSourceIter& train, NaiveDataSourceIter* test);
   bool ReportEngine();
   void NameDroppedInputs() const;
+  void WarnOfLeaks(int tableCases) const;
   bool WriteResultDocument() const;
   bool WriteModel();
 
