@@ -57,6 +57,7 @@ unsigned PlainNumberKinds(std::string_view text) {
 
 std::string_view WithoutBlanks(std::string_view text) {
   constexpr std::string_view kBlanks = " \t";
+  if (!text.empty() && text.front() > ' ' && text.back() > ' ') return text;  // as most are
   const std::size_t first = text.find_first_not_of(kBlanks);
   if (first == std::string_view::npos) return {};
   return text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
@@ -139,6 +140,47 @@ Digits DigitsOf(std::string_view number) {
   return digits;
 }
 
+constexpr std::array<std::uint64_t, 19> PowersOfTen() {
+  std::array<std::uint64_t, 19> powers{1};
+  for (std::size_t i = 1; i < powers.size(); ++i) powers[i] = 10 * powers[i - 1];
+  return powers;
+}
+
+// Whether the double nearest to `digits` / 10^places, rounded to so many places, is that again; by
+// whole numbers, for those that are small enough. False means nothing.
+bool IsNearestHeld(std::uint64_t digits, int places, double value) {
+  __extension__ using Wide = unsigned __int128;
+  constexpr int kMantissaBits = 53;
+  static constexpr std::array<std::uint64_t, 19> kPowers = PowersOfTen();
+  int exponent = 0;
+  const double fraction = std::frexp(std::abs(value), &exponent);
+  const int bits = kMantissaBits - exponent;  // value = mantissa / 2^bits
+  if (bits < 0 || bits > 63 || places >= static_cast<int>(kPowers.size())) return false;
+  const auto mantissa = static_cast<std::uint64_t>(fraction * 9007199254740992.0);
+  const Wide held = Wide{mantissa} * kPowers[static_cast<std::size_t>(places)];
+  const Wide said = static_cast<Wide>(digits) << bits;
+  return 2 * (held > said ? held - said : said - held) < Wide{1} << bits;
+}
+
+// The same for a number as it stands, where it is one of few digits without an exponent.
+bool IsPlainHeld(std::string_view number, double value) {
+  constexpr std::size_t kFewDigits = 19;  // 18 of them, and a point
+  const std::string_view bare = number[0] == '-' ? number.substr(1) : number;
+  if (bare.size() > kFewDigits || !std::isfinite(value)) return false;
+  std::uint64_t digits = 0;
+  std::size_t point = bare.size();
+  for (std::size_t i = 0; i < bare.size(); ++i) {
+    if (bare[i] == '.') {
+      point = i + 1;
+    } else if (IsDigit(bare[i])) {
+      digits = digits * 10 + static_cast<std::uint64_t>(bare[i] - '0');
+    } else {
+      return false;
+    }
+  }
+  return IsNearestHeld(digits, static_cast<int>(bare.size() - point), value);
+}
+
 }  // namespace
 
 unsigned CsvKindsOf(std::string_view text) {
@@ -150,9 +192,10 @@ unsigned CsvKindsOf(std::string_view text) {
 }
 
 bool CsvHoldsDigits(std::string_view number) {
-  const std::string_view bare = WithoutBlanks(number);
   double value = 0.0;
-  if (!ParseNumber(bare, &value)) return false;
+  if (!ParseNumber(number, &value)) return false;
+  const std::string_view bare = WithoutBlanks(number);
+  if (!IsPadded(bare) && IsPlainHeld(bare, value)) return true;  // as most are
   const bool isWord = bare.find_first_of("0123456789") == std::string_view::npos;
   if (isWord || !std::isfinite(value)) return isWord;
   if (IsPadded(bare)) return false;
@@ -161,7 +204,6 @@ bool CsvHoldsDigits(std::string_view number) {
   const auto digits = [&text](std::to_chars_result written) {
     return DigitsOf({text.data(), static_cast<std::size_t>(written.ptr - text.data())});
   };
-  // The shortest form is quicker to make, and the one that most files have.
   if (said == digits(std::to_chars(text.data(), text.data() + text.size(), value))) return true;
   const int precision = static_cast<int>(said.fDigits.size()) - 1;
   return precision > 0 && said == digits(std::to_chars(text.data(), text.data() + text.size(),

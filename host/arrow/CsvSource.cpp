@@ -33,14 +33,6 @@ std::shared_ptr<arrow::DataType> TypeOf(const CsvColumn& column) {
   return arrow::time64(arrow::TimeUnit::MICRO);
 }
 
-// The type that holds all that a column's texts say. `holdsDigits`: CsvHoldsDigits() of each.
-std::shared_ptr<arrow::DataType> OriginalTypeOf(const CsvColumn& column, bool holdsDigits) {
-  const unsigned kinds = column.fKinds;
-  if (kinds == kCsvAll) return arrow::null();
-  if (kinds & kCsvWhole) return arrow::int64();
-  return kinds & kCsvHeld || holdsDigits ? TypeOf(column) : arrow::utf8();
-}
-
 bool MustLookAtDigits(const CsvColumn& column) {
   return column.IsNumber() && (column.fKinds & kCsvSpelling) == kCsvMayHold;
 }
@@ -78,38 +70,65 @@ void CsvSource::Open(const std::vector<int>* columns, ArrowArrayStream* stream) 
 }
 
 void CsvSource::OpenOriginal(const std::vector<int>* columns, ArrowArrayStream* stream) {
-  OpenAs(OriginalTypes(), columns, stream);
-}
-
-CsvSource::Types CsvSource::OriginalTypes() const {
-  const std::vector<CsvColumn>& columns = fInspector.Columns();
-  const std::vector<bool> holdDigits = ColumnsThatHoldDigits();
   Types types;
-  for (std::size_t j = 0; j < columns.size(); ++j) {
-    types.push_back(OriginalTypeOf(columns[j], holdDigits[j]));
-  }
-  return types;
-}
-
-// Of those columns whose numbers must be looked at for it, which takes reading the file.
-std::vector<bool> CsvSource::ColumnsThatHoldDigits() const {
-  const std::vector<CsvColumn>& columns = fInspector.Columns();
-  std::vector<bool> hold(columns.size());
-  std::transform(columns.begin(), columns.end(), hold.begin(), MustLookAtDigits);
-  const auto isNull = [this](const std::string& text) {
-    return std::find(fRules.fNullTokens.begin(), fRules.fNullTokens.end(), text) !=
-           fRules.fNullTokens.end();
-  };
-  CsvRecords records = Records();
-  records.Next();
-  while (std::find(hold.begin(), hold.end(), true) != hold.end() && records.Next()) {
-    for (std::size_t j = 0; j < hold.size(); ++j) {
-      if (!hold[j] || records.Field(j).empty()) continue;
-      const std::string text = CsvRecords::TextOf(records.Field(j));
-      hold[j] = CsvHoldsDigits(text) || isNull(text);
+  for (std::size_t j = 0; j < fInspector.Columns().size(); ++j) {
+    const CsvColumn& column = fInspector.Columns()[j];
+    const int place = static_cast<int>(j);
+    const bool isWanted =
+        !columns || std::binary_search(columns->begin(), columns->end(), place);
+    if (!isWanted || column.fKinds == kCsvAll) {
+      types.push_back(arrow::null());
+    } else if (column.fKinds & kCsvWhole) {
+      types.push_back(arrow::int64());
+    } else {
+      types.push_back(DigitsOf(j) == Digits::kLost ? arrow::utf8() : TypeOf(column));
     }
   }
-  return hold;
+  OpenAs(types, columns, stream);
+}
+
+CsvSource::Kept CsvSource::KeptOf(int place) {
+  const auto j = static_cast<std::size_t>(place);
+  const CsvColumn& column = fInspector.Columns()[j];
+  if (column.fKinds == kCsvText) return Kept::kAll;
+  if (!column.IsNumber()) return Kept::kPart;
+  if (column.fKinds & kCsvWhole) return column.fbDigitsLost ? Kept::kPart : Kept::kAllOfIntegers;
+  return DigitsOf(j) == Digits::kHeld ? Kept::kAll : Kept::kPart;
+}
+
+CsvSource::Digits CsvSource::DigitsOf(std::size_t column) {
+  const CsvColumn& asked = fInspector.Columns()[column];
+  if (asked.fKinds & kCsvHeld) return Digits::kHeld;
+  if (!MustLookAtDigits(asked)) return Digits::kLost;
+  if (fDigits.empty()) LookAtDigits();
+  return fDigits[column];
+}
+
+void CsvSource::LookAtDigits() {
+  const std::vector<CsvColumn>& columns = fInspector.Columns();
+  fDigits.assign(columns.size(), Digits::kHeld);
+  std::vector<std::size_t> unsure;
+  for (std::size_t j = 0; j < columns.size(); ++j) {
+    if (MustLookAtDigits(columns[j])) unsure.push_back(j);
+  }
+  CsvRecords records = Records();
+  records.Next();
+  while (!unsure.empty() && records.Next()) {
+    for (const std::size_t j : unsure) LookAtDigit(records.Field(j), fDigits[j]);
+    std::erase_if(unsure, [this](std::size_t j) { return fDigits[j] == Digits::kLost; });
+  }
+}
+
+void CsvSource::LookAtDigit(std::string_view field, Digits& digits) const {
+  if (!field.empty() && field[0] != '"' && CsvHoldsDigits(field)) {
+    if (field.find_first_of("0123456789") == std::string_view::npos) digits = Digits::kHeldButWords;
+    return;
+  }
+  const std::string text = CsvRecords::TextOf(field);
+  const auto& nulls = fRules.fNullTokens;
+  if (std::find(nulls.begin(), nulls.end(), text) != nulls.end()) return;
+  if (field != text) return LookAtDigit(text, digits);
+  digits = Digits::kLost;
 }
 
 CsvRecords CsvSource::Records() const { return {OpenBytes(), fRules.fDelimiter, fName}; }

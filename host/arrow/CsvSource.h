@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/arrow/CsvInspector.h"
@@ -27,6 +28,7 @@ class CsvSource final : public IArrowSource {
   // Whole numbers are 64-bit integers, and a column of which any text says more than its value does
   // is one of texts.
   void OpenOriginal(const std::vector<int>* columns, ArrowArrayStream* stream) override;
+  Kept KeptOf(int column) override;
   std::int64_t CaseCount() const override { return fInspector.CaseCount(); }
   std::vector<std::string> Notes() const override;
 
@@ -36,9 +38,14 @@ class CsvSource final : public IArrowSource {
  private:
   using Types = std::vector<std::shared_ptr<arrow::DataType>>;
 
+  // Whether the doubles of a column hold its numbers: all of them, or all but infinities and NaN,
+  // which a table does not keep.
+  enum class Digits { kLost, kHeld, kHeldButWords };
+
   void InspectFile();
-  Types OriginalTypes() const;
-  std::vector<bool> ColumnsThatHoldDigits() const;
+  Digits DigitsOf(std::size_t column);
+  void LookAtDigits();
+  void LookAtDigit(std::string_view field, Digits& digits) const;
   std::shared_ptr<arrow::io::InputStream> OpenBytes() const;
   void OpenAs(const Types& types, const std::vector<int>* columns, ArrowArrayStream* stream) const;
 
@@ -48,6 +55,7 @@ class CsvSource final : public IArrowSource {
   std::string fText;
   CsvRules fRules;
   CsvInspector fInspector;
+  std::vector<Digits> fDigits;  // of each column; empty until it must be known
 };
 
 }  // namespace MCHost

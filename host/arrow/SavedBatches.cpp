@@ -1,6 +1,7 @@
 #include "host/arrow/SavedBatches.h"
 
 #include <arrow/array.h>
+#include <arrow/array/builder_primitive.h>
 #include <arrow/array/concatenate.h>
 #include <arrow/c/bridge.h>
 #include <arrow/record_batch.h>
@@ -58,6 +59,21 @@ std::shared_ptr<arrow::Field> WithLabel(std::shared_ptr<arrow::Field> field,
   return isNew ? field->WithMetadata(std::move(metadata)) : field;
 }
 
+// The whole numbers that doubles are.
+std::shared_ptr<arrow::Array> Integers(const arrow::Array& numbers) {
+  const auto& doubles = static_cast<const arrow::DoubleArray&>(numbers);
+  arrow::Int64Builder builder;
+  Check(builder.Reserve(doubles.length()), kHeld);
+  for (std::int64_t i = 0; i < doubles.length(); ++i) {
+    if (doubles.IsNull(i)) {
+      builder.UnsafeAppendNull();
+    } else {
+      builder.UnsafeAppend(static_cast<std::int64_t>(doubles.Value(i)));
+    }
+  }
+  return Value(builder.Finish(), kHeld);
+}
+
 }  // namespace
 
 std::shared_ptr<arrow::RecordBatchReader> AddedColumns(DataTable& table) {
@@ -103,6 +119,10 @@ class SavedBatches::Reader {
     }
   }
 
+  void ExpectEnd() {
+    if (CasesAhead() > 0) Changed();
+  }
+
   [[noreturn]] void Changed() const {
     throw HostIOError(fName, "", "the data changed while they were read");
   }
@@ -116,11 +136,16 @@ class SavedBatches::Reader {
   bool fbEnded = false;
 };
 
-SavedBatches::SavedBatches(DataTable& table, const std::vector<int>& own) {
+SavedBatches::SavedBatches(DataTable& table, const std::vector<int>& own)
+    : fCasesLeft(table.CaseCount()) {
   const auto nColumns = static_cast<std::int64_t>(own.size()) + table.ColumnCount();
   fMostCases = std::max<std::int64_t>(kBatchCells / std::max<std::int64_t>(nColumns, 1), 1);
-  OpenOwn(table, own);
+  const std::vector<int> given = OpenOwn(table, own);
   AddReader(AddedColumns(table), kHeld);
+  for (const int column : own) {
+    const auto place = std::find(given.begin(), given.end(), column);
+    fOrder.push_back(static_cast<std::size_t>(place - given.begin()));
+  }
   SetSchema(table, own);
 }
 
@@ -131,22 +156,37 @@ void SavedBatches::AddReader(std::shared_ptr<arrow::RecordBatchReader> batches,
   fReaders.push_back(std::make_unique<Reader>(std::move(batches), name));
 }
 
-// A source gives columns in its own order, whichever they are saved in.
-void SavedBatches::OpenOwn(DataTable& table, std::vector<int> own) {
-  if (own.empty()) return;
+// Returns the columns as the readers give them. A source gives its columns in ascending order.
+std::vector<int> SavedBatches::OpenOwn(DataTable& table, std::vector<int> own) {
   std::sort(own.begin(), own.end());
-  if (table.Source() == nullptr) return AddReader(HeldColumns(table, own), kHeld);
-  IArrowSource& source = *table.Source();
-  const auto group = static_cast<std::size_t>(source.ColumnsAtATime());
-  if (group >= own.size() || table.KeepsCells()) {
-    return AddReader(OpenOriginal(source, own), source.Name());
+  IArrowSource* source = table.Source();
+  const auto isRead = [source](int column) {
+    return source != nullptr && source->KeptOf(column) == IArrowSource::Kept::kPart;
+  };
+  const auto firstHeld = std::stable_partition(own.begin(), own.end(), isRead);
+  fbSetsPace = firstHeld != own.begin();
+  if (fbSetsPace) OpenSource(table, {own.begin(), firstHeld});
+  const std::vector<int> held(firstHeld, own.end());
+  if (held.empty()) return own;
+  AddReader(HeldColumns(table, held), kHeld);
+  for (std::size_t j = 0; source != nullptr && j < held.size(); ++j) {
+    if (source->KeptOf(held[j]) != IArrowSource::Kept::kAllOfIntegers) continue;
+    fIntegers.push_back(own.size() - held.size() + j);
   }
-  for (auto first = own.cbegin(); first != own.cend();) {
-    const auto end = first + static_cast<std::ptrdiff_t>(std::min(
-                                 group, static_cast<std::size_t>(own.cend() - first)));
-    const auto columns = OpenOriginal(source, {first, end});
-    AddReader(SpoolBatches(*columns, fMostCases, source.Name()), source.Name());
-    first = end;
+  return own;
+}
+
+void SavedBatches::OpenSource(const DataTable& table, const std::vector<int>& columns) {
+  IArrowSource& source = *table.Source();
+  const auto most = static_cast<std::size_t>(source.ColumnsAtATime());
+  if (most >= columns.size() || table.KeepsCells()) {
+    return AddReader(OpenOriginal(source, columns), source.Name());
+  }
+  for (std::size_t first = 0; first < columns.size(); first += most) {
+    const auto begin = columns.begin() + static_cast<std::ptrdiff_t>(first);
+    const std::size_t n = std::min(most, columns.size() - first);
+    const auto group = OpenOriginal(source, {begin, begin + static_cast<std::ptrdiff_t>(n)});
+    AddReader(SpoolBatches(*group, fMostCases, source.Name()), source.Name());
   }
 }
 
@@ -155,36 +195,36 @@ void SavedBatches::SetSchema(const DataTable& table, const std::vector<int>& own
   for (const auto& reader : fReaders) {
     for (const auto& field : reader->Schema()->fields()) given.push_back(field);
   }
-  std::vector<int> ascending = own;
-  std::sort(ascending.begin(), ascending.end());
-  for (const int column : own) {
-    const auto place = std::lower_bound(ascending.begin(), ascending.end(), column);
-    fOrder.push_back(static_cast<int>(place - ascending.begin()));
-  }
-  for (int j = static_cast<int>(own.size()); j < static_cast<int>(given.size()); ++j) {
-    fOrder.push_back(j);
-  }
+  for (const std::size_t j : fIntegers) given[j] = given[j]->WithType(arrow::int64());
+  for (std::size_t j = fOrder.size(); j < given.size(); ++j) fOrder.push_back(j);
   arrow::FieldVector fields;
-  for (std::size_t j = 0; j < fOrder.size(); ++j) {
-    const auto& field = given[static_cast<std::size_t>(fOrder[j])];
-    fields.push_back(j < own.size() ? WithLabel(field, table.GetVariable(own[j]).GetLabel())
-                                    : field);
+  for (const std::size_t place : fOrder) {
+    const std::size_t j = fields.size();
+    fields.push_back(j < own.size()
+                         ? WithLabel(given[place], table.GetVariable(own[j]).GetLabel())
+                         : given[place]);
   }
   // What is said of all columns together may be wrong of some of them.
   const bool isWhole = static_cast<int>(own.size()) == table.OwnColumnCount();
-  fpSchema = arrow::schema(std::move(fields), isWhole ? fReaders[0]->Schema()->metadata() : nullptr);
+  fpSchema =
+      arrow::schema(std::move(fields), isWhole ? fReaders[0]->Schema()->metadata() : nullptr);
 }
 
 std::shared_ptr<arrow::RecordBatch> SavedBatches::Next() {
-  const std::int64_t n = std::min(fReaders[0]->CasesAhead(), fMostCases);
-  arrow::ArrayVector given;
-  for (const auto& reader : fReaders) {
-    if (n == 0 && reader->CasesAhead() > 0) fReaders[0]->Changed();
-    if (n > 0) reader->Take(n, given);
+  Reader& first = *fReaders[0];
+  const std::int64_t most = std::min(fMostCases, fCasesLeft);
+  const std::int64_t n = fbSetsPace ? std::min(first.CasesAhead(), most) : most;
+  if (n == 0) {
+    for (const auto& reader : fReaders) reader->ExpectEnd();
+    if (fCasesLeft > 0) first.Changed();
+    return nullptr;
   }
-  if (n == 0) return nullptr;
+  arrow::ArrayVector given;
+  for (const auto& reader : fReaders) reader->Take(n, given);
+  fCasesLeft -= n;
+  for (const std::size_t j : fIntegers) given[j] = Integers(*given[j]);
   arrow::ArrayVector columns;
-  for (const int column : fOrder) columns.push_back(given[static_cast<std::size_t>(column)]);
+  for (const std::size_t place : fOrder) columns.push_back(given[place]);
   return arrow::RecordBatch::Make(fpSchema, n, std::move(columns));
 }
 

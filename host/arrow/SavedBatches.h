@@ -1,12 +1,13 @@
 // The columns of a table as they are saved: those that the data brought with the types and values
 // that they have there, then the variables that were added, as numbers and texts.
 //
-// The data are read from their source again, so no more of them is held than a batch. Own columns
-// of a table without a source are what the table holds of them.
+// What the table does not keep in full is read from its source again, so no more of it is held than
+// a batch. Own columns of a table without a source are what the table has of them.
 #pragma once
 
 #include <arrow/type_fwd.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -36,13 +37,17 @@ class SavedBatches {
   class Reader;
 
   void AddReader(std::shared_ptr<arrow::RecordBatchReader> batches, const std::string& name);
-  void OpenOwn(DataTable& table, std::vector<int> own);
+  std::vector<int> OpenOwn(DataTable& table, std::vector<int> own);
+  void OpenSource(const DataTable& table, const std::vector<int>& columns);
   void SetSchema(const DataTable& table, const std::vector<int>& own);
 
-  std::vector<std::unique_ptr<Reader>> fReaders;  // side by side; the first one sets the pace
-  std::vector<int> fOrder;                        // of their columns in what is saved
+  std::vector<std::unique_ptr<Reader>> fReaders;  // side by side
+  bool fbSetsPace = false;                        // the first one gives batches as they are saved
+  std::vector<std::size_t> fOrder;                // of the readers' columns in what is saved
+  std::vector<std::size_t> fIntegers;             // of them, those that are saved as integers
   std::shared_ptr<arrow::Schema> fpSchema;
   std::int64_t fMostCases = 0;  // in a batch
+  std::int64_t fCasesLeft;
 };
 
 }  // namespace MCHost

@@ -31,6 +31,10 @@ class IArrowSource {
     Open(columns, stream);
   }
 
+  // What a table, which keeps doubles and texts, has of a column of OpenOriginal.
+  enum class Kept { kPart, kAll, kAllOfIntegers };
+  virtual Kept KeptOf(int /*column*/) { return Kept::kPart; }
+
   // Number of cases when that is known without reading, otherwise -1.
   virtual std::int64_t CaseCount() const { return -1; }
 
