@@ -48,6 +48,7 @@ class FSPredictorState {
   double GetTotalWeight() const { return fTotal; }
   double GetMissingWeight() const { return fMissing; }
   double GetValidWeight() const { return fTotal - fMissing; }
+  double GetPercentMissing() const { return fTotal > 0.0 ? fMissing / fTotal * 100.0 : 0.0; }
   // Whether the predictor is categorical.
   bool IsOfCategory() const { return fNone == kNoCategory; }
   // Number of valid cases, not weighted: of a categorical predictor.

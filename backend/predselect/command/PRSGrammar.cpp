@@ -211,15 +211,22 @@ SubCom MacroVar() {
 }
 
 SubCom Print(bool univariable) {
-  SubCom print("PRINT", "The tables that are shown. All of them when PRINT is not given.");
+  SubCom print("PRINT", univariable ? "The tables that are shown. All of them but EFFECTS when "
+                                      "PRINT is not given."
+                                    : "The tables that are shown. All of them when PRINT is not "
+                                      "given.");
   print.addParamDesc(Param("NONE", Param::kFlag, "No table."))
       .addParamDesc(Param("CPS", Param::kFlag, "Case processing summary."))
       .addParamDesc(Param("EXCLUDED", Param::kFlag, "Predictors that were left out, and why."))
       .addParamDesc(Param("SELECTED", Param::kFlag, "The selected predictors."));
   if (univariable) {
-    return print.addParamDesc(
-        RankCriteria("SUMMARY", Param::kKeywordList,
-                     "Rank and statistics of each predictor, with the statistics named besides."));
+    return print
+        .addParamDesc(RankCriteria(
+            "SUMMARY", Param::kKeywordList,
+            "Rank and statistics of each predictor, with the statistics named besides."))
+        .addParamDesc(Param("EFFECTS", Param::kFlag,
+                            "How strong each predictor is: exact and adjusted significance, effect "
+                            "size with its interval, mutual information, missing values."));
   }
   return print.addParamDesc(Param("SUMMARY", Param::kFlag, "The subsets and their criterion."))
       .addParamDesc(

@@ -25,6 +25,7 @@ constexpr std::pair<const char*, bool PRSPrint::*> kTables[] = {
     {"SUMMARY", &PRSPrint::fbSummary},
     {"SELECTED", &PRSPrint::fbSelect},
     {"CLASSIFICATION", &PRSPrint::fbClassify},
+    {"EFFECTS", &PRSPrint::fbEffects},
 };
 
 // The grammar takes its words from the table of criteria.

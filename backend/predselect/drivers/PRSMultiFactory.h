@@ -44,6 +44,10 @@ class PRSMultiFactory {
   // Selects and trains, writes the model file, scores the cases.
   [[nodiscard]] bool RunNBComponent();
 
+  // After everything is shown: raises the error of a model file that could not be written, for which
+  // nothing but that file is lost.
+  void ReportLostModel() { fModel.ReportLostModel(); }
+
   // The engine is null before RunNBComponent, the list empty before CompleteMetaData.
   const INBAlgorithm* GetINBAlgorithm() const { return fModel.GetINBAlgorithm(); }
   const NBVarList* GetNaiveVarListPtr() const { return &fMetaData.VarList(); }
@@ -75,7 +79,10 @@ class PRSMultiFactory {
  private:
   // REQUIRES: the stream of training cases has ended without one.
   const char* WhyNoCase() const;
+  // Warns where the selection will not see the training cases themselves.
+  void WarnOfSimulation() const;
 
+  PRSValidSpecs& fSpecs;
   PRSMultiRun fRun;
   PRSMultiScreening fScreening;
   PRSMultiMetaData fMetaData;

@@ -105,12 +105,10 @@ void NaiveOutput::DisplayCPS() const {
                                   nExcluded);
   counts.fValid.fCases = nValid;
   counts.fExcluded.fCases = nExcluded;
-  const bool isWeighted = fpValidSpecs->GetKOVAWeightVar() >= 0;
   for (int k = 0; k < fpAlgorithm->GetNTargetCategories(); ++k) {
-    const double weight = fpAlgorithm->GetTargetCategoryCount(k);
-    PRSCaseCount count{weight, {}};
-    if (!isWeighted) count.fCases = static_cast<int>(weight);
-    counts.fCategories.push_back({TargetCategory(k), count});
+    counts.fCategories.push_back(
+        {TargetCategory(k),
+         {fpAlgorithm->GetTargetCategoryCount(k), fpAlgorithm->GetTargetCategoryRecords(k)}});
   }
   PRSShowCaseSummary(
       *fpValidSpecs, fpActiveDS->GetVariable(fpValidSpecs->GetDependVar()), counts,

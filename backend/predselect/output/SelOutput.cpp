@@ -1,6 +1,7 @@
 #include "backend/predselect/output/SelOutput.h"
 
 #include <algorithm>
+#include <map>
 #include <utility>
 
 #include "backend/predselect/command/PRSMessages.h"
@@ -47,6 +48,7 @@ void SelOutput::DisplayTables() const {
   BpCaseSummary();
   BpExcludedPred();
   BpPredSummary();
+  BpEffects();
   ChartPredSummary();
   BpSelPredictors();
 }
@@ -61,6 +63,7 @@ void SelOutput::BpCaseSummary() const {
   counts.fValid.fCases = nValid;
   counts.fExcluded.fCases = nExcluded;
   const KOVA_Variable& target = fpActiveDS->GetVariable(fpValidSpecs->GetDependVar());
+  std::map<KOVA_Value, PRSCaseCount> categories;  // whatever the order of the cases
   for (int i = 0; i < algorithm.GetNTargetCategories(); ++i) {
     int code = 0;
     std::pair<int, double> found{0, 0.0};
@@ -68,7 +71,10 @@ void SelOutput::BpCaseSummary() const {
     int kovaVar = -1;
     const KOVA_Value value = fpFactory->GetUAInputAdapter()->DecodeCatValue(
         algorithm.GetSettings()->GetTargetPosition(), code, kovaVar);
-    counts.fCategories.push_back({PRSCategoryLabel(target, value), {found.second, found.first}});
+    categories[value] = {found.second, found.first};
+  }
+  for (const auto& [value, count] : categories) {
+    counts.fCategories.push_back({PRSCategoryLabel(target, value), count});
   }
   PRSShowCaseSummary(*fpValidSpecs, target, counts, nullptr);
 }

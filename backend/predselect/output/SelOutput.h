@@ -37,6 +37,7 @@ class SelOutput {
   // The predictors that were excluded, by reason; a warning when there are none.
   void BpExcludedPred() const;
   void BpPredSummary() const;
+  void BpEffects() const;
   void ChartPredSummary() const;
   // A warning takes the table's place when nothing was selected, even if no table was asked for.
   void BpSelPredictors() const;
