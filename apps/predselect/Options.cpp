@@ -214,6 +214,11 @@ CLI::App* AddScore(CLI::App& app, Options& options) {
                    "Root of the names of the predicted probabilities; \"\" for none")
       ->type_name("ROOT")
       ->capture_default_str();
+  score
+      ->add_option("--drift", options.fDrift,
+                   "Write how the data differ from those that the model was built on, a row a "
+                   "predictor: .csv, .tsv, .parquet or .feather")
+      ->type_name("FILE");
   AddResultOptions(*score, options.fResult);
   return score;
 }

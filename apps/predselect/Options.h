@@ -53,6 +53,7 @@ struct Options {
   bool fbAllowEqual = false;         // merge: states of the same counts are taken, too
   std::string fPredicted = "PredictedValue";            // score: name of the predicted value
   std::string fProbabilities = "PredictedProbability";  // score: root, empty for none
+  std::string fDrift;    // score: file of what differs from the training data, empty for none
   double fMemory = 0.0;  // run: kilobytes for cases, 0 for as the commands say
   int fExitCode = 0;     // for kNone: help was shown (0) or the usage was wrong
 };
