@@ -1,6 +1,7 @@
 #include "operations/ScoreTable.h"
 
 #include <algorithm>
+#include <new>
 #include <optional>
 #include <string>
 #include <vector>
@@ -47,6 +48,9 @@ VarSpecObj Role(const char* name, const KOVA_DataSource& source) {
 
 void AddPredicted(KOVA_DataSource& source, const std::string& asked, const INBVariable& target,
                   Predictions& predictions) {
+  if (asked != ScoreRequest{}.fPredicted && source.FindVariable(asked) >= 0) {
+    throw RequestError("predicted", "the data have a variable \"" + asked + "\" already.");
+  }
   KovaVarName name;
   if (!Role("--predicted", source).NewVarNameByRoot(KovaVarName(asked), name)) {
     throw RequestError("predicted", "\"" + asked + "\" cannot name a new variable.");
@@ -104,8 +108,9 @@ bool Score(const INBAlgorithm& model, ProcedureDataSource& source, const Surroun
     const MCCommon::RecordBlock& block = cases.NextBlock(most);
     if (block.Cases() == 0) return true;
     if (surroundings.IsCancelled()) return false;
-    MCCommon::Assert(!model.ScoreBlock(block, scored).IsError(), "the model was built",
-                     "operations/ScoreTable");
+    const MCNaive::MCStatus status = model.ScoreBlock(block, scored);
+    if (status.GetErrorCode() == MCNaive::kNoMemory) throw std::bad_alloc();
+    MCCommon::Assert(!status.IsError(), "the model was built", "operations/ScoreTable");
     predictions.fWriter->Store(*cases.Stream().GetProcDS(), cases.Stream().GetBlockPlaces(),
                                scored.GetWinners(), scored.GetProbabilities());
     drift.Count(block, scored);

@@ -17,6 +17,15 @@ struct DataOptions {
   std::vector<std::string> fLevels;      // "variable=nominal|ordinal|scale"
   std::vector<std::string> fNullTokens;  // further texts that mean null in CSV and TSV
   bool fbStream = false;                 // read again on every pass instead of keeping in memory
+  bool fbSaved = false;                  // they are written again with what is added to them
+};
+
+// Where the table goes with its new variables, and what of it.
+struct SaveOptions {
+  std::string fFile;                // empty: it is not written
+  bool fbOnlyNew = false;           // without the columns of the data
+  std::vector<std::string> fKeys;   // but with these, before the new ones
+  bool fbForce = false;             // over a file that is there
 };
 
 // Where results go and how they look.
@@ -35,9 +44,9 @@ struct Options {
   Action fAction = kNone;
   DataOptions fData;
   ResultOptions fResult;
+  SaveOptions fSave;
   std::string fCommandText;          // -c
   std::string fCommandFile;          // -f, "-" for standard input
-  std::string fSaveData;             // empty: the table is not written
   std::string fSaveState;            // run: empty for none; merge: the merged component
   std::string fResults;              // run: directory of the result documents, empty for none
   std::vector<std::string> fStates;  // inspect and score: one; merge: two or more

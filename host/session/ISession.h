@@ -80,6 +80,11 @@ class ISession {
   // this.
   virtual void ReportFile(const std::string& path) { (void)path; }
 
+  // The current command's only error is a file that it could not write: all its other results are
+  // there and whole, new variables among them. A session to which an error is an error need not
+  // implement this.
+  virtual void ReportLostFile() {}
+
   // How far a long pass has come, once in a while. For a progress display.
   virtual void ReportProgress(const std::string& text) = 0;
 };

@@ -34,6 +34,7 @@ predselect_status StatusOf(Outcome outcome) {
     case Outcome::kCompleted:
       return PREDSELECT_OK;
     case Outcome::kCommandError:
+    case Outcome::kFileLost:
       return PREDSELECT_COMMAND_ERROR;
     case Outcome::kCancelled:
       return PREDSELECT_CANCELLED;

@@ -130,6 +130,8 @@ bool PRSParser::ProcessSubCommands(const CommandSpec& spec) {
   TakeWeight();
   // Without a SUBSET subcommand the subset is as large as its pseudo-BIC says.
   if (!fbUniVariable) fSpecs.Options().fSubset.fbPseudoBIC = true;
+  // Ranking screens by itself, a classifier when it is asked to.
+  fSpecs.Options().fScreening.fbOn = fbUniVariable || spec.getSubComObj("SCREENING") != nullptr;
   const Handler criteria =
       fbUniVariable ? &PRSParser::ProcessUniCriteriaSubCom : &PRSParser::ProcessMultiCriteriaSubCom;
   bool isValid = true;

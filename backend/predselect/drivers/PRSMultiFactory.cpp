@@ -24,7 +24,11 @@ std::string Plain(double number) {
 }  // namespace
 
 PRSMultiFactory::PRSMultiFactory(PRSValidSpecs* specs, ProcedureDataSource& source)
-    : fSpecs(*specs), fRun(*specs, source), fMetaData(fRun), fModel(fRun, fMetaData) {
+    : fSpecs(*specs),
+      fRun(*specs, source),
+      fScreening(fRun),
+      fMetaData(fRun, fScreening),
+      fModel(fRun, fMetaData) {
   fpTrainRecIter = fRun.NewStream(PRSMultiRun::Sample::kTraining);
   fpTrainRecIter->Start();
   if (fpTrainRecIter->GetFailReason() == MCCommon::RecordIterator::kNoRecords) {
@@ -50,7 +54,11 @@ bool PRSMultiFactory::PreliminaryDataPass() {
     return fRun.Fail(MCNaive::kDataUnusable);
   }
   if (!fModel.OpenModelFile()) return false;
-  fRun.ReadAll(*fpTrainRecIter);
+  if (fRun.Specs().GetScreenStatusOn()) {
+    fScreening.ReadAll(*fpTrainRecIter);
+  } else {
+    fRun.ReadAll(*fpTrainRecIter);
+  }
   fNTestRecords = fpTrainRecIter->GetNTestCases();
   if (!fRun.IsPassComplete(*fpTrainRecIter)) return false;
   fRun.AdapterMessages().WeightsLost(fRun.Adapter().GetLostWeights());

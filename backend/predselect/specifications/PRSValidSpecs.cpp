@@ -140,7 +140,7 @@ bool PRSValidSpecs::AddFeaturePrintOption(FeaturePrintOption option) {
 
 void PRSValidSpecs::SetPrintInfo(bool cps, bool exclude, bool summary, bool select, bool classify,
                                  bool uncert) {
-  fOptions.fPrint = {cps, exclude, summary, select, classify, uncert};
+  fOptions.fPrint = {cps, exclude, summary, select, classify, uncert, false};
 }
 
 void PRSValidSpecs::CompleteSpecs() {
@@ -173,13 +173,7 @@ void PRSValidSpecs::CompleteFeatureSettings(int targetPosition, int weightPositi
   }
   fpFeatureSettings->SetTargetPosition(targetPosition);
   if (weightPosition >= 0) fpFeatureSettings->SetWeightPosition(weightPosition);
-  if (GetScreenStatusOn()) {
-    fpFeatureSettings->SetMaxPctMiss(GetScreenPCTMissing());
-    fpFeatureSettings->SetMaxPctSingle(GetScreenPCTEqual());
-    fpFeatureSettings->SetMaxNCatAsPct(GetScreenPCTUnequal());
-    fpFeatureSettings->SetMinVariation(GetScreenCoeffVariate());
-    fpFeatureSettings->SetMinStddev(GetScreenStdDev());
-  }
+  if (GetScreenStatusOn()) SetThresholds(*fpFeatureSettings);
   // A criterion that does not suit the data is refused, and the data's own criteria stay.
   (void)fpFeatureSettings->SetCriterion(GetUniRank(), true);
   for (const FeaturePrintOption option : fFeaturePrintOptions) {
@@ -191,6 +185,14 @@ void PRSValidSpecs::CompleteFeatureSettings(int targetPosition, int weightPositi
 void PRSValidSpecs::SettleRecordsInMemory() {
   fpNaiveSettings->SetMaxRecordsInMemory(static_cast<long>(std::min(
       kKilobyte * GetMultiMemAllocate() / BytesPerRecord(*fpVarValidSpecs), kMostRecords)));
+}
+
+void PRSValidSpecs::SetThresholds(FSSettings& settings) const {
+  settings.SetMaxPctMiss(GetScreenPCTMissing());
+  settings.SetMaxPctSingle(GetScreenPCTEqual());
+  settings.SetMaxNCatAsPct(GetScreenPCTUnequal());
+  settings.SetMinVariation(GetScreenCoeffVariate());
+  settings.SetMinStddev(GetScreenStdDev());
 }
 
 void PRSValidSpecs::CompleteNaiveSettings() {

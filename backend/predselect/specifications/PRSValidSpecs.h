@@ -85,6 +85,9 @@ class PRSValidSpecs {
   double GetScreenCoeffVariate() const { return fOptions.fScreening.fCoeffVariate.fValue; }
   double GetScreenStdDev() const { return fOptions.fScreening.fStdDev.fValue; }
 
+  // Gives settings these thresholds.
+  void SetThresholds(FSSettings& settings) const;
+
   // The same thresholds in the user's own digits, for output. Empty for one that was not typed.
   void SetStringScreenOptions(std::string pctMissing, std::string pctEqual, std::string pctUnequal,
                               std::string coeffVariate, std::string stdDev);
@@ -168,7 +171,7 @@ class PRSValidSpecs {
     return fFeaturePrintOptions;
   }
 
-  // Which tables are shown.
+  // Which tables are shown; without that of effects, which Options() alone asks for.
   void SetPrintInfo(bool cps, bool exclude, bool summary, bool select, bool classify, bool uncert);
   bool GetPrintCPS() const { return fOptions.fPrint.fbCPS; }
   bool GetPrintExclude() const { return fOptions.fPrint.fbExclude; }
@@ -176,6 +179,7 @@ class PRSValidSpecs {
   bool GetPrintSelect() const { return fOptions.fPrint.fbSelect; }
   bool GetPrintClassify() const { return fOptions.fPrint.fbClassify; }
   bool GetPrintUncert() const { return fOptions.fPrint.fbUncert; }
+  bool GetPrintEffects() const { return fOptions.fPrint.fbEffects; }
 
   // Which charts are drawn.
   void SetPlotSummary(bool on) { fOptions.fPlot.fbSummary = on; }
