@@ -27,12 +27,12 @@ const INBAlgorithm& ModelOf(const ComponentFile& state, const std::string& name)
 
 // Adds the predicted value and, if asked for, the predicted probability of each category to the
 // table, and shows how many cases were predicted, in a run of the document, whose data source is
-// the caller's to name. Names that are taken get a number, but a name of the predicted value that the
-// caller chose is refused. A case without a prediction has missing cells. Completed or cancelled. Throws RequestError for a table that does not fit the model (no
-// option) and for names that cannot be used (predicted, probabilities); MCHost::HostIOError. What
-// is cancelled, or refused for a value that a case has, leaves new variables in the table, filled
-// in part.
-// REQUIRES: the table was prepared; the model was built, as one from a state always is.
+// the caller's to name. Names that are taken get a number, but a name of the predicted value that
+// the caller chose is refused. A case without a prediction has missing cells. Completed or
+// cancelled. Throws RequestError for a table that does not fit the model (no option) and for names
+// that cannot be used (predicted, probabilities); MCHost::HostIOError. What is cancelled, or
+// refused for a value that a case has, leaves new variables in the table, filled in part. REQUIRES:
+// the table was prepared; the model was built, as one from a state always is.
 Outcome ScoreTable(MCHost::DataTable& table, const INBAlgorithm& model,
                    MCHost::OutputDocument& document, const ScoreRequest& request,
                    const Surroundings& surroundings);

@@ -122,9 +122,9 @@ void AddResultOptions(CLI::App& command, ResultOptions& result) {
 }
 
 CLI::Option* AddSaveOptions(CLI::App& command, const std::string& what, SaveOptions& save) {
-  CLI::Option* file = command.add_option("--save-data", save.fFile,
-                                         "Write the table with the " + what +
-                                             ": .csv, .tsv, .parquet, .arrow or .feather");
+  CLI::Option* file = command.add_option(
+      "--save-data", save.fFile,
+      "Write the table with the " + what + ": .csv, .tsv, .parquet, .arrow or .feather");
   file->type_name("FILE");
   CLI::Option* onlyNew =
       command.add_flag("--only-new", save.fbOnlyNew, "Save the " + what + " alone")->needs(file);
@@ -147,8 +147,7 @@ void RefuseOneFileForTwo(const Options& options) {
     }
     for (const FileUse& other : files) {
       const bool isForced = file.fbTable && !other.fbWritten;
-      const bool isFree =
-          !file.fbWritten || &file == &other || (isForced && options.fSave.fbForce);
+      const bool isFree = !file.fbWritten || &file == &other || (isForced && options.fSave.fbForce);
       if (isFree || !MCHost::IsSameFile(file.fPath, other.fPath)) continue;
       throw CLI::ValidationError(file.fOption, quoted + " is the file of " + other.fOption +
                                                    ", too" +

@@ -10,9 +10,7 @@
 namespace PredSelectApp {
 
 SaveTable::SaveTable(MCHost::DataTable& table, const SaveOptions& options)
-    : fpTable(&table),
-      fpOptions(&options),
-      fKeys(PredSelect::KeyColumns(table, options.fKeys)) {}
+    : fpTable(&table), fpOptions(&options), fKeys(PredSelect::KeyColumns(table, options.fKeys)) {}
 
 void SaveTable::Write() const {
   const std::string& path = fpOptions->fFile;
