@@ -19,7 +19,8 @@ std::vector<FileUse> FilesOf(const Options& options) {
       {options.fCommandFile, "--file", "the commands", false},
       {options.fResult.fFile, "--output", "the output", true},
       {options.fSaveState, "--save-state", "the state", true},
-      {options.fSave.fFile, "--save-data", "the data to be saved", true, true}};
+      {options.fSave.fFile, "--save-data", "the data to be saved", true, true},
+      {options.fDrift, "--drift", "the drift report", true}};
   if (options.fAction != Options::kMerge && !options.fStates.empty()) {
     files.push_back({options.fStates.front(), "the state", "the state", false});
   }
@@ -53,6 +54,7 @@ void CheckOutputs(const Options& options) {
   if (!saved.empty() && !MayBeSaved(options.fSave)) {
     throw UsageError("--save-data: \"" + saved + "\" is there already; --force replaces it.");
   }
+  if (!options.fDrift.empty()) MCHost::CheckDataFile(options.fDrift);
   PredSelect::CheckOutputs({.fStatePath = options.fSaveState, .fResultsFolder = options.fResults});
 }
 

@@ -10,8 +10,10 @@
 #include "apps/predselect/ProgressLine.h"
 #include "apps/predselect/SaveTable.h"
 #include "apps/predselect/Terminal.h"
-#include "host/data/DataTable.h"
+#include "host/arrow/DataFile.h"
+#include "host/data/MemoryTable.h"
 #include "operations/ScoreTable.h"
+#include "operations/ScoringDrift.h"
 #include "operations/StateFile.h"
 
 namespace PredSelectApp {
@@ -24,12 +26,17 @@ int ScoreData(const Options& options) {
   const SaveTable saved(*table, options.fSave);
   ProgressLine progress(false);
   LiveOutput document(options.fResult, progress, options.fData.fFile);
+  PredSelect::ScoringDrift drift;
   const PredSelect::Outcome outcome =
       PredSelect::ScoreTable(*table, model, document, {options.fPredicted, options.fProbabilities},
-                             ProgramSurroundings(progress));
+                             ProgramSurroundings(progress), &drift);
   if (outcome != PredSelect::Outcome::kCompleted) return ExitCodeOf(outcome);
   saved.Write();
   document.CurrentRun().fFiles.push_back(options.fSave.fFile);
+  if (!options.fDrift.empty()) {
+    MCHost::WriteDataFile(*PredSelect::DriftTable(drift), options.fDrift);
+    document.CurrentRun().fFiles.push_back(options.fDrift);
+  }
   WriteDocument(document, options.fResult);
   return kCompleted;
 }

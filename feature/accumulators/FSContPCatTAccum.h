@@ -3,6 +3,7 @@
 
 #include "feature/accumulators/FSMapIStat.h"
 #include "feature/accumulators/FSPredictorState.h"
+#include "feature/accumulators/FSScale.h"
 #include "feature/accumulators/IFSPredTargetAccum.h"
 
 class FSContPCatTAccum : public IFSPredTargetAccum {
@@ -18,6 +19,8 @@ class FSContPCatTAccum : public IFSPredTargetAccum {
              const FSRecode& target) override;
   void ComputeVariances() override { fPredictorByTarget.ComputeVariances(); }
   FSScores ComputeScores(const MCFSCommon::CriteriaSet& wanted) const override;
+  MCCommon::LeakTraits GetLeakTraits() const override;
+  FSEffect ComputeEffect(MCFSCommon::RankCriteria ranking) const override;
   bool IsCategorical() const override { return false; }
   const FSMapICnt* GetCategories() const override { return nullptr; }
   int WriteObject(std::fstream& os) const override;
@@ -28,15 +31,18 @@ class FSContPCatTAccum : public IFSPredTargetAccum {
 
  private:
   template <class Archive, class Self>
-  static void Fields(Archive& archive, Self& self);
-  void AddBlockDense(const double* predictor, const FSCaseBlock& cases);
-  void Add(FSPredictorState& state, double predictor, int target, double weight);
+  static void Fields(Archive& archive, Self& self, bool grown);
+  bool IsGrown() const { return fScale.GetExponent() != 0; }
+  void Coarsen(int by);
+  // `share` is weight / (valid weight before + weight).
+  void Add(FSPredictorState& state, double predictor, int target, double share, double weight);
 
   // Over all valid cases: squared deviations within the groups and of the group means from the
   // overall mean, divided by W - 1; 0 where W is not above 1.
   double OverallStddev() const;
 
   FSPredictorState fState{FSPredictorState::kNoNumber};
+  FSScale fScale;  // of the predictor: its moments are in units of it
   double fMean = 0.0;
   FSMapIStat fPredictorByTarget;
 };

@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
+#include "common/CompensatedSum.h"
 #include "common/MissingValue.h"
 #include "feature/accumulators/FSMapIStat.h"
 #include "feature/accumulators/FSMaps.h"
@@ -55,26 +57,26 @@ double ContingencyTable::DegreesOfFreedom() const {
 }
 
 double PearsonChiSquare(const ContingencyTable& table) {
-  double sum = 0.0;
+  MCCommon::CompensatedSum sum;  // in whatever order the categories came
   for (std::size_t i = 0; i < table.fRows.size(); ++i) {
     for (const auto& [column, count] : table.Cells(i)) {
       const double expected = table.Expected(i, column);
       const double difference = count - expected;
-      sum += difference * difference / expected;
+      sum.Add(difference * difference / expected);
     }
-    sum += table.ExpectedInEmpty(i);
+    sum.Add(table.ExpectedInEmpty(i));
   }
-  return sum;
+  return sum.Total();
 }
 
 double LikelihoodRatioChiSquare(const ContingencyTable& table) {
-  double sum = 0.0;
+  MCCommon::CompensatedSum sum;  // in whatever order the categories came
   for (std::size_t i = 0; i < table.fRows.size(); ++i) {
     for (const auto& [column, count] : table.Cells(i)) {
-      sum += count * std::log(count / table.Expected(i, column));
+      sum.Add(count * std::log(count / table.Expected(i, column)));
     }
   }
-  return 2.0 * sum;
+  return 2.0 * sum.Total();
 }
 
 double CramersV(const ContingencyTable& table, double chiSquare) {
@@ -107,6 +109,14 @@ Anova OneWayAnova(const FSMapIStat& groups, double overallMean, double total) {
   result.fDf1 = k - 1.0;
   result.fDf2 = total - k;
   return result;
+}
+
+double PerfectFrom(double n, double squaredMeanX, double squaredMeanY) {
+  constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
+  constexpr double kMost = 1e-10;
+  const double sums = kEpsilon * (8.0 + 4.0 * std::sqrt(n));
+  const double values = kEpsilon * kEpsilon * (squaredMeanX + squaredMeanY);
+  return std::min(sums + values, kMost);
 }
 
 double CorrelationT(double r, double df) { return r * std::sqrt(df / (1.0 - r * r)); }

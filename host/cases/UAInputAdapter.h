@@ -14,6 +14,7 @@
 #include "host/cases/KOVA_InputCaseIterator.h"
 #include "host/cases/KOVA_Value.h"
 #include "host/cases/UACategories.h"
+#include "host/cases/UALostWeights.h"
 
 class ProcedureDataSource;
 class UACaseScan;
@@ -38,9 +39,11 @@ class UAInputAdapter {
   // and a missing value for a code or variable that does not exist).
   KOVA_Value DecodeCatValue(int recordVar, int code, int& kovaVar) const;
 
-  // Numbers the categories of a record variable by this list and no further; values that are not in
-  // it are missing. REQUIRES: before the first pass; values of the variable's kind.
-  void FixCategories(int recordVar, const std::vector<KOVA_Value>& categories);
+  // Numbers the categories of a record variable by this list and no further. Of the values that are
+  // not in it, those in `missing` are missing, and all others are delivered as
+  // UACategories::kUnseen. REQUIRES: before the first pass; values of the variable's kind.
+  void FixCategories(int recordVar, const std::vector<KOVA_Value>& categories,
+                     const KOVA_MissingValues& missing = {});
 
   // Renumbers the categories by value (numbers by size, strings by bytes); codes delivered from the
   // next pass on are the new ones.
@@ -58,6 +61,9 @@ class UAInputAdapter {
 
   // nRecords: the cases delivered in the first pass over the data.
   int GetRecordCount() const { return fNRecords; }
+
+  // What the first pass over the data has met of frequency weights, whatever else the cases hold.
+  const UALostWeights& GetLostWeights() const { return fLostWeights; }
 
   // For the streams. A new scan (throws HostIOError); the next chunk of one, observed and prepared,
   // false at the end (throws HostIOError); making a scan the one that is reading; counting a
@@ -95,6 +101,7 @@ class UAInputAdapter {
   KOVA_InputCaseIterator fIterator;
   UACaseScan* fpReading = nullptr;
   bool fbObserved = false;  // every case, by a scan that came to the end
+  UALostWeights fLostWeights;
   int fNScans = 0;
   int fNRecords = 0;
 };
