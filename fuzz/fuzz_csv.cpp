@@ -168,8 +168,8 @@ void CheckTable(const std::string& text, const CsvRules& rules, std::int64_t nCa
     const std::string after = ContentsOf(again);
     Require(after == contents, "writing and reading changes nothing", contents + "\n" + after);
     MCHost::WriteDataFile(table, folder.File("t.arrow"));
-    const std::string kept = ContentsOf(*MCHost::OpenDataFile(
-        folder.File("t.arrow"), {}, MCHost::TableStorage::kMemory));
+    const std::string kept = ContentsOf(
+        *MCHost::OpenDataFile(folder.File("t.arrow"), {}, MCHost::TableStorage::kMemory));
     Require(kept.starts_with(std::to_string(nCases) + " cases\n"), "columns have the cases", kept);
   } catch (const HostIOError& error) {
     Require(false, "what was inspected can be read", error.what());
