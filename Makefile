@@ -9,11 +9,13 @@
 #   make compare OLD=path  every output of this build beside those of another build of the program
 #   make asan    the test suite under AddressSanitizer and UBSan
 #   make fuzz    every fuzz target for FUZZ_SECONDS (600 unless given) seconds
+#   make package  a Debian package and an archive with everything inside, in build/release/packages
+#   make check-package  install and run both on a Debian that has nothing else (needs root)
 #   make evaluator  set up the independent evaluator of model files, for the tests (needs Java)
 #   make tidy    clang-tidy over the sources of program and libraries
 #   make format  clang-format over all sources
 #   make clean   removes everything that was built
-.PHONY: demo test program build bench bench-growth bench-end compare asan fuzz evaluator tidy format clean
+.PHONY: demo test program build bench bench-growth bench-end compare asan fuzz package check-package evaluator tidy format clean
 
 demo: program
 	@scripts/demo
@@ -49,6 +51,14 @@ asan:
 	cmake --preset asan >/dev/null
 	cmake --build --preset asan
 	ctest --preset asan
+
+package: program
+	@scripts/setup --package
+	cmake --build --preset release
+	cd build/release && cpack -G DEB && cpack -G TGZ
+
+check-package: package
+	@scripts/check-package
 
 evaluator:
 	@scripts/setup

@@ -40,6 +40,9 @@ class FSAlgorithm final : public IFSAlgorithm {
                                    int nBest) const override;
   bool GetPredictorStats(int criterion, int predictor, double& value, double& out2, double& out3,
                          double& out4) const override;
+  FSEffect GetPredictorEffect(MCFSCommon::RankCriteria ranking, int predictor) const override {
+    return fPredictors.GetPredictorEffect(ranking, predictor);
+  }
   MCFeature::MCStatus ExportAllXML(std::ostream& out) const override;
   MCFeature::MCStatus SaveState(std::fstream& out) const override;
   MCFeature::MCStatus SaveStateXML(std::ostream& out) const override;
@@ -53,6 +56,9 @@ class FSAlgorithm final : public IFSAlgorithm {
   MCFeature::MCStatus GetTopPredictors(MCFSCommon::RankCriteria criterion,
                                        std::vector<int>& indices, std::vector<double>& values,
                                        int n) const override;
+  MCCommon::LeakTraits GetLeakTraits(int predictor) const override {
+    return fPredictors.GetLeakTraits(predictor);
+  }
   bool IsDataAccumulated() const override { return fbDataAccumulated; }
   bool ArePredictorsRanked() const override { return fbPredictorsRanked; }
   void Display(std::ostream& out) const override;

@@ -209,6 +209,17 @@ bool FSPredictorSet::GetPredictorStats(int criterion, int predictor, double& val
   return row->GetOutputs(score, value, out2, out3, out4);
 }
 
+MCCommon::LeakTraits FSPredictorSet::GetLeakTraits(int predictor) const {
+  if (!IsThere(predictor)) return {};
+  return fCounts.At(static_cast<std::size_t>(predictor))->GetLeakTraits();
+}
+
+FSEffect FSPredictorSet::GetPredictorEffect(MCFSCommon::RankCriteria ranking, int predictor) const {
+  return IsThere(predictor)
+             ? fCounts.At(static_cast<std::size_t>(predictor))->ComputeEffect(ranking)
+             : FSEffect();
+}
+
 int FSPredictorSet::GetNTargetCategories() const {
   return static_cast<int>(fCounts.GetTargetCategories().Size());
 }

@@ -22,6 +22,7 @@
 #include "feature/pass/FSCounts.h"
 #include "feature/ranking/FSExclusions.h"
 #include "feature/ranking/FSRanking.h"
+#include "feature/statistics/FSEffect.h"
 
 struct FSCategoryMaps;
 struct FSCriterion;
@@ -92,6 +93,12 @@ class FSPredictorSet {
   // index or criterion outside its range.
   bool GetPredictorStats(int criterion, int predictor, double& value, double& out2, double& out3,
                          double& out4) const;
+
+  // What the rules about leaks look at; nothing of a deleted predictor, and for an index outside
+  // the range.
+  MCCommon::LeakTraits GetLeakTraits(int predictor) const;
+  // IFSPredTargetAccum::ComputeEffect of a predictor; nothing as above.
+  FSEffect GetPredictorEffect(MCFSCommon::RankCriteria ranking, int predictor) const;
 
   void GetNValidNExcluded(double& validWeight, double& excludedWeight, int& validCases,
                           int& excludedCases) const {

@@ -6,6 +6,8 @@
 #include "feature/accumulators/FSDisplay.h"
 #include "feature/accumulators/FSScreening.h"
 #include "feature/accumulators/FSWalkBlock.h"
+#include "feature/statistics/FSEffects.h"
+#include "feature/statistics/FSLeaks.h"
 #include "feature/statistics/FSStatistics.h"
 
 inline void FSCatPCatTAccum::Count(int predictor, int target, double weight) {
@@ -77,10 +79,22 @@ std::size_t FSCatPCatTAccum::CheckAllReasons(const FSSettings* settings,
   return reasons.size();
 }
 
+FSStatistics::ContingencyTable FSCatPCatTAccum::Counts() const {
+  return {fPredictorCounts, fTargetCounts, fJointCounts, fState.GetValidWeight()};
+}
+
 FSScores FSCatPCatTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) const {
-  const FSStatistics::ContingencyTable table(fPredictorCounts, fTargetCounts, fJointCounts,
-                                             fState.GetValidWeight());
-  return FSScoresBy(&FSCriterion::fCatCat, table, wanted);
+  return FSScoresBy(&FSCriterion::fCatCat, Counts(), wanted);
+}
+
+FSEffect FSCatPCatTAccum::ComputeEffect(MCFSCommon::RankCriteria ranking) const {
+  FSEffect effect = FSEffects::OfTable(Counts(), ranking);
+  effect.fPercentMissing = fState.GetPercentMissing();
+  return effect;
+}
+
+MCCommon::LeakTraits FSCatPCatTAccum::GetLeakTraits() const {
+  return FSLeaks::OfPairs(fTargetCounts, fJointCounts, fState.GetCaseWeight());
 }
 
 void FSCatPCatTAccum::Display(std::ostream& out) const {

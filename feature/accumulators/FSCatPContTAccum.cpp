@@ -6,6 +6,8 @@
 #include "feature/accumulators/FSDisplay.h"
 #include "feature/accumulators/FSScreening.h"
 #include "feature/accumulators/FSWalkBlock.h"
+#include "feature/statistics/FSEffects.h"
+#include "feature/statistics/FSLeaks.h"
 
 inline void FSCatPContTAccum::Add(FSPredictorState& state, int predictor, double target,
                                   double share, double weight) {
@@ -63,6 +65,16 @@ FSScores FSCatPContTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) 
   return FSScoresBy(&FSCriterion::fCatCont,
                     FSGroupedValues{fTargetByCategory, fTargetMean, fState.GetValidWeight()},
                     wanted);
+}
+
+MCCommon::LeakTraits FSCatPContTAccum::GetLeakTraits() const {
+  return FSLeaks::OfTargetByCategory(fTargetByCategory, fState.GetCaseWeight());
+}
+
+FSEffect FSCatPContTAccum::ComputeEffect(MCFSCommon::RankCriteria) const {
+  FSEffect effect = FSEffects::OfGroups({fTargetByCategory, fTargetMean, fState.GetValidWeight()});
+  effect.fPercentMissing = fState.GetPercentMissing();
+  return effect;
 }
 
 void FSCatPContTAccum::Display(std::ostream& out) const {

@@ -21,6 +21,8 @@ class FSCatPContTAccum : public IFSPredTargetAccum {
              const FSRecode& target) override;
   void ComputeVariances() override { fTargetByCategory.ComputeVariances(); }
   FSScores ComputeScores(const MCFSCommon::CriteriaSet& wanted) const override;
+  MCCommon::LeakTraits GetLeakTraits() const override;
+  FSEffect ComputeEffect(MCFSCommon::RankCriteria ranking) const override;
   bool IsCategorical() const override { return true; }
   const FSMapICnt* GetCategories() const override { return &fPredictorCounts; }
   int WriteObject(std::fstream& os) const override;

@@ -6,6 +6,8 @@
 #include "feature/accumulators/FSDisplay.h"
 #include "feature/accumulators/FSScreening.h"
 #include "feature/accumulators/FSWalkBlock.h"
+#include "feature/statistics/FSEffects.h"
+#include "feature/statistics/FSLeaks.h"
 
 inline void FSContPCatTAccum::Add(FSPredictorState& state, double predictor, int target,
                                   double share, double weight) {
@@ -69,6 +71,17 @@ std::size_t FSContPCatTAccum::CheckAllReasons(const FSSettings* settings,
 FSScores FSContPCatTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) const {
   return FSScoresBy(&FSCriterion::fContCat,
                     FSGroupedValues{fPredictorByTarget, fMean, fState.GetValidWeight()}, wanted);
+}
+
+MCCommon::LeakTraits FSContPCatTAccum::GetLeakTraits() const {
+  const double stddev = OverallStddev();
+  return FSLeaks::OfPredictorByTarget(fPredictorByTarget, fState.GetCaseWeight(), stddev * stddev);
+}
+
+FSEffect FSContPCatTAccum::ComputeEffect(MCFSCommon::RankCriteria) const {
+  FSEffect effect = FSEffects::OfGroups({fPredictorByTarget, fMean, fState.GetValidWeight()});
+  effect.fPercentMissing = fState.GetPercentMissing();
+  return effect;
 }
 
 void FSContPCatTAccum::Display(std::ostream& out) const {

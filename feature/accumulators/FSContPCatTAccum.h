@@ -19,6 +19,8 @@ class FSContPCatTAccum : public IFSPredTargetAccum {
              const FSRecode& target) override;
   void ComputeVariances() override { fPredictorByTarget.ComputeVariances(); }
   FSScores ComputeScores(const MCFSCommon::CriteriaSet& wanted) const override;
+  MCCommon::LeakTraits GetLeakTraits() const override;
+  FSEffect ComputeEffect(MCFSCommon::RankCriteria ranking) const override;
   bool IsCategorical() const override { return false; }
   const FSMapICnt* GetCategories() const override { return nullptr; }
   int WriteObject(std::fstream& os) const override;

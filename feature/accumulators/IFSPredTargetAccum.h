@@ -14,6 +14,8 @@
 #include <iosfwd>
 #include <vector>
 
+#include "common/LeakCheck.h"
+#include "feature/statistics/FSEffect.h"
 #include "feature/statistics/FSScore.h"
 
 class FSMapICnt;
@@ -85,4 +87,11 @@ class IFSPredTargetAccum {
 
   // Weighted counts of the categories of a categorical predictor; null for a continuous one.
   virtual const FSMapICnt* GetCategories() const = 0;
+
+  // What the rules about leaks look at; nothing in a pass without a target. Once variances are
+  // computed.
+  virtual MCCommon::LeakTraits GetLeakTraits() const { return {}; }
+  // How strongly predictor and target go together; `ranking` chooses between the tests that serve.
+  // Nothing where no target is defined.
+  virtual FSEffect ComputeEffect(MCFSCommon::RankCriteria) const { return {}; }
 };

@@ -48,6 +48,8 @@ COMMANDS = [
           for model in (CATEGORICAL, MIXED) for ranking in RANKINGS),
         f"SELECTPRED {MIXED} /CRITERIA TIMER=0 SIZE=3 PCUTOFF=1.",
         f"SELECTPRED {MIXED} /CRITERIA SIZE=AUTO PCUTOFF=0.000001 SHOWUNSELECTED=2.",
+        *(f"SELECTPRED {target} /CRITERIA SHOWUNSELECTED=9 /PRINT EFFECTS."
+          for target in (MIXED, CATEGORICAL, "body_mass_g (MLEVEL=S)")),
         *(f"SELECTPRED {CATEGORICAL} /PRINT {shown}."
           for shown in ("NONE", "CPS", "EXCLUDED", "SELECTED", "SUMMARY", "SUMMARY(LAMBDA)",
                         f"CPS EXCLUDED SUMMARY({' '.join(RANKINGS)}) SELECTED")),
