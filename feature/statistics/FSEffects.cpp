@@ -109,8 +109,8 @@ FSEffect OfCorrelation(const FSCorrelation& correlation) {
   effect.fTotal = correlation.fTotal;
   effect.fDf1 = correlation.fTotal - 2.0;
   effect.fSize = correlation.fR;
-  if (MCMV::IsMissing(correlation.fR)) return effect;
-  if (correlation.fR * correlation.fR < 1.0 && effect.fDf1 >= 0.0) {
+  if (MCMV::IsMissing(correlation.fR) || effect.fDf1 == 0.0) return effect;
+  if (correlation.fR * correlation.fR < 1.0 && effect.fDf1 > 0.0) {
     effect.fStatistic = FSStatistics::CorrelationT(correlation.fR, effect.fDf1);
     effect.fLogP = FSTail::LogTwoSidedT(effect.fStatistic, effect.fDf1);
   } else {
