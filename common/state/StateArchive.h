@@ -124,6 +124,9 @@ class BinaryStateReader {
 
   // Reads the tag.
   BinaryStateReader(std::fstream& is, StateName name);
+  // Reads that of the form which the object has, of the forms of one class.
+  BinaryStateReader(std::fstream& is, std::span<const StateName> forms);
+  std::size_t GetForm() const { return fForm; }
 
   template <class T>
   void Int(T& value) {
@@ -173,6 +176,7 @@ class BinaryStateReader {
 
   std::fstream& fIs;
   StateName fName;
+  std::size_t fForm = 0;
   std::int64_t fBytes = 0;
 };
 
@@ -181,6 +185,8 @@ class XMLStateReader {
   static constexpr bool kReading = true;
 
   XMLStateReader(std::ifstream& is, StateName name);
+  XMLStateReader(std::ifstream& is, std::span<const StateName> forms);
+  std::size_t GetForm() const { return fForm; }
 
   template <class T>
   void Int(T& value) {
@@ -219,6 +225,7 @@ class XMLStateReader {
 
   std::ifstream& fIs;
   StateName fName;
+  std::size_t fForm = 0;
 };
 
 // Defines the four operations of a class that has Fields. They return the bytes of the binary form.
@@ -245,4 +252,32 @@ class XMLStateReader {
     XMLStateReader archive(is, k##Class);                          \
     Fields(archive, *this);                                        \
     archive.Finish();                                              \
+  }
+
+// The same of a class that has grown: Fields(archive, self, grown), and IsGrown() says whether an
+// object holds what only the newer form tells. Others are written as ever, so that older readers
+// know them.
+#define MC_STATE_OPERATIONS_OF_TWO_FORMS(Class, tag, element, newTag, newElement)      \
+  namespace {                                                                          \
+  const StateName k##Class[] = {{#Class, tag, element}, {#Class, newTag, newElement}}; \
+  }                                                                                    \
+  int Class::WriteObject(std::fstream& os) const {                                     \
+    BinaryStateWriter archive(os, k##Class[IsGrown() ? 1 : 0]);                        \
+    Fields(archive, *this, IsGrown());                                                 \
+    return archive.Finish();                                                           \
+  }                                                                                    \
+  int Class::ReadObject(std::fstream& is) {                                            \
+    BinaryStateReader archive(is, k##Class);                                           \
+    Fields(archive, *this, archive.GetForm() == 1);                                    \
+    return archive.Finish();                                                           \
+  }                                                                                    \
+  void Class::WriteObjectXML(std::ostream& os, int indent) const {                     \
+    XMLStateWriter archive(os, k##Class[IsGrown() ? 1 : 0], indent);                   \
+    Fields(archive, *this, IsGrown());                                                 \
+    archive.Finish();                                                                  \
+  }                                                                                    \
+  void Class::ReadObjectXML(std::ifstream& is) {                                       \
+    XMLStateReader archive(is, k##Class);                                              \
+    Fields(archive, *this, archive.GetForm() == 1);                                    \
+    archive.Finish();                                                                  \
   }

@@ -37,6 +37,12 @@ BinaryStateReader::BinaryStateReader(std::fstream& is, StateName name)
   Check(tag == fName.fTag);
 }
 
+BinaryStateReader::BinaryStateReader(std::fstream& is, std::span<const StateName> forms)
+    : fIs(is), fName(forms.front()), fForm(Which(forms)) {
+  std::string tag(forms[fForm].fTag.size(), '\0');
+  Bytes(tag.data(), tag.size());
+}
+
 void BinaryStateReader::Flag(bool& value) {
   std::int32_t stored = 0;
   Raw(stored);
@@ -96,6 +102,11 @@ void BinaryStateReader::Fail() const { Refuse("Error reading ", fName.fClass); }
 XMLStateReader::XMLStateReader(std::ifstream& is, StateName name)
     : fIs(is), fName(std::move(name)) {
   Check(MCCommonXML::ParseStartObj(fIs, fName.fElement));
+}
+
+XMLStateReader::XMLStateReader(std::ifstream& is, std::span<const StateName> forms)
+    : fIs(is), fName(forms.front()), fForm(Which(forms)) {
+  Check(MCCommonXML::ParseStartObj(fIs, forms[fForm].fElement));
 }
 
 std::int64_t XMLStateReader::Integer() {

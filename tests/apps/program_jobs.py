@@ -83,7 +83,9 @@ COMMANDS = [
         "NAIVEBAYES diagnosis WITH !best /TRAININGSAMPLE PERCENT=70\n"
         f" /SUBSET MAXSIZE=AUTO(BESTSUBSET=TESTDATA) {SAVED}.",
         "NAIVEBAYES diagnosis /CRITERIA MEMALLOCATE=100000.",
-        "SELECTPRED mean_area /PLOT SUMMARY."]),
+        "SELECTPRED mean_area /PLOT SUMMARY.",
+        "NAIVEBAYES diagnosis BY mean_area WITH mean_texture /FORCE FACTORS=mean_radius"
+        " /TRAININGSAMPLE PERCENT=70."]),
     (SURVEY, [
         *(f"SELECTPRED {SCREENED} /SCREENING {rule} /CRITERIA SHOWUNSELECTED=20."
           for rule in ("STATUS=ON", "STATUS=OFF", "PCTMISSING=5", "PCTEQUAL=50", "PCTUNEQUAL=5",
@@ -96,6 +98,13 @@ COMMANDS = [
         "NAIVEBAYES y BY code word rare WITH x z /TRAININGSAMPLE VARIABLE=train"
         " /SUBSET MAXSIZE=AUTO(BESTSUBSET=TESTDATA) /SAVE PREDVAL PREDPROB.",
         "NAIVEBAYES y BY same yes gone WITH still /PRINT EXCLUDED SUMMARY.",
+        *(f"NAIVEBAYES {SCREENED} /SCREENING {rule} /PRINT EXCLUDED SELECTED CLASSIFICATION."
+          for rule in ("STATUS=ON", "STATUS=OFF", "PCTMISSING=5", "PCTEQUAL=50", "PCTUNEQUAL=5",
+                       "CV=1", "STDDEV=1.5")),
+        "NAIVEBAYES y BY code nearly WITH x z /SCREENING STATUS=ON /FORCE FACTORS=id"
+        " /TRAININGSAMPLE VARIABLE=train.",
+        "NAIVEBAYES y BY id nearly /SCREENING PCTUNEQUAL=1.",
+        "SELECTPRED y BY id nearly code /SCREENING STATUS=OFF /EXCEPT VARIABLES=word.",
         "NAIVEBAYES rare BY y yes."]),
     ([*SURVEY, "--weight", "w"], [
         f"SELECTPRED {SCREENED.removesuffix(' w')} /CRITERIA SHOWUNSELECTED=20 /PLOT SUMMARY.",

@@ -89,7 +89,11 @@ bool PRSMultiModel::Build(NaiveDataSourceIter& train, NaiveDataSourceIter* test)
 
 void PRSMultiModel::WarnOfLeaks(int tableCases) const {
   PRSLeaks leaks(fSpecs, fRun.Source(), fRun.Adapter(), tableCases);
-  for (const NBInputTraits& input : fpNBAlgorithm->GetLeakTraits()) {
+  for (NBInputTraits input : fpNBAlgorithm->GetLeakTraits()) {
+    // What the model did not take cannot mislead it; the other leaks speak against a candidate too.
+    const NBVarList& varList = fpNBAlgorithm->GetVarList();
+    const bool isTaken = varList.GetVariableRole(input.fVarIndex) == INBVariable::kInput;
+    if (!isTaken) input.fTraits.fGainOnOthers = 0.0;
     leaks.Look(fRun.VarSpecs().GetKOVAVarIndex(input.fVarIndex), input.fTraits);
   }
   leaks.Warn();
