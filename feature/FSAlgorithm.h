@@ -41,6 +41,9 @@ class FSAlgorithm final : public IFSAlgorithm {
                                    int nBest) const override;
   bool GetPredictorStats(int criterion, int predictor, double& value, double& out2, double& out3,
                          double& out4) const override;
+  FSSignificance GetSignificance(int criterion, int predictor) const override {
+    return fPredictors.GetSignificance(criterion, predictor);
+  }
   MCFeature::MCStatus ExportAllXML(std::ostream& out) const override;
   MCFeature::MCStatus SaveState(std::fstream& out) const override;
   MCFeature::MCStatus SaveStateXML(std::ostream& out) const override;

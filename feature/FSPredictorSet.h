@@ -93,6 +93,9 @@ class FSPredictorSet {
   bool GetPredictorStats(int criterion, int predictor, double& value, double& out2, double& out3,
                          double& out4) const;
 
+  // See IFSAlgorithm::GetSignificance.
+  FSSignificance GetSignificance(int criterion, int predictor) const;
+
   void GetNValidNExcluded(double& validWeight, double& excludedWeight, int& validCases,
                           int& excludedCases) const {
     fCounts.GetNValidNExcluded(validWeight, excludedWeight, validCases, excludedCases);

@@ -17,6 +17,7 @@
 
 #include "feature/MCFSCommon.h"
 #include "feature/MCStatus.h"
+#include "feature/statistics/FSSignificance.h"
 
 class FSSettings;
 struct FSCategoryMaps;
@@ -81,6 +82,10 @@ class IFSAlgorithm {
   // What is shown of a criterion for a predictor: see IFSPredTargetAccum::GetOutputStats.
   virtual bool GetPredictorStats(int criterion, int predictor, double& value, double& out2,
                                  double& out3, double& out4) const = 0;
+  // The test behind the p-value of a criterion, whichever p-values the settings ask for: its LogP()
+  // is ln p at any size. No test (missing) for a criterion without a p-value and where there is
+  // none.
+  virtual FSSignificance GetSignificance(int criterion, int predictor) const = 0;
   // Writes screening and ranking by all criteria as an FSOutputAll document; the predictors only
   // once they are ranked. Nothing is written, and the status is the component's error, 1
   // (cancelled) or 6 (not screened).

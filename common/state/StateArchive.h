@@ -124,6 +124,8 @@ class BinaryStateReader {
 
   // Reads the tag.
   BinaryStateReader(std::fstream& is, StateName name);
+  // The same for a class of several versions: finds out which one is there.
+  BinaryStateReader(std::fstream& is, std::span<const StateName> versions);
 
   template <class T>
   void Int(T& value) {
@@ -155,6 +157,8 @@ class BinaryStateReader {
   }
   // Which of the names the next object has, by position.
   std::size_t Which(std::span<const StateName> names);
+  // Which of several versions this object is, by position.
+  std::size_t GetVersion() const { return fVersion; }
   // Fails unless the value that was read makes sense.
   void Check(bool valid) const {
     if (!valid) Fail();
@@ -171,8 +175,11 @@ class BinaryStateReader {
   std::size_t Count(int bytesPerElement);
   [[noreturn]] void Fail() const;
 
+  void ReadTag(const std::string& expected);
+
   std::fstream& fIs;
   StateName fName;
+  std::size_t fVersion = 0;
   std::int64_t fBytes = 0;
 };
 
@@ -181,6 +188,7 @@ class XMLStateReader {
   static constexpr bool kReading = true;
 
   XMLStateReader(std::ifstream& is, StateName name);
+  XMLStateReader(std::ifstream& is, std::span<const StateName> versions);
 
   template <class T>
   void Int(T& value) {
@@ -206,6 +214,7 @@ class XMLStateReader {
     object.ReadObjectXML(fIs);
   }
   std::size_t Which(std::span<const StateName> names);
+  std::size_t GetVersion() const { return fVersion; }
   void Check(bool valid) const {
     if (!valid) Fail();
   }
@@ -219,6 +228,7 @@ class XMLStateReader {
 
   std::ifstream& fIs;
   StateName fName;
+  std::size_t fVersion = 0;
 };
 
 // Defines the four operations of a class that has Fields. They return the bytes of the binary form.

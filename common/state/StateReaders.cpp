@@ -32,9 +32,18 @@ std::int64_t BytesFrom(std::istream& is, bool fromHere) {
 
 BinaryStateReader::BinaryStateReader(std::fstream& is, StateName name)
     : fIs(is), fName(std::move(name)) {
-  std::string tag(fName.fTag.size(), '\0');
+  ReadTag(fName.fTag);
+}
+
+BinaryStateReader::BinaryStateReader(std::fstream& is, std::span<const StateName> versions)
+    : fIs(is), fName(versions.front()), fVersion(Which(versions)) {
+  ReadTag(versions[fVersion].fTag);
+}
+
+void BinaryStateReader::ReadTag(const std::string& expected) {
+  std::string tag(expected.size(), '\0');
   Bytes(tag.data(), tag.size());
-  Check(tag == fName.fTag);
+  Check(tag == expected);
 }
 
 void BinaryStateReader::Flag(bool& value) {
@@ -96,6 +105,11 @@ void BinaryStateReader::Fail() const { Refuse("Error reading ", fName.fClass); }
 XMLStateReader::XMLStateReader(std::ifstream& is, StateName name)
     : fIs(is), fName(std::move(name)) {
   Check(MCCommonXML::ParseStartObj(fIs, fName.fElement));
+}
+
+XMLStateReader::XMLStateReader(std::ifstream& is, std::span<const StateName> versions)
+    : fIs(is), fName(versions.front()), fVersion(Which(versions)) {
+  Check(MCCommonXML::ParseStartObj(fIs, versions[fVersion].fElement));
 }
 
 std::int64_t XMLStateReader::Integer() {
