@@ -4,16 +4,19 @@
 # Then:
 #   make build   optimised build in build/release, with tests and benchmarks
 #   make bench   what the hot paths cost
+#   make bench-growth  how times grow with categories, cases and columns
 #   make bench-end  what whole runs cost, in time and memory (OLD=path: beside another build of the program)
 #   make compare OLD=path  every output of this build beside those of another build of the program
 #   make asan    the test suite under AddressSanitizer and UBSan
 #   make fuzz    every fuzz target for FUZZ_SECONDS (600 unless given) seconds
+#   make package  a Debian package and an archive with everything inside, in build/release/packages
+#   make check-package  install and run both on a Debian that has nothing else (needs root)
 #   make check-exact  exact p-values beside an independent computation, on tables of real data
 #   make evaluator  set up the independent evaluator of model files, for the tests (needs Java)
 #   make tidy    clang-tidy over the sources of program and libraries
 #   make format  clang-format over all sources
 #   make clean   removes everything that was built
-.PHONY: demo test program build bench bench-end compare check-exact asan fuzz evaluator tidy format clean
+.PHONY: demo test program build bench bench-growth bench-end compare check-exact asan fuzz package check-package evaluator tidy format clean
 
 demo: program
 	@scripts/demo
@@ -35,6 +38,9 @@ build:
 bench: build
 	@scripts/bench
 
+bench-growth: build
+	for growth in build/release/bin/*_growth; do $$growth; done
+
 bench-end: program
 	.venv/bin/python3 bench/end_to_end.py $(OLD) build/release/bin/predselect
 
@@ -51,6 +57,14 @@ asan:
 	cmake --preset asan >/dev/null
 	cmake --build --preset asan
 	ctest --preset asan
+
+package: program
+	@scripts/setup --package
+	cmake --build --preset release
+	cd build/release && cpack -G DEB && cpack -G TGZ
+
+check-package: package
+	@scripts/check-package
 
 evaluator:
 	@scripts/setup

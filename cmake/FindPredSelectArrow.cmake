@@ -17,8 +17,9 @@ else()
   if(PredSelectArrow_ROOT)
     file(GLOB arrow ${PredSelectArrow_ROOT}/libarrow.so.*)
     file(GLOB parquet ${PredSelectArrow_ROOT}/libparquet.so.*)
-    # Where an installed program finds them; a system package needs no such word.
-    set(PredSelectArrow_RUNTIME_DIR ${PredSelectArrow_ROOT})
+    # An installation takes them along; system packages are there already.
+    set(PredSelectArrow_FILES ${arrow} ${parquet})
+    file(GLOB PredSelectArrow_LICENSES ${PredSelectArrow_ROOT}-*.dist-info/licenses/*)
     add_library(PredSelect::Arrow INTERFACE IMPORTED)
     target_include_directories(PredSelect::Arrow SYSTEM INTERFACE ${PredSelectArrow_ROOT}/include)
     target_link_libraries(PredSelect::Arrow INTERFACE ${arrow} ${parquet})

@@ -99,6 +99,8 @@ function(predselect_library name)
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/predselect>)
   target_compile_features(${name} INTERFACE cxx_std_20)
   set_target_properties(${name} PROPERTIES
-    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR} INSTALL_RPATH "$ORIGIN")
-  install(TARGETS ${name} EXPORT PredSelectTargets)
+    VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
+    INSTALL_RPATH "$ORIGIN;$ORIGIN/predselect")
+  install(TARGETS ${name} EXPORT PredSelectTargets
+    LIBRARY COMPONENT runtime NAMELINK_COMPONENT development)
 endfunction()

@@ -22,15 +22,25 @@ class [[nodiscard]] MCStatus {
   std::int64_t GetErrorCode() const { return fCode; }
   std::int16_t GetSeverity() const { return fSeverity; }
 
-  // What the data mean is said where the code is documented. REQUIRES: index < 3.
-  std::int64_t GetDiscreteDatum(unsigned index) const { return fDiscrete.at(index); }
-  void SetDiscreteDatum(unsigned index, std::int64_t datum) { fDiscrete.at(index) = datum; }
-  double GetScaleDatum(unsigned index) const { return fScale.at(index); }
-  void SetScaleDatum(unsigned index, double datum) { fScale.at(index) = datum; }
+  // Three of each, by index 0 to 2; what they mean is said where the code is documented. Beyond,
+  // reading gives 0 and setting does nothing.
+  std::int64_t GetDiscreteDatum(unsigned index) const { return Get(fDiscrete, index); }
+  void SetDiscreteDatum(unsigned index, std::int64_t datum) { Set(fDiscrete, index, datum); }
+  double GetScaleDatum(unsigned index) const { return Get(fScale, index); }
+  void SetScaleDatum(unsigned index, double datum) { Set(fScale, index, datum); }
 
   bool operator==(const MCStatus&) const = default;
 
  private:
+  template <class Data>
+  static typename Data::value_type Get(const Data& data, unsigned index) {
+    return index < data.size() ? data[index] : 0;
+  }
+  template <class Data>
+  static void Set(Data& data, unsigned index, typename Data::value_type datum) {
+    if (index < data.size()) data[index] = datum;
+  }
+
   std::int64_t fCode = 0;
   std::int16_t fSeverity = 0;
   std::array<std::int64_t, 3> fDiscrete{};

@@ -3,6 +3,7 @@
 #include <ostream>
 
 #include "feature/FSSettings.h"
+#include "feature/FSWithinMemory.h"
 
 using MCFeature::MCStatus;
 using MCFSCommon::RankCriteria;
@@ -10,7 +11,8 @@ using MCFSCommon::RankCriteria;
 FSAlgorithm::FSAlgorithm(FSSettings* settings)
     : fpSettings(settings),
       fCancel(settings->GetCancelPointer()),
-      fPredictors(settings, &fCancel) {}
+      fPredictors(settings, &fCancel),
+      fpLink(std::make_shared<FSAlgorithm*>(this)) {}
 
 FSAlgorithm::FSAlgorithm(std::unique_ptr<FSSettings> settings) : FSAlgorithm(settings.get()) {
   fpOwnSettings = std::move(settings);
@@ -19,23 +21,38 @@ FSAlgorithm::FSAlgorithm(std::unique_ptr<FSSettings> settings) : FSAlgorithm(set
 FSAlgorithm::~FSAlgorithm() = default;
 
 std::string FSAlgorithm::GetComponentVersion() const {
-  return "Feature Selection Component Ver.1.0, by the PredSelect contributors";
+  std::string version;
+  static_cast<void>(FSWithinMemory([&version] {
+    version = "Feature Selection Component Ver.1.0, by the PredSelect contributors";
+    return MCStatus();
+  }));
+  return version;
 }
 
-// Runs a stage unless the component is in error; a cancel seen before or during it empties the
-// component.
+// Runs a stage unless the component is in error; a cancel seen before or during it, or want of
+// memory, empties the component.
 template <class Stage>
 MCStatus FSAlgorithm::Run(Stage stage) {
   if (fStatus.IsError()) return fStatus;
   if (!fCancel.IsCancel()) {
-    fStatus = stage();
+    fbInStage = true;
+    fStatus = FSWithinMemory(stage);
+    fbInStage = false;
     fPredictors.SetWarning(fStatus.IsWarning() ? fStatus.GetErrorCode() : 0);
   }
-  if (fCancel.IsCancel()) {
-    fPredictors.Cancel();
-    fStatus = MCFeature::Error(MCFeature::kCancelled);
-  }
+  if (fStatus.GetErrorCode() == MCFeature::kOutOfMemory) Abandon(MCFeature::kOutOfMemory);
+  if (fCancel.IsCancel()) Abandon(MCFeature::kCancelled);
   return fStatus;
+}
+
+void FSAlgorithm::Abandon(MCFeature::StatusCode code) {
+  fPredictors.Cancel();
+  fStatus = MCFeature::Error(code);
+}
+
+void FSAlgorithm::Stop() {
+  Cancel();
+  if (!fbInStage && !fStatus.IsError()) Abandon(MCFeature::kCancelled);
 }
 
 MCStatus FSAlgorithm::Accumulate(MCCommon::RecordIterator& source, int maxRecords) {
@@ -74,12 +91,6 @@ MCStatus FSAlgorithm::SortAndRank(int nBest) {
   });
 }
 
-MCStatus FSAlgorithm::ScreenAndRank(bool screen, int nBest) {
-  MCStatus status = CheckPredAllMissConst();
-  if (status.IsOK() && screen) status = ScreenPredictors();
-  return status.IsOK() ? SortAndRank(nBest) : status;
-}
-
 MCStatus FSAlgorithm::AccumulateAndRank(MCCommon::RecordIterator& source, int maxRecords,
                                         bool screen, int nBest) {
   const MCStatus status = Accumulate(source, maxRecords);
@@ -92,13 +103,24 @@ MCStatus FSAlgorithm::CheckPredictorsNoTarget(MCCommon::RecordIterator& source,
                                               int maxRecords) {
   indices.clear();
   reasons.clear();
-  return Run([&] {
+  const MCStatus status = Run([&] {
     fpSettings->SetTargetPosition(-1);
     const MCStatus pass = fPredictors.PassRecordsNoTarget(source, maxRecords);
     fbDataAccumulated = true;
     const MCStatus screening = fPredictors.ScreenAllReasons(indices, reasons);
     return pass.IsOK() ? screening : pass;
   });
+  if (status.GetErrorCode() == MCFeature::kOutOfMemory) {
+    indices.clear();
+    reasons.clear();
+  }
+  return status;
+}
+
+MCStatus FSAlgorithm::ScreenAndRank(bool screen, int nBest) {
+  MCStatus status = CheckPredAllMissConst();
+  if (status.IsOK() && screen) status = ScreenPredictors();
+  return status.IsOK() ? SortAndRank(nBest) : status;
 }
 
 // The component's status; error 1 when it was cancelled.
@@ -146,7 +168,12 @@ MCStatus FSAlgorithm::GetTopPredictors(RankCriteria criterion, std::vector<int>&
   values.clear();
   if (StatusNow().GetErrorCode() == MCFeature::kCancelled) return StatusNow();
   if (!fbPredictorsRanked) return MCFeature::Error(MCFeature::kNotRanked);
-  MCStatus status = fPredictors.GetTopPredictors(criterion, n, indices, values);
+  MCStatus status =
+      FSWithinMemory([&] { return fPredictors.GetTopPredictors(criterion, n, indices, values); });
+  if (status.GetErrorCode() == MCFeature::kOutOfMemory) {
+    indices.clear();
+    values.clear();
+  }
   if (status.IsOK() && n >= 1 && n > fPredictors.GetNValidPred()) {
     status = MCFeature::Warning(MCFeature::kTooFewPredictors);
     status.SetDiscreteDatum(0, fPredictors.GetNValidPred());
@@ -178,7 +205,12 @@ const std::vector<int>& FSAlgorithm::GetReasonsDelPred() const {
 
 bool FSAlgorithm::GetPredictorStats(int criterion, int predictor, double& value, double& out2,
                                     double& out3, double& out4) const {
-  return fPredictors.GetPredictorStats(criterion, predictor, value, out2, out3, out4);
+  bool isShown = false;
+  const MCStatus status = FSWithinMemory([&] {
+    isShown = fPredictors.GetPredictorStats(criterion, predictor, value, out2, out3, out4);
+    return MCStatus();
+  });
+  return isShown && status.IsOK();
 }
 
 void FSAlgorithm::SetProgressListener(ProgressListener* listener) {
@@ -199,8 +231,11 @@ const std::vector<double>& FSAlgorithm::GetCriterionValues(RankCriteria criterio
 }
 
 void FSAlgorithm::Display(std::ostream& out) const {
-  out << GetComponentVersion() << "\nStatus: code " << fStatus.GetErrorCode() << ", severity "
-      << fStatus.GetSeverity() << '\n';
-  fpSettings->Display(out);
-  fPredictors.Display(out);
+  static_cast<void>(FSWithinMemory(out, [&] {
+    out << GetComponentVersion() << "\nStatus: code " << fStatus.GetErrorCode() << ", severity "
+        << fStatus.GetSeverity() << '\n';
+    fpSettings->Display(out);
+    fPredictors.Display(out);
+    return MCStatus();
+  }));
 }

@@ -30,7 +30,6 @@ class FSAlgorithm final : public IFSAlgorithm {
   const std::vector<int>& GetIndicesDelPred() const override;
   const std::vector<int>& GetReasonsDelPred() const override;
   MCFeature::MCStatus SortAndRank(int nBest) override;
-  MCFeature::MCStatus ScreenAndRank(bool screen, int nBest) override;
   MCFeature::MCStatus AccumulateAndRank(MCCommon::RecordIterator& source, int maxRecords,
                                         bool screen, int nBest) override;
   MCFeature::MCStatus CheckPredictorsNoTarget(MCCommon::RecordIterator& source,
@@ -41,8 +40,8 @@ class FSAlgorithm final : public IFSAlgorithm {
                                    int nBest) const override;
   bool GetPredictorStats(int criterion, int predictor, double& value, double& out2, double& out3,
                          double& out4) const override;
-  FSSignificance GetSignificance(int criterion, int predictor) const override {
-    return fPredictors.GetSignificance(criterion, predictor);
+  FSEffect GetPredictorEffect(MCFSCommon::RankCriteria ranking, int predictor) const override {
+    return fPredictors.GetPredictorEffect(ranking, predictor);
   }
   MCFeature::MCStatus ExportAllXML(std::ostream& out) const override;
   MCFeature::MCStatus SaveState(std::fstream& out) const override;
@@ -57,10 +56,19 @@ class FSAlgorithm final : public IFSAlgorithm {
   MCFeature::MCStatus GetTopPredictors(MCFSCommon::RankCriteria criterion,
                                        std::vector<int>& indices, std::vector<double>& values,
                                        int n) const override;
+  MCCommon::LeakTraits GetLeakTraits(int predictor) const override {
+    return fPredictors.GetLeakTraits(predictor);
+  }
   bool IsDataAccumulated() const override { return fbDataAccumulated; }
   bool ArePredictorsRanked() const override { return fbPredictorsRanked; }
-  MCFeature::MCStatus Merge(const IFSAlgorithm& other, const FSCategoryMaps* maps) override;
   void Display(std::ostream& out) const override;
+  MCFeature::MCStatus Merge(const IFSAlgorithm& other, const FSCategoryMaps* maps) override;
+  MCFeature::MCStatus ScreenAndRank(bool screen, int nBest) override;
+
+  // Cancels the component and empties it now; in the midst of a stage, when that ends.
+  void Stop();
+  // Who holds this can tell whether the component is still there: it points to it as long as it is.
+  std::weak_ptr<FSAlgorithm*> GetLink() const { return fpLink; }
 
   // Saved state: as for IFSPredTargetAccum. REQUIRES for reading: a new component.
   int WriteObject(std::fstream& os) const;
@@ -74,6 +82,7 @@ class FSAlgorithm final : public IFSAlgorithm {
   template <class Stage>
   MCFeature::MCStatus Run(Stage stage);
 
+  void Abandon(MCFeature::StatusCode code);
   MCFeature::MCStatus StatusNow() const;
   bool HasWholePass() const;
   void DoSave(std::fstream& out) const;
@@ -86,4 +95,6 @@ class FSAlgorithm final : public IFSAlgorithm {
   FSPredictorSet fPredictors;
   bool fbDataAccumulated = false;
   bool fbPredictorsRanked = false;
+  bool fbInStage = false;
+  std::shared_ptr<FSAlgorithm*> fpLink;
 };

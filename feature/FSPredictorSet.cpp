@@ -189,7 +189,7 @@ MCStatus FSPredictorSet::GetTopPredictors(RankCriteria criterion, int n, std::ve
   values.clear();
   if (!fpSettings->GetCriterion(criterion)) return MCFeature::Error(MCFeature::kNotComputed);
   const int nBest = fRanking.GetNBest();
-  int count = n == 0 ? nBest : n;
+  int count = n <= 0 ? nBest : n;
   if (nBest > 0) count = std::min(count, nBest);
   if (count <= 0 || count > GetNValidPred()) count = GetNValidPred();
   for (const FSPredSort& sort : fRanking.OrderOf(criterion, fSetType)) {
@@ -211,10 +211,15 @@ bool FSPredictorSet::GetPredictorStats(int criterion, int predictor, double& val
   return true;
 }
 
-FSSignificance FSPredictorSet::GetSignificance(int criterion, int predictor) const {
-  const FSCriterion* row = FSCriterion::Find(criterion);
-  if (row == nullptr || !IsThere(predictor)) return {};
-  return fCounts.ScoreOf(static_cast<std::size_t>(predictor), row->fCode).fTest;
+MCCommon::LeakTraits FSPredictorSet::GetLeakTraits(int predictor) const {
+  if (!IsThere(predictor)) return {};
+  return fCounts.At(static_cast<std::size_t>(predictor))->GetLeakTraits();
+}
+
+FSEffect FSPredictorSet::GetPredictorEffect(MCFSCommon::RankCriteria ranking, int predictor) const {
+  return IsThere(predictor)
+             ? fCounts.At(static_cast<std::size_t>(predictor))->ComputeEffect(ranking)
+             : FSEffect();
 }
 
 int FSPredictorSet::GetNTargetCategories() const {
@@ -261,7 +266,7 @@ void FSPredictorSet::Display(std::ostream& out) const {
   FSDisplay::Value(out, "Valid cases", validCases);
   FSDisplay::Value(out, "Excluded cases", excludedCases);
   FSDisplay::Value(out, "Elapsed seconds", fElapsed);
-  FSDisplay::Counts(out, "Target categories", fCounts.GetTargetCategories());
+  FSDisplay::Entries(out, "Target categories", fCounts.GetTargetCategories());
   for (std::size_t k = 0; k < GetIndicesDelPred().size(); ++k) {
     out << "  Predictor " << GetIndicesDelPred()[k] << " deleted: reason " << GetReasonsDelPred()[k]
         << '\n';
@@ -271,4 +276,5 @@ void FSPredictorSet::Display(std::ostream& out) const {
     out << "Predictor " << j << ": ";
     fCounts.At(j)->Display(out);
   }
+  fRanking.Display(out);
 }

@@ -22,6 +22,7 @@
 #include "feature/pass/FSCounts.h"
 #include "feature/ranking/FSExclusions.h"
 #include "feature/ranking/FSRanking.h"
+#include "feature/statistics/FSEffect.h"
 
 struct FSCategoryMaps;
 struct FSCriterion;
@@ -38,12 +39,12 @@ class FSPredictorSet {
 
   // The data pass, one record a case. maxRecords counts the cases with a valid weight; a negative
   // number is no limit. A missing or non-positive weight skips its case; a missing target (also
-  // category -1), or no valid predictor, excludes it. Errors 80013, 80009.
+  // category -1), or no valid predictor, excludes it. Errors 80016, 80013, 80009.
   MCFeature::MCStatus PassRecords(MCCommon::RecordIterator& source, int maxRecords);
   // The data pass over transactions: case identifier, item (predictor index), value, target. The
   // items of a case increase; predictors without an item are missing. Errors 80007, 80008, 80009.
   MCFeature::MCStatus PassTransactions(MCCommon::RecordIterator& source);
-  // The data pass without a target. Warnings 80013, 80009.
+  // The data pass without a target. Error 80016, warnings 80013, 80009.
   MCFeature::MCStatus PassRecordsNoTarget(MCCommon::RecordIterator& source, int maxRecords);
 
   // Takes in what another set has gathered in its data pass, before anything else is done with
@@ -74,9 +75,9 @@ class FSPredictorSet {
   void RankAll();
   void RankBest();
 
-  // The first n predictors of a criterion's order with their values; 0 means as many as SortBest
-  // was given, or all valid ones. In a mixed set the t criterion gives the order of F, which holds
-  // the same predictors. Error 80006 when the criterion was not enabled.
+  // The first n predictors of a criterion's order with their values; n < 1 means as many as
+  // SortBest was given, or all valid ones. In a mixed set the t criterion gives the order of F,
+  // which holds the same predictors. Error 80006 when the criterion was not enabled.
   MCFeature::MCStatus GetTopPredictors(MCFSCommon::RankCriteria criterion, int n,
                                        std::vector<int>& indices,
                                        std::vector<double>& values) const;
@@ -93,8 +94,11 @@ class FSPredictorSet {
   bool GetPredictorStats(int criterion, int predictor, double& value, double& out2, double& out3,
                          double& out4) const;
 
-  // See IFSAlgorithm::GetSignificance.
-  FSSignificance GetSignificance(int criterion, int predictor) const;
+  // What the rules about leaks look at; nothing of a deleted predictor, and for an index outside
+  // the range.
+  MCCommon::LeakTraits GetLeakTraits(int predictor) const;
+  // IFSPredTargetAccum::ComputeEffect of a predictor; nothing as above.
+  FSEffect GetPredictorEffect(MCFSCommon::RankCriteria ranking, int predictor) const;
 
   void GetNValidNExcluded(double& validWeight, double& excludedWeight, int& validCases,
                           int& excludedCases) const {

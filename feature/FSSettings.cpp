@@ -218,6 +218,9 @@ void FSSettings::Display(std::ostream& out) const {
   out << "Start of FSSettings display\n" << std::boolalpha;
   line("Number of predictors", GetNPredictors());
   line("Number of categorical predictors", fNCategorical);
+  for (int j = 0; j < GetNPredictors(); ++j) {
+    out << "Predictor " << j << (IsCatPredictor(j) ? " is categorical\n" : " is continuous\n");
+  }
   line("Predictor set type", GetSetTypeName(fSetType));
   line("Categorical target", fbCatTarget);
   for (const FSCriterion& criterion : FSCriterion::All()) {

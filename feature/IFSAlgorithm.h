@@ -4,9 +4,11 @@
 // ScreenAndRank, or its own: CheckPredAllMissConst, ScreenPredictors, SortAndRank), then the
 // results. A run without a target: CheckPredictorsNoTarget. Every stage starts from the stored
 // status, does nothing when that is an error or a cancel is seen, and stores its result. An error
-// stays; a cancel empties the component and leaves the error 1. Nothing is thrown. Used by one
-// thread.
+// stays; a cancel empties the component and leaves the error 1. Nothing is thrown: a stage without
+// the memory it needs empties the component and leaves the error 80015, a query or a writer gives
+// that status and leaves the component as it was. Used by one thread.
 //
+// The order of the virtual operations is part of the interface: new ones go to the end.
 // Predictors are numbered from 0 in the order of the settings; ranks from 0, the best.
 #pragma once
 
@@ -15,9 +17,10 @@
 #include <utility>
 #include <vector>
 
+#include "common/LeakCheck.h"
 #include "feature/MCFSCommon.h"
 #include "feature/MCStatus.h"
-#include "feature/statistics/FSSignificance.h"
+#include "feature/statistics/FSEffect.h"
 
 class FSSettings;
 struct FSCategoryMaps;
@@ -59,9 +62,6 @@ class IFSAlgorithm {
   // Computes the criteria, sorts and ranks: the best nBest, or all when nBest is not above 0.
   // Error 80012 (datum: valid predictors) when nBest is more than there are; they are ranked then.
   virtual MCFeature::MCStatus SortAndRank(int nBest) = 0;
-  // What follows the data pass, or a merge: these three in their order, each only while the status
-  // is OK. Screening only when `screen`.
-  virtual MCFeature::MCStatus ScreenAndRank(bool screen, int nBest) = 0;
   // The whole run: Accumulate and, while the status is OK, ScreenAndRank.
   virtual MCFeature::MCStatus AccumulateAndRank(MCCommon::RecordIterator& source, int maxRecords,
                                                 bool screen, int nBest) = 0;
@@ -82,10 +82,10 @@ class IFSAlgorithm {
   // What is shown of a criterion for a predictor: see IFSPredTargetAccum::GetOutputStats.
   virtual bool GetPredictorStats(int criterion, int predictor, double& value, double& out2,
                                  double& out3, double& out4) const = 0;
-  // The test behind the p-value of a criterion, whichever p-values the settings ask for: its LogP()
-  // is ln p at any size. No test (missing) for a criterion without a p-value and where there is
-  // none.
-  virtual FSSignificance GetSignificance(int criterion, int predictor) const = 0;
+  // How strongly a predictor and the target go together, from the end of the data pass on (of
+  // continuous predictors or target, of screening). `ranking` chooses between the tests that serve.
+  // Nothing for a predictor that was removed, and for an index outside the range.
+  virtual FSEffect GetPredictorEffect(MCFSCommon::RankCriteria ranking, int predictor) const = 0;
   // Writes screening and ranking by all criteria as an FSOutputAll document; the predictors only
   // once they are ranked. Nothing is written, and the status is the component's error, 1
   // (cancelled) or 6 (not screened).
@@ -116,8 +116,14 @@ class IFSAlgorithm {
                                                std::vector<int>& indices,
                                                std::vector<double>& values, int n) const = 0;
 
+  // What the rules about leaks look at of a predictor, once they are screened; nothing of one that
+  // was removed.
+  virtual MCCommon::LeakTraits GetLeakTraits(int predictor) const = 0;
+
   virtual bool IsDataAccumulated() const = 0;
   virtual bool ArePredictorsRanked() const = 0;
+
+  virtual void Display(std::ostream& out) const = 0;
 
   // Adds what another component of the same settings has accumulated, as if its cases had come in
   // this one's data pass: counts exactly, means and deviations but for rounding. Before screening
@@ -127,5 +133,7 @@ class IFSAlgorithm {
   // changes, when the two do not fit; this component stays usable, so the error is not stored.
   virtual MCFeature::MCStatus Merge(const IFSAlgorithm& other, const FSCategoryMaps* maps) = 0;
 
-  virtual void Display(std::ostream& out) const = 0;
+  // What follows the data pass, or a merge: CheckPredAllMissConst, ScreenPredictors, SortAndRank,
+  // each only while the status is OK. Screening only when `screen`.
+  virtual MCFeature::MCStatus ScreenAndRank(bool screen, int nBest) = 0;
 };

@@ -29,6 +29,8 @@ enum StatusCode {
   kNoValidWeight = 80013,     // error (warning without target): no case has a positive weight
   kCannotMerge = 80014,       // error: two components do not fit. Data: MergeObstacle, and what it
                               // says besides
+  kOutOfMemory = 80015,       // error: there was not the memory that the work needs
+  kWeightsTooLarge = 80016,   // error: the weights add up to more than a double holds
   // Set by the procedure that drives the component.
   kTargetConstant = 80000,  // the target has one value in all cases
   kNoValidCases = 80002     // there is no case, or reading failed

@@ -12,6 +12,8 @@ constexpr Message kMessages[] = {
     {kAllMissingOrConstant, "All predictors missing or constant...", Message::kNothing},
     {kAllScreenedOut, "No predictors were selected.", Message::kNothing},
     {kNoValidWeight, "There are no valid cases...", Message::kNothing},
+    {kOutOfMemory, "Not enough memory in Predictor Selection...", Message::kNothing},
+    {kWeightsTooLarge, "Weights too large in Predictor Selection...", Message::kNothing},
 };
 
 }  // namespace

@@ -180,6 +180,10 @@ std::string WriteComponentFile(const std::string& path, bool xml, const IFSAlgor
 std::string WriteComponentFile(const std::string& path, bool xml, const INBAlgorithm& component) {
   const auto told = [&component](const MCNaive::MCStatus& status) -> std::string {
     if (!status.IsError()) return "";
+    if (status.GetErrorCode() == MCNaive::kNoMemory) throw std::bad_alloc();
+    if (status.GetErrorCode() == MCNaive::kWeightNotFinite) {
+      return "the case weights add up to more than a number can hold";
+    }
     const auto var = static_cast<int>(status.GetDiscreteDatum(0));
     const NBVarList& variables = component.GetVarList();
     const bool isText = status.GetErrorCode() == MCNaive::kTextNotForXML && var >= 0;

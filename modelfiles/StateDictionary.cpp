@@ -38,6 +38,12 @@ std::string StateVariable::GetCategoryText(int code) const {
   return {digits, std::to_chars(digits, digits + sizeof digits, fNumbers[place]).ptr};
 }
 
+bool StateVariable::IsLess(int code, int other) const {
+  const auto left = static_cast<std::size_t>(code);
+  const auto right = static_cast<std::size_t>(other);
+  return fbNumeric ? fNumbers[left] < fNumbers[right] : fStrings[left] < fStrings[right];
+}
+
 std::vector<int> StateVariable::CodesOf(const StateVariable& other) {
   return fbNumeric ? EnterAll(other.fNumbers, fNumbers) : EnterAll(other.fStrings, fStrings);
 }

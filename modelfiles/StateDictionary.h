@@ -26,6 +26,8 @@ struct StateVariable {
   }
   // The value of a code as text. REQUIRES: 0 <= code < GetNCategories().
   std::string GetCategoryText(int code) const;
+  // Whether a code's value is the smaller one: numbers by value, strings by bytes. REQUIRES: as above.
+  bool IsLess(int code, int other) const;
   // The code of each category of `other` here; values that are new here are entered. The result is
   // indexed by the other's code. REQUIRES: both are of one kind.
   std::vector<int> CodesOf(const StateVariable& other);

@@ -6,8 +6,9 @@
 // 2, ...; the missing value and negative codes are missing. A missing target or weight leaves the
 // record out of training; a missing input only adds no factor.
 //
-// Operations never throw. An error sticks: later operations return it and do nothing. A warning
-// stays readable in GetStatus(). One thread at a time; const scoring may be shared.
+// Operations never throw; want of memory is the error 70021 of each. An error of an operation that
+// changes the component sticks: later operations return it and do nothing. A warning stays readable
+// in GetStatus(). One thread at a time; const scoring may be shared.
 #pragma once
 
 #include <iosfwd>
@@ -22,6 +23,7 @@
 #include "naivebayes/MCStatus.h"
 #include "naivebayes/NBSelectionRequest.h"
 #include "naivebayes/NaiveBayesSettings.h"
+#include "naivebayes/model/NBLeaks.h"
 #include "naivebayes/model/NBOutput.h"
 #include "naivebayes/model/NBOutputStatistics.h"
 #include "naivebayes/variables/NBVarList.h"
@@ -33,7 +35,7 @@ class INBAlgorithm {
  public:
   virtual ~INBAlgorithm() = default;
 
-  // Begins "Naive Bayes Component Ver. 1.0".
+  // Begins "Naive Bayes Component Ver. 1.0"; empty for want of memory.
   virtual std::string GetComponentVersion() const = 0;
 
   // Trains on at most nRecords valid records, replacing earlier counts, and rewinds the data.
@@ -72,15 +74,15 @@ class INBAlgorithm {
   // (null: what the component says of itself, in ASCII). A stream that fails is left failed, for
   // the caller to see. Nothing is written otherwise: 1 cancelled; warning 6 no model; 70005 a model
   // without inputs; 70006 a text or number that XML cannot hold, datum 0 its variable's index (-1:
-  // it is the application's, or a count).
+  // it is the application's); 70022 weights beyond the range of a double.
   virtual MCNaive::MCStatus ExportModelXML(std::ostream& os, MCApplicInfo4XML* info) const = 0;
 
   virtual void SetCancelPtr(MCQueryCancel* cancel) = 0;
   // Write the built model and all that later operations need (NBFactory restores it), in binary and
   // as XML. Not part of it are what belongs to the caller (listener, cancel probe, user generator,
   // temporary directory), a warning, and what ScoreAndAccum counted. Errors: the component's own; 1
-  // cancelled; 4 no model, a stream that failed, or numbers beyond the range of a double; in XML
-  // 70006 as for ExportModelXML. XML is written whole or not at all.
+  // cancelled; 4 no model, a stream that failed, or estimates that are no numbers; 70022 and, in
+  // XML, 70006 as for ExportModelXML. XML is written whole or not at all.
   virtual MCNaive::MCStatus SaveState(std::fstream& os) const = 0;
   virtual MCNaive::MCStatus SaveStateXML(std::ostream& os) const = 0;
   // Ends the running and every later operation.
@@ -98,13 +100,15 @@ class INBAlgorithm {
                                              MCApplicInfo4XML* appInfo) = 0;
 
   // Adds another built model's counts to this one, categories matched by their values. Without
-  // `computeProbabilities` only counts are added, and a later merge brings the estimates up to
-  // date. 70009 for a model of other variables, roles or bins: this model is then unchanged and
-  // usable.
+  // `computeProbabilities` only counts are added, and a later merge with it brings the estimates up
+  // to date; until then scores are those of before, for which a new category of an input is
+  // missing and one of the target has probability 0. 70009 for a model of other variables, roles or
+  // bins: this model is then unchanged and usable.
   virtual MCNaive::MCStatus MergeModel(const INBAlgorithm* other, bool computeProbabilities) = 0;
 
-  // Weight and number of the training records used, and of those left out (a missing weight
-  // counts as 0).
+  // Weight and number of the training records used, and of those left out for want of a target or
+  // a weight (a missing weight counts as 0): BuildModel and SelectAttributes count these to the end
+  // of the data, Update in its batch. Valid records beyond the number asked for are neither.
   virtual void GetNValidNExcluded(double& validWeight, double& excludedWeight, int& nValid,
                                   int& nExcluded) const = 0;
   virtual int GetNTargetCategories() const = 0;
@@ -113,6 +117,10 @@ class INBAlgorithm {
   // The model's predictors.
   virtual int GetNumberOfInputVars() const = 0;
 
+  // What the rules about leaks look at, of every predictor that was counted last, whether the model
+  // kept it or not. Empty for a restored model.
+  virtual const std::vector<NBInputTraits>& GetLeakTraits() const = 0;
+
   virtual void SetProgressListener(ProgressListener* listener) = 0;
   virtual const NaiveBayesSettings& GetSettings() const = 0;
   virtual const NBVarList& GetVarList() const = 0;
@@ -120,7 +128,7 @@ class INBAlgorithm {
 
   // Chooses a subset of the candidates and builds the model of it and the forced predictors.
   // Errors as for BuildModel, and 70001, 70002, 70003, 70008, 70013. Warnings also 70014, and 70006
-  // when the document, and only it, could not be written.
+  // or 70022 when the document, and only it, could not be written.
   virtual MCNaive::MCStatus SelectAttributes(const NBSelectionRequest& request,
                                              NBSelectionResult& result) = 0;
 
@@ -133,4 +141,8 @@ class INBAlgorithm {
   virtual MCNaive::MCStatus ScoreAndAccumBlock(const MCCommon::RecordBlock& block,
                                                NBScoredBlock& scored,
                                                const std::vector<char>& isTraining) = 0;
+
+  // Training records of a category; -1 where only their weight is known: saved state does not hold
+  // the number. 0 <= category < GetNTargetCategories().
+  virtual int GetTargetCategoryRecords(int category) const = 0;
 };

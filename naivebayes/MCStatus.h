@@ -36,6 +36,8 @@ enum StatusCode : std::int64_t {
   kTargetMissing = 70017,       // of a record: it is left out
   kWeightMissing = 70018,       // of a record: it is left out
   kTooFewRecords = 70020,       // fewer than 2 training records
+  kNoMemory = 70021,            // the operation takes more memory than there is
+  kWeightNotFinite = 70022,     // the training weights add up beyond the range of a double
   // Set by the procedure that drives the component.
   kVariablesNotMade = 2,  // the new variables cannot be named as asked
   kDataUnusable = 70000   // no case, a constant target, or reading failed

@@ -1,5 +1,6 @@
 #include "naivebayes/NBAlgorithm.h"
 
+#include <new>
 #include <ostream>
 
 using MCNaive::MCStatus;
@@ -12,12 +13,22 @@ NBAlgorithm::NBAlgorithm(const NaiveBayesSettings& settings, const NBVarList& va
 }
 
 std::string NBAlgorithm::GetComponentVersion() const {
-  return "Naive Bayes Component Ver. 1.0 of PredSelect";
+  try {
+    return "Naive Bayes Component Ver. 1.0 of PredSelect";
+  } catch (const std::bad_alloc&) {
+    return "";
+  }
 }
 
 MCStatus NBAlgorithm::Raise(const MCStatus& status) {
   if (!fStatus.IsError() && !status.IsOK()) fStatus = status;
   return fStatus;
+}
+
+MCStatus NBAlgorithm::Changed(const MCStatus& status) {
+  if (status.GetErrorCode() != MCNaive::kNoMemory) return status;
+  fbBuilt = false;
+  return Raise(status);
 }
 
 void NBAlgorithm::DoCancel() {

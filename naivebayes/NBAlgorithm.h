@@ -57,7 +57,9 @@ class NBAlgorithm : public INBAlgorithm {
                           int& nExcluded) const override;
   int GetNTargetCategories() const override { return fOutput.GetNCategories(); }
   double GetTargetCategoryCount(int category) const override { return fOutput.GetCount(category); }
+  int GetTargetCategoryRecords(int category) const override { return fOutput.GetRecords(category); }
   int GetNumberOfInputVars() const override { return fNInputs; }
+  const std::vector<NBInputTraits>& GetLeakTraits() const override { return fvLeakTraits; }
   void SetProgressListener(ProgressListener* listener) override;
   const NaiveBayesSettings& GetSettings() const override { return fSettings; }
   const NBVarList& GetVarList() const override { return fVarList; }
@@ -92,12 +94,18 @@ class NBAlgorithm : public INBAlgorithm {
   bool LinkParts();
   // Categories outside the model of which a state holds nothing but their number.
   std::int64_t CountUnlistedCategories() const;
+  MCNaive::MCStatus DoExport(std::ostream& os, MCApplicInfo4XML* info) const;
   MCNaive::MCStatus CheckSaving() const;
+  // Whether the total weight and its inverse, from which all estimates come, are numbers.
+  bool HasFiniteWeight() const;
   void DoSave(std::fstream& os) const;
   void DoSaveXML(std::ostream& os) const;
 
   // Errors stick; a warning replaces what is not an error. Returns the component's status.
   MCNaive::MCStatus Raise(const MCNaive::MCStatus& status);
+  // Takes the status of an operation that changes the component: want of memory in its midst leaves
+  // nothing to go on with, and sticks.
+  MCNaive::MCStatus Changed(const MCNaive::MCStatus& status);
   // Raises the cancel, if one is pending; true when the operation must stop.
   bool MustStop();
   void DoCancel();
@@ -109,10 +117,17 @@ class NBAlgorithm : public INBAlgorithm {
   void ResetAllCounts(bool totalsToo);
   // Counts all cases of a source and computes the estimates.
   MCNaive::MCStatus CountData(NBCodeSource& source, bool showProgress);
-  MCNaive::MCStatus CountSource(MCCommon::MultiPassRecordIter& data, int nRecords, bool rebin);
+  // The same for at most so many valid records of the caller's; what is left out is counted among
+  // them, or to the end of the data.
+  MCNaive::MCStatus CountSource(MCCommon::MultiPassRecordIter& data, int nRecords, bool toTheEnd);
   // Estimates from the counts; drops inputs with fewer than 2 categories in use.
   void FinishCounts();
 
+  MCNaive::MCStatus DoBuild(MCCommon::MultiPassRecordIter& data, int nRecords);
+  MCNaive::MCStatus DoUpdate(MCCommon::MultiPassRecordIter& data, int nRecords);
+  MCNaive::MCStatus DoMerge(const INBAlgorithm* other, bool computeProbabilities);
+
+  MCNaive::MCStatus DoSelect(const NBSelectionRequest& request, NBSelectionResult& result);
   MCNaive::MCStatus CheckSelection(const NBSelectionRequest& request) const;
   void RunSelection(const NBSelectionRequest& request, NBSelectionResult& result);
   MCNaive::MCStatus LoadSelectionData(const NBSelectionRequest& request, bool inMemory,
@@ -124,6 +139,11 @@ class NBAlgorithm : public INBAlgorithm {
   // Keeps the inputs with the role of inputs.
   void KeepChosenInputs();
 
+  MCNaive::MCStatus DoScore(const MCCommon::Record& inputs, NBOutput& output) const;
+  MCNaive::MCStatus DoScoreFull(const MCCommon::Record& record, NBOutput& output) const;
+  MCNaive::MCStatus DoScoreBlock(const MCCommon::RecordBlock& block, NBScoredBlock& scored) const;
+  MCNaive::MCStatus DoComputeStats(MCCommon::RecordIterator& records, NBOutputStatistics& stats,
+                                   int limit) const;
   MCNaive::MCStatus FinishScore(const MCNaive::MCStatus& encoded,
                                 const std::vector<std::int32_t>& codes, NBOutput& output) const;
   // The class probabilities of one code per input.
@@ -144,6 +164,7 @@ class NBAlgorithm : public INBAlgorithm {
   int fNInputs = 0;
   NBayesOutput fOutput;
   std::vector<NBayesInput> fInputs;
+  std::vector<NBInputTraits> fvLeakTraits;
   std::vector<int> fvKeptInputs;  // where the inputs stood before the last pass dropped some
   std::int32_t fNRecords = 0;
   double fTotalWeight = 0;

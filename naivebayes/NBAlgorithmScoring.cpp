@@ -3,6 +3,7 @@
 
 #include "common/MissingValue.h"
 #include "naivebayes/NBAlgorithm.h"
+#include "naivebayes/NBWithinMemory.h"
 #include "naivebayes/model/NBScaledProducts.h"
 #include "naivebayes/model/NBScoredBlock.h"
 #include "naivebayes/model/NBScoring.h"
@@ -63,6 +64,25 @@ MCStatus NBAlgorithm::FinishScore(const MCStatus& encoded, const std::vector<std
 }
 
 MCStatus NBAlgorithm::Score(const Record& inputs, NBOutput& output) const {
+  return MCNaive::WithinMemory([&] { return DoScore(inputs, output); });
+}
+
+MCStatus NBAlgorithm::ScoreFullRecord(const Record& record, NBOutput& output) const {
+  return MCNaive::WithinMemory([&] { return DoScoreFull(record, output); });
+}
+
+MCStatus NBAlgorithm::ScoreBlock(const RecordBlock& block, NBScoredBlock& scored) const {
+  return MCNaive::WithinMemory([&] { return DoScoreBlock(block, scored); });
+}
+
+MCStatus NBAlgorithm::ComputeOutputStats(RecordIterator& records, NBOutputStatistics& stats,
+                                         int limit) const {
+  const MCStatus status =
+      MCNaive::WithinMemory([&] { return DoComputeStats(records, stats, limit); });
+  return fCancel.TakeCancel() ? MCNaive::Error(MCNaive::kCancelled) : status;
+}
+
+MCStatus NBAlgorithm::DoScore(const Record& inputs, NBOutput& output) const {
   if (fStatus.IsError()) return fStatus;
   if (fbBuilt && static_cast<int>(inputs.Size()) != fVarList.GetNumInputVars()) {
     return MCNaive::Error(MCNaive::kWrongRecordSize);
@@ -73,7 +93,7 @@ MCStatus NBAlgorithm::Score(const Record& inputs, NBOutput& output) const {
   return FinishScore(encoded, codes, output);
 }
 
-MCStatus NBAlgorithm::ScoreFullRecord(const Record& record, NBOutput& output) const {
+MCStatus NBAlgorithm::DoScoreFull(const Record& record, NBOutput& output) const {
   if (fStatus.IsError()) return fStatus;
   if (!fpPreparator) return MCNaive::Error(MCNaive::kNoPreparator);
   std::vector<std::int32_t> codes;
@@ -107,18 +127,20 @@ int NBAlgorithm::Classify(const RecordBlock& block, const std::int32_t* winners,
 }
 
 MCStatus NBAlgorithm::ScoreAndAccum(const Record& record, NBOutput& output, bool isTraining) {
-  const MCStatus scored = ScoreFullRecord(record, output);
-  if (scored.IsError() || scored.GetErrorCode() == MCNaive::kCodeOutOfRange) return scored;
-  RecordBlock block;
-  block.Reset(record.Size(), 1);
-  for (std::size_t j = 0; j < record.Size(); ++j) block.SetColumn(j, &record.GetAll()[j]);
-  const std::int32_t winner = output.GetWinningIndex();
-  Classify(
-      block, &winner, [&](std::size_t) -> auto& { return StatsOf(isTraining); });
-  return scored;
+  return Changed(MCNaive::WithinMemory([&] {
+    const MCStatus scored = DoScoreFull(record, output);
+    if (scored.IsError() || scored.GetErrorCode() == MCNaive::kCodeOutOfRange) return scored;
+    RecordBlock block;
+    block.Reset(record.Size(), 1);
+    for (std::size_t j = 0; j < record.Size(); ++j) block.SetColumn(j, &record.GetAll()[j]);
+    const std::int32_t winner = output.GetWinningIndex();
+    Classify(
+        block, &winner, [&](std::size_t) -> auto& { return StatsOf(isTraining); });
+    return scored;
+  }));
 }
 
-MCStatus NBAlgorithm::ScoreBlock(const RecordBlock& block, NBScoredBlock& scored) const {
+MCStatus NBAlgorithm::DoScoreBlock(const RecordBlock& block, NBScoredBlock& scored) const {
   if (fStatus.IsError()) return fStatus;
   if (!fpPreparator) return MCNaive::Error(MCNaive::kNoPreparator);
   if (static_cast<int>(block.Columns()) < fpPreparator->GetOriginalSize()) {
@@ -136,17 +158,19 @@ MCStatus NBAlgorithm::ScoreBlock(const RecordBlock& block, NBScoredBlock& scored
 
 MCStatus NBAlgorithm::ScoreAndAccumBlock(const RecordBlock& block, NBScoredBlock& scored,
                                          const std::vector<char>& isTraining) {
-  const MCStatus status = ScoreBlock(block, scored);
-  if (status.IsError()) return status;
-  Classify(
-      block, scored.GetWinners().data(), [&](std::size_t i) -> auto& {
-        return StatsOf(isTraining[i] != 0);
-      });
-  return status;
+  return Changed(MCNaive::WithinMemory([&] {
+    const MCStatus status = DoScoreBlock(block, scored);
+    if (status.IsError()) return status;
+    Classify(
+        block, scored.GetWinners().data(), [&](std::size_t i) -> auto& {
+          return StatsOf(isTraining[i] != 0);
+        });
+    return status;
+  }));
 }
 
-MCStatus NBAlgorithm::ComputeOutputStats(RecordIterator& records, NBOutputStatistics& stats,
-                                         int limit) const {
+MCStatus NBAlgorithm::DoComputeStats(RecordIterator& records, NBOutputStatistics& stats,
+                                     int limit) const {
   if (fStatus.IsError()) return fStatus;
   if (!fpPreparator) return MCNaive::Error(MCNaive::kNoPreparator);
   if (limit == 0 || !records.HasMore()) return MCNaive::Error(MCNaive::kNoRecordsToProcess);
@@ -161,7 +185,7 @@ MCStatus NBAlgorithm::ComputeOutputStats(RecordIterator& records, NBOutputStatis
     const std::size_t wanted = limit < 0 ? most : std::min<std::size_t>(most, limit - nAccepted);
     const RecordBlock& block = records.NextBlock(wanted);
     if (block.Cases() == 0) break;
-    status = ScoreBlock(block, scored);
+    status = DoScoreBlock(block, scored);
     if (status.IsError()) break;
     nAccepted += Classify(
         block, scored.GetWinners().data(), [&](std::size_t) -> auto& { return stats; });
@@ -173,5 +197,5 @@ MCStatus NBAlgorithm::ComputeOutputStats(RecordIterator& records, NBOutputStatis
   if (again != nullptr && !again->NewPass() && !status.IsError()) {
     status = MCNaive::Error(MCNaive::kSourceFailed);
   }
-  return fCancel.IsCancel() ? MCNaive::Error(MCNaive::kCancelled) : status;
+  return status;
 }

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "naivebayes/NBAlgorithm.h"
+#include "naivebayes/NBWithinMemory.h"
 #include "naivebayes/selection/NBFormulas.h"
 
 using MCCommon::MultiPassRecordIter;
@@ -89,6 +90,10 @@ void NBAlgorithm::RunSelection(const NBSelectionRequest& request, NBSelectionRes
 
 MCStatus NBAlgorithm::SelectAttributes(const NBSelectionRequest& request,
                                        NBSelectionResult& result) {
+  return Changed(MCNaive::WithinMemory([&] { return DoSelect(request, result); }));
+}
+
+MCStatus NBAlgorithm::DoSelect(const NBSelectionRequest& request, NBSelectionResult& result) {
   result = {};
   if (MustStop()) return fStatus;
   if (Raise(CheckSelection(request)).IsError()) return fStatus;

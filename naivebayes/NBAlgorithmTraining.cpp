@@ -5,6 +5,7 @@
 
 #include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/NBTrainingPass.h"
+#include "naivebayes/NBWithinMemory.h"
 #include "naivebayes/store/NBInternalAdapter.h"
 #include "naivebayes/variables/NBContVar.h"
 
@@ -59,6 +60,9 @@ MCStatus NBAlgorithm::CountData(NBCodeSource& source, bool showProgress) {
   if (fNRecords < 2) return MCNaive::Error(MCNaive::kTooFewRecords);
   fTotalWeight += pass.GetWeight();
   FinishCounts();
+  fvLeakTraits.clear();
+  const double unit = fTotalWeight / fNRecords;
+  for (const NBayesInput& input : fInputs) fvLeakTraits.push_back(NBLeaks::TraitsOf(input, unit));
   return {};
 }
 
@@ -83,26 +87,37 @@ void NBAlgorithm::FinishCounts() {
   fNInputs = static_cast<int>(fInputs.size());
 }
 
-MCStatus NBAlgorithm::CountSource(MultiPassRecordIter& data, int nRecords, bool rebin) {
+MCStatus NBAlgorithm::CountSource(MultiPassRecordIter& data, int nRecords, bool toTheEnd) {
   NBInternalAdapter adapter(data, nRecords, *fpPreparator);
   const MCStatus counted = CountData(adapter, true);
+  if (toTheEnd && !counted.IsError()) adapter.CountRest();
   AddRecords(fExcluded.fNRecords, adapter.GetExcludedCount());
   fExcluded.fWeight += adapter.GetWExcludedCount();
   // A failure of the source itself says more than what the count made of it.
   static_cast<void>(Raise(adapter.GetStatus()));
   static_cast<void>(Raise(counted));
-  if (fStatus.IsError()) return fStatus;
-  if (rebin) fpPreparator->RebinEncoders(fInputs);
   return fStatus;
 }
 
 MCStatus NBAlgorithm::BuildModel(MultiPassRecordIter& data, int nRecords) {
+  return Changed(MCNaive::WithinMemory([&] { return DoBuild(data, nRecords); }));
+}
+
+MCStatus NBAlgorithm::Update(MultiPassRecordIter& data, int nRecords) {
+  return Changed(MCNaive::WithinMemory([&] { return DoUpdate(data, nRecords); }));
+}
+
+MCStatus NBAlgorithm::MergeModel(const INBAlgorithm* other, bool computeProbabilities) {
+  return Changed(MCNaive::WithinMemory([&] { return DoMerge(other, computeProbabilities); }));
+}
+
+MCStatus NBAlgorithm::DoBuild(MultiPassRecordIter& data, int nRecords) {
   if (MustStop()) return fStatus;
   fbBuilt = false;
   if (nRecords < 1) return Raise(MCNaive::Error(MCNaive::kNoRecordsToProcess));
   Prepare(false, nRecords);
   ResetAllCounts(true);
-  static_cast<void>(CountSource(data, nRecords, true));
+  if (!CountSource(data, nRecords, true).IsError()) fpPreparator->RebinEncoders(fInputs);
   if (!fStatus.IsError() && !data.NewPass()) {
     static_cast<void>(Raise(MCNaive::Error(MCNaive::kSourceFailed)));
   }
@@ -110,7 +125,7 @@ MCStatus NBAlgorithm::BuildModel(MultiPassRecordIter& data, int nRecords) {
   return fStatus;
 }
 
-MCStatus NBAlgorithm::Update(MultiPassRecordIter& data, int nRecords) {
+MCStatus NBAlgorithm::DoUpdate(MultiPassRecordIter& data, int nRecords) {
   if (MustStop()) return fStatus;
   if (nRecords < 1) return Raise(MCNaive::Error(MCNaive::kNoRecordsToProcess));
   Prepare(false, nRecords);
@@ -119,7 +134,7 @@ MCStatus NBAlgorithm::Update(MultiPassRecordIter& data, int nRecords) {
   return fStatus;
 }
 
-MCStatus NBAlgorithm::MergeModel(const INBAlgorithm* other, bool computeProbabilities) {
+MCStatus NBAlgorithm::DoMerge(const INBAlgorithm* other, bool computeProbabilities) {
   if (MustStop()) return fStatus;
   const auto* that = dynamic_cast<const NBAlgorithm*>(other);
   int differing = -1;
@@ -133,7 +148,7 @@ MCStatus NBAlgorithm::MergeModel(const INBAlgorithm* other, bool computeProbabil
   for (auto* stats : {&fTrainStats, &fTestStats}) {
     if (*stats) (*stats)->Grow(fOutput.GetNCategories());
   }
-  RestoreBins();
+  if (computeProbabilities) RestoreBins();
   for (std::size_t j = 0; j < fInputs.size(); ++j) {
     fInputs[j].MergePredictorCounts(that->fInputs[j], targets, fOutput.GetNCategories());
   }
@@ -141,7 +156,9 @@ MCStatus NBAlgorithm::MergeModel(const INBAlgorithm* other, bool computeProbabil
   fTotalWeight += that->fTotalWeight;
   AddRecords(fExcluded.fNRecords, that->fExcluded.fNRecords);
   fExcluded.fWeight += that->fExcluded.fWeight;
-  if (computeProbabilities) FinishCounts();
+  fpPreparator->UpdateNCats();
+  if (!computeProbabilities) return fStatus;
+  FinishCounts();
   fpPreparator->RebinEncoders(fInputs);
   return fStatus;
 }

@@ -1,6 +1,7 @@
 #include "naivebayes/NBFactory.h"
 
 #include "naivebayes/NBAlgorithm.h"
+#include "naivebayes/NBWithinMemory.h"
 
 namespace {
 
@@ -15,10 +16,14 @@ bool HasCategoricalTarget(const NBVarList& varList) {
 
 std::unique_ptr<INBAlgorithm> NBFactory::CreateNBAlgorithm(NaiveBayesSettings& settings,
                                                            NBVarList& varList) {
-  std::vector<int> constantVars, emptyVars;
-  const bool valid =
-      HasCategoricalTarget(varList) && varList.IsValidList(constantVars, emptyVars, true);
-  fStatus = valid ? MCNaive::MCStatus() : MCNaive::Error(MCNaive::kNotConstructed);
-  if (!valid) return nullptr;
-  return std::make_unique<NBAlgorithm>(settings, varList);
+  std::unique_ptr<INBAlgorithm> component;
+  fStatus = MCNaive::WithinMemory([&] {
+    std::vector<int> constantVars, emptyVars;
+    const bool valid =
+        HasCategoricalTarget(varList) && varList.IsValidList(constantVars, emptyVars, true);
+    if (!valid) return MCNaive::Error(MCNaive::kNotConstructed);
+    component = std::make_unique<NBAlgorithm>(settings, varList);
+    return MCNaive::MCStatus();
+  });
+  return component;
 }

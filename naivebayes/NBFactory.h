@@ -10,12 +10,12 @@
 class NBFactory {
  public:
   // A component with copies of the settings and the list; null, with status 3, when the list has no
-  // categorical target or a variable in use is constant or empty.
+  // categorical target or a variable in use is constant or empty, 70021 for want of memory.
   std::unique_ptr<INBAlgorithm> CreateNBAlgorithm(NaiveBayesSettings& settings, NBVarList& varList);
 
   // A component as INBAlgorithm::SaveState or SaveStateXML wrote it, which goes on where that one
   // was; null, with status 2, when the stream is not good, does not hold one, or holds a damaged
-  // one.
+  // one or one that the memory cannot hold.
   std::unique_ptr<INBAlgorithm> RestoreNBAlgorithmFromBinary(std::fstream& is);
   std::unique_ptr<INBAlgorithm> RestoreNBAlgorithmFromXML(std::ifstream& is);
 

@@ -16,13 +16,20 @@ constexpr Message kMessages[] = {
     {kPredictorDropped, "Predictor ^1 constant in training cases...", Message::kVariable},
     {kNoInputToExport, "No predictor for the model file...", Message::kCode},
     {kTextNotForXML, "Model file cannot hold the texts of variable ^1...", Message::kVariable},
+    {kNoMemory, "Not enough memory for the model...", Message::kNothing},
+    {kWeightNotFinite, "Model file cannot hold the weights...", Message::kNothing},
 };
+constexpr Message kApplicationText = {
+    kTextNotForXML, "Model file cannot hold the texts of the application...", Message::kNothing};
 
 constexpr Message kOtherError = {0, "Naive Bayes run failed, status ^1...", Message::kCode};
 
 }  // namespace
 
 const Message* MessageOf(const MCStatus& status) {
+  if (status.GetErrorCode() == kTextNotForXML && status.GetDiscreteDatum(0) < 0) {
+    return &kApplicationText;
+  }
   const Message* message = status.IsOK() ? nullptr : FindMessage(kMessages, status.GetErrorCode());
   return message == nullptr && status.IsError() ? &kOtherError : message;
 }

@@ -1,5 +1,7 @@
 #include "operations/InspectState.h"
 
+#include <map>
+#include <utility>
 #include <vector>
 
 #include "backend/predselect/output/PRSFormats.h"
@@ -54,7 +56,7 @@ class RankingColumns {
  public:
   RankingColumns(BpDimension& dimension, const IFSAlgorithm& component,
                  const FSCriterion& criterion)
-      : fComponent(component), fCriterion(criterion.fCode) {
+      : fComponent(component), fCriterion(criterion) {
     BpGroup group = dimension.AddGroup(BpString(criterion.fHeading));
     fColumns.push_back(group.AddCategory(BpString("Rank"), BpProcedure::Count()));
     for (const FSOutput& output : criterion.fOutputs) {
@@ -63,17 +65,21 @@ class RankingColumns {
     }
   }
 
-  // A scale predictor ranked beside categorical ones has only its rank and significance here.
+  // A predictor of the kind that the criterion is not for has no cells; one that is only ranked
+  // beside the others has only its rank and significance here.
   void Fill(BpPivotTable& table, const BpCategory& row, int predictor) const {
     const auto place = static_cast<std::size_t>(predictor);
-    const int rank = fComponent.GetRanks(fCriterion)[place];
-    if (rank < 0) return;
+    const FSSettings& settings = *fComponent.GetSettings();
+    const FSPart part =
+        fCriterion.PartOf(settings.IsCatPredictor(predictor), settings.IsCatTarget());
+    const int rank = fComponent.GetRanks(fCriterion.fCode)[place];
+    if (rank < 0 || part == FSPart::kNone) return;
     table.SetCell({row, fColumns[0]}, rank + 1);
     double values[FSCriterion::kMaxOutputs];
-    const bool isAnswered = fComponent.GetPredictorStats(fCriterion, predictor, values[0],
-                                                         values[1], values[2], values[3]);
-    values[0] = fComponent.GetCriterionValues(fCriterion)[place];
-    const std::size_t nShown = isAnswered ? fColumns.size() - 1 : 1;
+    fComponent.GetPredictorStats(fCriterion.fCode, predictor, values[0], values[1], values[2],
+                                 values[3]);
+    values[0] = fComponent.GetCriterionValues(fCriterion.fCode)[place];
+    const std::size_t nShown = part == FSPart::kShown ? fColumns.size() - 1 : 1;
     for (std::size_t i = 0; i < nShown; ++i) {
       if (!MCMV::IsMissing(values[i])) table.SetCell({row, fColumns[i + 1]}, values[i]);
     }
@@ -81,7 +87,7 @@ class RankingColumns {
 
  private:
   const IFSAlgorithm& fComponent;
-  RankCriteria fCriterion;
+  const FSCriterion& fCriterion;
   std::vector<BpCategory> fColumns;
 };
 
@@ -100,12 +106,20 @@ class FeatureNames {
   // Empty where there is none, or none is named.
   std::string Weight() const { return fFile.fDictionary ? fFile.fDictionary->fWeight : ""; }
   std::string TargetCategory(int code) const {
-    const bool isKnown =
-        fFile.fDictionary && code >= 0 && code < fFile.fDictionary->fTarget.GetNCategories();
-    return isKnown ? fFile.fDictionary->fTarget.GetCategoryText(code) : std::to_string(code);
+    return IsKnown(code) ? fFile.fDictionary->fTarget.GetCategoryText(code) : std::to_string(code);
+  }
+  // The order in which categories are shown: by value, then those without one by code.
+  bool IsBefore(int code, int other) const {
+    const bool areKnown = IsKnown(code) && IsKnown(other);
+    if (areKnown) return fFile.fDictionary->fTarget.IsLess(code, other);
+    return IsKnown(code) || (!IsKnown(other) && code < other);
   }
 
  private:
+  bool IsKnown(int code) const {
+    return fFile.fDictionary && code >= 0 && code < fFile.fDictionary->fTarget.GetNCategories();
+  }
+
   const ComponentFile& fFile;
 };
 
@@ -145,10 +159,14 @@ void ShowTargetCounts(const IFSAlgorithm& component, const FeatureNames& names) 
   BpDimension columns = table.ColumnDimension("Statistics");
   const BpCategory n = columns.AddCategory(BpString("N"), BpProcedure::Count());
   const BpCategory unweighted = columns.AddCategory(BpString("Unweighted N"), BpProcedure::Count());
+  const auto isBefore = [&names](int a, int b) { return names.IsBefore(a, b); };
+  std::map<int, std::pair<int, double>, decltype(isBefore)> categories(isBefore);
   for (int i = 0; i < component.GetNTargetCategories(); ++i) {
     int code = 0;
     std::pair<int, double> counts;
-    if (!component.GetTargetCategoryInfo(i, code, counts)) continue;
+    if (component.GetTargetCategoryInfo(i, code, counts)) categories.emplace(code, counts);
+  }
+  for (const auto& [code, counts] : categories) {
     const BpCategory row = rows.AddCategory(OutputText::Literal(names.TargetCategory(code)));
     table.SetCell({row, n}, counts.second);
     table.SetCell({row, unweighted}, counts.first);

@@ -1,6 +1,7 @@
 #include "operations/MergeStates.h"
 
 #include <cstdint>
+#include <new>
 #include <optional>
 #include <utility>
 
@@ -103,6 +104,7 @@ void AddFeature(ComponentFile& into, const ComponentFile& from, const std::strin
 void AddNaive(ComponentFile& into, const ComponentFile& from, const std::string& name) {
   const MCNaive::MCStatus status = into.fpNaive->MergeModel(from.fpNaive.get(), true);
   if (!status.IsError()) return;
+  if (status.GetErrorCode() == MCNaive::kNoMemory) throw std::bad_alloc();
   const NBVarList& variables = into.fpNaive->GetVarList();
   const auto var = static_cast<int>(status.GetDiscreteDatum(0));
   const bool isNamed =

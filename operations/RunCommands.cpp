@@ -8,6 +8,7 @@
 #include "backend/predselect/predsele.h"
 #include "host/command/CommandSplitter.h"
 #include "host/data/DataTable.h"
+#include "host/output/BpError.h"
 #include "host/output/OutputDocument.h"
 #include "host/session/HostIOError.h"
 #include "host/session/OutputFile.h"
@@ -36,6 +37,10 @@ class RunSession : public MCHost::Session {
     SetProgressListener(surroundings.fReportProgress);
   }
 
+  double MemoryForCases() override {
+    fbMemoryTaken = true;
+    return fRequest.fMemory;
+  }
   void SetMacro(const std::string& name, const std::vector<std::string>& values) override {
     Session::SetMacro(name, values);
     fDocument.CurrentRun().fMacros.emplace_back(name, values);
@@ -43,6 +48,7 @@ class RunSession : public MCHost::Session {
   void ReportFile(const std::string& path) override {
     fDocument.CurrentRun().fFiles.push_back(path);
   }
+  void ReportLostFile() override { fbFileLost = true; }
   std::string StatePath() const override { return fbLast ? fRequest.fStatePath : ""; }
   std::string ResultsPrefix() const override {
     if (fRequest.fResultsFolder.empty()) return "";
@@ -53,7 +59,9 @@ class RunSession : public MCHost::Session {
     return use.empty() && MCHost::IsSameFile(path, fRequest.fStatePath) ? "the state" : use;
   }
 
-  bool fbLast = false;  // the last command is being run: its state is saved
+  bool fbLast = false;         // the last command is being run: its state is saved
+  bool fbMemoryTaken = false;  // some command has asked for it
+  bool fbFileLost = false;     // is all that the command failed in
 
  private:
   MCHost::OutputDocument& fDocument;
@@ -66,19 +74,25 @@ void MakeDirectory(const std::string& path) {
   if (error) throw MCHost::HostIOError(path, "", "cannot be made: " + error.message());
 }
 
-// Whether the command completed.
-bool RunOne(const MCHost::CommandText& command, RunSession& session, DataTable& table,
-            MCHost::OutputDocument& document) {
+Outcome RunOne(const MCHost::CommandText& command, RunSession& session, DataTable& table,
+               MCHost::OutputDocument& document) {
   session.SetCommand(command.fText, command.fLine, command.fColumn);
   MCHost::OutputRun& run = document.BeginRun(session.SystemBlock().fCommandWord);
   const int variables = table.ColumnCount();
+  session.fbFileLost = false;
   {
     const MCHost::SessionScope scope(session);
     predsele_();
   }
   run.fbCompleted = !session.CommonBlock().IsErrorSet() && !session.IsCancelled();
   RecordNewVariables(table, variables, run);
-  return run.fbCompleted;
+  if (run.fbCompleted) return Outcome::kCompleted;
+  return session.fbFileLost ? Outcome::kFileLost : Outcome::kCommandError;
+}
+
+void ReportIdleMemory(RunSession& session) {
+  const MCHost::SessionScope scope(session);
+  MCHost::RaiseMessage(MCHost::OutputMessage::kWarning, "Memory for cases has no effect...");
 }
 
 }  // namespace
@@ -96,14 +110,17 @@ Outcome RunCommands(DataTable& table, MCHost::OutputDocument& document, const Ru
   RecordData(document, table.CaseCount(), table.ColumnCount());
   RunSession session(table, document, request, surroundings);
   if (!request.fResultsFolder.empty()) MakeDirectory(request.fResultsFolder);
-  bool isCompleted = true;
+  Outcome outcome = Outcome::kCompleted;
   for (const MCHost::CommandText& command : commands) {
     if (session.IsCancelled()) break;
     session.fbLast = &command == &commands.back();
-    if (!RunOne(command, session, table, document)) isCompleted = false;
+    const Outcome one = RunOne(command, session, table, document);
+    if (outcome != Outcome::kCommandError && one != Outcome::kCompleted) outcome = one;
   }
   if (session.IsCancelled()) return Outcome::kCancelled;
-  return isCompleted ? Outcome::kCompleted : Outcome::kCommandError;
+  const bool isIdle = request.fMemory > 0.0 && !session.fbMemoryTaken;
+  if (outcome == Outcome::kCompleted && isIdle) ReportIdleMemory(session);
+  return outcome;
 }
 
 }  // namespace PredSelect

@@ -21,6 +21,9 @@ struct RunRequest {
   // What a file is there for that no command may write over ("the data"), empty for nothing. The
   // state's file need not be among them.
   std::function<std::string(const std::string& path)> fUseOf{};
+  // Kilobytes of memory for the cases of a command that needs it and states none; 0: the command's
+  // own default. A warning says so where no command takes it. See AutomaticMemory.
+  double fMemory = 0.0;
 };
 
 // Throws MCHost::HostIOError where the state or the result documents could not be written.

@@ -1,6 +1,7 @@
 #include "operations/ScoreTable.h"
 
 #include <algorithm>
+#include <new>
 #include <optional>
 #include <string>
 #include <vector>
@@ -103,8 +104,9 @@ bool Score(const INBAlgorithm& model, ProcedureDataSource& source, const Surroun
     const MCCommon::RecordBlock& block = cases.NextBlock(most);
     if (block.Cases() == 0) return true;
     if (surroundings.IsCancelled()) return false;
-    MCCommon::Assert(!model.ScoreBlock(block, scored).IsError(), "the model was built",
-                     "operations/ScoreTable");
+    const MCNaive::MCStatus status = model.ScoreBlock(block, scored);
+    if (status.GetErrorCode() == MCNaive::kNoMemory) throw std::bad_alloc();
+    MCCommon::Assert(!status.IsError(), "the model was built", "operations/ScoreTable");
     predictions.fWriter->Store(*cases.Stream().GetProcDS(), cases.Stream().GetBlockPlaces(),
                                scored.GetWinners(), scored.GetProbabilities());
     predictions.fNScored +=

@@ -25,6 +25,7 @@ struct Surroundings {
 enum class Outcome {
   kCompleted,
   kCommandError,  // a command reported an error; the document's messages say which
+  kFileLost,      // the same, but all that is lost are files of the commands' own
   kCancelled      // stopped at the caller's wish; the document holds what was done until then
 };
 

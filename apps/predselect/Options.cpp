@@ -1,13 +1,15 @@
 #include "apps/predselect/Options.h"
 
 #include <CLI/CLI.hpp>
-#include <iostream>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/FileUses.h"
+#include "apps/predselect/MemorySize.h"
+#include "apps/predselect/Terminal.h"
 #include "host/session/SameFile.h"
 #include "operations/Version.h"
 
@@ -57,7 +59,8 @@ constexpr const char* kRunNotes = R"(
 // CLI11 reports what it could not take; the reader needs to know where help is.
 int ReportUsage(const CLI::App& app, const CLI::ParseError& error) {
   if (error.get_exit_code() == 0) return app.exit(error);
-  std::cerr << "predselect: " << error.what() << "\nTry \"predselect --help\".\n";
+  PrintError(std::string("predselect: ") + error.what());
+  PrintError("Try \"predselect --help\".");
   return kWrongUsage;
 }
 
@@ -116,6 +119,25 @@ void AddResultOptions(CLI::App& command, ResultOptions& result) {
                    {{"auto", Color::kAuto}, {"always", Color::kAlways}, {"never", Color::kNever}},
                    "Colours in text (default: auto, on a terminal only)");
   command.add_flag("--quiet", result.fbQuiet, "No warnings and no progress on standard error");
+}
+
+void AddMemory(CLI::App& command, double& memory) {
+  const auto take = [&memory](const std::string& text) {
+    const std::optional<double> size = ParseMemorySize(text);
+    if (!size && text != "auto") {
+      throw CLI::ValidationError(
+          "--memory", "\"" + text +
+                          "\" is neither auto nor a size of at least 4K, such as 512M, 2G "
+                          "or 4096 (kilobytes)");
+    }
+    memory = size.value_or(Options::kAutoMemory);
+  };
+  command
+      .add_option_function<std::string>(
+          "--memory", take,
+          "Memory for the cases of a NAIVEBAYES command that states no MEMALLOCATE: 512M, 2G, 4096 "
+          "(kilobytes), or auto for half of what is free (default: 1024)")
+      ->type_name("SIZE|auto");
 }
 
 // Two results in one file would leave only the last, and what is read must stay.
@@ -220,6 +242,7 @@ Options ParseOptions(int argc, char** argv) {
   run->add_option("--results", options.fResults,
                   "Write rankings and subsets as XML documents into this directory")
       ->type_name("DIR");
+  AddMemory(*run, options.fMemory);
   run->add_flag_callback(
       "--no-progress", [&options] { options.fResult.fbProgress = false; }, "No progress line");
   run->footer(std::string("Commands:\n") + kCommandSyntax + kRunNotes);

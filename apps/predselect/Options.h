@@ -30,6 +30,7 @@ struct ResultOptions {
 
 struct Options {
   enum Action { kNone, kRun, kDescribe, kInspect, kScore, kMerge };
+  static constexpr double kAutoMemory = -1.0;
 
   Action fAction = kNone;
   DataOptions fData;
@@ -43,7 +44,8 @@ struct Options {
   bool fbAllowEqual = false;         // merge: states of the same counts are taken, too
   std::string fPredicted = "PredictedValue";            // score: name of the predicted value
   std::string fProbabilities = "PredictedProbability";  // score: root, empty for none
-  int fExitCode = 0;  // for kNone: help was shown (0) or the usage was wrong
+  double fMemory = 0.0;  // run: kilobytes for cases, 0 for as the commands say
+  int fExitCode = 0;     // for kNone: help was shown (0) or the usage was wrong
 };
 
 // Reads the command line. Help, version and usage errors are printed here and give kNone.

@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include "host/text/VisibleText.h"
+
 namespace PredSelectApp {
 
 namespace {
@@ -15,7 +17,7 @@ ProgressLine::~ProgressLine() { Clear(); }
 
 void ProgressLine::Show(const std::string& text) {
   if (!fbEnabled || Clock::now() < fNext) return;
-  std::fprintf(stderr, "\r\x1b[K%s", text.c_str());
+  std::fprintf(stderr, "\r\x1b[K%s", MCHost::VisibleText(text, "").c_str());
   std::fflush(stderr);
   fbShown = true;
   fNext = Clock::now() + kBetween;

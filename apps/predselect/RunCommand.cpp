@@ -1,7 +1,6 @@
 #include "apps/predselect/RunCommand.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <iostream>
@@ -22,6 +21,7 @@
 #include "host/command/CommandSplitter.h"
 #include "host/data/DataTable.h"
 #include "host/session/HostIOError.h"
+#include "operations/FreeMemory.h"
 #include "operations/RunCommands.h"
 
 namespace PredSelectApp {
@@ -57,22 +57,25 @@ int SaveData(DataTable& table, const std::string& path, PredSelect::Outcome outc
   if (path.empty()) return code;
   std::string trouble = path + " was not written, since not all commands completed.";
   try {
-    if (outcome == PredSelect::Outcome::kCompleted) {
+    if (code == kCompleted || outcome == PredSelect::Outcome::kFileLost) {
       MCHost::WriteDataFile(table, path);
       return code;
     }
   } catch (const MCHost::HostIOError& error) {
     trouble = error.what();
   }
-  std::fprintf(stderr, "predselect: %s\n", trouble.c_str());
+  PrintError("predselect: " + trouble);
   return code == kCompleted ? kDataError : code;
 }
 
 void ShowNotes(const DataTable& table, const ResultOptions& options) {
   if (options.fbQuiet) return;
-  for (const std::string& note : table.Notes()) {
-    std::fprintf(stderr, "Note: %s\n", note.c_str());
-  }
+  for (const std::string& note : table.Notes()) PrintError("Note: " + note);
+}
+
+// Measured when the data are in memory.
+double MemoryOf(const Options& options) {
+  return options.fMemory == Options::kAutoMemory ? PredSelect::AutomaticMemory() : options.fMemory;
 }
 
 }  // namespace
@@ -92,7 +95,7 @@ int RunCommands(const Options& options) {
   const PredSelect::Outcome outcome = PredSelect::RunCommands(
       *table, document,
       {commands, options.fSaveState, options.fResults,
-       [&options](const std::string& path) { return UseOf(path, options); }},
+       [&options](const std::string& path) { return UseOf(path, options); }, MemoryOf(options)},
       ProgramSurroundings(progress));
   progress.Clear();
 

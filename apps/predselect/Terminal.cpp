@@ -14,6 +14,7 @@
 #include "host/output/render/RenderJson.h"
 #include "host/session/HostIOError.h"
 #include "host/session/OutputFile.h"
+#include "host/text/VisibleText.h"
 
 namespace PredSelectApp {
 
@@ -53,6 +54,10 @@ MCHost::TextOptions PageOptions(const ResultOptions& options, bool forMessages) 
 }
 
 bool IsErrorTerminal() { return isatty(STDERR_FILENO) != 0; }
+
+void PrintError(const std::string& line) {
+  std::fputs((MCHost::VisibleText(line, "") + "\n").c_str(), stderr);
+}
 
 void WriteResults(const ResultOptions& options, const std::string& text) {
   if (!options.fFile.empty()) {

@@ -16,6 +16,9 @@ MCHost::TextOptions PageOptions(const ResultOptions& options, bool forMessages);
 // True when standard error is a terminal.
 bool IsErrorTerminal();
 
+// A line on standard error, made visible where it would steer the terminal.
+void PrintError(const std::string& line);
+
 // Writes the results to the file of the options, whole or not at all, or to standard output.
 // Throws MCHost::HostIOError.
 void WriteResults(const ResultOptions& options, const std::string& text);

@@ -4,7 +4,6 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-#include <cstdio>
 #include <exception>
 #include <new>
 #include <string>
@@ -18,6 +17,7 @@
 #include "apps/predselect/Options.h"
 #include "apps/predselect/RunCommand.h"
 #include "apps/predselect/ScoreCommand.h"
+#include "apps/predselect/Terminal.h"
 #include "apps/predselect/UsageError.h"
 #include "host/session/HostIOError.h"
 #include "operations/RequestError.h"
@@ -52,7 +52,7 @@ void ReserveStandardStreams() {
 }
 
 int Report(const std::string& text, int code) {
-  std::fprintf(stderr, "predselect: %s\n", text.c_str());
+  PrintError("predselect: " + text);
   return code;
 }
 

@@ -82,6 +82,7 @@ void RunNaiveBayes(PRSValidSpecs& specs, ProcedureDataSource& source, BpProcedur
   if (factory.GetINBAlgorithm() == nullptr) return;
   output.DisplayTables();
   output.SetMacros();
+  factory.ReportLostModel();
 }
 
 void RunCommand(ProcedureDataSource& source, PRSValidSpecs& specs) {

@@ -21,14 +21,12 @@ struct FSCaseBlock {
   // Target categories lie in 0 .. fTargetSide - 1; 0 when some do not, or are not few.
   int fTargetSide = 0;
   const double* fpWeights = nullptr;
+  // All weights of the pass so far are whole numbers, few enough for any sum of them to be exact.
+  bool fbWholeWeights = false;
   // W, the weight of all cases of the pass before each case, and the share w / (W + w) of the case
   // in an overall mean: what a predictor without missing values has no need to divide for.
   const double* fpWeightsBefore = nullptr;
   const double* fpShares = nullptr;
-  // The mean of a continuous target over all cases of the pass, before the block and after each
-  // case: what a predictor without missing values has no need to compute again.
-  double fTargetMeanBefore = 0.0;
-  const double* fpTargetMeans = nullptr;
   std::uint8_t* fpHasValid = nullptr;  // set to 1 for each case with a valid predictor value;
                                        // null when all are set already
 };

@@ -40,5 +40,5 @@ std::size_t FSCatAccum::CheckAllReasons(const FSSettings* settings,
 
 void FSCatAccum::Display(std::ostream& out) const {
   FSDisplay::State(out, "FSCatAccum", fState);
-  FSDisplay::Counts(out, "Predictor categories", fCounts);
+  FSDisplay::Entries(out, "Predictor categories", fCounts);
 }

@@ -4,6 +4,7 @@
 #include "feature/accumulators/FSMaps.h"
 #include "feature/accumulators/FSPredictorState.h"
 #include "feature/accumulators/IFSPredTargetAccum.h"
+#include "feature/statistics/FSStatistics.h"
 
 class FSCatPCatTAccum : public IFSPredTargetAccum {
  public:
@@ -18,6 +19,8 @@ class FSCatPCatTAccum : public IFSPredTargetAccum {
              const FSRecode& target) override;
   void ComputeVariances() override {}
   FSScores ComputeScores(const MCFSCommon::CriteriaSet& wanted) const override;
+  MCCommon::LeakTraits GetLeakTraits() const override;
+  FSEffect ComputeEffect(MCFSCommon::RankCriteria ranking) const override;
   bool IsCategorical() const override { return true; }
   const FSMapICnt* GetCategories() const override { return &fPredictorCounts; }
   int WriteObject(std::fstream& os) const override;
@@ -29,8 +32,10 @@ class FSCatPCatTAccum : public IFSPredTargetAccum {
  private:
   template <class Archive, class Self>
   static void Fields(Archive& archive, Self& self);
-  std::size_t AddBlockDense(const double* predictor, const FSCaseBlock& cases);
+  std::size_t AddBlockAsTable(const double* predictor, const FSCaseBlock& cases, int rows);
+  void Count(int predictor, int target, double weight);
   void Add(FSPredictorState& state, int predictor, int target, double weight);
+  FSStatistics::ContingencyTable Counts() const;
 
   FSPredictorState fState{FSPredictorState::kNoCategory};
   FSMapICnt fPredictorCounts;

@@ -1,22 +1,24 @@
 #include "feature/accumulators/FSCatPContTAccum.h"
 
-#include "common/MissingValue.h"
 #include "feature/FSCriterion.h"
-#include "feature/accumulators/FSDenseFront.h"
 #include "feature/accumulators/FSDisplay.h"
 #include "feature/accumulators/FSScreening.h"
 #include "feature/accumulators/FSWalkBlock.h"
+#include "feature/statistics/FSEffects.h"
+#include "feature/statistics/FSLeaks.h"
 
 inline void FSCatPContTAccum::Add(FSPredictorState& state, int predictor, double target,
-                                  double weight) {
+                                  double share, double weight) {
   fPredictorCounts.IncrementByFreq(predictor, weight);
   fTargetByCategory.Accumulate(predictor, target, weight);
-  fTargetMean += FSMeanStep(target, fTargetMean, state.GetValidWeight(), weight);
+  fTargetMean += share * (target - fTargetMean);
   state.AddValid(predictor, weight);
 }
 
 void FSCatPContTAccum::AddCase(double predictor, double target, double weight, bool) {
-  if (weight > 0.0) Add(fState, FSCategory(predictor), target, weight);
+  if (!(weight > 0.0)) return;
+  const double share = weight / (fState.GetValidWeight() + weight);
+  Add(fState, FSCategory(predictor), target, share, weight);
 }
 
 void FSCatPContTAccum::AddMissing(double weight) {
@@ -24,53 +26,10 @@ void FSCatPContTAccum::AddMissing(double weight) {
 }
 
 void FSCatPContTAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
-  FSWalkBlock<FSCategories>(predictor, cases, AddBlockDense(predictor, cases), fState,
-                            [&](FSPredictorState& state, std::size_t i, double x, double w) {
-                              Add(state, FSCategory(x), cases.fpTargets[i], w);
-                            });
-}
-
-// Whether the predictor has had a value in every case so far, so that its mean of the target is the
-// one of all cases.
-bool FSCatPContTAccum::IsWithoutGap(const FSCaseBlock& cases) const {
-  return cases.fNCases > 0 && fState.GetMissingWeight() == 0.0 &&
-         fState.GetTotalWeight() == cases.fpWeightsBefore[0] &&
-         fTargetMean == cases.fTargetMeanBefore;
-}
-
-// Takes the cases up to the first whose predictor category is not small; returns that case. Cases
-// before the first missing value need no mean of their own.
-std::size_t FSCatPContTAccum::AddBlockDense(const double* predictor, const FSCaseBlock& cases) {
-  FSDenseFront<FSMapIStat, FSGroupStats> groups(fTargetByCategory);
-  const double* const targets = cases.fpTargets;
-  std::size_t end = 0;
-  if (IsWithoutGap(cases)) {
-    end = FSWalkBlock<FSSmallCategoriesWithoutGap>(
-        predictor, cases, 0, fState,
-        [&](FSPredictorState& state, std::size_t i, double x, double w) {
-          const int category = static_cast<int>(x);
-          groups[category].Add(targets[i], w);
-          state.AddValid(category, w);
-        });
-    if (end > 0) fTargetMean = cases.fpTargetMeans[end - 1];
-  }
-  double mean = fTargetMean;
-  end = FSWalkBlock<FSSmallCategories>(
-      predictor, cases, end, fState,
-      [&](FSPredictorState& state, std::size_t i, double x, double w) {
-        const int category = static_cast<int>(x);
-        const double target = targets[i];
-        groups[category].Add(target, w);
-        mean += FSShareOf(state, cases, i) * (target - mean);
-        state.AddValid(category, w);
+  FSWalkBlock<FSCategories>(
+      predictor, cases, 0, fState, [&](FSPredictorState& state, std::size_t i, double x, double w) {
+        Add(state, FSCategory(x), cases.fpTargets[i], FSShareOf(state, cases, i), w);
       });
-  fTargetMean = mean;
-  groups.PutBack();
-  // A category's count is the weight of its group: the same sum in the same order.
-  for (const auto& [category, group] : fTargetByCategory) {
-    fPredictorCounts.Set(category, group.fWeight);
-  }
-  return end;
 }
 
 void FSCatPContTAccum::Merge(const IFSPredTargetAccum& accumulator, const FSRecode& predictor,
@@ -96,9 +55,19 @@ FSScores FSCatPContTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) 
                     wanted);
 }
 
+MCCommon::LeakTraits FSCatPContTAccum::GetLeakTraits() const {
+  return FSLeaks::OfTargetByCategory(fTargetByCategory, fState.GetCaseWeight());
+}
+
+FSEffect FSCatPContTAccum::ComputeEffect(MCFSCommon::RankCriteria) const {
+  FSEffect effect = FSEffects::OfGroups({fTargetByCategory, fTargetMean, fState.GetValidWeight()});
+  effect.fPercentMissing = fState.GetPercentMissing();
+  return effect;
+}
+
 void FSCatPContTAccum::Display(std::ostream& out) const {
   FSDisplay::State(out, "FSCatPContTAccum", fState);
   FSDisplay::Value(out, "Target mean", fTargetMean);
-  FSDisplay::Counts(out, "Predictor categories", fPredictorCounts);
-  FSDisplay::Groups(out, "Target by predictor category", fTargetByCategory);
+  FSDisplay::Entries(out, "Predictor categories", fPredictorCounts);
+  FSDisplay::Entries(out, "Target by predictor category", fTargetByCategory);
 }

@@ -20,6 +20,8 @@ class FSCatPContTAccum : public IFSPredTargetAccum {
              const FSRecode& target) override;
   void ComputeVariances() override { fTargetByCategory.ComputeVariances(); }
   FSScores ComputeScores(const MCFSCommon::CriteriaSet& wanted) const override;
+  MCCommon::LeakTraits GetLeakTraits() const override;
+  FSEffect ComputeEffect(MCFSCommon::RankCriteria ranking) const override;
   bool IsCategorical() const override { return true; }
   const FSMapICnt* GetCategories() const override { return &fPredictorCounts; }
   int WriteObject(std::fstream& os) const override;
@@ -31,9 +33,8 @@ class FSCatPContTAccum : public IFSPredTargetAccum {
  private:
   template <class Archive, class Self>
   static void Fields(Archive& archive, Self& self);
-  bool IsWithoutGap(const FSCaseBlock& cases) const;
-  std::size_t AddBlockDense(const double* predictor, const FSCaseBlock& cases);
-  void Add(FSPredictorState& state, int predictor, double target, double weight);
+  // `share` is weight / (valid weight before + weight).
+  void Add(FSPredictorState& state, int predictor, double target, double share, double weight);
 
   FSPredictorState fState{FSPredictorState::kNoCategory};
   double fTargetMean = 0.0;  // over the cases valid on this predictor

@@ -3,20 +3,23 @@
 #include <cmath>
 
 #include "feature/FSCriterion.h"
-#include "feature/accumulators/FSDenseFront.h"
 #include "feature/accumulators/FSDisplay.h"
 #include "feature/accumulators/FSScreening.h"
 #include "feature/accumulators/FSWalkBlock.h"
+#include "feature/statistics/FSEffects.h"
+#include "feature/statistics/FSLeaks.h"
 
 inline void FSContPCatTAccum::Add(FSPredictorState& state, double predictor, int target,
-                                  double weight) {
+                                  double share, double weight) {
   fPredictorByTarget.Accumulate(target, predictor, weight);
-  fMean += FSMeanStep(predictor, fMean, state.GetValidWeight(), weight);
+  fMean += share * (predictor - fMean);
   state.AddValid(predictor, weight);
 }
 
 void FSContPCatTAccum::AddCase(double predictor, double target, double weight, bool) {
-  if (weight > 0.0) Add(fState, predictor, FSCategory(target), weight);
+  if (!(weight > 0.0)) return;
+  const double share = weight / (fState.GetValidWeight() + weight);
+  Add(fState, predictor, FSCategory(target), share, weight);
 }
 
 void FSContPCatTAccum::AddMissing(double weight) {
@@ -24,27 +27,11 @@ void FSContPCatTAccum::AddMissing(double weight) {
 }
 
 void FSContPCatTAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
-  if (cases.fTargetSide > 0) {
-    AddBlockDense(predictor, cases);
-    return;
-  }
   FSWalkBlock<FSNumbers>(predictor, cases, 0, fState,
                          [&](FSPredictorState& state, std::size_t i, double x, double w) {
-                           Add(state, x, cases.fpTargetCategories[i], w);
+                           const int target = cases.fpTargetCategories[i];
+                           Add(state, x, target, FSShareOf(state, cases, i), w);
                          });
-}
-
-void FSContPCatTAccum::AddBlockDense(const double* predictor, const FSCaseBlock& cases) {
-  FSDenseFront<FSMapIStat, FSGroupStats> groups(fPredictorByTarget);
-  double mean = fMean;
-  FSWalkBlock<FSNumbers>(predictor, cases, 0, fState,
-                         [&](FSPredictorState& state, std::size_t i, double x, double w) {
-                           groups[cases.fpTargetCategories[i]].Add(x, w);
-                           mean += FSShareOf(state, cases, i) * (x - mean);
-                           state.AddValid(x, w);
-                         });
-  fMean = mean;
-  groups.PutBack();
 }
 
 void FSContPCatTAccum::Merge(const IFSPredTargetAccum& accumulator, const FSRecode&,
@@ -76,8 +63,19 @@ FSScores FSContPCatTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) 
                     FSGroupedValues{fPredictorByTarget, fMean, fState.GetValidWeight()}, wanted);
 }
 
+MCCommon::LeakTraits FSContPCatTAccum::GetLeakTraits() const {
+  const double stddev = OverallStddev();
+  return FSLeaks::OfPredictorByTarget(fPredictorByTarget, fState.GetCaseWeight(), stddev * stddev);
+}
+
+FSEffect FSContPCatTAccum::ComputeEffect(MCFSCommon::RankCriteria) const {
+  FSEffect effect = FSEffects::OfGroups({fPredictorByTarget, fMean, fState.GetValidWeight()});
+  effect.fPercentMissing = fState.GetPercentMissing();
+  return effect;
+}
+
 void FSContPCatTAccum::Display(std::ostream& out) const {
   FSDisplay::State(out, "FSContPCatTAccum", fState);
   FSDisplay::Value(out, "Mean", fMean);
-  FSDisplay::Groups(out, "Predictor by target category", fPredictorByTarget);
+  FSDisplay::Entries(out, "Predictor by target category", fPredictorByTarget);
 }

@@ -18,6 +18,8 @@ class FSContPCatTAccum : public IFSPredTargetAccum {
              const FSRecode& target) override;
   void ComputeVariances() override { fPredictorByTarget.ComputeVariances(); }
   FSScores ComputeScores(const MCFSCommon::CriteriaSet& wanted) const override;
+  MCCommon::LeakTraits GetLeakTraits() const override;
+  FSEffect ComputeEffect(MCFSCommon::RankCriteria ranking) const override;
   bool IsCategorical() const override { return false; }
   const FSMapICnt* GetCategories() const override { return nullptr; }
   int WriteObject(std::fstream& os) const override;
@@ -29,8 +31,8 @@ class FSContPCatTAccum : public IFSPredTargetAccum {
  private:
   template <class Archive, class Self>
   static void Fields(Archive& archive, Self& self);
-  void AddBlockDense(const double* predictor, const FSCaseBlock& cases);
-  void Add(FSPredictorState& state, double predictor, int target, double weight);
+  // `share` is weight / (valid weight before + weight).
+  void Add(FSPredictorState& state, double predictor, int target, double share, double weight);
 
   // Over all valid cases: squared deviations within the groups and of the group means from the
   // overall mean, divided by W - 1; 0 where W is not above 1.

@@ -8,6 +8,8 @@
 #include "feature/accumulators/FSMoments.h"
 #include "feature/accumulators/FSScreening.h"
 #include "feature/accumulators/FSWalkBlock.h"
+#include "feature/statistics/FSEffects.h"
+#include "feature/statistics/FSLeaks.h"
 
 inline void FSContPContTAccum::Moments::Add(double x, double y, double share, double before,
                                             double weight) {
@@ -79,6 +81,17 @@ void FSContPContTAccum::ComputeVariances() {
 FSScores FSContPContTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) const {
   return FSScoresBy(&FSCriterion::fContCont, FSCorrelation{fCorrelation, fState.GetValidWeight()},
                     wanted);
+}
+
+MCCommon::LeakTraits FSContPContTAccum::GetLeakTraits() const {
+  const double cases = fState.GetValidWeight() / fState.GetCaseWeight();
+  return FSLeaks::OfCorrelation(fCorrelation, cases, fPredictorVariance);
+}
+
+FSEffect FSContPContTAccum::ComputeEffect(MCFSCommon::RankCriteria) const {
+  FSEffect effect = FSEffects::OfCorrelation({fCorrelation, fState.GetValidWeight()});
+  effect.fPercentMissing = fState.GetPercentMissing();
+  return effect;
 }
 
 void FSContPContTAccum::Display(std::ostream& out) const {

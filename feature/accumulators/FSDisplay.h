@@ -1,12 +1,8 @@
 // Readable dumps of the engine's parts, for debugging.
 #pragma once
 
-#include <iosfwd>
+#include <ostream>
 
-class FSMapICnt;
-class FSMapIPCnt;
-class FSMapIStat;
-class FSMapPiCnt;
 class FSPredictorState;
 
 namespace FSDisplay {
@@ -17,9 +13,11 @@ void Value(std::ostream& out, const char* label, double value);
 // The weights seen, under the name of the accumulator.
 void State(std::ostream& out, const char* name, const FSPredictorState& state);
 
-void Counts(std::ostream& out, const char* label, const FSMapICnt& counts);
-void Counts(std::ostream& out, const char* label, const FSMapPiCnt& counts);
-void Counts(std::ostream& out, const char* label, const FSMapIPCnt& counts);
-void Groups(std::ostream& out, const char* label, const FSMapIStat& groups);
+// The entries of a map, under what they are.
+template <class Map>
+void Entries(std::ostream& out, const char* label, const Map& map) {
+  out << "  " << label << ":\n";
+  map.Display(out);
+}
 
 }  // namespace FSDisplay

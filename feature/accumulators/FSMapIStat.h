@@ -70,6 +70,7 @@ class FSMapIStat : public FSSortedMap<int, FSGroupStats> {
   int ReadObject(std::fstream& is);
   void WriteObjectXML(std::ostream& os, int indent) const;
   void ReadObjectXML(std::ifstream& is);
+  void Display(std::ostream& out) const;
 
  private:
   template <class Archive, class Self>

@@ -1,6 +1,6 @@
 // Counts by category. Each entry operation returns true when the key was there and false
 // when it was entered. Merge takes in the counts of another part of the
-// data. Saved state: as for IFSPredTargetAccum.
+// data. Saved state and Display: as for IFSPredTargetAccum.
 #pragma once
 
 #include <iosfwd>
@@ -26,6 +26,7 @@ class FSMapICnt : public FSSortedMap<int, double> {
   int ReadObject(std::fstream& is);
   void WriteObjectXML(std::ostream& os, int indent) const;
   void ReadObjectXML(std::ifstream& is);
+  void Display(std::ostream& out) const;
 
  private:
   template <class Archive, class Self>
@@ -56,6 +57,7 @@ class FSMapIPCnt : public FSSortedMap<int, std::pair<int, double>> {
   int ReadObject(std::fstream& is);
   void WriteObjectXML(std::ostream& os, int indent) const;
   void ReadObjectXML(std::ifstream& is);
+  void Display(std::ostream& out) const;
 
  private:
   template <class Archive, class Self>
@@ -81,6 +83,7 @@ class FSMapPiCnt : public FSSortedMap<std::pair<int, int>, double> {
   int ReadObject(std::fstream& is);
   void WriteObjectXML(std::ostream& os, int indent) const;
   void ReadObjectXML(std::ifstream& is);
+  void Display(std::ostream& out) const;
 
  private:
   template <class Archive, class Self>

@@ -48,10 +48,16 @@ class FSPredictorState {
   double GetTotalWeight() const { return fTotal; }
   double GetMissingWeight() const { return fMissing; }
   double GetValidWeight() const { return fTotal - fMissing; }
+  double GetPercentMissing() const { return fTotal > 0.0 ? fMissing / fTotal * 100.0 : 0.0; }
   // Whether the predictor is categorical.
   bool IsOfCategory() const { return fNone == kNoCategory; }
   // Number of valid cases, not weighted: of a categorical predictor.
   std::int64_t GetNValidCases() const { return fNValid; }
+
+  // The mean weight of a valid case; 1 where there is none.
+  double GetCaseWeight() const {
+    return fNValid > 0 ? GetValidWeight() / static_cast<double>(fNValid) : 1.0;
+  }
 
   // True without any valid case, also when no case was seen at all.
   bool IsAllMissing() const { return fTotal == fMissing; }

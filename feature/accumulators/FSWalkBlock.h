@@ -15,8 +15,8 @@ inline bool FSIsValidCategory(double value) {
   return !MCMV::IsMissing(value) && FSCategory(value) != -1;
 }
 
-// Categories 0 .. kFSDenseSide - 1 of a predictor are small.
-inline constexpr int kFSDenseSide = 128;
+// Categories 0 .. kFSSmallCategories - 1 of a predictor are small.
+inline constexpr int kFSSmallCategories = 128;
 
 // What a walk does with a value of a column. A walk over small categories ends at a larger one.
 enum class FSVerdict { kTake, kMissing, kEnd };
@@ -33,18 +33,20 @@ struct FSCategories {
 };
 struct FSSmallCategories {
   static FSVerdict Of(double value) {
-    if (value > -1.0 && value < kFSDenseSide) [[likely]]
+    if (value > -1.0 && value < kFSSmallCategories) [[likely]]
       return FSVerdict::kTake;
     return FSIsValidCategory(value) ? FSVerdict::kEnd : FSVerdict::kMissing;
   }
 };
 
-// As long as all categories are small and none is missing.
-struct FSSmallCategoriesWithoutGap {
-  static FSVerdict Of(double value) {
-    return value > -1.0 && value < kFSDenseSide ? FSVerdict::kTake : FSVerdict::kEnd;
+// Rows of a table that has room for the small categories of a column.
+inline int FSSmallRows(const double* predictor, std::size_t n) {
+  double largest = 0.0;
+  for (std::size_t i = 0; i < n; ++i) {
+    if (predictor[i] < kFSSmallCategories && predictor[i] > largest) largest = predictor[i];
   }
-};
+  return static_cast<int>(largest) + 1;
+}
 
 // The share w / (W + w) of case i in an overall mean, W the predictor's valid weight before it.
 inline double FSShareOf(const FSPredictorState& state, const FSCaseBlock& cases, std::size_t i) {

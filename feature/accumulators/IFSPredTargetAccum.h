@@ -6,13 +6,16 @@
 // is the case value truncated toward zero; the caller gives missing values to AddMissing.
 // Operations that a class has no use for do nothing.
 //
-// Blocks and single cases give the same result to the last bit.
+// Blocks and single cases give the same result to the last bit. The order of the virtual operations
+// is part of the interface: new ones go to the end.
 #pragma once
 
 #include <cstddef>
 #include <iosfwd>
 #include <vector>
 
+#include "common/LeakCheck.h"
+#include "feature/statistics/FSEffect.h"
 #include "feature/statistics/FSScore.h"
 
 class FSMapICnt;
@@ -32,9 +35,6 @@ class IFSPredTargetAccum {
   // One case with a valid predictor value, where no target is defined. Without `update` the value
   // counts for the total weight and as seen, not for counts and moments.
   virtual void AddCaseOneVariable(double predictor, double weight, bool update) = 0;
-  // The predictor's values of a whole block, valid and missing ones: missing by MCMV::IsMissing,
-  // and category -1 of a categorical predictor.
-  virtual void AddBlock(const double* predictor, const FSCaseBlock& cases) = 0;
 
   // No valid case was seen (also when no case was seen at all).
   virtual bool IsAllMissing() const = 0;
@@ -47,17 +47,8 @@ class IFSPredTargetAccum {
   virtual std::size_t CheckAllReasons(const FSSettings* settings,
                                       std::vector<int>& reasons) const = 0;
 
-  // Takes in what another accumulator gathered in another part of the data; its categories are read
-  // through the two maps. Counts are exact, moments exact but for rounding.
-  // REQUIRES: the other is of the same class, and neither has had its variances computed.
-  virtual void Merge(const IFSPredTargetAccum& other, const FSRecode& predictor,
-                     const FSRecode& target) = 0;
-
   // Variances and correlation, from the sums of the pass.
   virtual void ComputeVariances() = 0;
-
-  // What the wanted ranking criteria make of the predictor; the scores of the others are missing.
-  virtual FSScores ComputeScores(const MCFSCommon::CriteriaSet& wanted) const = 0;
 
   // One score: the value of a ranking criterion (MCFSCommon::RankCriteria), two values
   // that break ties, and two that are shown besides. All missing for a number that is no criterion.
@@ -69,9 +60,14 @@ class IFSPredTargetAccum {
   virtual bool GetOutputStats(int criterion, double& value, double& out2, double& out3,
                               double& out4) const;
 
+  // What the rules about leaks look at; nothing in a pass without a target. Once variances are
+  // computed.
+  virtual MCCommon::LeakTraits GetLeakTraits() const { return {}; }
+  // How strongly predictor and target go together; `ranking` chooses between the tests that serve.
+  // Nothing where no target is defined.
+  virtual FSEffect ComputeEffect(MCFSCommon::RankCriteria) const { return {}; }
+
   virtual bool IsCategorical() const = 0;
-  // Weighted counts of the categories of a categorical predictor; null for a continuous one.
-  virtual const FSMapICnt* GetCategories() const = 0;
 
   // Saved state, whole; the binary operations return the bytes of it. Reading throws IOException
   // for what is not such an accumulator, which is then fit only to be destroyed.
@@ -82,4 +78,20 @@ class IFSPredTargetAccum {
 
   // What was gathered, for debugging.
   virtual void Display(std::ostream& out) const = 0;
+
+  // The predictor's values of a whole block, valid and missing ones: missing by MCMV::IsMissing,
+  // and category -1 of a categorical predictor.
+  virtual void AddBlock(const double* predictor, const FSCaseBlock& cases) = 0;
+
+  // Takes in what another accumulator gathered in another part of the data; its categories are read
+  // through the two maps. Counts are exact, moments exact but for rounding.
+  // REQUIRES: the other is of the same class, and neither has had its variances computed.
+  virtual void Merge(const IFSPredTargetAccum& other, const FSRecode& predictor,
+                     const FSRecode& target) = 0;
+
+  // What the wanted ranking criteria make of the predictor; the scores of the others are missing.
+  virtual FSScores ComputeScores(const MCFSCommon::CriteriaSet& wanted) const = 0;
+
+  // Weighted counts of the categories of a categorical predictor; null for a continuous one.
+  virtual const FSMapICnt* GetCategories() const = 0;
 };

@@ -44,6 +44,8 @@ class FSDistFun {
   // Statistics 37 (1988), 466-473). Error for a <= 0, for series that would be too long, and where
   // ln P comes out positive.
   static double gammad(const double& y, const double& a, const bool& upper, long& error);
+  // ln of y^a e^-y / Gamma(a + 1). REQUIRES: y > 0, a > 0.
+  static double cgmaux(const double& y, const double& a, long& error);
   // The regularised incomplete beta integral I(x; a, b), by a continued fraction of at most 10,000
   // terms. Error for a <= 0 or b <= 0, and beyond the terms.
   static double cdfbet(const double& x, const double& a, const double& b, long& error);

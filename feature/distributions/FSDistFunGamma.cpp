@@ -14,15 +14,6 @@ constexpr double kTolerance = 1e-14;
 // More terms than any convergent case within the accuracy promised needs.
 constexpr int kMostTerms = 1000000;
 
-// ln of y^a e^-y / Gamma(a + 1). For large a the terms cancel; their sum is then taken from the
-// relative deviation of y from a.
-double LogPower(double y, double a, long& error) {
-  if (a < kStirlingFrom) return a * std::log(y) - y - FSDistFun::dnlgam(a + 1.0, error);
-  const double deviation = (y - a) / a;
-  const double logRatio = deviation > -0.5 ? std::log1p(deviation) : std::log(y / a);
-  return a * (logRatio - deviation) - 0.5 * std::log(a) - kLogSqrtTwoPi - StirlingTail(a);
-}
-
 // True when the series for P(a, y) would take more terms than can be counted.
 bool IsSeriesTooLong(double y, double a) {
   const double perDigit = -14.0 / std::log10(y / (a + 1.0));
@@ -43,7 +34,7 @@ double LowerBySeries(double y, double a, long& error) {
     sum += term;
     if (++terms > kMostTerms) error = 1;
   }
-  const double logP = std::log(sum) + LogPower(y, a, error);
+  const double logP = std::log(sum) + FSDistFun::cgmaux(y, a, error);
   if (logP > 0.0) {
     // P is 1 to the last digit, or something is wrong.
     if (logP > 1e-8) error = 1;
@@ -68,7 +59,7 @@ double UpperByFraction(double y, double a, long& error) {
     if (i == kMostTerms) error = 1;
   }
   // Gamma(a) = Gamma(a + 1) / a.
-  return GuardedExp(LogPower(y, a, error)) * a * h;
+  return GuardedExp(FSDistFun::cgmaux(y, a, error)) * a * h;
 }
 
 }  // namespace
@@ -87,6 +78,14 @@ double FSDistFun::dnlgam(const double& a, long& error) {
   }
   return (shifted - 0.5) * std::log(shifted) - shifted + kLogSqrtTwoPi + StirlingTail(shifted) -
          std::log(product);
+}
+
+// For large a the terms cancel; their sum is then taken from the relative deviation of y from a.
+double FSDistFun::cgmaux(const double& y, const double& a, long& error) {
+  if (a < kStirlingFrom) return a * std::log(y) - y - dnlgam(a + 1.0, error);
+  const double deviation = (y - a) / a;
+  const double logRatio = deviation > -0.5 ? std::log1p(deviation) : std::log(y / a);
+  return a * (logRatio - deviation) - 0.5 * std::log(a) - kLogSqrtTwoPi - StirlingTail(a);
 }
 
 double FSDistFun::gammad(const double& y, const double& a, const bool& upper, long& error) {

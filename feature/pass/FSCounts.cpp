@@ -1,6 +1,7 @@
 #include "feature/pass/FSCounts.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 
@@ -68,6 +69,9 @@ int FSCounts::CasesLeft(int maxRecords) const {
 }
 
 MCStatus FSCounts::Verdict(bool weighted, bool warn) const {
+  if (!std::isfinite(fValidWeight + fExcludedWeight)) {
+    return MCFeature::Error(MCFeature::kWeightsTooLarge);
+  }
   if (weighted && fbNoValidWeight) return {MCFeature::kNoValidWeight, warn};
   if (fbNoValidData) return {MCFeature::kAllCasesExcluded, warn};
   return {};

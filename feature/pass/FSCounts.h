@@ -5,17 +5,28 @@
 // settings are borrowed and must outlive the counts; the accumulators are its own.
 #pragma once
 
+#include <algorithm>
+#include <cstddef>
 #include <iosfwd>
 #include <memory>
 #include <utility>
 #include <vector>
 
+#include "common/RecordBlock.h"
 #include "feature/MCFSCommon.h"
 #include "feature/MCStatus.h"
 #include "feature/accumulators/FSMaps.h"
 #include "feature/accumulators/IFSPredTargetAccum.h"
 
 struct FSCategoryMaps;
+
+// How many cases a pass takes between two looks at a cancel: half a million cells, a few
+// milliseconds' work.
+inline std::size_t FSCasesBetweenPolls(std::size_t predictors) {
+  constexpr std::size_t kCells = 524288;
+  return std::clamp<std::size_t>(kCells / std::max<std::size_t>(predictors, 1), 1,
+                                 MCCommon::RecordBlock::kMaxCases);
+}
 
 class FSCounts {
  public:
@@ -37,8 +48,8 @@ class FSCounts {
   // How many cases a pass may still take: maxRecords (negative: all), and no more than can be
   // counted.
   int CasesLeft(int maxRecords) const;
-  // Error, or warning if `warn`, 80013 without a valid weight (when there are weights), 80009
-  // without a valid case.
+  // Error 80016 when the weights add up to more than a double holds. Error, or warning if `warn`,
+  // 80013 without a valid weight (when there are weights), 80009 without a valid case.
   MCFeature::MCStatus Verdict(bool weighted, bool warn) const;
 
   // 0 before the first pass and after Clear, else the number of predictors.

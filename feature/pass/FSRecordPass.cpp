@@ -1,6 +1,7 @@
 #include "feature/pass/FSRecordPass.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "common/MissingValue.h"
 #include "common/Progress.h"
@@ -36,7 +37,7 @@ void FSRecordPass::Run(MCCommon::RecordIterator& source, int maxRecords, FSCance
     const std::int64_t most =
         listener != nullptr ? std::min<std::int64_t>(left, untilReport) : left;
     const MCCommon::RecordBlock& block = source.NextBlock(
-        std::min(static_cast<std::size_t>(most), MCCommon::RecordBlock::kMaxCases));
+        std::min(static_cast<std::size_t>(most), FSCasesBetweenPolls(fCounts.Size())));
     if (block.Cases() == 0) break;
     const int counted = Take(block);
     left -= counted;
@@ -88,8 +89,6 @@ void FSRecordPass::ForgetCases() {
   fShares.clear();
   fTargets.clear();
   fTargetCategories.clear();
-  fTargetMeans.clear();
-  fTargetMeanBefore = fTargetMean;
 }
 
 bool FSRecordPass::ReadWeight(const double* weights, std::size_t i, double& weight) {
@@ -110,14 +109,10 @@ void FSRecordPass::Choose(std::size_t i, double weight, double target) {
   fWeightsBefore.push_back(fTotal);
   fShares.push_back(weight / (fTotal + weight));
   fTotal += weight;
+  constexpr double kExactTo = 9007199254740992.0;
+  fbWholeWeights = fbWholeWeights && weight == std::floor(weight) && fTotal <= kExactTo;
   fTargets.push_back(target);
-  if (!fbWithTarget) return;
-  if (fSettings.IsCatTarget()) {
-    fTargetCategories.push_back(FSCategory(target));
-  } else {
-    fTargetMean += fShares.back() * (target - fTargetMean);
-    fTargetMeans.push_back(fTargetMean);
-  }
+  if (fbWithTarget && fSettings.IsCatTarget()) fTargetCategories.push_back(FSCategory(target));
 }
 
 FSCaseBlock FSRecordPass::ChosenCases() {
@@ -126,10 +121,9 @@ FSCaseBlock FSRecordPass::ChosenCases() {
           .fpTargetCategories = fTargetCategories.data(),
           .fTargetSide = TargetSide(),
           .fpWeights = fWeights.data(),
+          .fbWholeWeights = fbWholeWeights,
           .fpWeightsBefore = fWeightsBefore.data(),
           .fpShares = fShares.data(),
-          .fTargetMeanBefore = fTargetMeanBefore,
-          .fpTargetMeans = fTargetMeans.data(),
           .fpHasValid = fHasValid.data()};
 }
 

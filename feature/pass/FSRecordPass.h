@@ -1,8 +1,9 @@
 // A data pass over records, one a case, taken in blocks: decides once per case on weight and
 // target, then gives each predictor its column of the cases that remain.
 //
-// Cancel is polled once a block (at most RecordBlock::kMaxCases records). Single records and blocks
-// of the same cases give the same result to the last bit.
+// Cancel is polled once a block, which is shorter the more predictors there are, so that the answer
+// takes some milliseconds at most. Single records and blocks of the same cases give the same result
+// to the last bit.
 #pragma once
 
 #include <cstddef>
@@ -50,13 +51,11 @@ class FSRecordPass {
   bool fbWithTarget;
   std::vector<std::uint32_t> fChosen;  // positions in the block
   double fTotal = 0.0;                 // weight of all cases chosen so far
+  bool fbWholeWeights = true;          // all of those, and their sum is exact
   std::vector<double> fWeights;
   std::vector<double> fWeightsBefore;
   std::vector<double> fShares;
   std::vector<double> fTargets;
-  double fTargetMeanBefore = 0.0;  // the block's first case
-  double fTargetMean = 0.0;
-  std::vector<double> fTargetMeans;
   std::vector<int> fTargetCategories;
   std::vector<std::uint8_t> fHasValid;
   std::vector<double> fCells;

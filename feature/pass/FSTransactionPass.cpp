@@ -15,7 +15,7 @@ FSTransactionPass::FSTransactionPass(FSCounts& counts, bool catTarget)
 MCStatus FSTransactionPass::Run(MCCommon::RecordIterator& source, FSCancelInfo& cancel) {
   constexpr std::size_t kColumns = 4;
   while (!cancel.IsCancel()) {
-    const MCCommon::RecordBlock& block = source.NextBlock(MCCommon::RecordBlock::kMaxCases);
+    const MCCommon::RecordBlock& block = source.NextBlock(FSCasesBetweenPolls(fCounts.Size()));
     if (block.Cases() == 0 || block.Columns() < kColumns || fCounts.CasesLeft(-1) < 2) break;
     // An open case is still to be counted, so the last number stays free for it.
     for (std::size_t i = 0; i < block.Cases() && fCounts.CasesLeft(-1) >= 2; ++i) {

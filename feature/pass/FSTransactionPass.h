@@ -1,7 +1,7 @@
 // A data pass over transactions: case identifier, item (predictor index), value, target.
 //
 // The items of a case increase; predictors without an item are missing. Every case has weight 1. A
-// case with a missing target is excluded. Cancel is polled once a block.
+// case with a missing target is excluded. Cancel is polled as in a pass over records.
 #pragma once
 
 #include <cstdint>

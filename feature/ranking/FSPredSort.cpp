@@ -1,6 +1,9 @@
 #include "feature/ranking/FSPredSort.h"
 
+#include <ostream>
+
 #include "feature/FSCriterion.h"
+#include "feature/accumulators/FSDisplay.h"
 
 namespace {
 
@@ -43,4 +46,11 @@ bool FSPredSort::LessFStat(const FSPredSort& a, const FSPredSort& b) {
 
 bool FSPredSort::LessTStat(const FSPredSort& a, const FSPredSort& b) {
   return ComesFirstBy(MCFSCommon::kTStat, a, b);
+}
+
+void FSPredSort::Display(std::ostream& out) const {
+  out << "  Predictor " << fIndex << '\n';
+  FSDisplay::Value(out, "Value", fValue);
+  FSDisplay::Value(out, "First tie-break", fTie1);
+  FSDisplay::Value(out, "Second tie-break", fTie2);
 }

@@ -29,11 +29,12 @@ struct FSPredSort {
   static bool LessFStat(const FSPredSort& a, const FSPredSort& b);
   static bool LessTStat(const FSPredSort& a, const FSPredSort& b);
 
-  // Saved state: as for IFSPredTargetAccum.
+  // Saved state and Display: as for IFSPredTargetAccum.
   int WriteObject(std::fstream& os) const;
   int ReadObject(std::fstream& is);
   void WriteObjectXML(std::ostream& os, int indent) const;
   void ReadObjectXML(std::ifstream& is);
+  void Display(std::ostream& out) const;
   template <class Archive, class Self>
   static void Fields(Archive& archive, Self& self);
 };

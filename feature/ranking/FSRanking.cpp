@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <ostream>
 
 #include "common/MissingValue.h"
 #include "feature/FSCriterion.h"
@@ -106,4 +107,12 @@ const std::vector<int>& FSRanking::GetRanks(RankCriteria criterion) const {
 int FSRanking::RankOf(RankCriteria criterion, int predictor) const {
   const std::vector<int>& ranks = GetRanks(criterion);
   return ranks.empty() ? -1 : ranks[At(predictor)];
+}
+
+void FSRanking::Display(std::ostream& out) const {
+  for (const FSCriterion& criterion : FSCriterion::All()) {
+    if (fOrders[criterion.fCode].empty()) continue;
+    out << "Order by " << criterion.fName << '\n';
+    for (const FSPredSort& sort : fOrders[criterion.fCode]) sort.Display(out);
+  }
 }

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <array>
+#include <iosfwd>
 #include <vector>
 
 #include "feature/FSCancelInfo.h"
@@ -45,6 +46,8 @@ class FSRanking {
   const std::vector<int>& GetRanks(MCFSCommon::RankCriteria criterion) const;
   // -1 for a predictor that is not ranked.
   int RankOf(MCFSCommon::RankCriteria criterion, int predictor) const;
+
+  void Display(std::ostream& out) const;
 
   // Saved state, in two parts.
   template <class Archive, class Self>

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "common/CompensatedSum.h"
 #include "common/MissingValue.h"
 #include "feature/accumulators/FSMapIStat.h"
 #include "feature/accumulators/FSMaps.h"
@@ -55,26 +56,26 @@ double ContingencyTable::DegreesOfFreedom() const {
 }
 
 double PearsonChiSquare(const ContingencyTable& table) {
-  double sum = 0.0;
+  MCCommon::CompensatedSum sum;  // in whatever order the categories came
   for (std::size_t i = 0; i < table.fRows.size(); ++i) {
     for (const auto& [column, count] : table.Cells(i)) {
       const double expected = table.Expected(i, column);
       const double difference = count - expected;
-      sum += difference * difference / expected;
+      sum.Add(difference * difference / expected);
     }
-    sum += table.ExpectedInEmpty(i);
+    sum.Add(table.ExpectedInEmpty(i));
   }
-  return sum;
+  return sum.Total();
 }
 
 double LikelihoodRatioChiSquare(const ContingencyTable& table) {
-  double sum = 0.0;
+  MCCommon::CompensatedSum sum;  // in whatever order the categories came
   for (std::size_t i = 0; i < table.fRows.size(); ++i) {
     for (const auto& [column, count] : table.Cells(i)) {
-      sum += count * std::log(count / table.Expected(i, column));
+      sum.Add(count * std::log(count / table.Expected(i, column)));
     }
   }
-  return 2.0 * sum;
+  return 2.0 * sum.Total();
 }
 
 double CramersV(const ContingencyTable& table, double chiSquare) {

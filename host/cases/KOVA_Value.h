@@ -1,6 +1,7 @@
 // One value of a variable: a number or a string. A plain value.
 #pragma once
 
+#include <compare>
 #include <string>
 #include <utility>
 #include <variant>
@@ -21,6 +22,8 @@ class KOVA_Value {
   const std::string& GetString() const { return std::get<std::string>(fValue); }
 
   bool operator==(const KOVA_Value&) const = default;
+  // Numbers by value, then strings by bytes.
+  auto operator<=>(const KOVA_Value&) const = default;
 
  private:
   std::variant<double, std::string> fValue = KOVA_SystemMissing;

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "host/cases/UALostWeights.h"
 #include "host/output/BpError.h"
 #include "host/output/ShowText.h"
 
@@ -17,6 +18,15 @@ void UAInpAdaptMsg::NoValidCases(const char* why) const {
 
 void UAInpAdaptMsg::NoValidCasesForSelect() const {
   RaiseMessage(OutputMessage::kWarning, "No valid cases for selection...");
+}
+
+void UAInpAdaptMsg::WeightsLost(const UALostWeights& weights) const {
+  if (weights.GetNLost() == 0) return;
+  RaiseMessage(
+      OutputMessage::kWarning, "Weights of ^1 cases rounded to zero: ^2, ^3, ^4, ^5...",
+      {std::to_string(weights.GetNLost()), std::to_string(weights.GetNCases()),
+       fmt::format("{:.6g}", weights.GetLostWeight()), fmt::format("{:.6g}", weights.GetWeight()),
+       fmt::format("{:.6g}", weights.GetFactor())});
 }
 
 void UAInpAdaptMsg::ReadFailed(const std::string& reason) const {

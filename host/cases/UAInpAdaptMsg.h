@@ -6,6 +6,7 @@
 #include "host/cases/MCStopProcessor.h"
 
 class ProcedureDataSource;
+class UALostWeights;
 
 class UAInpAdaptMsg {
  public:
@@ -16,6 +17,9 @@ class UAInpAdaptMsg {
 
   // Warning: the active data have no cases or no variables to select from.
   void NoValidCasesForSelect() const;
+
+  // Warning: cases were left out since their weights round to 0. Says nothing while none was.
+  void WeightsLost(const UALostWeights& weights) const;
 
   // Error: the data could not be read; `reason` names file, place and cause
   // (UAProcDataSourceIter::GetFailText).

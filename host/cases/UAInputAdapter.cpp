@@ -150,6 +150,10 @@ bool UAInputAdapter::NextChunk(UACaseScan& scan) {
       PrepareNumbers(var, j, scan);
     }
   }
+  const int weight = fpSpecs->GetWeightPosition();
+  if (weight >= 0 && scan.Pass() == 0) {
+    fLostWeights.Observe(scan.Column(static_cast<std::size_t>(weight)), scan.Cases());
+  }
   return true;
 }
 

@@ -14,6 +14,7 @@
 #include "host/cases/KOVA_InputCaseIterator.h"
 #include "host/cases/KOVA_Value.h"
 #include "host/cases/UACategories.h"
+#include "host/cases/UALostWeights.h"
 
 class ProcedureDataSource;
 class UACaseScan;
@@ -59,6 +60,9 @@ class UAInputAdapter {
   // nRecords: the cases delivered in the first pass over the data.
   int GetRecordCount() const { return fNRecords; }
 
+  // What the first pass over the data has met of frequency weights, whatever else the cases hold.
+  const UALostWeights& GetLostWeights() const { return fLostWeights; }
+
   // For the streams. A new scan (throws HostIOError); the next chunk of one, observed and prepared,
   // false at the end (throws HostIOError); making a scan the one that is reading; counting a
   // delivery; taking out the cases of the chunk that lack a value, when only complete ones are
@@ -95,6 +99,7 @@ class UAInputAdapter {
   KOVA_InputCaseIterator fIterator;
   UACaseScan* fpReading = nullptr;
   bool fbObserved = false;  // every case, by a scan that came to the end
+  UALostWeights fLostWeights;
   int fNScans = 0;
   int fNRecords = 0;
 };

@@ -63,8 +63,9 @@ int UAVarValidSpecs::SetWeightVar() {
     return var.fKOVAVar == kovaVar && !var.fbCategorical;
   };
   const auto found = std::find_if(fRecordVars.begin(), fRecordVars.end(), same);
-  if (found != fRecordVars.end()) return static_cast<int>(found - fRecordVars.begin());
-  return Append(kovaVar, false);
+  fWeightPosition = found != fRecordVars.end() ? static_cast<int>(found - fRecordVars.begin())
+                                               : Append(kovaVar, false);
+  return fWeightPosition;
 }
 
 int UAVarValidSpecs::Append(int kovaVar, bool categorical) {

@@ -32,6 +32,8 @@ class UAVarValidSpecs {
   // position, or -1 when the data have none. A weight that is also there as a category gets a
   // position of its own.
   int SetWeightVar();
+  // Its record position; -1 while none was added.
+  int GetWeightPosition() const { return fWeightPosition; }
 
   int GetNRecordVars() const;
   bool IsUserMissingExcluded() const;
@@ -64,6 +66,7 @@ class UAVarValidSpecs {
   bool fbDeliverMissing;
   bool fbExcludeUserMissing;
   bool fbEncodeCategories;
+  int fWeightPosition = -1;
   std::vector<RecordVar> fRecordVars;
   std::unordered_map<int, int> fFirstPosition;  // by index in the data
 };

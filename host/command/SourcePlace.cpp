@@ -5,11 +5,13 @@
 #include <algorithm>
 #include <string_view>
 
+#include "host/text/VisibleText.h"
+
 namespace MCHost {
 
 namespace {
 
-// As wide as `before` on a terminal, of blanks and of the tabs it holds.
+// As wide as `before`, which is UTF-8, on a terminal, of blanks and of the tabs it holds.
 std::string PaddingUnder(std::string_view before) {
   std::string padding;
   const auto* bytes = reinterpret_cast<const utf8proc_uint8_t*>(before.data());
@@ -17,14 +19,13 @@ std::string PaddingUnder(std::string_view before) {
   while (left > 0) {
     utf8proc_int32_t codepoint = 0;
     const utf8proc_ssize_t used = utf8proc_iterate(bytes, left, &codepoint);
-    const bool isValid = used > 0;
     if (codepoint == '\t') {
       padding += '\t';
     } else {
-      padding.append(isValid ? static_cast<std::size_t>(utf8proc_charwidth(codepoint)) : 1, ' ');
+      padding.append(static_cast<std::size_t>(utf8proc_charwidth(codepoint)), ' ');
     }
-    bytes += isValid ? used : 1;
-    left -= isValid ? used : 1;
+    bytes += used;
+    left -= used;
   }
   return padding;
 }
@@ -38,7 +39,7 @@ std::string ShowPlace(const std::string& text, std::size_t offset) {
   std::string_view line = whole.substr(start, whole.find('\n', offset) - start);
   while (line.ends_with('\r')) line.remove_suffix(1);
   const std::string_view upToPlace = line.substr(0, std::min(offset - start, line.size()));
-  return "  " + std::string(line) + "\n  " + PaddingUnder(upToPlace) + "^";
+  return "  " + std::string(line) + "\n  " + PaddingUnder(VisibleText(upToPlace, "\t")) + "^";
 }
 
 }  // namespace MCHost

@@ -1,6 +1,7 @@
 #include "host/output/BpError.h"
 
 #include "host/output/IOutputSink.h"
+#include "host/output/TellApart.h"
 #include "host/session/HostBlocks.h"
 #include "host/session/ISession.h"
 #include "host/session/SessionScope.h"
@@ -8,7 +9,9 @@
 void BpError(const BpComposite& text, int /*show*/, int level, const std::string& detail) {
   MCHost::ISession& session = MCHost::CurrentSession();
   if (level >= MCHost::OutputMessage::kError) session.CommonBlock().SetError();
-  session.Output().AddMessage({level, text.Finish(), detail});
+  MCHost::OutputText said = text.Finish();
+  MCHost::TellApart(said);
+  session.Output().AddMessage({level, std::move(said), detail});
 }
 
 void MCHost::RaiseMessage(OutputMessage::Level level, const std::string& key,

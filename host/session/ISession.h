@@ -58,6 +58,11 @@ class ISession {
   // True when the user asked to stop. Polled often; must be cheap.
   virtual bool IsCancelled() const = 0;
 
+  // Memory for the cases of a command, in kilobytes. Asked by a command that needs it and states none
+  // itself; 0 leaves it at the command's own default. A session that does not care need not
+  // implement this.
+  virtual double MemoryForCases() { return 0.0; }
+
   // Where the engine's state is saved after a command's data were counted (binary, or XML where the
   // name ends in ".xml"), and how the names of its result documents begin. Empty: nothing is
   // written. A session that offers neither need not implement them.
@@ -74,6 +79,11 @@ class ISession {
   // A file that a procedure has written whole. A session that does not list them need not implement
   // this.
   virtual void ReportFile(const std::string& path) { (void)path; }
+
+  // The current command's only error is a file that it could not write: all its other results are
+  // there and whole, new variables among them. A session to which an error is an error need not
+  // implement this.
+  virtual void ReportLostFile() {}
 
   // How far a long pass has come, once in a while. For a progress display.
   virtual void ReportProgress(const std::string& text) = 0;

@@ -7,6 +7,7 @@
 #include "feature/FSAlgorithm.h"
 #include "feature/FSFactory.h"
 #include "feature/FSSettings.h"
+#include "feature/FSWithinMemory.h"
 #include "modelfiles/feature/FSStateFields.h"
 
 using MCFeature::MCStatus;
@@ -64,14 +65,20 @@ void FSAlgorithm::ReadObjectXML(std::ifstream& is) {
 
 MCStatus FSAlgorithm::SaveState(std::fstream& out) const {
   const MCStatus status = StatusNow();
-  if (!status.IsError()) DoSave(out);
-  return status;
+  if (status.IsError()) return status;
+  return FSWithinMemory(out, [&] {
+    DoSave(out);
+    return status;
+  });
 }
 
 MCStatus FSAlgorithm::SaveStateXML(std::ostream& out) const {
   const MCStatus status = StatusNow();
-  if (!status.IsError()) DoSaveXML(out);
-  return status;
+  if (status.IsError()) return status;
+  return FSWithinMemory(out, [&] {
+    DoSaveXML(out);
+    return status;
+  });
 }
 
 void FSAlgorithm::DoSave(std::fstream& out) const {
@@ -110,16 +117,24 @@ std::unique_ptr<FSAlgorithm> Restore(Stream& in, MCFeature::StatusCode failure, 
   }
 }
 
+std::weak_ptr<FSAlgorithm*> LinkTo(const FSAlgorithm* component) {
+  return component != nullptr ? component->GetLink() : std::weak_ptr<FSAlgorithm*>();
+}
+
 }  // namespace
 
 std::unique_ptr<IFSAlgorithm> FSFactory::RestoreFSAlgorithmFromBinary(std::fstream& in) {
-  return Restore(in, MCFeature::kBadBinaryState, fStatus,
-                 [&in](FSAlgorithm& component) { component.ReadObject(in); });
+  auto component = Restore(in, MCFeature::kBadBinaryState, fStatus,
+                           [&in](FSAlgorithm& read) { read.ReadObject(in); });
+  fpLast = LinkTo(component.get());
+  return component;
 }
 
 std::unique_ptr<IFSAlgorithm> FSFactory::RestoreFSAlgorithmFromXML(std::ifstream& in) {
-  return Restore(in, MCFeature::kBadXMLState, fStatus, [&in](FSAlgorithm& component) {
-    component.ReadObjectXML(in);
+  auto component = Restore(in, MCFeature::kBadXMLState, fStatus, [&in](FSAlgorithm& read) {
+    read.ReadObjectXML(in);
     if (!MCCommonXML::ParseEndRoot(in)) throw MCFeature::IOException("after the component");
   });
+  fpLast = LinkTo(component.get());
+  return component;
 }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <memory>
 #include <ostream>
@@ -14,6 +15,7 @@
 #include "feature/FSAlgorithm.h"
 #include "feature/FSCriterion.h"
 #include "feature/FSSettings.h"
+#include "feature/FSWithinMemory.h"
 
 using namespace MCFSCommon;
 using MCCommonXML::XMLElement;
@@ -48,6 +50,20 @@ void AddTarget(XMLElement& root, const FSSettings& settings) {
   root.AddChild("Target").AddAttribute("targetIndex", settings.GetTargetPosition());
 }
 
+// The percent that was given for a stored fraction: 7 is stored as 0.07, and 100 times that is
+// 7.000000000000001. Digits that no double needs are taken for it where they are the same fraction.
+double PercentOf(double fraction) {
+  constexpr int kSafeDigits = 15;
+  char text[32];
+  const char* end =
+      std::to_chars(text, text + sizeof text, 100.0 * fraction, std::chars_format::general,
+                    kSafeDigits)
+          .ptr;
+  double percent = 0.0;
+  (void)std::from_chars(text, end, percent);
+  return percent / 100.0 == fraction ? percent : 100.0 * fraction;
+}
+
 void AddScreeningCriteria(XMLElement& parent, const FSSettings& settings) {
   struct Rule {
     PredictorDelReason fReason;
@@ -55,11 +71,13 @@ void AddScreeningCriteria(XMLElement& parent, const FSSettings& settings) {
     double fValue;
   };
   const std::array<Rule, 6> rules = {{
-      {kManyMissing, settings.IsDeleteManyMissing(), settings.GetMaxPctMiss()},
-      {kManyInSingleCategory, settings.IsDeleteManySingle(), settings.GetMaxPctSingle()},
-      {kManyCategories, settings.IsDeleteManyCategories(), settings.GetMaxNCatAsPct()},
+      {kManyMissing, settings.IsDeleteManyMissing(), PercentOf(settings.GetMaxMissFraction())},
+      {kManyInSingleCategory, settings.IsDeleteManySingle(),
+       PercentOf(settings.GetMaxSingleFraction())},
+      {kManyCategories, settings.IsDeleteManyCategories(),
+       PercentOf(settings.GetMaxNCatFraction())},
       {kManyCategoriesWithOneCase, settings.IsDeleteManyOneCase(),
-       settings.GetMaxPctCatWithOneCase()},
+       PercentOf(settings.GetMaxOneCaseFraction())},
       {kSmallVariation, settings.IsDeleteSmallVariation(), settings.GetMinVariation()},
       {kSmallStddev, settings.IsDeleteSmallStddev() && settings.GetMinStddev() > 0.0,
        settings.GetMinStddev()},
@@ -104,7 +122,8 @@ MCStatus FSAlgorithm::ExportOneXML(std::ostream& out, RankCriteria criterion, in
   const MCStatus status = StatusNow();
   if (status.IsError()) return status;
   if (!fpSettings->GetCriterion(criterion)) return MCFeature::Error(MCFeature::kNotComputed);
-  const MCStatus exported = fPredictors.ExportOneXML(out, criterion, nBest);
+  const MCStatus exported =
+      FSWithinMemory(out, [&] { return fPredictors.ExportOneXML(out, criterion, nBest); });
   if (!exported.IsOK()) return exported;
   if (!status.IsOK() || nBest <= fPredictors.GetNValidPred()) return status;
   MCStatus tooFew = MCFeature::Warning(MCFeature::kTooFewPredictors);
@@ -115,7 +134,7 @@ MCStatus FSAlgorithm::ExportOneXML(std::ostream& out, RankCriteria criterion, in
 MCStatus FSAlgorithm::ExportAllXML(std::ostream& out) const {
   const MCStatus status = StatusNow();
   if (status.IsError()) return status;
-  const MCStatus exported = fPredictors.ExportAllXML(out);
+  const MCStatus exported = FSWithinMemory(out, [&] { return fPredictors.ExportAllXML(out); });
   return exported.IsOK() ? status : exported;
 }
 

@@ -4,6 +4,7 @@
 #include "common/xml/XMLError.h"
 #include "modelfiles/naivebayes/NBDocuments.h"
 #include "naivebayes/NBAlgorithm.h"
+#include "naivebayes/NBWithinMemory.h"
 
 using MCCommonXML::XMLElement;
 using MCNaive::MCStatus;
@@ -96,9 +97,14 @@ void AddModel(XMLElement& root, const NBAlgorithm& algorithm) {
 }  // namespace
 
 MCStatus NBAlgorithm::ExportModelXML(std::ostream& os, MCApplicInfo4XML* info) const {
-  if (fCancel.IsCancel()) return MCNaive::Error(MCNaive::kCancelled);
+  if (fCancel.TakeCancel()) return MCNaive::Error(MCNaive::kCancelled);
   if (!fbBuilt) return MCNaive::Warning(MCNaive::kNoPreparator);
   if (fInputs.empty()) return MCNaive::Error(MCNaive::kNoInputToExport);
+  if (!HasFiniteWeight()) return MCNaive::Error(MCNaive::kWeightNotFinite);
+  return MCNaive::WithinMemory([&] { return DoExport(os, info); });
+}
+
+MCStatus NBAlgorithm::DoExport(std::ostream& os, MCApplicInfo4XML* info) const {
   int variable = -1;
   try {
     const auto root = CreateRoot();

@@ -1,5 +1,6 @@
 // Saved state of a component and of its model.
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <sstream>
 
@@ -10,6 +11,7 @@
 #include "modelfiles/naivebayes/NBStateFields.h"
 #include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/NBFactory.h"
+#include "naivebayes/NBWithinMemory.h"
 
 using MCNaive::MCStatus;
 
@@ -116,11 +118,16 @@ bool NBAlgorithm::LinkParts() {
   return true;
 }
 
+bool NBAlgorithm::HasFiniteWeight() const {
+  return std::isfinite(fTotalWeight) && std::isfinite(1 / fTotalWeight);
+}
+
 MCStatus NBAlgorithm::CheckSaving() const {
   if (fStatus.IsError()) return fStatus;
-  if (fCancel.IsCancel()) return MCNaive::Error(MCNaive::kCancelled);
+  if (fCancel.TakeCancel()) return MCNaive::Error(MCNaive::kCancelled);
   const bool isSaved = fbBuilt && CountUnlistedCategories() <= kMostUnlisted;
-  return isSaved ? MCStatus() : MCNaive::Error(MCNaive::kNotSaved);
+  if (!isSaved) return MCNaive::Error(MCNaive::kNotSaved);
+  return HasFiniteWeight() ? MCStatus() : MCNaive::Error(MCNaive::kWeightNotFinite);
 }
 
 void NBAlgorithm::DoSave(std::fstream& os) const {
@@ -143,12 +150,16 @@ void NBAlgorithm::DoSaveXML(std::ostream& os) const {
 MCStatus NBAlgorithm::SaveState(std::fstream& os) const {
   const MCStatus status = CheckSaving();
   if (status.IsError()) return status;
-  try {
-    DoSave(os);
-  } catch (...) {
-    return MCNaive::Error(MCNaive::kNotSaved);
-  }
-  return os ? MCStatus() : MCNaive::Error(MCNaive::kNotSaved);
+  return MCNaive::WithinMemory([&] {
+    try {
+      DoSave(os);
+    } catch (const std::bad_alloc&) {
+      throw;
+    } catch (...) {
+      return MCNaive::Error(MCNaive::kNotSaved);
+    }
+    return os ? MCStatus() : MCNaive::Error(MCNaive::kNotSaved);
+  });
 }
 
 namespace {
@@ -171,16 +182,20 @@ int FindRefused(const NBVarList& varList) {
 MCStatus NBAlgorithm::SaveStateXML(std::ostream& os) const {
   const MCStatus status = CheckSaving();
   if (status.IsError()) return status;
-  try {
-    DoSaveXML(os);
-  } catch (const MCCommonXML::XMLError&) {
-    MCStatus refused = MCNaive::Error(MCNaive::kTextNotForXML);
-    refused.SetDiscreteDatum(0, FindRefused(fVarList));
-    return refused;
-  } catch (...) {
-    return MCNaive::Error(MCNaive::kNotSaved);
-  }
-  return os ? MCStatus() : MCNaive::Error(MCNaive::kNotSaved);
+  return MCNaive::WithinMemory([&] {
+    try {
+      DoSaveXML(os);
+    } catch (const MCCommonXML::XMLError&) {
+      MCStatus refused = MCNaive::Error(MCNaive::kTextNotForXML);
+      refused.SetDiscreteDatum(0, FindRefused(fVarList));
+      return refused;
+    } catch (const std::bad_alloc&) {
+      throw;
+    } catch (...) {
+      return MCNaive::Error(MCNaive::kNotSaved);
+    }
+    return os ? MCStatus() : MCNaive::Error(MCNaive::kNotSaved);
+  });
 }
 
 std::unique_ptr<INBAlgorithm> NBFactory::RestoreNBAlgorithmFromBinary(std::fstream& is) {

@@ -1,4 +1,6 @@
 // The result of a predictor selection as a NaiveBayesAttrSelection document.
+#include <cmath>
+
 #include "common/xml/DocumentHeader.h"
 #include "common/xml/XMLDocType.h"
 #include "common/xml/XMLElement.h"
@@ -46,6 +48,7 @@ void NBAttributeSelector::AddSubset(XMLElement& root, int size, const double* cr
 MCStatus NBAttributeSelector::ExportXML(std::ostream& os, bool testData,
                                         MCApplicInfo4XML* appInfo) const {
   if (fCancel.IsCancel()) return MCNaive::Error(MCNaive::kCancelled);
+  if (!std::isfinite(fTotalWeight)) return MCNaive::Warning(MCNaive::kWeightNotFinite);
   const bool evaluated = !fvResults.empty();
   int variable = -1;  // the one whose texts are being taken in
   try {

@@ -3,12 +3,6 @@
 #include <cmath>
 #include <numbers>
 
-void NBSum::Add(double term) {
-  const double sum = fSum + term;
-  fLost += std::abs(fSum) >= std::abs(term) ? (fSum - sum) + term : (term - sum) + fSum;
-  fSum = sum;
-}
-
 void NBLogSum::Add(double x, int exponent, double weight) {
   constexpr double kLow = 0x1p-200, kHigh = 0x1p200, kLeast = 0x1p-600;
   // However a value was split, it is taken whole, or else as a fraction of 1 and its exponent.

@@ -3,17 +3,9 @@
 
 #include <cstdint>
 
-// A running sum with Neumaier's compensation: the error stays at one rounding of the result however
-// many terms there are.
-class NBSum {
- public:
-  void Add(double term);
-  double Total() const { return fSum + fLost; }
+#include "common/CompensatedSum.h"
 
- private:
-  double fSum = 0;
-  double fLost = 0;
-};
+using NBSum = MCCommon::CompensatedSum;
 
 // A weighted sum of logarithms. Terms of weight 1 are multiplied up and their logarithm taken once
 // per few hundred binary places, which is faster and rounds less than a logarithm each. The result

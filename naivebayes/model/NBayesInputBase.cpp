@@ -92,8 +92,14 @@ void NBayesInputBase::TallyUnitCases(const Code* codes, const std::int32_t* targ
 void NBayesInputBase::Grow(int categories, int targetCategories) {
   const NBayesInputBase old = *this;
   Setup(std::max(categories, fNCategories), std::max(targetCategories, fNTargets));
+  fNNonEmpty = old.fNNonEmpty;
+  std::fill(fvProbabilities.begin(), fvProbabilities.end(), 1.0);
   for (int m = 0; m < old.fNCategories; ++m) {
-    for (int k = 0; k < old.fNTargets; ++k) AddCount(m, k, old.GetCount(m, k));
+    const auto from = static_cast<std::ptrdiff_t>(old.Cell(m, 0)), to = from + old.fNTargets;
+    const auto row = static_cast<std::ptrdiff_t>(Cell(m, 0));
+    std::copy(old.fvCounts.begin() + from, old.fvCounts.begin() + to, fvCounts.begin() + row);
+    std::copy(old.fvProbabilities.begin() + from, old.fvProbabilities.begin() + to,
+              fvProbabilities.begin() + row);
   }
 }
 

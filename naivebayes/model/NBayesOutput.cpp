@@ -8,6 +8,7 @@
 void NBayesOutput::Setup(int targetCategories) {
   fvCounts.assign(targetCategories, 0.0);
   fvPriors.assign(targetCategories, 0.0);
+  fvRecords.assign(targetCategories, 0);
 }
 
 int NBayesOutput::ComputeProbabilities(double totalWeight) {
@@ -20,10 +21,22 @@ int NBayesOutput::ComputeProbabilities(double totalWeight) {
   return nonEmpty;
 }
 
-void NBayesOutput::ResetCounts() { std::fill(fvCounts.begin(), fvCounts.end(), 0.0); }
+void NBayesOutput::ResetCounts() {
+  std::fill(fvCounts.begin(), fvCounts.end(), 0.0);
+  fvRecords.assign(fvCounts.size(), 0);
+}
 
 void NBayesOutput::AddCases(const std::int32_t* targets, const double* weights, std::size_t cases) {
   for (std::size_t i = 0; i < cases; ++i) fvCounts[targets[i]] += weights[i];
+  if (fvRecords.empty()) return;
+  for (std::size_t i = 0; i < cases; ++i) ++fvRecords[targets[i]];
+}
+
+void NBayesOutput::MergeRecords(const NBayesOutput& other, const std::vector<int>& map) {
+  if (other.fvRecords.empty()) fvRecords.clear();
+  if (fvRecords.empty()) return;
+  fvRecords.resize(fvCounts.size(), 0);
+  for (std::size_t k = 0; k < map.size(); ++k) fvRecords[map[k]] += other.fvRecords[k];
 }
 
 std::vector<int> NBayesOutput::MergeTargetCounts(const NBayesOutput& other) {
@@ -34,6 +47,7 @@ std::vector<int> NBayesOutput::MergeTargetCounts(const NBayesOutput& other) {
     fvPriors.resize(needed, 0.0);
   }
   for (std::size_t k = 0; k < map.size(); ++k) fvCounts[map[k]] += other.fvCounts[k];
+  MergeRecords(other, map);
   return map;
 }
 

@@ -34,6 +34,10 @@ class NBayesOutput {
 
   int GetNCategories() const { return static_cast<int>(fvCounts.size()); }
   double GetCount(int category) const { return fvCounts[category]; }
+  // The training records of a category; -1 when not known.
+  int GetRecords(int category) const {
+    return fvRecords.empty() ? -1 : static_cast<int>(fvRecords[category]);
+  }
   const std::vector<double>& GetPriors() const { return fvPriors; }
 
   // The target in a model document: a BayesOutput with the count of every category. Throws XMLError
@@ -51,8 +55,10 @@ class NBayesOutput {
  private:
   template <class Archive, class Self>
   static void Fields(Archive& archive, Self& self);
+  void MergeRecords(const NBayesOutput& other, const std::vector<int>& map);
 
   INBVariable* fpVariable = nullptr;
   std::vector<double> fvCounts;
   std::vector<double> fvPriors;
+  std::vector<std::int32_t> fvRecords;  // not part of the state: empty after reading it
 };

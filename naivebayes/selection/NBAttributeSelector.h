@@ -90,7 +90,8 @@ class NBAttributeSelector {
   // Writes the last selection as a NaiveBayesAttrSelection document: the order of entry, and the
   // sizes that were ranked (an exact size: the one subset). `testData` names the criterion. Status
   // 1 after a cancel, and nothing is written; warning 70006, with the variable as datum 0 (-1: the
-  // application), for a text that XML cannot hold, and nothing is written either.
+  // application), for a text that XML cannot hold, and 70022 for weights beyond the range of a
+  // double, and nothing is written either.
   MCNaive::MCStatus ExportXML(std::ostream& os, bool testData, MCApplicInfo4XML* appInfo) const;
 
   // A(j) = sum over k and m of N(j,m,k) / N * log P(m|k).

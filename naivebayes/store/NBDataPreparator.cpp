@@ -222,6 +222,7 @@ MCStatus NBDataPreparator::ProcessSource(MCCommon::RecordIterator& source,
   } else if (!StoreInFile(adapter, request.fTempDir, stored)) {
     return MCNaive::Error(MCNaive::kTemporaryFile);
   }
+  adapter.CountRest();
   stored.fExcluded = {adapter.GetExcludedCount(), adapter.GetWExcludedCount()};
   if (adapter.GetStatus().IsError()) return adapter.GetStatus();
   return stored.fNRecords == 0 ? MCNaive::Error(MCNaive::kNoRecordsFound) : adapter.GetStatus();

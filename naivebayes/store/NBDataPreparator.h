@@ -72,7 +72,8 @@ class NBDataPreparator {
                                             std::vector<std::int32_t>& inputs,
                                             double& weight) const;
 
-  // Stores the processed records of at most so many accepted ones. Errors: 70001 the temporary file
+  // Stores the processed records of at most so many accepted ones; what is left out is counted to
+  // the end of the source. Errors: 70001 the temporary file
   // cannot be made or written, 70004 the source failed, 70010 a target out of range, 70011 nothing
   // to store. Warning: 70010 of the first input out of range. After a cancel the store holds what
   // was read.

@@ -31,7 +31,7 @@ void NBInternalAdapter::Accept(const RecordBlock& block) {
     } else if (codes[i] == INBEncoder::kMissingCode) {
       ++fExcluded.fNRecords;
       fExcluded.fWeight += weights[i];
-    } else if (codes[i] == NBDataPreparator::kOutOfRange) {
+    } else if (codes[i] == NBDataPreparator::kOutOfRange && fNLeft != 0) {
       fStatus =
           fPreparator.MakeRangeStatus(false, fNSeen, targets[i], fPreparator.GetTargetCategories());
       return;
@@ -106,6 +106,14 @@ const NBCodeBlock* NBInternalAdapter::NextCodes() {
     if (!fvAccepted.empty()) return &fBuffer.View();
   }
   return nullptr;
+}
+
+void NBInternalAdapter::CountRest() {
+  while (fNLeft == 0 && !fStatus.IsError() && !fPreparator.GetCancelInfo().IsCancel()) {
+    const RecordBlock& block = fSource.NextBlock(RecordBlock::kMaxCases);
+    if (!IsUsable(block)) return;
+    Accept(block);
+  }
 }
 
 bool NBInternalAdapter::HasMore() {

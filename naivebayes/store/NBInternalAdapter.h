@@ -29,6 +29,10 @@ class NBInternalAdapter : public MCCommon::RecordIterator, public NBCodeSource {
   const MCCommon::Record* NextRecord() override;
   FailReason GetFailReason() const override;
 
+  // Reads on to the end behind the last record that may be accepted, and counts those that would
+  // have been left out.
+  void CountRest();
+
   // Records left out so far; their weight counts as far as it is valid.
   int GetExcludedCount() const { return fExcluded.fNRecords; }
   double GetWExcludedCount() const { return fExcluded.fWeight; }

@@ -3,6 +3,7 @@
 
 #include "host/output/render/RenderText.h"
 #include "operations/DescribeTable.h"
+#include "operations/FreeMemory.h"
 #include "operations/InspectState.h"
 #include "operations/RunCommands.h"
 #include "operations/ScoreTable.h"
@@ -33,6 +34,7 @@ predselect_status StatusOf(Outcome outcome) {
     case Outcome::kCompleted:
       return PREDSELECT_OK;
     case Outcome::kCommandError:
+    case Outcome::kFileLost:
       return PREDSELECT_COMMAND_ERROR;
     case Outcome::kCancelled:
       return PREDSELECT_CANCELLED;
@@ -86,6 +88,8 @@ predselect_status predselect_run(predselect_session* session, predselect_table* 
     request.fCommands = TextArgument(commands, "commands");
     if (given.state_path != nullptr) request.fStatePath = given.state_path;
     if (given.results_folder != nullptr) request.fResultsFolder = given.results_folder;
+    request.fMemory = given.memory == PREDSELECT_MEMORY_AUTO ? PredSelect::AutomaticMemory()
+                                                             : static_cast<double>(given.memory);
     return PredSelect::RunCommands(data, document, request, session->fSurroundings);
   });
 }

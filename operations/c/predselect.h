@@ -150,10 +150,15 @@ void predselect_state_close(predselect_state* state);
 // Each gives a result with PREDSELECT_OK, and also with PREDSELECT_COMMAND_ERROR and
 // PREDSELECT_CANCELLED: it then holds what was done until then, messages above all.
 
+// What the system and the control groups of the process leave free decides.
+#define PREDSELECT_MEMORY_AUTO ((size_t)-1)
+
 typedef struct predselect_run_options {
   size_t struct_size;
   const char* state_path;      // where the last command's state is saved; NULL for nowhere
   const char* results_folder;  // made for the result documents; NULL for none
+  size_t memory;  // kilobytes for the cases of a command that needs memory and states none; 0 for
+                  // the command's own default, PREDSELECT_MEMORY_AUTO for half of what is free
 } predselect_run_options;
 
 // Runs a text of one or more commands, each ended by a period at the end of a line. One that

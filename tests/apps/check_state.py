@@ -13,6 +13,7 @@ import subprocess
 import sys
 import tempfile
 from pathlib import Path
+from xml.etree import ElementTree
 
 DATA = Path(__file__).resolve().parents[2] / "data"
 RANKING = "SELECTPRED species BY island sex WITH bill_length_mm bill_depth_mm body_mass_g " \
@@ -58,9 +59,10 @@ def law_parts_make_the_whole(program, folder):
     merged = cells(call(program, folder, "inspect", "all.bin", "--format", "json").stdout, "Ranking")
     whole = cells(call(program, folder, "run", "--data", str(DATA / "penguins.csv"), "-c", RANKING,
                        "--format", "json").stdout, "PredictorSummary")
-    assert len(whole) > 20
+    whole = {key: value for key, value in whole.items() if value is not None}
+    assert len(whole) > 20 and whole.keys() == merged.keys(), whole.keys() ^ merged.keys()
     for key, value in whole.items():
-        assert value is None or abs(merged[key] - value) <= 1e-12 * max(1.0, abs(value)), key
+        assert abs(merged[key] - value) <= 1e-12 * max(1.0, abs(value)), key
 
 
 def law_a_saved_model_scores_as_its_run_did(program, folder):
@@ -225,9 +227,12 @@ def law_what_xml_cannot_hold_is_said(program, folder):
         call(program, folder, "inspect", "odd.bin")
         call(program, folder, "merge", "odd.bin", "odd.bin", "--allow-equal", "-o", "odd.xml",
              expect=3)
-    call(program, folder, "run", "--data", "odd.csv", "-c", "NAIVEBAYES y BY ALL.", "--results",
-         "out", expect=1)
-    assert not (folder / "odd.xml").exists() and not list((folder / "out").iterdir())
+        result = call(program, folder, "run", "--data", "odd.csv", "-c", text, "--results", "out",
+                      expect=1)
+        named = "out/1-variables.xml" if "SELECT" in text else "subsets.xml"
+        assert named in "".join(result.stderr.split()), result.stderr
+    written = {path.name for path in (folder / "out").iterdir()}
+    assert not (folder / "odd.xml").exists() and not written & {"1-variables.xml", "1-subsets.xml"}
 
 
 def law_what_does_not_fit_is_refused(program, folder):
@@ -281,13 +286,21 @@ def law_what_does_not_fit_is_refused(program, folder):
 
 
 def law_results_name_their_command(program, folder):
-    """One set of documents a command, numbered in the order of the text."""
+    """One set of documents a command, numbered in the order of the text; indices have names."""
     text = RANKING + "\n" + MODEL
     result = call(program, folder, "run", "--data", str(DATA / "penguins.csv"), "-c", text,
                   "--results", "out/xml", "--format", "json")
     names = sorted(path.name for path in (folder / "out" / "xml").iterdir())
     assert names == ["1-predictors.xml", "1-ranking-f.xml", "1-ranking-likelihood.xml",
-                     "1-ranking-pearson.xml", "2-subsets.xml"], names
+                     "1-ranking-pearson.xml", "1-variables.xml", "2-subsets.xml"], names
+    root = ElementTree.parse(folder / "out" / "xml" / "1-variables.xml").getroot()
+    named = {p.get("predictorIndex"): p.get("variableName") for p in root.iter("Predictor")}
+    ranking = ElementTree.parse(folder / "out" / "xml" / "1-ranking-f.xml").getroot()
+    shown = cells(result.stdout, "PredictorSummary")
+    for predictor in ranking.iter("Predictor"):
+        name = named[predictor.get("predictorIndex")]
+        assert shown[name, "F", "Unadjusted Sig."] == float(predictor.get("criterionValue")), name
+    assert root.find("Target").get("variableName") == "species" and len(named) == 5
     assert json.loads(result.stdout)["runs"][1]["files"] == ["out/xml/2-subsets.xml"]
 
 

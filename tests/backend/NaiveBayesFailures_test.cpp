@@ -189,6 +189,19 @@ TEST_F(NaiveBayesFailures, GoOnWithoutPredictorsThatOnlyTestCasesTellApart) {
   }
 }
 
+// A model without predictors has no document; all else that was asked for is there.
+TEST_F(NaiveBayesFailures, LoseTheModelFileAloneWhenNothingIsLeftToPutIntoIt) {
+  const json run =
+      Run("NAIVEBAYES y BY late WITH later /TRAININGSAMPLE VARIABLE=train /OUTFILE MODEL='" +
+          (fFolder / "model.xml").string() + "' /SAVE PREDVAL(guess) /PRINT CPS CLASSIFICATION.");
+  EXPECT_TRUE(fbError);
+  EXPECT_THAT(Errors(run), ElementsAre("No predictor for the model file..."));
+  EXPECT_EQ(run["messages"].back()["severity"], "error");
+  EXPECT_THAT(Titles(run), ElementsAre("Case Processing Summary", "Classification"));
+  EXPECT_THAT(FilesLeft(), IsEmpty());
+  EXPECT_EQ(fTable.GetVariable(fTable.ColumnCount() - 1).GetName(), "guess");
+}
+
 TEST_F(NaiveBayesFailures, SaySoWhenTrainingCasesLeaveFewerPredictorsThanTheExactSize) {
   const std::string command =
       "NAIVEBAYES y BY good late WITH later /TRAININGSAMPLE VARIABLE=train ";

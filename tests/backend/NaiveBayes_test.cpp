@@ -2,6 +2,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <fstream>
 #include <limits>
@@ -469,6 +470,49 @@ TEST_F(NaiveBayes, TakesAllPredictorsWithoutSelection) {
   CheckSaved(reference, {0, 1, 2, 3, 4, 5});
 }
 
+// The last cases, which are excluded, come first the other way round.
+TEST_F(NaiveBayes, TheOrderOfCasesMeansNothing) {
+  Strings y, a;
+  std::vector<double> x, w;
+  for (int i = 0; i < 90; ++i) {
+    const bool isLeft = i >= 70;
+    y.push_back(isLeft && i % 2 == 0 ? std::nullopt : std::optional(Letter(i % 3)));
+    a.push_back(i % 11 == 0 ? std::nullopt : std::optional(Letter((i % 3 + i % 5 / 3) % 3)));
+    x.push_back(i % 3 * 2 + i % 7);
+    w.push_back(isLeft ? i % 4 - 1 : 1 + i % 2);
+  }
+  std::vector<json> tables;
+  for (int order = 0; order < 2; ++order) {
+    fTable = MCHost::MemoryTable();
+    fTable.AddStrings("y", y);
+    fTable.AddStrings("a", a);
+    fTable.AddNumbers("x", x);
+    fTable.AddNumbers("w", w);
+    fTable.SetWeightVarIndex(3);
+    tables.push_back(
+        Run("NAIVEBAYES y BY a WITH x /PRINT CPS EXCLUDED SUMMARY SELECTED CLASSIFICATION.")
+            ["tables"]);
+    std::reverse(y.begin(), y.end());
+    std::reverse(a.begin(), a.end());
+    std::reverse(x.begin(), x.end());
+    std::reverse(w.begin(), w.end());
+  }
+  ASSERT_EQ(tables[0].size(), 4u);
+  for (std::size_t t = 0; t < tables[0].size(); ++t) {
+    ASSERT_EQ(tables[0][t]["cells"].size(), tables[1][t]["cells"].size());
+    for (std::size_t c = 0; c < tables[0][t]["cells"].size(); ++c) {
+      const json &cell = tables[0][t]["cells"][c], &other = tables[1][t]["cells"][c];
+      EXPECT_EQ(cell["row"], other["row"]);
+      EXPECT_EQ(cell["column"], other["column"]);
+      if (cell["value"].is_number()) {
+        EXPECT_NEAR(cell["value"].get<double>(), other["value"].get<double>(), 1e-12) << cell;
+      } else {
+        EXPECT_EQ(cell["value"], other["value"]);
+      }
+    }
+  }
+}
+
 TEST_F(NaiveBayes, CountsTheTrainingCasesByCategoryAndWeight) {
   FillTable();
   const Asked asked = {"", "/TRAININGSAMPLE VARIABLE=train", true, false, true};
@@ -481,17 +525,20 @@ TEST_F(NaiveBayes, CountsTheTrainingCasesByCategoryAndWeight) {
   double valid = 0;
   double training = 0;
   std::vector<double> classes(3, 0.0);
+  std::vector<int> nClasses(3, 0);
   for (int i = 0; i < reference.Size(); ++i) {
     if (!reference.IsTraining(i)) continue;
     ++training;
     if (!reference.IsCounted(i)) continue;
     ++valid;
     classes[reference.Class(i)] += reference.Weight(i);
+    ++nClasses[reference.Class(i)];
   }
   EXPECT_EQ(count("Valid", "Unweighted N"), valid);
   EXPECT_EQ(count("Total", "Unweighted N"), training);
   for (int k = 0; k < 3; ++k) {
     EXPECT_EQ(Cell(run, "CaseProcessingSummary", {"y", Letter(k)}, {"N"}), classes[k]);
+    EXPECT_EQ(Cell(run, "CaseProcessingSummary", {"y", Letter(k)}, {"Unweighted N"}), nClasses[k]);
   }
 }
 

@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 #include "feature/FSCriterion.h"
 #include "host/output/FacSTDictionary.h"
 #include "tests/backend/CommandTest.h"
@@ -93,6 +95,110 @@ TEST_F(SelectPred, RanksBothKindsAgainstAScaleTarget) {
       Cell(correlated, "PredictorSummary", {"Selected", "twice"}, {"Pearson Correlation", "Value"})
           .get<double>(),
       1.0, 1e-14);
+}
+
+TEST_F(SelectPred, ShowsEffectsOnDemandAlone) {
+  FillTable();
+  EXPECT_THAT(Titles(Run("SELECTPRED target BY same other WITH near.")),
+              testing::Not(testing::Contains("Predictor Effects")));
+  const json run = Run(
+      "SELECTPRED target BY same other WITH near flat /CRITERIA SHOWUNSELECTED=1 /PRINT EFFECTS.");
+  EXPECT_THAT(Titles(run), ElementsAre("Predictor Effects"));
+  const auto cell = [&run](const char* row, const json& column) {
+    return Cell(run, "PredictorEffects", {row}, column);
+  };
+  EXPECT_EQ(cell("same", {"Test", "Type"}), "X²");
+  EXPECT_EQ(cell("same", {"Test", "df"}), 1.0);
+  EXPECT_EQ(cell("near", {"Test", "df"}), json({"1", "18"}));
+  EXPECT_NEAR(cell("same", {"Test", "Log10 p"}).get<double>(), std::log10(std::erfc(std::sqrt(10))),
+              1e-12);
+  // Three predictors were ranked, near the best of them.
+  EXPECT_NEAR(cell("same", {"Test", "Adjusted p", "Benjamini-Hochberg"}).get<double>(),
+              1.5 * std::erfc(std::sqrt(10)), 1e-15);
+  EXPECT_NEAR(cell("same", {"Test", "Adjusted p", "Holm"}).get<double>(),
+              2.0 * std::erfc(std::sqrt(10)), 1e-15);
+  EXPECT_EQ(cell("same", {"Effect", "Bits"}), 1.0);
+  EXPECT_EQ(cell("near", {"Effect", "Bits"}), 1.0);
+  EXPECT_EQ(cell("near", {"Effect", "Bias-Corrected V"}), "no such cell");
+  EXPECT_EQ(cell("other", {"Effect", "Correlation"}), "no such cell") << "a column without a use";
+  EXPECT_EQ(cell("near", {"Effect", "Missing"}), 0.0);
+}
+
+// Twenty values from 0 to 19 in ten bins of width 1.9, (1.9, 3.8] and so on: the first holds 0 and
+// 1, the last 18 and 19, each other two values too. A case without a target or value counts
+// nowhere.
+TEST_F(SelectPred, CountsScaleVariablesInBinsForTheMutualInformation) {
+  std::vector<double> steps;
+  std::vector<double> weights;
+  Strings parity;
+  for (int i = 0; i < 20; ++i) {
+    steps.push_back(i);
+    weights.push_back(i < 18 ? 1.0 : 0.4);
+    parity.push_back(i / 2 % 2 == 0 ? "even" : "odd");
+  }
+  steps.push_back(std::nan(""));
+  parity.push_back("even");
+  weights.push_back(3.0);
+  steps.push_back(7.0);
+  parity.push_back(std::nullopt);
+  weights.push_back(1.0);
+  fTable.AddNumbers("steps", steps);
+  fTable.AddStrings("parity", parity);
+  const int weight = fTable.AddNumbers("w", weights);
+  const auto bits = [this](const std::string& command) {
+    const json run = Run(command);
+    return Cell(run, "PredictorEffects", run["tables"][0]["cells"][0]["row"], {"Effect", "Bits"})
+        .get<double>();
+  };
+  EXPECT_NEAR(bits("SELECTPRED parity WITH steps /CRITERIA SHOWUNSELECTED=1 /PRINT EFFECTS."), 1.0,
+              1e-12);
+  EXPECT_NEAR(
+      bits("SELECTPRED steps (MLEVEL=S) BY parity /CRITERIA SHOWUNSELECTED=1 /PRINT EFFECTS."), 1.0,
+      1e-12);
+  // By weight the last bin is not there: nine of two cases, five even and four odd.
+  fTable.SetWeightVarIndex(weight);
+  const double entropy = -5.0 / 9 * std::log2(5.0 / 9) - 4.0 / 9 * std::log2(4.0 / 9);
+  EXPECT_NEAR(bits("SELECTPRED parity WITH steps /CRITERIA SHOWUNSELECTED=1 /PRINT EFFECTS."),
+              entropy, 1e-12);
+}
+
+TEST_F(SelectPred, NotesWhyAnEffectLacksANumberOrItsTestIsDoubtful) {
+  FillTable();
+  fTable.AddNumbers("split", {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1});
+  Strings rare(20, "r");
+  rare[0] = "s";
+  fTable.AddStrings("rare", rare);
+  const json run =
+      Run("SELECTPRED target BY rare WITH split /SCREENING STATUS=OFF /CRITERIA SHOWUNSELECTED=1 "
+          "/PRINT "
+          "EFFECTS.");
+  EXPECT_EQ(Cell(run, "PredictorEffects", {"split"}, {"Test", "Log10 p"}), nullptr);
+  EXPECT_EQ(Cell(run, "PredictorEffects", {"split"}, {"Test", "Adjusted p", "Holm"}), 0.0);
+  std::vector<std::string> notes;
+  for (const json& cell : run["tables"][0]["cells"]) {
+    for (const json& note : cell["notes"]) {
+      const std::string text = run["tables"][0]["footnotes"][note.get<std::size_t>()];
+      notes.push_back(cell["row"][0].get<std::string>() + ": " + text.substr(0, 22));
+    }
+  }
+  EXPECT_THAT(notes, testing::UnorderedElementsAre("split: F could not be compute",
+                                                   "split: No interval can be giv",
+                                                   "rare: Of the expected counts"));
+}
+
+// The first question is that of the pass that ranks, the second that of the one that counts bins.
+TEST_F(SelectPred, ShowsNothingWhenStoppedWhileItCountsBins) {
+  FillTable();
+  fPollsLeft = 0;
+  int polls = 0;
+  json run;
+  do {
+    fPollsLeft = polls++;
+    run = Run("SELECTPRED target WITH near /PRINT EFFECTS.");
+    EXPECT_EQ(fbError, Titles(run).empty()) << polls;
+  } while (fbError && polls < 50);
+  EXPECT_GT(polls, 2);
+  EXPECT_LT(polls, 50);
 }
 
 TEST_F(SelectPred, SaysWhatWentWrongInOneClearMessage) {

@@ -63,15 +63,16 @@ TEST(OddInput, AStatisticThatOverflowsIsMissingAndRanksLast) {
   }
 }
 
-TEST(OddInput, WeightsThatOverflowLeaveNoStatisticButMissing) {
-  FSSettings settings(1, true, true);
-  settings.SetWeightPosition(1);
-  settings.SetWeightToFreq(kAsIs);
-  const Component run(settings);
-  EXPECT_TRUE(run.Accumulate({{0, 0, 1, 1}, {1e308, 1e308, 1e308, 1e308}, {0, 1, 1, 0}}).IsOK());
-  EXPECT_TRUE(run->SortAndRank(0).IsOK());
-  for (const int criterion : {kPearson, kLikelihood, kCramer, kLambda}) {
-    EXPECT_EQ(run.Stats(criterion)[0], kMissing) << criterion;
+TEST(OddInput, WeightsThatNoNumberCanHoldEndTheRun) {
+  for (const bool catTarget : {true, false}) {
+    FSSettings settings({true, false}, catTarget);
+    settings.SetWeightPosition(1);
+    settings.SetWeightToFreq(kAsIs);
+    const Table table = {{0, 0, 1, 1}, {1e308, 1, 1, 1e308}, {0, 1, 1, 0}, {1, 2, 4, 3}};
+    const Component run(settings);
+    EXPECT_EQ(run.Accumulate(table), MCFeature::MCStatus(80016, false));
+    EXPECT_TRUE(run->SortAndRank(0).IsError());
+    EXPECT_FALSE(run->ArePredictorsRanked());
   }
 }
 

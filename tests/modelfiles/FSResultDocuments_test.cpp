@@ -13,6 +13,8 @@
 #include "feature/FSFactory.h"
 #include "feature/FSPredictorSet.h"
 #include "feature/FSSettings.h"
+#include "modelfiles/StateDictionary.h"
+#include "modelfiles/VariablesDocument.h"
 #include "tests/feature/Tables.h"
 #include "tests/modelfiles/FSRuns.h"
 #include "tests/modelfiles/Validate.h"
@@ -252,6 +254,40 @@ TEST(FSResultDocuments, TransactionsHaveNoTargetColumn) {
       "predictorChoiceType=\"all\" numberOfPredictors=\"1\"><Criterion name=\"t-Statistic\"/>"
       "<Predictor predictorIndex=\"0\" criterionValue=\"0.4\" rankOrder=\"0\"/></FSOutputOne>");
   EXPECT_EQ(run.All().find("<Target"), std::string::npos);
+}
+
+TEST(FSResultDocuments, ThresholdsAreThePercentThatWasGiven) {
+  const auto shown = [](double percent) {
+    FSSettings settings(kMixedTypes, true);
+    settings.SetMaxPctMiss(percent);
+    std::ostringstream out;
+    EXPECT_TRUE(Analysis(kMixedTable, settings).fpComponent->ExportAllXML(out).IsOK());
+    const std::string document = out.str();
+    std::smatch found;
+    EXPECT_TRUE(std::regex_search(document, found, std::regex("manyMissing\" value=\"([^\"]*)")));
+    return found[1].str();
+  };
+  for (const char* typed : {"7", "29", "0.07", "57.3", "0", "100"}) {
+    EXPECT_EQ(shown(std::stod(typed)), typed);
+  }
+  EXPECT_DOUBLE_EQ(std::stod(shown(100.0 / 3.0)), 100.0 / 3.0);
+}
+
+TEST(VariablesDocument, NamesTheVariablesBehindIndices) {
+  StateDictionary dictionary;
+  dictionary.fWeight = "w";
+  dictionary.fTarget = {"y", "", false, true, {}, {}};
+  dictionary.fPredictors = {{"a", "A < \u00e4", true, false, {}, {"p", "q"}}};
+  std::ostringstream out;
+  EXPECT_EQ(WriteVariablesDocument(out, dictionary, 3), "");
+  EXPECT_EQ(Body(out.str()),
+            "<FSVariables version=\"1.0\" numberOfPredictors=\"1\">"
+            "<Target targetIndex=\"3\" variableName=\"y\" targetType=\"continuous\"/>"
+            "<Weight variableName=\"w\"/><Predictor predictorIndex=\"0\" variableName=\"a\" "
+            "variableLabel=\"A &lt; &#228;\" predictorType=\"categorical\" "
+            "numberOfCategories=\"2\"/></FSVariables>");
+  dictionary.fTarget.fLabel = "\x01";
+  EXPECT_NE(WriteVariablesDocument(out, dictionary, 0).find("U+0001"), std::string::npos);
 }
 
 }  // namespace

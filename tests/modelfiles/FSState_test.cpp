@@ -92,7 +92,7 @@ TEST(FSState, SumsThatOverflowedAreKept) {
   // Target, weight, a continuous and a categorical predictor.
   const std::vector<double> target = {0, 1, 0, 1, 0, 1},
                             categories = {0, 1, 1, 0, 1, KOVA_SystemMissing};
-  const std::vector<double> huge(6, 1e308);
+  const std::vector<double> huge(6, 2e307);
   const Table tables[] = {
       {target, {1, 1, 1, 1, 1, 1}, {1e300, -1e300, 1e200, 3, 4, -1e307}, categories},
       {target, huge, target, categories},

@@ -301,6 +301,17 @@ TEST_F(ModelDocument, IsRefusedAsAWholeWithItsReason) {
     ASSERT_FALSE(algorithm.BuildModel(source, 2).IsError());
     EXPECT_EQ(Write(algorithm, nullptr, c.status), "");
   }
+
+  NBVarList weighted = named("x", "", 2);
+  weighted.AddWeightVar("w", "", INBVariable::kAsIs);
+  for (const double weight : {1e308, 1e-320}) {
+    NBAlgorithm algorithm(NaiveBayesSettings(), weighted);
+    TestRecords source({Record({0, 0, weight}), Record({1, 1, weight}), Record({1, 1, weight})});
+    ASSERT_FALSE(algorithm.BuildModel(source, 3).IsError());
+    EXPECT_EQ(Write(algorithm, nullptr, MCNaive::Error(MCNaive::kWeightNotFinite)), "");
+    std::ostringstream state;
+    EXPECT_EQ(algorithm.SaveStateXML(state), MCNaive::Error(MCNaive::kWeightNotFinite));
+  }
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <fstream>
 #include <memory>
 #include <numeric>
 #include <sstream>
@@ -131,6 +132,41 @@ TEST(Model, SeveralBatchesGiveTheModelOfOne) {
   ExpectSameNumbers(one, several);
 }
 
+TEST(Model, CountsWhatIsLeftOutToTheEndOfTheData) {
+  // Three valid records; without a target, without a weight, and of no class at all behind them.
+  const Record left[] = {Record({kMissing, 2, 1}), Record({0, 0, 1}), Record({7, 1, 1})};
+  std::vector<Record> records = {Record({0, 1, 0}), Record({1, 2, 1}), Record({1, 3, 0})};
+  records.insert(records.end(), std::begin(left), std::end(left));
+  enum { kBuild, kSelect, kSelectFromFile, kUpdate };
+  for (const int way : {kBuild, kSelect, kSelectFromFile, kUpdate}) {
+    NBVarList list;
+    list.AddCatVar("y", "", 2, INBVariable::kNumericCategorical, INBVariable::kOutput);
+    list.AddWeightVar("w", "", INBVariable::kAsIs);
+    list.AddCatVar("x", "", 2, INBVariable::kNumericCategorical,
+                   way == kBuild || way == kUpdate ? INBVariable::kInput
+                                                   : INBVariable::kPossibleInput);
+    NaiveBayesSettings settings;
+    settings.SetMaxRecordsInMemory(way == kSelectFromFile ? 1 : 100);
+    NBAlgorithm algorithm(settings, list);
+    TestRecords source(records);
+    NBSelectionResult result;
+    const MCNaive::MCStatus status =
+        way == kBuild    ? algorithm.BuildModel(source, 3)
+        : way == kUpdate ? algorithm.Update(source, 3)
+                         : algorithm.SelectAttributes({.fData = source, .fNRecords = 3}, result);
+    ASSERT_TRUE(status.IsOK()) << way << ' ' << status.GetErrorCode();
+    double valid, excluded;
+    int nValid, nExcluded;
+    algorithm.GetNValidNExcluded(valid, excluded, nValid, nExcluded);
+    EXPECT_EQ(nValid, 3);
+    EXPECT_EQ(nExcluded, way == kUpdate ? 0 : 2) << way;
+    EXPECT_EQ(excluded, way == kUpdate ? 0 : 2) << way;
+    EXPECT_EQ(algorithm.GetTargetCategoryCount(1), 5);
+    EXPECT_EQ(algorithm.GetTargetCategoryRecords(0), 1);
+    EXPECT_EQ(algorithm.GetTargetCategoryRecords(1), 2);
+  }
+}
+
 TEST(Model, AWeightOfTwoIsTwoRecords) {
   auto data = RandomData::Make(100, 3);
   std::vector<Record> twice;
@@ -216,6 +252,42 @@ TEST(Model, MergingMatchesCategoriesByTheirValues) {
   EXPECT_EQ(output.GetWinningIndex(), 1);
 }
 
+// Until the estimates are computed anew, all scores are those of before the merge.
+TEST(Model, AMergeOfCountsAloneKeepsTheEstimates) {
+  const auto make = [](const std::vector<double>& target, const std::vector<double>& input,
+                       const std::vector<Record>& records) {
+    NBVarList list;
+    list.AddCatVar("y", "", target, INBVariable::kOutput);
+    list.AddCatVar("x", "", input, INBVariable::kInput);
+    list.AddContVar("c", "", 0, 4, 4, INBVariable::kInput);
+    auto algorithm = std::make_unique<NBAlgorithm>(NaiveBayesSettings(), list);
+    TestRecords source(records);
+    EXPECT_TRUE(algorithm->BuildModel(source, 100).IsOK());
+    return algorithm;
+  };
+  const std::vector<Record> records = {Record({0, 0, 0.5}), Record({1, 1, 3.5}),
+                                       Record({1, 0, 3.5})};
+  const auto a = make({10, 20}, {1, 2}, records), before = make({10, 20}, {1, 2}, records);
+  // A new category of both, and a bin that was empty.
+  const auto b = make({30, 20}, {3, 2}, {Record({0, 0, 1.5}), Record({1, 1, 3.5})});
+  ASSERT_TRUE(a->MergeModel(b.get(), false).IsOK());
+  EXPECT_EQ(a->GetTargetCategoryCount(2), 1);
+  EXPECT_EQ(a->GetTargetCategoryRecords(1), 3);
+  NBOutput output(3), expected(2);
+  for (const double x : {0.0, 1.0, kMissing}) {
+    for (const double c : {0.5, 1.5, 3.5}) {
+      ASSERT_TRUE(a->ScoreFullRecord(Record({0, x, c}), output).IsOK());
+      ASSERT_TRUE(before->ScoreFullRecord(Record({0, x, c}), expected).IsOK());
+      std::vector<double> probabilities = expected.GetOutProbabilities();
+      probabilities.push_back(0);
+      EXPECT_EQ(output.GetOutProbabilities(), probabilities) << x << ' ' << c;
+    }
+  }
+  ASSERT_TRUE(a->ScoreFullRecord(Record({0, 2, 0.5}), output).IsOK()) << "new, and so missing";
+  ASSERT_TRUE(before->ScoreFullRecord(Record({0, kMissing, 0.5}), expected).IsOK());
+  EXPECT_EQ(output.GetOutProbabilities()[0], expected.GetOutProbabilities()[0]);
+}
+
 TEST(Model, ValuesOfEmptyBinsScoreLikeTheirNeighbours) {
   for (const bool select : {false, true}) {
     NBVarList list;
@@ -281,6 +353,33 @@ TEST(Model, ReportsProgressUntilItIsCancelled) {
   EXPECT_EQ(cancelled.BuildModel(many, 100), MCNaive::Error(MCNaive::kCancelled));
   EXPECT_FALSE(cancelled.IsModelBuilt());
   EXPECT_THAT(listener.fvRecords, testing::ElementsAre(10, 20, 30));
+}
+
+// What leaves the component as it is leaves no cancel behind, either.
+TEST(Model, ACancelOfAQueryEndsWithTheQuery) {
+  class Probe : public MCQueryCancel {
+   public:
+    bool IsCancel() override { return fbAnswer; }
+    bool fbAnswer = false;
+  } probe;
+  NaiveBayesSettings settings;
+  settings.SetCancelPointer(&probe);
+  NBAlgorithm algorithm(settings, RandomData::MakeList(kAll));
+  TestRecords source(RandomData::Make(50, 1));
+  ASSERT_TRUE(algorithm.BuildModel(source, 50).IsOK());
+  NBOutputStatistics stats(3);
+  std::ostringstream os;
+  std::fstream none;
+  probe.fbAnswer = true;
+  EXPECT_EQ(algorithm.ComputeOutputStats(source, stats, -1), MCNaive::Error(MCNaive::kCancelled));
+  EXPECT_EQ(algorithm.ExportModelXML(os, nullptr), MCNaive::Error(MCNaive::kCancelled));
+  EXPECT_EQ(algorithm.SaveState(none), MCNaive::Error(MCNaive::kCancelled));
+  probe.fbAnswer = false;
+  EXPECT_TRUE(algorithm.ComputeOutputStats(source, stats, -1).IsOK());
+  EXPECT_TRUE(algorithm.Update(source, 50).IsOK());
+  algorithm.Cancel();
+  EXPECT_EQ(algorithm.ComputeOutputStats(source, stats, -1), MCNaive::Error(MCNaive::kCancelled));
+  EXPECT_EQ(algorithm.ComputeOutputStats(source, stats, -1), MCNaive::Error(MCNaive::kCancelled));
 }
 
 TEST(Model, TiesGoToTheLargerCountButNeverBeforeTheSecondTie) {

@@ -231,6 +231,51 @@ TEST_F(Operations, ARefusedMergeLeavesTheStateAsItWas) {
   EXPECT_EQ(state.fDictionary->fPredictors[0].fStrings.size(), 3u);
 }
 
+TEST_F(Operations, MemoryGoesToTheCommandsThatStateNone) {
+  std::vector<std::optional<std::string>> texts;
+  for (int i = 0; i < 300; ++i) texts.emplace_back(i % 3 == 0 ? "a" : "b");
+  MemoryTable table;  // of 32 bytes a case: 4 kilobytes hold 128 of them
+  table.AddStrings("y", texts);
+  table.AddStrings("x", texts);
+  PrepareTable(table, {});
+  const std::string command = "NAIVEBAYES y BY x /PRINT SUMMARY ";
+  const std::string holds = "Memory of ^1 KB holds ^2 of ^3 training cases: ^4, ^5...";
+  const std::string isIdle = "Memory for cases has no effect...";
+  const struct {
+    std::string fCommands;
+    double fMemory;
+    std::vector<std::string> fKeys;
+  } cases[] = {
+      {command, 0, {}},
+      {command, 1, {holds}},
+      {command, 10, {}},
+      {command + ".\nSELECTPRED y BY x /PRINT CPS.", 4, {}},
+      {"SELECTPRED y BY x /PRINT CPS.", 10, {isIdle}},
+      {command + "/CRITERIA MEMALLOCATE=4", 10, {holds, isIdle}},
+      {"NAIVEBAYES y BY x /PRINT CPS /SUBSET NOSELECTION", 10, {isIdle}},
+      {"NAIVEBAYES nosuch", 10, {"There is no variable \"^1\"."}},
+  };
+  for (const auto& c : cases) {
+    OutputDocument document;
+    (void)RunCommands(table, document, {.fCommands = c.fCommands, .fMemory = c.fMemory}, fAround);
+    std::vector<std::string> keys;
+    for (const MCHost::OutputMessage& message : document.GetRuns().back().fMessages) {
+      keys.push_back(message.fText.fKey);
+    }
+    EXPECT_EQ(keys, c.fKeys) << c.fCommands << c.fMemory;
+  }
+  // Memory that is there, but not needed, leaves no trace in a state.
+  const auto stateWith = [&](double memory) {
+    OutputDocument document;
+    const RunRequest request{
+        .fCommands = command, .fStatePath = Path("state.bin"), .fMemory = memory};
+    EXPECT_EQ(RunCommands(table, document, request, fAround), Outcome::kCompleted);
+    return ReadFile(Path("state.bin"));
+  };
+  EXPECT_TRUE(stateWith(2000) == stateWith(0));
+  EXPECT_TRUE(stateWith(10) != stateWith(0));
+}
+
 TEST_F(Operations, WhatCannotBeWrittenIsSaidBeforeTheCommandsRun) {
   std::ofstream(Path("plain")) << "plain";
   PrepareTable(fTable, {});

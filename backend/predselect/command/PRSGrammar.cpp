@@ -35,7 +35,7 @@ SubCom Except() {
       .addParamDesc(Param("VARIABLES", Param::kVariableList, "Left out of the candidates."));
 }
 
-SubCom Screening() {
+SubCom Screening(bool univariable) {
   const PRSScreening screening;
   const auto percent = [](const char* name, const PRSThreshold& threshold, const char* help) {
     return Param(name, Param::kNumber, help)
@@ -48,7 +48,11 @@ SubCom Screening() {
         .setLowerBoundary(0.0, Param::kLowerInclusive)
         .setDefault(threshold.fValue);
   };
-  return SubCom("SCREENING", "Which predictors are useless and left out before ranking.")
+  return SubCom("SCREENING",
+                univariable
+                    ? "Which predictors are useless and left out before ranking."
+                    : "Which predictors are useless and left out before the model is built, "
+                      "by the training cases. None without this subcommand.")
       .addParamDesc(Param("STATUS", Param::kKeyword, "Whether predictors are screened at all.")
                         .addStringValue("ON")
                         .addStringValue("OFF")
@@ -214,15 +218,22 @@ SubCom MacroVar() {
 }
 
 SubCom Print(bool univariable) {
-  SubCom print("PRINT", "The tables that are shown. All of them when PRINT is not given.");
+  SubCom print("PRINT", univariable ? "The tables that are shown. All of them but EFFECTS when "
+                                      "PRINT is not given."
+                                    : "The tables that are shown. All of them when PRINT is not "
+                                      "given.");
   print.addParamDesc(Param("NONE", Param::kFlag, "No table."))
       .addParamDesc(Param("CPS", Param::kFlag, "Case processing summary."))
       .addParamDesc(Param("EXCLUDED", Param::kFlag, "Predictors that were left out, and why."))
       .addParamDesc(Param("SELECTED", Param::kFlag, "The selected predictors."));
   if (univariable) {
-    return print.addParamDesc(
-        RankCriteria("SUMMARY", Param::kKeywordList,
-                     "Rank and statistics of each predictor, with the statistics named besides."));
+    return print
+        .addParamDesc(RankCriteria(
+            "SUMMARY", Param::kKeywordList,
+            "Rank and statistics of each predictor, with the statistics named besides."))
+        .addParamDesc(Param("EFFECTS", Param::kFlag,
+                            "How strong each predictor is: exact and adjusted significance, effect "
+                            "size with its interval, mutual information, missing values."));
   }
   return print.addParamDesc(Param("SUMMARY", Param::kFlag, "The subsets and their criterion."))
       .addParamDesc(
@@ -251,10 +262,10 @@ CommandDescriptor PRSGrammar::NewCommand(bool univariable) {
 }
 
 void PRSGrammar::Declare(CommandDescriptor& command, bool univariable) {
-  command.addSubComDesc(Variables(univariable)).addSubComDesc(Except());
-  if (univariable) {
-    command.addSubComDesc(Screening());
-  } else {
+  command.addSubComDesc(Variables(univariable))
+      .addSubComDesc(Except())
+      .addSubComDesc(Screening(univariable));
+  if (!univariable) {
     command.addSubComDesc(Force())
         .addSubComDesc(TrainingSample())
         .addSubComDesc(Subset())

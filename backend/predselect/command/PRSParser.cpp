@@ -76,6 +76,7 @@ bool PRSParser::GetCommandSpecifications() {
   CommandSpec spec;
   UniversalParser parser(fTokens, spec, *fpDescriptor);
   if (!parser.getCommandSpecifications() || !ProcessCommandSpec(spec)) return false;
+  TakeSessionMemory(spec);
   FinalCleanUp();
   DisableSplitFile();
   return true;
@@ -129,6 +130,8 @@ bool PRSParser::ProcessSubCommands(const CommandSpec& spec) {
   TakeWeight();
   // Without a SUBSET subcommand the subset is as large as its pseudo-BIC says.
   if (!fbUniVariable) fSpecs.Options().fSubset.fbPseudoBIC = true;
+  // Ranking screens by itself, a classifier when it is asked to.
+  fSpecs.Options().fScreening.fbOn = fbUniVariable || spec.getSubComObj("SCREENING") != nullptr;
   const Handler criteria =
       fbUniVariable ? &PRSParser::ProcessUniCriteriaSubCom : &PRSParser::ProcessMultiCriteriaSubCom;
   bool isValid = true;
@@ -145,6 +148,16 @@ bool PRSParser::ProcessSubCommands(const CommandSpec& spec) {
 void PRSParser::TakeWeight() {
   const int weight = fSource.GetWeightVarIndex();
   if (weight >= 0 && fpWeightVar->ValidateVariable(weight)) fSpecs.SetKOVAWeightVar(weight);
+}
+
+// Asked for only where it matters, so that a session can tell whether what it gives is of use.
+void PRSParser::TakeSessionMemory(const CommandSpec& spec) {
+  const SubComObj* criteria = spec.getSubComObj("CRITERIA");
+  const bool isStated = criteria != nullptr && criteria->getParamObj("MEMALLOCATE") != nullptr;
+  if (fbUniVariable || isStated || fSpecs.GetMultiNoSelection()) return;
+  const double memory = MCHost::CurrentSession().MemoryForCases();
+  if (!(memory > 0.0)) return;
+  fSpecs.Options().fMultiCriteria.fMemOffered = std::max(memory, PRSMultiCriteria::kLeastMemory);
 }
 
 void PRSParser::FinalCleanUp() {

@@ -48,6 +48,7 @@ class PRSParser {
   void CreateVarSpecs();
   bool ProcessCommandSpec(const CommandSpec& spec);
   bool ProcessSubCommands(const CommandSpec& spec);
+  void TakeSessionMemory(const CommandSpec& spec);
   void FinalCleanUp();
   void DisableSplitFile();
 

@@ -25,6 +25,7 @@ constexpr std::pair<const char*, bool PRSPrint::*> kTables[] = {
     {"SUMMARY", &PRSPrint::fbSummary},
     {"SELECTED", &PRSPrint::fbSelect},
     {"CLASSIFICATION", &PRSPrint::fbClassify},
+    {"EFFECTS", &PRSPrint::fbEffects},
 };
 
 // The grammar takes its words from the table of criteria.
@@ -112,7 +113,6 @@ bool PRSParser::ProcessMultiCriteriaSubCom(const SubComObj& subCom) {
 }
 
 bool PRSParser::ProcessScreeningSubCom(const SubComObj& subCom) {
-  MCCommon::Assert(fbUniVariable, "fbUniVariable", kSource);
   static constexpr std::pair<const char*, PRSThreshold PRSScreening::*> kThresholds[] = {
       {"PCTMISSING", &PRSScreening::fPctMissing}, {"PCTEQUAL", &PRSScreening::fPctEqual},
       {"PCTUNEQUAL", &PRSScreening::fPctUnequal}, {"CV", &PRSScreening::fCoeffVariate},

@@ -1,14 +1,34 @@
 #include "backend/predselect/drivers/PRSMultiFactory.h"
 
+#include <cstdio>
+#include <string>
+
 #include "backend/predselect/command/PRSMessages.h"
 #include "backend/predselect/drivers/NaiveDataSourceIter.h"
 #include "backend/predselect/drivers/PRSFiles.h"
 #include "backend/predselect/drivers/PRSMultiScoring.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
+#include "host/output/BpError.h"
 #include "naivebayes/INBAlgorithm.h"
+#include "naivebayes/NaiveBayesSettings.h"
+
+namespace {
+
+// As the user types it.
+std::string Plain(double number) {
+  char text[32];
+  const int length = std::snprintf(text, sizeof(text), "%.15g", number);
+  return {text, static_cast<std::size_t>(length)};
+}
+
+}  // namespace
 
 PRSMultiFactory::PRSMultiFactory(PRSValidSpecs* specs, ProcedureDataSource& source)
-    : fRun(*specs, source), fMetaData(fRun), fModel(fRun, fMetaData) {
+    : fSpecs(*specs),
+      fRun(*specs, source),
+      fScreening(fRun),
+      fMetaData(fRun, fScreening),
+      fModel(fRun, fMetaData) {
   fpTrainRecIter = fRun.NewStream(PRSMultiRun::Sample::kTraining);
   fpTrainRecIter->Start();
   if (fpTrainRecIter->GetFailReason() == MCCommon::RecordIterator::kNoRecords) {
@@ -34,9 +54,16 @@ bool PRSMultiFactory::PreliminaryDataPass() {
     return fRun.Fail(MCNaive::kDataUnusable);
   }
   if (!fModel.OpenModelFile()) return false;
-  fRun.ReadAll(*fpTrainRecIter);
+  if (fRun.Specs().GetScreenStatusOn()) {
+    fScreening.ReadAll(*fpTrainRecIter);
+  } else {
+    fRun.ReadAll(*fpTrainRecIter);
+  }
   fNTestRecords = fpTrainRecIter->GetNTestCases();
-  return fRun.IsPassComplete(*fpTrainRecIter);
+  if (!fRun.IsPassComplete(*fpTrainRecIter)) return false;
+  fRun.AdapterMessages().WeightsLost(fRun.Adapter().GetLostWeights());
+  fSpecs.TakeMemoryFor(GetNTrainRecords());
+  return true;
 }
 
 bool PRSMultiFactory::CompleteMetaData() {
@@ -44,10 +71,22 @@ bool PRSMultiFactory::CompleteMetaData() {
          fMetaData.Complete(fRun.IsModelSaved() || PRSIsStateWanted());
 }
 
+void PRSMultiFactory::WarnOfSimulation() const {
+  const NaiveBayesSettings& settings = *fSpecs.GetNaiveSettingsPtr();
+  const long nHeld = settings.GetMaxRecordsInMemory();
+  if (!fRun.IsSelecting() || GetNTrainRecords() <= nHeld) return;
+  MCHost::RaiseMessage(
+      MCHost::OutputMessage::kWarning, "Memory of ^1 KB holds ^2 of ^3 training cases: ^4, ^5...",
+      {Plain(fSpecs.GetMultiMemAllocate()), std::to_string(nHeld),
+       std::to_string(GetNTrainRecords()), std::to_string(settings.GetSampleSize4SimData()),
+       Plain(fSpecs.GetMemoryToHold(GetNTrainRecords()))});
+}
+
 bool PRSMultiFactory::RunNBComponent() {
   if (fRun.GetStatus().IsError() || fpTrainRecIter == nullptr) return false;
   const bool hasPredictors = fMetaData.GetNUniquePreds() > 0 || fMetaData.GetNForcePreds() > 0;
   if (hasPredictors && !fpTrainRecIter->NewPass()) return fRun.IsPassComplete(*fpTrainRecIter);
+  WarnOfSimulation();
   if (!fModel.Build(*fpTrainRecIter, fpTestRecIter.get())) return false;
   fpTrainRecIter.reset();
   fpTestRecIter.reset();

@@ -15,6 +15,7 @@
 #include "backend/predselect/drivers/PRSMultiMetaData.h"
 #include "backend/predselect/drivers/PRSMultiModel.h"
 #include "backend/predselect/drivers/PRSMultiRun.h"
+#include "backend/predselect/drivers/PRSMultiScreening.h"
 
 class INBAlgorithm;
 class NaiveDataSourceIter;
@@ -33,7 +34,7 @@ class PRSMultiFactory {
   ~PRSMultiFactory();
 
   // Opens the model file, then reads all cases once, so that the adapter knows every variable's
-  // categories and range.
+  // categories and range; and screens the predictors by the training cases, if asked to.
   [[nodiscard]] bool PreliminaryDataPass();
 
   // Describes the variables to the engine; predictors that are missing or constant in all cases are
@@ -43,6 +44,10 @@ class PRSMultiFactory {
   // Selects and trains, writes the model file, scores the cases.
   [[nodiscard]] bool RunNBComponent();
 
+  // After everything is shown: raises the error of a model file that could not be written, for which
+  // nothing but that file is lost.
+  void ReportLostModel() { fModel.ReportLostModel(); }
+
   // The engine is null before RunNBComponent, the list empty before CompleteMetaData.
   const INBAlgorithm* GetINBAlgorithm() const { return fModel.GetINBAlgorithm(); }
   const NBVarList* GetNaiveVarListPtr() const { return &fMetaData.VarList(); }
@@ -51,6 +56,9 @@ class PRSMultiFactory {
   // What the stages found; said there.
   const std::vector<int>& GetMissPredictors() const { return fMetaData.GetMissPredictors(); }
   const std::vector<int>& GetConstPredictors() const { return fMetaData.GetConstPredictors(); }
+  std::vector<int> GetScreenedPredictors(MCFSCommon::PredictorDelReason reason) const {
+    return fScreening.LeftOutFor(reason);
+  }
   const std::vector<int>& GetSelectPredictors() const { return fModel.GetSelectPredictors(); }
   const std::vector<double>& GetAverageLogValues() const { return fModel.GetAverageLogValues(); }
   const std::vector<std::pair<int, double>>& GetSelectResults() const {
@@ -71,8 +79,12 @@ class PRSMultiFactory {
  private:
   // REQUIRES: the stream of training cases has ended without one.
   const char* WhyNoCase() const;
+  // Warns where the selection will not see the training cases themselves.
+  void WarnOfSimulation() const;
 
+  PRSValidSpecs& fSpecs;
   PRSMultiRun fRun;
+  PRSMultiScreening fScreening;
   PRSMultiMetaData fMetaData;
   PRSMultiModel fModel;
   std::unique_ptr<NaiveDataSourceIter> fpTrainRecIter;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "backend/predselect/drivers/PRSMultiRun.h"
+#include "backend/predselect/drivers/PRSMultiScreening.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "common/MCAssert.h"
 #include "common/MissingValue.h"
@@ -19,8 +20,12 @@ constexpr double kMostTableBytes = 4.0 * (1 << 30);
 
 }  // namespace
 
-PRSMultiMetaData::PRSMultiMetaData(PRSMultiRun& run)
-    : fRun(run), fSpecs(run.Specs()), fSource(run.Source()), fAdapter(run.Adapter()) {}
+PRSMultiMetaData::PRSMultiMetaData(PRSMultiRun& run, const PRSMultiScreening& screening)
+    : fRun(run),
+      fScreening(screening),
+      fSpecs(run.Specs()),
+      fSource(run.Source()),
+      fAdapter(run.Adapter()) {}
 
 bool PRSMultiMetaData::Complete(bool keepValues) {
   fbKeepValues = keepValues;
@@ -33,12 +38,13 @@ bool PRSMultiMetaData::Complete(bool keepValues) {
     (void)fVarList.AddWeightVar(weight.GetName(), weight.GetLabel(), INBVariable::kRound);
   }
   const bool isComplete =
-      FitsIntoMemory() &&
+      CheckForced() && FitsIntoMemory() &&
       SetPredictors(fSpecs.GetPredListPtr(), fSpecs.GetPredCatVarListPtr(), false) &&
       SetPredictors(fSpecs.GetForcePredListPtr(), fSpecs.GetForceCatVarListPtr(), true) &&
       CheckCounts();
   if (!isComplete) return false;
-  const bool noneDropped = fMissPredictors.empty() && fConstPredictors.empty();
+  const bool noneDropped =
+      fMissPredictors.empty() && fConstPredictors.empty() && !fScreening.IsAnyLeftOut();
   if (noneDropped && fSpecs.GetPrintExclude()) fMessages.NoPredsExcluded();
   return true;
 }
@@ -54,6 +60,7 @@ bool PRSMultiMetaData::FitsIntoMemory() const {
   const auto add = [&](const std::vector<int>* variables, const std::vector<bool>* categorical) {
     for (std::size_t i = 0; variables != nullptr && i < variables->size(); ++i) {
       const int var = (*variables)[i];
+      if (IsScreenedOut(var)) continue;
       const int rows = (*categorical)[i] ? fAdapter.GetCatVarSize(var) : fSpecs.GetMultiBins();
       nRows += rows;
       if (rows > nLargest) largest = var;
@@ -70,6 +77,25 @@ bool PRSMultiMetaData::FitsIntoMemory() const {
   MCHost::RaiseMessage(
       MCHost::OutputMessage::kError, "Too many categories for the model: ^1, ^2, ^3...",
       {fSource.GetVariable(largest).GetName(), std::to_string(nLargest), std::to_string(nTargets)});
+  return false;
+}
+
+bool PRSMultiMetaData::IsScreenedOut(VarIndex var) const {
+  return fScreening.ReasonOf(var) != MCFSCommon::kNotDeleted;
+}
+
+// What the command both forces and screens out, it must decide.
+bool PRSMultiMetaData::CheckForced() const {
+  std::string names;
+  int nScreened = 0;
+  if (fSpecs.GetForcePredListPtr() == nullptr) return true;
+  for (const int var : *fSpecs.GetForcePredListPtr()) {
+    if (!IsScreenedOut(var)) continue;
+    names += (nScreened++ == 0 ? "" : ", ") + fSource.GetVariable(var).GetName();
+  }
+  if (nScreened == 0) return true;
+  MCHost::RaiseMessage(MCHost::OutputMessage::kError, "Forced predictors screened out: ^1, ^2...",
+                       {names, std::to_string(nScreened)});
   return false;
 }
 
@@ -91,7 +117,7 @@ bool PRSMultiMetaData::SetPredictors(const std::vector<int>* variables,
 bool PRSMultiMetaData::CheckCounts() const {
   const bool forcedRun = fRun.IsSelecting() && fNForcePreds > 0;
   if (!forcedRun && fNUniquePreds == 0 && (fRun.IsSelecting() || fNForcePreds < 1)) {
-    fMessages.AllPredsMissOrConst();
+    NoneLeft();
     return false;
   }
   if (forcedRun && fNUniquePreds <= 0) {
@@ -110,6 +136,11 @@ bool PRSMultiMetaData::CheckCounts() const {
     return false;
   }
   return true;
+}
+
+void PRSMultiMetaData::NoneLeft() const {
+  if (!fScreening.IsAnyLeftOut()) return fMessages.AllPredsMissOrConst();
+  MCHost::RaiseMessage(MCHost::OutputMessage::kError, "All predictors screened out...");
 }
 
 bool PRSMultiMetaData::SetNBVariable(VarIndex var, bool categorical, bool input, bool forced) {
@@ -131,9 +162,10 @@ bool PRSMultiMetaData::SetContinuous(const KOVA_Variable& variable, VarIndex var
                                      INBVariable::VariableRole role) {
   const double low = fAdapter.GetContMinValue(var);
   const double high = fAdapter.GetContMaxValue(var);
-  const bool isUsable = low != high;
-  MCCommon::Assert(!isUsable || low < high, "minimum < maximum", kSource);
-  if (!isUsable) (MCMV::IsMissing(low) ? fMissPredictors : fConstPredictors).push_back(var);
+  const bool differ = low != high;
+  const bool isUsable = differ && !IsScreenedOut(var);
+  MCCommon::Assert(!differ || low < high, "minimum < maximum", kSource);
+  if (!differ) (MCMV::IsMissing(low) ? fMissPredictors : fConstPredictors).push_back(var);
   (void)fVarList.AddContVar(variable.GetName(), variable.GetLabel(), low, high,
                             fSpecs.GetMultiBins(), isUsable ? role : INBVariable::kUnused);
   return isUsable;
@@ -142,8 +174,8 @@ bool PRSMultiMetaData::SetContinuous(const KOVA_Variable& variable, VarIndex var
 bool PRSMultiMetaData::SetCategorical(const KOVA_Variable& variable, VarIndex var, bool input,
                                       INBVariable::VariableRole role) {
   const int nCats = fAdapter.GetCatVarSize(var);
-  const bool isUsable = nCats > 1;
-  if (!isUsable && input) (nCats == 1 ? fConstPredictors : fMissPredictors).push_back(var);
+  const bool isUsable = nCats > 1 && !IsScreenedOut(var);
+  if (nCats < 2 && input) (nCats == 1 ? fConstPredictors : fMissPredictors).push_back(var);
   if (!isUsable && !input) TargetUnusable(nCats);
   if (isUsable && !input && !fSpecs.GetPredProbRootName().IsEmpty()) {
     fNSaveDepCats = std::min(nCats, fSpecs.GetPredProbNumber());

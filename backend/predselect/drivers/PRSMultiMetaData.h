@@ -1,8 +1,8 @@
 // Describes the variables of one NAIVEBAYES run to the engine, from what the first pass over the
 // data has shown: categories and ranges, and which predictors cannot be used.
 //
-// A predictor that is missing or constant in all cases is dropped: it stays in the list, at its
-// record position, as an unused variable.
+// A predictor that is missing or constant in all cases, or that screening leaves out, is dropped:
+// it stays in the list, at its record position, as an unused variable.
 #pragma once
 
 #include <string>
@@ -14,14 +14,15 @@
 
 class KOVA_Variable;
 class PRSMultiRun;
+class PRSMultiScreening;
 class PRSValidSpecs;
 class ProcedureDataSource;
 class UAInputAdapter;
 
 class PRSMultiMetaData {
  public:
-  // The run is borrowed.
-  explicit PRSMultiMetaData(PRSMultiRun& run);
+  // Both are borrowed.
+  PRSMultiMetaData(PRSMultiRun& run, const PRSMultiScreening& screening);
 
   // Fills the list; `keepValues`: with the values behind the codes, as a model file and a saved
   // state need them. False, after a message, when what is left does not suffice for what the
@@ -49,6 +50,9 @@ class PRSMultiMetaData {
   bool SetPredictors(const std::vector<int>* variables, const std::vector<bool>* categorical,
                      bool forced);
   bool CheckCounts() const;
+  bool IsScreenedOut(VarIndex var) const;
+  bool CheckForced() const;
+  void NoneLeft() const;
   bool FitsIntoMemory() const;
   bool SetNBVariable(VarIndex var, bool categorical, bool input, bool forced);
   bool SetContinuous(const KOVA_Variable& variable, VarIndex var, INBVariable::VariableRole role);
@@ -60,6 +64,7 @@ class PRSMultiMetaData {
   void SetNBMissingValues(const KOVA_Variable& variable, int index);
 
   PRSMultiRun& fRun;
+  const PRSMultiScreening& fScreening;
   const PRSValidSpecs& fSpecs;
   const ProcedureDataSource& fSource;
   UAInputAdapter& fAdapter;

@@ -3,10 +3,12 @@
 #include <algorithm>
 #include <iostream>
 #include <iterator>
+#include <new>
 #include <sstream>
 
 #include "backend/predselect/drivers/NaiveDataSourceIter.h"
 #include "backend/predselect/drivers/PRSFiles.h"
+#include "backend/predselect/drivers/PRSLeaks.h"
 #include "backend/predselect/drivers/PRSMultiMetaData.h"
 #include "backend/predselect/drivers/PRSMultiRun.h"
 #include "backend/predselect/drivers/PRSProgress.h"
@@ -80,7 +82,17 @@ bool PRSMultiModel::Build(NaiveDataSourceIter& train, NaiveDataSourceIter* test)
   BuildOrSelect(train, test);
   if (!fRun.IsPassComplete(train)) return false;
   if (test != nullptr && !fRun.IsPassComplete(*test)) return false;
-  return ReportEngine();
+  if (!ReportEngine()) return false;
+  WarnOfLeaks(train.GetNCases());
+  return true;
+}
+
+void PRSMultiModel::WarnOfLeaks(int tableCases) const {
+  PRSLeaks leaks(fSpecs, fRun.Source(), fRun.Adapter(), tableCases);
+  for (const NBInputTraits& input : fpNBAlgorithm->GetLeakTraits()) {
+    leaks.Look(fRun.VarSpecs().GetKOVAVarIndex(input.fVarIndex), input.fTraits);
+  }
+  leaks.Warn();
 }
 
 void PRSMultiModel::BuildOrSelect(NaiveDataSourceIter& train, NaiveDataSourceIter* test) {
@@ -143,11 +155,13 @@ void PRSMultiModel::NameDroppedInputs() const {
 }
 
 bool PRSMultiModel::WriteResultDocument() const {
-  const bool isRefused = fRun.GetStatus().GetErrorCode() == MCNaive::kTextNotForXML;
-  if (isRefused && PRSAreResultsWanted()) {
-    PRSFileError(
-        MCHost::HostIOError(MCHost::CurrentSession().ResultsPrefix() + kSubsets, "",
-                            MCHost::KeyText("a text holds a character that XML does not allow")));
+  const std::int64_t code = fRun.GetStatus().GetErrorCode();
+  const bool isText = code == MCNaive::kTextNotForXML;
+  if ((isText || code == MCNaive::kWeightNotFinite) && PRSAreResultsWanted()) {
+    PRSFileError(MCHost::HostIOError(
+        MCHost::CurrentSession().ResultsPrefix() + kSubsets, "",
+        MCHost::KeyText(isText ? "a text holds a character that XML does not allow"
+                               : "the case weights add up to more than a number can hold")));
     return false;
   }
   if (fResultDocument.empty()) return true;
@@ -178,10 +192,17 @@ bool PRSMultiModel::WriteModel() {
   std::ostringstream document;
   const MCNaive::MCStatus status = fpNBAlgorithm->ExportModelXML(document, &info);
   if (fRun.IsStopped()) return false;
+  if (status.GetErrorCode() == MCNaive::kNoMemory) throw std::bad_alloc();
   if (status.IsOK()) return PRSCommit(*fpModelFile, document.str());
   MCNaive::MCStatus failed(status.GetErrorCode(), false);
   failed.SetDiscreteDatum(0, status.GetDiscreteDatum(0));
-  fRun.SetStatus(failed);
-  fRun.DisplayMessage(failed);
-  return false;
+  fLostModel = failed;
+  return true;
+}
+
+void PRSMultiModel::ReportLostModel() {
+  if (!fLostModel) return;
+  fRun.SetStatus(*fLostModel);
+  fRun.DisplayMessage(*fLostModel);
+  MCHost::CurrentSession().ReportLostFile();
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -32,6 +33,10 @@ class PRSMultiModel {
   [[nodiscard]] bool Build(NaiveDataSourceIter& train, NaiveDataSourceIter* test);
   [[nodiscard]] bool WriteFiles();
 
+  // The error of a model that no document can hold. A run goes on without its model file, and says
+  // so at its end. Nothing when there is no such error.
+  void ReportLostModel();
+
   // Null before Build.
   const INBAlgorithm* GetINBAlgorithm() const { return fpNBAlgorithm.get(); }
   INBAlgorithm* GetINBAlgorithm() { return fpNBAlgorithm.get(); }
@@ -55,6 +60,7 @@ class PRSMultiModel {
   void Select(NaiveDataSourceIter& train, NaiveDataSourceIter* test);
   bool ReportEngine();
   void NameDroppedInputs() const;
+  void WarnOfLeaks(int tableCases) const;
   bool WriteResultDocument() const;
   bool WriteModel();
 
@@ -66,4 +72,5 @@ class PRSMultiModel {
   std::unique_ptr<MCHost::OutputFile> fpModelFile;
   NBSelectionResult fSelection;
   std::string fResultDocument;
+  std::optional<MCNaive::MCStatus> fLostModel;
 };

@@ -1,6 +1,7 @@
 #include "backend/predselect/drivers/PRSMultiRun.h"
 
 #include <algorithm>
+#include <new>
 
 #include "backend/predselect/command/PRSMessages.h"
 #include "backend/predselect/drivers/NaiveDataSourceIter.h"
@@ -43,6 +44,11 @@ KOVA_Value PRSMultiRun::Decode(int var, int code) const {
   KOVA_Value value = fAdapter.DecodeCatValue(VarSpecs().GetRecVarIndex(var), code, decodedVar);
   MCCommon::Assert(decodedVar == var, "depVarInd == kovaX", kSource);
   return value;
+}
+
+void PRSMultiRun::SetStatus(const MCNaive::MCStatus& status) {
+  if (status.GetErrorCode() == MCNaive::kNoMemory) throw std::bad_alloc();
+  fStatus = status;
 }
 
 bool PRSMultiRun::Fail(std::int64_t code) {

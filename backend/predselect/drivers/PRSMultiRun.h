@@ -56,7 +56,8 @@ class PRSMultiRun {
   KOVA_Value Decode(int var, int code) const;
 
   const MCNaive::MCStatus& GetStatus() const { return fStatus; }
-  void SetStatus(const MCNaive::MCStatus& status) { fStatus = status; }
+  // Want of memory inside the engine is thrown on as such, to end the run as it does anywhere else.
+  void SetStatus(const MCNaive::MCStatus& status);
   // Makes the status an error with that code; returns false.
   bool Fail(std::int64_t code);
   // Reads to the end of the first pass or to a stop, showing how far it has come.

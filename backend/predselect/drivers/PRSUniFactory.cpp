@@ -1,7 +1,9 @@
 #include "backend/predselect/drivers/PRSUniFactory.h"
 
 #include "backend/predselect/command/PRSMessages.h"
+#include "backend/predselect/drivers/PRSBinnedInformation.h"
 #include "backend/predselect/drivers/PRSFiles.h"
+#include "backend/predselect/drivers/PRSLeaks.h"
 #include "backend/predselect/drivers/PRSProgress.h"
 #include "backend/predselect/predsele.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
@@ -15,7 +17,11 @@
 #include "host/cases/UAProcDataSourceIter.h"
 #include "host/cases/UAVarValidSpecs.h"
 #include "host/data/ProcedureDataSource.h"
+#include "host/session/HostIOError.h"
+#include "host/session/ISession.h"
+#include "host/session/SessionScope.h"
 #include "modelfiles/StateDictionary.h"
+#include "modelfiles/VariablesDocument.h"
 
 using MCCommon::RecordIterator;
 
@@ -51,6 +57,7 @@ bool PRSUniFactory::RunFSComponent() {
   if (fStatus.IsOK() && PRSIsStateWanted()) isSaved = PRSSaveState(*fpAlgorithm, Dictionary());
   if (fStatus.IsOK()) fStatus = fpAlgorithm->ScreenAndRank(fpSpecs->GetScreenStatusOn(), 0);
   if (!IsPassComplete() || !isSaved) return false;
+  fMessages.WeightsLost(fpAdapter->GetLostWeights());
   if (!fStatus.IsOK()) DisplayMessage(fStatus);
   if (fStatus.IsError()) return false;
   if (IsTargetConstant()) {
@@ -58,9 +65,21 @@ bool PRSUniFactory::RunFSComponent() {
     DisplayMessage(fStatus);
     return false;
   }
+  WarnOfLeaks();
   if (display_feature_select) DisplayOutput();
   fStatus = fpAlgorithm->GetStatus();
-  return WriteResultDocuments();
+  return FindEffects() && WriteResultDocuments();
+}
+
+bool PRSUniFactory::FindEffects() {
+  if (!fpSpecs->GetPrintEffects() || !fpAlgorithm->ArePredictorsRanked()) return true;
+  MCFeature::MCStatus status = PRSFindEffects(*fpSpecs, *fpAlgorithm, fEffects);
+  if (!status.IsError()) {
+    status = PRSBinnedInformation(*fpSpecs, *fpAlgorithm, *fpAdapter, *fpIterator)
+                 .AddTo(fEffects.fShown);
+  }
+  if (status.IsError()) fStatus = status;
+  return IsPassComplete();
 }
 
 StateDictionary PRSUniFactory::Dictionary() const {
@@ -108,7 +127,20 @@ bool PRSUniFactory::WriteResultDocuments() const {
     isWritten =
         isWritten && PRSWriteResult(std::string("ranking-") + criterion.fFileStem + ".xml", write);
   }
-  return isWritten;
+  return isWritten && WriteVariables();
+}
+
+bool PRSUniFactory::WriteVariables() const {
+  constexpr const char* kName = "variables.xml";
+  std::string trouble;
+  const bool isWritten = PRSWriteResult(kName, [&](std::ostream& os) {
+    const int target = fpAlgorithm->GetSettings()->GetTargetPosition();
+    trouble = WriteVariablesDocument(os, Dictionary(), target);
+    return trouble.empty();
+  });
+  if (trouble.empty()) return isWritten;
+  PRSFileError({MCHost::CurrentSession().ResultsPrefix() + kName, "", trouble});
+  return false;
 }
 
 bool PRSUniFactory::IsPassComplete() {
@@ -128,6 +160,15 @@ bool PRSUniFactory::IsTargetConstant() const {
   const double low = fpAdapter->GetContMinValue(target);
   const double high = fpAdapter->GetContMaxValue(target);
   return !MCMV::IsMissing(low) && !MCMV::IsMissing(high) && low == high;
+}
+
+void PRSUniFactory::WarnOfLeaks() const {
+  PRSLeaks leaks(*fpSpecs, *fpSource, *fpAdapter, fpAdapter->GetRecordCount());
+  const std::vector<int>& predictors = *fpSpecs->GetPredListPtr();
+  for (std::size_t i = 0; i < predictors.size(); ++i) {
+    leaks.Look(predictors[i], fpAlgorithm->GetLeakTraits(static_cast<int>(i)));
+  }
+  leaks.Warn();
 }
 
 void PRSUniFactory::DisplayMessage(const MCFeature::MCStatus& status) const {

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "backend/predselect/drivers/PRSEffects.h"
 #include "feature/MCStatus.h"
 #include "host/cases/UAInpAdaptMsg.h"
 
@@ -32,7 +33,8 @@ class PRSUniFactory {
   PRSUniFactory& operator=(const PRSUniFactory&) = delete;
   ~PRSUniFactory();
 
-  // Accumulates, screens and ranks in one pass. True when that succeeded, if with a warning, and
+  // Accumulates, screens and ranks in one pass; effects of scale variables, where the command asks
+  // for them, take a second one. True when that succeeded, if with a warning, and
   // the target is not constant; otherwise a message has said why. Call at most once.
   [[nodiscard]] bool RunFSComponent();
 
@@ -54,11 +56,18 @@ class PRSUniFactory {
   const IFSAlgorithm* GetIFSAlgorithm() const { return fpAlgorithm.get(); }
   const UAInputAdapter* GetUAInputAdapter() const { return fpAdapter.get(); }
 
+  // Of the predictors that are shown; empty unless the command asks for them.
+  const PRSEffects& GetEffects() const { return fEffects; }
+
  private:
   StateDictionary Dictionary() const;
   // False, with a message, when a document could not be written.
   bool WriteResultDocuments() const;
+  // False, with a message, when the second pass failed or was stopped.
+  bool FindEffects();
+  bool WriteVariables() const;
   bool IsTargetConstant() const;
+  void WarnOfLeaks() const;
   // False, with a message, when reading failed or the run was stopped.
   bool IsPassComplete();
   std::string NameOf(int predictor) const;
@@ -76,4 +85,5 @@ class PRSUniFactory {
   std::unique_ptr<IFSAlgorithm> fpAlgorithm;
   std::unique_ptr<ProgressListener> fpProgress;
   MCFeature::MCStatus fStatus;
+  PRSEffects fEffects;
 };

@@ -1,10 +1,12 @@
 #include "backend/predselect/output/NaiveOutput.h"
 
 #include <algorithm>
+#include <numeric>
 #include <utility>
 
 #include "backend/predselect/drivers/PRSMultiFactory.h"
 #include "backend/predselect/drivers/PRSMultiRun.h"
+#include "backend/predselect/output/PRSReasons.h"
 #include "backend/predselect/output/PRSTables.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "common/MCAssert.h"
@@ -29,6 +31,12 @@ constexpr const char* kSource = "backend/predselect/NaiveOutput";
 constexpr int kSubsetWidth = 100;  // points
 
 }  // namespace
+
+// Predictors that were dropped for one reason, by index in the data.
+struct NaiveOutput::Dropped {
+  MCHost::OutputText fReason;
+  std::vector<int> fVariables;
+};
 
 // One subset of the selection, 0 being the initial one.
 struct NaiveOutput::SubsetRow {
@@ -97,12 +105,10 @@ void NaiveOutput::DisplayCPS() const {
                                   nExcluded);
   counts.fValid.fCases = nValid;
   counts.fExcluded.fCases = nExcluded;
-  const bool isWeighted = fpValidSpecs->GetKOVAWeightVar() >= 0;
   for (int k = 0; k < fpAlgorithm->GetNTargetCategories(); ++k) {
-    const double weight = fpAlgorithm->GetTargetCategoryCount(k);
-    PRSCaseCount count{weight, {}};
-    if (!isWeighted) count.fCases = static_cast<int>(weight);
-    counts.fCategories.push_back({TargetCategory(k), count});
+    counts.fCategories.push_back(
+        {TargetCategory(k),
+         {fpAlgorithm->GetTargetCategoryCount(k), fpAlgorithm->GetTargetCategoryRecords(k)}});
   }
   PRSShowCaseSummary(
       *fpValidSpecs, fpActiveDS->GetVariable(fpValidSpecs->GetDependVar()), counts,
@@ -119,10 +125,23 @@ std::vector<std::string> NaiveOutput::NamesOf(const std::vector<int>& variables,
   return names;
 }
 
+// The predictors that were dropped, by reason.
+std::vector<NaiveOutput::Dropped> NaiveOutput::DroppedPredictors() const {
+  std::vector<Dropped> dropped;
+  const auto add = [&](MCFSCommon::PredictorDelReason reason, const std::vector<int>& variables) {
+    if (!variables.empty()) dropped.push_back({PRSReasonLabel(*fpValidSpecs, reason), variables});
+  };
+  add(MCFSCommon::kAllMissing, fpFactory->GetMissPredictors());
+  add(MCFSCommon::kAllConstant, fpFactory->GetConstPredictors());
+  for (const MCFSCommon::PredictorDelReason reason : PRSReasons()) {
+    add(reason, fpFactory->GetScreenedPredictors(reason));
+  }
+  return dropped;
+}
+
 void NaiveOutput::DisplayScreened() const {
-  const std::vector<int>& missing = fpFactory->GetMissPredictors();
-  const std::vector<int>& constant = fpFactory->GetConstPredictors();
-  if (missing.empty() && constant.empty()) return;
+  const std::vector<Dropped> dropped = DroppedPredictors();
+  if (dropped.empty()) return;
   BpPivotTable table("Excluded Predictors", "ExcludedPredictors");
   table.Caption(BpString("Screening performed in displayed order ..."));
   table.MinDataColumnWidth(kPRSListWidth);
@@ -130,24 +149,22 @@ void NaiveOutput::DisplayScreened() const {
   BpDimension types = table.RowDimension("Type");
   BpDimension columns = table.ColumnDimension("Predictors");
   const BpCategory column = columns.AddCategory(BpString("Predictors"));
-  const bool shown[] = {
-      !NamesOf(missing, true).empty() || !NamesOf(constant, true).empty(),
-      !NamesOf(missing, false).empty() || !NamesOf(constant, false).empty(),
-  };
   std::vector<std::pair<bool, BpCategory>> typeRows;
-  if (shown[0]) typeRows.emplace_back(true, types.AddCategory(BpString("Categorical")));
-  if (shown[1]) typeRows.emplace_back(false, types.AddCategory(BpString("Scale")));
-  const auto fill = [&](const char* reason, const std::vector<int>& variables) {
-    if (variables.empty()) return;
-    const BpCategory row = reasons.AddCategory(BpString(reason));
+  for (const bool categorical : {true, false}) {
+    const bool isShown = std::any_of(dropped.begin(), dropped.end(), [&](const Dropped& some) {
+      return !NamesOf(some.fVariables, categorical).empty();
+    });
+    if (!isShown) continue;
+    typeRows.emplace_back(categorical,
+                          types.AddCategory(BpString(categorical ? "Categorical" : "Scale")));
+  }
+  for (const Dropped& some : dropped) {
+    const BpCategory row = reasons.AddCategory(some.fReason);
     for (const auto& [categorical, type] : typeRows) {
-      const std::vector<std::string> names = NamesOf(variables, categorical);
-      if (names.empty()) continue;
-      table.SetCell({row, type, column}, PRSListCell("[%1:\n ^1:]1", names));
+      const std::vector<std::string> names = NamesOf(some.fVariables, categorical);
+      if (!names.empty()) table.SetCell({row, type, column}, PRSListCell("[%1:\n ^1:]1", names));
     }
-  };
-  fill("All Cases Missing", missing);
-  fill("All Cases Constant", constant);
+  }
   table.Show();
 }
 
@@ -319,11 +336,34 @@ void NaiveOutput::DisplayClassification() const {
   columns.push_back(predicted.AddCategory(BpString("Percent Correct"), fpProcedure->Percent()));
   const auto fill = [&](const char* name, const NBOutputStatistics* stats) {
     if (stats == nullptr) return;
-    FillClassificationLayer(table, *stats, samples.AddCategory(BpString(name)), rows, columns);
+    BpCategory sample = samples.AddCategory(BpString(name));
+    FillClassificationLayer(table, *stats, sample, rows, columns);
+    NoteLargestCategory(*stats, sample, rows.back(), columns.back());
+    if (test != nullptr) return;
+    sample.CellNote({rows.back(), columns.back()}, BpString("Training accuracy flatters..."));
   };
   fill("Training", train);
   fill("Test", test);
   table.Show();
+}
+
+// What always guessing the sample's most frequent category would get right, beside what the model
+// does.
+void NaiveOutput::NoteLargestCategory(const NBOutputStatistics& stats, BpCategory& sample,
+                                      const BpCategory& row, const BpCategory& column) const {
+  int largest = -1;
+  double count = 0.0;
+  for (int observed = 0; observed < stats.GetNCategories(); ++observed) {
+    const std::vector<double> cases = stats.GetMisClassRow(observed);
+    const double total = std::accumulate(cases.begin(), cases.end(), 0.0);
+    if (total > count) largest = observed;
+    count = std::max(count, total);
+  }
+  if (largest < 0) return;
+  BpComposite note("The most frequent category, ^1, holds ^2...");
+  note.Add(TargetCategory(largest))
+      .Add(BpNumber(count / stats.GetTotalWeight() * 100.0, BpProcedure::Percent()));
+  sample.CellNote({row, column}, note.Finish());
 }
 
 // Rows and columns end with the percentages.

@@ -46,6 +46,7 @@ class NaiveOutput {
 
  private:
   struct SubsetRow;
+  struct Dropped;
 
   void DisplayCPS() const;
   void DisplaySubsets() const;
@@ -54,8 +55,11 @@ class NaiveOutput {
   void FillClassificationLayer(BpPivotTable& table, const NBOutputStatistics& stats,
                                const BpCategory& sample, const std::vector<BpCategory>& rows,
                                const std::vector<BpCategory>& columns) const;
+  void NoteLargestCategory(const NBOutputStatistics& stats, BpCategory& sample,
+                           const BpCategory& row, const BpCategory& column) const;
 
   std::vector<std::string> NamesOf(const std::vector<int>& variables, bool categorical) const;
+  std::vector<Dropped> DroppedPredictors() const;
   std::vector<SubsetRow> SubsetRows() const;
   int ChosenSubset(int numSubsets) const;
   void NoteSubsets(const std::vector<BpCategory>& rows, BpCategory& added) const;

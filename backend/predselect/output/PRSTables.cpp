@@ -49,8 +49,7 @@ void PRSShowCaseSummary(const PRSValidSpecs& specs, const KOVA_Variable& target,
     const double share = count.fWeight / total * 100.0;
     table.SetCell({row, n}, count.fWeight);
     table.SetCell({row, percent}, total > 0.0 ? share : KOVA_SystemMissing);
-    if (!count.fCases) return;
-    for (const BpCategory& column : unweighted) table.SetCell({row, column}, *count.fCases);
+    for (const BpCategory& column : unweighted) table.SetCell({row, column}, count.fCases);
   };
   if (!counts.fCategories.empty()) {
     BpGroup group = rows.AddGroup(BpVariable(target));
@@ -61,7 +60,7 @@ void PRSShowCaseSummary(const PRSValidSpecs& specs, const KOVA_Variable& target,
   fill(rows.AddCategory(BpString("Valid")), counts.fValid);
   fill(rows.AddCategory(BpString("Excluded")), counts.fExcluded);
   fill(rows.AddCategory(BpString("Total")),
-       {total, counts.fValid.fCases.value_or(0) + counts.fExcluded.fCases.value_or(0)});
+       {total, counts.fValid.fCases + counts.fExcluded.fCases});
   table.Show();
 }
 

@@ -2,7 +2,6 @@
 // cases, the case processing summary.
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,7 +26,7 @@ void PRSAddCaseNotes(const PRSValidSpecs& specs, const char* casesUsed);
 // The counts of a case processing summary, weighted and not.
 struct PRSCaseCount {
   double fWeight = 0.0;
-  std::optional<int> fCases;  // nothing where only the weight is known
+  int fCases = 0;
 };
 
 struct PRSCaseCounts {

@@ -1,10 +1,12 @@
 #include "backend/predselect/output/SelOutput.h"
 
 #include <algorithm>
+#include <map>
 #include <utility>
 
 #include "backend/predselect/command/PRSMessages.h"
 #include "backend/predselect/drivers/PRSUniFactory.h"
+#include "backend/predselect/output/PRSReasons.h"
 #include "backend/predselect/output/PRSTables.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "common/MCAssert.h"
@@ -24,28 +26,6 @@
 namespace {
 
 constexpr const char* kSource = "backend/predselect/SelOutput";
-
-// Screening reasons in the order in which the rules are applied, with their labels.
-struct ReasonText {
-  int fReason;
-  const char* fCategorical;  // null: the reason does not apply
-  const char* fScale;
-};
-
-constexpr ReasonText kReasons[] = {
-    {MCFSCommon::kAllMissing, "All Cases Missing", "All Cases Missing"},
-    {MCFSCommon::kAllConstant, "All Cases Constant", "All Cases Constant"},
-    {MCFSCommon::kManyMissing, "Cases Missing > ^1", "Cases Missing > ^1"},
-    {MCFSCommon::kManyInSingleCategory, "Cases Constant > ^1", nullptr},
-    {MCFSCommon::kManyCategories, "Categories > ^1", nullptr},
-    {MCFSCommon::kManyCategoriesWithOneCase, "Categories Containing One Case > ^1", nullptr},
-    {MCFSCommon::kSmallStddev, nullptr, "Standard Deviation < ^1"},
-    {MCFSCommon::kSmallVariation, nullptr, "Coefficient Of Variation < ^1"},
-};
-
-const char* LabelOf(const ReasonText& reason, bool categorical) {
-  return categorical ? reason.fCategorical : reason.fScale;
-}
 
 }  // namespace
 
@@ -69,6 +49,7 @@ void SelOutput::DisplayTables() const {
   BpCaseSummary();
   BpExcludedPred();
   BpPredSummary();
+  BpEffects();
   ChartPredSummary();
   BpSelPredictors();
   WarnOfTiesAtZero();
@@ -84,6 +65,7 @@ void SelOutput::BpCaseSummary() const {
   counts.fValid.fCases = nValid;
   counts.fExcluded.fCases = nExcluded;
   const KOVA_Variable& target = fpActiveDS->GetVariable(fpValidSpecs->GetDependVar());
+  std::map<KOVA_Value, PRSCaseCount> categories;  // whatever the order of the cases
   for (int i = 0; i < algorithm.GetNTargetCategories(); ++i) {
     int code = 0;
     std::pair<int, double> found{0, 0.0};
@@ -91,7 +73,10 @@ void SelOutput::BpCaseSummary() const {
     int kovaVar = -1;
     const KOVA_Value value = fpFactory->GetUAInputAdapter()->DecodeCatValue(
         algorithm.GetSettings()->GetTargetPosition(), code, kovaVar);
-    counts.fCategories.push_back({PRSCategoryLabel(target, value), {found.second, found.first}});
+    categories[value] = {found.second, found.first};
+  }
+  for (const auto& [value, count] : categories) {
+    counts.fCategories.push_back({PRSCategoryLabel(target, value), count});
   }
   PRSShowCaseSummary(*fpValidSpecs, target, counts, nullptr);
 }
@@ -113,19 +98,15 @@ void SelOutput::BpExcludedPred() const {
   const BpCategory column = columns.AddCategory(BpString("Predictors"));
   for (const bool categorical : {true, false}) {
     BpGroup group = rows.AddGroup(BpString(categorical ? "Categorical" : "Scale"));
-    for (const ReasonText& reason : kReasons) {
-      if (LabelOf(reason, categorical) == nullptr) continue;
+    for (const MCFSCommon::PredictorDelReason reason : PRSReasons()) {
       std::vector<std::string> names;
       for (std::size_t i = 0; i < indices.size(); ++i) {
-        const bool here = reasons[i] == reason.fReason &&
+        const bool here = reasons[i] == reason &&
                           algorithm.GetSettings()->IsCatPredictor(indices[i]) == categorical;
         if (here) names.push_back(Predictor(indices[i]).GetName());
       }
       if (names.empty()) continue;
-      BpComposite label(LabelOf(reason, categorical));
-      const std::string threshold = Threshold(reason.fReason);
-      if (!threshold.empty()) label.AddLiteral(threshold);
-      table.SetCell({group.AddCategory(label.Finish()), column},
+      table.SetCell({group.AddCategory(PRSReasonLabel(*fpValidSpecs, reason)), column},
                     PRSListCell("[%1:\n ^1:]1", names));
     }
   }
@@ -154,9 +135,9 @@ void SelOutput::WarnOfTiesAtZero() const {
   for (std::size_t i = 0; i < selection.fIndices.size(); ++i) {
     if (selection.fValues[i] != 0.0) continue;
     ++nTied;
-    const FSSignificance test =
-        Algorithm().GetSignificance(selection.fCriterion, selection.fIndices[i]);
-    isRounded = isRounded || !MCMV::IsMissing(test.LogP());
+    const FSEffect effect =
+        Algorithm().GetPredictorEffect(selection.fCriterion, selection.fIndices[i]);
+    isRounded = isRounded || !MCMV::IsMissing(effect.fLogP);
   }
   if (nTied > 1 && isRounded) PRSMessages().TiedAtZero(nTied);
 }
@@ -188,34 +169,4 @@ std::vector<std::string> SelOutput::SelectedNames(bool categorical) const {
     }
   }
   return names;
-}
-
-std::string SelOutput::Threshold(int reason) const {
-  const auto shown = [](const std::string& typed, double value, MCHost::OutputFormat format) {
-    const bool percent = format == MCHost::OutputFormat::kPercent;
-    if (!typed.empty()) return percent ? typed + "%" : typed;
-    return MCHost::FormatNumber(value, format);
-  };
-  switch (reason) {
-    case MCFSCommon::kManyMissing:
-      return shown(fpValidSpecs->GetStringPCTMissing(), fpValidSpecs->GetScreenPCTMissing(),
-                   fpProcedure->Percent());
-    case MCFSCommon::kManyInSingleCategory:
-      return shown(fpValidSpecs->GetStringPCTEqual(), fpValidSpecs->GetScreenPCTEqual(),
-                   fpProcedure->Percent());
-    case MCFSCommon::kManyCategories:
-      return shown(fpValidSpecs->GetStringPCTUnequal(), fpValidSpecs->GetScreenPCTUnequal(),
-                   fpProcedure->Percent());
-    case MCFSCommon::kManyCategoriesWithOneCase:
-      return MCHost::FormatNumber(Algorithm().GetSettings()->GetMaxPctCatWithOneCase(),
-                                  fpProcedure->Percent());
-    case MCFSCommon::kSmallStddev:
-      return shown(fpValidSpecs->GetStringStdDev(), fpValidSpecs->GetScreenStdDev(),
-                   fpProcedure->Coefficient());
-    case MCFSCommon::kSmallVariation:
-      return shown(fpValidSpecs->GetStringCoeffVariate(), fpValidSpecs->GetScreenCoeffVariate(),
-                   fpProcedure->Coefficient());
-    default:
-      return "";
-  }
 }

@@ -37,6 +37,7 @@ class SelOutput {
   // The predictors that were excluded, by reason; a warning when there are none.
   void BpExcludedPred() const;
   void BpPredSummary() const;
+  void BpEffects() const;
   void ChartPredSummary() const;
   // A warning takes the table's place when nothing was selected, even if no table was asked for.
   void BpSelPredictors() const;
@@ -55,7 +56,6 @@ class SelOutput {
   PRSSelection Selection() const;
   // Names of the selected predictors of one kind, in rank order.
   std::vector<std::string> SelectedNames(bool categorical) const;
-  std::string Threshold(int reason) const;
   std::vector<Row> SummaryRows(BpDimension& dimension) const;
   void FillCategorical(BpPivotTable& table, const std::vector<Row>& rows) const;
   void FillContinuous(BpPivotTable& table, const std::vector<Row>& rows) const;

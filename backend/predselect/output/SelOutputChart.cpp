@@ -1,14 +1,17 @@
 // The predictor summary as a chart.
 #include <algorithm>
+#include <vector>
 
 #include "backend/predselect/output/SelOutput.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "feature/FSCriterion.h"
-#include "host/data/KOVA_Variable.h"
 #include "host/output/FacSTDictionary.h"
+#include "host/output/ShowText.h"
+#include "host/output/TellApart.h"
 #include "host/output/chart/ChartString.h"
 #include "host/output/chart/XDocument.h"
 #include "host/output/pivot/BpProcedure.h"
+#include "host/output/pivot/BpVariable.h"
 
 void SelOutput::ChartPredSummary() const {
   if (!fpValidSpecs->GetPlotSummary()) return;
@@ -30,11 +33,12 @@ void SelOutput::ChartPredSummary() const {
   XGraph& graph = chart.GetGraph();
   graph.GetElement().colorByVariable(color);
   const int n = static_cast<int>(selection.fIndices.size());
+  std::vector<MCHost::OutputText> predictors;
+  for (const int index : selection.fIndices) predictors.push_back(BpVariable(Predictor(index)));
+  MCHost::TellApart(predictors);
   for (int i = 0; i < n; ++i) {
     const auto place = static_cast<std::size_t>(i);
-    const KOVA_Variable& variable = Predictor(selection.fIndices[place]);
-    graph.GetXVariable().addRelabel(
-        i, variable.GetLabel().empty() ? variable.GetName() : variable.GetLabel());
+    graph.GetXVariable().addRelabel(i, MCHost::ShowText(predictors[place]));
     graph.GetElement().AddPoint(i, selection.fValues[place], i < selection.fNSelected ? 0 : 1);
   }
   chart.SetFrameHeight(std::max(1.0, n / 20.0));

@@ -15,7 +15,7 @@ struct PRSThreshold {
 
 // Percentages in percent.
 struct PRSScreening {
-  bool fbOn = true;
+  bool fbOn = true;  // of SELECTPRED; the parser switches it off for a NAIVEBAYES that has none
   PRSThreshold fPctMissing{70.0};
   PRSThreshold fPctEqual{95.0};
   PRSThreshold fPctUnequal{90.0};
@@ -43,6 +43,7 @@ struct PRSMultiCriteria {
 
   int fBins = 10;
   double fMemAllocate = 1024.0;  // kilobytes
+  double fMemOffered = 0.0;      // what the session gives in its place; 0: nothing
 };
 
 // Training cases are drawn, or marked by a variable.
@@ -78,6 +79,7 @@ struct PRSPrint {
   bool fbSelect = true;
   bool fbClassify = true;
   bool fbUncert = false;
+  bool fbEffects = false;
 };
 
 struct PRSPlot {

@@ -1,6 +1,7 @@
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 #include "common/MCAssert.h"
@@ -15,6 +16,9 @@ namespace {
 
 constexpr const char* kSource = "backend/predselect/PRSValidSpecs";
 constexpr double kMostRecords = 0x1p62;
+constexpr double kKilobyte = 1024.0;
+
+double BytesPerRecord(const UAVarValidSpecs& specs) { return 8.0 * specs.GetNRecordVars() + 16.0; }
 
 int SizeOf(const PRSValidSpecs::IntList& list) {
   return list == nullptr ? 0 : static_cast<int>(list->size());
@@ -94,8 +98,21 @@ int PRSValidSpecs::GetUniSize() const {
 }
 
 void PRSValidSpecs::SetMultiCriteria(int bins, double memAllocate, int showUnselect, double timer) {
-  fOptions.fMultiCriteria = {bins, memAllocate};
+  fOptions.fMultiCriteria = {bins, memAllocate, 0.0};
   fOptions.fCommonCriteria = {showUnselect, timer};
+}
+
+double PRSValidSpecs::GetMemoryToHold(int cases) const {
+  return std::max(std::ceil(cases * BytesPerRecord(*fpVarValidSpecs) / kKilobyte),
+                  PRSMultiCriteria::kLeastMemory);
+}
+
+void PRSValidSpecs::TakeMemoryFor(int cases) {
+  PRSMultiCriteria& criteria = fOptions.fMultiCriteria;
+  if (!(criteria.fMemOffered > 0.0)) return;
+  criteria.fMemAllocate =
+      std::min(criteria.fMemOffered, std::max(criteria.fMemAllocate, GetMemoryToHold(cases)));
+  SettleRecordsInMemory();
 }
 
 void PRSValidSpecs::SetMultiTrainSampInfo(double percent, int variable) {
@@ -125,7 +142,7 @@ bool PRSValidSpecs::AddFeaturePrintOption(FeaturePrintOption option) {
 
 void PRSValidSpecs::SetPrintInfo(bool cps, bool exclude, bool summary, bool select, bool classify,
                                  bool uncert) {
-  fOptions.fPrint = {cps, exclude, summary, select, classify, uncert};
+  fOptions.fPrint = {cps, exclude, summary, select, classify, uncert, false};
 }
 
 void PRSValidSpecs::CompleteSpecs() {
@@ -158,13 +175,7 @@ void PRSValidSpecs::CompleteFeatureSettings(int targetPosition, int weightPositi
   }
   fpFeatureSettings->SetTargetPosition(targetPosition);
   if (weightPosition >= 0) fpFeatureSettings->SetWeightPosition(weightPosition);
-  if (GetScreenStatusOn()) {
-    fpFeatureSettings->SetMaxPctMiss(GetScreenPCTMissing());
-    fpFeatureSettings->SetMaxPctSingle(GetScreenPCTEqual());
-    fpFeatureSettings->SetMaxNCatAsPct(GetScreenPCTUnequal());
-    fpFeatureSettings->SetMinVariation(GetScreenCoeffVariate());
-    fpFeatureSettings->SetMinStddev(GetScreenStdDev());
-  }
+  if (GetScreenStatusOn()) SetThresholds(*fpFeatureSettings);
   // A criterion that does not suit the data is refused, and the data's own criteria stay.
   (void)fpFeatureSettings->SetCriterion(GetUniRank(), true);
   for (const FeaturePrintOption option : fFeaturePrintOptions) {
@@ -172,6 +183,19 @@ void PRSValidSpecs::CompleteFeatureSettings(int targetPosition, int weightPositi
   }
   fpFeatureSettings->SetExactPValues(fOptions.fUniCriteria.fbExactPValues);
   fpFeatureSettings->SetCancelPointer(fpStopProcessor.get());
+}
+
+void PRSValidSpecs::SettleRecordsInMemory() {
+  fpNaiveSettings->SetMaxRecordsInMemory(static_cast<long>(std::min(
+      kKilobyte * GetMultiMemAllocate() / BytesPerRecord(*fpVarValidSpecs), kMostRecords)));
+}
+
+void PRSValidSpecs::SetThresholds(FSSettings& settings) const {
+  settings.SetMaxPctMiss(GetScreenPCTMissing());
+  settings.SetMaxPctSingle(GetScreenPCTEqual());
+  settings.SetMaxNCatAsPct(GetScreenPCTUnequal());
+  settings.SetMinVariation(GetScreenCoeffVariate());
+  settings.SetMinStddev(GetScreenStdDev());
 }
 
 void PRSValidSpecs::CompleteNaiveSettings() {
@@ -183,9 +207,7 @@ void PRSValidSpecs::CompleteNaiveSettings() {
   }
   MCCommon::Assert(GetMultiMemAllocate() >= PRSMultiCriteria::kLeastMemory,
                    "fMultiMemAllocate >= 4.0", kSource);
-  const double bytesPerRecord = 8.0 * fpVarValidSpecs->GetNRecordVars() + 16.0;
-  fpNaiveSettings->SetMaxRecordsInMemory(
-      static_cast<long>(std::min(1024.0 * GetMultiMemAllocate() / bytesPerRecord, kMostRecords)));
+  SettleRecordsInMemory();
   fpNaiveSettings->SetUserRNG(fpRandom.get());
   fpNaiveSettings->SetCancelPointer(fpStopProcessor.get());
   fpNaiveSettings->SetTempDir(GetKovaTempPath() + "/");

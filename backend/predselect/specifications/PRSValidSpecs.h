@@ -85,6 +85,9 @@ class PRSValidSpecs {
   double GetScreenCoeffVariate() const { return fOptions.fScreening.fCoeffVariate.fValue; }
   double GetScreenStdDev() const { return fOptions.fScreening.fStdDev.fValue; }
 
+  // Gives settings these thresholds.
+  void SetThresholds(FSSettings& settings) const;
+
   // The same thresholds in the user's own digits, for output. Empty for one that was not typed.
   void SetStringScreenOptions(std::string pctMissing, std::string pctEqual, std::string pctUnequal,
                               std::string coeffVariate, std::string stdDev);
@@ -112,6 +115,13 @@ class PRSValidSpecs {
   void SetMultiCriteria(int bins, double memAllocate, int showUnselect, double timer);
   int GetMultiBins() const { return fOptions.fMultiCriteria.fBins; }
   double GetMultiMemAllocate() const { return fOptions.fMultiCriteria.fMemAllocate; }
+  // The least memory, in whole kilobytes, that holds so many cases.
+  // REQUIRES: the specifications are complete.
+  double GetMemoryToHold(int cases) const;
+  // Settles the memory for so many cases, where the session offers some: as much of it as they
+  // need, so that a saved state does not tell of the machine that it was made on.
+  // REQUIRES: the specifications are complete.
+  void TakeMemoryFor(int cases);
 
   // How cases are split into training and test cases: by a drawn percentage, or by a variable that
   // marks training cases. 0 and -1 mean no split.
@@ -161,7 +171,7 @@ class PRSValidSpecs {
     return fFeaturePrintOptions;
   }
 
-  // Which tables are shown.
+  // Which tables are shown; without that of effects, which Options() alone asks for.
   void SetPrintInfo(bool cps, bool exclude, bool summary, bool select, bool classify, bool uncert);
   bool GetPrintCPS() const { return fOptions.fPrint.fbCPS; }
   bool GetPrintExclude() const { return fOptions.fPrint.fbExclude; }
@@ -169,6 +179,7 @@ class PRSValidSpecs {
   bool GetPrintSelect() const { return fOptions.fPrint.fbSelect; }
   bool GetPrintClassify() const { return fOptions.fPrint.fbClassify; }
   bool GetPrintUncert() const { return fOptions.fPrint.fbUncert; }
+  bool GetPrintEffects() const { return fOptions.fPrint.fbEffects; }
 
   // Which charts are drawn.
   void SetPlotSummary(bool on) { fOptions.fPlot.fbSummary = on; }
@@ -192,6 +203,7 @@ class PRSValidSpecs {
  private:
   void CompleteFeatureSettings(int targetPosition, int weightPosition);
   void CompleteNaiveSettings();
+  void SettleRecordsInMemory();
   void DisplayVariables(std::ostream& out) const;
   void DisplayCriteria(std::ostream& out) const;
   void DisplayOutputs(std::ostream& out) const;

@@ -88,6 +88,7 @@ void PRSValidSpecs::DisplayOutputs(std::ostream& out) const {
   Show(out, "Print selected", GetPrintSelect());
   Show(out, "Print classification", GetPrintClassify());
   Show(out, "Print uncertainty", GetPrintUncert());
+  Show(out, "Print effects", GetPrintEffects());
   Show(out, "Plot summary", GetPlotSummary());
   Show(out, "Plot uncertainty", GetPlotUncert());
 }

@@ -17,7 +17,8 @@ class XAxis {
   void SetNice(bool nice) { fbNice = nice; }
   bool IsNice() const { return fbNice; }
 
-  // Empty room beyond the ends, as a fraction of the axis.
+  // Empty room beyond the ends, as a fraction of what is between them. A scale axis has it only
+  // beyond an interval that is set; a categorical one at least half a step.
   void SetMargins(double lower, double upper) { fMargins = {lower, upper}; }
   const std::pair<double, double>& GetMargins() const { return fMargins; }
 

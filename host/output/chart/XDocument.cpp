@@ -1,5 +1,6 @@
 #include "host/output/chart/XDocument.h"
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 
 #include "common/MissingValue.h"
@@ -15,6 +16,7 @@ using Json = nlohmann::ordered_json;
 
 constexpr int kPixelsPerFrame = 360;
 constexpr double kStepWidth = 24.0;
+constexpr double kLeastRoom = 1.0;  // in steps, so that a point alone has some
 
 // A point whose number is missing stays in the data and off the graph.
 Json Data(const XGraph& graph) {
@@ -30,19 +32,32 @@ Json Data(const XGraph& graph) {
   return {{"values", std::move(values)}};
 }
 
-Json XEncoding(const XVariable& variable, const XAxis& axis) {
+// The margins in steps: the document wants half of both, and what share is the lower one.
+Json XScale(const XAxis& axis, std::size_t n) {
+  const auto [lower, upper] = axis.GetMargins();
+  const double steps = n > 1 ? static_cast<double>(n - 1) : 0.0;
+  const double room = std::max((lower + upper) * steps, kLeastRoom);
+  Json scale = {{"paddingOuter", room / 2.0}};
+  if (lower != upper) scale["align"] = lower / (lower + upper);
+  return scale;
+}
+
+Json XEncoding(const XVariable& variable, const XAxis& axis, std::size_t n) {
   const Json title = axis.IsLabelHidden() ? Json(nullptr) : Json(variable.GetLabel());
   return {{"field", "x"},
           {"type", "nominal"},
           {"sort", nullptr},  // the order of the data
-          {"scale", {{"paddingOuter", axis.GetMargins().first}}},
+          {"scale", XScale(axis, n)},
           {"axis", {{"title", title}, {"labelFontSize", axis.GetTickFontSize()}}}};
 }
 
 Json YEncoding(const XVariable& variable, const XAxis& axis) {
   Json scale = {{"reverse", axis.IsInverted()}, {"nice", axis.IsNice()}};
   if (axis.GetInterval()) {
-    scale["domain"] = {axis.GetInterval()->first, axis.GetInterval()->second};
+    const auto [from, to] = *axis.GetInterval();
+    const auto [lower, upper] = axis.GetMargins();
+    scale["domain"] = {from - lower * (to - from), to + upper * (to - from)};
+    scale["nice"] = false;  // it would take the margins for a part of the range
   }
   Json look = {{"title", variable.GetLabel()}, {"labelFontSize", axis.GetTickFontSize()}};
   if (variable.GetNumberFormat() == XVariable::kThreeDecimals) look["format"] = ".3f";
@@ -64,7 +79,9 @@ Json ColorEncoding(const XVariable& variable) {
 Json PointLayer(const XGraph& graph) {
   const XVariable& x = graph.GetXVariable();
   const XVariable& y = graph.GetYVariable();
-  Json encoding = {{"x", XEncoding(x, graph.GetXAxis())}, {"y", YEncoding(y, graph.GetYAxis())}};
+  const std::size_t n = graph.GetElement().GetPoints().size();
+  Json encoding = {{"x", XEncoding(x, graph.GetXAxis(), n)},
+                   {"y", YEncoding(y, graph.GetYAxis())}};
   encoding["tooltip"] = Json::array(
       {{{"field", "x"}, {"title", x.GetLabel()}}, {{"field", "y"}, {"title", y.GetLabel()}}});
   const XVariable* color = graph.GetElement().GetColorVariable();

@@ -18,7 +18,8 @@ class XVariable {
   Type GetType() const { return fType; }
   const std::string& GetLabel() const { return fLabel; }
 
-  // Shows a value of a categorical variable as this text.
+  // Shows a value of a categorical variable as this text. The document tells values apart by their
+  // texts: REQUIRES that no two are equal.
   void addRelabel(int value, std::string text) { fRelabels[value] = std::move(text); }
   // The value's text, the number itself when it was given none.
   std::string Relabelled(int value) const {

@@ -5,6 +5,7 @@
 #include "common/MCAssert.h"
 #include "common/MissingValue.h"
 #include "host/output/IOutputSink.h"
+#include "host/output/TellApart.h"
 #include "host/session/ISession.h"
 #include "host/session/SessionScope.h"
 
@@ -54,7 +55,10 @@ void BpPivotTable::SetCell(std::initializer_list<BpCategory> place, OutputText v
   CellAt(place).fValue = std::move(value);
 }
 
-void BpPivotTable::Show() { MCHost::CurrentSession().Output().AddTable(std::move(fTable)); }
+void BpPivotTable::Show() {
+  MCHost::TellApart(fTable);
+  MCHost::CurrentSession().Output().AddTable(std::move(fTable));
+}
 
 MCHost::OutputCategory& BpPivotTable::At(int dimension, int category) {
   OutputDimension& found = fTable.fDimensions[static_cast<std::size_t>(dimension)];

@@ -7,6 +7,7 @@
 namespace MCHost {
 namespace {
 
+// Of a text, or of its first glyph.
 struct Glyph {
   std::size_t fBytes;
   std::size_t fWidth;
@@ -31,35 +32,40 @@ std::vector<std::string_view> Split(std::string_view text, char at) {
   }
 }
 
-// How many bytes of a word fit; at least one glyph, so that breaking ends.
-std::size_t FittingBytes(std::string_view word, std::size_t width) {
-  std::size_t bytes = 0;
-  std::size_t used = 0;
-  while (bytes < word.size()) {
-    const Glyph glyph = FirstGlyph(word.substr(bytes));
-    if (bytes > 0 && used + glyph.fWidth > width) break;
-    bytes += glyph.fBytes;
-    used += glyph.fWidth;
+// The start of a word that fits; at least one glyph, so that breaking ends.
+Glyph FittingPart(std::string_view word, std::size_t width) {
+  Glyph part{0, 0};
+  while (part.fBytes < word.size()) {
+    const Glyph glyph = FirstGlyph(word.substr(part.fBytes));
+    if (part.fBytes > 0 && part.fWidth + glyph.fWidth > width) break;
+    part.fBytes += glyph.fBytes;
+    part.fWidth += glyph.fWidth;
   }
-  return bytes;
+  return part;
 }
 
 void WrapLine(std::string_view source, std::size_t width, std::vector<std::string>& lines) {
   std::string line;
+  std::size_t used = 0;
   bool empty = true;
   for (std::string_view word : Split(source, ' ')) {
-    if (!empty && DisplayWidth(line) + 1 + DisplayWidth(word) > width) {
+    std::size_t left = DisplayWidth(word);
+    if (!empty && used + 1 + left > width) {
       lines.push_back(std::move(line));
       line.clear();
+      used = 0;
       empty = true;
     }
     if (!empty) line += ' ';
-    while (DisplayWidth(word) > width) {
-      const std::size_t bytes = FittingBytes(word, width);
-      lines.emplace_back(word.substr(0, bytes));
-      word.remove_prefix(bytes);
+    used += empty ? 0 : 1;
+    while (left > width) {
+      const Glyph part = FittingPart(word, width);
+      lines.emplace_back(word.substr(0, part.fBytes));
+      word.remove_prefix(part.fBytes);
+      left -= part.fWidth;
     }
     line += word;
+    used += left;
     empty = false;
   }
   lines.push_back(std::move(line));

@@ -8,6 +8,7 @@
 #include "host/output/render/DisplayWidth.h"
 #include "host/output/render/TableAxis.h"
 #include "host/output/render/TextTable.h"
+#include "host/text/VisibleText.h"
 
 namespace MCHost {
 namespace {
@@ -63,7 +64,7 @@ void PageWriter::Message(const OutputMessage& message) {
   fPage.replace(start, severity.size(), Styled(severity, error ? kRed : kYellow));
   if (message.fDetail.empty()) return;
   // A source line and its caret must not be wrapped.
-  std::string detail = "  " + message.fDetail;
+  std::string detail = "  " + VisibleText(message.fDetail, "\n\t");
   for (std::size_t at = 0; (at = detail.find('\n', at)) != std::string::npos; at += 3) {
     detail.replace(at, 1, "\n  ");
   }
@@ -75,15 +76,16 @@ void PageWriter::Notes(const std::vector<OutputNote>& notes) {
   Title(KeyText("Notes"));
   std::size_t width = 0;
   for (const OutputNote& note : notes) {
-    width = std::max(width, LongestLine(ShowText(note.fTitle)) + (note.fGroup ? 2 : 0));
+    const std::string title = VisibleText(ShowText(note.fTitle), "");
+    width = std::max(width, DisplayWidth(title) + (note.fGroup ? 2 : 0));
   }
   width = std::min(width, fOptions.fWidth / 2);
   std::string group;
   for (const OutputNote& note : notes) {
     const std::string heading = note.fGroup ? ShowText(*note.fGroup) : "";
-    if (heading != group && !heading.empty()) fPage += "  " + heading + "\n";
+    if (heading != group && !heading.empty()) fPage += "  " + VisibleText(heading, "") + "\n";
     group = heading;
-    std::string lead = (heading.empty() ? "  " : "    ") + ShowText(note.fTitle);
+    std::string lead = (heading.empty() ? "  " : "    ") + VisibleText(ShowText(note.fTitle), "");
     const std::size_t used = DisplayWidth(lead);
     lead.append(width + 4 > used ? width + 4 - used : 2, ' ');
     Hanging(lead, ShowText(note.fText));
@@ -119,13 +121,15 @@ void PageWriter::BeginBlock() {
   if (!fPage.empty()) fPage += "\n";
 }
 
-void PageWriter::Title(const std::string& title) { fPage += Styled(title, kBold) + "\n"; }
+void PageWriter::Title(const std::string& title) {
+  fPage += Styled(VisibleText(title), kBold) + "\n";
+}
 
 void PageWriter::Hanging(const std::string& lead, const std::string& text) {
-  const std::size_t indent = DisplayWidth(lead);
+  std::string margin = VisibleText(lead, "");
+  const std::size_t indent = DisplayWidth(margin);
   const std::size_t room = fOptions.fWidth > indent + 20 ? fOptions.fWidth - indent : 20;
-  std::string margin = lead;
-  for (const std::string& line : WrapText(text, room)) {
+  for (const std::string& line : WrapText(VisibleText(text), room)) {
     fPage += margin + line + "\n";
     margin.assign(indent, ' ');
   }

@@ -4,6 +4,7 @@
 #include <set>
 
 #include "host/output/ShowText.h"
+#include "host/text/VisibleText.h"
 
 namespace MCHost {
 namespace {
@@ -11,11 +12,12 @@ namespace {
 std::vector<AxisEntry::Heading> Headings(const OutputDimension& dimension, int place, int leaf) {
   std::vector<AxisEntry::Heading> headings;
   if (dimension.fbShowName && dimension.fAxis == OutputDimension::kColumn) {
-    headings.push_back({ShowText(dimension.fName), place, -1});
+    headings.push_back({VisibleText(ShowText(dimension.fName)), place, -1});
   }
   for (const int category : dimension.PathTo(leaf)) {
     const OutputCategory& found = dimension.fCategories[static_cast<std::size_t>(category)];
-    headings.push_back({ShowText(found.fLabel) + FootnoteMarks(found.fNotes), place, category});
+    headings.push_back(
+        {VisibleText(ShowText(found.fLabel)) + FootnoteMarks(found.fNotes), place, category});
   }
   return headings;
 }

@@ -7,6 +7,7 @@
 #include "host/output/ShowText.h"
 #include "host/output/render/BoxCanvas.h"
 #include "host/output/render/DisplayWidth.h"
+#include "host/text/VisibleText.h"
 
 namespace MCHost {
 namespace {
@@ -14,6 +15,7 @@ namespace {
 constexpr std::size_t kPadding = 2;        // a blank on either side of a text
 constexpr std::size_t kBorder = 1;         // one line between neighbours
 constexpr std::size_t kHeadingWidth = 18;  // headings up to here are not wrapped
+constexpr std::size_t kLeastRoom = 20;     // for a column, however wide the row labels are
 constexpr std::size_t kPointsPerGlyph = 8;
 constexpr std::size_t kNoSeparator = static_cast<std::size_t>(-1);
 
@@ -71,7 +73,7 @@ TextTable::TextTable(const OutputTable& table, std::size_t pageWidth)
     if (const auto* number = std::get_if<double>(&cell.fValue)) {
       shown = {FormatNumber(*number, cell.fFormat), true};
     } else if (const auto* text = std::get_if<OutputText>(&cell.fValue)) {
-      shown.fText = ShowText(*text);
+      shown.fText = VisibleText(ShowText(*text));
     } else {
       shown.fbNumber = true;
     }
@@ -142,7 +144,7 @@ std::string TextTable::DrawPanel(const AxisEntry& layer,
   for (const Block& block : Blocks(panel.fColumns, fColumnDepth)) {
     const std::size_t end = fRowDepth + block.fTo;
     const std::size_t room = SpanWidth(panel.fWidths, fRowDepth + block.fFrom, end);
-    const std::size_t word = LongestWord(block.fText);
+    const std::size_t word = std::min(LongestWord(block.fText), MostOfAColumn());
     if (word > room) panel.fWidths[end - 1] += word - room;
   }
   PlaceColumns(panel);
@@ -318,8 +320,8 @@ void TextTable::MeasureLabels() {
   fLabelWidths.assign(fRowDepth, 1);
   for (const Block& block : Blocks(fRows, fRowDepth)) {
     const std::size_t levelsSpanned = block.fLevelEnd - block.fLevel;
-    const std::size_t most =
-        std::max(cap * levelsSpanned, std::min(LongestWord(block.fText), 2 * cap));
+    const std::size_t word = LongestWord(block.fText);  // one that must be broken asks for nothing
+    const std::size_t most = std::max(cap * levelsSpanned, word <= 2 * cap ? word : 0);
     const std::size_t wanted = std::min(LongestLine(block.fText), most);
     const std::size_t room = SpanWidth(fLabelWidths, block.fLevel, block.fLevelEnd);
     if (wanted > room) fLabelWidths[block.fLevelEnd - 1] += wanted - room;
@@ -334,6 +336,12 @@ std::size_t TextTable::RoomForColumns() const {
   const std::size_t used = Sum(fLabelWidths, 0, fRowDepth) +
                            (fRowDepth + fColumns.size()) * (kPadding + kBorder) + kBorder;
   return fPageWidth > used ? fPageWidth - used : 0;
+}
+
+std::size_t TextTable::MostOfAColumn() const {
+  const std::size_t labels =
+      Sum(fLabelWidths, 0, fRowDepth) + (fRowDepth + 1) * (kPadding + kBorder) + kBorder;
+  return std::max(kLeastRoom, fPageWidth > labels ? fPageWidth - labels : 0);
 }
 
 // A table that is too wide for the page gives up its wishes before it is cut into panels: first the
@@ -360,8 +368,6 @@ std::vector<std::size_t> TextTable::MeasureColumns(const AxisEntry& layer) const
 
 std::vector<std::size_t> TextTable::ColumnWidths(const AxisEntry& layer, std::size_t least,
                                                  std::size_t (*measure)(const std::string&)) const {
-  const std::size_t labels = Sum(fLabelWidths, 0, fRowDepth) + (fRowDepth + 1) * 3;
-  const std::size_t most = std::max<std::size_t>(20, fPageWidth > labels ? fPageWidth - labels : 0);
   std::vector<std::size_t> widths;
   for (const AxisEntry& column : fColumns) {
     std::size_t width = std::max<std::size_t>(least, 1);
@@ -373,7 +379,7 @@ std::vector<std::size_t> TextTable::ColumnWidths(const AxisEntry& layer, std::si
       const ShownCell* cell = FindCell(row, column, layer);
       if (cell != nullptr) width = std::max(width, measure(cell->fText));
     }
-    widths.push_back(std::min(width, most));
+    widths.push_back(std::min(width, MostOfAColumn()));
   }
   WidenForGroups(widths, measure);
   return widths;
@@ -383,7 +389,8 @@ void TextTable::WidenForGroups(std::vector<std::size_t>& widths,
                                std::size_t (*measure)(const std::string&)) const {
   for (const Block& block : Blocks(fColumns, fColumnDepth)) {
     const std::size_t room = SpanWidth(widths, block.fFrom, block.fTo);
-    const std::size_t wanted = std::min(measure(block.fText), HeadingWidth(block.fText));
+    const std::size_t wanted =
+        std::min({measure(block.fText), HeadingWidth(block.fText), MostOfAColumn()});
     if (wanted > room) widths[block.fTo - 1] += wanted - room;
   }
 }

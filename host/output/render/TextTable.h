@@ -53,6 +53,8 @@ class TextTable {
   void MeasureLabels();
   std::vector<std::size_t> MeasureColumns(const AxisEntry& layer) const;
   std::size_t RoomForColumns() const;
+  // The most that one column may take, so that a single word never makes a line longer than the page.
+  std::size_t MostOfAColumn() const;
   std::vector<std::size_t> ColumnWidths(const AxisEntry& layer, std::size_t least,
                                         std::size_t (*measure)(const std::string&)) const;
   void WidenForGroups(std::vector<std::size_t>& widths,

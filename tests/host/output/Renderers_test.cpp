@@ -181,6 +181,54 @@ TEST(WrapText, BreaksAtBlanksAndInsideAWordOnlyWhereItMust) {
   EXPECT_EQ(MCHost::DisplayWidth("e\u0301\xff"), 2u);
 }
 
+TEST(RenderText, ShowsWhatWouldSteerATerminal) {
+  MCTest::OutputHost host;
+  const std::string evil = "\x1b[2J\xff\u009b\u202e\tx";
+  const std::string shown = "\u241b[2J\ufffd\ufffd\ufffd\u2409x";
+  BpError(BpComposite("^1").AddLiteral(evil), 2, 2, "a\t" + evil);
+  AddNotesWithGroup(4, OutputText::Literal(evil + "\n"), OutputText::Literal(evil + "\n"),
+                    OutputText::Literal(evil));
+  BpPivotTable table("Classification", "Classification");
+  BpDimension rows = table.RowDimension("Observed");
+  BpDimension columns = table.ColumnDimension("Predicted");
+  const BpCategory row = rows.AddCategory(OutputText::Value("1", evil));
+  table.SetCell({row, columns.AddCategory(OutputText::Literal(evil))}, OutputText::Literal(evil));
+  table.Show();
+  host.fDocument.CurrentRun().fMacros = {{evil, {evil}}};
+  host.fDocument.CurrentRun().fNewVariables = {{evil, evil + "\nb", 0, "F8.2"}};
+  host.fDocument.CurrentRun().fFiles = {evil};
+  EXPECT_EQ(MCHost::RenderText(host.fDocument, {}),
+            "Warning: " + shown + "\n  a\t\u241b[2J\ufffd\ufffd\ufffd\tx\n\nNotes\n  " + shown +
+                "\u240a\n    " + shown + "\u240a  " + shown + "\n\n" + R"(Classification
+┌───────────┬───────────┐
+│ Observed  │ ␛[2J���␉x │
+├───────────┼───────────┤
+│ ␛[2J���␉x │ ␛[2J���␉x │
+└───────────┴───────────┘
+
+!␛[2J���␉x = ␛[2J���␉x
+New variable ␛[2J���␉x: ␛[2J���␉x
+                        b
+File written: ␛[2J���␉x
+)");
+  EXPECT_NE(MCHost::RenderJson(host.fDocument).find(R"(\u001b[2J)"), std::string::npos);
+}
+
+TEST(RenderText, KeepsATableInThePageWhateverTheLengthOfItsWords) {
+  MCTest::OutputHost host;
+  const OutputText word = OutputText::Literal(std::string(200000, 'x'));
+  BpPivotTable table("Classification", "Classification");
+  BpDimension rows = table.RowDimension("Observed");
+  BpDimension columns = table.ColumnDimension("Predicted");
+  BpGroup group = columns.AddGroup(word);
+  table.SetCell({rows.AddCategory(word), group.AddCategory(word)}, word);
+  table.Show();
+  const std::string page = MCHost::RenderText(host.fDocument, {});
+  for (std::size_t at = 0, end = 0; (end = page.find('\n', at)) != std::string::npos; at = end + 1) {
+    ASSERT_LE(MCHost::DisplayWidth(page.substr(at, end - at)), 100U);
+  }
+}
+
 TEST(RenderJson, GivesKeysPathsAndFullPrecision) {
   MCTest::OutputHost host;
   host.fDocument.fDataSource = "penguins.csv";
@@ -285,7 +333,10 @@ TEST(XDocument, BecomesAVegaLiteDocument) {
   chart.GetGraph().GetElement().AddPoint(0, 0.25, 1);
   chart.GetGraph().GetElement().AddPoint(1, KOVA_SystemMissing, 0);
   chart.GetGraph().GetYAxis().SetInterval(0.0, 1.0);
+  chart.GetGraph().GetYAxis().SetMargins(0.0, 0.05);
+  chart.GetGraph().GetYAxis().SetNice(true);
   chart.GetGraph().GetYAxis().invertScale(1.0);
+  chart.GetGraph().GetXAxis().SetMargins(1.5, 0.5);
   chart.GetGraph().AddYReferenceLine(0.05, "dash");
   chart.SetFrameHeight(1.05);
   chart.Show();
@@ -294,7 +345,10 @@ TEST(XDocument, BecomesAVegaLiteDocument) {
   EXPECT_EQ(drawn["data"]["values"][0],
             (json{{"x", "island"}, {"y", 0.25}, {"color", "Unselected"}}));
   EXPECT_EQ(drawn["data"]["values"][1]["y"], nullptr);
-  EXPECT_EQ(drawn["layer"][0]["encoding"]["y"]["scale"]["reverse"], true);
+  EXPECT_EQ(drawn["layer"][0]["encoding"]["y"]["scale"],
+            (json{{"reverse", true}, {"nice", false}, {"domain", {0.0, 1.05}}}));
+  EXPECT_EQ(drawn["layer"][0]["encoding"]["x"]["scale"],
+            (json{{"paddingOuter", 1.0}, {"align", 0.75}}));
   EXPECT_EQ(drawn["layer"][1]["data"]["values"][0]["y"], 0.05);
   EXPECT_EQ(drawn["layer"][1]["mark"]["strokeDash"], (json{6, 4}));
   EXPECT_EQ(drawn["height"], 378.0);

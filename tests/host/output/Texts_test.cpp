@@ -11,12 +11,15 @@
 
 #include "common/MissingValue.h"
 #include "host/data/KOVA_Variable.h"
+#include "host/output/AddNotes.h"
 #include "host/output/BpError.h"
 #include "host/output/FacSTDictionary.h"
 #include "host/output/OutputFormat.h"
 #include "host/output/ShowText.h"
+#include "host/output/TellApart.h"
 #include "host/output/pivot/BpComposite.h"
 #include "host/output/pivot/BpDataValue.h"
+#include "host/output/pivot/BpPivotTable.h"
 #include "host/output/pivot/BpString.h"
 #include "host/output/pivot/BpVariable.h"
 #include "tests/host/output/OutputHost.h"
@@ -126,6 +129,40 @@ TEST(ShowText, JoinsTheSublistOfAComposite) {
   names.EndSublist();
   EXPECT_EQ(ShowText(names.Finish()), "The initial subset contains island, sex.");
   EXPECT_EQ(MCHost::TextId(names.Finish()), "The initial subset contains island, sex");
+}
+
+TEST(TellApart, PutsTheNameBehindALabelThatAnotherOneIsShownBy) {
+  MCTest::OutputHost host;
+  const std::pair<const char*, const char*> variables[] = {
+      {"a", "Length"}, {"b", "Length"}, {"c", "Length (a)"}, {"d", "e"},
+      {"e", ""},       {"f", "f"},      {"g", "Width"}};
+  std::vector<OutputText> texts;
+  for (const auto& [name, label] : variables) {
+    KOVA_Variable variable(name, 0);
+    variable.SetLabel(label);
+    texts.push_back(BpVariable(variable));
+    host.fTable.AddVariable(variable);
+  }
+  std::vector<OutputText> shown = texts;
+  shown.push_back(OutputText::Value("1", "yes"));
+  shown.push_back(OutputText::Value("2", "yes"));
+  shown.push_back(OutputText::Value("1", "Length"));
+  MCHost::TellApart(shown);
+  std::vector<std::string> seen;
+  for (const OutputText& text : shown) seen.push_back(ShowText(text));
+  EXPECT_THAT(seen, testing::ElementsAre("Length (a)", "Length (b)", "Length (a) (c)", "e (d)", "e",
+                                         "f", "Width", "yes (1)", "yes (2)", "Length"));
+  // Alone in a table, a message and a note.
+  BpPivotTable table("Ranking", "Ranking");
+  table.Caption(BpComposite("Dependent Variable ^1").Add(texts[0]).Finish());
+  table.Show();
+  BpError(BpComposite("^1").Add(texts[1]), 2, 2);
+  AddNotes(4, texts[6], texts[0]);
+  const MCHost::OutputRun& run = host.fDocument.GetRuns()[0];
+  EXPECT_EQ(run.fTables[0].fCaption->fArguments[0].fLabel, "Length (a)");
+  EXPECT_EQ(run.fMessages[0].fText.fArguments[0].fLabel, "Length (b)");
+  EXPECT_EQ(run.fNotes[0].fTitle.fLabel, "Width");
+  EXPECT_EQ(run.fNotes[0].fText.fLabel, "Length (a)");
 }
 
 TEST(BpError, SetsTheErrorFlagAtErrorLevelOnly) {

@@ -230,7 +230,7 @@ TEST(CFailures, OfJobsSayWhatWasWrong) {
   ASSERT_EQ(host.Run("SELECTPRED species BY island.", ranking), PREDSELECT_OK);
   Held<predselect_state> state;
   ASSERT_EQ(predselect_state_load(host.fSession, ranking.c_str(), &state), PREDSELECT_OK);
-  const predselect_run_options folderIsAFile{sizeof(folderIsAFile), nullptr, notes.c_str()};
+  const predselect_run_options folderIsAFile{sizeof(folderIsAFile), nullptr, notes.c_str(), 0};
   const predselect_session* s = host.fSession;
   predselect_session* session = host.fSession;
   ArrowArrayStream out{};

@@ -74,9 +74,10 @@ class CHost {
         << Error();
   }
 
-  predselect_status Run(const std::string& commands, const std::string& statePath = "") {
-    const predselect_run_options options{sizeof(options),
-                                         statePath.empty() ? nullptr : statePath.c_str(), nullptr};
+  predselect_status Run(const std::string& commands, const std::string& statePath = "",
+                        size_t memory = 0) {
+    const predselect_run_options options{
+        sizeof(options), statePath.empty() ? nullptr : statePath.c_str(), nullptr, memory};
     return predselect_run(fSession, fTable, commands.c_str(), &options, &fResult);
   }
 

@@ -75,6 +75,18 @@ TEST(CJobs, GiveTheProgramsDocumentsAndPage) {
   EXPECT_EQ(host.Json(), ReadFile(folder.Path("inspect.json")));
 }
 
+TEST(CJobs, TakeTheMemoryThatACommandDoesNotState) {
+  const std::string command = "NAIVEBAYES species BY island sex WITH bill_length_mm.";
+  const auto holds = testing::HasSubstr("The memory for cases, ");
+  CHost host;
+  ASSERT_EQ(host.Run(command), PREDSELECT_OK) << host.Error();
+  EXPECT_THAT(host.Json(), testing::Not(holds));
+  ASSERT_EQ(host.Run(command, "", 5), PREDSELECT_OK) << host.Error();
+  EXPECT_THAT(host.Json(), testing::HasSubstr("The memory for cases, 5 KB, holds 106 of the 344"));
+  ASSERT_EQ(host.Run(command, "", PREDSELECT_MEMORY_AUTO), PREDSELECT_OK) << host.Error();
+  EXPECT_THAT(host.Json(), testing::Not(holds));
+}
+
 // The headings of one cell, joined, and its value as JSON.
 using FlatCells = std::vector<std::pair<std::string, std::string>>;
 

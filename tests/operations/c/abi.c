@@ -1,6 +1,7 @@
 /* What callers that were compiled once rely on. A line here never changes: what is new gets a line
  * of its own. Compiling is the test. */
 #include <stddef.h>
+#include <stdint.h>
 
 #include "operations/c/predselect.h"
 
@@ -39,6 +40,8 @@ PLACE(predselect_table_options, n_levels, 5);
 PLACE(predselect_run_options, struct_size, 0);
 PLACE(predselect_run_options, state_path, 1);
 PLACE(predselect_run_options, results_folder, 2);
+PLACE(predselect_run_options, memory, 3);
+SAME(PREDSELECT_MEMORY_AUTO, SIZE_MAX);
 
 PLACE(predselect_score_options, struct_size, 0);
 PLACE(predselect_score_options, predicted, 1);

@@ -1,0 +1,62 @@
+#include "backend/predselect/drivers/PRSBinnedInformation.h"
+
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include "backend/predselect/drivers/PRSBinnedCases.h"
+#include "backend/predselect/specifications/PRSValidSpecs.h"
+#include "common/MissingValue.h"
+#include "feature/FSFactory.h"
+#include "feature/FSSettings.h"
+#include "feature/IFSAlgorithm.h"
+#include "host/cases/UAInputAdapter.h"
+#include "host/cases/UAProcDataSourceIter.h"
+#include "host/cases/UAVarValidSpecs.h"
+
+PRSBinnedInformation::PRSBinnedInformation(const PRSValidSpecs& specs,
+                                           const IFSAlgorithm& algorithm,
+                                           const UAInputAdapter& adapter,
+                                           UAProcDataSourceIter& source)
+    : fSpecs(specs), fAlgorithm(algorithm), fAdapter(adapter), fSource(source) {}
+
+MCFeature::MCStatus PRSBinnedInformation::AddTo(std::vector<PRSEffect>& effects) const {
+  std::vector<FSEffect*> lacking;
+  PRSBinnedCases cases(fSource);
+  const FSSettings& settings = *fAlgorithm.GetSettings();
+  AddColumn(cases, fSpecs.GetDependVar(), settings.IsCatTarget());
+  const int weight = settings.GetWeightPosition();
+  if (weight >= 0) cases.AddColumn(static_cast<std::size_t>(weight), std::nullopt);
+  for (PRSEffect& effect : effects) {
+    if (!MCMV::IsMissing(effect.fEffect.fInformation)) continue;
+    const auto place = static_cast<std::size_t>(effect.fPredictor);
+    AddColumn(cases, (*fSpecs.GetPredListPtr())[place], settings.IsCatPredictor(effect.fPredictor));
+    lacking.push_back(&effect.fEffect);
+  }
+  // A stream that cannot be read again says why itself.
+  if (lacking.empty() || !fSource.NewPass()) return {};
+  FSSettings binned(std::vector<bool>(lacking.size(), true), true);
+  binned.SetTargetPosition(0);
+  if (weight >= 0) binned.SetWeightPosition(1);
+  binned.SetWeightToFreq(settings.GetWeightToFreq());
+  binned.SetCancelPointer(settings.GetCancelPointer());
+  binned.SetProgressListener(settings.GetProgressListener());
+  binned.SetNSkippedRecordReports(settings.GetNSkippedRecordReports());
+  const std::unique_ptr<IFSAlgorithm> counts = FSFactory().CreateFSAlgorithm(&binned);
+  const MCFeature::MCStatus status = counts->Accumulate(cases, -1);
+  for (std::size_t i = 0; i < lacking.size() && !status.IsError(); ++i) {
+    lacking[i]->fInformation =
+        counts->GetPredictorEffect(MCFSCommon::kPearson, static_cast<int>(i)).fInformation;
+  }
+  return status;
+}
+
+void PRSBinnedInformation::AddColumn(PRSBinnedCases& cases, int kovaVar, bool categorical) const {
+  const int position = fSpecs.GetVarValidSpecsPtr()->GetRecVarIndex(kovaVar);
+  std::optional<NBBinningEncoder> bins;
+  if (!categorical) {
+    bins.emplace(fAdapter.GetContMinValue(kovaVar), fAdapter.GetContMaxValue(kovaVar),
+                 PRSMultiCriteria().fBins);
+  }
+  cases.AddColumn(static_cast<std::size_t>(position), std::move(bins));
+}

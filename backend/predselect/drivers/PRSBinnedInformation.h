@@ -1,0 +1,37 @@
+// The mutual information of predictors where they or the target are scale: from the joint counts of
+// categories and bins, taken in a pass of its own over the same cases, as many bins as the Naive
+// Bayes engine makes unless told otherwise.
+//
+// The first pass cannot count bins, since it is the one that finds the range; and it need not be
+// burdened with what most commands do not ask for.
+#pragma once
+
+#include <vector>
+
+#include "backend/predselect/drivers/PRSEffects.h"
+#include "feature/MCStatus.h"
+
+class IFSAlgorithm;
+class PRSBinnedCases;
+class PRSValidSpecs;
+class UAInputAdapter;
+class UAProcDataSourceIter;
+
+class PRSBinnedInformation {
+ public:
+  // All borrowed; the stream has come to its end.
+  PRSBinnedInformation(const PRSValidSpecs& specs, const IFSAlgorithm& algorithm,
+                       const UAInputAdapter& adapter, UAProcDataSourceIter& source);
+
+  // Fills in what the effects lack, without a pass when that is nothing. An error when the pass was
+  // cancelled; a failure to read is the stream's.
+  [[nodiscard]] MCFeature::MCStatus AddTo(std::vector<PRSEffect>& effects) const;
+
+ private:
+  void AddColumn(PRSBinnedCases& cases, int kovaVar, bool categorical) const;
+
+  const PRSValidSpecs& fSpecs;
+  const IFSAlgorithm& fAlgorithm;
+  const UAInputAdapter& fAdapter;
+  UAProcDataSourceIter& fSource;
+};

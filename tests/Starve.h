@@ -1,0 +1,25 @@
+// Memory that runs out at any place of a call. The program that links Starve.cpp allocates through
+// its operators.
+#pragma once
+
+#include <functional>
+
+namespace MCTest {
+
+// Makes the call with room for 0, 1, 2, ... allocations on this thread, in growing steps, until
+// none is refused; after each, `check(refused)` looks at what became of it, with memory again.
+void Starve(const std::function<void()>& call, const std::function<void(bool refused)>& check);
+
+// Gives memory again as long as it lives.
+class Plenty {
+ public:
+  Plenty();
+  ~Plenty();
+  Plenty(const Plenty&) = delete;
+  Plenty& operator=(const Plenty&) = delete;
+
+ private:
+  long fRoom;
+};
+
+}  // namespace MCTest

@@ -1,0 +1,215 @@
+// Memory that runs out at any place of an operation: a status, never an exception.
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <functional>
+#include <new>
+#include <sstream>
+
+#include "naivebayes/NBAlgorithm.h"
+#include "naivebayes/NBFactory.h"
+#include "naivebayes/model/NBScoredBlock.h"
+#include "tests/naivebayes/TestRecords.h"
+
+namespace {
+
+thread_local long gAllocationsLeft = -1;  // before they fail; negative: none does
+thread_local bool gbRefused = false;      // one has failed
+
+}  // namespace
+
+// Out of line: GCC doubts pairs of malloc and delete that it has pulled apart by inlining.
+[[gnu::noinline]] void* operator new(std::size_t size) {
+  if (gAllocationsLeft == 0) {
+    gbRefused = true;
+    throw std::bad_alloc();
+  }
+  if (gAllocationsLeft > 0) --gAllocationsLeft;
+  void* memory = std::malloc(size);
+  if (memory == nullptr) throw std::bad_alloc();
+  return memory;
+}
+[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  try {
+    return operator new(size);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+
+namespace {
+
+using MCCommon::Record;
+using nbtest::RandomData;
+using nbtest::TestRecords;
+
+using Component = std::unique_ptr<INBAlgorithm>;
+using Operation = std::function<MCNaive::MCStatus(INBAlgorithm&)>;
+
+constexpr int kCases = 40;
+
+Component MakeComponent(bool selects, bool inMemory) {
+  NaiveBayesSettings settings;
+  settings.SetMaxRecordsInMemory(inMemory ? 1000 : 1);
+  settings.SetSampleSize4SimData(20);
+  NBVarList list = RandomData::MakeList(selects ? std::vector<int>{0} : std::vector<int>{0, 1, 5});
+  return NBFactory().CreateNBAlgorithm(settings, list);
+}
+
+// Runs the operation on fresh components with room for 0, 1, 2, ... allocations until none is
+// refused. Where one was, the status says so, and sticks if the operation changes the component.
+void Starve(const char* name, const std::function<Component()>& make, const Operation& operation,
+            bool changes) {
+  gbRefused = true;
+  for (long room = 0; gbRefused; room += 1 + room / 40) {
+    const Component component = make();
+    gbRefused = false;
+    gAllocationsLeft = room;
+    MCNaive::MCStatus status;
+    EXPECT_NO_THROW(status = operation(*component)) << name << ' ' << room;
+    gAllocationsLeft = -1;
+    ASSERT_EQ(status.IsError(), gbRefused) << name << ' ' << room;
+    if (!gbRefused) break;
+    EXPECT_EQ(status, MCNaive::Error(MCNaive::kNoMemory)) << name << ' ' << room;
+    EXPECT_EQ(component->GetStatus().IsError(), changes) << name << ' ' << room;
+    EXPECT_FALSE(changes && component->IsModelBuilt()) << name;
+  }
+}
+
+TEST(Memory, MayRunOutAnywhereInAnOperation) {
+  TestRecords data(RandomData::Make(kCases, 1)), test(RandomData::Make(kCases, 2));
+  const Record full = data.All()[0];
+  Record inputs(3);
+  NBOutput output(RandomData::kClasses);
+  const auto fresh = [] { return MakeComponent(false, true); };
+  const auto selecting = [] { return MakeComponent(true, true); };
+  const auto filing = [] { return MakeComponent(true, false); };
+  const auto built = [&data] {
+    Component component = MakeComponent(false, true);
+    data.NewPass();
+    EXPECT_FALSE(component->BuildModel(data, kCases).IsError());
+    return component;
+  };
+  const Component other = built();
+  const auto select = [&](bool tests) {
+    return [&data, &test, tests](INBAlgorithm& component) {
+      NBSelectionResult result;
+      data.NewPass();
+      return component.SelectAttributes(
+          {.fData = data, .fNRecords = kCases, .fpTest = tests ? &test : nullptr}, result);
+    };
+  };
+  const auto block = [&data]() -> const MCCommon::RecordBlock& {
+    data.NewPass();
+    return data.NextBlock(kCases);
+  };
+  const struct {
+    const char* fName;
+    std::function<Component()> fMake;
+    bool fbChanges;
+    Operation fOperation;
+  } cases[] = {
+      {"build", fresh, true,
+       [&](auto& c) {
+         data.NewPass();
+         return c.BuildModel(data, kCases);
+       }},
+      {"update", fresh, true,
+       [&](auto& c) {
+         data.NewPass();
+         return c.Update(data, kCases);
+       }},
+      {"merge", built, true, [&](auto& c) { return c.MergeModel(other.get(), true); }},
+      {"select", selecting, true, select(false)},
+      {"select by test data", selecting, true, select(true)},
+      {"select from a file", filing, true, select(false)},
+      {"score", built, false, [&](auto& c) { return c.Score(inputs, output); }},
+      {"score full", built, false, [&](auto& c) { return c.ScoreFullRecord(full, output); }},
+      {"accumulate", built, true, [&](auto& c) { return c.ScoreAndAccum(full, output, true); }},
+      {"block", built, false,
+       [&](auto& c) {
+         NBScoredBlock scored;
+         return c.ScoreBlock(block(), scored);
+       }},
+      {"accumulate block", built, true,
+       [&](auto& c) {
+         NBScoredBlock scored;
+         const long room = std::exchange(gAllocationsLeft, -1);
+         const std::vector<char> flags(kCases, 1);
+         gAllocationsLeft = room;
+         return c.ScoreAndAccumBlock(block(), scored, flags);
+       }},
+      {"statistics", built, false,
+       [&](auto& c) {
+         const long room = std::exchange(gAllocationsLeft, -1);
+         NBOutputStatistics stats(RandomData::kClasses);
+         gAllocationsLeft = room;
+         data.NewPass();
+         return c.ComputeOutputStats(data, stats, -1);
+       }},
+  };
+  for (const auto& c : cases) Starve(c.fName, c.fMake, c.fOperation, c.fbChanges);
+}
+
+// What a stream lacks memory for leaves the stream failed; what the component lacks it for is told.
+TEST(Memory, MayRunOutInFactoryAndDocuments) {
+  TestRecords data(RandomData::Make(kCases, 1));
+  const Component component = MakeComponent(false, true);
+  ASSERT_FALSE(component->BuildModel(data, kCases).IsError());
+  const std::string path = testing::TempDir() + "memory_test.state";
+  const std::function<MCNaive::MCStatus()> cases[] = {
+      [&] {
+        NaiveBayesSettings settings;
+        const long room = std::exchange(gAllocationsLeft, -1);
+        NBVarList list = RandomData::MakeList({0});
+        gAllocationsLeft = room;
+        NBFactory factory;
+        const bool isMade = factory.CreateNBAlgorithm(settings, list) != nullptr;
+        EXPECT_EQ(isMade, factory.GetStatus().IsOK());
+        return factory.GetStatus();
+      },
+      [&] {
+        std::ostringstream os;
+        const MCNaive::MCStatus status = component->ExportModelXML(os, nullptr);
+        return status.IsOK() && os.fail() ? MCNaive::Error(MCNaive::kNoMemory) : status;
+      },
+      [&] {
+        std::ostringstream os;
+        return component->SaveStateXML(os);
+      },
+      [&] {
+        const long room = std::exchange(gAllocationsLeft, -1);
+        std::fstream os(path, std::ios::out | std::ios::binary);
+        gAllocationsLeft = room;
+        const MCNaive::MCStatus status = component->SaveState(os);
+        gAllocationsLeft = -1;
+        return status;
+      },
+      [&] {
+        EXPECT_TRUE(component->GetComponentVersion().empty() == gbRefused);
+        return gbRefused ? MCNaive::Error(MCNaive::kNoMemory) : MCNaive::MCStatus();
+      },
+  };
+  for (const auto& operation : cases) {
+    const auto place = &operation - cases;
+    gbRefused = true;
+    for (long room = 0; gbRefused; room += 1 + room / 40) {
+      gbRefused = false;
+      gAllocationsLeft = room;
+      MCNaive::MCStatus status;
+      EXPECT_NO_THROW(status = operation()) << place << ' ' << room;
+      gAllocationsLeft = -1;
+      ASSERT_EQ(status.IsError(), gbRefused) << place << ' ' << room;
+      const bool isTold = status.GetErrorCode() == MCNaive::kNoMemory ||
+                          status.GetErrorCode() == MCNaive::kNotSaved;
+      EXPECT_TRUE(!gbRefused || isTold) << place << ' ' << status.GetErrorCode();
+    }
+    EXPECT_TRUE(component->GetStatus().IsOK());
+  }
+  std::remove(path.c_str());
+}
+
+}  // namespace
