@@ -124,8 +124,9 @@ class BinaryStateReader {
 
   // Reads the tag.
   BinaryStateReader(std::fstream& is, StateName name);
-  // The same for a class of several versions: finds out which one is there.
-  BinaryStateReader(std::fstream& is, std::span<const StateName> versions);
+  // Reads that of the form which the object has, of the forms of one class.
+  BinaryStateReader(std::fstream& is, std::span<const StateName> forms);
+  std::size_t GetForm() const { return fForm; }
 
   template <class T>
   void Int(T& value) {
@@ -157,8 +158,6 @@ class BinaryStateReader {
   }
   // Which of the names the next object has, by position.
   std::size_t Which(std::span<const StateName> names);
-  // Which of several versions this object is, by position.
-  std::size_t GetVersion() const { return fVersion; }
   // Fails unless the value that was read makes sense.
   void Check(bool valid) const {
     if (!valid) Fail();
@@ -175,11 +174,9 @@ class BinaryStateReader {
   std::size_t Count(int bytesPerElement);
   [[noreturn]] void Fail() const;
 
-  void ReadTag(const std::string& expected);
-
   std::fstream& fIs;
   StateName fName;
-  std::size_t fVersion = 0;
+  std::size_t fForm = 0;
   std::int64_t fBytes = 0;
 };
 
@@ -188,7 +185,8 @@ class XMLStateReader {
   static constexpr bool kReading = true;
 
   XMLStateReader(std::ifstream& is, StateName name);
-  XMLStateReader(std::ifstream& is, std::span<const StateName> versions);
+  XMLStateReader(std::ifstream& is, std::span<const StateName> forms);
+  std::size_t GetForm() const { return fForm; }
 
   template <class T>
   void Int(T& value) {
@@ -214,7 +212,6 @@ class XMLStateReader {
     object.ReadObjectXML(fIs);
   }
   std::size_t Which(std::span<const StateName> names);
-  std::size_t GetVersion() const { return fVersion; }
   void Check(bool valid) const {
     if (!valid) Fail();
   }
@@ -228,7 +225,7 @@ class XMLStateReader {
 
   std::ifstream& fIs;
   StateName fName;
-  std::size_t fVersion = 0;
+  std::size_t fForm = 0;
 };
 
 // Defines the four operations of a class that has Fields. They return the bytes of the binary form.
@@ -255,4 +252,32 @@ class XMLStateReader {
     XMLStateReader archive(is, k##Class);                          \
     Fields(archive, *this);                                        \
     archive.Finish();                                              \
+  }
+
+// The same of a class that has grown: Fields(archive, self, grown), and IsGrown() says whether an
+// object holds what only the newer form tells. Others are written as ever, so that older readers
+// know them.
+#define MC_STATE_OPERATIONS_OF_TWO_FORMS(Class, tag, element, newTag, newElement)      \
+  namespace {                                                                          \
+  const StateName k##Class[] = {{#Class, tag, element}, {#Class, newTag, newElement}}; \
+  }                                                                                    \
+  int Class::WriteObject(std::fstream& os) const {                                     \
+    BinaryStateWriter archive(os, k##Class[IsGrown() ? 1 : 0]);                        \
+    Fields(archive, *this, IsGrown());                                                 \
+    return archive.Finish();                                                           \
+  }                                                                                    \
+  int Class::ReadObject(std::fstream& is) {                                            \
+    BinaryStateReader archive(is, k##Class);                                           \
+    Fields(archive, *this, archive.GetForm() == 1);                                    \
+    return archive.Finish();                                                           \
+  }                                                                                    \
+  void Class::WriteObjectXML(std::ostream& os, int indent) const {                     \
+    XMLStateWriter archive(os, k##Class[IsGrown() ? 1 : 0], indent);                   \
+    Fields(archive, *this, IsGrown());                                                 \
+    archive.Finish();                                                                  \
+  }                                                                                    \
+  void Class::ReadObjectXML(std::ifstream& is) {                                       \
+    XMLStateReader archive(is, k##Class);                                              \
+    Fields(archive, *this, archive.GetForm() == 1);                                    \
+    archive.Finish();                                                                  \
   }

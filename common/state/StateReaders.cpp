@@ -32,18 +32,15 @@ std::int64_t BytesFrom(std::istream& is, bool fromHere) {
 
 BinaryStateReader::BinaryStateReader(std::fstream& is, StateName name)
     : fIs(is), fName(std::move(name)) {
-  ReadTag(fName.fTag);
-}
-
-BinaryStateReader::BinaryStateReader(std::fstream& is, std::span<const StateName> versions)
-    : fIs(is), fName(versions.front()), fVersion(Which(versions)) {
-  ReadTag(versions[fVersion].fTag);
-}
-
-void BinaryStateReader::ReadTag(const std::string& expected) {
-  std::string tag(expected.size(), '\0');
+  std::string tag(fName.fTag.size(), '\0');
   Bytes(tag.data(), tag.size());
-  Check(tag == expected);
+  Check(tag == fName.fTag);
+}
+
+BinaryStateReader::BinaryStateReader(std::fstream& is, std::span<const StateName> forms)
+    : fIs(is), fName(forms.front()), fForm(Which(forms)) {
+  std::string tag(forms[fForm].fTag.size(), '\0');
+  Bytes(tag.data(), tag.size());
 }
 
 void BinaryStateReader::Flag(bool& value) {
@@ -107,9 +104,9 @@ XMLStateReader::XMLStateReader(std::ifstream& is, StateName name)
   Check(MCCommonXML::ParseStartObj(fIs, fName.fElement));
 }
 
-XMLStateReader::XMLStateReader(std::ifstream& is, std::span<const StateName> versions)
-    : fIs(is), fName(versions.front()), fVersion(Which(versions)) {
-  Check(MCCommonXML::ParseStartObj(fIs, versions[fVersion].fElement));
+XMLStateReader::XMLStateReader(std::ifstream& is, std::span<const StateName> forms)
+    : fIs(is), fName(forms.front()), fForm(Which(forms)) {
+  Check(MCCommonXML::ParseStartObj(fIs, forms[fForm].fElement));
 }
 
 std::int64_t XMLStateReader::Integer() {

@@ -1,5 +1,7 @@
 #include "feature/accumulators/FSCatPContTAccum.h"
 
+#include <cmath>
+
 #include "feature/FSCriterion.h"
 #include "feature/accumulators/FSDisplay.h"
 #include "feature/accumulators/FSScreening.h"
@@ -9,10 +11,17 @@
 
 inline void FSCatPContTAccum::Add(FSPredictorState& state, int predictor, double target,
                                   double share, double weight) {
+  if (const int by = fScale.FitFor(target); by != 0) Coarsen(by);
+  const double value = fScale(target);
   fPredictorCounts.IncrementByFreq(predictor, weight);
-  fTargetByCategory.Accumulate(predictor, target, weight);
-  fTargetMean += share * (target - fTargetMean);
+  fTargetByCategory.Accumulate(predictor, value, weight);
+  fTargetMean += share * (value - fTargetMean);
   state.AddValid(predictor, weight);
+}
+
+void FSCatPContTAccum::Coarsen(int by) {
+  fTargetMean = std::ldexp(fTargetMean, -by);
+  fTargetByCategory.Coarsen(by);
 }
 
 void FSCatPContTAccum::AddCase(double predictor, double target, double weight, bool) {
@@ -35,11 +44,14 @@ void FSCatPContTAccum::AddBlock(const double* predictor, const FSCaseBlock& case
 void FSCatPContTAccum::Merge(const IFSPredTargetAccum& accumulator, const FSRecode& predictor,
                              const FSRecode&) {
   const auto& other = static_cast<const FSCatPContTAccum&>(accumulator);
-  fTargetMean = FSMeanOfParts(fTargetMean, fState.GetValidWeight(), other.fTargetMean,
-                              other.fState.GetValidWeight());
+  if (const int by = fScale.FitFor(other.fScale); by != 0) Coarsen(by);
+  const int coarser = fScale.GetExponent() - other.fScale.GetExponent();
+  fTargetMean =
+      FSMeanOfParts(fTargetMean, fState.GetValidWeight(), std::ldexp(other.fTargetMean, -coarser),
+                    other.fState.GetValidWeight());
   fState.Merge(other.fState, FSFirstCategory(other.fState, predictor));
   fPredictorCounts.Merge(other.fPredictorCounts, predictor);
-  fTargetByCategory.Merge(other.fTargetByCategory, predictor);
+  fTargetByCategory.Merge(other.fTargetByCategory, predictor, coarser);
 }
 
 std::size_t FSCatPContTAccum::CheckAllReasons(const FSSettings* settings,
@@ -67,7 +79,7 @@ FSEffect FSCatPContTAccum::ComputeEffect(MCFSCommon::RankCriteria) const {
 
 void FSCatPContTAccum::Display(std::ostream& out) const {
   FSDisplay::State(out, "FSCatPContTAccum", fState);
-  FSDisplay::Value(out, "Target mean", fTargetMean);
+  FSDisplay::Value(out, "Target mean", fScale.Back(fTargetMean));
   FSDisplay::Entries(out, "Predictor categories", fPredictorCounts);
   FSDisplay::Entries(out, "Target by predictor category", fTargetByCategory);
 }

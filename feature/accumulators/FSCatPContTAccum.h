@@ -4,6 +4,7 @@
 #include "feature/accumulators/FSMapIStat.h"
 #include "feature/accumulators/FSMaps.h"
 #include "feature/accumulators/FSPredictorState.h"
+#include "feature/accumulators/FSScale.h"
 #include "feature/accumulators/IFSPredTargetAccum.h"
 
 class FSCatPContTAccum : public IFSPredTargetAccum {
@@ -32,11 +33,14 @@ class FSCatPContTAccum : public IFSPredTargetAccum {
 
  private:
   template <class Archive, class Self>
-  static void Fields(Archive& archive, Self& self);
+  static void Fields(Archive& archive, Self& self, bool grown);
+  bool IsGrown() const { return fScale.GetExponent() != 0; }
+  void Coarsen(int by);
   // `share` is weight / (valid weight before + weight).
   void Add(FSPredictorState& state, int predictor, double target, double share, double weight);
 
   FSPredictorState fState{FSPredictorState::kNoCategory};
+  FSScale fScale;            // of the target: its moments are in units of it
   double fTargetMean = 0.0;  // over the cases valid on this predictor
   FSMapICnt fPredictorCounts;
   FSMapIStat fTargetByCategory;

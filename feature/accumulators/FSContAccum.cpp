@@ -8,11 +8,17 @@
 #include "feature/accumulators/FSWalkBlock.h"
 
 inline void FSContAccum::Add(FSPredictorState& state, double predictor, double weight) {
+  if (const int by = fScale.FitFor(predictor); by != 0) Coarsen(by);
   const double before = state.GetValidWeight();
-  const double step = FSMeanStep(predictor, fMean, before, weight);
+  const double step = FSMeanStep(fScale(predictor), fMean, before, weight);
   fMean += step;
   fSquaredDeviations += FSDeviationStep(step, step, before, weight);
   state.AddValid(predictor, weight);
+}
+
+void FSContAccum::Coarsen(int by) {
+  fMean = std::ldexp(fMean, -by);
+  fSquaredDeviations = std::ldexp(fSquaredDeviations, -2 * by);
 }
 
 void FSContAccum::AddMissing(double weight) {
@@ -35,7 +41,9 @@ void FSContAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
 }
 
 void FSContAccum::Merge(const IFSPredTargetAccum& accumulator, const FSRecode&, const FSRecode&) {
-  const auto& other = static_cast<const FSContAccum&>(accumulator);
+  FSContAccum other = static_cast<const FSContAccum&>(accumulator);
+  Coarsen(fScale.FitFor(other.fScale));
+  other.Coarsen(fScale.GetExponent() - other.fScale.GetExponent());
   const double weight = fState.GetValidWeight();
   const double otherWeight = other.fState.GetValidWeight();
   const double distance = other.fMean - fMean;
@@ -48,7 +56,8 @@ void FSContAccum::Merge(const IFSPredTargetAccum& accumulator, const FSRecode&, 
 std::size_t FSContAccum::CheckAllReasons(const FSSettings* settings,
                                          std::vector<int>& reasons) const {
   reasons.clear();
-  FSScreening::CheckContinuous(*settings, fState, fMean, std::sqrt(fVariance), reasons);
+  FSScreening::CheckContinuous(*settings, fState, fScale.Back(fMean),
+                               fScale.Back(std::sqrt(fVariance)), reasons);
   return reasons.size();
 }
 
@@ -58,7 +67,7 @@ void FSContAccum::ComputeVariances() {
 
 void FSContAccum::Display(std::ostream& out) const {
   FSDisplay::State(out, "FSContAccum", fState);
-  FSDisplay::Value(out, "Mean", fMean);
-  FSDisplay::Value(out, "Squared deviations", fSquaredDeviations);
-  FSDisplay::Value(out, "Variance", fVariance);
+  FSDisplay::Value(out, "Mean", fScale.Back(fMean));
+  FSDisplay::Value(out, "Squared deviations", fScale.BackSquared(fSquaredDeviations));
+  FSDisplay::Value(out, "Variance", fScale.BackSquared(fVariance));
 }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "feature/accumulators/FSPredictorState.h"
+#include "feature/accumulators/FSScale.h"
 #include "feature/accumulators/IFSPredTargetAccum.h"
 
 class FSContAccum : public IFSPredTargetAccum {
@@ -30,10 +31,13 @@ class FSContAccum : public IFSPredTargetAccum {
 
  private:
   template <class Archive, class Self>
-  static void Fields(Archive& archive, Self& self);
+  static void Fields(Archive& archive, Self& self, bool grown);
+  bool IsGrown() const { return fScale.GetExponent() != 0; }
   void Add(FSPredictorState& state, double predictor, double weight);
+  void Coarsen(int by);
 
   FSPredictorState fState{FSPredictorState::kNoNumber};
+  FSScale fScale;  // of the predictor: its moments are in units of it
   double fMean = 0.0;
   double fSquaredDeviations = 0.0;
   double fVariance = 0.0;

@@ -11,9 +11,16 @@
 
 inline void FSContPCatTAccum::Add(FSPredictorState& state, double predictor, int target,
                                   double share, double weight) {
-  fPredictorByTarget.Accumulate(target, predictor, weight);
-  fMean += share * (predictor - fMean);
+  if (const int by = fScale.FitFor(predictor); by != 0) Coarsen(by);
+  const double value = fScale(predictor);
+  fPredictorByTarget.Accumulate(target, value, weight);
+  fMean += share * (value - fMean);
   state.AddValid(predictor, weight);
+}
+
+void FSContPCatTAccum::Coarsen(int by) {
+  fMean = std::ldexp(fMean, -by);
+  fPredictorByTarget.Coarsen(by);
 }
 
 void FSContPCatTAccum::AddCase(double predictor, double target, double weight, bool) {
@@ -37,9 +44,12 @@ void FSContPCatTAccum::AddBlock(const double* predictor, const FSCaseBlock& case
 void FSContPCatTAccum::Merge(const IFSPredTargetAccum& accumulator, const FSRecode&,
                              const FSRecode& target) {
   const auto& other = static_cast<const FSContPCatTAccum&>(accumulator);
-  fMean = FSMeanOfParts(fMean, fState.GetValidWeight(), other.fMean, other.fState.GetValidWeight());
+  if (const int by = fScale.FitFor(other.fScale); by != 0) Coarsen(by);
+  const int coarser = fScale.GetExponent() - other.fScale.GetExponent();
+  fMean = FSMeanOfParts(fMean, fState.GetValidWeight(), std::ldexp(other.fMean, -coarser),
+                        other.fState.GetValidWeight());
   fState.Merge(other.fState, other.fState.GetFirst());
-  fPredictorByTarget.Merge(other.fPredictorByTarget, target);
+  fPredictorByTarget.Merge(other.fPredictorByTarget, target, coarser);
 }
 
 double FSContPCatTAccum::OverallStddev() const {
@@ -48,13 +58,13 @@ double FSContPCatTAccum::OverallStddev() const {
     const double deviation = group.fMean - fMean;
     sum += group.fSquaredDeviations + group.fWeight * deviation * deviation;
   }
-  return std::sqrt(FSVariance(sum, fState.GetValidWeight(), 0.0));
+  return fScale.Back(std::sqrt(FSVariance(sum, fState.GetValidWeight(), 0.0)));
 }
 
 std::size_t FSContPCatTAccum::CheckAllReasons(const FSSettings* settings,
                                               std::vector<int>& reasons) const {
   reasons.clear();
-  FSScreening::CheckContinuous(*settings, fState, fMean, OverallStddev(), reasons);
+  FSScreening::CheckContinuous(*settings, fState, fScale.Back(fMean), OverallStddev(), reasons);
   return reasons.size();
 }
 
@@ -76,6 +86,6 @@ FSEffect FSContPCatTAccum::ComputeEffect(MCFSCommon::RankCriteria) const {
 
 void FSContPCatTAccum::Display(std::ostream& out) const {
   FSDisplay::State(out, "FSContPCatTAccum", fState);
-  FSDisplay::Value(out, "Mean", fMean);
+  FSDisplay::Value(out, "Mean", fScale.Back(fMean));
   FSDisplay::Entries(out, "Predictor by target category", fPredictorByTarget);
 }

@@ -3,6 +3,7 @@
 
 #include "feature/accumulators/FSMapIStat.h"
 #include "feature/accumulators/FSPredictorState.h"
+#include "feature/accumulators/FSScale.h"
 #include "feature/accumulators/IFSPredTargetAccum.h"
 
 class FSContPCatTAccum : public IFSPredTargetAccum {
@@ -30,7 +31,9 @@ class FSContPCatTAccum : public IFSPredTargetAccum {
 
  private:
   template <class Archive, class Self>
-  static void Fields(Archive& archive, Self& self);
+  static void Fields(Archive& archive, Self& self, bool grown);
+  bool IsGrown() const { return fScale.GetExponent() != 0; }
+  void Coarsen(int by);
   // `share` is weight / (valid weight before + weight).
   void Add(FSPredictorState& state, double predictor, int target, double share, double weight);
 
@@ -39,6 +42,7 @@ class FSContPCatTAccum : public IFSPredTargetAccum {
   double OverallStddev() const;
 
   FSPredictorState fState{FSPredictorState::kNoNumber};
+  FSScale fScale;  // of the predictor: its moments are in units of it
   double fMean = 0.0;
   FSMapIStat fPredictorByTarget;
 };

@@ -3,6 +3,7 @@
 
 #include "common/MissingValue.h"
 #include "feature/accumulators/FSPredictorState.h"
+#include "feature/accumulators/FSScale.h"
 #include "feature/accumulators/IFSPredTargetAccum.h"
 
 class FSContPContTAccum : public IFSPredTargetAccum {
@@ -17,7 +18,8 @@ class FSContPContTAccum : public IFSPredTargetAccum {
   void Merge(const IFSPredTargetAccum& other, const FSRecode& predictor,
              const FSRecode& target) override;
   // Variances are 0 where the valid weight is not above 1; the correlation is missing there, and
-  // where either variance is not positive.
+  // where either variance is not positive. It is 1 or -1, exactly, where rounding may be all that
+  // keeps it from being so.
   void ComputeVariances() override;
   FSScores ComputeScores(const MCFSCommon::CriteriaSet& wanted) const override;
   MCCommon::LeakTraits GetLeakTraits() const override;
@@ -32,7 +34,8 @@ class FSContPContTAccum : public IFSPredTargetAccum {
 
  private:
   template <class Archive, class Self>
-  static void Fields(Archive& archive, Self& self);
+  static void Fields(Archive& archive, Self& self, bool grown);
+  bool IsGrown() const { return fScaleX.GetExponent() != 0 || fScaleY.GetExponent() != 0; }
   // Weighted means, squared deviations and cross deviations of predictor (x) and target (y).
   struct Moments {
     double fMeanX = 0.0;
@@ -44,9 +47,17 @@ class FSContPContTAccum : public IFSPredTargetAccum {
     // `share` is weight / (before + weight), `before` the valid weight before the case.
     void Add(double x, double y, double share, double before, double weight);
     void Merge(const Moments& other, double weight, double otherWeight);
+    // Turns the moments into those of x divided by 2^byX and y divided by 2^byY.
+    void Coarsen(int byX, int byY);
   };
 
+  void Add(FSPredictorState& state, Moments& moments, double x, double y, double share,
+           double weight);
+  double Correlation(double total) const;
+
   FSPredictorState fState{FSPredictorState::kNoNumber};
+  FSScale fScaleX;  // the moments are in units of these
+  FSScale fScaleY;
   Moments fMoments;
   double fPredictorVariance = MCMV::gMissingValue;
   double fTargetVariance = MCMV::gMissingValue;

@@ -1,6 +1,7 @@
 // Weight, mean, squared deviations and variance of a value per category, in category order.
 #pragma once
 
+#include <cmath>
 #include <iosfwd>
 
 #include "feature/accumulators/FSMoments.h"
@@ -12,6 +13,12 @@ struct FSGroupStats {
   double fMean = 0.0;
   double fSquaredDeviations = 0.0;
   double fVariance = 0.0;
+
+  // Turns the moments of values into those of values divided by 2^by.
+  void Coarsen(int by) {
+    fMean = std::ldexp(fMean, -by);
+    fSquaredDeviations = std::ldexp(fSquaredDeviations, -2 * by);
+  }
 
   // Takes a value x with weight w > 0.
   void Add(double x, double w) {
@@ -50,12 +57,19 @@ class FSMapIStat : public FSSortedMap<int, FSGroupStats> {
     return found;
   }
 
-  // Takes in the groups of another part of the data.
-  void Merge(const FSMapIStat& other, const FSRecode& recode) {
+  // Takes in the groups of another part of the data, of values that are to be divided by 2^coarser.
+  void Merge(const FSMapIStat& other, const FSRecode& recode, int coarser) {
     for (const auto& [key, group] : other) {
       const auto at = Place(recode(key), stats()).first;
-      ValueAt(at) = FSTogether(ValueAt(at), group);
+      stats theirs = group;
+      theirs.Coarsen(coarser);
+      ValueAt(at) = FSTogether(ValueAt(at), theirs);
     }
+  }
+
+  // Of values divided by 2^by.
+  void Coarsen(int by) {
+    for (Entry& entry : Entries()) entry.second.Coarsen(by);
   }
 
   // Squared deviations / (weight - 1) for every category, 0 where the weight is not above 1.

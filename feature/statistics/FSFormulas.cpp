@@ -1,5 +1,6 @@
 #include "feature/statistics/FSFormulas.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "feature/distributions/FSDistFun.h"
@@ -87,15 +88,19 @@ FSScore AnovaAmongTables(const FSGroupedValues& values) {
 }
 
 FSScore CorrelationTest(const FSCorrelation& correlation) {
-  const double r = correlation.fR;
   const double df = correlation.fTotal - 2.0;
   FSScore score;
   score.fExtra3 = df;
-  if (MCMV::IsMissing(r)) return score;
+  if (MCMV::IsMissing(correlation.fR)) return score;
+  const double r = std::clamp(correlation.fR, -1.0, 1.0);
   score.fTie1 = r * r;
   score.fTie2 = correlation.fTotal;
   score.fExtra1 = r;
-  if (!(r * r < 1.0 && df >= 0.0)) {
+  if (df == 0.0) {
+    score.fExtra2 = 0.0;  // two cases lie on a line, whatever they are: no p-value
+    return score;
+  }
+  if (!(r * r < 1.0 && df > 0.0)) {
     score.fValue = 0.0;
     score.fTest = {FSSignificance::kT, HUGE_VAL, df};
     return score;

@@ -43,7 +43,7 @@ FSScore Anova(const FSGroupedValues& values);
 FSScore AnovaAmongTables(const FSGroupedValues& values);
 
 // Two-sided t test of a correlation: p-value, r^2, N; r, t, N - 2. A correlation of one in size, or
-// N below 2, gives the p-value 0 and no t.
+// N below 2, gives the p-value 0 and no t; N = 2 gives t = 0 and no p-value.
 FSScore CorrelationTest(const FSCorrelation& correlation);
 
 }  // namespace FSFormulas

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "common/CompensatedSum.h"
 #include "common/MissingValue.h"
@@ -108,6 +109,14 @@ Anova OneWayAnova(const FSMapIStat& groups, double overallMean, double total) {
   result.fDf1 = k - 1.0;
   result.fDf2 = total - k;
   return result;
+}
+
+double PerfectFrom(double n, double squaredMeanX, double squaredMeanY) {
+  constexpr double kEpsilon = std::numeric_limits<double>::epsilon();
+  constexpr double kMost = 1e-10;
+  const double sums = kEpsilon * (8.0 + 4.0 * std::sqrt(n));
+  const double values = kEpsilon * kEpsilon * (squaredMeanX + squaredMeanY);
+  return std::min(sums + values, kMost);
 }
 
 double CorrelationT(double r, double df) { return r * std::sqrt(df / (1.0 - r * r)); }

@@ -25,6 +25,22 @@ bool HasKeysOf(const FSMapPiCnt& pairs, const FSMapICnt& rows, const FSMapICnt& 
   });
 }
 
+// Whether a value other than 0 is in the groups.
+bool IsAnyOff0(const FSMapIStat& groups) {
+  return std::any_of(groups.begin(), groups.end(), [](const auto& entry) {
+    return entry.second.fMean != 0.0 || entry.second.fSquaredDeviations != 0.0;
+  });
+}
+
+// The scale of a variable, of which some valid value was seen or none: its exponent, in the grown
+// form.
+template <class Archive, class Value>
+void Scale(Archive& archive, Value& scale, bool grown, bool any) {
+  int exponent = scale.GetExponent();
+  if (grown) StateRanged(archive, exponent, -1000, 1023);
+  if constexpr (Archive::kReading) scale = FSScale(exponent, any);
+}
+
 }  // namespace
 
 template <class Archive, class Self>
@@ -45,7 +61,7 @@ void FSCatPCatTAccum::Fields(Archive& archive, Self& self) {
 }
 
 template <class Archive, class Self>
-void FSCatPContTAccum::Fields(Archive& archive, Self& self) {
+void FSCatPContTAccum::Fields(Archive& archive, Self& self, bool grown) {
   FSPredictorState::Fields(archive, self.fState);
   archive.AnyDouble(self.fTargetMean);
   archive.Object(self.fPredictorCounts);
@@ -53,25 +69,28 @@ void FSCatPContTAccum::Fields(Archive& archive, Self& self) {
   if constexpr (Archive::kReading) {
     archive.Check(HasSameKeys(self.fPredictorCounts, self.fTargetByCategory));
   }
+  Scale(archive, self.fScale, grown, IsAnyOff0(self.fTargetByCategory));
 }
 
 template <class Archive, class Self>
-void FSContAccum::Fields(Archive& archive, Self& self) {
+void FSContAccum::Fields(Archive& archive, Self& self, bool grown) {
   FSPredictorState::Fields(archive, self.fState);
   archive.AnyDouble(self.fMean);
   FSState::Squares(archive, self.fSquaredDeviations);
   FSState::Squares(archive, self.fVariance);
+  Scale(archive, self.fScale, grown, self.fMean != 0.0 || self.fSquaredDeviations != 0.0);
 }
 
 template <class Archive, class Self>
-void FSContPCatTAccum::Fields(Archive& archive, Self& self) {
+void FSContPCatTAccum::Fields(Archive& archive, Self& self, bool grown) {
   FSPredictorState::Fields(archive, self.fState);
   archive.AnyDouble(self.fMean);
   archive.Object(self.fPredictorByTarget);
+  Scale(archive, self.fScale, grown, IsAnyOff0(self.fPredictorByTarget));
 }
 
 template <class Archive, class Self>
-void FSContPContTAccum::Fields(Archive& archive, Self& self) {
+void FSContPContTAccum::Fields(Archive& archive, Self& self, bool grown) {
   FSPredictorState::Fields(archive, self.fState);
   archive.AnyDouble(self.fMoments.fMeanX);
   FSState::Squares(archive, self.fMoments.fSxx);
@@ -81,12 +100,17 @@ void FSContPContTAccum::Fields(Archive& archive, Self& self) {
   archive.AnyDouble(self.fPredictorVariance);
   archive.AnyDouble(self.fTargetVariance);
   archive.AnyDouble(self.fCorrelation);
+  Scale(archive, self.fScaleX, grown, self.fMoments.fMeanX != 0.0 || self.fMoments.fSxx != 0.0);
+  Scale(archive, self.fScaleY, grown, self.fMoments.fMeanY != 0.0 || self.fMoments.fSyy != 0.0);
 }
 
 // Do not change a tag: saved components are found by it.
 MC_STATE_OPERATIONS(FSCatAccum, "CAPRE", "FSCatAccum")
 MC_STATE_OPERATIONS(FSCatPCatTAccum, "CAPRA", "FSCatPCatTAccum")
-MC_STATE_OPERATIONS(FSCatPContTAccum, "CAPCO", "FSCatPContTAccum")
-MC_STATE_OPERATIONS(FSContAccum, "COPRE", "FSContAccum")
-MC_STATE_OPERATIONS(FSContPCatTAccum, "COPRA", "FSContPCatTAccum")
-MC_STATE_OPERATIONS(FSContPContTAccum, "COPCO", "FSContPContTAccum")
+MC_STATE_OPERATIONS_OF_TWO_FORMS(FSCatPContTAccum, "CAPCO", "FSCatPContTAccum", "CACO2",
+                                 "FSCatPContTAccum 2")
+MC_STATE_OPERATIONS_OF_TWO_FORMS(FSContAccum, "COPRE", "FSContAccum", "COPE2", "FSContAccum 2")
+MC_STATE_OPERATIONS_OF_TWO_FORMS(FSContPCatTAccum, "COPRA", "FSContPCatTAccum", "COPA2",
+                                 "FSContPCatTAccum 2")
+MC_STATE_OPERATIONS_OF_TWO_FORMS(FSContPContTAccum, "COPCO", "FSContPContTAccum", "COCO2",
+                                 "FSContPContTAccum 2")

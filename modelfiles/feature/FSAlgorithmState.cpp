@@ -13,7 +13,8 @@
 using MCFeature::MCStatus;
 
 template <class Archive, class Self>
-void FSAlgorithm::Fields(Archive& archive, Self& self) {
+void FSAlgorithm::Fields(Archive& archive, Self& self, bool exact) {
+  if constexpr (Archive::kReading) self.fpSettings->SetExactPValues(exact);
   archive.Object(*self.fpSettings);
   archive.Object(self.fPredictors);
   archive.Flag(self.fbDataAccumulated);
@@ -24,44 +25,11 @@ void FSAlgorithm::Fields(Archive& archive, Self& self) {
   }
 }
 
-namespace {
+// A program that knows of no exact p-values refuses a state with them, instead of ranking by others.
+MC_STATE_OPERATIONS_OF_TWO_FORMS(FSAlgorithm, "FSAlgorithm 1.00", "FSAlgorithm 1.00",
+                                 "FSAlgorithm 1.01", "FSAlgorithm 1.01")
 
-// By whether p-values are exact. A state without them is as it always was, and a program that knows
-// of none refuses one with them instead of ranking by other p-values.
-const StateName kVersions[] = {{"FSAlgorithm", "FSAlgorithm 1.00", "FSAlgorithm 1.00"},
-                               {"FSAlgorithm", "FSAlgorithm 1.01", "FSAlgorithm 1.01"}};
-
-const StateName& VersionOf(const FSSettings& settings) {
-  return kVersions[settings.ArePValuesExact() ? 1 : 0];
-}
-
-}  // namespace
-
-int FSAlgorithm::WriteObject(std::fstream& os) const {
-  BinaryStateWriter archive(os, VersionOf(*fpSettings));
-  Fields(archive, *this);
-  return archive.Finish();
-}
-
-int FSAlgorithm::ReadObject(std::fstream& is) {
-  BinaryStateReader archive(is, kVersions);
-  fpSettings->SetExactPValues(archive.GetVersion() == 1);
-  Fields(archive, *this);
-  return archive.Finish();
-}
-
-void FSAlgorithm::WriteObjectXML(std::ostream& os, int indent) const {
-  XMLStateWriter archive(os, VersionOf(*fpSettings), indent);
-  Fields(archive, *this);
-  archive.Finish();
-}
-
-void FSAlgorithm::ReadObjectXML(std::ifstream& is) {
-  XMLStateReader archive(is, kVersions);
-  fpSettings->SetExactPValues(archive.GetVersion() == 1);
-  Fields(archive, *this);
-  archive.Finish();
-}
+bool FSAlgorithm::IsGrown() const { return fpSettings->ArePValuesExact(); }
 
 MCStatus FSAlgorithm::SaveState(std::fstream& out) const {
   const MCStatus status = StatusNow();

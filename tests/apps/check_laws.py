@@ -138,7 +138,9 @@ def is_complement(value):
 
 def differences(left, right, where="", absolute=False):
     """Every place where two documents are not the same."""
-    if isinstance(left, dict) and isinstance(right, dict) and left.keys() == right.keys():
+    if isinstance(left, dict) and isinstance(right, dict) and left.keys() != right.keys():
+        return [f"{where}: only one has {sorted(left.keys() ^ right.keys())}"]
+    if isinstance(left, dict) and isinstance(right, dict):
         absolute = absolute or is_complement(left)
         where += "/" + "+".join(map(str, left.get("row", []) + left.get("column", [])))
         return [line for key in left

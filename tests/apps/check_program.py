@@ -236,6 +236,31 @@ def law_the_whole_document_is_as_stored(program, _):
     assert not found, "\n".join(found[:20])
 
 
+def law_nothing_steers_the_terminal(program, folder):
+    """Control characters of names, files, commands and data reach neither stream, and JSON whole."""
+    evil = "a\x1b]0;b\x07\x9b31m\u202e"
+    (folder / "odd.csv").write_text(f"y,{evil}\n" + 9 * f"p,{evil}\nq,z\n", encoding="utf-8")
+    name = f"{evil}\nforged: line.csv"
+    (folder / name).write_text("y,y\n", encoding="utf-8")
+    ranking = f'SELECTPRED y BY "{evil}" /CRITERIA PCUTOFF=1'
+    for code, *arguments in (
+            (0, "run", "--data", "odd.csv", "-c", ranking + "."),
+            (1, "run", "--data", "odd.csv", "-c", f"{ranking} /{evil}."),
+            (0, "run", "--data", "odd.csv", "-c", ranking + " /MACROVAR FACTORS=m."),
+            (0, "describe", "--data", "odd.csv"),
+            (3, "describe", "--data", name),
+            (3, "inspect", f"{evil}.bin"),
+            (2, "describe", "--data", "odd.csv", "--level", f"{evil}=x"),
+            (2, "describe", "--data", "odd.csv", f"--{evil}"),
+            (3, "run", "--data", "odd.csv", "-c", ranking + ".", "-o", f"{evil}/page.txt")):
+        result = subprocess.run([program, *arguments], cwd=folder, capture_output=True, check=False)
+        shown = (result.stdout + result.stderr).decode()
+        assert result.returncode == code, (arguments, result.returncode, shown)
+        assert not re.search("[\x00-\x09\x0b-\x1f\x7f-\x9f\u202e]|^forged", shown, re.M), shown
+    result = run(program, folder, "--data", "odd.csv", "-c", ranking + ".", "--format", "json")
+    assert json.loads(result.stdout)["runs"][0]["tables"][-1]["cells"][0]["value"] == [evil]
+
+
 def main():
     program, law = str(Path(sys.argv[1]).resolve()), globals()["law_" + sys.argv[2]]
     with tempfile.TemporaryDirectory() as folder:

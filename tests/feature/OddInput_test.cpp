@@ -41,25 +41,82 @@ struct Component {
 };
 
 TEST(OddInput, AStatisticThatOverflowsIsMissingAndRanksLast) {
-  struct Case {
-    bool fbCatPredictor, fbCatTarget;
-    RankCriteria fCriterion;
-    Table fTable;
-  };
-  constexpr double kHuge = 1.7e308;
-  const Case cases[] = {
-      {false, true, kFStat, {{0, 0, 0, 1}, {kHuge, -kHuge, kHuge, 1}, {1, 2, 3, 5}}},
-      {false, true, kFStat, {{0, 0, 1, 1}, {1e200, -1e200, 1e200, 1}, {1, 2, 3, 5}}},
-      {true, false, kFStat, {{kHuge, -kHuge, 1, 1}, {0, 0, 0, 1}, {0, 1, 1, 0}}},
-      {false, false, kTStat, {{1, 2, 3, 4}, {kHuge, -kHuge, 5, 1}, {2, 1, 4, 3}}},
-  };
-  for (const Case& c : cases) {
-    const Component run(FSSettings(2, c.fbCatPredictor, c.fbCatTarget));
-    EXPECT_TRUE(run.Accumulate(c.fTable).IsOK());
+  for (const bool catTarget : {true, false}) {
+    FSSettings settings(2, false, catTarget);
+    settings.SetWeightPosition(1);
+    settings.SetWeightToFreq(kAsIs);
+    const Component run(settings);
+    EXPECT_TRUE(
+        run.Accumulate({{0, 0, 1, 1}, {1e307, 1e307, 1e307, 1e307}, {9, -9, 7, 1}, {0, 1, 0, 1}})
+            .IsOK());
     EXPECT_TRUE(run->SortAndRank(0).IsOK());
-    EXPECT_EQ(run.Stats(c.fCriterion)[0], kMissing);
-    EXPECT_EQ(run->GetCriterionValues(c.fCriterion)[0], kMissing);
-    EXPECT_EQ(run->GetRanks(c.fCriterion)[0], c.fbCatPredictor ? 0 : 1);
+    const RankCriteria criterion = catTarget ? kFStat : kTStat;
+    EXPECT_EQ(run.Stats(criterion)[0], kMissing);
+    EXPECT_EQ(run->GetRanks(criterion), (std::vector<int>{1, 0}));
+  }
+}
+
+// Every value of the continuous columns times 2^exponent.
+Table InUnits(Table table, bool catTarget, int exponent) {
+  for (const std::size_t column : {0, 4, 5}) {
+    if (column == 0 && catTarget) continue;
+    for (double& value : table[column]) {
+      if (value != kMissing) value = std::ldexp(value, exponent);
+    }
+  }
+  return table;
+}
+
+TEST(OddInput, TheUnitOfTheValuesChangesNoDigit) {
+  for (const bool catTarget : {true, false}) {
+    const Table table = RandomTable(700, catTarget, 51);
+    std::vector<double> expected;
+    for (const int exponent : {0, -1000, -665, 665, 1000}) {
+      const Component run(SettingsFor(catTarget));
+      EXPECT_TRUE(run.Accumulate(InUnits(table, catTarget, exponent)).IsOK());
+      EXPECT_TRUE(run->ScreenAndRank(true, 0).IsOK());
+      if (exponent == 0) expected = ReportOf(*run.fpComponent);
+      EXPECT_TRUE(SameBits(ReportOf(*run.fpComponent), expected)) << catTarget << exponent;
+    }
+  }
+}
+
+// Small values that come before large ones are nothing beside them, in one component or two.
+TEST(OddInput, ValuesOfAllSizesMayMeet) {
+  for (const bool catTarget : {true, false}) {
+    const Table table = RandomTable(300, catTarget, 52);
+    const Table tiny = InUnits(table, catTarget, -900), huge = InUnits(table, catTarget, 900);
+    const Component run(SettingsFor(catTarget)), merged(SettingsFor(catTarget)),
+        other(SettingsFor(catTarget));
+    for (const Table* part : {&tiny, &table, &huge}) EXPECT_TRUE(run.Accumulate(*part).IsOK());
+    for (const Table* part : {&tiny, &huge}) EXPECT_TRUE(merged.Accumulate(*part).IsOK());
+    EXPECT_TRUE(other.Accumulate(table).IsOK());
+    EXPECT_TRUE(merged->Merge(*other.fpComponent, nullptr).IsOK());
+    EXPECT_TRUE(run->ScreenAndRank(false, 0).IsOK());
+    EXPECT_TRUE(merged->ScreenAndRank(false, 0).IsOK());
+    for (const int j : {0, 2, 3}) {
+      for (const RankCriteria criterion : {kFStat, kTStat}) {
+        const std::vector<double> x = run.Stats(criterion, j), y = merged.Stats(criterion, j);
+        for (std::size_t k = 0; k < x.size(); ++k) {
+          EXPECT_NEAR(x[k], y[k], 1e-9 * std::abs(x[k])) << j << criterion << k;
+        }
+      }
+    }
+    EXPECT_NE(run.Stats(kFStat, catTarget ? 2 : 0)[0], kMissing);
+  }
+}
+
+TEST(OddInput, NoVariationWithinTheGroupsIsZeroVariation) {
+  for (const double unit : {1.0, 1e-200, 1e200}) {
+    const Component run(FSSettings(2, false, true));
+    const Table table = {{0, 0, 1, 1},
+                         {5 * unit, 5 * unit, 7 * unit, 7 * unit},
+                         {5 * unit, 6 * unit, 7 * unit, 8 * unit}};
+    EXPECT_TRUE(run.Accumulate(table).IsOK());
+    EXPECT_TRUE(run->SortAndRank(0).IsOK());
+    EXPECT_EQ(run.Stats(kFStat, 0)[0], 0.0);
+    EXPECT_EQ(run.Stats(kFStat, 0)[1], kMissing);
+    EXPECT_NEAR(run.Stats(kFStat, 1)[1], 8.0, 1e-13);
   }
 }
 

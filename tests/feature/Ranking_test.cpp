@@ -6,6 +6,7 @@
 #include <cmath>
 #include <map>
 #include <memory>
+#include <random>
 #include <vector>
 
 #include "common/MissingValue.h"
@@ -128,11 +129,43 @@ TEST(Ranking, ZeroSpreadWithinGroupsHasPValueZeroAndNoF) {
 }
 
 TEST(Ranking, AnExactLineHasPValueZeroAndNoT) {
-  for (const double slope : {2.0, -3.0}) {
-    const Analysis run({{1, 2, 3, 4}, {slope, 2 * slope, 3 * slope, 4 * slope}}, {false}, false);
-    EXPECT_EQ(run.Stats(kTStat)[0], 0.0);
-    EXPECT_DOUBLE_EQ(run.Stats(kTStat)[1], slope > 0 ? 1.0 : -1.0);
-    EXPECT_EQ(run.Stats(kTStat)[3], 2.0);
+  std::mt19937 random(23);
+  const auto draw = [&random] { return static_cast<double>(random()) * 0x1p-32; };
+  for (int pair = 0; pair < 2000; ++pair) {
+    const double slope = 10.0 * (draw() - 0.5), intercept = 100.0 * draw();
+    const double offset = pair % 3 == 0 ? 1e6 : 0.0;
+    Table table(2);
+    const int n = 3 + pair % 60;
+    for (int i = 0; i < n; ++i) {
+      table[1].push_back(offset + draw());
+      table[0].push_back(intercept + slope * table[1].back());
+    }
+    const Analysis run(table, {false}, false);
+    EXPECT_EQ(run.Stats(kTStat),
+              (std::vector<double>{0.0, slope > 0.0 ? 1.0 : -1.0, kMissing, n - 2.0}))
+        << pair;
+  }
+}
+
+TEST(Ranking, AVeryStrongCorrelationIsNotAPerfectOne) {
+  for (const int n : {4, 100, 3000}) {
+    Table table(2);
+    for (int i = 0; i < n; ++i) {
+      // Off the line by turns: 1 - r^2 is 12 (noise / n)^2, to a few percent.
+      table[1].push_back(i);
+      table[0].push_back(i + (i % 4 == 0 || i % 4 == 3 ? 1.0 : -1.0) * n * 1e-5);
+    }
+    const Analysis run(table, {false}, false);
+    const double r = run.Stats(kTStat)[1];
+    EXPECT_NEAR(1.0 - r * r, 1.2e-9, 0.2e-9) << n;
+    EXPECT_NEAR(run.Stats(kTStat)[2], r * std::sqrt((n - 2) / (1.0 - r * r)), 1e-3 * n * 1e5);
+  }
+}
+
+TEST(Ranking, TwoCasesHaveACorrelationAndNoPValue) {
+  for (const double y : {1.7, 5.0, -3.3}) {
+    const Analysis run({{0.1, y}, {3.3, 3.4}}, {false}, false);
+    EXPECT_EQ(run.Stats(kTStat), (std::vector<double>{kMissing, y > 0.1 ? 1.0 : -1.0, 0.0, 0.0}));
   }
 }
 

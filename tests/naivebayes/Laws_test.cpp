@@ -225,6 +225,79 @@ TEST(Laws, WideSelectionsAgreeWithTheirLogarithmsInBlocksOfAnySize) {
   EXPECT_EQ(out.fvLogLikelihoods[kWideForced - 1], file.fvLogLikelihoods[kWideForced - 1]);
 }
 
+// Minus the average of log(1 + odds) in more digits than the engine has.
+double SureLogLikelihood(const std::vector<Record>& training, const std::vector<Record>& records,
+                         const std::vector<int>& columns) {
+  long double sum = 0;
+  for (const Record& r : records) {
+    const std::vector<long double> logs = LogJoints(training, r, columns);
+    const auto own = static_cast<std::size_t>(r[0]);
+    long double odds = 0;
+    for (std::size_t k = 0; k < logs.size(); ++k) {
+      if (k != own) odds += std::exp(logs[k] - logs[own]);
+    }
+    sum -= std::log1p(odds);
+  }
+  return static_cast<double>(sum / records.size());
+}
+
+// With hundreds of forced predictors the log-likelihood is that far below the rounding of its parts
+// that these would leave nothing of it, or a value above zero.
+TEST(Laws, ALogLikelihoodKeepsItsDigitsHoweverSureTheModelIs) {
+  constexpr int kForced = 150, kInputs = 154;
+  std::vector<Record> records;
+  std::mt19937 random(5);
+  for (int i = 0; i < 60; ++i) {
+    Record r(kInputs + 1);
+    r[0] = i % 3;
+    for (int j = 1; j <= kInputs; ++j) r[j] = random() % 100 < 20 + i % 3 * 30u ? 1 : 0;
+    records.push_back(r);
+  }
+  const std::vector<Record> training(records.begin(), records.begin() + 45);
+  const std::vector<Record> tests(records.begin() + 45, records.end());
+  for (const bool inMemory : {true, false}) {
+    NBVarList list = MakeWideList(kInputs);
+    for (int j = kForced; j < kInputs; ++j) {
+      list.SetVariableRole(j + 1, INBVariable::kPossibleInput);
+    }
+    NaiveBayesSettings settings;
+    settings.SetMaxRecordsInMemory(inMemory ? 1000 : 1);
+    for (const bool withTest : {false, true}) {
+      NBAlgorithm algorithm(settings, list);
+      TestRecords data(training), test(tests);
+      NBSelectionResult result;
+      ASSERT_TRUE(algorithm
+                      .SelectAttributes({.fData = data,
+                                         .fNRecords = 1000,
+                                         .fpTest = withTest ? &test : nullptr,
+                                         .fNReport = 99},
+                                        result)
+                      .IsOK());
+      std::vector<int> columns(result.fvSelected.begin(), result.fvSelected.begin() + kForced);
+      for (int s = kForced; s <= kInputs; ++s) {
+        if (s > kForced) columns.push_back(result.fvSelected[s - 1]);
+        const double value = result.fvLogLikelihoods[s - 1];
+        const double expected = SureLogLikelihood(training, training, columns);
+        ASSERT_LT(expected, 0);
+        if (inMemory || !withTest || s == kForced) {
+          EXPECT_NEAR(value, expected, -1e-11 * expected) << s;
+        }
+        for (const auto& [size, criterion] : result.fvResults) {
+          if (size != s || !withTest) continue;
+          const double average = -SureLogLikelihood(training, tests, columns);
+          EXPECT_NEAR(criterion, average, 1e-11 * average) << s;
+        }
+        // The step took the best of all that were left.
+        for (int t = s; inMemory && s > kForced && t < kInputs; ++t) {
+          std::vector<int> other(columns.begin(), columns.end() - 1);
+          other.push_back(result.fvSelected[t]);
+          EXPECT_LT(SureLogLikelihood(training, training, other), expected) << s;
+        }
+      }
+    }
+  }
+}
+
 TEST(Laws, ALogarithmIsTheSameHoweverItsValueIsSplit) {
   std::mt19937 random(3);
   for (const double weight : {1.0, 0.3}) {

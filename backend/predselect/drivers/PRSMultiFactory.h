@@ -59,6 +59,7 @@ class PRSMultiFactory {
   std::vector<int> GetScreenedPredictors(MCFSCommon::PredictorDelReason reason) const {
     return fScreening.LeftOutFor(reason);
   }
+  std::vector<int> GetDroppedInTraining() const { return fModel.GetDroppedInTraining(); }
   const std::vector<int>& GetSelectPredictors() const { return fModel.GetSelectPredictors(); }
   const std::vector<double>& GetAverageLogValues() const { return fModel.GetAverageLogValues(); }
   const std::vector<std::pair<int, double>>& GetSelectResults() const {

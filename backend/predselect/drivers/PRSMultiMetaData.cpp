@@ -37,16 +37,14 @@ bool PRSMultiMetaData::Complete(bool keepValues) {
     const KOVA_Variable& weight = fSource.GetVariable(fSpecs.GetKOVAWeightVar());
     (void)fVarList.AddWeightVar(weight.GetName(), weight.GetLabel(), INBVariable::kRound);
   }
-  const bool isComplete =
-      CheckForced() && FitsIntoMemory() &&
-      SetPredictors(fSpecs.GetPredListPtr(), fSpecs.GetPredCatVarListPtr(), false) &&
-      SetPredictors(fSpecs.GetForcePredListPtr(), fSpecs.GetForceCatVarListPtr(), true) &&
-      CheckCounts();
-  if (!isComplete) return false;
-  const bool noneDropped =
-      fMissPredictors.empty() && fConstPredictors.empty() && !fScreening.IsAnyLeftOut();
-  if (noneDropped && fSpecs.GetPrintExclude()) fMessages.NoPredsExcluded();
-  return true;
+  return CheckForced() && FitsIntoMemory() &&
+         SetPredictors(fSpecs.GetPredListPtr(), fSpecs.GetPredCatVarListPtr(), false) &&
+         SetPredictors(fSpecs.GetForcePredListPtr(), fSpecs.GetForceCatVarListPtr(), true) &&
+         CheckCounts();
+}
+
+bool PRSMultiMetaData::IsAnyDropped() const {
+  return !fMissPredictors.empty() || !fConstPredictors.empty() || fScreening.IsAnyLeftOut();
 }
 
 // A predictor's table holds a count and a probability for each of its categories (or bins) and each

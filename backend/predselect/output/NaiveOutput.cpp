@@ -136,6 +136,8 @@ std::vector<NaiveOutput::Dropped> NaiveOutput::DroppedPredictors() const {
   for (const MCFSCommon::PredictorDelReason reason : PRSReasons()) {
     add(reason, fpFactory->GetScreenedPredictors(reason));
   }
+  const std::vector<int> inTraining = fpFactory->GetDroppedInTraining();
+  if (!inTraining.empty()) dropped.push_back({BpString("Training Cases Constant"), inTraining});
   return dropped;
 }
 

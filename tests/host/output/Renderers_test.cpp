@@ -211,7 +211,9 @@ New variable ␛[2J���␉x: ␛[2J���␉x
                         b
 File written: ␛[2J���␉x
 )");
-  EXPECT_NE(MCHost::RenderJson(host.fDocument).find(R"(\u001b[2J)"), std::string::npos);
+  const std::string document = MCHost::RenderJson(host.fDocument);
+  EXPECT_TRUE(json::accept(document));
+  EXPECT_NE(document.find(R"(\u001b[2J)"), std::string::npos);
 }
 
 TEST(RenderText, KeepsATableInThePageWhateverTheLengthOfItsWords) {

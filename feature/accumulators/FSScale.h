@@ -1,0 +1,66 @@
+// The power of two by which a variable's values are divided, so that squares of their deviations
+// neither overflow nor underflow. Dividing by it changes no digit; for ordinary values it is 1.
+//
+// Whoever sums asks FitFor() of every value first, and coarsens the sums when told to. What is lost
+// by that is beside the new value as nothing.
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+class FSScale {
+ public:
+  FSScale() = default;
+  // The scale of sums made earlier; `any` says whether a value other than 0 was among them.
+  FSScale(int exponent, bool any) {
+    if (any) Set(exponent);
+  }
+
+  // Makes the scale serve for a value. Returns by how many powers of two it became coarser, so that
+  // sums of values have to be divided by 2^result: 0, but for the rare value.
+  int FitFor(double value) { return std::abs(value) <= fMost ? 0 : GrowFor(std::abs(value)); }
+
+  // Makes the scale serve for all values that another one serves for; returns as FitFor.
+  int FitFor(const FSScale& other) { return other.fMost <= fMost ? 0 : Grow(other.fExponent); }
+
+  // A value in units of the scale. REQUIRES: the scale fits it.
+  double operator()(double value) const {
+    return fExponent == 0 ? value : std::ldexp(value, -fExponent);
+  }
+  // A sum of values, of squares of them, that was made in units of the scale.
+  double Back(double sum) const { return std::ldexp(sum, fExponent); }
+  double BackSquared(double sum) const { return std::ldexp(sum, 2 * fExponent); }
+
+  int GetExponent() const { return fExponent; }
+
+ private:
+  // Values up to 2^kSpan and down to 2^-kSpan are ordinary: a difference of two is 0 or at least
+  // 2^-(kSpan + 53), and its square is as far from the least normal number as 2^31 squares are from
+  // the greatest one.
+  static constexpr int kSpan = 400;
+
+  void Set(int exponent) {
+    fExponent = exponent;
+    fMost = exponent + kSpan < std::numeric_limits<double>::max_exponent
+                ? std::ldexp(1.0, exponent + kSpan)
+                : std::numeric_limits<double>::max();
+  }
+
+  int Grow(int exponent) {
+    const bool isFirst = fMost == 0.0;
+    const int by = exponent - fExponent;
+    Set(exponent);
+    return isFirst ? 0 : by;
+  }
+
+  int GrowFor(double size) {
+    constexpr int kLargest = 1000;  // so that the power is a double, and its inverse
+    if (size > std::numeric_limits<double>::max()) return 0;
+    const int exponent = std::clamp(std::ilogb(size), -kLargest, kLargest);
+    return Grow(std::abs(exponent) <= kSpan ? 0 : exponent);
+  }
+
+  int fExponent = 0;
+  double fMost = 0.0;  // the scale fits values up to this size
+};
