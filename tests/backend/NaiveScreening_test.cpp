@@ -155,7 +155,8 @@ TEST_F(ScreeningOfNaiveBayes, SparesTheMemoryThatNamesOfCasesWouldTake) {
   fTable.AddStrings("y", y);
   fTable.AddStrings("names", names);
   fTable.AddNumbers("x", x);
-  const std::string command = "NAIVEBAYES y BY names WITH x /PRINT CPS";
+  const std::string command =
+      "NAIVEBAYES y BY names WITH x /PRINT CPS /CRITERIA MEMALLOCATE=100000";
   EXPECT_THAT(Keys(Run(command + ".")),
               ElementsAre("Too many categories for the model: ^1, ^2, ^3..."));
   EXPECT_THAT(Keys(Run(command + " /SCREENING STATUS=ON.")),

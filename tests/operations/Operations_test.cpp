@@ -297,11 +297,10 @@ TEST_F(Operations, ARefusedMergeLeavesTheStateAsItWas) {
 }
 
 TEST_F(Operations, MemoryGoesToTheCommandsThatStateNone) {
-  std::vector<std::optional<std::string>> texts;
-  std::vector<std::optional<std::string>> others;
+  std::vector<std::optional<std::string>> texts, others;
   for (int i = 0; i < 300; ++i) {
     texts.emplace_back(i % 3 == 0 ? "a" : "b");
-    others.emplace_back(i % 3 == 0 || i % 4 == 0 ? "u" : "v");
+    others.emplace_back(i % 3 == 0 && i % 5 != 0 ? "a" : "b");
   }
   MemoryTable table;  // of 32 bytes a case: 4 kilobytes hold 128 of them
   table.AddStrings("y", texts);
