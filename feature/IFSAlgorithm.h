@@ -82,10 +82,6 @@ class IFSAlgorithm {
   // What is shown of a criterion for a predictor: see IFSPredTargetAccum::GetOutputStats.
   virtual bool GetPredictorStats(int criterion, int predictor, double& value, double& out2,
                                  double& out3, double& out4) const = 0;
-  // How strongly a predictor and the target go together, from the end of the data pass on (of
-  // continuous predictors or target, of screening). `ranking` chooses between the tests that serve.
-  // Nothing for a predictor that was removed, and for an index outside the range.
-  virtual FSEffect GetPredictorEffect(MCFSCommon::RankCriteria ranking, int predictor) const = 0;
   // Writes screening and ranking by all criteria as an FSOutputAll document; the predictors only
   // once they are ranked. Nothing is written, and the status is the component's error, 1
   // (cancelled) or 6 (not screened).
@@ -116,10 +112,6 @@ class IFSAlgorithm {
                                                std::vector<int>& indices,
                                                std::vector<double>& values, int n) const = 0;
 
-  // What the rules about leaks look at of a predictor, once they are screened; nothing of one that
-  // was removed.
-  virtual MCCommon::LeakTraits GetLeakTraits(int predictor) const = 0;
-
   virtual bool IsDataAccumulated() const = 0;
   virtual bool ArePredictorsRanked() const = 0;
 
@@ -136,4 +128,13 @@ class IFSAlgorithm {
   // What follows the data pass, or a merge: CheckPredAllMissConst, ScreenPredictors, SortAndRank,
   // each only while the status is OK. Screening only when `screen`.
   virtual MCFeature::MCStatus ScreenAndRank(bool screen, int nBest) = 0;
+
+  // How strongly a predictor and the target go together, from the end of the data pass on (of
+  // continuous predictors or target, of screening). `ranking` chooses between the tests that serve.
+  // Nothing for a predictor that was removed, and for an index outside the range.
+  virtual FSEffect GetPredictorEffect(MCFSCommon::RankCriteria ranking, int predictor) const = 0;
+
+  // What the rules about leaks look at of a predictor, once they are screened; nothing of one that
+  // was removed.
+  virtual MCCommon::LeakTraits GetLeakTraits(int predictor) const = 0;
 };

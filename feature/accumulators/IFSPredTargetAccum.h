@@ -60,13 +60,6 @@ class IFSPredTargetAccum {
   virtual bool GetOutputStats(int criterion, double& value, double& out2, double& out3,
                               double& out4) const;
 
-  // What the rules about leaks look at; nothing in a pass without a target. Once variances are
-  // computed.
-  virtual MCCommon::LeakTraits GetLeakTraits() const { return {}; }
-  // How strongly predictor and target go together; `ranking` chooses between the tests that serve.
-  // Nothing where no target is defined.
-  virtual FSEffect ComputeEffect(MCFSCommon::RankCriteria) const { return {}; }
-
   virtual bool IsCategorical() const = 0;
 
   // Saved state, whole; the binary operations return the bytes of it. Reading throws IOException
@@ -94,4 +87,12 @@ class IFSPredTargetAccum {
 
   // Weighted counts of the categories of a categorical predictor; null for a continuous one.
   virtual const FSMapICnt* GetCategories() const = 0;
+
+  // What the rules about leaks look at; nothing in a pass without a target. Once variances are
+  // computed.
+  virtual MCCommon::LeakTraits GetLeakTraits() const { return {}; }
+
+  // How strongly predictor and target go together; `ranking` chooses between the tests that serve.
+  // Nothing where no target is defined.
+  virtual FSEffect ComputeEffect(MCFSCommon::RankCriteria) const { return {}; }
 };
