@@ -129,12 +129,12 @@ class IFSAlgorithm {
   // each only while the status is OK. Screening only when `screen`.
   virtual MCFeature::MCStatus ScreenAndRank(bool screen, int nBest) = 0;
 
+  // What the rules about leaks look at of a predictor, once they are screened; nothing of one that
+  // was removed.
+  virtual MCCommon::LeakTraits GetLeakTraits(int predictor) const = 0;
+
   // How strongly a predictor and the target go together, from the end of the data pass on (of
   // continuous predictors or target, of screening). `ranking` chooses between the tests that serve.
   // Nothing for a predictor that was removed, and for an index outside the range.
   virtual FSEffect GetPredictorEffect(MCFSCommon::RankCriteria ranking, int predictor) const = 0;
-
-  // What the rules about leaks look at of a predictor, once they are screened; nothing of one that
-  // was removed.
-  virtual MCCommon::LeakTraits GetLeakTraits(int predictor) const = 0;
 };

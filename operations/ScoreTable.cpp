@@ -101,8 +101,8 @@ bool Score(const INBAlgorithm& model, ProcedureDataSource& source, const Surroun
   const KOVA_Variable& predicted = source.GetVariable(predictions.fPredicted);
   predictions.fWriter.emplace(predictions.fPredicted, predictions.fCategories, predicted.GetType(),
                               predictions.fProbabilities);
-  const auto nCategories = static_cast<std::size_t>(model.GetNTargetCategories());
-  const std::size_t most = MCCommon::RecordBlock::PreferredCases(nCategories);
+  const std::size_t most =
+      NBScoredBlock::PreferredCases(model.GetNTargetCategories(), model.GetNumberOfInputVars());
   NBScoredBlock scored;
   for (;;) {
     const MCCommon::RecordBlock& block = cases.NextBlock(most);

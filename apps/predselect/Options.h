@@ -22,10 +22,10 @@ struct DataOptions {
 
 // Where the table goes with its new variables, and what of it.
 struct SaveOptions {
-  std::string fFile;                // empty: it is not written
-  bool fbOnlyNew = false;           // without the columns of the data
-  std::vector<std::string> fKeys;   // but with these, before the new ones
-  bool fbForce = false;             // over a file that is there
+  std::string fFile;               // empty: it is not written
+  bool fbOnlyNew = false;          // without the columns of the data
+  std::vector<std::string> fKeys;  // but with these, before the new ones
+  bool fbForce = false;            // over a file that is there
 };
 
 // Where results go and how they look.

@@ -91,7 +91,6 @@ class IFSPredTargetAccum {
   // What the rules about leaks look at; nothing in a pass without a target. Once variances are
   // computed.
   virtual MCCommon::LeakTraits GetLeakTraits() const { return {}; }
-
   // How strongly predictor and target go together; `ranking` chooses between the tests that serve.
   // Nothing where no target is defined.
   virtual FSEffect ComputeEffect(MCFSCommon::RankCriteria) const { return {}; }

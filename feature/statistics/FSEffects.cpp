@@ -108,7 +108,7 @@ FSEffect OfCorrelation(const FSCorrelation& correlation) {
   effect.fSize = correlation.fR;
   if (MCMV::IsMissing(correlation.fR)) return effect;
   FSSignificance test = {FSSignificance::kT, HUGE_VAL, effect.fDf1};
-  if (correlation.fR * correlation.fR < 1.0 && effect.fDf1 >= 0.0) {
+  if (correlation.fR * correlation.fR < 1.0 && effect.fDf1 > 0.0) {
     effect.fStatistic = test.fStatistic = FSStatistics::CorrelationT(correlation.fR, effect.fDf1);
   }
   effect.fLogP = test.LogP();

@@ -59,9 +59,8 @@ void WriteParquet(SavedBatches& batches, const std::string& path) {
                                              output, properties, arrowProperties),
             path);
   const auto change = [](std::size_t, const auto& column) { return WithoutNullEntries(column); };
-  WriteBatches(batches, path, change, [&](const arrow::RecordBatch& batch) {
-    return writer->WriteRecordBatch(batch);
-  });
+  WriteBatches(batches, path, change,
+               [&](const arrow::RecordBatch& batch) { return writer->WriteRecordBatch(batch); });
   Check(writer->Close(), path);
   Check(output->Close(), path);
   file.Commit();
@@ -78,9 +77,8 @@ void WriteIpc(SavedBatches& batches, const std::string& path) {
   const auto change = [&](std::size_t j, const auto& column) {
     return dictionaries[j].Take(column);
   };
-  WriteBatches(batches, path, change, [&](const arrow::RecordBatch& batch) {
-    return writer->WriteRecordBatch(batch);
-  });
+  WriteBatches(batches, path, change,
+               [&](const arrow::RecordBatch& batch) { return writer->WriteRecordBatch(batch); });
   Check(writer->Close(), path);
   Check(output->Close(), path);
   file.Commit();

@@ -131,7 +131,9 @@ class CellWriter {
   CellWriter(const arrow::Array& values, std::string& text, char delimiter, Cell& forEach)
       : fValues(values), fText(text), fDelimiter(delimiter), fForEach(forEach) {}
 
-  arrow::Status Visit(const arrow::NullType&) { return Write([](std::int64_t) {}); }
+  arrow::Status Visit(const arrow::NullType&) {
+    return Write([](std::int64_t) {});
+  }
   arrow::Status Visit(const arrow::BooleanType&) {
     const auto& array = As<arrow::BooleanType>();
     return Write([&](std::int64_t at) { fText += array.Value(at) ? "true" : "false"; });

@@ -108,8 +108,7 @@ unsigned NumberKinds(std::string_view text) {
   return bare != kCsvText ? bare : kCsvNumber | kCsvMayHold;
 }
 
-// A number as its digits from the first to the last that is not zero, and the power of ten of the
-// first.
+// A number as its digits from the first that is not zero, and the power of ten of that one.
 struct Digits {
   std::string fDigits;
   int fExponent = 0;
@@ -129,7 +128,6 @@ Digits DigitsOf(std::string_view number) {
     if (!isBehindPoint && !digits.fDigits.empty()) ++places;
     if (isBehindPoint && digits.fDigits.empty()) --places;
   }
-  digits.fDigits.erase(digits.fDigits.find_last_not_of('0') + 1);
   if (digits.fDigits.empty()) return digits;
   int exponent = 0;
   if (e < number.size()) {
@@ -200,15 +198,12 @@ bool CsvHoldsDigits(std::string_view number) {
   if (isWord || !std::isfinite(value)) return isWord;
   if (IsPadded(bare)) return false;
   const Digits said = DigitsOf(bare);
+  if (said.fDigits.empty()) return true;
   std::array<char, kLongestOther + 32> text;
-  const auto digits = [&text](std::to_chars_result written) {
-    return DigitsOf({text.data(), static_cast<std::size_t>(written.ptr - text.data())});
-  };
-  if (said == digits(std::to_chars(text.data(), text.data() + text.size(), value))) return true;
-  const int precision = static_cast<int>(said.fDigits.size()) - 1;
-  return precision > 0 && said == digits(std::to_chars(text.data(), text.data() + text.size(),
-                                                       value, std::chars_format::scientific,
-                                                       precision));
+  const auto printed =
+      std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::scientific,
+                    static_cast<int>(said.fDigits.size()) - 1);
+  return said == DigitsOf({text.data(), static_cast<std::size_t>(printed.ptr - text.data())});
 }
 
 bool CsvLosesDigits(std::string_view number) {

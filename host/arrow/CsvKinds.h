@@ -20,7 +20,7 @@ enum CsvKind : unsigned {
 
   // How the text is spelled: whether a value of its type tells all that it says.
   kCsvWhole = 64,     // a 64-bit integer tells it: 12, but not 007, -0 or 1.0
-  kCsvHeld = 128,     // the value that is read tells it, but for blanks and for zeros at the end
+  kCsvHeld = 128,     // the value that is read tells it, but for blanks around it
   kCsvMayHold = 256,  // CsvHoldsDigits() decides; every text that is held may be
   kCsvSpelling = kCsvWhole | kCsvHeld | kCsvMayHold,
 

@@ -84,9 +84,8 @@ void CsvRecords::ReadMore() {
   fnBytes -= fBefore;
   fStart -= std::exchange(fBefore, 0);
   fBytes.resize(std::max(fBytes.size(), 2 * fnBytes + kPieceBytes));
-  const std::int64_t n =
-      Value(fpInput->Read(static_cast<std::int64_t>(fBytes.size() - fnBytes), &fBytes[fnBytes]),
-            fSource);
+  const std::int64_t n = Value(
+      fpInput->Read(static_cast<std::int64_t>(fBytes.size() - fnBytes), &fBytes[fnBytes]), fSource);
   fnBytes += static_cast<std::size_t>(n);
   fbWhole = n == 0;
 }

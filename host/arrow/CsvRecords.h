@@ -48,8 +48,12 @@ class CsvRecords {
     std::size_t fTo;
   };
 
-  std::string_view View(Range range) const { return {&fBytes[range.fFrom], range.fTo - range.fFrom}; }
-  ByteClass ClassAt(std::size_t at) const { return fClasses[static_cast<unsigned char>(fBytes[at])]; }
+  std::string_view View(Range range) const {
+    return {&fBytes[range.fFrom], range.fTo - range.fFrom};
+  }
+  ByteClass ClassAt(std::size_t at) const {
+    return fClasses[static_cast<unsigned char>(fBytes[at])];
+  }
   bool SkipLineEnds();
   bool FindFields();
   bool FindFieldEnd(std::size_t& at) const;

@@ -40,7 +40,11 @@ bool MustLookAtDigits(const CsvColumn& column) {
 }  // namespace
 
 CsvSource::CsvSource(std::string path, CsvRules rules)
-    : fName(std::move(path)), fbFile(true), fStamp(fName), fRules(std::move(rules)), fInspector(fName, fRules) {
+    : fName(std::move(path)),
+      fbFile(true),
+      fStamp(fName),
+      fRules(std::move(rules)),
+      fInspector(fName, fRules) {
   InspectFile();
 }
 
@@ -74,8 +78,7 @@ void CsvSource::OpenOriginal(const std::vector<int>* columns, ArrowArrayStream* 
   for (std::size_t j = 0; j < fInspector.Columns().size(); ++j) {
     const CsvColumn& column = fInspector.Columns()[j];
     const int place = static_cast<int>(j);
-    const bool isWanted =
-        !columns || std::binary_search(columns->begin(), columns->end(), place);
+    const bool isWanted = !columns || std::binary_search(columns->begin(), columns->end(), place);
     if (!isWanted || column.fKinds == kCsvAll) {
       types.push_back(arrow::null());
     } else if (column.fKinds & kCsvWhole) {

@@ -22,7 +22,7 @@ struct DataFileOptions {
   std::vector<std::string> fNullTokens;     // further texts that are missing in CSV
   std::map<std::string, FieldType> fTypes;  // declared types of CSV columns; a value that does not
                                             // fit is an error
-  bool fbKeepOriginal = true;           // the text of standard input is kept for WriteDataFile
+  bool fbKeepOriginal = true;               // the text of standard input is kept for WriteDataFile
 };
 
 // Looks at the file and makes it a source that can be read again and again. CSV is checked as a
@@ -50,9 +50,9 @@ void CheckDataFile(const std::string& path);
 //   columns to columns   types, values and metadata; ColumnarWriter.h names what Parquet lacks
 //   columns to CSV       CsvCells.h
 // `keys`: only these of them, in this order; null for all. A table without a source, or one that
-// cannot be read again, gives doubles and texts. The file appears whole or not at all; it may be the
-// one that is read. Throws HostIOError, also where the file is not what it was.
-// REQUIRES: each key is a column that the data brought, and comes once.
+// cannot be read again, gives doubles and texts. The file appears whole or not at all; it may be
+// the one that is read. Throws HostIOError, also where the file is not what it was. REQUIRES: each
+// key is a column that the data brought, and comes once.
 void WriteDataFile(DataTable& table, const std::string& path,
                    const std::vector<int>* keys = nullptr);
 

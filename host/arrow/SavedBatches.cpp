@@ -200,9 +200,8 @@ void SavedBatches::SetSchema(const DataTable& table, const std::vector<int>& own
   arrow::FieldVector fields;
   for (const std::size_t place : fOrder) {
     const std::size_t j = fields.size();
-    fields.push_back(j < own.size()
-                         ? WithLabel(given[place], table.GetVariable(own[j]).GetLabel())
-                         : given[place]);
+    fields.push_back(j < own.size() ? WithLabel(given[place], table.GetVariable(own[j]).GetLabel())
+                                    : given[place]);
   }
   // What is said of all columns together may be wrong of some of them.
   const bool isWhole = static_cast<int>(own.size()) == table.OwnColumnCount();

@@ -25,8 +25,8 @@ class IArrowSource {
   // Throws HostIOError, and then leaves `stream` as it was.
   virtual void Open(const std::vector<int>* columns, ArrowArrayStream* stream) = 0;
 
-  // The same cases in types that hold all that the source says of them, for passing them on. Differs
-  // from Open where that takes what a reader of numbers and texts does best with.
+  // The same cases in types that hold all that the source says of them, for passing them on.
+  // Differs from Open where that takes what a reader of numbers and texts does best with.
   virtual void OpenOriginal(const std::vector<int>* columns, ArrowArrayStream* stream) {
     Open(columns, stream);
   }

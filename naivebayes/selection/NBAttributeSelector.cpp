@@ -60,18 +60,22 @@ bool NBAttributeSelector::ComputeParts(const Training& training) {
     for (std::size_t k = 0; k < left.size(); ++k) left[k] -= sample.GetTargets()[k];
     const std::vector<double>& priors = fModel.fOutput.GetPriors();
     fRecordParts.fBase = NBFormulas::ComputeBase(left, priors, fTotalWeight);
-    for (int j = 0; j < nInputs && !fCancel.IsCancel(); ++j) {
-      fRecordParts.fvA[j] =
-          NBFormulas::ComputeAJTerm(fModel.fInputs[j], fTotalWeight, &sample.GetInput(j));
-    }
+    for (int j = 0; j < nInputs; ++j) fRecordParts.fvA[j] = ComputePart(j, &sample.GetInput(j));
   }
   fStepParts = fRecordParts;
   if (!fbSimulated) return true;
   fStepParts.fBase = NBFormulas::ComputeBase(counts, fModel.fOutput.GetPriors(), fTotalWeight);
-  for (int j = 0; j < nInputs && !fCancel.IsCancel(); ++j) {
-    fStepParts.fvA[j] = ComputeAJTerm(j, fTotalWeight);
-  }
+  for (int j = 0; j < nInputs; ++j) fStepParts.fvA[j] = ComputePart(j, nullptr);
   return true;
+}
+
+double NBAttributeSelector::ComputePart(int input, const NBayesInputBase* less) const {
+  const NBayesInput& model = fModel.fInputs[input];
+  NBSum sum;
+  for (int m = 0; m < model.GetNCategories() && !fCancel.IsCancel(); ++m) {
+    NBFormulas::AddAJTerms(model, m, fTotalWeight, less, sum);
+  }
+  return sum.Total();
 }
 
 MCNaiveBayes::MCRandom NBAttributeSelector::MakeRandom() const {

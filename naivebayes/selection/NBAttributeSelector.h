@@ -118,6 +118,7 @@ class NBAttributeSelector {
   // What the counts of the model add to the terms of the records; false when these could not be
   // read.
   [[nodiscard]] bool ComputeParts(const Training& training);
+  double ComputePart(int input, const NBayesInputBase* less) const;
   MCNaiveBayes::MCRandom MakeRandom() const;
   void Report(int maxSize, int nCandidates, int nRecords, double seconds);
 

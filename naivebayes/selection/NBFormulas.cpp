@@ -3,19 +3,21 @@
 #include <algorithm>
 #include <cmath>
 
-#include "naivebayes/model/NBNumerics.h"
 #include "naivebayes/model/NBayesInputBase.h"
 
 namespace NBFormulas {
 
+void AddAJTerms(const NBayesInputBase& model, int m, double n, const NBayesInputBase* less,
+                NBSum& sum) {
+  for (int k = 0; k < model.GetNTargetCategories(); ++k) {
+    const double count = model.GetCount(m, k) - (less == nullptr ? 0 : less->GetCount(m, k));
+    if (count != 0) sum.Add(count / n * std::log(model.GetProbability(m, k)));
+  }
+}
+
 double ComputeAJTerm(const NBayesInputBase& model, double n, const NBayesInputBase* less) {
   NBSum sum;
-  for (int m = 0; m < model.GetNCategories(); ++m) {
-    for (int k = 0; k < model.GetNTargetCategories(); ++k) {
-      const double count = model.GetCount(m, k) - (less == nullptr ? 0 : less->GetCount(m, k));
-      if (count != 0) sum.Add(count / n * std::log(model.GetProbability(m, k)));
-    }
-  }
+  for (int m = 0; m < model.GetNCategories(); ++m) AddAJTerms(model, m, n, less, sum);
   return sum.Total();
 }
 

@@ -249,11 +249,18 @@ def every_option():
         yield run(["--data", "-", *options], "SELECTPRED y BY x.", stdin=cells)
     for name in ("../in/commands.txt", "../in/nothing.txt", "../in/nowhere.txt", "-"):
         yield Job(["run", *PLAIN, "-f", name], stdin=b"SELECTPRED species /PRINT SELECTED.")
-    yield run(["--data", "x.csv"], "NAIVEBAYES y /SAVE PREDVAL.", "--save-data", "x.csv",
-              files={"x.csv": cells})
     for memory in ("4", "1.5m", "auto", "3"):
         yield run(table("wide.csv"), "NAIVEBAYES y /SUBSET MAXSIZE=3.", "--memory", memory,
                   "--save-state", "state.bin")
+    for options in (["x.csv"], ["x.csv", "--force"], ["new.csv"], ["new.tsv"], ["new.parquet"],
+                    ["new.csv", "--only-new"], ["new.tsv", "--only-new", "--id", "z", "x"],
+                    ["new.feather", "--only-new", "--id", "x", "--id", "y"], ["new.csv", "--id", "x"],
+                    ["new.csv", "--only-new", "--id", "X", "x"],
+                    ["new.csv", "--only-new", "--id", "xx"], ["there.csv"], ["there.csv", "--force"]):
+        for text in ("NAIVEBAYES y /SAVE PREDVAL.", "SELECTPRED y."):
+            yield run(["--data", "x.csv"], text, "--save-data", *options,
+                      files={"x.csv": cells, "there.csv": b"mine"})
+    yield run(["--data", "x.csv"], "SELECTPRED y.", "--force", "--only-new", files={"x.csv": cells})
     yield run(table("wide.csv"), "NAIVEBAYES y /CRITERIA MEMALLOCATE=4.", "--save-data", "out.csv",
               env={"TMPDIR": "none"})
     for args in ([], ["--help"], ["--version"], ["--wrong"], ["explain"], ["run"], ["run", *PLAIN],

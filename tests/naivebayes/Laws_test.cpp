@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <time.h>
+
 #include <cmath>
 #include <limits>
 #include <numbers>
@@ -316,6 +318,78 @@ TEST(Laws, ALogarithmIsTheSameHoweverItsValueIsSplit) {
       EXPECT_NEAR(a.Total(), static_cast<double>(expected),
                   1e-15 * std::abs(static_cast<double>(expected)));
     }
+  }
+}
+
+// Measures the processor time that goes by without a poll.
+class Stopwatch : public MCQueryCancel {
+ public:
+  bool IsCancel() override {
+    const double now = Now();
+    fLongest = std::max(fLongest, now - fLast);
+    fLast = now;
+    return false;
+  }
+  static double Now() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+  }
+  double fLast = Now();
+  double fLongest = 0;
+};
+
+// However wide the records and however many the categories, a cancel is answered soon.
+TEST(Laws, NoOperationGoesFarWithoutAPoll) {
+  const struct {
+    int fInputs;
+    int fCategories;
+    int fCases;
+    bool fbSelects;
+  } cases[] = {{1500, 3, 4096, false}, {1500, 3, 4096, true}, {12, 3000, 4000, true}};
+  for (const auto& c : cases) {
+    NBVarList list;
+    list.AddCatVar("y", "", c.fCategories, INBVariable::kNumericCategorical, INBVariable::kOutput);
+    std::vector<Record> records(c.fCases, Record(c.fInputs + 1));
+    for (int j = 0; j < c.fInputs; ++j) {
+      const bool isForced = !c.fbSelects || j < c.fInputs - 5;
+      list.AddCatVar("x" + std::to_string(j), "", 2, INBVariable::kNumericCategorical,
+                     isForced ? INBVariable::kInput : INBVariable::kPossibleInput);
+      for (int i = 0; i < c.fCases; ++i) records[i][j + 1] = (i * 7 + j * 5 + i / 3 * j) % 11 < 5;
+    }
+    for (int i = 0; i < c.fCases; ++i) records[i][0] = i % c.fCategories;
+    TestRecords source(records);
+    const auto measure = [&](const char* what, const auto& operation) {
+      Stopwatch watch;
+      NaiveBayesSettings settings;
+      settings.SetMaxRecordsInMemory(c.fCases);
+      NBAlgorithm algorithm(settings, list);
+      NBSelectionResult result;
+      if (!c.fbSelects) {
+        ASSERT_FALSE(algorithm.BuildModel(source, c.fCases).IsError());
+      }
+      algorithm.SetCancelPtr(&watch);
+      watch = Stopwatch();
+      const double start = Stopwatch::Now();
+      ASSERT_FALSE(operation(algorithm, result).IsError());
+      const double all = Stopwatch::Now() - start;
+      EXPECT_LT(watch.fLongest, 0.01 + 0.02 * all) << what << ' ' << c.fInputs << ' ' << all;
+    };
+    if (c.fbSelects) {
+      measure("select", [&](NBAlgorithm& algorithm, NBSelectionResult& result) {
+        static_cast<void>(source.NewPass());
+        return algorithm.SelectAttributes(
+            {.fData = source, .fNRecords = c.fCases, .fSize = c.fInputs - 2}, result);
+      });
+      continue;
+    }
+    measure("build", [&](NBAlgorithm& algorithm, NBSelectionResult&) {
+      return algorithm.BuildModel(source, c.fCases);
+    });
+    measure("score", [&](NBAlgorithm& algorithm, NBSelectionResult&) {
+      NBOutputStatistics stats(c.fCategories);
+      return algorithm.ComputeOutputStats(source, stats, -1);
+    });
   }
 }
 

@@ -298,10 +298,14 @@ TEST_F(Operations, ARefusedMergeLeavesTheStateAsItWas) {
 
 TEST_F(Operations, MemoryGoesToTheCommandsThatStateNone) {
   std::vector<std::optional<std::string>> texts;
-  for (int i = 0; i < 300; ++i) texts.emplace_back(i % 3 == 0 ? "a" : "b");
+  std::vector<std::optional<std::string>> others;
+  for (int i = 0; i < 300; ++i) {
+    texts.emplace_back(i % 3 == 0 ? "a" : "b");
+    others.emplace_back(i % 3 == 0 || i % 4 == 0 ? "u" : "v");
+  }
   MemoryTable table;  // of 32 bytes a case: 4 kilobytes hold 128 of them
   table.AddStrings("y", texts);
-  table.AddStrings("x", texts);
+  table.AddStrings("x", others);
   PrepareTable(table, {});
   const std::string command = "NAIVEBAYES y BY x /PRINT SUMMARY ";
   const std::string holds = "Memory of ^1 KB holds ^2 of ^3 training cases: ^4, ^5...";

@@ -11,7 +11,6 @@
 #include "host/cases/UAVarValidSpecs.h"
 #include "host/data/ProcedureDataSource.h"
 #include "host/output/BpError.h"
-#include "naivebayes/NaiveBayesSettings.h"
 
 namespace {
 
@@ -67,11 +66,8 @@ bool PRSMultiMetaData::FitsIntoMemory() const {
   };
   add(fSpecs.GetPredListPtr(), fSpecs.GetPredCatVarListPtr());
   add(fSpecs.GetForcePredListPtr(), fSpecs.GetForceCatVarListPtr());
-  const int nCases = fAdapter.GetRecordCount();
-  const bool areHeld =
-      fRun.IsSelecting() && nCases <= fSpecs.GetNaiveSettingsPtr()->GetMaxRecordsInMemory();
-  const double nNumbers = 2.0 * nRows + (areHeld ? nCases : 0);
-  if (nLargest == 0 || nNumbers * nTargets * sizeof(double) <= kMostTableBytes) return true;
+  const double nNumbers = 2.0 * nRows * nTargets;
+  if (nLargest == 0 || nNumbers * sizeof(double) <= kMostTableBytes) return true;
   MCHost::RaiseMessage(
       MCHost::OutputMessage::kError, "Too many categories for the model: ^1, ^2, ^3...",
       {fSource.GetVariable(largest).GetName(), std::to_string(nLargest), std::to_string(nTargets)});
