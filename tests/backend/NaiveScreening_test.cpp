@@ -159,8 +159,7 @@ TEST_F(ScreeningOfNaiveBayes, SparesTheMemoryThatNamesOfCasesWouldTake) {
       "NAIVEBAYES y BY names WITH x /PRINT CPS /CRITERIA MEMALLOCATE=100000";
   EXPECT_THAT(Keys(Run(command + ".")),
               ElementsAre("Too many categories for the model: ^1, ^2, ^3..."));
-  EXPECT_THAT(Keys(Run(command + " /SCREENING STATUS=ON.")),
-              ElementsAre("Memory of ^1 KB holds ^2 of ^3 training cases: ^4, ^5..."));
+  EXPECT_THAT(Keys(Run(command + " /SCREENING STATUS=ON.")), IsEmpty());
 }
 
 }  // namespace
