@@ -337,7 +337,8 @@ MCStatus NBAttributeSelector::SelectMaxBIC(int maxSize, MultiPassRecordIter& dat
                                            Results& results, int nReport) {
   NBRecordStore codes = MakeStore(data);
   NBSelectionResult result;
-  const MCStatus status = SelectMaxBIC(maxSize, {codes, nRecords, fromData, false}, nReport, result);
+  const MCStatus status =
+      SelectMaxBIC(maxSize, {codes, nRecords, fromData, false}, nReport, result);
   selected = std::move(result.fvSelected);
   results = std::move(result.fvResults);
   return status;

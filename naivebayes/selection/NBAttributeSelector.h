@@ -8,9 +8,9 @@
 // in memory serve the steps themselves; otherwise each step simulates records from the model and
 // takes B with w = 1 and their number in place of N. Missing values add no factor.
 //
-// Over the records that were counted, Base, A and B together are the average of log P(own category),
-// and so minus that of log(1 + odds against it): summed like this, case by case, a log-likelihood
-// keeps its digits where the parts would cancel, and is never above zero.
+// Over the records that were counted, Base, A and B together are the average of log P(own
+// category), and so minus that of log(1 + odds against it): summed like this, case by case, a
+// log-likelihood keeps its digits where the parts would cancel, and is never above zero.
 //
 // A selector lives for one selection. Input positions count the model's inputs (forced predictors
 // have role input, candidates role possible input) from 0. Everything handed over stays the
@@ -122,8 +122,8 @@ class NBAttributeSelector {
   MCNaiveBayes::MCRandom MakeRandom() const;
   void Report(int maxSize, int nCandidates, int nRecords, double seconds);
 
-  // Adds to the sums, for the sizes from `first` on, the w * log(1 + odds) of all cases, and these to
-  // the weight. False after a cancel or a read error.
+  // Adds to the sums, for the sizes from `first` on, the w * log(1 + odds) of all cases, and these
+  // to the weight. False after a cancel or a read error.
   bool SumTerms(NBCodeSource& source, int first, std::vector<NBOddsSum>& sums, NBSum& weight) const;
   // Log-likelihoods on the training data where the steps gave none, or only simulated ones.
   bool CompleteLogLikelihoods(NBCodeStore& records, int lastSize);
