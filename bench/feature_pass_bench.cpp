@@ -70,7 +70,7 @@ double SecondsOf(const std::chrono::steady_clock::time_point& start) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-// Arguments: categorical predictors, categorical target.
+// Arguments: categorical predictors, categorical target, threads.
 void DataPass(benchmark::State& state) {
   const bool catPredictors = state.range(0) != 0;
   const bool catTarget = state.range(1) != 0;
@@ -79,6 +79,7 @@ void DataPass(benchmark::State& state) {
   double sumSeconds = 0.0;
   for (auto _ : state) {
     FSSettings settings(kPredictors, catPredictors, catTarget);
+    settings.SetNThreads(static_cast<int>(state.range(2)));
     FSFactory factory;
     const auto component = factory.CreateFSAlgorithm(&settings);
     columns.Rewind();
@@ -99,8 +100,8 @@ void DataPass(benchmark::State& state) {
 }
 
 BENCHMARK(DataPass)
-    ->ArgNames({"categorical_predictors", "categorical_target"})
-    ->ArgsProduct({{0, 1}, {0, 1}})
+    ->ArgNames({"categorical_predictors", "categorical_target", "threads"})
+    ->ArgsProduct({{0, 1}, {0, 1}, {1, 2}})
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond);
 
