@@ -40,4 +40,19 @@ class WatchedListener : public ProgressListener, public Watch {
   int fNReports = 0;
 };
 
+// Cancels once a listener has heard so many reports.
+class CancelAtReport : public MCQueryCancel, public Watch {
+ public:
+  CancelAtReport(const WatchedListener& listener, int reports)
+      : fListener(listener), fMost(reports) {}
+  bool IsCancel() override {
+    Note();
+    return fListener.fNReports >= fMost;
+  }
+
+ private:
+  const WatchedListener& fListener;
+  int fMost;
+};
+
 }  // namespace MCTest
