@@ -4,7 +4,7 @@
 # Then:
 #   make build   optimised build in build/release, with tests and benchmarks
 #   make bench   what the hot paths cost
-#   make bench-growth  how times grow with categories, cases and columns
+#   make bench-growth  how times grow with categories, cases, columns and lengths of words
 #   make bench-end  what whole runs cost, in time and memory (OLD=path: beside another build of the program)
 #   make compare OLD=path  every output of this build beside those of another build of the program
 #   make asan    the test suite under AddressSanitizer and UBSan
