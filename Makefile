@@ -11,11 +11,12 @@
 #   make fuzz    every fuzz target for FUZZ_SECONDS (600 unless given) seconds
 #   make package  a Debian package and an archive with everything inside, in build/release/packages
 #   make check-package  install and run both on a Debian that has nothing else (needs root)
+#   make check-exact  exact p-values beside an independent computation, on tables of real data
 #   make evaluator  set up the independent evaluator of model files, for the tests (needs Java)
 #   make tidy    clang-tidy over the sources of program and libraries
 #   make format  clang-format over all sources
 #   make clean   removes everything that was built
-.PHONY: demo test program build bench bench-growth bench-end compare asan fuzz package check-package evaluator tidy format clean
+.PHONY: demo test program build bench bench-growth bench-end compare check-exact asan fuzz package check-package evaluator tidy format clean
 
 demo: program
 	@scripts/demo
@@ -45,6 +46,11 @@ bench-end: program
 
 compare: program
 	tests/apps/compare_programs.py $(OLD) build/release/bin/predselect
+
+check-exact: program
+	python3 -m venv .venv-exact
+	.venv-exact/bin/python3 -m pip install --quiet -r scripts/requirements-exact.txt
+	.venv-exact/bin/python3 tests/apps/check_exact.py build/release/bin/predselect
 
 asan:
 	@scripts/setup --tests

@@ -101,6 +101,34 @@ BENCHMARK(BM_ForwardSelection)
     ->Args({5000, 10})
     ->Unit(benchmark::kMillisecond);
 
+// Many classes, or many candidates: the time of a step on its own must not grow with them.
+void BM_LargeSelection(benchmark::State& state) {
+  const int cases = 4000, inputs = static_cast<int>(state.range(0));
+  const int classes = static_cast<int>(state.range(1));
+  Columns data(cases, inputs, kCategories, classes);
+  NaiveBayesSettings settings;
+  settings.SetMaxRecordsInMemory(cases);
+  for (auto _ : state) {
+    data.NewPass();
+    NBAlgorithm algorithm(settings,
+                          MakeList(inputs, kCategories, classes, INBVariable::kPossibleInput));
+    NBSelectionResult result;
+    if (algorithm.SelectAttributes({.fData = data, .fNRecords = cases, .fSize = 3}, result)
+            .IsError()) {
+      state.SkipWithError("selection failed");
+    }
+  }
+  ReportTime(state, "record_candidate_class", 1.0 * cases * (3.0 * inputs - 3) * classes);
+}
+BENCHMARK(BM_LargeSelection)
+    ->ArgNames({"inputs", "classes"})
+    ->Args({8, 1000})
+    ->Args({8, 4000})
+    ->Args({8, 16000})
+    ->Args({500, 3})
+    ->Args({2000, 3})
+    ->Unit(benchmark::kMillisecond);
+
 void BM_Training(benchmark::State& state) {
   const int cases = static_cast<int>(state.range(0));
   Columns data(cases, kInputs, kCategories, 3);

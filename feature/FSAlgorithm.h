@@ -78,7 +78,8 @@ class FSAlgorithm final : public IFSAlgorithm {
 
  private:
   template <class Archive, class Self>
-  static void Fields(Archive& archive, Self& self);
+  static void Fields(Archive& archive, Self& self, bool exact);
+  bool IsGrown() const;  // p-values are exact
   template <class Stage>
   MCFeature::MCStatus Run(Stage stage);
 

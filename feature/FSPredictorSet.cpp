@@ -208,7 +208,9 @@ bool FSPredictorSet::GetPredictorStats(int criterion, int predictor, double& val
   const FSCriterion* row = FSCriterion::Find(criterion);
   if (row == nullptr || !IsThere(predictor)) return false;
   const FSScore& score = fCounts.ScoreOf(static_cast<std::size_t>(predictor), row->fCode);
-  return row->GetOutputs(score, value, out2, out3, out4);
+  if (!row->GetOutputs(score, value, out2, out3, out4)) return false;
+  if (fpSettings->ArePValuesExact() && row->HasSignificance()) value = score.fTest.P();
+  return true;
 }
 
 MCCommon::LeakTraits FSPredictorSet::GetLeakTraits(int predictor) const {

@@ -198,7 +198,9 @@ bool FSSettings::FindDifference(const FSSettings& other, MCFeature::MergeObstacl
       {fCaseIDPosition == other.fCaseIDPosition, MCFeature::kCaseIDColumn},
       {fWeightPosition == other.fWeightPosition, MCFeature::kWeightColumn},
       {fWeightToFreq == other.fWeightToFreq, MCFeature::kWeightRounding},
-      {fSetType == other.fSetType && fCriteria == other.fCriteria, MCFeature::kCriteria},
+      {fSetType == other.fSetType && fCriteria == other.fCriteria &&
+           fbExactPValues == other.fbExactPValues,
+       MCFeature::kCriteria},
       {HasRulesOf(other), MCFeature::kScreeningRules},
   };
   for (const auto& [same, obstacle] : checks) {
@@ -224,6 +226,7 @@ void FSSettings::Display(std::ostream& out) const {
   for (const FSCriterion& criterion : FSCriterion::All()) {
     line(criterion.fName, GetCriterion(criterion.fCode));
   }
+  line("Exact p-values", fbExactPValues);
   line("Progress listener", static_cast<const void*>(fpListener));
   line("Cancel probe", static_cast<const void*>(fpCancel));
   line("Records skipped between progress reports", fNSkippedRecords);

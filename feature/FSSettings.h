@@ -53,6 +53,12 @@ class FSSettings {
   // suit the target and the predictors, the first that does. REQUIRES: a code of the enumeration.
   MCFSCommon::RankCriteria GetMainCriterion(MCFSCommon::RankCriteria asked) const;
 
+  // Whether criteria with a p-value rank by the exact upper tail (FSTail) on the logarithmic scale,
+  // then by the size of the statistic, and give that p-value; without it p is 1 - c of the
+  // distribution function, which rounds to 0 below 1e-16. Set before the predictors are ranked.
+  bool ArePValuesExact() const { return fbExactPValues; }
+  void SetExactPValues(bool on) { fbExactPValues = on; }
+
   // The default number of best predictors among n (n < 1: among all): the integer part of
   // min(x, max(30, 2 sqrt(x))) + 0.5.
   int GetNBestPredictors(int n) const;
@@ -146,6 +152,7 @@ class FSSettings {
   MCFSCommon::PredictorSetType fSetType = MCFSCommon::kNoPredictors;
   bool fbCatTarget = true;
   Criteria fCriteria{};
+  bool fbExactPValues = false;
   ProgressListener* fpListener = nullptr;
   MCQueryCancel* fpCancel = nullptr;
   int fNSkippedRecords = 99;

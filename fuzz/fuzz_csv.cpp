@@ -20,7 +20,7 @@
 #include "fuzz/FuzzCheck.h"
 #include "host/arrow/CsvInspector.h"
 #include "host/arrow/CsvSource.h"
-#include "host/arrow/CsvWriter.h"
+#include "host/arrow/DataFile.h"
 #include "host/data/MemoryTable.h"
 #include "host/data/StreamedTable.h"
 #include "host/session/HostIOError.h"
@@ -127,7 +127,7 @@ class ScratchFolder {
   ScratchFolder(const ScratchFolder&) = delete;
   ScratchFolder& operator=(const ScratchFolder&) = delete;
   ~ScratchFolder() { std::filesystem::remove_all(fPath); }
-  std::string File() const { return (fPath / kName).string(); }
+  std::string File(const char* name) const { return (fPath / name).string(); }
 
  private:
   std::filesystem::path fPath;
@@ -152,17 +152,25 @@ CsvRules RulesOfCopy(const CsvRules& rules, const DataTable& table) {
 void CheckTable(const std::string& text, const CsvRules& rules, std::int64_t nCases) {
   static const ScratchFolder folder;
   try {
-    CsvSource source(kName, text, rules);
-    MemoryTable table(source);
+    MemoryTable table(std::make_unique<CsvSource>(kName, text, rules));
     const std::string contents = ContentsOf(table);
     Require(table.CaseCount() == nCases, "the table has the cases that were counted", contents);
     StreamedTable streamed(std::make_unique<CsvSource>(kName, text, rules));
     Require(ContentsOf(streamed) == contents, "streaming changes nothing", contents);
-    MCHost::WriteCsv(table, folder.File(), rules.fDelimiter);
-    CsvSource copy(kName, ReadFile(folder.File()), RulesOfCopy(rules, table));
+    const std::string copied = folder.File(rules.fDelimiter == '\t' ? "t.tsv" : "t.csv");
+    MCHost::WriteDataFile(table, copied);
+    Require(ReadFile(copied) == text, "saving what was read changes no byte", text);
+    CsvSource source(kName, text, rules);
+    MemoryTable cells(source);  // which no longer knows the text
+    MCHost::WriteDataFile(cells, copied);
+    CsvSource copy(kName, ReadFile(copied), RulesOfCopy(rules, table));
     MemoryTable again(copy);
     const std::string after = ContentsOf(again);
     Require(after == contents, "writing and reading changes nothing", contents + "\n" + after);
+    MCHost::WriteDataFile(table, folder.File("t.arrow"));
+    const std::string kept = ContentsOf(
+        *MCHost::OpenDataFile(folder.File("t.arrow"), {}, MCHost::TableStorage::kMemory));
+    Require(kept.starts_with(std::to_string(nCases) + " cases\n"), "columns have the cases", kept);
   } catch (const HostIOError& error) {
     Require(false, "what was inspected can be read", error.what());
   }

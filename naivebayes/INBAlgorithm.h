@@ -117,10 +117,6 @@ class INBAlgorithm {
   // The model's predictors.
   virtual int GetNumberOfInputVars() const = 0;
 
-  // What the rules about leaks look at, of every predictor that was counted last, whether the model
-  // kept it or not. Empty for a restored model.
-  virtual const std::vector<NBInputTraits>& GetLeakTraits() const = 0;
-
   virtual void SetProgressListener(ProgressListener* listener) = 0;
   virtual const NaiveBayesSettings& GetSettings() const = 0;
   virtual const NBVarList& GetVarList() const = 0;
@@ -145,4 +141,8 @@ class INBAlgorithm {
   // Training records of a category; -1 where only their weight is known: saved state does not hold
   // the number. 0 <= category < GetNTargetCategories().
   virtual int GetTargetCategoryRecords(int category) const = 0;
+
+  // What the rules about leaks look at, of every predictor that was counted last, whether the model
+  // kept it or not. Empty for a restored model.
+  virtual const std::vector<NBInputTraits>& GetLeakTraits() const = 0;
 };

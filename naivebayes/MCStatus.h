@@ -38,6 +38,9 @@ enum StatusCode : std::int64_t {
   kTooFewRecords = 70020,       // fewer than 2 training records
   kNoMemory = 70021,            // the operation takes more memory than there is
   kWeightNotFinite = 70022,     // the training weights add up beyond the range of a double
+  kUserMissingUnusable = 70023,  // a definition that no value can meet; data: variable
+  kRoleTwice = 70024,            // a second target or weight; data: variable
+  kNoBins = 70025,               // a continuous input without an encoder; data: variable
   // Set by the procedure that drives the component.
   kVariablesNotMade = 2,  // the new variables cannot be named as asked
   kDataUnusable = 70000   // no case, a constant target, or reading failed

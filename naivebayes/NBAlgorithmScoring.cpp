@@ -175,8 +175,7 @@ MCStatus NBAlgorithm::DoComputeStats(RecordIterator& records, NBOutputStatistics
   if (!fpPreparator) return MCNaive::Error(MCNaive::kNoPreparator);
   if (limit == 0 || !records.HasMore()) return MCNaive::Error(MCNaive::kNoRecordsToProcess);
   stats.Reset(fOutput.GetNCategories());
-  const std::size_t most =
-      RecordBlock::PreferredCases(static_cast<std::size_t>(fOutput.GetNCategories()));
+  const std::size_t most = NBScoredBlock::PreferredCases(fOutput.GetNCategories(), fNInputs);
   NBScoredBlock scored;
   MCStatus status;
   int nAccepted = 0;

@@ -71,7 +71,7 @@ void NBAlgorithm::FinishCounts() {
   fvKeptInputs.resize(fInputs.size());
   std::iota(fvKeptInputs.begin(), fvKeptInputs.end(), 0);
   // From the last to the first, so that the positions not yet visited stay valid.
-  for (int j = static_cast<int>(fInputs.size()) - 1; j >= 0; --j) {
+  for (int j = static_cast<int>(fInputs.size()) - 1; j >= 0 && !fCancel.IsCancel(); --j) {
     if (fInputs[j].ComputeProbabilities(fTotalWeight) >= 2) continue;
     const int index = fInputs[j].GetVarIndex();
     if (fVarList.GetVariableRole(index) == INBVariable::kInput) {
@@ -159,6 +159,6 @@ MCStatus NBAlgorithm::DoMerge(const INBAlgorithm* other, bool computeProbabiliti
   fpPreparator->UpdateNCats();
   if (!computeProbabilities) return fStatus;
   FinishCounts();
-  fpPreparator->RebinEncoders(fInputs);
+  if (!MustStop()) fpPreparator->RebinEncoders(fInputs);
   return fStatus;
 }

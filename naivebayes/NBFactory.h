@@ -10,7 +10,9 @@
 class NBFactory {
  public:
   // A component with copies of the settings and the list; null, with status 3, when the list has no
-  // categorical target or a variable in use is constant or empty, 70021 for want of memory.
+  // categorical target or a variable in use is constant or empty, 70021 for want of memory, and,
+  // with the variable's index as datum 0: 70023 user-missing values that no value can meet, 70024
+  // a second target or weight, 70025 a continuous input without bins.
   std::unique_ptr<INBAlgorithm> CreateNBAlgorithm(NaiveBayesSettings& settings, NBVarList& varList);
 
   // A component as INBAlgorithm::SaveState or SaveStateXML wrote it, which goes on where that one

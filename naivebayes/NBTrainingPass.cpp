@@ -38,7 +38,7 @@ MCStatus NBTrainingPass::Run(NBCodeSource& source, bool hasWeight, NBayesOutput&
     if (codes == nullptr) break;
     const std::size_t cases = ReadCases(*codes);
     output.AddCases(codes->Targets(), codes->Weights(), cases);
-    for (int j = 0; j < codes->Inputs(); ++j) {
+    for (int j = 0; j < codes->Inputs() && !fCancel.IsCancel(); ++j) {
       if (hasWeight) {
         inputs[j].AddCases(codes->Codes(j), codes->Targets(), codes->Weights(), cases);
       } else {

@@ -17,6 +17,9 @@ constexpr Message kMessages[] = {
     {kNoInputToExport, "No predictor for the model file...", Message::kCode},
     {kTextNotForXML, "Model file cannot hold the texts of variable ^1...", Message::kVariable},
     {kNoMemory, "Not enough memory for the model...", Message::kNothing},
+    {kUserMissingUnusable, "User-missing values of ^1 cannot be met...", Message::kVariable},
+    {kRoleTwice, "Second target or weight ^1...", Message::kVariable},
+    {kNoBins, "Predictor ^1 has no bins...", Message::kVariable},
     {kWeightNotFinite, "Model file cannot hold the weights...", Message::kNothing},
 };
 constexpr Message kApplicationText = {

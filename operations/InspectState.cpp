@@ -60,8 +60,8 @@ class RankingColumns {
     BpGroup group = dimension.AddGroup(BpString(criterion.fHeading));
     fColumns.push_back(group.AddCategory(BpString("Rank"), BpProcedure::Count()));
     for (const FSOutput& output : criterion.fOutputs) {
-      fColumns.push_back(
-          group.AddCategory(BpString(output.fHeading), PRSFormatAmongOthers(output.fKind)));
+      fColumns.push_back(group.AddCategory(
+          BpString(output.fHeading), PRSFormatAmongOthers(output.fKind, *component.GetSettings())));
     }
   }
 
@@ -144,6 +144,7 @@ void ShowFeatureFacts(const IFSAlgorithm& component, const FeatureNames& names) 
   if (!names.Weight().empty()) facts.Add("Weight variable", names.Weight());
   facts.Add("Candidate predictors", settings.GetNPredictors());
   facts.Add("Ranking criteria", criteria);
+  if (settings.ArePValuesExact()) facts.Add("p-values", "exact");
   facts.Add("Valid cases", nValid);
   facts.Add("Excluded cases", nExcluded);
   facts.Add("Valid weight", valid);

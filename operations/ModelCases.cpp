@@ -81,7 +81,8 @@ ModelCases::ModelCases(const NBVarList& variables, ProcedureDataSource& source)
     if (isWrong) {
       fpAdapter->FixCategories(static_cast<int>(j), {});
     } else if (variable.GetMeasureLevel() != INBVariable::kContinuous) {
-      fpAdapter->FixCategories(static_cast<int>(j), CategoriesOf(variable));
+      fpAdapter->FixCategories(static_cast<int>(j), CategoriesOf(variable),
+                               MissingValuesOf(variable));
     }
   }
   if (fpStream->NewPass()) fpStream->SetLastPass();

@@ -1,9 +1,10 @@
 // The cases of a table as records of a saved Naive Bayes model: variables are matched by name,
 // values become the model's category codes.
 //
-// A category that the model has not seen, or a value that it takes as missing, is missing. What the
-// table declares as user-missing does not count: the run that built the model has decided whether
-// such values are excluded, and the model remembers. Model and data are borrowed.
+// A category that the model has not seen is UACategories::kUnseen, which models take as missing,
+// and a value that it takes as missing is missing. What the table declares as user-missing does not
+// count: the run that built the model has decided whether such values are excluded, and the model
+// remembers. Model and data are borrowed.
 #pragma once
 
 #include <cstddef>

@@ -3,7 +3,9 @@
 #include "common/MissingValue.h"
 #include "common/xml/XMLString.h"
 #include "naivebayes/encoders/NBCatNumEncoder.h"
+#include "naivebayes/encoders/NBNumericUserMissing.h"
 #include "naivebayes/encoders/NBStringEncoder.h"
+#include "naivebayes/encoders/NBStringUserMissing.h"
 #include "naivebayes/variables/INBVariable.h"
 
 namespace PredSelect {
@@ -32,6 +34,20 @@ std::vector<KOVA_Value> CategoriesOf(const INBVariable& variable) {
                                : KOVA_Value(CategoryText(variable, code)));
   }
   return values;
+}
+
+KOVA_MissingValues MissingValuesOf(const INBVariable& variable) {
+  KOVA_MissingValues missing;
+  const INBUserMissing* declared = variable.GetUserMissingInfo();
+  if (const auto* numbers = dynamic_cast<const NBNumericUserMissing*>(declared)) {
+    for (const double value : numbers->GetDiscreteValues()) missing.AddNumber(value);
+    const NBNumericInterval& range = numbers->GetInterval();
+    if (numbers->HasInterval()) missing.SetRange(range.GetLeftEnd(), range.GetRightEnd());
+  }
+  if (const auto* strings = dynamic_cast<const NBStringUserMissing*>(declared)) {
+    for (const std::string& value : strings->GetDiscreteValues()) missing.AddString(value);
+  }
+  return missing;
 }
 
 }  // namespace PredSelect

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "host/cases/KOVA_Value.h"
+#include "host/data/KOVA_MissingValues.h"
 
 class INBVariable;
 
@@ -17,5 +18,8 @@ double CategoryNumber(const INBVariable& variable, int code);
 
 // All of them by code: numbers of a numeric variable, texts of any other.
 std::vector<KOVA_Value> CategoriesOf(const INBVariable& variable);
+
+// The values that a categorical variable takes as missing.
+KOVA_MissingValues MissingValuesOf(const INBVariable& variable);
 
 }  // namespace PredSelect

@@ -23,6 +23,7 @@
 #include "operations/ModelCases.h"
 #include "operations/ModelCategories.h"
 #include "operations/RequestError.h"
+#include "operations/ScoringDrift.h"
 
 namespace PredSelect {
 
@@ -47,6 +48,9 @@ VarSpecObj Role(const char* name, const KOVA_DataSource& source) {
 
 void AddPredicted(KOVA_DataSource& source, const std::string& asked, const INBVariable& target,
                   Predictions& predictions) {
+  if (asked != ScoreRequest{}.fPredicted && source.FindVariable(asked) >= 0) {
+    throw RequestError("predicted", "the data have a variable \"" + asked + "\" already.");
+  }
   KovaVarName name;
   if (!Role("--predicted", source).NewVarNameByRoot(KovaVarName(asked), name)) {
     throw RequestError("predicted", "\"" + asked + "\" cannot name a new variable.");
@@ -93,12 +97,12 @@ void AddProbabilities(KOVA_DataSource& source, const std::string& root, const IN
 
 // False when the user stopped it.
 bool Score(const INBAlgorithm& model, ProcedureDataSource& source, const Surroundings& surroundings,
-           Predictions& predictions, ModelCases& cases) {
+           Predictions& predictions, ModelCases& cases, DriftCounter& drift) {
   const KOVA_Variable& predicted = source.GetVariable(predictions.fPredicted);
   predictions.fWriter.emplace(predictions.fPredicted, predictions.fCategories, predicted.GetType(),
                               predictions.fProbabilities);
-  const auto nCategories = static_cast<std::size_t>(model.GetNTargetCategories());
-  const std::size_t most = MCCommon::RecordBlock::PreferredCases(nCategories);
+  const std::size_t most =
+      NBScoredBlock::PreferredCases(model.GetNTargetCategories(), model.GetNumberOfInputVars());
   NBScoredBlock scored;
   for (;;) {
     const MCCommon::RecordBlock& block = cases.NextBlock(most);
@@ -109,12 +113,13 @@ bool Score(const INBAlgorithm& model, ProcedureDataSource& source, const Surroun
     MCCommon::Assert(!status.IsError(), "the model was built", "operations/ScoreTable");
     predictions.fWriter->Store(*cases.Stream().GetProcDS(), cases.Stream().GetBlockPlaces(),
                                scored.GetWinners(), scored.GetProbabilities());
+    drift.Count(block, scored);
     predictions.fNScored +=
         std::ranges::count_if(scored.GetWinners(), [](int winner) { return winner >= 0; });
   }
 }
 
-void ShowCounts(const DataTable& table, const Predictions& predictions) {
+void ShowCounts(const DataTable& table, const Predictions& predictions, const ScoringDrift& drift) {
   BpPivotTable counts("Scoring", "Scoring");
   BpDimension rows = counts.RowDimension("Cases");
   BpDimension columns = counts.ColumnDimension("Statistics");
@@ -124,6 +129,8 @@ void ShowCounts(const DataTable& table, const Predictions& predictions) {
   counts.SetCell({rows.AddCategory(BpString("Predicted")), n}, nScored);
   counts.SetCell({rows.AddCategory(BpString("Not predicted")), n}, nCases - nScored);
   counts.SetCell({rows.AddCategory(BpString("Total")), n}, nCases);
+  counts.SetCell({rows.AddCategory(BpString("Without a Usable Predictor")), n},
+                 static_cast<double>(drift.fNUnusable));
   counts.Show();
 }
 
@@ -135,7 +142,8 @@ const INBAlgorithm& ModelOf(const ComponentFile& state, const std::string& name)
 }
 
 Outcome ScoreTable(DataTable& table, const INBAlgorithm& model, MCHost::OutputDocument& document,
-                   const ScoreRequest& request, const Surroundings& surroundings) {
+                   const ScoreRequest& request, const Surroundings& surroundings,
+                   ScoringDrift* drift) {
   const INBVariable& target = *model.GetVarList().GetVarAt(model.GetVarList().GetTargetIndex());
   MCHost::Session session(table, document);
   const MCHost::SessionScope scope(session);
@@ -150,9 +158,12 @@ Outcome ScoreTable(DataTable& table, const INBAlgorithm& model, MCHost::OutputDo
   (void)ProbabilityNames(source, request.fProbabilities, target);
   AddPredicted(source, request.fPredicted, target, predictions);
   AddProbabilities(source, request.fProbabilities, target, predictions);
-  if (!Score(model, source, surroundings, predictions, cases)) return Outcome::kCancelled;
+  DriftCounter counter(model);
+  if (!Score(model, source, surroundings, predictions, cases, counter)) return Outcome::kCancelled;
   RecordNewVariables(table, before, run);
-  ShowCounts(table, predictions);
+  ShowCounts(table, predictions, counter.Drift());
+  ShowDrift(counter.Drift());
+  if (drift != nullptr) *drift = counter.Drift();
   run.fbCompleted = true;
   return Outcome::kCompleted;
 }

@@ -7,6 +7,9 @@
 
 class INBAlgorithm;
 struct ComponentFile;
+namespace PredSelect {
+struct ScoringDrift;
+}
 
 namespace MCHost {
 class DataTable;
@@ -16,7 +19,8 @@ class OutputDocument;
 namespace PredSelect {
 
 struct ScoreRequest {
-  std::string fPredicted = "PredictedValue";            // name of the predicted value
+  std::string fPredicted = "PredictedValue";            // name of the predicted value; only this
+                                                        // one gets a number where it is taken
   std::string fProbabilities = "PredictedProbability";  // root of the names, empty for none
 };
 
@@ -25,15 +29,17 @@ struct ScoreRequest {
 const INBAlgorithm& ModelOf(const ComponentFile& state, const std::string& name);
 
 // Adds the predicted value and, if asked for, the predicted probability of each category to the
-// table, and shows how many cases were predicted, in a run of the document, whose data source is
-// the caller's to name. Names that are taken get a number. A case without a prediction has missing
-// cells. Completed or cancelled. Throws RequestError for a table that does not fit the model (no
-// option) and for names that cannot be used (predicted, probabilities); MCHost::HostIOError. What
-// is cancelled, or refused for a value that a case has, leaves new variables in the table, filled
-// in part.
+// table, and shows how many cases were predicted and how they differ from those that the model was
+// built on, in a run of the document, whose data source is the caller's to name. The differences
+// go to `drift`, too, unless it is null or the operation does not complete. Names that are taken
+// get a number, but a name of the predicted value that the caller chose is refused. A case without
+// a prediction has missing cells. Completed or cancelled. Throws RequestError for a table that does
+// not fit the model (no option) and for names that cannot be used (predicted, probabilities);
+// MCHost::HostIOError. What is cancelled, or refused for a value that a case has, leaves new
+// variables in the table, filled in part.
 // REQUIRES: the table was prepared; the model was built, as one from a state always is.
 Outcome ScoreTable(MCHost::DataTable& table, const INBAlgorithm& model,
                    MCHost::OutputDocument& document, const ScoreRequest& request,
-                   const Surroundings& surroundings);
+                   const Surroundings& surroundings, ScoringDrift* drift = nullptr);
 
 }  // namespace PredSelect

@@ -1,5 +1,7 @@
 #include "operations/TableOptions.h"
 
+#include <algorithm>
+
 #include "host/data/DataTable.h"
 #include "host/data/KOVA_DataSource.h"
 #include "host/data/MeasurementLevels.h"
@@ -42,6 +44,18 @@ void PrepareTable(DataTable& table, const TableOptions& options) {
   for (const auto& [name, level] : options.fLevels) ApplyLevel(table, name, level);
   if (!options.fWeight.empty()) ApplyWeight(table, options.fWeight);
   MCHost::SettleMeasurementLevels(table);
+}
+
+std::vector<int> KeyColumns(DataTable& table, const std::vector<std::string>& names) {
+  std::vector<int> columns;
+  for (const std::string& name : names) {
+    const int column = FindVariable(table, name, "id");
+    if (std::find(columns.begin(), columns.end(), column) != columns.end()) {
+      throw RequestError("id", "\"" + name + "\" comes twice.");
+    }
+    columns.push_back(column);
+  }
+  return columns;
 }
 
 }  // namespace PredSelect

@@ -28,4 +28,8 @@ struct TableOptions {
 // RequestError (level, weight) for a variable that is not there, a text as scale or as a weight.
 void PrepareTable(MCHost::DataTable& table, const TableOptions& options);
 
+// The columns of the data that are to tell its cases apart where predictions are saved without the
+// others. Throws RequestError (id) for a variable that is not there, or comes twice.
+std::vector<int> KeyColumns(MCHost::DataTable& table, const std::vector<std::string>& names);
+
 }  // namespace PredSelect

@@ -1,8 +1,10 @@
 #include "apps/predselect/FileUses.h"
 
 #include <filesystem>
+#include <system_error>
 
 #include "apps/predselect/Options.h"
+#include "apps/predselect/UsageError.h"
 #include "host/arrow/DataFile.h"
 #include "host/session/OutputFile.h"
 #include "host/session/SameFile.h"
@@ -12,12 +14,13 @@ namespace PredSelectApp {
 
 std::vector<FileUse> FilesOf(const Options& options) {
   std::vector<FileUse> files = {
-      {options.fData.fFile, "--data", "the data", false, true},
+      {options.fData.fFile, "--data", "the data", false},
       {options.fData.fSchema, "--schema", "the schema", false},
       {options.fCommandFile, "--file", "the commands", false},
       {options.fResult.fFile, "--output", "the output", true},
       {options.fSaveState, "--save-state", "the state", true},
-      {options.fSaveData, "--save-data", "the data to be saved", true, true}};
+      {options.fSave.fFile, "--save-data", "the data to be saved", true, true},
+      {options.fDrift, "--drift", "the drift report", true}};
   if (options.fAction != Options::kMerge && !options.fStates.empty()) {
     files.push_back({options.fStates.front(), "the state", "the state", false});
   }
@@ -39,9 +42,19 @@ std::string UseOf(const std::string& path, const Options& options) {
   return MayBeResultDocument(path, options) ? "a result document" : "";
 }
 
+bool MayBeSaved(const SaveOptions& save) {
+  std::error_code error;
+  return save.fbForce || !std::filesystem::is_regular_file(save.fFile, error);
+}
+
 void CheckOutputs(const Options& options) {
   if (!options.fResult.fFile.empty()) MCHost::OutputFile::Check(options.fResult.fFile);
-  if (!options.fSaveData.empty()) MCHost::CheckDataFile(options.fSaveData);
+  const std::string& saved = options.fSave.fFile;
+  if (!saved.empty()) MCHost::CheckDataFile(saved);
+  if (!saved.empty() && !MayBeSaved(options.fSave)) {
+    throw UsageError("--save-data: \"" + saved + "\" is there already; --force replaces it.");
+  }
+  if (!options.fDrift.empty()) MCHost::CheckDataFile(options.fDrift);
   PredSelect::CheckOutputs({.fStatePath = options.fSaveState, .fResultsFolder = options.fResults});
 }
 

@@ -8,13 +8,14 @@
 namespace PredSelectApp {
 
 struct Options;
+struct SaveOptions;
 
 struct FileUse {
   std::string fPath;
   const char* fOption;  // as the user knows it
   const char* fUse;     // in words
   bool fbWritten;
-  bool fbTable = false;  // the table itself, which may go back to where it came from
+  bool fbTable = false;  // the data to be saved, which take the place of an input on demand
 };
 
 // Those that the options name. States that are merged are not among them: the whole may take the
@@ -27,7 +28,11 @@ bool MayBeResultDocument(const std::string& path, const Options& options);
 // What a file is there for that nothing else may be written over; empty for any other file.
 std::string UseOf(const std::string& path, const Options& options);
 
-// Finds before the work what could not be written after it. Throws MCHost::HostIOError.
+// Whether there is no file that saved data would take the place of, or that is wanted.
+bool MayBeSaved(const SaveOptions& save);
+
+// Finds before the work what could not be written after it. Throws MCHost::HostIOError, and
+// UsageError for data to be saved over a file that is there, unless that is wanted.
 void CheckOutputs(const Options& options);
 
 }  // namespace PredSelectApp

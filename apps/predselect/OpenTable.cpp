@@ -50,6 +50,7 @@ std::unique_ptr<DataTable> OpenTable(const DataOptions& options) {
   PredSelect::TableOptions said;
   MCHost::DataFileOptions file;
   file.fNullTokens = options.fNullTokens;
+  file.fbKeepOriginal = options.fbSaved;
   if (!options.fSchema.empty()) {
     said.fSchema = MCHost::TableSchema::Read(options.fSchema);
     file.fTypes = said.fSchema->Types();

@@ -44,6 +44,9 @@ constexpr const char* kExamples = R"(Examples:
     predselect run --data old.csv -c "NAIVEBAYES income" --save-state model.bin
     predselect score --model model.bin --data new.csv --save-data predicted.csv
 
+  Its predictions alone, beside the columns that tell the cases apart:
+    predselect score --model model.bin --data new.csv --save-data keyed.csv --only-new --id id
+
 Exit codes: 0 all commands completed, 1 a command reported an error, 2 wrong usage,
 3 data could not be read or written, 70 internal error, 130 cancelled.
 "predselect run --help" tells the options and the syntax of the commands.)";
@@ -140,7 +143,23 @@ void AddMemory(CLI::App& command, double& memory) {
       ->type_name("SIZE|auto");
 }
 
-// Two results in one file would leave only the last, and what is read must stay.
+CLI::Option* AddSaveOptions(CLI::App& command, const std::string& what, SaveOptions& save) {
+  CLI::Option* file = command.add_option(
+      "--save-data", save.fFile,
+      "Write the table with the " + what + ": .csv, .tsv, .parquet, .arrow or .feather");
+  file->type_name("FILE");
+  CLI::Option* onlyNew =
+      command.add_flag("--only-new", save.fbOnlyNew, "Save the " + what + " alone")->needs(file);
+  command.add_option("--id", save.fKeys, "Save these columns of the data before them")
+      ->type_name("COL...")
+      ->needs(onlyNew);
+  command.add_flag("--force", save.fbForce, "Save over a file that is there, an input as well")
+      ->needs(file);
+  return file;
+}
+
+// Two results in one file would leave only the last, and what is read must stay; a table may take
+// the place of what it was made from where that is asked for.
 void RefuseOneFileForTwo(const Options& options) {
   const std::vector<FileUse> files = FilesOf(options);
   for (const FileUse& file : files) {
@@ -149,10 +168,12 @@ void RefuseOneFileForTwo(const Options& options) {
       throw CLI::ValidationError(file.fOption, quoted + " may be a document of --results, too");
     }
     for (const FileUse& other : files) {
-      const bool isFree = !file.fbWritten || &file == &other || (file.fbTable && other.fbTable);
+      const bool isForced = file.fbTable && !other.fbWritten;
+      const bool isFree = !file.fbWritten || &file == &other || (isForced && options.fSave.fbForce);
       if (isFree || !MCHost::IsSameFile(file.fPath, other.fPath)) continue;
-      throw CLI::ValidationError(file.fOption,
-                                 quoted + " is the file of " + other.fOption + ", too");
+      throw CLI::ValidationError(file.fOption, quoted + " is the file of " + other.fOption +
+                                                   ", too" +
+                                                   (isForced ? "; --force replaces it" : ""));
     }
   }
 }
@@ -184,11 +205,7 @@ CLI::App* AddScore(CLI::App& app, Options& options) {
   CLI::App* score = app.add_subcommand("score", "Predict new data with a saved Naive Bayes model");
   AddState(*score, "--model", options, false);
   AddDataOptions(*score, options.fData);
-  score
-      ->add_option("--save-data", options.fSaveData,
-                   "Write the table with the predictions: .csv, .tsv, .parquet or .feather")
-      ->required()
-      ->type_name("FILE");
+  AddSaveOptions(*score, "predictions", options.fSave)->required();
   score->add_option("--predicted", options.fPredicted, "Name of the predicted value")
       ->type_name("NAME")
       ->capture_default_str();
@@ -197,6 +214,11 @@ CLI::App* AddScore(CLI::App& app, Options& options) {
                    "Root of the names of the predicted probabilities; \"\" for none")
       ->type_name("ROOT")
       ->capture_default_str();
+  score
+      ->add_option("--drift", options.fDrift,
+                   "Write how the data differ from those that the model was built on, a row a "
+                   "predictor: .csv, .tsv, .parquet or .feather")
+      ->type_name("FILE");
   AddResultOptions(*score, options.fResult);
   return score;
 }
@@ -232,9 +254,7 @@ Options ParseOptions(int argc, char** argv) {
       ->type_name("FILE")
       ->excludes(text);
   AddResultOptions(*run, options.fResult);
-  run->add_option("--save-data", options.fSaveData,
-                  "Write the table with the new variables: .csv, .tsv, .parquet or .feather")
-      ->type_name("FILE");
+  AddSaveOptions(*run, "new variables", options.fSave);
   run->add_option("--save-state", options.fSaveState,
                   "Save what the last command's engine has counted: .bin or .xml")
       ->type_name("FILE")
@@ -270,6 +290,7 @@ Options ParseOptions(int argc, char** argv) {
     for (const auto& [command, action] : actions) {
       if (command->parsed()) options.fAction = action;
     }
+    options.fData.fbSaved = !options.fSave.fFile.empty();
     RefuseOneFileForTwo(options);
   } catch (const CLI::ParseError& error) {
     options.fAction = Options::kNone;

@@ -17,6 +17,15 @@ struct DataOptions {
   std::vector<std::string> fLevels;      // "variable=nominal|ordinal|scale"
   std::vector<std::string> fNullTokens;  // further texts that mean null in CSV and TSV
   bool fbStream = false;                 // read again on every pass instead of keeping in memory
+  bool fbSaved = false;                  // they are written again with what is added to them
+};
+
+// Where the table goes with its new variables, and what of it.
+struct SaveOptions {
+  std::string fFile;               // empty: it is not written
+  bool fbOnlyNew = false;          // without the columns of the data
+  std::vector<std::string> fKeys;  // but with these, before the new ones
+  bool fbForce = false;            // over a file that is there
 };
 
 // Where results go and how they look.
@@ -35,15 +44,16 @@ struct Options {
   Action fAction = kNone;
   DataOptions fData;
   ResultOptions fResult;
+  SaveOptions fSave;
   std::string fCommandText;          // -c
   std::string fCommandFile;          // -f, "-" for standard input
-  std::string fSaveData;             // empty: the table is not written
   std::string fSaveState;            // run: empty for none; merge: the merged component
   std::string fResults;              // run: directory of the result documents, empty for none
   std::vector<std::string> fStates;  // inspect and score: one; merge: two or more
   bool fbAllowEqual = false;         // merge: states of the same counts are taken, too
   std::string fPredicted = "PredictedValue";            // score: name of the predicted value
   std::string fProbabilities = "PredictedProbability";  // score: root, empty for none
+  std::string fDrift;    // score: file of what differs from the training data, empty for none
   double fMemory = 0.0;  // run: kilobytes for cases, 0 for as the commands say
   int fExitCode = 0;     // for kNone: help was shown (0) or the usage was wrong
 };

@@ -15,9 +15,9 @@
 #include "apps/predselect/Options.h"
 #include "apps/predselect/ProgramSurroundings.h"
 #include "apps/predselect/ProgressLine.h"
+#include "apps/predselect/SaveTable.h"
 #include "apps/predselect/Terminal.h"
 #include "apps/predselect/UsageError.h"
-#include "host/arrow/DataFile.h"
 #include "host/command/CommandSplitter.h"
 #include "host/data/DataTable.h"
 #include "host/session/HostIOError.h"
@@ -52,13 +52,13 @@ std::string ReadCommandText(const Options& options) {
 }
 
 // Writes the table where that is wanted and the commands have filled it. Returns the exit code.
-int SaveData(DataTable& table, const std::string& path, PredSelect::Outcome outcome) {
+int SaveData(const SaveTable& saved, const std::string& path, PredSelect::Outcome outcome) {
   const int code = ExitCodeOf(outcome);
   if (path.empty()) return code;
   std::string trouble = path + " was not written, since not all commands completed.";
   try {
     if (code == kCompleted || outcome == PredSelect::Outcome::kFileLost) {
-      MCHost::WriteDataFile(table, path);
+      saved.Write();
       return code;
     }
   } catch (const MCHost::HostIOError& error) {
@@ -87,6 +87,7 @@ int RunCommands(const Options& options) {
     throw UsageError("there is no command to run; see predselect run --help.");
   }
   const std::unique_ptr<DataTable> table = OpenTable(options.fData);
+  const SaveTable saved(*table, options.fSave);
   ShowNotes(*table, options.fResult);
 
   ProgressLine progress(IsErrorTerminal() && options.fResult.fbProgress &&
@@ -101,7 +102,7 @@ int RunCommands(const Options& options) {
 
   // Files first, whatever becomes of the reader of the results; and results whatever becomes of
   // the file.
-  const int code = SaveData(*table, options.fSaveData, outcome);
+  const int code = SaveData(saved, options.fSave.fFile, outcome);
   WriteDocument(document, options.fResult);
   return code;
 }

@@ -8,9 +8,12 @@
 #include "apps/predselect/Options.h"
 #include "apps/predselect/ProgramSurroundings.h"
 #include "apps/predselect/ProgressLine.h"
+#include "apps/predselect/SaveTable.h"
 #include "apps/predselect/Terminal.h"
 #include "host/arrow/DataFile.h"
+#include "host/data/MemoryTable.h"
 #include "operations/ScoreTable.h"
+#include "operations/ScoringDrift.h"
 #include "operations/StateFile.h"
 
 namespace PredSelectApp {
@@ -20,14 +23,20 @@ int ScoreData(const Options& options) {
   const ComponentFile state = PredSelect::LoadState(path);
   const INBAlgorithm& model = PredSelect::ModelOf(state, path);
   const std::unique_ptr<MCHost::DataTable> table = OpenTable(options.fData);
+  const SaveTable saved(*table, options.fSave);
   ProgressLine progress(false);
   LiveOutput document(options.fResult, progress, options.fData.fFile);
+  PredSelect::ScoringDrift drift;
   const PredSelect::Outcome outcome =
       PredSelect::ScoreTable(*table, model, document, {options.fPredicted, options.fProbabilities},
-                             ProgramSurroundings(progress));
+                             ProgramSurroundings(progress), &drift);
   if (outcome != PredSelect::Outcome::kCompleted) return ExitCodeOf(outcome);
-  MCHost::WriteDataFile(*table, options.fSaveData);
-  document.CurrentRun().fFiles.push_back(options.fSaveData);
+  saved.Write();
+  document.CurrentRun().fFiles.push_back(options.fSave.fFile);
+  if (!options.fDrift.empty()) {
+    MCHost::WriteDataFile(*PredSelect::DriftTable(drift), options.fDrift);
+    document.CurrentRun().fFiles.push_back(options.fDrift);
+  }
   WriteDocument(document, options.fResult);
   return kCompleted;
 }

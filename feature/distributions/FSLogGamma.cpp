@@ -6,9 +6,8 @@
 
 double FSLogGamma::StirlingRest(double a) {
   // B(2k) / (2k (2k - 1)).
-  constexpr double kTerms[] = {1.0 / 12.0,      -1.0 / 360.0,         1.0 / 1260.0, -1.0 / 1680.0,
-                               1.0 / 1188.0,    -691.0 / 360360.0,    1.0 / 156.0,
-                               -3617.0 / 122400.0};
+  constexpr double kTerms[] = {1.0 / 12.0,   -1.0 / 360.0,      1.0 / 1260.0, -1.0 / 1680.0,
+                               1.0 / 1188.0, -691.0 / 360360.0, 1.0 / 156.0,  -3617.0 / 122400.0};
   return FSNumerics::Polynomial(kTerms, 1.0 / (a * a)) / a;
 }
 

@@ -1,6 +1,6 @@
 // The upper tail of F as a beta integral: x = df1 F / (df1 F + df2), a = df1 / 2, b = df2 / 2. Both
-// sides x and y = 1 - x, their logarithms and the distance from the mean are taken from F itself, so
-// that none is the difference of the others. Used by FSTail; not part of the interface.
+// sides x and y = 1 - x, their logarithms and the distance from the mean are taken from F itself,
+// so that none is the difference of the others. Used by FSTail; not part of the interface.
 #pragma once
 
 #include <optional>
@@ -16,8 +16,8 @@ class FSTailBeta {
 
  private:
   struct Side {
-    double fShape;  // a, b
-    double fAt = 0.0;     // x, y
+    double fShape;     // a, b
+    double fAt = 0.0;  // x, y
     double fLogAt = 0.0;
     double fAway = 0.0;  // (x - mean) relative to the mean of this side
   };

@@ -1,4 +1,5 @@
-// What one predictor is sorted by under one ranking criterion.
+// What one predictor is sorted by under one ranking criterion. Exact p-values come with ln p and
+// the size of the statistic in place of the criterion's own tie-breaks.
 //
 // In every order a predictor whose value is missing never comes before another, and one with a
 // value comes before one without.

@@ -1,6 +1,7 @@
 #include "feature/ranking/FSRanking.h"
 
 #include <algorithm>
+#include <cmath>
 #include <ostream>
 
 #include "common/MissingValue.h"
@@ -14,8 +15,20 @@ namespace {
 
 std::size_t At(int index) { return static_cast<std::size_t>(index); }
 
-auto Before(const FSCriterion& criterion) {
-  return [by = criterion.fOrder](const FSPredSort& a, const FSPredSort& b) {
+bool IsExact(const FSCriterion& criterion, const FSSettings& settings) {
+  return settings.ArePValuesExact() && criterion.HasSignificance();
+}
+
+FSPredSort SortOf(const FSScore& score, int predictor, bool exact) {
+  if (!exact) return {score.fValue, score.fTie1, score.fTie2, predictor};
+  return {score.fTest.P(), score.fTest.LogP(), std::fabs(score.fTest.fStatistic), predictor};
+}
+
+auto Before(const FSCriterion& criterion, const FSSettings& settings) {
+  constexpr FSOrder kByLogP = {FSDirection::kIgnored, FSDirection::kSmallerFirst,
+                               FSDirection::kLargerFirst};
+  const FSOrder& order = IsExact(criterion, settings) ? kByLogP : criterion.fOrder;
+  return [by = order](const FSPredSort& a, const FSPredSort& b) {
     return FSPredSort::ComesFirst(a, b, by);
   };
 }
@@ -38,8 +51,9 @@ void FSRanking::Enter(int predictor, const FSCounts& counts) {
   for (const FSCriterion& criterion : FSCriterion::All()) {
     if (!fpSettings->GetCriterion(criterion.fCode)) continue;
     const FSScore& score = counts.ScoreOf(At(predictor), criterion.fCode);
-    fOrders[criterion.fCode].push_back({score.fValue, score.fTie1, score.fTie2, predictor});
-    fValues[criterion.fCode][At(predictor)] = score.fValue;
+    const FSPredSort sort = SortOf(score, predictor, IsExact(criterion, *fpSettings));
+    fOrders[criterion.fCode].push_back(sort);
+    fValues[criterion.fCode][At(predictor)] = sort.fValue;
   }
 }
 
@@ -47,7 +61,7 @@ void FSRanking::SortAll() {
   for (const FSCriterion& criterion : FSCriterion::All()) {
     if (fpCancel->IsCancel()) return;
     std::vector<FSPredSort>& order = fOrders[criterion.fCode];
-    std::stable_sort(order.begin(), order.end(), Before(criterion));
+    std::stable_sort(order.begin(), order.end(), Before(criterion, *fpSettings));
   }
 }
 
@@ -57,7 +71,8 @@ void FSRanking::SortBest(int n) {
     if (!fpSettings->GetCriterion(criterion.fCode)) continue;
     std::vector<FSPredSort>& order = fOrders[criterion.fCode];
     n = std::min(n, static_cast<int>(order.size()));
-    std::partial_sort(order.begin(), order.begin() + n, order.end(), Before(criterion));
+    std::partial_sort(order.begin(), order.begin() + n, order.end(),
+                      Before(criterion, *fpSettings));
   }
   fNBest = n;
 }

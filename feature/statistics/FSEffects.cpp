@@ -2,12 +2,11 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <vector>
 
 #include "feature/distributions/FSDistFun.h"
 #include "feature/distributions/FSNoncentral.h"
-#include "feature/distributions/FSTail.h"
+#include "feature/statistics/FSSignificance.h"
 
 using FSStatistics::Anova;
 using FSStatistics::ContingencyTable;
@@ -17,7 +16,6 @@ namespace FSEffects {
 namespace {
 
 constexpr double kMissing = MCMV::gMissingValue;
-constexpr double kLogZero = -std::numeric_limits<double>::infinity();
 constexpr double kLogTwo = 0.6931471805599453;
 
 // What a category's number of rows or columns comes to without the bias.
@@ -67,14 +65,14 @@ FSEffect OfTable(const ContingencyTable& table, MCFSCommon::RankCriteria ranking
   effect.fTest = byLikelihood ? FSEffect::kLikelihoodRatio : FSEffect::kPearson;
   effect.fTotal = table.fTotal;
   if (table.IsDegenerate()) {
-    effect.fStatistic = effect.fDf1 = effect.fLogP = effect.fInformation = 0.0;
+    effect.fStatistic = effect.fDf1 = effect.fInformation = 0.0;
     return effect;
   }
   effect.fChiSquare = FSStatistics::PearsonChiSquare(table);
   effect.fStatistic =
       byLikelihood ? FSStatistics::LikelihoodRatioChiSquare(table) : effect.fChiSquare;
   effect.fDf1 = table.DegreesOfFreedom();
-  effect.fLogP = FSTail::LogUpperChi(effect.fStatistic, effect.fDf1);
+  effect.fLogP = FSSignificance{FSSignificance::kChiSquare, effect.fStatistic, effect.fDf1}.LogP();
   effect.fDimension =
       static_cast<double>(std::min(table.fRows.size(), table.fColumns.size())) - 1.0;
   effect.fSize = BiasCorrectedV(table, effect.fChiSquare);
@@ -94,12 +92,11 @@ FSEffect OfGroups(const FSGroupedValues& values) {
   if (MCMV::IsMissing(all) || !(all > 0.0)) return effect;
   effect.fSize = anova.fBetween / all;
   effect.fOmegaSquared = OmegaSquared(anova);
-  if (!(anova.fWithin > 0.0)) {
-    effect.fLogP = kLogZero;
-  } else if (anova.fDf1 > 0.0 && anova.fDf2 > 0.0) {
-    effect.fStatistic = anova.F();
-    effect.fLogP = FSTail::LogUpperF(effect.fStatistic, anova.fDf1, anova.fDf2);
+  FSSignificance test = {FSSignificance::kF, HUGE_VAL, anova.fDf1, anova.fDf2};
+  if (anova.fWithin > 0.0 && anova.fDf1 > 0.0 && anova.fDf2 > 0.0) {
+    effect.fStatistic = test.fStatistic = anova.F();
   }
+  effect.fLogP = test.LogP();
   return effect;
 }
 
@@ -109,13 +106,12 @@ FSEffect OfCorrelation(const FSCorrelation& correlation) {
   effect.fTotal = correlation.fTotal;
   effect.fDf1 = correlation.fTotal - 2.0;
   effect.fSize = correlation.fR;
-  if (MCMV::IsMissing(correlation.fR) || effect.fDf1 == 0.0) return effect;
+  if (MCMV::IsMissing(correlation.fR)) return effect;
+  FSSignificance test = {FSSignificance::kT, HUGE_VAL, effect.fDf1};
   if (correlation.fR * correlation.fR < 1.0 && effect.fDf1 > 0.0) {
-    effect.fStatistic = FSStatistics::CorrelationT(correlation.fR, effect.fDf1);
-    effect.fLogP = FSTail::LogTwoSidedT(effect.fStatistic, effect.fDf1);
-  } else {
-    effect.fLogP = kLogZero;
+    effect.fStatistic = test.fStatistic = FSStatistics::CorrelationT(correlation.fR, effect.fDf1);
   }
+  effect.fLogP = test.LogP();
   return effect;
 }
 

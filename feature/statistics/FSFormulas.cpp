@@ -1,6 +1,7 @@
 #include "feature/statistics/FSFormulas.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "feature/distributions/FSDistFun.h"
 #include "feature/statistics/FSStatistics.h"
@@ -20,6 +21,7 @@ FSScore ChiSquareTest(const ContingencyTable& table, double (*statistic)(const C
   }
   const double chiSquare = statistic(table);
   const double df = table.DegreesOfFreedom();
+  score.fTest = {FSSignificance::kChiSquare, chiSquare, df};
   const double probability = FSDistFun::CdfChi(chiSquare, df);
   if (MCMV::IsMissing(probability)) return score;
   score.fValue = 1.0 - probability;
@@ -62,10 +64,15 @@ FSScore Anova(const FSGroupedValues& values) {
   if (MCMV::IsMissing(anova.fWithin) || MCMV::IsMissing(anova.fBetween)) return score;
   if (!(anova.fWithin > 0.0)) {
     score.fValue = 0.0;  // the groups are separated perfectly
+    // Values that are all one are separated from nothing.
+    if (anova.fBetween > 0.0) {
+      score.fTest = {FSSignificance::kF, HUGE_VAL, anova.fDf1, anova.fDf2};
+    }
     return score;
   }
   if (!(anova.fDf1 > 0.0 && anova.fDf2 > 0.0)) return score;
   const double f = anova.F();
+  score.fTest = {FSSignificance::kF, f, anova.fDf1, anova.fDf2};
   const double probability = FSDistFun::CdfF(f, anova.fDf1, anova.fDf2);
   if (MCMV::IsMissing(probability)) return score;
   score.fValue = 1.0 - probability;
@@ -94,10 +101,12 @@ FSScore CorrelationTest(const FSCorrelation& correlation) {
   }
   if (!(r * r < 1.0 && df > 0.0)) {
     score.fValue = 0.0;
+    score.fTest = {FSSignificance::kT, HUGE_VAL, df};
     return score;
   }
   const double t = FSStatistics::CorrelationT(r, df);
   score.fExtra2 = t;
+  score.fTest = {FSSignificance::kT, t, df};
   const double probability = FSDistFun::CdfT(t, df);
   if (!MCMV::IsMissing(probability)) {
     score.fValue = 2.0 * (t > 0.0 ? 1.0 - probability : probability);

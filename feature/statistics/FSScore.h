@@ -7,6 +7,7 @@
 
 #include "common/MissingValue.h"
 #include "feature/MCFSCommon.h"
+#include "feature/statistics/FSSignificance.h"
 
 // How far a criterion concerns a predictor, by the kinds of predictor and target.
 enum class FSPart {
@@ -25,6 +26,8 @@ struct FSScore {
   double fExtra2 = MCMV::gMissingValue;
   double fExtra3 = MCMV::gMissingValue;
   FSPart fPart = FSPart::kNone;
+  // The test of a p-value; known even where the value itself could not be computed.
+  FSSignificance fTest;
 };
 
 // By MCFSCommon::RankCriteria.

@@ -1,15 +1,16 @@
-// Writes a table in the columnar formats.
+// Writes batches in the columnar formats.
 #pragma once
 
 #include <string>
 
 namespace MCHost {
 
-class ITable;
+class SavedBatches;
 
-// Numbers go out as doubles, strings as UTF-8, missing cells as nulls; a variable's label goes with
-// its column under the key "label". The file appears whole or not at all. Throws HostIOError.
-void WriteParquet(ITable& table, const std::string& path);
-void WriteIpc(ITable& table, const std::string& path);
+// All types and metadata go out as they are. Parquet has no whole seconds (they become
+// milliseconds), no dates in milliseconds (they become days) and dictionaries of strings alone
+// (others become their values). The file appears whole or not at all. Throws HostIOError.
+void WriteParquet(SavedBatches& batches, const std::string& path);
+void WriteIpc(SavedBatches& batches, const std::string& path);
 
 }  // namespace MCHost

@@ -24,12 +24,12 @@ struct Declaration {
 constexpr Declaration kDeclarations[] = {
     {FieldType::kAny, kCsvAll, ""},
     {FieldType::kString, kCsvText, "string"},
-    {FieldType::kNumber, kCsvNumber, "number"},
-    {FieldType::kInteger, kCsvNumber, "whole number"},
-    {FieldType::kBoolean, kCsvBoolean, "true or false value"},
-    {FieldType::kDate, kCsvDate, "date (such as 2024-02-29)"},
-    {FieldType::kDateTime, kCsvDateTime | kCsvZonedTime, "date and time"},
-    {FieldType::kTime, kCsvTime, "time (such as 12:30:00)"},
+    {FieldType::kNumber, kCsvNumber | kCsvSpelling, "number"},
+    {FieldType::kInteger, kCsvNumber | kCsvSpelling, "whole number"},
+    {FieldType::kBoolean, kCsvBoolean | kCsvSpelling, "true or false value"},
+    {FieldType::kDate, kCsvDate | kCsvSpelling, "date (such as 2024-02-29)"},
+    {FieldType::kDateTime, kCsvDateTime | kCsvZonedTime | kCsvSpelling, "date and time"},
+    {FieldType::kTime, kCsvTime | kCsvSpelling, "time (such as 12:30:00)"},
 };
 
 const Declaration& DeclarationOf(FieldType type) {
@@ -269,10 +269,15 @@ void CsvInspector::Observe(CsvColumn& column, std::string_view text) {
   if (IsNull(text)) return;
   unsigned kinds = CsvKindsOf(text);
   const FieldType declared = column.fDeclared;
-  if (declared == FieldType::kBoolean && (text == "0" || text == "1")) kinds = kCsvBoolean;
-  if (declared == FieldType::kInteger && kinds == kCsvNumber && !CsvIsWhole(text)) kinds = kCsvText;
+  if (declared == FieldType::kBoolean && (text == "0" || text == "1")) {
+    kinds = kCsvBoolean | kCsvWhole;
+  }
+  if (declared == FieldType::kInteger && (kinds & kCsvNumber) && !CsvIsWhole(text)) {
+    kinds = kCsvText;
+  }
   column.fKinds &= kinds;
-  if (column.fKinds == kCsvNumber && CsvLosesDigits(text)) column.fbDigitsLost = true;
+  if ((column.fKinds & kCsvTypes) == 0) column.fKinds = kCsvText;
+  if (column.IsNumber() && CsvLosesDigits(text)) column.fbDigitsLost = true;
   if (column.fKinds != kCsvText || declared == FieldType::kAny) return;
   Fail(fFieldMark, Quoted(text) + " is not a " + DeclarationOf(declared).fName + ", as column \"" +
                        column.fName + "\" is declared");

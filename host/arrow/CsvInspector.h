@@ -33,6 +33,8 @@ struct CsvColumn {
   FieldType fDeclared = FieldType::kAny;
   unsigned fKinds = kCsvAll;
   bool fbDigitsLost = false;
+
+  bool IsNumber() const { return (fKinds & kCsvTypes) == kCsvNumber; }
 };
 
 class CsvInspector {

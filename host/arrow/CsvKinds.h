@@ -16,12 +16,24 @@ enum CsvKind : unsigned {
   kCsvDateTime = 8,    // a date with or without a time, no zone: 2024-02-29 12:30
   kCsvZonedTime = 16,  // a date with a time and a zone: 2024-02-29T12:30:00Z
   kCsvTime = 32,       // 12:30, 12:30:00.5
-  kCsvAll = 63
+  kCsvTypes = 63,
+
+  // How the text is spelled: whether a value of its type tells all that it says.
+  kCsvWhole = 64,     // a 64-bit integer tells it: 12, but not 007, -0 or 1.0
+  kCsvHeld = 128,     // the value that is read tells it, but for blanks around it
+  kCsvMayHold = 256,  // CsvHoldsDigits() decides; every text that is held may be
+  kCsvSpelling = kCsvWhole | kCsvHeld | kCsvMayHold,
+
+  kCsvAll = kCsvTypes | kCsvSpelling
 };
 
 // The kinds that the text fits, exactly as the reader of the file will take them later. Blanks
 // around a number do not count.
 unsigned CsvKindsOf(std::string_view text);
+
+// True where the double that a number is read as, written with as many digits, is the number again:
+// false for 007, 1e400 and 0.12345678901234567890. The texts of infinity and NaN are held.
+bool CsvHoldsDigits(std::string_view number);
 
 // True for a whole number beyond 2^53, so that a double may not hold its last digits.
 bool CsvLosesDigits(std::string_view number);

@@ -33,24 +33,18 @@ std::shared_ptr<arrow::DataType> TypeOf(const CsvColumn& column) {
   return arrow::time64(arrow::TimeUnit::MICRO);
 }
 
-std::vector<CsvColumn> Choose(const std::vector<CsvColumn>& all, const std::vector<int>* columns) {
-  if (columns == nullptr) return all;
-  std::vector<CsvColumn> chosen;
-  for (const int column : *columns) chosen.push_back(all[static_cast<std::size_t>(column)]);
-  return chosen;
-}
-
-std::shared_ptr<arrow::RecordBatchReader> NoCases(const std::vector<CsvColumn>& columns,
-                                                  const std::string& name) {
-  arrow::FieldVector fields;
-  for (const CsvColumn& column : columns) fields.push_back(field(column.fName, TypeOf(column)));
-  return Value(arrow::RecordBatchReader::Make({}, arrow::schema(std::move(fields))), name);
+bool MustLookAtDigits(const CsvColumn& column) {
+  return column.IsNumber() && (column.fKinds & kCsvSpelling) == kCsvMayHold;
 }
 
 }  // namespace
 
 CsvSource::CsvSource(std::string path, CsvRules rules)
-    : fName(std::move(path)), fbFile(true), fRules(std::move(rules)), fInspector(fName, fRules) {
+    : fName(std::move(path)),
+      fbFile(true),
+      fStamp(fName),
+      fRules(std::move(rules)),
+      fInspector(fName, fRules) {
   InspectFile();
 }
 
@@ -74,9 +68,100 @@ void CsvSource::InspectFile() {
 }
 
 void CsvSource::Open(const std::vector<int>* columns, ArrowArrayStream* stream) {
-  const std::vector<CsvColumn> chosen = Choose(fInspector.Columns(), columns);
+  Types types;
+  for (const CsvColumn& column : fInspector.Columns()) types.push_back(TypeOf(column));
+  OpenAs(types, columns, stream);
+}
+
+void CsvSource::OpenOriginal(const std::vector<int>* columns, ArrowArrayStream* stream) {
+  Types types;
+  for (std::size_t j = 0; j < fInspector.Columns().size(); ++j) {
+    const CsvColumn& column = fInspector.Columns()[j];
+    const int place = static_cast<int>(j);
+    const bool isWanted = !columns || std::binary_search(columns->begin(), columns->end(), place);
+    if (!isWanted || column.fKinds == kCsvAll) {
+      types.push_back(arrow::null());
+    } else if (column.fKinds & kCsvWhole) {
+      types.push_back(arrow::int64());
+    } else {
+      types.push_back(DigitsOf(j) == Digits::kLost ? arrow::utf8() : TypeOf(column));
+    }
+  }
+  OpenAs(types, columns, stream);
+}
+
+CsvSource::Kept CsvSource::KeptOf(int place) {
+  const auto j = static_cast<std::size_t>(place);
+  const CsvColumn& column = fInspector.Columns()[j];
+  if (column.fKinds == kCsvText) return Kept::kAll;
+  if (!column.IsNumber()) return Kept::kPart;
+  if (column.fKinds & kCsvWhole) return column.fbDigitsLost ? Kept::kPart : Kept::kAllOfIntegers;
+  return DigitsOf(j) == Digits::kHeld ? Kept::kAll : Kept::kPart;
+}
+
+CsvSource::Digits CsvSource::DigitsOf(std::size_t column) {
+  const CsvColumn& asked = fInspector.Columns()[column];
+  if (asked.fKinds & kCsvHeld) return Digits::kHeld;
+  if (!MustLookAtDigits(asked)) return Digits::kLost;
+  if (fDigits.empty()) LookAtDigits();
+  return fDigits[column];
+}
+
+void CsvSource::LookAtDigits() {
+  const std::vector<CsvColumn>& columns = fInspector.Columns();
+  fDigits.assign(columns.size(), Digits::kHeld);
+  std::vector<std::size_t> unsure;
+  for (std::size_t j = 0; j < columns.size(); ++j) {
+    if (MustLookAtDigits(columns[j])) unsure.push_back(j);
+  }
+  CsvRecords records = Records();
+  records.Next();
+  while (!unsure.empty() && records.Next()) {
+    for (const std::size_t j : unsure) LookAtDigit(records.Field(j), fDigits[j]);
+    std::erase_if(unsure, [this](std::size_t j) { return fDigits[j] == Digits::kLost; });
+  }
+}
+
+void CsvSource::LookAtDigit(std::string_view field, Digits& digits) const {
+  if (!field.empty() && field[0] != '"' && CsvHoldsDigits(field)) {
+    if (field.find_first_of("0123456789") == std::string_view::npos) digits = Digits::kHeldButWords;
+    return;
+  }
+  const std::string text = CsvRecords::TextOf(field);
+  const auto& nulls = fRules.fNullTokens;
+  if (std::find(nulls.begin(), nulls.end(), text) != nulls.end()) return;
+  if (field != text) return LookAtDigit(text, digits);
+  digits = Digits::kLost;
+}
+
+CsvRecords CsvSource::Records() const { return {OpenBytes(), fRules.fDelimiter, fName}; }
+
+std::shared_ptr<arrow::io::InputStream> CsvSource::OpenBytes() const {
+  if (!fbFile) {
+    return std::make_shared<arrow::io::BufferReader>(
+        arrow::Buffer::Wrap(fText.data(), fText.size()));
+  }
+  fStamp.Check(fName);
+  return Value(arrow::io::ReadableFile::Open(fName), fName);
+}
+
+void CsvSource::OpenAs(const Types& types, const std::vector<int>* columns,
+                       ArrowArrayStream* stream) const {
+  auto convert = arrow::csv::ConvertOptions::Defaults();
+  convert.check_utf8 = false;  // the inspector has checked it
+  convert.strings_can_be_null = true;
+  convert.null_values = fRules.fNullTokens;
+  arrow::FieldVector fields;
+  for (std::size_t j = 0; j < types.size(); ++j) {
+    const int place = static_cast<int>(j);
+    if (columns && !std::binary_search(columns->begin(), columns->end(), place)) continue;
+    fields.push_back(arrow::field(fInspector.Columns()[j].fName, types[j]));
+    convert.column_types[fields.back()->name()] = types[j];
+    convert.include_columns.push_back(fields.back()->name());
+  }
   if (CaseCount() == 0) {
-    return Check(arrow::ExportRecordBatchReader(NoCases(chosen, fName), stream), fName);
+    auto none = Value(arrow::RecordBatchReader::Make({}, arrow::schema(std::move(fields))), fName);
+    return Check(arrow::ExportRecordBatchReader(std::move(none), stream), fName);
   }
   auto read = arrow::csv::ReadOptions::Defaults();
   // A row must fit into two blocks.
@@ -85,23 +170,8 @@ void CsvSource::Open(const std::vector<int>* columns, ArrowArrayStream* stream) 
   auto parse = arrow::csv::ParseOptions::Defaults();
   parse.delimiter = fRules.fDelimiter;
   parse.newlines_in_values = fInspector.HasQuotedNewlines();
-  auto convert = arrow::csv::ConvertOptions::Defaults();
-  convert.check_utf8 = false;  // the inspector has checked it
-  convert.strings_can_be_null = true;
-  convert.null_values = fRules.fNullTokens;
-  for (const CsvColumn& column : chosen) {
-    convert.column_types[column.fName] = TypeOf(column);
-    convert.include_columns.push_back(column.fName);
-  }
-  std::shared_ptr<arrow::io::InputStream> input;
-  if (fbFile) {
-    input = Value(arrow::io::ReadableFile::Open(fName), fName);
-  } else {
-    input =
-        std::make_shared<arrow::io::BufferReader>(arrow::Buffer::Wrap(fText.data(), fText.size()));
-  }
-  auto reader = Value(arrow::csv::StreamingReader::Make(arrow::io::default_io_context(), input,
-                                                        read, parse, convert),
+  auto reader = Value(arrow::csv::StreamingReader::Make(arrow::io::default_io_context(),
+                                                        OpenBytes(), read, parse, convert),
                       fName);
   Check(arrow::ExportRecordBatchReader(std::move(reader), stream), fName);
 }
@@ -109,7 +179,7 @@ void CsvSource::Open(const std::vector<int>* columns, ArrowArrayStream* stream) 
 std::vector<std::string> CsvSource::Notes() const {
   std::vector<std::string> notes;
   for (const CsvColumn& column : fInspector.Columns()) {
-    if (column.fKinds != kCsvNumber || !column.fbDigitsLost) continue;
+    if (!column.IsNumber() || !column.fbDigitsLost) continue;
     notes.push_back("Column \"" + column.fName +
                     "\" holds whole numbers beyond 2^53, whose last digits are lost.");
   }

@@ -1,91 +1,160 @@
 #include "host/arrow/CsvWriter.h"
 
-#include <array>
-#include <charconv>
-#include <cmath>
-#include <cstdint>
-#include <numeric>
-#include <string_view>
-#include <vector>
+#include <arrow/record_batch.h>
+#include <arrow/type.h>
 
-#include "common/MissingValue.h"
-#include "host/data/ITable.h"
+#include <cstdint>
+#include <string_view>
+
+#include "host/arrow/ArrowFailure.h"
+#include "host/arrow/CsvCells.h"
+#include "host/arrow/CsvRecords.h"
+#include "host/arrow/SavedBatches.h"
+#include "host/session/HostIOError.h"
 #include "host/session/OutputFile.h"
 
 namespace MCHost {
 
 namespace {
 
-constexpr double kExactIntegers = 9007199254740992.0;  // 2^53
 constexpr std::size_t kPieceBytes = std::size_t{1} << 18;
 
-void AppendNumber(std::string& row, double value) {
-  if (MCMV::IsMissing(value)) return;
-  std::array<char, 32> text;
-  const bool whole = std::abs(value) < kExactIntegers && value == std::floor(value);
-  const auto end = whole ? std::to_chars(text.data(), text.data() + text.size(),
-                                         static_cast<std::int64_t>(value))
-                         : std::to_chars(text.data(), text.data() + text.size(), value);
-  row.append(text.data(), end.ptr);
+// Text on its way into a file.
+class TextFile {
+ public:
+  explicit TextFile(const std::string& path) : fFile(path) {}
+
+  // Text to append to.
+  std::string& Text() { return fText; }
+
+  // Writes what there is of the text once it is worth it.
+  void Pass() {
+    if (fText.size() >= kPieceBytes) Flush();
+  }
+
+  void Finish() {
+    Flush();
+    fFile.Commit();
+  }
+
+ private:
+  void Flush() {
+    fFile.Write(fText);
+    fText.clear();
+  }
+
+  OutputFile fFile;
+  std::string fText;
+};
+
+// Calls `append` for the cells of a row.
+template <class Append>
+void AppendRow(std::string& text, Append append) {
+  const std::size_t start = text.size();
+  append();
+  if (text.size() == start) text += "\"\"";
 }
 
-void AppendText(std::string& row, std::string_view text, char delimiter) {
-  const std::array<char, 4> special = {'"', '\r', '\n', delimiter};
-  const bool isPlain =
-      text.find_first_of({special.data(), special.size()}) == std::string_view::npos;
-  // A byte order mark would be skipped at the start of the file.
-  if (isPlain && !text.starts_with("\xEF\xBB\xBF")) {
-    row += text;
+void AppendNames(std::string& text, const arrow::Schema& schema, char delimiter) {
+  for (int j = 0; j < schema.num_fields(); ++j) {
+    if (j > 0) text += delimiter;
+    AppendCsvText(text, schema.field(j)->name(), delimiter);
+  }
+}
+
+// The cells of a stream case by case.
+class CellsOfCases {
+ public:
+  CellsOfCases(arrow::RecordBatchReader& batches, char delimiter, const std::string& path)
+      : fpBatches(&batches), fCells(delimiter, path), fPath(path) {}
+
+  bool HasNext() {
+    while (fAt == fCases && !fbEnded) {
+      const auto batch = Value(fpBatches->Next(), fPath);
+      fbEnded = batch == nullptr;
+      fAt = 0;
+      fCases = fbEnded ? 0 : batch->num_rows();
+      if (!fbEnded) fCells.Format(*batch);
+    }
+    return !fbEnded;
+  }
+
+  // REQUIRES: HasNext().
+  void AppendNext(std::string& text) { fCells.AppendCase(fAt++, text); }
+
+ private:
+  arrow::RecordBatchReader* fpBatches;
+  CsvCells fCells;
+  std::string fPath;
+  std::int64_t fCases = 0;
+  std::int64_t fAt = 0;
+  bool fbEnded = false;
+};
+
+void AppendField(std::string& text, std::string_view field, char delimiter) {
+  if (field.starts_with('"') || IsPlainCsvText(field, delimiter)) {
+    text += field;
+  } else {
+    AppendCsvText(text, field, delimiter);
+  }
+}
+
+void AppendOwn(std::string& text, const CsvRecords& records, const std::vector<int>* keys,
+               char delimiter) {
+  if (keys == nullptr && delimiter == records.Delimiter()) {
+    text += records.Record();
     return;
   }
-  row += '"';
-  for (const char c : text) row.append(c == '"' ? 2 : 1, c);
-  row += '"';
-}
-
-void AppendCell(std::string& row, const ColumnView& column, std::size_t at, char delimiter) {
-  if (column.fpNumbers != nullptr) return AppendNumber(row, column.fpNumbers[at]);
-  const std::int32_t code = column.fpCodes[at];
-  if (code >= 0) AppendText(row, column.fpDictionary->At(code), delimiter);
-}
-
-void AppendCase(std::string& row, const TableBatch& batch, std::size_t at, char delimiter) {
-  const std::size_t start = row.size();
-  for (std::size_t j = 0; j < batch.fColumns.size(); ++j) {
-    if (j > 0) row += delimiter;
-    AppendCell(row, batch.fColumns[j], at, delimiter);
+  const std::size_t n = keys != nullptr ? keys->size() : records.FieldCount();
+  for (std::size_t k = 0; k < n; ++k) {
+    if (k > 0) text += delimiter;
+    const std::size_t field = keys != nullptr ? static_cast<std::size_t>((*keys)[k]) : k;
+    AppendField(text, records.Field(field), delimiter);
   }
-  if (row.size() == start) row += "\"\"";
-  row += '\n';
-}
-
-std::string Header(const ITable& table, char delimiter) {
-  std::string row;
-  for (int i = 0; i < table.ColumnCount(); ++i) {
-    if (i > 0) row += delimiter;
-    AppendText(row, table.GetVariable(i).GetName(), delimiter);
-  }
-  return row + '\n';
 }
 
 }  // namespace
 
-void WriteCsv(ITable& table, const std::string& path, char delimiter) {
-  std::vector<int> columns(static_cast<std::size_t>(table.ColumnCount()));
-  std::iota(columns.begin(), columns.end(), 0);
-  OutputFile file(path);
-  std::string rows = Header(table, delimiter);
-  const auto scan = table.Scan(columns);
-  while (const TableBatch* batch = scan->Next()) {
-    for (std::size_t i = 0; i < batch->fNCases; ++i) {
-      AppendCase(rows, *batch, i, delimiter);
-      if (rows.size() < kPieceBytes) continue;
-      file.Write(rows);
-      rows.clear();
+void WriteCsv(SavedBatches& batches, const std::string& path, char delimiter) {
+  TextFile file(path);
+  std::string& text = file.Text();
+  AppendNames(text, *batches.Schema(), delimiter);
+  text += '\n';
+  CsvCells cells(delimiter, path);
+  while (const auto batch = batches.Next()) {
+    cells.Format(*batch);
+    for (std::int64_t i = 0; i < batch->num_rows(); ++i) {
+      AppendRow(text, [&] { cells.AppendCase(i, text); });
+      text += '\n';
+      file.Pass();
     }
   }
-  file.Write(rows);
-  file.Commit();
+  file.Finish();
+}
+
+void CopyCsv(CsvRecords& records, const std::vector<int>* keys, arrow::RecordBatchReader& added,
+             const std::string& path, char delimiter) {
+  const auto fail = [&records] {
+    throw HostIOError(records.Source(), "", "the data changed while they were read");
+  };
+  const bool hasOwn = keys == nullptr || !keys->empty();
+  const bool hasBoth = hasOwn && added.schema()->num_fields() > 0;
+  TextFile file(path);
+  std::string& text = file.Text();
+  CellsOfCases cells(added, delimiter, path);
+  for (bool isHeader = true; records.Next(); isHeader = false) {
+    text += records.Before();
+    if (!isHeader && !cells.HasNext()) fail();
+    AppendRow(text, [&] {
+      AppendOwn(text, records, keys, delimiter);
+      if (hasBoth) text += delimiter;
+      isHeader ? AppendNames(text, *added.schema(), delimiter) : cells.AppendNext(text);
+    });
+    file.Pass();
+  }
+  text += records.Before();
+  if (cells.HasNext()) fail();
+  file.Finish();
 }
 
 }  // namespace MCHost

@@ -1,9 +1,12 @@
 #include "host/arrow/DataFile.h"
 
+#include <arrow/record_batch.h>
+
 #include <algorithm>
 #include <cstring>
 #include <iostream>
 #include <iterator>
+#include <numeric>
 #include <utility>
 
 #include "host/arrow/ColumnarWriter.h"
@@ -11,6 +14,7 @@
 #include "host/arrow/CsvWriter.h"
 #include "host/arrow/IpcSource.h"
 #include "host/arrow/ParquetSource.h"
+#include "host/arrow/SavedBatches.h"
 #include "host/data/MemoryTable.h"
 #include "host/data/StreamedTable.h"
 #include "host/session/HostIOError.h"
@@ -84,7 +88,12 @@ std::unique_ptr<DataTable> OpenDataFile(const std::string& path, const DataFileO
     throw HostIOError("standard input", "", "it can be read only once, so it cannot be streamed");
   }
   std::unique_ptr<IArrowSource> source = OpenDataSource(path, options);
-  if (storage == TableStorage::kMemory) return std::make_unique<MemoryTable>(*source);
+  if (storage == TableStorage::kMemory) {
+    if (path == kStandardInput && !options.fbKeepOriginal) {
+      return std::make_unique<MemoryTable>(*source);
+    }
+    return std::make_unique<MemoryTable>(std::move(source));
+  }
   return std::make_unique<StreamedTable>(std::move(source));
 }
 
@@ -93,15 +102,23 @@ void CheckDataFile(const std::string& path) {
   OutputFile::Check(path);
 }
 
-void WriteDataFile(ITable& table, const std::string& path) {
+void WriteDataFile(DataTable& table, const std::string& path, const std::vector<int>* keys) {
   const Extension& extension = ExtensionOf(path);
+  const auto* text = dynamic_cast<const CsvSource*>(table.Source());
+  if (extension.fFormat == Format::kDelimited && text != nullptr) {
+    CsvRecords records = text->Records();
+    return CopyCsv(records, keys, *AddedColumns(table), path, extension.fDelimiter);
+  }
+  std::vector<int> all(static_cast<std::size_t>(table.OwnColumnCount()));
+  std::iota(all.begin(), all.end(), 0);
+  SavedBatches batches(table, keys != nullptr ? *keys : all);
   switch (extension.fFormat) {
     case Format::kParquet:
-      return WriteParquet(table, path);
+      return WriteParquet(batches, path);
     case Format::kIpc:
-      return WriteIpc(table, path);
+      return WriteIpc(batches, path);
     case Format::kDelimited:
-      return WriteCsv(table, path, extension.fDelimiter);
+      return WriteCsv(batches, path, extension.fDelimiter);
   }
 }
 

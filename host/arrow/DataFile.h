@@ -22,6 +22,7 @@ struct DataFileOptions {
   std::vector<std::string> fNullTokens;     // further texts that are missing in CSV
   std::map<std::string, FieldType> fTypes;  // declared types of CSV columns; a value that does not
                                             // fit is an error
+  bool fbKeepOriginal = true;               // the text of standard input is kept for WriteDataFile
 };
 
 // Looks at the file and makes it a source that can be read again and again. CSV is checked as a
@@ -42,10 +43,17 @@ std::unique_ptr<DataTable> OpenDataFile(const std::string& path, const DataFileO
 // files.
 void CheckDataFile(const std::string& path);
 
-// Writes all columns and cases, added variables included. Missing cells are empty (CSV) or null;
-// whole numbers below 2^53 are written without a point in CSV and as they are in the other formats,
-// where the label of a variable goes with it. The file appears whole or not at all.
-// Throws HostIOError.
-void WriteDataFile(ITable& table, const std::string& path);
+// Writes the columns that the data brought as they are in their file, which is read again, and the
+// variables that were added behind them:
+//   CSV to CSV           each record byte for byte; docs/data.md says what that includes
+//   CSV to columns       a column by what it holds, but as texts where a value would say less
+//   columns to columns   types, values and metadata; ColumnarWriter.h names what Parquet lacks
+//   columns to CSV       CsvCells.h
+// `keys`: only these of them, in this order; null for all. A table without a source, or one that
+// cannot be read again, gives doubles and texts. The file appears whole or not at all; it may be
+// the one that is read. Throws HostIOError, also where the file is not what it was. REQUIRES: each
+// key is a column that the data brought, and comes once.
+void WriteDataFile(DataTable& table, const std::string& path,
+                   const std::vector<int>* keys = nullptr);
 
 }  // namespace MCHost

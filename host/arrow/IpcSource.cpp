@@ -51,7 +51,7 @@ class FileBatches : public arrow::RecordBatchReader {
 
 }  // namespace
 
-IpcSource::IpcSource(std::string path) : fName(std::move(path)) {
+IpcSource::IpcSource(std::string path) : fName(std::move(path)), fStamp(fName) {
   // Counting cases goes through all batches; in a mapped file that does not read them.
   const auto file =
       Value(arrow::io::MemoryMappedFile::Open(fName, arrow::io::FileMode::READ), fName);
@@ -69,6 +69,7 @@ IpcSource::IpcSource(std::string path) : fName(std::move(path)) {
 void IpcSource::Open(const std::vector<int>* columns, ArrowArrayStream* stream) {
   auto options = arrow::ipc::IpcReadOptions::Defaults();
   if (columns != nullptr) options.included_fields = *columns;
+  fStamp.Check(fName);
   const auto file = Value(arrow::io::ReadableFile::Open(fName), fName);
   std::shared_ptr<arrow::RecordBatchReader> reader;
   if (fbStreamForm) {

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "host/arrow/FileStamp.h"
 #include "host/data/IArrowSource.h"
 
 namespace MCHost {
@@ -23,6 +24,7 @@ class IpcSource final : public IArrowSource {
 
  private:
   std::string fName;
+  FileStamp fStamp;
   bool fbStreamForm = false;
   std::int64_t fNCases = -1;
   int fNColumnsAtATime = std::numeric_limits<int>::max();

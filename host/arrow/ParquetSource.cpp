@@ -44,7 +44,9 @@ bool IsDictionaryOfTexts(const parquet::FileMetaData& metadata, int column) {
   return true;
 }
 
-std::unique_ptr<parquet::arrow::FileReader> OpenReader(const std::string& path) {
+enum class Texts { kAsDeclared, kAsStored };
+
+std::unique_ptr<parquet::arrow::FileReader> OpenReader(const std::string& path, Texts texts) {
   auto properties = parquet::default_reader_properties();
   properties.enable_buffered_stream();  // column chunks are read bit by bit, not whole
   auto arrowProperties = parquet::default_arrow_reader_properties();
@@ -55,7 +57,8 @@ std::unique_ptr<parquet::arrow::FileReader> OpenReader(const std::string& path) 
     std::unique_ptr<parquet::arrow::FileReader> reader;
     const auto metadata = builder.raw_reader()->metadata();
     for (int j = 0; j < metadata->num_columns(); ++j) {
-      arrowProperties.set_read_dictionary(j, IsDictionaryOfTexts(*metadata, j));
+      const bool isStored = texts == Texts::kAsStored && IsDictionaryOfTexts(*metadata, j);
+      arrowProperties.set_read_dictionary(j, isStored);
     }
     const int columns = std::max(metadata->num_columns(), 1);
     arrowProperties.set_batch_size(
@@ -99,15 +102,25 @@ class OwningReader : public arrow::RecordBatchReader {
 
 }  // namespace
 
-ParquetSource::ParquetSource(std::string path) : fName(std::move(path)) {
-  const auto reader = OpenReader(fName);
+ParquetSource::ParquetSource(std::string path) : fName(std::move(path)), fStamp(fName) {
+  const auto reader = OpenReader(fName, Texts::kAsStored);
   const auto metadata = reader->parquet_reader()->metadata();
   fNCases = metadata->num_rows();
   fNColumnsAtATime = ColumnsWithin(kReadingBytes, *metadata);
 }
 
 void ParquetSource::Open(const std::vector<int>* columns, ArrowArrayStream* stream) {
-  auto file = OpenReader(fName);
+  fStamp.Check(fName);
+  Export(OpenReader(fName, Texts::kAsStored), columns, stream);
+}
+
+void ParquetSource::OpenOriginal(const std::vector<int>* columns, ArrowArrayStream* stream) {
+  fStamp.Check(fName);
+  Export(OpenReader(fName, Texts::kAsDeclared), columns, stream);
+}
+
+void ParquetSource::Export(std::unique_ptr<parquet::arrow::FileReader> file,
+                           const std::vector<int>* columns, ArrowArrayStream* stream) const {
   // Nested columns are refused when the whole file is opened, so columns and leaves are the same.
   std::vector<int> groups(static_cast<std::size_t>(file->num_row_groups()));
   std::iota(groups.begin(), groups.end(), 0);

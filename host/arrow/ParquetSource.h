@@ -6,7 +6,12 @@
 #include <string>
 #include <vector>
 
+#include "host/arrow/FileStamp.h"
 #include "host/data/IArrowSource.h"
+
+namespace parquet::arrow {
+class FileReader;
+}
 
 namespace MCHost {
 
@@ -17,11 +22,17 @@ class ParquetSource final : public IArrowSource {
 
   const std::string& Name() const override { return fName; }
   void Open(const std::vector<int>* columns, ArrowArrayStream* stream) override;
+  // Texts come as the file declares them; Open gives dictionaries where the file has them.
+  void OpenOriginal(const std::vector<int>* columns, ArrowArrayStream* stream) override;
   std::int64_t CaseCount() const override { return fNCases; }
   int ColumnsAtATime() const override { return fNColumnsAtATime; }
 
  private:
+  void Export(std::unique_ptr<parquet::arrow::FileReader> file, const std::vector<int>* columns,
+              ArrowArrayStream* stream) const;
+
   std::string fName;
+  FileStamp fStamp;
   std::int64_t fNCases = 0;
   int fNColumnsAtATime = 0;
 };

@@ -29,7 +29,8 @@ UACategories::UACategories(const KOVA_Variable& variable, bool excludeUserMissin
   }
 }
 
-UACategories::UACategories(const KOVA_Variable& variable, std::vector<KOVA_Value> fixed)
+UACategories::UACategories(const KOVA_Variable& variable, std::vector<KOVA_Value> fixed,
+                           KOVA_MissingValues missing)
     : UACategories(variable, false) {
   for (std::size_t code = 0; code < fixed.size(); ++code) {
     const auto number = static_cast<double>(code);
@@ -40,6 +41,7 @@ UACategories::UACategories(const KOVA_Variable& variable, std::vector<KOVA_Value
     }
   }
   fbFixed = true;
+  fFixedMissing = std::move(missing);
   fValues = std::move(fixed);
 }
 
@@ -75,7 +77,7 @@ double* UACategories::PlaceOf(double value) {
 double UACategories::CodeOf(double value) {
   if (MCMV::IsMissing(value)) return KOVA_SystemMissing;
   double* place = PlaceOf(value);
-  if (place == nullptr) return KOVA_SystemMissing;
+  if (place == nullptr) return Unlisted(value);
   if (std::isnan(*place)) *place = Add(value + 0.0);  // 0 for -0
   return *place;
 }
@@ -100,10 +102,16 @@ double UACategories::Add(const Value& value) {
       const auto found = fFixedTexts.find(value);
       if (found != fFixedTexts.end()) return found->second;
     }
-    return KOVA_SystemMissing;
+    return Unlisted(value);
   }
   fValues.emplace_back(value);
   return static_cast<double>(fValues.size() - 1);
+}
+
+// What a value becomes that is not among the fixed ones.
+template <typename Value>
+double UACategories::Unlisted(const Value& value) const {
+  return fFixedMissing.Contains(value) ? KOVA_SystemMissing : kUnseen;
 }
 
 void UACategories::Sort(bool ascending) {

@@ -13,15 +13,23 @@
 
 #include "host/cases/KOVA_Value.h"
 #include "host/data/ITable.h"
+#include "host/data/KOVA_MissingValues.h"
 
 class UACategories {
  public:
   // The variable is borrowed for its user-missing definition.
   UACategories(const KOVA_Variable& variable, bool excludeUserMissing);
 
-  // Numbers by position; a value given twice keeps its first number, and values that are not given
-  // are missing. What is declared user-missing does not count.
-  UACategories(const KOVA_Variable& variable, std::vector<KOVA_Value> fixed);
+  // What a value that is not among given ones is delivered as.
+  static constexpr double kUnseen = -1.0;
+
+  // Numbers by position; a value given twice keeps its first number. Of those that are not given,
+  // the ones in `missing` are missing, and all others unseen. What the variable declares as
+  // user-missing does not count.
+  UACategories(const KOVA_Variable& variable, std::vector<KOVA_Value> fixed,
+               KOVA_MissingValues missing);
+  UACategories(const UACategories&) = delete;
+  UACategories& operator=(const UACategories&) = delete;
 
   int Size() const { return static_cast<int>(fValues.size()); }
 
@@ -42,9 +50,12 @@ class UACategories {
   double* PlaceOf(double value);
   template <typename Value>
   double Add(const Value& value);
+  template <typename Value>
+  double Unlisted(const Value& value) const;
 
   const KOVA_MissingValues* fpUserMissing = nullptr;  // null when such values are ordinary
   bool fbFixed = false;
+  KOVA_MissingValues fFixedMissing;
   std::vector<KOVA_Value> fValues;
   std::unordered_map<std::string, double> fFixedTexts;
   std::vector<double> fSmallCodes;   // by small whole number; NaN: not met yet

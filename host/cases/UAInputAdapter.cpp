@@ -104,10 +104,11 @@ KOVA_Value UAInputAdapter::DecodeCatValue(int recordVar, int code, int& kovaVar)
   return var.fpCategories->Decode(code);
 }
 
-void UAInputAdapter::FixCategories(int recordVar, const std::vector<KOVA_Value>& categories) {
+void UAInputAdapter::FixCategories(int recordVar, const std::vector<KOVA_Value>& categories,
+                                   const KOVA_MissingValues& missing) {
   Var& var = fVars[static_cast<std::size_t>(recordVar)];
   var.fpCategories =
-      std::make_unique<UACategories>(fpSource->GetVariable(var.fKOVAVar), categories);
+      std::make_unique<UACategories>(fpSource->GetVariable(var.fKOVAVar), categories, missing);
 }
 
 void UAInputAdapter::ReorderCategories(int kovaVar, bool ascending) {

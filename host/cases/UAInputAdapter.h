@@ -39,9 +39,11 @@ class UAInputAdapter {
   // and a missing value for a code or variable that does not exist).
   KOVA_Value DecodeCatValue(int recordVar, int code, int& kovaVar) const;
 
-  // Numbers the categories of a record variable by this list and no further; values that are not in
-  // it are missing. REQUIRES: before the first pass; values of the variable's kind.
-  void FixCategories(int recordVar, const std::vector<KOVA_Value>& categories);
+  // Numbers the categories of a record variable by this list and no further. Of the values that are
+  // not in it, those in `missing` are missing, and all others are delivered as
+  // UACategories::kUnseen. REQUIRES: before the first pass; values of the variable's kind.
+  void FixCategories(int recordVar, const std::vector<KOVA_Value>& categories,
+                     const KOVA_MissingValues& missing = {});
 
   // Renumbers the categories by value (numbers by size, strings by bytes); codes delivered from the
   // next pass on are the new ones.

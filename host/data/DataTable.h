@@ -13,6 +13,7 @@
 #include "common/MissingValue.h"
 #include "host/data/ArrowStreamReader.h"
 #include "host/data/CellChunks.h"
+#include "host/data/IArrowSource.h"
 #include "host/data/ITable.h"
 #include "host/data/StringPool.h"
 
@@ -29,6 +30,15 @@ class DataTable : public ITable {
   void SetWeightVarIndex(int column) { fWeight = column; }
 
   std::int64_t CaseCount() const { return fNCases; }
+
+  // Columns that the data brought; those behind them were added.
+  int OwnColumnCount() const { return fNOwnColumns; }
+
+  // Whether all cells are in memory, so that it need not be spared.
+  virtual bool KeepsCells() const { return true; }
+
+  // Where the own columns come from and can be read again, null where they cannot.
+  IArrowSource* Source() const { return fpSource.get(); }
 
   // What the user should know of how the data were read, one sentence each.
   std::vector<std::string> Notes() const;
@@ -75,7 +85,8 @@ class DataTable : public ITable {
   void SetMaxBatchCases(std::size_t cases) { fMaxBatchCases = cases; }
 
   std::int64_t fNCases = 0;
-  int fNOwnColumns = 0;  // columns that the data brought; the others were added
+  int fNOwnColumns = 0;
+  std::unique_ptr<IArrowSource> fpSource;
   std::vector<std::string> fSourceNotes;
 
  private:

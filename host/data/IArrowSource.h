@@ -25,6 +25,16 @@ class IArrowSource {
   // Throws HostIOError, and then leaves `stream` as it was.
   virtual void Open(const std::vector<int>* columns, ArrowArrayStream* stream) = 0;
 
+  // The same cases in types that hold all that the source says of them, for passing them on.
+  // Differs from Open where that takes what a reader of numbers and texts does best with.
+  virtual void OpenOriginal(const std::vector<int>* columns, ArrowArrayStream* stream) {
+    Open(columns, stream);
+  }
+
+  // What a table, which keeps doubles and texts, has of a column of OpenOriginal.
+  enum class Kept { kPart, kAll, kAllOfIntegers };
+  virtual Kept KeptOf(int /*column*/) { return Kept::kPart; }
+
   // Number of cases when that is known without reading, otherwise -1.
   virtual std::int64_t CaseCount() const { return -1; }
 

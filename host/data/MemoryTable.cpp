@@ -6,7 +6,6 @@
 
 #include "common/MCAssert.h"
 #include "common/MissingValue.h"
-#include "host/data/IArrowSource.h"
 
 namespace MCHost {
 
@@ -41,6 +40,10 @@ MemoryTable::MemoryTable(IArrowSource& source) {
     for (int first = 0; first < ColumnCount(); first += group) LoadColumns(source, first, group);
   }
   fSourceNotes = source.Notes();
+}
+
+MemoryTable::MemoryTable(std::unique_ptr<IArrowSource> source) : MemoryTable(*source) {
+  fpSource = std::move(source);
 }
 
 void MemoryTable::LoadColumns(IArrowSource& source, int first, int count) {

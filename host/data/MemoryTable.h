@@ -13,8 +13,6 @@
 
 namespace MCHost {
 
-class IArrowSource;
-
 class MemoryTable final : public DataTable {
  public:
   // An empty table, to be built with AddNumbers and AddStrings. Scans give batches of at most
@@ -27,6 +25,9 @@ class MemoryTable final : public DataTable {
 
   // Reads a source whole, and keeps its notes. Throws HostIOError.
   explicit MemoryTable(IArrowSource& source);
+
+  // The same, and keeps the source for whoever wants the cells as they were.
+  explicit MemoryTable(std::unique_ptr<IArrowSource> source);
 
   // Appends a column of the table's own; returns its place. NaN and infinities are missing, as is
   // a string that is not there.

@@ -127,8 +127,8 @@ class StreamedTable::StreamedScan : public ITableScan {
   TableBatch fBatch;
 };
 
-StreamedTable::StreamedTable(std::unique_ptr<IArrowSource> source, std::size_t maxBatchCases)
-    : fpSource(std::move(source)) {
+StreamedTable::StreamedTable(std::unique_ptr<IArrowSource> source, std::size_t maxBatchCases) {
+  fpSource = std::move(source);
   SetMaxBatchCases(maxBatchCases);
   {
     ArrowArrayStream stream{};

@@ -14,7 +14,6 @@
 
 #include "host/data/CellSpool.h"
 #include "host/data/DataTable.h"
-#include "host/data/IArrowSource.h"
 
 namespace MCHost {
 
@@ -30,6 +29,8 @@ class StreamedTable final : public DataTable {
   // cases that it had.
   std::unique_ptr<ITableScan> Scan(const std::vector<int>& columns) override;
 
+  bool KeepsCells() const override { return false; }
+
  private:
   class StreamedScan;
 
@@ -44,7 +45,6 @@ class StreamedTable final : public DataTable {
   [[noreturn]] void Changed() const;
   std::unique_ptr<ArrowStreamReader> Open(const std::vector<int>& columns);
 
-  std::unique_ptr<IArrowSource> fpSource;
   std::unique_ptr<CellSpool> fpSpool;  // null unless the source needs it
 };
 

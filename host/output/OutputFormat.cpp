@@ -11,6 +11,8 @@ namespace {
 
 // Beyond this the digits of a count say nothing.
 constexpr double kExactWhole = 1e15;
+// Below this three decimals say nothing of a p-value.
+constexpr double kLeastFixedP = 1e-3;
 
 std::string WithoutTrailingZeros(std::string text) {
   if (text.find('.') == std::string::npos) return text;
@@ -42,7 +44,7 @@ std::string General(double value) {
 
 const char* FormatName(OutputFormat format) {
   constexpr const char* kNames[] = {"text",        "count",       "percent", "significance",
-                                    "coefficient", "correlation", "general"};
+                                    "coefficient", "correlation", "general", "pvalue"};
   return kNames[static_cast<int>(format)];
 }
 
@@ -54,6 +56,10 @@ std::string FormatNumber(double value, OutputFormat format) {
       return WithoutTrailingZeros(Fixed(value, 3));
     case OutputFormat::kPercent:
       return Fixed(value, 1) + "%";
+    case OutputFormat::kPValue:
+      if (value == 0.0) return "0";
+      if (value < kLeastFixedP) return fmt::format("{:.1e}", value);
+      return WithoutLeadingZero(Fixed(value, 3));
     case OutputFormat::kSignificance:
       if (value < 0.0005) return "< .001";
       return WithoutLeadingZero(Fixed(value, 3));

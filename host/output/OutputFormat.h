@@ -3,6 +3,7 @@
 //   count         whole numbers without decimals, others (weighted counts) with up to three
 //   percent       one decimal and a percent sign: 45.1%
 //   significance  three decimals without a leading zero: .049; below .0005 as "< .001"
+//   pvalue        like significance; from 0 to .001 its power of ten is shown: 3.1e-42, and 0 as 0
 //   coefficient   up to six significant digits, no trailing zeros: 0.05
 //   correlation   three decimals without a leading zero: -.871
 //   general       three decimals: 299.550; with an exponent below 0.001 or from 1e9 on
@@ -21,7 +22,8 @@ enum class OutputFormat {
   kSignificance,
   kCoefficient,
   kCorrelation,
-  kGeneral
+  kGeneral,
+  kPValue
 };
 
 // "count", "percent", ...

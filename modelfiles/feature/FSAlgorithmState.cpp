@@ -13,7 +13,8 @@
 using MCFeature::MCStatus;
 
 template <class Archive, class Self>
-void FSAlgorithm::Fields(Archive& archive, Self& self) {
+void FSAlgorithm::Fields(Archive& archive, Self& self, bool exact) {
+  if constexpr (Archive::kReading) self.fpSettings->SetExactPValues(exact);
   archive.Object(*self.fpSettings);
   archive.Object(self.fPredictors);
   archive.Flag(self.fbDataAccumulated);
@@ -24,7 +25,11 @@ void FSAlgorithm::Fields(Archive& archive, Self& self) {
   }
 }
 
-MC_STATE_OPERATIONS(FSAlgorithm, "FSAlgorithm 1.00", "FSAlgorithm 1.00")
+// A program that knows of no exact p-values refuses a state with them, instead of ranking by others.
+MC_STATE_OPERATIONS_OF_TWO_FORMS(FSAlgorithm, "FSAlgorithm 1.00", "FSAlgorithm 1.00",
+                                 "FSAlgorithm 1.01", "FSAlgorithm 1.01")
+
+bool FSAlgorithm::IsGrown() const { return fpSettings->ArePValuesExact(); }
 
 MCStatus FSAlgorithm::SaveState(std::fstream& out) const {
   const MCStatus status = StatusNow();

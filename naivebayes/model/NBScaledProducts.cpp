@@ -9,11 +9,6 @@
 
 namespace {
 
-constexpr int kStep = 200;
-constexpr double kScale = 0x1p200;
-constexpr double kScaleBelow = 0x1p-200;  // a mantissa below this is scaled up ...
-constexpr double kLookBelow = 0x1p-400;   // ... once the bound says that one may be below this
-
 // The inner loop with the number of categories known, so that the compiler unrolls it.
 template <int kCategories, typename Code>
 void MultiplyRows(const NBayesInputBase& input, const Code* codes, std::size_t records,
@@ -45,7 +40,7 @@ bool MultiplyRecord(const std::vector<NBayesInput>& inputs, const std::int32_t* 
     least *= input.GetLeastFactor();
   }
   if constexpr (kCategories > 0) std::copy(few.begin(), few.end(), products.begin());
-  return least >= kLookBelow;
+  return least >= NBScaledProducts::kLookBelow;
 }
 
 }  // namespace
@@ -101,7 +96,7 @@ void NBScaledProducts::ScaleUp() {
       mantissa *= kScale;
       ++fvScalings[cell];
     }
-    fLeast = std::min(fLeast, mantissa);
+    if (mantissa > 0) fLeast = std::min(fLeast, mantissa);
   }
 }
 

@@ -17,8 +17,18 @@ class NBayesInputBase;
 
 class NBScaledProducts {
  public:
+  // A mantissa that has become less than kScaleBelow is scaled up by kScale = 2^kStep, once a bound
+  // says that one may be less than kLookBelow.
+  static constexpr int kStep = 200;
+  static constexpr double kScale = 0x1p200, kScaleBelow = 0x1p-200, kLookBelow = 0x1p-400;
+
   // The priors alone, for so many records.
   void Reset(const std::vector<double>& priors, std::size_t records);
+
+  // Leaves a category out of a record's products: 0 stands in its place.
+  void Exclude(std::size_t record, std::int32_t category) {
+    fvMantissas[record * fNCategories + category] = 0;
+  }
 
   // Multiplies one input in; a record with a negative code has no factor.
   // REQUIRES: one code per record, within the input's table.

@@ -3,10 +3,19 @@
 #include <algorithm>
 #include <span>
 
+#include "common/RecordBlock.h"
 #include "naivebayes/MCStatus.h"
 #include "naivebayes/encoders/INBEncoder.h"
 #include "naivebayes/model/NBScoring.h"
 #include "naivebayes/model/NBayesOutput.h"
+
+std::size_t NBScoredBlock::PreferredCases(int targetCategories, int inputs) {
+  constexpr double kFactors = 1 << 21;
+  const double perCase = std::max(targetCategories, 1) * (inputs + 1.0);
+  const auto cases = static_cast<std::size_t>(kFactors / perCase);
+  const auto inCache = MCCommon::RecordBlock::PreferredCases(targetCategories);
+  return std::clamp<std::size_t>(cases, 1, inCache);
+}
 
 void NBScoredBlock::Start(const NBayesOutput& output, std::size_t cases) {
   fNTargets = output.GetPriors().size();

@@ -16,6 +16,10 @@ class NBayesOutput;
 
 class NBScoredBlock {
  public:
+  // Cases of a block that is scored in so short a time that whoever polls for a cancel between
+  // blocks need not wait.
+  static std::size_t PreferredCases(int targetCategories, int inputs);
+
   std::size_t Cases() const { return fvWinners.size(); }
 
   // The winning categories by case; -1 for a case that was not scored.

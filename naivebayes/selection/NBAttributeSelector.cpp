@@ -9,8 +9,11 @@
 
 #include "common/MissingValue.h"
 #include "naivebayes/selection/NBAttribSelectReporter.h"
+#include "naivebayes/selection/NBChunks.h"
 #include "naivebayes/selection/NBDataSteps.h"
 #include "naivebayes/selection/NBFormulas.h"
+#include "naivebayes/selection/NBOdds.h"
+#include "naivebayes/selection/NBSampleCounts.h"
 #include "naivebayes/selection/NBSimulatedSteps.h"
 #include "naivebayes/selection/NBTerms.h"
 #include "naivebayes/store/NBInternalAdapter.h"
@@ -30,29 +33,49 @@ NBAttributeSelector::NBAttributeSelector(std::vector<NBayesInput>& inputs, NBaye
       fTotalWeight(totalWeight) {}
 
 double NBAttributeSelector::ComputeAJTerm(int input, double n) const {
-  return NBFormulas::ComputeAJTerm(fModel.fInputs[input], fModel.fInputs[input], n);
+  return NBFormulas::ComputeAJTerm(fModel.fInputs[input], n);
 }
 
-double NBAttributeSelector::StartSequence(int maxSize, std::vector<int>& candidates) {
+void NBAttributeSelector::StartSequence(int maxSize, std::vector<int>& candidates) {
   fvLogLikelihood.assign(maxSize, MCMV::gMissingValue);
-  fvAPart.assign(maxSize, MCMV::gMissingValue);
-  const int nInputs = static_cast<int>(fModel.fInputs.size());
-  fvA.assign(nInputs, 0.0);
-  std::vector<double> counts(fModel.fOutput.GetNCategories());
-  for (int k = 0; k < fModel.fOutput.GetNCategories(); ++k) counts[k] = fModel.fOutput.GetCount(k);
-  double running = NBFormulas::ComputeBase(counts, fModel.fOutput.GetPriors(), fTotalWeight);
-  for (int j = 0; j < nInputs && !fCancel.IsCancel(); ++j) {
-    fvA[j] = ComputeAJTerm(j, fTotalWeight);
-    if (fVarList.GetVariableRole(fModel.fInputs[j].GetVarIndex()) == INBVariable::kInput) {
-      fvOrder.push_back(j);
-      running += fvA[j];
-    } else {
-      candidates.push_back(j);
-    }
+  for (int j = 0; j < static_cast<int>(fModel.fInputs.size()); ++j) {
+    const INBVariable::VariableRole role =
+        fVarList.GetVariableRole(fModel.fInputs[j].GetVarIndex());
+    (role == INBVariable::kInput ? fvOrder : candidates).push_back(j);
   }
   fNForced = NSizes();
-  if (fNForced >= 1 && fNForced <= maxSize) fvAPart[fNForced - 1] = running;
-  return running;
+}
+
+bool NBAttributeSelector::ComputeParts(const Training& training) {
+  const int nInputs = static_cast<int>(fModel.fInputs.size());
+  fRecordParts.fvA.assign(nInputs, 0.0);
+  std::vector<double> counts(fModel.fOutput.GetNCategories());
+  for (int k = 0; k < fModel.fOutput.GetNCategories(); ++k) counts[k] = fModel.fOutput.GetCount(k);
+  if (!training.fbCounted) {
+    NBSampleCounts sample(fModel);
+    if (!training.fCodes.NewPass()) return false;
+    while (const NBCodeBlock* codes = training.fCodes.NextCodes()) sample.Add(*codes);
+    if (training.fCodes.HasFailed()) return false;
+    std::vector<double> left = counts;
+    for (std::size_t k = 0; k < left.size(); ++k) left[k] -= sample.GetTargets()[k];
+    const std::vector<double>& priors = fModel.fOutput.GetPriors();
+    fRecordParts.fBase = NBFormulas::ComputeBase(left, priors, fTotalWeight);
+    for (int j = 0; j < nInputs; ++j) fRecordParts.fvA[j] = ComputePart(j, &sample.GetInput(j));
+  }
+  fStepParts = fRecordParts;
+  if (!fbSimulated) return true;
+  fStepParts.fBase = NBFormulas::ComputeBase(counts, fModel.fOutput.GetPriors(), fTotalWeight);
+  for (int j = 0; j < nInputs; ++j) fStepParts.fvA[j] = ComputePart(j, nullptr);
+  return true;
+}
+
+double NBAttributeSelector::ComputePart(int input, const NBayesInputBase* less) const {
+  const NBayesInput& model = fModel.fInputs[input];
+  NBSum sum;
+  for (int m = 0; m < model.GetNCategories() && !fCancel.IsCancel(); ++m) {
+    NBFormulas::AddAJTerms(model, m, fTotalWeight, less, sum);
+  }
+  return sum.Total();
 }
 
 MCNaiveBayes::MCRandom NBAttributeSelector::MakeRandom() const {
@@ -65,6 +88,8 @@ MCNaiveBayes::MCRandom NBAttributeSelector::MakeRandom() const {
 int NBAttributeSelector::BuildSubsetSequence(int maxSize, const Training& training) {
   if (fCancel.IsCancel()) return -1;
   fbSimulated = !training.fbFromData;
+  fbReadError = !ComputeParts(training);
+  if (fbReadError) return -1;
   if (fbSimulated) {
     MCNaiveBayes::MCRandom random = MakeRandom();
     const int records = std::max(fSettings.GetSampleSize4SimData(), 1);
@@ -75,31 +100,45 @@ int NBAttributeSelector::BuildSubsetSequence(int maxSize, const Training& traini
   return TakeSteps(maxSize, training.fNRecords, steps);
 }
 
+namespace {
+
+// The place of the largest value, the first of equal ones.
+std::size_t FindBest(const std::vector<double>& values) {
+  std::size_t best = 0;
+  for (std::size_t c = 1; c < values.size(); ++c) {
+    if (values[c] > values[best]) best = c;
+  }
+  return best;
+}
+
+}  // namespace
+
 int NBAttributeSelector::TakeSteps(int maxSize, int nRecords, NBSteps& steps) {
   const std::clock_t start = std::clock();
   std::vector<int> candidates;
-  double running = StartSequence(maxSize, candidates);
-  for (int j : fvOrder) steps.Enter(j);
+  StartSequence(maxSize, candidates);
+  NBSum running;
+  running.Add(fStepParts.fBase);
+  for (int j : fvOrder) {
+    running.Add(fStepParts.fvA[j]);
+    steps.Enter(j);
+  }
   std::vector<double> b;
+  double common = 0;
   while (NSizes() < maxSize && !candidates.empty() && !fCancel.IsCancel()) {
-    fbReadError = !steps.ComputeBJ(candidates, b);
+    fbReadError = !steps.ComputeBJ(candidates, b, common);
     if (fbReadError || fCancel.IsCancel()) return -1;
-    std::size_t best = 0;
-    double bestScore = running + fvA[candidates[0]] + b[0];
-    for (std::size_t c = 1; c < candidates.size(); ++c) {
-      const double score = running + fvA[candidates[c]] + b[c];
-      if (score > bestScore) {
-        best = c;
-        bestScore = score;
-      }
-    }
+    for (std::size_t c = 0; c < b.size(); ++c) b[c] += fStepParts.fvA[candidates[c]];
+    const std::size_t best = FindBest(b);
+    NBSum score = running;
+    score.Add(common);
+    score.Add(b[best]);
     const int winner = candidates[best];
     candidates.erase(candidates.begin() + static_cast<std::ptrdiff_t>(best));
     steps.Enter(winner);
-    running += fvA[winner];
+    running.Add(fStepParts.fvA[winner]);
     fvOrder.push_back(winner);
-    fvLogLikelihood[NSizes() - 1] = bestScore;
-    fvAPart[NSizes() - 1] = running;
+    fvLogLikelihood[NSizes() - 1] = score.Total();
     Report(maxSize, static_cast<int>(candidates.size()), nRecords,
            static_cast<double>(std::clock() - start) / 1e6);
   }
@@ -140,24 +179,27 @@ void NBAttributeSelector::GenerateSimulatedRecord(Record& record,
   for (std::size_t j = 0; j < fModel.fInputs.size(); ++j) record[j + 1] = drawn.fvCodes[j][0];
 }
 
-bool NBAttributeSelector::SumTerms(NBCodeSource& source, int first, std::vector<NBLogSum>& sums,
-                                   NBTestCounts* counts) const {
+bool NBAttributeSelector::SumTerms(NBCodeSource& source, int first, std::vector<NBOddsSum>& sums,
+                                   NBSum& weight) const {
   const int last = first + static_cast<int>(sums.size()) - 1;
-  NBScaledProducts products;
+  NBChunks chunks(fModel.fOutput.GetNCategories());
+  NBOdds odds;
+  const auto addChunk = [&](const NBCodeBlock& codes) {
+    for (std::size_t i = 0; i < codes.Cases(); ++i) weight.Add(codes.Weights()[i]);
+    odds.Reset(fModel.fOutput.GetPriors(), codes.Targets(), codes.Cases());
+    for (int s = 1; s <= last && !fCancel.IsCancel(); ++s) {
+      const int j = fvOrder[s - 1];
+      odds.Multiply(fModel.fInputs[j], codes.Codes(j), codes.Targets());
+      if (s < first) continue;
+      odds.Align();
+      odds.AddTerms(codes.Weights(), sums[s - first]);
+    }
+    return !fCancel.IsCancel();
+  };
   while (!fCancel.IsCancel()) {
     const NBCodeBlock* codes = source.NextCodes();
     if (codes == nullptr) return !source.HasFailed();
-    if (counts != nullptr) counts->Add(*codes);
-    products.Reset(fModel.fOutput.GetPriors(), codes->Cases());
-    for (int s = 1; s <= last; ++s) {
-      const int j = fvOrder[s - 1];
-      products.Multiply(fModel.fInputs[j], codes->Codes(j));
-      if (s < first) continue;
-      products.Align();
-      for (std::size_t i = 0; i < codes->Cases(); ++i) {
-        sums[s - first].Add(products.SumOf(i), products.Exponent(i), codes->Weights()[i]);
-      }
-    }
+    if (!chunks.ForEach(*codes, addChunk)) return false;
   }
   return false;
 }
@@ -165,13 +207,18 @@ bool NBAttributeSelector::SumTerms(NBCodeSource& source, int first, std::vector<
 bool NBAttributeSelector::CompleteLogLikelihoods(NBCodeStore& records, int lastSize) {
   const int first = FirstSize(), last = fbSimulated ? lastSize : fNForced;
   if (last < first) return true;
-  std::vector<NBLogSum> sums(last - first + 1);
-  if (!records.NewPass() || !SumTerms(records, first, sums, nullptr)) {
+  std::vector<NBOddsSum> sums(last - first + 1);
+  NBSum weight;
+  if (!records.NewPass() || !SumTerms(records, first, sums, weight)) {
     fbReadError = !fCancel.IsCancel();
     return false;
   }
-  for (int s = first; s <= last; ++s) {
-    fvLogLikelihood[s - 1] = fvAPart[s - 1] - sums[s - first].Total() / fTotalWeight;
+  NBSum parts;
+  parts.Add(fRecordParts.fBase);
+  for (int s = 1; s <= last; ++s) {
+    parts.Add(fRecordParts.fvA[fvOrder[s - 1]]);
+    if (s < first) continue;
+    fvLogLikelihood[s - 1] = parts.Total() - sums[s - first].Total() / fTotalWeight;
   }
   return true;
 }
@@ -184,19 +231,14 @@ int NBAttributeSelector::SortAndRankBIC(Results& results, int nReport) {
   return FillSelectionResults(std::move(ranked), nReport, results);
 }
 
-int NBAttributeSelector::SortAndRankTest(NBCodeSource& test, NBTestCounts& counts, Results& results,
+int NBAttributeSelector::SortAndRankTest(NBCodeSource& test, NBSum& weight, Results& results,
                                          int nReport) {
   const int first = FirstSize();
-  std::vector<NBLogSum> sums(std::max(NSizes() - first + 1, 0));
-  if (!SumTerms(test, first, sums, &counts)) return -1;
-  const double weight = counts.GetWeight();
-  if (!(weight > 0)) return -1;
-  double terms = NBFormulas::ComputeBase(counts.GetTargets(), fModel.fOutput.GetPriors(), weight);
+  std::vector<NBOddsSum> sums(std::max(NSizes() - first + 1, 0));
+  if (!SumTerms(test, first, sums, weight) || !(weight.Total() > 0)) return -1;
   std::vector<std::pair<double, int>> ranked;
-  for (int s = 1; s <= NSizes(); ++s) {
-    terms +=
-        NBFormulas::ComputeAJTerm(counts.GetInput(s - 1), fModel.fInputs[fvOrder[s - 1]], weight);
-    if (s >= first) ranked.emplace_back(sums[s - first].Total() / weight - terms, s);
+  for (int s = first; s <= NSizes(); ++s) {
+    ranked.emplace_back(sums[s - first].Total() / weight.Total(), s);
   }
   return FillSelectionResults(std::move(ranked), nReport, results);
 }
@@ -270,11 +312,11 @@ MCStatus NBAttributeSelector::SelectMaxTestData(int maxSize, const Training& tra
   if (!CompleteLogLikelihoods(training.fCodes, fNForced)) return FailureStatus();
   if (!test.fRecords.NewPass()) return MCNaive::Error(MCNaive::kNoTestRecords);
   NBInternalAdapter codes(test.fRecords, test.fNRecords, test.fPreparator);
-  NBTestCounts counts(fModel, fvOrder);
-  const int size = SortAndRankTest(codes, counts, result.fvResults, nReport);
+  NBSum weight;
+  const int size = SortAndRankTest(codes, weight, result.fvResults, nReport);
   if (codes.GetStatus().IsError()) return codes.GetStatus();
   if (fCancel.IsCancel()) return FailureStatus();
-  if (counts.GetWeight() == 0) return MCNaive::Error(MCNaive::kNoTestRecords);
+  if (weight.Total() == 0) return MCNaive::Error(MCNaive::kNoTestRecords);
   if (size < 0) return FailureStatus();
   ConvertSelectedPredictors(result.fvSelected);
   UpdateVarlist(size);
@@ -285,7 +327,7 @@ MCStatus NBAttributeSelector::SelectExact(int size, MultiPassRecordIter& data, i
                                           bool fromData, std::vector<int>& selected) {
   NBRecordStore codes = MakeStore(data);
   NBSelectionResult result;
-  const MCStatus status = SelectExact(size, {codes, nRecords, fromData}, result);
+  const MCStatus status = SelectExact(size, {codes, nRecords, fromData, false}, result);
   selected = std::move(result.fvSelected);
   return status;
 }
@@ -295,7 +337,8 @@ MCStatus NBAttributeSelector::SelectMaxBIC(int maxSize, MultiPassRecordIter& dat
                                            Results& results, int nReport) {
   NBRecordStore codes = MakeStore(data);
   NBSelectionResult result;
-  const MCStatus status = SelectMaxBIC(maxSize, {codes, nRecords, fromData}, nReport, result);
+  const MCStatus status =
+      SelectMaxBIC(maxSize, {codes, nRecords, fromData, false}, nReport, result);
   selected = std::move(result.fvSelected);
   results = std::move(result.fvResults);
   return status;
@@ -308,7 +351,7 @@ MCStatus NBAttributeSelector::SelectMaxTestData(int maxSize, MultiPassRecordIter
                                                 int nReport, NBDataPreparator* preparator) {
   NBRecordStore codes = MakeStore(data);
   NBSelectionResult result;
-  const MCStatus status = SelectMaxTestData(maxSize, {codes, nRecords, fromData},
+  const MCStatus status = SelectMaxTestData(maxSize, {codes, nRecords, fromData, false},
                                             {test, nTest, *preparator}, nReport, result);
   selected = std::move(result.fvSelected);
   results = std::move(result.fvResults);

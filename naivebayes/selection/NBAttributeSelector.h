@@ -8,6 +8,10 @@
 // in memory serve the steps themselves; otherwise each step simulates records from the model and
 // takes B with w = 1 and their number in place of N. Missing values add no factor.
 //
+// Over the records that were counted, Base, A and B together are the average of log P(own
+// category), and so minus that of log(1 + odds against it): summed like this, case by case, a
+// log-likelihood keeps its digits where the parts would cancel, and is never above zero.
+//
 // A selector lives for one selection. Input positions count the model's inputs (forced predictors
 // have role input, candidates role possible input) from 0. Everything handed over stays the
 // caller's.
@@ -25,8 +29,8 @@
 #include "naivebayes/model/NBModelView.h"
 #include "naivebayes/model/NBNumerics.h"
 #include "naivebayes/selection/MCRandom.h"
+#include "naivebayes/selection/NBOddsSum.h"
 #include "naivebayes/selection/NBSteps.h"
-#include "naivebayes/selection/NBTestCounts.h"
 #include "naivebayes/store/NBRecordStore.h"
 
 class NBDataPreparator;
@@ -46,6 +50,7 @@ class NBAttributeSelector {
     NBCodeStore& fCodes;
     int fNRecords;
     bool fbFromData;
+    bool fbCounted = true;  // they are the very ones that the model has counted
   };
   // ... and, for the test criterion, original records that the preparator encodes, no more than so
   // many accepted ones (below 0 all).
@@ -71,7 +76,7 @@ class NBAttributeSelector {
                                       int nReport, NBSelectionResult& result);
 
   // The same from processed records of doubles: a target, a weight when the list has a weight
-  // variable, and a code per input.
+  // variable, and a code per input. They need not be those that the model has counted.
   MCNaive::MCStatus SelectExact(int size, MCCommon::MultiPassRecordIter& data, int nRecords,
                                 bool fromData, std::vector<int>& selected);
   MCNaive::MCStatus SelectMaxBIC(int maxSize, MCCommon::MultiPassRecordIter& data, int nRecords,
@@ -108,21 +113,24 @@ class NBAttributeSelector {
   // Returns 0, or -1 when cancelled or when the records could not be read.
   int BuildSubsetSequence(int maxSize, const Training& training);
   int TakeSteps(int maxSize, int nRecords, NBSteps& steps);
-  // A, Base, the forced predictors and the candidates; returns Base plus the A of the forced ones.
-  double StartSequence(int maxSize, std::vector<int>& candidates);
+  // The forced predictors and the candidates.
+  void StartSequence(int maxSize, std::vector<int>& candidates);
+  // What the counts of the model add to the terms of the records; false when these could not be
+  // read.
+  [[nodiscard]] bool ComputeParts(const Training& training);
+  double ComputePart(int input, const NBayesInputBase* less) const;
   MCNaiveBayes::MCRandom MakeRandom() const;
   void Report(int maxSize, int nCandidates, int nRecords, double seconds);
 
-  // Adds to the sums, for the sizes from `first` on, w D(x, S_s) of all cases; counts these, too,
-  // when asked. False after a cancel or a read error.
-  bool SumTerms(NBCodeSource& source, int first, std::vector<NBLogSum>& sums,
-                NBTestCounts* counts) const;
+  // Adds to the sums, for the sizes from `first` on, the w * log(1 + odds) of all cases, and these
+  // to the weight. False after a cancel or a read error.
+  bool SumTerms(NBCodeSource& source, int first, std::vector<NBOddsSum>& sums, NBSum& weight) const;
   // Log-likelihoods on the training data where the steps gave none, or only simulated ones.
   bool CompleteLogLikelihoods(NBCodeStore& records, int lastSize);
 
   // Each returns the chosen size (0 when there is no predictor), or a negative value.
   int SortAndRankBIC(Results& results, int nReport);
-  int SortAndRankTest(NBCodeSource& test, NBTestCounts& counts, Results& results, int nReport);
+  int SortAndRankTest(NBCodeSource& test, NBSum& weight, Results& results, int nReport);
   int FillSelectionResults(std::vector<std::pair<double, int>> ranked, int nReport,
                            Results& results);
 
@@ -141,11 +149,19 @@ class NBAttributeSelector {
   NBCancelInfo& fCancel;
   double fTotalWeight;
 
+  // Base and, by input, A: with simulated steps those of the model's counts. Terms of the very
+  // records that were counted have them in, and nothing is left; terms of others have those of
+  // their own counts in, and what is left is the difference.
+  struct Parts {
+    double fBase = 0;
+    std::vector<double> fvA;
+  };
+
   std::vector<int> fvOrder;  // input positions in order of entry, forced ones first
   int fNForced = 0;
-  std::vector<double> fvA;
+  Parts fRecordParts;  // beside terms of records ...
+  Parts fStepParts;    // ... and of the steps
   std::vector<double> fvLogLikelihood;
-  std::vector<double> fvAPart;
   bool fbSimulated = false;
   bool fbReadError = false;
   std::vector<std::pair<double, int>> fvResults;  // criterion and size, best first

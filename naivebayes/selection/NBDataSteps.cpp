@@ -1,42 +1,58 @@
 #include "naivebayes/selection/NBDataSteps.h"
 
-#include "naivebayes/model/NBNumerics.h"
-#include "naivebayes/selection/NBTerms.h"
+#include "naivebayes/selection/NBOddsSum.h"
+
+namespace {
+
+constexpr std::size_t kMostKeptBytes = std::size_t{1} << 28;
+
+}  // namespace
 
 NBDataSteps::NBDataSteps(const NBModelView& model, double totalWeight, NBCodeStore& records,
                          NBCancelInfo& cancel)
-    : fModel(model), fTotalWeight(totalWeight), fRecords(records), fCancel(cancel) {}
+    : fModel(model),
+      fTotalWeight(totalWeight),
+      fRecords(records),
+      fCancel(cancel),
+      fChunks(model.fOutput.GetNCategories()) {}
 
-const NBScaledProducts& NBDataSteps::UpdateProducts(std::size_t block, const NBCodeBlock& codes) {
-  if (block == fvProducts.size()) {
-    fvProducts.emplace_back().Reset(fModel.fOutput.GetPriors(), codes.Cases());
+NBOdds& NBDataSteps::MakeOdds(std::size_t chunk, const NBCodeBlock& codes) {
+  const std::size_t bytes = fChunks.Most() * fModel.fOutput.GetPriors().size() * sizeof(double);
+  const bool isNew = chunk >= fvKept.size();
+  if (chunk == fvKept.size() && (chunk + 1) * bytes <= kMostKeptBytes) fvKept.emplace_back();
+  NBOdds& odds = chunk < fvKept.size() ? fvKept[chunk] : fAnew;
+  if (isNew) odds.Reset(fModel.fOutput.GetPriors(), codes.Targets(), codes.Cases());
+  if (odds.Cases() != codes.Cases()) return odds;
+  for (std::size_t s = isNew ? 0 : fNKept; s < fvCurrent.size() && !fCancel.IsCancel(); ++s) {
+    const int j = fvCurrent[s];
+    odds.Multiply(fModel.fInputs[j], codes.Codes(j), codes.Targets());
   }
-  NBScaledProducts& products = fvProducts[block];
-  if (products.Records() == codes.Cases() && !fvEntered.empty()) {
-    for (int j : fvEntered) products.Multiply(fModel.fInputs[j], codes.Codes(j));
-    products.Align();
-  }
-  return products;
+  odds.Align();
+  return odds;
 }
 
-bool NBDataSteps::ComputeBJ(const std::vector<int>& candidates, std::vector<double>& out) {
-  std::vector<NBLogSum> sums(candidates.size());
+bool NBDataSteps::ComputeBJ(const std::vector<int>& candidates, std::vector<double>& out,
+                            double& common) {
+  std::vector<NBOddsSum> sums(candidates.size());
   if (!fRecords.NewPass()) return false;
-  for (std::size_t block = 0; !fCancel.IsCancel(); ++block) {
+  std::size_t chunk = 0;
+  const auto addChunk = [&](const NBCodeBlock& codes) {
+    const NBOdds& odds = MakeOdds(chunk++, codes);
+    if (odds.Cases() != codes.Cases()) return false;  // cut off by a failure
+    for (std::size_t c = 0; c < candidates.size() && !fCancel.IsCancel(); ++c) {
+      const int j = candidates[c];
+      odds.AddTerms(fModel.fInputs[j], codes.Codes(j), codes.Targets(), codes.Weights(), sums[c]);
+    }
+    return true;
+  };
+  while (!fCancel.IsCancel()) {
     const NBCodeBlock* codes = fRecords.NextCodes();
     if (codes == nullptr) break;
-    const NBScaledProducts& products = UpdateProducts(block, *codes);
-    if (products.Records() != codes->Cases()) return false;  // cut off by a failure
-    const double* weights = codes->Weights();
-    for (std::size_t c = 0; c < candidates.size(); ++c) {
-      NBTerms::ForEach(products, fModel.fInputs[candidates[c]], codes->Codes(candidates[c]),
-                       [&sum = sums[c], weights](std::size_t i, double x, int exponent) {
-                         sum.Add(x, exponent, weights[i]);
-                       });
-    }
+    if (!fChunks.ForEach(*codes, addChunk)) return false;
   }
-  fvEntered.clear();
+  fNKept = fvCurrent.size();
   out.clear();
-  for (const NBLogSum& sum : sums) out.push_back(-sum.Total() / fTotalWeight);
+  for (const NBOddsSum& sum : sums) out.push_back(-sum.Total() / fTotalWeight);
+  common = 0;
   return !fRecords.HasFailed();
 }

@@ -1,5 +1,7 @@
-// Steps from the training records: B(S) = -(1/N) sum over records of w D(x,S). The products of the
-// current subset are kept for all records, so a step costs one factor a record and candidate.
+// Steps from the training records: minus the average over records of w * log(1 + odds against the
+// record's own category), which is the log-likelihood itself. Products of the current subset are
+// kept as far as there is room, so a step costs one factor a record and candidate; the others are
+// multiplied up anew.
 #pragma once
 
 #include <cstddef>
@@ -7,7 +9,8 @@
 
 #include "naivebayes/NBCancelInfo.h"
 #include "naivebayes/model/NBModelView.h"
-#include "naivebayes/model/NBScaledProducts.h"
+#include "naivebayes/selection/NBChunks.h"
+#include "naivebayes/selection/NBOdds.h"
 #include "naivebayes/selection/NBSteps.h"
 #include "naivebayes/store/NBCodeStore.h"
 
@@ -17,18 +20,21 @@ class NBDataSteps : public NBSteps {
   NBDataSteps(const NBModelView& model, double totalWeight, NBCodeStore& records,
               NBCancelInfo& cancel);
 
-  void Enter(int input) override { fvEntered.push_back(input); }
-  [[nodiscard]] bool ComputeBJ(const std::vector<int>& candidates,
-                               std::vector<double>& out) override;
+  void Enter(int input) override { fvCurrent.push_back(input); }
+  [[nodiscard]] bool ComputeBJ(const std::vector<int>& candidates, std::vector<double>& out,
+                               double& common) override;
 
  private:
-  // The products of a block of the pass, with all that entered since the last pass.
-  const NBScaledProducts& UpdateProducts(std::size_t block, const NBCodeBlock& codes);
+  // The products of a chunk of the pass, with all that has entered.
+  NBOdds& MakeOdds(std::size_t chunk, const NBCodeBlock& codes);
 
   NBModelView fModel;
   double fTotalWeight;
   NBCodeStore& fRecords;
   NBCancelInfo& fCancel;
-  std::vector<int> fvEntered;                // since the last pass
-  std::vector<NBScaledProducts> fvProducts;  // by block
+  NBChunks fChunks;
+  std::vector<int> fvCurrent;  // in order of entry
+  std::size_t fNKept = 0;      // of them are in the kept products
+  std::vector<NBOdds> fvKept;  // by chunk, for the first of the pass
+  NBOdds fAnew;
 };

@@ -3,26 +3,28 @@
 #include <algorithm>
 #include <cmath>
 
-#include "naivebayes/model/NBNumerics.h"
 #include "naivebayes/model/NBayesInputBase.h"
 
 namespace NBFormulas {
 
-double ComputeAJTerm(const NBayesInputBase& counts, const NBayesInputBase& model, double n) {
-  NBSum sum;
-  for (int k = 0; k < counts.GetNTargetCategories(); ++k) {
-    for (int m = 0; m < counts.GetNCategories(); ++m) {
-      const double count = counts.GetCount(m, k);
-      if (count > 0) sum.Add(count / n * std::log(model.GetProbability(m, k)));
-    }
+void AddAJTerms(const NBayesInputBase& model, int m, double n, const NBayesInputBase* less,
+                NBSum& sum) {
+  for (int k = 0; k < model.GetNTargetCategories(); ++k) {
+    const double count = model.GetCount(m, k) - (less == nullptr ? 0 : less->GetCount(m, k));
+    if (count != 0) sum.Add(count / n * std::log(model.GetProbability(m, k)));
   }
+}
+
+double ComputeAJTerm(const NBayesInputBase& model, double n, const NBayesInputBase* less) {
+  NBSum sum;
+  for (int m = 0; m < model.GetNCategories(); ++m) AddAJTerms(model, m, n, less, sum);
   return sum.Total();
 }
 
 double ComputeBase(const std::vector<double>& counts, const std::vector<double>& priors, double n) {
   NBSum sum;
   for (std::size_t k = 0; k < counts.size(); ++k) {
-    if (counts[k] > 0) sum.Add(counts[k] * std::log(priors[k]));
+    if (counts[k] != 0) sum.Add(counts[k] * std::log(priors[k]));
   }
   return sum.Total() / n;
 }

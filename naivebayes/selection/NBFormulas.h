@@ -7,13 +7,18 @@
 
 #include <vector>
 
+#include "naivebayes/model/NBNumerics.h"
+
 class NBayesInputBase;
 
 namespace NBFormulas {
 
-// sum over k and m of N(m,k) / N * log P(m|k), the weights from one table and the probabilities
-// from another: the same one for a training term, test counts and model for a test term.
-double ComputeAJTerm(const NBayesInputBase& counts, const NBayesInputBase& model, double n);
+// sum over k and m of N(m,k) / N * log P(m|k), the weights less those of another table if there is
+// one.
+double ComputeAJTerm(const NBayesInputBase& model, double n, const NBayesInputBase* less = nullptr);
+// The part of one category m of it.
+void AddAJTerms(const NBayesInputBase& model, int m, double n, const NBayesInputBase* less,
+                NBSum& sum);
 
 // (sum over k of N(k) * log Pi(k)) / N.
 double ComputeBase(const std::vector<double>& counts, const std::vector<double>& priors, double n);

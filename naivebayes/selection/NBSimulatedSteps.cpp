@@ -2,9 +2,10 @@
 
 #include <algorithm>
 
-#include "common/RecordBlock.h"
 #include "naivebayes/encoders/INBEncoder.h"
 #include "naivebayes/model/NBNumerics.h"
+#include "naivebayes/model/NBScaledProducts.h"
+#include "naivebayes/selection/NBChunks.h"
 #include "naivebayes/selection/NBTerms.h"
 
 namespace {
@@ -42,16 +43,39 @@ void NBSimulatedSteps::Draw(const NBModelView& model, MCNaiveBayes::MCRandom& ra
   }
 }
 
-bool NBSimulatedSteps::ComputeBJ(const std::vector<int>& candidates, std::vector<double>& out) {
-  std::vector<NBSum> sums(candidates.size());
+void NBSimulatedSteps::AddTerms(const NBCodeBlock& codes, const std::vector<int>& candidates,
+                                std::vector<NBLogSum>& sums, NBLogSum& common) const {
+  NBScaledProducts products;
+  products.Reset(fModel.fOutput.GetPriors(), codes.Cases());
+  for (int j : fvCurrent) products.Multiply(fModel.fInputs[j], codes.Codes(j));
+  products.Align();
+  std::vector<double> joint(codes.Cases());
+  for (std::size_t i = 0; i < joint.size(); ++i) {
+    joint[i] = products.SumOf(i);
+    common.Add(joint[i], products.Exponent(i), 1.0);
+  }
+  for (std::size_t c = 0; c < candidates.size() && !fCancel.IsCancel(); ++c) {
+    NBTerms::ForEach(products, fModel.fInputs[candidates[c]], codes.Codes(candidates[c]),
+                     [&sum = sums[c], &joint](std::size_t i, double x, int /*exponent*/) {
+                       sum.Add(x / joint[i], 0, 1.0);
+                     });
+  }
+}
+
+bool NBSimulatedSteps::ComputeBJ(const std::vector<int>& candidates, std::vector<double>& out,
+                                 double& common) {
+  std::vector<NBLogSum> sums(candidates.size());
+  NBLogSum current;
+  const auto most = static_cast<int>(NBChunks(fModel.fOutput.GetNCategories()).Most());
   for (int left = fNRecords; left > 0 && !fCancel.IsCancel();) {
-    const int drawn = std::min(left, static_cast<int>(MCCommon::RecordBlock::kMaxCases));
+    const int drawn = std::min(left, most);
     fDrawn.Resize(fModel.fInputs.size(), drawn);
-    for (int i = 0; i < drawn; ++i) Draw(fModel, fRandom, i, fDrawn);
-    NBTerms::Add(fModel, fvCurrent, candidates, fDrawn.View(), sums);
+    for (int i = 0; i < drawn && !fCancel.IsCancel(); ++i) Draw(fModel, fRandom, i, fDrawn);
+    if (!fCancel.IsCancel()) AddTerms(fDrawn.View(), candidates, sums, current);
     left -= drawn;
   }
   out.clear();
-  for (const NBSum& sum : sums) out.push_back(-sum.Total() / fNRecords);
+  for (const NBLogSum& sum : sums) out.push_back(-sum.Total() / fNRecords);
+  common = -current.Total() / fNRecords;
   return true;
 }

@@ -32,6 +32,8 @@ class NBCodeBlock {
     fvCodes.assign(inputs, NBCodes());
   }
   void SetCodes(std::size_t input, NBCodes codes) { fvCodes[input] = codes; }
+  // Makes the block a view of at most so many cases of another one, from a case on.
+  void Take(const NBCodeBlock& whole, std::size_t first, std::size_t most);
 
   std::size_t Cases() const { return fCases; }
   int Inputs() const { return static_cast<int>(fvCodes.size()); }

@@ -58,7 +58,8 @@ void NBInternalAdapter::EncodeAccepted(const RecordBlock& block) {
   const std::size_t cases = block.Cases();
   Compact(fBuffer.fvTargets, fvAccepted);
   Compact(fBuffer.fvWeights, fvAccepted);
-  for (int j = 0; j < fPreparator.GetInputSize(); ++j) {
+  NBCancelInfo& cancel = fPreparator.GetCancelInfo();
+  for (int j = 0; j < fPreparator.GetInputSize() && !cancel.IsCancel(); ++j) {
     std::vector<std::int32_t>& column = fBuffer.fvCodes[j];
     const double* values = block.Column(fPreparator.GetInputColumn(j));
     fPreparator.EncodeInputs(j, values, cases, column.data());
@@ -102,6 +103,7 @@ const NBCodeBlock* NBInternalAdapter::NextCodes() {
     if (!IsUsable(block)) return nullptr;
     Accept(block);
     EncodeAccepted(block);
+    if (fPreparator.GetCancelInfo().IsCancel()) return nullptr;
     if (fNLeft > 0) fNLeft -= static_cast<std::int64_t>(fvAccepted.size());
     if (!fvAccepted.empty()) return &fBuffer.View();
   }

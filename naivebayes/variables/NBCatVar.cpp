@@ -24,6 +24,7 @@ NBCatVar::NBCatVar(const std::string& name, const std::string& label, int catego
     fpEncoder = std::make_unique<NBStringEncoder>(categories);
   } else {
     fpEncoder = std::make_unique<NBCatNumEncoder>(IdentityValues(categories));
+    fbNumbered = categories > 0;
   }
 }
 
@@ -44,6 +45,7 @@ NBCatVar::NBCatVar(const std::string& name, const std::string& label,
 NBCatVar::NBCatVar(const NBCatVar& other)
     : INBVariable(other),
       fNCategories(other.fNCategories),
+      fbNumbered(other.fbNumbered),
       fLevel(other.fLevel),
       fpEncoder(other.fpEncoder->Clone()) {}
 

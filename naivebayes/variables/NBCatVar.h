@@ -23,6 +23,10 @@ class NBCatVar : public INBVariable {
 
   void SetNumberOfCategories(int categories) { fNCategories = categories; }
 
+  // False for a variable added by its number of categories alone: what its codes stand for is then
+  // the caller's secret.
+  bool KnowsValues() const { return !fbNumbered && fpEncoder->GetNumberOfCategories() > 0; }
+
   MeasureLevel GetMeasureLevel() const override { return fLevel; }
   int GetNumberOfCategories() const override { return fNCategories; }
   void UpdateNumberOfCategories() override;
@@ -41,6 +45,7 @@ class NBCatVar : public INBVariable {
   static void Fields(Archive& archive, Self& self);
 
   int fNCategories;
+  bool fbNumbered = false;  // the encoder has a number of its own for each code
   MeasureLevel fLevel;
   std::unique_ptr<INBEncoder> fpEncoder;
 };

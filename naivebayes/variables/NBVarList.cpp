@@ -1,9 +1,12 @@
 #include "naivebayes/variables/NBVarList.h"
 
 #include <algorithm>
+#include <cmath>
 #include <ostream>
+#include <set>
 #include <utility>
 
+#include "common/MissingValue.h"
 #include "naivebayes/encoders/NBNumericUserMissing.h"
 #include "naivebayes/encoders/NBStringUserMissing.h"
 #include "naivebayes/variables/NBCatVar.h"
@@ -26,6 +29,16 @@ std::unique_ptr<INBVariable> WithLabels(std::unique_ptr<INBVariable> variable,
                                         const std::vector<std::string>& labels) {
   variable->GetEncoder()->SetValueLabels(labels);
   return variable;
+}
+
+bool IsCategory(double value) { return !std::isnan(value) && value != MCMV::gMissingValue; }
+bool IsCategory(const std::string& /*value*/) { return true; }
+
+// Codes must stand for one value each.
+template <typename Value>
+bool AreCategories(const std::vector<Value>& values) {
+  return std::all_of(values.begin(), values.end(), [](const auto& v) { return IsCategory(v); }) &&
+         std::set<Value>(values.begin(), values.end()).size() == values.size();
 }
 
 bool IsSameVariable(const INBVariable& a, const INBVariable& b) {
@@ -74,23 +87,27 @@ int NBVarList::AddCatVar(const std::string& name, const std::string& label, int 
 
 int NBVarList::AddCatVar(const std::string& name, const std::string& label,
                          const std::vector<double>& values, INBVariable::VariableRole role) {
+  if (!AreCategories(values)) return -1;
   return Add(std::make_unique<NBCatVar>(name, label, values, role));
 }
 
 int NBVarList::AddCatVar(const std::string& name, const std::string& label,
                          const std::vector<double>& values, const std::vector<std::string>& labels,
                          INBVariable::VariableRole role) {
+  if (!AreCategories(values)) return -1;
   return Add(WithLabels(std::make_unique<NBCatVar>(name, label, values, role), labels));
 }
 
 int NBVarList::AddCatVar(const std::string& name, const std::string& label,
                          const std::vector<std::string>& values, INBVariable::VariableRole role) {
+  if (!AreCategories(values)) return -1;
   return Add(std::make_unique<NBCatVar>(name, label, values, role));
 }
 
 int NBVarList::AddCatVar(const std::string& name, const std::string& label,
                          const std::vector<std::string>& values,
                          const std::vector<std::string>& labels, INBVariable::VariableRole role) {
+  if (!AreCategories(values)) return -1;
   return Add(WithLabels(std::make_unique<NBCatVar>(name, label, values, role), labels));
 }
 

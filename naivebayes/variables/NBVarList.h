@@ -21,7 +21,8 @@ class NBVarList {
   NBVarList(NBVarList&&) = default;
 
   // Each gives the index of the new variable, or -1, changing nothing, when the name is empty or
-  // already in the list. Categories given as values have their positions as codes.
+  // already in the list. Categories given as values have their positions as codes; -1 also for a
+  // value given twice, NaN and the missing value.
   int AddCatVar(const std::string& name, const std::string& label, int nCats,
                 INBVariable::MeasureLevel level, INBVariable::VariableRole role);
   int AddCatVar(const std::string& name, const std::string& label,
@@ -43,8 +44,10 @@ class NBVarList {
   int AddWeightVar(const std::string& name, const std::string& label,
                    INBVariable::NBWRoundingOption rounding);
 
-  // Add to the user-missing definition of a variable, which is made on first use.
-  // REQUIRES: the variable has an encoder of the fitting kind.
+  // Add to the user-missing definition of a variable, which is made on first use. Only values that
+  // an encoder meets can be missing: NBFactory refuses (70023) a list with a definition of another
+  // kind than its variable, or for a categorical variable that was added by its number of
+  // categories alone. REQUIRES: the variable has an encoder.
   void AddDiscreteUserMissing(int var, double value, const std::string& label);
   void AddDiscreteUserMissing(int var, const std::string& value, const std::string& label);
   void SetMissingInterval(int var, double low, double high);
@@ -58,6 +61,8 @@ class NBVarList {
   // The index of a variable by its name, or -1.
   int FindVariable(const std::string& name) const;
 
+  // The last variable that is given the role of the target, or of the weight, has it; NBFactory
+  // refuses (70024) a list with two.
   INBVariable::VariableRole GetVariableRole(int var) const;
   void SetVariableRole(int var, INBVariable::VariableRole role);
   // -1 when there is none.
@@ -83,6 +88,8 @@ class NBVarList {
   // Gives the continuous variables encoders of so many equal bins: all of them, or only those
   // without one.
   void SetupContEncoders(int bins, bool replaceExisting);
+  // Takes them away, and user-missing values with them. NBFactory refuses (70025) a list in which
+  // an input has none.
   void RemoveContEncoders(bool forgetRanges);
 
   // Whether both lists describe the same variables with the same roles and the same bins, so that

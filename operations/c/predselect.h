@@ -237,7 +237,9 @@ predselect_status predselect_result_table(predselect_session* session,
 
 // The variables that the job added to the table (none: a stream without fields), in the order of
 // the cases: numbers as 64-bit floating point and texts, missing cells as null, labels as metadata
-// "label". A result of predselect_inspect is not of a table: PREDSELECT_MISUSE.
+// "label". They go beside the columns of the stream that the table was opened from, which are the
+// caller's, with types and values of their own. A result of predselect_inspect is not of a table:
+// PREDSELECT_MISUSE.
 predselect_status predselect_result_new_columns(predselect_session* session,
                                                 const predselect_result* result,
                                                 struct ArrowArrayStream* stream);

@@ -156,7 +156,7 @@ def check_run(program, folder, name, target, scales, options, forced=(), percent
     command = f"NAIVEBAYES {target} " + ("BY " + " ".join(factors) if factors else "")
     command += f" WITH {' '.join(candidates)} {options} /SAVE PREDVAL PREDPROB(p)."
     result = run(program, folder, "--data", str(DATA / name), "--format", "json", "-c", command,
-                 "--save-data", "saved.csv")
+                 "--save-data", "saved.csv", "--force")
     assert result.returncode == 0, result.stderr
     document = json.loads(result.stdout)["runs"][0]
 
@@ -228,7 +228,7 @@ def law_storage_changes_nothing(program, folder):
                 result = run(program, folder, "--data", file, "--format", "json", "-c",
                              "NAIVEBAYES y /EXCEPT VARIABLES=w /TRAININGSAMPLE PERCENT=70"
                              f" {options} /SAVE PREDVAL PREDPROB /OUTFILE MODEL='m.xml'.",
-                             "--save-data", "saved.csv", *storage)
+                             "--save-data", "saved.csv", "--force", *storage)
                 assert result.returncode == 0, result.stderr
                 seen.add(result.stdout.replace(file, "wide") +
                          (folder / "saved.csv").read_text(encoding="utf-8"))

@@ -161,6 +161,62 @@ def law_outputs_are_checked_before_the_work(program, folder):
     assert sorted(folder.rglob("*")) == before
 
 
+def law_saved_data_spare_what_is_there(program, folder):
+    """A file that is there is replaced on demand alone, and then the right one, an input as well."""
+    rows = "id,y,x\n" + "".join(f"0{i},{'ab'[i % 2]},{i % 3}\n" for i in range(40))
+    schema = '{"fields": [{"name": "y", "title": "the target"}]}'
+    inputs = {"data.csv": rows, "schema.csv": schema,
+              "commands.csv": "NAIVEBAYES y BY x /SUBSET NOSELECTION /SAVE PREDVAL(p)."}
+
+    def restore():
+        for name, text in inputs.items():
+            (folder / name).write_text(text, encoding="utf-8")
+    first = ["run", "--data", "data.csv", "--schema", "schema.csv", "-f", "commands.csv"]
+    restore()
+    made = subprocess.run([program, *first, "--save-state", "m.bin", "--save-data", "first.csv"],
+                          cwd=folder, capture_output=True, text=True, check=False)
+    saved = (folder / "first.csv").read_text(encoding="utf-8")
+    assert made.returncode == 0 and saved.startswith("id,y,x,p\n00,a,0,"), made.stderr
+    scoring = ["score", "--model", "m.bin", "--data", "data.csv", "--predicted", "p",
+               "--probabilities", ""]
+    for job, names in ((first, ("first.csv", *inputs)), (scoring, ("first.csv", "data.csv"))):
+        for name in names:
+            restore()
+            (folder / "first.csv").write_text("mine", encoding="utf-8")
+            before = (folder / name).read_bytes()
+            for options in ([], ["--force"]):
+                result = subprocess.run([program, *job, "--save-data", name, *options], cwd=folder,
+                                        capture_output=True, text=True, check=False)
+                assert result.returncode == (0 if options else 2), (job, name, result)
+                if not options:
+                    assert "--force replaces it" in result.stderr, result.stderr
+                    assert (folder / name).read_bytes() == before
+            assert (folder / name).read_text(encoding="utf-8") == saved, name
+    restore()
+    for options, code, word in (
+            (["--id", "id"], 2, "--only-new"), (["--only-new", "--id", "ib"], 2, '"id"'),
+            (["--only-new", "--id", "x", "X"], 2, "comes twice"),
+            (["--only-new", "-c", "SELECTPRED y /PRINT NONE."], 3, "no new variables"),
+            (["-c", "NAIVEBAYES y /SAVE PREDVAL(x)."], 1, "x")):
+        job = first[:-2] if "-c" in options else first
+        result = subprocess.run([program, *job, "--save-data", "keyed.csv", *options], cwd=folder,
+                                capture_output=True, text=True, check=False)
+        assert result.returncode == code and word in result.stderr, (options, result)
+        assert not (folder / "keyed.csv").exists(), options
+    for job in (first, scoring):
+        result = subprocess.run([program, *job, "--save-data", "keyed.csv", "--force", "--only-new",
+                                 "--id", "x", "--id", "id"],
+                                cwd=folder, capture_output=True, text=True, check=False)
+        lines = [line.split(",") for line in saved.splitlines()]
+        assert result.returncode == 0, result.stderr
+        assert (folder / "keyed.csv").read_text(encoding="utf-8") == "".join(
+            f"{line[2]},{line[0]},{line[3]}\n" for line in lines)
+    scoring[scoring.index("p")] = "x"
+    taken = subprocess.run([program, *scoring, "--save-data", "new.csv"], cwd=folder,
+                           capture_output=True, text=True, check=False)
+    assert taken.returncode == 2 and "already" in taken.stderr, taken
+
+
 def law_a_killed_run_leaves_no_file(program, folder):
     """Killed with its model file open: the next run in that folder finds nothing, or removes it."""
     write_wide_table(folder / "long.csv", 20000, 30)
@@ -234,6 +290,31 @@ def law_the_whole_document_is_as_stored(program, _):
     found = differences("$", json.loads(stored.read_text(encoding="utf-8")),
                         json.loads(result.stdout))
     assert not found, "\n".join(found[:20])
+
+
+def law_nothing_steers_the_terminal(program, folder):
+    """Control characters of names, files, commands and data reach neither stream, and JSON whole."""
+    evil = "a\x1b]0;b\x07\x9b31m\u202e"
+    (folder / "odd.csv").write_text(f"y,{evil}\n" + 9 * f"p,{evil}\nq,z\n", encoding="utf-8")
+    name = f"{evil}\nforged: line.csv"
+    (folder / name).write_text("y,y\n", encoding="utf-8")
+    ranking = f'SELECTPRED y BY "{evil}" /CRITERIA PCUTOFF=1'
+    for code, *arguments in (
+            (0, "run", "--data", "odd.csv", "-c", ranking + "."),
+            (1, "run", "--data", "odd.csv", "-c", f"{ranking} /{evil}."),
+            (0, "run", "--data", "odd.csv", "-c", ranking + " /MACROVAR FACTORS=m."),
+            (0, "describe", "--data", "odd.csv"),
+            (3, "describe", "--data", name),
+            (3, "inspect", f"{evil}.bin"),
+            (2, "describe", "--data", "odd.csv", "--level", f"{evil}=x"),
+            (2, "describe", "--data", "odd.csv", f"--{evil}"),
+            (3, "run", "--data", "odd.csv", "-c", ranking + ".", "-o", f"{evil}/page.txt")):
+        result = subprocess.run([program, *arguments], cwd=folder, capture_output=True, check=False)
+        shown = (result.stdout + result.stderr).decode()
+        assert result.returncode == code, (arguments, result.returncode, shown)
+        assert not re.search("[\x00-\x09\x0b-\x1f\x7f-\x9f\u202e]|^forged", shown, re.M), shown
+    result = run(program, folder, "--data", "odd.csv", "-c", ranking + ".", "--format", "json")
+    assert json.loads(result.stdout)["runs"][0]["tables"][-1]["cells"][0]["value"] == [evil]
 
 
 def main():

@@ -70,12 +70,12 @@ def law_a_saved_model_scores_as_its_run_did(program, folder):
     for state in ("model.bin", "model.xml"):
         for file in ("run.csv", "run.parquet"):
             call(program, folder, "run", "--data", str(DATA / "penguins.csv"), "-c", MODEL,
-                 "--save-state", state, "--save-data", file)
+                 "--save-state", state, "--save-data", file, "--force")
         call(program, folder, "score", "--model", state, "--data", str(DATA / "penguins.csv"),
-             "--predicted", "p", "--probabilities", "q", "--save-data", "scored.csv")
+             "--predicted", "p", "--probabilities", "q", "--save-data", "scored.csv", "--force")
         assert (folder / "run.csv").read_bytes() == (folder / "scored.csv").read_bytes()
         call(program, folder, "score", "--model", state, "--data", "run.parquet", "--stream",
-             "--predicted", "s", "--probabilities", "t", "--save-data", "both.csv")
+             "--predicted", "s", "--probabilities", "t", "--save-data", "both.csv", "--force")
         with open(folder / "both.csv", encoding="utf-8", newline="") as file:
             rows = list(csv.DictReader(file))
         assert len(rows) == 344
@@ -205,11 +205,11 @@ def law_user_missing_values_are_what_they_were_to_the_run(program, folder):
         command = f"NAIVEBAYES y BY code word noise WITH x /SUBSET EXACTSIZE=3 " \
                   f"/MISSING USERMISSING={use} /SAVE PREDVAL(p) PREDPROB(q:2)."
         call(program, folder, "run", "--data", "data.csv", *built, "-c", command, "--save-state",
-             "model.bin", "--save-data", "run.csv")
+             "model.bin", "--save-data", "run.csv", "--force")
         runs.add((folder / "run.csv").read_bytes())
         for known in ([], schema):
             call(program, folder, "score", "--model", "model.bin", "--data", "data.csv", *known,
-                 "--predicted", "p", "--probabilities", "q", "--save-data", "scored.csv")
+                 "--predicted", "p", "--probabilities", "q", "--save-data", "scored.csv", "--force")
             assert (folder / "run.csv").read_bytes() == (folder / "scored.csv").read_bytes(), use
     assert len(runs) == 2
 

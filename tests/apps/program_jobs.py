@@ -47,6 +47,10 @@ COMMANDS = [
         *(f"SELECTPRED {model} /CRITERIA RANKING={ranking} SHOWUNSELECTED=3 /PLOT SUMMARY."
           for model in (CATEGORICAL, MIXED) for ranking in RANKINGS),
         f"SELECTPRED {MIXED} /CRITERIA TIMER=0 SIZE=3 PCUTOFF=1.",
+        f"SELECTPRED {MIXED} /CRITERIA PVALUES=EXACT SHOWUNSELECTED=9 /PLOT SUMMARY.",
+        "SELECTPRED body_mass_g BY species sex WITH bill_length_mm year"
+        " /CRITERIA PVALUES=EXACT SIZE=2.",
+        f"SELECTPRED {CATEGORICAL} /CRITERIA PVALUES=ROUNDED RANKING=LRCHISQ.",
         f"SELECTPRED {MIXED} /CRITERIA SIZE=AUTO PCUTOFF=0.000001 SHOWUNSELECTED=2.",
         *(f"SELECTPRED {target} /CRITERIA SHOWUNSELECTED=9 /PRINT EFFECTS."
           for target in (MIXED, CATEGORICAL, "body_mass_g (MLEVEL=S)")),
@@ -83,7 +87,9 @@ COMMANDS = [
         "NAIVEBAYES diagnosis WITH !best /TRAININGSAMPLE PERCENT=70\n"
         f" /SUBSET MAXSIZE=AUTO(BESTSUBSET=TESTDATA) {SAVED}.",
         "NAIVEBAYES diagnosis /CRITERIA MEMALLOCATE=100000.",
-        "SELECTPRED mean_area /PLOT SUMMARY."]),
+        "SELECTPRED mean_area /PLOT SUMMARY.",
+        "NAIVEBAYES diagnosis BY mean_area WITH mean_texture /FORCE FACTORS=mean_radius"
+        " /TRAININGSAMPLE PERCENT=70."]),
     (SURVEY, [
         *(f"SELECTPRED {SCREENED} /SCREENING {rule} /CRITERIA SHOWUNSELECTED=20."
           for rule in ("STATUS=ON", "STATUS=OFF", "PCTMISSING=5", "PCTEQUAL=50", "PCTUNEQUAL=5",
@@ -96,6 +102,13 @@ COMMANDS = [
         "NAIVEBAYES y BY code word rare WITH x z /TRAININGSAMPLE VARIABLE=train"
         " /SUBSET MAXSIZE=AUTO(BESTSUBSET=TESTDATA) /SAVE PREDVAL PREDPROB.",
         "NAIVEBAYES y BY same yes gone WITH still /PRINT EXCLUDED SUMMARY.",
+        *(f"NAIVEBAYES {SCREENED} /SCREENING {rule} /PRINT EXCLUDED SELECTED CLASSIFICATION."
+          for rule in ("STATUS=ON", "STATUS=OFF", "PCTMISSING=5", "PCTEQUAL=50", "PCTUNEQUAL=5",
+                       "CV=1", "STDDEV=1.5")),
+        "NAIVEBAYES y BY code nearly WITH x z /SCREENING STATUS=ON /FORCE FACTORS=id"
+        " /TRAININGSAMPLE VARIABLE=train.",
+        "NAIVEBAYES y BY id nearly /SCREENING PCTUNEQUAL=1.",
+        "SELECTPRED y BY id nearly code /SCREENING STATUS=OFF /EXCEPT VARIABLES=word.",
         "NAIVEBAYES rare BY y yes."]),
     ([*SURVEY, "--weight", "w"], [
         f"SELECTPRED {SCREENED.removesuffix(' w')} /CRITERIA SHOWUNSELECTED=20 /PLOT SUMMARY.",
@@ -224,7 +237,7 @@ def every_option():
                     ["--save-state", "no/state.bin"], ["--save-data", "out.txt"],
                     ["--save-data", "none/x.csv"], ["-o", "x.csv", "--save-data", "x.csv"],
                     ["--results", "../in/penguins.csv"], ["-f", "../in/commands.txt"],
-                    ["--wieght", "year"]):
+                    ["--wieght", "year"], ["--memory", "2G"], ["--memory", "much"]):
         yield run(PENGUINS, "SELECTPRED species BY island.", *options)
     for width in ("20", "60", "200"):
         yield run(PENGUINS, f"SELECTPRED {MIXED} /PLOT SUMMARY.", env={"COLUMNS": width})
@@ -236,8 +249,18 @@ def every_option():
         yield run(["--data", "-", *options], "SELECTPRED y BY x.", stdin=cells)
     for name in ("../in/commands.txt", "../in/nothing.txt", "../in/nowhere.txt", "-"):
         yield Job(["run", *PLAIN, "-f", name], stdin=b"SELECTPRED species /PRINT SELECTED.")
-    yield run(["--data", "x.csv"], "NAIVEBAYES y /SAVE PREDVAL.", "--save-data", "x.csv",
-              files={"x.csv": cells})
+    for memory in ("4", "1.5m", "auto", "3"):
+        yield run(table("wide.csv"), "NAIVEBAYES y /SUBSET MAXSIZE=3.", "--memory", memory,
+                  "--save-state", "state.bin")
+    for options in (["x.csv"], ["x.csv", "--force"], ["new.csv"], ["new.tsv"], ["new.parquet"],
+                    ["new.csv", "--only-new"], ["new.tsv", "--only-new", "--id", "z", "x"],
+                    ["new.feather", "--only-new", "--id", "x", "--id", "y"], ["new.csv", "--id", "x"],
+                    ["new.csv", "--only-new", "--id", "X", "x"],
+                    ["new.csv", "--only-new", "--id", "xx"], ["there.csv"], ["there.csv", "--force"]):
+        for text in ("NAIVEBAYES y /SAVE PREDVAL.", "SELECTPRED y."):
+            yield run(["--data", "x.csv"], text, "--save-data", *options,
+                      files={"x.csv": cells, "there.csv": b"mine"})
+    yield run(["--data", "x.csv"], "SELECTPRED y.", "--force", "--only-new", files={"x.csv": cells})
     yield run(table("wide.csv"), "NAIVEBAYES y /CRITERIA MEMALLOCATE=4.", "--save-data", "out.csv",
               env={"TMPDIR": "none"})
     for args in ([], ["--help"], ["--version"], ["--wrong"], ["explain"], ["run"], ["run", *PLAIN],
@@ -274,6 +297,12 @@ def every_state():
                     ["--level", "x=nominal"], ["--quiet"]):
         yield Job(["score", "--model", made("coded.bin"), *table("survey.csv"), "--save-data",
                    "out.csv", *options])
+    for name, drift in (("survey.csv", "drift.csv"), ("penguins.csv", "drift.tsv"),
+                        ("survey.csv", "out.csv"), ("survey.csv", "none/drift.csv"),
+                        ("survey.csv", "drift.txt")):
+        model = made("coded.bin" if name == "survey.csv" else "model.bin")
+        yield Job(["score", "--model", model, *table(name), "--save-data", "out.csv", *JSON,
+                   "--drift", drift])
     for model, name in (("model.bin", "biopsies.csv"), ("rank.bin", "penguins.csv"),
                         ("model.bin", "nowhere.csv"), ("cat1.bin", "odd.csv")):
         yield Job(["score", "--model", made(model), *table(name), "--save-data", "out.csv"])

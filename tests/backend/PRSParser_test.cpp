@@ -192,7 +192,7 @@ TEST(CommandParsing, TakesATypedDefaultLikeNothing) {
       }
     }
   }
-  EXPECT_EQ(nTyped, 17);
+  EXPECT_EQ(nTyped, 18);
 }
 
 }  // namespace

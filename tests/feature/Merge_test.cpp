@@ -191,6 +191,7 @@ TEST(Merging, OtherSettingsAreRefusedByName) {
       {[](S& s) { s.SetWeightPosition(1); }, MCFeature::kWeightColumn, 0},
       {[](S& s) { s.SetWeightToFreq(MCFSCommon::kTruncate); }, MCFeature::kWeightRounding, 0},
       {[](S& s) { s.SetCriterion(MCFSCommon::kLambda, false); }, MCFeature::kCriteria, 0},
+      {[](S& s) { s.SetExactPValues(true); }, MCFeature::kCriteria, 0},
       {[](S& s) { s.SetMaxPctMiss(71.0); }, MCFeature::kScreeningRules, 0},
       {[](S& s) { s.SetDeleteSmallStddev(false); }, MCFeature::kScreeningRules, 0},
   };

@@ -116,6 +116,29 @@ TEST(FSState, SumsThatOverflowedAreKept) {
   }
 }
 
+// Nothing that a program without exact p-values reads as its own.
+TEST(FSState, ExactPValuesAreAnotherVersion) {
+  const Table table = {{1, 2, 3, 4, 5, 7}, {2, 4, 6, 8, 10, 14}, {1, 3, 2, 5, 4, 6}};
+  for (const bool exact : {false, true}) {
+    FSSettings settings({false, false}, false);
+    settings.SetExactPValues(exact);
+    FSFactory factory;
+    const auto component = factory.CreateFSAlgorithm(&settings);
+    BlocksOf source(table, 4);
+    EXPECT_TRUE(component->AccumulateAndRank(source, -1, false, 0).IsOK());
+    const std::string binary = SaveBinary(*component);
+    EXPECT_TRUE(binary.starts_with(exact ? "FSAlgorithm 1.01FSSet" : "FSAlgorithm 1.00FSSet"));
+    EXPECT_EQ(ValidationErrors(SaveXML(*component)), "");
+    const auto fromBinary = RestoreBinary(binary, factory);
+    ASSERT_NE(fromBinary, nullptr);
+    const auto restored = RestoreXML(SaveXML(*fromBinary), factory);
+    ASSERT_NE(restored, nullptr);
+    EXPECT_EQ(restored->GetSettings()->ArePValuesExact(), exact);
+    EXPECT_EQ(SaveBinary(*restored), binary);
+    ExpectSame(*restored, *component);
+  }
+}
+
 // Cases of transactions in two streams, with a restore in between.
 TEST(FSState, ARestoredComponentTakesMoreTransactionsAsTheSavedOneWould) {
   for (const bool catTarget : {true, false}) {

@@ -217,6 +217,20 @@ TEST(NBVarList, RefusesEmptyAndTakenNamesAndContinuousTargets) {
   EXPECT_EQ(list.GetNumContVar(), 1);
 }
 
+TEST(NBVarList, RefusesCategoriesThatAreNoneOrGivenTwice) {
+  NBVarList list;
+  const std::vector<std::string> labels = {"a", "b", "c"};
+  for (const double bad : {2.0, std::nan(""), MCMV::gMissingValue}) {
+    const std::vector<double> values = {1, 2, bad};
+    EXPECT_EQ(list.AddCatVar("x", "", values, INBVariable::kInput), -1) << bad;
+    EXPECT_EQ(list.AddCatVar("x", "", values, labels, INBVariable::kInput), -1) << bad;
+  }
+  EXPECT_EQ(list.AddCatVar("x", "", std::vector<double>{0.0, -0.0}, INBVariable::kInput), -1);
+  EXPECT_EQ(list.AddCatVar("x", "", {"p", "q", "p"}, labels, INBVariable::kInput), -1);
+  EXPECT_EQ(list.Size(), 0);
+  EXPECT_EQ(list.AddCatVar("x", "", {"p", "q", ""}, labels, INBVariable::kInput), 0);
+}
+
 TEST(NBVarList, RemovingAVariableKeepsNamesTargetAndWeightInStep) {
   NBVarList list;
   list.AddContVar("a", "", 0, 1, 5, INBVariable::kInput);

@@ -1,6 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <time.h>
+
 #include <cmath>
 #include <limits>
 #include <numbers>
@@ -225,6 +227,79 @@ TEST(Laws, WideSelectionsAgreeWithTheirLogarithmsInBlocksOfAnySize) {
   EXPECT_EQ(out.fvLogLikelihoods[kWideForced - 1], file.fvLogLikelihoods[kWideForced - 1]);
 }
 
+// Minus the average of log(1 + odds) in more digits than the engine has.
+double SureLogLikelihood(const std::vector<Record>& training, const std::vector<Record>& records,
+                         const std::vector<int>& columns) {
+  long double sum = 0;
+  for (const Record& r : records) {
+    const std::vector<long double> logs = LogJoints(training, r, columns);
+    const auto own = static_cast<std::size_t>(r[0]);
+    long double odds = 0;
+    for (std::size_t k = 0; k < logs.size(); ++k) {
+      if (k != own) odds += std::exp(logs[k] - logs[own]);
+    }
+    sum -= std::log1p(odds);
+  }
+  return static_cast<double>(sum / records.size());
+}
+
+// With hundreds of forced predictors the log-likelihood is that far below the rounding of its parts
+// that these would leave nothing of it, or a value above zero.
+TEST(Laws, ALogLikelihoodKeepsItsDigitsHoweverSureTheModelIs) {
+  constexpr int kForced = 150, kInputs = 154;
+  std::vector<Record> records;
+  std::mt19937 random(5);
+  for (int i = 0; i < 60; ++i) {
+    Record r(kInputs + 1);
+    r[0] = i % 3;
+    for (int j = 1; j <= kInputs; ++j) r[j] = random() % 100 < 20 + i % 3 * 30u ? 1 : 0;
+    records.push_back(r);
+  }
+  const std::vector<Record> training(records.begin(), records.begin() + 45);
+  const std::vector<Record> tests(records.begin() + 45, records.end());
+  for (const bool inMemory : {true, false}) {
+    NBVarList list = MakeWideList(kInputs);
+    for (int j = kForced; j < kInputs; ++j) {
+      list.SetVariableRole(j + 1, INBVariable::kPossibleInput);
+    }
+    NaiveBayesSettings settings;
+    settings.SetMaxRecordsInMemory(inMemory ? 1000 : 1);
+    for (const bool withTest : {false, true}) {
+      NBAlgorithm algorithm(settings, list);
+      TestRecords data(training), test(tests);
+      NBSelectionResult result;
+      ASSERT_TRUE(algorithm
+                      .SelectAttributes({.fData = data,
+                                         .fNRecords = 1000,
+                                         .fpTest = withTest ? &test : nullptr,
+                                         .fNReport = 99},
+                                        result)
+                      .IsOK());
+      std::vector<int> columns(result.fvSelected.begin(), result.fvSelected.begin() + kForced);
+      for (int s = kForced; s <= kInputs; ++s) {
+        if (s > kForced) columns.push_back(result.fvSelected[s - 1]);
+        const double value = result.fvLogLikelihoods[s - 1];
+        const double expected = SureLogLikelihood(training, training, columns);
+        ASSERT_LT(expected, 0);
+        if (inMemory || !withTest || s == kForced) {
+          EXPECT_NEAR(value, expected, -1e-11 * expected) << s;
+        }
+        for (const auto& [size, criterion] : result.fvResults) {
+          if (size != s || !withTest) continue;
+          const double average = -SureLogLikelihood(training, tests, columns);
+          EXPECT_NEAR(criterion, average, 1e-11 * average) << s;
+        }
+        // The step took the best of all that were left.
+        for (int t = s; inMemory && s > kForced && t < kInputs; ++t) {
+          std::vector<int> other(columns.begin(), columns.end() - 1);
+          other.push_back(result.fvSelected[t]);
+          EXPECT_LT(SureLogLikelihood(training, training, other), expected) << s;
+        }
+      }
+    }
+  }
+}
+
 TEST(Laws, ALogarithmIsTheSameHoweverItsValueIsSplit) {
   std::mt19937 random(3);
   for (const double weight : {1.0, 0.3}) {
@@ -243,6 +318,78 @@ TEST(Laws, ALogarithmIsTheSameHoweverItsValueIsSplit) {
       EXPECT_NEAR(a.Total(), static_cast<double>(expected),
                   1e-15 * std::abs(static_cast<double>(expected)));
     }
+  }
+}
+
+// Measures the processor time that goes by without a poll.
+class Stopwatch : public MCQueryCancel {
+ public:
+  bool IsCancel() override {
+    const double now = Now();
+    fLongest = std::max(fLongest, now - fLast);
+    fLast = now;
+    return false;
+  }
+  static double Now() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+  }
+  double fLast = Now();
+  double fLongest = 0;
+};
+
+// However wide the records and however many the categories, a cancel is answered soon.
+TEST(Laws, NoOperationGoesFarWithoutAPoll) {
+  const struct {
+    int fInputs;
+    int fCategories;
+    int fCases;
+    bool fbSelects;
+  } cases[] = {{1500, 3, 4096, false}, {1500, 3, 4096, true}, {12, 3000, 4000, true}};
+  for (const auto& c : cases) {
+    NBVarList list;
+    list.AddCatVar("y", "", c.fCategories, INBVariable::kNumericCategorical, INBVariable::kOutput);
+    std::vector<Record> records(c.fCases, Record(c.fInputs + 1));
+    for (int j = 0; j < c.fInputs; ++j) {
+      const bool isForced = !c.fbSelects || j < c.fInputs - 5;
+      list.AddCatVar("x" + std::to_string(j), "", 2, INBVariable::kNumericCategorical,
+                     isForced ? INBVariable::kInput : INBVariable::kPossibleInput);
+      for (int i = 0; i < c.fCases; ++i) records[i][j + 1] = (i * 7 + j * 5 + i / 3 * j) % 11 < 5;
+    }
+    for (int i = 0; i < c.fCases; ++i) records[i][0] = i % c.fCategories;
+    TestRecords source(records);
+    const auto measure = [&](const char* what, const auto& operation) {
+      Stopwatch watch;
+      NaiveBayesSettings settings;
+      settings.SetMaxRecordsInMemory(c.fCases);
+      NBAlgorithm algorithm(settings, list);
+      NBSelectionResult result;
+      if (!c.fbSelects) {
+        ASSERT_FALSE(algorithm.BuildModel(source, c.fCases).IsError());
+      }
+      algorithm.SetCancelPtr(&watch);
+      watch = Stopwatch();
+      const double start = Stopwatch::Now();
+      ASSERT_FALSE(operation(algorithm, result).IsError());
+      const double all = Stopwatch::Now() - start;
+      EXPECT_LT(watch.fLongest, 0.01 + 0.02 * all) << what << ' ' << c.fInputs << ' ' << all;
+    };
+    if (c.fbSelects) {
+      measure("select", [&](NBAlgorithm& algorithm, NBSelectionResult& result) {
+        static_cast<void>(source.NewPass());
+        return algorithm.SelectAttributes(
+            {.fData = source, .fNRecords = c.fCases, .fSize = c.fInputs - 2}, result);
+      });
+      continue;
+    }
+    measure("build", [&](NBAlgorithm& algorithm, NBSelectionResult&) {
+      return algorithm.BuildModel(source, c.fCases);
+    });
+    measure("score", [&](NBAlgorithm& algorithm, NBSelectionResult&) {
+      NBOutputStatistics stats(c.fCategories);
+      return algorithm.ComputeOutputStats(source, stats, -1);
+    });
   }
 }
 

@@ -17,6 +17,7 @@
 #include "operations/RequestError.h"
 #include "operations/RunCommands.h"
 #include "operations/ScoreTable.h"
+#include "operations/ScoringDrift.h"
 #include "operations/StateFile.h"
 #include "operations/TableOptions.h"
 
@@ -156,6 +157,70 @@ TEST_F(Operations, TheCallersWishToStopEndsEachOfThem) {
   }
 }
 
+// Twenty cases to learn from, and some that differ from them in every way: a new category of
+// either kind, values beyond either end, missing ones of every kind, and nothing usable at all.
+TEST_F(Operations, ScoringCountsWhatTheModelWasNotBuiltOn) {
+  using Texts = std::vector<std::optional<std::string>>;
+  MemoryTable old;
+  Texts targets;
+  Texts words;
+  std::vector<double> codes;
+  std::vector<double> numbers;
+  for (int i = 0; i < 20; ++i) {
+    targets.emplace_back(i % 2 == 0 ? "a" : "b");
+    words.emplace_back(i == 5 ? "none" : (i % 4 < 2 ? "u" : "v"));
+    codes.push_back(i % 4 < 2 ? 1 : 2);
+    numbers.push_back(i < 4 ? -9 : i);  // from 4 to 19
+  }
+  old.AddStrings("y", targets);
+  old.AddStrings("word", words);
+  old.AddNumbers("code", codes);
+  old.AddNumbers("x", numbers);
+  old.GetVariable(1).GetMissingValues().AddString("none");
+  old.GetVariable(3).GetMissingValues().SetRange(-9, -9);
+  PrepareTable(old, {{}, {{"x", KOVA_Variable::kScale}}, ""});
+  const RunRequest request{.fCommands = "NAIVEBAYES y BY word code WITH x /SUBSET NOSELECTION.",
+                           .fStatePath = Path("model.bin")};
+  ASSERT_EQ(RunCommands(old, fDocument, request, fAround), Outcome::kCompleted);
+  const ComponentFile state = LoadState(Path("model.bin"));
+
+  constexpr double kNone = KOVA_SystemMissing;
+  MemoryTable now;
+  now.AddStrings("word", {"w", "u", "none", {}, "w", "v", "U", "v", "v", "v", "v"});
+  now.AddNumbers("code", {1, 7, 2, kNone, 2.5, 2, 2, 2, 2, 2, 2});
+  now.AddNumbers("x", {3.9, 4, 19, -9, kNone, 19.1, 1e300, -9, 5, 6, -1e300});
+  PrepareTable(now, {{}, {{"x", KOVA_Variable::kScale}}, ""});
+  ScoringDrift drift;
+  OutputDocument document;
+  ASSERT_EQ(ScoreTable(now, *state.fpNaive, document, {}, fAround, &drift), Outcome::kCompleted);
+  EXPECT_EQ(drift.fNCases, 11);
+  EXPECT_EQ(drift.fNUnusable, 2);
+  const auto numbersOf = [](const PredictorDrift& p) {
+    return std::vector<std::int64_t>{p.fNUnseen, p.fNBelow, p.fNAbove, p.fNMissing};
+  };
+  ASSERT_EQ(drift.fPredictors.size(), 3u);
+  EXPECT_THAT(numbersOf(drift.fPredictors[0]), ElementsAre(3, 0, 0, 2));
+  EXPECT_THAT(numbersOf(drift.fPredictors[1]), ElementsAre(2, 0, 0, 1));
+  EXPECT_THAT(numbersOf(drift.fPredictors[2]), ElementsAre(0, 2, 2, 3));
+  EXPECT_DOUBLE_EQ(drift.fPredictors[0].fTrainingMissing, 0.05);
+  EXPECT_DOUBLE_EQ(drift.fPredictors[2].fTrainingMissing, 0.2);
+
+  std::vector<std::string> messages;
+  for (const MCHost::OutputMessage& message : document.GetRuns().back().fMessages) {
+    messages.push_back(MCHost::ShowText(message.fText));
+  }
+  EXPECT_THAT(messages, ElementsAre(HasSubstr(": x (36.4%), word (27.3%), code (18.2%)."),
+                                    HasSubstr(": word (18.2% instead of 5.0%)."),
+                                    HasSubstr("2 of 11 cases have no usable predictor")));
+  EXPECT_THAT(TitlesOf(document.GetRuns().back()),
+              ElementsAre("Scoring", "Drift since the model was built"));
+
+  // The same data as before say nothing but what was missing then.
+  OutputDocument same;
+  ASSERT_EQ(ScoreTable(old, *state.fpNaive, same, {}, fAround), Outcome::kCompleted);
+  EXPECT_TRUE(same.GetRuns().back().fMessages.empty());
+}
+
 // So many categories that a chunk of the table is scored in several blocks.
 TEST_F(Operations, ScoringThatIsStoppedKeepsTheTextsPredictedSoFar) {
   std::vector<std::optional<std::string>> texts;
@@ -232,11 +297,14 @@ TEST_F(Operations, ARefusedMergeLeavesTheStateAsItWas) {
 }
 
 TEST_F(Operations, MemoryGoesToTheCommandsThatStateNone) {
-  std::vector<std::optional<std::string>> texts;
-  for (int i = 0; i < 300; ++i) texts.emplace_back(i % 3 == 0 ? "a" : "b");
+  std::vector<std::optional<std::string>> texts, others;
+  for (int i = 0; i < 300; ++i) {
+    texts.emplace_back(i % 3 == 0 ? "a" : "b");
+    others.emplace_back(i % 3 == 0 && i % 5 != 0 ? "a" : "b");
+  }
   MemoryTable table;  // of 32 bytes a case: 4 kilobytes hold 128 of them
   table.AddStrings("y", texts);
-  table.AddStrings("x", texts);
+  table.AddStrings("x", others);
   PrepareTable(table, {});
   const std::string command = "NAIVEBAYES y BY x /PRINT SUMMARY ";
   const std::string holds = "Memory of ^1 KB holds ^2 of ^3 training cases: ^4, ^5...";

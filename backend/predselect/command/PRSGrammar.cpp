@@ -120,7 +120,14 @@ SubCom UniCriteria() {
                           "Only predictors with a significance below are selected.")
                         .setLowerBoundary(0.0, Param::kLowerExclusive)
                         .setUpperBoundary(1.0, Param::kUpperInclusive)
-                        .setDefault(PRSUniCriteria().fPCutOff));
+                        .setDefault(PRSUniCriteria().fPCutOff))
+      .addParamDesc(Param("PVALUES", Param::kKeyword,
+                          "How p-values are computed. ROUNDED: as 1 minus the probability of a "
+                          "smaller statistic, which is 0 below about 1e-16. EXACT: from the tail "
+                          "itself at any size; predictors are ranked by its logarithm.")
+                        .addStringValue("ROUNDED")
+                        .addStringValue("EXACT")
+                        .setDefault(PRSUniCriteria().fbExactPValues ? "EXACT" : "ROUNDED"));
 }
 
 SubCom MultiCriteria() {

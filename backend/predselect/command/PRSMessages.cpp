@@ -51,6 +51,10 @@ void PRSMessages::NoUniquePredsSelected() const {
 
 void PRSMessages::NoPredsExcluded() const { GenericWarning("No predictors excluded ..."); }
 
+void PRSMessages::TiedAtZero(int n) const {
+  GenericWarning("^1 predictors are tied at zero...", std::to_string(n).c_str());
+}
+
 void PRSMessages::IgnoreRankCriterion(const char* p1, const char* p2, const char* p3,
                                       bool mixed) const {
   GenericWarning(mixed ? "Mixed rank criterion ^1 in parameter ^2 is ignored, subcommand ^3..."

@@ -27,6 +27,8 @@ class PRSMessages {
   void NoValidTestCasesClassify() const;
   void NoUniquePredsSelected() const;
   void NoPredsExcluded() const;
+  // n selected or shown predictors have a p-value that was rounded to 0.
+  void TiedAtZero(int n) const;
   // The ranking criterion p1 in parameter p2 of subcommand p3 does not apply to the data: `mixed`
   // when categorical and continuous predictors meet, otherwise because nothing in the data suits
   // it.

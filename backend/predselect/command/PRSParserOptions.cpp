@@ -63,6 +63,8 @@ bool PRSParser::ProcessUniCriteriaSubCom(const SubComObj& subCom) {
   criteria.fCriterion = criterion.fCode;
   ReportIdleCutOff(subCom, criterion);
   Take(subCom, "PCUTOFF", criteria.fPCutOff);
+  const ParamObj* pValues = subCom.getParamObj("PVALUES");
+  criteria.fbExactPValues = pValues != nullptr && pValues->isStringValueCase("EXACT");
   Take(subCom, "SHOWUNSELECTED", fSpecs.Options().fCommonCriteria.fShowUnselect);
   Take(subCom, "TIMER", fSpecs.Options().fCommonCriteria.fTimer);
   return true;

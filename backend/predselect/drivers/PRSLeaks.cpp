@@ -61,18 +61,24 @@ std::string PRSLeaks::Reason(int var, Leak leak, const MCCommon::LeakTraits& tra
   const std::string cases = Whole(traits.fCases);
   switch (leak) {
     case Leak::kNamesCases:
-      return KeyText("^1 names cases: ^2, ^3...", {name, categories, cases});
+      return KeyText("^1 names cases: ^2, ^3...", {name, categories, cases}) + AsNumber(var);
     case Leak::kNumbersCases:
       return KeyText("^1 numbers cases: ^2, ^3...", {name, Whole(fAdapter.GetContMinValue(var)),
                                                      Whole(fAdapter.GetContMaxValue(var))});
     case Leak::kDetermines:
       return KeyText("^1 determines ^2...", {name, NameOf(fSpecs.GetDependVar())});
     case Leak::kManyCategories:
-      return KeyText("^1 has many categories: ^2, ^3...", {name, categories, cases});
+      return KeyText("^1 has many categories: ^2, ^3...", {name, categories, cases}) +
+             AsNumber(var);
     case Leak::kNone:
       break;
   }
   return "";
+}
+
+// A number of so many values is more likely a measure than a category.
+std::string PRSLeaks::AsNumber(int var) const {
+  return fSource.GetVariable(var).IsNumeric() ? "\n  " + KeyText("As a number, after WITH...") : "";
 }
 
 void PRSLeaks::Warn() const {
@@ -83,7 +89,7 @@ void PRSLeaks::Warn() const {
   const std::size_t nShown = std::min(fReasons.size(), kMostReasons);
   for (std::size_t i = 0; i < nShown; ++i) detail += fReasons[i] + "\n";
   const std::size_t nMore = fReasons.size() - nShown;
-  if (nMore > 0) detail += KeyText("and ^1 more like these...", {std::to_string(nMore)}) + "\n";
+  if (nMore > 0) detail += KeyText("and ^1 more like these", {std::to_string(nMore)}) + "\n";
   MCHost::RaiseMessage(MCHost::OutputMessage::kWarning,
                        "Predictors better than they are: ^1, ^2...",
                        {Joined(names), std::to_string(names.size())}, detail + Remedies());
@@ -104,7 +110,7 @@ std::string PRSLeaks::Remedies() const {
     }
   }
   std::string text;
-  if (!forced.empty()) text = KeyText("Take out of FORCE: ^1...", {Joined(forced)});
+  if (!forced.empty()) text = KeyText("Take out of FORCE: ^1", {Joined(forced)});
   if (leftOut.size() == nGiven) return text;
   if (!text.empty()) text += "\n";
   return text + KeyText(nGiven > 0 ? "In the place of EXCEPT:" : "To leave them out:") +

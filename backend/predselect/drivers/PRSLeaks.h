@@ -29,6 +29,7 @@ class PRSLeaks {
 
  private:
   std::string Reason(int var, MCCommon::Leak leak, const MCCommon::LeakTraits& traits) const;
+  std::string AsNumber(int var) const;
   std::string Remedies() const;
   std::string ExceptLine(const std::vector<int>& variables) const;
   const std::string& NameOf(int var) const;

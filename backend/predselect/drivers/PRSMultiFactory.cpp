@@ -86,14 +86,17 @@ bool PRSMultiFactory::RunNBComponent() {
   if (fRun.GetStatus().IsError() || fpTrainRecIter == nullptr) return false;
   const bool hasPredictors = fMetaData.GetNUniquePreds() > 0 || fMetaData.GetNForcePreds() > 0;
   if (hasPredictors && !fpTrainRecIter->NewPass()) return fRun.IsPassComplete(*fpTrainRecIter);
+  const PRSValidSpecs& specs = fRun.Specs();
   WarnOfSimulation();
   if (!fModel.Build(*fpTrainRecIter, fpTestRecIter.get())) return false;
   fpTrainRecIter.reset();
   fpTestRecIter.reset();
+  if (specs.GetPrintExclude() && !fMetaData.IsAnyDropped() && GetDroppedInTraining().empty()) {
+    PRSMessages().NoPredsExcluded();
+  }
   if (!fModel.WriteFiles()) return false;
   PRSMultiScoring scoring(fRun, *fModel.GetINBAlgorithm(), fMetaData.GetNSaveDepCats());
   if (scoring.IsNeeded() && !scoring.ScoringDataPass()) return false;
-  const PRSValidSpecs& specs = fRun.Specs();
   const bool testLayerWanted =
       IsClassified() && specs.GetMultiTrainSamp() && !specs.GetMultiTestData();
   if (testLayerWanted && fModel.GetINBAlgorithm()->GetTestOutStats() == nullptr) {

@@ -11,7 +11,6 @@
 #include "host/cases/UAVarValidSpecs.h"
 #include "host/data/ProcedureDataSource.h"
 #include "host/output/BpError.h"
-#include "naivebayes/NaiveBayesSettings.h"
 
 namespace {
 
@@ -37,16 +36,14 @@ bool PRSMultiMetaData::Complete(bool keepValues) {
     const KOVA_Variable& weight = fSource.GetVariable(fSpecs.GetKOVAWeightVar());
     (void)fVarList.AddWeightVar(weight.GetName(), weight.GetLabel(), INBVariable::kRound);
   }
-  const bool isComplete =
-      CheckForced() && FitsIntoMemory() &&
-      SetPredictors(fSpecs.GetPredListPtr(), fSpecs.GetPredCatVarListPtr(), false) &&
-      SetPredictors(fSpecs.GetForcePredListPtr(), fSpecs.GetForceCatVarListPtr(), true) &&
-      CheckCounts();
-  if (!isComplete) return false;
-  const bool noneDropped =
-      fMissPredictors.empty() && fConstPredictors.empty() && !fScreening.IsAnyLeftOut();
-  if (noneDropped && fSpecs.GetPrintExclude()) fMessages.NoPredsExcluded();
-  return true;
+  return CheckForced() && FitsIntoMemory() &&
+         SetPredictors(fSpecs.GetPredListPtr(), fSpecs.GetPredCatVarListPtr(), false) &&
+         SetPredictors(fSpecs.GetForcePredListPtr(), fSpecs.GetForceCatVarListPtr(), true) &&
+         CheckCounts();
+}
+
+bool PRSMultiMetaData::IsAnyDropped() const {
+  return !fMissPredictors.empty() || !fConstPredictors.empty() || fScreening.IsAnyLeftOut();
 }
 
 // A predictor's table holds a count and a probability for each of its categories (or bins) and each
@@ -69,11 +66,8 @@ bool PRSMultiMetaData::FitsIntoMemory() const {
   };
   add(fSpecs.GetPredListPtr(), fSpecs.GetPredCatVarListPtr());
   add(fSpecs.GetForcePredListPtr(), fSpecs.GetForceCatVarListPtr());
-  const int nCases = fAdapter.GetRecordCount();
-  const bool areHeld =
-      fRun.IsSelecting() && nCases <= fSpecs.GetNaiveSettingsPtr()->GetMaxRecordsInMemory();
-  const double nNumbers = 2.0 * nRows + (areHeld ? nCases : 0);
-  if (nLargest == 0 || nNumbers * nTargets * sizeof(double) <= kMostTableBytes) return true;
+  const double nNumbers = 2.0 * nRows * nTargets;
+  if (nLargest == 0 || nNumbers * sizeof(double) <= kMostTableBytes) return true;
   MCHost::RaiseMessage(
       MCHost::OutputMessage::kError, "Too many categories for the model: ^1, ^2, ^3...",
       {fSource.GetVariable(largest).GetName(), std::to_string(nLargest), std::to_string(nTargets)});

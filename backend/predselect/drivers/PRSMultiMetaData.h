@@ -43,6 +43,8 @@ class PRSMultiMetaData {
   // met, forced ones included.
   const std::vector<int>& GetMissPredictors() const { return fMissPredictors; }
   const std::vector<int>& GetConstPredictors() const { return fConstPredictors; }
+  // Whether there are any, or any that the screening left out.
+  bool IsAnyDropped() const;
 
  private:
   using VarIndex = int;

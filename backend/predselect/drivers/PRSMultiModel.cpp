@@ -89,7 +89,11 @@ bool PRSMultiModel::Build(NaiveDataSourceIter& train, NaiveDataSourceIter* test)
 
 void PRSMultiModel::WarnOfLeaks(int tableCases) const {
   PRSLeaks leaks(fSpecs, fRun.Source(), fRun.Adapter(), tableCases);
-  for (const NBInputTraits& input : fpNBAlgorithm->GetLeakTraits()) {
+  for (NBInputTraits input : fpNBAlgorithm->GetLeakTraits()) {
+    // What the model did not take cannot mislead it; the other leaks speak against a candidate too.
+    const NBVarList& varList = fpNBAlgorithm->GetVarList();
+    const bool isTaken = varList.GetVariableRole(input.fVarIndex) == INBVariable::kInput;
+    if (!isTaken) input.fTraits.fGainOnOthers = 0.0;
     leaks.Look(fRun.VarSpecs().GetKOVAVarIndex(input.fVarIndex), input.fTraits);
   }
   leaks.Warn();
@@ -140,14 +144,23 @@ bool PRSMultiModel::ReportEngine() {
   return WriteResultDocument();
 }
 
-// A status names one predictor only.
-void PRSMultiModel::NameDroppedInputs() const {
-  const NBVarList& varList = fpNBAlgorithm->GetVarList();
-  for (int i = 0; i < varList.Size(); ++i) {
-    if (fMetaData.VarList().GetVariableRole(i) != INBVariable::kInput ||
-        varList.GetVariableRole(i) != INBVariable::kUnused) {
-      continue;
+std::vector<int> PRSMultiModel::GetDroppedInTraining() const {
+  std::vector<int> dropped;
+  for (int i = 0; fpNBAlgorithm != nullptr && i < fMetaData.VarList().Size(); ++i) {
+    const INBVariable::VariableRole role = fMetaData.VarList().GetVariableRole(i);
+    const bool isPredictor = role == INBVariable::kInput || role == INBVariable::kPossibleInput;
+    if (isPredictor && fpNBAlgorithm->GetVarList().GetVariableRole(i) == INBVariable::kUnused) {
+      dropped.push_back(fRun.VarSpecs().GetKOVAVarIndex(i));
     }
+  }
+  return dropped;
+}
+
+// A status names one predictor only; candidates are expected to come to nothing now and then.
+void PRSMultiModel::NameDroppedInputs() const {
+  for (const int var : GetDroppedInTraining()) {
+    const int i = fRun.VarSpecs().GetRecVarIndex(var);
+    if (fMetaData.VarList().GetVariableRole(i) != INBVariable::kInput) continue;
     MCNaive::MCStatus dropped(MCNaive::kPredictorDropped, true);
     dropped.SetDiscreteDatum(0, i);
     fRun.DisplayMessage(dropped);

@@ -50,6 +50,10 @@ class PRSMultiModel {
     return fSelection.fvResults;
   }
 
+  // Predictors that the engine dropped, since the training cases show fewer than two of their
+  // categories or bins: indices in the data, in the order of the list. None before Build.
+  std::vector<int> GetDroppedInTraining() const;
+
   // The forced predictors that are in the model: indices in the data, in the order of the command's
   // list. One that is constant in the training cases is not. REQUIRES: the engine has run.
   std::vector<int> GetForcedInputs() const;

@@ -134,10 +134,10 @@ bool PRSMultiScoring::ScoringDataPass() {
 
 bool PRSMultiScoring::ScoreCases() {
   MCStopProcessor& stop = *fSpecs.GetStopProcessorPtr();
-  const auto nCategories = static_cast<std::size_t>(fAlgorithm.GetNTargetCategories());
+  const std::size_t most = NBScoredBlock::PreferredCases(fAlgorithm.GetNTargetCategories(),
+                                                         fAlgorithm.GetNumberOfInputVars());
   while (!fRun.GetStatus().IsError() && fpScoreRecIter->HasMore() && !stop.IsCancel()) {
-    const MCCommon::RecordBlock& block =
-        fpScoreRecIter->NextBlock(MCCommon::RecordBlock::PreferredCases(nCategories));
+    const MCCommon::RecordBlock& block = fpScoreRecIter->NextBlock(most);
     (void)SaveVarValues(fpScoreRecIter->GetProcDS(), block);
     PRSProgress::Show("Scoring the cases", fRun.Adapter().GetCaseNumber());
   }

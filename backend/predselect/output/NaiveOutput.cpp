@@ -24,6 +24,7 @@
 #include "host/output/pivot/BpString.h"
 #include "host/output/pivot/BpVariable.h"
 #include "naivebayes/INBAlgorithm.h"
+#include "naivebayes/selection/NBFormulas.h"
 
 namespace {
 
@@ -136,6 +137,8 @@ std::vector<NaiveOutput::Dropped> NaiveOutput::DroppedPredictors() const {
   for (const MCFSCommon::PredictorDelReason reason : PRSReasons()) {
     add(reason, fpFactory->GetScreenedPredictors(reason));
   }
+  const std::vector<int> inTraining = fpFactory->GetDroppedInTraining();
+  if (!inTraining.empty()) dropped.push_back({BpString("Training Cases Constant"), inTraining});
   return dropped;
 }
 
@@ -192,7 +195,21 @@ std::vector<NaiveOutput::SubsetRow> NaiveOutput::SubsetRows() const {
     row.fRank = static_cast<double>(rank) + 1.0;
     row.fCriterion = results[rank].second;
   }
+  if (IsExact()) AddPseudoBIC(rows);
   return rows;
+}
+
+bool NaiveOutput::IsExact() const { return fpValidSpecs->GetMultiExactSize() >= 1; }
+
+// An exact size compares nothing, but shows what the sizes on the way would have been compared by.
+void NaiveOutput::AddPseudoBIC(std::vector<SubsetRow>& rows) const {
+  double weight, excludedWeight;
+  int nValid, nExcluded;
+  fpAlgorithm->GetNValidNExcluded(weight, excludedWeight, nValid, nExcluded);
+  for (SubsetRow& row : rows) {
+    if (row.fSize == 0 || row.fLogLikelihood == KOVA_SystemMissing) continue;
+    row.fCriterion = NBFormulas::ComputePseudoBIC(row.fSize, weight, row.fLogLikelihood);
+  }
 }
 
 // The row of the chosen subset: the best one, or the last one where nothing was ranked: for an
@@ -200,10 +217,9 @@ std::vector<NaiveOutput::SubsetRow> NaiveOutput::SubsetRows() const {
 int NaiveOutput::ChosenSubset(int numSubsets) const {
   const auto& fSelectResults = fpFactory->GetSelectResults();
   const auto numForced = static_cast<int>(fpFactory->GetForcedInputs().size());
-  const bool isExact = fpValidSpecs->GetMultiExactSize() >= 1;
   // Without forced predictors the initial subset is empty and has no result.
   const int nRanked = numForced > 0 ? numSubsets : numSubsets - 1;
-  MCCommon::Assert(isExact || static_cast<int>(fSelectResults.size()) == nRanked,
+  MCCommon::Assert(IsExact() || static_cast<int>(fSelectResults.size()) == nRanked,
                    "fSelectResults.size() == numSubsets", kSource);
   const int subsetIndex =
       fSelectResults.empty() ? numSubsets - 1 : fSelectResults.front().first - numForced;
@@ -222,16 +238,19 @@ void NaiveOutput::DisplaySubsets() const {
   BpDimension rowDimension = table.RowDimension("Subset");
   BpDimension columns = table.ColumnDimension("Statistics");
   BpCategory added = columns.AddCategory(BpString("Predictor Added"));
-  std::vector<BpCategory> ranked;
-  if (isRanked) {
-    const bool isBIC = fpValidSpecs->GetMultiPseudoBIC();
-    ranked.push_back(columns.AddCategory(BpString("Rank"), count));
-    ranked.push_back(
+  std::vector<BpCategory> rank, criterion;
+  if (isRanked) rank.push_back(columns.AddCategory(BpString("Rank"), count));
+  if (isRanked || IsExact()) {
+    const bool isBIC = fpValidSpecs->GetMultiPseudoBIC() || IsExact();
+    criterion.push_back(
         columns.AddCategory(BpString(isBIC ? "Pseudo-BIC" : "Test Data Criterion"), general));
-    if (!isBIC && IsSimulated()) ranked.back().Note(BpString("Computed using simulated..."));
+    if (!isBIC && IsSimulated()) criterion.back().Note(BpString("Computed using simulated..."));
   }
   BpCategory logLikelihood = columns.AddCategory(BpString("Average Log-Likelihood"), general);
-  if (AreStepsSimulated()) NoteSimulatedSteps(added, logLikelihood);
+  if (AreStepsSimulated()) {
+    NoteSimulatedSteps(added, logLikelihood);
+    if (IsExact()) criterion.back().Note(BpString("Estimated with simulated..."));
+  }
   std::vector<BpCategory> rows;
   for (const SubsetRow& subset : subsets) {
     const auto number = static_cast<double>(rows.size());
@@ -240,10 +259,8 @@ void NaiveOutput::DisplaySubsets() const {
     table.SetCell({row, added}, subset.fpAdded == nullptr ? BpString("(Initial Subset)")
                                                           : BpVariable(*subset.fpAdded));
     if (subset.fSize == 0) continue;
-    if (isRanked) {
-      table.SetCell({row, ranked[0]}, subset.fRank);
-      table.SetCell({row, ranked[1]}, subset.fCriterion);
-    }
+    for (const BpCategory& column : rank) table.SetCell({row, column}, subset.fRank);
+    for (const BpCategory& column : criterion) table.SetCell({row, column}, subset.fCriterion);
     table.SetCell({row, logLikelihood}, subset.fLogLikelihood);
   }
   NoteSubsets(rows, added);
@@ -277,7 +294,7 @@ bool NaiveOutput::AreStepsSimulated() const {
 
 // A ranking by pseudo-BIC computes the log-likelihoods anew from the training cases.
 void NaiveOutput::NoteSimulatedSteps(BpCategory& added, BpCategory& logLikelihood) const {
-  const bool isAnew = fpValidSpecs->GetMultiPseudoBIC() && fpValidSpecs->GetMultiExactSize() < 1;
+  const bool isAnew = fpValidSpecs->GetMultiPseudoBIC() && !IsExact();
   if (isAnew) {
     added.Note(BpString("Added by simulated..."));
   } else {

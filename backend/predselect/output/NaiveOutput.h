@@ -61,6 +61,8 @@ class NaiveOutput {
   std::vector<std::string> NamesOf(const std::vector<int>& variables, bool categorical) const;
   std::vector<Dropped> DroppedPredictors() const;
   std::vector<SubsetRow> SubsetRows() const;
+  bool IsExact() const;
+  void AddPseudoBIC(std::vector<SubsetRow>& rows) const;
   int ChosenSubset(int numSubsets) const;
   void NoteSubsets(const std::vector<BpCategory>& rows, BpCategory& added) const;
   // Names of the model's predictors of one kind, in the order of the variable list.

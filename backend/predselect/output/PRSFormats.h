@@ -3,12 +3,13 @@
 #pragma once
 
 #include "feature/FSCriterion.h"
+#include "feature/FSSettings.h"
 #include "host/output/pivot/BpProcedure.h"
 
-inline MCHost::OutputFormat PRSFormatOf(FSOutput::Kind kind) {
+inline MCHost::OutputFormat PRSFormatOf(FSOutput::Kind kind, const FSSettings& settings) {
   switch (kind) {
     case FSOutput::kSignificance:
-      return BpProcedure::Significance();
+      return settings.ArePValuesExact() ? BpProcedure::PValue() : BpProcedure::Significance();
     case FSOutput::kCorrelation:
       return BpProcedure::Correlation();
     case FSOutput::kCount:
@@ -19,6 +20,6 @@ inline MCHost::OutputFormat PRSFormatOf(FSOutput::Kind kind) {
 }
 
 // In a table of several criteria, where a correlation is printed as the statistics beside it.
-inline MCHost::OutputFormat PRSFormatAmongOthers(FSOutput::Kind kind) {
-  return PRSFormatOf(kind == FSOutput::kCorrelation ? FSOutput::kStatistic : kind);
+inline MCHost::OutputFormat PRSFormatAmongOthers(FSOutput::Kind kind, const FSSettings& settings) {
+  return PRSFormatOf(kind == FSOutput::kCorrelation ? FSOutput::kStatistic : kind, settings);
 }

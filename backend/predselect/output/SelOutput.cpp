@@ -11,6 +11,7 @@
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "common/MCAssert.h"
 #include "common/MissingValue.h"
+#include "feature/FSCriterion.h"
 #include "feature/FSSettings.h"
 #include "feature/IFSAlgorithm.h"
 #include "host/cases/UAInputAdapter.h"
@@ -51,6 +52,7 @@ void SelOutput::DisplayTables() const {
   BpEffects();
   ChartPredSummary();
   BpSelPredictors();
+  WarnOfTiesAtZero();
 }
 
 void SelOutput::BpCaseSummary() const {
@@ -121,6 +123,23 @@ void SelOutput::BpSelPredictors() const {
   std::vector<std::string> lists[] = {SelectedNames(true), SelectedNames(false)};
   for (std::vector<std::string>& names : lists) std::sort(names.begin(), names.end());
   PRSShowSelected(lists[0], lists[1]);
+}
+
+// Perfect relations are 0 without rounding: among them alone nothing could be told apart.
+void SelOutput::WarnOfTiesAtZero() const {
+  const PRSSelection selection = Selection();
+  if (Algorithm().GetSettings()->ArePValuesExact()) return;
+  if (!FSCriterion::Of(selection.fCriterion).HasSignificance()) return;
+  int nTied = 0;
+  bool isRounded = false;
+  for (std::size_t i = 0; i < selection.fIndices.size(); ++i) {
+    if (selection.fValues[i] != 0.0) continue;
+    ++nTied;
+    const FSEffect effect =
+        Algorithm().GetPredictorEffect(selection.fCriterion, selection.fIndices[i]);
+    isRounded = isRounded || !MCMV::IsMissing(effect.fLogP);
+  }
+  if (nTied > 1 && isRounded) PRSMessages().TiedAtZero(nTied);
 }
 
 void SelOutput::SetMacros() const {

@@ -42,6 +42,9 @@ class SelOutput {
   // A warning takes the table's place when nothing was selected, even if no table was asked for.
   void BpSelPredictors() const;
 
+  // A warning when rounding to 0 has tied p-values of predictors that are selected or shown.
+  void WarnOfTiesAtZero() const;
+
   // Gives the macros of the command the selected predictors, in rank order; whatever is printed.
   void SetMacros() const;
 

@@ -80,7 +80,8 @@ class CriterionColumns {
     fColumns.push_back(group.AddCategory(BpString("Rank"), BpProcedure::Count()));
     for (const FSOutput& output : fCriterion.fOutputs) {
       fColumns.push_back(
-          group.AddCategory(BpString(output.fHeading), PRSFormatAmongOthers(output.fKind)));
+          group.AddCategory(BpString(output.fHeading),
+                            PRSFormatAmongOthers(output.fKind, *fAlgorithm.GetSettings())));
     }
     // Where predictors of both kinds are ranked, they share the column of p-values.
     fbSharesFirst = fCriterion.fContCat.fPart == FSPart::kBeside;
@@ -92,7 +93,7 @@ class CriterionColumns {
     std::optional<BpGroup> group;
     for (const FSOutput& output : fCriterion.fOutputs) {
       const MCHost::OutputText label = BpString(output.fHeading);
-      const MCHost::OutputFormat format = PRSFormatOf(output.fKind);
+      const MCHost::OutputFormat format = PRSFormatOf(output.fKind, *fAlgorithm.GetSettings());
       if (!output.fbBeside && !group) group = columns.AddGroup(BpString(fCriterion.fHeading));
       fColumns.push_back(output.fbBeside ? columns.AddCategory(label, format)
                                          : group->AddCategory(label, format));
@@ -139,8 +140,9 @@ std::map<std::string, BpCategory> AddNamed(BpDimension& columns, const FSSetting
     if (!settings.GetCriterion(criterion.fCode)) continue;
     for (const FSOutput& output : criterion.fOutputs) {
       if (named.contains(output.fHeading)) continue;
-      named.emplace(output.fHeading, columns.AddCategory(BpString(output.fHeading),
-                                                         PRSFormatAmongOthers(output.fKind)));
+      named.emplace(output.fHeading,
+                    columns.AddCategory(BpString(output.fHeading),
+                                        PRSFormatAmongOthers(output.fKind, settings)));
     }
   }
   return named;

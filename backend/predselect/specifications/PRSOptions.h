@@ -34,6 +34,7 @@ struct PRSUniCriteria {
   int fSize = 0;  // 0: automatic
   MCFSCommon::RankCriteria fCriterion = MCFSCommon::kPearson;
   double fPCutOff = 0.05;
+  bool fbExactPValues = false;
 };
 
 // Criteria of NAIVEBAYES.

@@ -84,7 +84,9 @@ void PRSValidSpecs::SetStringScreenOptions(std::string pctMissing, std::string p
 
 void PRSValidSpecs::SetUniCriteria(int size, MCFSCommon::RankCriteria criterion, double pCutOff,
                                    int showUnselect, double timer) {
-  fOptions.fUniCriteria = {size, criterion, pCutOff};
+  fOptions.fUniCriteria.fSize = size;
+  fOptions.fUniCriteria.fCriterion = criterion;
+  fOptions.fUniCriteria.fPCutOff = pCutOff;
   fOptions.fCommonCriteria = {showUnselect, timer};
 }
 
@@ -179,6 +181,7 @@ void PRSValidSpecs::CompleteFeatureSettings(int targetPosition, int weightPositi
   for (const FeaturePrintOption option : fFeaturePrintOptions) {
     (void)fpFeatureSettings->SetCriterion(option, true);
   }
+  fpFeatureSettings->SetExactPValues(fOptions.fUniCriteria.fbExactPValues);
   fpFeatureSettings->SetCancelPointer(fpStopProcessor.get());
 }
 

@@ -59,6 +59,7 @@ void PRSValidSpecs::DisplayCriteria(std::ostream& out) const {
   Show(out, "Size", fOptions.fUniCriteria.fSize);
   Show(out, "Ranking criterion", static_cast<int>(GetUniRank()));
   Show(out, "Cut-off", GetUniPCutOff());
+  Show(out, "Exact p-values", fOptions.fUniCriteria.fbExactPValues);
   Show(out, "Bins", GetMultiBins());
   Show(out, "Memory in kilobytes", GetMultiMemAllocate());
   Show(out, "Training sample percent", GetMultiTrainSampPCT());

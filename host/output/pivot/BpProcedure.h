@@ -17,6 +17,7 @@ class BpProcedure {
   static MCHost::OutputFormat Count() { return MCHost::OutputFormat::kCount; }
   static MCHost::OutputFormat Percent() { return MCHost::OutputFormat::kPercent; }
   static MCHost::OutputFormat Significance() { return MCHost::OutputFormat::kSignificance; }
+  static MCHost::OutputFormat PValue() { return MCHost::OutputFormat::kPValue; }
   static MCHost::OutputFormat Coefficient() { return MCHost::OutputFormat::kCoefficient; }
   static MCHost::OutputFormat Correlation() { return MCHost::OutputFormat::kCorrelation; }
   static MCHost::OutputFormat GeneralStat() { return MCHost::OutputFormat::kGeneral; }

@@ -158,7 +158,8 @@ TEST_F(CaseTest, PassesOverCasesThatNobodyLooksAt) {
   EXPECT_EQ(ReadBlocks(stream, 9), (Rows{{1, 1, kMissing}, {0, 1, kMissing}}));
 }
 
-// The table's user-missing values, categories given twice or unknown, and the sign of zero.
+// The table's user-missing values, categories given twice, unseen or to be missing, and the sign of
+// zero.
 TEST_F(CaseTest, FixedCategoriesAloneAreCategories) {
   UAVarValidSpecs specs(true, false, true);
   AddAll(specs);
@@ -166,11 +167,13 @@ TEST_F(CaseTest, FixedCategoriesAloneAreCategories) {
   UAInputAdapter adapter(&specs, source);
   const auto text = [](const char* value) { return KOVA_Value(std::string(value)); };
   adapter.FixCategories(0, {text("?"), text("c"), text("b"), text("?")});
-  adapter.FixCategories(1,
-                        {KOVA_Value(99.0), KOVA_Value(0.0), KOVA_Value(kMissing), KOVA_Value(2.5)});
+  KOVA_MissingValues sevens;
+  sevens.SetRange(7, 7.5);
+  adapter.FixCategories(
+      1, {KOVA_Value(99.0), KOVA_Value(0.0), KOVA_Value(kMissing), KOVA_Value(2.5)}, sevens);
   UAProcDataSourceIter stream(&adapter, true);
   EXPECT_EQ(ReadRecords(stream), (Rows{{2, kMissing, 1.5},
-                                       {kMissing, 1, kMissing},
+                                       {UACategories::kUnseen, 1, kMissing},
                                        {kMissing, 3, -4},
                                        {2, 1, kMissing},
                                        {0, 0, 999}}));

@@ -80,6 +80,10 @@ TEST(ForeignFiles, KeepOneNumberingOfStringsAcrossBatchesAndRowGroups) {
       EXPECT_EQ(table->CaseCount(), 6);
       EXPECT_THAT(Cells(*table, 1), ElementsAre("0:b", "1:a", "0:b", "2:c", "0:b", "2:c"));
       EXPECT_THAT(Cells(*table, 2), ElementsAre("1", "2", "3", "1", "2", "3"));
+      for (const char* copy : {"u.feather", "u.parquet", "u.csv"}) {
+        WriteDataFile(*table, folder.Path(copy));
+        EXPECT_EQ(Contents(*OpenDataFile(folder.Path(copy), {}, storage)), Contents(*table));
+      }
     }
   }
 }

@@ -1,0 +1,27 @@
+#include "apps/predselect/SaveTable.h"
+
+#include "apps/predselect/FileUses.h"
+#include "apps/predselect/Options.h"
+#include "host/arrow/DataFile.h"
+#include "host/data/DataTable.h"
+#include "host/session/HostIOError.h"
+#include "operations/TableOptions.h"
+
+namespace PredSelectApp {
+
+SaveTable::SaveTable(MCHost::DataTable& table, const SaveOptions& options)
+    : fpTable(&table), fpOptions(&options), fKeys(PredSelect::KeyColumns(table, options.fKeys)) {}
+
+void SaveTable::Write() const {
+  const std::string& path = fpOptions->fFile;
+  const bool hasNew = fpTable->ColumnCount() > fpTable->OwnColumnCount();
+  if (fpOptions->fbOnlyNew && !hasNew) {
+    throw MCHost::HostIOError(path, "", "was not written, since there are no new variables");
+  }
+  if (!MayBeSaved(*fpOptions)) {
+    throw MCHost::HostIOError(path, "", "was not written, since it is there by now");
+  }
+  MCHost::WriteDataFile(*fpTable, path, fpOptions->fbOnlyNew ? &fKeys : nullptr);
+}
+
+}  // namespace PredSelectApp

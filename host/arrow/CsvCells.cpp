@@ -1,0 +1,287 @@
+#include "host/arrow/CsvCells.h"
+
+#include <arrow/array.h>
+#include <arrow/extension_type.h>
+#include <arrow/record_batch.h>
+#include <arrow/type.h>
+#include <arrow/util/decimal.h>
+#include <arrow/util/float16.h>
+#include <arrow/visit_type_inline.h>
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <type_traits>
+#include <utility>
+
+#include "host/arrow/ArrowFailure.h"
+#include "host/session/HostIOError.h"
+
+namespace MCHost {
+
+namespace {
+
+constexpr std::int64_t kSecondsADay = 86400;
+
+template <class Number>
+void AppendDigits(std::string& text, Number value) {
+  std::array<char, 32> digits;
+  text.append(digits.data(),
+              std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr);
+}
+
+template <class Number>
+void AppendNumber(std::string& text, Number value) {
+  if constexpr (std::is_floating_point_v<Number>) {
+    constexpr double kExactIntegers = 9007199254740992.0;  // 2^53
+    const bool isMinusZero = value == 0 && std::signbit(value);
+    const bool isWhole = std::abs(value) < kExactIntegers && value == std::floor(value);
+    if (isWhole && !isMinusZero) return AppendDigits(text, static_cast<std::int64_t>(value));
+    if (std::isnan(value)) {
+      text += "NaN";
+      return;
+    }
+  }
+  AppendDigits(text, value);
+}
+
+void AppendPadded(std::string& text, std::int64_t value, std::size_t width) {
+  const std::string digits = std::to_string(value);
+  if (digits.size() < width) text.append(width - digits.size(), '0');
+  text += digits;
+}
+
+// Days since 1970-01-01 in the Gregorian calendar, by eras of 400 years that begin in March.
+void AppendDate(std::string& text, std::int64_t days) {
+  constexpr std::int64_t kDaysAnEra = 146097;
+  days += 719468;  // since 0000-03-01
+  const std::int64_t era = (days >= 0 ? days : days - kDaysAnEra + 1) / kDaysAnEra;
+  const std::int64_t ofEra = days - era * kDaysAnEra;
+  const std::int64_t yearOfEra =
+      (ofEra - ofEra / 1460 + ofEra / 36524 - ofEra / (kDaysAnEra - 1)) / 365;
+  const std::int64_t ofYear = ofEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
+  const std::int64_t fromMarch = (5 * ofYear + 2) / 153;
+  const std::int64_t month = fromMarch < 10 ? fromMarch + 3 : fromMarch - 9;
+  const std::int64_t year = era * 400 + yearOfEra + (month <= 2 ? 1 : 0);
+  if (year < 0) text += '-';
+  AppendPadded(text, year < 0 ? -year : year, 4);
+  text += '-';
+  AppendPadded(text, month, 2);
+  text += '-';
+  AppendPadded(text, ofYear - (153 * fromMarch + 2) / 5 + 1, 2);
+}
+
+// The part of a second behind a point, without zeros at the end; nothing for none.
+void AppendFraction(std::string& text, std::int64_t part, std::int64_t unitsASecond) {
+  if (part == 0) return;
+  text += '.';
+  AppendPadded(text, part, std::to_string(unitsASecond).size() - 1);
+  text.erase(text.find_last_not_of('0') + 1);
+}
+
+// Units since midnight.
+void AppendTime(std::string& text, std::int64_t time, std::int64_t unitsASecond) {
+  const std::int64_t seconds = time / unitsASecond;
+  AppendPadded(text, seconds / 3600, 2);
+  text += ':';
+  AppendPadded(text, seconds / 60 % 60, 2);
+  text += ':';
+  AppendPadded(text, seconds % 60, 2);
+  AppendFraction(text, time % unitsASecond, unitsASecond);
+}
+
+// Units since 1970-01-01 00:00.
+void AppendDateTime(std::string& text, std::int64_t time, std::int64_t unitsASecond) {
+  const std::int64_t unitsADay = kSecondsADay * unitsASecond;
+  const std::int64_t days = time / unitsADay - (time % unitsADay < 0 ? 1 : 0);
+  AppendDate(text, days);
+  text += 'T';
+  AppendTime(text, (time % unitsADay + unitsADay) % unitsADay, unitsASecond);
+}
+
+void AppendSeconds(std::string& text, std::int64_t duration, std::int64_t unitsASecond) {
+  if (duration < 0) text += '-';
+  AppendDigits(text, std::abs(duration / unitsASecond));
+  AppendFraction(text, std::abs(duration % unitsASecond), unitsASecond);
+}
+
+// The digits of a decimal with its point put in, and zeros where digits are missing on either side.
+void AppendDecimal(std::string& text, std::string digits, std::int32_t scale) {
+  if (digits.front() == '-') {
+    text += '-';
+    digits.erase(0, 1);
+  }
+  const auto places = static_cast<std::size_t>(std::abs(scale));
+  if (scale < 0 && digits != "0") digits.append(places, '0');
+  if (scale > 0 && digits.size() <= places) digits.insert(0, places + 1 - digits.size(), '0');
+  if (scale > 0) digits.insert(digits.size() - places, 1, '.');
+  text += digits;
+}
+
+std::int64_t UnitsASecond(arrow::TimeUnit::type unit) {
+  constexpr std::array<std::int64_t, 4> kUnits = {1, 1000, 1000000, 1000000000};
+  return kUnits[static_cast<std::size_t>(unit)];
+}
+
+// Appends the cell at a place of an array, whatever the array's type is.
+template <class Cell>
+class CellWriter {
+ public:
+  // `forEach` is handed a function of a place and calls it for each cell that is there.
+  CellWriter(const arrow::Array& values, std::string& text, char delimiter, Cell& forEach)
+      : fValues(values), fText(text), fDelimiter(delimiter), fForEach(forEach) {}
+
+  arrow::Status Visit(const arrow::NullType&) {
+    return Write([](std::int64_t) {});
+  }
+  arrow::Status Visit(const arrow::BooleanType&) {
+    const auto& array = As<arrow::BooleanType>();
+    return Write([&](std::int64_t at) { fText += array.Value(at) ? "true" : "false"; });
+  }
+  arrow::Status Visit(const arrow::HalfFloatType&) {
+    const auto& array = As<arrow::HalfFloatType>();
+    return Write([&](std::int64_t at) {
+      AppendNumber(fText, arrow::util::Float16::FromBits(array.Value(at)).ToFloat());
+    });
+  }
+  template <class T>
+  std::enable_if_t<arrow::is_number_type<T>::value, arrow::Status> Visit(const T&) {
+    const auto& array = As<T>();
+    return Write([&](std::int64_t at) { AppendNumber(fText, array.Value(at)); });
+  }
+  template <class T>
+  std::enable_if_t<arrow::is_decimal_type<T>::value, arrow::Status> Visit(const T& type) {
+    using Value = typename arrow::TypeTraits<T>::CType;
+    const auto& array = As<T>();
+    return Write([&, scale = type.scale()](std::int64_t at) {
+      AppendDecimal(fText, Value(array.GetValue(at)).ToIntegerString(), scale);
+    });
+  }
+  arrow::Status Visit(const arrow::Date32Type&) {
+    const auto& array = As<arrow::Date32Type>();
+    return Write([&](std::int64_t at) { AppendDate(fText, array.Value(at)); });
+  }
+  arrow::Status Visit(const arrow::Date64Type&) {
+    constexpr std::int64_t kMillisADay = kSecondsADay * 1000;
+    const auto& array = As<arrow::Date64Type>();
+    return Write([&](std::int64_t at) {
+      const std::int64_t time = array.Value(at);
+      if (time % kMillisADay != 0) return AppendDateTime(fText, time, 1000);
+      AppendDate(fText, time / kMillisADay);
+    });
+  }
+  arrow::Status Visit(const arrow::TimestampType& type) {
+    const auto& array = As<arrow::TimestampType>();
+    return Write([&, units = UnitsASecond(type.unit())](std::int64_t at) {
+      AppendDateTime(fText, array.Value(at), units);
+      if (!type.timezone().empty()) fText += 'Z';
+    });
+  }
+  template <class T>
+  std::enable_if_t<arrow::is_time_type<T>::value, arrow::Status> Visit(const T& type) {
+    const auto& array = As<T>();
+    return Write([&, units = UnitsASecond(type.unit())](std::int64_t at) {
+      AppendTime(fText, array.Value(at), units);
+    });
+  }
+  arrow::Status Visit(const arrow::DurationType& type) {
+    const auto& array = As<arrow::DurationType>();
+    return Write([&, units = UnitsASecond(type.unit())](std::int64_t at) {
+      AppendSeconds(fText, array.Value(at), units);
+    });
+  }
+  template <class T>
+  std::enable_if_t<arrow::is_string_type<T>::value || std::is_same_v<T, arrow::StringViewType> ||
+                       std::is_same_v<T, arrow::LargeStringType>,
+                   arrow::Status>
+  Visit(const T&) {
+    const auto& array = As<T>();
+    return Write([&](std::int64_t at) { AppendCsvText(fText, array.GetView(at), fDelimiter); });
+  }
+  arrow::Status Visit(const arrow::DataType& type) {
+    return arrow::Status::NotImplemented("cells of type ", type.ToString(),
+                                         " cannot be written as text");
+  }
+
+ private:
+  template <class T>
+  const auto& As() const {
+    return static_cast<const typename arrow::TypeTraits<T>::ArrayType&>(fValues);
+  }
+
+  template <class Append>
+  arrow::Status Write(Append append) {
+    fForEach(append);
+    return arrow::Status::OK();
+  }
+
+  const arrow::Array& fValues;
+  std::string& fText;
+  char fDelimiter;
+  Cell& fForEach;
+};
+
+const arrow::Array& StorageOf(const arrow::Array& array) {
+  if (array.type_id() != arrow::Type::EXTENSION) return array;
+  return *static_cast<const arrow::ExtensionArray&>(array).storage();
+}
+
+}  // namespace
+
+bool IsPlainCsvText(std::string_view text, char delimiter) {
+  // A byte order mark would be skipped at the start of the file.
+  return text.find(delimiter) == std::string_view::npos && !text.starts_with("\xEF\xBB\xBF");
+}
+
+void AppendCsvText(std::string& row, std::string_view text, char delimiter) {
+  const bool needsQuotes = text.empty() || text.find_first_of("\"\r\n") != std::string_view::npos;
+  if (!needsQuotes && IsPlainCsvText(text, delimiter)) {
+    row += text;
+    return;
+  }
+  row += '"';
+  for (const char c : text) row.append(c == '"' ? 2 : 1, c);
+  row += '"';
+}
+
+void CsvCells::Format(const arrow::RecordBatch& batch) {
+  fColumns.resize(static_cast<std::size_t>(batch.num_columns()));
+  for (int j = 0; j < batch.num_columns(); ++j) {
+    FormatColumn(*batch.column(j), batch.column_name(j), fColumns[static_cast<std::size_t>(j)]);
+  }
+}
+
+void CsvCells::FormatColumn(const arrow::Array& array, const std::string& name,
+                            Column& column) const {
+  column.fText.clear();
+  column.fEnds.clear();
+  const arrow::Array& cells = StorageOf(array);
+  const auto* codes = cells.type_id() == arrow::Type::DICTIONARY
+                          ? static_cast<const arrow::DictionaryArray*>(&cells)
+                          : nullptr;
+  const arrow::Array& values = codes != nullptr ? StorageOf(*codes->dictionary()) : cells;
+  const auto forEach = [&](auto append) {
+    for (std::int64_t i = 0; i < cells.length(); ++i) {
+      if (!cells.IsNull(i)) {
+        const std::int64_t at = codes != nullptr ? codes->GetValueIndex(i) : i;
+        if (codes == nullptr || !values.IsNull(at)) append(at);
+      }
+      column.fEnds.push_back(column.fText.size());
+    }
+  };
+  CellWriter writer(values, column.fText, fDelimiter, forEach);
+  const arrow::Status status = arrow::VisitTypeInline(*values.type(), &writer);
+  if (!status.ok()) throw HostIOError(fTarget, "column \"" + name + "\"", status.message());
+}
+
+void CsvCells::AppendCase(std::int64_t at, std::string& row) const {
+  const auto i = static_cast<std::size_t>(at);
+  for (std::size_t j = 0; j < fColumns.size(); ++j) {
+    const Column& column = fColumns[j];
+    if (j > 0) row += fDelimiter;
+    const std::size_t from = i > 0 ? column.fEnds[i - 1] : 0;
+    row.append(column.fText, from, column.fEnds[i] - from);
+  }
+}
+
+}  // namespace MCHost

@@ -1,0 +1,55 @@
+// The cells of record batches as the text of a CSV file, each in a form from which its value can be
+// had again:
+//   null                   nothing
+//   boolean                true, false
+//   integer, decimal       all its digits
+//   floating point         as many digits as tell it from its neighbours; inf, -inf, NaN
+//   date, timestamp        2024-02-29, 2024-02-29T12:30:00.5, and Z behind it where it has a zone
+//   time of day, duration  12:30:00.5; seconds
+//   string                 itself, in quotes where the format needs them; "" for an empty one
+// and a dictionary's as those of its values.
+#pragma once
+
+#include <arrow/type_fwd.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace MCHost {
+
+// Appends a text, in quotes where the delimiter, a quote, a line end or a byte order mark in it
+// would else be taken for the file's.
+void AppendCsvText(std::string& row, std::string_view text, char delimiter);
+
+// Whether a text that stands in a file without quotes means the same between these delimiters.
+bool IsPlainCsvText(std::string_view text, char delimiter);
+
+class CsvCells {
+ public:
+  // `target` names the file that is written in messages.
+  CsvCells(char delimiter, std::string target)
+      : fDelimiter(delimiter), fTarget(std::move(target)) {}
+
+  // Takes the place of the cells before. Throws HostIOError for a type that has no text.
+  void Format(const arrow::RecordBatch& batch);
+
+  // Appends the cells of a case with delimiters between them.
+  void AppendCase(std::int64_t at, std::string& row) const;
+
+ private:
+  struct Column {
+    std::string fText;
+    std::vector<std::size_t> fEnds;  // of each cell in the text
+  };
+
+  void FormatColumn(const arrow::Array& array, const std::string& name, Column& column) const;
+
+  char fDelimiter;
+  std::string fTarget;
+  std::vector<Column> fColumns;
+};
+
+}  // namespace MCHost
