@@ -13,6 +13,7 @@
 #include "common/RecordIterator.h"
 #include "feature/FSCancelInfo.h"
 #include "feature/accumulators/FSCaseBlock.h"
+#include "feature/pass/FSTargetView.h"
 
 class FSCounts;
 class FSSettings;
@@ -33,30 +34,29 @@ class FSRecordPass {
   // Returns the number of cases with a valid weight.
   int Take(const MCCommon::RecordBlock& block);
   int SelectCases(const MCCommon::RecordBlock& block);
-  void ForgetCases();
+  void MakeRoom(std::size_t cases);
   bool ReadWeight(const double* weights, std::size_t i, double& weight);
   bool IsValidTarget(double target) const;
   void Choose(std::size_t i, double weight, double target);
   FSCaseBlock ChosenCases();
-  int TargetSide() const;
   void TakePredictors(const MCCommon::RecordBlock& block, FSCaseBlock& cases);
   void TakeMissing(IFSPredTargetAccum& accumulator, const double* cells);
   bool IsReserved(int column) const;
   const double* ChosenCells(const MCCommon::RecordBlock& block, int column);
   bool HaveAllValid() const;
   void CountCases();
+  void CountTargets();
 
   FSCounts& fCounts;
   const FSSettings& fSettings;
   bool fbWithTarget;
+  std::size_t fNChosen = 0;
   std::vector<std::uint32_t> fChosen;  // positions in the block
-  double fTotal = 0.0;                 // weight of all cases chosen so far
-  bool fbWholeWeights = true;          // all of those, and their sum is exact
   std::vector<double> fWeights;
-  std::vector<double> fWeightsBefore;
-  std::vector<double> fShares;
+  bool fbUnitWeights = true;  // all weights of the pass so far are 1
   std::vector<double> fTargets;
   std::vector<int> fTargetCategories;
+  FSTargetView fTargetView;
   std::vector<std::uint8_t> fHasValid;
   std::vector<double> fCells;
 };
