@@ -14,6 +14,7 @@
 #include "common/Workers.h"
 #include "feature/FSCancelInfo.h"
 #include "feature/accumulators/FSCaseBlock.h"
+#include "feature/pass/FSTargetView.h"
 
 class FSCounts;
 class FSSettings;
@@ -34,12 +35,11 @@ class FSRecordPass {
   // Returns the number of cases with a valid weight.
   int Take(const MCCommon::RecordBlock& block);
   int SelectCases(const MCCommon::RecordBlock& block);
-  void ForgetCases();
+  void MakeRoom(std::size_t cases);
   bool ReadWeight(const double* weights, std::size_t i, double& weight);
   bool IsValidTarget(double target) const;
   void Choose(std::size_t i, double weight, double target);
   FSCaseBlock ChosenCases();
-  int TargetSide() const;
   // What a worker needs of its own in a block.
   struct Room {
     FSCaseBlock fCases;
@@ -56,18 +56,18 @@ class FSRecordPass {
   const double* ChosenCells(const MCCommon::RecordBlock& block, std::size_t column,
                             Room& room) const;
   void CountCases();
+  void CountTargets();
 
   FSCounts& fCounts;
   const FSSettings& fSettings;
   bool fbWithTarget;
+  std::size_t fNChosen = 0;
   std::vector<std::uint32_t> fChosen;  // positions in the block
-  double fTotal = 0.0;                 // weight of all cases chosen so far
-  bool fbWholeWeights = true;          // all of those, and their sum is exact
   std::vector<double> fWeights;
-  std::vector<double> fWeightsBefore;
-  std::vector<double> fShares;
+  bool fbUnitWeights = true;  // all weights of the pass so far are 1
   std::vector<double> fTargets;
   std::vector<int> fTargetCategories;
+  FSTargetView fTargetView;
   std::vector<std::uint8_t> fHasValid;  // of the block, when all predictors were taken
   std::vector<std::size_t> fColumns;    // of the predictors
   MCCommon::Workers fWorkers;

@@ -85,7 +85,32 @@ TextTable::TextTable(const OutputTable& table, std::size_t pageWidth)
     if (!fCorner.empty()) fCorner += " / ";
     fCorner += ShowText(table.fDimensions[dimension].fName);
   }
-  MeasureLabels();
+  MeasureLabels(fPageWidth * 2 / 5);
+  NarrowLabels();
+}
+
+// Labels give up room where the page then takes the columns in fewer panels.
+void TextTable::NarrowLabels() {
+  std::size_t fewest = MostPanels();
+  for (const std::size_t part : {4, 5}) {
+    if (fewest < 2) return;
+    const std::vector<std::size_t> wished = fLabelWidths;
+    MeasureLabels(fPageWidth / part);
+    const std::size_t panels = MostPanels();
+    if (panels >= fewest) fLabelWidths = wished;
+    fewest = std::min(fewest, panels);
+  }
+}
+
+std::size_t TextTable::MostPanels() const {
+  std::size_t most = 0;
+  for (const AxisEntry& layer : AxisEntries(fTable, OutputDimension::kLayer)) {
+    const std::vector<std::size_t> widths = MeasureColumns(layer);
+    std::size_t panels = 0;
+    for (std::size_t at = 0; at < widths.size(); at = PanelEnd(widths, at)) ++panels;
+    most = std::max(most, panels);
+  }
+  return most;
 }
 
 std::string TextTable::Draw() const {
@@ -314,22 +339,22 @@ void TextTable::DrawCells(const Panel& panel) const {
   }
 }
 
-void TextTable::MeasureLabels() {
+void TextTable::MeasureLabels(std::size_t room) {
   const std::size_t levels = std::max<std::size_t>(fRowDepth, 1);
-  const std::size_t cap = std::max<std::size_t>(12, fPageWidth * 2 / 5 / levels);
+  const std::size_t cap = std::max<std::size_t>(12, room / levels);
   fLabelWidths.assign(fRowDepth, 1);
   for (const Block& block : Blocks(fRows, fRowDepth)) {
     const std::size_t levelsSpanned = block.fLevelEnd - block.fLevel;
     const std::size_t word = LongestWord(block.fText);  // one that must be broken asks for nothing
     const std::size_t most = std::max(cap * levelsSpanned, word <= 2 * cap ? word : 0);
     const std::size_t wanted = std::min(LongestLine(block.fText), most);
-    const std::size_t room = SpanWidth(fLabelWidths, block.fLevel, block.fLevelEnd);
-    if (wanted > room) fLabelWidths[block.fLevelEnd - 1] += wanted - room;
+    const std::size_t have = SpanWidth(fLabelWidths, block.fLevel, block.fLevelEnd);
+    if (wanted > have) fLabelWidths[block.fLevelEnd - 1] += wanted - have;
   }
   if (fRowDepth == 0) return;
-  const std::size_t room = SpanWidth(fLabelWidths, 0, fRowDepth);
+  const std::size_t have = SpanWidth(fLabelWidths, 0, fRowDepth);
   const std::size_t wanted = std::min(LongestLine(fCorner), cap * levels);
-  if (wanted > room) fLabelWidths.back() += wanted - room;
+  if (wanted > have) fLabelWidths.back() += wanted - have;
 }
 
 std::size_t TextTable::RoomForColumns() const {

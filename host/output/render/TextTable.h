@@ -50,7 +50,9 @@ class TextTable {
   void DrawSeparators(const Panel& panel) const;
   void DrawCells(const Panel& panel) const;
 
-  void MeasureLabels();
+  void MeasureLabels(std::size_t room);
+  void NarrowLabels();
+  std::size_t MostPanels() const;
   std::vector<std::size_t> MeasureColumns(const AxisEntry& layer) const;
   std::size_t RoomForColumns() const;
   // The most that one column may take, so that a single word never makes a line longer than the page.

@@ -104,6 +104,28 @@ Sample: Training
 )");
 }
 
+TEST(RenderText, WrapsRowLabelsWhereThatSavesAPanel) {
+  MCTest::OutputHost host;
+  BpPivotTable table("Effects", "Effects");
+  BpDimension rows = table.RowDimension("Predictor");
+  BpDimension columns = table.ColumnDimension("Statistics");
+  const BpCategory island =
+      rows.AddCategory(OutputText::Variable("island", "Island of the archipelago"));
+  for (const char* name : {"First", "Second", "Third", "Fourth"}) {
+    table.SetCell({island, columns.AddCategory(BpString(name), BpProcedure::GeneralStat())}, 12.5);
+  }
+  table.Show();
+  EXPECT_EQ(MCHost::RenderText(host.fDocument, {.fWidth = 60}),
+            R"(Effects
+┌─────────────────┬────────┬────────┬────────┬────────┐
+│ Predictor       │  First │ Second │  Third │ Fourth │
+├─────────────────┼────────┼────────┼────────┼────────┤
+│ Island of the   │ 12.500 │ 12.500 │ 12.500 │ 12.500 │
+│ archipelago     │        │        │        │        │
+└─────────────────┴────────┴────────┴────────┴────────┘
+)");
+}
+
 TEST(RenderText, WrapsTheHeadingsOfATableThatFitsThePageNoOtherWay) {
   MCTest::OutputHost host;
   BpPivotTable table("Classification", "Classification");
