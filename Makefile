@@ -9,6 +9,7 @@
 #   make bench-peers  the same jobs done by this build and by other libraries, in one run
 #   make compare OLD=path  every output of this build beside those of another build of the program
 #   make asan    the test suite under AddressSanitizer and UBSan
+#   make tsan    the engines' tests of threads under ThreadSanitizer
 #   make fuzz    every fuzz target for FUZZ_SECONDS (600 unless given) seconds
 #   make package  a Debian package and an archive with everything inside, in build/release/packages
 #   make check-package  install and run both on a Debian that has nothing else (needs root)
@@ -17,7 +18,7 @@
 #   make tidy    clang-tidy over the sources of program and libraries
 #   make format  clang-format over all sources
 #   make clean   removes everything that was built
-.PHONY: demo test program build bench bench-growth bench-end bench-peers compare check-exact asan fuzz package check-package evaluator tidy format clean
+.PHONY: demo test program build bench bench-growth bench-end bench-peers compare check-exact asan tsan fuzz package check-package evaluator tidy format clean
 
 demo: program
 	@scripts/demo
@@ -63,6 +64,12 @@ asan:
 	cmake --preset asan >/dev/null
 	cmake --build --preset asan
 	ctest --preset asan
+
+tsan:
+	@scripts/setup --tests
+	cmake --preset tsan >/dev/null
+	cmake --build --preset tsan
+	ctest --preset tsan
 
 package: program
 	@scripts/setup --package

@@ -33,6 +33,7 @@ class RunSession : public MCHost::Session {
       : Session(table, document), fDocument(document), fRequest(request) {
     SetAppParams(surroundings.fApplication);
     SetTempPath(surroundings.fTempPath);
+    SetThreads(surroundings.fThreads);
     SetCancelQuery(surroundings.fIsCancelled);
     SetProgressListener(surroundings.fReportProgress);
   }

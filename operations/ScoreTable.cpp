@@ -103,7 +103,7 @@ bool Score(const INBAlgorithm& model, ProcedureDataSource& source, const Surroun
                               predictions.fProbabilities);
   const std::size_t most =
       NBScoredBlock::PreferredCases(model.GetNTargetCategories(), model.GetNumberOfInputVars());
-  NBScoredBlock scored;
+  NBScoredBlock scored(surroundings.fThreads);
   for (;;) {
     const MCCommon::RecordBlock& block = cases.NextBlock(most);
     if (block.Cases() == 0) return true;

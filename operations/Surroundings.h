@@ -1,7 +1,7 @@
 // What an operation is told of the application around it, and how it ended.
 //
 // A plain value, read while the operation runs and not kept. The functions are called on the
-// caller's thread only; an empty one is never called.
+// caller's thread only, however many threads work; an empty one is never called.
 #pragma once
 
 #include <functional>
@@ -15,7 +15,8 @@ namespace PredSelect {
 struct Surroundings {
   // Named in the files that are written; an empty copyright stands for the library's own.
   MCHost::AppParams fApplication{"PredSelect", Version(), ""};
-  std::string fTempPath = "/tmp";      // of temporary files, without a trailing separator
+  std::string fTempPath = "/tmp";  // of temporary files, without a trailing separator
+  int fThreads = 1;  // that a job may use, the caller's among them; no result depends on it
   std::function<bool()> fIsCancelled;  // true once the user wants to stop; must be cheap
   std::function<void(const std::string&)> fReportProgress;  // how far a long pass has come
 

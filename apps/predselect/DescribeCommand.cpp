@@ -19,7 +19,7 @@ int DescribeData(const Options& options) {
   ProgressLine progress(false);
   LiveOutput document(options.fResult, progress, options.fData.fFile);
   const PredSelect::Outcome outcome =
-      PredSelect::DescribeTable(*table, document, ProgramSurroundings(progress));
+      PredSelect::DescribeTable(*table, document, ProgramSurroundings(options, progress));
   if (outcome == PredSelect::Outcome::kCompleted) WriteDocument(document, options.fResult);
   return ExitCodeOf(outcome);
 }

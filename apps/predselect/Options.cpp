@@ -11,6 +11,7 @@
 #include "apps/predselect/MemorySize.h"
 #include "apps/predselect/Terminal.h"
 #include "host/session/SameFile.h"
+#include "operations/AvailableThreads.h"
 #include "operations/Version.h"
 
 namespace PredSelectApp {
@@ -143,6 +144,15 @@ void AddMemory(CLI::App& command, double& memory) {
       ->type_name("SIZE|auto");
 }
 
+void AddThreads(CLI::App& command, int& threads) {
+  command
+      .add_option("--threads", threads,
+                  "Threads at work at once, which changes no result (default: one for each "
+                  "processor)")
+      ->check(CLI::Range(1, PredSelect::kMostThreads))
+      ->type_name("N");
+}
+
 CLI::Option* AddSaveOptions(CLI::App& command, const std::string& what, SaveOptions& save) {
   CLI::Option* file = command.add_option(
       "--save-data", save.fFile,
@@ -219,6 +229,7 @@ CLI::App* AddScore(CLI::App& app, Options& options) {
                    "Write how the data differ from those that the model was built on, a row a "
                    "predictor: .csv, .tsv, .parquet or .feather")
       ->type_name("FILE");
+  AddThreads(*score, options.fThreads);
   AddResultOptions(*score, options.fResult);
   return score;
 }
@@ -263,6 +274,7 @@ Options ParseOptions(int argc, char** argv) {
                   "Write rankings and subsets as XML documents into this directory")
       ->type_name("DIR");
   AddMemory(*run, options.fMemory);
+  AddThreads(*run, options.fThreads);
   run->add_flag_callback(
       "--no-progress", [&options] { options.fResult.fbProgress = false; }, "No progress line");
   run->footer(std::string("Commands:\n") + kCommandSyntax + kRunNotes);

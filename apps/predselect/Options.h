@@ -55,6 +55,7 @@ struct Options {
   std::string fProbabilities = "PredictedProbability";  // score: root, empty for none
   std::string fDrift;    // score: file of what differs from the training data, empty for none
   double fMemory = 0.0;  // run: kilobytes for cases, 0 for as the commands say
+  int fThreads = 0;      // run and score: 0 for as many as there are processors
   int fExitCode = 0;     // for kNone: help was shown (0) or the usage was wrong
 };
 

@@ -3,15 +3,18 @@
 #include <cstdlib>
 
 #include "apps/predselect/Interrupt.h"
+#include "apps/predselect/Options.h"
 #include "apps/predselect/ProgressLine.h"
+#include "operations/AvailableThreads.h"
 
 namespace PredSelectApp {
 
-PredSelect::Surroundings ProgramSurroundings(ProgressLine& progress) {
+PredSelect::Surroundings ProgramSurroundings(const Options& options, ProgressLine& progress) {
   PredSelect::Surroundings surroundings;
   // A folder that is not there is complained of when something needs it.
   const char* folder = std::getenv("TMPDIR");
   if (folder != nullptr && *folder != '\0') surroundings.fTempPath = folder;
+  surroundings.fThreads = options.fThreads == 0 ? PredSelect::AvailableThreads() : options.fThreads;
   surroundings.fIsCancelled = IsInterrupted;
   surroundings.fReportProgress = [&progress](const std::string& text) { progress.Show(text); };
   return surroundings;

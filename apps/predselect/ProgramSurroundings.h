@@ -5,9 +5,11 @@
 
 namespace PredSelectApp {
 
+struct Options;
 class ProgressLine;
 
-// Temporary files where the environment says, Ctrl-C, and the progress line, which is borrowed.
-PredSelect::Surroundings ProgramSurroundings(ProgressLine& progress);
+// Temporary files where the environment says, threads, Ctrl-C, and the progress line, which is
+// borrowed.
+PredSelect::Surroundings ProgramSurroundings(const Options& options, ProgressLine& progress);
 
 }  // namespace PredSelectApp

@@ -97,7 +97,7 @@ int RunCommands(const Options& options) {
       *table, document,
       {commands, options.fSaveState, options.fResults,
        [&options](const std::string& path) { return UseOf(path, options); }, MemoryOf(options)},
-      ProgramSurroundings(progress));
+      ProgramSurroundings(options, progress));
   progress.Clear();
 
   // Files first, whatever becomes of the reader of the results; and results whatever becomes of

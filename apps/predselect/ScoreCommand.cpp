@@ -29,7 +29,7 @@ int ScoreData(const Options& options) {
   PredSelect::ScoringDrift drift;
   const PredSelect::Outcome outcome =
       PredSelect::ScoreTable(*table, model, document, {options.fPredicted, options.fProbabilities},
-                             ProgramSurroundings(progress), &drift);
+                             ProgramSurroundings(options, progress), &drift);
   if (outcome != PredSelect::Outcome::kCompleted) return ExitCodeOf(outcome);
   saved.Write();
   document.CurrentRun().fFiles.push_back(options.fSave.fFile);

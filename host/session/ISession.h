@@ -58,10 +58,14 @@ class ISession {
   // True when the user asked to stop. Polled often; must be cheap.
   virtual bool IsCancelled() const = 0;
 
-  // Memory for the cases of a command, in kilobytes. Asked by a command that needs it and states none
-  // itself; 0 leaves it at the command's own default. A session that does not care need not
+  // Memory for the cases of a command, in kilobytes. Asked by a command that needs it and states
+  // none itself; 0 leaves it at the command's own default. A session that does not care need not
   // implement this.
   virtual double MemoryForCases() { return 0.0; }
+
+  // How many threads a command may use, the caller's among them. A session that does not care need
+  // not implement this.
+  virtual int Threads() const { return 1; }
 
   // Where the engine's state is saved after a command's data were counted (binary, or XML where the
   // name ends in ".xml"), and how the names of its result documents begin. Empty: nothing is

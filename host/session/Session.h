@@ -32,6 +32,9 @@ class Session : public ISession {
   // Without a trailing separator; "/tmp" unless set.
   void SetTempPath(std::string path) { fTempPath = std::move(path); }
 
+  // How many threads a command may use, this one among them; 1 unless set. No result depends on it.
+  void SetThreads(int threads) { fNThreads = threads; }
+
   // Asked whether the user wants to stop (an atomic flag read by a lambda, say). Must be cheap.
   void SetCancelQuery(std::function<bool()> query) { fCancelQuery = std::move(query); }
 
@@ -54,6 +57,7 @@ class Session : public ISession {
 
   const AppParams& GetAppParams() const override { return fAppParams; }
   std::string TempPath() const override { return fTempPath; }
+  int Threads() const override { return fNThreads; }
   bool IsCancelled() const override { return fCancelQuery && fCancelQuery(); }
   void ReportProgress(const std::string& text) override;
 
@@ -68,6 +72,7 @@ class Session : public ISession {
   std::map<std::string, std::vector<std::string>> fMacros;  // by name in upper case
   AppParams fAppParams;
   std::string fTempPath = "/tmp";
+  int fNThreads = 1;
   std::function<bool()> fCancelQuery;
   std::function<void(const std::string&)> fProgressListener;
 };

@@ -1,5 +1,6 @@
 #include <cstdint>
 
+#include "operations/AvailableThreads.h"
 #include "operations/Version.h"
 #include "operations/c/Arguments.h"
 #include "operations/c/Guard.h"
@@ -65,5 +66,13 @@ predselect_status predselect_session_set_progress(predselect_session* session,
     session->fSurroundings.fReportProgress = [listener, user_data](const std::string& text) {
       listener(user_data, text.c_str());
     };
+  });
+}
+
+predselect_status predselect_session_set_threads(predselect_session* session, size_t threads) {
+  return Guarded(session, [&] {
+    if (threads > PredSelect::kMostThreads) throw Misuse("threads are more than 1024");
+    session->fSurroundings.fThreads =
+        threads == 0 ? PredSelect::AvailableThreads() : static_cast<int>(threads);
   });
 }

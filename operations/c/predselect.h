@@ -18,7 +18,8 @@
 //
 // Threads. Use each object from one thread at a time; a table, the results made from it and their
 // streams count as one object. Different objects may be used by different threads at once, so a
-// thread needs a session of its own. Callbacks come on the thread that made the call.
+// thread needs a session of its own. A job uses the thread that made the call, and others where the
+// session says so; callbacks come on the thread that made the call.
 //
 // What never changes as long as predselect_abi_version() stays the same: the functions here with
 // their signatures, the values of the constants, the fields of the structs with their order, and
@@ -91,6 +92,11 @@ typedef void (*predselect_progress_listener)(void* user_data, const char* text);
 predselect_status predselect_session_set_progress(predselect_session* session,
                                                   predselect_progress_listener listener,
                                                   void* user_data);
+
+// How many threads a job may use, the caller's among them: 1 unless set, 0 for as many as the
+// system lets the process run at once; more than 1024 are PREDSELECT_MISUSE. No result depends on
+// it.
+predselect_status predselect_session_set_threads(predselect_session* session, size_t threads);
 
 // ---- Tables -------------------------------------------------------------------------------------
 

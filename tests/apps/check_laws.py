@@ -221,6 +221,16 @@ def law_streaming_changes_no_bit(run, draw):
     return [] if run(table, text) == run(table, text, "--stream") else ["the streamed run differs"]
 
 
+def law_threads_change_no_bit(run, draw):
+    table = random_table(draw)
+    text = commands(draw, table)
+    # Enough cases for the threads to take part.
+    table = table.rows([draw.randrange(table.size()) for _ in range(9000)])
+    alone = run(table, text, "--threads", "1")
+    return [f"the run of {threads} threads differs" for threads in (2, 3, 7)
+            if run(table, text, "--threads", str(threads)) != alone]
+
+
 def main():
     program, law = str(Path(sys.argv[1]).resolve()), globals()["law_" + sys.argv[2]]
     problems = []

@@ -197,7 +197,7 @@ def every_command():
     for data, texts in COMMANDS:
         for text in texts:
             yield run(data, text, *outputs("csv", "bin"))
-            yield run(data, text, *JSON, "--stream", *outputs("feather", "xml"))
+            yield run(data, text, *JSON, "--stream", "--threads", "2", *outputs("feather", "xml"))
     for text in REFUSED:
         yield run(PENGUINS, text, *outputs("csv", "bin"))
         yield run(PENGUINS, text, *JSON, "--quiet")
@@ -292,7 +292,7 @@ def every_state():
             yield Job([*score, "--save-data", "out.csv"])
             yield Job([*score, "--save-data", "out.feather", *JSON, "--stream", "--predicted",
                        "guess", "--probabilities", "p"])
-    for options in ([], ["--schema", "../in/survey.json"], ["--probabilities", ""],
+    for options in ([], ["--schema", "../in/survey.json"], ["--threads", "0"], ["--probabilities", ""],
                     ["--predicted", "y"], ["--predicted", "q_1", "--probabilities", "q"],
                     ["--level", "x=nominal"], ["--quiet"]):
         yield Job(["score", "--model", made("coded.bin"), *table("survey.csv"), "--save-data",

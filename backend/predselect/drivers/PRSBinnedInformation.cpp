@@ -42,6 +42,7 @@ MCFeature::MCStatus PRSBinnedInformation::AddTo(std::vector<PRSEffect>& effects)
   binned.SetCancelPointer(settings.GetCancelPointer());
   binned.SetProgressListener(settings.GetProgressListener());
   binned.SetNSkippedRecordReports(settings.GetNSkippedRecordReports());
+  binned.SetNThreads(settings.GetNThreads());
   const std::unique_ptr<IFSAlgorithm> counts = FSFactory().CreateFSAlgorithm(&binned);
   const MCFeature::MCStatus status = counts->Accumulate(cases, -1);
   for (std::size_t i = 0; i < lacking.size() && !status.IsError(); ++i) {

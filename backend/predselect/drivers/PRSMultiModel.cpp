@@ -70,6 +70,7 @@ bool PRSMultiModel::CreateEngine() {
   settings->SetProgressListener(fpProgress.get());
   // A selection reports its steps, a plain build its records.
   settings->SetNSkippedReports(fRun.IsSelecting() ? 0 : PRSProgress::kRecords - 1);
+  settings->SetNThreads(MCHost::CurrentSession().Threads());
   NBFactory factory;
   fpNBAlgorithm = factory.CreateNBAlgorithm(*settings, fMetaData.VarList());
   fRun.SetStatus(fpNBAlgorithm == nullptr ? factory.GetStatus() : fpNBAlgorithm->GetStatus());

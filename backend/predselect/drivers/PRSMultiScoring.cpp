@@ -17,6 +17,8 @@
 #include "host/output/pivot/BpComposite.h"
 #include "host/output/pivot/BpString.h"
 #include "host/output/pivot/BpVariable.h"
+#include "host/session/ISession.h"
+#include "host/session/SessionScope.h"
 #include "naivebayes/INBAlgorithm.h"
 
 namespace {
@@ -35,7 +37,8 @@ PRSMultiScoring::PRSMultiScoring(PRSMultiRun& run, INBAlgorithm& algorithm, int 
       fSpecs(run.Specs()),
       fSource(run.Source()),
       fAlgorithm(algorithm),
-      fNSaveDepCats(nSaveDepCats) {
+      fNSaveDepCats(nSaveDepCats),
+      fScored(MCHost::CurrentSession().Threads()) {
   fParserMessages.SetCommandName(PRSGrammar::kNaiveBayes);
   fParserMessages.SetProcedureTitle("NaiveBayes");
 }

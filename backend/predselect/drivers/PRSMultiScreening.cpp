@@ -11,6 +11,8 @@
 #include "feature/IFSAlgorithm.h"
 #include "host/cases/MCStopProcessor.h"
 #include "host/cases/UAVarValidSpecs.h"
+#include "host/session/ISession.h"
+#include "host/session/SessionScope.h"
 
 void PRSMultiScreening::ReadAll(NaiveDataSourceIter& train) {
   // Every column of the record but the weight is a predictor of a pass without a target.
@@ -31,6 +33,7 @@ void PRSMultiScreening::ReadAll(NaiveDataSourceIter& train) {
   settings.SetCancelPointer(fRun.Specs().GetStopProcessorPtr());
   settings.SetProgressListener(&progress);
   settings.SetNSkippedRecordReports(PRSProgress::kRecords - 1);
+  settings.SetNThreads(MCHost::CurrentSession().Threads());
   FSFactory factory;
   const std::unique_ptr<IFSAlgorithm> rules = factory.CreateFSAlgorithm(&settings);
   std::vector<int> indices;

@@ -49,6 +49,7 @@ bool PRSUniFactory::RunFSComponent() {
   if (fStatus.IsError() || fpAlgorithm == nullptr) return false;
   fpProgress = std::make_unique<PRSProgress>();
   settings->SetNSkippedRecordReports(PRSProgress::kRecords - 1);
+  settings->SetNThreads(MCHost::CurrentSession().Threads());
   fpAlgorithm->SetProgressListener(fpProgress.get());
   bool isSaved = true;
   fStatus = fpAlgorithm->Accumulate(*fpIterator, -1);

@@ -256,8 +256,10 @@ TEST(CJobs, ThreadsWithSessionsOfTheirOwnGetTheSameResults) {
   std::vector<std::string> documents(4);
   std::vector<std::thread> threads;
   for (std::string& document : documents) {
-    threads.emplace_back([&document] {
+    threads.emplace_back([&document, atWork = threads.size()] {
       CHost host;
+      EXPECT_EQ(predselect_session_set_threads(host.fSession, 1025), PREDSELECT_MISUSE);
+      EXPECT_EQ(predselect_session_set_threads(host.fSession, atWork), PREDSELECT_OK);
       EXPECT_EQ(host.Run(kCommands), PREDSELECT_OK) << host.Error();
       document = host.Json();
     });
