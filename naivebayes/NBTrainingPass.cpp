@@ -22,13 +22,14 @@ void NBTrainingPass::ReportProgress() const {
   fSettings.GetProgressListener()->Report(report);
 }
 
-std::size_t NBTrainingPass::ReadCases(const NBCodeBlock& codes) {
+std::size_t NBTrainingPass::ReadCases(const NBCodeBlock& codes, bool hasWeight) {
   std::size_t cases = 0;
   for (; cases < codes.Cases() && !fCancel.IsCancel(); ++cases) {
-    fWeight.Add(codes.Weights()[cases]);
+    if (hasWeight) fWeight.Add(codes.Weights()[cases]);
     ++fNRead;
     if (fbShowProgress) ReportProgress();
   }
+  if (!hasWeight) fWeight.Add(static_cast<double>(cases));
   return cases;
 }
 
@@ -51,7 +52,7 @@ MCStatus NBTrainingPass::Run(NBCodeSource& source, bool hasWeight, NBayesOutput&
   while (!fCancel.IsCancel()) {
     const NBCodeBlock* codes = source.NextCodes();
     if (codes == nullptr) break;
-    const std::size_t cases = ReadCases(*codes);
+    const std::size_t cases = ReadCases(*codes, hasWeight);
     output.AddCases(codes->Targets(), codes->Weights(), cases);
     CountInputs(*codes, cases, hasWeight, inputs);
   }

@@ -32,7 +32,7 @@ class NBTrainingPass {
 
  private:
   // Reads the cases of a block one by one, as far as no cancel comes; returns how many.
-  std::size_t ReadCases(const NBCodeBlock& codes);
+  std::size_t ReadCases(const NBCodeBlock& codes, bool hasWeight);
   void ReportProgress() const;
   // Counts so many cases of a block into the inputs' tables.
   void CountInputs(const NBCodeBlock& codes, std::size_t cases, bool hasWeight,
