@@ -81,26 +81,26 @@ struct Told {
   }
 };
 
-enum class Job { kTrain, kSelectInMemory, kSelectSimulated, kSelectByTest };
+enum Job { kTrain, kSelectInMemory, kSelectSimulated, kSelectByTest };
 
 class Threads : public testing::TestWithParam<Job> {
  protected:
   NBAlgorithm MakeAlgorithm(int threads, MCQueryCancel* cancel = nullptr) {
     NaiveBayesSettings settings;
     settings.SetNThreads(threads);
-    settings.SetMaxRecordsInMemory(GetParam() == Job::kSelectSimulated ? 10 : kRecords);
+    settings.SetMaxRecordsInMemory(GetParam() == kSelectSimulated ? 10 : kRecords);
     settings.SetSampleSize4SimData(3000);
     settings.SetCancelPointer(cancel);
     settings.SetProgressListener(&fListener);
-    return {settings, MakeList(GetParam() == Job::kTrain ? INBVariable::kInput
-                                                         : INBVariable::kPossibleInput)};
+    return {settings,
+            MakeList(GetParam() == kTrain ? INBVariable::kInput : INBVariable::kPossibleInput)};
   }
 
   MCNaive::MCStatus Build(NBAlgorithm& algorithm, NBSelectionResult& result) {
     static_cast<void>(fTraining.NewPass());
     static_cast<void>(fTest.NewPass());
-    if (GetParam() == Job::kTrain) return algorithm.BuildModel(fTraining, kRecords);
-    const bool isTested = GetParam() == Job::kSelectByTest;
+    if (GetParam() == kTrain) return algorithm.BuildModel(fTraining, kRecords);
+    const bool isTested = GetParam() == kSelectByTest;
     return algorithm.SelectAttributes({.fData = fTraining,
                                        .fNRecords = kRecords,
                                        .fSize = 8,
@@ -163,7 +163,6 @@ TEST_P(Threads, StopWhereTheCallersThreadIsTold) {
 }
 
 INSTANTIATE_TEST_SUITE_P(OfEveryJob, Threads,
-                         testing::Values(Job::kTrain, Job::kSelectInMemory, Job::kSelectSimulated,
-                                         Job::kSelectByTest));
+                         testing::Values(kTrain, kSelectInMemory, kSelectSimulated, kSelectByTest));
 
 }  // namespace
