@@ -15,6 +15,7 @@ namespace {
 constexpr std::size_t kPadding = 2;        // a blank on either side of a text
 constexpr std::size_t kBorder = 1;         // one line between neighbours
 constexpr std::size_t kHeadingWidth = 18;  // headings up to here are not wrapped
+constexpr std::size_t kLeastLabel = 12;    // row labels are not made narrower for the columns
 constexpr std::size_t kLeastRoom = 20;     // for a column, however wide the row labels are
 constexpr std::size_t kPointsPerGlyph = 8;
 constexpr std::size_t kNoSeparator = static_cast<std::size_t>(-1);
@@ -86,6 +87,7 @@ TextTable::TextTable(const OutputTable& table, std::size_t pageWidth)
     fCorner += ShowText(table.fDimensions[dimension].fName);
   }
   MeasureLabels();
+  NarrowLabels();
 }
 
 std::string TextTable::Draw() const {
@@ -330,6 +332,24 @@ void TextTable::MeasureLabels() {
   const std::size_t room = SpanWidth(fLabelWidths, 0, fRowDepth);
   const std::size_t wanted = std::min(LongestLine(fCorner), cap * levels);
   if (wanted > room) fLabelWidths.back() += wanted - room;
+}
+
+void TextTable::NarrowLabels() {
+  if (fRowDepth != 1) return;
+  std::size_t least = kLeastLabel;
+  for (const Block& block : Blocks(fRows, fRowDepth)) {
+    least = std::max(least, LongestWord(block.fText));
+  }
+  std::size_t widest = 0;
+  for (const AxisEntry& layer : AxisEntries(fTable, OutputDimension::kLayer)) {
+    const std::vector<std::size_t> widths = MeasureColumns(layer);
+    for (const Block& block : Blocks(fColumns, std::min<std::size_t>(fColumnDepth, 1))) {
+      widest = std::max(widest, SpanWidth(widths, block.fFrom, block.fTo));
+    }
+  }
+  const std::size_t used = widest + 2 * kPadding + 3 * kBorder;
+  const std::size_t room = fPageWidth > used ? fPageWidth - used : 0;
+  if (room >= least) fLabelWidths[0] = std::min(fLabelWidths[0], room);
 }
 
 std::size_t TextTable::RoomForColumns() const {
