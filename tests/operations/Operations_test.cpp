@@ -282,6 +282,9 @@ TEST_F(Operations, ARefusedMergeLeavesTheStateAsItWas) {
   const ComponentFile otherRules = CountMore("SELECTPRED paid /SCREENING PCTMISSING=50.");
   EXPECT_EQ(RefusalOf([&] { MergeStates(state, otherRules, "more"); }).first,
             "merge: more cannot be added: other screening rules were asked for.");
+  const ComponentFile otherTails = CountMore("SELECTPRED paid /CRITERIA PVALUES=EXACT.");
+  EXPECT_THAT(RefusalOf([&] { MergeStates(state, otherTails, "more"); }).first,
+              HasSubstr("one was counted with PVALUES=EXACT and the other without."));
   const ComponentFile otherKind = CountMore("SELECTPRED paid BY home age.");
   const auto [plain, dashed] = RefusalOf([&] { MergeStates(state, otherKind, "more"); });
   EXPECT_THAT(dashed, HasSubstr("scale in the other; --level makes them alike."));
