@@ -19,10 +19,24 @@ const double* ColumnOf(const MCCommon::RecordBlock& block, int position) {
              : nullptr;
 }
 
+bool AreAllSet(const std::vector<std::uint8_t>& marks) {
+  return std::find(marks.begin(), marks.end(), 0) == marks.end();
+}
+
 }  // namespace
 
 FSRecordPass::FSRecordPass(FSCounts& counts, const FSSettings& settings, bool withTarget)
-    : fCounts(counts), fSettings(settings), fbWithTarget(withTarget) {}
+    : fCounts(counts),
+      fSettings(settings),
+      fbWithTarget(withTarget),
+      fWorkers(settings.GetNThreads()),
+      fRooms(fWorkers.Count()) {
+  int column = 0;
+  for (std::size_t j = 0; j < fCounts.Size(); ++j, ++column) {
+    while (IsReserved(column)) ++column;
+    fColumns.push_back(static_cast<std::size_t>(column));
+  }
+}
 
 void FSRecordPass::Run(MCCommon::RecordIterator& source, int maxRecords, FSCancelInfo& cancel,
                        const FSStopwatch& watch) {
@@ -54,9 +68,7 @@ void FSRecordPass::Run(MCCommon::RecordIterator& source, int maxRecords, FSCance
 int FSRecordPass::Take(const MCCommon::RecordBlock& block) {
   const int counted = SelectCases(block);
   if (fNChosen == 0) return counted;
-  fHasValid.assign(fNChosen, 0);
-  FSCaseBlock cases = ChosenCases();
-  TakePredictors(block, cases);
+  TakePredictors(block, ChosenCases());
   CountCases();
   return counted;
 }
@@ -116,8 +128,7 @@ FSCaseBlock FSRecordPass::ChosenCases() {
                     .fpTargets = fTargets.data(),
                     .fpTargetCategories = fTargetCategories.data(),
                     .fpWeights = fWeights.data(),
-                    .fbUnitWeights = fbUnitWeights,
-                    .fpHasValid = fHasValid.data()};
+                    .fbUnitWeights = fbUnitWeights};
   if (!fbUnitWeights || !fbWithTarget) return cases;
   if (fSettings.IsCatTarget()) {
     fTargetView.ShowCategories(fTargetCategories, cases);
@@ -127,31 +138,52 @@ FSCaseBlock FSRecordPass::ChosenCases() {
   return cases;
 }
 
-void FSRecordPass::TakePredictors(const MCCommon::RecordBlock& block, FSCaseBlock& cases) {
-  int column = 0;
-  for (std::size_t j = 0; j < fCounts.Size(); ++j, ++column) {
-    while (IsReserved(column)) ++column;
-    if (static_cast<std::size_t>(column) >= block.Columns()) return;
+void FSRecordPass::TakePredictors(const MCCommon::RecordBlock& block, const FSCaseBlock& cases) {
+  MCCommon::Workers& workers = fWorkers.For(cases.fNCases * fColumns.size());
+  for (std::size_t worker = 0; worker < workers.Count(); ++worker) {
+    Room& room = fRooms[worker];
+    room.fCases = cases;
+    room.fHasValid.assign(cases.fNCases, 0);
+    room.fCases.fpHasValid = room.fHasValid.data();
+  }
+  workers.ForEach(fColumns.size(), [&](std::size_t j, std::size_t worker) {
     IFSPredTargetAccum* accumulator = fCounts.At(j);
-    if (accumulator == nullptr) continue;
-    const double* cells = ChosenCells(block, column);
-    if (fbWithTarget == fCounts.IsOfPairs()) {
-      accumulator->AddBlock(cells, cases);
-    } else {
-      TakeMissing(*accumulator, cells);
-    }
-    // Usually the first predictor has set them all, and the others need not store them again.
-    if (cases.fpHasValid != nullptr && HaveAllValid()) cases.fpHasValid = nullptr;
+    if (accumulator == nullptr || fColumns[j] >= block.Columns()) return;
+    TakePredictor(*accumulator, block, fColumns[j], fRooms[worker]);
+  });
+  JoinMarks(workers.Count());
+}
+
+void FSRecordPass::TakePredictor(IFSPredTargetAccum& accumulator,
+                                 const MCCommon::RecordBlock& block, std::size_t column,
+                                 Room& room) {
+  const double* cells = ChosenCells(block, column, room);
+  if (fbWithTarget == fCounts.IsOfPairs()) {
+    accumulator.AddBlock(cells, room.fCases);
+  } else {
+    TakeMissing(accumulator, cells, room);
+  }
+  // Usually the first predictor has set them all, and the others need not store them again.
+  if (room.fCases.fpHasValid != nullptr && AreAllSet(room.fHasValid)) {
+    room.fCases.fpHasValid = nullptr;
   }
 }
 
 // An accumulator of an earlier pass of the other kind, with or without target, takes no values.
-void FSRecordPass::TakeMissing(IFSPredTargetAccum& accumulator, const double* cells) {
+void FSRecordPass::TakeMissing(IFSPredTargetAccum& accumulator, const double* cells, Room& room) {
   for (std::size_t k = 0; k < fNChosen; ++k) {
     const bool valid =
         accumulator.IsCategorical() ? FSIsValidCategory(cells[k]) : FSIsValidNumber(cells[k]);
-    if (valid) fHasValid[k] = 1;
+    if (valid) room.fHasValid[k] = 1;
     if (!valid) accumulator.AddMissing(fWeights[k]);
+  }
+}
+
+void FSRecordPass::JoinMarks(std::size_t workers) {
+  fHasValid.swap(fRooms.front().fHasValid);
+  for (std::size_t worker = 1; worker < workers && !AreAllSet(fHasValid); ++worker) {
+    const std::vector<std::uint8_t>& marks = fRooms[worker].fHasValid;
+    for (std::size_t k = 0; k < fHasValid.size(); ++k) fHasValid[k] |= marks[k];
   }
 }
 
@@ -160,20 +192,17 @@ bool FSRecordPass::IsReserved(int column) const {
          column == fSettings.GetWeightPosition();
 }
 
-const double* FSRecordPass::ChosenCells(const MCCommon::RecordBlock& block, int column) {
-  const double* cells = block.Column(static_cast<std::size_t>(column));
+const double* FSRecordPass::ChosenCells(const MCCommon::RecordBlock& block, std::size_t column,
+                                        Room& room) const {
+  const double* cells = block.Column(column);
   if (fNChosen == block.Cases()) return cells;
-  fCells.resize(fNChosen);
-  for (std::size_t k = 0; k < fNChosen; ++k) fCells[k] = cells[fChosen[k]];
-  return fCells.data();
-}
-
-bool FSRecordPass::HaveAllValid() const {
-  return std::find(fHasValid.begin(), fHasValid.end(), 0) == fHasValid.end();
+  room.fCells.resize(fNChosen);
+  for (std::size_t k = 0; k < fNChosen; ++k) room.fCells[k] = cells[fChosen[k]];
+  return room.fCells.data();
 }
 
 void FSRecordPass::CountCases() {
-  if (fbUnitWeights && fCounts.HasWholeWeights() && HaveAllValid()) {
+  if (fbUnitWeights && fCounts.HasWholeWeights() && AreAllSet(fHasValid)) {
     fCounts.CountUnitCases(fNChosen);
     if (fbWithTarget && fSettings.IsCatTarget()) CountTargets();
     return;

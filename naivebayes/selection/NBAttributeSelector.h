@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "common/RecordIterator.h"
+#include "common/Workers.h"
 #include "naivebayes/MCStatus.h"
 #include "naivebayes/NBCancelInfo.h"
 #include "naivebayes/NBSelectionRequest.h"
@@ -60,9 +61,10 @@ class NBAttributeSelector {
     NBDataPreparator& fPreparator;
   };
 
-  // `totalWeight` is the model's N.
+  // `totalWeight` is the model's N; the workers share out the candidates of a step.
   NBAttributeSelector(std::vector<NBayesInput>& inputs, NBayesOutput& output, NBVarList& varList,
-                      NaiveBayesSettings& settings, NBCancelInfo& cancel, double totalWeight);
+                      NaiveBayesSettings& settings, NBCancelInfo& cancel, double totalWeight,
+                      MCCommon::Workers& workers = MCCommon::Workers::Alone());
 
   // Each builds the sequence, picks a size, gives the chosen candidates the role of inputs in the
   // variable list, and hands back the whole order of entry as variable indices and, where sizes are
@@ -148,6 +150,7 @@ class NBAttributeSelector {
   NaiveBayesSettings& fSettings;
   NBCancelInfo& fCancel;
   double fTotalWeight;
+  MCCommon::Workers& fWorkers;
 
   // Base and, by input, A: with simulated steps those of the model's counts. Terms of the very
   // records that were counted have them in, and nothing is left; terms of others have those of
