@@ -4,8 +4,9 @@
 # Then:
 #   make build   optimised build in build/release, with tests and benchmarks
 #   make bench   what the hot paths cost
-#   make bench-growth  how times grow with categories, cases and columns
+#   make bench-growth  how times grow with categories, cases, columns and lengths of words
 #   make bench-end  what whole runs cost, in time and memory (OLD=path: beside another build of the program)
+#   make bench-peers  the same jobs done by this build and by other libraries, in one run
 #   make compare OLD=path  every output of this build beside those of another build of the program
 #   make asan    the test suite under AddressSanitizer and UBSan
 #   make fuzz    every fuzz target for FUZZ_SECONDS (600 unless given) seconds
@@ -16,7 +17,7 @@
 #   make tidy    clang-tidy over the sources of program and libraries
 #   make format  clang-format over all sources
 #   make clean   removes everything that was built
-.PHONY: demo test program build bench bench-growth bench-end compare check-exact asan fuzz package check-package evaluator tidy format clean
+.PHONY: demo test program build bench bench-growth bench-end bench-peers compare check-exact asan fuzz package check-package evaluator tidy format clean
 
 demo: program
 	@scripts/demo
@@ -43,6 +44,11 @@ bench-growth: build
 
 bench-end: program
 	.venv/bin/python3 bench/end_to_end.py $(OLD) build/release/bin/predselect
+
+bench-peers: build
+	python3 -m venv .venv-peers
+	.venv-peers/bin/python3 -m pip install --quiet -r scripts/requirements-peers.txt
+	.venv-peers/bin/python3 bench/peers.py build/release
 
 compare: program
 	tests/apps/compare_programs.py $(OLD) build/release/bin/predselect

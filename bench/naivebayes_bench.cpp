@@ -82,6 +82,7 @@ void BM_ForwardSelection(benchmark::State& state) {
   Columns data(cases, kInputs, kCategories, classes);
   NaiveBayesSettings settings;
   settings.SetMaxRecordsInMemory(cases);
+  settings.SetNThreads(static_cast<int>(state.range(2)));
   for (auto _ : state) {
     data.NewPass();
     NBAlgorithm algorithm(settings,
@@ -96,10 +97,10 @@ void BM_ForwardSelection(benchmark::State& state) {
   ReportTime(state, "record_candidate_class", 1.0 * cases * kTried * classes);
 }
 BENCHMARK(BM_ForwardSelection)
-    ->Args({5000, 2})
-    ->Args({5000, 3})
-    ->Args({5000, 10})
-    ->Unit(benchmark::kMillisecond);
+    ->ArgNames({"cases", "classes", "threads"})
+    ->ArgsProduct({{5000}, {2, 3, 10}, {1, 2}})
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
 // Many classes, or many candidates: the time of a step on its own must not grow with them.
 void BM_LargeSelection(benchmark::State& state) {
@@ -108,6 +109,7 @@ void BM_LargeSelection(benchmark::State& state) {
   Columns data(cases, inputs, kCategories, classes);
   NaiveBayesSettings settings;
   settings.SetMaxRecordsInMemory(cases);
+  settings.SetNThreads(static_cast<int>(state.range(2)));
   for (auto _ : state) {
     data.NewPass();
     NBAlgorithm algorithm(settings,
@@ -121,34 +123,42 @@ void BM_LargeSelection(benchmark::State& state) {
   ReportTime(state, "record_candidate_class", 1.0 * cases * (3.0 * inputs - 3) * classes);
 }
 BENCHMARK(BM_LargeSelection)
-    ->ArgNames({"inputs", "classes"})
-    ->Args({8, 1000})
-    ->Args({8, 4000})
-    ->Args({8, 16000})
-    ->Args({500, 3})
-    ->Args({2000, 3})
-    ->Unit(benchmark::kMillisecond);
+    ->ArgNames({"inputs", "classes", "threads"})
+    ->Args({8, 1000, 1})
+    ->Args({8, 4000, 1})
+    ->Args({8, 16000, 1})
+    ->Args({500, 3, 1})
+    ->Args({500, 3, 2})
+    ->Args({2000, 3, 1})
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
 void BM_Training(benchmark::State& state) {
   const int cases = static_cast<int>(state.range(0));
   Columns data(cases, kInputs, kCategories, 3);
+  NaiveBayesSettings settings;
+  settings.SetNThreads(static_cast<int>(state.range(1)));
   for (auto _ : state) {
     data.NewPass();
-    NBAlgorithm algorithm(NaiveBayesSettings(),
-                          MakeList(kInputs, kCategories, 3, INBVariable::kInput));
+    NBAlgorithm algorithm(settings, MakeList(kInputs, kCategories, 3, INBVariable::kInput));
     if (algorithm.BuildModel(data, cases).IsError()) state.SkipWithError("training failed");
   }
   ReportTime(state, "cell", 1.0 * cases * kInputs);
 }
-BENCHMARK(BM_Training)->Arg(5000)->Arg(200000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_Training)
+    ->ArgNames({"cases", "threads"})
+    ->ArgsProduct({{5000, 200000}, {1, 2}})
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
 // A whole sample in blocks, and single records.
 void BM_Scoring(benchmark::State& state) {
   const bool blocks = state.range(0) != 0;
   const int cases = 50000, classes = static_cast<int>(state.range(1));
   Columns data(cases, kInputs, kCategories, classes);
-  NBAlgorithm algorithm(NaiveBayesSettings(),
-                        MakeList(kInputs, kCategories, classes, INBVariable::kInput));
+  NaiveBayesSettings settings;
+  settings.SetNThreads(static_cast<int>(state.range(2)));
+  NBAlgorithm algorithm(settings, MakeList(kInputs, kCategories, classes, INBVariable::kInput));
   if (algorithm.BuildModel(data, cases).IsError()) state.SkipWithError("training failed");
   NBOutputStatistics stats(classes);
   NBOutput output(classes);
@@ -169,11 +179,10 @@ void BM_Scoring(benchmark::State& state) {
   ReportTime(state, "cell_class", 1.0 * cases * kInputs * classes);
 }
 BENCHMARK(BM_Scoring)
-    ->ArgNames({"blocks", "classes"})
-    ->Args({1, 2})
-    ->Args({1, 3})
-    ->Args({1, 10})
-    ->Args({0, 3})
-    ->Unit(benchmark::kMillisecond);
+    ->ArgNames({"blocks", "classes", "threads"})
+    ->ArgsProduct({{1}, {2, 3, 10}, {1, 2}})
+    ->Args({0, 3, 1})
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
 }  // namespace

@@ -56,11 +56,13 @@ MCStatus FSPredictorSet::PassTransactions(MCCommon::RecordIterator& source) {
   fCounts.Start(fNPredictors, true);
   const MCStatus status =
       FSTransactionPass(fCounts, fpSettings->IsCatTarget()).Run(source, *fpCancel);
-  return status.IsError() ? status : EndOfPass(false, false);
+  const MCStatus verdict = EndOfPass(false, false);
+  return status.IsError() ? status : verdict;
 }
 
 MCStatus FSPredictorSet::EndOfPass(bool weighted, bool warn) {
   fStatus = kAccumulated;
+  fCounts.EndPass();
   return fCounts.Verdict(weighted, warn);
 }
 

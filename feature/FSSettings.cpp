@@ -152,6 +152,10 @@ void FSSettings::SetNSkippedPredictorReports(int n) {
   if (n >= 0) fNSkippedPredictors = n;
 }
 
+void FSSettings::SetNThreads(int n) {
+  if (n >= 1) fNThreads = n;
+}
+
 void FSSettings::SetCaseIDPosition(int position) {
   if (position >= 0) fCaseIDPosition = position;
 }

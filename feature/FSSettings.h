@@ -72,6 +72,10 @@ class FSSettings {
   void SetNSkippedRecordReports(int n);
   int GetNSkippedPredictorReports() const { return fNSkippedPredictors; }
   void SetNSkippedPredictorReports(int n);
+  // How many threads a pass over records may use, the caller's among them; a number below 1 is
+  // ignored. No result depends on it.
+  int GetNThreads() const { return fNThreads; }
+  void SetNThreads(int n);
 
   // Input of (case identifier, item, value, target) transactions instead of a record a case.
   bool GetFlagTrInput() const { return fbTransactional; }
@@ -120,12 +124,12 @@ class FSSettings {
   bool IsDeleteSmallStddev() const { return fbDeleteStddev; }
   void SetDeleteSmallStddev(bool on) { fbDeleteStddev = on; }
 
-  // Whether a run under the other settings differs from one under these in anything but progress
-  // and cancel: what differs first, and the predictor if it is one's type.
+  // Whether a run under the other settings differs from one under these in anything but progress,
+  // cancel and threads: what differs first, and the predictor if it is one's type.
   bool FindDifference(const FSSettings& other, MCFeature::MergeObstacle& what,
                       int& predictor) const;
 
-  // Saved state: as for IFSPredTargetAccum. Listener and cancel probe are not part of it.
+  // Saved state: as for IFSPredTargetAccum. Listener, cancel probe and threads are not part of it.
   int WriteObject(std::fstream& os) const;
   int ReadObject(std::fstream& is);
   void WriteObjectXML(std::ostream& os, int indent) const;
@@ -157,6 +161,7 @@ class FSSettings {
   MCQueryCancel* fpCancel = nullptr;
   int fNSkippedRecords = 99;
   int fNSkippedPredictors = 99;
+  int fNThreads = 1;
   bool fbTransactional = false;
   int fTargetPosition = 0;
   int fCaseIDPosition = -1;

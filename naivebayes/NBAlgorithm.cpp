@@ -6,7 +6,10 @@
 using MCNaive::MCStatus;
 
 NBAlgorithm::NBAlgorithm(const NaiveBayesSettings& settings, const NBVarList& varList)
-    : fSettings(settings), fVarList(varList), fCancel(settings.GetCancelPointer()) {
+    : fSettings(settings),
+      fVarList(varList),
+      fWorkers(settings.GetNThreads()),
+      fCancel(settings.GetCancelPointer()) {
   fVarList.UpdateNumbersOfCategories();
   fOutput.Setup(fVarList.GetNOutputCats());
   fOutput.SetVariable(fVarList.GetVarAt(fVarList.GetTargetIndex()));

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "common/Workers.h"
 #include "naivebayes/INBAlgorithm.h"
 #include "naivebayes/NBCancelInfo.h"
 #include "naivebayes/model/NBayesInput.h"
@@ -158,6 +159,7 @@ class NBAlgorithm : public INBAlgorithm {
 
   NaiveBayesSettings fSettings;
   NBVarList fVarList;
+  MCCommon::Workers fWorkers;  // of what changes the component
   std::unique_ptr<NBDataPreparator> fpPreparator;
   bool fbBuilt = false;
   MCNaive::MCStatus fStatus;

@@ -146,13 +146,12 @@ MCStatus NBAlgorithm::DoScoreBlock(const RecordBlock& block, NBScoredBlock& scor
   if (static_cast<int>(block.Columns()) < fpPreparator->GetOriginalSize()) {
     return MCNaive::Error(MCNaive::kWrongRecordSize);
   }
-  scored.Start(fOutput, block.Cases());
-  for (int j = 0; j < fNInputs; ++j) {
+  const auto encode = [this, &block](int j, std::size_t first, std::size_t cases,
+                                     std::int32_t* codes) {
     const double* values = block.Column(fpPreparator->GetInputColumn(j));
-    fpPreparator->EncodeInputs(j, values, block.Cases(), scored.CodeColumn());
-    scored.Multiply(fInputs[j]);
-  }
-  scored.Decide(fOutput);
+    fpPreparator->EncodeInputs(j, values + first, cases, codes);
+  };
+  scored.Score(fOutput, fInputs, block.Cases(), encode);
   return {};
 }
 
@@ -176,7 +175,7 @@ MCStatus NBAlgorithm::DoComputeStats(RecordIterator& records, NBOutputStatistics
   if (limit == 0 || !records.HasMore()) return MCNaive::Error(MCNaive::kNoRecordsToProcess);
   stats.Reset(fOutput.GetNCategories());
   const std::size_t most = NBScoredBlock::PreferredCases(fOutput.GetNCategories(), fNInputs);
-  NBScoredBlock scored;
+  NBScoredBlock scored(fSettings.GetNThreads());
   MCStatus status;
   int nAccepted = 0;
   while ((limit < 0 || nAccepted < limit) && !fCancel.IsCancel()) {

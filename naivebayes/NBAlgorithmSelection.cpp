@@ -76,7 +76,8 @@ void NBAlgorithm::RunSelection(const NBSelectionRequest& request, NBSelectionRes
   const bool inMemory = fSettings.GetMaxRecordsInMemory() >= request.fNRecords;
   NBStored stored;
   if (Raise(LoadSelectionData(request, inMemory, stored)).IsError()) return;
-  NBAttributeSelector selector(fInputs, fOutput, fVarList, fSettings, fCancel, fTotalWeight);
+  NBAttributeSelector selector(fInputs, fOutput, fVarList, fSettings, fCancel, fTotalWeight,
+                               fWorkers);
   const MCStatus done =
       Dispatch(request, {*stored.fpStore, stored.fNRecords, inMemory}, selector, result);
   if (Raise(done).IsError() || fCancel.IsCancel()) return;

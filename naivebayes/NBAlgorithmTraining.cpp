@@ -23,7 +23,8 @@ void AddRecords(std::int32_t& records, std::int32_t more) {
 
 void NBAlgorithm::Prepare(bool usePossibleInputs, int nRecords) {
   if (fpPreparator && fpPreparator->UsesPossibleInputs() == usePossibleInputs) return;
-  fpPreparator = std::make_unique<NBDataPreparator>(fVarList, usePossibleInputs, nRecords, fCancel);
+  fpPreparator =
+      std::make_unique<NBDataPreparator>(fVarList, usePossibleInputs, nRecords, fCancel, fWorkers);
   fInputs.clear();
   for (int j = 0; j < fpPreparator->GetInputSize(); ++j) {
     const int index = fpPreparator->GetInputColumn(j);
@@ -53,7 +54,7 @@ void NBAlgorithm::ResetAllCounts(bool totalsToo) {
 }
 
 MCStatus NBAlgorithm::CountData(NBCodeSource& source, bool showProgress) {
-  NBTrainingPass pass(fSettings, fCancel, showProgress);
+  NBTrainingPass pass(fSettings, fCancel, fWorkers, showProgress);
   const MCStatus counted = pass.Run(source, fVarList.GetWeightIndex() >= 0, fOutput, fInputs);
   if (counted.IsError()) return counted;
   AddRecords(fNRecords, pass.GetCount());

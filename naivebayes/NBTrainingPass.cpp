@@ -8,9 +8,10 @@
 using MCNaive::MCStatus;
 
 NBTrainingPass::NBTrainingPass(const NaiveBayesSettings& settings, NBCancelInfo& cancel,
-                               bool showProgress)
+                               MCCommon::Workers& workers, bool showProgress)
     : fSettings(settings),
       fCancel(cancel),
+      fWorkers(workers),
       fbShowProgress(showProgress && settings.GetProgressListener() != nullptr),
       fStart(std::clock()) {}
 
@@ -31,6 +32,20 @@ std::size_t NBTrainingPass::ReadCases(const NBCodeBlock& codes) {
   return cases;
 }
 
+void NBTrainingPass::CountInputs(const NBCodeBlock& codes, std::size_t cases, bool hasWeight,
+                                 std::vector<NBayesInput>& inputs) {
+  const auto count = [&](std::size_t j, std::size_t) {
+    const NBCodes column = codes.Codes(static_cast<int>(j));
+    if (hasWeight) {
+      inputs[j].AddCases(column, codes.Targets(), codes.Weights(), cases);
+    } else {
+      inputs[j].AddUnitCases(column, codes.Targets(), cases);
+    }
+  };
+  const auto nInputs = static_cast<std::size_t>(codes.Inputs());
+  fWorkers.For(cases * nInputs).ForEach(nInputs, count, [this] { return fCancel.IsCancel(); });
+}
+
 MCStatus NBTrainingPass::Run(NBCodeSource& source, bool hasWeight, NBayesOutput& output,
                              std::vector<NBayesInput>& inputs) {
   while (!fCancel.IsCancel()) {
@@ -38,13 +53,7 @@ MCStatus NBTrainingPass::Run(NBCodeSource& source, bool hasWeight, NBayesOutput&
     if (codes == nullptr) break;
     const std::size_t cases = ReadCases(*codes);
     output.AddCases(codes->Targets(), codes->Weights(), cases);
-    for (int j = 0; j < codes->Inputs() && !fCancel.IsCancel(); ++j) {
-      if (hasWeight) {
-        inputs[j].AddCases(codes->Codes(j), codes->Targets(), codes->Weights(), cases);
-      } else {
-        inputs[j].AddUnitCases(codes->Codes(j), codes->Targets(), cases);
-      }
-    }
+    CountInputs(*codes, cases, hasWeight, inputs);
   }
   if (fCancel.IsCancel()) return MCNaive::Error(MCNaive::kCancelled);
   if (source.HasFailed()) return MCNaive::Error(MCNaive::kTemporaryFile);

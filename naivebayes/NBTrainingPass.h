@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "common/Workers.h"
 #include "naivebayes/MCStatus.h"
 #include "naivebayes/NBCancelInfo.h"
 #include "naivebayes/NaiveBayesSettings.h"
@@ -15,8 +16,10 @@
 
 class NBTrainingPass {
  public:
-  // Reports go to the settings' listener. All stay the caller's.
-  NBTrainingPass(const NaiveBayesSettings& settings, NBCancelInfo& cancel, bool showProgress);
+  // Reports go to the settings' listener; the workers share out the inputs of a block. All stay the
+  // caller's.
+  NBTrainingPass(const NaiveBayesSettings& settings, NBCancelInfo& cancel,
+                 MCCommon::Workers& workers, bool showProgress);
 
   // Counts all cases; `hasWeight` says whether their weights may differ from 1.
   // REQUIRES: the source has the codes of these inputs, in order.
@@ -31,9 +34,13 @@ class NBTrainingPass {
   // Reads the cases of a block one by one, as far as no cancel comes; returns how many.
   std::size_t ReadCases(const NBCodeBlock& codes);
   void ReportProgress() const;
+  // Counts so many cases of a block into the inputs' tables.
+  void CountInputs(const NBCodeBlock& codes, std::size_t cases, bool hasWeight,
+                   std::vector<NBayesInput>& inputs);
 
   const NaiveBayesSettings& fSettings;
   NBCancelInfo& fCancel;
+  MCCommon::Workers& fWorkers;
   bool fbShowProgress;
   std::int64_t fStart;  // clock ticks
   int fNRead = 0;

@@ -1,6 +1,6 @@
-// How a Naive Bayes component works: progress, cancel, storage and random numbers. A plain value
-// that the component copies; listener, cancel probe and user generator stay the caller's and must
-// outlive the component.
+// How a Naive Bayes component works: progress, cancel, storage, threads and random numbers. A plain
+// value that the component copies; listener, cancel probe and user generator stay the caller's and
+// must outlive the component.
 #pragma once
 
 #include <iosfwd>
@@ -42,11 +42,18 @@ class NaiveBayesSettings {
   const std::string& GetTempDir() const { return fTempDir; }
   void SetTempDir(const std::string& directory) { fTempDir = directory; }
 
+  // How many threads training and selection may use, the caller's among them; a number below 1
+  // changes nothing. No result depends on it.
+  int GetNThreads() const { return fNThreads; }
+  void SetNThreads(int threads) {
+    if (threads >= 1) fNThreads = threads;
+  }
+
   bool operator==(const NaiveBayesSettings&) const = default;
   void Display(std::ostream& os) const;
 
-  // As INBUserMissing says. Listener, cancel probe, user generator and temporary directory are not
-  // part of saved state; reading leaves them as they are.
+  // As INBUserMissing says. Listener, cancel probe, user generator, temporary directory and threads
+  // are not part of saved state; reading leaves them as they are.
   int WriteObject(std::fstream& os) const;
   int ReadObject(std::fstream& is);
   void WriteObjectXML(std::ostream& os, int indent) const;
@@ -65,4 +72,5 @@ class NaiveBayesSettings {
   RNGChoice fRNG = kMersenneTwister;
   MCCommon::MCRandom* fpUserRNG = nullptr;
   std::string fTempDir;
+  int fNThreads = 1;
 };

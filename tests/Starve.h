@@ -22,4 +22,11 @@ class Plenty {
   long fRoom;
 };
 
+// What the function gives, made with memory enough.
+template <class Make>
+auto InPlenty(Make make) {
+  const Plenty plenty;
+  return make();
+}
+
 }  // namespace MCTest

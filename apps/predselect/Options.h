@@ -17,6 +17,7 @@ struct DataOptions {
   std::vector<std::string> fLevels;      // "variable=nominal|ordinal|scale"
   std::vector<std::string> fNullTokens;  // further texts that mean null in CSV and TSV
   bool fbStream = false;                 // read again on every pass instead of keeping in memory
+  bool fbOnce = false;                   // the cases are gone over once
   bool fbSaved = false;                  // they are written again with what is added to them
 };
 

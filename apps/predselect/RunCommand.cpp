@@ -6,6 +6,7 @@
 #include <iostream>
 #include <iterator>
 #include <memory>
+#include <set>
 #include <string>
 
 #include "apps/predselect/ExitCode.h"
@@ -22,6 +23,7 @@
 #include "host/data/DataTable.h"
 #include "host/session/HostIOError.h"
 #include "operations/FreeMemory.h"
+#include "operations/ReadsOnce.h"
 #include "operations/RunCommands.h"
 
 namespace PredSelectApp {
@@ -68,9 +70,12 @@ int SaveData(const SaveTable& saved, const std::string& path, PredSelect::Outcom
   return code == kCompleted ? kDataError : code;
 }
 
-void ShowNotes(const DataTable& table, const ResultOptions& options) {
+// Shows the notes that have not been shown yet: reading a column may tell something of it.
+void ShowNotes(const DataTable& table, const ResultOptions& options, std::set<std::string>& shown) {
   if (options.fbQuiet) return;
-  for (const std::string& note : table.Notes()) PrintError("Note: " + note);
+  for (const std::string& note : table.Notes()) {
+    if (shown.insert(note).second) PrintError("Note: " + note);
+  }
 }
 
 // Measured when the data are in memory.
@@ -86,9 +91,12 @@ int RunCommands(const Options& options) {
   if (MCHost::SplitCommands(commands).empty()) {
     throw UsageError("there is no command to run; see predselect run --help.");
   }
-  const std::unique_ptr<DataTable> table = OpenTable(options.fData);
+  DataOptions data = options.fData;
+  data.fbOnce = !data.fbSaved && PredSelect::ReadsOnce(commands);
+  const std::unique_ptr<DataTable> table = OpenTable(data);
   const SaveTable saved(*table, options.fSave);
-  ShowNotes(*table, options.fResult);
+  std::set<std::string> notes;
+  ShowNotes(*table, options.fResult, notes);
 
   ProgressLine progress(IsErrorTerminal() && options.fResult.fbProgress &&
                         !options.fResult.fbQuiet);
@@ -99,6 +107,7 @@ int RunCommands(const Options& options) {
        [&options](const std::string& path) { return UseOf(path, options); }, MemoryOf(options)},
       ProgramSurroundings(progress));
   progress.Clear();
+  ShowNotes(*table, options.fResult, notes);
 
   // Files first, whatever becomes of the reader of the results; and results whatever becomes of
   // the file.

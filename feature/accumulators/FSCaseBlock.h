@@ -1,10 +1,14 @@
 // The cases of a block that take part in a data pass, as every predictor sees them: all have a
-// valid target (where there is one) and a weight above zero.
+// valid target (where there is one) and a weight above zero. What the predictors can share of the
+// target is worked out once a block.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <span>
+
+#include "feature/accumulators/FSLanes.h"
 
 // A categorical value is the case value truncated toward zero; values beyond the range of an int
 // become its ends.
@@ -14,19 +18,51 @@ inline int FSCategory(double value) {
   return static_cast<int>(value < kLow ? kLow : (value > kHigh ? kHigh : value));
 }
 
+// Small categories are counted in arrays, others in maps.
+inline constexpr int kFSSmallCategories = 128;
+inline bool FSIsSmall(int category) {
+  return static_cast<unsigned>(category) < static_cast<unsigned>(kFSSmallCategories);
+}
+
+// Fewer for a target beside a categorical predictor, whose table has a cell for each pair.
+inline constexpr int kFSSmallTargets = 64;
+
+// The cases of one small target category: a stretch of FSCaseBlock::fpOrder.
+struct FSTargetRun {
+  int fCategory;
+  std::size_t fBegin;
+  std::size_t fEnd;
+};
+
+// The cases of a block between two ends of the sums that FSOpenPair makes of a continuous target.
+struct FSTargetPiece {
+  std::size_t fBegin;
+  std::size_t fEnd;
+  double fOrigin;
+  FSLanes fSums;  // of the target, with the end of the piece
+  FSLanes fSquares;
+};
+
 struct FSCaseBlock {
   std::size_t fNCases = 0;
   const double* fpTargets = nullptr;        // null in a pass without target
   const int* fpTargetCategories = nullptr;  // null unless the target is categorical
-  // Target categories lie in 0 .. fTargetSide - 1; 0 when some do not, or are not few.
-  int fTargetSide = 0;
   const double* fpWeights = nullptr;
-  // All weights of the pass so far are whole numbers, few enough for any sum of them to be exact.
-  bool fbWholeWeights = false;
-  // W, the weight of all cases of the pass before each case, and the share w / (W + w) of the case
-  // in an overall mean: what a predictor without missing values has no need to divide for.
-  const double* fpWeightsBefore = nullptr;
-  const double* fpShares = nullptr;
+  // All weights of the pass so far are 1. Only then is what follows there.
+  bool fbUnitWeights = false;
+  // A categorical target: its cases in the order of their category, those of small ones; and the
+  // others.
+  const std::uint32_t* fpOrder = nullptr;
+  std::span<const FSTargetRun> fRuns = {};
+  std::span<const std::uint32_t> fOthers = {};
+  // All its categories so far lie in 0 .. fTargetSide - 1; 0 when some do not, or are not few.
+  int fTargetSide = 0;
+  // A continuous target: all values of the block are ordinary for FSScale; the cases of the pass
+  // before the block; and each case's step from the origin of its piece.
+  bool fbOrdinaryTargets = false;
+  std::int64_t fNBefore = 0;
+  std::span<const FSTargetPiece> fPieces = {};
+  const double* fpTargetSteps = nullptr;
   std::uint8_t* fpHasValid = nullptr;  // set to 1 for each case with a valid predictor value;
                                        // null when all are set already
 };

@@ -16,12 +16,9 @@ void FSCatAccum::AddCaseOneVariable(double predictor, double weight, bool update
 }
 
 void FSCatAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
-  FSWalkBlock<FSCategories>(predictor, cases, 0, fState,
-                            [this](FSPredictorState& state, std::size_t, double x, double w) {
-                              const int category = FSCategory(x);
-                              fCounts.IncrementByFreq(category, w);
-                              state.AddValid(category, w);
-                            });
+  FSWalkBlock<FSCategories>(predictor, cases, fState, [this](std::size_t, double x, double w) {
+    fCounts.IncrementByFreq(FSCategory(x), w);
+  });
 }
 
 void FSCatAccum::Merge(const IFSPredTargetAccum& accumulator, const FSRecode& predictor,

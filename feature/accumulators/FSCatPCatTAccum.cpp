@@ -10,20 +10,24 @@
 #include "feature/statistics/FSLeaks.h"
 #include "feature/statistics/FSStatistics.h"
 
-inline void FSCatPCatTAccum::Count(int predictor, int target, double weight) {
+void FSCatPCatTAccum::Count(int predictor, int target, double weight) {
   fPredictorCounts.IncrementByFreq(predictor, weight);
   fTargetCounts.IncrementByFreq(target, weight);
   fJointCounts.IncrementByFreq({predictor, target}, weight);
 }
 
-inline void FSCatPCatTAccum::Add(FSPredictorState& state, int predictor, int target,
-                                 double weight) {
-  Count(predictor, target, weight);
-  state.AddValid(predictor, weight);
+void FSCatPCatTAccum::Add(int predictor, int target, double weight) {
+  if (FSIsSmall(predictor) && target >= 0 && target < kFSSmallTargets) {
+    fTable.Add(predictor, target, weight);
+  } else {
+    Count(predictor, target, weight);
+  }
 }
 
 void FSCatPCatTAccum::AddCase(double predictor, double target, double weight, bool) {
-  if (weight > 0.0) Add(fState, FSCategory(predictor), FSCategory(target), weight);
+  if (!(weight > 0.0)) return;
+  Add(FSCategory(predictor), FSCategory(target), weight);
+  fState.AddValid(FSCategory(predictor), weight);
 }
 
 void FSCatPCatTAccum::AddMissing(double weight) {
@@ -31,36 +35,35 @@ void FSCatPCatTAccum::AddMissing(double weight) {
 }
 
 void FSCatPCatTAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
-  std::size_t first = 0;
-  if (cases.fbWholeWeights && cases.fTargetSide > 0) {
-    const int rows = FSSmallRows(predictor, cases.fNCases);
-    const auto cells = static_cast<std::size_t>(rows * cases.fTargetSide);
-    if (cells <= 2 * cases.fNCases) first = AddBlockAsTable(predictor, cases, rows);
+  if (FSMayShare(cases, fState) && cases.fTargetSide > 0) {
+    const std::size_t missing = AddTable(predictor, cases);
+    FSCountBlock<FSCategories>(predictor, cases, missing, fState);
+  } else {
+    FSWalkBlock<FSCategories>(predictor, cases, fState, [&](std::size_t i, double x, double w) {
+      Add(FSCategory(x), cases.fpTargetCategories[i], w);
+    });
   }
-  FSWalkBlock<FSCategories>(predictor, cases, first, fState,
-                            [&](FSPredictorState& state, std::size_t i, double x, double w) {
-                              Add(state, FSCategory(x), cases.fpTargetCategories[i], w);
-                            });
 }
 
-// Counts the cases up to the first whose predictor category is not small in a table of their own;
-// returns that case. Sums of whole weights are exact, so that it does not matter when they are
-// added.
-std::size_t FSCatPCatTAccum::AddBlockAsTable(const double* predictor, const FSCaseBlock& cases,
-                                             int rows) {
-  const int side = cases.fTargetSide;
-  std::vector<double> table(static_cast<std::size_t>(rows * side));
-  const std::size_t end = FSWalkBlock<FSSmallCategories>(
-      predictor, cases, 0, fState, [&](FSPredictorState& state, std::size_t i, double x, double w) {
-        const int category = static_cast<int>(x);
-        table[static_cast<std::size_t>(category * side + cases.fpTargetCategories[i])] += w;
-        state.AddValid(category, w);
-      });
-  for (int k = 0; k < rows * side; ++k) {
-    const double weight = table[static_cast<std::size_t>(k)];
-    if (weight > 0.0) Count(k / side, k % side, weight);
+// Returns how many are missing. What the table has no room for is counted by itself, and makes
+// room.
+std::size_t FSCatPCatTAccum::AddTable(const double* predictor, const FSCaseBlock& cases) {
+  const std::size_t others =
+      fTable.AddBlock(predictor, cases.fpTargetCategories, cases.fNCases, cases.fTargetSide);
+  if (others == 0) return 0;
+  std::vector<std::size_t> left;
+  for (std::size_t i = 0; i < cases.fNCases; ++i) {
+    if (!fTable.Holds(predictor[i]) && FSIsValidCategory(predictor[i])) left.push_back(i);
   }
-  return end;
+  for (const std::size_t i : left) {
+    Add(FSCategory(predictor[i]), cases.fpTargetCategories[i], 1.0);
+  }
+  return others - left.size();
+}
+
+void FSCatPCatTAccum::EndPass() {
+  fTable.Empty(
+      [this](int predictor, int target, double weight) { Count(predictor, target, weight); });
 }
 
 void FSCatPCatTAccum::Merge(const IFSPredTargetAccum& accumulator, const FSRecode& predictor,

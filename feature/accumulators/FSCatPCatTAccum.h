@@ -1,6 +1,7 @@
 // A categorical predictor and a categorical target: their weighted contingency table.
 #pragma once
 
+#include "feature/accumulators/FSCrossTable.h"
 #include "feature/accumulators/FSMaps.h"
 #include "feature/accumulators/FSPredictorState.h"
 #include "feature/accumulators/IFSPredTargetAccum.h"
@@ -17,7 +18,8 @@ class FSCatPCatTAccum : public IFSPredTargetAccum {
   std::size_t CheckAllReasons(const FSSettings* settings, std::vector<int>& reasons) const override;
   void Merge(const IFSPredTargetAccum& other, const FSRecode& predictor,
              const FSRecode& target) override;
-  void ComputeVariances() override {}
+  void ComputeVariances() override { EndPass(); }
+  void EndPass() override;
   FSScores ComputeScores(const MCFSCommon::CriteriaSet& wanted) const override;
   MCCommon::LeakTraits GetLeakTraits() const override;
   FSEffect ComputeEffect(MCFSCommon::RankCriteria ranking) const override;
@@ -32,13 +34,14 @@ class FSCatPCatTAccum : public IFSPredTargetAccum {
  private:
   template <class Archive, class Self>
   static void Fields(Archive& archive, Self& self);
-  std::size_t AddBlockAsTable(const double* predictor, const FSCaseBlock& cases, int rows);
+  std::size_t AddTable(const double* predictor, const FSCaseBlock& cases);
+  void Add(int predictor, int target, double weight);
   void Count(int predictor, int target, double weight);
-  void Add(FSPredictorState& state, int predictor, int target, double weight);
   FSStatistics::ContingencyTable Counts() const;
 
   FSPredictorState fState{FSPredictorState::kNoCategory};
   FSMapICnt fPredictorCounts;
   FSMapICnt fTargetCounts;  // among the cases valid on this predictor
   FSMapPiCnt fJointCounts;
+  FSCrossTable fTable;  // of cases that are not in the counts yet
 };

@@ -1,7 +1,5 @@
 #include "feature/accumulators/FSCatPContTAccum.h"
 
-#include <cmath>
-
 #include "feature/FSCriterion.h"
 #include "feature/accumulators/FSDisplay.h"
 #include "feature/accumulators/FSScreening.h"
@@ -9,25 +7,10 @@
 #include "feature/statistics/FSEffects.h"
 #include "feature/statistics/FSLeaks.h"
 
-inline void FSCatPContTAccum::Add(FSPredictorState& state, int predictor, double target,
-                                  double share, double weight) {
-  if (const int by = fScale.FitFor(target); by != 0) Coarsen(by);
-  const double value = fScale(target);
-  fPredictorCounts.IncrementByFreq(predictor, weight);
-  fTargetByCategory.Accumulate(predictor, value, weight);
-  fTargetMean += share * (value - fTargetMean);
-  state.AddValid(predictor, weight);
-}
-
-void FSCatPContTAccum::Coarsen(int by) {
-  fTargetMean = std::ldexp(fTargetMean, -by);
-  fTargetByCategory.Coarsen(by);
-}
-
 void FSCatPContTAccum::AddCase(double predictor, double target, double weight, bool) {
   if (!(weight > 0.0)) return;
-  const double share = weight / (fState.GetValidWeight() + weight);
-  Add(fState, FSCategory(predictor), target, share, weight);
+  fSums.Add(FSCategory(predictor), target, weight);
+  fState.AddValid(FSCategory(predictor), weight);
 }
 
 void FSCatPContTAccum::AddMissing(double weight) {
@@ -35,23 +18,50 @@ void FSCatPContTAccum::AddMissing(double weight) {
 }
 
 void FSCatPContTAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
-  FSWalkBlock<FSCategories>(
-      predictor, cases, 0, fState, [&](FSPredictorState& state, std::size_t i, double x, double w) {
-        Add(state, FSCategory(x), cases.fpTargets[i], FSShareOf(state, cases, i), w);
-      });
+  if (FSMayShare(cases, fState) && cases.fbOrdinaryTargets && fSums.IsOrdinary()) {
+    AddShared(predictor, cases);
+  } else {
+    FSWalkBlock<FSCategories>(predictor, cases, fState, [&](std::size_t i, double x, double w) {
+      fSums.Add(FSCategory(x), cases.fpTargets[i], w);
+    });
+  }
+}
+
+void FSCatPContTAccum::AddShared(const double* predictor, const FSCaseBlock& cases) {
+  std::size_t missing = 0;
+  for (std::size_t i = 0; i < cases.fNCases; ++i) {
+    const double value = predictor[i];
+    if (value > -1.0 && value < kFSSmallCategories) [[likely]] {
+      fSums.AddOrdinary(static_cast<int>(value), cases.fpTargets[i]);
+    } else if (FSIsValidCategory(value)) {
+      fSums.Add(FSCategory(value), cases.fpTargets[i], 1.0);
+    } else {
+      ++missing;
+    }
+  }
+  FSCountBlock<FSCategories>(predictor, cases, missing, fState);
+}
+
+void FSCatPContTAccum::EndPass() {
+  fSums.Settle();
+  fTargetMean = fSums.GetMoments().Together().fMean.fValue;
+  fPredictorCounts.Clear();
+  for (const auto& [category, group] : fSums.GetMoments()) {
+    fPredictorCounts.IncrementByFreq(category, group.fWeight);
+  }
+}
+
+void FSCatPContTAccum::ComputeVariances() {
+  EndPass();
+  fSums.ComputeVariances();
 }
 
 void FSCatPContTAccum::Merge(const IFSPredTargetAccum& accumulator, const FSRecode& predictor,
                              const FSRecode&) {
   const auto& other = static_cast<const FSCatPContTAccum&>(accumulator);
-  if (const int by = fScale.FitFor(other.fScale); by != 0) Coarsen(by);
-  const int coarser = fScale.GetExponent() - other.fScale.GetExponent();
-  fTargetMean =
-      FSMeanOfParts(fTargetMean, fState.GetValidWeight(), std::ldexp(other.fTargetMean, -coarser),
-                    other.fState.GetValidWeight());
   fState.Merge(other.fState, FSFirstCategory(other.fState, predictor));
-  fPredictorCounts.Merge(other.fPredictorCounts, predictor);
-  fTargetByCategory.Merge(other.fTargetByCategory, predictor, coarser);
+  fSums.Merge(other.fSums, predictor);
+  EndPass();
 }
 
 std::size_t FSCatPContTAccum::CheckAllReasons(const FSSettings* settings,
@@ -63,23 +73,22 @@ std::size_t FSCatPContTAccum::CheckAllReasons(const FSSettings* settings,
 
 FSScores FSCatPContTAccum::ComputeScores(const MCFSCommon::CriteriaSet& wanted) const {
   return FSScoresBy(&FSCriterion::fCatCont,
-                    FSGroupedValues{fTargetByCategory, fTargetMean, fState.GetValidWeight()},
-                    wanted);
+                    FSGroupedValues{fSums.GetMoments(), fState.GetValidWeight()}, wanted);
 }
 
 MCCommon::LeakTraits FSCatPContTAccum::GetLeakTraits() const {
-  return FSLeaks::OfTargetByCategory(fTargetByCategory, fState.GetCaseWeight());
+  return FSLeaks::OfTargetByCategory(fSums.GetMoments(), fState.GetCaseWeight());
 }
 
 FSEffect FSCatPContTAccum::ComputeEffect(MCFSCommon::RankCriteria) const {
-  FSEffect effect = FSEffects::OfGroups({fTargetByCategory, fTargetMean, fState.GetValidWeight()});
+  FSEffect effect = FSEffects::OfGroups({fSums.GetMoments(), fState.GetValidWeight()});
   effect.fPercentMissing = fState.GetPercentMissing();
   return effect;
 }
 
 void FSCatPContTAccum::Display(std::ostream& out) const {
   FSDisplay::State(out, "FSCatPContTAccum", fState);
-  FSDisplay::Value(out, "Target mean", fScale.Back(fTargetMean));
+  FSDisplay::Value(out, "Target mean", fSums.GetScale().Back(fTargetMean));
   FSDisplay::Entries(out, "Predictor categories", fPredictorCounts);
-  FSDisplay::Entries(out, "Target by predictor category", fTargetByCategory);
+  FSDisplay::Entries(out, "Target by predictor category", fSums.GetMoments());
 }

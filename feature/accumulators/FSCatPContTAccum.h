@@ -1,10 +1,9 @@
 // A categorical predictor and a continuous target: the target's moments by predictor category.
 #pragma once
 
-#include "feature/accumulators/FSMapIStat.h"
+#include "feature/accumulators/FSGroupSums.h"
 #include "feature/accumulators/FSMaps.h"
 #include "feature/accumulators/FSPredictorState.h"
-#include "feature/accumulators/FSScale.h"
 #include "feature/accumulators/IFSPredTargetAccum.h"
 
 class FSCatPContTAccum : public IFSPredTargetAccum {
@@ -19,7 +18,8 @@ class FSCatPContTAccum : public IFSPredTargetAccum {
   std::size_t CheckAllReasons(const FSSettings* settings, std::vector<int>& reasons) const override;
   void Merge(const IFSPredTargetAccum& other, const FSRecode& predictor,
              const FSRecode& target) override;
-  void ComputeVariances() override { fTargetByCategory.ComputeVariances(); }
+  void ComputeVariances() override;
+  void EndPass() override;
   FSScores ComputeScores(const MCFSCommon::CriteriaSet& wanted) const override;
   MCCommon::LeakTraits GetLeakTraits() const override;
   FSEffect ComputeEffect(MCFSCommon::RankCriteria ranking) const override;
@@ -34,14 +34,11 @@ class FSCatPContTAccum : public IFSPredTargetAccum {
  private:
   template <class Archive, class Self>
   static void Fields(Archive& archive, Self& self, bool grown);
-  bool IsGrown() const { return fScale.GetExponent() != 0; }
-  void Coarsen(int by);
-  // `share` is weight / (valid weight before + weight).
-  void Add(FSPredictorState& state, int predictor, double target, double share, double weight);
+  bool IsGrown() const { return fSums.GetScale().GetExponent() != 0; }
+  void AddShared(const double* predictor, const FSCaseBlock& cases);
 
   FSPredictorState fState{FSPredictorState::kNoCategory};
-  FSScale fScale;            // of the target: its moments are in units of it
-  double fTargetMean = 0.0;  // over the cases valid on this predictor
-  FSMapICnt fPredictorCounts;
-  FSMapIStat fTargetByCategory;
+  FSGroupSums fSums;           // of the target, by predictor category
+  double fTargetMean = 0.0;    // over the cases valid on this predictor, in units of the sums
+  FSMapICnt fPredictorCounts;  // the weights of the groups
 };

@@ -3,23 +3,14 @@
 #include <cmath>
 
 #include "feature/accumulators/FSDisplay.h"
-#include "feature/accumulators/FSMoments.h"
 #include "feature/accumulators/FSScreening.h"
 #include "feature/accumulators/FSWalkBlock.h"
 
-inline void FSContAccum::Add(FSPredictorState& state, double predictor, double weight) {
-  if (const int by = fScale.FitFor(predictor); by != 0) Coarsen(by);
-  const double before = state.GetValidWeight();
-  const double step = FSMeanStep(fScale(predictor), fMean, before, weight);
-  fMean += step;
-  fSquaredDeviations += FSDeviationStep(step, step, before, weight);
-  state.AddValid(predictor, weight);
-}
+namespace {
 
-void FSContAccum::Coarsen(int by) {
-  fMean = std::ldexp(fMean, -by);
-  fSquaredDeviations = std::ldexp(fSquaredDeviations, -2 * by);
-}
+constexpr int kAll = 0;  // the one group
+
+}  // namespace
 
 void FSContAccum::AddMissing(double weight) {
   if (weight > 0.0) fState.AddMissing(weight);
@@ -27,47 +18,46 @@ void FSContAccum::AddMissing(double weight) {
 
 void FSContAccum::AddCaseOneVariable(double predictor, double weight, bool update) {
   if (!(weight > 0.0)) return;
-  if (update) {
-    Add(fState, predictor, weight);
-  } else {
-    fState.AddValid(predictor, weight);
-  }
+  if (update) fSums.Add(kAll, predictor, weight);
+  fState.AddValid(predictor, weight);
 }
 
 void FSContAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
-  FSWalkBlock<FSNumbers>(
-      predictor, cases, 0, fState,
-      [this](FSPredictorState& state, std::size_t, double x, double w) { Add(state, x, w); });
+  if (FSMayShare(cases, fState)) {
+    const std::size_t missing =
+        fSums.AddRunWithGaps(kAll, cases.fNCases, [=](std::size_t i) { return predictor[i]; });
+    FSCountBlock<FSNumbers>(predictor, cases, missing, fState);
+  } else {
+    FSWalkBlock<FSNumbers>(predictor, cases, fState,
+                           [this](std::size_t, double x, double w) { fSums.Add(kAll, x, w); });
+  }
 }
 
 void FSContAccum::Merge(const IFSPredTargetAccum& accumulator, const FSRecode&, const FSRecode&) {
-  FSContAccum other = static_cast<const FSContAccum&>(accumulator);
-  Coarsen(fScale.FitFor(other.fScale));
-  other.Coarsen(fScale.GetExponent() - other.fScale.GetExponent());
-  const double weight = fState.GetValidWeight();
-  const double otherWeight = other.fState.GetValidWeight();
-  const double distance = other.fMean - fMean;
-  fMean = FSMeanOfParts(fMean, weight, other.fMean, otherWeight);
-  fSquaredDeviations +=
-      other.fSquaredDeviations + FSDeviationOfParts(distance, distance, weight, otherWeight);
+  const auto& other = static_cast<const FSContAccum&>(accumulator);
+  fSums.Merge(other.fSums, FSRecode());
   fState.Merge(other.fState, other.fState.GetFirst());
 }
 
 std::size_t FSContAccum::CheckAllReasons(const FSSettings* settings,
                                          std::vector<int>& reasons) const {
   reasons.clear();
-  FSScreening::CheckContinuous(*settings, fState, fScale.Back(fMean),
-                               fScale.Back(std::sqrt(fVariance)), reasons);
+  const FSScale& scale = fSums.GetScale();
+  FSScreening::CheckContinuous(*settings, fState, scale.Back(Moments().fMean.fValue),
+                               scale.Back(std::sqrt(fVariance)), reasons);
   return reasons.size();
 }
 
 void FSContAccum::ComputeVariances() {
-  fVariance = FSVariance(fSquaredDeviations, fState.GetValidWeight(), fVariance);
+  EndPass();
+  fVariance = FSVariance(Moments().fSquaredDeviations, fState.GetValidWeight(), fVariance);
 }
 
 void FSContAccum::Display(std::ostream& out) const {
+  const FSGroupStats moments = Moments();
+  const FSScale& scale = fSums.GetScale();
   FSDisplay::State(out, "FSContAccum", fState);
-  FSDisplay::Value(out, "Mean", fScale.Back(fMean));
-  FSDisplay::Value(out, "Squared deviations", fScale.BackSquared(fSquaredDeviations));
-  FSDisplay::Value(out, "Variance", fScale.BackSquared(fVariance));
+  FSDisplay::Value(out, "Mean", scale.Back(moments.fMean.fValue));
+  FSDisplay::Value(out, "Squared deviations", scale.BackSquared(moments.fSquaredDeviations));
+  FSDisplay::Value(out, "Variance", scale.BackSquared(fVariance));
 }

@@ -1,8 +1,8 @@
 // A continuous predictor in a pass without target: its mean and variance.
 #pragma once
 
+#include "feature/accumulators/FSGroupSums.h"
 #include "feature/accumulators/FSPredictorState.h"
-#include "feature/accumulators/FSScale.h"
 #include "feature/accumulators/IFSPredTargetAccum.h"
 
 class FSContAccum : public IFSPredTargetAccum {
@@ -18,6 +18,7 @@ class FSContAccum : public IFSPredTargetAccum {
              const FSRecode& target) override;
   // The variance keeps its old value (0 at first) where the valid weight is not above 1.
   void ComputeVariances() override;
+  void EndPass() override { fSums.Settle(); }
   FSScores ComputeScores(const MCFSCommon::CriteriaSet&) const override { return {}; }
   void ComputeCrit(int, double&, double&, double&, double&, double&) const override {}
   bool GetOutputStats(int, double&, double&, double&, double&) const override { return false; }
@@ -32,13 +33,10 @@ class FSContAccum : public IFSPredTargetAccum {
  private:
   template <class Archive, class Self>
   static void Fields(Archive& archive, Self& self, bool grown);
-  bool IsGrown() const { return fScale.GetExponent() != 0; }
-  void Add(FSPredictorState& state, double predictor, double weight);
-  void Coarsen(int by);
+  bool IsGrown() const;
+  FSGroupStats Moments() const { return fSums.GetMoments().Together(); }
 
   FSPredictorState fState{FSPredictorState::kNoNumber};
-  FSScale fScale;  // of the predictor: its moments are in units of it
-  double fMean = 0.0;
-  double fSquaredDeviations = 0.0;
-  double fVariance = 0.0;
+  FSGroupSums fSums;       // of one group
+  double fVariance = 0.0;  // in units of the sums
 };

@@ -1,9 +1,8 @@
 // A continuous predictor and a categorical target: the predictor's moments by target category.
 #pragma once
 
-#include "feature/accumulators/FSMapIStat.h"
+#include "feature/accumulators/FSGroupSums.h"
 #include "feature/accumulators/FSPredictorState.h"
-#include "feature/accumulators/FSScale.h"
 #include "feature/accumulators/IFSPredTargetAccum.h"
 
 class FSContPCatTAccum : public IFSPredTargetAccum {
@@ -17,7 +16,8 @@ class FSContPCatTAccum : public IFSPredTargetAccum {
   std::size_t CheckAllReasons(const FSSettings* settings, std::vector<int>& reasons) const override;
   void Merge(const IFSPredTargetAccum& other, const FSRecode& predictor,
              const FSRecode& target) override;
-  void ComputeVariances() override { fPredictorByTarget.ComputeVariances(); }
+  void ComputeVariances() override;
+  void EndPass() override;
   FSScores ComputeScores(const MCFSCommon::CriteriaSet& wanted) const override;
   MCCommon::LeakTraits GetLeakTraits() const override;
   FSEffect ComputeEffect(MCFSCommon::RankCriteria ranking) const override;
@@ -32,17 +32,14 @@ class FSContPCatTAccum : public IFSPredTargetAccum {
  private:
   template <class Archive, class Self>
   static void Fields(Archive& archive, Self& self, bool grown);
-  bool IsGrown() const { return fScale.GetExponent() != 0; }
-  void Coarsen(int by);
-  // `share` is weight / (valid weight before + weight).
-  void Add(FSPredictorState& state, double predictor, int target, double share, double weight);
+  bool IsGrown() const { return fSums.GetScale().GetExponent() != 0; }
+  void AddShared(const double* predictor, const FSCaseBlock& cases);
 
   // Over all valid cases: squared deviations within the groups and of the group means from the
   // overall mean, divided by W - 1; 0 where W is not above 1.
   double OverallStddev() const;
 
   FSPredictorState fState{FSPredictorState::kNoNumber};
-  FSScale fScale;  // of the predictor: its moments are in units of it
-  double fMean = 0.0;
-  FSMapIStat fPredictorByTarget;
+  FSGroupSums fSums;   // of the predictor, by target category
+  double fMean = 0.0;  // in units of the sums
 };

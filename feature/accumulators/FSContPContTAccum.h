@@ -2,8 +2,8 @@
 #pragma once
 
 #include "common/MissingValue.h"
+#include "feature/accumulators/FSPairSums.h"
 #include "feature/accumulators/FSPredictorState.h"
-#include "feature/accumulators/FSScale.h"
 #include "feature/accumulators/IFSPredTargetAccum.h"
 
 class FSContPContTAccum : public IFSPredTargetAccum {
@@ -21,6 +21,7 @@ class FSContPContTAccum : public IFSPredTargetAccum {
   // where either variance is not positive. It is 1 or -1, exactly, where rounding may be all that
   // keeps it from being so.
   void ComputeVariances() override;
+  void EndPass() override { fSums.Settle(); }
   FSScores ComputeScores(const MCFSCommon::CriteriaSet& wanted) const override;
   MCCommon::LeakTraits GetLeakTraits() const override;
   FSEffect ComputeEffect(MCFSCommon::RankCriteria ranking) const override;
@@ -35,30 +36,12 @@ class FSContPContTAccum : public IFSPredTargetAccum {
  private:
   template <class Archive, class Self>
   static void Fields(Archive& archive, Self& self, bool grown);
-  bool IsGrown() const { return fScaleX.GetExponent() != 0 || fScaleY.GetExponent() != 0; }
-  // Weighted means, squared deviations and cross deviations of predictor (x) and target (y).
-  struct Moments {
-    double fMeanX = 0.0;
-    double fSxx = 0.0;
-    double fMeanY = 0.0;
-    double fSyy = 0.0;
-    double fSxy = 0.0;
-
-    // `share` is weight / (before + weight), `before` the valid weight before the case.
-    void Add(double x, double y, double share, double before, double weight);
-    void Merge(const Moments& other, double weight, double otherWeight);
-    // Turns the moments into those of x divided by 2^byX and y divided by 2^byY.
-    void Coarsen(int byX, int byY);
-  };
-
-  void Add(FSPredictorState& state, Moments& moments, double x, double y, double share,
-           double weight);
+  bool IsGrown() const;
+  std::size_t AddShared(const double* predictor, const FSCaseBlock& cases);
   double Correlation(double total) const;
 
   FSPredictorState fState{FSPredictorState::kNoNumber};
-  FSScale fScaleX;  // the moments are in units of these
-  FSScale fScaleY;
-  Moments fMoments;
+  FSPairSums fSums;  // the variances are in units of its scales
   double fPredictorVariance = MCMV::gMissingValue;
   double fTargetVariance = MCMV::gMissingValue;
   double fCorrelation = MCMV::gMissingValue;

@@ -45,12 +45,14 @@ class FSMapIPCnt : public FSSortedMap<int, std::pair<int, double>> {
     return found;
   }
 
+  void Add(int key, const std::pair<int, double>& counts) {
+    auto& [n, weight] = ValueAt(Place(key, {0, 0.0}).first);
+    n += counts.first;
+    weight += counts.second;
+  }
+
   void Merge(const FSMapIPCnt& other, const FSRecode& recode) {
-    for (const auto& [key, counts] : other) {
-      auto& [n, weight] = ValueAt(Place(recode(key), {0, 0.0}).first);
-      n += counts.first;
-      weight += counts.second;
-    }
+    for (const auto& [key, counts] : other) Add(recode(key), counts);
   }
 
   int WriteObject(std::fstream& os) const;

@@ -1,10 +1,15 @@
 // What every accumulator knows of its predictor: weights seen and whether its values differ.
 #pragma once
 
+#include <cmath>
+#include <cstddef>
 #include <cstdint>
 
 #include "common/MissingValue.h"
 #include "feature/accumulators/FSRecode.h"
+
+// Whether whole numbers may be added to a weight in any order.
+inline bool FSIsWhole(double weight) { return weight == std::floor(weight) && weight < 0x1p52; }
 
 class FSPredictorState {
  public:
@@ -20,6 +25,23 @@ class FSPredictorState {
     if (fbConstant) Track(value);
     fTotal += weight;
     ++fNValid;
+  }
+
+  // Cases of weight 1; Track() has to be told the valid values besides. REQUIRES: HasWholeWeights.
+  void AddUnitCases(std::size_t valid, std::size_t missing) {
+    fTotal += static_cast<double>(valid + missing);
+    fMissing += static_cast<double>(missing);
+    fNValid += static_cast<std::int64_t>(valid);
+  }
+  bool HasWholeWeights() const { return FSIsWhole(fTotal) && FSIsWhole(fMissing); }
+
+  // Whether the values are constant still, with this valid one.
+  void Track(double value) {
+    if (fFirst == fNone) {
+      fFirst = value;
+    } else {
+      fbConstant = value == fFirst;
+    }
   }
 
   // A missing value with a weight above zero.
@@ -68,14 +90,6 @@ class FSPredictorState {
   static void Fields(Archive& archive, Self& self);
 
  private:
-  void Track(double value) {
-    if (fFirst == fNone) {
-      fFirst = value;
-    } else {
-      fbConstant = value == fFirst;
-    }
-  }
-
   double fTotal = 0.0;
   double fMissing = 0.0;
   std::int64_t fNValid = 0;

@@ -94,4 +94,8 @@ class IFSPredTargetAccum {
   // How strongly predictor and target go together; `ranking` chooses between the tests that serve.
   // Nothing where no target is defined.
   virtual FSEffect ComputeEffect(MCFSCommon::RankCriteria) const { return {}; }
+
+  // Ends a pass: what its sums hold open goes into the moments and counts. Before that, or before
+  // ComputeVariances, which does the same, only cases may be added.
+  virtual void EndPass() {}
 };

@@ -1,6 +1,6 @@
 // Upper tails of chi-square, F, t and the normal distribution, each computed as what it is: never
 // as 1 minus the other side where that would lose it, and on the logarithmic scale, so that a tail
-// far below the smallest double still has its logarithm. FSDistFun is the prescribed family; this
+// far below the smallest double still has its logarithm. FSDistFun is the family behind 1 - c; this
 // one stands beside it for those who want p-values that do not end at the rounding of 1 - c.
 //
 // The functions hold no state and never throw. They return FSDistFun::fMissing for a statistic that

@@ -38,6 +38,12 @@ void FSCounts::Start(int nPredictors, bool withTarget) {
   for (int j = 0; j < nPredictors; ++j) fAccumulators.push_back(NewAccumulator(j));
 }
 
+void FSCounts::EndPass() {
+  for (const auto& accumulator : fAccumulators) {
+    if (accumulator) accumulator->EndPass();
+  }
+}
+
 void FSCounts::Complete() {
   if (fbComplete) return;
   for (const auto& accumulator : fAccumulators) {
@@ -54,6 +60,12 @@ void FSCounts::CountValid(double weight, double target, bool withTarget) {
   if (withTarget && fpSettings->IsCatTarget()) {
     fTargetCategories.IncrementByFreq(FSCategory(target), weight);
   }
+}
+
+void FSCounts::CountUnitCases(std::size_t cases) {
+  fbNoValidData = fbNoValidData && cases == 0;
+  fNValidCases += static_cast<int>(cases);
+  fValidWeight += static_cast<double>(cases);
 }
 
 void FSCounts::CountExcluded(double weight) {

@@ -16,6 +16,7 @@
 #include "feature/MCFSCommon.h"
 #include "feature/MCStatus.h"
 #include "feature/accumulators/FSMaps.h"
+#include "feature/accumulators/FSPredictorState.h"
 #include "feature/accumulators/IFSPredTargetAccum.h"
 
 struct FSCategoryMaps;
@@ -38,12 +39,19 @@ class FSCounts {
   // for all whether they are of pairs with the target.
   void Start(int nPredictors, bool withTarget);
   bool IsOfPairs() const { return fbWithTarget; }
+  void EndPass();
   // Variances of what was gathered; nothing when that was done since the last pass.
   void Complete();
 
   // A case that is excluded has no valid target or no valid predictor.
   void CountValid(double weight, double target, bool withTarget);
   void CountExcluded(double weight);
+  // Valid cases of weight 1, and so many of a target category. REQUIRES: HasWholeWeights.
+  void CountUnitCases(std::size_t cases);
+  void CountTarget(int category, int cases) {
+    fTargetCategories.Add(category, {cases, static_cast<double>(cases)});
+  }
+  bool HasWholeWeights() const { return FSIsWhole(fValidWeight); }
   void SeeValidWeight() { fbNoValidWeight = false; }
   // How many cases a pass may still take: maxRecords (negative: all), and no more than can be
   // counted.

@@ -1,7 +1,6 @@
 #include "feature/pass/FSRecordPass.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "common/MissingValue.h"
 #include "common/Progress.h"
@@ -20,10 +19,24 @@ const double* ColumnOf(const MCCommon::RecordBlock& block, int position) {
              : nullptr;
 }
 
+bool AreAllSet(const std::vector<std::uint8_t>& marks) {
+  return std::find(marks.begin(), marks.end(), 0) == marks.end();
+}
+
 }  // namespace
 
 FSRecordPass::FSRecordPass(FSCounts& counts, const FSSettings& settings, bool withTarget)
-    : fCounts(counts), fSettings(settings), fbWithTarget(withTarget) {}
+    : fCounts(counts),
+      fSettings(settings),
+      fbWithTarget(withTarget),
+      fWorkers(settings.GetNThreads()),
+      fRooms(fWorkers.Count()) {
+  int column = 0;
+  for (std::size_t j = 0; j < fCounts.Size(); ++j, ++column) {
+    while (IsReserved(column)) ++column;
+    fColumns.push_back(static_cast<std::size_t>(column));
+  }
+}
 
 void FSRecordPass::Run(MCCommon::RecordIterator& source, int maxRecords, FSCancelInfo& cancel,
                        const FSStopwatch& watch) {
@@ -54,11 +67,8 @@ void FSRecordPass::Run(MCCommon::RecordIterator& source, int maxRecords, FSCance
 
 int FSRecordPass::Take(const MCCommon::RecordBlock& block) {
   const int counted = SelectCases(block);
-  fHasValid.assign(fChosen.size(), 0);
-  if (!fChosen.empty()) {
-    FSCaseBlock cases = ChosenCases();
-    TakePredictors(block, cases);
-  }
+  if (fNChosen == 0) return counted;
+  TakePredictors(block, ChosenCases());
   CountCases();
   return counted;
 }
@@ -66,11 +76,13 @@ int FSRecordPass::Take(const MCCommon::RecordBlock& block) {
 int FSRecordPass::SelectCases(const MCCommon::RecordBlock& block) {
   const double* weights = ColumnOf(block, fSettings.GetWeightPosition());
   const double* targets = ColumnOf(block, fSettings.GetTargetPosition());
-  ForgetCases();
+  const bool weighted = fSettings.GetWeightPosition() >= 0;
   int counted = 0;
+  fNChosen = 0;
+  MakeRoom(block.Cases());
   for (std::size_t i = 0; i < block.Cases(); ++i) {
     double weight = 1.0;
-    if (fSettings.GetWeightPosition() >= 0 && !ReadWeight(weights, i, weight)) continue;
+    if (weighted && !ReadWeight(weights, i, weight)) continue;
     ++counted;
     const double target = targets != nullptr ? targets[i] : MCMV::gMissingValue;
     if (fbWithTarget && !IsValidTarget(target)) {
@@ -79,16 +91,15 @@ int FSRecordPass::SelectCases(const MCCommon::RecordBlock& block) {
     }
     Choose(i, weight, target);
   }
+  MakeRoom(fNChosen);
   return counted;
 }
 
-void FSRecordPass::ForgetCases() {
-  fChosen.clear();
-  fWeights.clear();
-  fWeightsBefore.clear();
-  fShares.clear();
-  fTargets.clear();
-  fTargetCategories.clear();
+void FSRecordPass::MakeRoom(std::size_t cases) {
+  fChosen.resize(cases);
+  fWeights.resize(cases);
+  fTargets.resize(cases);
+  if (fSettings.IsCatTarget()) fTargetCategories.resize(cases);
 }
 
 bool FSRecordPass::ReadWeight(const double* weights, std::size_t i, double& weight) {
@@ -104,62 +115,75 @@ bool FSRecordPass::IsValidTarget(double target) const {
 }
 
 void FSRecordPass::Choose(std::size_t i, double weight, double target) {
-  fChosen.push_back(static_cast<std::uint32_t>(i));
-  fWeights.push_back(weight);
-  fWeightsBefore.push_back(fTotal);
-  fShares.push_back(weight / (fTotal + weight));
-  fTotal += weight;
-  constexpr double kExactTo = 9007199254740992.0;
-  fbWholeWeights = fbWholeWeights && weight == std::floor(weight) && fTotal <= kExactTo;
-  fTargets.push_back(target);
-  if (fbWithTarget && fSettings.IsCatTarget()) fTargetCategories.push_back(FSCategory(target));
+  fChosen[fNChosen] = static_cast<std::uint32_t>(i);
+  fWeights[fNChosen] = weight;
+  fTargets[fNChosen] = target;
+  if (fbWithTarget && fSettings.IsCatTarget()) fTargetCategories[fNChosen] = FSCategory(target);
+  fbUnitWeights = fbUnitWeights && weight == 1.0;
+  ++fNChosen;
 }
 
 FSCaseBlock FSRecordPass::ChosenCases() {
-  return {.fNCases = fChosen.size(),
-          .fpTargets = fTargets.data(),
-          .fpTargetCategories = fTargetCategories.data(),
-          .fTargetSide = TargetSide(),
-          .fpWeights = fWeights.data(),
-          .fbWholeWeights = fbWholeWeights,
-          .fpWeightsBefore = fWeightsBefore.data(),
-          .fpShares = fShares.data(),
-          .fpHasValid = fHasValid.data()};
+  FSCaseBlock cases{.fNCases = fNChosen,
+                    .fpTargets = fTargets.data(),
+                    .fpTargetCategories = fTargetCategories.data(),
+                    .fpWeights = fWeights.data(),
+                    .fbUnitWeights = fbUnitWeights};
+  if (!fbUnitWeights || !fbWithTarget) return cases;
+  if (fSettings.IsCatTarget()) {
+    fTargetView.ShowCategories(fTargetCategories, cases);
+  } else {
+    fTargetView.ShowValues(fTargets, cases);
+  }
+  return cases;
 }
 
-// One more than the largest target category when all are small, else 0.
-int FSRecordPass::TargetSide() const {
-  constexpr int kMost = 64;
-  if (fTargetCategories.empty()) return 0;
-  const auto [low, high] = std::minmax_element(fTargetCategories.begin(), fTargetCategories.end());
-  return *low >= 0 && *high < kMost ? *high + 1 : 0;
-}
-
-void FSRecordPass::TakePredictors(const MCCommon::RecordBlock& block, FSCaseBlock& cases) {
-  int column = 0;
-  for (std::size_t j = 0; j < fCounts.Size(); ++j, ++column) {
-    while (IsReserved(column)) ++column;
-    if (static_cast<std::size_t>(column) >= block.Columns()) return;
+void FSRecordPass::TakePredictors(const MCCommon::RecordBlock& block, const FSCaseBlock& cases) {
+  MCCommon::Workers& workers = fWorkers.For(cases.fNCases * fColumns.size());
+  for (std::size_t worker = 0; worker < workers.Count(); ++worker) {
+    Room& room = fRooms[worker];
+    room.fCases = cases;
+    room.fHasValid.assign(cases.fNCases, 0);
+    room.fCases.fpHasValid = room.fHasValid.data();
+  }
+  workers.ForEach(fColumns.size(), [&](std::size_t j, std::size_t worker) {
     IFSPredTargetAccum* accumulator = fCounts.At(j);
-    if (accumulator == nullptr) continue;
-    const double* cells = ChosenCells(block, column);
-    if (fbWithTarget == fCounts.IsOfPairs()) {
-      accumulator->AddBlock(cells, cases);
-    } else {
-      TakeMissing(*accumulator, cells);
-    }
-    // Usually the first predictor has set them all, and the others need not store them again.
-    if (cases.fpHasValid != nullptr && HaveAllValid()) cases.fpHasValid = nullptr;
+    if (accumulator == nullptr || fColumns[j] >= block.Columns()) return;
+    TakePredictor(*accumulator, block, fColumns[j], fRooms[worker]);
+  });
+  JoinMarks(workers.Count());
+}
+
+void FSRecordPass::TakePredictor(IFSPredTargetAccum& accumulator,
+                                 const MCCommon::RecordBlock& block, std::size_t column,
+                                 Room& room) {
+  const double* cells = ChosenCells(block, column, room);
+  if (fbWithTarget == fCounts.IsOfPairs()) {
+    accumulator.AddBlock(cells, room.fCases);
+  } else {
+    TakeMissing(accumulator, cells, room);
+  }
+  // Usually the first predictor has set them all, and the others need not store them again.
+  if (room.fCases.fpHasValid != nullptr && AreAllSet(room.fHasValid)) {
+    room.fCases.fpHasValid = nullptr;
   }
 }
 
 // An accumulator of an earlier pass of the other kind, with or without target, takes no values.
-void FSRecordPass::TakeMissing(IFSPredTargetAccum& accumulator, const double* cells) {
-  for (std::size_t k = 0; k < fChosen.size(); ++k) {
+void FSRecordPass::TakeMissing(IFSPredTargetAccum& accumulator, const double* cells, Room& room) {
+  for (std::size_t k = 0; k < fNChosen; ++k) {
     const bool valid =
         accumulator.IsCategorical() ? FSIsValidCategory(cells[k]) : FSIsValidNumber(cells[k]);
-    if (valid) fHasValid[k] = 1;
+    if (valid) room.fHasValid[k] = 1;
     if (!valid) accumulator.AddMissing(fWeights[k]);
+  }
+}
+
+void FSRecordPass::JoinMarks(std::size_t workers) {
+  fHasValid.swap(fRooms.front().fHasValid);
+  for (std::size_t worker = 1; worker < workers && !AreAllSet(fHasValid); ++worker) {
+    const std::vector<std::uint8_t>& marks = fRooms[worker].fHasValid;
+    for (std::size_t k = 0; k < fHasValid.size(); ++k) fHasValid[k] |= marks[k];
   }
 }
 
@@ -168,24 +192,34 @@ bool FSRecordPass::IsReserved(int column) const {
          column == fSettings.GetWeightPosition();
 }
 
-const double* FSRecordPass::ChosenCells(const MCCommon::RecordBlock& block, int column) {
-  const double* cells = block.Column(static_cast<std::size_t>(column));
-  if (fChosen.size() == block.Cases()) return cells;
-  fCells.resize(fChosen.size());
-  for (std::size_t k = 0; k < fChosen.size(); ++k) fCells[k] = cells[fChosen[k]];
-  return fCells.data();
-}
-
-bool FSRecordPass::HaveAllValid() const {
-  return std::find(fHasValid.begin(), fHasValid.end(), 0) == fHasValid.end();
+const double* FSRecordPass::ChosenCells(const MCCommon::RecordBlock& block, std::size_t column,
+                                        Room& room) const {
+  const double* cells = block.Column(column);
+  if (fNChosen == block.Cases()) return cells;
+  room.fCells.resize(fNChosen);
+  for (std::size_t k = 0; k < fNChosen; ++k) room.fCells[k] = cells[fChosen[k]];
+  return room.fCells.data();
 }
 
 void FSRecordPass::CountCases() {
-  for (std::size_t k = 0; k < fChosen.size(); ++k) {
+  if (fbUnitWeights && fCounts.HasWholeWeights() && AreAllSet(fHasValid)) {
+    fCounts.CountUnitCases(fNChosen);
+    if (fbWithTarget && fSettings.IsCatTarget()) CountTargets();
+    return;
+  }
+  for (std::size_t k = 0; k < fNChosen; ++k) {
     if (fHasValid[k] != 0) {
       fCounts.CountValid(fWeights[k], fTargets[k], fbWithTarget);
     } else {
       fCounts.CountExcluded(fWeights[k]);
     }
   }
+}
+
+void FSRecordPass::CountTargets() {
+  for (const FSTargetRun& run : fTargetView.GetRuns()) {
+    fCounts.CountTarget(run.fCategory, static_cast<int>(run.fEnd - run.fBegin));
+  }
+  for (const std::uint32_t i : fTargetView.GetOthers())
+    fCounts.CountTarget(fTargetCategories[i], 1);
 }

@@ -3,7 +3,7 @@
 //
 // Cancel is polled once a block, which is shorter the more predictors there are, so that the answer
 // takes some milliseconds at most. Single records and blocks of the same cases give the same result
-// to the last bit.
+// to the last bit, and so does any number of threads: they share out the predictors of a block.
 #pragma once
 
 #include <cstddef>
@@ -11,8 +11,10 @@
 #include <vector>
 
 #include "common/RecordIterator.h"
+#include "common/Workers.h"
 #include "feature/FSCancelInfo.h"
 #include "feature/accumulators/FSCaseBlock.h"
+#include "feature/pass/FSTargetView.h"
 
 class FSCounts;
 class FSSettings;
@@ -33,30 +35,41 @@ class FSRecordPass {
   // Returns the number of cases with a valid weight.
   int Take(const MCCommon::RecordBlock& block);
   int SelectCases(const MCCommon::RecordBlock& block);
-  void ForgetCases();
+  void MakeRoom(std::size_t cases);
   bool ReadWeight(const double* weights, std::size_t i, double& weight);
   bool IsValidTarget(double target) const;
   void Choose(std::size_t i, double weight, double target);
   FSCaseBlock ChosenCases();
-  int TargetSide() const;
-  void TakePredictors(const MCCommon::RecordBlock& block, FSCaseBlock& cases);
-  void TakeMissing(IFSPredTargetAccum& accumulator, const double* cells);
+  // What a worker needs of its own in a block.
+  struct Room {
+    FSCaseBlock fCases;
+    std::vector<std::uint8_t> fHasValid;  // by case: a predictor that the worker took is valid
+    std::vector<double> fCells;
+  };
+
+  void TakePredictors(const MCCommon::RecordBlock& block, const FSCaseBlock& cases);
+  void TakePredictor(IFSPredTargetAccum& accumulator, const MCCommon::RecordBlock& block,
+                     std::size_t column, Room& room);
+  void TakeMissing(IFSPredTargetAccum& accumulator, const double* cells, Room& room);
+  void JoinMarks(std::size_t workers);
   bool IsReserved(int column) const;
-  const double* ChosenCells(const MCCommon::RecordBlock& block, int column);
-  bool HaveAllValid() const;
+  const double* ChosenCells(const MCCommon::RecordBlock& block, std::size_t column,
+                            Room& room) const;
   void CountCases();
+  void CountTargets();
 
   FSCounts& fCounts;
   const FSSettings& fSettings;
   bool fbWithTarget;
+  std::size_t fNChosen = 0;
   std::vector<std::uint32_t> fChosen;  // positions in the block
-  double fTotal = 0.0;                 // weight of all cases chosen so far
-  bool fbWholeWeights = true;          // all of those, and their sum is exact
   std::vector<double> fWeights;
-  std::vector<double> fWeightsBefore;
-  std::vector<double> fShares;
+  bool fbUnitWeights = true;  // all weights of the pass so far are 1
   std::vector<double> fTargets;
   std::vector<int> fTargetCategories;
-  std::vector<std::uint8_t> fHasValid;
-  std::vector<double> fCells;
+  FSTargetView fTargetView;
+  std::vector<std::uint8_t> fHasValid;  // of the block, when all predictors were taken
+  std::vector<std::size_t> fColumns;    // of the predictors
+  MCCommon::Workers fWorkers;
+  std::vector<Room> fRooms;  // by worker
 };

@@ -82,7 +82,7 @@ FSEffect OfTable(const ContingencyTable& table, MCFSCommon::RankCriteria ranking
 }
 
 FSEffect OfGroups(const FSGroupedValues& values) {
-  const Anova anova = FSStatistics::OneWayAnova(values.fGroups, values.fMean, values.fTotal);
+  const Anova anova = FSStatistics::OneWayAnova(values.fGroups, values.fTotal);
   FSEffect effect;
   effect.fTest = FSEffect::kF;
   effect.fDf1 = anova.fDf1;

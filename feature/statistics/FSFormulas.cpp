@@ -56,8 +56,7 @@ FSScore Lambda(const ContingencyTable& table) {
 }
 
 FSScore Anova(const FSGroupedValues& values) {
-  const FSStatistics::Anova anova =
-      FSStatistics::OneWayAnova(values.fGroups, values.fMean, values.fTotal);
+  const FSStatistics::Anova anova = FSStatistics::OneWayAnova(values.fGroups, values.fTotal);
   FSScore score;
   score.fTie2 = values.fTotal;
   score.fExtra1 = anova.fDf1;

@@ -12,8 +12,7 @@ struct ContingencyTable;
 // The values of one variable by the categories of the other one. The groups are borrowed.
 struct FSGroupedValues {
   const FSMapIStat& fGroups;
-  double fMean;   // of all values
-  double fTotal;  // their weight
+  double fTotal;  // the weight of all values
 };
 
 // The correlation of two variables, missing where there is none, and the weight of their cases.

@@ -41,7 +41,7 @@ LeakTally TallyGroups(const FSMapIStat& groups, double unit) {
 // The weight of each mean of a group. Where the groups are pure, their means are the values.
 std::map<double, double> WeightsByMean(const FSMapIStat& groups) {
   std::map<double, double> weights;
-  for (const auto& [category, group] : groups) weights[group.fMean] += group.fWeight;
+  for (const auto& [category, group] : groups) weights[group.fMean.fValue] += group.fWeight;
   return weights;
 }
 

@@ -98,10 +98,11 @@ double AsymmetricLambda(const ContingencyTable& table) {
   return errors > 0.0 ? NumberOrMissing((guessedByRow - guessed) / errors) : MCMV::gMissingValue;
 }
 
-Anova OneWayAnova(const FSMapIStat& groups, double overallMean, double total) {
+Anova OneWayAnova(const FSMapIStat& groups, double total) {
+  const FSMean overall = groups.Together().fMean;
   Anova result;
   for (const auto& [category, group] : groups) {
-    const double deviation = group.fMean - overallMean;
+    const double deviation = overall.DistanceTo(group.fMean);
     result.fBetween += group.fWeight * deviation * deviation;
     result.fWithin += (group.fWeight - 1.0) * group.fVariance;
   }

@@ -71,7 +71,7 @@ struct Anova {
 
   double F() const { return fBetween / fDf1 / (fWithin / fDf2); }
 };
-Anova OneWayAnova(const FSMapIStat& groups, double overallMean, double total);
+Anova OneWayAnova(const FSMapIStat& groups, double total);
 
 // A correlation r of n cases is taken for perfect where 1 - r^2 is not above this limit, which is
 // what rounding can leave of a perfect one; the squared means in units of the variances say how

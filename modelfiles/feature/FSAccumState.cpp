@@ -28,12 +28,14 @@ bool HasKeysOf(const FSMapPiCnt& pairs, const FSMapICnt& rows, const FSMapICnt& 
 // Whether a value other than 0 is in the groups.
 bool IsAnyOff0(const FSMapIStat& groups) {
   return std::any_of(groups.begin(), groups.end(), [](const auto& entry) {
-    return entry.second.fMean != 0.0 || entry.second.fSquaredDeviations != 0.0;
+    return entry.second.fMean.fValue != 0.0 || entry.second.fSquaredDeviations != 0.0;
   });
 }
 
-// The scale of a variable, of which some valid value was seen or none: its exponent, in the grown
-// form.
+bool IsOff0(const FSMean& mean, double squares) { return mean.fValue != 0.0 || squares != 0.0; }
+
+// The scale of a variable, of which a value other than 0 was seen or not: its exponent, in the
+// grown form.
 template <class Archive, class Value>
 void Scale(Archive& archive, Value& scale, bool grown, bool any) {
   int exponent = scale.GetExponent();
@@ -61,47 +63,89 @@ void FSCatPCatTAccum::Fields(Archive& archive, Self& self) {
 }
 
 template <class Archive, class Self>
+void FSGroupSums::MomentFields(Archive& archive, Self& self) {
+  archive.Object(self.fMoments);
+}
+
+template <class Archive, class Self>
+void FSGroupSums::ScaleField(Archive& archive, Self& self, bool grown) {
+  Scale(archive, self.fScale, grown, IsAnyOff0(self.fMoments));
+}
+
+template <class Archive, class Self>
 void FSCatPContTAccum::Fields(Archive& archive, Self& self, bool grown) {
   FSPredictorState::Fields(archive, self.fState);
   archive.AnyDouble(self.fTargetMean);
   archive.Object(self.fPredictorCounts);
-  archive.Object(self.fTargetByCategory);
+  FSGroupSums::MomentFields(archive, self.fSums);
   if constexpr (Archive::kReading) {
-    archive.Check(HasSameKeys(self.fPredictorCounts, self.fTargetByCategory));
+    archive.Check(HasSameKeys(self.fPredictorCounts, self.fSums.GetMoments()));
   }
-  Scale(archive, self.fScale, grown, IsAnyOff0(self.fTargetByCategory));
+  FSGroupSums::ScaleField(archive, self.fSums, grown);
+}
+
+bool FSContAccum::IsGrown() const {
+  return fSums.GetScale().GetExponent() != 0 || Moments().fMean.fRest != 0.0;
 }
 
 template <class Archive, class Self>
 void FSContAccum::Fields(Archive& archive, Self& self, bool grown) {
   FSPredictorState::Fields(archive, self.fState);
-  archive.AnyDouble(self.fMean);
-  FSState::Squares(archive, self.fSquaredDeviations);
+  FSGroupStats moments = self.Moments();
+  archive.AnyDouble(moments.fMean.fValue);
+  FSState::Squares(archive, moments.fSquaredDeviations);
   FSState::Squares(archive, self.fVariance);
-  Scale(archive, self.fScale, grown, self.fMean != 0.0 || self.fSquaredDeviations != 0.0);
+  if (grown) archive.AnyDouble(moments.fMean.fRest);
+  if constexpr (Archive::kReading) {
+    moments.fWeight = self.fState.GetValidWeight();
+    if (moments.fWeight > 0.0) self.fSums.Restore(0, moments);
+  }
+  FSGroupSums::ScaleField(archive, self.fSums, grown);
 }
 
 template <class Archive, class Self>
 void FSContPCatTAccum::Fields(Archive& archive, Self& self, bool grown) {
   FSPredictorState::Fields(archive, self.fState);
   archive.AnyDouble(self.fMean);
-  archive.Object(self.fPredictorByTarget);
-  Scale(archive, self.fScale, grown, IsAnyOff0(self.fPredictorByTarget));
+  FSGroupSums::MomentFields(archive, self.fSums);
+  FSGroupSums::ScaleField(archive, self.fSums, grown);
+}
+
+template <class Archive, class Self>
+void FSPairSums::MomentFields(Archive& archive, Self& self) {
+  archive.AnyDouble(self.fMoments.fMeanX.fValue);
+  FSState::Squares(archive, self.fMoments.fSxx);
+  archive.AnyDouble(self.fMoments.fMeanY.fValue);
+  FSState::Squares(archive, self.fMoments.fSyy);
+  archive.AnyDouble(self.fMoments.fSxy);
+}
+
+template <class Archive, class Self>
+void FSPairSums::GrownFields(Archive& archive, Self& self, bool grown) {
+  auto& moments = self.fMoments;
+  if (grown) {
+    archive.AnyDouble(moments.fMeanX.fRest);
+    archive.AnyDouble(moments.fMeanY.fRest);
+  }
+  Scale(archive, self.fScaleX, grown, IsOff0(moments.fMeanX, moments.fSxx));
+  Scale(archive, self.fScaleY, grown, IsOff0(moments.fMeanY, moments.fSyy));
+}
+
+bool FSContPContTAccum::IsGrown() const {
+  const FSPairStats& moments = fSums.GetMoments();
+  return fSums.GetScaleX().GetExponent() != 0 || fSums.GetScaleY().GetExponent() != 0 ||
+         moments.fMeanX.fRest != 0.0 || moments.fMeanY.fRest != 0.0;
 }
 
 template <class Archive, class Self>
 void FSContPContTAccum::Fields(Archive& archive, Self& self, bool grown) {
   FSPredictorState::Fields(archive, self.fState);
-  archive.AnyDouble(self.fMoments.fMeanX);
-  FSState::Squares(archive, self.fMoments.fSxx);
-  archive.AnyDouble(self.fMoments.fMeanY);
-  FSState::Squares(archive, self.fMoments.fSyy);
-  archive.AnyDouble(self.fMoments.fSxy);
+  FSPairSums::MomentFields(archive, self.fSums);
   archive.AnyDouble(self.fPredictorVariance);
   archive.AnyDouble(self.fTargetVariance);
   archive.AnyDouble(self.fCorrelation);
-  Scale(archive, self.fScaleX, grown, self.fMoments.fMeanX != 0.0 || self.fMoments.fSxx != 0.0);
-  Scale(archive, self.fScaleY, grown, self.fMoments.fMeanY != 0.0 || self.fMoments.fSyy != 0.0);
+  FSPairSums::GrownFields(archive, self.fSums, grown);
+  if constexpr (Archive::kReading) self.fSums.SetWeight(self.fState.GetValidWeight());
 }
 
 // Do not change a tag: saved components are found by it.

@@ -1,5 +1,7 @@
 // Saved state of the maps.
 
+#include <algorithm>
+
 #include "feature/accumulators/FSMapIStat.h"
 #include "feature/accumulators/FSMaps.h"
 #include "modelfiles/feature/FSStateFields.h"
@@ -33,14 +35,20 @@ void FSMapPiCnt::Fields(Archive& archive, Self& self) {
   });
 }
 
+bool FSMapIStat::IsGrown() const {
+  return std::any_of(begin(), end(),
+                     [](const auto& entry) { return entry.second.fMean.fRest != 0.0; });
+}
+
 template <class Archive, class Self>
-void FSMapIStat::Fields(Archive& archive, Self& self) {
-  FSState::MapEntries(archive, self.Entries(), 36, [&](auto& entry) {
+void FSMapIStat::Fields(Archive& archive, Self& self, bool grown) {
+  FSState::MapEntries(archive, self.Entries(), grown ? 44 : 36, [&](auto& entry) {
     archive.Int(entry.first);
     FSState::PositiveWeight(archive, entry.second.fWeight);
-    archive.AnyDouble(entry.second.fMean);
+    archive.AnyDouble(entry.second.fMean.fValue);
     FSState::Squares(archive, entry.second.fSquaredDeviations);
     FSState::Squares(archive, entry.second.fVariance);
+    if (grown) archive.AnyDouble(entry.second.fMean.fRest);
   });
 }
 
@@ -48,4 +56,4 @@ void FSMapIStat::Fields(Archive& archive, Self& self) {
 MC_STATE_OPERATIONS(FSMapICnt, "FSMII", "FSMapICnt")
 MC_STATE_OPERATIONS(FSMapIPCnt, "FSMII", "FSMapIPCnt")
 MC_STATE_OPERATIONS(FSMapPiCnt, "FSMPI", "FSMapPiCnt")
-MC_STATE_OPERATIONS(FSMapIStat, "FSMIS", "FSMapIStat")
+MC_STATE_OPERATIONS_OF_TWO_FORMS(FSMapIStat, "FSMIS", "FSMapIStat", "FSMS2", "FSMapIStat 2")

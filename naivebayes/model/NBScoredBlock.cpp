@@ -1,13 +1,25 @@
 #include "naivebayes/model/NBScoredBlock.h"
 
 #include <algorithm>
-#include <span>
 
 #include "common/RecordBlock.h"
 #include "naivebayes/MCStatus.h"
 #include "naivebayes/encoders/INBEncoder.h"
 #include "naivebayes/model/NBScoring.h"
+#include "naivebayes/model/NBayesInput.h"
 #include "naivebayes/model/NBayesOutput.h"
+
+namespace {
+
+// Cases of which the products stay in the innermost cache, and several of which make a block. The
+// same ones whoever scores them.
+std::size_t PartSize(std::size_t targetCategories, std::size_t inputs) {
+  constexpr std::size_t kFactors = 32768;
+  const std::size_t perCase = std::max<std::size_t>(targetCategories, 1) * (inputs + 1);
+  return std::clamp<std::size_t>(kFactors / perCase, 32, 512);
+}
+
+}  // namespace
 
 std::size_t NBScoredBlock::PreferredCases(int targetCategories, int inputs) {
   constexpr double kFactors = 1 << 21;
@@ -17,37 +29,57 @@ std::size_t NBScoredBlock::PreferredCases(int targetCategories, int inputs) {
   return std::clamp<std::size_t>(cases, 1, inCache);
 }
 
-void NBScoredBlock::Start(const NBayesOutput& output, std::size_t cases) {
+void NBScoredBlock::Score(const NBayesOutput& output, const std::vector<NBayesInput>& inputs,
+                          std::size_t cases, const Encode& encode) {
   fNTargets = output.GetPriors().size();
-  fProducts.Reset(output.GetPriors(), cases);
-  fvCodes.resize(cases);
-  fvCommonBits.assign(cases, INBEncoder::kMissingCode);
-  fvOutOfRange.assign(cases, 0);
-}
-
-void NBScoredBlock::Multiply(const NBayesInputBase& input) {
-  std::int32_t lowest = 0;
-  for (std::size_t i = 0; i < fvCodes.size(); ++i) {
-    fvCommonBits[i] &= fvCodes[i];
-    lowest = std::min(lowest, fvCodes[i]);
-  }
-  if (lowest < INBEncoder::kMissingCode) {
-    for (std::size_t i = 0; i < fvCodes.size(); ++i) {
-      fvOutOfRange[i] |= fvCodes[i] < INBEncoder::kMissingCode;
-    }
-  }
-  fProducts.Multiply(input, fvCodes.data());
-}
-
-void NBScoredBlock::Decide(const NBayesOutput& output) {
-  fProducts.Align();
-  const std::size_t cases = fvCodes.size();
   fvWinners.resize(cases);
   fvProbabilities.resize(cases * fNTargets);
-  for (std::size_t i = 0; i < cases; ++i) {
-    const std::span probabilities(&fvProbabilities[i * fNTargets], fNTargets);
-    NBScoring::Normalize(fProducts, i, probabilities);
-    fvWinners[i] = fvOutOfRange[i] != 0 ? -1 : NBScoring::SelectWinner(probabilities, output);
+  fvCommonBits.assign(cases, INBEncoder::kMissingCode);
+  fvOutOfRange.assign(cases, 0);
+  fvRooms.resize(fWorkers.Count());
+  const std::size_t size = PartSize(fNTargets, inputs.size());
+  const auto score = [&](std::size_t index, std::size_t worker) {
+    const Part part{index * size, std::min(size, cases - index * size)};
+    Room& room = fvRooms[worker];
+    room.fProducts.Reset(output.GetPriors(), part.fNCases);
+    Multiply(inputs, part, encode, room);
+    Decide(output, part, room.fProducts);
+  };
+  fWorkers.For(cases * fNTargets * inputs.size()).ForEach((cases + size - 1) / size, score);
+}
+
+void NBScoredBlock::Multiply(const std::vector<NBayesInput>& inputs, const Part& part,
+                             const Encode& encode, Room& room) {
+  room.fvCodes.resize(part.fNCases);
+  for (std::size_t j = 0; j < inputs.size(); ++j) {
+    encode(static_cast<int>(j), part.fFirst, part.fNCases, room.fvCodes.data());
+    NoteMissing(room.fvCodes, part.fFirst);
+    room.fProducts.Multiply(inputs[j], room.fvCodes.data());
+  }
+  room.fProducts.Align();
+}
+
+void NBScoredBlock::NoteMissing(std::span<const std::int32_t> codes, std::size_t first) {
+  std::int32_t lowest = 0;
+  std::int32_t* commonBits = &fvCommonBits[first];
+  for (std::size_t i = 0; i < codes.size(); ++i) {
+    commonBits[i] &= codes[i];
+    lowest = std::min(lowest, codes[i]);
+  }
+  if (lowest >= INBEncoder::kMissingCode) return;
+  for (std::size_t i = 0; i < codes.size(); ++i) {
+    fvOutOfRange[first + i] |= codes[i] < INBEncoder::kMissingCode;
+  }
+}
+
+void NBScoredBlock::Decide(const NBayesOutput& output, const Part& part,
+                           const NBScaledProducts& products) {
+  for (std::size_t i = 0; i < part.fNCases; ++i) {
+    const std::size_t place = part.fFirst + i;
+    const std::span probabilities(&fvProbabilities[place * fNTargets], fNTargets);
+    NBScoring::Normalize(products, i, probabilities);
+    fvWinners[place] =
+        fvOutOfRange[place] != 0 ? -1 : NBScoring::SelectWinner(probabilities, output);
   }
 }
 

@@ -2,20 +2,26 @@
 // what scoring the record alone would warn of.
 //
 // To be kept from block to block: the room that scoring works in stays, so that no case costs an
-// allocation. A plain value; the component fills it (INBAlgorithm::ScoreBlock).
+// allocation, and so do its threads. The component fills it (INBAlgorithm::ScoreBlock).
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
+#include <span>
 #include <vector>
 
+#include "common/Workers.h"
 #include "naivebayes/model/NBScaledProducts.h"
 
-class NBayesInputBase;
+class NBayesInput;
 class NBayesOutput;
 
 class NBScoredBlock {
  public:
+  // The cases of a block are shared out over so many threads, the caller's among them.
+  explicit NBScoredBlock(int threads = 1) : fWorkers(threads) {}
+
   // Cases of a block that is scored in so short a time that whoever polls for a cancel between
   // blocks need not wait.
   static std::size_t PreferredCases(int targetCategories, int inputs);
@@ -33,19 +39,35 @@ class NBScoredBlock {
   // normalised priors; 70010 an input out of range, it was not scored.
   std::int64_t GetWarning(std::size_t i) const;
 
-  // For the component: begins a block, takes the codes of one input after another (as
-  // NBDataPreparator encodes them) into CodeColumn, and decides.
-  void Start(const NBayesOutput& output, std::size_t cases);
-  std::int32_t* CodeColumn() { return fvCodes.data(); }
-  void Multiply(const NBayesInputBase& input);
-  void Decide(const NBayesOutput& output);
+  // For the component: the codes of an input for a run of cases, as NBDataPreparator encodes them.
+  // Asked from several threads at once.
+  using Encode =
+      std::function<void(int input, std::size_t first, std::size_t cases, std::int32_t* codes)>;
+  // Scores so many cases.
+  void Score(const NBayesOutput& output, const std::vector<NBayesInput>& inputs, std::size_t cases,
+             const Encode& encode);
 
  private:
+  // What a worker needs of its own.
+  struct Room {
+    NBScaledProducts fProducts;
+    std::vector<std::int32_t> fvCodes;
+  };
+  struct Part {
+    std::size_t fFirst;
+    std::size_t fNCases;
+  };
+
+  void Multiply(const std::vector<NBayesInput>& inputs, const Part& part, const Encode& encode,
+                Room& room);
+  void NoteMissing(std::span<const std::int32_t> codes, std::size_t first);
+  void Decide(const NBayesOutput& output, const Part& part, const NBScaledProducts& products);
+
   std::size_t fNTargets = 0;
   std::vector<std::int32_t> fvWinners;
   std::vector<double> fvProbabilities;
-  NBScaledProducts fProducts;
-  std::vector<std::int32_t> fvCodes;
   std::vector<std::int32_t> fvCommonBits;  // of a case's codes; all set while all are missing
   std::vector<char> fvOutOfRange;
+  MCCommon::Workers fWorkers;
+  std::vector<Room> fvRooms;  // by worker
 };

@@ -34,8 +34,8 @@ class NBayesInputBase {
                 std::size_t cases);
   // The same for weights that are all 1, and counts that are whole numbers.
   void AddUnitCases(NBCodes codes, const std::int32_t* targets, std::size_t cases);
-  // Makes room for more categories, keeping counts and probabilities. Until these are computed anew,
-  // a new category has the factors of a missing value.
+  // Makes room for more categories, keeping counts and probabilities. Until these are computed
+  // anew, a new category has the factors of a missing value.
   void Grow(int categories, int targetCategories);
   // REQUIRES: the cell is within the tables.
   void AddCount(int category, int target, double weight);

@@ -25,12 +25,14 @@ using MCNaive::MCStatus;
 
 NBAttributeSelector::NBAttributeSelector(std::vector<NBayesInput>& inputs, NBayesOutput& output,
                                          NBVarList& varList, NaiveBayesSettings& settings,
-                                         NBCancelInfo& cancel, double totalWeight)
+                                         NBCancelInfo& cancel, double totalWeight,
+                                         MCCommon::Workers& workers)
     : fModel{output, inputs},
       fVarList(varList),
       fSettings(settings),
       fCancel(cancel),
-      fTotalWeight(totalWeight) {}
+      fTotalWeight(totalWeight),
+      fWorkers(workers) {}
 
 double NBAttributeSelector::ComputeAJTerm(int input, double n) const {
   return NBFormulas::ComputeAJTerm(fModel.fInputs[input], n);
@@ -93,10 +95,10 @@ int NBAttributeSelector::BuildSubsetSequence(int maxSize, const Training& traini
   if (fbSimulated) {
     MCNaiveBayes::MCRandom random = MakeRandom();
     const int records = std::max(fSettings.GetSampleSize4SimData(), 1);
-    NBSimulatedSteps steps(fModel, records, random, fCancel);
+    NBSimulatedSteps steps(fModel, records, random, fCancel, fWorkers);
     return TakeSteps(maxSize, training.fNRecords, steps);
   }
-  NBDataSteps steps(fModel, fTotalWeight, training.fCodes, fCancel);
+  NBDataSteps steps(fModel, fTotalWeight, training.fCodes, fCancel, fWorkers);
   return TakeSteps(maxSize, training.fNRecords, steps);
 }
 
@@ -337,7 +339,8 @@ MCStatus NBAttributeSelector::SelectMaxBIC(int maxSize, MultiPassRecordIter& dat
                                            Results& results, int nReport) {
   NBRecordStore codes = MakeStore(data);
   NBSelectionResult result;
-  const MCStatus status = SelectMaxBIC(maxSize, {codes, nRecords, fromData, false}, nReport, result);
+  const MCStatus status =
+      SelectMaxBIC(maxSize, {codes, nRecords, fromData, false}, nReport, result);
   selected = std::move(result.fvSelected);
   results = std::move(result.fvResults);
   return status;

@@ -8,9 +8,9 @@
 // in memory serve the steps themselves; otherwise each step simulates records from the model and
 // takes B with w = 1 and their number in place of N. Missing values add no factor.
 //
-// Over the records that were counted, Base, A and B together are the average of log P(own category),
-// and so minus that of log(1 + odds against it): summed like this, case by case, a log-likelihood
-// keeps its digits where the parts would cancel, and is never above zero.
+// Over the records that were counted, Base, A and B together are the average of log P(own
+// category), and so minus that of log(1 + odds against it): summed like this, case by case, a
+// log-likelihood keeps its digits where the parts would cancel, and is never above zero.
 //
 // A selector lives for one selection. Input positions count the model's inputs (forced predictors
 // have role input, candidates role possible input) from 0. Everything handed over stays the
@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "common/RecordIterator.h"
+#include "common/Workers.h"
 #include "naivebayes/MCStatus.h"
 #include "naivebayes/NBCancelInfo.h"
 #include "naivebayes/NBSelectionRequest.h"
@@ -60,9 +61,10 @@ class NBAttributeSelector {
     NBDataPreparator& fPreparator;
   };
 
-  // `totalWeight` is the model's N.
+  // `totalWeight` is the model's N; the workers share out the candidates of a step.
   NBAttributeSelector(std::vector<NBayesInput>& inputs, NBayesOutput& output, NBVarList& varList,
-                      NaiveBayesSettings& settings, NBCancelInfo& cancel, double totalWeight);
+                      NaiveBayesSettings& settings, NBCancelInfo& cancel, double totalWeight,
+                      MCCommon::Workers& workers = MCCommon::Workers::Alone());
 
   // Each builds the sequence, picks a size, gives the chosen candidates the role of inputs in the
   // variable list, and hands back the whole order of entry as variable indices and, where sizes are
@@ -122,8 +124,8 @@ class NBAttributeSelector {
   MCNaiveBayes::MCRandom MakeRandom() const;
   void Report(int maxSize, int nCandidates, int nRecords, double seconds);
 
-  // Adds to the sums, for the sizes from `first` on, the w * log(1 + odds) of all cases, and these to
-  // the weight. False after a cancel or a read error.
+  // Adds to the sums, for the sizes from `first` on, the w * log(1 + odds) of all cases, and these
+  // to the weight. False after a cancel or a read error.
   bool SumTerms(NBCodeSource& source, int first, std::vector<NBOddsSum>& sums, NBSum& weight) const;
   // Log-likelihoods on the training data where the steps gave none, or only simulated ones.
   bool CompleteLogLikelihoods(NBCodeStore& records, int lastSize);
@@ -148,6 +150,7 @@ class NBAttributeSelector {
   NaiveBayesSettings& fSettings;
   NBCancelInfo& fCancel;
   double fTotalWeight;
+  MCCommon::Workers& fWorkers;
 
   // Base and, by input, A: with simulated steps those of the model's counts. Terms of the very
   // records that were counted have them in, and nothing is left; terms of others have those of

@@ -9,11 +9,12 @@ constexpr std::size_t kMostKeptBytes = std::size_t{1} << 28;
 }  // namespace
 
 NBDataSteps::NBDataSteps(const NBModelView& model, double totalWeight, NBCodeStore& records,
-                         NBCancelInfo& cancel)
+                         NBCancelInfo& cancel, MCCommon::Workers& workers)
     : fModel(model),
       fTotalWeight(totalWeight),
       fRecords(records),
       fCancel(cancel),
+      fWorkers(workers),
       fChunks(model.fOutput.GetNCategories()) {}
 
 NBOdds& NBDataSteps::MakeOdds(std::size_t chunk, const NBCodeBlock& codes) {
@@ -31,6 +32,18 @@ NBOdds& NBDataSteps::MakeOdds(std::size_t chunk, const NBCodeBlock& codes) {
   return odds;
 }
 
+void NBDataSteps::AddTerms(const NBOdds& odds, const NBCodeBlock& codes,
+                           const std::vector<int>& candidates, std::vector<NBOddsSum>& sums) const {
+  const auto add = [&](std::size_t c, std::size_t) {
+    const int j = candidates[c];
+    odds.AddTerms(fModel.fInputs[j], codes.Codes(j), codes.Targets(), codes.Weights(), sums[c]);
+  };
+  const std::size_t products = codes.Cases() * fModel.fOutput.GetPriors().size();
+  fWorkers.For(products * candidates.size()).ForEach(candidates.size(), add, [this] {
+    return fCancel.IsCancel();
+  });
+}
+
 bool NBDataSteps::ComputeBJ(const std::vector<int>& candidates, std::vector<double>& out,
                             double& common) {
   std::vector<NBOddsSum> sums(candidates.size());
@@ -39,10 +52,7 @@ bool NBDataSteps::ComputeBJ(const std::vector<int>& candidates, std::vector<doub
   const auto addChunk = [&](const NBCodeBlock& codes) {
     const NBOdds& odds = MakeOdds(chunk++, codes);
     if (odds.Cases() != codes.Cases()) return false;  // cut off by a failure
-    for (std::size_t c = 0; c < candidates.size() && !fCancel.IsCancel(); ++c) {
-      const int j = candidates[c];
-      odds.AddTerms(fModel.fInputs[j], codes.Codes(j), codes.Targets(), codes.Weights(), sums[c]);
-    }
+    AddTerms(odds, codes, candidates, sums);
     return true;
   };
   while (!fCancel.IsCancel()) {

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <vector>
 
+#include "common/Workers.h"
 #include "naivebayes/NBCancelInfo.h"
 #include "naivebayes/model/NBModelView.h"
 #include "naivebayes/selection/NBChunks.h"
@@ -18,13 +19,16 @@ class NBDataSteps : public NBSteps {
  public:
   // `totalWeight` is N. All stay the caller's.
   NBDataSteps(const NBModelView& model, double totalWeight, NBCodeStore& records,
-              NBCancelInfo& cancel);
+              NBCancelInfo& cancel, MCCommon::Workers& workers);
 
   void Enter(int input) override { fvCurrent.push_back(input); }
   [[nodiscard]] bool ComputeBJ(const std::vector<int>& candidates, std::vector<double>& out,
                                double& common) override;
 
  private:
+  // Adds the terms of a chunk to the sums of the candidates, which the workers share out.
+  void AddTerms(const NBOdds& odds, const NBCodeBlock& codes, const std::vector<int>& candidates,
+                std::vector<NBOddsSum>& sums) const;
   // The products of a chunk of the pass, with all that has entered.
   NBOdds& MakeOdds(std::size_t chunk, const NBCodeBlock& codes);
 
@@ -32,6 +36,7 @@ class NBDataSteps : public NBSteps {
   double fTotalWeight;
   NBCodeStore& fRecords;
   NBCancelInfo& fCancel;
+  MCCommon::Workers& fWorkers;
   NBChunks fChunks;
   std::vector<int> fvCurrent;  // in order of entry
   std::size_t fNKept = 0;      // of them are in the kept products

@@ -1,7 +1,7 @@
 // For each of a run of cases, the products of Pi(k) and the factors P(x_j|k) of the inputs
-// multiplied in so far: those of its own category of the target apart from those of the others. Their
-// quotient, the odds against the own category, keeps all its digits even where one of them is
-// nothing beside the other.
+// multiplied in so far: that of its own category of the target apart from those of the others.
+// Their quotient, the odds against the own category, keeps all its digits even where one of them
+// is nothing beside the other.
 //
 // Targets and codes are those of the same cases in every call; they stay the caller's.
 #pragma once

@@ -21,8 +21,9 @@ int Walk(double u, int categories, Probability probability) {
 }  // namespace
 
 NBSimulatedSteps::NBSimulatedSteps(const NBModelView& model, int records,
-                                   MCNaiveBayes::MCRandom& random, NBCancelInfo& cancel)
-    : fModel(model), fNRecords(records), fRandom(random), fCancel(cancel) {}
+                                   MCNaiveBayes::MCRandom& random, NBCancelInfo& cancel,
+                                   MCCommon::Workers& workers)
+    : fModel(model), fNRecords(records), fRandom(random), fCancel(cancel), fWorkers(workers) {}
 
 void NBSimulatedSteps::Enter(int input) {
   fvCurrent.insert(std::upper_bound(fvCurrent.begin(), fvCurrent.end(), input), input);
@@ -54,12 +55,15 @@ void NBSimulatedSteps::AddTerms(const NBCodeBlock& codes, const std::vector<int>
     joint[i] = products.SumOf(i);
     common.Add(joint[i], products.Exponent(i), 1.0);
   }
-  for (std::size_t c = 0; c < candidates.size() && !fCancel.IsCancel(); ++c) {
-    NBTerms::ForEach(products, fModel.fInputs[candidates[c]], codes.Codes(candidates[c]),
-                     [&sum = sums[c], &joint](std::size_t i, double x, int /*exponent*/) {
-                       sum.Add(x / joint[i], 0, 1.0);
-                     });
-  }
+  const auto add = [&](std::size_t c, std::size_t) {
+    NBLogSum sum = sums[c];  // which no other thread has beside its own
+    NBTerms::ForEach(
+        products, fModel.fInputs[candidates[c]], codes.Codes(candidates[c]),
+        [&](std::size_t i, double x, int /*exponent*/) { sum.Add(x / joint[i], 0, 1.0); });
+    sums[c] = sum;
+  };
+  fWorkers.For(joint.size() * products.Categories() * candidates.size())
+      .ForEach(candidates.size(), add, [this] { return fCancel.IsCancel(); });
 }
 
 bool NBSimulatedSteps::ComputeBJ(const std::vector<int>& candidates, std::vector<double>& out,

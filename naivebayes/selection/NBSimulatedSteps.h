@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <vector>
 
+#include "common/Workers.h"
 #include "naivebayes/NBCancelInfo.h"
 #include "naivebayes/model/NBModelView.h"
 #include "naivebayes/model/NBNumerics.h"
@@ -17,7 +18,7 @@ class NBSimulatedSteps : public NBSteps {
  public:
   // `records` is R. All stay the caller's.
   NBSimulatedSteps(const NBModelView& model, int records, MCNaiveBayes::MCRandom& random,
-                   NBCancelInfo& cancel);
+                   NBCancelInfo& cancel, MCCommon::Workers& workers);
 
   void Enter(int input) override;
   [[nodiscard]] bool ComputeBJ(const std::vector<int>& candidates, std::vector<double>& out,
@@ -28,7 +29,7 @@ class NBSimulatedSteps : public NBSteps {
                    NBCodeBuffer& records);
 
  private:
-  // Adds the terms of a run of drawn records.
+  // Adds the terms of a run of drawn records; the workers share out the candidates.
   void AddTerms(const NBCodeBlock& codes, const std::vector<int>& candidates,
                 std::vector<NBLogSum>& sums, NBLogSum& common) const;
 
@@ -36,6 +37,7 @@ class NBSimulatedSteps : public NBSteps {
   int fNRecords;
   MCNaiveBayes::MCRandom& fRandom;
   NBCancelInfo& fCancel;
+  MCCommon::Workers& fWorkers;
   std::vector<int> fvCurrent;  // ascending, which is the order that products are multiplied up in
   NBCodeBuffer fDrawn;
 };

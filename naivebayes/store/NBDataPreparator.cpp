@@ -40,8 +40,8 @@ void EncodeCategories(const double* values, std::size_t cases, int categories,
 }  // namespace
 
 NBDataPreparator::NBDataPreparator(NBVarList& varList, bool usePossibleInputs, int /*nRecords*/,
-                                   NBCancelInfo& cancel)
-    : fVarList(varList), fCancel(cancel), fbPossibleInputs(usePossibleInputs) {
+                                   NBCancelInfo& cancel, MCCommon::Workers& workers)
+    : fVarList(varList), fCancel(cancel), fWorkers(workers), fbPossibleInputs(usePossibleInputs) {
   UpdateInputInfo(usePossibleInputs);
 }
 
@@ -188,7 +188,7 @@ void NBDataPreparator::StoreInMemory(NBInternalAdapter& adapter, NBStored& store
   for (const Input& input : fvInputs) categories.push_back(input.fNCats);
   auto store = std::make_unique<NBMemoryStore>(categories, fWeight >= 0);
   while (const NBCodeBlock* codes = adapter.NextCodes()) {
-    store->Add(*codes);
+    store->Add(*codes, fWorkers);
     stored.fNRecords += static_cast<int>(codes->Cases());
   }
   stored.fpStore = std::move(store);

@@ -17,6 +17,7 @@
 
 #include "common/Record.h"
 #include "common/RecordIterator.h"
+#include "common/Workers.h"
 #include "naivebayes/MCStatus.h"
 #include "naivebayes/NBCancelInfo.h"
 #include "naivebayes/store/NBCodeStore.h"
@@ -54,8 +55,10 @@ class NBDataPreparator {
   static constexpr std::int32_t kOutOfRange = -2;
 
   // Candidates count as inputs when usePossibleInputs. `nRecords` is for the interface's sake: each
-  // pass has a limit of its own.
-  NBDataPreparator(NBVarList& varList, bool usePossibleInputs, int nRecords, NBCancelInfo& cancel);
+  // pass has a limit of its own. The workers share out the inputs of a block; they stay the
+  // caller's.
+  NBDataPreparator(NBVarList& varList, bool usePossibleInputs, int nRecords, NBCancelInfo& cancel,
+                   MCCommon::Workers& workers = MCCommon::Workers::Alone());
 
   // Encodes an original record. 70018 and 70017 (errors of this record alone) leave it out for its
   // weight or its target; 70010 as an error is a target code out of range. Warnings: 70010 an input
@@ -105,6 +108,7 @@ class NBDataPreparator {
   // Column of the first input in a processed record.
   int GetFirstInput() const { return fWeight < 0 ? 1 : 2; }
   NBCancelInfo& GetCancelInfo() const { return fCancel; }
+  MCCommon::Workers& GetWorkers() const { return fWorkers; }
 
   // 70010 for a code that is too high.
   MCNaive::MCStatus MakeRangeStatus(bool warning, std::int64_t record, double value,
@@ -132,6 +136,7 @@ class NBDataPreparator {
 
   NBVarList& fVarList;
   NBCancelInfo& fCancel;
+  MCCommon::Workers& fWorkers;
   bool fbPossibleInputs;
   int fNOriginal = 0;
   int fTarget = -1;

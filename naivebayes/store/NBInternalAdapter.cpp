@@ -56,18 +56,33 @@ void Compact(std::vector<T>& values, const std::vector<std::size_t>& positions) 
 
 void NBInternalAdapter::EncodeAccepted(const RecordBlock& block) {
   const std::size_t cases = block.Cases();
+  const auto inputs = static_cast<std::size_t>(fPreparator.GetInputSize());
+  const auto columnOf = [&](std::size_t j) {
+    return block.Column(fPreparator.GetInputColumn(static_cast<int>(j)));
+  };
   Compact(fBuffer.fvTargets, fvAccepted);
   Compact(fBuffer.fvWeights, fvAccepted);
+  fvOutOfRange.assign(inputs, 0);
+  const auto encode = [&](std::size_t j, std::size_t) {
+    fvOutOfRange[j] = EncodeInput(static_cast<int>(j), columnOf(j), cases);
+  };
   NBCancelInfo& cancel = fPreparator.GetCancelInfo();
-  for (int j = 0; j < fPreparator.GetInputSize() && !cancel.IsCancel(); ++j) {
-    std::vector<std::int32_t>& column = fBuffer.fvCodes[j];
-    const double* values = block.Column(fPreparator.GetInputColumn(j));
-    fPreparator.EncodeInputs(j, values, cases, column.data());
-    Compact(column, fvAccepted);
-    std::int32_t lowest = 0;
-    for (std::int32_t code : column) lowest = std::min(lowest, code);
-    if (lowest == NBDataPreparator::kOutOfRange) ReplaceOutOfRange(j, values, cases, column);
+  fPreparator.GetWorkers().For(cases * inputs).ForEach(inputs, encode, [&cancel] {
+    return cancel.IsCancel();
+  });
+  for (std::size_t j = 0; j < inputs; ++j) {
+    if (fvOutOfRange[j] == 0) continue;
+    ReplaceOutOfRange(static_cast<int>(j), columnOf(j), cases, fBuffer.fvCodes[j]);
   }
+}
+
+bool NBInternalAdapter::EncodeInput(int input, const double* values, std::size_t cases) {
+  std::vector<std::int32_t>& column = fBuffer.fvCodes[input];
+  fPreparator.EncodeInputs(input, values, cases, column.data());
+  Compact(column, fvAccepted);
+  std::int32_t lowest = 0;
+  for (const std::int32_t code : column) lowest = std::min(lowest, code);
+  return lowest == NBDataPreparator::kOutOfRange;
 }
 
 void NBInternalAdapter::ReplaceOutOfRange(int input, const double* values, std::size_t cases,

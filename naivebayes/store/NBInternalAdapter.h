@@ -46,6 +46,8 @@ class NBInternalAdapter : public MCCommon::RecordIterator, public NBCodeSource {
   // Which cases of a source block are accepted; targets and weights of all its cases.
   void Accept(const MCCommon::RecordBlock& block);
   void EncodeAccepted(const MCCommon::RecordBlock& block);
+  // The codes of an input for the accepted cases; whether some are out of range.
+  bool EncodeInput(int input, const double* values, std::size_t cases);
   // Makes codes out of range missing, and warns of the first.
   void ReplaceOutOfRange(int input, const double* values, std::size_t cases,
                          std::vector<std::int32_t>& codes);
@@ -58,6 +60,7 @@ class NBInternalAdapter : public MCCommon::RecordIterator, public NBCodeSource {
   MCNaive::MCStatus fStatus;
 
   std::vector<std::size_t> fvAccepted;  // positions in the source block
+  std::vector<char> fvOutOfRange;       // by input: some of its codes are
   NBCodeBuffer fBuffer;
   const NBCodeBlock* fpCodes = nullptr;  // which NextRecord gives out ...
   std::size_t fNext = 0;                 // ... from here on

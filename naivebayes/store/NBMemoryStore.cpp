@@ -21,11 +21,11 @@ NBMemoryStore::Column NBMemoryStore::MakeColumn(int categories) {
   return std::vector<std::int32_t>();
 }
 
-void NBMemoryStore::Add(const NBCodeBlock& codes) {
+void NBMemoryStore::Add(const NBCodeBlock& codes, MCCommon::Workers& workers) {
   const std::size_t cases = codes.Cases();
   fvTargets.insert(fvTargets.end(), codes.Targets(), codes.Targets() + cases);
   if (fbHasWeight) fvWeights.insert(fvWeights.end(), codes.Weights(), codes.Weights() + cases);
-  for (std::size_t j = 0; j < fvColumns.size(); ++j) {
+  workers.For(cases * fvColumns.size()).ForEach(fvColumns.size(), [&](std::size_t j, std::size_t) {
     const auto append = [cases](auto& column, const auto* values) {
       using Code = typename std::decay_t<decltype(column)>::value_type;
       const std::size_t start = column.size();
@@ -34,7 +34,7 @@ void NBMemoryStore::Add(const NBCodeBlock& codes) {
                      [](auto code) { return static_cast<Code>(code); });
     };
     std::visit(append, fvColumns[j], codes.Codes(static_cast<int>(j)));
-  }
+  });
 }
 
 const NBCodeBlock* NBMemoryStore::NextCodes() {

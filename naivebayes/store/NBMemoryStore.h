@@ -6,6 +6,7 @@
 #include <variant>
 #include <vector>
 
+#include "common/Workers.h"
 #include "naivebayes/store/NBCodeStore.h"
 
 class NBMemoryStore : public NBCodeStore {
@@ -13,9 +14,9 @@ class NBMemoryStore : public NBCodeStore {
   // For inputs of so many categories each. Weights are kept only when there are any.
   NBMemoryStore(const std::vector<int>& categories, bool hasWeight);
 
-  // Takes a block's cases in behind those before.
+  // Takes a block's cases in behind those before; the workers share out its inputs.
   // REQUIRES: codes within the categories; all blocks are added before the first pass.
-  void Add(const NBCodeBlock& codes);
+  void Add(const NBCodeBlock& codes, MCCommon::Workers& workers = MCCommon::Workers::Alone());
 
   const NBCodeBlock* NextCodes() override;
   bool HasFailed() const override { return false; }

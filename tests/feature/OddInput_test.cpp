@@ -47,7 +47,7 @@ TEST(OddInput, AStatisticThatOverflowsIsMissingAndRanksLast) {
     settings.SetWeightToFreq(kAsIs);
     const Component run(settings);
     EXPECT_TRUE(
-        run.Accumulate({{0, 0, 1, 1}, {1e307, 1e307, 1e307, 1e307}, {9, -9, 7, 1}, {0, 1, 0, 1}})
+        run.Accumulate({{0, 0, 1, 1}, {1e307, 1e307, 1e307, 1e307}, {9, -9, 7, 1}, {0, 0, 1, 1}})
             .IsOK());
     EXPECT_TRUE(run->SortAndRank(0).IsOK());
     const RankCriteria criterion = catTarget ? kFStat : kTStat;

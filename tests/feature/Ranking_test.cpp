@@ -105,7 +105,7 @@ TEST(Ranking, ChiSquareAgreesWithTheShortcutFormula) {
 TEST(Ranking, AnovaKeepsItsDigitsForLargeValuesOfSmallSpread) {
   // Groups with means 0.1, 0.2, 0.3 above the base and equal spread: F is known exactly.
   for (const auto& [base, digits] :
-       std::map<double, double>{{0.0, 1e-12}, {1e6, 1e-9}, {1e12, 2e-3}}) {
+       std::map<double, double>{{0.0, 1e-13}, {1e6, 1e-13}, {1e12, 1e-13}}) {
     Table table(2);
     double between = 0.0, within = 0.0;
     const double unit = 0.0625;  // exact in binary, also beside 1e12 (whose last place is 2^-13)

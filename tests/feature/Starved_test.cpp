@@ -54,10 +54,7 @@ class Starved : public testing::TestWithParam<bool> {
     Component component;
     MCStatus status;
     const auto call = [&] {
-      {
-        const MCTest::Plenty plenty;
-        component = make();
-      }
+      component = MCTest::InPlenty(make);
       status = stage(*component);
     };
     MCTest::Starve(call, [&](bool refused) {

@@ -368,8 +368,8 @@ TEST_F(DamagedState, ValuesThatDoNotFitAreRefusedByName) {
       {"FSCatPCatTAccum", 2, "1e9", "FSCatPCatTAccum"},  // more missing than all
       {"FSMapPiCnt", 1, "-50", "FSCatPCatTAccum"},       // a pair of a row that there is not
       {"FSMapIPCnt", 1, "77", "FSMapIPCnt"},             // keys that descend
-      {"FSMapIStat", 2, "0", "FSMapIStat"},              // a group without weight
-      {"FSMapIStat", 4, "-1", "FSMapIStat"},             // squares below zero
+      {"FSMapIStat 2", 2, "0", "FSMapIStat"},            // a group without weight
+      {"FSMapIStat 2", 4, "-1", "FSMapIStat"},           // squares below zero
       {"FSPredSort", 3, "0", "FSPredictorSet"},          // a predictor twice
       {"FSPredSort", 3, "5", "FSPredictorSet"},          // a predictor that there is not
   };

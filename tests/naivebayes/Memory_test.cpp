@@ -1,44 +1,15 @@
 // Memory that runs out at any place of an operation: a status, never an exception.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <fstream>
 #include <functional>
-#include <new>
 #include <sstream>
 
 #include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/NBFactory.h"
 #include "naivebayes/model/NBScoredBlock.h"
+#include "tests/Starve.h"
 #include "tests/naivebayes/TestRecords.h"
-
-namespace {
-
-thread_local long gAllocationsLeft = -1;  // before they fail; negative: none does
-thread_local bool gbRefused = false;      // one has failed
-
-}  // namespace
-
-// Out of line: GCC doubts pairs of malloc and delete that it has pulled apart by inlining.
-[[gnu::noinline]] void* operator new(std::size_t size) {
-  if (gAllocationsLeft == 0) {
-    gbRefused = true;
-    throw std::bad_alloc();
-  }
-  if (gAllocationsLeft > 0) --gAllocationsLeft;
-  void* memory = std::malloc(size);
-  if (memory == nullptr) throw std::bad_alloc();
-  return memory;
-}
-[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-  try {
-    return operator new(size);
-  } catch (const std::bad_alloc&) {
-    return nullptr;
-  }
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace {
 
@@ -63,20 +34,19 @@ Component MakeComponent(bool selects, bool inMemory) {
 // refused. Where one was, the status says so, and sticks if the operation changes the component.
 void Starve(const char* name, const std::function<Component()>& make, const Operation& operation,
             bool changes) {
-  gbRefused = true;
-  for (long room = 0; gbRefused; room += 1 + room / 40) {
-    const Component component = make();
-    gbRefused = false;
-    gAllocationsLeft = room;
-    MCNaive::MCStatus status;
-    EXPECT_NO_THROW(status = operation(*component)) << name << ' ' << room;
-    gAllocationsLeft = -1;
-    ASSERT_EQ(status.IsError(), gbRefused) << name << ' ' << room;
-    if (!gbRefused) break;
-    EXPECT_EQ(status, MCNaive::Error(MCNaive::kNoMemory)) << name << ' ' << room;
-    EXPECT_EQ(component->GetStatus().IsError(), changes) << name << ' ' << room;
+  Component component;
+  MCNaive::MCStatus status;
+  const auto call = [&] {
+    component = MCTest::InPlenty(make);
+    EXPECT_NO_THROW(status = operation(*component)) << name;
+  };
+  MCTest::Starve(call, [&](bool refused) {
+    ASSERT_EQ(status.IsError(), refused) << name;
+    if (!refused) return;
+    EXPECT_EQ(status, MCNaive::Error(MCNaive::kNoMemory)) << name;
+    EXPECT_EQ(component->GetStatus().IsError(), changes) << name;
     EXPECT_FALSE(changes && component->IsModelBuilt()) << name;
-  }
+  });
 }
 
 TEST(Memory, MayRunOutAnywhereInAnOperation) {
@@ -137,16 +107,12 @@ TEST(Memory, MayRunOutAnywhereInAnOperation) {
       {"accumulate block", built, true,
        [&](auto& c) {
          NBScoredBlock scored;
-         const long room = std::exchange(gAllocationsLeft, -1);
-         const std::vector<char> flags(kCases, 1);
-         gAllocationsLeft = room;
+         const auto flags = MCTest::InPlenty([] { return std::vector<char>(kCases, 1); });
          return c.ScoreAndAccumBlock(block(), scored, flags);
        }},
       {"statistics", built, false,
        [&](auto& c) {
-         const long room = std::exchange(gAllocationsLeft, -1);
-         NBOutputStatistics stats(RandomData::kClasses);
-         gAllocationsLeft = room;
+         auto stats = MCTest::InPlenty([] { return NBOutputStatistics(RandomData::kClasses); });
          data.NewPass();
          return c.ComputeOutputStats(data, stats, -1);
        }},
@@ -163,9 +129,7 @@ TEST(Memory, MayRunOutInFactoryAndDocuments) {
   const std::function<MCNaive::MCStatus()> cases[] = {
       [&] {
         NaiveBayesSettings settings;
-        const long room = std::exchange(gAllocationsLeft, -1);
-        NBVarList list = RandomData::MakeList({0});
-        gAllocationsLeft = room;
+        NBVarList list = MCTest::InPlenty([] { return RandomData::MakeList({0}); });
         NBFactory factory;
         const bool isMade = factory.CreateNBAlgorithm(settings, list) != nullptr;
         EXPECT_EQ(isMade, factory.GetStatus().IsOK());
@@ -181,32 +145,25 @@ TEST(Memory, MayRunOutInFactoryAndDocuments) {
         return component->SaveStateXML(os);
       },
       [&] {
-        const long room = std::exchange(gAllocationsLeft, -1);
-        std::fstream os(path, std::ios::out | std::ios::binary);
-        gAllocationsLeft = room;
-        const MCNaive::MCStatus status = component->SaveState(os);
-        gAllocationsLeft = -1;
-        return status;
+        std::fstream os =
+            MCTest::InPlenty([&] { return std::fstream(path, std::ios::out | std::ios::binary); });
+        return component->SaveState(os);
       },
       [&] {
-        EXPECT_TRUE(component->GetComponentVersion().empty() == gbRefused);
-        return gbRefused ? MCNaive::Error(MCNaive::kNoMemory) : MCNaive::MCStatus();
+        const bool isTold = !component->GetComponentVersion().empty();
+        return isTold ? MCNaive::MCStatus() : MCNaive::Error(MCNaive::kNoMemory);
       },
   };
   for (const auto& operation : cases) {
     const auto place = &operation - cases;
-    gbRefused = true;
-    for (long room = 0; gbRefused; room += 1 + room / 40) {
-      gbRefused = false;
-      gAllocationsLeft = room;
-      MCNaive::MCStatus status;
-      EXPECT_NO_THROW(status = operation()) << place << ' ' << room;
-      gAllocationsLeft = -1;
-      ASSERT_EQ(status.IsError(), gbRefused) << place << ' ' << room;
+    MCNaive::MCStatus status;
+    const auto call = [&] { EXPECT_NO_THROW(status = operation()) << place; };
+    MCTest::Starve(call, [&](bool refused) {
+      ASSERT_EQ(status.IsError(), refused) << place;
       const bool isTold = status.GetErrorCode() == MCNaive::kNoMemory ||
                           status.GetErrorCode() == MCNaive::kNotSaved;
-      EXPECT_TRUE(!gbRefused || isTold) << place << ' ' << status.GetErrorCode();
-    }
+      EXPECT_TRUE(!refused || isTold) << place << ' ' << status.GetErrorCode();
+    });
     EXPECT_TRUE(component->GetStatus().IsOK());
   }
   std::remove(path.c_str());

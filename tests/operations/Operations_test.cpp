@@ -14,6 +14,7 @@
 #include "operations/DescribeTable.h"
 #include "operations/InspectState.h"
 #include "operations/MergeStates.h"
+#include "operations/ReadsOnce.h"
 #include "operations/RequestError.h"
 #include "operations/RunCommands.h"
 #include "operations/ScoreTable.h"
@@ -90,6 +91,19 @@ class Operations : public testing::Test {
   OutputDocument fDocument;
   Surroundings fAround;
 };
+
+TEST(ReadsOnce, IsSaidOnlyWhereTheTextLeavesNoDoubt) {
+  const std::pair<const char*, bool> texts[] = {
+      {"SELECTPRED y.", true},
+      {"* Ranked.\n\n  selectpred y /MISSING USERMISSING=INCLUDE", true},
+      {"SELECTPRED y /PRINT SELECTED\n effects.", false},
+      {"SELECTPRED y /PRINT EFF.", false},
+      {"SELECTPRED y.\nSELECTPRED z.", false},
+      {"NAIVEBAYES y EXCEPT VARIABLES=SELECTPRED.", false},
+      {"", false},
+  };
+  for (const auto& [text, once] : texts) EXPECT_EQ(ReadsOnce(text), once) << text;
+}
 
 TEST_F(Operations, PreparingRefusesWhatTheTableLacksAndNamesTheOption) {
   constexpr auto kScale = KOVA_Variable::kScale;

@@ -44,8 +44,8 @@ class PRSMultiFactory {
   // Selects and trains, writes the model file, scores the cases.
   [[nodiscard]] bool RunNBComponent();
 
-  // After everything is shown: raises the error of a model file that could not be written, for which
-  // nothing but that file is lost.
+  // After everything is shown: raises the error of a model file that could not be written, beside
+  // which nothing is lost.
   void ReportLostModel() { fModel.ReportLostModel(); }
 
   // The engine is null before RunNBComponent, the list empty before CompleteMetaData.

@@ -1,0 +1,72 @@
+#include "feature/accumulators/FSPairSums.h"
+
+#include <algorithm>
+#include <array>
+
+#include "feature/accumulators/FSWalkBlock.h"
+
+void FSPairSums::Add(double x, double y, double weight) {
+  const int byX = fScaleX.FitFor(x), byY = fScaleY.FitFor(y);
+  if (byX != 0 || byY != 0) {
+    fMoments.Coarsen(byX, byY);
+    fOpen.Coarsen(byX, byY);
+  }
+  if (weight != 1.0) {
+    fMoments.Take({weight, {fScaleX(x)}, {fScaleY(y)}});
+    return;
+  }
+  fOpen.Add(fScaleX(x), fScaleY(y));
+  ++fNUnit;
+  CloseIfFull();
+}
+
+std::size_t FSPairSums::AddRun(std::size_t n, const double* x, const double* y) {
+  std::size_t taken = 0;
+  while (taken < n) {
+    const std::size_t more = fOpen.AddRun(n - taken, x + taken, y + taken);
+    if (more == 0) break;
+    taken += more;
+    CloseIfFull();
+  }
+  fNUnit += static_cast<std::int64_t>(taken);
+  return taken;
+}
+
+std::size_t FSPairSums::AddRunWithGaps(std::size_t n, const double* x, const double* y) {
+  std::array<double, 256> validX, validY;
+  std::size_t missing = 0;
+  for (std::size_t k = 0; k < n;) {
+    std::size_t valid = 0;
+    const std::size_t end = std::min(n, k + validX.size());
+    missing += end - k;
+    for (; k < end; ++k) {
+      validX[valid] = x[k];
+      validY[valid] = y[k];
+      valid += FSIsValidNumber(x[k]) ? 1 : 0;
+    }
+    missing -= valid;
+    std::size_t taken = IsOrdinary() ? AddRun(valid, validX.data(), validY.data()) : 0;
+    for (; taken < valid; ++taken) Add(validX[taken], validY[taken], 1.0);
+  }
+  return missing;
+}
+
+bool FSPairSums::AddPiece(const FSTargetPiece& piece, const double* x, const double* stepsY) {
+  if (!fOpen.AddPiece(piece, x, stepsY)) return false;
+  fNUnit += static_cast<std::int64_t>(piece.fEnd - piece.fBegin);
+  CloseIfFull();
+  return true;
+}
+
+void FSPairSums::Settle() {
+  if (!fOpen.IsEmpty()) fMoments.Take(fOpen.Close());
+  fNUnit = 0;
+}
+
+void FSPairSums::Merge(const FSPairSums& other) {
+  fMoments.Coarsen(fScaleX.FitFor(other.fScaleX), fScaleY.FitFor(other.fScaleY));
+  FSPairStats theirs = other.fMoments;
+  theirs.Coarsen(fScaleX.GetExponent() - other.fScaleX.GetExponent(),
+                 fScaleY.GetExponent() - other.fScaleY.GetExponent());
+  if (theirs.fWeight > 0.0) fMoments.Take(theirs);
+}

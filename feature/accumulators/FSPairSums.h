@@ -1,0 +1,56 @@
+// The moments of a predictor (x) and a continuous target (y) while cases are counted: as
+// FSGroupSums, of one group of pairs.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "feature/accumulators/FSOpenPair.h"
+#include "feature/accumulators/FSPairStats.h"
+#include "feature/accumulators/FSScale.h"
+
+class FSPairSums {
+ public:
+  // REQUIRES: valid values, a weight above 0.
+  void Add(double x, double y, double weight);
+
+  // Whether values that any scale of ordinary values fits may come in runs.
+  bool IsOrdinary() const { return fScaleX.IsOrdinary() && fScaleY.IsOrdinary(); }
+  // Whether every one of so many cases of weight 1 was added.
+  bool HasAllOf(std::int64_t cases) const { return fNUnit == cases; }
+  // Adds pairs of weight 1; returns how many it has taken: one of the next is missing, or does not
+  // fit.
+  std::size_t AddRun(std::size_t n, const double* x, const double* y);
+  // The same of a whole piece of the target, or of nothing. REQUIRES: HasAllOf the cases before it.
+  bool AddPiece(const FSTargetPiece& piece, const double* x, const double* stepsY);
+
+  // Adds the pairs of valid x; returns how many x are missing.
+  std::size_t AddRunWithGaps(std::size_t n, const double* x, const double* y);
+
+  void Settle();
+  // REQUIRES: both are settled.
+  void Merge(const FSPairSums& other);
+
+  // REQUIRES: settled.
+  const FSPairStats& GetMoments() const { return fMoments; }
+  const FSScale& GetScaleX() const { return fScaleX; }
+  const FSScale& GetScaleY() const { return fScaleY; }
+
+  template <class Archive, class Self>
+  static void MomentFields(Archive& archive, Self& self);
+  template <class Archive, class Self>
+  static void GrownFields(Archive& archive, Self& self, bool grown);
+  // As it was saved: the weight of the pairs.
+  void SetWeight(double weight) { fMoments.fWeight = weight; }
+
+ private:
+  void CloseIfFull() {
+    if (fOpen.IsFull()) fMoments.Take(fOpen.Close());
+  }
+
+  FSScale fScaleX;
+  FSScale fScaleY;
+  FSPairStats fMoments;
+  FSOpenPair fOpen;
+  std::int64_t fNUnit = 0;  // pairs of weight 1 since the last Settle()
+};
