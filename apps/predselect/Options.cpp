@@ -69,9 +69,9 @@ int ReportUsage(const CLI::App& app, const CLI::ParseError& error) {
 
 void AddDataOptions(CLI::App& command, DataOptions& data) {
   command
-      .add_option("--data", data.fFile,
+      .add_option("--data,FILE", data.fFile,
                   "Data file: .csv, .tsv, .parquet, .arrow or .feather; - is CSV on standard "
-                  "input")
+                  "input; with or without --data before it")
       ->required()
       ->type_name("FILE");
   command
@@ -248,8 +248,11 @@ Options ParseOptions(int argc, char** argv) {
   CLI::App* run = app.add_subcommand("run", "Run commands over a table");
   AddDataOptions(*run, options.fData);
   AddWeight(*run, options.fData);
-  CLI::Option* text = run->add_option("-c,--command", options.fCommandText, "The commands to run")
-                          ->type_name("TEXT");
+  CLI::Option* text =
+      run->add_option("-c,--command", options.fCommandTexts,
+                      "The commands to run; several are run in order, as of one text")
+          ->type_name("TEXT")
+          ->allow_extra_args(false);
   run->add_option("-f,--file", options.fCommandFile, "File that holds them; - is standard input")
       ->type_name("FILE")
       ->excludes(text);
@@ -279,7 +282,7 @@ Options ParseOptions(int argc, char** argv) {
 
   try {
     app.parse(argc, argv);
-    if (run->parsed() && options.fCommandText.empty() && options.fCommandFile.empty()) {
+    if (run->parsed() && options.fCommandTexts.empty() && options.fCommandFile.empty()) {
       throw CLI::RequiredError("-c or -f");
     }
     const std::pair<CLI::App*, Options::Action> actions[] = {{run, Options::kRun},

@@ -45,12 +45,12 @@ struct Options {
   DataOptions fData;
   ResultOptions fResult;
   SaveOptions fSave;
-  std::string fCommandText;          // -c
-  std::string fCommandFile;          // -f, "-" for standard input
-  std::string fSaveState;            // run: empty for none; merge: the merged component
-  std::string fResults;              // run: directory of the result documents, empty for none
-  std::vector<std::string> fStates;  // inspect and score: one; merge: two or more
-  bool fbAllowEqual = false;         // merge: states of the same counts are taken, too
+  std::vector<std::string> fCommandTexts;  // -c
+  std::string fCommandFile;                // -f, "-" for standard input
+  std::string fSaveState;                  // run: empty for none; merge: the merged component
+  std::string fResults;                    // run: directory of the result documents, empty for none
+  std::vector<std::string> fStates;        // inspect and score: one; merge: two or more
+  bool fbAllowEqual = false;               // merge: states of the same counts are taken, too
   std::string fPredicted = "PredictedValue";            // score: name of the predicted value
   std::string fProbabilities = "PredictedProbability";  // score: root, empty for none
   std::string fDrift;    // score: file of what differs from the training data, empty for none

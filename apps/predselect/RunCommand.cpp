@@ -7,6 +7,7 @@
 #include <iterator>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/FileUses.h"
@@ -34,8 +35,21 @@ std::string ReadAll(std::istream& in) {
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
+// The texts of -c as one, each ended as a text is.
+std::string JoinTexts(const std::vector<std::string>& texts) {
+  std::string joined;
+  for (const std::string& text : texts) {
+    if (!joined.empty()) joined += "\n";
+    joined += text;
+    const std::size_t last = text.find_last_not_of(" \t\r\n");
+    const bool isOpen = last != std::string::npos && text[last] != '.';
+    if (isOpen && texts.size() > 1) joined += "\n.";
+  }
+  return joined;
+}
+
 std::string ReadCommandText(const Options& options) {
-  if (options.fCommandFile.empty()) return options.fCommandText;
+  if (options.fCommandFile.empty()) return JoinTexts(options.fCommandTexts);
   if (options.fCommandFile == "-") {
     if (options.fData.fFile == "-") {
       throw UsageError("standard input cannot give both the data and the commands.");

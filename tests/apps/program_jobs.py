@@ -239,6 +239,12 @@ def every_option():
                     ["--results", "../in/penguins.csv"], ["-f", "../in/commands.txt"],
                     ["--wieght", "year"], ["--memory", "2G"], ["--memory", "much"]):
         yield run(PENGUINS, "SELECTPRED species BY island.", *options)
+    for args in (["run", "../in/penguins.csv", "-c", "SELECTPRED species BY island", "-c",
+                  "NAIVEBAYES species BY island."],
+                 ["run", *PLAIN, "-c", "SELECTPRED species BY island. NAIV species BY island."],
+                 ["run", *PLAIN, "../in/penguins.csv", "-c", "x"], ["describe", "../in/kinds.csv"],
+                 ["run", "-c", "SELECTPRED a. NAIVEBAYES b.", "-f", "x"]):
+        yield Job(args)
     for width in ("20", "60", "200"):
         yield run(PENGUINS, f"SELECTPRED {MIXED} /PLOT SUMMARY.", env={"COLUMNS": width})
     yield run(table("tokens.csv", "--null", "-", "--null", "."), "SELECTPRED y WITH x.")
