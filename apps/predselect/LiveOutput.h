@@ -5,6 +5,10 @@
 
 #include "host/output/OutputDocument.h"
 
+namespace MCHost {
+class DataTable;
+}
+
 namespace PredSelectApp {
 
 class ProgressLine;
@@ -25,5 +29,8 @@ class LiveOutput : public MCHost::OutputDocument {
   const ResultOptions& fOptions;
   ProgressLine& fProgress;
 };
+
+// What there is to say of how the data were read, on standard error.
+void ShowNotes(const MCHost::DataTable& table, const ResultOptions& options);
 
 }  // namespace PredSelectApp

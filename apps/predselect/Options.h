@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "operations/RankPredictors.h"
+
 namespace PredSelectApp {
 
 enum class OutputFormat { kText, kJson };
@@ -38,7 +40,7 @@ struct ResultOptions {
 };
 
 struct Options {
-  enum Action { kNone, kRun, kDescribe, kInspect, kScore, kMerge };
+  enum Action { kNone, kRun, kRank, kDescribe, kInspect, kScore, kMerge };
   static constexpr double kAutoMemory = -1.0;
 
   Action fAction = kNone;
@@ -55,7 +57,9 @@ struct Options {
   std::string fProbabilities = "PredictedProbability";  // score: root, empty for none
   std::string fDrift;    // score: file of what differs from the training data, empty for none
   double fMemory = 0.0;  // run: kilobytes for cases, 0 for as the commands say
-  int fExitCode = 0;     // for kNone: help was shown (0) or the usage was wrong
+  PredSelect::RankRequest fRank;
+  bool fbShowCommand = false;  // rank: show the command instead of running it
+  int fExitCode = 0;           // for kNone: help was shown (0) or the usage was wrong
 };
 
 // Reads the command line. Help, version and usage errors are printed here and give kNone.

@@ -82,11 +82,6 @@ int SaveData(const SaveTable& saved, const std::string& path, PredSelect::Outcom
   return code == kCompleted ? kDataError : code;
 }
 
-void ShowNotes(const DataTable& table, const ResultOptions& options) {
-  if (options.fbQuiet) return;
-  for (const std::string& note : table.Notes()) PrintError("Note: " + note);
-}
-
 // Measured when the data are in memory.
 double MemoryOf(const Options& options) {
   return options.fMemory == Options::kAutoMemory ? PredSelect::AutomaticMemory() : options.fMemory;
@@ -104,8 +99,7 @@ int RunCommands(const Options& options) {
   const SaveTable saved(*table, options.fSave);
   ShowNotes(*table, options.fResult);
 
-  ProgressLine progress(IsErrorTerminal() && options.fResult.fbProgress &&
-                        !options.fResult.fbQuiet);
+  ProgressLine progress(WantsProgress(options.fResult));
   LiveOutput document(options.fResult, progress, options.fData.fFile);
   const PredSelect::Outcome outcome = PredSelect::RunCommands(
       *table, document,
