@@ -8,6 +8,7 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/FileUses.h"
@@ -36,8 +37,21 @@ std::string ReadAll(std::istream& in) {
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
+// The texts of -c as one, each ended as a text is.
+std::string JoinTexts(const std::vector<std::string>& texts) {
+  std::string joined;
+  for (const std::string& text : texts) {
+    if (!joined.empty()) joined += "\n";
+    joined += text;
+    const std::size_t last = text.find_last_not_of(" \t\r\n");
+    const bool isOpen = last != std::string::npos && text[last] != '.';
+    if (isOpen && texts.size() > 1) joined += "\n.";
+  }
+  return joined;
+}
+
 std::string ReadCommandText(const Options& options) {
-  if (options.fCommandFile.empty()) return options.fCommandText;
+  if (options.fCommandFile.empty()) return JoinTexts(options.fCommandTexts);
   if (options.fCommandFile == "-") {
     if (options.fData.fFile == "-") {
       throw UsageError("standard input cannot give both the data and the commands.");
@@ -70,14 +84,6 @@ int SaveData(const SaveTable& saved, const std::string& path, PredSelect::Outcom
   return code == kCompleted ? kDataError : code;
 }
 
-// Shows the notes that have not been shown yet: reading a column may tell something of it.
-void ShowNotes(const DataTable& table, const ResultOptions& options, std::set<std::string>& shown) {
-  if (options.fbQuiet) return;
-  for (const std::string& note : table.Notes()) {
-    if (shown.insert(note).second) PrintError("Note: " + note);
-  }
-}
-
 // Measured when the data are in memory.
 double MemoryOf(const Options& options) {
   return options.fMemory == Options::kAutoMemory ? PredSelect::AutomaticMemory() : options.fMemory;
@@ -98,8 +104,7 @@ int RunCommands(const Options& options) {
   std::set<std::string> notes;
   ShowNotes(*table, options.fResult, notes);
 
-  ProgressLine progress(IsErrorTerminal() && options.fResult.fbProgress &&
-                        !options.fResult.fbQuiet);
+  ProgressLine progress(WantsProgress(options.fResult));
   LiveOutput document(options.fResult, progress, options.fData.fFile);
   const PredSelect::Outcome outcome = PredSelect::RunCommands(
       *table, document,

@@ -14,6 +14,7 @@
 #include "operations/DescribeTable.h"
 #include "operations/InspectState.h"
 #include "operations/MergeStates.h"
+#include "operations/RankPredictors.h"
 #include "operations/ReadsOnce.h"
 #include "operations/RequestError.h"
 #include "operations/RunCommands.h"
@@ -122,6 +123,34 @@ TEST_F(Operations, PreparingRefusesWhatTheTableLacksAndNamesTheOption) {
     EXPECT_THAT(plain, testing::StartsWith(c.fRefusal));
     EXPECT_EQ(dashed, "--" + plain);
   }
+}
+
+TEST_F(Operations, ARankingHasEachPredictorOnceWithWhatItsCommandShows) {
+  fTable.AddNumbers("same", std::vector<double>(10, 1.0));
+  PrepareTable(fTable, {});
+  PredSelect::Ranking ranking;
+  const PredSelect::RankRequest request{.fTarget = "paid", .fBy = PredSelect::RankBy::kBits};
+  ASSERT_EQ(RankPredictors(fTable, fDocument, request, fAround, &ranking), Outcome::kCompleted);
+  ASSERT_EQ(ranking.fPredictors.size(), 2u);
+  const auto& age = ranking.fPredictors[0];
+  EXPECT_EQ(age.fName, "age");
+  EXPECT_EQ(age.fRank, 1);
+  EXPECT_EQ(age.fTest, "F");
+  EXPECT_EQ(age.fDf1, 1.0);
+  EXPECT_EQ(age.fDf2, 8.0);
+  EXPECT_EQ(age.fEffect, "Eta Squared");
+  EXPECT_NEAR(age.fSize, age.fStatistic / (age.fStatistic + 8.0), 1e-12);
+  EXPECT_EQ(ranking.fPredictors[1].fName, "home");
+  EXPECT_EQ(ranking.fPredictors[1].fMissing, 10.0);
+  EXPECT_GT(age.fBits, ranking.fPredictors[1].fBits);
+  ASSERT_EQ(ranking.fLeftOut.size(), 1u);
+  EXPECT_EQ(ranking.fLeftOut[0].fName, "same");
+  EXPECT_EQ(ranking.fLeftOut[0].fReason.fKey, "All Cases Constant");
+  const MCHost::OutputRun& run = fDocument.GetRuns().back();
+  EXPECT_EQ(run.fCommand, "rank");
+  EXPECT_TRUE(run.fbCompleted);
+  ASSERT_EQ(run.fTables.size(), 1u);
+  EXPECT_EQ(fDocument.fNCases, 10);
 }
 
 TEST_F(Operations, AnErrorInOneCommandKeepsNoOtherFromRunning) {
