@@ -1,6 +1,8 @@
 #include "common/LeakCheck.h"
 
+#include <algorithm>
 #include <cmath>
+#include <numbers>
 
 namespace MCCommon {
 
@@ -39,12 +41,20 @@ void LeakTally::AddCategory(double weight, bool isPure) {
   fbPure = fbPure && isPure;
 }
 
-// The first case of a category may have any value; that all others then have the same one by chance
-// is no likelier than the largest share to the power of their number.
-LeakTraits LeakTally::Traits(double largestShare) const {
+// Two bounds of the chance, each sharper than the other somewhere. The first case of a category may
+// have any value; that all others then have the same one is no likelier than the largest share to
+// the power of their number. And of all the ways to choose which m of the n cases are not of the
+// most frequent value, at least (n/m)^m, no more than one a set of categories is made of whole
+// ones.
+double LeakTally::LogOfChance(double largestShare) const {
   const double agreeing = fRepeatedCases - fRepeatedCategories;
-  const bool isNoChance =
-      agreeing * std::log(largestShare) < std::log(LeakCheck::kMostLikelyChance);
+  const double rare = fCases * (1.0 - largestShare);
+  const double ways = rare > 0.0 ? rare * std::log(fCases / rare) : 0.0;
+  return std::min(agreeing * std::log(largestShare), fCategories * std::numbers::ln2 - ways);
+}
+
+LeakTraits LeakTally::Traits(double largestShare) const {
+  const bool isNoChance = LogOfChance(largestShare) < std::log(LeakCheck::kMostLikelyChance);
   const bool areMost = fRepeatedCases >= 0.5 * fCases;
   return {.fCases = fCases,
           .fCategories = fCategories,

@@ -66,6 +66,9 @@ class LeakTally {
   LeakTraits Traits(double largestShare) const;
 
  private:
+  // No less than the logarithm of the chance that each category has one value of the target.
+  double LogOfChance(double largestShare) const;
+
   double fUnit;
   double fCases = 0.0;
   double fCategories = 0.0;

@@ -86,6 +86,10 @@ FSCategoryMaps MergeCategories(StateDictionary& into, const StateDictionary& fro
 }
 
 void AddFeature(ComponentFile& into, const ComponentFile& from, const std::string& name) {
+  if (into.fpFeature->GetSettings()->ArePValuesExact() !=
+      from.fpFeature->GetSettings()->ArePValuesExact()) {
+    Refuse(name, "one was counted with PVALUES=EXACT and the other without");
+  }
   if (into.fDictionary.has_value() != from.fDictionary.has_value()) {
     Refuse(name, "only one of the states names its variables");
   }

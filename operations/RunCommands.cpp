@@ -105,7 +105,8 @@ void CheckOutputs(const RunRequest& request) {
 
 Outcome RunCommands(DataTable& table, MCHost::OutputDocument& document, const RunRequest& request,
                     const Surroundings& surroundings) {
-  const std::vector<MCHost::CommandText> commands = MCHost::SplitCommands(request.fCommands);
+  const std::vector<MCHost::CommandText> commands =
+      MCHost::SplitCommands(request.fCommands, {"SELECTPRED", "NAIVEBAYES"});
   if (commands.empty()) throw RequestError("there is no command to run.");
   CheckOutputs(request);
   RecordData(document, table.CaseCount(), table.ColumnCount());

@@ -15,7 +15,8 @@ namespace PredSelect {
 
 // Empty unless named.
 struct RunRequest {
-  std::string fCommands{};       // one or more, each ended by a period at the end of a line
+  std::string fCommands{};       // one or more, each ended by a period at the end of a line,
+                                 // or before the next one's first word
   std::string fStatePath{};      // where the last command's engine is saved; empty: nowhere
   std::string fResultsFolder{};  // made for the result documents; empty: none are written
   // What a file is there for that no command may write over ("the data"), empty for nothing. The

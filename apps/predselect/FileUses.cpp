@@ -42,19 +42,26 @@ std::string UseOf(const std::string& path, const Options& options) {
   return MayBeResultDocument(path, options) ? "a result document" : "";
 }
 
-bool MayBeSaved(const SaveOptions& save) {
+bool MayBeSaved(const std::string& path, const SaveOptions& save) {
   std::error_code error;
-  return save.fbForce || !std::filesystem::is_regular_file(save.fFile, error);
+  return save.fbForce || !std::filesystem::is_regular_file(path, error);
 }
+
+namespace {
+
+void CheckTable(const std::string& option, const std::string& path, const SaveOptions& save) {
+  if (path.empty()) return;
+  MCHost::CheckDataFile(path);
+  if (MayBeSaved(path, save)) return;
+  throw UsageError(option + ": \"" + path + "\" is there already; --force replaces it.");
+}
+
+}  // namespace
 
 void CheckOutputs(const Options& options) {
   if (!options.fResult.fFile.empty()) MCHost::OutputFile::Check(options.fResult.fFile);
-  const std::string& saved = options.fSave.fFile;
-  if (!saved.empty()) MCHost::CheckDataFile(saved);
-  if (!saved.empty() && !MayBeSaved(options.fSave)) {
-    throw UsageError("--save-data: \"" + saved + "\" is there already; --force replaces it.");
-  }
-  if (!options.fDrift.empty()) MCHost::CheckDataFile(options.fDrift);
+  CheckTable("--save-data", options.fSave.fFile, options.fSave);
+  CheckTable("--drift", options.fDrift, options.fSave);
   PredSelect::CheckOutputs({.fStatePath = options.fSaveState, .fResultsFolder = options.fResults});
 }
 

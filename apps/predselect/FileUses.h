@@ -28,11 +28,11 @@ bool MayBeResultDocument(const std::string& path, const Options& options);
 // What a file is there for that nothing else may be written over; empty for any other file.
 std::string UseOf(const std::string& path, const Options& options);
 
-// Whether there is no file that saved data would take the place of, or that is wanted.
-bool MayBeSaved(const SaveOptions& save);
+// Whether there is no file that a table saved there would take the place of, or that is wanted.
+bool MayBeSaved(const std::string& path, const SaveOptions& save);
 
 // Finds before the work what could not be written after it. Throws MCHost::HostIOError, and
-// UsageError for data to be saved over a file that is there, unless that is wanted.
+// UsageError for a table to be saved over a file that is there, unless that is wanted.
 void CheckOutputs(const Options& options);
 
 }  // namespace PredSelectApp

@@ -1,9 +1,14 @@
 // The document of the results, and messages on standard error as they come.
 #pragma once
 
+#include <set>
 #include <string>
 
 #include "host/output/OutputDocument.h"
+
+namespace MCHost {
+class DataTable;
+}
 
 namespace PredSelectApp {
 
@@ -25,5 +30,10 @@ class LiveOutput : public MCHost::OutputDocument {
   const ResultOptions& fOptions;
   ProgressLine& fProgress;
 };
+
+// What there is to say of how the data were read and has not been shown yet, on standard error:
+// reading a column may tell something of it.
+void ShowNotes(const MCHost::DataTable& table, const ResultOptions& options,
+               std::set<std::string>& shown);
 
 }  // namespace PredSelectApp

@@ -31,12 +31,15 @@ std::pair<std::string, KOVA_Variable::MeasurementLevel> ReadLevel(const std::str
   return {option.substr(0, equals), level};
 }
 
+MCHost::TableStorage StorageOf(const DataOptions& options) {
+  if (options.fbStream) return MCHost::TableStorage::kStreamed;
+  return options.fbOnce ? MCHost::TableStorage::kOnce : MCHost::TableStorage::kMemory;
+}
+
 std::unique_ptr<DataTable> OpenFile(const DataOptions& options,
                                     const MCHost::DataFileOptions& said) {
   try {
-    return MCHost::OpenDataFile(
-        options.fFile, said,
-        options.fbStream ? MCHost::TableStorage::kStreamed : MCHost::TableStorage::kMemory);
+    return MCHost::OpenDataFile(options.fFile, said, StorageOf(options));
   } catch (const std::bad_alloc&) {
     throw MCHost::HostIOError(options.fFile, "",
                               std::string("there is not enough memory to read the data") +

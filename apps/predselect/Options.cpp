@@ -18,14 +18,19 @@ namespace PredSelectApp {
 
 namespace {
 
+constexpr int kPageRows = 20;  // of a ranking, unless more are asked for
+
 constexpr const char* kDescription =
     "Which columns carry information about a target, and which few of them make a good classifier.";
 
 constexpr const char* kExamples = R"(Examples:
   What is in the file?
-    predselect describe --data penguins.csv
+    predselect describe penguins.csv
 
-  Screen and rank predictors of a categorical target:
+  Which columns go with a target?
+    predselect rank penguins.csv species
+
+  The same with the command language, for some columns:
     predselect run --data penguins.csv \
       -c "SELECTPRED species BY island sex WITH bill_length_mm body_mass_g"
 
@@ -70,9 +75,9 @@ int ReportUsage(const CLI::App& app, const CLI::ParseError& error) {
 
 void AddDataOptions(CLI::App& command, DataOptions& data) {
   command
-      .add_option("--data", data.fFile,
+      .add_option("--data,FILE", data.fFile,
                   "Data file: .csv, .tsv, .parquet, .arrow or .feather; - is CSV on standard "
-                  "input")
+                  "input; with or without --data before it")
       ->required()
       ->type_name("FILE");
   command
@@ -203,6 +208,50 @@ void AddState(CLI::App& command, const std::string& name, Options& options, bool
       ->type_name("STATE");
 }
 
+// What ranks or models a target that is named, besides the data.
+void AddTarget(CLI::App& command, Options& options, std::string& target,
+               std::vector<std::string>& except) {
+  command.add_option("TARGET", target, "The variable to be predicted")
+      ->required()
+      ->type_name("VAR");
+  command.add_option("--except", except, "Leave this column out; may be repeated")
+      ->type_name("VAR")
+      ->allow_extra_args(false);
+  command.add_flag("--show-command", options.fbShowCommand,
+                   "Show the command that this stands for instead of running it");
+}
+
+void AddProgress(CLI::App& command, ResultOptions& result) {
+  command.add_flag_callback(
+      "--no-progress", [&result] { result.fbProgress = false; }, "No progress line");
+}
+
+CLI::App* AddRank(CLI::App& app, Options& options) {
+  using PredSelect::RankBy;
+  CLI::App* rank = app.add_subcommand(
+      "rank", "Rank the columns of a file by how each goes with a target, the best first");
+  AddDataOptions(*rank, options.fData);
+  AddWeight(*rank, options.fData);
+  AddTarget(*rank, options, options.fRank.fTarget, options.fRank.fExcept);
+  AddChoice<RankBy>(
+      *rank, "--by", options.fRank.fBy,
+      {{"p", RankBy::kPearson},
+       {"lr", RankBy::kLikelihoodRatio},
+       {"v", RankBy::kCramersV},
+       {"lambda", RankBy::kLambda},
+       {"bits", RankBy::kBits}},
+      "What ranks: p-value (default), the same by the likelihood ratio, Cramer's V or "
+      "lambda among categorical columns, or mutual information");
+  rank->add_option("--top", options.fRank.fTop,
+                   "Show so many; 0 for all (default: 20 on a page, else all)")
+      ->check(CLI::NonNegativeNumber)
+      ->type_name("N");
+  AddThreads(*rank, options.fThreads);
+  AddResultOptions(*rank, options.fResult);
+  AddProgress(*rank, options.fResult);
+  return rank;
+}
+
 CLI::App* AddInspect(CLI::App& app, Options& options) {
   CLI::App* inspect = app.add_subcommand(
       "inspect", "Show what a state file holds: component, variables, counts, ranking or model");
@@ -259,8 +308,11 @@ Options ParseOptions(int argc, char** argv) {
   CLI::App* run = app.add_subcommand("run", "Run commands over a table");
   AddDataOptions(*run, options.fData);
   AddWeight(*run, options.fData);
-  CLI::Option* text = run->add_option("-c,--command", options.fCommandText, "The commands to run")
-                          ->type_name("TEXT");
+  CLI::Option* text =
+      run->add_option("-c,--command", options.fCommandTexts,
+                      "The commands to run; several are run in order, as of one text")
+          ->type_name("TEXT")
+          ->allow_extra_args(false);
   run->add_option("-f,--file", options.fCommandFile, "File that holds them; - is standard input")
       ->type_name("FILE")
       ->excludes(text);
@@ -275,8 +327,7 @@ Options ParseOptions(int argc, char** argv) {
       ->type_name("DIR");
   AddMemory(*run, options.fMemory);
   AddThreads(*run, options.fThreads);
-  run->add_flag_callback(
-      "--no-progress", [&options] { options.fResult.fbProgress = false; }, "No progress line");
+  AddProgress(*run, options.fResult);
   run->footer(std::string("Commands:\n") + kCommandSyntax + kRunNotes);
 
   CLI::App* describe = app.add_subcommand(
@@ -285,23 +336,25 @@ Options ParseOptions(int argc, char** argv) {
   AddWeight(*describe, options.fData);
   AddResultOptions(*describe, options.fResult);
 
+  CLI::App* rank = AddRank(app, options);
   CLI::App* inspect = AddInspect(app, options);
   CLI::App* score = AddScore(app, options);
   CLI::App* merge = AddMerge(app, options);
 
   try {
     app.parse(argc, argv);
-    if (run->parsed() && options.fCommandText.empty() && options.fCommandFile.empty()) {
+    if (run->parsed() && options.fCommandTexts.empty() && options.fCommandFile.empty()) {
       throw CLI::RequiredError("-c or -f");
     }
-    const std::pair<CLI::App*, Options::Action> actions[] = {{run, Options::kRun},
-                                                             {describe, Options::kDescribe},
-                                                             {inspect, Options::kInspect},
-                                                             {score, Options::kScore},
-                                                             {merge, Options::kMerge}};
+    const std::pair<CLI::App*, Options::Action> actions[] = {
+        {run, Options::kRun},         {rank, Options::kRank},   {describe, Options::kDescribe},
+        {inspect, Options::kInspect}, {score, Options::kScore}, {merge, Options::kMerge}};
     for (const auto& [command, action] : actions) {
       if (command->parsed()) options.fAction = action;
     }
+    const bool isTopGiven = rank->get_option("--top")->count() > 0;
+    if (!isTopGiven && options.fResult.fFormat == OutputFormat::kText)
+      options.fRank.fTop = kPageRows;
     options.fData.fbSaved = !options.fSave.fFile.empty();
     RefuseOneFileForTwo(options);
   } catch (const CLI::ParseError& error) {

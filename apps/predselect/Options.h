@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "operations/RankPredictors.h"
+
 namespace PredSelectApp {
 
 enum class OutputFormat { kText, kJson };
@@ -17,6 +19,7 @@ struct DataOptions {
   std::vector<std::string> fLevels;      // "variable=nominal|ordinal|scale"
   std::vector<std::string> fNullTokens;  // further texts that mean null in CSV and TSV
   bool fbStream = false;                 // read again on every pass instead of keeping in memory
+  bool fbOnce = false;                   // the cases are gone over once
   bool fbSaved = false;                  // they are written again with what is added to them
 };
 
@@ -38,25 +41,27 @@ struct ResultOptions {
 };
 
 struct Options {
-  enum Action { kNone, kRun, kDescribe, kInspect, kScore, kMerge };
+  enum Action { kNone, kRun, kRank, kDescribe, kInspect, kScore, kMerge };
   static constexpr double kAutoMemory = -1.0;
 
   Action fAction = kNone;
   DataOptions fData;
   ResultOptions fResult;
   SaveOptions fSave;
-  std::string fCommandText;          // -c
-  std::string fCommandFile;          // -f, "-" for standard input
-  std::string fSaveState;            // run: empty for none; merge: the merged component
-  std::string fResults;              // run: directory of the result documents, empty for none
-  std::vector<std::string> fStates;  // inspect and score: one; merge: two or more
-  bool fbAllowEqual = false;         // merge: states of the same counts are taken, too
+  std::vector<std::string> fCommandTexts;  // -c
+  std::string fCommandFile;                // -f, "-" for standard input
+  std::string fSaveState;                  // run: empty for none; merge: the merged component
+  std::string fResults;                    // run: directory of the result documents, empty for none
+  std::vector<std::string> fStates;        // inspect and score: one; merge: two or more
+  bool fbAllowEqual = false;               // merge: states of the same counts are taken, too
   std::string fPredicted = "PredictedValue";            // score: name of the predicted value
   std::string fProbabilities = "PredictedProbability";  // score: root, empty for none
   std::string fDrift;    // score: file of what differs from the training data, empty for none
   double fMemory = 0.0;  // run: kilobytes for cases, 0 for as the commands say
-  int fThreads = 0;      // run and score: 0 for as many as there are processors
-  int fExitCode = 0;     // for kNone: help was shown (0) or the usage was wrong
+  int fThreads = 0;      // rank, run and score: 0 for as many as there are processors
+  PredSelect::RankRequest fRank;
+  bool fbShowCommand = false;  // rank: show the command instead of running it
+  int fExitCode = 0;           // for kNone: help was shown (0) or the usage was wrong
 };
 
 // Reads the command line. Help, version and usage errors are printed here and give kNone.

@@ -6,7 +6,9 @@
 #include <iostream>
 #include <iterator>
 #include <memory>
+#include <set>
 #include <string>
+#include <vector>
 
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/FileUses.h"
@@ -22,6 +24,7 @@
 #include "host/data/DataTable.h"
 #include "host/session/HostIOError.h"
 #include "operations/FreeMemory.h"
+#include "operations/ReadsOnce.h"
 #include "operations/RunCommands.h"
 
 namespace PredSelectApp {
@@ -34,8 +37,21 @@ std::string ReadAll(std::istream& in) {
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
+// The texts of -c as one, each ended as a text is.
+std::string JoinTexts(const std::vector<std::string>& texts) {
+  std::string joined;
+  for (const std::string& text : texts) {
+    if (!joined.empty()) joined += "\n";
+    joined += text;
+    const std::size_t last = text.find_last_not_of(" \t\r\n");
+    const bool isOpen = last != std::string::npos && text[last] != '.';
+    if (isOpen && texts.size() > 1) joined += "\n.";
+  }
+  return joined;
+}
+
 std::string ReadCommandText(const Options& options) {
-  if (options.fCommandFile.empty()) return options.fCommandText;
+  if (options.fCommandFile.empty()) return JoinTexts(options.fCommandTexts);
   if (options.fCommandFile == "-") {
     if (options.fData.fFile == "-") {
       throw UsageError("standard input cannot give both the data and the commands.");
@@ -68,11 +84,6 @@ int SaveData(const SaveTable& saved, const std::string& path, PredSelect::Outcom
   return code == kCompleted ? kDataError : code;
 }
 
-void ShowNotes(const DataTable& table, const ResultOptions& options) {
-  if (options.fbQuiet) return;
-  for (const std::string& note : table.Notes()) PrintError("Note: " + note);
-}
-
 // Measured when the data are in memory.
 double MemoryOf(const Options& options) {
   return options.fMemory == Options::kAutoMemory ? PredSelect::AutomaticMemory() : options.fMemory;
@@ -86,12 +97,14 @@ int RunCommands(const Options& options) {
   if (MCHost::SplitCommands(commands).empty()) {
     throw UsageError("there is no command to run; see predselect run --help.");
   }
-  const std::unique_ptr<DataTable> table = OpenTable(options.fData);
+  DataOptions data = options.fData;
+  data.fbOnce = !data.fbSaved && PredSelect::ReadsOnce(commands);
+  const std::unique_ptr<DataTable> table = OpenTable(data);
   const SaveTable saved(*table, options.fSave);
-  ShowNotes(*table, options.fResult);
+  std::set<std::string> notes;
+  ShowNotes(*table, options.fResult, notes);
 
-  ProgressLine progress(IsErrorTerminal() && options.fResult.fbProgress &&
-                        !options.fResult.fbQuiet);
+  ProgressLine progress(WantsProgress(options.fResult));
   LiveOutput document(options.fResult, progress, options.fData.fFile);
   const PredSelect::Outcome outcome = PredSelect::RunCommands(
       *table, document,
@@ -99,6 +112,7 @@ int RunCommands(const Options& options) {
        [&options](const std::string& path) { return UseOf(path, options); }, MemoryOf(options)},
       ProgramSurroundings(options, progress));
   progress.Clear();
+  ShowNotes(*table, options.fResult, notes);
 
   // Files first, whatever becomes of the reader of the results; and results whatever becomes of
   // the file.

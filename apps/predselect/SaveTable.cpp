@@ -18,7 +18,7 @@ void SaveTable::Write() const {
   if (fpOptions->fbOnlyNew && !hasNew) {
     throw MCHost::HostIOError(path, "", "was not written, since there are no new variables");
   }
-  if (!MayBeSaved(*fpOptions)) {
+  if (!MayBeSaved(path, *fpOptions)) {
     throw MCHost::HostIOError(path, "", "was not written, since it is there by now");
   }
   MCHost::WriteDataFile(*fpTable, path, fpOptions->fbOnlyNew ? &fKeys : nullptr);

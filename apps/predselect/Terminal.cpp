@@ -53,7 +53,9 @@ MCHost::TextOptions PageOptions(const ResultOptions& options, bool forMessages) 
   return page;
 }
 
-bool IsErrorTerminal() { return isatty(STDERR_FILENO) != 0; }
+bool WantsProgress(const ResultOptions& options) {
+  return isatty(STDERR_FILENO) != 0 && options.fbProgress && !options.fbQuiet;
+}
 
 void PrintError(const std::string& line) {
   std::fputs((MCHost::VisibleText(line, "") + "\n").c_str(), stderr);

@@ -13,8 +13,8 @@ struct ResultOptions;
 // from the options, the terminal, COLUMNS and NO_COLOR.
 MCHost::TextOptions PageOptions(const ResultOptions& options, bool forMessages);
 
-// True when standard error is a terminal.
-bool IsErrorTerminal();
+// Whether a progress line may be shown: on a terminal, and unless the options forbid it.
+bool WantsProgress(const ResultOptions& options);
 
 // A line on standard error, made visible where it would steer the terminal.
 void PrintError(const std::string& line);

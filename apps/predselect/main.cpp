@@ -15,6 +15,7 @@
 #include "apps/predselect/Interrupt.h"
 #include "apps/predselect/MergeCommand.h"
 #include "apps/predselect/Options.h"
+#include "apps/predselect/RankVerb.h"
 #include "apps/predselect/RunCommand.h"
 #include "apps/predselect/ScoreCommand.h"
 #include "apps/predselect/Terminal.h"
@@ -31,6 +32,8 @@ int Act(const Options& options) {
   switch (options.fAction) {
     case Options::kRun:
       return RunCommands(options);
+    case Options::kRank:
+      return RankData(options);
     case Options::kDescribe:
       return DescribeData(options);
     case Options::kInspect:

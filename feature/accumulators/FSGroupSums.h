@@ -1,4 +1,4 @@
-// The moments of a value by category while cases are counted: values of weight 1 in small
+// The moments of a value by category while cases are counted: values of small weights in small
 // categories go through sums that stay open for a while, others into the moments one by one.
 // Settle() closes what is open; before that the moments are not whole.
 //
@@ -23,8 +23,8 @@ class FSGroupSums {
     if (const int by = fScale.FitFor(x); by != 0) Coarsen(by);
     if (!FSIsSmall(category)) {
       fMoments.Take(category, {weight, {fScale(x)}});
-    } else if (weight == 1.0) {
-      GroupOf(category).Add(fScale(x));
+    } else if (FSIsSmallWeight(weight)) {
+      GroupOf(category).Add(fScale(x), weight);
     } else {
       GroupOf(category).fMoments.Take({weight, {fScale(x)}});
     }
@@ -34,7 +34,7 @@ class FSGroupSums {
   bool IsOrdinary() const { return fScale.IsOrdinary(); }
 
   // Add for a value that any scale of ordinary values fits, of weight 1, in a small category.
-  void AddOrdinary(int category, double x) { GroupOf(category).Add(x); }
+  void AddOrdinary(int category, double x) { GroupOf(category).Add(x, 1.0); }
 
   // Adds at(0) .. at(n - 1), of weight 1, to a small category. Returns how many it has taken: one
   // of the next is missing, or does not fit the scale.
@@ -98,8 +98,8 @@ class FSGroupSums {
     FSOpenGroup fOpen;
     FSGroupStats fMoments;
 
-    void Add(double x) {
-      fOpen.Add(x);
+    void Add(double x, double weight) {
+      fOpen.Add(x, weight);
       if (fOpen.IsFull()) Close();
     }
     void Close() { fMoments.Take(fOpen.Close()); }

@@ -21,7 +21,7 @@ bool FSOpenPair::AddPiece(const FSTargetPiece& piece, const double* x, const dou
   const std::size_t whole = (n - head) / FSLanes::kCount * FSLanes::kCount;
   const auto addOneByOne = [&](std::size_t from, std::size_t to) {
     for (std::size_t k = from; k < to; ++k) {
-      next.AddX((fN + static_cast<int>(k)) % FSLanes::kCount, x[k], stepsY[k]);
+      next.AddX((fN + static_cast<int>(k)) % FSLanes::kCount, x[k], stepsY[k], 1.0);
     }
   };
   addOneByOne(0, head);
@@ -32,6 +32,7 @@ bool FSOpenPair::AddPiece(const FSTargetPiece& piece, const double* x, const dou
   next.fSumsY = piece.fSums;
   next.fSquaresY = piece.fSquares;
   next.fN = fN + static_cast<int>(n);
+  next.fWeight = fWeight + static_cast<double>(n);
   *this = next;
   return true;
 }
@@ -40,7 +41,8 @@ std::size_t FSOpenPair::AddRun(std::size_t n, const double* x, const double* y) 
   const std::size_t most = std::min(n, static_cast<std::size_t>(kMost - fN));
   FSOpenPair next = *this;
   std::size_t k = 0;
-  for (; k < most && (next.fN == 0 || next.fN % FSLanes::kCount != 0); ++k) next.Add(x[k], y[k]);
+  for (; k < most && (next.fN == 0 || next.fN % FSLanes::kCount != 0); ++k)
+    next.Add(x[k], y[k], 1.0);
   const std::size_t whole = (most - k) / FSLanes::kCount * FSLanes::kCount;
   std::array<double, kMost> stepsY;
   for (std::size_t i = 0; i < whole; ++i) stepsY[i] = y[k + i] - next.fOriginY;
@@ -49,7 +51,8 @@ std::size_t FSOpenPair::AddRun(std::size_t n, const double* x, const double* y) 
   FSSumSteps(
       whole, [&](std::size_t i) { return y[k + i]; }, next.fOriginY, next.fSumsY, next.fSquaresY);
   next.fN += static_cast<int>(whole);
-  for (k += whole; k < most; ++k) next.Add(x[k], y[k]);
+  next.fWeight += static_cast<double>(whole);
+  for (k += whole; k < most; ++k) next.Add(x[k], y[k], 1.0);
   if (!FSAreOrdinary(next.fOriginX, next.fSquaresX.Sum())) return 0;
   *this = next;
   return most;
@@ -57,7 +60,7 @@ std::size_t FSOpenPair::AddRun(std::size_t n, const double* x, const double* y) 
 
 FSPairStats FSOpenPair::Close() {
   FSPairStats closed;
-  const double n = fN;
+  const double n = fWeight;
   const double sumX = fSumsX.Sum(), sumY = fSumsY.Sum();
   closed.fWeight = n;
   closed.fMeanX.fValue = fOriginX;

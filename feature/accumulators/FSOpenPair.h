@@ -1,5 +1,5 @@
-// The latest pairs of weight 1 of two variables, as sums of their steps from the first of them: see
-// FSOpenGroup.
+// The latest pairs of two variables, of small weights, as sums of their steps from the first of
+// them: see FSOpenGroup.
 #pragma once
 
 #include <algorithm>
@@ -16,19 +16,21 @@ class FSOpenPair {
   bool IsEmpty() const { return fN == 0; }
   bool IsFull() const { return fN == kMost; }
 
-  // REQUIRES: not full.
-  void Add(double x, double y) {
+  // REQUIRES: not full, a small weight.
+  void Add(double x, double y, double weight) {
     if (fN == 0) Start(x, y);
     const int lane = fN % FSLanes::kCount;
     const double dy = y - fOriginY;
-    AddX(lane, x, dy);
-    fSumsY[lane] += dy;
-    fSquaresY[lane] += dy * dy;
+    AddX(lane, x, dy, weight);
+    fSumsY[lane] += weight * dy;
+    fSquaresY[lane] += weight * (dy * dy);
+    fWeight += weight;
     ++fN;
   }
 
-  // Adds pairs as long as there are some, and room; returns how many. 0, and nothing has changed,
-  // when an x is missing, or a value is too large to be summed without a look at the scale.
+  // Adds pairs of weight 1 as long as there are some, and room; returns how many. 0, and nothing
+  // has changed, when an x is missing, or a value is too large to be summed without a look at the
+  // scale.
   std::size_t AddRun(std::size_t n, const double* x, const double* y);
 
   // The same for a whole piece of the target, whose steps and sums all predictors share. REQUIRES:
@@ -45,14 +47,15 @@ class FSOpenPair {
     fOriginX = x;
     fOriginY = y;
   }
-  void AddX(int lane, double x, double dy) {
+  void AddX(int lane, double x, double dy, double weight) {
     const double dx = x - fOriginX;
-    fSumsX[lane] += dx;
-    fSquaresX[lane] += dx * dx;
-    fProducts[lane] += dx * dy;
+    fSumsX[lane] += weight * dx;
+    fSquaresX[lane] += weight * (dx * dx);
+    fProducts[lane] += weight * (dx * dy);
   }
 
   int fN = 0;
+  double fWeight = 0.0;
   double fOriginX = 0.0;
   double fOriginY = 0.0;
   FSLanes fSumsX;

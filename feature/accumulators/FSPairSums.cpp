@@ -11,12 +11,12 @@ void FSPairSums::Add(double x, double y, double weight) {
     fMoments.Coarsen(byX, byY);
     fOpen.Coarsen(byX, byY);
   }
-  if (weight != 1.0) {
+  if (!FSIsSmallWeight(weight)) {
     fMoments.Take({weight, {fScaleX(x)}, {fScaleY(y)}});
     return;
   }
-  fOpen.Add(fScaleX(x), fScaleY(y));
-  ++fNUnit;
+  fOpen.Add(fScaleX(x), fScaleY(y), weight);
+  ++fNSummed;
   CloseIfFull();
 }
 
@@ -28,7 +28,7 @@ std::size_t FSPairSums::AddRun(std::size_t n, const double* x, const double* y) 
     taken += more;
     CloseIfFull();
   }
-  fNUnit += static_cast<std::int64_t>(taken);
+  fNSummed += static_cast<std::int64_t>(taken);
   return taken;
 }
 
@@ -53,14 +53,14 @@ std::size_t FSPairSums::AddRunWithGaps(std::size_t n, const double* x, const dou
 
 bool FSPairSums::AddPiece(const FSTargetPiece& piece, const double* x, const double* stepsY) {
   if (!fOpen.AddPiece(piece, x, stepsY)) return false;
-  fNUnit += static_cast<std::int64_t>(piece.fEnd - piece.fBegin);
+  fNSummed += static_cast<std::int64_t>(piece.fEnd - piece.fBegin);
   CloseIfFull();
   return true;
 }
 
 void FSPairSums::Settle() {
   if (!fOpen.IsEmpty()) fMoments.Take(fOpen.Close());
-  fNUnit = 0;
+  fNSummed = 0;
 }
 
 void FSPairSums::Merge(const FSPairSums& other) {

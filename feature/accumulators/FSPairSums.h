@@ -16,8 +16,9 @@ class FSPairSums {
 
   // Whether values that any scale of ordinary values fits may come in runs.
   bool IsOrdinary() const { return fScaleX.IsOrdinary() && fScaleY.IsOrdinary(); }
-  // Whether every one of so many cases of weight 1 was added.
-  bool HasAllOf(std::int64_t cases) const { return fNUnit == cases; }
+  // Whether the pairs that went through open sums are so many: all cases, of which each had
+  // weight 1.
+  bool HasAllOf(std::int64_t cases) const { return fNSummed == cases; }
   // Adds pairs of weight 1; returns how many it has taken: one of the next is missing, or does not
   // fit.
   std::size_t AddRun(std::size_t n, const double* x, const double* y);
@@ -52,5 +53,5 @@ class FSPairSums {
   FSScale fScaleY;
   FSPairStats fMoments;
   FSOpenPair fOpen;
-  std::int64_t fNUnit = 0;  // pairs of weight 1 since the last Settle()
+  std::int64_t fNSummed = 0;  // pairs since the last Settle()
 };

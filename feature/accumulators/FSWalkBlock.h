@@ -25,19 +25,25 @@ struct FSCategories {
   static double Of(double value) { return FSCategory(value); }
 };
 
-// Calls take(i, value, weight) for each valid value and counts the cases.
+// Calls take(i, value, weight) for each valid value and counts the cases. The state is worked on in
+// a local copy, which stays in registers.
 template <class Column, class Take>
-void FSWalkBlock(const double* predictor, const FSCaseBlock& cases, FSPredictorState& state,
+void FSWalkBlock(const double* predictor, const FSCaseBlock& cases, FSPredictorState& shared,
                  Take take) {
+  FSPredictorState state = shared;
+  const double* const weights = cases.fpWeights;
+  std::uint8_t* const hasValid = cases.fpHasValid;
   for (std::size_t i = 0; i < cases.fNCases; ++i) {
-    if (Column::IsValid(predictor[i])) [[likely]] {
-      take(i, predictor[i], cases.fpWeights[i]);
-      state.AddValid(Column::Of(predictor[i]), cases.fpWeights[i]);
-      if (cases.fpHasValid != nullptr) cases.fpHasValid[i] = 1;
+    const double value = predictor[i];
+    if (Column::IsValid(value)) [[likely]] {
+      take(i, value, weights[i]);
+      state.AddValid(Column::Of(value), weights[i]);
+      if (hasValid != nullptr) hasValid[i] = 1;
     } else {
-      state.AddMissing(cases.fpWeights[i]);
+      state.AddMissing(weights[i]);
     }
   }
+  shared = state;
 }
 
 // Whether the cases of a block may be taken in another way than one by one.

@@ -3,10 +3,13 @@
 #include <arrow/record_batch.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
+#include <filesystem>
 #include <iostream>
 #include <iterator>
 #include <numeric>
+#include <system_error>
 #include <utility>
 
 #include "host/arrow/ColumnarWriter.h"
@@ -65,6 +68,25 @@ std::unique_ptr<IArrowSource> ReadStandardInput(const DataFileOptions& options) 
   return std::make_unique<CsvSource>("standard input", std::move(text), RulesOf(options, ','));
 }
 
+// Whether the cells of a file are too many to be held without need.
+bool IsLarge(const std::string& path) {
+  constexpr std::uintmax_t kLargeFile = std::uintmax_t{16} << 20;
+  std::error_code error;
+  const std::uintmax_t size = std::filesystem::file_size(path, error);
+  return !error && size >= kLargeFile;
+}
+
+std::unique_ptr<DataTable> OpenForOnce(const std::string& path, const DataFileOptions& options) {
+  if (!IsLarge(path)) return OpenDataFile(path, options, TableStorage::kMemory);
+  try {
+    return OpenDataFile(path, options, TableStorage::kStreamed);
+  } catch (const HostIOError& error) {
+    // What is not wrong with the data is that there is no room for a temporary file.
+    if (error.File() == path) throw;
+  }
+  return OpenDataFile(path, options, TableStorage::kMemory);
+}
+
 }  // namespace
 
 std::unique_ptr<IArrowSource> OpenDataSource(const std::string& path,
@@ -84,6 +106,7 @@ std::unique_ptr<IArrowSource> OpenDataSource(const std::string& path,
 
 std::unique_ptr<DataTable> OpenDataFile(const std::string& path, const DataFileOptions& options,
                                         TableStorage storage) {
+  if (storage == TableStorage::kOnce) return OpenForOnce(path, options);
   if (path == kStandardInput && storage == TableStorage::kStreamed) {
     throw HostIOError("standard input", "", "it can be read only once, so it cannot be streamed");
   }

@@ -31,8 +31,10 @@ std::unique_ptr<IArrowSource> OpenDataSource(const std::string& path,
                                              const DataFileOptions& options = {});
 
 enum class TableStorage {
-  kMemory,   // the cells are read once and kept
-  kStreamed  // every scan reads the file again
+  kMemory,    // the cells are read once and kept
+  kStreamed,  // every scan reads the file again
+  kOnce       // for cases that are gone over once: as streamed where a file is large and that can
+              // be, else as in memory
 };
 
 // The table of a file. Standard input cannot be streamed. Throws HostIOError.

@@ -51,6 +51,7 @@ std::unique_ptr<parquet::arrow::FileReader> OpenReader(const std::string& path, 
   properties.enable_buffered_stream();  // column chunks are read bit by bit, not whole
   auto arrowProperties = parquet::default_arrow_reader_properties();
   arrowProperties.set_pre_buffer(false);
+  arrowProperties.set_use_threads(true);
   parquet::arrow::FileReaderBuilder builder;
   try {
     Check(builder.OpenFile(path, false, properties), path);

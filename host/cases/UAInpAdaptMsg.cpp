@@ -26,7 +26,7 @@ void UAInpAdaptMsg::WeightsLost(const UALostWeights& weights) const {
       OutputMessage::kWarning, "Weights of ^1 cases rounded to zero: ^2, ^3, ^4, ^5...",
       {std::to_string(weights.GetNLost()), std::to_string(weights.GetNCases()),
        fmt::format("{:.6g}", weights.GetLostWeight()), fmt::format("{:.6g}", weights.GetWeight()),
-       fmt::format("{:.6g}", weights.GetFactor())});
+       fmt::format("{:.15g}", weights.GetFactor())});
 }
 
 void UAInpAdaptMsg::ReadFailed(const std::string& reason) const {

@@ -1,8 +1,9 @@
 // From the text of a session to its commands.
 //
-// A command ends with a period at a line's end or with the text. One that starts with `*` is a
-// comment and left out, as is one without any text. Quotes need no care here: a quoted text never
-// goes beyond its line, so a period that ends a line is never inside one.
+// A command ends with a period at a line's end or with the text; and within a line with a period
+// that a blank and the word of a command follow, outside quotes, which never go beyond their line.
+// One that starts with `*` is a comment, which goes on to a line's end, and left out, as is one
+// without any text.
 #pragma once
 
 #include <string>
@@ -17,7 +18,9 @@ struct CommandText {
   int fColumn = 1;
 };
 
-// The commands in order. A byte order mark at the start of the text is skipped.
-std::vector<CommandText> SplitCommands(const std::string& text);
+// The commands in order. A byte order mark at the start of the text is skipped. `words`: those that
+// begin a command within a line, in full or cut to three letters or more; none for lines alone.
+std::vector<CommandText> SplitCommands(const std::string& text,
+                                       const std::vector<std::string>& words = {});
 
 }  // namespace MCHost

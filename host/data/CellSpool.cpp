@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+#include <system_error>
 
 #include "host/session/HostIOError.h"
 
@@ -20,10 +21,18 @@ std::size_t WholePages(std::size_t bytes) {
   return (bytes + kPageBytes - 1) / kPageBytes * kPageBytes;
 }
 
+// The system's folder for temporary files. Where there is none, what fails in it says so.
+std::string TemporaryFolder() {
+  std::error_code error;
+  const std::string folder = std::filesystem::temp_directory_path(error).string();
+  const char* named = std::getenv("TMPDIR");
+  return error && named != nullptr ? named : folder;
+}
+
 }  // namespace
 
 CellSpool::CellSpool(const std::vector<bool>& numeric, std::int64_t nCases)
-    : fFolder(std::filesystem::temp_directory_path().string()) {
+    : fFolder(TemporaryFolder()) {
   for (const bool isNumber : numeric) {
     fColumns.push_back({isNumber ? sizeof(double) : sizeof(std::int32_t), fBlockBytes});
     fBlockBytes += fColumns.back().fCellBytes * kBlockCases;

@@ -11,6 +11,8 @@ namespace {
 
 // Beyond this the digits of a count say nothing.
 constexpr double kExactWhole = 1e15;
+// From here on numbers are shown with an exponent.
+constexpr double kLeastExponent = 1e9;
 // Below this three decimals say nothing of a p-value.
 constexpr double kLeastFixedP = 1e-3;
 
@@ -36,7 +38,7 @@ std::string WithoutLeadingZero(std::string text) {
 
 std::string General(double value) {
   const double size = std::fabs(value);
-  if (size != 0.0 && (size < 1e-3 || size >= 1e9)) return fmt::format("{:.3e}", value);
+  if (size != 0.0 && (size < 1e-3 || size >= kLeastExponent)) return fmt::format("{:.3e}", value);
   return Fixed(value, 3);
 }
 
@@ -44,7 +46,8 @@ std::string General(double value) {
 
 const char* FormatName(OutputFormat format) {
   constexpr const char* kNames[] = {"text",        "count",       "percent", "significance",
-                                    "coefficient", "correlation", "general", "pvalue"};
+                                    "coefficient", "correlation", "general", "pvalue",
+                                    "strength",    "tenths"};
   return kNames[static_cast<int>(format)];
 }
 
@@ -64,9 +67,12 @@ std::string FormatNumber(double value, OutputFormat format) {
       if (value < 0.0005) return "< .001";
       return WithoutLeadingZero(Fixed(value, 3));
     case OutputFormat::kCorrelation:
+    case OutputFormat::kStrength:
       return WithoutLeadingZero(Fixed(value, 3));
     case OutputFormat::kCoefficient:
       return fmt::format("{:.6g}", value);
+    case OutputFormat::kTenths:
+      return std::fabs(value) < kLeastExponent ? Fixed(value, 1) : General(value);
     default:
       return General(value);
   }

@@ -6,6 +6,8 @@
 //   pvalue        like significance; from 0 to .001 its power of ten is shown: 3.1e-42, and 0 as 0
 //   coefficient   up to six significant digits, no trailing zeros: 0.05
 //   correlation   three decimals without a leading zero: -.871
+//   strength      like correlation; a flat table draws a bar of its size beside it
+//   tenths        one decimal: -123.7; with an exponent from 1e9 on
 //   general       three decimals: 299.550; with an exponent below 0.001 or from 1e9 on
 //
 // Programs read the number itself at full precision.
@@ -23,7 +25,9 @@ enum class OutputFormat {
   kCoefficient,
   kCorrelation,
   kGeneral,
-  kPValue
+  kPValue,
+  kStrength,
+  kTenths
 };
 
 // "count", "percent", ...

@@ -53,6 +53,10 @@ struct OutputTable {
   std::vector<OutputCell> fCells;
   std::vector<OutputText> fFootnotes;
   int fMinDataColumnWidth = 0;  // in points; 0 leaves it to the renderer
+  // One line a row, for 80 columns: a page shows as many columns as fit, the first ones, and a
+  // first column of counts (a rank, say) before the row's label. One row dimension and one column
+  // dimension, whose groups are not nested.
+  bool fbFlat = false;
 };
 
 }  // namespace MCHost

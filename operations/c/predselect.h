@@ -167,9 +167,10 @@ typedef struct predselect_run_options {
                   // the command's own default, PREDSELECT_MEMORY_AUTO for half of what is free
 } predselect_run_options;
 
-// Runs a text of one or more commands, each ended by a period at the end of a line. One that
-// reports an error does not keep the later ones from running. New variables stay in the table, also
-// those of a job that was cancelled. NULL options are those without a wish.
+// Runs a text of one or more commands, each ended by a period at the end of a line or
+// before the first word of the next. One that reports an error does not keep the later ones from
+// running. New variables stay in the table, also those of a job that was cancelled. NULL options
+// are those without a wish.
 predselect_status predselect_run(predselect_session* session, predselect_table* table,
                                  const char* commands, const predselect_run_options* options,
                                  predselect_result** result);

@@ -239,6 +239,18 @@ def every_option():
                     ["--results", "../in/penguins.csv"], ["-f", "../in/commands.txt"],
                     ["--wieght", "year"], ["--memory", "2G"], ["--memory", "much"]):
         yield run(PENGUINS, "SELECTPRED species BY island.", *options)
+    for args in (["run", "../in/penguins.csv", "-c", "SELECTPRED species BY island", "-c",
+                  "NAIVEBAYES species BY island."],
+                 ["run", *PLAIN, "-c", "SELECTPRED species BY island. NAIV species BY island."],
+                 ["run", *PLAIN, "../in/penguins.csv", "-c", "x"], ["describe", "../in/kinds.csv"],
+                 ["run", "-c", "SELECTPRED a. NAIVEBAYES b.", "-f", "x"]):
+        yield Job(args)
+    for options in ([], JSON, ["--top", "2"], ["--by", "bits"], ["--by", "lr"], ["--by", "chi"],
+                    ["--except", "sex"], ["--except", "six"], ["--show-command"], ["--quiet"],
+                    ["-o", "page.txt", "--top", "0"], ["--weight", "year", "--stream"]):
+        yield Job(["rank", *PENGUINS, "species", *options])
+    for target in ("y", "x", "name", "gone", "nothing"):
+        yield Job(["rank", *SURVEY, target])
     for width in ("20", "60", "200"):
         yield run(PENGUINS, f"SELECTPRED {MIXED} /PLOT SUMMARY.", env={"COLUMNS": width})
     yield run(table("tokens.csv", "--null", "-", "--null", "."), "SELECTPRED y WITH x.")
@@ -266,7 +278,7 @@ def every_option():
     for args in ([], ["--help"], ["--version"], ["--wrong"], ["explain"], ["run"], ["run", *PLAIN],
                  ["run", "-c", "x"], ["describe"], ["inspect"], ["score", *PLAIN], ["merge"]):
         yield Job(args)
-    for command in ("run", "describe", "inspect", "score", "merge"):
+    for command in ("run", "rank", "describe", "inspect", "score", "merge"):
         yield Job([command, "--help"])
 
 

@@ -16,6 +16,7 @@ Sections "args" to "no" after a further "-- args" form the next run in the same 
 
 import difflib
 import os
+import shlex
 import subprocess
 import sys
 import tempfile
@@ -60,7 +61,7 @@ def differences(kind: str, rest: str, expected: list[str], actual: str) -> list[
 
 
 def run(program: str, arguments: str, command: list[str] | None, folder: Path):
-    words = [word.replace("{data}", str(DATA)) for word in arguments.split()]
+    words = [word.replace("{data}", str(DATA)) for word in shlex.split(arguments)]
     if command is not None:
         (folder / "commands.txt").write_text(text_of(command), encoding="utf-8")
         words += ["-f", "commands.txt"]

@@ -134,6 +134,20 @@ TEST_F(Leaks, AreGoneOnceTheLineOfTheWarningIsPasted) {
   }
 }
 
+// Nor is there a line for such a name alone.
+TEST_F(Leaks, OfANameThatNoCommandCanWriteAreNotInTheLine) {
+  Strings names;
+  for (int i = 0; i < 240; ++i) names.push_back("case " + std::to_string(i));
+  fTable.AddStrings("two\nlines", names);
+  for (const std::string except : {"", "/EXCEPT VARIABLES=\"the \"\"name\"\"\" code number copy"}) {
+    const std::string detail = Warned(Run("SELECTPRED y /SCREENING STATUS=OFF" + except + "."));
+    EXPECT_THAT(detail, HasSubstr("lines has 240 categories in 240 cases"));
+    EXPECT_EQ(LineToPaste(detail).empty(), !except.empty()) << detail;
+    EXPECT_THAT(detail, Not(testing::EndsWith("\n")));
+    EXPECT_THAT(LineToPaste(detail), Not(HasSubstr("lines")));
+  }
+}
+
 TEST_F(Leaks, AreCountedInCasesWhateverTheirWeight) {
   fTable.SetWeightVarIndex(fTable.AddNumbers("w", std::vector<double>(240, 1000.0)));
   for (const std::string command : {"SELECTPRED", "NAIVEBAYES"}) {

@@ -88,7 +88,7 @@ TEST_F(NaiveBayesFailures, SayWhyInOneMessageAndLeaveNoTableOrFile) {
       {"y BY good /FORCE FACTORS=fair flat", "Some forced predictors excluded..."},
       {"y BY good fair flat /SUBSET EXACTSIZE=2", "Too few possible predictors, exact size..."},
       {"y BY good fair flat /SUBSET MAXSIZE=3", "Too few possible predictors, maximum size..."},
-      {"y BY good WITH near /CRITERIA BINS=2000000000",
+      {"y BY good WITH near /CRITERIA BINS=40000000",
        "Too many categories for the model: ^1, ^2, ^3..."},
       {"y BY good /TRAININGSAMPLE VARIABLE=one /SUBSET MAXSIZE=AUTO(BESTSUBSET=TESTDATA)",
        "No valid cases in test sample..."},

@@ -14,6 +14,8 @@
 #include "operations/DescribeTable.h"
 #include "operations/InspectState.h"
 #include "operations/MergeStates.h"
+#include "operations/RankPredictors.h"
+#include "operations/ReadsOnce.h"
 #include "operations/RequestError.h"
 #include "operations/RunCommands.h"
 #include "operations/ScoreTable.h"
@@ -91,6 +93,19 @@ class Operations : public testing::Test {
   Surroundings fAround;
 };
 
+TEST(ReadsOnce, IsSaidOnlyWhereTheTextLeavesNoDoubt) {
+  const std::pair<const char*, bool> texts[] = {
+      {"SELECTPRED y.", true},
+      {"* Ranked.\n\n  selectpred y /MISSING USERMISSING=INCLUDE", true},
+      {"SELECTPRED y /PRINT SELECTED\n effects.", false},
+      {"SELECTPRED y /PRINT EFF.", false},
+      {"SELECTPRED y.\nSELECTPRED z.", false},
+      {"NAIVEBAYES y EXCEPT VARIABLES=SELECTPRED.", false},
+      {"", false},
+  };
+  for (const auto& [text, once] : texts) EXPECT_EQ(ReadsOnce(text), once) << text;
+}
+
 TEST_F(Operations, PreparingRefusesWhatTheTableLacksAndNamesTheOption) {
   constexpr auto kScale = KOVA_Variable::kScale;
   const struct {
@@ -108,6 +123,34 @@ TEST_F(Operations, PreparingRefusesWhatTheTableLacksAndNamesTheOption) {
     EXPECT_THAT(plain, testing::StartsWith(c.fRefusal));
     EXPECT_EQ(dashed, "--" + plain);
   }
+}
+
+TEST_F(Operations, ARankingHasEachPredictorOnceWithWhatItsCommandShows) {
+  fTable.AddNumbers("same", std::vector<double>(10, 1.0));
+  PrepareTable(fTable, {});
+  PredSelect::Ranking ranking;
+  const PredSelect::RankRequest request{.fTarget = "paid", .fBy = PredSelect::RankBy::kBits};
+  ASSERT_EQ(RankPredictors(fTable, fDocument, request, fAround, &ranking), Outcome::kCompleted);
+  ASSERT_EQ(ranking.fPredictors.size(), 2u);
+  const auto& age = ranking.fPredictors[0];
+  EXPECT_EQ(age.fName, "age");
+  EXPECT_EQ(age.fRank, 1);
+  EXPECT_EQ(age.fTest, "F");
+  EXPECT_EQ(age.fDf1, 1.0);
+  EXPECT_EQ(age.fDf2, 8.0);
+  EXPECT_EQ(age.fEffect, "Eta Squared");
+  EXPECT_NEAR(age.fSize, age.fStatistic / (age.fStatistic + 8.0), 1e-12);
+  EXPECT_EQ(ranking.fPredictors[1].fName, "home");
+  EXPECT_EQ(ranking.fPredictors[1].fMissing, 10.0);
+  EXPECT_GT(age.fBits, ranking.fPredictors[1].fBits);
+  ASSERT_EQ(ranking.fLeftOut.size(), 1u);
+  EXPECT_EQ(ranking.fLeftOut[0].fName, "same");
+  EXPECT_EQ(ranking.fLeftOut[0].fReason.fKey, "All Cases Constant");
+  const MCHost::OutputRun& run = fDocument.GetRuns().back();
+  EXPECT_EQ(run.fCommand, "rank");
+  EXPECT_TRUE(run.fbCompleted);
+  ASSERT_EQ(run.fTables.size(), 1u);
+  EXPECT_EQ(fDocument.fNCases, 10);
 }
 
 TEST_F(Operations, AnErrorInOneCommandKeepsNoOtherFromRunning) {
@@ -282,6 +325,9 @@ TEST_F(Operations, ARefusedMergeLeavesTheStateAsItWas) {
   const ComponentFile otherRules = CountMore("SELECTPRED paid /SCREENING PCTMISSING=50.");
   EXPECT_EQ(RefusalOf([&] { MergeStates(state, otherRules, "more"); }).first,
             "merge: more cannot be added: other screening rules were asked for.");
+  const ComponentFile otherTails = CountMore("SELECTPRED paid /CRITERIA PVALUES=EXACT.");
+  EXPECT_THAT(RefusalOf([&] { MergeStates(state, otherTails, "more"); }).first,
+              HasSubstr("one was counted with PVALUES=EXACT and the other without."));
   const ComponentFile otherKind = CountMore("SELECTPRED paid BY home age.");
   const auto [plain, dashed] = RefusalOf([&] { MergeStates(state, otherKind, "more"); });
   EXPECT_THAT(dashed, HasSubstr("scale in the other; --level makes them alike."));

@@ -57,6 +57,7 @@ bool PRSParser::Applies(const FSCriterion& criterion) const {
 }
 
 bool PRSParser::ProcessUniCriteriaSubCom(const SubComObj& subCom) {
+  MCCommon::Assert(fbUniVariable, "fbUniVariable", kSource);
   PRSUniCriteria& criteria = fSpecs.Options().fUniCriteria;
   if (!TakeSize(subCom, criteria.fSize)) return false;
   const FSCriterion& criterion = TakeRanking(subCom);
@@ -329,9 +330,7 @@ bool PRSParser::TakePredProb(const ParamObj& param) {
   for (const TokenInfoObj& token : param.getTokenList()) {
     if (token.fType == TokenInfoObj::kNumber) {
       count = token.fNumber;
-      if (count > 0.5 && std::floor(count) == count && count <= std::numeric_limits<int>::max()) {
-        continue;
-      }
+      if (count > 0.5 && std::floor(count) == count) continue;
       fMessages.At(token)
           .Expecting(KeyText("a count of at least 1"))
           .ParamNeedInteger("PREDPROB", "SAVE");
@@ -347,7 +346,8 @@ bool PRSParser::TakePredProb(const ParamObj& param) {
     root = KovaVarName(token.fText);
     hasName = true;
   }
-  fSpecs.SetPredProbRoot(root, static_cast<int>(count));
+  constexpr double kMost = std::numeric_limits<int>::max();  // more than there can be categories
+  fSpecs.SetPredProbRoot(root, static_cast<int>(std::min(count, kMost)));
   return true;
 }
 

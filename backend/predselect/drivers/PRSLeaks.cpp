@@ -28,6 +28,9 @@ std::string Joined(const std::vector<std::string>& names) {
   return text;
 }
 
+// A name is quoted within one line of a command.
+bool MayBeWritten(const std::string& name) { return name.find_first_of("\r\n") == name.npos; }
+
 bool Contains(const std::vector<int>* variables, int var) {
   return variables != nullptr &&
          std::find(variables->begin(), variables->end(), var) != variables->end();
@@ -87,12 +90,14 @@ void PRSLeaks::Warn() const {
   for (const int var : fFound) names.push_back(NameOf(var));
   std::string detail;
   const std::size_t nShown = std::min(fReasons.size(), kMostReasons);
-  for (std::size_t i = 0; i < nShown; ++i) detail += fReasons[i] + "\n";
+  for (std::size_t i = 0; i < nShown; ++i) detail += (i > 0 ? "\n" : "") + fReasons[i];
   const std::size_t nMore = fReasons.size() - nShown;
-  if (nMore > 0) detail += KeyText("and ^1 more like these", {std::to_string(nMore)}) + "\n";
+  if (nMore > 0) detail += "\n" + KeyText("and ^1 more like these", {std::to_string(nMore)});
+  const std::string remedies = Remedies();
+  if (!remedies.empty()) detail += "\n" + remedies;
   MCHost::RaiseMessage(MCHost::OutputMessage::kWarning,
                        "Predictors better than they are: ^1, ^2...",
-                       {Joined(names), std::to_string(names.size())}, detail + Remedies());
+                       {Joined(names), std::to_string(names.size())}, detail);
 }
 
 // A line given here takes the place of the command's own, since there can be one only.
@@ -105,7 +110,7 @@ std::string PRSLeaks::Remedies() const {
   for (const int var : fFound) {
     if (Contains(fSpecs.GetForcePredListPtr(), var)) {
       forced.push_back(NameOf(var));
-    } else {
+    } else if (MayBeWritten(NameOf(var))) {
       leftOut.push_back(var);
     }
   }

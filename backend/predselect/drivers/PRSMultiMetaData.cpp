@@ -47,26 +47,27 @@ bool PRSMultiMetaData::IsAnyDropped() const {
 }
 
 // A predictor's table holds a count and a probability for each of its categories (or bins) and each
-// of the target's. Columns of names or numbers of cases have so many that the machine would give
-// up.
+// of the target's; bins have limits besides, in every copy of the list, and codes to find them by.
+// Columns of names or numbers of cases have so many categories that the machine would give up.
 bool PRSMultiMetaData::FitsIntoMemory() const {
+  constexpr double kNumbersPerBin = 16.0;
   const int nTargets = fAdapter.GetCatVarSize(fSpecs.GetDependVar());
-  double nRows = 0.0;
+  double nNumbers = 0.0;
   int largest = -1;
   int nLargest = 0;
   const auto add = [&](const std::vector<int>* variables, const std::vector<bool>* categorical) {
     for (std::size_t i = 0; variables != nullptr && i < variables->size(); ++i) {
       const int var = (*variables)[i];
       if (IsScreenedOut(var)) continue;
-      const int rows = (*categorical)[i] ? fAdapter.GetCatVarSize(var) : fSpecs.GetMultiBins();
-      nRows += rows;
+      const bool isBinned = !(*categorical)[i];
+      const int rows = isBinned ? fSpecs.GetMultiBins() : fAdapter.GetCatVarSize(var);
+      nNumbers += rows * (2.0 * nTargets + (isBinned ? kNumbersPerBin : 0.0));
       if (rows > nLargest) largest = var;
       nLargest = std::max(nLargest, rows);
     }
   };
   add(fSpecs.GetPredListPtr(), fSpecs.GetPredCatVarListPtr());
   add(fSpecs.GetForcePredListPtr(), fSpecs.GetForceCatVarListPtr());
-  const double nNumbers = 2.0 * nRows * nTargets;
   if (nLargest == 0 || nNumbers * sizeof(double) <= kMostTableBytes) return true;
   MCHost::RaiseMessage(
       MCHost::OutputMessage::kError, "Too many categories for the model: ^1, ^2, ^3...",

@@ -29,6 +29,9 @@ class BpPivotTable {
 
   void Caption(MCHost::OutputText caption) { fTable.fCaption = std::move(caption); }
 
+  // See MCHost::OutputTable::fbFlat.
+  void Flat() { fTable.fbFlat = true; }
+
   // In points.
   void MinDataColumnWidth(int points) { fTable.fMinDataColumnWidth = points; }
 

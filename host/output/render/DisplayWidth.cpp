@@ -113,4 +113,10 @@ std::size_t LongestLine(const std::string& text) {
   return longest;
 }
 
+std::string ShortText(const std::string& text, std::size_t width) {
+  if (DisplayWidth(text) <= width) return text;
+  if (width == 1) return "…";
+  return text.substr(0, FittingPart(text, width - 1).fBytes) + "…";
+}
+
 }  // namespace MCHost

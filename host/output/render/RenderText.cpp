@@ -6,6 +6,7 @@
 #include "host/output/OutputDocument.h"
 #include "host/output/ShowText.h"
 #include "host/output/render/DisplayWidth.h"
+#include "host/output/render/FlatText.h"
 #include "host/output/render/TableAxis.h"
 #include "host/output/render/TextTable.h"
 #include "host/text/VisibleText.h"
@@ -34,7 +35,8 @@ class PageWriter {
   void BeginBlock();
   void Title(const std::string& title);
   // A text wrapped beside its lead, which the first line carries and the others leave blank.
-  void Hanging(const std::string& lead, const std::string& text);
+  // `flat`: no wider than a flat table.
+  void Hanging(const std::string& lead, const std::string& text, bool flat = false);
   std::string Styled(const std::string& text, const char* style) const;
 
   const TextOptions& fOptions;
@@ -95,11 +97,13 @@ void PageWriter::Notes(const std::vector<OutputNote>& notes) {
 void PageWriter::Table(const OutputTable& table) {
   BeginBlock();
   Title(ShowText(table.fTitle));
-  fPage += TextTable(table, fOptions.fWidth).Draw();
-  if (table.fCaption) Hanging("", ShowText(*table.fCaption));
+  fPage += table.fbFlat ? FlatText(table, fOptions.fWidth).Draw()
+                        : TextTable(table, fOptions.fWidth).Draw();
+  if (table.fCaption && table.fbFlat && !table.fCells.empty()) fPage += "\n";
+  if (table.fCaption) Hanging("", ShowText(*table.fCaption), table.fbFlat);
   for (std::size_t i = 0; i < table.fFootnotes.size(); ++i) {
     const std::string mark = FootnoteMarks({static_cast<int>(i)}).substr(1);
-    Hanging(mark + " ", ShowText(table.fFootnotes[i]));
+    Hanging(mark + " ", ShowText(table.fFootnotes[i]), table.fbFlat);
   }
 }
 
@@ -125,10 +129,11 @@ void PageWriter::Title(const std::string& title) {
   fPage += Styled(VisibleText(title), kBold) + "\n";
 }
 
-void PageWriter::Hanging(const std::string& lead, const std::string& text) {
+void PageWriter::Hanging(const std::string& lead, const std::string& text, bool flat) {
+  const std::size_t width = flat ? FlatText::WidthOn(fOptions.fWidth) : fOptions.fWidth;
   std::string margin = VisibleText(lead, "");
   const std::size_t indent = DisplayWidth(margin);
-  const std::size_t room = fOptions.fWidth > indent + 20 ? fOptions.fWidth - indent : 20;
+  const std::size_t room = width > indent + 20 ? width - indent : 20;
   for (const std::string& line : WrapText(VisibleText(text), room)) {
     fPage += margin + line + "\n";
     margin.assign(indent, ' ');

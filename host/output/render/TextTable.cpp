@@ -15,6 +15,7 @@ namespace {
 constexpr std::size_t kPadding = 2;        // a blank on either side of a text
 constexpr std::size_t kBorder = 1;         // one line between neighbours
 constexpr std::size_t kHeadingWidth = 18;  // headings up to here are not wrapped
+constexpr std::size_t kLeastLabel = 12;    // row labels are not made narrower for the columns
 constexpr std::size_t kLeastRoom = 20;     // for a column, however wide the row labels are
 constexpr std::size_t kPointsPerGlyph = 8;
 constexpr std::size_t kNoSeparator = static_cast<std::size_t>(-1);
@@ -85,32 +86,8 @@ TextTable::TextTable(const OutputTable& table, std::size_t pageWidth)
     if (!fCorner.empty()) fCorner += " / ";
     fCorner += ShowText(table.fDimensions[dimension].fName);
   }
-  MeasureLabels(fPageWidth * 2 / 5);
+  MeasureLabels();
   NarrowLabels();
-}
-
-// Labels give up room where the page then takes the columns in fewer panels.
-void TextTable::NarrowLabels() {
-  std::size_t fewest = MostPanels();
-  for (const std::size_t part : {4, 5}) {
-    if (fewest < 2) return;
-    const std::vector<std::size_t> wished = fLabelWidths;
-    MeasureLabels(fPageWidth / part);
-    const std::size_t panels = MostPanels();
-    if (panels >= fewest) fLabelWidths = wished;
-    fewest = std::min(fewest, panels);
-  }
-}
-
-std::size_t TextTable::MostPanels() const {
-  std::size_t most = 0;
-  for (const AxisEntry& layer : AxisEntries(fTable, OutputDimension::kLayer)) {
-    const std::vector<std::size_t> widths = MeasureColumns(layer);
-    std::size_t panels = 0;
-    for (std::size_t at = 0; at < widths.size(); at = PanelEnd(widths, at)) ++panels;
-    most = std::max(most, panels);
-  }
-  return most;
 }
 
 std::string TextTable::Draw() const {
@@ -339,22 +316,40 @@ void TextTable::DrawCells(const Panel& panel) const {
   }
 }
 
-void TextTable::MeasureLabels(std::size_t room) {
+void TextTable::MeasureLabels() {
   const std::size_t levels = std::max<std::size_t>(fRowDepth, 1);
-  const std::size_t cap = std::max<std::size_t>(12, room / levels);
+  const std::size_t cap = std::max<std::size_t>(12, fPageWidth * 2 / 5 / levels);
   fLabelWidths.assign(fRowDepth, 1);
   for (const Block& block : Blocks(fRows, fRowDepth)) {
     const std::size_t levelsSpanned = block.fLevelEnd - block.fLevel;
     const std::size_t word = LongestWord(block.fText);  // one that must be broken asks for nothing
     const std::size_t most = std::max(cap * levelsSpanned, word <= 2 * cap ? word : 0);
     const std::size_t wanted = std::min(LongestLine(block.fText), most);
-    const std::size_t have = SpanWidth(fLabelWidths, block.fLevel, block.fLevelEnd);
-    if (wanted > have) fLabelWidths[block.fLevelEnd - 1] += wanted - have;
+    const std::size_t room = SpanWidth(fLabelWidths, block.fLevel, block.fLevelEnd);
+    if (wanted > room) fLabelWidths[block.fLevelEnd - 1] += wanted - room;
   }
   if (fRowDepth == 0) return;
-  const std::size_t have = SpanWidth(fLabelWidths, 0, fRowDepth);
+  const std::size_t room = SpanWidth(fLabelWidths, 0, fRowDepth);
   const std::size_t wanted = std::min(LongestLine(fCorner), cap * levels);
-  if (wanted > have) fLabelWidths.back() += wanted - have;
+  if (wanted > room) fLabelWidths.back() += wanted - room;
+}
+
+void TextTable::NarrowLabels() {
+  if (fRowDepth != 1) return;
+  std::size_t least = kLeastLabel;
+  for (const Block& block : Blocks(fRows, fRowDepth)) {
+    least = std::max(least, LongestWord(block.fText));
+  }
+  std::size_t widest = 0;
+  for (const AxisEntry& layer : AxisEntries(fTable, OutputDimension::kLayer)) {
+    const std::vector<std::size_t> widths = MeasureColumns(layer);
+    for (const Block& block : Blocks(fColumns, std::min<std::size_t>(fColumnDepth, 1))) {
+      widest = std::max(widest, SpanWidth(widths, block.fFrom, block.fTo));
+    }
+  }
+  const std::size_t used = widest + 2 * kPadding + 3 * kBorder;
+  const std::size_t room = fPageWidth > used ? fPageWidth - used : 0;
+  if (room >= least) fLabelWidths[0] = std::min(fLabelWidths[0], room);
 }
 
 std::size_t TextTable::RoomForColumns() const {

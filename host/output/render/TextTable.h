@@ -50,12 +50,13 @@ class TextTable {
   void DrawSeparators(const Panel& panel) const;
   void DrawCells(const Panel& panel) const;
 
-  void MeasureLabels(std::size_t room);
+  void MeasureLabels();
+  // Labels of one level give up their wishes too, where groups of columns then need not be cut.
   void NarrowLabels();
-  std::size_t MostPanels() const;
   std::vector<std::size_t> MeasureColumns(const AxisEntry& layer) const;
   std::size_t RoomForColumns() const;
-  // The most that one column may take, so that a single word never makes a line longer than the page.
+  // The most that one column may take, so that a single word never makes a line longer than the
+  // page.
   std::size_t MostOfAColumn() const;
   std::vector<std::size_t> ColumnWidths(const AxisEntry& layer, std::size_t least,
                                         std::size_t (*measure)(const std::string&)) const;

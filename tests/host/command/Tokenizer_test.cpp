@@ -115,6 +115,29 @@ TEST(CommandSplitter, EndsCommandsAtPeriodsThatEndLines) {
   }
 }
 
+TEST(CommandSplitter, EndsCommandsBeforeTheWordOfAnother) {
+  const struct {
+    const char* fText;
+    std::vector<std::string> fCommands;
+  } cases[] = {
+      {"RANK x. MODEL y.", {"RANK x.", "MODEL y."}},
+      {"RANK x.\t mod y. rank z", {"RANK x.", "mod y.", "rank z"}},
+      {"RANK a.b /C 1. SIZE=2.", {"RANK a.b /C 1. SIZE=2."}},
+      {"RANK x.MODEL y.", {"RANK x.MODEL y."}},
+      {"RANK x. MODELS y.", {"RANK x. MODELS y."}},
+      {"RANK 'x. MODEL' \"it''s. RANK\".", {"RANK 'x. MODEL' \"it''s. RANK\"."}},
+      {"* see x. RANK y.\nRANK x.", {"RANK x."}},
+      {"RANK x.  * MODEL y.", {"RANK x.  * MODEL y."}},
+  };
+  for (const auto& c : cases) {
+    std::vector<std::string> found;
+    for (const auto& command : SplitCommands(c.fText, {"RANK", "MODEL"})) {
+      found.push_back(command.fText);
+    }
+    EXPECT_EQ(found, c.fCommands) << c.fText;
+  }
+}
+
 TEST(CommandSplitter, SaysWhereEachCommandStarts) {
   const auto commands = SplitCommands("* note.\n\n  A x\n y.\n B.\n");
   ASSERT_EQ(commands.size(), 2u);

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -68,6 +69,35 @@ TEST(Tables, ReadBackWhatTheyWroteInEveryFormatAndStorage) {
       }
     }
   }
+}
+
+TEST(Tables, ForOneScanLargeFilesAreKeptOnlyWhereThereIsNoRoomOnDisk) {
+  constexpr int kCases = 180000;
+  constexpr int kColumns = 24;
+  const ScratchFolder folder;
+  std::vector<double> values(kCases);
+  for (int i = 0; i < kCases; ++i) values[static_cast<std::size_t>(i)] = std::sqrt(i + 2.0);
+  MemoryTable table;
+  for (int j = 0; j < kColumns; ++j) table.AddNumbers("x" + std::to_string(j), values);
+  const std::string large = folder.Path("large.parquet");
+  WriteDataFile(table, large);
+  const std::string small = folder.Write("small.csv", "a\n1\n");
+  const std::string bad = folder.Write("bad.csv", "a\n1" + std::string(1 << 25, '1') + ",2\n");
+  const auto open = [](const std::string& path) {
+    return OpenDataFile(path, {}, TableStorage::kOnce);
+  };
+  EXPECT_FALSE(open(large)->KeepsCells());
+  EXPECT_TRUE(open(small)->KeepsCells());
+  EXPECT_THROW(open(bad), HostIOError);
+  const char* was = std::getenv("TMPDIR");
+  const std::string saved = was != nullptr ? was : "";
+  for (const char* full : {"/proc", "/proc/none"}) {
+    setenv("TMPDIR", full, 1);
+    const auto kept = open(large);
+    EXPECT_TRUE(kept->KeepsCells()) << full;
+    EXPECT_EQ(kept->CaseCount(), kCases);
+  }
+  was != nullptr ? setenv("TMPDIR", saved.c_str(), 1) : unsetenv("TMPDIR");
 }
 
 TEST(Tables, DelimitedTextIsPlainAndExact) {

@@ -50,6 +50,55 @@ void ShowSummary() {
   table.Show();
 }
 
+TEST(RenderText, DrawsAFlatTableALineARowAndAsManyColumnsAsFit) {
+  using MCHost::OutputFormat;
+  MCTest::OutputHost host;
+  BpPivotTable table("Ranking", "Ranking");
+  table.Flat();
+  BpDimension rows = table.RowDimension("Predictor");
+  BpDimension columns = table.ColumnDimension("Statistics");
+  const BpCategory rank = columns.AddCategory(BpString("Rank"), OutputFormat::kCount);
+  BpGroup effect = columns.AddGroup(BpString("Effect"));
+  const BpCategory type = effect.AddCategory(BpString("Type"));
+  const BpCategory size = effect.AddCategory(BpString("Size"), OutputFormat::kStrength);
+  BpCategory p = columns.AddCategory(BpString("Log10 p"), OutputFormat::kTenths);
+  const BpCategory bits = columns.AddCategory(BpString("Bits"), OutputFormat::kCorrelation);
+  const BpCategory first = rows.AddCategory(OutputText::Variable("a_name_too_long_for_it", ""));
+  const BpCategory second = rows.AddCategory(OutputText::Variable("性別", ""));
+  table.SetCell({first, rank}, 1.0);
+  table.SetCell({first, type}, OutputText::Literal("V"));
+  table.SetCell({first, size}, -0.75);
+  table.SetCell({first, p}, -123.456);
+  table.SetCell({first, bits}, 0.5);
+  table.SetCell({second, rank}, 2.0);
+  table.SetCell({second, size}, KOVA_SystemMissing);
+  table.SetCell({second, p}, -0.01);
+  p.CellNote({second}, OutputText::Literal("Hm."));
+  table.Caption(OutputText::Literal("All about it."));
+  table.Show();
+  const std::pair<std::size_t, const char*> cases[] = {{80, R"(Ranking
+Rank  Predictor               Effect              log10 p  Bits
+───────────────────────────────────────────────────────────────
+   1  a_name_too_long_for_it  V -.750 ███████▌     -123.5  .500
+   2  性別                                        0.0 [a]
+
+All about it.
+[a] Hm.
+)"},
+                                                       {44, R"(Ranking
+Rank  Predictor      Effect          log10 p
+────────────────────────────────────────────
+   1  a_name_too_l…  V -.750 ████▌    -123.5
+   2  性別                           0.0 [a]
+
+All about it.
+[a] Hm.
+)"}};
+  for (const auto& [width, page] : cases) {
+    EXPECT_EQ(MCHost::RenderText(host.fDocument, {.fWidth = width}), page);
+  }
+}
+
 TEST(RenderText, NestsHeadingsMarksFootnotesAndAlignsWideCharacters) {
   MCTest::OutputHost host;
   ShowSummary();
@@ -104,28 +153,6 @@ Sample: Training
 )");
 }
 
-TEST(RenderText, WrapsRowLabelsWhereThatSavesAPanel) {
-  MCTest::OutputHost host;
-  BpPivotTable table("Effects", "Effects");
-  BpDimension rows = table.RowDimension("Predictor");
-  BpDimension columns = table.ColumnDimension("Statistics");
-  const BpCategory island =
-      rows.AddCategory(OutputText::Variable("island", "Island of the archipelago"));
-  for (const char* name : {"First", "Second", "Third", "Fourth"}) {
-    table.SetCell({island, columns.AddCategory(BpString(name), BpProcedure::GeneralStat())}, 12.5);
-  }
-  table.Show();
-  EXPECT_EQ(MCHost::RenderText(host.fDocument, {.fWidth = 60}),
-            R"(Effects
-┌─────────────────┬────────┬────────┬────────┬────────┐
-│ Predictor       │  First │ Second │  Third │ Fourth │
-├─────────────────┼────────┼────────┼────────┼────────┤
-│ Island of the   │ 12.500 │ 12.500 │ 12.500 │ 12.500 │
-│ archipelago     │        │        │        │        │
-└─────────────────┴────────┴────────┴────────┴────────┘
-)");
-}
-
 TEST(RenderText, WrapsTheHeadingsOfATableThatFitsThePageNoOtherWay) {
   MCTest::OutputHost host;
   BpPivotTable table("Classification", "Classification");
@@ -151,6 +178,43 @@ TEST(RenderText, WrapsTheHeadingsOfATableThatFitsThePageNoOtherWay) {
 │ Adelie (Pygoscelis  │         103 │    99.0% │
 │ adeliae)            │             │          │
 └─────────────────────┴─────────────┴──────────┘
+)");
+}
+
+TEST(RenderText, NarrowsTheRowLabelsWhereThatKeepsAGroupOfColumnsTogether) {
+  MCTest::OutputHost host;
+  BpPivotTable table("Predictor Effects", "PredictorEffects");
+  BpDimension rows = table.RowDimension("Predictor");
+  BpDimension columns = table.ColumnDimension("Statistics");
+  const BpCategory row = rows.AddCategory(OutputText::Literal("the length of one flipper in mm"));
+  for (const char* title : {"Test", "Effect"}) {
+    BpGroup group = columns.AddGroup(BpString(title));
+    for (const char* name : {"Value", "Lower", "Upper"}) {
+      table.SetCell({row, group.AddCategory(BpString(name), BpProcedure::GeneralStat())}, 594.802);
+    }
+  }
+  table.Show();
+  MCHost::TextOptions narrow;
+  narrow.fWidth = 50;
+  EXPECT_EQ(MCHost::RenderText(host.fDocument, narrow), R"(Predictor Effects
+┌──────────────────┬─────────────────────────────┐
+│                  │            Test             │
+│                  ├─────────┬─────────┬─────────┤
+│ Predictor        │   Value │   Lower │   Upper │
+├──────────────────┼─────────┼─────────┼─────────┤
+│ the length of    │ 594.802 │ 594.802 │ 594.802 │
+│ one flipper in   │         │         │         │
+│ mm               │         │         │         │
+└──────────────────┴─────────┴─────────┴─────────┘
+┌──────────────────┬─────────────────────────────┐
+│                  │           Effect            │
+│                  ├─────────┬─────────┬─────────┤
+│ Predictor        │   Value │   Lower │   Upper │
+├──────────────────┼─────────┼─────────┼─────────┤
+│ the length of    │ 594.802 │ 594.802 │ 594.802 │
+│ one flipper in   │         │         │         │
+│ mm               │         │         │         │
+└──────────────────┴─────────┴─────────┴─────────┘
 )");
 }
 
@@ -248,7 +312,8 @@ TEST(RenderText, KeepsATableInThePageWhateverTheLengthOfItsWords) {
   table.SetCell({rows.AddCategory(word), group.AddCategory(word)}, word);
   table.Show();
   const std::string page = MCHost::RenderText(host.fDocument, {});
-  for (std::size_t at = 0, end = 0; (end = page.find('\n', at)) != std::string::npos; at = end + 1) {
+  for (std::size_t at = 0, end = 0; (end = page.find('\n', at)) != std::string::npos;
+       at = end + 1) {
     ASSERT_LE(MCHost::DisplayWidth(page.substr(at, end - at)), 100U);
   }
 }

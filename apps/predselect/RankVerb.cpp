@@ -1,0 +1,36 @@
+#include "apps/predselect/RankVerb.h"
+
+#include <memory>
+#include <set>
+#include <string>
+
+#include "apps/predselect/ExitCode.h"
+#include "apps/predselect/LiveOutput.h"
+#include "apps/predselect/OpenTable.h"
+#include "apps/predselect/Options.h"
+#include "apps/predselect/ProgramSurroundings.h"
+#include "apps/predselect/ProgressLine.h"
+#include "apps/predselect/Terminal.h"
+#include "host/data/DataTable.h"
+#include "operations/RankPredictors.h"
+
+namespace PredSelectApp {
+
+int RankData(const Options& options) {
+  const std::unique_ptr<MCHost::DataTable> table = OpenTable(options.fData);
+  if (options.fbShowCommand) {
+    WriteResults(options.fResult, PredSelect::RankCommand(*table, options.fRank));
+    return kCompleted;
+  }
+  std::set<std::string> notes;
+  ShowNotes(*table, options.fResult, notes);
+  ProgressLine progress(WantsProgress(options.fResult));
+  LiveOutput document(options.fResult, progress, options.fData.fFile);
+  const PredSelect::Outcome outcome = PredSelect::RankPredictors(
+      *table, document, options.fRank, ProgramSurroundings(options, progress));
+  progress.Clear();
+  WriteDocument(document, options.fResult);
+  return ExitCodeOf(outcome);
+}
+
+}  // namespace PredSelectApp

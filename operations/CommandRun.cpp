@@ -1,0 +1,131 @@
+#include "operations/CommandRun.h"
+
+#include <cstddef>
+#include <utility>
+
+#include "host/command/KovaVarName.h"
+#include "host/data/DataTable.h"
+#include "host/output/ShowText.h"
+#include "host/output/pivot/BpComposite.h"
+#include "operations/NoVariable.h"
+#include "operations/RequestError.h"
+
+namespace PredSelect {
+
+namespace {
+
+using MCHost::OutputText;
+
+constexpr std::size_t kMostNames = 10;  // of one reason, in a text
+
+// "a, b, c and 12 more (All cases missing)".
+OutputText LeftOutFor(const OutputText& reason, const std::vector<std::string>& names) {
+  BpComposite list("[%1:, ^1:]1");
+  list.Sublist();
+  for (std::size_t i = 0; i < names.size() && i < kMostNames; ++i) list.AddLiteral(names[i]);
+  list.EndSublist();
+  if (names.size() <= kMostNames) {
+    return BpComposite("^1 (^2)").Add(list.Finish()).Add(reason).Finish();
+  }
+  return BpComposite("^1 and ^2 more (^3)")
+      .Add(list.Finish())
+      .AddLiteral(std::to_string(names.size() - kMostNames))
+      .Add(reason)
+      .Finish();
+}
+
+// One of reason and kind of predictor is the heading of the other.
+OutputText ReasonOf(const MCHost::OutputDimension& rows, int leaf) {
+  for (const int category : rows.PathTo(leaf)) {
+    const OutputText& label = rows.fCategories[static_cast<std::size_t>(category)].fLabel;
+    if (label.fKey != "Categorical" && label.fKey != "Scale") return label;
+  }
+  return {};
+}
+
+}  // namespace
+
+CommandRun::CommandRun(MCHost::OutputDocument& document, const std::string& name)
+    : fDocument(document) {
+  fDocument.BeginRun(name);
+}
+
+Outcome CommandRun::Run(MCHost::DataTable& table, const RunRequest& request,
+                        const Surroundings& surroundings) {
+  const Outcome outcome = RunCommands(table, *this, request, surroundings);
+  fDocument.fVersion = fVersion;
+  fDocument.fNCases = fNCases;
+  fDocument.fNVariables = fNVariables;
+  MCHost::OutputRun& run = fDocument.CurrentRun();
+  run.fbCompleted = CurrentRun().fbCompleted;
+  run.fNewVariables = CurrentRun().fNewVariables;
+  run.fFiles = CurrentRun().fFiles;
+  return outcome;
+}
+
+const MCHost::OutputTable* CommandRun::Find(const std::string& subtype) const {
+  for (const MCHost::OutputRun& run : GetRuns()) {
+    for (const MCHost::OutputTable& table : run.fTables) {
+      if (table.fSubtype == subtype) return &table;
+    }
+  }
+  return nullptr;
+}
+
+void CommandRun::AddMessage(MCHost::OutputMessage message) {
+  if (message.fText.fKey != "No predictors excluded ...") fDocument.AddMessage(std::move(message));
+}
+
+std::vector<LeftOutPredictor> LeftOutPredictors(const CommandRun& run) {
+  std::vector<LeftOutPredictor> leftOut;
+  const MCHost::OutputTable* table = run.Find("ExcludedPredictors");
+  if (table == nullptr) return leftOut;
+  for (const MCHost::OutputCell& cell : table->fCells) {
+    const auto* list = std::get_if<OutputText>(&cell.fValue);
+    if (list == nullptr || list->fArguments.empty()) continue;
+    for (const OutputText& name : list->fArguments.front().fItems) {
+      leftOut.push_back({MCHost::TextId(name), ReasonOf(table->fDimensions[0], cell.fPlace[0])});
+    }
+  }
+  return leftOut;
+}
+
+OutputText LeftOutText(const std::vector<LeftOutPredictor>& leftOut) {
+  std::vector<std::pair<OutputText, std::vector<std::string>>> byReason;
+  for (const LeftOutPredictor& predictor : leftOut) {
+    auto found = byReason.begin();
+    while (found != byReason.end() && !(found->first == predictor.fReason)) ++found;
+    if (found == byReason.end()) found = byReason.insert(found, {predictor.fReason, {}});
+    found->second.push_back(predictor.fName);
+  }
+  BpComposite text("Left out before: ^1...");
+  text.Sublist();
+  for (const auto& [reason, names] : byReason) text.Add(LeftOutFor(reason, names));
+  return text.EndSublist().Finish();
+}
+
+OutputText Paragraphs(std::vector<OutputText> texts) {
+  BpComposite all("[%1:\n^1:]1");
+  all.Sublist();
+  for (OutputText& text : texts) all.Add(std::move(text));
+  return all.EndSublist().Finish();
+}
+
+int NamedVariable(const MCHost::ITable& table, const std::string& name, const std::string& option) {
+  for (int i = 0; i < table.ColumnCount(); ++i) {
+    if (table.GetVariable(i).GetName() == name) return i;
+  }
+  const std::string text = NoVariable(table, name);
+  throw option.empty() ? RequestError(text) : RequestError(option, text);
+}
+
+std::string ExceptSubcommand(const MCHost::ITable& table, const std::vector<std::string>& names) {
+  std::string text;
+  for (const std::string& name : names) {
+    NamedVariable(table, name, "except");
+    text += (text.empty() ? "\n  /EXCEPT VARIABLES=" : " ") + KovaVarName(name).Quoted();
+  }
+  return text;
+}
+
+}  // namespace PredSelect
