@@ -18,7 +18,9 @@ std::vector<FileUse> FilesOf(const Options& options) {
       {options.fData.fSchema, "--schema", "the schema", false},
       {options.fCommandFile, "--file", "the commands", false},
       {options.fResult.fFile, "--output", "the output", true},
-      {options.fSaveState, "--save-state", "the state", true},
+      {options.fSaveState, options.fAction == Options::kModel ? "--save-model" : "--save-state",
+       "the state", true},
+      {options.fModel.fPmml, "--pmml", "the model", true},
       {options.fSave.fFile, "--save-data", "the data to be saved", true, true},
       {options.fDrift, "--drift", "the drift report", true}};
   if (options.fAction != Options::kMerge && !options.fStates.empty()) {
@@ -49,6 +51,7 @@ bool MayBeSaved(const SaveOptions& save) {
 
 void CheckOutputs(const Options& options) {
   if (!options.fResult.fFile.empty()) MCHost::OutputFile::Check(options.fResult.fFile);
+  if (!options.fModel.fPmml.empty()) MCHost::OutputFile::Check(options.fModel.fPmml);
   const std::string& saved = options.fSave.fFile;
   if (!saved.empty()) MCHost::CheckDataFile(saved);
   if (!saved.empty() && !MayBeSaved(options.fSave)) {

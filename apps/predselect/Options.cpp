@@ -26,8 +26,9 @@ constexpr const char* kExamples = R"(Examples:
   What is in the file?
     predselect describe penguins.csv
 
-  Which columns go with a target?
+  Which columns go with a target? Which few predict it, and how well?
     predselect rank penguins.csv species
+    predselect model penguins.csv species --save-model model.bin
 
   The same with the command language, for some columns:
     predselect run --data penguins.csv \
@@ -46,8 +47,8 @@ constexpr const char* kExamples = R"(Examples:
     predselect inspect all.bin
 
   Keep a model and predict new data with it:
-    predselect run --data old.csv -c "NAIVEBAYES income" --save-state model.bin
-    predselect score --model model.bin --data new.csv --save-data predicted.csv
+    predselect model old.csv income --save-model model.bin
+    predselect score --model model.bin new.csv --save-data predicted.csv
 
   Its predictions alone, beside the columns that tell the cases apart:
     predselect score --model model.bin --data new.csv --save-data keyed.csv --only-new --id id
@@ -183,18 +184,11 @@ void RefuseOneFileForTwo(const Options& options) {
   }
 }
 
-// Empty, or why a state cannot be saved under the name.
-std::string IsStateName(const std::string& name) {
-  for (const char* ending : {".bin", ".xml"}) {
-    if (name.size() > 4 && name.ends_with(ending)) return "";
-  }
-  return "\"" + name + "\": a state file is named .bin or .xml";
-}
-
 void AddState(CLI::App& command, const std::string& name, Options& options, bool several) {
   command.add_option(name, options.fStates, "State saved by run --save-state")
       ->required()
       ->expected(several ? 2 : 1, several ? CLI::detail::expected_max_vector_size : 1)
+      ->allow_extra_args(several)
       ->type_name("STATE");
 }
 
@@ -239,6 +233,49 @@ CLI::App* AddRank(CLI::App& app, Options& options) {
   AddResultOptions(*rank, options.fResult);
   AddProgress(*rank, options.fResult);
   return rank;
+}
+
+// Empty, or why a state cannot be saved under the name.
+std::string IsStateName(const std::string& name) {
+  for (const char* ending : {".bin", ".xml"}) {
+    if (name.size() > 4 && name.ends_with(ending)) return "";
+  }
+  return "\"" + name + "\": a state file is named .bin or .xml";
+}
+
+CLI::App* AddModel(CLI::App& app, Options& options) {
+  CLI::App* model = app.add_subcommand(
+      "model", "Build a classifier of a target from the few columns that serve it best");
+  AddDataOptions(*model, options.fData);
+  AddWeight(*model, options.fData);
+  AddTarget(*model, options, options.fModel.fTarget, options.fModel.fExcept);
+  CLI::Option* test =
+      model
+          ->add_option("--test", options.fModel.fTest,
+                       "Share of the cases, drawn at random, that test the model; 0 for none")
+          ->check(CLI::Range(0.0, 0.99))
+          ->capture_default_str()
+          ->type_name("SHARE");
+  model
+      ->add_option("--training-column", options.fModel.fTrainingColumn,
+                   "Column that is 1 in the cases that train the model; the others test it")
+      ->type_name("VAR")
+      ->excludes(test);
+  model
+      ->add_option("--predictors", options.fModel.fPredictors,
+                   "At most so many (default: as many as serve the model)")
+      ->check(CLI::PositiveNumber)
+      ->type_name("N");
+  AddResultOptions(*model, options.fResult);
+  AddSaveOptions(*model, "predictions", options.fSave);
+  model
+      ->add_option("--save-model", options.fSaveState,
+                   "Keep the model for predselect score: .bin or .xml")
+      ->type_name("FILE")
+      ->check(IsStateName);
+  model->add_option("--pmml", options.fModel.fPmml, "Write the model as PMML")->type_name("FILE");
+  AddProgress(*model, options.fResult);
+  return model;
 }
 
 CLI::App* AddInspect(CLI::App& app, Options& options) {
@@ -324,6 +361,7 @@ Options ParseOptions(int argc, char** argv) {
   AddResultOptions(*describe, options.fResult);
 
   CLI::App* rank = AddRank(app, options);
+  CLI::App* model = AddModel(app, options);
   CLI::App* inspect = AddInspect(app, options);
   CLI::App* score = AddScore(app, options);
   CLI::App* merge = AddMerge(app, options);
@@ -334,8 +372,9 @@ Options ParseOptions(int argc, char** argv) {
       throw CLI::RequiredError("-c or -f");
     }
     const std::pair<CLI::App*, Options::Action> actions[] = {
-        {run, Options::kRun},         {rank, Options::kRank},   {describe, Options::kDescribe},
-        {inspect, Options::kInspect}, {score, Options::kScore}, {merge, Options::kMerge}};
+        {run, Options::kRun},           {rank, Options::kRank},       {model, Options::kModel},
+        {describe, Options::kDescribe}, {inspect, Options::kInspect}, {score, Options::kScore},
+        {merge, Options::kMerge}};
     for (const auto& [command, action] : actions) {
       if (command->parsed()) options.fAction = action;
     }

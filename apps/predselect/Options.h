@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "operations/BuildModel.h"
 #include "operations/RankPredictors.h"
 
 namespace PredSelectApp {
@@ -40,7 +41,7 @@ struct ResultOptions {
 };
 
 struct Options {
-  enum Action { kNone, kRun, kRank, kDescribe, kInspect, kScore, kMerge };
+  enum Action { kNone, kRun, kRank, kModel, kDescribe, kInspect, kScore, kMerge };
   static constexpr double kAutoMemory = -1.0;
 
   Action fAction = kNone;
@@ -58,7 +59,8 @@ struct Options {
   std::string fDrift;    // score: file of what differs from the training data, empty for none
   double fMemory = 0.0;  // run: kilobytes for cases, 0 for as the commands say
   PredSelect::RankRequest fRank;
-  bool fbShowCommand = false;  // rank: show the command instead of running it
+  PredSelect::ModelRequest fModel;
+  bool fbShowCommand = false;  // rank and model: show the command instead of running it
   int fExitCode = 0;           // for kNone: help was shown (0) or the usage was wrong
 };
 

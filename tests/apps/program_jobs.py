@@ -251,6 +251,14 @@ def every_option():
         yield Job(["rank", *PENGUINS, "species", *options])
     for target in ("y", "x", "name", "gone", "nothing"):
         yield Job(["rank", *SURVEY, target])
+        yield Job(["model", *SURVEY, target])
+    for options in ([], JSON, ["--test", "0"], ["--test", "1"], ["--predictors", "2"],
+                    ["--training-column", "year"], ["--training-column", "sex"],
+                    ["--except", "sex", "--weight", "year"], ["--show-command"],
+                    ["--save-model", "m.bin", "--pmml", "m.xml", "--save-data", "out.csv"],
+                    ["--pmml", "m.xml", "--save-model", "m.xml"],
+                    ["--save-data", "new.csv", "--only-new", "--stream"]):
+        yield Job(["model", *PENGUINS, "species", *options])
     for width in ("20", "60", "200"):
         yield run(PENGUINS, f"SELECTPRED {MIXED} /PLOT SUMMARY.", env={"COLUMNS": width})
     yield run(table("tokens.csv", "--null", "-", "--null", "."), "SELECTPRED y WITH x.")
@@ -278,7 +286,7 @@ def every_option():
     for args in ([], ["--help"], ["--version"], ["--wrong"], ["explain"], ["run"], ["run", *PLAIN],
                  ["run", "-c", "x"], ["describe"], ["inspect"], ["score", *PLAIN], ["merge"]):
         yield Job(args)
-    for command in ("run", "rank", "describe", "inspect", "score", "merge"):
+    for command in ("run", "rank", "model", "describe", "inspect", "score", "merge"):
         yield Job([command, "--help"])
 
 
