@@ -44,7 +44,7 @@ std::string Subset(const MCHost::ITable& table, const ModelRequest& request, boo
 
 std::string InQuotes(const std::string& text) {
   std::string quoted = "'";
-  for (const char c : text) quoted += c == '\'' ? std::string("''") : std::string(1, c);
+  for (const char c : text) quoted.append(c == '\'' ? 2 : 1, c);
   return quoted + "'";
 }
 

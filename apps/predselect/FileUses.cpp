@@ -50,7 +50,9 @@ bool MayBeSaved(const SaveOptions& save) {
 }
 
 void CheckOutputs(const Options& options) {
-  if (!options.fResult.fFile.empty()) MCHost::OutputFile::Check(options.fResult.fFile);
+  const ResultOptions& result = options.fResult;
+  if (result.fFormat == OutputFormat::kColumns) MCHost::CheckDataFile(result.fFile);
+  if (!result.fFile.empty()) MCHost::OutputFile::Check(result.fFile);
   if (!options.fModel.fPmml.empty()) MCHost::OutputFile::Check(options.fModel.fPmml);
   const std::string& saved = options.fSave.fFile;
   if (!saved.empty()) MCHost::CheckDataFile(saved);

@@ -117,10 +117,40 @@ void AddChoice(CLI::App& command, const std::string& name, Value& value,
   command.add_option_function<std::string>(name, take, help)->type_name(words);
 }
 
-void AddResultOptions(CLI::App& command, ResultOptions& result) {
+void AddFormat(CLI::App& command, ResultOptions& result) {
   AddChoice<OutputFormat>(command, "--format", result.fFormat,
                           {{"text", OutputFormat::kText}, {"json", OutputFormat::kJson}},
                           "A page to read (default), or a document for programs");
+}
+
+// Of a command whose result is one flat table.
+void AddFlatFormat(CLI::App& command, ResultOptions& result) {
+  AddChoice<OutputFormat>(
+      command, "--format", result.fFormat,
+      {{"text", OutputFormat::kText},
+       {"json", OutputFormat::kJson},
+       {"csv", OutputFormat::kCsv},
+       {"tsv", OutputFormat::kTsv},
+       {"jsonl", OutputFormat::kJsonLines},
+       {"markdown", OutputFormat::kMarkdown}},
+      "A page to read (default), a document for programs, or the table alone, a record a line; "
+      "without it the extension of --output decides: .json, .csv, .tsv, .jsonl, .md, .parquet, "
+      ".arrow, .feather");
+}
+
+OutputFormat FormatOf(const std::string& path) {
+  constexpr std::pair<const char*, OutputFormat> kEndings[] = {
+      {".json", OutputFormat::kJson},     {".csv", OutputFormat::kCsv},
+      {".tsv", OutputFormat::kTsv},       {".jsonl", OutputFormat::kJsonLines},
+      {".md", OutputFormat::kMarkdown},   {".parquet", OutputFormat::kColumns},
+      {".arrow", OutputFormat::kColumns}, {".feather", OutputFormat::kColumns}};
+  for (const auto& [ending, format] : kEndings) {
+    if (path.ends_with(ending)) return format;
+  }
+  return OutputFormat::kText;
+}
+
+void AddResultOptions(CLI::App& command, ResultOptions& result) {
   command
       .add_option("-o,--output", result.fFile, "Write the results here (default: standard output)")
       ->type_name("FILE");
@@ -230,6 +260,7 @@ CLI::App* AddRank(CLI::App& app, Options& options) {
                    "Show so many; 0 for all (default: 20 on a page, else all)")
       ->check(CLI::NonNegativeNumber)
       ->type_name("N");
+  AddFlatFormat(*rank, options.fResult);
   AddResultOptions(*rank, options.fResult);
   AddProgress(*rank, options.fResult);
   return rank;
@@ -241,6 +272,14 @@ std::string IsStateName(const std::string& name) {
     if (name.size() > 4 && name.ends_with(ending)) return "";
   }
   return "\"" + name + "\": a state file is named .bin or .xml";
+}
+
+// What depends on several options, where they do not say it themselves.
+void CompleteRank(const CLI::App& rank, Options& options) {
+  OutputFormat& format = options.fResult.fFormat;
+  const bool isCommand = options.fbShowCommand;
+  if (rank.count("--format") == 0 && !isCommand) format = FormatOf(options.fResult.fFile);
+  if (rank.count("--top") == 0 && format == OutputFormat::kText) options.fRank.fTop = kPageRows;
 }
 
 CLI::App* AddModel(CLI::App& app, Options& options) {
@@ -266,6 +305,7 @@ CLI::App* AddModel(CLI::App& app, Options& options) {
                    "At most so many (default: as many as serve the model)")
       ->check(CLI::PositiveNumber)
       ->type_name("N");
+  AddFormat(*model, options.fResult);
   AddResultOptions(*model, options.fResult);
   AddSaveOptions(*model, "predictions", options.fSave);
   model
@@ -282,6 +322,7 @@ CLI::App* AddInspect(CLI::App& app, Options& options) {
   CLI::App* inspect = app.add_subcommand(
       "inspect", "Show what a state file holds: component, variables, counts, ranking or model");
   AddState(*inspect, "state", options, false);
+  AddFormat(*inspect, options.fResult);
   AddResultOptions(*inspect, options.fResult);
   return inspect;
 }
@@ -304,6 +345,7 @@ CLI::App* AddScore(CLI::App& app, Options& options) {
                    "Write how the data differ from those that the model was built on, a row a "
                    "predictor: .csv, .tsv, .parquet or .feather")
       ->type_name("FILE");
+  AddFormat(*score, options.fResult);
   AddResultOptions(*score, options.fResult);
   return score;
 }
@@ -341,6 +383,7 @@ Options ParseOptions(int argc, char** argv) {
   run->add_option("-f,--file", options.fCommandFile, "File that holds them; - is standard input")
       ->type_name("FILE")
       ->excludes(text);
+  AddFormat(*run, options.fResult);
   AddResultOptions(*run, options.fResult);
   AddSaveOptions(*run, "new variables", options.fSave);
   run->add_option("--save-state", options.fSaveState,
@@ -358,6 +401,7 @@ Options ParseOptions(int argc, char** argv) {
       "describe", "Show the dictionary: names, levels, ranges, categories, missing values");
   AddDataOptions(*describe, options.fData);
   AddWeight(*describe, options.fData);
+  AddFormat(*describe, options.fResult);
   AddResultOptions(*describe, options.fResult);
 
   CLI::App* rank = AddRank(app, options);
@@ -378,9 +422,7 @@ Options ParseOptions(int argc, char** argv) {
     for (const auto& [command, action] : actions) {
       if (command->parsed()) options.fAction = action;
     }
-    const bool isTopGiven = rank->get_option("--top")->count() > 0;
-    if (!isTopGiven && options.fResult.fFormat == OutputFormat::kText)
-      options.fRank.fTop = kPageRows;
+    if (rank->parsed()) CompleteRank(*rank, options);
     options.fData.fbSaved = !options.fSave.fFile.empty();
     RefuseOneFileForTwo(options);
   } catch (const CLI::ParseError& error) {

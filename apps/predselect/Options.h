@@ -9,7 +9,8 @@
 
 namespace PredSelectApp {
 
-enum class OutputFormat { kText, kJson };
+// The ones behind kJson are of flat tables: kColumns is a file of columns, by its extension.
+enum class OutputFormat { kText, kJson, kCsv, kTsv, kJsonLines, kMarkdown, kColumns };
 enum class Color { kAuto, kAlways, kNever };
 
 // Which data, and what is said of them besides the file itself.

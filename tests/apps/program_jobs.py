@@ -249,6 +249,10 @@ def every_option():
                     ["--except", "sex"], ["--except", "six"], ["--show-command"], ["--quiet"],
                     ["-o", "page.txt", "--top", "0"], ["--weight", "year", "--stream"]):
         yield Job(["rank", *PENGUINS, "species", *options])
+    for form in ("csv", "tsv", "jsonl", "markdown"):
+        yield Job(["rank", *SURVEY, "y", "--format", form])
+    for name in ("r.csv", "r.tsv", "r.jsonl", "r.md", "r.json", "r.parquet", "r.feather"):
+        yield Job(["rank", *PENGUINS, "species", "-o", name, "--top", "3"])
     for target in ("y", "x", "name", "gone", "nothing"):
         yield Job(["rank", *SURVEY, target])
         yield Job(["model", *SURVEY, target])
