@@ -64,16 +64,18 @@ Outcome CommandRun::Run(MCHost::DataTable& table, const RunRequest& request,
 }
 
 const MCHost::OutputTable* CommandRun::Find(const std::string& subtype) const {
-  for (const MCHost::OutputRun& run : GetRuns()) {
-    for (const MCHost::OutputTable& table : run.fTables) {
-      if (table.fSubtype == subtype) return &table;
-    }
+  if (GetRuns().empty()) return nullptr;
+  for (const MCHost::OutputTable& table : GetRuns().back().fTables) {
+    if (table.fSubtype == subtype) return &table;
   }
   return nullptr;
 }
 
 void CommandRun::AddMessage(MCHost::OutputMessage message) {
-  if (message.fText.fKey != "No predictors excluded ...") fDocument.AddMessage(std::move(message));
+  const std::string& key = message.fText.fKey;
+  fbWithheld = fbWithheld || key == fWithheld;
+  if (key == "No predictors excluded ..." || key == fWithheld) return;
+  fDocument.AddMessage(std::move(message));
 }
 
 std::vector<LeftOutPredictor> LeftOutPredictors(const CommandRun& run) {

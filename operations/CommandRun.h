@@ -19,7 +19,11 @@ class CommandRun : public MCHost::OutputDocument {
   // Opens a run of that name in the document, which is borrowed.
   CommandRun(MCHost::OutputDocument& document, const std::string& name);
 
-  // Throws what RunCommands throws. Once: one command.
+  // Keeps the message of this key from the document; whether it has come is then known.
+  void Withhold(const std::string& key) { fWithheld = key; }
+  bool IsWithheld() const { return fbWithheld; }
+
+  // Throws what RunCommands throws. One command; the last one's tables are found.
   Outcome Run(MCHost::DataTable& table, const RunRequest& request,
               const Surroundings& surroundings);
 
@@ -31,6 +35,8 @@ class CommandRun : public MCHost::OutputDocument {
 
  private:
   MCHost::OutputDocument& fDocument;
+  std::string fWithheld;
+  bool fbWithheld = false;
 };
 
 // A predictor that was left out before the work, and why.

@@ -23,7 +23,7 @@ struct RankRequest {
   std::string fTarget{};
   RankBy fBy = RankBy::kPearson;
   std::vector<std::string> fExcept{};  // are no predictors
-  int fTop = 0;                      // so many are shown; 0: all
+  int fTop = 0;                        // so many are shown; 0: all
 };
 
 // Numbers that do not apply are missing values.

@@ -18,7 +18,9 @@ std::vector<FileUse> FilesOf(const Options& options) {
       {options.fData.fSchema, "--schema", "the schema", false},
       {options.fCommandFile, "--file", "the commands", false},
       {options.fResult.fFile, "--output", "the output", true},
-      {options.fSaveState, "--save-state", "the state", true},
+      {options.fSaveState, options.fAction == Options::kModel ? "--save-model" : "--save-state",
+       "the state", true},
+      {options.fModel.fPmml, "--pmml", "the model", true},
       {options.fSave.fFile, "--save-data", "the data to be saved", true, true},
       {options.fDrift, "--drift", "the drift report", true}};
   if (options.fAction != Options::kMerge && !options.fStates.empty()) {
@@ -59,7 +61,10 @@ void CheckTable(const std::string& option, const std::string& path, const SaveOp
 }  // namespace
 
 void CheckOutputs(const Options& options) {
-  if (!options.fResult.fFile.empty()) MCHost::OutputFile::Check(options.fResult.fFile);
+  const ResultOptions& result = options.fResult;
+  if (result.fFormat == OutputFormat::kColumns) MCHost::CheckDataFile(result.fFile);
+  if (!result.fFile.empty()) MCHost::OutputFile::Check(result.fFile);
+  if (!options.fModel.fPmml.empty()) MCHost::OutputFile::Check(options.fModel.fPmml);
   CheckTable("--save-data", options.fSave.fFile, options.fSave);
   CheckTable("--drift", options.fDrift, options.fSave);
   PredSelect::CheckOutputs({.fStatePath = options.fSaveState, .fResultsFolder = options.fResults});

@@ -27,8 +27,9 @@ constexpr const char* kExamples = R"(Examples:
   What is in the file?
     predselect describe penguins.csv
 
-  Which columns go with a target?
+  Which columns go with a target? Which few predict it, and how well?
     predselect rank penguins.csv species
+    predselect model penguins.csv species --save-model model.bin
 
   The same with the command language, for some columns:
     predselect run --data penguins.csv \
@@ -47,8 +48,8 @@ constexpr const char* kExamples = R"(Examples:
     predselect inspect all.bin
 
   Keep a model and predict new data with it:
-    predselect run --data old.csv -c "NAIVEBAYES income" --save-state model.bin
-    predselect score --model model.bin --data new.csv --save-data predicted.csv
+    predselect model old.csv income --save-model model.bin
+    predselect score --model model.bin new.csv --save-data predicted.csv
 
   Its predictions alone, beside the columns that tell the cases apart:
     predselect score --model model.bin --data new.csv --save-data keyed.csv --only-new --id id
@@ -117,10 +118,40 @@ void AddChoice(CLI::App& command, const std::string& name, Value& value,
   command.add_option_function<std::string>(name, take, help)->type_name(words);
 }
 
-void AddResultOptions(CLI::App& command, ResultOptions& result) {
+void AddFormat(CLI::App& command, ResultOptions& result) {
   AddChoice<OutputFormat>(command, "--format", result.fFormat,
                           {{"text", OutputFormat::kText}, {"json", OutputFormat::kJson}},
                           "A page to read (default), or a document for programs");
+}
+
+// Of a command whose result is one flat table.
+void AddFlatFormat(CLI::App& command, ResultOptions& result) {
+  AddChoice<OutputFormat>(
+      command, "--format", result.fFormat,
+      {{"text", OutputFormat::kText},
+       {"json", OutputFormat::kJson},
+       {"csv", OutputFormat::kCsv},
+       {"tsv", OutputFormat::kTsv},
+       {"jsonl", OutputFormat::kJsonLines},
+       {"markdown", OutputFormat::kMarkdown}},
+      "A page to read (default), a document for programs, or the table alone, a record a line; "
+      "without it the extension of --output decides: .json, .csv, .tsv, .jsonl, .md, .parquet, "
+      ".arrow, .feather");
+}
+
+OutputFormat FormatOf(const std::string& path) {
+  constexpr std::pair<const char*, OutputFormat> kEndings[] = {
+      {".json", OutputFormat::kJson},     {".csv", OutputFormat::kCsv},
+      {".tsv", OutputFormat::kTsv},       {".jsonl", OutputFormat::kJsonLines},
+      {".md", OutputFormat::kMarkdown},   {".parquet", OutputFormat::kColumns},
+      {".arrow", OutputFormat::kColumns}, {".feather", OutputFormat::kColumns}};
+  for (const auto& [ending, format] : kEndings) {
+    if (path.ends_with(ending)) return format;
+  }
+  return OutputFormat::kText;
+}
+
+void AddResultOptions(CLI::App& command, ResultOptions& result) {
   command
       .add_option("-o,--output", result.fFile, "Write the results here (default: standard output)")
       ->type_name("FILE");
@@ -193,18 +224,11 @@ void RefuseOneFileForTwo(const Options& options) {
   }
 }
 
-// Empty, or why a state cannot be saved under the name.
-std::string IsStateName(const std::string& name) {
-  for (const char* ending : {".bin", ".xml"}) {
-    if (name.size() > 4 && name.ends_with(ending)) return "";
-  }
-  return "\"" + name + "\": a state file is named .bin or .xml";
-}
-
 void AddState(CLI::App& command, const std::string& name, Options& options, bool several) {
   command.add_option(name, options.fStates, "State saved by run --save-state")
       ->required()
       ->expected(several ? 2 : 1, several ? CLI::detail::expected_max_vector_size : 1)
+      ->allow_extra_args(several)
       ->type_name("STATE");
 }
 
@@ -247,15 +271,69 @@ CLI::App* AddRank(CLI::App& app, Options& options) {
       ->check(CLI::NonNegativeNumber)
       ->type_name("N");
   AddThreads(*rank, options.fThreads);
+  AddFlatFormat(*rank, options.fResult);
   AddResultOptions(*rank, options.fResult);
   AddProgress(*rank, options.fResult);
   return rank;
+}
+
+// Empty, or why a state cannot be saved under the name.
+std::string IsStateName(const std::string& name) {
+  for (const char* ending : {".bin", ".xml"}) {
+    if (name.size() > 4 && name.ends_with(ending)) return "";
+  }
+  return "\"" + name + "\": a state file is named .bin or .xml";
+}
+
+// What depends on several options, where they do not say it themselves.
+void CompleteRank(const CLI::App& rank, Options& options) {
+  OutputFormat& format = options.fResult.fFormat;
+  const bool isCommand = options.fbShowCommand;
+  if (rank.count("--format") == 0 && !isCommand) format = FormatOf(options.fResult.fFile);
+  if (rank.count("--top") == 0 && format == OutputFormat::kText) options.fRank.fTop = kPageRows;
+}
+
+CLI::App* AddModel(CLI::App& app, Options& options) {
+  CLI::App* model = app.add_subcommand(
+      "model", "Build a classifier of a target from the few columns that serve it best");
+  AddDataOptions(*model, options.fData);
+  AddWeight(*model, options.fData);
+  AddTarget(*model, options, options.fModel.fTarget, options.fModel.fExcept);
+  CLI::Option* test =
+      model
+          ->add_option("--test", options.fModel.fTest,
+                       "Share of the cases, drawn at random, that test the model; 0 for none")
+          ->check(CLI::Range(0.0, 0.99))
+          ->capture_default_str()
+          ->type_name("SHARE");
+  model
+      ->add_option("--training-column", options.fModel.fTrainingColumn,
+                   "Column that is 1 in the cases that train the model; the others test it")
+      ->type_name("VAR")
+      ->excludes(test);
+  model
+      ->add_option("--predictors", options.fModel.fPredictors,
+                   "At most so many (default: as many as serve the model)")
+      ->check(CLI::PositiveNumber)
+      ->type_name("N");
+  AddFormat(*model, options.fResult);
+  AddResultOptions(*model, options.fResult);
+  AddSaveOptions(*model, "predictions", options.fSave);
+  model
+      ->add_option("--save-model", options.fSaveState,
+                   "Keep the model for predselect score: .bin or .xml")
+      ->type_name("FILE")
+      ->check(IsStateName);
+  model->add_option("--pmml", options.fModel.fPmml, "Write the model as PMML")->type_name("FILE");
+  AddProgress(*model, options.fResult);
+  return model;
 }
 
 CLI::App* AddInspect(CLI::App& app, Options& options) {
   CLI::App* inspect = app.add_subcommand(
       "inspect", "Show what a state file holds: component, variables, counts, ranking or model");
   AddState(*inspect, "state", options, false);
+  AddFormat(*inspect, options.fResult);
   AddResultOptions(*inspect, options.fResult);
   return inspect;
 }
@@ -279,6 +357,7 @@ CLI::App* AddScore(CLI::App& app, Options& options) {
                    "predictor: .csv, .tsv, .parquet or .feather")
       ->type_name("FILE");
   AddThreads(*score, options.fThreads);
+  AddFormat(*score, options.fResult);
   AddResultOptions(*score, options.fResult);
   return score;
 }
@@ -316,6 +395,7 @@ Options ParseOptions(int argc, char** argv) {
   run->add_option("-f,--file", options.fCommandFile, "File that holds them; - is standard input")
       ->type_name("FILE")
       ->excludes(text);
+  AddFormat(*run, options.fResult);
   AddResultOptions(*run, options.fResult);
   AddSaveOptions(*run, "new variables", options.fSave);
   run->add_option("--save-state", options.fSaveState,
@@ -334,9 +414,11 @@ Options ParseOptions(int argc, char** argv) {
       "describe", "Show the dictionary: names, levels, ranges, categories, missing values");
   AddDataOptions(*describe, options.fData);
   AddWeight(*describe, options.fData);
+  AddFormat(*describe, options.fResult);
   AddResultOptions(*describe, options.fResult);
 
   CLI::App* rank = AddRank(app, options);
+  CLI::App* model = AddModel(app, options);
   CLI::App* inspect = AddInspect(app, options);
   CLI::App* score = AddScore(app, options);
   CLI::App* merge = AddMerge(app, options);
@@ -347,14 +429,13 @@ Options ParseOptions(int argc, char** argv) {
       throw CLI::RequiredError("-c or -f");
     }
     const std::pair<CLI::App*, Options::Action> actions[] = {
-        {run, Options::kRun},         {rank, Options::kRank},   {describe, Options::kDescribe},
-        {inspect, Options::kInspect}, {score, Options::kScore}, {merge, Options::kMerge}};
+        {run, Options::kRun},           {rank, Options::kRank},       {model, Options::kModel},
+        {describe, Options::kDescribe}, {inspect, Options::kInspect}, {score, Options::kScore},
+        {merge, Options::kMerge}};
     for (const auto& [command, action] : actions) {
       if (command->parsed()) options.fAction = action;
     }
-    const bool isTopGiven = rank->get_option("--top")->count() > 0;
-    if (!isTopGiven && options.fResult.fFormat == OutputFormat::kText)
-      options.fRank.fTop = kPageRows;
+    if (rank->parsed()) CompleteRank(*rank, options);
     options.fData.fbSaved = !options.fSave.fFile.empty();
     RefuseOneFileForTwo(options);
   } catch (const CLI::ParseError& error) {

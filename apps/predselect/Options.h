@@ -4,11 +4,13 @@
 #include <string>
 #include <vector>
 
+#include "operations/BuildModel.h"
 #include "operations/RankPredictors.h"
 
 namespace PredSelectApp {
 
-enum class OutputFormat { kText, kJson };
+// The ones behind kJson are of flat tables: kColumns is a file of columns, by its extension.
+enum class OutputFormat { kText, kJson, kCsv, kTsv, kJsonLines, kMarkdown, kColumns };
 enum class Color { kAuto, kAlways, kNever };
 
 // Which data, and what is said of them besides the file itself.
@@ -41,7 +43,7 @@ struct ResultOptions {
 };
 
 struct Options {
-  enum Action { kNone, kRun, kRank, kDescribe, kInspect, kScore, kMerge };
+  enum Action { kNone, kRun, kRank, kModel, kDescribe, kInspect, kScore, kMerge };
   static constexpr double kAutoMemory = -1.0;
 
   Action fAction = kNone;
@@ -60,7 +62,8 @@ struct Options {
   double fMemory = 0.0;  // run: kilobytes for cases, 0 for as the commands say
   int fThreads = 0;      // rank, run and score: 0 for as many as there are processors
   PredSelect::RankRequest fRank;
-  bool fbShowCommand = false;  // rank: show the command instead of running it
+  PredSelect::ModelRequest fModel;
+  bool fbShowCommand = false;  // rank and model: show the command instead of running it
   int fExitCode = 0;           // for kNone: help was shown (0) or the usage was wrong
 };
 

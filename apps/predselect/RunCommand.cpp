@@ -67,23 +67,6 @@ std::string ReadCommandText(const Options& options) {
   return text;
 }
 
-// Writes the table where that is wanted and the commands have filled it. Returns the exit code.
-int SaveData(const SaveTable& saved, const std::string& path, PredSelect::Outcome outcome) {
-  const int code = ExitCodeOf(outcome);
-  if (path.empty()) return code;
-  std::string trouble = path + " was not written, since not all commands completed.";
-  try {
-    if (code == kCompleted || outcome == PredSelect::Outcome::kFileLost) {
-      saved.Write();
-      return code;
-    }
-  } catch (const MCHost::HostIOError& error) {
-    trouble = error.what();
-  }
-  PrintError("predselect: " + trouble);
-  return code == kCompleted ? kDataError : code;
-}
-
 // Measured when the data are in memory.
 double MemoryOf(const Options& options) {
   return options.fMemory == Options::kAutoMemory ? PredSelect::AutomaticMemory() : options.fMemory;
@@ -116,7 +99,7 @@ int RunCommands(const Options& options) {
 
   // Files first, whatever becomes of the reader of the results; and results whatever becomes of
   // the file.
-  const int code = SaveData(saved, options.fSave.fFile, outcome);
+  const int code = saved.WriteAfter(outcome);
   WriteDocument(document, options.fResult);
   return code;
 }

@@ -1,7 +1,9 @@
 #include "apps/predselect/SaveTable.h"
 
+#include "apps/predselect/ExitCode.h"
 #include "apps/predselect/FileUses.h"
 #include "apps/predselect/Options.h"
+#include "apps/predselect/Terminal.h"
 #include "host/arrow/DataFile.h"
 #include "host/data/DataTable.h"
 #include "host/session/HostIOError.h"
@@ -22,6 +24,23 @@ void SaveTable::Write() const {
     throw MCHost::HostIOError(path, "", "was not written, since it is there by now");
   }
   MCHost::WriteDataFile(*fpTable, path, fpOptions->fbOnlyNew ? &fKeys : nullptr);
+}
+
+int SaveTable::WriteAfter(PredSelect::Outcome outcome) const {
+  const int code = ExitCodeOf(outcome);
+  const std::string& path = fpOptions->fFile;
+  if (path.empty()) return code;
+  std::string trouble = path + " was not written, since not all commands completed.";
+  try {
+    if (code == kCompleted || outcome == PredSelect::Outcome::kFileLost) {
+      Write();
+      return code;
+    }
+  } catch (const MCHost::HostIOError& error) {
+    trouble = error.what();
+  }
+  PrintError("predselect: " + trouble);
+  return code == kCompleted ? kDataError : code;
 }
 
 }  // namespace PredSelectApp

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "operations/Surroundings.h"
+
 namespace MCHost {
 class DataTable;
 }
@@ -20,6 +22,10 @@ class SaveTable {
 
   // Throws MCHost::HostIOError.
   void Write() const;
+
+  // Writes the table where that is wanted and the commands have filled it; else says that it does
+  // not, on standard error. Returns the exit code.
+  int WriteAfter(PredSelect::Outcome outcome) const;
 
  private:
   MCHost::DataTable* fpTable;

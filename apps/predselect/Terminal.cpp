@@ -9,8 +9,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 
 #include "apps/predselect/Options.h"
+#include "host/arrow/DataFile.h"
+#include "host/data/MemoryTable.h"
+#include "host/output/OutputDocument.h"
+#include "host/output/render/FlatRecords.h"
 #include "host/output/render/RenderJson.h"
 #include "host/session/HostIOError.h"
 #include "host/session/OutputFile.h"
@@ -38,6 +43,29 @@ bool WantsColor(Color color, int descriptor) {
   if (color != Color::kAuto) return color == Color::kAlways;
   const char* noColor = std::getenv("NO_COLOR");
   return isatty(descriptor) != 0 && (noColor == nullptr || *noColor == '\0');
+}
+
+// Null where nothing was shown.
+const MCHost::OutputTable* FirstFlat(const MCHost::OutputDocument& document) {
+  for (const MCHost::OutputRun& run : document.GetRuns()) {
+    for (const MCHost::OutputTable& table : run.fTables) {
+      if (table.fbFlat) return &table;
+    }
+  }
+  return nullptr;
+}
+
+void WriteRecords(const MCHost::OutputTable& table, const ResultOptions& options) {
+  using MCHost::RecordsForm;
+  const std::unique_ptr<MCHost::MemoryTable> records = MCHost::FlatRecords(table);
+  if (options.fFormat == OutputFormat::kColumns) {
+    MCHost::WriteDataFile(*records, options.fFile);
+    return;
+  }
+  constexpr RecordsForm kForms[] = {RecordsForm::kCsv, RecordsForm::kTsv, RecordsForm::kJsonLines,
+                                    RecordsForm::kMarkdown};
+  const int place = static_cast<int>(options.fFormat) - static_cast<int>(OutputFormat::kCsv);
+  WriteResults(options, MCHost::RenderRecords(*records, kForms[place]));
 }
 
 }  // namespace
@@ -76,9 +104,13 @@ void WriteResults(const ResultOptions& options, const std::string& text) {
 }
 
 void WriteDocument(const MCHost::OutputDocument& document, const ResultOptions& options) {
-  const bool json = options.fFormat == OutputFormat::kJson;
-  WriteResults(options, json ? MCHost::RenderJson(document)
-                             : MCHost::RenderText(document, PageOptions(options, false)));
+  if (options.fFormat == OutputFormat::kText) {
+    WriteResults(options, MCHost::RenderText(document, PageOptions(options, false)));
+  } else if (options.fFormat == OutputFormat::kJson) {
+    WriteResults(options, MCHost::RenderJson(document));
+  } else if (const MCHost::OutputTable* table = FirstFlat(document)) {
+    WriteRecords(*table, options);
+  }
 }
 
 }  // namespace PredSelectApp

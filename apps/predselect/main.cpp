@@ -14,6 +14,7 @@
 #include "apps/predselect/InspectCommand.h"
 #include "apps/predselect/Interrupt.h"
 #include "apps/predselect/MergeCommand.h"
+#include "apps/predselect/ModelVerb.h"
 #include "apps/predselect/Options.h"
 #include "apps/predselect/RankVerb.h"
 #include "apps/predselect/RunCommand.h"
@@ -34,6 +35,8 @@ int Act(const Options& options) {
       return RunCommands(options);
     case Options::kRank:
       return RankData(options);
+    case Options::kModel:
+      return ModelData(options);
     case Options::kDescribe:
       return DescribeData(options);
     case Options::kInspect:

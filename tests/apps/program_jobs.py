@@ -249,8 +249,20 @@ def every_option():
                     ["--except", "sex"], ["--except", "six"], ["--show-command"], ["--quiet"],
                     ["-o", "page.txt", "--top", "0"], ["--weight", "year", "--stream"]):
         yield Job(["rank", *PENGUINS, "species", *options])
+    for form in ("csv", "tsv", "jsonl", "markdown"):
+        yield Job(["rank", *SURVEY, "y", "--format", form])
+    for name in ("r.csv", "r.tsv", "r.jsonl", "r.md", "r.json", "r.parquet", "r.feather"):
+        yield Job(["rank", *PENGUINS, "species", "-o", name, "--top", "3"])
     for target in ("y", "x", "name", "gone", "nothing"):
         yield Job(["rank", *SURVEY, target])
+        yield Job(["model", *SURVEY, target])
+    for options in ([], JSON, ["--test", "0"], ["--test", "1"], ["--predictors", "2"],
+                    ["--training-column", "year"], ["--training-column", "sex"],
+                    ["--except", "sex", "--weight", "year"], ["--show-command"],
+                    ["--save-model", "m.bin", "--pmml", "m.xml", "--save-data", "out.csv"],
+                    ["--pmml", "m.xml", "--save-model", "m.xml"],
+                    ["--save-data", "new.csv", "--only-new", "--stream"]):
+        yield Job(["model", *PENGUINS, "species", *options])
     for width in ("20", "60", "200"):
         yield run(PENGUINS, f"SELECTPRED {MIXED} /PLOT SUMMARY.", env={"COLUMNS": width})
     yield run(table("tokens.csv", "--null", "-", "--null", "."), "SELECTPRED y WITH x.")
@@ -278,7 +290,7 @@ def every_option():
     for args in ([], ["--help"], ["--version"], ["--wrong"], ["explain"], ["run"], ["run", *PLAIN],
                  ["run", "-c", "x"], ["describe"], ["inspect"], ["score", *PLAIN], ["merge"]):
         yield Job(args)
-    for command in ("run", "rank", "describe", "inspect", "score", "merge"):
+    for command in ("run", "rank", "model", "describe", "inspect", "score", "merge"):
         yield Job([command, "--help"])
 
 

@@ -11,6 +11,7 @@
 #include "host/output/OutputDocument.h"
 #include "host/output/ShowText.h"
 #include "host/session/HostIOError.h"
+#include "operations/BuildModel.h"
 #include "operations/DescribeTable.h"
 #include "operations/InspectState.h"
 #include "operations/MergeStates.h"
@@ -151,6 +152,41 @@ TEST_F(Operations, ARankingHasEachPredictorOnceWithWhatItsCommandShows) {
   EXPECT_TRUE(run.fbCompleted);
   ASSERT_EQ(run.fTables.size(), 1u);
   EXPECT_EQ(fDocument.fNCases, 10);
+}
+
+TEST_F(Operations, AModelSaysWhatEachPredictorAddsAndWhatItIsWorth) {
+  fTable.AddNumbers("same", std::vector<double>(10, 1.0));
+  fTable.AddNumbers("train", {1, 1, 1, 1, 1, 1, 1, 0, 0, 0});
+  PrepareTable(fTable, {});
+  // More predictors than screening leaves are no error.
+  const PredSelect::ModelRequest request{
+      .fTarget = "paid", .fTrainingColumn = "train", .fPredictors = 3};
+  PredSelect::ModelSummary model;
+  ASSERT_EQ(BuildModel(fTable, fDocument, request, fAround, &model), Outcome::kCompleted);
+  EXPECT_EQ(fDocument.GetRuns().size(), 1u);
+  EXPECT_THAT(fDocument.GetRuns()[0].fMessages, ElementsAre());
+  EXPECT_EQ(model.fCriterion, "Test Data Criterion");
+  EXPECT_EQ(model.fNTried, 2);
+  ASSERT_GE(model.fSteps.size(), 1u);
+  EXPECT_TRUE(MCMV::IsMissing(model.fSteps[0].fBetterBy));
+  for (std::size_t i = 1; i < model.fSteps.size(); ++i) {
+    EXPECT_EQ(model.fSteps[i].fBetterBy,
+              model.fSteps[i - 1].fCriterion - model.fSteps[i].fCriterion);
+  }
+  ASSERT_EQ(model.fSamples.size(), 2u);
+  const PredSelect::ModelSample& test = model.fSamples[1];
+  EXPECT_EQ(test.fName, "Test");
+  EXPECT_EQ(test.fCases, 3.0);
+  EXPECT_NEAR(test.fGuessing, 200.0 / 3.0, 1e-12);
+  double wrong = 0.0;
+  for (const auto& confusion : model.fConfusions) wrong += confusion.fCases;
+  EXPECT_NEAR(wrong, 3.0 - 0.03 * test.fCorrect, 1e-12);
+  ASSERT_EQ(model.fLeftOut.size(), 1u);
+  EXPECT_EQ(model.fLeftOut[0].fName, "same");
+
+  const auto [plain, dashed] =
+      RefusalOf([&] { BuildModel(fTable, fDocument, {.fTarget = "age"}, fAround); });
+  EXPECT_THAT(dashed, HasSubstr("--level age=nominal"));
 }
 
 TEST_F(Operations, AnErrorInOneCommandKeepsNoOtherFromRunning) {

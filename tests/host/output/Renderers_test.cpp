@@ -6,6 +6,7 @@
 
 #include "common/MissingValue.h"
 #include "host/data/ArrowCDataInterface.h"
+#include "host/data/MemoryTable.h"
 #include "host/output/AddNotes.h"
 #include "host/output/BpError.h"
 #include "host/output/chart/XDocument.h"
@@ -14,6 +15,7 @@
 #include "host/output/pivot/BpProcedure.h"
 #include "host/output/pivot/BpString.h"
 #include "host/output/render/DisplayWidth.h"
+#include "host/output/render/FlatRecords.h"
 #include "host/output/render/RenderJson.h"
 #include "host/output/render/RenderText.h"
 #include "host/output/render/TableRecords.h"
@@ -97,6 +99,41 @@ All about it.
   for (const auto& [width, page] : cases) {
     EXPECT_EQ(MCHost::RenderText(host.fDocument, {.fWidth = width}), page);
   }
+}
+
+TEST(RenderRecords, KeepsEveryTextAndDigitInEachForm) {
+  using MCHost::RecordsForm;
+  MCTest::OutputHost host;
+  BpPivotTable table("Ranking", "Ranking");
+  table.Flat();
+  BpDimension rows = table.RowDimension("Predictor");
+  BpDimension columns = table.ColumnDimension("Statistics");
+  BpGroup effect = columns.AddGroup(BpString("Effect"));
+  const BpCategory type = effect.AddCategory(BpString("Eta Squared"));
+  const BpCategory p = columns.AddCategory(BpString("Log10 p"), MCHost::OutputFormat::kTenths);
+  const BpCategory odd = rows.AddCategory(OutputText::Variable("a|\"b\",\tc", "Label"));
+  const BpCategory plain = rows.AddCategory(OutputText::Variable("d", ""));
+  table.SetCell({odd, type}, OutputText::Literal("x\ny"));
+  table.SetCell({odd, p}, -1.0 / 3.0);
+  table.SetCell({plain, p}, 12.0);
+  table.Show();
+  const auto records = MCHost::FlatRecords(host.fDocument.GetRuns()[0].fTables[0]);
+  const std::pair<RecordsForm, const char*> cases[] = {
+      {RecordsForm::kCsv,
+       "predictor,effect_eta_squared,log10_p\n"
+       "\"a|\"\"b\"\",\tc\",\"x\ny\",-0.3333333333333333\nd,,12\n"},
+      {RecordsForm::kTsv,
+       "predictor\teffect_eta_squared\tlog10_p\n"
+       "\"a|\"\"b\"\",\tc\"\t\"x\ny\"\t-0.3333333333333333\nd\t\t12\n"},
+      {RecordsForm::kJsonLines,
+       R"({"predictor":"a|\"b\",\tc","effect_eta_squared":"x\ny","log10_p":-0.3333333333333333})"
+       "\n"
+       R"({"predictor":"d","effect_eta_squared":null,"log10_p":12})"
+       "\n"},
+      {RecordsForm::kMarkdown,
+       "| predictor | effect_eta_squared | log10_p |\n| --- | --- | ---: |\n"
+       "| a\\|\"b\",\tc | x y | -0.333333 |\n| d |  | 12 |\n"}};
+  for (const auto& [form, text] : cases) EXPECT_EQ(MCHost::RenderRecords(*records, form), text);
 }
 
 TEST(RenderText, NestsHeadingsMarksFootnotesAndAlignsWideCharacters) {

@@ -1,0 +1,56 @@
+#include "apps/predselect/ModelVerb.h"
+
+#include <memory>
+#include <string>
+
+#include "apps/predselect/ExitCode.h"
+#include "apps/predselect/FileUses.h"
+#include "apps/predselect/LiveOutput.h"
+#include "apps/predselect/OpenTable.h"
+#include "apps/predselect/Options.h"
+#include "apps/predselect/ProgramSurroundings.h"
+#include "apps/predselect/ProgressLine.h"
+#include "apps/predselect/SaveTable.h"
+#include "apps/predselect/Terminal.h"
+#include "host/data/DataTable.h"
+#include "operations/BuildModel.h"
+#include "operations/FreeMemory.h"
+
+namespace PredSelectApp {
+
+namespace {
+
+PredSelect::ModelRequest RequestOf(const Options& options) {
+  PredSelect::ModelRequest request = options.fModel;
+  request.fbSavePredictions = !options.fSave.fFile.empty();
+  request.fRun.fStatePath = options.fSaveState;
+  return request;
+}
+
+}  // namespace
+
+int ModelData(const Options& options) {
+  const std::unique_ptr<MCHost::DataTable> table = OpenTable(options.fData);
+  PredSelect::ModelRequest request = RequestOf(options);
+  if (options.fbShowCommand) {
+    WriteResults(options.fResult, PredSelect::ModelCommand(*table, request));
+    return kCompleted;
+  }
+  const SaveTable saved(*table, options.fSave);
+  ShowNotes(*table, options.fResult);
+  // The model's own file is what its command is to write.
+  Options others = options;
+  others.fModel.fPmml.clear();
+  request.fRun.fUseOf = [&others](const std::string& path) { return UseOf(path, others); };
+  request.fRun.fMemory = PredSelect::AutomaticMemory();
+  ProgressLine progress(WantsProgress(options.fResult));
+  LiveOutput document(options.fResult, progress, options.fData.fFile);
+  const PredSelect::Outcome outcome =
+      PredSelect::BuildModel(*table, document, request, ProgramSurroundings(progress));
+  progress.Clear();
+  const int code = saved.WriteAfter(outcome);
+  WriteDocument(document, options.fResult);
+  return code;
+}
+
+}  // namespace PredSelectApp

@@ -1,0 +1,88 @@
+#include "operations/BuildModel.h"
+
+#include <cmath>
+#include <cstddef>
+#include <utility>
+
+#include "host/command/KovaVarName.h"
+#include "host/data/DataTable.h"
+#include "host/output/OutputFormat.h"
+#include "host/session/Session.h"
+#include "host/session/SessionScope.h"
+#include "operations/ModelSummary.h"
+#include "operations/RequestError.h"
+
+namespace PredSelect {
+
+namespace {
+
+void CheckTarget(const KOVA_Variable& target) {
+  if (!target.IsNumeric() || target.GetMeasurementLevel() != KOVA_Variable::kScale) return;
+  throw RequestError(
+      "\"" + target.GetName() + "\" is a number on a scale, and a model predicts " + "categories; ",
+      "level", " " + target.GetName() + "=nominal takes each of its values for one.");
+}
+
+// Empty where no case tests the model.
+std::string TrainingSample(const MCHost::ITable& table, const ModelRequest& request) {
+  if (!request.fTrainingColumn.empty()) {
+    NamedVariable(table, request.fTrainingColumn, "training-column");
+    return "\n  /TRAININGSAMPLE VARIABLE=" + KovaVarName(request.fTrainingColumn).Quoted();
+  }
+  if (request.fTest == 0.0) return "";
+  const double percent = 100.0 - 100.0 * request.fTest;
+  return "\n  /TRAININGSAMPLE PERCENT=" +
+         MCHost::FormatNumber(percent, MCHost::OutputFormat::kCoefficient);
+}
+
+// More than there are columns is no bound.
+std::string Subset(const MCHost::ITable& table, const ModelRequest& request, bool isTested) {
+  const bool isBound = request.fPredictors > 0 && request.fPredictors < table.ColumnCount() - 1;
+  return "\n  /SUBSET MAXSIZE=" + (isBound ? std::to_string(request.fPredictors) : "AUTO") +
+         "(BESTSUBSET=" + (isTested ? "TESTDATA)" : "PSEUDOBIC)");
+}
+
+std::string InQuotes(const std::string& text) {
+  std::string quoted = "'";
+  for (const char c : text) quoted.append(c == '\'' ? 2 : 1, c);
+  return quoted + "'";
+}
+
+}  // namespace
+
+std::string ModelCommand(const MCHost::ITable& table, const ModelRequest& request) {
+  CheckTarget(table.GetVariable(NamedVariable(table, request.fTarget)));
+  const std::string sample = TrainingSample(table, request);
+  std::string text = "NAIVEBAYES " + KovaVarName(request.fTarget).Quoted() +
+                     ExceptSubcommand(table, request.fExcept) + "\n  /SCREENING STATUS=ON" +
+                     sample + Subset(table, request, !sample.empty());
+  if (request.fbSavePredictions) text += "\n  /SAVE PREDVAL PREDPROB";
+  if (!request.fPmml.empty()) text += "\n  /OUTFILE MODEL=" + InQuotes(request.fPmml);
+  return text + "\n  /CRITERIA TIMER=0\n  /PRINT EXCLUDED SUMMARY CLASSIFICATION.\n";
+}
+
+Outcome BuildModel(MCHost::DataTable& table, MCHost::OutputDocument& document,
+                   const ModelRequest& request, const Surroundings& surroundings,
+                   ModelSummary* summary) {
+  RunRequest asked = request.fRun;
+  asked.fCommands = ModelCommand(table, request);
+  CommandRun run(document, "model");
+  run.Withhold("Too few possible predictors, maximum size...");
+  Outcome outcome = run.Run(table, asked, surroundings);
+  // Screening has left fewer than the bound, which is none then.
+  if (run.IsWithheld()) {
+    ModelRequest unbound = request;
+    unbound.fPredictors = 0;
+    asked.fCommands = ModelCommand(table, unbound);
+    outcome = run.Run(table, asked, surroundings);
+  }
+  if (outcome != Outcome::kCompleted && outcome != Outcome::kFileLost) return outcome;
+  ModelSummary found = ReadModelSummary(run);
+  MCHost::Session session(table, document);
+  const MCHost::SessionScope scope(session);
+  ShowModelSummary(found);
+  if (summary != nullptr) *summary = std::move(found);
+  return outcome;
+}
+
+}  // namespace PredSelect
