@@ -157,6 +157,9 @@ void CheckTable(const std::string& text, const CsvRules& rules, std::int64_t nCa
     Require(table.CaseCount() == nCases, "the table has the cases that were counted", contents);
     StreamedTable streamed(std::make_unique<CsvSource>(kName, text, rules));
     Require(ContentsOf(streamed) == contents, "streaming changes nothing", contents);
+    MemoryTable promised(
+        std::make_unique<CsvSource>(kName, text, rules, CsvSource::Look::kStart, 64));
+    Require(ContentsOf(promised) == contents, "its start promises nothing else", contents);
     const std::string copied = folder.File(rules.fDelimiter == '\t' ? "t.tsv" : "t.csv");
     MCHost::WriteDataFile(table, copied);
     Require(ReadFile(copied) == text, "saving what was read changes no byte", text);

@@ -15,8 +15,7 @@ namespace MCHost {
 
 namespace {
 
-constexpr std::size_t kExactDigits = 15;    // a double holds so many of any number
-constexpr std::size_t kLongestOther = 256;  // longer texts are not looked at: they are text
+constexpr std::size_t kExactDigits = 15;  // a double holds so many of any number
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
@@ -182,7 +181,7 @@ bool IsPlainHeld(std::string_view number, double value) {
 }  // namespace
 
 unsigned CsvKindsOf(std::string_view text) {
-  if (text.empty() || text.size() > kLongestOther) return kCsvText;
+  if (text.empty() || text.size() > kCsvLongestOther) return kCsvText;
   if (const unsigned number = NumberKinds(text); number != kCsvText) return number;
   if (IsBoolean(text)) return kCsvBoolean | kCsvHeld | kCsvMayHold;
   if (IsTime(text)) return kCsvTime | kCsvHeld | kCsvMayHold;
@@ -199,7 +198,7 @@ bool CsvHoldsDigits(std::string_view number) {
   if (IsPadded(bare)) return false;
   const Digits said = DigitsOf(bare);
   if (said.fDigits.empty()) return true;
-  std::array<char, kLongestOther + 32> text;
+  std::array<char, kCsvLongestOther + 32> text;
   const auto printed =
       std::to_chars(text.data(), text.data() + text.size(), value, std::chars_format::scientific,
                     static_cast<int>(said.fDigits.size()) - 1);

@@ -4,6 +4,7 @@
 // has none left is text; one that has all of them held nothing but nulls.
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 
 namespace MCHost {
@@ -26,6 +27,9 @@ enum CsvKind : unsigned {
 
   kCsvAll = kCsvTypes | kCsvSpelling
 };
+
+// Longer texts are not looked at: they are text.
+inline constexpr std::size_t kCsvLongestOther = 256;
 
 // The kinds that the text fits, exactly as the reader of the file will take them later. Blanks
 // around a number do not count.

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "host/arrow/ArrowFailure.h"
+#include "host/arrow/CsvPieces.h"
 #include "host/session/HostIOError.h"
 
 namespace MCHost {
@@ -39,32 +40,55 @@ bool MustLookAtDigits(const CsvColumn& column) {
 
 }  // namespace
 
-CsvSource::CsvSource(std::string path, CsvRules rules)
+CsvSource::CsvSource(std::string path, CsvRules rules, Look look, std::size_t startBytes)
     : fName(std::move(path)),
       fbFile(true),
       fStamp(fName),
       fRules(std::move(rules)),
+      fStartBytes(startBytes),
       fInspector(fName, fRules) {
-  InspectFile();
+  Inspect(look);
 }
 
-CsvSource::CsvSource(std::string name, std::string text, CsvRules rules)
+CsvSource::CsvSource(std::string name, std::string text, CsvRules rules, Look look,
+                     std::size_t startBytes)
     : fName(std::move(name)),
       fbFile(false),
       fText(std::move(text)),
       fRules(std::move(rules)),
+      fStartBytes(startBytes),
       fInspector(fName, fRules) {
-  fInspector.Feed(fText.data(), fText.size());
+  Inspect(look);
+}
+
+void CsvSource::Inspect(Look look) {
+  const auto bytes = OpenBytes();
+  std::vector<char> piece(look == Look::kStart ? fStartBytes : kPieceBytes);
+  const auto size = static_cast<std::int64_t>(piece.size());
+  while (const std::int64_t n = Value(bytes->Read(size, piece.data()), fName)) {
+    fInspector.Feed(piece.data(), static_cast<std::size_t>(n));
+    fbStartOnly = look == Look::kStart && n == size && IsPromise();
+    if (fbStartOnly) return;
+  }
   fInspector.Finish();
 }
 
-void CsvSource::InspectFile() {
-  const auto file = Value(arrow::io::ReadableFile::Open(fName), fName);
-  std::vector<char> piece(kPieceBytes);
-  while (const std::int64_t n = Value(file->Read(kPieceBytes, piece.data()), fName)) {
-    fInspector.Feed(piece.data(), static_cast<std::size_t>(n));
-  }
-  fInspector.Finish();
+// Whether the columns are known, and reading them as what they are so far shows what is not. Of
+// values that must be true or false the reader takes 0 and 1, too, and then for all columns.
+bool CsvSource::IsPromise() const {
+  const auto isBoolean = [](const CsvColumn& column) {
+    return column.fDeclared == FieldType::kBoolean;
+  };
+  const std::vector<CsvColumn>& columns = fInspector.Columns();
+  return fInspector.CaseCount() > 0 && std::none_of(columns.begin(), columns.end(), isBoolean);
+}
+
+bool CsvSource::LookAgain() {
+  if (!fbStartOnly) return false;
+  fbStartOnly = false;
+  fInspector = CsvInspector(fName, fRules);
+  Inspect(Look::kWhole);
+  return true;
 }
 
 void CsvSource::Open(const std::vector<int>* columns, ArrowArrayStream* stream) {
@@ -74,6 +98,7 @@ void CsvSource::Open(const std::vector<int>* columns, ArrowArrayStream* stream) 
 }
 
 void CsvSource::OpenOriginal(const std::vector<int>* columns, ArrowArrayStream* stream) {
+  LookAgain();
   Types types;
   for (std::size_t j = 0; j < fInspector.Columns().size(); ++j) {
     const CsvColumn& column = fInspector.Columns()[j];
@@ -91,6 +116,7 @@ void CsvSource::OpenOriginal(const std::vector<int>* columns, ArrowArrayStream* 
 }
 
 CsvSource::Kept CsvSource::KeptOf(int place) {
+  LookAgain();
   const auto j = static_cast<std::size_t>(place);
   const CsvColumn& column = fInspector.Columns()[j];
   if (column.fKinds == kCsvText) return Kept::kAll;
@@ -159,10 +185,35 @@ void CsvSource::OpenAs(const Types& types, const std::vector<int>* columns,
     convert.column_types[fields.back()->name()] = types[j];
     convert.include_columns.push_back(fields.back()->name());
   }
-  if (CaseCount() == 0) {
-    auto none = Value(arrow::RecordBatchReader::Make({}, arrow::schema(std::move(fields))), fName);
-    return Check(arrow::ExportRecordBatchReader(std::move(none), stream), fName);
+  auto schema = arrow::schema(std::move(fields));
+  std::shared_ptr<arrow::RecordBatchReader> reader;
+  if (fbStartOnly) {
+    reader = ReadPieces(std::move(schema), std::move(convert));
+  } else if (CaseCount() == 0) {
+    reader = Value(arrow::RecordBatchReader::Make({}, std::move(schema)), fName);
+  } else {
+    reader = ReadLines(convert);
   }
+  Check(arrow::ExportRecordBatchReader(std::move(reader), stream), fName);
+}
+
+std::shared_ptr<arrow::RecordBatchReader> CsvSource::ReadPieces(
+    std::shared_ptr<arrow::Schema> schema, arrow::csv::ConvertOptions convert) const {
+  convert.true_values = {"true", "True", "TRUE"};
+  convert.false_values = {"false", "False", "FALSE"};
+  CsvPieceRules rules{
+      arrow::csv::ParseOptions::Defaults(), std::move(convert), {}, {}, fStartBytes};
+  rules.fParse.delimiter = fRules.fDelimiter;
+  for (const CsvColumn& column : fInspector.Columns()) {
+    rules.fNames.push_back(column.fName);
+    if (schema->GetFieldIndex(column.fName) < 0) continue;
+    rules.fWhole.push_back(column.fDeclared == FieldType::kInteger);
+  }
+  return std::make_shared<CsvPieces>(OpenBytes(), std::move(schema), std::move(rules));
+}
+
+std::shared_ptr<arrow::RecordBatchReader> CsvSource::ReadLines(
+    const arrow::csv::ConvertOptions& convert) const {
   auto read = arrow::csv::ReadOptions::Defaults();
   // A row must fit into two blocks.
   read.block_size = static_cast<std::int32_t>(
@@ -170,10 +221,9 @@ void CsvSource::OpenAs(const Types& types, const std::vector<int>* columns,
   auto parse = arrow::csv::ParseOptions::Defaults();
   parse.delimiter = fRules.fDelimiter;
   parse.newlines_in_values = fInspector.HasQuotedNewlines();
-  auto reader = Value(arrow::csv::StreamingReader::Make(arrow::io::default_io_context(),
-                                                        OpenBytes(), read, parse, convert),
-                      fName);
-  Check(arrow::ExportRecordBatchReader(std::move(reader), stream), fName);
+  return Value(arrow::csv::StreamingReader::Make(arrow::io::default_io_context(), OpenBytes(), read,
+                                                 parse, convert),
+               fName);
 }
 
 std::vector<std::string> CsvSource::Notes() const {

@@ -1,6 +1,7 @@
 // A CSV or TSV file, or the text of one held in memory.
 #pragma once
 
+#include <arrow/csv/type_fwd.h>
 #include <arrow/type_fwd.h>
 
 #include <memory>
@@ -17,11 +18,18 @@ namespace MCHost {
 
 class CsvSource final : public IArrowSource {
  public:
-  // Checks the file and settles what its columns hold. Throws HostIOError.
-  CsvSource(std::string path, CsvRules rules);
+  // How much of the file is looked at before it is read. Where it is the start alone, the file is
+  // read on all cores, once, and whole; what was found is the same.
+  enum class Look { kWhole, kStart };
+
+  // Checks the file and settles what its columns hold. Throws HostIOError. With kStart, so many
+  // bytes of it are looked at, and as many are read at a time.
+  CsvSource(std::string path, CsvRules rules, Look look = Look::kWhole,
+            std::size_t startBytes = kStartBytes);
 
   // The same for a text that is already there. `name` names it in messages.
-  CsvSource(std::string name, std::string text, CsvRules rules);
+  CsvSource(std::string name, std::string text, CsvRules rules, Look look = Look::kWhole,
+            std::size_t startBytes = kStartBytes);
 
   const std::string& Name() const override { return fName; }
   void Open(const std::vector<int>* columns, ArrowArrayStream* stream) override;
@@ -29,24 +37,33 @@ class CsvSource final : public IArrowSource {
   // is one of texts.
   void OpenOriginal(const std::vector<int>* columns, ArrowArrayStream* stream) override;
   Kept KeptOf(int column) override;
-  std::int64_t CaseCount() const override { return fInspector.CaseCount(); }
+  std::int64_t CaseCount() const override { return fbStartOnly ? -1 : fInspector.CaseCount(); }
+  bool IsReadOnce() const override { return fbStartOnly; }
+  bool LookAgain() override;
   std::vector<std::string> Notes() const override;
 
   // The file as it is written, from its first record on. Throws HostIOError.
   CsvRecords Records() const;
 
  private:
+  static constexpr std::size_t kStartBytes = std::size_t{1} << 20;
+
   using Types = std::vector<std::shared_ptr<arrow::DataType>>;
 
   // Whether the doubles of a column hold its numbers: all of them, or all but infinities and NaN,
   // which a table does not keep.
   enum class Digits { kLost, kHeld, kHeldButWords };
 
-  void InspectFile();
+  void Inspect(Look look);
+  bool IsPromise() const;
   Digits DigitsOf(std::size_t column);
   void LookAtDigits();
   void LookAtDigit(std::string_view field, Digits& digits) const;
   std::shared_ptr<arrow::io::InputStream> OpenBytes() const;
+  std::shared_ptr<arrow::RecordBatchReader> ReadPieces(std::shared_ptr<arrow::Schema> schema,
+                                                       arrow::csv::ConvertOptions convert) const;
+  std::shared_ptr<arrow::RecordBatchReader> ReadLines(
+      const arrow::csv::ConvertOptions& convert) const;
   void OpenAs(const Types& types, const std::vector<int>* columns, ArrowArrayStream* stream) const;
 
   std::string fName;
@@ -54,7 +71,9 @@ class CsvSource final : public IArrowSource {
   FileStamp fStamp;
   std::string fText;
   CsvRules fRules;
+  std::size_t fStartBytes;
   CsvInspector fInspector;
+  bool fbStartOnly = false;     // the inspector has seen no more of the file
   std::vector<Digits> fDigits;  // of each column; empty until it must be known
 };
 

@@ -63,9 +63,26 @@ CsvRules RulesOf(const DataFileOptions& options, char delimiter) {
   return rules;
 }
 
-std::unique_ptr<IArrowSource> ReadStandardInput(const DataFileOptions& options) {
+std::unique_ptr<IArrowSource> ReadStandardInput(const DataFileOptions& options,
+                                                CsvSource::Look look) {
   std::string text(std::istreambuf_iterator<char>(std::cin), {});
-  return std::make_unique<CsvSource>("standard input", std::move(text), RulesOf(options, ','));
+  return std::make_unique<CsvSource>("standard input", std::move(text), RulesOf(options, ','),
+                                     look);
+}
+
+std::unique_ptr<IArrowSource> OpenSource(const std::string& path, const DataFileOptions& options,
+                                         CsvSource::Look look) {
+  if (path == kStandardInput) return ReadStandardInput(options, look);
+  const Extension& extension = ExtensionOf(path);
+  switch (extension.fFormat) {
+    case Format::kParquet:
+      return std::make_unique<ParquetSource>(path);
+    case Format::kIpc:
+      return std::make_unique<IpcSource>(path);
+    case Format::kDelimited:
+      break;
+  }
+  return std::make_unique<CsvSource>(path, RulesOf(options, extension.fDelimiter), look);
 }
 
 // Whether the cells of a file are too many to be held without need.
@@ -79,7 +96,7 @@ bool IsLarge(const std::string& path) {
 std::unique_ptr<DataTable> OpenForOnce(const std::string& path, const DataFileOptions& options) {
   if (!IsLarge(path)) return OpenDataFile(path, options, TableStorage::kMemory);
   try {
-    return OpenDataFile(path, options, TableStorage::kStreamed);
+    return std::make_unique<StreamedTable>(OpenSource(path, options, CsvSource::Look::kStart));
   } catch (const HostIOError& error) {
     // What is not wrong with the data is that there is no room for a temporary file.
     if (error.File() == path) throw;
@@ -91,17 +108,7 @@ std::unique_ptr<DataTable> OpenForOnce(const std::string& path, const DataFileOp
 
 std::unique_ptr<IArrowSource> OpenDataSource(const std::string& path,
                                              const DataFileOptions& options) {
-  if (path == kStandardInput) return ReadStandardInput(options);
-  const Extension& extension = ExtensionOf(path);
-  switch (extension.fFormat) {
-    case Format::kParquet:
-      return std::make_unique<ParquetSource>(path);
-    case Format::kIpc:
-      return std::make_unique<IpcSource>(path);
-    case Format::kDelimited:
-      break;
-  }
-  return std::make_unique<CsvSource>(path, RulesOf(options, extension.fDelimiter));
+  return OpenSource(path, options, CsvSource::Look::kWhole);
 }
 
 std::unique_ptr<DataTable> OpenDataFile(const std::string& path, const DataFileOptions& options,
@@ -110,7 +117,9 @@ std::unique_ptr<DataTable> OpenDataFile(const std::string& path, const DataFileO
   if (path == kStandardInput && storage == TableStorage::kStreamed) {
     throw HostIOError("standard input", "", "it can be read only once, so it cannot be streamed");
   }
-  std::unique_ptr<IArrowSource> source = OpenDataSource(path, options);
+  const auto look =
+      storage == TableStorage::kStreamed ? CsvSource::Look::kWhole : CsvSource::Look::kStart;
+  std::unique_ptr<IArrowSource> source = OpenSource(path, options, look);
   if (storage == TableStorage::kMemory) {
     if (path == kStandardInput && !options.fbKeepOriginal) {
       return std::make_unique<MemoryTable>(*source);

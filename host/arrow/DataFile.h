@@ -37,7 +37,9 @@ enum class TableStorage {
               // be, else as in memory
 };
 
-// The table of a file. Standard input cannot be streamed. Throws HostIOError.
+// The table of a file. A CSV file whose cells are held, in memory or aside, is read once and on all
+// cores by what its start promises, and checked as a whole only where it breaks that: types and
+// messages are the same. Standard input cannot be streamed. Throws HostIOError.
 std::unique_ptr<DataTable> OpenDataFile(const std::string& path, const DataFileOptions& options,
                                         TableStorage storage);
 

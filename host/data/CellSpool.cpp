@@ -31,19 +31,21 @@ std::string TemporaryFolder() {
 
 }  // namespace
 
-CellSpool::CellSpool(const std::vector<bool>& numeric, std::int64_t nCases)
-    : fFolder(TemporaryFolder()) {
+CellSpool::CellSpool(const std::vector<bool>& numeric) : fFolder(TemporaryFolder()) {
   for (const bool isNumber : numeric) {
     fColumns.push_back({isNumber ? sizeof(double) : sizeof(std::int32_t), fBlockBytes});
     fBlockBytes += fColumns.back().fCellBytes * kBlockCases;
   }
   fBlockBytes = WholePages(fBlockBytes);
-  const std::size_t blocks = (static_cast<std::size_t>(nCases) + kBlockCases - 1) / kBlockCases;
-  fBytes = blocks * fBlockBytes;
   std::string name = fFolder + "/cells.XXXXXX";
   fDescriptor = mkstemp(name.data());
   if (fDescriptor < 0) Fail("cannot hold a temporary file");
   unlink(name.c_str());
+}
+
+void CellSpool::Show(std::int64_t nCases) {
+  const std::size_t blocks = (static_cast<std::size_t>(nCases) + kBlockCases - 1) / kBlockCases;
+  fBytes = blocks * fBlockBytes;
   if (fBytes == 0) return;
   if (ftruncate(fDescriptor, static_cast<off_t>(fBytes)) != 0) Fail("cannot hold the data");
   void* mapped = mmap(nullptr, fBytes, PROT_READ, MAP_SHARED, fDescriptor, 0);

@@ -18,9 +18,9 @@ class CellSpool {
  public:
   static constexpr std::size_t kBlockCases = 512;
 
-  // Room for columns of numbers (8 bytes a cell) and of codes (4 bytes) in the system's folder for
+  // For columns of numbers (8 bytes a cell) and of codes (4 bytes), in the system's folder for
   // temporary files. Throws HostIOError.
-  CellSpool(const std::vector<bool>& numeric, std::int64_t nCases);
+  explicit CellSpool(const std::vector<bool>& numeric);
   CellSpool(const CellSpool&) = delete;
   CellSpool& operator=(const CellSpool&) = delete;
   ~CellSpool();
@@ -29,7 +29,11 @@ class CellSpool {
   // Throws HostIOError.
   void Write(std::size_t column, std::int64_t firstCase, const void* cells, std::size_t n);
 
+  // Ends writing: there are so many cases. Throws HostIOError.
+  void Show(std::int64_t nCases);
+
   // The cells from a case to the end of its block: doubles or codes, as the column has it.
+  // REQUIRES: Show(), and the case is there.
   const void* Cells(std::size_t column, std::int64_t firstCase) const;
 
   // Gives back the memory of the block that holds the case; its cells can still be looked at.

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "common/MCAssert.h"
+#include "host/session/HostIOError.h"
 
 namespace MCHost {
 
@@ -85,7 +86,18 @@ std::unique_ptr<ITableScan> DataTable::ScanViews(const std::vector<int>& columns
   return std::make_unique<ViewScan>(*this, columns, maxCases);
 }
 
+void DataTable::ReadWhole(IArrowSource& source, const std::function<void()>& read) {
+  try {
+    return read();
+  } catch (const HostIOError& error) {
+    // Another file is one that the cells go to.
+    if (error.File() != source.Name() || !source.LookAgain()) throw;
+  }
+  read();
+}
+
 void DataTable::DeclareColumns(ArrowStreamReader& reader) {
+  fColumns.clear();
   for (int i = 0; i < reader.ColumnCount(); ++i) {
     const ArrowColumn& column = reader.Column(i);
     AddVariable(KOVA_Variable(column.Name(), column.IsNumeric() ? 0 : 1));

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <string>
 #include <utility>
@@ -72,7 +73,11 @@ class DataTable : public ITable {
   // length.
   std::unique_ptr<ITableScan> ScanViews(const std::vector<int>& columns, std::size_t maxCases);
 
-  // A column for each of the stream's, without cells.
+  // Calls `read`, which reads the whole source, and calls it again where the source proves not to
+  // be what it was taken for. Throws HostIOError.
+  static void ReadWhole(IArrowSource& source, const std::function<void()>& read);
+
+  // A column for each of the stream's, without cells, in the place of all that were there.
   void DeclareColumns(ArrowStreamReader& reader);
 
   // Gives a string variable the width of its longest string, at least 1.

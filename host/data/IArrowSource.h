@@ -38,6 +38,15 @@ class IArrowSource {
   // Number of cases when that is known without reading, otherwise -1.
   virtual std::int64_t CaseCount() const { return -1; }
 
+  // Whether the source knows no more of its columns than its start told, because it is to be read
+  // whole, and once. It has no case count then, and where reading it fails, LookAgain() decides.
+  virtual bool IsReadOnce() const { return false; }
+
+  // Called where reading such a source has failed: looks at all of it. True where it is sound, but
+  // not what its start promised: what was read of it is void, and it must be opened again. False
+  // where there was nothing more to look at. Throws HostIOError for what is wrong with the data.
+  virtual bool LookAgain() { return false; }
+
   // How many columns can be read side by side in little memory (tens of megabytes). Less than all
   // of them for a format that keeps long stretches of each column together.
   virtual int ColumnsAtATime() const { return std::numeric_limits<int>::max(); }

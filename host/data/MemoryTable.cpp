@@ -30,6 +30,11 @@ MemoryTable::MemoryTable(ArrowArrayStream* stream, const std::string& source) {
 }
 
 MemoryTable::MemoryTable(IArrowSource& source) {
+  ReadWhole(source, [&] { ReadColumns(source); });
+  fSourceNotes = source.Notes();
+}
+
+void MemoryTable::ReadColumns(IArrowSource& source) {
   ArrowArrayStream stream = Open(source, nullptr);
   ArrowStreamReader whole(&stream, source.Name());
   DeclareColumns(whole);
@@ -39,7 +44,6 @@ MemoryTable::MemoryTable(IArrowSource& source) {
   } else {
     for (int first = 0; first < ColumnCount(); first += group) LoadColumns(source, first, group);
   }
-  fSourceNotes = source.Notes();
 }
 
 MemoryTable::MemoryTable(std::unique_ptr<IArrowSource> source) : MemoryTable(*source) {

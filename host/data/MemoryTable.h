@@ -38,6 +38,7 @@ class MemoryTable final : public DataTable {
   std::unique_ptr<ITableScan> Scan(const std::vector<int>& columns) override;
 
  private:
+  void ReadColumns(IArrowSource& source);
   // Fills the columns from `firstColumn` on.
   void Load(ArrowStreamReader& reader, int firstColumn);
   void LoadBatch(ArrowStreamReader& reader, int firstColumn);

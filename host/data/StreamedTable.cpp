@@ -130,20 +130,25 @@ class StreamedTable::StreamedScan : public ITableScan {
 StreamedTable::StreamedTable(std::unique_ptr<IArrowSource> source, std::size_t maxBatchCases) {
   fpSource = std::move(source);
   SetMaxBatchCases(maxBatchCases);
+  ReadWhole(*fpSource, [this] { ReadSource(); });
+  for (int i = 0; i < ColumnCount(); ++i) FitWidth(i);
+  fSourceNotes = fpSource->Notes();
+}
+
+void StreamedTable::ReadSource() {
+  fNCases = 0;
   {
     ArrowArrayStream stream{};
     fpSource->Open(nullptr, &stream);
     ArrowStreamReader whole(&stream, fpSource->Name());
     DeclareColumns(whole);
   }
-  if (fpSource->ColumnsAtATime() < ColumnCount()) {
-    CountCases();
+  if (fpSource->ColumnsAtATime() < ColumnCount() || fpSource->IsReadOnce()) {
     Spool();
   } else {
+    fpSpool = nullptr;
     ReadStrings();
   }
-  for (int i = 0; i < ColumnCount(); ++i) FitWidth(i);
-  fSourceNotes = fpSource->Notes();
 }
 
 void StreamedTable::CountCases() {
@@ -177,27 +182,29 @@ void StreamedTable::Spool() {
   std::vector<bool> numeric;
   numeric.reserve(static_cast<std::size_t>(ColumnCount()));
   for (int i = 0; i < ColumnCount(); ++i) numeric.push_back(GetVariable(i).IsNumeric());
-  fpSpool = std::make_unique<CellSpool>(numeric, fNCases);
-  const int group = fpSource->ColumnsAtATime();
+  fpSpool = std::make_unique<CellSpool>(numeric);
+  const int group = std::min(fpSource->ColumnsAtATime(), ColumnCount());
   for (int first = 0; first < ColumnCount(); first += group) {
     std::vector<int> columns(static_cast<std::size_t>(std::min(group, ColumnCount() - first)));
     std::iota(columns.begin(), columns.end(), first);
-    SpoolColumns(columns);
+    const std::int64_t cases = SpoolColumns(columns);
+    if (first > 0 && cases != fNCases) Changed();
+    fNCases = cases;
   }
+  fpSpool->Show(fNCases);
 }
 
-void StreamedTable::SpoolColumns(const std::vector<int>& columns) {
+std::int64_t StreamedTable::SpoolColumns(const std::vector<int>& columns) {
   const auto reader = Open(columns);
   std::int64_t at = 0;
   while (reader->NextBatch()) {
-    if (at + reader->BatchCases() > fNCases) Changed();
     SpoolBatch(*reader, columns, at);
     at += reader->BatchCases();
   }
-  if (at != fNCases) Changed();
   for (std::size_t k = 0; k < columns.size(); ++k) {
     At(columns[k]).fNote = reader->Column(static_cast<int>(k)).Note();
   }
+  return at;
 }
 
 void StreamedTable::SpoolBatch(ArrowStreamReader& reader, const std::vector<int>& columns,

@@ -5,8 +5,9 @@
 // unique strings costs as much as its text; the cells of added variables are kept, 8 bytes a number
 // and 4 a string; and the source keeps what its format needs for the batch it is at. A source whose
 // columns cannot all be read side by side in little memory (a wide columnar file) is first turned
-// into a temporary file of cells, group of columns by group of columns, and scanned there.
-// Scans give the same values, codes and batches as those of a MemoryTable of the same data.
+// into a temporary file of cells, group of columns by group of columns, and scanned there; so is
+// one that is to be read only once. Scans give the same values, codes and batches as those of a
+// MemoryTable of the same data.
 #pragma once
 
 #include <memory>
@@ -37,10 +38,11 @@ class StreamedTable final : public DataTable {
   ColumnView View(int column, std::int64_t firstCase) const override;
   void LeaveBatch(const TableBatch& batch) const override;
 
+  void ReadSource();
   void ReadStrings();
   void CountCases();
   void Spool();
-  void SpoolColumns(const std::vector<int>& columns);
+  std::int64_t SpoolColumns(const std::vector<int>& columns);
   void SpoolBatch(ArrowStreamReader& reader, const std::vector<int>& columns, std::int64_t at);
   [[noreturn]] void Changed() const;
   std::unique_ptr<ArrowStreamReader> Open(const std::vector<int>& columns);

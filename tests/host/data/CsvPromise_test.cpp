@@ -1,0 +1,188 @@
+// A CSV file that is read as its start promises is what a look at the whole file makes of it.
+#include <gtest/gtest.h>
+
+#include <iterator>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "host/arrow/CsvSource.h"
+#include "host/data/MemoryTable.h"
+#include "host/data/StreamedTable.h"
+#include "host/session/HostIOError.h"
+#include "tests/host/data/TableFixtures.h"
+
+namespace MCHost {
+namespace {
+
+using Look = CsvSource::Look;
+
+constexpr const char* kKinds[][4] = {
+    {"1", "-2.5", "1e5", " 7 "},
+    {"12", "0", "-3", "4"},
+    {"inf", "nan", "1", "-Infinity"},
+    {"true", "FALSE", "False", "True"},
+    {"1970-01-02", "2000-02-29", "1999-12-31", "1970-01-01"},
+    {"1970-01-02 10:00", "2000-02-29", "1999-12-31T00:00:00.5", "1970-01-01 00:01"},
+    {"1970-01-02T10:00Z", "2000-02-29T01:00:00+02:00", "1999-12-31T00:00Z", "1970-01-02T10:00Z"},
+    {"00:01", "12:30:00", "12:30:00.5", "23:59"},
+    {"red", "a b", "5\"", "é"},
+    {"\"red, blue\"", "\"\"\"\"", "\"1\"", "\"a\"\"b\""},
+    {"\"1\"", "\"2\"", "\" 3\"", "4"},
+    {"", "NA", "\"\"", "null"},
+};
+
+// What may stand in a column of any kind, although its start promised something else, or although
+// only the whole file tells what it means. In place of ; and ~ come delimiter and line end.
+const std::string kOdd[] = {
+    "9007199254740993",
+    "9007199254740992.5",
+    "-12345678901234567890",
+    "1e300",
+    "1e400",
+    std::string(300, '1'),
+    std::string(500, '7') + ".5",
+    std::string(255, ' ') + "1",
+    std::string(256, ' ') + "1",
+    std::string(400, ' ') + "inf",
+    "1" + std::string(300, '\t'),
+    "\"" + std::string(300, '7') + "\"",
+    "nan(" + std::string(300, 'a') + ")",
+    "\"NaN(" + std::string(300, 'a') + ")\"",
+    std::string(300, 'a'),
+    "0",
+    "1",
+    "x",
+    "2.5",
+    "-7.25",
+    "1e-3",
+    "true",
+    "2001-02-29",
+    "2000-02-29",
+    "2000-02-29 12:30",
+    "2000-02-29T12:30Z",
+    "12:30",
+    "\xFF",
+    "\xC3",
+    "\"\xE2\x82\"",
+    "\xED\xA0\x80",
+    std::string("x\0y", 3),
+    std::string("\"\0\"", 3),
+    "\"open",
+    "\"a\"b",
+    "\"1\"2",
+    "\"\"x",
+    "\"a\" ",
+    "\"",
+    "\"a~b\"",
+    "\"a\r\"",
+    "\"a~1;1;1~b\"",
+    "\"1\n\"",
+    "1;2",
+    "a~b",
+    "~",
+    "1\r2",
+    "\xEF\xBB\xBF",
+    "\xEF\xBB\xBF"
+    "1",
+};
+
+// Random files of three columns, the first of one kind but for one late cell, if any.
+class Files {
+ public:
+  explicit Files(unsigned seed) : fRandom(seed) {}
+
+  std::string Next(std::size_t kind, const std::string& odd, char delimiter) {
+    const std::string end = Pick({"\n", "\n", "\n", "\r\n", "\r"});
+    const std::size_t kinds[] = {kind, Below(std::size(kKinds)), Below(std::size(kKinds))};
+    const unsigned rows = 30 + Below(60);
+    const unsigned oddRow = 25 + Below(rows - 25);
+    std::string text = Below(8) == 0 ? "\xEF\xBB\xBF" : "";
+    text += Pick({"a;b;c~", "a;b;c~", "a;\"b\";c~", "a;\"b\";c~", "a;b;\"c~1;2;3\"~"});
+    for (unsigned i = 0; i < rows; ++i) {
+      if (Below(40) == 0) text += "~";
+      for (std::size_t j = 0; j < 3; ++j) {
+        text += j == 0 && i == oddRow ? odd : Cell(kinds[j]);
+        text += j < 2 ? ";" : "~";
+      }
+    }
+    if (Below(4) == 0) text.pop_back();
+    return Replaced(Replaced(text, ';', std::string(1, delimiter)), '~', end);
+  }
+
+  unsigned Below(std::size_t n) { return static_cast<unsigned>(fRandom() % n); }
+
+ private:
+  std::string Pick(const std::vector<std::string>& from) { return from[Below(from.size())]; }
+  std::string Cell(std::size_t kind) {
+    if (Below(15) == 0) return Pick({"", "NA", "NaN", "null", "\"\""});
+    return kKinds[kind][Below(4)];
+  }
+  static std::string Replaced(const std::string& text, char what, const std::string& by) {
+    std::string replaced;
+    for (const char c : text) replaced += c == what ? by : std::string(1, c);
+    return replaced;
+  }
+
+  std::mt19937 fRandom;
+};
+
+// All that a table tells of the data and of what is to be passed on, or the message.
+template <class Table, class Open>
+std::vector<std::vector<std::string>> Told(Open open, bool* isPromiseKept) {
+  std::unique_ptr<Table> table;
+  CsvSource* source = nullptr;
+  try {
+    std::unique_ptr<CsvSource> opened = open();
+    source = opened.get();
+    table = std::make_unique<Table>(std::move(opened));
+  } catch (const HostIOError& error) {
+    return {{error.what()}};
+  }
+  *isPromiseKept = source->IsReadOnce();
+  auto told = Contents(*table);
+  told.push_back(table->Notes());
+  told.push_back({std::to_string(table->CaseCount())});
+  for (int j = 0; j < table->ColumnCount(); ++j) {
+    told.push_back({std::to_string(static_cast<int>(source->KeptOf(j)))});
+  }
+  return told;
+}
+
+TEST(CsvPromise, WhatItsStartPromisesOfAFileIsKeptOrFoundOutWithTheSameWords) {
+  Files files(20240229);
+  int nFiles = 0;
+  int nKept = 0;
+  int nErrors = 0;
+  for (std::size_t kind = 0; kind < std::size(kKinds); ++kind) {
+    for (std::size_t k = 0; k < 2 * std::size(kOdd); ++k) {
+      const char delimiter = files.Below(4) == 0 ? '\t' : ',';
+      const std::string odd = k % 2 == 0 ? kOdd[k / 2] : kKinds[kind][0];
+      const std::string text = files.Next(kind, odd, delimiter);
+      CsvRules rules{delimiter, {"", "NA", "NaN", "null", "\xFF"}, {}};
+      constexpr FieldType kTypes[] = {FieldType::kString, FieldType::kNumber, FieldType::kInteger,
+                                      FieldType::kBoolean, FieldType::kDateTime};
+      if (kind == 1) rules.fTypes["a"] = FieldType::kInteger;
+      if (files.Below(6) == 0) rules.fTypes["a"] = kTypes[files.Below(std::size(kTypes))];
+      const std::size_t start = 80 + files.Below(200);
+      const auto source = [&](Look look) {
+        return [&, look] { return std::make_unique<CsvSource>("t.csv", text, rules, look, start); };
+      };
+      bool isKept = false;
+      const auto whole = Told<MemoryTable>(source(Look::kWhole), &isKept);
+      ASSERT_EQ(Told<StreamedTable>(source(Look::kStart), &isKept), whole) << start << "\n" << text;
+      ASSERT_EQ(Told<MemoryTable>(source(Look::kStart), &isKept), whole) << start << "\n" << text;
+      ++nFiles;
+      nKept += isKept ? 1 : 0;
+      nErrors += whole.size() == 1 ? 1 : 0;
+    }
+  }
+  // Each way is taken.
+  EXPECT_GT(nKept, nFiles / 8);
+  EXPECT_GT(nErrors, nFiles / 20);
+  EXPECT_GT(nFiles - nKept - nErrors, nFiles / 8);
+}
+
+}  // namespace
+}  // namespace MCHost
