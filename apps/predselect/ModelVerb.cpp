@@ -1,6 +1,7 @@
 #include "apps/predselect/ModelVerb.h"
 
 #include <memory>
+#include <set>
 #include <string>
 
 #include "apps/predselect/ExitCode.h"
@@ -37,7 +38,8 @@ int ModelData(const Options& options) {
     return kCompleted;
   }
   const SaveTable saved(*table, options.fSave);
-  ShowNotes(*table, options.fResult);
+  std::set<std::string> notes;
+  ShowNotes(*table, options.fResult, notes);
   // The model's own file is what its command is to write.
   Options others = options;
   others.fModel.fPmml.clear();

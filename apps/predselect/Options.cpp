@@ -325,6 +325,7 @@ CLI::App* AddModel(CLI::App& app, Options& options) {
       ->type_name("FILE")
       ->check(IsStateName);
   model->add_option("--pmml", options.fModel.fPmml, "Write the model as PMML")->type_name("FILE");
+  AddThreads(*model, options.fThreads);
   AddProgress(*model, options.fResult);
   return model;
 }
