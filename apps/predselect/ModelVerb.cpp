@@ -48,7 +48,7 @@ int ModelData(const Options& options) {
   ProgressLine progress(WantsProgress(options.fResult));
   LiveOutput document(options.fResult, progress, options.fData.fFile);
   const PredSelect::Outcome outcome =
-      PredSelect::BuildModel(*table, document, request, ProgramSurroundings(progress));
+      PredSelect::BuildModel(*table, document, request, ProgramSurroundings(options, progress));
   progress.Clear();
   const int code = saved.WriteAfter(outcome);
   WriteDocument(document, options.fResult);
