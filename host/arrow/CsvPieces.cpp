@@ -62,9 +62,10 @@ arrow::Status CsvPieces::ReadNext(Batch* batch) {
   do {
     while (!fbEnded && fAhead.size() < most) {
       ARROW_ASSIGN_OR_RAISE(std::string piece, NextPiece());
-      ARROW_ASSIGN_OR_RAISE(auto parsed,
-                            arrow::internal::GetCpuThreadPool()->Submit(
-                                [this, piece = std::move(piece)] { return Parse(piece); }));
+      ARROW_ASSIGN_OR_RAISE(auto parsed, arrow::internal::GetCpuThreadPool()->Submit(
+                                             [this, piece = std::move(piece)]() mutable {
+                                               return Parse(std::move(piece));
+                                             }));
       fAhead.push_back(std::move(parsed));
     }
     if (fAhead.empty()) return arrow::Status::OK();
@@ -110,7 +111,7 @@ arrow::Status CsvPieces::SkipHeader(std::string& piece) {
   return arrow::Status::OK();
 }
 
-arrow::Result<CsvPieces::Batch> CsvPieces::Parse(const std::string& piece) const {
+arrow::Result<CsvPieces::Batch> CsvPieces::Parse(std::string piece) const {
   if (piece.find_first_not_of(kLineEnds) == std::string::npos) return nullptr;
   // A mark that is not the file's first bytes is text, but would not be taken for it.
   if (piece.starts_with(kByteOrderMark)) return NotAsPromised();
@@ -119,11 +120,12 @@ arrow::Result<CsvPieces::Batch> CsvPieces::Parse(const std::string& piece) const
   read.use_threads = false;
   read.block_size = static_cast<std::int32_t>(piece.size());
   read.column_names = fRules.fNames;
-  ARROW_ASSIGN_OR_RAISE(const auto reader, arrow::csv::TableReader::Make(
-                                               arrow::io::default_io_context(),
-                                               std::make_shared<arrow::io::BufferReader>(
-                                                   arrow::Buffer::Wrap(piece.data(), piece.size())),
-                                               read, fRules.fParse, fRules.fConvert));
+  // Arrow may hold the bytes beyond the reader's end.
+  const auto bytes =
+      std::make_shared<arrow::io::BufferReader>(arrow::Buffer::FromString(std::move(piece)));
+  ARROW_ASSIGN_OR_RAISE(const auto reader,
+                        arrow::csv::TableReader::Make(arrow::io::default_io_context(), bytes, read,
+                                                      fRules.fParse, fRules.fConvert));
   ARROW_ASSIGN_OR_RAISE(const auto table, reader->Read());
   ARROW_ASSIGN_OR_RAISE(Batch batch, table->CombineChunksToBatch());
   ARROW_RETURN_NOT_OK(CheckNumbers(*batch));

@@ -41,7 +41,7 @@ class CsvPieces final : public arrow::RecordBatchReader {
 
   arrow::Result<std::string> NextPiece();
   arrow::Status SkipHeader(std::string& piece);
-  arrow::Result<Batch> Parse(const std::string& piece) const;
+  arrow::Result<Batch> Parse(std::string piece) const;
   arrow::Status CheckNumbers(const arrow::RecordBatch& batch) const;
 
   std::shared_ptr<arrow::io::InputStream> fpInput;

@@ -8,10 +8,12 @@
 #include <arrow/record_batch.h>
 
 #include <algorithm>
+#include <optional>
 #include <string_view>
 #include <utility>
 
 #include "host/arrow/ArrowFailure.h"
+#include "host/arrow/MappedBatches.h"
 
 namespace MCHost {
 
@@ -60,6 +62,8 @@ IpcSource::IpcSource(std::string path) : fName(std::move(path)), fStamp(fName) {
   if (fbStreamForm) return;
   const auto reader = Value(arrow::ipc::RecordBatchFileReader::Open(file), fName);
   fNCases = Value(reader->CountRows(), fName);
+  fbMapped = MappedBatches::Fits(fName);
+  if (fbMapped) return;
   // A batch is read as a whole, packed and unpacked.
   const std::int64_t batchCases = fNCases / std::max(reader->num_record_batches(), 1);
   const std::int64_t columnBytes = std::max<std::int64_t>(batchCases * 2 * kCellBytes, 1);
@@ -70,6 +74,12 @@ void IpcSource::Open(const std::vector<int>* columns, ArrowArrayStream* stream) 
   auto options = arrow::ipc::IpcReadOptions::Defaults();
   if (columns != nullptr) options.included_fields = *columns;
   fStamp.Check(fName);
+  if (fbMapped) {
+    const auto wanted = columns != nullptr ? std::optional(*columns) : std::nullopt;
+    return Check(
+        arrow::ExportRecordBatchReader(std::make_shared<MappedBatches>(fName, wanted), stream),
+        fName);
+  }
   const auto file = Value(arrow::io::ReadableFile::Open(fName), fName);
   std::shared_ptr<arrow::RecordBatchReader> reader;
   if (fbStreamForm) {

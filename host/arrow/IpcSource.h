@@ -1,5 +1,6 @@
 // A file in the Arrow IPC format (Feather version 2), in its file or its stream form. The stream
-// form can only be read batch by batch, so its batches must fit into memory.
+// form can only be read batch by batch, so its batches must fit into memory. A file form that is
+// not packed is mapped into memory.
 #pragma once
 
 #include <cstdint>
@@ -26,6 +27,7 @@ class IpcSource final : public IArrowSource {
   std::string fName;
   FileStamp fStamp;
   bool fbStreamForm = false;
+  bool fbMapped = false;  // its cells need not be read
   std::int64_t fNCases = -1;
   int fNColumnsAtATime = std::numeric_limits<int>::max();
 };
