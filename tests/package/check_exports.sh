@@ -6,4 +6,4 @@ set -eu
 nm -D --defined-only "$1" | awk '$2 != "A" && $3 !~ /@@PREDSELECT_CXX$/ {print $3}' | LC_ALL=C sort |
   diff "$2" -
 ! nm -D --defined-only -C "$1" | grep 'PREDSELECT_CXX$' |
-  grep -v -E ' (A PREDSELECT_CXX|([TVWBDR] ((typeinfo|typeinfo name|vtable) for )?PredSelect::.*))$'
+  grep -v -E ' (A PREDSELECT_CXX|([TVWBDRu] ((typeinfo|typeinfo name|vtable) for )?PredSelect::.*))$'
