@@ -9,8 +9,8 @@
 
 namespace MCHost {
 
-// Throws HostIOError with the status' message unless it is OK. `file` names the file in the
-// message.
+// Throws HostIOError with the status' message unless it is OK, std::bad_alloc where it is want of
+// memory. `file` names the file in the message.
 void Check(const arrow::Status& status, const std::string& file);
 
 // The value, or a HostIOError.
