@@ -77,22 +77,27 @@ void ReportTime(benchmark::State& state, const char* step, double steps) {
       steps, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);
 }
 
-void BM_ForwardSelection(benchmark::State& state) {
-  const int cases = static_cast<int>(state.range(0)), classes = static_cast<int>(state.range(1));
-  Columns data(cases, kInputs, kCategories, classes);
+// Selects so many of the inputs, each time with a new component.
+void SelectPredictors(benchmark::State& state, int cases, int inputs, int classes, int size) {
+  Columns data(cases, inputs, kCategories, classes);
   NaiveBayesSettings settings;
   settings.SetMaxRecordsInMemory(cases);
   settings.SetNThreads(static_cast<int>(state.range(2)));
   for (auto _ : state) {
     data.NewPass();
     NBAlgorithm algorithm(settings,
-                          MakeList(kInputs, kCategories, classes, INBVariable::kPossibleInput));
+                          MakeList(inputs, kCategories, classes, INBVariable::kPossibleInput));
     NBSelectionResult result;
-    if (algorithm.SelectAttributes({.fData = data, .fNRecords = cases, .fSize = 10}, result)
+    if (algorithm.SelectAttributes({.fData = data, .fNRecords = cases, .fSize = size}, result)
             .IsError()) {
       state.SkipWithError("selection failed");
     }
   }
+}
+
+void BM_ForwardSelection(benchmark::State& state) {
+  const int cases = static_cast<int>(state.range(0)), classes = static_cast<int>(state.range(1));
+  SelectPredictors(state, cases, kInputs, classes, 10);
   constexpr int kTried = 30 + 29 + 28 + 27 + 26 + 25 + 24 + 23 + 22 + 21;
   ReportTime(state, "record_candidate_class", 1.0 * cases * kTried * classes);
 }
@@ -106,20 +111,7 @@ BENCHMARK(BM_ForwardSelection)
 void BM_LargeSelection(benchmark::State& state) {
   const int cases = 4000, inputs = static_cast<int>(state.range(0));
   const int classes = static_cast<int>(state.range(1));
-  Columns data(cases, inputs, kCategories, classes);
-  NaiveBayesSettings settings;
-  settings.SetMaxRecordsInMemory(cases);
-  settings.SetNThreads(static_cast<int>(state.range(2)));
-  for (auto _ : state) {
-    data.NewPass();
-    NBAlgorithm algorithm(settings,
-                          MakeList(inputs, kCategories, classes, INBVariable::kPossibleInput));
-    NBSelectionResult result;
-    if (algorithm.SelectAttributes({.fData = data, .fNRecords = cases, .fSize = 3}, result)
-            .IsError()) {
-      state.SkipWithError("selection failed");
-    }
-  }
+  SelectPredictors(state, cases, inputs, classes, 3);
   ReportTime(state, "record_candidate_class", 1.0 * cases * (3.0 * inputs - 3) * classes);
 }
 BENCHMARK(BM_LargeSelection)
