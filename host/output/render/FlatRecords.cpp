@@ -14,6 +14,7 @@
 #include "host/data/MemoryTable.h"
 #include "host/output/OutputFormat.h"
 #include "host/output/render/TableRecords.h"
+#include "host/text/VisibleText.h"
 
 namespace MCHost {
 
@@ -154,9 +155,10 @@ class Markdown : public IRecordLines {
   }
 
  private:
+  // A page to read, unlike the other forms: what would steer a terminal is made visible.
   static std::string Escaped(std::string_view text) {
     std::string escaped;
-    for (const char c : text) {
+    for (const char c : VisibleText(text, "\n\r\t")) {
       if (c == '|') escaped += '\\';
       escaped += c == '\n' || c == '\r' ? ' ' : c;
     }

@@ -134,6 +134,11 @@ TEST(RenderRecords, KeepsEveryTextAndDigitInEachForm) {
        "| predictor | effect_eta_squared | log10_p |\n| --- | --- | ---: |\n"
        "| a\\|\"b\",\tc | x y | -0.333333 |\n| d |  | 12 |\n"}};
   for (const auto& [form, text] : cases) EXPECT_EQ(MCHost::RenderRecords(*records, form), text);
+
+  MCHost::MemoryTable steering;
+  steering.AddStrings("name", {"a\x1b[2Jb"});
+  EXPECT_EQ(MCHost::RenderRecords(steering, RecordsForm::kMarkdown),
+            "| name |\n| --- |\n| a\xE2\x90\x9B[2Jb |\n");
 }
 
 TEST(RenderText, NestsHeadingsMarksFootnotesAndAlignsWideCharacters) {
