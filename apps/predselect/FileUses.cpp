@@ -26,7 +26,10 @@ std::vector<FileUse> FilesOf(const Options& options) {
   if (options.fAction != Options::kMerge && !options.fStates.empty()) {
     files.push_back({options.fStates.front(), "the state", "the state", false});
   }
-  std::erase_if(files, [](const FileUse& file) { return file.fPath.empty(); });
+  std::erase_if(files, [](const FileUse& file) {
+    return file.fPath.empty() ||
+           (file.fbWritten && file.fPath == MCHost::OutputFile::kStandardOutput);
+  });
   return files;
 }
 
@@ -62,7 +65,6 @@ void CheckTable(const std::string& option, const std::string& path, const SaveOp
 
 void CheckOutputs(const Options& options) {
   const ResultOptions& result = options.fResult;
-  if (result.fFormat == OutputFormat::kColumns) MCHost::CheckDataFile(result.fFile);
   if (!result.fFile.empty()) MCHost::OutputFile::Check(result.fFile);
   if (!options.fModel.fPmml.empty()) MCHost::OutputFile::Check(options.fModel.fPmml);
   CheckTable("--save-data", options.fSave.fFile, options.fSave);

@@ -18,6 +18,8 @@ namespace PredSelectApp {
 
 namespace {
 
+using MCHost::FileFormat;
+
 constexpr int kPageRows = 20;  // of a ranking, unless more are asked for
 
 constexpr const char* kDescription =
@@ -65,6 +67,13 @@ constexpr const char* kCommandSyntax =
 constexpr const char* kRunNotes = R"(
   A command ends with a period at the end of a line. Neither BY nor WITH: every other variable
   is a candidate. Lists take "a TO c" and ALL. docs/commands.md has the whole reference.)";
+
+constexpr const char* kRunTables =
+    "PredictorSummary (default of SELECTPRED), PredictorEffects, SubsetSummary (default of "
+    "NAIVEBAYES), Classification, SelectedPredictors, ExcludedPredictors, CaseProcessingSummary";
+
+constexpr const char* kInspectTables =
+    "Ranking or SubsetSummary (default), Component, Variables, TargetCategories";
 
 // CLI11 reports what it could not take; the reader needs to know where help is.
 int ReportUsage(const CLI::App& app, const CLI::ParseError& error) {
@@ -118,37 +127,39 @@ void AddChoice(CLI::App& command, const std::string& name, Value& value,
   command.add_option_function<std::string>(name, take, help)->type_name(words);
 }
 
-void AddFormat(CLI::App& command, ResultOptions& result) {
-  AddChoice<OutputFormat>(command, "--format", result.fFormat,
-                          {{"text", OutputFormat::kText}, {"json", OutputFormat::kJson}},
-                          "A page to read (default), or a document for programs");
-}
-
-// Of a command whose result is one flat table.
-void AddFlatFormat(CLI::App& command, ResultOptions& result) {
-  AddChoice<OutputFormat>(
-      command, "--format", result.fFormat,
-      {{"text", OutputFormat::kText},
-       {"json", OutputFormat::kJson},
-       {"csv", OutputFormat::kCsv},
-       {"tsv", OutputFormat::kTsv},
-       {"jsonl", OutputFormat::kJsonLines},
-       {"markdown", OutputFormat::kMarkdown}},
-      "A page to read (default), a document for programs, or the table alone, a record a line; "
-      "without it the extension of --output decides: .json, .csv, .tsv, .jsonl, .md, .parquet, "
-      ".arrow, .feather");
-}
-
-OutputFormat FormatOf(const std::string& path) {
-  constexpr std::pair<const char*, OutputFormat> kEndings[] = {
-      {".json", OutputFormat::kJson},     {".csv", OutputFormat::kCsv},
-      {".tsv", OutputFormat::kTsv},       {".jsonl", OutputFormat::kJsonLines},
-      {".md", OutputFormat::kMarkdown},   {".parquet", OutputFormat::kColumns},
-      {".arrow", OutputFormat::kColumns}, {".feather", OutputFormat::kColumns}};
-  for (const auto& [ending, format] : kEndings) {
-    if (path.ends_with(ending)) return format;
+// Of every result: the page, the document, or the records of a table. `tables`: their subtypes, the
+// main one first.
+void AddFormat(CLI::App& command, ResultOptions& result, const std::string& tables) {
+  std::vector<std::pair<std::string, FileFormat>> words;
+  std::string endings;
+  for (const MCHost::FileFormatNames& format : MCHost::FileFormats()) {
+    words.emplace_back(format.fWord, format.fFormat);
+    for (const char* ending : format.fEndings)
+      endings += (endings.empty() ? "" : ", ") + std::string(ending);
   }
-  return OutputFormat::kText;
+  AddChoice<FileFormat>(
+      command, "--format", result.fFormat, words,
+      "A page to read (default), a document for programs, or the records of one table; without it "
+      "the extension of --output decides: " +
+          endings);
+  command
+      .add_option("--table", result.fTable,
+                  "The table whose records are written, by its name in docs/output.md: " + tables)
+      ->type_name("NAME");
+}
+
+// What --format is without a word.
+void CompleteFormat(const CLI::App& command, ResultOptions& result) {
+  if (command.count("--format") == 0) {
+    result.fFormat = MCHost::FormatOfPath(result.fFile).value_or(FileFormat::kText);
+  }
+  const bool hasRecords =
+      result.fFormat != FileFormat::kText && result.fFormat != FileFormat::kJson;
+  if (!result.fTable.empty() && !hasRecords) {
+    throw CLI::ValidationError("--table",
+                               "a page and a JSON document have all tables; say csv, "
+                               "or another format of one table, with --format");
+  }
 }
 
 void AddResultOptions(CLI::App& command, ResultOptions& result) {
@@ -271,7 +282,7 @@ CLI::App* AddRank(CLI::App& app, Options& options) {
       ->check(CLI::NonNegativeNumber)
       ->type_name("N");
   AddThreads(*rank, options.fThreads);
-  AddFlatFormat(*rank, options.fResult);
+  AddFormat(*rank, options.fResult, "Ranking");
   AddResultOptions(*rank, options.fResult);
   AddProgress(*rank, options.fResult);
   return rank;
@@ -283,14 +294,6 @@ std::string IsStateName(const std::string& name) {
     if (name.size() > 4 && name.ends_with(ending)) return "";
   }
   return "\"" + name + "\": a state file is named .bin or .xml";
-}
-
-// What depends on several options, where they do not say it themselves.
-void CompleteRank(const CLI::App& rank, Options& options) {
-  OutputFormat& format = options.fResult.fFormat;
-  const bool isCommand = options.fbShowCommand;
-  if (rank.count("--format") == 0 && !isCommand) format = FormatOf(options.fResult.fFile);
-  if (rank.count("--top") == 0 && format == OutputFormat::kText) options.fRank.fTop = kPageRows;
 }
 
 CLI::App* AddModel(CLI::App& app, Options& options) {
@@ -316,7 +319,7 @@ CLI::App* AddModel(CLI::App& app, Options& options) {
                    "At most so many (default: as many as serve the model)")
       ->check(CLI::PositiveNumber)
       ->type_name("N");
-  AddFormat(*model, options.fResult);
+  AddFormat(*model, options.fResult, "ChosenPredictors (default), Accuracy, WorstConfusions");
   AddResultOptions(*model, options.fResult);
   AddSaveOptions(*model, "predictions", options.fSave);
   model
@@ -334,7 +337,7 @@ CLI::App* AddInspect(CLI::App& app, Options& options) {
   CLI::App* inspect = app.add_subcommand(
       "inspect", "Show what a state file holds: component, variables, counts, ranking or model");
   AddState(*inspect, "state", options, false);
-  AddFormat(*inspect, options.fResult);
+  AddFormat(*inspect, options.fResult, kInspectTables);
   AddResultOptions(*inspect, options.fResult);
   return inspect;
 }
@@ -358,7 +361,7 @@ CLI::App* AddScore(CLI::App& app, Options& options) {
                    "predictor: .csv, .tsv, .parquet or .feather")
       ->type_name("FILE");
   AddThreads(*score, options.fThreads);
-  AddFormat(*score, options.fResult);
+  AddFormat(*score, options.fResult, "Scoring (default), ScoringDrift");
   AddResultOptions(*score, options.fResult);
   return score;
 }
@@ -396,7 +399,7 @@ Options ParseOptions(int argc, char** argv) {
   run->add_option("-f,--file", options.fCommandFile, "File that holds them; - is standard input")
       ->type_name("FILE")
       ->excludes(text);
-  AddFormat(*run, options.fResult);
+  AddFormat(*run, options.fResult, kRunTables);
   AddResultOptions(*run, options.fResult);
   AddSaveOptions(*run, "new variables", options.fSave);
   run->add_option("--save-state", options.fSaveState,
@@ -415,7 +418,7 @@ Options ParseOptions(int argc, char** argv) {
       "describe", "Show the dictionary: names, levels, ranges, categories, missing values");
   AddDataOptions(*describe, options.fData);
   AddWeight(*describe, options.fData);
-  AddFormat(*describe, options.fResult);
+  AddFormat(*describe, options.fResult, "Dictionary");
   AddResultOptions(*describe, options.fResult);
 
   CLI::App* rank = AddRank(app, options);
@@ -436,7 +439,11 @@ Options ParseOptions(int argc, char** argv) {
     for (const auto& [command, action] : actions) {
       if (command->parsed()) options.fAction = action;
     }
-    if (rank->parsed()) CompleteRank(*rank, options);
+    for (const auto* command : {run, rank, model, describe, inspect, score}) {
+      if (command->parsed()) CompleteFormat(*command, options.fResult);
+    }
+    const bool isPage = options.fResult.fFormat == FileFormat::kText;
+    if (isPage && rank->count("--top") == 0) options.fRank.fTop = kPageRows;
     options.fData.fbSaved = !options.fSave.fFile.empty();
     RefuseOneFileForTwo(options);
   } catch (const CLI::ParseError& error) {

@@ -4,13 +4,12 @@
 #include <string>
 #include <vector>
 
+#include "host/data/FileFormat.h"
 #include "operations/BuildModel.h"
 #include "operations/RankPredictors.h"
 
 namespace PredSelectApp {
 
-// The ones behind kJson are of flat tables: kColumns is a file of columns, by its extension.
-enum class OutputFormat { kText, kJson, kCsv, kTsv, kJsonLines, kMarkdown, kColumns };
 enum class Color { kAuto, kAlways, kNever };
 
 // Which data, and what is said of them besides the file itself.
@@ -35,8 +34,10 @@ struct SaveOptions {
 
 // Where results go and how they look.
 struct ResultOptions {
-  OutputFormat fFormat = OutputFormat::kText;
-  std::string fFile;  // empty: standard output
+  // Text, JSON, or the records of one kind of table.
+  MCHost::FileFormat fFormat = MCHost::FileFormat::kText;
+  std::string fTable;  // subtype of that table; empty: the main one
+  std::string fFile;   // empty or "-": standard output
   Color fColor = Color::kAuto;
   bool fbQuiet = false;
   bool fbProgress = true;

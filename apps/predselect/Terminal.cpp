@@ -10,13 +10,16 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <utility>
 
+#include "apps/predselect/ChosenRecords.h"
 #include "apps/predselect/Options.h"
 #include "host/arrow/DataFile.h"
+#include "host/data/ArrowCDataInterface.h"
 #include "host/data/MemoryTable.h"
 #include "host/output/OutputDocument.h"
-#include "host/output/render/FlatRecords.h"
 #include "host/output/render/RenderJson.h"
+#include "host/output/render/RenderRecords.h"
 #include "host/session/HostIOError.h"
 #include "host/session/OutputFile.h"
 #include "host/text/VisibleText.h"
@@ -24,6 +27,8 @@
 namespace PredSelectApp {
 
 namespace {
+
+using MCHost::FileFormat;
 
 constexpr int kDefaultWidth = 100;
 constexpr int kLeastWidth = 40;
@@ -45,34 +50,27 @@ bool WantsColor(Color color, int descriptor) {
   return isatty(descriptor) != 0 && (noColor == nullptr || *noColor == '\0');
 }
 
-// Null where nothing was shown.
-const MCHost::OutputTable* FirstFlat(const MCHost::OutputDocument& document) {
-  for (const MCHost::OutputRun& run : document.GetRuns()) {
-    for (const MCHost::OutputTable& table : run.fTables) {
-      if (table.fbFlat) return &table;
-    }
-  }
-  return nullptr;
+bool IsToFile(const ResultOptions& options) {
+  return !options.fFile.empty() && options.fFile != MCHost::OutputFile::kStandardOutput;
 }
 
-void WriteRecords(const MCHost::OutputTable& table, const ResultOptions& options) {
-  using MCHost::RecordsForm;
-  const std::unique_ptr<MCHost::MemoryTable> records = MCHost::FlatRecords(table);
-  if (options.fFormat == OutputFormat::kColumns) {
-    MCHost::WriteDataFile(*records, options.fFile);
+void WriteRecords(MCHost::FlatRecords records, const ResultOptions& options) {
+  if (options.fFormat != FileFormat::kParquet && options.fFormat != FileFormat::kArrow) {
+    WriteResults(options, MCHost::RenderRecords(records, options.fFormat));
     return;
   }
-  constexpr RecordsForm kForms[] = {RecordsForm::kCsv, RecordsForm::kTsv, RecordsForm::kJsonLines,
-                                    RecordsForm::kMarkdown};
-  const int place = static_cast<int>(options.fFormat) - static_cast<int>(OutputFormat::kCsv);
-  WriteResults(options, MCHost::RenderRecords(*records, kForms[place]));
+  ArrowArrayStream stream{};
+  MCHost::WriteArrowStream(std::make_unique<MCHost::FlatBatches>(std::move(records)), &stream);
+  MCHost::MemoryTable table(&stream);
+  const std::string path = IsToFile(options) ? options.fFile : MCHost::OutputFile::kStandardOutput;
+  MCHost::WriteDataFile(table, {options.fFormat, path});
 }
 
 }  // namespace
 
 MCHost::TextOptions PageOptions(const ResultOptions& options, bool forMessages) {
   const int descriptor = forMessages ? STDERR_FILENO : STDOUT_FILENO;
-  const bool toFile = !forMessages && !options.fFile.empty();
+  const bool toFile = !forMessages && IsToFile(options);
   MCHost::TextOptions page;
   page.fWidth =
       static_cast<std::size_t>(std::max(toFile ? kDefaultWidth : WidthOf(descriptor), kLeastWidth));
@@ -90,7 +88,7 @@ void PrintError(const std::string& line) {
 }
 
 void WriteResults(const ResultOptions& options, const std::string& text) {
-  if (!options.fFile.empty()) {
+  if (IsToFile(options)) {
     MCHost::OutputFile file(options.fFile);
     file.Write(text);
     file.Commit();
@@ -104,12 +102,12 @@ void WriteResults(const ResultOptions& options, const std::string& text) {
 }
 
 void WriteDocument(const MCHost::OutputDocument& document, const ResultOptions& options) {
-  if (options.fFormat == OutputFormat::kText) {
+  if (options.fFormat == FileFormat::kText) {
     WriteResults(options, MCHost::RenderText(document, PageOptions(options, false)));
-  } else if (options.fFormat == OutputFormat::kJson) {
+  } else if (options.fFormat == FileFormat::kJson) {
     WriteResults(options, MCHost::RenderJson(document));
-  } else if (const MCHost::OutputTable* table = FirstFlat(document)) {
-    WriteRecords(*table, options);
+  } else if (auto records = ChosenRecords(document, options.fTable)) {
+    WriteRecords(*std::move(records), options);
   }
 }
 

@@ -9,41 +9,19 @@
 #include <arrow/visit_type_inline.h>
 
 #include <array>
-#include <charconv>
-#include <cmath>
+#include <cstdlib>
 #include <type_traits>
 #include <utility>
 
 #include "host/arrow/ArrowFailure.h"
 #include "host/session/HostIOError.h"
+#include "host/text/CsvText.h"
 
 namespace MCHost {
 
 namespace {
 
 constexpr std::int64_t kSecondsADay = 86400;
-
-template <class Number>
-void AppendDigits(std::string& text, Number value) {
-  std::array<char, 32> digits;
-  text.append(digits.data(),
-              std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr);
-}
-
-template <class Number>
-void AppendNumber(std::string& text, Number value) {
-  if constexpr (std::is_floating_point_v<Number>) {
-    constexpr double kExactIntegers = 9007199254740992.0;  // 2^53
-    const bool isMinusZero = value == 0 && std::signbit(value);
-    const bool isWhole = std::abs(value) < kExactIntegers && value == std::floor(value);
-    if (isWhole && !isMinusZero) return AppendDigits(text, static_cast<std::int64_t>(value));
-    if (std::isnan(value)) {
-      text += "NaN";
-      return;
-    }
-  }
-  AppendDigits(text, value);
-}
 
 void AppendPadded(std::string& text, std::int64_t value, std::size_t width) {
   const std::string digits = std::to_string(value);
@@ -101,7 +79,7 @@ void AppendDateTime(std::string& text, std::int64_t time, std::int64_t unitsASec
 
 void AppendSeconds(std::string& text, std::int64_t duration, std::int64_t unitsASecond) {
   if (duration < 0) text += '-';
-  AppendDigits(text, std::abs(duration / unitsASecond));
+  AppendNumber(text, std::abs(duration / unitsASecond));
   AppendFraction(text, std::abs(duration % unitsASecond), unitsASecond);
 }
 
@@ -227,22 +205,6 @@ const arrow::Array& StorageOf(const arrow::Array& array) {
 }
 
 }  // namespace
-
-bool IsPlainCsvText(std::string_view text, char delimiter) {
-  // A byte order mark would be skipped at the start of the file.
-  return text.find(delimiter) == std::string_view::npos && !text.starts_with("\xEF\xBB\xBF");
-}
-
-void AppendCsvText(std::string& row, std::string_view text, char delimiter) {
-  const bool needsQuotes = text.empty() || text.find_first_of("\"\r\n") != std::string_view::npos;
-  if (!needsQuotes && IsPlainCsvText(text, delimiter)) {
-    row += text;
-    return;
-  }
-  row += '"';
-  for (const char c : text) row.append(c == '"' ? 2 : 1, c);
-  row += '"';
-}
 
 void CsvCells::Format(const arrow::RecordBatch& batch) {
   fColumns.resize(static_cast<std::size_t>(batch.num_columns()));

@@ -9,6 +9,7 @@
 #include <iostream>
 #include <iterator>
 #include <numeric>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -29,29 +30,15 @@ namespace {
 
 constexpr char kStandardInput[] = "-";
 
-enum class Format { kDelimited, kParquet, kIpc };
-
-struct Extension {
-  const char* fText;
-  Format fFormat;
-  char fDelimiter;
-};
-
-constexpr Extension kExtensions[] = {{".csv", Format::kDelimited, ','},
-                                     {".tsv", Format::kDelimited, '\t'},
-                                     {".parquet", Format::kParquet, 0},
-                                     {".arrow", Format::kIpc, 0},
-                                     {".feather", Format::kIpc, 0}};
-
-const Extension& ExtensionOf(const std::string& path) {
-  std::string end = path.substr(std::min(path.rfind('.'), path.size()));
-  for (char& c : end) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  for (const Extension& known : kExtensions) {
-    if (end == known.fText) return known;
-  }
+// Throws HostIOError for a name that tells no format of data.
+FileFormat DataFormatOf(const std::string& path) {
+  const std::optional<FileFormat> format = FormatOfPath(path);
   std::string allowed;
-  for (const Extension& known : kExtensions) {
-    allowed += (allowed.empty() ? "" : ", ") + std::string(known.fText);
+  for (const FileFormatNames& known : FileFormats()) {
+    if (!known.fbData) continue;
+    if (format == known.fFormat) return known.fFormat;
+    for (const char* ending : known.fEndings)
+      allowed += (allowed.empty() ? "" : ", ") + std::string(ending);
   }
   throw HostIOError(path, "", "the extension does not tell a data format; known are " + allowed);
 }
@@ -73,16 +60,10 @@ std::unique_ptr<IArrowSource> ReadStandardInput(const DataFileOptions& options,
 std::unique_ptr<IArrowSource> OpenSource(const std::string& path, const DataFileOptions& options,
                                          CsvSource::Look look) {
   if (path == kStandardInput) return ReadStandardInput(options, look);
-  const Extension& extension = ExtensionOf(path);
-  switch (extension.fFormat) {
-    case Format::kParquet:
-      return std::make_unique<ParquetSource>(path);
-    case Format::kIpc:
-      return std::make_unique<IpcSource>(path);
-    case Format::kDelimited:
-      break;
-  }
-  return std::make_unique<CsvSource>(path, RulesOf(options, extension.fDelimiter), look);
+  const FileFormat format = DataFormatOf(path);
+  if (format == FileFormat::kParquet) return std::make_unique<ParquetSource>(path);
+  if (format == FileFormat::kArrow) return std::make_unique<IpcSource>(path);
+  return std::make_unique<CsvSource>(path, RulesOf(options, DelimiterOf(format)), look);
 }
 
 // Whether the cells of a file are too many to be held without need.
@@ -129,29 +110,24 @@ std::unique_ptr<DataTable> OpenDataFile(const std::string& path, const DataFileO
   return std::make_unique<StreamedTable>(std::move(source));
 }
 
-void CheckDataFile(const std::string& path) {
-  (void)ExtensionOf(path);
-  OutputFile::Check(path);
-}
+DataTarget::DataTarget(std::string path) : fFormat(DataFormatOf(path)), fPath(std::move(path)) {}
 
-void WriteDataFile(DataTable& table, const std::string& path, const std::vector<int>* keys) {
-  const Extension& extension = ExtensionOf(path);
+void CheckDataFile(const DataTarget& target) { OutputFile::Check(target.fPath); }
+
+void WriteDataFile(DataTable& table, const DataTarget& target, const std::vector<int>* keys) {
+  const auto& [format, path] = target;
+  const bool isDelimited = format == FileFormat::kCsv || format == FileFormat::kTsv;
   const auto* text = dynamic_cast<const CsvSource*>(table.Source());
-  if (extension.fFormat == Format::kDelimited && text != nullptr) {
+  if (isDelimited && text != nullptr) {
     CsvRecords records = text->Records();
-    return CopyCsv(records, keys, *AddedColumns(table), path, extension.fDelimiter);
+    return CopyCsv(records, keys, *AddedColumns(table), path, DelimiterOf(format));
   }
   std::vector<int> all(static_cast<std::size_t>(table.OwnColumnCount()));
   std::iota(all.begin(), all.end(), 0);
   SavedBatches batches(table, keys != nullptr ? *keys : all);
-  switch (extension.fFormat) {
-    case Format::kParquet:
-      return WriteParquet(batches, path);
-    case Format::kIpc:
-      return WriteIpc(batches, path);
-    case Format::kDelimited:
-      return WriteCsv(batches, path, extension.fDelimiter);
-  }
+  if (format == FileFormat::kParquet) return WriteParquet(batches, path);
+  if (format == FileFormat::kArrow) return WriteIpc(batches, path);
+  WriteCsv(batches, path, DelimiterOf(format));
 }
 
 }  // namespace MCHost

@@ -7,6 +7,7 @@
 #include "host/data/ArrowCDataInterface.h"
 #include "host/data/MemoryTable.h"
 #include "host/data/TableBatches.h"
+#include "host/output/FlatRecords.h"
 #include "host/output/render/RenderJson.h"
 #include "host/output/render/RenderText.h"
 #include "host/output/render/TableRecords.h"
@@ -105,7 +106,7 @@ predselect_status predselect_result_table(predselect_session* session,
   return GiveStream(session, stream, [&] {
     const MCHost::OutputTable* table = nullptr;
     InfoOf(Given(result, "result"), index, &table);
-    return std::make_unique<MCHost::TableRecords>(*table);
+    return std::make_unique<MCHost::FlatBatches>(MCHost::TableRecords(*table));
   });
 }
 
