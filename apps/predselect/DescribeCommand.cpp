@@ -18,8 +18,8 @@ int DescribeData(const Options& options) {
   const std::unique_ptr<MCHost::DataTable> table = OpenTable(options.fData);
   ProgressLine progress(false);
   LiveOutput document(options.fResult, progress, options.fData.fFile);
-  const PredSelect::Outcome outcome =
-      PredSelect::DescribeTable(*table, document, ProgramSurroundings(options, progress));
+  const PredSelect::Outcome outcome = PredSelect::DescribeTable(
+      *table, document, ProgramSurroundings(options, progress), options.fDescribe);
   if (outcome == PredSelect::Outcome::kCompleted) WriteDocument(document, options.fResult);
   return ExitCodeOf(outcome);
 }

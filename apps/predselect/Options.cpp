@@ -415,10 +415,18 @@ Options ParseOptions(int argc, char** argv) {
   run->footer(std::string("Commands:\n") + kCommandSyntax + kRunNotes);
 
   CLI::App* describe = app.add_subcommand(
-      "describe", "Show the dictionary: names, levels, ranges, categories, missing values");
+      "describe", "Show what a file holds: a line a column, with its distribution");
   AddDataOptions(*describe, options.fData);
   AddWeight(*describe, options.fData);
-  AddFormat(*describe, options.fResult, "Dictionary");
+  describe
+      ->add_option("--top", options.fDescribe.fTop,
+                   "A line for so many columns; 0 for all (default)")
+      ->check(CLI::NonNegativeNumber)
+      ->type_name("N");
+  AddThreads(*describe, options.fThreads);
+  AddFormat(*describe, options.fResult,
+            "Dictionary (default), MostFrequent, ScaleVariables, TimeVariables, "
+            "CategoricalVariables");
   AddResultOptions(*describe, options.fResult);
 
   CLI::App* rank = AddRank(app, options);

@@ -6,6 +6,7 @@
 
 #include "host/data/FileFormat.h"
 #include "operations/BuildModel.h"
+#include "operations/DescribeTable.h"
 #include "operations/RankPredictors.h"
 
 namespace PredSelectApp {
@@ -61,7 +62,8 @@ struct Options {
   std::string fProbabilities = "PredictedProbability";  // score: root, empty for none
   std::string fDrift;    // score: file of what differs from the training data, empty for none
   double fMemory = 0.0;  // run: kilobytes for cases, 0 for as the commands say
-  int fThreads = 0;      // model, rank, run and score: 0 for as many as there are processors
+  int fThreads = 0;      // all but inspect and merge: 0 for as many as there are processors
+  PredSelect::DescribeRequest fDescribe;
   PredSelect::RankRequest fRank;
   PredSelect::ModelRequest fModel;
   bool fbShowCommand = false;  // rank and model: show the command instead of running it

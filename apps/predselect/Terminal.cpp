@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
@@ -66,6 +67,22 @@ void WriteRecords(MCHost::FlatRecords records, const ResultOptions& options) {
   MCHost::WriteDataFile(table, {options.fFormat, path});
 }
 
+// Whether block characters can be seen: not on a terminal of another encoding, or of no abilities.
+bool HasBlocks(int descriptor) {
+  if (isatty(descriptor) == 0) return true;
+  const char* terminal = std::getenv("TERM");
+  if (terminal != nullptr && std::strcmp(terminal, "dumb") == 0) return false;
+  for (const char* name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+    const char* locale = std::getenv(name);
+    if (locale == nullptr || *locale == '\0') continue;
+    std::string encoding = locale;
+    for (char& c : encoding) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return encoding.find("utf-8") != std::string::npos ||
+           encoding.find("utf8") != std::string::npos;
+  }
+  return false;
+}
+
 }  // namespace
 
 MCHost::TextOptions PageOptions(const ResultOptions& options, bool forMessages) {
@@ -75,6 +92,7 @@ MCHost::TextOptions PageOptions(const ResultOptions& options, bool forMessages) 
   page.fWidth =
       static_cast<std::size_t>(std::max(toFile ? kDefaultWidth : WidthOf(descriptor), kLeastWidth));
   page.fbColor = toFile ? options.fColor == Color::kAlways : WantsColor(options.fColor, descriptor);
+  page.fbBlocks = toFile || HasBlocks(descriptor);
   page.fbMessages = toFile;  // otherwise they have been shown as they came
   return page;
 }

@@ -102,6 +102,7 @@ void DataTable::DeclareColumns(ArrowStreamReader& reader) {
     const ArrowColumn& column = reader.Column(i);
     AddVariable(KOVA_Variable(column.Name(), column.IsNumeric() ? 0 : 1));
     GetVariable(i).SetLabel(column.Label());
+    GetVariable(i).SetTime(column.Time());
     At(i).fNote = column.Note();
   }
   fNOwnColumns = ColumnCount();

@@ -175,7 +175,8 @@ predselect_status predselect_run(predselect_session* session, predselect_table* 
                                  const char* commands, const predselect_run_options* options,
                                  predselect_result** result);
 
-// The dictionary of the table: names, types, levels, valid and missing cases, ranges, categories.
+// What the table holds, variable by variable: names, types, levels and why, valid, missing and
+// distinct values, moments, quantiles, histograms, most frequent values.
 predselect_status predselect_describe(predselect_session* session, predselect_table* table,
                                       predselect_result** result);
 

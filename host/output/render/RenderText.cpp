@@ -49,7 +49,9 @@ void PageWriter::Run(const OutputRun& run) {
     for (const OutputMessage& message : run.fMessages) Message(message);
   }
   if (!run.fNotes.empty()) Notes(run.fNotes);
-  for (const OutputTable& table : run.fTables) Table(table);
+  for (const OutputTable& table : run.fTables) {
+    if (!table.fbForPrograms) Table(table);
+  }
   for (const OutputChart& chart : run.fCharts) {
     BeginBlock();
     Title(KeyText("^1 (chart)", {ShowText(chart.fTitle)}));
@@ -97,7 +99,7 @@ void PageWriter::Notes(const std::vector<OutputNote>& notes) {
 void PageWriter::Table(const OutputTable& table) {
   BeginBlock();
   Title(ShowText(table.fTitle));
-  fPage += table.fbFlat ? FlatText(table, fOptions.fWidth).Draw()
+  fPage += table.fbFlat ? FlatText(table, fOptions.fWidth, fOptions.fbBlocks).Draw()
                         : TextTable(table, fOptions.fWidth).Draw();
   if (table.fCaption && table.fbFlat && !table.fCells.empty()) fPage += "\n";
   if (table.fCaption) Hanging("", ShowText(*table.fCaption), table.fbFlat);
