@@ -10,7 +10,7 @@
 #   make compare OLD=path  every output of this build beside those of another build of the program
 #   make asan    the test suite under AddressSanitizer and UBSan
 #   make tsan    the engines' tests of threads under ThreadSanitizer
-#   make fuzz    every fuzz target for FUZZ_SECONDS (600 unless given) seconds, or FUZZ_RUNS executions
+#   make fuzz    every fuzz target for FUZZ_SECONDS (600 unless given) seconds
 #   make package  a Debian package and an archive with everything inside, in build/release/packages
 #   make check-package  install and run both on a Debian that has nothing else (needs root)
 #   make check-exact  exact p-values beside an independent computation, on tables of real data
