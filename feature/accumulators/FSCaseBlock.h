@@ -59,9 +59,9 @@ struct FSCaseBlock {
   bool fbSmallWeights = false;  // all weights of the block are small for FSOpenGroup
   // A categorical target: its cases in the order of their category, those of small ones; and the
   // others.
-  const std::uint32_t* fpOrder = nullptr;
+  const FSPlace* fpOrder = nullptr;
   std::span<const FSCategoryRun> fRuns = {};
-  std::span<const std::uint32_t> fOthers = {};
+  std::span<const FSPlace> fOthers = {};
   // All its categories so far lie in 0 .. fTargetSide - 1; 0 when some do not, or are not few.
   int fTargetSide = 0;
   // A continuous target in a block of small weights: all values of the pass so far are ordinary for

@@ -47,13 +47,13 @@ bool FSCatPContTAccum::FitFirst(const double* predictor, const FSCaseBlock& case
 // The cases of each category in turn. Returns how many are missing.
 std::size_t FSCatPContTAccum::AddSorted(const double* predictor, const FSCaseBlock& cases) {
   FSCategorySort& sort = *cases.fpSort;
-  sort.SortColumn(predictor, cases.fNCases);
+  sort.Sort(predictor, cases.fNCases);
   for (const FSCategoryRun& run : sort.Runs()) {
     fSums.AddRun(run.fCategory, run.fEnd - run.fBegin,
                  {cases.fpTargets, cases.RunWeights(), sort.Order() + run.fBegin});
   }
   std::size_t missing = 0;
-  for (const std::uint32_t i : sort.Others()) missing += AddOther(i, predictor[i], cases);
+  for (const FSPlace i : sort.Others()) missing += AddOther(i, predictor[i], cases);
   return missing;
 }
 

@@ -2,7 +2,6 @@
 // that they have in the block.
 #pragma once
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -13,15 +12,13 @@
 
 class FSCategorySort {
  public:
-  // Categories of cases. What is there before is forgotten.
-  void Sort(std::span<const int> categories);
-  // Those of a column, whose missing values are category -1.
-  void SortColumn(const double* values, std::size_t n);
+  // The cases of a column. What is there before is forgotten.
+  void Sort(const double* values, std::size_t n);
 
-  const std::uint32_t* Order() const { return fOrder.data(); }
+  const FSPlace* Order() const { return fOrder.data(); }
   const std::vector<FSCategoryRun>& Runs() const { return fRuns; }
-  // The cases of categories that are not small.
-  std::span<const std::uint32_t> Others() const { return fOthers; }
+  // The cases of other values.
+  std::span<const FSPlace> Others() const { return fOthers; }
 
  private:
   // The cases are sorted in so many parts at once, so that none waits for the one before; behind
@@ -29,13 +26,9 @@ class FSCategorySort {
   static constexpr std::size_t kParts = 4;
   static constexpr std::size_t kPlaces = kFSSmallCategories + 1;
 
-  static std::size_t PlaceOf(int category) {
-    return std::min<std::size_t>(static_cast<unsigned>(category), kFSSmallCategories);
-  }
-
-  std::vector<int> fCategories;  // of a column
-  std::array<std::array<std::uint32_t, kPlaces>, kParts> fPlaces;
-  std::vector<std::uint32_t> fOrder;
+  std::vector<std::uint8_t> fPlaceOf;  // by case
+  std::array<std::array<FSPlace, kPlaces>, kParts> fPlaces;
+  std::vector<FSPlace> fOrder;
   std::vector<FSCategoryRun> fRuns;
-  std::span<const std::uint32_t> fOthers;
+  std::span<const FSPlace> fOthers;
 };

@@ -38,7 +38,7 @@ void FSContPCatTAccum::AddShared(const double* predictor, const FSCaseBlock& cas
     missing += fSums.AddRun(run.fCategory, run.fEnd - run.fBegin,
                             {predictor, cases.RunWeights(), cases.fpOrder + run.fBegin});
   }
-  for (const std::uint32_t i : cases.fOthers) {
+  for (const FSPlace i : cases.fOthers) {
     if (FSIsValidNumber(predictor[i])) {
       fSums.Add(cases.fpTargetCategories[i], predictor[i], cases.fpWeights[i]);
     } else {

@@ -21,7 +21,7 @@ inline Part Load(const double* from) {
 }
 
 template <class Vector>
-inline Vector Gather(const double* from, const std::uint32_t* at) {
+inline Vector Gather(const double* from, const FSPlace* at) {
   if constexpr (sizeof(Vector) == 16) {
     return Vector{from[at[0]], from[at[1]]};
   } else if constexpr (sizeof(Vector) == 32) {
@@ -33,7 +33,7 @@ inline Vector Gather(const double* from, const std::uint32_t* at) {
 }
 
 template <bool kOrdered>
-inline Part Take(const double* from, const std::uint32_t* order, std::size_t k) {
+inline Part Take(const double* from, const FSPlace* order, std::size_t k) {
   if constexpr (kOrdered) return Gather<Part>(from, order + k);
   return Load(from + k);
 }
@@ -42,7 +42,7 @@ template <bool kOrdered, bool kWeighted>
 inline void AddStepsOf(std::size_t n, const FSRun& run, double origin, FSStepSums& sums) {
   const double* const values = run.fpValues;
   const double* const weights = run.fpWeights;
-  const std::uint32_t* const order = run.fpOrder;
+  const FSPlace* const order = run.fpOrder;
   Lanes w(sums.fWeights), s(sums.fSums), q(sums.fSquares);
   for (std::size_t k = 0; k < n; k += FSLanes::kCount) {
     for (std::size_t l = 0; l < kParts; ++l) {
@@ -106,6 +106,27 @@ inline void AddProducts(std::size_t n, const double* x, double origin, const dou
   }
 }
 
+inline void FindPlaces(const double* values, std::size_t n, std::uint8_t* places) {
+  constexpr double kEnd = kFSSmallCategories;
+  for (std::size_t i = 0; i < n; ++i) {
+    const double value = values[i];
+    const double place = value > -1.0 && value < kEnd ? value : kEnd;
+    places[i] = static_cast<std::uint8_t>(static_cast<std::int32_t>(place));
+  }
+}
+
+inline bool TakeCategories(const double* values, std::size_t n, std::int32_t* categories) {
+  constexpr double kEnd = 0x1p31;
+  std::int32_t others = 0;
+  for (std::size_t i = 0; i < n; ++i) {
+    const double value = values[i];
+    const double category = value > -1.0 && value < kEnd ? value : -1.0;
+    categories[i] = static_cast<std::int32_t>(category);
+    others |= categories[i];
+  }
+  return others >= 0;
+}
+
 // First the places of a batch, which takes vectors, then the counting, which takes turns so that no
 // addition waits for the one before.
 inline void CountPairs(const double* predictor, const std::int32_t* targets, std::size_t n,
@@ -134,4 +155,4 @@ inline void CountPairs(const double* predictor, const std::int32_t* targets, std
   }
 }
 
-constexpr FSLoops kLoops = {AddSteps, AddProducts, CountPairs};
+constexpr FSLoops kLoops = {AddSteps, AddProducts, FindPlaces, TakeCategories, CountPairs};

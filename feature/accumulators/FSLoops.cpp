@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "common/InstructionSet.h"
+#include "feature/accumulators/FSCaseBlock.h"
 
 namespace {
 

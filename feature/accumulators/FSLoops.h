@@ -17,6 +17,13 @@ struct FSLoops {
   void (*fAddProducts)(std::size_t n, const double* x, double origin, const double* stepsY,
                        const double* weights, FSLanes& sums, FSLanes& squares, FSLanes& products);
 
+  // The small categories that values truncate to; kFSSmallCategories for all others.
+  void (*fFindPlaces)(const double* values, std::size_t n, std::uint8_t* places);
+
+  // The categories of values. False, and they are of no use, when one is negative, missing, or
+  // beyond the range of an int.
+  bool (*fTakeCategories)(const double* values, std::size_t n, std::int32_t* categories);
+
   // Counts pairs of predictor[i], truncated, and targets[i] in row << shift + target, in each of
   // `tables` tables of so many counters in turn. Values that are not in 0 .. rows - 1 when
   // truncated are counted in row `rows`.

@@ -5,11 +5,18 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <limits>
+
+#include "common/RecordBlock.h"
+
+// The place of a case in its block.
+using FSPlace = std::uint16_t;
+static_assert(MCCommon::RecordBlock::kMaxCases <= std::numeric_limits<FSPlace>::max());
 
 struct FSRun {
   const double* fpValues;
-  const double* fpWeights = nullptr;       // null: all are 1
-  const std::uint32_t* fpOrder = nullptr;  // the places in both; null: 0, 1, 2, ...
+  const double* fpWeights = nullptr;  // null: all are 1
+  const FSPlace* fpOrder = nullptr;   // the places in both; null: 0, 1, 2, ...
 
   std::size_t PlaceOf(std::size_t k) const { return fpOrder != nullptr ? fpOrder[k] : k; }
   double ValueAt(std::size_t k) const { return fpValues[PlaceOf(k)]; }

@@ -1,12 +1,14 @@
 #include "feature/pass/FSRecordPass.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "common/MissingValue.h"
 #include "common/Progress.h"
 #include "feature/FSReporter.h"
 #include "feature/FSSettings.h"
 #include "feature/FSStopwatch.h"
+#include "feature/accumulators/FSLoops.h"
 #include "feature/accumulators/FSWalkBlock.h"
 #include "feature/pass/FSCounts.h"
 
@@ -20,7 +22,7 @@ const double* ColumnOf(const MCCommon::RecordBlock& block, int position) {
 }
 
 bool AreAllSet(const std::vector<std::uint8_t>& marks) {
-  return std::find(marks.begin(), marks.end(), 0) == marks.end();
+  return std::memchr(marks.data(), 0, marks.size()) == nullptr;
 }
 
 }  // namespace
@@ -100,20 +102,18 @@ int FSRecordPass::SelectCases(const MCCommon::RecordBlock& block) {
 
 bool FSRecordPass::SelectAll(const double* targets, std::size_t cases) {
   if (fbWithTarget && targets == nullptr) return false;
-  MakeRoom(cases);
-  std::fill(fWeights.begin(), fWeights.end(), 1.0);
-  unsigned invalid = 0;  // no branch on the data, so that several are looked at at a time
+  fWeights.resize(cases, 1.0);
   if (fbWithTarget && fSettings.IsCatTarget()) {
-    for (std::size_t i = 0; i < cases; ++i) {
-      invalid |= FSIsValidCategory(targets[i]) ? 0 : 1;
-      fTargetCategories[i] = FSCategory(targets[i]);
-    }
+    fTargetCategories.resize(cases);
+    if (!FSLoops::InUse().fTakeCategories(targets, cases, fTargetCategories.data())) return false;
   } else if (fbWithTarget) {
+    unsigned invalid = 0;  // no branch on the data, so that several are looked at at a time
     for (std::size_t i = 0; i < cases; ++i) invalid |= FSIsValidNumber(targets[i]) ? 0 : 1;
+    if (invalid != 0) return false;
   }
-  fpTargets = targets != nullptr ? targets : fTargets.data();
+  fpTargets = targets;
   fNChosen = cases;
-  return invalid == 0;
+  return true;
 }
 
 void FSRecordPass::MakeRoom(std::size_t cases) {
@@ -234,7 +234,7 @@ void FSRecordPass::CountCases() {
   }
   for (std::size_t k = 0; k < fNChosen; ++k) {
     if (fHasValid[k] != 0) {
-      fCounts.CountValid(fWeights[k], fpTargets[k], fbWithTarget);
+      fCounts.CountValid(fWeights[k], fbWithTarget ? fpTargets[k] : 0.0, fbWithTarget);
     } else {
       fCounts.CountExcluded(fWeights[k]);
     }
@@ -246,7 +246,7 @@ void FSRecordPass::CountTargets() {
     fCounts.CountTarget(run.fCategory, run.fEnd - run.fBegin,
                         {fpTargets, fCases.RunWeights(), fCases.fpOrder + run.fBegin});
   }
-  for (const std::uint32_t i : fCases.fOthers) {
+  for (const FSPlace i : fCases.fOthers) {
     fCounts.CountTarget(fTargetCategories[i], 1, {fpTargets, fWeights.data(), &i});
   }
 }

@@ -36,7 +36,7 @@ class FSRecordPass {
   // Returns the number of cases with a valid weight.
   int Take(const MCCommon::RecordBlock& block);
   int SelectCases(const MCCommon::RecordBlock& block);
-  // Takes all cases of a block, unweighted; false when one has no valid target.
+  // Takes all cases of a block, unweighted; false when the target of one is missing, or negative.
   bool SelectAll(const double* targets, std::size_t cases);
   void MakeRoom(std::size_t cases);
   bool ReadWeight(const double* weights, std::size_t i, double& weight);

@@ -5,7 +5,7 @@
 #include "feature/accumulators/FSScale.h"
 
 void FSTargetView::ShowCategories(FSCaseBlock& block) {
-  fSort.Sort({block.fpTargetCategories, block.fNCases});
+  fSort.Sort(block.fpTargets, block.fNCases);
   block.fpOrder = fSort.Order();
   block.fRuns = fSort.Runs();
   block.fOthers = fSort.Others();
