@@ -1,6 +1,8 @@
 #include "apps/predselect/DescribeCommand.h"
 
 #include <memory>
+#include <set>
+#include <string>
 
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/LiveOutput.h"
@@ -16,6 +18,8 @@ namespace PredSelectApp {
 
 int DescribeData(const Options& options) {
   const std::unique_ptr<MCHost::DataTable> table = OpenTable(options.fData);
+  std::set<std::string> notes;
+  ShowNotes(*table, options.fResult, notes);
   ProgressLine progress(false);
   LiveOutput document(options.fResult, progress, options.fData.fFile);
   const PredSelect::Outcome outcome =

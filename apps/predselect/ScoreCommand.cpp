@@ -1,6 +1,8 @@
 #include "apps/predselect/ScoreCommand.h"
 
 #include <memory>
+#include <set>
+#include <string>
 
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/LiveOutput.h"
@@ -24,6 +26,8 @@ int ScoreData(const Options& options) {
   const INBAlgorithm& model = PredSelect::ModelOf(state, path);
   const std::unique_ptr<MCHost::DataTable> table = OpenTable(options.fData);
   const SaveTable saved(*table, options.fSave);
+  std::set<std::string> notes;
+  ShowNotes(*table, options.fResult, notes);
   ProgressLine progress(false);
   LiveOutput document(options.fResult, progress, options.fData.fFile);
   PredSelect::ScoringDrift drift;
