@@ -23,6 +23,10 @@ const std::vector<FileFormatNames>& FileFormats();
 // By the ending of the name, in small letters or not; nothing for an ending that tells none.
 std::optional<FileFormat> FormatOfPath(const std::string& path);
 
+inline bool IsDelimited(FileFormat format) {
+  return format == FileFormat::kCsv || format == FileFormat::kTsv;
+}
+
 // Of delimited text.
 inline char DelimiterOf(FileFormat format) { return format == FileFormat::kTsv ? '\t' : ','; }
 
