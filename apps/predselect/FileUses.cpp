@@ -4,6 +4,7 @@
 #include <system_error>
 
 #include "apps/predselect/Options.h"
+#include "apps/predselect/Terminal.h"
 #include "apps/predselect/UsageError.h"
 #include "host/arrow/DataFile.h"
 #include "host/session/OutputFile.h"
@@ -65,6 +66,9 @@ void CheckTable(const std::string& option, const std::string& path, const SaveOp
 
 void CheckOutputs(const Options& options) {
   const ResultOptions& result = options.fResult;
+  if (ShowsBytes(result)) {
+    throw UsageError("--format: a terminal does not show this format; -o FILE writes it.");
+  }
   if (!result.fFile.empty()) MCHost::OutputFile::Check(result.fFile);
   if (!options.fModel.fPmml.empty()) MCHost::OutputFile::Check(options.fModel.fPmml);
   CheckTable("--save-data", options.fSave.fFile, options.fSave);

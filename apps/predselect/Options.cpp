@@ -1,6 +1,7 @@
 #include "apps/predselect/Options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <optional>
 #include <string>
 #include <utility>
@@ -196,7 +197,7 @@ void AddResultOptions(CLI::App& command, ResultOptions& result) {
   command.add_flag("--quiet", result.fbQuiet, "No warnings and no progress on standard error");
 }
 
-void AddMemory(CLI::App& command, double& memory) {
+void AddMemory(CLI::App& command, const std::string& of, double& memory) {
   const auto take = [&memory](const std::string& text) {
     const std::optional<double> size = ParseMemorySize(text);
     if (!size && text != "auto") {
@@ -210,8 +211,8 @@ void AddMemory(CLI::App& command, double& memory) {
   command
       .add_option_function<std::string>(
           "--memory", take,
-          "Memory for the cases of a NAIVEBAYES command that states no MEMALLOCATE: 512M, 2G, 4096 "
-          "(kilobytes), or auto for half of what is free (default: 1024)")
+          "Memory for the cases" + of +
+              ": 512M, 2G, 4096 (kilobytes), or auto for half of what is free")
       ->type_name("SIZE|auto");
 }
 
@@ -352,6 +353,7 @@ CLI::App* AddModel(CLI::App& app, Options& options) {
       ->type_name("FILE")
       ->check(IsStateName);
   model->add_option("--pmml", options.fModel.fPmml, "Write the model as PMML")->type_name("FILE");
+  AddMemory(*model, " that train the model (default: auto)", options.fMemory);
   AddThreads(*model, options.fThreads);
   AddProgress(*model, options.fResult);
   return model;
@@ -366,11 +368,26 @@ CLI::App* AddInspect(CLI::App& app, Options& options) {
   return inspect;
 }
 
+// Without a file for the table the table is the result, in a format of data.
+void CompleteScore(const CLI::App& score, Options& options) {
+  if (!options.fSave.fFile.empty()) return;
+  ResultOptions& result = options.fResult;
+  const bool isSaid = score.count("--format") > 0 || MCHost::FormatOfPath(result.fFile);
+  if (!isSaid) result.fFormat = FileFormat::kCsv;
+  for (const MCHost::FileFormatNames& format : MCHost::FileFormats()) {
+    if (format.fbData && format.fFormat == result.fFormat) return;
+  }
+  throw CLI::ValidationError("--format",
+                             "predictions are written as csv, tsv, parquet or arrow; a "
+                             "page or document of what was scored takes --save-data FILE for them");
+}
+
 CLI::App* AddScore(CLI::App& app, Options& options) {
   CLI::App* score = app.add_subcommand("score", "Predict new data with a saved Naive Bayes model");
   AddState(*score, "--model", options, false);
   AddDataOptions(*score, options.fData);
-  AddSaveOptions(*score, "predictions", options.fSave)->required();
+  CLI::Option* saved = AddSaveOptions(*score, "predictions", options.fSave);
+  for (const char* own : {"--only-new", "--force"}) score->get_option(own)->remove_needs(saved);
   score->add_option("--predicted", options.fPredicted, "Name of the predicted value")
       ->type_name("NAME")
       ->capture_default_str();
@@ -403,6 +420,22 @@ CLI::App* AddMerge(CLI::App& app, Options& options) {
   return merge;
 }
 
+// From the last to the first. The columns of --id come last of all: where they end with the words
+// that are still wanted for others, they leave them to these.
+std::vector<std::string> ArgumentsOf(int argc, char** argv) {
+  std::vector<std::string> others;
+  std::vector<std::string> keys;
+  bool isKey = false;
+  for (int i = 1; i < argc; ++i) {
+    const std::string word = argv[i];
+    if (word.starts_with("-")) isKey = word == "--id";
+    (isKey ? keys : others).push_back(word);
+  }
+  others.insert(others.end(), keys.begin(), keys.end());
+  std::reverse(others.begin(), others.end());
+  return others;
+}
+
 }  // namespace
 
 Options ParseOptions(int argc, char** argv) {
@@ -433,7 +466,8 @@ Options ParseOptions(int argc, char** argv) {
   run->add_option("--results", options.fResults,
                   "Write rankings and subsets as XML documents into this directory")
       ->type_name("DIR");
-  AddMemory(*run, options.fMemory);
+  AddMemory(*run, " of a NAIVEBAYES command that states no MEMALLOCATE (default: 1024)",
+            options.fMemory);
   AddThreads(*run, options.fThreads);
   AddProgress(*run, options.fResult);
   run->footer(std::string("Commands:\n") + kCommandSyntax + kRunNotes);
@@ -460,7 +494,7 @@ Options ParseOptions(int argc, char** argv) {
   CLI::App* merge = AddMerge(app, options);
 
   try {
-    app.parse(argc, argv);
+    app.parse(ArgumentsOf(argc, argv));
     if (run->parsed() && options.fCommandTexts.empty() && options.fCommandFile.empty()) {
       throw CLI::RequiredError("-c or -f");
     }
@@ -476,7 +510,8 @@ Options ParseOptions(int argc, char** argv) {
     }
     const bool isPage = options.fResult.fFormat == FileFormat::kText;
     if (isPage && rank->count("--top") == 0) options.fRank.fTop = kPageRows;
-    options.fData.fbSaved = !options.fSave.fFile.empty();
+    if (score->parsed()) CompleteScore(*score, options);
+    options.fData.fbSaved = score->parsed() || !options.fSave.fFile.empty();
     RefuseOneFileForTwo(options);
   } catch (const CLI::ParseError& error) {
     options.fAction = Options::kNone;

@@ -29,7 +29,7 @@ struct DataOptions {
 
 // Where the table goes with its new variables, and what of it.
 struct SaveOptions {
-  std::string fFile;               // empty: it is not written
+  std::string fFile;               // empty: it is not written, but by score: where the results go
   bool fbOnlyNew = false;          // without the columns of the data
   std::vector<std::string> fKeys;  // but with these, before the new ones
   bool fbForce = false;            // over a file that is there
@@ -63,7 +63,7 @@ struct Options {
   std::string fPredicted = "PredictedValue";            // score: name of the predicted value
   std::string fProbabilities = "PredictedProbability";  // score: root, empty for none
   std::string fDrift;    // score: file of what differs from the training data, empty for none
-  double fMemory = 0.0;  // run: kilobytes for cases, 0 for as the commands say
+  double fMemory = 0.0;  // run and model: kilobytes for cases, 0 for as they say themselves
   int fThreads = 0;      // all but inspect and merge: 0 for as many as there are processors
   PredSelect::DescribeRequest fDescribe;
   PredSelect::RankRequest fRank;

@@ -59,26 +59,28 @@ bool WantsColor(Color color, int descriptor) {
 }
 
 bool IsToFile(const ResultOptions& options) {
-  return !options.fFile.empty() && options.fFile != MCHost::OutputFile::kStandardOutput;
+  return ResultPath(options) != MCHost::OutputFile::kStandardOutput;
+}
+
+bool IsOfBytes(FileFormat format) {
+  return format == FileFormat::kParquet || format == FileFormat::kArrow;
 }
 
 void WriteRecords(MCHost::FlatRecords records, const ResultOptions& options) {
-  if (options.fFormat != FileFormat::kParquet && options.fFormat != FileFormat::kArrow) {
+  if (!IsOfBytes(options.fFormat)) {
     WriteResults(options, MCHost::RenderRecords(records, options.fFormat));
     return;
   }
   ArrowArrayStream stream{};
   MCHost::WriteArrowStream(std::make_unique<MCHost::FlatBatches>(std::move(records)), &stream);
   MCHost::MemoryTable table(&stream);
-  const std::string path = IsToFile(options) ? options.fFile : MCHost::OutputFile::kStandardOutput;
-  MCHost::WriteDataFile(table, {options.fFormat, path});
+  MCHost::WriteDataFile(table, {options.fFormat, ResultPath(options)});
 }
 
 // Whether block characters can be seen: not on a terminal of another encoding, or of no abilities.
 bool HasBlocks(int descriptor) {
   if (isatty(descriptor) == 0) return true;
-  const char* terminal = std::getenv("TERM");
-  if (terminal != nullptr && std::strcmp(terminal, "dumb") == 0) return false;
+  if (!IsTerminal(descriptor)) return false;
   for (const char* name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
     const char* locale = std::getenv(name);
     if (locale == nullptr || *locale == '\0') continue;
@@ -102,6 +104,14 @@ MCHost::TextOptions PageOptions(const ResultOptions& options, bool forMessages) 
   page.fbBlocks = toFile || HasBlocks(descriptor);
   page.fbMessages = toFile;  // otherwise they have been shown as they came
   return page;
+}
+
+std::string ResultPath(const ResultOptions& options) {
+  return options.fFile.empty() ? MCHost::OutputFile::kStandardOutput : options.fFile;
+}
+
+bool ShowsBytes(const ResultOptions& options) {
+  return IsOfBytes(options.fFormat) && !IsToFile(options) && isatty(STDOUT_FILENO) != 0;
 }
 
 bool WantsProgress(const ResultOptions& options) {
