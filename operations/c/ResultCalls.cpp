@@ -8,6 +8,7 @@
 #include "host/data/MemoryTable.h"
 #include "host/data/TableBatches.h"
 #include "host/output/FlatRecords.h"
+#include "host/output/render/LayFlat.h"
 #include "host/output/render/RenderJson.h"
 #include "host/output/render/RenderText.h"
 #include "host/output/render/TableRecords.h"
@@ -107,6 +108,16 @@ predselect_status predselect_result_table(predselect_session* session,
     const MCHost::OutputTable* table = nullptr;
     InfoOf(Given(result, "result"), index, &table);
     return std::make_unique<MCHost::FlatBatches>(MCHost::TableRecords(*table));
+  });
+}
+
+predselect_status predselect_result_records(predselect_session* session,
+                                            const predselect_result* result, size_t index,
+                                            ArrowArrayStream* stream) {
+  return GiveStream(session, stream, [&] {
+    const MCHost::OutputTable* table = nullptr;
+    InfoOf(Given(result, "result"), index, &table);
+    return std::make_unique<MCHost::FlatBatches>(MCHost::LayFlat(*table));
   });
 }
 

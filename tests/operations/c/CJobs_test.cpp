@@ -292,6 +292,17 @@ TEST(CJobs, TableStreamsHoldEveryValueOfTheDocument) {
   EXPECT_GT(count, 6u);
 }
 
+TEST(CJobs, RecordsHaveOneCellOfAClassificationEach) {
+  CHost host;
+  ASSERT_EQ(host.Run("NAIVEBAYES species BY island /PRINT CLASSIFICATION."), PREDSELECT_OK);
+  ArrowArrayStream stream;
+  ASSERT_EQ(predselect_result_records(host.fSession, host.fResult, 0, &stream), PREDSELECT_OK);
+  MCHost::MemoryTable records(&stream);
+  EXPECT_THAT(MCHost::Dictionary(records),
+              testing::ElementsAre("observed:9", "predicted:9", "sample:8", "cases:0"));
+  EXPECT_EQ(records.CaseCount(), 9);
+}
+
 TEST(CJobs, AReloadedModelScoresAsItDidFreshAndStreamsOutliveTheRest) {
   const ScratchFolder folder;
   ArrowArrayStream saved;
