@@ -66,7 +66,8 @@ std::vector<double> Distribution::Histogram(std::size_t n, double least, double 
   std::vector<double> bins(n, 0.0);
   const double width = greatest / static_cast<double>(n) - least / static_cast<double>(n);
   for (const auto& [value, count] : fCounts) {
-    const double place = width > 0.0 ? value / width - least / width : 0.0;
+    // Halves, since the difference itself may be beyond any number.
+    const double place = width > 0.0 ? (0.5 * value - 0.5 * least) / (0.5 * width) : 0.0;
     const double bin = std::clamp(std::floor(place), 0.0, static_cast<double>(n - 1));
     bins[static_cast<std::size_t>(bin)] += static_cast<double>(count);
   }

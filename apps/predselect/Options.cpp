@@ -344,7 +344,8 @@ CLI::App* AddModel(CLI::App& app, Options& options) {
                    "At most so many (default: as many as serve the model)")
       ->check(CLI::PositiveNumber)
       ->type_name("N");
-  AddFormat(*model, options.fResult, "ChosenPredictors (default), Accuracy, WorstConfusions");
+  AddFormat(*model, options.fResult,
+            "ChosenPredictors (default), Accuracy, ConfusionMatrix, WorstConfusions");
   AddResultOptions(*model, options.fResult);
   AddSaveOptions(*model, "predictions", options.fSave);
   model
