@@ -64,10 +64,11 @@ struct Options {
   PredSelect::RankRequest fRank;
   PredSelect::ModelRequest fModel;
   bool fbShowCommand = false;  // rank and model: show the command instead of running it
-  int fExitCode = 0;           // for kNone: help was shown (0) or the usage was wrong
+  std::string fShown;          // for kNone: a text that was asked for, such as help
 };
 
-// Reads the command line. Help, version and usage errors are printed here and give kNone.
-Options ParseOptions(int argc, char** argv);
+// Reads the command line. Throws UsageError for one that cannot be taken; what was read of it until
+// then is in the options.
+void ParseOptions(int argc, char** argv, Options& options);
 
 }  // namespace PredSelectApp

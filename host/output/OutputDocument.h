@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -39,12 +40,21 @@ struct OutputRun {
   std::vector<std::string> fFiles;
 };
 
+// What has ended the work before it was done.
+struct OutputFailure {
+  int fExitCode = 0;
+  std::string fText;
+  std::string fFile;  // which file it is about, and where in it; empty for none
+  std::string fPlace;
+};
+
 class OutputDocument : public IOutputSink {
  public:
   std::string fVersion;     // of the program
   std::string fDataSource;  // where the active data came from
   std::int64_t fNCases = 0;
   int fNVariables = 0;
+  std::optional<OutputFailure> fFailure;
 
   // Opens the next run and makes it the current one. The reference holds until the next run.
   OutputRun& BeginRun(const std::string& command);
