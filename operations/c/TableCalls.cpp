@@ -1,9 +1,13 @@
 #include <cstdint>
 #include <memory>
+#include <optional>
+#include <string>
 #include <utility>
 
 #include "host/data/ArrowCDataInterface.h"
 #include "host/data/MemoryTable.h"
+#include "host/data/ReadingOptions.h"
+#include "operations/RequestError.h"
 #include "operations/TableOptions.h"
 #include "operations/c/Arguments.h"
 #include "operations/c/Guard.h"
@@ -41,6 +45,14 @@ KOVA_Variable::MeasurementLevel LevelOf(std::int32_t level) {
   }
 }
 
+MCHost::MissingCodes CodesOf(const std::string& text) {
+  std::optional<MCHost::MissingCodes> codes = MCHost::ParseMissingCodes(text);
+  if (!codes) {
+    throw PredSelect::RequestError("missing", "\"" + text + "\" is not variable=code,code.");
+  }
+  return *std::move(codes);
+}
+
 PredSelect::TableOptions OptionsOf(const predselect_table_options& given) {
   PredSelect::TableOptions options;
   if (given.schema != nullptr) {
@@ -51,6 +63,10 @@ PredSelect::TableOptions OptionsOf(const predselect_table_options& given) {
   for (std::size_t i = 0; i < given.n_levels; ++i) {
     const predselect_variable_level& level = given.levels[i];
     options.fLevels.emplace_back(TextArgument(level.variable, "level"), LevelOf(level.level));
+  }
+  if (given.n_missing > 0) Given(given.missing, "missing");
+  for (std::size_t i = 0; i < given.n_missing; ++i) {
+    options.fMissing.push_back(CodesOf(TextArgument(given.missing[i], "missing")));
   }
   options.fWeight = TextArgument(given.weight, "weight", "");
   return options;

@@ -28,12 +28,16 @@ constexpr char kCommands[] =
 constexpr predselect_variable_level kLevels[] = {{"year", PREDSELECT_NOMINAL},
                                                  {"year", PREDSELECT_SCALE}};
 
+constexpr const char* kMissing[] = {"body_mass_g=4000..4200,3750", "*=2008"};
+
 predselect_table_options PenguinOptions(const std::string& schema) {
   return {sizeof(predselect_table_options),
           MCTest::kPenguins.c_str(),
           schema.c_str(),
           nullptr,
           kLevels,
+          2,
+          kMissing,
           2};
 }
 
@@ -49,7 +53,8 @@ TEST(CJobs, GiveTheProgramsDocumentsAndPage) {
   const std::string commands = folder.Write("commands.txt", kCommands);
   const std::string state = folder.Path("model.bin");
   const std::string data = " --data " + MCTest::kPenguins + " --schema " + MCTest::kSchema +
-                           " --level year=nominal --level year=scale";
+                           " --level year=nominal --level year=scale --missing " + kMissing[0] +
+                           " --missing '" + kMissing[1] + "'";
 
   CHost host(PenguinOptions(schema));
   ASSERT_EQ(host.Run(kCommands, state), PREDSELECT_OK) << host.Error();

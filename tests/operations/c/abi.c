@@ -36,6 +36,8 @@ PLACE(predselect_table_options, schema, 2);
 PLACE(predselect_table_options, weight, 3);
 PLACE(predselect_table_options, levels, 4);
 PLACE(predselect_table_options, n_levels, 5);
+PLACE(predselect_table_options, missing, 6);
+PLACE(predselect_table_options, n_missing, 7);
 
 PLACE(predselect_run_options, struct_size, 0);
 PLACE(predselect_run_options, state_path, 1);
