@@ -62,6 +62,8 @@ std::unique_ptr<DataTable> OpenTable(const DataOptions& options, ProgressLine& p
   MCHost::DataFileOptions file;
   file.fNullTokens = options.fNullTokens;
   file.fbKeepOriginal = options.fbSaved;
+  file.fReading = options.fReading;
+  said.fMissing = options.fReading.fMissing;
   if (!options.fSchema.empty()) {
     said.fSchema = MCHost::TableSchema::Read(options.fSchema);
     file.fTypes = said.fSchema->Types();
