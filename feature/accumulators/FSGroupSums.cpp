@@ -1,5 +1,7 @@
 #include "feature/accumulators/FSGroupSums.h"
 
+#include <cmath>
+
 void FSGroupSums::Settle() {
   for (std::size_t k = 0; k < fSmall.size(); ++k) {
     Small& group = fSmall[k];
@@ -20,4 +22,13 @@ void FSGroupSums::Coarsen(int by) {
 void FSGroupSums::Merge(const FSGroupSums& other, const FSRecode& recode) {
   if (const int by = fScale.FitFor(other.fScale); by != 0) Coarsen(by);
   fMoments.Merge(other.fMoments, recode, fScale.GetExponent() - other.fScale.GetExponent());
+}
+
+std::vector<FSProfile::Group> FSGroupSums::Groups() const {
+  std::vector<FSProfile::Group> groups;
+  for (const auto& [category, group] : fMoments) {
+    groups.push_back({category, group.fWeight, fScale.Back(group.fMean.fValue),
+                      fScale.Back(std::sqrt(group.fVariance))});
+  }
+  return groups;
 }

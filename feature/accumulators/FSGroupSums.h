@@ -15,6 +15,7 @@
 #include "feature/accumulators/FSOpenGroup.h"
 #include "feature/accumulators/FSScale.h"
 #include "feature/accumulators/FSWalkBlock.h"
+#include "feature/statistics/FSProfile.h"
 
 class FSGroupSums {
  public:
@@ -86,6 +87,8 @@ class FSGroupSums {
   // REQUIRES: settled.
   const FSMapIStat& GetMoments() const { return fMoments; }
   const FSScale& GetScale() const { return fScale; }
+  // The groups in units of the values. REQUIRES: variances are computed.
+  std::vector<FSProfile::Group> Groups() const;
 
   template <class Archive, class Self>
   static void MomentFields(Archive& archive, Self& self);
