@@ -11,6 +11,10 @@
 
 namespace PredSelectApp {
 
+bool LiveOutput::WantsFindings(const ResultOptions& options) {
+  return options.fFormat == OutputFormat::kHtml;
+}
+
 void LiveOutput::AddMessage(MCHost::OutputMessage message) {
   if (!fOptions.fbQuiet || message.fLevel >= MCHost::OutputMessage::kError) {
     fProgress.Clear();

@@ -119,9 +119,11 @@ void AddChoice(CLI::App& command, const std::string& name, Value& value,
 }
 
 void AddFormat(CLI::App& command, ResultOptions& result) {
-  AddChoice<OutputFormat>(command, "--format", result.fFormat,
-                          {{"text", OutputFormat::kText}, {"json", OutputFormat::kJson}},
-                          "A page to read (default), or a document for programs");
+  AddChoice<OutputFormat>(
+      command, "--format", result.fFormat,
+      {{"text", OutputFormat::kText}, {"json", OutputFormat::kJson}, {"html", OutputFormat::kHtml}},
+      "Tables to read (default), a document for programs, or a report to look "
+      "at in a browser");
 }
 
 // Of a command whose result is one flat table.
@@ -133,18 +135,20 @@ void AddFlatFormat(CLI::App& command, ResultOptions& result) {
        {"csv", OutputFormat::kCsv},
        {"tsv", OutputFormat::kTsv},
        {"jsonl", OutputFormat::kJsonLines},
-       {"markdown", OutputFormat::kMarkdown}},
-      "A page to read (default), a document for programs, or the table alone, a record a line; "
-      "without it the extension of --output decides: .json, .csv, .tsv, .jsonl, .md, .parquet, "
-      ".arrow, .feather");
+       {"markdown", OutputFormat::kMarkdown},
+       {"html", OutputFormat::kHtml}},
+      "A page to read (default), a document for programs, the table alone, a record a line, or a "
+      "report to look at in a browser; without it the extension of --output decides: .json, .csv, "
+      ".tsv, .jsonl, .md, .html, .parquet, .arrow, .feather");
 }
 
 OutputFormat FormatOf(const std::string& path) {
   constexpr std::pair<const char*, OutputFormat> kEndings[] = {
-      {".json", OutputFormat::kJson},     {".csv", OutputFormat::kCsv},
-      {".tsv", OutputFormat::kTsv},       {".jsonl", OutputFormat::kJsonLines},
-      {".md", OutputFormat::kMarkdown},   {".parquet", OutputFormat::kColumns},
-      {".arrow", OutputFormat::kColumns}, {".feather", OutputFormat::kColumns}};
+      {".json", OutputFormat::kJson},       {".csv", OutputFormat::kCsv},
+      {".tsv", OutputFormat::kTsv},         {".jsonl", OutputFormat::kJsonLines},
+      {".md", OutputFormat::kMarkdown},     {".html", OutputFormat::kHtml},
+      {".parquet", OutputFormat::kColumns}, {".arrow", OutputFormat::kColumns},
+      {".feather", OutputFormat::kColumns}};
   for (const auto& [ending, format] : kEndings) {
     if (path.ends_with(ending)) return format;
   }

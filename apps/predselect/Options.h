@@ -9,8 +9,8 @@
 
 namespace PredSelectApp {
 
-// The ones behind kJson are of flat tables: kColumns is a file of columns, by its extension.
-enum class OutputFormat { kText, kJson, kCsv, kTsv, kJsonLines, kMarkdown, kColumns };
+// Those from kCsv to kColumns are of flat tables: kColumns is a file of columns, by its extension.
+enum class OutputFormat { kText, kJson, kCsv, kTsv, kJsonLines, kMarkdown, kColumns, kHtml };
 enum class Color { kAuto, kAlways, kNever };
 
 // Which data, and what is said of them besides the file itself.
