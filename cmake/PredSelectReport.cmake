@@ -22,12 +22,14 @@ function(predselect_report layer)
   set(PREDSELECT_REPORT_DIR ${PROJECT_BINARY_DIR}/generated/report)
   set(maker ${PROJECT_SOURCE_DIR}/cmake/make_report.py)
   file(GLOB parts CONFIGURE_DEPENDS ${folder}/*)
+  set(PREDSELECT_CHART_DRAWER ${PROJECT_SOURCE_DIR}/host/output/report/draw_charts.py)
   set(made ${PREDSELECT_REPORT_DIR}/page.html ${PREDSELECT_REPORT_DIR}/charts.js)
   add_custom_command(OUTPUT ${made}
     COMMAND ${PREDSELECT_REPORT_PYTHON} ${maker} ${folder} ${PREDSELECT_REPORT_DIR}
     DEPENDS ${maker} ${parts} VERBATIM)
   set(source ${PROJECT_BINARY_DIR}/generated/ReportFiles.cpp)
   configure_file(${PROJECT_SOURCE_DIR}/cmake/ReportFiles.cpp.in ${source} @ONLY)
-  set_source_files_properties(${source} PROPERTIES OBJECT_DEPENDS "${made}")
+  set_source_files_properties(${source} PROPERTIES OBJECT_DEPENDS
+    "${made};${PREDSELECT_CHART_DRAWER}")
   target_sources(layer_${layer} PRIVATE ${source} ${made})
 endfunction()

@@ -404,6 +404,19 @@ CLI::App* AddMerge(CLI::App& app, Options& options) {
   return merge;
 }
 
+CLI::App* AddView(CLI::App& app, Options& options) {
+  CLI::App* view =
+      app.add_subcommand("view", "Look at a state file, or a JSON document, in a browser");
+  view->add_option("FILE", options.fStates,
+                   "State saved by run --save-state, or a document of --format json")
+      ->required()
+      ->expected(1)
+      ->type_name("FILE");
+  view->add_option("-o,--output", options.fResult.fFile, "Write the report here instead")
+      ->type_name("FILE");
+  return view;
+}
+
 }  // namespace
 
 Options ParseOptions(int argc, char** argv) {
@@ -434,6 +447,10 @@ Options ParseOptions(int argc, char** argv) {
   run->add_option("--results", options.fResults,
                   "Write rankings and subsets as XML documents into this directory")
       ->type_name("DIR");
+  run->add_option("--charts", options.fCharts,
+                  "Draw charts into this directory, as SVG and PNG (with the Python package "
+                  "vl-convert-python)")
+      ->type_name("DIR");
   AddMemory(*run, options.fMemory);
   AddThreads(*run, options.fThreads);
   AddProgress(*run, options.fResult);
@@ -451,6 +468,7 @@ Options ParseOptions(int argc, char** argv) {
   CLI::App* inspect = AddInspect(app, options);
   CLI::App* score = AddScore(app, options);
   CLI::App* merge = AddMerge(app, options);
+  CLI::App* view = AddView(app, options);
 
   try {
     app.parse(argc, argv);
@@ -460,7 +478,7 @@ Options ParseOptions(int argc, char** argv) {
     const std::pair<CLI::App*, Options::Action> actions[] = {
         {run, Options::kRun},           {rank, Options::kRank},       {model, Options::kModel},
         {describe, Options::kDescribe}, {inspect, Options::kInspect}, {score, Options::kScore},
-        {merge, Options::kMerge}};
+        {merge, Options::kMerge},       {view, Options::kView}};
     for (const auto& [command, action] : actions) {
       if (command->parsed()) options.fAction = action;
     }

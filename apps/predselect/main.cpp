@@ -21,6 +21,7 @@
 #include "apps/predselect/ScoreCommand.h"
 #include "apps/predselect/Terminal.h"
 #include "apps/predselect/UsageError.h"
+#include "apps/predselect/ViewCommand.h"
 #include "host/session/HostIOError.h"
 #include "operations/RequestError.h"
 
@@ -45,6 +46,8 @@ int Act(const Options& options) {
       return ScoreData(options);
     case Options::kMerge:
       return MergeStates(options);
+    case Options::kView:
+      return ViewFile(options);
     default:
       return options.fExitCode;
   }

@@ -5,6 +5,8 @@
 #include <string>
 #include <utility>
 
+#include "host/output/ShowText.h"
+
 namespace MCHost {
 
 namespace {
@@ -50,7 +52,7 @@ Json Bars(const Json& drawn, bool isP) {
             {"axis", {{"title", nullptr}, {"labelLimit", 260}}}};
   Json x = {{"field", "length"},
             {"type", "quantitative"},
-            {"axis", {{"title", isP ? Json("−log₁₀ p") : title}, {"tickCount", 6}}}};
+            {"axis", {{"title", isP ? Json(KeyText("−log₁₀ p")) : title}, {"tickCount", 6}}}};
   Json bars = {{"mark", {{"type", "bar"}, {"height", {{"band", 0.7}}}}},
                {"encoding", {{"y", std::move(y)}, {"x", std::move(x)}}}};
   bars["encoding"]["tooltip"] = {{{"field", "predictor"}, {"title", "Predictor"}},
@@ -89,7 +91,7 @@ Json ReadableChart(const Json& chart) {
   readable["width"] = 460;
   readable["height"] = {{"step", 20}};
   readable["data"] = Data(chart, isP);
-  readable["transform"] = {{{"filter", "datum.place <= " + std::to_string(kReadablePredictors)}}};
+  readable["transform"] = {{{"filter", "datum.place<=" + std::to_string(kReadablePredictors)}}};
   readable["layer"] = Json::array({Bars(chart["layer"][0], isP)});
   if (isP) readable["layer"].push_back(Line(cutOff->get<double>()));
   return readable;

@@ -5,6 +5,7 @@
 
 #include "common/MCAssert.h"
 #include "host/output/OutputDocument.h"
+#include "host/output/ShowText.h"
 #include "host/output/report/ReadableChart.h"
 #include "host/output/report/ReportFiles.h"
 #include "host/output/report/ReportPayload.h"
@@ -77,11 +78,11 @@ Json ReadDocument(const std::string& text, const std::string& path) {
   const bool isDocument = document.is_object() && document.contains("predselect") &&
                           document.contains("runs") && document["runs"].is_array();
   if (!isDocument) {
-    throw HostIOError(path, "", "is no document that predselect has written as JSON");
+    throw HostIOError(path, "", KeyText("is no document that predselect has written as JSON"));
   }
   for (Json& run : document["runs"]) {
     if (!run.is_object() || !run.contains("charts") || !run["charts"].is_array()) {
-      throw HostIOError(path, "", "holds a run without its charts");
+      throw HostIOError(path, "", KeyText("holds a run without its charts"));
     }
     for (Json& chart : run["charts"]) {
       if (chart.contains("vegalite")) chart["spec"] = ReadableChart(chart["vegalite"]);

@@ -13,6 +13,9 @@ std::string_view ReportPage();
 // The renderer of Vega-Lite documents, a script with its licences; empty where the build had none.
 std::string_view ReportCharts();
 
+// A Python program that draws Vega-Lite documents into files: host/output/report/draw_charts.py.
+std::string_view ChartDrawer();
+
 inline constexpr std::string_view kReportTitle = "@TITLE@";
 inline constexpr std::string_view kReportPayload = "@PAYLOAD@";
 inline constexpr std::string_view kReportCharts = "@CHARTS@";

@@ -10,7 +10,7 @@ function figure({title, description, svg, table, above}) {
   svg.prepend(draw("title", {id: ids[0]}, title), draw("desc", {id: ids[1]}, description || ""));
   const numbers = table === undefined ? null : folded("Numbers", () => plainTable(title, ...table));
   return el("figure", null,
-    el("figcaption", null, el("h4", null, title), el("span", {class: "tools"},
+    el("figcaption", null, el("h3", null, title), el("span", {class: "tools"},
       saveButton("SVG", title, () => svgText(svg)), " ",
       table === undefined ? null : saveButton("CSV", title, () => csvText([table[0], ...table[1]])))),
     description ? el("p", {class: "soft"}, description) : null, above || null, svg, numbers);
@@ -20,7 +20,7 @@ function plainTable(title, headings, rows) {
   const body = rows.map((row) => el("tr", null, row.map((value, i) => i === 0
     ? el("th", {scope: "row"}, said(value))
     : el("td", {class: typeof value === "number" ? "number" : null}, typeof value === "number" ? plain(value, 6) : said(value ?? DASH)))));
-  return el("div", {class: "scroll", tabindex: "0", role: "region", "aria-label": `${title}: numbers`},
+  return el("div", {class: "scroll", tabindex: "0", role: "group", "aria-label": `${title}: numbers`},
     el("table", null, el("thead", null, el("tr", null, headings.map((h) => el("th", {scope: "col"}, said(h))))),
       el("tbody", null, body)));
 }

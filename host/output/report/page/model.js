@@ -36,9 +36,9 @@ function confusionTable(title, matrix, classes) {
     return cell;
   }), el("td", {class: "number"}, percent(totals[i] > 0 ? row[i] / totals[i] : null))));
   return el("section", null,
-    el("div", {class: "caption"}, el("h4", null, title), el("span", {class: "tools"}, saveButton("CSV", title, () => csvText([["observed", ...classes], ...matrix.map((row, i) => [classes[i], ...row])])))),
+    el("div", {class: "caption"}, el("h3", null, title), el("span", {class: "tools"}, saveButton("CSV", title, () => csvText([["observed", ...classes], ...matrix.map((row, i) => [classes[i], ...row])])))),
     el("p", null, `Right for ${percent(right / all)} of ${count(all)} cases; always guessing the most frequent class would be right for ${percent(guessing)}.`),
-    el("div", {class: "scroll tall", tabindex: "0", role: "region", "aria-label": title},
+    el("div", {class: "scroll tall", tabindex: "0", role: "group", "aria-label": title},
       el("table", {class: "heat"}, el("thead", null, el("tr", null, el("th", {scope: "col"}, "Observed \\ predicted"), classes.map((text) => el("th", {scope: "col", class: "number"}, said(text))), el("th", {scope: "col", class: "number"}, "Right"))),
         el("tbody", null, body))));
 }

@@ -26,7 +26,7 @@ function chartSection(chart) {
   const headings = Object.keys(rows[0] ?? {});
   const numbers = [headings, rows.map((row) => headings.map((key) => row[key]))];
   show(false);
-  return el("figure", null, el("figcaption", null, el("h4", null, said(chart.title)), el("span", {class: "tools"},
+  return el("figure", null, el("figcaption", null, el("h3", null, said(chart.title)), el("span", {class: "tools"},
     el("button", {type: "button", class: "small", "aria-label": `Download ${chart.title} as SVG`,
       click: async () => view && save(fileName(chart.title, "svg"), "image/svg+xml", await view.toSVG())}, "SVG"), " ",
     saveButton("CSV", chart.title, () => csvText([numbers[0], ...numbers[1]])), " ", first)),

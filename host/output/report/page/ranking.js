@@ -52,7 +52,7 @@ class RankingTable {
     this.only = false;
     const search = el("input", {type: "search", id: newId(), input: () => { this.text = search.value.toLowerCase(); this.show(); }});
     const only = el("input", {type: "checkbox", id: newId(), change: () => { this.only = only.checked; this.show(); }});
-    const box = el("div", {class: "scroll tall", tabindex: "0", role: "region", "aria-label": "Ranking of the predictors"},
+    const box = el("div", {class: "scroll tall", tabindex: "0", role: "group", "aria-label": "Ranking of the predictors"},
       el("table", {class: "ranking"}, el("thead", null, el("tr", null, this.heads)), this.body));
     this.element = el("div", null,
       el("div", {class: "controls"},

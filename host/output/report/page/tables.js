@@ -57,10 +57,10 @@ function tableCsv(table) {
 
 function tableSection(table) {
   return el("section", null,
-    el("div", {class: "caption"}, el("h4", null, said(table.title)), el("span", {class: "tools"}, saveButton("CSV", table.title, () => tableCsv(table)))),
+    el("div", {class: "caption"}, el("h3", null, said(table.title)), el("span", {class: "tools"}, saveButton("CSV", table.title, () => tableCsv(table)))),
     table.layers.map((layer, l) => [
       layer.length > 0 ? el("p", {class: "soft"}, said(layer.join(", "))) : null,
-      el("div", {class: "scroll tall", tabindex: "0", role: "region", "aria-label": [table.title, ...layer].join(", ")}, pivotTable(table, l))]),
+      el("div", {class: "scroll tall", tabindex: "0", role: "group", "aria-label": [table.title, ...layer].join(", ")}, pivotTable(table, l))]),
     table.footnotes.length > 0 ? el("p", {class: "soft"}, table.footnotes.map(([letter, text]) => [`[${letter}] `, said(text), el("br")])) : null,
     table.caption ? el("p", {class: "soft"}, table.caption.split("\n").map((line) => [said(line), el("br")])) : null);
 }
