@@ -1,8 +1,12 @@
 #include "operations/c/TableWishes.h"
 
 #include <cstdint>
+#include <optional>
+#include <string>
 #include <utility>
 
+#include "host/data/ReadingOptions.h"
+#include "operations/RequestError.h"
 #include "operations/c/Arguments.h"
 #include "operations/c/Guard.h"
 #include "operations/c/Handles.h"
@@ -24,6 +28,14 @@ KOVA_Variable::MeasurementLevel LevelOf(std::int32_t level) {
   }
 }
 
+MCHost::MissingCodes CodesOf(const std::string& text) {
+  std::optional<MCHost::MissingCodes> codes = MCHost::ParseMissingCodes(text);
+  if (!codes) {
+    throw PredSelect::RequestError("missing", "\"" + text + "\" is not variable=code,code.");
+  }
+  return *std::move(codes);
+}
+
 }  // namespace
 
 PredSelect::TableOptions WishesOf(const predselect_table_options& given) {
@@ -36,6 +48,9 @@ PredSelect::TableOptions WishesOf(const predselect_table_options& given) {
   for (std::size_t i = 0; i < given.n_levels; ++i) {
     const predselect_variable_level& level = given.levels[i];
     options.fLevels.emplace_back(TextArgument(level.variable, "level"), LevelOf(level.level));
+  }
+  for (const std::string& text : TextArguments(given.missing, given.n_missing, "missing")) {
+    options.fMissing.push_back(CodesOf(text));
   }
   options.fWeight = TextArgument(given.weight, "weight", "");
   return options;

@@ -135,6 +135,11 @@ typedef struct predselect_table_options {
   const predselect_variable_level* levels;  // these overrule the schema, later ones earlier ones
   size_t n_levels;
   size_t keep;  // PREDSELECT_KEEP_CELLS and so on
+  // User-missing values besides those of the schema: "variable=code,code", "*=code" for all
+  // variables. Numbers and ranges ("90..99") of numeric variables, texts of others; a comma in a
+  // code is doubled.
+  const char* const* missing;
+  size_t n_missing;
 } predselect_table_options;
 
 // Reads a stream of records to its end. Takes the stream over: it is released in every case, also

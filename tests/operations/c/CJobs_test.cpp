@@ -28,6 +28,8 @@ constexpr char kCommands[] =
 constexpr predselect_variable_level kLevels[] = {{"year", PREDSELECT_NOMINAL},
                                                  {"year", PREDSELECT_SCALE}};
 
+constexpr const char* kMissing[] = {"body_mass_g=4000..4200,3750", "*=2008"};
+
 predselect_table_options PenguinOptions(const std::string& schema) {
   return {sizeof(predselect_table_options),
           MCTest::kPenguins.c_str(),
@@ -35,7 +37,9 @@ predselect_table_options PenguinOptions(const std::string& schema) {
           nullptr,
           kLevels,
           2,
-          PREDSELECT_KEEP_CELLS};
+          PREDSELECT_KEEP_CELLS,
+          kMissing,
+          2};
 }
 
 // What the program writes to `file` for a verb and its options, and what it ends with.
@@ -50,7 +54,8 @@ TEST(CJobs, GiveTheProgramsDocumentsAndPage) {
   const std::string commands = folder.Write("commands.txt", kCommands);
   const std::string state = folder.Path("model.bin");
   const std::string data = " --data " + MCTest::kPenguins + " --schema " + MCTest::kSchema +
-                           " --level year=nominal --level year=scale";
+                           " --level year=nominal --level year=scale --missing " + kMissing[0] +
+                           " --missing '" + kMissing[1] + "'";
 
   CHost host(PenguinOptions(schema));
   ASSERT_EQ(host.Run(kCommands, state), PREDSELECT_OK) << host.Error();

@@ -37,6 +37,8 @@ PLACE(predselect_table_options, weight, 3);
 PLACE(predselect_table_options, levels, 4);
 PLACE(predselect_table_options, n_levels, 5);
 PLACE(predselect_table_options, keep, 6);
+PLACE(predselect_table_options, missing, 7);
+PLACE(predselect_table_options, n_missing, 8);
 SAME(PREDSELECT_KEEP_CELLS, 0);
 SAME(PREDSELECT_KEEP_BATCHES, 1);
 SAME(PREDSELECT_KEEP_ASIDE, 2);
