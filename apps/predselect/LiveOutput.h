@@ -22,11 +22,14 @@ class LiveOutput : public MCHost::OutputDocument {
   LiveOutput(const ResultOptions& options, ProgressLine& progress, const std::string& source)
       : fOptions(options), fProgress(progress) {
     fDataSource = source;
+    fbFindings = WantsFindings(options);
   }
 
   void AddMessage(MCHost::OutputMessage message) override;
 
  private:
+  static bool WantsFindings(const ResultOptions& options);
+
   const ResultOptions& fOptions;
   ProgressLine& fProgress;
 };
