@@ -1,6 +1,6 @@
 #include "naivebayes/NBLoops.h"
 
-#include <limits>
+#include <cstring>
 
 #include "common/CountInTurn.h"
 #include "common/InstructionSet.h"

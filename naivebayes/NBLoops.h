@@ -20,6 +20,18 @@ struct NBLoops {
                  int targetCategories, std::size_t tables, std::size_t cells,
                  std::uint32_t* counts);
 
+  // The odds of n cases against their own target, with one more input: `others` of the cases times
+  // the input's `ratios` (NBOddsRatios), summed over the other targets. The arrays of the others
+  // stand `stride` apart, those of the ratios `cells`. Returns the largest. REQUIRES: n mod 8 = 0;
+  // 2 to 4 targets.
+  double (*fFindOdds)(std::size_t n, const std::int32_t* codes, const std::int32_t* targets,
+                      int targetCategories, const double* others, std::size_t stride,
+                      const double* ratios, std::size_t cells, double* odds);
+
+  // Multiplies 1 + odds up in eight places in turn, each of which holds its product less 1.
+  // REQUIRES: n mod 8 = 0.
+  void (*fMultiplyUp)(std::size_t n, const double* odds, double* products);
+
   // For the instructions in use.
   static const NBLoops& InUse();
 };

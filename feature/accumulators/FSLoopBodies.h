@@ -3,7 +3,6 @@
 // The sums are written as vectors of kWide lanes (a vector type of GCC and Clang): of plain loops
 // over eight lanes GCC keeps three sums in memory, at half the speed.
 
-using Part = double __attribute__((vector_size(8 * kWide)));
 constexpr std::size_t kParts = FSLanes::kCount / kWide;
 
 // Eight lanes.
@@ -13,24 +12,6 @@ struct Lanes {
   explicit Lanes(FSLanes& from) { std::memcpy(fParts, from.Data(), sizeof fParts); }
   void Store(FSLanes& to) const { std::memcpy(to.Data(), fParts, sizeof fParts); }
 };
-
-inline Part Load(const double* from) {
-  Part part;
-  std::memcpy(&part, from, sizeof part);
-  return part;
-}
-
-template <class Vector>
-inline Vector Gather(const double* from, const FSPlace* at) {
-  if constexpr (sizeof(Vector) == 16) {
-    return Vector{from[at[0]], from[at[1]]};
-  } else if constexpr (sizeof(Vector) == 32) {
-    return Vector{from[at[0]], from[at[1]], from[at[2]], from[at[3]]};
-  } else {
-    return Vector{from[at[0]], from[at[1]], from[at[2]], from[at[3]],
-                  from[at[4]], from[at[5]], from[at[6]], from[at[7]]};
-  }
-}
 
 template <bool kOrdered>
 inline Part Take(const double* from, const FSPlace* order, std::size_t k) {
