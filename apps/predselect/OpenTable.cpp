@@ -1,15 +1,18 @@
 #include "apps/predselect/OpenTable.h"
 
+#include <cstdint>
 #include <new>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "apps/predselect/Options.h"
+#include "apps/predselect/ProgressLine.h"
 #include "apps/predselect/UsageError.h"
 #include "host/arrow/DataFile.h"
 #include "host/data/DataTable.h"
 #include "host/data/MeasurementLevels.h"
+#include "host/data/ReadingScope.h"
 #include "host/session/HostIOError.h"
 #include "operations/TableOptions.h"
 
@@ -36,8 +39,13 @@ MCHost::TableStorage StorageOf(const DataOptions& options) {
   return options.fbOnce ? MCHost::TableStorage::kOnce : MCHost::TableStorage::kMemory;
 }
 
-std::unique_ptr<DataTable> OpenFile(const DataOptions& options,
-                                    const MCHost::DataFileOptions& said) {
+std::unique_ptr<DataTable> OpenFile(const DataOptions& options, const MCHost::DataFileOptions& said,
+                                    ProgressLine& progress) {
+  const std::string reading = "Reading " + options.fFile;
+  progress.Show(reading);
+  const MCHost::ReadingScope scope([&](std::int64_t cells) {
+    progress.Show(reading + ": " + std::to_string(cells / 1'000'000) + " million cells");
+  });
   try {
     return MCHost::OpenDataFile(options.fFile, said, StorageOf(options));
   } catch (const std::bad_alloc&) {
@@ -49,21 +57,24 @@ std::unique_ptr<DataTable> OpenFile(const DataOptions& options,
 
 }  // namespace
 
-std::unique_ptr<DataTable> OpenTable(const DataOptions& options) {
+std::unique_ptr<DataTable> OpenTable(const DataOptions& options, ProgressLine& progress) {
   PredSelect::TableOptions said;
   MCHost::DataFileOptions file;
   file.fNullTokens = options.fNullTokens;
   file.fbKeepOriginal = options.fbSaved;
+  file.fReading = options.fReading;
+  said.fMissing = options.fReading.fMissing;
   if (!options.fSchema.empty()) {
     said.fSchema = MCHost::TableSchema::Read(options.fSchema);
     file.fTypes = said.fSchema->Types();
     const std::vector<std::string> nulls = said.fSchema->NullTokens();
     file.fNullTokens.insert(file.fNullTokens.end(), nulls.begin(), nulls.end());
   }
-  std::unique_ptr<DataTable> table = OpenFile(options, file);
+  std::unique_ptr<DataTable> table = OpenFile(options, file, progress);
   for (const std::string& level : options.fLevels) said.fLevels.push_back(ReadLevel(level));
   said.fWeight = options.fWeight;
   PredSelect::PrepareTable(*table, said);
+  progress.Clear();
   return table;
 }
 

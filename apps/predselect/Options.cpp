@@ -74,11 +74,34 @@ int ReportUsage(const CLI::App& app, const CLI::ParseError& error) {
   return kWrongUsage;
 }
 
+void AddReadingOptions(CLI::App& command, MCHost::ReadingOptions& reading) {
+  for (const MCHost::ReadingOption& option : MCHost::AllReadingOptions()) {
+    const std::string name = std::string("--") + option.fName;
+    const auto take = [&reading, &option, name](const std::string& word) {
+      const std::string wrong = MCHost::SetReadingOption(reading, option.fName, word);
+      if (!wrong.empty()) throw CLI::ValidationError(name, wrong);
+    };
+    if (*option.fWords == '\0') {
+      command.add_flag_callback(
+          name, [take] { take(""); }, option.fHelp);
+      continue;
+    }
+    CLI::Option* added = command.add_option_function<std::vector<std::string>>(
+        name,
+        [take](const std::vector<std::string>& words) {
+          for (const auto& word : words) take(word);
+        },
+        option.fHelp);
+    added->type_name(option.fWords)->allow_extra_args(false);
+    if (!option.fbRepeated) added->expected(1);
+  }
+}
+
 void AddDataOptions(CLI::App& command, DataOptions& data) {
   command
       .add_option("--data,FILE", data.fFile,
-                  "Data file: .csv, .tsv, .parquet, .arrow or .feather; - is CSV on standard "
-                  "input; with or without --data before it")
+                  "Data file: .csv, .tsv, .parquet, .arrow or .feather; - is standard input, CSV "
+                  "unless --input-format says otherwise; with or without --data before it")
       ->required()
       ->type_name("FILE");
   command
@@ -89,11 +112,12 @@ void AddDataOptions(CLI::App& command, DataOptions& data) {
       ->allow_extra_args(false);
   command
       .add_option("--null", data.fNullTokens,
-                  "One more text that means null in CSV and TSV (besides nothing, NA, NaN, null)")
+                  "One more text that means null in CSV and TSV (besides nothing, NA, NULL, ...)")
       ->type_name("TEXT")
       ->allow_extra_args(false);
   command.add_flag("--stream", data.fbStream,
                    "Read the file again on every pass instead of keeping it in memory");
+  AddReadingOptions(command, data.fReading);
 }
 
 void AddWeight(CLI::App& command, DataOptions& data) {

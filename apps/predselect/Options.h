@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "host/data/ReadingOptions.h"
 #include "operations/BuildModel.h"
 #include "operations/RankPredictors.h"
 
@@ -20,6 +21,7 @@ struct DataOptions {
   std::string fWeight;                   // name of the frequency weight variable, empty for none
   std::vector<std::string> fLevels;      // "variable=nominal|ordinal|scale"
   std::vector<std::string> fNullTokens;  // further texts that mean null in CSV and TSV
+  MCHost::ReadingOptions fReading;       // how the file is to be read
   bool fbStream = false;                 // read again on every pass instead of keeping in memory
   bool fbOnce = false;                   // the cases are gone over once
   bool fbSaved = false;                  // they are written again with what is added to them
