@@ -32,6 +32,7 @@ class Options:
         weight: Any = None,
         schema: Any = None,
         null: Sequence[str] = (),
+        reading: Mapping[str, Any] | None = None,
         stream: bool = False,
         name: str | None = None,
     ) -> None:
@@ -44,6 +45,8 @@ class Options:
         self.weight = weight
         self.schema = schema
         self.null = list(null)
+        self.reading = [pair for name, word in (reading or {}).items()
+                        for pair in _reading_words(name.replace("_", "-"), word)]
         self.stream = stream
         self.name = name
 
@@ -53,6 +56,25 @@ class Options:
         if isinstance(self.schema, (str, os.PathLike)) and os.path.exists(self.schema):
             return Path(self.schema).read_bytes()
         return (self.schema if isinstance(self.schema, str) else json.dumps(self.schema)).encode()
+
+
+def _reading_words(name: str, word: Any) -> list[tuple[str, str]]:
+    """An option of reading in the words of the command line."""
+    if name == "missing" and isinstance(word, Mapping):
+        return [(name, f"{variable}={','.join(_code(c) for c in _codes(codes))}")
+                for variable, codes in word.items()]
+    if isinstance(word, bool):
+        return [(name, "")] if word else ([("no-header", "")] if name == "header" else [])
+    return [(name, str(word))]
+
+
+def _codes(codes: Any) -> list[Any]:
+    return list(codes) if isinstance(codes, (list, tuple, set)) else [codes]
+
+
+def _code(code: Any) -> str:
+    """A comma in a code is doubled."""
+    return str(code).replace(",", ",,")
 
 
 class Table(lib.Handle):
@@ -95,6 +117,9 @@ def _table_options(
     array = (lib.VariableLevel * len(said))(
         *[lib.VariableLevel(n.encode(), lib.LEVELS[level]) for n, level in said.items()]
     )
+    reading = (lib.ReadingOption * len(options.reading))(
+        *[lib.ReadingOption(n.encode(), word.encode()) for n, word in options.reading]
+    )
     struct = lib.table_options(
         name=options.name.encode() if options.name else None,
         schema=options.schema_text(),
@@ -102,8 +127,10 @@ def _table_options(
         levels=lib.address(array) if said else None,
         n_levels=len(said),
         keep=keep,
+        reading=lib.address(reading) if options.reading else None,
+        n_reading=len(options.reading),
     )
-    return struct, array
+    return struct, (array, reading)
 
 
 def _open_file(session: lib.Session, path: str, options: Options) -> Table:

@@ -64,6 +64,7 @@ def rank(
     weight: Any = None,
     schema: Any = None,
     null: Sequence[str] = (),
+    reading: Mapping[str, Any] | None = None,
     stream: bool = False,
     name: str | None = None,
     threads: int | None = None,
@@ -93,6 +94,9 @@ def rank(
         A Table Schema: a dict, its text, or its path.
     null
         Further texts that are missing in delimited files.
+    reading
+        How data are to be read, by the names of the program's options: ``{"delimiter": ";",
+        "decimal": ",", "missing": {"age": [99, 999]}}``. Of data in memory only ``missing``.
     stream
         Keeps no cells in memory: files are read again on every pass, batches go to a temporary file.
     name
@@ -109,7 +113,10 @@ def rank(
     """
     if by not in _BY:
         raise errors.RequestError(f"by is {by!r}; give {', '.join(_BY)}")
-    options = Options(levels=levels, weight=weight, schema=schema, null=null, stream=stream, name=name)
+    options = Options(
+        levels=levels, weight=weight, schema=schema, null=null, reading=reading, stream=stream,
+        name=name,
+    )
     job = Job(threads, progress)
     table = job.open(data, options)
     names, n = lib.texts(_list(except_))
@@ -133,6 +140,7 @@ def model(
     weight: Any = None,
     schema: Any = None,
     null: Sequence[str] = (),
+    reading: Mapping[str, Any] | None = None,
     stream: bool = False,
     name: str | None = None,
     threads: int | None = None,
@@ -147,7 +155,10 @@ def model(
     training cases may take, in kilobytes (0: half of what is free). The other arguments are those
     of :func:`rank`. The model itself is ``result.state``.
     """
-    options = Options(levels=levels, weight=weight, schema=schema, null=null, stream=stream, name=name)
+    options = Options(
+        levels=levels, weight=weight, schema=schema, null=null, reading=reading, stream=stream,
+        name=name,
+    )
     job = Job(threads, progress)
     table = job.open(data, options)
     names, n = lib.texts(_list(except_))
@@ -178,6 +189,7 @@ def run(
     weight: Any = None,
     schema: Any = None,
     null: Sequence[str] = (),
+    reading: Mapping[str, Any] | None = None,
     stream: bool = False,
     name: str | None = None,
     threads: int | None = None,
@@ -190,7 +202,10 @@ def run(
     for half of what is free). The other arguments are those of :func:`rank`. A command that reports
     an error raises :class:`CommandError`, whose ``result`` has what was done.
     """
-    options = Options(levels=levels, weight=weight, schema=schema, null=null, stream=stream, name=name)
+    options = Options(
+        levels=levels, weight=weight, schema=schema, null=null, reading=reading, stream=stream,
+        name=name,
+    )
     job = Job(threads, progress)
     table = job.open(data, options)
     said = lib.run_options(
@@ -210,13 +225,17 @@ def describe(
     weight: Any = None,
     schema: Any = None,
     null: Sequence[str] = (),
+    reading: Mapping[str, Any] | None = None,
     stream: bool = False,
     name: str | None = None,
     threads: int | None = None,
     progress: bool | None = None,
 ) -> Result:
     """Names, types, levels, valid and missing cases, ranges and categories of the columns."""
-    options = Options(levels=levels, weight=weight, schema=schema, null=null, stream=stream, name=name)
+    options = Options(
+        levels=levels, weight=weight, schema=schema, null=null, reading=reading, stream=stream,
+        name=name,
+    )
     job = Job(threads, progress)
     table = job.open(data, options)
     return job.result(Result, table, "describe", table)
@@ -230,6 +249,7 @@ def score(
     probabilities: str | None = None,
     levels: Mapping[str, str] | None = None,
     null: Sequence[str] = (),
+    reading: Mapping[str, Any] | None = None,
     stream: bool = False,
     name: str | None = None,
     threads: int | None = None,
@@ -242,7 +262,8 @@ def score(
     """
     known = state if isinstance(state, State) else State.load(state)
     job = Job(threads, progress)
-    table = job.open(data, Options(levels=levels, null=null, stream=stream, name=name))
+    table = job.open(data, Options(
+        levels=levels, null=null, reading=reading, stream=stream, name=name))
     said = lib.score_options(
         predicted=None if predicted is None else predicted.encode(),
         probabilities=None if probabilities is None else probabilities.encode(),

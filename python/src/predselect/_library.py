@@ -104,6 +104,12 @@ class VariableLevel(ctypes.Structure):
     _fields_ = [("variable", ctypes.c_char_p), ("level", ctypes.c_int32)]
 
 
+class ReadingOption(ctypes.Structure):
+    """predselect_reading_option."""
+
+    _fields_ = [("name", ctypes.c_char_p), ("word", ctypes.c_char_p)]
+
+
 class TableInfo(ctypes.Structure):
     """predselect_table_info."""
 
@@ -116,7 +122,10 @@ class TableInfo(ctypes.Structure):
     ]
 
 
-table_options = _options("TableOptions", "name:s schema:s weight:s levels:p n_levels:n keep:n")
+table_options = _options(
+    "TableOptions",
+    "name:s schema:s weight:s levels:p n_levels:n keep:n reading:p n_reading:n",
+)
 file_options = _options("FileOptions", "nulls:p n_nulls:n")
 run_options = _options("RunOptions", "state_path:s results_folder:s memory:n")
 rank_options = _options("RankOptions", "by:n except_:p n_except:n top:n")
