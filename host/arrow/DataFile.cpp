@@ -16,6 +16,7 @@
 #include "host/arrow/CsvSource.h"
 #include "host/arrow/CsvWriter.h"
 #include "host/arrow/IpcSource.h"
+#include "host/arrow/JsonSource.h"
 #include "host/arrow/ParquetSource.h"
 #include "host/arrow/SavedBatches.h"
 #include "host/data/MemoryTable.h"
@@ -29,7 +30,7 @@ namespace {
 
 constexpr char kStandardInput[] = "-";
 
-enum class Format { kDelimited, kParquet, kIpc };
+enum class Format { kDelimited, kParquet, kIpc, kJson, kSheets };
 
 struct Extension {
   const char* fText;
@@ -37,11 +38,23 @@ struct Extension {
   char fDelimiter;
 };
 
-constexpr Extension kExtensions[] = {{".csv", Format::kDelimited, ','},
-                                     {".tsv", Format::kDelimited, '\t'},
-                                     {".parquet", Format::kParquet, 0},
-                                     {".arrow", Format::kIpc, 0},
-                                     {".feather", Format::kIpc, 0}};
+constexpr Extension kExtensions[] = {
+    {".csv", Format::kDelimited, ','}, {".tsv", Format::kDelimited, '\t'},
+    {".parquet", Format::kParquet, 0}, {".arrow", Format::kIpc, 0},
+    {".feather", Format::kIpc, 0},     {".jsonl", Format::kJson, 0},
+    {".ndjson", Format::kJson, 0},     {".json", Format::kJson, 0}};
+
+// Formats behind it are only read.
+constexpr Format kLastWritten = Format::kIpc;
+
+std::string ExtensionsUpTo(Format last) {
+  std::string names;
+  for (const Extension& known : kExtensions) {
+    if (known.fFormat > last) continue;
+    names += (names.empty() ? "" : ", ") + std::string(known.fText);
+  }
+  return names;
+}
 
 const Extension& ExtensionOf(const std::string& path) {
   std::string end = path.substr(std::min(path.rfind('.'), path.size()));
@@ -49,11 +62,17 @@ const Extension& ExtensionOf(const std::string& path) {
   for (const Extension& known : kExtensions) {
     if (end == known.fText) return known;
   }
-  std::string allowed;
-  for (const Extension& known : kExtensions) {
-    allowed += (allowed.empty() ? "" : ", ") + std::string(known.fText);
-  }
-  throw HostIOError(path, "", "the extension does not tell a data format; known are " + allowed);
+  throw HostIOError(
+      path, "",
+      "the extension does not tell a data format; known are " + ExtensionsUpTo(Format::kSheets));
+}
+
+// Of a file that is to be written.
+const Extension& WrittenExtensionOf(const std::string& path) {
+  const Extension& extension = ExtensionOf(path);
+  if (extension.fFormat <= kLastWritten) return extension;
+  throw HostIOError(
+      path, "", "tables are not written in this format, but in " + ExtensionsUpTo(kLastWritten));
 }
 
 CsvRules RulesOf(const DataFileOptions& options, char delimiter) {
@@ -79,6 +98,9 @@ std::unique_ptr<IArrowSource> OpenSource(const std::string& path, const DataFile
       return std::make_unique<ParquetSource>(path);
     case Format::kIpc:
       return std::make_unique<IpcSource>(path);
+    case Format::kJson:
+      return OpenJsonFile(path, {options.fNullTokens, options.fTypes});
+    case Format::kSheets:
     case Format::kDelimited:
       break;
   }
@@ -130,12 +152,12 @@ std::unique_ptr<DataTable> OpenDataFile(const std::string& path, const DataFileO
 }
 
 void CheckDataFile(const std::string& path) {
-  (void)ExtensionOf(path);
+  (void)WrittenExtensionOf(path);
   OutputFile::Check(path);
 }
 
 void WriteDataFile(DataTable& table, const std::string& path, const std::vector<int>* keys) {
-  const Extension& extension = ExtensionOf(path);
+  const Extension& extension = WrittenExtensionOf(path);
   const auto* text = dynamic_cast<const CsvSource*>(table.Source());
   if (extension.fFormat == Format::kDelimited && text != nullptr) {
     CsvRecords records = text->Records();
@@ -149,7 +171,7 @@ void WriteDataFile(DataTable& table, const std::string& path, const std::vector<
       return WriteParquet(batches, path);
     case Format::kIpc:
       return WriteIpc(batches, path);
-    case Format::kDelimited:
+    default:
       return WriteCsv(batches, path, extension.fDelimiter);
   }
 }

@@ -1,5 +1,6 @@
 // Opens data files as tables and writes tables as data files. The extension decides on the format:
-// .csv, .tsv, .parquet, .arrow or .feather; "-" is CSV on standard input.
+// .csv, .tsv, .parquet, .arrow or .feather, to read also .jsonl and .json; "-" is CSV on standard
+// input.
 //
 // CSV and TSV: a header row, the quoting of RFC 4180, UTF-8 with or without a byte order mark, and
 // blank lines skipped. Empty fields, NA, NaN and null are missing, quoted or not (a quoted empty
