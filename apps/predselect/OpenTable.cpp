@@ -53,6 +53,7 @@ std::unique_ptr<DataTable> OpenTable(const DataOptions& options) {
   PredSelect::TableOptions said;
   MCHost::DataFileOptions file;
   file.fNullTokens = options.fNullTokens;
+  file.fSheet = options.fSheet;
   file.fbKeepOriginal = options.fbSaved;
   if (!options.fSchema.empty()) {
     said.fSchema = MCHost::TableSchema::Read(options.fSchema);

@@ -76,11 +76,14 @@ int ReportUsage(const CLI::App& app, const CLI::ParseError& error) {
 
 void AddDataOptions(CLI::App& command, DataOptions& data) {
   command
-      .add_option("--data,FILE", data.fFile,
-                  "Data file: .csv, .tsv, .parquet, .arrow or .feather; - is CSV on standard "
-                  "input; with or without --data before it")
+      .add_option(
+          "--data,FILE", data.fFile,
+          "Data file: .csv, .tsv, .parquet, .arrow, .feather, .jsonl, .json, .xlsx or .ods; - is "
+          "CSV on standard input; with or without --data before it")
       ->required()
       ->type_name("FILE");
+  command.add_option("--sheet", data.fSheet, "Sheet of a workbook (default: the first)")
+      ->type_name("NAME");
   command
       .add_option("--schema", data.fSchema, "Labels, levels, missing values: a Table Schema file")
       ->type_name("FILE");

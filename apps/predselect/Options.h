@@ -16,6 +16,7 @@ enum class Color { kAuto, kAlways, kNever };
 // Which data, and what is said of them besides the file itself.
 struct DataOptions {
   std::string fFile;                     // a path, or "-" for CSV on standard input
+  std::string fSheet;                    // of a workbook, empty for the first
   std::string fSchema;                   // Table Schema document, empty for none
   std::string fWeight;                   // name of the frequency weight variable, empty for none
   std::vector<std::string> fLevels;      // "variable=nominal|ordinal|scale"

@@ -19,6 +19,7 @@
 #include "host/arrow/JsonSource.h"
 #include "host/arrow/ParquetSource.h"
 #include "host/arrow/SavedBatches.h"
+#include "host/arrow/SheetSource.h"
 #include "host/data/MemoryTable.h"
 #include "host/data/StreamedTable.h"
 #include "host/session/HostIOError.h"
@@ -42,7 +43,8 @@ constexpr Extension kExtensions[] = {
     {".csv", Format::kDelimited, ','}, {".tsv", Format::kDelimited, '\t'},
     {".parquet", Format::kParquet, 0}, {".arrow", Format::kIpc, 0},
     {".feather", Format::kIpc, 0},     {".jsonl", Format::kJson, 0},
-    {".ndjson", Format::kJson, 0},     {".json", Format::kJson, 0}};
+    {".ndjson", Format::kJson, 0},     {".json", Format::kJson, 0},
+    {".xlsx", Format::kSheets, 0},     {".ods", Format::kSheets, 0}};
 
 // Formats behind it are only read.
 constexpr Format kLastWritten = Format::kIpc;
@@ -92,6 +94,8 @@ std::unique_ptr<IArrowSource> ReadStandardInput(const DataFileOptions& options,
 std::unique_ptr<IArrowSource> OpenSource(const std::string& path, const DataFileOptions& options,
                                          CsvSource::Look look) {
   if (path == kStandardInput) return ReadStandardInput(options, look);
+  const CellRules cells{options.fNullTokens, options.fTypes};
+  if (IsSheetFile(path)) return OpenSheet(path, options.fSheet, cells);
   const Extension& extension = ExtensionOf(path);
   switch (extension.fFormat) {
     case Format::kParquet:
@@ -99,8 +103,9 @@ std::unique_ptr<IArrowSource> OpenSource(const std::string& path, const DataFile
     case Format::kIpc:
       return std::make_unique<IpcSource>(path);
     case Format::kJson:
-      return OpenJsonFile(path, {options.fNullTokens, options.fTypes});
+      return OpenJsonFile(path, cells);
     case Format::kSheets:
+      return OpenSheet(path, options.fSheet, cells);
     case Format::kDelimited:
       break;
   }

@@ -1,6 +1,6 @@
 // Opens data files as tables and writes tables as data files. The extension decides on the format:
-// .csv, .tsv, .parquet, .arrow or .feather, to read also .jsonl and .json; "-" is CSV on standard
-// input.
+// .csv, .tsv, .parquet, .arrow or .feather, to read also .jsonl, .json, .xlsx and .ods; "-" is CSV
+// on standard input. A workbook is known by its first bytes, too.
 //
 // CSV and TSV: a header row, the quoting of RFC 4180, UTF-8 with or without a byte order mark, and
 // blank lines skipped. Empty fields, NA, NaN and null are missing, quoted or not (a quoted empty
@@ -20,9 +20,10 @@
 namespace MCHost {
 
 struct DataFileOptions {
-  std::vector<std::string> fNullTokens;     // further texts that are missing in CSV
+  std::vector<std::string> fNullTokens;     // further texts that are missing in text
   std::map<std::string, FieldType> fTypes;  // declared types of CSV columns; a value that does not
                                             // fit is an error
+  std::string fSheet = {};                  // of a workbook; empty for the first
   bool fbKeepOriginal = true;               // the text of standard input is kept for WriteDataFile
 };
 

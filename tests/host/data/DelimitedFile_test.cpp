@@ -118,7 +118,7 @@ const BadFile kBadFiles[] = {
     {"name.csv", "a,,c\n1,2,3\n", "line 1, column 3: the column has no name"},
     {"table.xls", "a\n1\n",
      "the extension does not tell a data format; known are .csv, .tsv, .parquet, .arrow, .feather, "
-     ".jsonl, .ndjson, .json"},
+     ".jsonl, .ndjson, .json, .xlsx, .ods"},
     {"text.parquet", "a,b\n1,2\n",
      "Parquet magic bytes not found in footer. Either the file is "
      "corrupted or this is not a parquet file."},
