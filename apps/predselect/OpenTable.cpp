@@ -1,5 +1,6 @@
 #include "apps/predselect/OpenTable.h"
 
+#include <cstdlib>
 #include <new>
 #include <string>
 #include <utility>
@@ -8,6 +9,7 @@
 #include "apps/predselect/Options.h"
 #include "apps/predselect/UsageError.h"
 #include "host/arrow/DataFile.h"
+#include "host/arrow/DatabaseAddress.h"
 #include "host/data/DataTable.h"
 #include "host/data/MeasurementLevels.h"
 #include "host/session/HostIOError.h"
@@ -41,10 +43,23 @@ std::unique_ptr<DataTable> OpenFile(const DataOptions& options,
   try {
     return MCHost::OpenDataFile(options.fFile, said, StorageOf(options));
   } catch (const std::bad_alloc&) {
-    throw MCHost::HostIOError(options.fFile, "",
+    throw MCHost::HostIOError(MCHost::WithoutPassword(options.fFile), "",
                               std::string("there is not enough memory to read the data") +
                                   (options.fbStream ? "" : "; --stream does not keep them"));
   }
+}
+
+// Where drivers of databases are looked for: what the user says, then the environment at work.
+std::vector<std::string> DriverPlaces(const std::string& said) {
+  std::vector<std::string> places;
+  if (!said.empty()) places.push_back(said);
+  for (const char* name : {"VIRTUAL_ENV", "CONDA_PREFIX"}) {
+    const char* const folder = std::getenv(name);
+    if (folder == nullptr) continue;
+    places.emplace_back(folder);
+    places.push_back(std::string(folder) + "/lib");
+  }
+  return places;
 }
 
 }  // namespace
@@ -54,6 +69,8 @@ std::unique_ptr<DataTable> OpenTable(const DataOptions& options) {
   MCHost::DataFileOptions file;
   file.fNullTokens = options.fNullTokens;
   file.fSheet = options.fSheet;
+  file.fQuery = options.fQuery;
+  file.fDriverPlaces = DriverPlaces(options.fDriver);
   file.fbKeepOriginal = options.fbSaved;
   if (!options.fSchema.empty()) {
     said.fSchema = MCHost::TableSchema::Read(options.fSchema);

@@ -85,6 +85,17 @@ void AddDataOptions(CLI::App& command, DataOptions& data) {
   command.add_option("--sheet", data.fSheet, "Sheet of a workbook (default: the first)")
       ->type_name("NAME");
   command
+      .add_option("--query", data.fQuery,
+                  "What to read of a database (sqlite:FILE, duckdb:FILE, postgresql://...) instead "
+                  "of the ?table=NAME of its address")
+      ->type_name("SQL");
+  command
+      .add_option("--driver", data.fDriver,
+                  "Where the ADBC driver of a database is: its file, its folder or a Python "
+                  "environment (default: PREDSELECT_DRIVER, the one at work, the system)")
+      ->envname("PREDSELECT_DRIVER")
+      ->type_name("PLACE");
+  command
       .add_option("--schema", data.fSchema, "Labels, levels, missing values: a Table Schema file")
       ->type_name("FILE");
   command.add_option("--level", data.fLevels, "Measurement level: nominal, ordinal or scale")

@@ -17,6 +17,8 @@ enum class Color { kAuto, kAlways, kNever };
 struct DataOptions {
   std::string fFile;                     // a path, or "-" for CSV on standard input
   std::string fSheet;                    // of a workbook, empty for the first
+  std::string fQuery;                    // to a database, empty for the table of its address
+  std::string fDriver;                   // of databases: a file, a folder or an environment
   std::string fSchema;                   // Table Schema document, empty for none
   std::string fWeight;                   // name of the frequency weight variable, empty for none
   std::vector<std::string> fLevels;      // "variable=nominal|ordinal|scale"

@@ -15,6 +15,7 @@
 #include "host/arrow/ColumnarWriter.h"
 #include "host/arrow/CsvSource.h"
 #include "host/arrow/CsvWriter.h"
+#include "host/arrow/DatabaseSource.h"
 #include "host/arrow/IpcSource.h"
 #include "host/arrow/JsonSource.h"
 #include "host/arrow/ParquetSource.h"
@@ -94,6 +95,14 @@ std::unique_ptr<IArrowSource> ReadStandardInput(const DataFileOptions& options,
 std::unique_ptr<IArrowSource> OpenSource(const std::string& path, const DataFileOptions& options,
                                          CsvSource::Look look) {
   if (path == kStandardInput) return ReadStandardInput(options, look);
+  if (IsDatabaseAddress(path)) {
+    return std::make_unique<DatabaseSource>(
+        DatabaseRequest{path, options.fQuery, options.fDriverPlaces,
+                        options.fbKeepOriginal || look == CsvSource::Look::kWhole});
+  }
+  if (!options.fQuery.empty()) {
+    throw HostIOError(path, "", "a query needs a database, such as sqlite:FILE or duckdb:FILE");
+  }
   const CellRules cells{options.fNullTokens, options.fTypes};
   if (IsSheetFile(path)) return OpenSheet(path, options.fSheet, cells);
   const Extension& extension = ExtensionOf(path);

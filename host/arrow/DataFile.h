@@ -1,6 +1,7 @@
 // Opens data files as tables and writes tables as data files. The extension decides on the format:
 // .csv, .tsv, .parquet, .arrow or .feather, to read also .jsonl, .json, .xlsx and .ods; "-" is CSV
-// on standard input. A workbook is known by its first bytes, too.
+// on standard input. A workbook is known by its first bytes, too. "sqlite:FILE", "duckdb:FILE" and
+// "postgresql://..." are tables of databases (DatabaseAddress.h).
 //
 // CSV and TSV: a header row, the quoting of RFC 4180, UTF-8 with or without a byte order mark, and
 // blank lines skipped. Empty fields, NA, NaN and null are missing, quoted or not (a quoted empty
@@ -24,7 +25,9 @@ struct DataFileOptions {
   std::map<std::string, FieldType> fTypes;  // declared types of CSV columns; a value that does not
                                             // fit is an error
   std::string fSheet = {};                  // of a workbook; empty for the first
-  bool fbKeepOriginal = true;               // the text of standard input is kept for WriteDataFile
+  std::string fQuery = {};                  // to a database, instead of a table
+  std::vector<std::string> fDriverPlaces = {};  // where drivers of databases may be
+  bool fbKeepOriginal = true;  // the text of standard input is kept for WriteDataFile
 };
 
 // Looks at the file and makes it a source that can be read again and again. CSV is checked as a

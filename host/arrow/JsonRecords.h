@@ -41,7 +41,7 @@ class JsonRecords {
   std::string fBytes;
   bool fbWhole = false;  // the file's last byte is among them
   bool fbEnded = false;
-  bool fbFirst = true;   // no element was met
+  bool fbFirst = true;  // no element was met
   std::size_t fStart = 0;
   std::size_t fEnd = 0;
   std::int64_t fLine = 1;
