@@ -1,6 +1,6 @@
 #include "operations/RunCommands.h"
 
-#include <filesystem>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -10,7 +10,7 @@
 #include "host/data/DataTable.h"
 #include "host/output/BpError.h"
 #include "host/output/OutputDocument.h"
-#include "host/session/HostIOError.h"
+#include "host/session/NewFolder.h"
 #include "host/session/OutputFile.h"
 #include "host/session/SameFile.h"
 #include "host/session/Session.h"
@@ -69,12 +69,6 @@ class RunSession : public MCHost::Session {
   const RunRequest& fRequest;
 };
 
-void MakeDirectory(const std::string& path) {
-  std::error_code error;
-  std::filesystem::create_directories(path, error);
-  if (error) throw MCHost::HostIOError(path, "", "cannot be made: " + error.message());
-}
-
 Outcome RunOne(const MCHost::CommandText& command, RunSession& session, DataTable& table,
                MCHost::OutputDocument& document) {
   session.SetCommand(command.fText, command.fLine, command.fColumn);
@@ -111,7 +105,8 @@ Outcome RunCommands(DataTable& table, MCHost::OutputDocument& document, const Ru
   CheckOutputs(request);
   RecordData(document, table.CaseCount(), table.ColumnCount());
   RunSession session(table, document, request, surroundings);
-  if (!request.fResultsFolder.empty()) MakeDirectory(request.fResultsFolder);
+  std::optional<MCHost::NewFolder> results;
+  if (!request.fResultsFolder.empty()) results.emplace(request.fResultsFolder);
   Outcome outcome = Outcome::kCompleted;
   for (const MCHost::CommandText& command : commands) {
     if (session.IsCancelled()) break;

@@ -1,5 +1,6 @@
 #include "apps/predselect/OpenTable.h"
 
+#include <cstdint>
 #include <cstdlib>
 #include <new>
 #include <string>
@@ -7,11 +8,13 @@
 #include <vector>
 
 #include "apps/predselect/Options.h"
+#include "apps/predselect/ProgressLine.h"
 #include "apps/predselect/UsageError.h"
 #include "host/arrow/DataFile.h"
 #include "host/arrow/DatabaseAddress.h"
 #include "host/data/DataTable.h"
 #include "host/data/MeasurementLevels.h"
+#include "host/data/ReadingScope.h"
 #include "host/session/HostIOError.h"
 #include "operations/TableOptions.h"
 
@@ -38,8 +41,13 @@ MCHost::TableStorage StorageOf(const DataOptions& options) {
   return options.fbOnce ? MCHost::TableStorage::kOnce : MCHost::TableStorage::kMemory;
 }
 
-std::unique_ptr<DataTable> OpenFile(const DataOptions& options,
-                                    const MCHost::DataFileOptions& said) {
+std::unique_ptr<DataTable> OpenFile(const DataOptions& options, const MCHost::DataFileOptions& said,
+                                    ProgressLine& progress) {
+  const std::string reading = "Reading " + options.fFile;
+  progress.Show(reading);
+  const MCHost::ReadingScope scope([&](std::int64_t cells) {
+    progress.Show(reading + ": " + std::to_string(cells / 1'000'000) + " million cells");
+  });
   try {
     return MCHost::OpenDataFile(options.fFile, said, StorageOf(options));
   } catch (const std::bad_alloc&) {
@@ -49,39 +57,37 @@ std::unique_ptr<DataTable> OpenFile(const DataOptions& options,
   }
 }
 
-// Where drivers of databases are looked for: what the user says, then the environment at work.
-std::vector<std::string> DriverPlaces(const std::string& said) {
+// Where drivers of databases are looked for besides the place that the user says.
+std::vector<std::string> DriverPlaces() {
   std::vector<std::string> places;
-  if (!said.empty()) places.push_back(said);
-  for (const char* name : {"VIRTUAL_ENV", "CONDA_PREFIX"}) {
-    const char* const folder = std::getenv(name);
-    if (folder == nullptr) continue;
-    places.emplace_back(folder);
-    places.push_back(std::string(folder) + "/lib");
+  for (const char* name : {"PREDSELECT_DRIVER", "VIRTUAL_ENV", "CONDA_PREFIX"}) {
+    const char* const place = std::getenv(name);
+    if (place != nullptr) places.emplace_back(place);
   }
   return places;
 }
 
 }  // namespace
 
-std::unique_ptr<DataTable> OpenTable(const DataOptions& options) {
+std::unique_ptr<DataTable> OpenTable(const DataOptions& options, ProgressLine& progress) {
   PredSelect::TableOptions said;
   MCHost::DataFileOptions file;
   file.fNullTokens = options.fNullTokens;
-  file.fSheet = options.fSheet;
-  file.fQuery = options.fQuery;
-  file.fDriverPlaces = DriverPlaces(options.fDriver);
   file.fbKeepOriginal = options.fbSaved;
+  file.fReading = options.fReading;
+  file.fDriverPlaces = DriverPlaces();
+  said.fMissing = options.fReading.fMissing;
   if (!options.fSchema.empty()) {
     said.fSchema = MCHost::TableSchema::Read(options.fSchema);
     file.fTypes = said.fSchema->Types();
     const std::vector<std::string> nulls = said.fSchema->NullTokens();
     file.fNullTokens.insert(file.fNullTokens.end(), nulls.begin(), nulls.end());
   }
-  std::unique_ptr<DataTable> table = OpenFile(options, file);
+  std::unique_ptr<DataTable> table = OpenFile(options, file, progress);
   for (const std::string& level : options.fLevels) said.fLevels.push_back(ReadLevel(level));
   said.fWeight = options.fWeight;
   PredSelect::PrepareTable(*table, said);
+  progress.Clear();
   return table;
 }
 

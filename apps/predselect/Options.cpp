@@ -74,27 +74,38 @@ int ReportUsage(const CLI::App& app, const CLI::ParseError& error) {
   return kWrongUsage;
 }
 
+void AddReadingOptions(CLI::App& command, MCHost::ReadingOptions& reading) {
+  for (const MCHost::ReadingOption& option : MCHost::AllReadingOptions()) {
+    const std::string name = std::string("--") + option.fName;
+    const auto take = [&reading, &option, name](const std::string& word) {
+      const std::string wrong = MCHost::SetReadingOption(reading, option.fName, word);
+      if (!wrong.empty()) throw CLI::ValidationError(name, wrong);
+    };
+    if (*option.fWords == '\0') {
+      command.add_flag_callback(
+          name, [take] { take(""); }, option.fHelp);
+      continue;
+    }
+    CLI::Option* added = command.add_option_function<std::vector<std::string>>(
+        name,
+        [take](const std::vector<std::string>& words) {
+          for (const auto& word : words) take(word);
+        },
+        option.fHelp);
+    added->type_name(option.fWords)->allow_extra_args(false);
+    if (!option.fbRepeated) added->expected(1);
+  }
+}
+
 void AddDataOptions(CLI::App& command, DataOptions& data) {
   command
       .add_option(
           "--data,FILE", data.fFile,
           "Data file: .csv, .tsv, .parquet, .arrow, .feather, .jsonl, .json, .xlsx or .ods; - is "
-          "CSV on standard input; with or without --data before it")
+          "standard input, CSV unless --input-format says otherwise; sqlite:FILE, duckdb:FILE "
+          "and postgresql://... are databases; with or without --data before it")
       ->required()
       ->type_name("FILE");
-  command.add_option("--sheet", data.fSheet, "Sheet of a workbook (default: the first)")
-      ->type_name("NAME");
-  command
-      .add_option("--query", data.fQuery,
-                  "What to read of a database (sqlite:FILE, duckdb:FILE, postgresql://...) instead "
-                  "of the ?table=NAME of its address")
-      ->type_name("SQL");
-  command
-      .add_option("--driver", data.fDriver,
-                  "Where the ADBC driver of a database is: its file, its folder or a Python "
-                  "environment (default: PREDSELECT_DRIVER, the one at work, the system)")
-      ->envname("PREDSELECT_DRIVER")
-      ->type_name("PLACE");
   command
       .add_option("--schema", data.fSchema, "Labels, levels, missing values: a Table Schema file")
       ->type_name("FILE");
@@ -103,11 +114,12 @@ void AddDataOptions(CLI::App& command, DataOptions& data) {
       ->allow_extra_args(false);
   command
       .add_option("--null", data.fNullTokens,
-                  "One more text that means null in CSV and TSV (besides nothing, NA, NaN, null)")
+                  "One more text that means null in CSV and TSV (besides nothing, NA, NULL, ...)")
       ->type_name("TEXT")
       ->allow_extra_args(false);
   command.add_flag("--stream", data.fbStream,
                    "Read the file again on every pass instead of keeping it in memory");
+  AddReadingOptions(command, data.fReading);
 }
 
 void AddWeight(CLI::App& command, DataOptions& data) {

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "host/data/ReadingOptions.h"
 #include "operations/BuildModel.h"
 #include "operations/RankPredictors.h"
 
@@ -16,13 +17,11 @@ enum class Color { kAuto, kAlways, kNever };
 // Which data, and what is said of them besides the file itself.
 struct DataOptions {
   std::string fFile;                     // a path, or "-" for CSV on standard input
-  std::string fSheet;                    // of a workbook, empty for the first
-  std::string fQuery;                    // to a database, empty for the table of its address
-  std::string fDriver;                   // of databases: a file, a folder or an environment
   std::string fSchema;                   // Table Schema document, empty for none
   std::string fWeight;                   // name of the frequency weight variable, empty for none
   std::vector<std::string> fLevels;      // "variable=nominal|ordinal|scale"
   std::vector<std::string> fNullTokens;  // further texts that mean null in CSV and TSV
+  MCHost::ReadingOptions fReading;       // how the file is to be read
   bool fbStream = false;                 // read again on every pass instead of keeping in memory
   bool fbOnce = false;                   // the cases are gone over once
   bool fbSaved = false;                  // they are written again with what is added to them

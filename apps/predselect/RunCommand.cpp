@@ -82,12 +82,12 @@ int RunCommands(const Options& options) {
   }
   DataOptions data = options.fData;
   data.fbOnce = !data.fbSaved && PredSelect::ReadsOnce(commands);
-  const std::unique_ptr<DataTable> table = OpenTable(data);
+  ProgressLine progress(WantsProgress(options.fResult));
+  const std::unique_ptr<DataTable> table = OpenTable(data, progress);
   const SaveTable saved(*table, options.fSave);
   std::set<std::string> notes;
   ShowNotes(*table, options.fResult, notes);
 
-  ProgressLine progress(WantsProgress(options.fResult));
   LiveOutput document(options.fResult, progress, options.fData.fFile);
   const PredSelect::Outcome outcome = PredSelect::RunCommands(
       *table, document,

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <memory>
 
+#include "apps/predselect/Interrupt.h"
 #include "apps/predselect/Options.h"
 #include "host/arrow/DataFile.h"
 #include "host/data/MemoryTable.h"
@@ -39,10 +40,16 @@ int WidthOf(int descriptor) {
   return known ? size.ws_col : kDefaultWidth;
 }
 
+// Whether it is a terminal that does what it is told by escapes.
+bool IsTerminal(int descriptor) {
+  const char* kind = std::getenv("TERM");
+  return isatty(descriptor) != 0 && (kind == nullptr || std::strcmp(kind, "dumb") != 0);
+}
+
 bool WantsColor(Color color, int descriptor) {
   if (color != Color::kAuto) return color == Color::kAlways;
   const char* noColor = std::getenv("NO_COLOR");
-  return isatty(descriptor) != 0 && (noColor == nullptr || *noColor == '\0');
+  return IsTerminal(descriptor) && (noColor == nullptr || *noColor == '\0');
 }
 
 // Null where nothing was shown.
@@ -82,7 +89,7 @@ MCHost::TextOptions PageOptions(const ResultOptions& options, bool forMessages) 
 }
 
 bool WantsProgress(const ResultOptions& options) {
-  return isatty(STDERR_FILENO) != 0 && options.fbProgress && !options.fbQuiet;
+  return IsTerminal(STDERR_FILENO) && options.fbProgress && !options.fbQuiet;
 }
 
 void PrintError(const std::string& line) {
@@ -104,6 +111,9 @@ void WriteResults(const ResultOptions& options, const std::string& text) {
 }
 
 void WriteDocument(const MCHost::OutputDocument& document, const ResultOptions& options) {
+  const auto& runs = document.GetRuns();
+  const auto isCompleted = [](const MCHost::OutputRun& run) { return run.fbCompleted; };
+  if (IsInterrupted() && std::ranges::none_of(runs, isCompleted)) return;
   if (options.fFormat == OutputFormat::kText) {
     WriteResults(options, MCHost::RenderText(document, PageOptions(options, false)));
   } else if (options.fFormat == OutputFormat::kJson) {

@@ -68,7 +68,9 @@ int main(int argc, char** argv) {
   ReserveStandardStreams();
   InstallInterruptHandlers();
   try {
-    return Act(ParseOptions(argc, argv));
+    const int code = Act(ParseOptions(argc, argv));
+    if (code == kCancelled) SayStopped();
+    return code;
   } catch (const UsageError& error) {
     return Report(error.what(), kWrongUsage);
   } catch (const PredSelect::RequestError& error) {

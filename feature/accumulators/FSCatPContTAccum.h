@@ -35,7 +35,12 @@ class FSCatPContTAccum : public IFSPredTargetAccum {
   template <class Archive, class Self>
   static void Fields(Archive& archive, Self& self, bool grown);
   bool IsGrown() const { return fSums.GetScale().GetExponent() != 0; }
-  void AddShared(const double* predictor, const FSCaseBlock& cases);
+  // Whether the target's values need no look at their scale.
+  bool FitFirst(const double* predictor, const FSCaseBlock& cases);
+  std::size_t AddSorted(const double* predictor, const FSCaseBlock& cases);
+  std::size_t AddOneByOne(const double* predictor, const FSCaseBlock& cases);
+  // A value that may be a large category. Returns 1 if it is missing.
+  std::size_t AddOther(std::size_t i, double value, const FSCaseBlock& cases);
 
   FSPredictorState fState{FSPredictorState::kNoCategory};
   FSGroupSums fSums;           // of the target, by predictor category

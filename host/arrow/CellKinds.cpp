@@ -41,7 +41,11 @@ std::vector<std::string> CellKinds::Notes() const {
   if (fKinds != kCsvText || fDeclared != FieldType::kAny) return {};
   const bool isMixed = fSeen[RowCell::kNumber].fCells + fSeen[RowCell::kBoolean].fCells > 0;
   if (!isMixed) return {};
-  return {"Column \"" + fName + "\" holds " + OddTexts() + ", so all of it is read as text."};
+  const std::string remedy = fSeen[RowCell::kText].fCells > 0
+                                 ? "; --missing \"" + fName + "=...\" takes texts as missing"
+                                 : "";
+  return {"Column \"" + fName + "\" holds " + OddTexts() + ", so all of it is read as text" +
+          remedy + "."};
 }
 
 std::string CellKinds::OddTexts() const {

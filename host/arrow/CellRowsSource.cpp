@@ -23,7 +23,6 @@ constexpr std::int64_t kMaxBatchCases = 16384;
 
 bool IsNull(const RowCell& cell, const std::vector<std::string>& nulls) {
   if (cell.fKind == RowCell::kNone) return true;
-  if (nulls.empty()) return false;
   return std::find(nulls.begin(), nulls.end(), cell.fText) != nulls.end();
 }
 
@@ -31,11 +30,11 @@ bool IsNull(const RowCell& cell, const std::vector<std::string>& nulls) {
 class CellBatches final : public arrow::RecordBatchReader {
  public:
   CellBatches(std::unique_ptr<ICellRows> rows, std::shared_ptr<arrow::Schema> schema,
-              std::vector<int> columns, std::vector<std::string> nulls)
+              std::vector<int> columns, const std::vector<std::vector<std::string>>& nulls)
       : fpRows(std::move(rows)),
         fpSchema(std::move(schema)),
         fColumns(std::move(columns)),
-        fNulls(std::move(nulls)) {
+        fNulls(nulls) {
     for (const auto& field : fpSchema->fields()) fBuilders.emplace_back(field->type());
   }
 
@@ -64,7 +63,7 @@ class CellBatches final : public arrow::RecordBatchReader {
   arrow::Status AppendCase() {
     for (std::size_t k = 0; k < fBuilders.size(); ++k) {
       const auto at = static_cast<std::size_t>(fColumns[k]);
-      const bool isThere = at < fCells.size() && !IsNull(fCells[at], fNulls);
+      const bool isThere = at < fCells.size() && !IsNull(fCells[at], fNulls[at]);
       ARROW_RETURN_NOT_OK(isThere ? fBuilders[k].Append(fCells[at].fText)
                                   : fBuilders[k].AppendNull());
     }
@@ -74,15 +73,15 @@ class CellBatches final : public arrow::RecordBatchReader {
   std::unique_ptr<ICellRows> fpRows;
   std::shared_ptr<arrow::Schema> fpSchema;
   std::vector<int> fColumns;
-  std::vector<std::string> fNulls;
+  std::vector<std::vector<std::string>> fNulls;
   std::vector<CellBuilder> fBuilders;
   std::vector<RowCell> fCells;
 };
 
 }  // namespace
 
-CellRowsSource::CellRowsSource(std::string path, OpenRows openRows, CellRules rules)
-    : fName(std::move(path)),
+CellRowsSource::CellRowsSource(std::string name, OpenRows openRows, CellRules rules)
+    : fName(std::move(name)),
       fStamp(fName),
       fOpenRows(std::move(openRows)),
       fRules(std::move(rules)) {
@@ -93,12 +92,7 @@ void CellRowsSource::Inspect() {
   const std::unique_ptr<ICellRows> rows = fOpenRows();
   std::vector<RowCell> cells;
   const auto declare = [this, &rows] {
-    for (std::size_t j = fColumns.size(); j < rows->Names().size(); ++j) {
-      const std::string& name = rows->Names()[j];
-      const auto declared = fRules.fTypes.find(name);
-      fColumns.emplace_back(name,
-                            declared != fRules.fTypes.end() ? declared->second : FieldType::kAny);
-    }
+    while (fColumns.size() < rows->Names().size()) Declare(rows->Names()[fColumns.size()]);
   };
   declare();
   for (; rows->Next(cells); ++fNCases) {
@@ -112,9 +106,18 @@ void CellRowsSource::Inspect() {
   }
 }
 
+void CellRowsSource::Declare(const std::string& name) {
+  const auto declared = fRules.fTypes.find(name);
+  fColumns.emplace_back(name, declared != fRules.fTypes.end() ? declared->second : FieldType::kAny);
+  fNulls.push_back(fRules.fNullTokens);
+  const auto own = fRules.fColumnNulls.find(name);
+  if (own == fRules.fColumnNulls.end()) return;
+  fNulls.back().insert(fNulls.back().end(), own->second.begin(), own->second.end());
+}
+
 void CellRowsSource::Observe(const std::vector<RowCell>& cells, const ICellRows& rows) {
   for (std::size_t j = 0; j < cells.size(); ++j) {
-    if (IsNull(cells[j], fRules.fNullTokens)) continue;
+    if (IsNull(cells[j], fNulls[j])) continue;
     CellKinds& column = fColumns[j];
     if (column.Observe(cells[j], [&rows, j] { return rows.Place(j); })) continue;
     throw HostIOError(
@@ -162,7 +165,7 @@ void CellRowsSource::OpenAs(const Types& types, const std::vector<int>* columns,
     fields.push_back(arrow::field(fColumns[j].Name(), types[j]));
   }
   auto reader = std::make_shared<CellBatches>(fOpenRows(), arrow::schema(std::move(fields)),
-                                              std::move(wanted), fRules.fNullTokens);
+                                              std::move(wanted), fNulls);
   Check(arrow::ExportRecordBatchReader(std::move(reader), stream), fName);
 }
 

@@ -21,16 +21,17 @@
 namespace MCHost {
 
 struct CellRules {
-  std::vector<std::string> fNullTokens;     // texts that stand for no value
-  std::map<std::string, FieldType> fTypes;  // declared types by column name
+  std::vector<std::string> fNullTokens;                          // texts that stand for no value
+  std::map<std::string, FieldType> fTypes;                       // declared types by column name
+  std::map<std::string, std::vector<std::string>> fColumnNulls;  // further texts, by column name
 };
 
 class CellRowsSource final : public IArrowSource {
  public:
   using OpenRows = std::function<std::unique_ptr<ICellRows>()>;
 
-  // `path` is the file behind the rows, or what messages call it. Throws HostIOError.
-  CellRowsSource(std::string path, OpenRows openRows, CellRules rules);
+  // `name` is the file behind the rows, or what messages call it. Throws HostIOError.
+  CellRowsSource(std::string name, OpenRows openRows, CellRules rules);
 
   const std::string& Name() const override { return fName; }
   void Open(const std::vector<int>* columns, ArrowArrayStream* stream) override;
@@ -44,6 +45,7 @@ class CellRowsSource final : public IArrowSource {
   using Types = std::vector<std::shared_ptr<arrow::DataType>>;
 
   void Inspect();
+  void Declare(const std::string& name);
   void Observe(const std::vector<RowCell>& cells, const ICellRows& rows);
   void OpenAs(const Types& types, const std::vector<int>* columns, ArrowArrayStream* stream) const;
 
@@ -52,6 +54,7 @@ class CellRowsSource final : public IArrowSource {
   OpenRows fOpenRows;
   CellRules fRules;
   std::vector<CellKinds> fColumns;
+  std::vector<std::vector<std::string>> fNulls;  // of each column
   std::int64_t fNCases = 0;
   std::vector<std::string> fNotes;
 };

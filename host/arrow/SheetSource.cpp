@@ -43,18 +43,18 @@ CellRowsSource::OpenRows OdsRows(const std::string& path, const std::string& she
 
 bool IsSheetFile(const std::string& path) { return ZipEntry::IsZip(path) || IsOldWorkbook(path); }
 
-std::unique_ptr<IArrowSource> OpenSheet(const std::string& path, const std::string& sheet,
-                                        CellRules rules) {
+std::unique_ptr<IArrowSource> OpenSheet(const std::string& path, const std::string& name,
+                                        const std::string& sheet, CellRules rules) {
   if (IsOldWorkbook(path)) {
     throw HostIOError(path, "",
                       "this is an .xls workbook, or one with a password; save it as .xlsx without "
                       "a password");
   }
   if (ZipEntry::IsThere(path, "xl/workbook.xml")) {
-    return std::make_unique<CellRowsSource>(path, XlsxRows(path, sheet), std::move(rules));
+    return std::make_unique<CellRowsSource>(name, XlsxRows(path, sheet), std::move(rules));
   }
   if (ZipEntry::IsThere(path, "content.xml")) {
-    return std::make_unique<CellRowsSource>(path, OdsRows(path, sheet), std::move(rules));
+    return std::make_unique<CellRowsSource>(name, OdsRows(path, sheet), std::move(rules));
   }
   throw HostIOError(path, "", "the zip archive is neither an .xlsx nor an .ods workbook");
 }

@@ -16,8 +16,9 @@ namespace MCHost {
 // refused.
 bool IsSheetFile(const std::string& path);
 
-// The sheet of a name, the first without one. Goes over it once. Throws HostIOError, with a cell.
-std::unique_ptr<IArrowSource> OpenSheet(const std::string& path, const std::string& sheet,
-                                        CellRules rules);
+// The sheet of a name, the first without one, of a file that messages call `name`. Goes over it
+// once. Throws HostIOError, with a cell.
+std::unique_ptr<IArrowSource> OpenSheet(const std::string& path, const std::string& name,
+                                        const std::string& sheet, CellRules rules);
 
 }  // namespace MCHost

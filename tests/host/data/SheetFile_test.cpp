@@ -77,9 +77,15 @@ Parts Ods(const std::string& rows) {
 
 std::string Row(const std::string& cells) { return "<row>" + cells + "</row>"; }
 
+DataFileOptions SheetOf(const std::string& name) {
+  DataFileOptions options;
+  options.fReading.fSheet = name;
+  return options;
+}
+
 std::string ErrorOf(const std::string& path, const std::string& sheet = "") {
   try {
-    OpenDataFile(path, {{}, {}, sheet}, TableStorage::kMemory);
+    OpenDataFile(path, SheetOf(sheet), TableStorage::kMemory);
   } catch (const HostIOError& error) {
     return error.Place() + ": " + error.Reason();
   }
@@ -154,7 +160,7 @@ TEST(Sheet, XlsxRowsAndColumnsMayHaveGapsAndFaultsThatAreTold) {
                   HasSubstr("merged cells, such as B6:B7"),
                   HasSubstr("1 cell of 2 that is text (sheet \"One\", cell C7: \"n.a.\")")));
   const auto other =
-      OpenDataFile(folder.Path("t.xlsx"), {{}, {}, "Two & more"}, TableStorage::kMemory);
+      OpenDataFile(folder.Path("t.xlsx"), SheetOf("Two & more"), TableStorage::kMemory);
   EXPECT_THAT(Dictionary(*other), ElementsAre("2024:0"));
   EXPECT_THAT(Cells(*other, 0), ElementsAre("7"));
 }
