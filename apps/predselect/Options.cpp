@@ -69,9 +69,11 @@ void AddReadingOptions(CLI::App& command, MCHost::ReadingOptions& reading) {
 void AddDataOptions(CLI::App& command, DataOptions& data) {
   InGroup(command, kDataGroup);
   command
-      .add_option("--data,FILE", data.fFile,
-                  "Data file: .csv, .tsv, .parquet, .arrow or .feather; - is standard input, CSV "
-                  "unless --input-format says otherwise; with or without --data before it")
+      .add_option(
+          "--data,FILE", data.fFile,
+          "Data file: .csv, .tsv, .parquet, .arrow, .feather, .jsonl, .json, .xlsx or .ods; - is "
+          "standard input, CSV unless --input-format says otherwise; sqlite:FILE, duckdb:FILE "
+          "and postgresql://... are databases; with or without --data before it")
       ->required()
       ->type_name("FILE");
   command
