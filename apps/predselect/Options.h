@@ -47,7 +47,7 @@ struct ResultOptions {
 };
 
 struct Options {
-  enum Action { kNone, kRun, kRank, kModel, kDescribe, kInspect, kScore, kMerge };
+  enum Action { kNone, kRun, kRank, kModel, kDescribe, kInspect, kScore, kMerge, kView };
   static constexpr double kAutoMemory = -1.0;
 
   Action fAction = kNone;
@@ -58,6 +58,7 @@ struct Options {
   std::string fCommandFile;                // -f, "-" for standard input
   std::string fSaveState;                  // run: empty for none; merge: the merged component
   std::string fResults;                    // run: directory of the result documents, empty for none
+  std::string fCharts;                     // run: directory of the charts' files, empty for none
   std::vector<std::string> fStates;        // inspect and score: one; merge: two or more
   bool fbAllowEqual = false;               // merge: states of the same counts are taken, too
   std::string fPredicted = "PredictedValue";            // score: name of the predicted value
@@ -69,10 +70,11 @@ struct Options {
   PredSelect::RankRequest fRank;
   PredSelect::ModelRequest fModel;
   bool fbShowCommand = false;  // rank and model: show the command instead of running it
-  int fExitCode = 0;           // for kNone: help was shown (0) or the usage was wrong
+  std::string fShown;          // for kNone: a text that was asked for, such as help
 };
 
-// Reads the command line. Help, version and usage errors are printed here and give kNone.
-Options ParseOptions(int argc, char** argv);
+// Reads the command line. Throws UsageError for one that cannot be taken; what was read of it until
+// then is in the options.
+void ParseOptions(int argc, char** argv, Options& options);
 
 }  // namespace PredSelectApp

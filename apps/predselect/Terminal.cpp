@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 #include <utility>
 
@@ -22,6 +23,7 @@
 #include "host/output/OutputDocument.h"
 #include "host/output/render/RenderJson.h"
 #include "host/output/render/RenderRecords.h"
+#include "host/output/report/RenderReport.h"
 #include "host/session/HostIOError.h"
 #include "host/session/OutputFile.h"
 #include "host/text/VisibleText.h"
@@ -60,6 +62,12 @@ bool WantsColor(Color color, int descriptor) {
 
 bool IsToFile(const ResultOptions& options) {
   return ResultPath(options) != MCHost::OutputFile::kStandardOutput;
+}
+
+// The file's own name says what a report is of; it stands on the page of whoever gets it.
+std::string HeadingOf(const MCHost::OutputDocument& document) {
+  const std::string name = std::filesystem::path(document.fDataSource).filename().string();
+  return name == "-" || name.empty() ? "Standard input" : name;
 }
 
 bool IsOfBytes(FileFormat format) {
@@ -144,6 +152,8 @@ void WriteDocument(const MCHost::OutputDocument& document, const ResultOptions& 
     WriteResults(options, MCHost::RenderText(document, PageOptions(options, false)));
   } else if (options.fFormat == FileFormat::kJson) {
     WriteResults(options, MCHost::RenderJson(document));
+  } else if (options.fFormat == FileFormat::kHtml) {
+    WriteResults(options, MCHost::RenderReport(document, HeadingOf(document)));
   } else if (auto records = ChosenRecords(document, options.fTable)) {
     WriteRecords(*std::move(records), options);
   }

@@ -12,6 +12,7 @@
 #include <iterator>
 #include <numeric>
 #include <optional>
+#include <set>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -20,9 +21,15 @@
 #include "host/arrow/CsvSniffer.h"
 #include "host/arrow/CsvSource.h"
 #include "host/arrow/CsvWriter.h"
+#include "host/arrow/DataParts.h"
+#include "host/arrow/DatabaseAddress.h"
+#include "host/arrow/DatabaseSource.h"
 #include "host/arrow/IpcSource.h"
+#include "host/arrow/JoinedSource.h"
+#include "host/arrow/JsonSource.h"
 #include "host/arrow/ParquetSource.h"
 #include "host/arrow/SavedBatches.h"
+#include "host/arrow/SheetSource.h"
 #include "host/arrow/SpooledInput.h"
 #include "host/arrow/TextBytes.h"
 #include "host/data/MemoryTable.h"
@@ -61,49 +68,63 @@ std::string EndOf(const std::string& path) {
   return end;
 }
 
-// A format of data files, by the end of their names.
-std::optional<FileFormat> FindDataFormat(const std::string& end) {
+// A format of data that are read, by the end of their names.
+std::optional<FileFormat> FindInputFormat(const std::string& end) {
   const std::optional<FileFormat> format = FormatOfPath(end);
-  const auto isIt = [&](const FileFormatNames& known) {
-    return known.fbData && known.fFormat == format;
-  };
-  return std::ranges::any_of(FileFormats(), isIt) ? format : std::nullopt;
+  return format && NamesOf(*format).fbRead ? format : std::nullopt;
 }
 
-std::string KnownExtensions() {
-  std::string known;
-  for (const FileFormatNames& format : FileFormats()) {
-    if (!format.fbData) continue;
-    for (const char* end : format.fEndings) known += (known.empty() ? "" : ", ") + std::string(end);
-  }
-  return known;
+bool IsJson(FileFormat format) {
+  return format == FileFormat::kJson || format == FileFormat::kJsonLines;
 }
 
 // Of a file that is written.
 FileFormat OutputFormatOf(const std::string& path) {
-  if (const std::optional<FileFormat> known = FindDataFormat(EndOf(path))) return *known;
+  const std::optional<FileFormat> known = FindInputFormat(EndOf(path));
+  if (known && NamesOf(*known).fbWritten) return *known;
   throw HostIOError(path, "",
-                    "the extension does not tell a data format; known are " + KnownExtensions());
+                    std::string(known ? "tables are not written in this format"
+                                      : "the extension does not tell a data format") +
+                        "; known are " + EndingsOf(&FileFormatNames::fbWritten));
+}
+
+constexpr std::string_view kPackings[] = {".gz", ".zst", ".bz2", ".xz", ".lz4"};
+
+// How files are called that can be read.
+std::vector<std::string> InputEndings() {
+  std::vector<std::string> endings;
+  for (const FileFormatNames& known : FileFormats()) {
+    if (!known.fbRead) continue;
+    endings.insert(endings.end(), known.fEndings.begin(), known.fEndings.end());
+    if (!IsDelimited(known.fFormat) && !IsJson(known.fFormat)) continue;
+    for (const char* ending : known.fEndings) {
+      for (const std::string_view packing : kPackings) {
+        endings.push_back(ending + std::string(packing));
+      }
+    }
+  }
+  return endings;
 }
 
 // Of a file that is read, which may be packed or called anything where its format is said.
 FileFormat InputFormatOf(const std::string& path, const DataFileOptions& options) {
   const std::string& said = options.fReading.fFormat;
   if (!said.empty()) {
-    if (const std::optional<FileFormat> known = FindDataFormat("." + said)) return *known;
+    if (const std::optional<FileFormat> known = FindInputFormat("." + said)) return *known;
     throw HostIOError(path, "",
-                      "--input-format " + said + ": known are the formats of " + KnownExtensions());
+                      "--input-format " + said + ": known are the formats of " +
+                          EndingsOf(&FileFormatNames::fbRead));
   }
   if (path == kStandardInput) return FileFormat::kCsv;
-  constexpr std::string_view kPackings[] = {".gz", ".zst", ".bz2", ".xz", ".lz4"};
   const std::string end = EndOf(path);
   const bool isPacked =
       std::find(std::begin(kPackings), std::end(kPackings), end) != std::end(kPackings);
   const std::optional<FileFormat> known =
-      FindDataFormat(isPacked ? EndOf(path.substr(0, path.size() - end.size())) : end);
+      FindInputFormat(isPacked ? EndOf(path.substr(0, path.size() - end.size())) : end);
   if (known) return *known;
   throw HostIOError(path, "",
-                    "the extension does not tell a data format; known are " + KnownExtensions() +
+                    "the extension does not tell a data format; known are " +
+                        EndingsOf(&FileFormatNames::fbRead) +
                         "; --input-format says it of any file");
 }
 
@@ -124,6 +145,17 @@ CsvRules RulesOf(const DataFileOptions& options, char delimiter) {
   return rules;
 }
 
+// The same for cells that say themselves what they are.
+CellRules CellRulesOf(const DataFileOptions& options) {
+  CsvRules rules = RulesOf(options, ',');
+  return {std::move(rules.fNullTokens), std::move(rules.fTypes), std::move(rules.fColumnNulls)};
+}
+
+std::unique_ptr<IArrowSource> OpenJson(TextBytes bytes, const DataFileOptions& options) {
+  bytes.SetEncoding(options.fReading.fEncoding.value_or(bytes.Encoding()));
+  return OpenJsonSource(bytes, CellRulesOf(options));
+}
+
 std::unique_ptr<IArrowSource> OpenText(TextBytes bytes, const DataFileOptions& options,
                                        char delimiter, CsvSource::Look look) {
   CsvRules rules = RulesOf(options, delimiter);
@@ -137,20 +169,39 @@ std::unique_ptr<IArrowSource> OpenPath(const std::string& path, const std::strin
                                        CsvSource::Look look) {
   if (format == FileFormat::kParquet) return std::make_unique<ParquetSource>(path);
   if (format == FileFormat::kArrow) return std::make_unique<IpcSource>(path);
+  if (format == FileFormat::kSheets) {
+    return OpenSheet(path, name, options.fReading.fSheet, CellRulesOf(options));
+  }
+  if (IsJson(format)) return OpenJson(TextBytes(path, name), options);
   return OpenText(TextBytes(path, name), options, DelimiterOf(format), look);
 }
 
 // What can be read only once.
 std::unique_ptr<IArrowSource> OpenPipe(int descriptor, const std::string& name, FileFormat format,
                                        const DataFileOptions& options, CsvSource::Look look) {
-  const bool isText = IsDelimited(format);
+  const bool isText = IsDelimited(format) || IsJson(format);
   SpooledInput input(descriptor, name, isText ? SpooledInput::kMostHeld : 0);
   if (!input.Path().empty()) return OpenPath(input.Path(), name, format, options, look);
-  return OpenText(TextBytes::Of(name, input.TakeText()), options, DelimiterOf(format), look);
+  TextBytes bytes = TextBytes::Of(name, input.TakeText());
+  if (IsJson(format)) return OpenJson(std::move(bytes), options);
+  return OpenText(std::move(bytes), options, DelimiterOf(format), look);
 }
 
-std::unique_ptr<IArrowSource> OpenSource(const std::string& path, const DataFileOptions& options,
-                                         CsvSource::Look look) {
+std::unique_ptr<IArrowSource> OpenDatabase(const std::string& address,
+                                           const DataFileOptions& options, CsvSource::Look look) {
+  DatabaseRequest request{address, options.fReading.fQuery, options.fDriverPlaces};
+  if (!options.fReading.fDriver.empty()) request.fDriverPlaces = {options.fReading.fDriver};
+  // Streamed, or to be saved, they are needed more than once.
+  request.fbAgain = options.fbKeepOriginal || look == CsvSource::Look::kWhole;
+  return std::make_unique<DatabaseSource>(request);
+}
+
+std::unique_ptr<IArrowSource> OpenOne(const std::string& path, const DataFileOptions& options,
+                                      CsvSource::Look look) {
+  const ReadingOptions& said = options.fReading;
+  if (said.fFormat.empty() && IsSheetFile(path)) {
+    return OpenSheet(path, path, said.fSheet, CellRulesOf(options));
+  }
   const FileFormat format = InputFormatOf(path, options);
   if (path == kStandardInput) {
     return OpenPipe(STDIN_FILENO, kStandardInputName, format, options, look);
@@ -163,12 +214,32 @@ std::unique_ptr<IArrowSource> OpenSource(const std::string& path, const DataFile
   return OpenPipe(pipe.Get(), path, format, options, look);
 }
 
+std::unique_ptr<IArrowSource> OpenSource(const std::string& path, const DataFileOptions& options,
+                                         CsvSource::Look look) {
+  if (IsDatabaseAddress(path)) return OpenDatabase(path, options, look);
+  if (!options.fReading.fQuery.empty()) {
+    throw HostIOError(path, "", "a query needs a database, such as sqlite:FILE or duckdb:FILE");
+  }
+  const std::vector<DataPart> parts = FindDataParts(path, InputEndings());
+  if (parts.empty()) return OpenOne(path, options, look);
+  const auto open = [options, look](const DataPart& part, const std::set<std::string>& texts) {
+    DataFileOptions own = options;
+    for (const std::string& text : texts) own.fTypes[text] = FieldType::kString;
+    return OpenOne(part.fPath, own, look);
+  };
+  return std::make_unique<JoinedSource>(path, parts, open);
+}
+
 // Whether the cells of a file are too many to be held without need.
 bool IsLarge(const std::string& path) {
   constexpr std::uintmax_t kLargeFile = std::uintmax_t{16} << 20;
-  std::error_code error;
-  const std::uintmax_t size = std::filesystem::file_size(path, error);
-  return !error && size >= kLargeFile;
+  std::uintmax_t size = 0;
+  for (const std::string& file : FilesOfData(path)) {
+    std::error_code error;
+    const std::uintmax_t own = std::filesystem::file_size(file, error);
+    if (!error) size += own;
+  }
+  return size >= kLargeFile;
 }
 
 // A text between other delimiters than commas and tabs keeps them, called .csv.
@@ -225,6 +296,22 @@ std::unique_ptr<DataTable> OpenDataFile(const std::string& path, const DataFileO
     throw HostIOError(path == kStandardInput ? kStandardInputName : path, error.Place(),
                       error.Reason());
   }
+}
+
+std::vector<std::string> FilesOfData(const std::string& path) {
+  try {
+    if (IsDatabaseAddress(path)) {
+      const DatabaseAddress address = ReadDatabaseAddress(path);
+      if (address.fpKind->fPlace != DatabaseKind::kServer) return {address.fPlace};
+      return {};
+    }
+    std::vector<std::string> files;
+    for (const DataPart& part : FindDataParts(path, InputEndings())) files.push_back(part.fPath);
+    if (!files.empty()) return files;
+  } catch (const HostIOError&) {
+    // Whoever opens it is told.
+  }
+  return {path};
 }
 
 DataTarget::DataTarget(std::string path) : fFormat(OutputFormatOf(path)), fPath(std::move(path)) {}

@@ -225,6 +225,10 @@ def every_table():
 
 
 def every_option():
+    for form in ("csv", "tsv", "markdown", "jsonl", "parquet", "arrow"):
+        yield Job(["describe", *PENGUINS, "--top", "3", "--format", form])
+        yield run(PENGUINS, "NAIVEBAYES species /PRINT CLASSIFICATION.", "--format", form,
+                  "--table", "Classification", "-o", f"cells.{form}")
     for options in ([], JSON, ["-o", "page.txt"], ["--color", "always"], ["--level", "year=often"],
                     ["--level", "year=scale", "--weight", "year"], ["--level", "yaer=scale"],
                     ["--weight", "sex"]):
