@@ -1,6 +1,6 @@
 #include "operations/RunCommands.h"
 
-#include <filesystem>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -10,12 +10,13 @@
 #include "host/data/DataTable.h"
 #include "host/output/BpError.h"
 #include "host/output/OutputDocument.h"
-#include "host/session/HostIOError.h"
+#include "host/session/NewFolder.h"
 #include "host/session/OutputFile.h"
 #include "host/session/SameFile.h"
 #include "host/session/Session.h"
 #include "host/session/SessionScope.h"
 #include "operations/DocumentParts.h"
+#include "operations/Findings.h"
 #include "operations/RequestError.h"
 
 namespace PredSelect {
@@ -50,6 +51,10 @@ class RunSession : public MCHost::Session {
     fDocument.CurrentRun().fFiles.push_back(path);
   }
   void ReportLostFile() override { fbFileLost = true; }
+  bool WantsFindings() const override { return fDocument.fbFindings; }
+  void TakeFindings(const PRSFindings& findings) override {
+    fDocument.CurrentRun().fFindings = FindingsText(findings, &Table());
+  }
   std::string StatePath() const override { return fbLast ? fRequest.fStatePath : ""; }
   std::string ResultsPrefix() const override {
     if (fRequest.fResultsFolder.empty()) return "";
@@ -68,12 +73,6 @@ class RunSession : public MCHost::Session {
   MCHost::OutputDocument& fDocument;
   const RunRequest& fRequest;
 };
-
-void MakeDirectory(const std::string& path) {
-  std::error_code error;
-  std::filesystem::create_directories(path, error);
-  if (error) throw MCHost::HostIOError(path, "", "cannot be made: " + error.message());
-}
 
 Outcome RunOne(const MCHost::CommandText& command, RunSession& session, DataTable& table,
                MCHost::OutputDocument& document) {
@@ -111,7 +110,8 @@ Outcome RunCommands(DataTable& table, MCHost::OutputDocument& document, const Ru
   CheckOutputs(request);
   RecordData(document, table.CaseCount(), table.ColumnCount());
   RunSession session(table, document, request, surroundings);
-  if (!request.fResultsFolder.empty()) MakeDirectory(request.fResultsFolder);
+  std::optional<MCHost::NewFolder> results;
+  if (!request.fResultsFolder.empty()) results.emplace(request.fResultsFolder);
   Outcome outcome = Outcome::kCompleted;
   for (const MCHost::CommandText& command : commands) {
     if (session.IsCancelled()) break;

@@ -72,7 +72,8 @@ void NBAlgorithm::Fields(Archive& archive, Self& self) {
   NBState::Weight(archive, self.fTotalWeight);
   archive.Int(self.fExcluded.fNRecords);
   NBState::Weight(archive, self.fExcluded.fWeight);
-  archive.Check(self.fNRecords >= 2 && self.fTotalWeight > 0 && self.fExcluded.fNRecords >= 0);
+  archive.Check(self.fNRecords >= 2 && self.fTotalWeight > 0 && self.HasFiniteWeight() &&
+                self.fExcluded.fNRecords >= 0);
   archive.Object(self.fOutput);
   for (int j = 0; j < self.fNInputs; ++j) {
     if constexpr (Archive::kReading) self.fInputs.emplace_back();
