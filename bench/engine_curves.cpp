@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <functional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "bench/InMemory.h"
@@ -130,7 +131,8 @@ void ByThreads() {
   Blocks blocks(codes);
   NBAlgorithm built(SettingsFor(codes, 1), ListOf(codes, 8, INBVariable::kInput));
   static_cast<void>(built.BuildModel(blocks, CasesOf(codes)));
-  for (const int threads : {1, 2, 4}) {
+  const int cores = static_cast<int>(std::thread::hardware_concurrency());
+  for (int threads = 1; threads <= std::max(cores, 1); threads *= 2) {
     Measure("threads", "ranking", threads, [&] { Rank(scale, threads); });
     Measure("threads", "training", threads, [&] { Train(codes, 8, threads); });
     Measure("threads", "selection", threads, [&] { Select(fewer, threads); });
