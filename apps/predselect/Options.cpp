@@ -556,6 +556,24 @@ std::string ShellText(const CommandLine& line) {
                              "\"" + line.fShell + "\" is none of bash, zsh, fish and man");
 }
 
+// The columns that options name. An empty name is that of an option which was not given.
+std::vector<std::pair<std::string, std::string>> NamesIn(const Options& options) {
+  std::vector<std::pair<std::string, std::string>> names = {
+      {"", options.fRank.fTarget},
+      {"", options.fModel.fTarget},
+      {"training-column", options.fModel.fTrainingColumn},
+      {"weight", options.fData.fWeight}};
+  for (const std::string& name : options.fRank.fExcept) names.emplace_back("except", name);
+  for (const std::string& name : options.fModel.fExcept) names.emplace_back("except", name);
+  for (const std::string& name : options.fSave.fKeys) names.emplace_back("id", name);
+  for (const std::string& level : options.fData.fLevels) {
+    const std::size_t equals = level.rfind('=');
+    if (equals != std::string::npos) names.emplace_back("level", level.substr(0, equals));
+  }
+  std::erase_if(names, [](const auto& name) { return name.second.empty(); });
+  return names;
+}
+
 // What depends on several options, and what is settled when all are known.
 void Complete(const CommandLine& line, Options& options) {
   for (const auto& [command, action] : line.fActions) {
@@ -568,6 +586,7 @@ void Complete(const CommandLine& line, Options& options) {
     throw CLI::RequiredError("-c or -f");
   }
   options.fData.fbSaved = !options.fSave.fFile.empty();
+  options.fData.fNames = NamesIn(options);
   RefuseOneFileForTwo(options);
   if (line.fpHelp->parsed()) options.fShown = TextOn(line);
   if (line.fpCompletion->parsed()) options.fShown = ShellText(line);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/data/ReadingOptions.h"
@@ -19,6 +20,8 @@ struct DataOptions {
   std::string fFile;                     // a path, or "-" for CSV on standard input
   std::string fSchema;                   // Table Schema document, empty for none
   std::string fWeight;                   // name of the frequency weight variable, empty for none
+  // An option, empty for TARGET, and a column that it names.
+  std::vector<std::pair<std::string, std::string>> fNames;
   std::vector<std::string> fLevels;      // "variable=nominal|ordinal|scale"
   std::vector<std::string> fNullTokens;  // further texts that mean null in CSV and TSV
   MCHost::ReadingOptions fReading;       // how the file is to be read
