@@ -68,6 +68,10 @@ constexpr const char* kMergeExamples = R"(Examples:
   predselect merge part1.bin part2.bin -o all.bin
   predselect inspect all.bin)";
 
+constexpr const char* kViewExamples = R"(Examples:
+  predselect view model.bin
+  predselect view ranking.json -o report.html)";
+
 constexpr const char* kCompletionExamples = R"(Examples:
   bash, now:            source <(predselect completion bash)
   zsh, in a folder of $fpath:

@@ -69,9 +69,11 @@ void AddReadingOptions(CLI::App& command, MCHost::ReadingOptions& reading) {
 void AddDataOptions(CLI::App& command, DataOptions& data) {
   InGroup(command, kDataGroup);
   command
-      .add_option("--data,FILE", data.fFile,
-                  "Data file: .csv, .tsv, .parquet, .arrow or .feather; - is standard input, CSV "
-                  "unless --input-format says otherwise; with or without --data before it")
+      .add_option(
+          "--data,FILE", data.fFile,
+          "Data file: .csv, .tsv, .parquet, .arrow, .feather, .jsonl, .json, .xlsx or .ods; - is "
+          "standard input, CSV unless --input-format says otherwise; sqlite:FILE, duckdb:FILE "
+          "and postgresql://... are databases; with or without --data before it")
       ->required()
       ->type_name("FILE");
   command
@@ -119,9 +121,11 @@ void AddChoice(CLI::App& command, const std::string& name, Value& value,
 
 void AddFormat(CLI::App& command, ResultOptions& result) {
   InGroup(command, kResultsGroup);
-  AddChoice<OutputFormat>(command, "--format", result.fFormat,
-                          {{"text", OutputFormat::kText}, {"json", OutputFormat::kJson}},
-                          "A page to read (default), or a document for programs");
+  AddChoice<OutputFormat>(
+      command, "--format", result.fFormat,
+      {{"text", OutputFormat::kText}, {"json", OutputFormat::kJson}, {"html", OutputFormat::kHtml}},
+      "Tables to read (default), a document for programs, or a report to look "
+      "at in a browser");
 }
 
 // Of a command whose result is one flat table.
@@ -134,18 +138,20 @@ void AddFlatFormat(CLI::App& command, ResultOptions& result) {
        {"csv", OutputFormat::kCsv},
        {"tsv", OutputFormat::kTsv},
        {"jsonl", OutputFormat::kJsonLines},
-       {"markdown", OutputFormat::kMarkdown}},
-      "A page to read (default), a document for programs, or the table alone, a record a line; "
-      "without it the extension of --output decides: .json, .csv, .tsv, .jsonl, .md, .parquet, "
-      ".arrow, .feather");
+       {"markdown", OutputFormat::kMarkdown},
+       {"html", OutputFormat::kHtml}},
+      "A page to read (default), a document for programs, the table alone, a record a line, or a "
+      "report to look at in a browser; without it the extension of --output decides: .json, .csv, "
+      ".tsv, .jsonl, .md, .html, .parquet, .arrow, .feather");
 }
 
 OutputFormat FormatOf(const std::string& path) {
   constexpr std::pair<const char*, OutputFormat> kEndings[] = {
-      {".json", OutputFormat::kJson},     {".csv", OutputFormat::kCsv},
-      {".tsv", OutputFormat::kTsv},       {".jsonl", OutputFormat::kJsonLines},
-      {".md", OutputFormat::kMarkdown},   {".parquet", OutputFormat::kColumns},
-      {".arrow", OutputFormat::kColumns}, {".feather", OutputFormat::kColumns}};
+      {".json", OutputFormat::kJson},       {".csv", OutputFormat::kCsv},
+      {".tsv", OutputFormat::kTsv},         {".jsonl", OutputFormat::kJsonLines},
+      {".md", OutputFormat::kMarkdown},     {".html", OutputFormat::kHtml},
+      {".parquet", OutputFormat::kColumns}, {".arrow", OutputFormat::kColumns},
+      {".feather", OutputFormat::kColumns}};
   for (const auto& [ending, format] : kEndings) {
     if (path.ends_with(ending)) return format;
   }
@@ -427,6 +433,20 @@ CLI::App* AddMerge(CLI::App& app, Options& options) {
   return merge;
 }
 
+CLI::App* AddView(CLI::App& app, Options& options) {
+  CLI::App* view =
+      app.add_subcommand("view", "Look at a state file, or a JSON document, in a browser");
+  view->add_option("FILE", options.fStates,
+                   "State saved by run --save-state, or a document of --format json")
+      ->required()
+      ->expected(1)
+      ->type_name("FILE");
+  view->add_option("-o,--output", options.fResult.fFile, "Write the report here instead")
+      ->type_name("FILE");
+  view->footer(kViewExamples)->group(kLanguage);
+  return view;
+}
+
 CLI::App* AddRun(CLI::App& app, Options& options) {
   CLI::App* run = app.add_subcommand("run", "Run commands over a table");
   AddDataOptions(*run, options.fData);
@@ -449,6 +469,10 @@ CLI::App* AddRun(CLI::App& app, Options& options) {
       ->check(IsStateName);
   run->add_option("--results", options.fResults,
                   "Write rankings and subsets as XML documents into this directory")
+      ->type_name("DIR");
+  run->add_option("--charts", options.fCharts,
+                  "Draw charts into this directory, as SVG and PNG (with the Python package "
+                  "vl-convert-python)")
       ->type_name("DIR");
   AddMemory(*run, options.fMemory);
   AddThreads(*run, options.fThreads);
@@ -506,7 +530,8 @@ struct CommandLine {
                 {AddScore(fApp, options), Options::kScore},
                 {AddRun(fApp, options), Options::kRun},
                 {AddInspect(fApp, options), Options::kInspect},
-                {AddMerge(fApp, options), Options::kMerge}};
+                {AddMerge(fApp, options), Options::kMerge},
+                {AddView(fApp, options), Options::kView}};
     fpHelp = AddHelp(fApp, fTopic);
     fpCompletion = AddCompletion(fApp, fShell);
     fApp.footer(kProgramNotes);

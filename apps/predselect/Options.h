@@ -11,8 +11,8 @@
 
 namespace PredSelectApp {
 
-// The ones behind kJson are of flat tables: kColumns is a file of columns, by its extension.
-enum class OutputFormat { kText, kJson, kCsv, kTsv, kJsonLines, kMarkdown, kColumns };
+// Those from kCsv to kColumns are of flat tables: kColumns is a file of columns, by its extension.
+enum class OutputFormat { kText, kJson, kCsv, kTsv, kJsonLines, kMarkdown, kColumns, kHtml };
 enum class Color { kAuto, kAlways, kNever };
 
 // Which data, and what is said of them besides the file itself.
@@ -48,7 +48,7 @@ struct ResultOptions {
 };
 
 struct Options {
-  enum Action { kNone, kRun, kRank, kModel, kDescribe, kInspect, kScore, kMerge };
+  enum Action { kNone, kRun, kRank, kModel, kDescribe, kInspect, kScore, kMerge, kView };
   static constexpr double kAutoMemory = -1.0;
 
   Action fAction = kNone;
@@ -59,6 +59,7 @@ struct Options {
   std::string fCommandFile;                // -f, "-" for standard input
   std::string fSaveState;                  // run: empty for none; merge: the merged component
   std::string fResults;                    // run: directory of the result documents, empty for none
+  std::string fCharts;                     // run: directory of the charts' files, empty for none
   std::vector<std::string> fStates;        // inspect and score: one; merge: two or more
   bool fbAllowEqual = false;               // merge: states of the same counts are taken, too
   std::string fPredicted = "PredictedValue";            // score: name of the predicted value

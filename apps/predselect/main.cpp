@@ -19,6 +19,7 @@
 #include "apps/predselect/RunCommand.h"
 #include "apps/predselect/ScoreCommand.h"
 #include "apps/predselect/Terminal.h"
+#include "apps/predselect/ViewCommand.h"
 
 namespace {
 
@@ -41,6 +42,8 @@ int Act(const Options& options) {
       return ScoreData(options);
     case Options::kMerge:
       return MergeStates(options);
+    case Options::kView:
+      return ViewFile(options);
     case Options::kNone:
       WriteResults(options.fResult, options.fShown);
       return kCompleted;

@@ -38,6 +38,9 @@ struct OutputRun {
   std::vector<std::pair<std::string, std::vector<std::string>>> fMacros;
   std::vector<OutputVariable> fNewVariables;
   std::vector<std::string> fFiles;
+  // What a report shows of predictors and model besides the tables, as JSON text for its page;
+  // empty for none.
+  std::string fFindings;
 };
 
 // What has ended the work before it was done.
@@ -55,6 +58,7 @@ class OutputDocument : public IOutputSink {
   std::int64_t fNCases = 0;
   int fNVariables = 0;
   std::optional<OutputFailure> fFailure;
+  bool fbFindings = false;  // whether findings are wanted: a report will be made of the document
 
   // Opens the next run and makes it the current one. The reference holds until the next run.
   OutputRun& BeginRun(const std::string& command);
