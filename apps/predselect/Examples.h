@@ -48,7 +48,8 @@ constexpr const char* kScoreExamples = R"(Examples:
   predselect score --model model.bin new.csv --save-data predicted.csv
   predselect score --model model.bin new.csv --save-data keyed.csv \
     --only-new --id id
-  predselect score --model model.bin new.csv --save-data out.csv --drift drift.csv)";
+  predselect score --model model.bin new.csv --save-data out.csv \
+    --drift drift.csv)";
 
 constexpr const char* kRunExamples = R"(Examples:
   predselect run penguins.csv -c "SELECTPRED species"

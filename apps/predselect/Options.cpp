@@ -289,6 +289,13 @@ void AddTarget(CLI::App& command, Options& options, std::string& target,
                    "Show the command that this stands for instead of running it");
 }
 
+void AddDryRun(CLI::App& command, Options& options) {
+  InGroup(command, kWorkGroup);
+  command.add_flag("--dry-run", options.fbDryRun,
+                   "Say what would be read, used and written, and what is wrong with it; write "
+                   "nothing");
+}
+
 void AddProgress(CLI::App& command, ResultOptions& result) {
   InGroup(command, kWorkGroup);
   command.add_flag_callback(
@@ -320,6 +327,7 @@ CLI::App* AddRank(CLI::App& app, Options& options) {
   AddFlatFormat(*rank, options.fResult);
   AddResultOptions(*rank, options.fResult);
   AddProgress(*rank, options.fResult);
+  AddDryRun(*rank, options);
   rank->footer(kRankExamples)->group(kShortVerbs);
   return rank;
 }
@@ -379,6 +387,7 @@ CLI::App* AddModel(CLI::App& app, Options& options) {
   model->add_option("--pmml", options.fModel.fPmml, "Write the model as PMML")->type_name("FILE");
   AddThreads(*model, options.fThreads);
   AddProgress(*model, options.fResult);
+  AddDryRun(*model, options);
   model->footer(kModelExamples)->group(kShortVerbs);
   return model;
 }
@@ -414,6 +423,7 @@ CLI::App* AddScore(CLI::App& app, Options& options) {
   AddThreads(*score, options.fThreads);
   AddFormat(*score, options.fResult);
   AddResultOptions(*score, options.fResult);
+  AddDryRun(*score, options);
   score->footer(kScoreExamples)->group(kShortVerbs);
   return score;
 }
@@ -477,6 +487,7 @@ CLI::App* AddRun(CLI::App& app, Options& options) {
   AddMemory(*run, options.fMemory);
   AddThreads(*run, options.fThreads);
   AddProgress(*run, options.fResult);
+  AddDryRun(*run, options);
   run->footer(kRunExamples)->group(kLanguage);
   return run;
 }

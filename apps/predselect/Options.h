@@ -17,9 +17,9 @@ enum class Color { kAuto, kAlways, kNever };
 
 // Which data, and what is said of them besides the file itself.
 struct DataOptions {
-  std::string fFile;                     // a path, or "-" for CSV on standard input
-  std::string fSchema;                   // Table Schema document, empty for none
-  std::string fWeight;                   // name of the frequency weight variable, empty for none
+  std::string fFile;    // a path, or "-" for CSV on standard input
+  std::string fSchema;  // Table Schema document, empty for none
+  std::string fWeight;  // name of the frequency weight variable, empty for none
   // An option, empty for TARGET, and a column that it names.
   std::vector<std::pair<std::string, std::string>> fNames;
   std::vector<std::string> fLevels;      // "variable=nominal|ordinal|scale"
@@ -69,6 +69,7 @@ struct Options {
   int fThreads = 0;      // model, rank, run and score: 0 for as many as there are processors
   PredSelect::RankRequest fRank;
   PredSelect::ModelRequest fModel;
+  bool fbDryRun = false;       // run, rank, model and score: say what would be done
   bool fbShowCommand = false;  // rank and model: show the command instead of running it
   std::string fShown;          // for kNone: a text that was asked for, such as help
 };
