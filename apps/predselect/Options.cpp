@@ -297,6 +297,13 @@ void AddTarget(CLI::App& command, Options& options, std::string& target,
                    "Show the command that this stands for instead of running it");
 }
 
+void AddDryRun(CLI::App& command, Options& options) {
+  InGroup(command, kWorkGroup);
+  command.add_flag("--dry-run", options.fbDryRun,
+                   "Say what would be read, used and written, and what is wrong with it; write "
+                   "nothing");
+}
+
 void AddProgress(CLI::App& command, ResultOptions& result) {
   InGroup(command, kWorkGroup);
   command.add_flag_callback(
@@ -328,6 +335,7 @@ CLI::App* AddRank(CLI::App& app, Options& options) {
   AddFormat(*rank, options.fResult, "Ranking");
   AddResultOptions(*rank, options.fResult);
   AddProgress(*rank, options.fResult);
+  AddDryRun(*rank, options);
   rank->footer(kRankExamples)->group(kShortVerbs);
   return rank;
 }
@@ -381,6 +389,7 @@ CLI::App* AddModel(CLI::App& app, Options& options) {
   AddMemory(*model, " that train the model (default: auto)", options.fMemory);
   AddThreads(*model, options.fThreads);
   AddProgress(*model, options.fResult);
+  AddDryRun(*model, options);
   model->footer(kModelExamples)->group(kShortVerbs);
   return model;
 }
@@ -429,6 +438,7 @@ CLI::App* AddScore(CLI::App& app, Options& options) {
   AddThreads(*score, options.fThreads);
   AddFormat(*score, options.fResult, "Scoring (default), ScoringDrift");
   AddResultOptions(*score, options.fResult);
+  AddDryRun(*score, options);
   score->footer(kScoreExamples)->group(kShortVerbs);
   return score;
 }
@@ -509,6 +519,7 @@ CLI::App* AddRun(CLI::App& app, Options& options) {
             options.fMemory);
   AddThreads(*run, options.fThreads);
   AddProgress(*run, options.fResult);
+  AddDryRun(*run, options);
   run->footer(kRunExamples)->group(kLanguage);
   return run;
 }
@@ -622,6 +633,24 @@ std::string ShellText(const CommandLine& line) {
                              "\"" + line.fShell + "\" is none of bash, zsh, fish and man");
 }
 
+// The columns that options name. An empty name is that of an option which was not given.
+std::vector<std::pair<std::string, std::string>> NamesIn(const Options& options) {
+  std::vector<std::pair<std::string, std::string>> names = {
+      {"", options.fRank.fTarget},
+      {"", options.fModel.fTarget},
+      {"training-column", options.fModel.fTrainingColumn},
+      {"weight", options.fData.fWeight}};
+  for (const std::string& name : options.fRank.fExcept) names.emplace_back("except", name);
+  for (const std::string& name : options.fModel.fExcept) names.emplace_back("except", name);
+  for (const std::string& name : options.fSave.fKeys) names.emplace_back("id", name);
+  for (const std::string& level : options.fData.fLevels) {
+    const std::size_t equals = level.rfind('=');
+    if (equals != std::string::npos) names.emplace_back("level", level.substr(0, equals));
+  }
+  std::erase_if(names, [](const auto& name) { return name.second.empty(); });
+  return names;
+}
+
 // What depends on several options, and what is settled when all are known.
 void Complete(const CommandLine& line, Options& options) {
   for (const auto& [command, action] : line.fActions) {
@@ -640,6 +669,7 @@ void Complete(const CommandLine& line, Options& options) {
     throw CLI::RequiredError("-c or -f");
   }
   options.fData.fbSaved = options.fAction == Options::kScore || !options.fSave.fFile.empty();
+  options.fData.fNames = NamesIn(options);
   RefuseOneFileForTwo(options);
   if (line.fpHelp->parsed()) options.fShown = TextOn(line);
   if (line.fpCompletion->parsed()) options.fShown = ShellText(line);

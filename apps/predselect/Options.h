@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/data/FileFormat.h"
@@ -16,9 +17,11 @@ enum class Color { kAuto, kAlways, kNever };
 
 // Which data, and what is said of them besides the file itself.
 struct DataOptions {
-  std::string fFile;                     // a path, or "-" for CSV on standard input
-  std::string fSchema;                   // Table Schema document, empty for none
-  std::string fWeight;                   // name of the frequency weight variable, empty for none
+  std::string fFile;    // a path, or "-" for CSV on standard input
+  std::string fSchema;  // Table Schema document, empty for none
+  std::string fWeight;  // name of the frequency weight variable, empty for none
+  // An option, empty for TARGET, and a column that it names.
+  std::vector<std::pair<std::string, std::string>> fNames;
   std::vector<std::string> fLevels;      // "variable=nominal|ordinal|scale"
   std::vector<std::string> fNullTokens;  // further texts that mean null in CSV and TSV
   MCHost::ReadingOptions fReading;       // how the file is to be read
@@ -69,6 +72,7 @@ struct Options {
   PredSelect::DescribeRequest fDescribe;
   PredSelect::RankRequest fRank;
   PredSelect::ModelRequest fModel;
+  bool fbDryRun = false;       // run, rank, model and score: say what would be done
   bool fbShowCommand = false;  // rank and model: show the command instead of running it
   std::string fShown;          // for kNone: a text that was asked for, such as help
 };

@@ -7,6 +7,7 @@
 #include <exception>
 
 #include "apps/predselect/DescribeCommand.h"
+#include "apps/predselect/DryRun.h"
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/Failure.h"
 #include "apps/predselect/FileUses.h"
@@ -27,6 +28,7 @@ using namespace PredSelectApp;
 
 int Act(const Options& options) {
   if (options.fAction != Options::kNone) CheckOutputs(options);
+  if (options.fbDryRun) return DryRun(options);
   switch (options.fAction) {
     case Options::kRun:
       return RunCommands(options);
