@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <utility>
 
 #include "host/data/ReadingOptions.h"
@@ -48,9 +49,8 @@ PredSelect::TableOptions WishesOf(const predselect_table_options& given) {
     const predselect_variable_level& level = given.levels[i];
     options.fLevels.emplace_back(TextArgument(level.variable, "level"), LevelOf(level.level));
   }
-  if (given.n_missing > 0) Given(given.missing, "missing");
-  for (std::size_t i = 0; i < given.n_missing; ++i) {
-    options.fMissing.push_back(CodesOf(TextArgument(given.missing[i], "missing")));
+  for (const std::string& text : TextArguments(given.missing, given.n_missing, "missing")) {
+    options.fMissing.push_back(CodesOf(text));
   }
   options.fWeight = TextArgument(given.weight, "weight", "");
   return options;

@@ -163,9 +163,13 @@ typedef struct predselect_file_options {
   size_t struct_size;
   const char* const* nulls;  // further texts that are missing in delimited text
   size_t n_nulls;
+  // How the file is to be read, in the words of the program's options: "delimiter=;",
+  // "encoding=latin1", "no-header", "missing=income=-1". Of several, the last one holds.
+  const char* const* reading;
+  size_t n_reading;
 } predselect_file_options;
 
-// The table of a data file, as the program opens it: .csv, .tsv, .parquet, .arrow, .feather.
+// The table of a data file, or of all files of a folder or a pattern, as the program opens it.
 // PREDSELECT_KEEP_ASIDE keeps nothing in memory and reads the file again on every pass;
 // PREDSELECT_KEEP_BATCHES is PREDSELECT_MISUSE here. A schema also says how columns of text are
 // read. NULL options are those without a wish; without a name the path is the data's.

@@ -18,6 +18,9 @@ using MCHost::ScratchFolder;
 using MCTest::CHost;
 using MCTest::Held;
 using nlohmann::json;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
 
 constexpr char kCommands[] =
     "SELECTPRED species BY island sex WITH bill_length_mm body_mass_g year\n"
@@ -124,6 +127,32 @@ TEST(CJobs, ShortVerbsGiveTheProgramsDocumentsWhereverTheCellsAre) {
       EXPECT_EQ(host.Json(), ReadFile(folder.Path("model.json"))) << keep;
     }
   }
+}
+
+TEST(CJobs, AFileIsReadAsItIsSaidToBe) {
+  const ScratchFolder folder;
+  const std::string path = folder.Write("t.txt", "1,5;\xE9;2\n-9,0;x;?\n2,5;\xE9;3\n4,5;x;3\n");
+  const char* reading[] = {"input-format=csv", "delimiter=;",        "decimal=,",
+                           "no-header",        "encoding=latin1",    "missing=column3=?",
+                           "header",           "missing=column1=-9", "no-header"};
+  predselect_file_options file{};
+  file.struct_size = sizeof(file);
+  file.reading = reading;
+  file.n_reading = std::size(reading);
+  CHost host;
+  ASSERT_EQ(predselect_table_open_file(host.fSession, path.c_str(), &file, nullptr, &host.fTable),
+            PREDSELECT_OK)
+      << host.Error();
+  const char* notes = nullptr;
+  ASSERT_EQ(predselect_table_notes(host.fSession, host.fTable, &notes), PREDSELECT_OK);
+  EXPECT_STREQ(notes, "");
+  ASSERT_EQ(predselect_describe(host.fSession, host.fTable, &host.fResult), PREDSELECT_OK);
+  EXPECT_THAT(host.Json(), AllOf(HasSubstr("\"column3\""), HasSubstr("é")));
+  EXPECT_THAT(host.Json(), Not(HasSubstr("-9")));
+  reading[1] = "delimiter=ab";
+  EXPECT_EQ(predselect_table_open_file(host.fSession, path.c_str(), &file, nullptr, &host.fTable),
+            PREDSELECT_BAD_REQUEST);
+  EXPECT_THAT(host.Error(), HasSubstr("delimiter: \"ab\" is no single character"));
 }
 
 // A batch of one column of numbers that are the test's own.

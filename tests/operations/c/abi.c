@@ -46,6 +46,8 @@ SAME(PREDSELECT_KEEP_ASIDE, 2);
 PLACE(predselect_file_options, struct_size, 0);
 PLACE(predselect_file_options, nulls, 1);
 PLACE(predselect_file_options, n_nulls, 2);
+PLACE(predselect_file_options, reading, 3);
+PLACE(predselect_file_options, n_reading, 4);
 
 PLACE(predselect_run_options, struct_size, 0);
 PLACE(predselect_run_options, state_path, 1);
