@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "apps/predselect/ChartFiles.h"
 #include "apps/predselect/Options.h"
 #include "apps/predselect/UsageError.h"
 #include "host/arrow/DataFile.h"
@@ -69,6 +70,7 @@ void CheckOutputs(const Options& options) {
   if (!options.fModel.fPmml.empty()) MCHost::OutputFile::Check(options.fModel.fPmml);
   CheckTable("--save-data", options.fSave.fFile, options.fSave);
   CheckTable("--drift", options.fDrift, options.fSave);
+  CheckChartFiles(options.fCharts);
   PredSelect::CheckOutputs({.fStatePath = options.fSaveState, .fResultsFolder = options.fResults});
 }
 

@@ -1,11 +1,8 @@
 #include "operations/c/TableWishes.h"
 
 #include <cstdint>
-#include <optional>
-#include <string>
 #include <utility>
 
-#include "host/data/ReadingOptions.h"
 #include "operations/RequestError.h"
 #include "operations/c/Arguments.h"
 #include "operations/c/Guard.h"
@@ -28,14 +25,6 @@ KOVA_Variable::MeasurementLevel LevelOf(std::int32_t level) {
   }
 }
 
-MCHost::MissingCodes CodesOf(const std::string& text) {
-  std::optional<MCHost::MissingCodes> codes = MCHost::ParseMissingCodes(text);
-  if (!codes) {
-    throw PredSelect::RequestError("missing", "\"" + text + "\" is not variable=code,code.");
-  }
-  return *std::move(codes);
-}
-
 }  // namespace
 
 PredSelect::TableOptions WishesOf(const predselect_table_options& given) {
@@ -49,11 +38,21 @@ PredSelect::TableOptions WishesOf(const predselect_table_options& given) {
     const predselect_variable_level& level = given.levels[i];
     options.fLevels.emplace_back(TextArgument(level.variable, "level"), LevelOf(level.level));
   }
-  for (const std::string& text : TextArguments(given.missing, given.n_missing, "missing")) {
-    options.fMissing.push_back(CodesOf(text));
-  }
   options.fWeight = TextArgument(given.weight, "weight", "");
+  options.fMissing = ReadingOf(given).fMissing;
   return options;
+}
+
+MCHost::ReadingOptions ReadingOf(const predselect_table_options& given) {
+  MCHost::ReadingOptions reading;
+  if (given.n_reading > 0) Given(given.reading, "reading");
+  for (std::size_t i = 0; i < given.n_reading; ++i) {
+    const std::string name = TextArgument(given.reading[i].name, "reading");
+    const std::string word = TextArgument(given.reading[i].word, "reading", "");
+    const std::string wrong = MCHost::SetReadingOption(reading, name, word);
+    if (!wrong.empty()) throw PredSelect::RequestError(name, wrong);
+  }
+  return reading;
 }
 
 predselect_table* MakeTable(std::shared_ptr<MCHost::DataTable> table, std::string name,

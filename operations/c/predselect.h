@@ -118,6 +118,13 @@ typedef struct predselect_variable_level {
   int32_t level;  // a predselect_level
 } predselect_variable_level;
 
+// How data are to be read, as the program's option of that name has it: {"delimiter", ";"},
+// {"missing", "age=99,999"}, {"no-header", ""}. Keeps its size.
+typedef struct predselect_reading_option {
+  const char* name;
+  const char* word;  // NULL for an option that takes none
+} predselect_reading_option;
+
 // Where the cells of a table are while it is open. Results do not depend on it. Do not renumber.
 #define PREDSELECT_KEEP_CELLS ((size_t)0)  // in memory: 8 bytes a number, 4 bytes a text
 #define PREDSELECT_KEEP_BATCHES \
@@ -134,12 +141,9 @@ typedef struct predselect_table_options {
   const char* weight;  // the frequency weight variable; NULL for none
   const predselect_variable_level* levels;  // these overrule the schema, later ones earlier ones
   size_t n_levels;
-  size_t keep;  // PREDSELECT_KEEP_CELLS and so on
-  // User-missing values besides those of the schema: "variable=code,code", "*=code" for all
-  // variables. Numbers and ranges ("90..99") of numeric variables, texts of others; a comma in a
-  // code is doubled.
-  const char* const* missing;
-  size_t n_missing;
+  size_t keep;                               // PREDSELECT_KEEP_CELLS and so on
+  const predselect_reading_option* reading;  // of a stream only "missing" has an effect
+  size_t n_reading;
 } predselect_table_options;
 
 // Reads a stream of records to its end. Takes the stream over: it is released in every case, also
@@ -163,13 +167,9 @@ typedef struct predselect_file_options {
   size_t struct_size;
   const char* const* nulls;  // further texts that are missing in delimited text
   size_t n_nulls;
-  // How the file is to be read, in the words of the program's options: "delimiter=;",
-  // "encoding=latin1", "no-header", "missing=income=-1". Of several, the last one holds.
-  const char* const* reading;
-  size_t n_reading;
 } predselect_file_options;
 
-// The table of a data file, or of all files of a folder or a pattern, as the program opens it.
+// The table of a data file, as the program opens it: .csv, .tsv, .parquet, .arrow, .feather.
 // PREDSELECT_KEEP_ASIDE keeps nothing in memory and reads the file again on every pass;
 // PREDSELECT_KEEP_BATCHES is PREDSELECT_MISUSE here. A schema also says how columns of text are
 // read. NULL options are those without a wish; without a name the path is the data's.

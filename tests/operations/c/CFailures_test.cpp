@@ -112,9 +112,10 @@ TEST(CFailures, OfATableSayWhatWasWrongAndTakeTheStreamAllTheSame) {
   const predselect_variable_level unknown{"specis", PREDSELECT_NOMINAL};
   const predselect_variable_level text{"species", PREDSELECT_SCALE};
   const predselect_variable_level odd{"year", 7};
-  const char* noCode = "year";
-  const char* strange = "sx=1";
-  const char* ranges = "year=1..2,3..4";
+  const predselect_reading_option noOption{"delimeter", ";"};
+  const predselect_reading_option noCode{"missing", "year"};
+  const predselect_reading_option strange{"missing", "sx=1"};
+  const predselect_reading_option ranges{"missing", "year=1..2,3..4"};
   constexpr size_t kSize = sizeof(predselect_table_options);
   struct Newer {
     predselect_table_options known;
@@ -134,6 +135,9 @@ TEST(CFailures, OfATableSayWhatWasWrongAndTakeTheStreamAllTheSame) {
       {{kSize, nullptr, nullptr, nullptr, nullptr, 1, 0, nullptr, 0},
        PREDSELECT_MISUSE,
        "levels is NULL"},
+      {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 3, nullptr, 0},
+       PREDSELECT_MISUSE,
+       "keep is none of"},
       {{kSize, nullptr, nullptr, "sex", nullptr, 0, 0, nullptr, 0},
        PREDSELECT_BAD_REQUEST,
        "weight: \"sex\" holds texts; a weight must be a number."},
@@ -143,21 +147,21 @@ TEST(CFailures, OfATableSayWhatWasWrongAndTakeTheStreamAllTheSame) {
       {{kSize, "\xFF", nullptr, nullptr, nullptr, 0, 0, nullptr, 0},
        PREDSELECT_BAD_REQUEST,
        "name: the text is not UTF-8"},
-      {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 0, nullptr, 1},
-       PREDSELECT_MISUSE,
-       "missing is NULL"},
-      {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 3, nullptr, 0},
-       PREDSELECT_MISUSE,
-       "keep is none of"},
+      {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 0, &noOption, 1},
+       PREDSELECT_BAD_REQUEST,
+       "delimeter: "},
       {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 0, &noCode, 1},
        PREDSELECT_BAD_REQUEST,
-       "missing: \"year\" is not variable=code,code."},
+       "missing: \"year\""},
       {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 0, &strange, 1},
        PREDSELECT_BAD_REQUEST,
        "missing: the data have no variable \"sx\"; did you mean \"sex\"?"},
       {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 0, &ranges, 1},
        PREDSELECT_BAD_REQUEST,
        "missing: \"year\" can have one range of missing values only."},
+      {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 0, nullptr, 1},
+       PREDSELECT_MISUSE,
+       "reading is NULL"},
       {{0, nullptr, nullptr, nullptr, nullptr, 0, 0, nullptr, 0},
        PREDSELECT_MISUSE,
        "struct_size is not set"},
@@ -219,8 +223,9 @@ TEST(CFailures, OfAStreamAreDataErrorsInItsOwnWords) {
                             "data: the producer broke"};
   for (const size_t keep :
        {PREDSELECT_KEEP_CELLS, PREDSELECT_KEEP_BATCHES, PREDSELECT_KEEP_ASIDE}) {
-    const predselect_table_options options{
-        sizeof(options), nullptr, nullptr, nullptr, nullptr, 0, keep, nullptr, 0};
+    predselect_table_options options{};
+    options.struct_size = sizeof(options);
+    options.keep = keep;
     for (int breakAt = 0; breakAt < 3; ++breakAt) {
       ArrowArrayStream stream{};
       MCHost::WriteArrowStream(std::make_unique<BreakingBatches>(breakAt), &stream);
