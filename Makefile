@@ -56,6 +56,7 @@ bench-peers: build
 	python3 -m venv .venv-peers
 	.venv-peers/bin/python3 -m pip install --quiet -r scripts/requirements-peers.txt
 	.venv-peers/bin/python3 bench/peers.py build/release
+	.venv-peers/bin/python3 bench/sniffers.py
 
 compare: program
 	tests/apps/compare_programs.py $(OLD) build/release/bin/predselect

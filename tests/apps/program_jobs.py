@@ -270,6 +270,13 @@ def every_option():
     for width in ("20", "60", "200"):
         yield run(PENGUINS, f"SELECTPRED {MIXED} /PLOT SUMMARY.", env={"COLUMNS": width})
     yield run(table("tokens.csv", "--null", "-", "--null", "."), "SELECTPRED y WITH x.")
+    for options in (["--missing", "x=-,."], ["--missing", "*=a,2"], ["--missing", "gone=1"],
+                    ["--missing", "x"], ["--no-null-words"], ["--no-header"], ["--delimiter", ";"],
+                    ["--decimal", ","], ["--encoding", "latin1"], ["--encoding", "ebcdic"],
+                    ["--input-format", "tsv"], ["--quote", "none", "--thousands", "space"]):
+        yield run(table("tokens.csv", *options), "SELECTPRED y WITH x.")
+    for path in ("../in/to*.csv", "../in/{tokens,one}.csv", "../in/gone*.csv"):
+        yield run(["--data", path], "SELECTPRED y WITH x.")
     for name in ("notjson.json", "unknown.json", "wrong.json", "nowhere.json"):
         yield run(table("two.csv", "--schema", f"../in/{name}"), "SELECTPRED y WITH x.")
     cells = b"y,x,z\n" + 9 * b"a,1,u\nb,2,v\na,2,v\n"
