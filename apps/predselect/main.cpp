@@ -16,11 +16,13 @@
 #include "apps/predselect/MergeCommand.h"
 #include "apps/predselect/ModelVerb.h"
 #include "apps/predselect/Options.h"
+#include "apps/predselect/ProgramSurroundings.h"
 #include "apps/predselect/RankVerb.h"
 #include "apps/predselect/RunCommand.h"
 #include "apps/predselect/ScoreCommand.h"
 #include "apps/predselect/Terminal.h"
 #include "apps/predselect/UsageError.h"
+#include "host/arrow/ReadingThreads.h"
 #include "host/session/HostIOError.h"
 #include "operations/RequestError.h"
 
@@ -29,7 +31,10 @@ namespace {
 using namespace PredSelectApp;
 
 int Act(const Options& options) {
-  if (options.fAction != Options::kNone) CheckOutputs(options);
+  if (options.fAction != Options::kNone) {
+    CheckOutputs(options);
+    MCHost::SetReadingThreads(ThreadsOf(options));
+  }
   switch (options.fAction) {
     case Options::kRun:
       return RunCommands(options);

@@ -63,6 +63,8 @@ void MemoryTable::Load(ArrowStreamReader& reader, int firstColumn) {
   while (reader.NextBatch()) LoadBatch(reader, firstColumn);
   for (int i = 0; i < reader.ColumnCount(); ++i) {
     FitWidth(firstColumn + i);
+    At(firstColumn + i).fNumbers.Close();
+    At(firstColumn + i).fCodes.Close();
     At(firstColumn + i).fNote = reader.Column(i).Note();
   }
 }
