@@ -23,11 +23,14 @@ class LiveOutput : public MCHost::OutputDocument {
   LiveOutput(const ResultOptions& options, ProgressLine& progress, const std::string& source)
       : fOptions(options), fProgress(progress) {
     fDataSource = MCHost::WithoutPassword(source);
+    fbFindings = WantsFindings(options);
   }
 
   void AddMessage(MCHost::OutputMessage message) override;
 
  private:
+  static bool WantsFindings(const ResultOptions& options);
+
   const ResultOptions& fOptions;
   ProgressLine& fProgress;
 };

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <iterator>
 #include <numeric>
+#include <set>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -19,8 +20,11 @@
 #include "host/arrow/CsvSniffer.h"
 #include "host/arrow/CsvSource.h"
 #include "host/arrow/CsvWriter.h"
+#include "host/arrow/DataParts.h"
+#include "host/arrow/DatabaseAddress.h"
 #include "host/arrow/DatabaseSource.h"
 #include "host/arrow/IpcSource.h"
+#include "host/arrow/JoinedSource.h"
 #include "host/arrow/JsonSource.h"
 #include "host/arrow/ParquetSource.h"
 #include "host/arrow/SavedBatches.h"
@@ -106,6 +110,21 @@ const Extension& ExtensionOf(const std::string& path) {
                         "; known are " + KnownExtensions(kLastWritten));
 }
 
+constexpr std::string_view kPackings[] = {".gz", ".zst", ".bz2", ".xz", ".lz4"};
+
+// How files are called that can be read.
+std::vector<std::string> InputEndings() {
+  std::vector<std::string> endings;
+  for (const Extension& known : kExtensions) {
+    endings.emplace_back(known.fText);
+    for (const std::string_view packing : kPackings) {
+      if (known.fFormat == Format::kDelimited || known.fFormat == Format::kJson)
+        endings.push_back(known.fText + std::string(packing));
+    }
+  }
+  return endings;
+}
+
 // Of a file that is read, which may be packed or called anything where its format is said.
 const Extension& InputExtensionOf(const std::string& path, const DataFileOptions& options) {
   const std::string& said = options.fReading.fFormat;
@@ -115,7 +134,6 @@ const Extension& InputExtensionOf(const std::string& path, const DataFileOptions
                       "--input-format " + said + ": known are the formats of " + KnownExtensions());
   }
   if (path == kStandardInput) return kExtensions[0];
-  constexpr std::string_view kPackings[] = {".gz", ".zst", ".bz2", ".xz", ".lz4"};
   const std::string end = EndOf(path);
   const bool isPacked =
       std::find(std::begin(kPackings), std::end(kPackings), end) != std::end(kPackings);
@@ -203,13 +221,9 @@ std::unique_ptr<IArrowSource> OpenDatabase(const std::string& address,
   return std::make_unique<DatabaseSource>(request);
 }
 
-std::unique_ptr<IArrowSource> OpenSource(const std::string& path, const DataFileOptions& options,
-                                         CsvSource::Look look) {
+std::unique_ptr<IArrowSource> OpenOne(const std::string& path, const DataFileOptions& options,
+                                      CsvSource::Look look) {
   const ReadingOptions& said = options.fReading;
-  if (IsDatabaseAddress(path)) return OpenDatabase(path, options, look);
-  if (!said.fQuery.empty()) {
-    throw HostIOError(path, "", "a query needs a database, such as sqlite:FILE or duckdb:FILE");
-  }
   if (said.fFormat.empty() && IsSheetFile(path)) {
     return OpenSheet(path, path, said.fSheet, CellRulesOf(options));
   }
@@ -225,12 +239,32 @@ std::unique_ptr<IArrowSource> OpenSource(const std::string& path, const DataFile
   return OpenPipe(pipe.Get(), path, extension, options, look);
 }
 
+std::unique_ptr<IArrowSource> OpenSource(const std::string& path, const DataFileOptions& options,
+                                         CsvSource::Look look) {
+  if (IsDatabaseAddress(path)) return OpenDatabase(path, options, look);
+  if (!options.fReading.fQuery.empty()) {
+    throw HostIOError(path, "", "a query needs a database, such as sqlite:FILE or duckdb:FILE");
+  }
+  const std::vector<DataPart> parts = FindDataParts(path, InputEndings());
+  if (parts.empty()) return OpenOne(path, options, look);
+  const auto open = [options, look](const DataPart& part, const std::set<std::string>& texts) {
+    DataFileOptions own = options;
+    for (const std::string& text : texts) own.fTypes[text] = FieldType::kString;
+    return OpenOne(part.fPath, own, look);
+  };
+  return std::make_unique<JoinedSource>(path, parts, open);
+}
+
 // Whether the cells of a file are too many to be held without need.
 bool IsLarge(const std::string& path) {
   constexpr std::uintmax_t kLargeFile = std::uintmax_t{16} << 20;
-  std::error_code error;
-  const std::uintmax_t size = std::filesystem::file_size(path, error);
-  return !error && size >= kLargeFile;
+  std::uintmax_t size = 0;
+  for (const std::string& file : FilesOfData(path)) {
+    std::error_code error;
+    const std::uintmax_t own = std::filesystem::file_size(file, error);
+    if (!error) size += own;
+  }
+  return size >= kLargeFile;
 }
 
 // A text between other delimiters than commas and tabs keeps them, called .csv.
@@ -287,6 +321,22 @@ std::unique_ptr<DataTable> OpenDataFile(const std::string& path, const DataFileO
     throw HostIOError(path == kStandardInput ? kStandardInputName : path, error.Place(),
                       error.Reason());
   }
+}
+
+std::vector<std::string> FilesOfData(const std::string& path) {
+  try {
+    if (IsDatabaseAddress(path)) {
+      const DatabaseAddress address = ReadDatabaseAddress(path);
+      if (address.fpKind->fPlace != DatabaseKind::kServer) return {address.fPlace};
+      return {};
+    }
+    std::vector<std::string> files;
+    for (const DataPart& part : FindDataParts(path, InputEndings())) files.push_back(part.fPath);
+    if (!files.empty()) return files;
+  } catch (const HostIOError&) {
+    // Whoever opens it is told.
+  }
+  return {path};
 }
 
 void CheckDataFile(const std::string& path) {

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "operations/RequestError.h"
 #include "operations/c/Arguments.h"
 #include "operations/c/Guard.h"
 #include "operations/c/Handles.h"
@@ -38,7 +39,20 @@ PredSelect::TableOptions WishesOf(const predselect_table_options& given) {
     options.fLevels.emplace_back(TextArgument(level.variable, "level"), LevelOf(level.level));
   }
   options.fWeight = TextArgument(given.weight, "weight", "");
+  options.fMissing = ReadingOf(given).fMissing;
   return options;
+}
+
+MCHost::ReadingOptions ReadingOf(const predselect_table_options& given) {
+  MCHost::ReadingOptions reading;
+  if (given.n_reading > 0) Given(given.reading, "reading");
+  for (std::size_t i = 0; i < given.n_reading; ++i) {
+    const std::string name = TextArgument(given.reading[i].name, "reading");
+    const std::string word = TextArgument(given.reading[i].word, "reading", "");
+    const std::string wrong = MCHost::SetReadingOption(reading, name, word);
+    if (!wrong.empty()) throw PredSelect::RequestError(name, wrong);
+  }
+  return reading;
 }
 
 predselect_table* MakeTable(std::shared_ptr<MCHost::DataTable> table, std::string name,

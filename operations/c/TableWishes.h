@@ -5,6 +5,7 @@
 #include <string>
 
 #include "host/data/DataTable.h"
+#include "host/data/ReadingOptions.h"
 #include "operations/TableOptions.h"
 #include "operations/c/predselect.h"
 
@@ -12,6 +13,9 @@ namespace PredSelectC {
 
 // Throws Misuse, RequestError, MCHost::HostIOError for a schema that cannot be read.
 PredSelect::TableOptions WishesOf(const predselect_table_options& given);
+
+// Throws Misuse, RequestError for an option that there is not, or that does not take its word.
+MCHost::ReadingOptions ReadingOf(const predselect_table_options& given);
 
 // The handle of a table that was read; its wishes are put into its dictionary. Throws as
 // PredSelect::PrepareTable does.

@@ -118,6 +118,13 @@ typedef struct predselect_variable_level {
   int32_t level;  // a predselect_level
 } predselect_variable_level;
 
+// How data are to be read, as the program's option of that name has it: {"delimiter", ";"},
+// {"missing", "age=99,999"}, {"no-header", ""}. Keeps its size.
+typedef struct predselect_reading_option {
+  const char* name;
+  const char* word;  // NULL for an option that takes none
+} predselect_reading_option;
+
 // Where the cells of a table are while it is open. Results do not depend on it. Do not renumber.
 #define PREDSELECT_KEEP_CELLS ((size_t)0)  // in memory: 8 bytes a number, 4 bytes a text
 #define PREDSELECT_KEEP_BATCHES \
@@ -134,7 +141,9 @@ typedef struct predselect_table_options {
   const char* weight;  // the frequency weight variable; NULL for none
   const predselect_variable_level* levels;  // these overrule the schema, later ones earlier ones
   size_t n_levels;
-  size_t keep;  // PREDSELECT_KEEP_CELLS and so on
+  size_t keep;                               // PREDSELECT_KEEP_CELLS and so on
+  const predselect_reading_option* reading;  // of a stream only "missing" has an effect
+  size_t n_reading;
 } predselect_table_options;
 
 // Reads a stream of records to its end. Takes the stream over: it is released in every case, also

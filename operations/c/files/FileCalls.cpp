@@ -45,7 +45,8 @@ predselect_status predselect_table_open_file(predselect_session* session, const 
     predselect_table*& out = Given(table, "table");
     const predselect_table_options given = GivenOptions(table_options);
     const PredSelect::TableOptions wishes = WishesOf(given);
-    const MCHost::DataFileOptions options = FileOptionsOf(GivenOptions(file_options), wishes);
+    MCHost::DataFileOptions options = FileOptionsOf(GivenOptions(file_options), wishes);
+    options.fReading = ReadingOf(given);
     const std::string file = PathArgument(path, "path");
     std::unique_ptr<MCHost::DataTable> opened =
         MCHost::OpenDataFile(file, options, StorageOf(given.keep));

@@ -112,36 +112,63 @@ TEST(CFailures, OfATableSayWhatWasWrongAndTakeTheStreamAllTheSame) {
   const predselect_variable_level unknown{"specis", PREDSELECT_NOMINAL};
   const predselect_variable_level text{"species", PREDSELECT_SCALE};
   const predselect_variable_level odd{"year", 7};
+  const predselect_reading_option noOption{"delimeter", ";"};
+  const predselect_reading_option noCode{"missing", "year"};
+  const predselect_reading_option strange{"missing", "sx=1"};
+  const predselect_reading_option ranges{"missing", "year=1..2,3..4"};
   constexpr size_t kSize = sizeof(predselect_table_options);
   struct Newer {
     predselect_table_options known;
     const char* unknown;
   };
-  const Newer newer{{sizeof(Newer), nullptr, nullptr, nullptr, nullptr, 0, 0}, "x"};
+  const Newer newer{{sizeof(Newer), nullptr, nullptr, nullptr, nullptr, 0, 0, nullptr, 0}, "x"};
   const std::tuple<predselect_table_options, predselect_status, const char*> cases[] = {
-      {{kSize, nullptr, nullptr, nullptr, &unknown, 1, 0},
+      {{kSize, nullptr, nullptr, nullptr, &unknown, 1, 0, nullptr, 0},
        PREDSELECT_BAD_REQUEST,
        "level: the data have no variable \"specis\"; did you mean \"species\"?"},
-      {{kSize, nullptr, nullptr, nullptr, &text, 1, 0},
+      {{kSize, nullptr, nullptr, nullptr, &text, 1, 0, nullptr, 0},
        PREDSELECT_BAD_REQUEST,
        "level: \"species\" holds texts and cannot be scale."},
-      {{kSize, nullptr, nullptr, nullptr, &odd, 1, 0},
+      {{kSize, nullptr, nullptr, nullptr, &odd, 1, 0, nullptr, 0},
        PREDSELECT_MISUSE,
        "a level is none of PREDSELECT_NOMINAL, PREDSELECT_ORDINAL, PREDSELECT_SCALE"},
-      {{kSize, nullptr, nullptr, nullptr, nullptr, 1, 0}, PREDSELECT_MISUSE, "levels is NULL"},
-      {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 3}, PREDSELECT_MISUSE, "keep is none of"},
-      {{kSize, nullptr, nullptr, "sex", nullptr, 0, 0},
+      {{kSize, nullptr, nullptr, nullptr, nullptr, 1, 0, nullptr, 0},
+       PREDSELECT_MISUSE,
+       "levels is NULL"},
+      {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 3, nullptr, 0},
+       PREDSELECT_MISUSE,
+       "keep is none of"},
+      {{kSize, nullptr, nullptr, "sex", nullptr, 0, 0, nullptr, 0},
        PREDSELECT_BAD_REQUEST,
        "weight: \"sex\" holds texts; a weight must be a number."},
-      {{kSize, nullptr, "{\"fields\": 1}", nullptr, nullptr, 0, 0},
+      {{kSize, nullptr, "{\"fields\": 1}", nullptr, nullptr, 0, 0, nullptr, 0},
        PREDSELECT_DATA_ERROR,
        "the schema"},
-      {{kSize, "\xFF", nullptr, nullptr, nullptr, 0, 0},
+      {{kSize, "\xFF", nullptr, nullptr, nullptr, 0, 0, nullptr, 0},
        PREDSELECT_BAD_REQUEST,
        "name: the text is not UTF-8"},
-      {{0, nullptr, nullptr, nullptr, nullptr, 0, 0}, PREDSELECT_MISUSE, "struct_size is not set"},
-      {{12, "data", nullptr, nullptr, nullptr, 0, 0}, PREDSELECT_MISUSE, "struct_size is not set"},
-      {{SIZE_MAX - 7, nullptr, nullptr, nullptr, nullptr, 0, 0},
+      {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 0, &noOption, 1},
+       PREDSELECT_BAD_REQUEST,
+       "delimeter: "},
+      {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 0, &noCode, 1},
+       PREDSELECT_BAD_REQUEST,
+       "missing: \"year\""},
+      {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 0, &strange, 1},
+       PREDSELECT_BAD_REQUEST,
+       "missing: the data have no variable \"sx\"; did you mean \"sex\"?"},
+      {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 0, &ranges, 1},
+       PREDSELECT_BAD_REQUEST,
+       "missing: \"year\" can have one range of missing values only."},
+      {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 0, nullptr, 1},
+       PREDSELECT_MISUSE,
+       "reading is NULL"},
+      {{0, nullptr, nullptr, nullptr, nullptr, 0, 0, nullptr, 0},
+       PREDSELECT_MISUSE,
+       "struct_size is not set"},
+      {{12, "data", nullptr, nullptr, nullptr, 0, 0, nullptr, 0},
+       PREDSELECT_MISUSE,
+       "struct_size is not set"},
+      {{SIZE_MAX - 7, nullptr, nullptr, nullptr, nullptr, 0, 0, nullptr, 0},
        PREDSELECT_MISUSE,
        "struct_size is not set"},
       {newer.known, PREDSELECT_MISUSE,
@@ -159,8 +186,15 @@ TEST(CFailures, OfATableSayWhatWasWrongAndTakeTheStreamAllTheSame) {
     EXPECT_EQ(host.fTable, nullptr);
   }
   // A caller of the first version whose struct ended before the levels.
-  const predselect_table_options older{
-      offsetof(predselect_table_options, levels), nullptr, nullptr, nullptr, &odd, 1, 0};
+  const predselect_table_options older{offsetof(predselect_table_options, levels),
+                                       nullptr,
+                                       nullptr,
+                                       nullptr,
+                                       &odd,
+                                       1,
+                                       0,
+                                       nullptr,
+                                       0};
   ArrowArrayStream stream = MCTest::Penguins();
   EXPECT_EQ(predselect_table_open(host.fSession, &stream, &older, &host.fTable), PREDSELECT_OK);
 }
@@ -189,8 +223,9 @@ TEST(CFailures, OfAStreamAreDataErrorsInItsOwnWords) {
                             "data: the producer broke"};
   for (const size_t keep :
        {PREDSELECT_KEEP_CELLS, PREDSELECT_KEEP_BATCHES, PREDSELECT_KEEP_ASIDE}) {
-    const predselect_table_options options{sizeof(options), nullptr, nullptr, nullptr,
-                                           nullptr,         0,       keep};
+    predselect_table_options options{};
+    options.struct_size = sizeof(options);
+    options.keep = keep;
     for (int breakAt = 0; breakAt < 3; ++breakAt) {
       ArrowArrayStream stream{};
       MCHost::WriteArrowStream(std::make_unique<BreakingBatches>(breakAt), &stream);
@@ -370,8 +405,9 @@ TEST(CFailures, ACancelledJobEndsWithWhatItHadAndTheSessionGoesOn) {
 TEST(CFailures, AnotherThreadMayCancelAJob) {
   CHost host;
   const auto query = [](void* session) {
-    std::thread([&] { predselect_session_cancel(static_cast<predselect_session*>(session)); })
-        .join();
+    std::thread([&] {
+      predselect_session_cancel(static_cast<predselect_session*>(session));
+    }).join();
     return 0;
   };
   ASSERT_EQ(predselect_session_set_cancel(host.fSession, query, host.fSession), PREDSELECT_OK);

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <nlohmann/json.hpp>
 #include <thread>
 
@@ -25,6 +26,9 @@ constexpr char kCommands[] =
     "  /MACROVAR FACTORS=f COVARIATES=c.\n"
     "NAIVEBAYES species BY !f WITH !c /TRAININGSAMPLE PERCENT=70 /SAVE PREDVAL(p) PREDPROB(q).\n";
 
+constexpr predselect_reading_option kMissing[] = {{"missing", "body_mass_g=4000..4200,3750"},
+                                                  {"missing", "*=2008"}};
+
 constexpr predselect_variable_level kLevels[] = {{"year", PREDSELECT_NOMINAL},
                                                  {"year", PREDSELECT_SCALE}};
 
@@ -35,7 +39,9 @@ predselect_table_options PenguinOptions(const std::string& schema) {
           nullptr,
           kLevels,
           2,
-          PREDSELECT_KEEP_CELLS};
+          PREDSELECT_KEEP_CELLS,
+          kMissing,
+          2};
 }
 
 // What the program writes to `file` for a verb and its options, and what it ends with.
@@ -50,7 +56,8 @@ TEST(CJobs, GiveTheProgramsDocumentsAndPage) {
   const std::string commands = folder.Write("commands.txt", kCommands);
   const std::string state = folder.Path("model.bin");
   const std::string data = " --data " + MCTest::kPenguins + " --schema " + MCTest::kSchema +
-                           " --level year=nominal --level year=scale";
+                           " --level year=nominal --level year=scale --missing " +
+                           kMissing[0].word + " --missing '" + kMissing[1].word + "'";
 
   CHost host(PenguinOptions(schema));
   ASSERT_EQ(host.Run(kCommands, state), PREDSELECT_OK) << host.Error();
@@ -119,6 +126,27 @@ TEST(CJobs, ShortVerbsGiveTheProgramsDocumentsWhereverTheCellsAre) {
       EXPECT_EQ(host.Json(), ReadFile(folder.Path("model.json"))) << keep;
     }
   }
+}
+
+TEST(CJobs, ReadAFileAsTheCallerSaysItIsWritten) {
+  const ScratchFolder folder;
+  const std::string path = folder.Write("odd.csv", "a;1,5;99\nb;2,5;3\nc;4,5;99\n");
+  const predselect_reading_option reading[] = {
+      {"delimiter", ";"}, {"decimal", ","}, {"no-header", nullptr}, {"missing", "column3=99"}};
+  predselect_table_options options{};
+  options.struct_size = sizeof(options);
+  options.reading = reading;
+  options.n_reading = std::size(reading);
+  CHost host;
+  ASSERT_EQ(
+      predselect_table_open_file(host.fSession, path.c_str(), nullptr, &options, &host.fTable),
+      PREDSELECT_OK)
+      << host.Error();
+  ASSERT_EQ(predselect_describe(host.fSession, host.fTable, &host.fResult), PREDSELECT_OK);
+  const char* page = nullptr;
+  ASSERT_EQ(predselect_result_text(host.fSession, host.fResult, 0, &page), PREDSELECT_OK);
+  EXPECT_THAT(page, testing::ContainsRegex("column2 +│ number.*1\\.5.*4\\.5"));
+  EXPECT_THAT(page, testing::ContainsRegex("column3 +│ number[^\n]*│ +1 │ +0 │ +2 │"));
 }
 
 // A batch of one column of numbers that are the test's own.
