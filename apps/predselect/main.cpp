@@ -16,18 +16,23 @@
 #include "apps/predselect/MergeCommand.h"
 #include "apps/predselect/ModelVerb.h"
 #include "apps/predselect/Options.h"
+#include "apps/predselect/ProgramSurroundings.h"
 #include "apps/predselect/RankVerb.h"
 #include "apps/predselect/RunCommand.h"
 #include "apps/predselect/ScoreCommand.h"
 #include "apps/predselect/Terminal.h"
 #include "apps/predselect/ViewCommand.h"
+#include "host/arrow/ReadingThreads.h"
 
 namespace {
 
 using namespace PredSelectApp;
 
 int Act(const Options& options) {
-  if (options.fAction != Options::kNone) CheckOutputs(options);
+  if (options.fAction != Options::kNone) {
+    CheckOutputs(options);
+    MCHost::SetReadingThreads(ThreadsOf(options));
+  }
   if (options.fbDryRun) return DryRun(options);
   switch (options.fAction) {
     case Options::kRun:
