@@ -13,7 +13,7 @@ import numpy as np
 from . import _library as lib
 from ._charts import Chart, bars
 from ._import import capsule_of, read
-from .errors import category_of, warn
+from .errors import PredSelectWarning, category_of, warn
 
 
 class Columns:
@@ -165,10 +165,15 @@ class Result:
         )
         return (page.value or b"").decode()
 
+    _only_classes = False  # whether warnings without a class of their own are left to `messages`
+
     def _warn(self) -> None:
         for message in self.messages:
-            if message["severity"] == "warning":
-                warn(message["text"], category_of(message["key"]))
+            kind = category_of(message["key"])
+            if message["severity"] == "warning" and not (
+                self._only_classes and kind is PredSelectWarning
+            ):
+                warn(message["text"], kind)
 
     def __str__(self) -> str:
         return self.text()
@@ -211,6 +216,9 @@ class Result:
 class Ranking(Result):
     """How each column of the data goes with the target, the best first."""
 
+    # What its command says of a selection is not what was asked for.
+    _only_classes = True
+
     def _main(self) -> ResultTable:
         return self["Ranking"]
 
@@ -236,6 +244,18 @@ class Model(Result):
     """
 
     state: Any = None
+    _only_classes = True
+    _own_file = ""  # what the state went through, which is gone
+
+    def _leave_out(self, path: str) -> None:
+        """Says nothing of a file that only this package knew."""
+        self._own_file = path
+        for run in self.document["runs"]:
+            run["files"] = [file for file in run["files"] if file != path]
+
+    def text(self, width: int = 100) -> str:
+        lines = super().text(max(width, 60) if width else 0).splitlines()
+        return "\n".join(li for li in lines if not self._own_file or self._own_file not in li) + "\n"
 
     @property
     def predictors(self) -> list[str]:

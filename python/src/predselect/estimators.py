@@ -440,7 +440,7 @@ class SubsetNaiveBayes(_Mixed, _Pickled, ClassifierMixin, BaseEstimator):  # typ
     ----------
     selection : {"forward", "all"} or int, default="forward"
         How features come into the model: one after the other as long as the pseudo-BIC falls, all
-        of them, or exactly so many.
+        of them, or exactly so many besides the forced ones.
     max_features : int or None, default=None
         The most that forward selection looks at.
     force : sequence of str or int, default=()
@@ -616,10 +616,11 @@ class SubsetNaiveBayes(_Mixed, _Pickled, ClassifierMixin, BaseEstimator):  # typ
             if self.max_features is None or self.max_features >= n + n_forced:
                 return " /SUBSET MAXSIZE=AUTO(BESTSUBSET=PSEUDOBIC)"
             return f" /SUBSET MAXSIZE={max(self.max_features, n_forced + 1)}(BESTSUBSET=PSEUDOBIC)"
-        if isinstance(self.selection, (int, np.integer)) and self.selection > 0:
+        if isinstance(self.selection, (int, np.integer)) and self.selection > n_forced:
             return f" /SUBSET EXACTSIZE={self.selection}" if self.selection < n else (
                 " /SUBSET NOSELECTION")
-        raise ValueError(f'selection is {self.selection!r}; give "forward", "all" or a number')
+        raise ValueError(f'selection is {self.selection!r}; give "forward", "all", or a number '
+                         "above that of the forced features")
 
     def _forced(self, names: list[str]) -> list[str]:
         forced = [names[f] if isinstance(f, (int, np.integer)) else str(f) for f in self.force]
