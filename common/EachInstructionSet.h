@@ -1,6 +1,7 @@
 // Compiles loops once for every instruction set: includes the header that INSTRUCTION_SET_LOOPS
 // names in the namespaces Baseline, AVX2 and AVX512 (MCCommon::InstructionSet), in each with
-// kWide, how many doubles a vector holds, and its functions for these instructions. To be included
+// kWide, how many doubles a vector holds, and common/VectorOfSet.h, its functions for these
+// instructions. To be included
 // by one source, in a namespace without a name, which gives the loops out by OfInstructionSet.
 //
 // That header may call nothing that is not inline, and includes nothing: what it needs comes
@@ -10,6 +11,7 @@
 
 namespace Baseline {
 constexpr std::size_t kWide = 2;
+#include "common/VectorOfSet.h"
 #include INSTRUCTION_SET_LOOPS
 }  // namespace Baseline
 
@@ -23,6 +25,7 @@ constexpr std::size_t kWide = 2;
 #endif
 namespace AVX2 {
 constexpr std::size_t kWide = 4;
+#include "common/VectorOfSet.h"
 #include INSTRUCTION_SET_LOOPS
 }  // namespace AVX2
 #if defined(__clang__)
@@ -36,6 +39,7 @@ constexpr std::size_t kWide = 4;
 #endif
 namespace AVX512 {
 constexpr std::size_t kWide = 8;
+#include "common/VectorOfSet.h"
 #include INSTRUCTION_SET_LOOPS
 }  // namespace AVX512
 #if defined(__clang__)

@@ -16,6 +16,7 @@
 #include "host/session/Session.h"
 #include "host/session/SessionScope.h"
 #include "operations/DocumentParts.h"
+#include "operations/Findings.h"
 #include "operations/RequestError.h"
 
 namespace PredSelect {
@@ -50,6 +51,10 @@ class RunSession : public MCHost::Session {
     fDocument.CurrentRun().fFiles.push_back(path);
   }
   void ReportLostFile() override { fbFileLost = true; }
+  bool WantsFindings() const override { return fDocument.fbFindings; }
+  void TakeFindings(const PRSFindings& findings) override {
+    fDocument.CurrentRun().fFindings = FindingsText(findings, &Table());
+  }
   std::string StatePath() const override { return fbLast ? fRequest.fStatePath : ""; }
   std::string ResultsPrefix() const override {
     if (fRequest.fResultsFolder.empty()) return "";

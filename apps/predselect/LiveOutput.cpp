@@ -12,6 +12,10 @@
 
 namespace PredSelectApp {
 
+bool LiveOutput::WantsFindings(const ResultOptions& options) {
+  return options.fFormat == OutputFormat::kHtml;
+}
+
 void LiveOutput::AddMessage(MCHost::OutputMessage message) {
   const bool isShown = !fOptions.fbQuiet || message.fLevel >= MCHost::OutputMessage::kError;
   // What a run says that is being stopped is said by the program's last line.

@@ -1,6 +1,7 @@
 #include "apps/predselect/OpenTable.h"
 
 #include <cstdint>
+#include <cstdlib>
 #include <new>
 #include <string>
 #include <utility>
@@ -10,6 +11,7 @@
 #include "apps/predselect/ProgressLine.h"
 #include "apps/predselect/UsageError.h"
 #include "host/arrow/DataFile.h"
+#include "host/arrow/DatabaseAddress.h"
 #include "host/data/DataTable.h"
 #include "host/data/MeasurementLevels.h"
 #include "host/data/ReadingScope.h"
@@ -49,10 +51,20 @@ std::unique_ptr<DataTable> OpenFile(const DataOptions& options, const MCHost::Da
   try {
     return MCHost::OpenDataFile(options.fFile, said, StorageOf(options));
   } catch (const std::bad_alloc&) {
-    throw MCHost::HostIOError(options.fFile, "",
+    throw MCHost::HostIOError(MCHost::WithoutPassword(options.fFile), "",
                               std::string("there is not enough memory to read the data") +
                                   (options.fbStream ? "" : "; --stream does not keep them"));
   }
+}
+
+// Where drivers of databases are looked for besides the place that the user says.
+std::vector<std::string> DriverPlaces() {
+  std::vector<std::string> places;
+  for (const char* name : {"PREDSELECT_DRIVER", "VIRTUAL_ENV", "CONDA_PREFIX"}) {
+    const char* const place = std::getenv(name);
+    if (place != nullptr) places.emplace_back(place);
+  }
+  return places;
 }
 
 }  // namespace
@@ -63,6 +75,7 @@ std::unique_ptr<DataTable> OpenTable(const DataOptions& options, ProgressLine& p
   file.fNullTokens = options.fNullTokens;
   file.fbKeepOriginal = options.fbSaved;
   file.fReading = options.fReading;
+  file.fDriverPlaces = DriverPlaces();
   said.fMissing = options.fReading.fMissing;
   if (!options.fSchema.empty()) {
     said.fSchema = MCHost::TableSchema::Read(options.fSchema);

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "apps/predselect/ChartFiles.h"
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/FileUses.h"
 #include "apps/predselect/LiveOutput.h"
@@ -100,6 +101,7 @@ int RunCommands(const Options& options) {
   // Files first, whatever becomes of the reader of the results; and results whatever becomes of
   // the file.
   const int code = saved.WriteAfter(outcome);
+  WriteChartFiles(document, options.fCharts);
   WriteDocument(document, options.fResult);
   return code;
 }

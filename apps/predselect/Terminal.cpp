@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 
 #include "apps/predselect/Interrupt.h"
@@ -18,6 +19,7 @@
 #include "host/output/OutputDocument.h"
 #include "host/output/render/FlatRecords.h"
 #include "host/output/render/RenderJson.h"
+#include "host/output/report/RenderReport.h"
 #include "host/session/HostIOError.h"
 #include "host/session/OutputFile.h"
 #include "host/text/VisibleText.h"
@@ -60,6 +62,12 @@ const MCHost::OutputTable* FirstFlat(const MCHost::OutputDocument& document) {
     }
   }
   return nullptr;
+}
+
+// The file's own name says what a report is of; it stands on the page of whoever gets it.
+std::string HeadingOf(const MCHost::OutputDocument& document) {
+  const std::string name = std::filesystem::path(document.fDataSource).filename().string();
+  return name == "-" || name.empty() ? "Standard input" : name;
 }
 
 void WriteRecords(const MCHost::OutputTable& table, const ResultOptions& options) {
@@ -118,6 +126,8 @@ void WriteDocument(const MCHost::OutputDocument& document, const ResultOptions& 
     WriteResults(options, MCHost::RenderText(document, PageOptions(options, false)));
   } else if (options.fFormat == OutputFormat::kJson) {
     WriteResults(options, MCHost::RenderJson(document));
+  } else if (options.fFormat == OutputFormat::kHtml) {
+    WriteResults(options, MCHost::RenderReport(document, HeadingOf(document)));
   } else if (const MCHost::OutputTable* table = FirstFlat(document)) {
     WriteRecords(*table, options);
   }

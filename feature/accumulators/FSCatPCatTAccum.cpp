@@ -100,6 +100,15 @@ MCCommon::LeakTraits FSCatPCatTAccum::GetLeakTraits() const {
   return FSLeaks::OfPairs(fTargetCounts, fJointCounts, fState.GetCaseWeight());
 }
 
+FSProfile FSCatPCatTAccum::GetProfile() const {
+  FSProfile profile;
+  profile.fMissing = fState.GetMissingWeight();
+  for (const auto& [pair, weight] : fJointCounts) {
+    profile.fPairs.push_back({pair.first, pair.second, weight});
+  }
+  return profile;
+}
+
 void FSCatPCatTAccum::Display(std::ostream& out) const {
   FSDisplay::State(out, "FSCatPCatTAccum", fState);
   FSDisplay::Entries(out, "Predictor categories", fPredictorCounts);

@@ -120,6 +120,13 @@ FSEffect FSCatPContTAccum::ComputeEffect(MCFSCommon::RankCriteria) const {
   return effect;
 }
 
+FSProfile FSCatPContTAccum::GetProfile() const {
+  FSProfile profile;
+  profile.fMissing = fState.GetMissingWeight();
+  profile.fGroups = fSums.Groups();
+  return profile;
+}
+
 void FSCatPContTAccum::Display(std::ostream& out) const {
   FSDisplay::State(out, "FSCatPContTAccum", fState);
   FSDisplay::Value(out, "Target mean", fSums.GetScale().Back(fTargetMean));

@@ -94,6 +94,13 @@ FSEffect FSContPCatTAccum::ComputeEffect(MCFSCommon::RankCriteria) const {
   return effect;
 }
 
+FSProfile FSContPCatTAccum::GetProfile() const {
+  FSProfile profile;
+  profile.fMissing = fState.GetMissingWeight();
+  profile.fGroups = fSums.Groups();
+  return profile;
+}
+
 void FSContPCatTAccum::Display(std::ostream& out) const {
   FSDisplay::State(out, "FSContPCatTAccum", fState);
   FSDisplay::Value(out, "Mean", fSums.GetScale().Back(fMean));

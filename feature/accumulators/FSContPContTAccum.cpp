@@ -107,6 +107,20 @@ FSEffect FSContPContTAccum::ComputeEffect(MCFSCommon::RankCriteria) const {
   return effect;
 }
 
+FSProfile FSContPContTAccum::GetProfile() const {
+  const FSPairStats& moments = fSums.GetMoments();
+  const FSScale &x = fSums.GetScaleX(), &y = fSums.GetScaleY();
+  FSProfile profile;
+  profile.fMissing = fState.GetMissingWeight();
+  profile.fLine = {fState.GetValidWeight(),
+                   x.Back(moments.fMeanX.fValue),
+                   x.Back(std::sqrt(std::max(fPredictorVariance, 0.0))),
+                   y.Back(moments.fMeanY.fValue),
+                   y.Back(std::sqrt(std::max(fTargetVariance, 0.0))),
+                   fCorrelation};
+  return profile;
+}
+
 void FSContPContTAccum::Display(std::ostream& out) const {
   const FSPairStats& moments = fSums.GetMoments();
   const FSScale &x = fSums.GetScaleX(), &y = fSums.GetScaleY();

@@ -6,13 +6,13 @@
 #include <cstdint>
 #include <utility>
 
+#include "common/CountInTurn.h"
 #include "feature/accumulators/FSLoops.h"
 
 namespace {
 
 // Counters that fit into a small part of the nearest cache.
 constexpr std::size_t kMostCounters = 4096;
-constexpr std::size_t kTables = 4;
 
 }  // namespace
 
@@ -23,7 +23,8 @@ std::size_t FSCrossTable::AddBlock(const double* predictor, const FSCaseBlock& c
   if (!cases.fbUnitWeights || cells > std::min(kMostCounters, cases.fNCases)) {
     return AddWeights(predictor, cases);
   }
-  return AddUnits(predictor, cases, kTables * cells <= kMostCounters ? kTables : 1);
+  return AddUnits(predictor, cases,
+                  MCCommon::kTablesInTurn * cells <= kMostCounters ? MCCommon::kTablesInTurn : 1);
 }
 
 // Most predictors show nearly all their categories at once.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 
 #include "common/MissingValue.h"
 
@@ -58,4 +59,13 @@ void FSGroupSums::Coarsen(int by) {
 void FSGroupSums::Merge(const FSGroupSums& other, const FSRecode& recode) {
   if (const int by = fScale.FitFor(other.fScale); by != 0) Coarsen(by);
   fMoments.Merge(other.fMoments, recode, fScale.GetExponent() - other.fScale.GetExponent());
+}
+
+std::vector<FSProfile::Group> FSGroupSums::Groups() const {
+  std::vector<FSProfile::Group> groups;
+  for (const auto& [category, group] : fMoments) {
+    groups.push_back({category, group.fWeight, fScale.Back(group.fMean.fValue),
+                      fScale.Back(std::sqrt(group.fVariance))});
+  }
+  return groups;
 }

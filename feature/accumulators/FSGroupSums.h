@@ -13,6 +13,7 @@
 #include "feature/accumulators/FSOpenGroup.h"
 #include "feature/accumulators/FSRun.h"
 #include "feature/accumulators/FSScale.h"
+#include "feature/statistics/FSProfile.h"
 
 class FSGroupSums {
  public:
@@ -55,6 +56,8 @@ class FSGroupSums {
   // REQUIRES: settled.
   const FSMapIStat& GetMoments() const { return fMoments; }
   const FSScale& GetScale() const { return fScale; }
+  // The groups in units of the values. REQUIRES: variances are computed.
+  std::vector<FSProfile::Group> Groups() const;
 
   template <class Archive, class Self>
   static void MomentFields(Archive& archive, Self& self);

@@ -3,7 +3,6 @@
 // The sums are written as vectors of kWide lanes (a vector type of GCC and Clang): of plain loops
 // over eight lanes GCC keeps three sums in memory, at half the speed.
 
-using Part = double __attribute__((vector_size(8 * kWide)));
 constexpr std::size_t kParts = FSLanes::kCount / kWide;
 
 // Eight lanes.
@@ -13,24 +12,6 @@ struct Lanes {
   explicit Lanes(FSLanes& from) { std::memcpy(fParts, from.Data(), sizeof fParts); }
   void Store(FSLanes& to) const { std::memcpy(to.Data(), fParts, sizeof fParts); }
 };
-
-inline Part Load(const double* from) {
-  Part part;
-  std::memcpy(&part, from, sizeof part);
-  return part;
-}
-
-template <class Vector>
-inline Vector Gather(const double* from, const FSPlace* at) {
-  if constexpr (sizeof(Vector) == 16) {
-    return Vector{from[at[0]], from[at[1]]};
-  } else if constexpr (sizeof(Vector) == 32) {
-    return Vector{from[at[0]], from[at[1]], from[at[2]], from[at[3]]};
-  } else {
-    return Vector{from[at[0]], from[at[1]], from[at[2]], from[at[3]],
-                  from[at[4]], from[at[5]], from[at[6]], from[at[7]]};
-  }
-}
 
 template <bool kOrdered>
 inline Part Take(const double* from, const FSPlace* order, std::size_t k) {
@@ -127,31 +108,21 @@ inline bool TakeCategories(const double* values, std::size_t n, std::int32_t* ca
   return others >= 0;
 }
 
-// First the places of a batch, which takes vectors, then the counting, which takes turns so that no
-// addition waits for the one before.
+// First the places of a batch, which takes vectors, then the counting.
 inline void CountPairs(const double* predictor, const std::int32_t* targets, std::size_t n,
-                       int rows, int shift, std::size_t tables, std::size_t counters,
+                       int rows, int shift, std::size_t tables, std::size_t cells,
                        std::uint32_t* counts) {
   constexpr std::size_t kBatch = 256;
   std::int32_t places[kBatch];
   const double end = rows;
   for (std::size_t from = 0; from < n; from += kBatch) {
-    const std::size_t batch = std::min(kBatch, n - from);
+    const std::size_t batch = n - from < kBatch ? n - from : kBatch;
     for (std::size_t i = 0; i < batch; ++i) {
       const double value = predictor[from + i];
       const double row = value > -1.0 && value < end ? value : end;
       places[i] = (static_cast<std::int32_t>(row) << shift) + targets[from + i];
     }
-    std::size_t i = 0;
-    if (tables == 4) {
-      for (; i + 4 <= batch; i += 4) {
-        ++counts[places[i]];
-        ++counts[counters + places[i + 1]];
-        ++counts[2 * counters + places[i + 2]];
-        ++counts[3 * counters + places[i + 3]];
-      }
-    }
-    for (; i < batch; ++i) ++counts[places[i]];
+    MCCommon::CountInTurn(places, batch, tables, cells, counts);
   }
 }
 

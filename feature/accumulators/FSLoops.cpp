@@ -1,8 +1,8 @@
 #include "feature/accumulators/FSLoops.h"
 
-#include <algorithm>
 #include <cstring>
 
+#include "common/CountInTurn.h"
 #include "common/InstructionSet.h"
 #include "feature/accumulators/FSCaseBlock.h"
 

@@ -24,11 +24,11 @@ struct FSLoops {
   // beyond the range of an int.
   bool (*fTakeCategories)(const double* values, std::size_t n, std::int32_t* categories);
 
-  // Counts pairs of predictor[i], truncated, and targets[i] in row << shift + target, in each of
-  // `tables` tables of so many counters in turn. Values that are not in 0 .. rows - 1 when
+  // Counts pairs of predictor[i], truncated, and targets[i] in cell row << shift + target of one of
+  // `tables` tables in turn (MCCommon::CountInTurn). Values that are not in 0 .. rows - 1 when
   // truncated are counted in row `rows`.
   void (*fCountPairs)(const double* predictor, const std::int32_t* targets, std::size_t n, int rows,
-                      int shift, std::size_t tables, std::size_t counters, std::uint32_t* counts);
+                      int shift, std::size_t tables, std::size_t cells, std::uint32_t* counts);
 
   // For the instructions in use.
   static const FSLoops& InUse();

@@ -7,7 +7,6 @@
 #include "host/arrow/CsvKinds.h"
 #include "host/arrow/CsvNumbers.h"
 #include "host/arrow/CsvSample.h"
-#include "host/data/NullWords.h"
 
 namespace MCHost {
 
@@ -31,8 +30,6 @@ bool HasDigit(const std::string& text) {
   return text.find_first_of("0123456789") != std::string::npos;
 }
 
-bool IsNothing(const std::string& text) { return text.empty() || IsNullWord(text); }
-
 // What the rows below the first have in a column.
 struct Below {
   bool fbTyped = true;
@@ -43,7 +40,7 @@ struct Below {
 Below LookBelow(const std::vector<Row>& rows, std::size_t column) {
   Below below;
   for (std::size_t i = 1; i < rows.size(); ++i) {
-    if (column >= rows[i].size() || IsNothing(rows[i][column])) continue;
+    if (column >= rows[i].size() || rows[i][column].empty()) continue;
     below.fbEmpty = false;
     below.fbTyped &= IsTypedCell(rows[i][column]);
     below.fbRepeatsFirst |= rows[i][column] == rows[0][column];
@@ -76,7 +73,7 @@ bool IsHardlyNames(const Row& row) {
 }  // namespace
 
 bool IsTypedCell(const std::string& text) {
-  return IsNothing(text) || CsvKindsOf(text) != kCsvText || IsNumber(text);
+  return text.empty() || CsvKindsOf(text) != kCsvText || IsNumber(text);
 }
 
 CsvHeader HeaderOf(const CsvSample& sample) {
@@ -89,7 +86,7 @@ CsvHeader HeaderOf(const CsvSample& sample) {
     const Below below = LookBelow(rows, j);
     const bool isTyped = IsTypedCell(first[j]);
     if (below.fbTyped && !below.fbEmpty && !isTyped) return CsvHeader::kNames;
-    isAnyTyped |= below.fbTyped && !below.fbEmpty && !IsNothing(first[j]);
+    isAnyTyped |= below.fbTyped && !below.fbEmpty && !first[j].empty();
     isRepeated |= !isTyped && below.fbRepeatsFirst;
   }
   if (!isAnyTyped) return CsvHeader::kNames;

@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "host/arrow/DeclaredKinds.h"
 #include "host/session/HostIOError.h"
 
 namespace MCHost {
@@ -12,8 +13,6 @@ namespace {
 
 // A text longer than this is text, and its end need not be kept.
 constexpr std::size_t kLongText = 1024;
-// So many bytes of a text are shown in a message.
-constexpr std::size_t kShownText = 60;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 // What mends it, behind what is wrong.
@@ -22,36 +21,6 @@ constexpr char kNotUtf8[] =
     "the text is not valid UTF-8; --encoding latin1 reads Latin-1 and Windows-1252";
 constexpr char kZeroByte[] =
     "a zero byte is not text; --encoding utf-16le or utf-16be reads UTF-16 without a mark";
-
-struct Declaration {
-  FieldType fType;
-  unsigned fKinds;    // the kinds that a value may have
-  const char* fName;  // "is not a ..."
-};
-
-constexpr Declaration kDeclarations[] = {
-    {FieldType::kAny, kCsvAll, ""},
-    {FieldType::kString, kCsvText, "string"},
-    {FieldType::kNumber, kCsvNumber | kCsvSpelling, "number"},
-    {FieldType::kInteger, kCsvNumber | kCsvSpelling, "whole number"},
-    {FieldType::kBoolean, kCsvBoolean | kCsvSpelling, "true or false value"},
-    {FieldType::kDate, kCsvDate | kCsvSpelling, "date (such as 2024-02-29)"},
-    {FieldType::kDateTime, kCsvDateTime | kCsvZonedTime | kCsvSpelling, "date and time"},
-    {FieldType::kTime, kCsvTime | kCsvSpelling, "time (such as 12:30:00)"},
-};
-
-const Declaration& DeclarationOf(FieldType type) {
-  return *std::find_if(std::begin(kDeclarations), std::end(kDeclarations),
-                       [type](const Declaration& one) { return one.fType == type; });
-}
-
-// The text in quotes, cut between two characters when it is long.
-std::string Quoted(std::string_view text) {
-  if (text.size() <= kShownText) return "\"" + std::string(text) + "\"";
-  std::size_t end = kShownText;
-  while ((text[end] & 0xC0) == 0x80) --end;
-  return "\"" + std::string(text.substr(0, end)) + "...\"";
-}
 
 std::string Count(std::size_t n, const char* noun) {
   return std::to_string(n) + " " + noun + (n == 1 ? "" : "s");
@@ -286,7 +255,7 @@ void CsvInspector::AddColumn(std::string name) {
   if (nulls != fpRules->fColumnNulls.end()) column.fNulls = nulls->second;
   const auto declared = fpRules->fTypes.find(column.fName);
   if (declared != fpRules->fTypes.end()) column.fDeclared = declared->second;
-  column.fKinds = DeclarationOf(column.fDeclared).fKinds;
+  column.fKinds = DeclaredKinds(column.fDeclared);
   fColumns.push_back(std::move(column));
 }
 
@@ -311,8 +280,7 @@ void CsvInspector::Observe(CsvColumn& column, std::string_view text) {
   if (column.IsNumber() && CsvLosesDigits(text)) column.fbDigitsLost = true;
   column.fbGrouped |= isGrouped;
   if (column.fKinds != kCsvText || declared == FieldType::kAny) return;
-  Fail(fFieldMark, Quoted(asWritten) + " is not a " + DeclarationOf(declared).fName +
-                       ", as column \"" + column.fName + "\" is declared");
+  Fail(fFieldMark, NotAsDeclared(asWritten, declared, column.fName));
 }
 
 // The kinds of a text; one that is a number becomes what it is without marks.

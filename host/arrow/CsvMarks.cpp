@@ -5,7 +5,6 @@
 
 #include "host/arrow/CsvKinds.h"
 #include "host/arrow/CsvSample.h"
-#include "host/data/NullWords.h"
 
 namespace MCHost {
 
@@ -35,7 +34,7 @@ Reading ReadColumn(const CsvSample& sample, std::size_t firstRow, std::size_t co
   bool isGrouped = false;
   for (std::size_t i = firstRow; i < sample.Rows().size(); ++i) {
     const auto& row = sample.Rows()[i];
-    if (column >= row.size() || row[column].empty() || IsNullWord(row[column])) continue;
+    if (column >= row.size() || row[column].empty()) continue;
     if (row[column].size() > kCsvLongestOther) return {};
     const auto number = PlainNumberOf(row[column], marks);
     if (!number || (CsvKindsOf(number->fText) & kCsvNumber) == 0) return {};

@@ -61,6 +61,18 @@ std::size_t CsvSample::TakeQuoted(std::string_view text, std::size_t at, std::st
   }
 }
 
+void CsvSample::Empty(const std::vector<std::string>& texts) {
+  for (std::size_t j = 0; j < Width(); ++j) Empty(texts, j);
+}
+
+void CsvSample::Empty(const std::vector<std::string>& texts, std::size_t column) {
+  for (std::size_t i = 1; i < fRows.size(); ++i) {
+    if (column >= fRows[i].size()) continue;
+    std::string& cell = fRows[i][column];
+    if (std::find(texts.begin(), texts.end(), cell) != texts.end()) cell.clear();
+  }
+}
+
 bool CsvSample::IsTable() const {
   return Width() >= 2 && fbSound && fnOdd * kOddOfRows < fRows.size();
 }

@@ -18,6 +18,10 @@ class CsvSample {
   char Delimiter() const { return fDelimiter; }
   char Quote() const { return fQuote; }
 
+  // Empties the cells below the first row that hold one of these texts, in one column or in all.
+  void Empty(const std::vector<std::string>& texts);
+  void Empty(const std::vector<std::string>& texts, std::size_t column);
+
   // Whether (nearly) all rows have as many fields as the first, two at least, and quotes close.
   bool IsTable() const;
   bool IsExact() const { return IsTable() && fnOdd == 0; }

@@ -87,7 +87,8 @@ class Sniffer {
     if (!fbWhole && std::count_if(fText.begin(), fText.end(), isEnd) < kFewLines) {
       ReadStart(kMostSampleBytes);
     }
-    const CsvSample sample = FindLayout();
+    CsvSample sample = FindLayout();
+    EmptyNulls(sample);
     fRules.fDelimiter = sample.Delimiter();
     fRules.fQuote = sample.Quote();
     const CsvHeader header = HeaderOf(sample);
@@ -101,7 +102,8 @@ class Sniffer {
   void CheckSaid() const;
   void ReadStart(std::size_t size);
   TextEncoding EncodingOf(std::string_view start) const;
-  CsvSample Try(char delimiter, char quote) const { return {fText, fbWhole, delimiter, quote}; }
+  CsvSample Try(char delimiter, char quote) const;
+  void EmptyNulls(CsvSample& sample) const;
   CsvSample FindLayout() const;
   CsvSample FindDelimiter(char quote) const;
   void AddNotes(const std::vector<std::string>& names, CsvHeader header, const CsvMarks& marks);
@@ -151,6 +153,22 @@ bool IsTypedBelow(const CsvSample& sample) {
     if (!std::all_of(row.begin(), row.end(), IsTypedCell)) return false;
   }
   return true;
+}
+
+CsvSample Sniffer::Try(char delimiter, char quote) const {
+  CsvSample sample(fText, fbWhole, delimiter, quote);
+  sample.Empty(fRules.fNullTokens);
+  return sample;
+}
+
+// The texts that stand for no value in one column.
+void Sniffer::EmptyNulls(CsvSample& sample) const {
+  for (std::size_t j = 0; j < sample.Width(); ++j) {
+    for (const std::string& name : {sample.Rows()[0][j], "column" + std::to_string(j + 1)}) {
+      const auto nulls = fRules.fColumnNulls.find(name);
+      if (nulls != fRules.fColumnNulls.end()) sample.Empty(nulls->second, j);
+    }
+  }
 }
 
 // What the name promises, where it makes a table, unless another delimiter makes one whose cells

@@ -20,20 +20,6 @@ namespace {
 
 constexpr std::int64_t kPieceBytes = std::int64_t{1} << 20;
 
-// The type that the file's reader is told for a column. The order settles what a column is whose
-// values fit several kinds.
-std::shared_ptr<arrow::DataType> TypeOf(const CsvColumn& column) {
-  const unsigned kinds = column.fKinds;
-  if (kinds == kCsvText) return arrow::utf8();
-  if (kinds == kCsvAll) return arrow::null();
-  if (kinds & kCsvNumber) return arrow::float64();
-  if (kinds & kCsvBoolean) return arrow::boolean();
-  if (kinds & kCsvDate) return arrow::date32();
-  if (kinds & kCsvDateTime) return arrow::timestamp(arrow::TimeUnit::MICRO);
-  if (kinds & kCsvZonedTime) return arrow::timestamp(arrow::TimeUnit::MICRO, "UTC");
-  return arrow::time64(arrow::TimeUnit::MICRO);
-}
-
 bool IsPlainText(const CsvColumn& column) { return column.fKinds == kCsvText; }
 
 // What somebody may want to mend.
@@ -110,7 +96,7 @@ bool CsvSource::LookAgain() {
 
 void CsvSource::Open(const std::vector<int>* columns, ArrowArrayStream* stream) {
   Types types;
-  for (const CsvColumn& column : fInspector.Columns()) types.push_back(TypeOf(column));
+  for (const CsvColumn& column : fInspector.Columns()) types.push_back(CsvTypeOf(column.fKinds));
   OpenAs(types, columns, stream);
 }
 
@@ -126,7 +112,7 @@ void CsvSource::OpenOriginal(const std::vector<int>* columns, ArrowArrayStream* 
     } else if (column.fKinds & kCsvWhole) {
       types.push_back(arrow::int64());
     } else {
-      types.push_back(DigitsOf(j) == Digits::kLost ? arrow::utf8() : TypeOf(column));
+      types.push_back(DigitsOf(j) == Digits::kLost ? arrow::utf8() : CsvTypeOf(column.fKinds));
     }
   }
   OpenAs(types, columns, stream);

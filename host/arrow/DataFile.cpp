@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <iterator>
 #include <numeric>
+#include <set>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -19,9 +20,15 @@
 #include "host/arrow/CsvSniffer.h"
 #include "host/arrow/CsvSource.h"
 #include "host/arrow/CsvWriter.h"
+#include "host/arrow/DataParts.h"
+#include "host/arrow/DatabaseAddress.h"
+#include "host/arrow/DatabaseSource.h"
 #include "host/arrow/IpcSource.h"
+#include "host/arrow/JoinedSource.h"
+#include "host/arrow/JsonSource.h"
 #include "host/arrow/ParquetSource.h"
 #include "host/arrow/SavedBatches.h"
+#include "host/arrow/SheetSource.h"
 #include "host/arrow/SpooledInput.h"
 #include "host/arrow/TextBytes.h"
 #include "host/data/MemoryTable.h"
@@ -54,7 +61,10 @@ class Descriptor {
   int fDescriptor;
 };
 
-enum class Format { kDelimited, kParquet, kIpc };
+enum class Format { kDelimited, kParquet, kIpc, kJson, kSheets };
+
+// Formats behind it are only read.
+constexpr Format kLastWritten = Format::kIpc;
 
 struct Extension {
   const char* fText;
@@ -62,11 +72,12 @@ struct Extension {
   char fDelimiter;
 };
 
-constexpr Extension kExtensions[] = {{".csv", Format::kDelimited, ','},
-                                     {".tsv", Format::kDelimited, '\t'},
-                                     {".parquet", Format::kParquet, 0},
-                                     {".arrow", Format::kIpc, 0},
-                                     {".feather", Format::kIpc, 0}};
+constexpr Extension kExtensions[] = {
+    {".csv", Format::kDelimited, ','}, {".tsv", Format::kDelimited, '\t'},
+    {".parquet", Format::kParquet, 0}, {".arrow", Format::kIpc, 0},
+    {".feather", Format::kIpc, 0},     {".jsonl", Format::kJson, 0},
+    {".ndjson", Format::kJson, 0},     {".json", Format::kJson, 0},
+    {".xlsx", Format::kSheets, 0},     {".ods", Format::kSheets, 0}};
 
 std::string EndOf(const std::string& path) {
   std::string end = path.substr(std::min(path.rfind('.'), path.size()));
@@ -80,9 +91,10 @@ const Extension* FindExtension(const std::string& end) {
   return found == std::end(kExtensions) ? nullptr : found;
 }
 
-std::string KnownExtensions() {
+std::string KnownExtensions(Format last = Format::kSheets) {
   std::string known;
   for (const Extension& one : kExtensions) {
+    if (one.fFormat > last) break;
     known += (known.empty() ? "" : ", ") + std::string(one.fText);
   }
   return known;
@@ -90,9 +102,27 @@ std::string KnownExtensions() {
 
 // Of a file that is written.
 const Extension& ExtensionOf(const std::string& path) {
-  if (const Extension* known = FindExtension(EndOf(path))) return *known;
+  const Extension* const known = FindExtension(EndOf(path));
+  if (known != nullptr && known->fFormat <= kLastWritten) return *known;
   throw HostIOError(path, "",
-                    "the extension does not tell a data format; known are " + KnownExtensions());
+                    std::string(known != nullptr ? "tables are not written in this format"
+                                                 : "the extension does not tell a data format") +
+                        "; known are " + KnownExtensions(kLastWritten));
+}
+
+constexpr std::string_view kPackings[] = {".gz", ".zst", ".bz2", ".xz", ".lz4"};
+
+// How files are called that can be read.
+std::vector<std::string> InputEndings() {
+  std::vector<std::string> endings;
+  for (const Extension& known : kExtensions) {
+    endings.emplace_back(known.fText);
+    for (const std::string_view packing : kPackings) {
+      if (known.fFormat == Format::kDelimited || known.fFormat == Format::kJson)
+        endings.push_back(known.fText + std::string(packing));
+    }
+  }
+  return endings;
 }
 
 // Of a file that is read, which may be packed or called anything where its format is said.
@@ -104,7 +134,6 @@ const Extension& InputExtensionOf(const std::string& path, const DataFileOptions
                       "--input-format " + said + ": known are the formats of " + KnownExtensions());
   }
   if (path == kStandardInput) return kExtensions[0];
-  constexpr std::string_view kPackings[] = {".gz", ".zst", ".bz2", ".xz", ".lz4"};
   const std::string end = EndOf(path);
   const bool isPacked =
       std::find(std::begin(kPackings), std::end(kPackings), end) != std::end(kPackings);
@@ -133,6 +162,17 @@ CsvRules RulesOf(const DataFileOptions& options, char delimiter) {
   return rules;
 }
 
+// The same for cells that say themselves what they are.
+CellRules CellRulesOf(const DataFileOptions& options) {
+  CsvRules rules = RulesOf(options, ',');
+  return {std::move(rules.fNullTokens), std::move(rules.fTypes), std::move(rules.fColumnNulls)};
+}
+
+std::unique_ptr<IArrowSource> OpenJson(TextBytes bytes, const DataFileOptions& options) {
+  bytes.SetEncoding(options.fReading.fEncoding.value_or(bytes.Encoding()));
+  return OpenJsonSource(bytes, CellRulesOf(options));
+}
+
 std::unique_ptr<IArrowSource> OpenText(TextBytes bytes, const DataFileOptions& options,
                                        char delimiter, CsvSource::Look look) {
   CsvRules rules = RulesOf(options, delimiter);
@@ -149,6 +189,10 @@ std::unique_ptr<IArrowSource> OpenPath(const std::string& path, const std::strin
       return std::make_unique<ParquetSource>(path);
     case Format::kIpc:
       return std::make_unique<IpcSource>(path);
+    case Format::kJson:
+      return OpenJson(TextBytes(path, name), options);
+    case Format::kSheets:
+      return OpenSheet(path, name, options.fReading.fSheet, CellRulesOf(options));
     case Format::kDelimited:
       break;
   }
@@ -159,14 +203,30 @@ std::unique_ptr<IArrowSource> OpenPath(const std::string& path, const std::strin
 std::unique_ptr<IArrowSource> OpenPipe(int descriptor, const std::string& name,
                                        const Extension& extension, const DataFileOptions& options,
                                        CsvSource::Look look) {
-  const bool isText = extension.fFormat == Format::kDelimited;
+  const bool isJson = extension.fFormat == Format::kJson;
+  const bool isText = extension.fFormat == Format::kDelimited || isJson;
   SpooledInput input(descriptor, name, isText ? SpooledInput::kMostHeld : 0);
   if (!input.Path().empty()) return OpenPath(input.Path(), name, extension, options, look);
-  return OpenText(TextBytes::Of(name, input.TakeText()), options, extension.fDelimiter, look);
+  TextBytes bytes = TextBytes::Of(name, input.TakeText());
+  if (isJson) return OpenJson(std::move(bytes), options);
+  return OpenText(std::move(bytes), options, extension.fDelimiter, look);
 }
 
-std::unique_ptr<IArrowSource> OpenSource(const std::string& path, const DataFileOptions& options,
-                                         CsvSource::Look look) {
+std::unique_ptr<IArrowSource> OpenDatabase(const std::string& address,
+                                           const DataFileOptions& options, CsvSource::Look look) {
+  DatabaseRequest request{address, options.fReading.fQuery, options.fDriverPlaces};
+  if (!options.fReading.fDriver.empty()) request.fDriverPlaces = {options.fReading.fDriver};
+  // Streamed, or to be saved, they are needed more than once.
+  request.fbAgain = options.fbKeepOriginal || look == CsvSource::Look::kWhole;
+  return std::make_unique<DatabaseSource>(request);
+}
+
+std::unique_ptr<IArrowSource> OpenOne(const std::string& path, const DataFileOptions& options,
+                                      CsvSource::Look look) {
+  const ReadingOptions& said = options.fReading;
+  if (said.fFormat.empty() && IsSheetFile(path)) {
+    return OpenSheet(path, path, said.fSheet, CellRulesOf(options));
+  }
   const Extension& extension = InputExtensionOf(path, options);
   if (path == kStandardInput) {
     return OpenPipe(STDIN_FILENO, kStandardInputName, extension, options, look);
@@ -179,12 +239,32 @@ std::unique_ptr<IArrowSource> OpenSource(const std::string& path, const DataFile
   return OpenPipe(pipe.Get(), path, extension, options, look);
 }
 
+std::unique_ptr<IArrowSource> OpenSource(const std::string& path, const DataFileOptions& options,
+                                         CsvSource::Look look) {
+  if (IsDatabaseAddress(path)) return OpenDatabase(path, options, look);
+  if (!options.fReading.fQuery.empty()) {
+    throw HostIOError(path, "", "a query needs a database, such as sqlite:FILE or duckdb:FILE");
+  }
+  const std::vector<DataPart> parts = FindDataParts(path, InputEndings());
+  if (parts.empty()) return OpenOne(path, options, look);
+  const auto open = [options, look](const DataPart& part, const std::set<std::string>& texts) {
+    DataFileOptions own = options;
+    for (const std::string& text : texts) own.fTypes[text] = FieldType::kString;
+    return OpenOne(part.fPath, own, look);
+  };
+  return std::make_unique<JoinedSource>(path, parts, open);
+}
+
 // Whether the cells of a file are too many to be held without need.
 bool IsLarge(const std::string& path) {
   constexpr std::uintmax_t kLargeFile = std::uintmax_t{16} << 20;
-  std::error_code error;
-  const std::uintmax_t size = std::filesystem::file_size(path, error);
-  return !error && size >= kLargeFile;
+  std::uintmax_t size = 0;
+  for (const std::string& file : FilesOfData(path)) {
+    std::error_code error;
+    const std::uintmax_t own = std::filesystem::file_size(file, error);
+    if (!error) size += own;
+  }
+  return size >= kLargeFile;
 }
 
 // A text between other delimiters than commas and tabs keeps them, called .csv.
@@ -243,6 +323,22 @@ std::unique_ptr<DataTable> OpenDataFile(const std::string& path, const DataFileO
   }
 }
 
+std::vector<std::string> FilesOfData(const std::string& path) {
+  try {
+    if (IsDatabaseAddress(path)) {
+      const DatabaseAddress address = ReadDatabaseAddress(path);
+      if (address.fpKind->fPlace != DatabaseKind::kServer) return {address.fPlace};
+      return {};
+    }
+    std::vector<std::string> files;
+    for (const DataPart& part : FindDataParts(path, InputEndings())) files.push_back(part.fPath);
+    if (!files.empty()) return files;
+  } catch (const HostIOError&) {
+    // Whoever opens it is told.
+  }
+  return {path};
+}
+
 void CheckDataFile(const std::string& path) {
   (void)ExtensionOf(path);
   OutputFile::Check(path);
@@ -264,7 +360,7 @@ void WriteDataFile(DataTable& table, const std::string& path, const std::vector<
       return WriteParquet(batches, path);
     case Format::kIpc:
       return WriteIpc(batches, path);
-    case Format::kDelimited:
+    default:
       return WriteCsv(batches, path, extension.fDelimiter);
   }
 }

@@ -1,6 +1,9 @@
 // Opens data files as tables and writes tables as data files. The extension decides on the format,
-// .csv, .tsv, .parquet, .arrow or .feather, unless the options do; "-" is standard input, CSV where
-// nobody says otherwise. Text may be packed (.csv.gz); what a file holds tells, not its name.
+// .csv, .tsv, .parquet, .arrow or .feather, to read also .jsonl, .json, .xlsx and .ods, unless the
+// options do; "-" is standard input, CSV where nobody says otherwise; a folder or a pattern is all its
+// files as one table. Text may be packed (.csv.gz), and a workbook called anything: what a file
+// holds tells, not its name. "sqlite:FILE", "duckdb:FILE" and "postgresql://..." are tables of
+// databases (DatabaseAddress.h).
 //
 // CSV and TSV: the quoting of RFC 4180, blank lines skipped; delimiter, quote, header, encoding and
 // the marks of numbers as the start of the file shows them (CsvSniffer.h). Empty fields and the
@@ -22,11 +25,12 @@
 namespace MCHost {
 
 struct DataFileOptions {
-  std::vector<std::string> fNullTokens;     // further texts that are missing in CSV
-  std::map<std::string, FieldType> fTypes;  // declared types of CSV columns; a value that does not
-                                            // fit is an error
-  bool fbKeepOriginal = true;               // standard input is kept for WriteDataFile
-  ReadingOptions fReading{};                // what is said of how the file is to be read
+  std::vector<std::string> fNullTokens;      // further texts that are missing in text
+  std::map<std::string, FieldType> fTypes;   // declared types of CSV columns; a value that does not
+                                             // fit is an error
+  bool fbKeepOriginal = true;                // standard input is kept for WriteDataFile
+  ReadingOptions fReading{};                 // what is said of how the file is to be read
+  std::vector<std::string> fDriverPlaces{};  // where drivers of databases may be, besides
 };
 
 // Looks at the file and makes it a source that can be read again and again. CSV is checked as a
@@ -46,6 +50,9 @@ enum class TableStorage {
 // messages are the same. Standard input and pipes are put by first. Throws HostIOError.
 std::unique_ptr<DataTable> OpenDataFile(const std::string& path, const DataFileOptions& options,
                                         TableStorage storage);
+
+// The files that a path means: those of a folder or of a pattern (DataParts.h), else itself.
+std::vector<std::string> FilesOfData(const std::string& path);
 
 // Throws HostIOError where WriteDataFile could not begin: another extension, a folder that takes no
 // files.

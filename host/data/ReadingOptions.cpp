@@ -55,6 +55,13 @@ bool TakeMark(const Words<char, kCount>& words, const std::string& word,
   return true;
 }
 
+// An option that takes any word but none at all.
+template <std::string ReadingOptions::*kMember>
+bool TakeWord(ReadingOptions& options, const std::string& word) {
+  options.*kMember = word;
+  return !word.empty();
+}
+
 bool TakeMissing(ReadingOptions& options, const std::string& word) {
   std::optional<MissingCodes> codes = ParseMissingCodes(word);
   if (codes) options.fMissing.push_back(std::move(*codes));
@@ -68,12 +75,17 @@ const std::vector<ReadingOption>& AllReadingOptions() {
   using Word = const std::string&;
   static const std::vector<ReadingOption> kOptions = {
       {"input-format", "FORMAT",
-       "Format of the data, whatever the file is called: csv, tsv, parquet, arrow, feather", false,
-       [](Options& o, Word word) {
-         o.fFormat = word;
-         return !word.empty();
-       },
-       "is no format"},
+       "Format of the data, whatever the file is called: csv, tsv, parquet, arrow, feather, jsonl, "
+       "json, xlsx, ods",
+       false, TakeWord<&Options::fFormat>, "is no format"},
+      {"sheet", "NAME", "Sheet of a workbook (default: the first)", false,
+       TakeWord<&Options::fSheet>, "is no sheet"},
+      {"query", "SQL", "What to read of a database, instead of the ?table=NAME of its address",
+       false, TakeWord<&Options::fQuery>, "is no query"},
+      {"driver", "PLACE",
+       "Where the ADBC driver of a database is: its file, its folder or a Python environment "
+       "(default: PREDSELECT_DRIVER, the environment at work, the system)",
+       false, TakeWord<&Options::fDriver>, "is no place"},
       {"delimiter", "CHAR",
        "What separates the columns of a text: a character, tab, space or none (default: as the "
        "file looks)",

@@ -31,6 +31,9 @@ struct ReadingOptions {
   std::optional<TextEncoding> fEncoding;  // also of other formats of text
   bool fbNullWords = true;                // the words of NullWords.h are no values
   std::vector<MissingCodes> fMissing;     // of every format
+  std::string fSheet;                     // of a workbook; empty for the first
+  std::string fQuery;                     // to a database, instead of the table of its address
+  std::string fDriver;                    // of a database: a library, a folder, an environment
 };
 
 // One option of reading: the same names and words for the command line and any other caller.

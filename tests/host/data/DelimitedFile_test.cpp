@@ -127,7 +127,8 @@ const BadFile kBadFiles[] = {
     {"name.csv", "a,,column2\n1,2,3\n",
      "line 1, column 4: a column named \"column2\" is there already"},
     {"table.xls", "a\n1\n",
-     "the extension does not tell a data format; known are .csv, .tsv, .parquet, .arrow, .feather; "
+     "the extension does not tell a data format; known are .csv, .tsv, .parquet, .arrow, .feather, "
+     ".jsonl, .ndjson, .json, .xlsx, .ods; "
      "--input-format says it of any file"},
     {"text.parquet", "a,b\n1,2\n",
      "Parquet magic bytes not found in footer. Either the file is "

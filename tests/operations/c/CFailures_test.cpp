@@ -113,6 +113,9 @@ TEST(CFailures, OfATableSayWhatWasWrongAndTakeTheStreamAllTheSame) {
   const predselect_variable_level text{"species", PREDSELECT_SCALE};
   const predselect_variable_level odd{"year", 7};
   const predselect_reading_option noOption{"delimeter", ";"};
+  const predselect_reading_option noCode{"missing", "year"};
+  const predselect_reading_option strange{"missing", "sx=1"};
+  const predselect_reading_option ranges{"missing", "year=1..2,3..4"};
   constexpr size_t kSize = sizeof(predselect_table_options);
   struct Newer {
     predselect_table_options known;
@@ -147,6 +150,15 @@ TEST(CFailures, OfATableSayWhatWasWrongAndTakeTheStreamAllTheSame) {
       {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 0, &noOption, 1},
        PREDSELECT_BAD_REQUEST,
        "delimeter: "},
+      {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 0, &noCode, 1},
+       PREDSELECT_BAD_REQUEST,
+       "missing: \"year\""},
+      {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 0, &strange, 1},
+       PREDSELECT_BAD_REQUEST,
+       "missing: the data have no variable \"sx\"; did you mean \"sex\"?"},
+      {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 0, &ranges, 1},
+       PREDSELECT_BAD_REQUEST,
+       "missing: \"year\" can have one range of missing values only."},
       {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 0, nullptr, 1},
        PREDSELECT_MISUSE,
        "reading is NULL"},

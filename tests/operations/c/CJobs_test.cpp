@@ -26,6 +26,9 @@ constexpr char kCommands[] =
     "  /MACROVAR FACTORS=f COVARIATES=c.\n"
     "NAIVEBAYES species BY !f WITH !c /TRAININGSAMPLE PERCENT=70 /SAVE PREDVAL(p) PREDPROB(q).\n";
 
+constexpr predselect_reading_option kMissing[] = {{"missing", "body_mass_g=4000..4200,3750"},
+                                                  {"missing", "*=2008"}};
+
 constexpr predselect_variable_level kLevels[] = {{"year", PREDSELECT_NOMINAL},
                                                  {"year", PREDSELECT_SCALE}};
 
@@ -37,8 +40,8 @@ predselect_table_options PenguinOptions(const std::string& schema) {
           kLevels,
           2,
           PREDSELECT_KEEP_CELLS,
-          nullptr,
-          0};
+          kMissing,
+          2};
 }
 
 // What the program writes to `file` for a verb and its options, and what it ends with.
@@ -53,7 +56,8 @@ TEST(CJobs, GiveTheProgramsDocumentsAndPage) {
   const std::string commands = folder.Write("commands.txt", kCommands);
   const std::string state = folder.Path("model.bin");
   const std::string data = " --data " + MCTest::kPenguins + " --schema " + MCTest::kSchema +
-                           " --level year=nominal --level year=scale";
+                           " --level year=nominal --level year=scale --missing " +
+                           kMissing[0].word + " --missing '" + kMissing[1].word + "'";
 
   CHost host(PenguinOptions(schema));
   ASSERT_EQ(host.Run(kCommands, state), PREDSELECT_OK) << host.Error();
