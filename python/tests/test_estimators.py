@@ -92,6 +92,19 @@ def test_parts_count_as_the_whole():
     assert (model.predict_proba(X) == once.predict_proba(X)).all()
 
 
+def test_parts_have_p_values_without_an_end_too():
+    random = np.random.default_rng(2)
+    pandas = pytest.importorskip("pandas")
+    target = random.integers(0, 3, 6000)
+    data = pandas.DataFrame({"far": target + random.normal(0, 0.3, 6000), "near": random.normal(size=6000),
+                             "text": [f"{t + (i % 9 == 0)}" for i, t in enumerate(target)]})
+    for y in (target.astype(str), data["far"].to_numpy() * 1.5 + random.normal(0, 0.1, 6000)):
+        whole = PredictorSelector().fit(data, y)
+        parts = PredictorSelector().partial_fit(data[:4000], y[:4000]).partial_fit(data[4000:], y[4000:])
+        assert whole.logpvalues_.min() < -2000
+        np.testing.assert_allclose(parts.logpvalues_, whole.logpvalues_, rtol=1e-9)
+
+
 def test_a_model_is_the_one_of_the_program(penguins, program, tmp_path):
     data, species = frame(penguins)
     fitted = SubsetNaiveBayes(categorical_features=["year"]).fit(data, species)

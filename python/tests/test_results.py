@@ -73,6 +73,15 @@ def test_charts_are_saved(penguins, tmp_path):
     assert json.loads((tmp_path / "chart.json").read_text()) == chart.spec
 
 
+def test_results_are_saved_as_report_document_and_page(penguins, tmp_path):
+    ranking = ps.rank(penguins, "species")
+    for kind, start in (("html", "<!doctype html>"), ("json", '{"predselect"'), ("txt", "Ranking")):
+        ranking.save(tmp_path / f"ranking.{kind}", heading="Penguins")
+        assert (tmp_path / f"ranking.{kind}").read_text().startswith(start)
+    with pytest.raises(ps.DataError, match="html, .json or .txt"):
+        ranking.save(tmp_path / "ranking.pdf")
+
+
 def test_warnings_have_classes_and_point_to_the_caller():
     n = 400
     y = np.arange(n) % 2

@@ -5,7 +5,9 @@ from __future__ import annotations
 import ctypes
 import html
 import json
+import os
 from collections.abc import Iterator
+from pathlib import Path
 from typing import Any
 
 import numpy as np
@@ -13,7 +15,7 @@ import numpy as np
 from . import _library as lib
 from ._charts import Chart, bars
 from ._import import capsule_of, read
-from .errors import PredSelectWarning, category_of, warn
+from .errors import DataError, PredSelectWarning, category_of, warn
 
 
 class Columns:
@@ -97,7 +99,8 @@ class ResultTable(Columns):
     @property
     def document(self) -> dict[str, Any]:
         """The table as the JSON document has it, with formats, footnotes and shown texts."""
-        return self._result._tables_of_document[self._index]
+        document: dict[str, Any] = self._result._tables_of_document[self._index]
+        return document
 
     def __repr__(self) -> str:
         return f"<{self.title}: {len(self)} rows, {', '.join(self.columns)}>"
@@ -164,6 +167,23 @@ class Result:
             "result_text", self._handle, ctypes.c_size_t(width), ctypes.byref(page)
         )
         return (page.value or b"").decode()
+
+    def save(self, path: str | os.PathLike[str], heading: str | None = None) -> None:
+        """Writes all of it: an HTML report that needs no network, or JSON, or a page of text, as
+        the name ends (.html, .json, .txt)."""
+        kind = Path(path).suffix.lower()
+        if kind == ".html":
+            page = ctypes.c_char_p()
+            said = heading.encode() if heading is not None else None
+            self._session.call("result_html", self._handle, said, ctypes.byref(page))
+            words = (page.value or b"").decode()
+        elif kind == ".json":
+            words = json.dumps(self.document, ensure_ascii=False)
+        elif kind == ".txt":
+            words = self.text()
+        else:
+            raise DataError(f"{path}: a result is saved as .html, .json or .txt")
+        Path(path).write_text(words, encoding="utf-8")
 
     _only_classes = False  # whether warnings without a class of their own are left to `messages`
 
