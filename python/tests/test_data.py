@@ -191,7 +191,7 @@ def test_polars_enums_and_arrow_dictionaries_say_their_level():
     (np.zeros((2, 2, 2)), "3 dimensions"),
     ({"a": ["\ud800"]}, 'column "a"'),
     ("no/such.csv", "no/such.csv"),
-    ("no/such*.csv", "there is no such file"),
+    ("no/such*.csv", "no file fits the pattern"),
     (3, "type int cannot be read"),
     (iter([]), "there is no batch"),
     (iter([3]), "a batch of type int"),
@@ -236,6 +236,16 @@ def test_options_of_data(tmp_path, penguins):
         ps.rank(penguins, "sex", levels={"year": "numeric"})
     with pytest.raises(ps.RequestError, match='did you mean "species"'):
         ps.rank(penguins, "specis")
+
+
+def test_a_pattern_and_a_folder_are_one_table(penguins, tmp_path):
+    lines = penguins.read_text().splitlines(keepends=True)
+    for i, part in enumerate((lines[1:200], lines[200:])):
+        (tmp_path / f"part-{i}.csv").write_text(lines[0] + "".join(part))
+    whole = ps.rank(penguins, "species")["Ranking"].to_dict()
+    for data in (tmp_path, tmp_path / "part-*.csv", str(tmp_path / "part-*.csv")):
+        told = ps.rank(data, "species")["Ranking"].to_dict()
+        assert told["Log10 p"].tolist() == whole["Log10 p"].tolist()
 
 
 def test_weights_count_cases_as_a_column_or_beside_the_data():
