@@ -18,10 +18,15 @@
 #   make browser  reports in a real browser: sets up Chromium and its driver, and runs their tests
 #   make evaluator  set up the independent evaluator of model files, for the tests (needs Java)
 #   make databases  set up drivers of databases, for the tests (PostgreSQL where its server is there)
+#   make wheel   the Python package for every CPython from 3.10, in build/wheels
+#   make check-wheel  install it into clean environments of every CPython found, and run its tests there
+#   make test-python-long  the package's tests of memory and leaks, which take minutes and gigabytes
+#   make docs    the documentation of the Python package, its notebooks run anew, in build/docs
+#   make compare-sklearn  its classifier and selector beside others of scikit-learn, on tables of real data
 #   make tidy    clang-tidy over the sources of program and libraries
 #   make format  clang-format over all sources
 #   make clean   removes everything that was built
-.PHONY: demo test program build bench bench-growth bench-plot bench-end bench-peers compare check-exact asan tsan fuzz package check-package browser evaluator databases tidy format clean
+.PHONY: demo test program build bench bench-growth bench-plot bench-end bench-peers compare check-exact asan tsan fuzz package check-package browser evaluator databases wheel check-wheel test-python-long docs compare-sklearn tidy format clean
 
 demo: program
 	@scripts/demo
@@ -112,6 +117,29 @@ fuzz:
 	cmake --build --preset fuzz
 	@scripts/make-corpus
 	@scripts/fuzz
+
+wheel:
+	@scripts/setup --wheel
+	@scripts/make-wheel
+
+check-wheel: wheel program
+	@scripts/check-wheel
+
+test-python-long: build
+	cd python && PREDSELECT_LIBRARY_DIR=../build/release/lib PYTHONPATH=src \
+	  ../.venv-python/bin/python3 -m pytest -m long
+
+docs: program
+	@scripts/setup --docs
+	cmake --build --preset release --target predselectcfiles
+	PREDSELECT_LIBRARY_DIR=$(CURDIR)/build/release/lib PYTHONPATH=$(CURDIR)/python/src \
+	  .venv-docs/bin/sphinx-build -W -q -b html python/docs build/docs
+
+compare-sklearn: build
+	python3 -m venv .venv-compare
+	.venv-compare/bin/python3 -m pip install --quiet -r scripts/requirements-compare.txt
+	PREDSELECT_LIBRARY_DIR=build/release/lib PYTHONPATH=python/src \
+	  .venv-compare/bin/python3 python/compare/compare.py
 
 tidy: program
 	@scripts/setup --dev

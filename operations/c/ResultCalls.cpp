@@ -12,6 +12,7 @@
 #include "host/output/render/RenderJson.h"
 #include "host/output/render/RenderText.h"
 #include "host/output/render/TableRecords.h"
+#include "host/output/report/RenderReport.h"
 #include "operations/c/Arguments.h"
 #include "operations/c/Guard.h"
 #include "operations/c/Handles.h"
@@ -74,6 +75,18 @@ predselect_status predselect_result_text(predselect_session* session, predselect
     if (width > 0) page.fWidth = width;
     asked.fPage = MCHost::RenderText(asked.fDocument, page);
     out = asked.fPage.c_str();
+  });
+}
+
+predselect_status predselect_result_html(predselect_session* session, predselect_result* result,
+                                         const char* heading, const char** html) {
+  Clear(html);
+  return Guarded(session, [&] {
+    const char*& out = Given(html, "html");
+    predselect_result& asked = Given(result, "result");
+    const std::string about = TextArgument(heading, "heading", asked.fDocument.fDataSource.c_str());
+    asked.fReport = MCHost::RenderReport(asked.fDocument, about);
+    out = asked.fReport.c_str();
   });
 }
 

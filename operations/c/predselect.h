@@ -302,6 +302,11 @@ predselect_status predselect_result_json(predselect_session* session, predselect
 predselect_status predselect_result_text(predselect_session* session, predselect_result* result,
                                          size_t width, const char** text);
 
+// Everything, as one HTML page that asks no network for anything; `heading` says what it is about
+// (NULL for the name of the data). Stays until the result is closed or asked for another.
+predselect_status predselect_result_html(predselect_session* session, predselect_result* result,
+                                         const char* heading, const char** html);
+
 // How many tables there are, those of all commands in order.
 predselect_status predselect_result_table_count(predselect_session* session,
                                                 const predselect_result* result, size_t* count);

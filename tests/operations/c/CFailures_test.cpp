@@ -82,6 +82,8 @@ TEST(CFailures, NullAnywhereIsMisuseAndNamesTheArgument) {
       {"json", [&] { return predselect_result_json(s, r, nullptr); }},
       {"result", [&] { return predselect_result_text(s, nullptr, 0, &text); }},
       {"text", [&] { return predselect_result_text(s, r, 0, nullptr); }},
+      {"result", [&] { return predselect_result_html(s, nullptr, nullptr, &text); }},
+      {"html", [&] { return predselect_result_html(s, r, nullptr, nullptr); }},
       {"result", [&] { return predselect_result_table_count(s, nullptr, &count); }},
       {"count", [&] { return predselect_result_table_count(s, r, nullptr); }},
       {"result", [&] { return predselect_result_table_info(s, nullptr, 0, &info); }},

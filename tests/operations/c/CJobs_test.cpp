@@ -72,6 +72,13 @@ TEST(CJobs, GiveTheProgramsDocumentsAndPage) {
   ASSERT_EQ(predselect_result_text(host.fSession, host.fResult, 0, &page), PREDSELECT_OK);
   EXPECT_EQ(page, ReadFile(folder.Path("run.txt")));
 
+  const char* report = nullptr;
+  ASSERT_EQ(predselect_result_html(host.fSession, host.fResult, "Three <species>", &report),
+            PREDSELECT_OK);
+  EXPECT_THAT(report, testing::StartsWith("<!doctype html>"));
+  EXPECT_THAT(report, testing::HasSubstr("Three "));
+  EXPECT_THAT(report, testing::Not(testing::HasSubstr("Three <species>")));
+
   CHost fresh(PenguinOptions(schema));
   ASSERT_EQ(predselect_describe(fresh.fSession, fresh.fTable, &fresh.fResult), PREDSELECT_OK);
   ASSERT_EQ(RunProgram("describe" + data + " --format json", folder.Path("describe.json")), 0);
