@@ -207,7 +207,7 @@ function rankingSection(findings) {
     const step = (by, text) => el("button", {type: "button", class: "small", disabled: !findings.predictors[place + by],
       click: () => open(place + by, true)}, text);
     head.replaceChildren(said(nameOf(p)));
-    content.replaceChildren(el("div", {class: "controls"}, step(-1, "Better one"), step(1, "Next one")), predictorFacts(p), ...shapeFigures(p, findings.target));
+    content.replaceChildren(el("div", {class: "controls"}, step(-1, "Better one"), step(1, "Next one")), predictorFacts(p), ...drawnInPanel(() => shapeFigures(p, findings.target)));
     table.mark(p);
     if (byHand) {
       head.focus({preventScroll: true});
