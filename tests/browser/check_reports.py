@@ -313,7 +313,7 @@ def readme_shows_a_page(folder, started):
     program("rank", DATA / "biopsies.csv", "diagnosis", "-o", path)
     with opened(started, path) as page:
         all_rows(page, 30)
-        page.locator("h3", has_text="Ranking").first.scroll_into_view_if_needed()
+        page.set_viewport_size({"width": 1180, "height": 720})
         page.evaluate("document.querySelector('.two').previousElementSibling.scrollIntoView()")
         target = Path(os.environ.get("SCREENSHOTS", folder)) / "report.png"
         target.parent.mkdir(parents=True, exist_ok=True)

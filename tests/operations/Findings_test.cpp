@@ -79,6 +79,19 @@ TEST_F(Findings, OfARankingShowEachPredictorBesideTheTarget) {
   EXPECT_EQ(found["excluded"][0]["threshold"], 70.0);
 }
 
+TEST_F(Findings, OfARankingByBitsAreInTheirOrder) {
+  const RankRequest request{.fTarget = "paid", .fBy = RankBy::kBits};
+  Ranking ranking;
+  ASSERT_EQ(RankPredictors(fTable, fDocument, request, {}, &ranking), Outcome::kCompleted);
+  const Json predictors = Found()["predictors"];
+  ASSERT_EQ(predictors.size(), ranking.fPredictors.size());
+  for (std::size_t i = 0; i < predictors.size(); ++i) {
+    EXPECT_EQ(predictors[i]["name"], ranking.fPredictors[i].fName) << i;
+    EXPECT_EQ(predictors[i]["rank"], i + 1);
+    EXPECT_EQ(predictors[i]["bits"], ranking.fPredictors[i].fBits) << i;
+  }
+}
+
 TEST_F(Findings, OfAScaleTargetHoldItsMeans) {
   ASSERT_EQ(RankPredictors(fTable, fDocument, {.fTarget = "age"}, {}), Outcome::kCompleted);
   const Json paid = Of(Found()["predictors"], "paid")["shape"]["groups"];

@@ -21,10 +21,10 @@ function reasonText(reason, threshold) {
 const RANKING_COLUMNS = [
   ["Rank", (p) => p.rank, 1, (p) => p.rank],
   ["Predictor", (p) => nameOf(p).toLowerCase(), 1, null],
-  ["Test", (p) => p.test, 1, (p) => `${p.test} ${tenths(p.statistic)}`, true],
   ["Effect", (p) => Math.abs(p.size ?? 0), -1, (p) => effectCell(p)],
   ["−log₁₀ p", (p) => zeros(p.log10_p) ?? -1, -1, (p) => (p.log10_p === "-inf" ? "∞" : p.log10_p === null ? DASH : tenths(zeros(p.log10_p)))],
   ["Adjusted p", (p) => zeros(p.log10_fdr) ?? -1, -1, (p) => pValue(p.log10_fdr), true],
+  ["Test", (p) => p.test, 1, (p) => `${p.test} ${tenths(p.statistic)}`, true],
   ["Bits", (p) => p.bits ?? -1, -1, (p) => decimals(p.bits), true],
   ["Missing", (p) => p.missing ?? -1, -1, (p) => (p.missing === null ? DASH : `${p.missing.toFixed(1)}%`), true],
 ];
