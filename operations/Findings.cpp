@@ -17,10 +17,6 @@ namespace PredSelect {
 
 namespace {
 
-std::string TextOf(const Json& json) {
-  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
-
 // The first criterion that has ranked.
 MCFSCommon::RankCriteria RankingOf(const IFSAlgorithm& component) {
   for (const FSCriterion& criterion : FSCriterion::All()) {
@@ -31,6 +27,10 @@ MCFSCommon::RankCriteria RankingOf(const IFSAlgorithm& component) {
 }
 
 }  // namespace
+
+std::string TextOf(const Json& json) {
+  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
 
 Json JsonNumber(double value) {
   return MCMV::IsMissing(value) || !std::isfinite(value) ? Json(nullptr) : Json(value);

@@ -12,8 +12,6 @@
 
 namespace PredSelect {
 
-namespace {
-
 Json CategoryTexts(const INBVariable& variable, int nCategories, const MCHost::ITable* table) {
   const KOVA_Variable* known = FindVariable(table, variable.GetVariableName());
   const bool isNumeric = variable.GetMeasureLevel() == INBVariable::kNumericCategorical;
@@ -25,6 +23,8 @@ Json CategoryTexts(const INBVariable& variable, int nCategories, const MCHost::I
   }
   return texts;
 }
+
+namespace {
 
 // What a number must be to count as missing although it is one.
 Json UserMissing(const INBVariable& variable) {

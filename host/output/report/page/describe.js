@@ -1,1 +1,5 @@
-// Nothing yet.
+// The variables of a table, one by one.
+
+function descriptionSection(findings) {
+  return null;
+}

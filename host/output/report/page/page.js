@@ -35,7 +35,8 @@ function chartSection(chart) {
 
 function findingsSection(findings) {
   if (findings === null) return null;
-  return findings.kind === "ranking" ? rankingSection(findings) : findings.kind === "model" ? modelSection(findings) : null;
+  const sections = {ranking: rankingSection, model: modelSection, predictions: predictionsSection, description: descriptionSection};
+  return Object.hasOwn(sections, findings.kind) ? sections[findings.kind](findings) : null;
 }
 
 function tablesSection(run) {
