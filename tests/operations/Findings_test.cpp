@@ -112,6 +112,9 @@ TEST_F(Findings, OfAModelAreItsTablesAndHowItDid) {
   EXPECT_GT(test, 0.0);
   EXPECT_EQ(found["curves"]["test"]["weight"], test);
   EXPECT_EQ(found["curves"]["training"]["weight"], training);
+  ASSERT_EQ(found["excluded"].size(), 1u);
+  EXPECT_EQ(found["excluded"][0]["name"], "gone");
+  EXPECT_EQ(found["excluded"][0]["threshold"], 70.0);
   const Json& path = found["path"];
   EXPECT_TRUE(path["by_test_data"]);
   EXPECT_EQ(path["chosen"], found["inputs"].size());

@@ -78,6 +78,7 @@ function modelSection(model) {
       ["Training cases", `${count(model.cases.valid)}${model.cases.valid === model.cases.valid_weight ? "" : `, weight ${count(model.cases.valid_weight)}`}`],
       ["Cases left out", count(model.cases.excluded)],
       ["Predictors", model.inputs.length === 0 ? "none" : model.inputs.map((input, j) => [j > 0 ? ", " : "", said(nameOf(input))])]]),
+    excludedSection(model.excluded),
     model.path && model.path.steps.length > 0 && model.path.steps.some((s) => s.log_likelihood !== null) ? pathFigure(model.path.steps, model.path.chosen, model.path.by_test_data) : null,
     el("h3", null, "How well it does"),
     tested || !confusion.training ? null : el("p", {class: "notice loud"}, "There are no test cases. Everything here is measured on the very cases that the model was made from, and flatters it."),

@@ -42,7 +42,8 @@ function findingsSection(findings) {
 function tablesSection(run) {
   if (run.tables.length === 0) return null;
   const whole = () => run.tables.map(tableSection);
-  return run.findings === null ? whole() : folded(`Tables of the command (${run.tables.length})`, whole);
+  return run.findings === null ? whole()
+    : folded(`Tables of the command (${run.tables.length})`, whole, run.findings.kind === "predictions");
 }
 
 function notesSection(run) {

@@ -8,6 +8,7 @@ const isBelow = (log10, limit) => log10 === "-inf" || (log10 !== null && log10 <
 
 // Why a predictor was left out, by the engine's number of the reason.
 function reasonText(reason, threshold) {
+  if (reason === 100) return "every training case has the same value";
   return [null, "no case has a value", "every case has the same value",
     `more than ${plain(threshold)}% of the cases have no value`,
     `more than ${plain(threshold)}% of the cases are in one category`,
@@ -183,7 +184,7 @@ function excludedSection(excluded) {
   if (excluded.length === 0) return null;
   const rows = excluded.map((p) => [nameOf(p), p.scale ? "number" : "categories", reasonText(p.reason, p.threshold)]);
   const headings = ["Predictor", "Kind", "Left out because"];
-  return folded(`${plural(excluded.length, "predictor was", "predictors were")} left out before the ranking`, () => [
+  return folded(`${plural(excluded.length, "predictor was", "predictors were")} left out before`, () => [
     el("p", {class: "tools"}, saveButton("CSV", "predictors left out", () => csvText([headings, ...rows]))),
     plainTable("Predictors left out", headings, rows)], excluded.length <= 12);
 }
