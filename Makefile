@@ -5,6 +5,7 @@
 #   make build   optimised build in build/release, with tests and benchmarks
 #   make bench   what the hot paths cost
 #   make bench-growth  how times grow with categories, cases, columns and lengths of words
+#   make bench-plot  draw how the engines' times grow: docs/performance.svg
 #   make bench-end  what whole runs cost, in time and memory (OLD=path: beside another build of the program)
 #   make bench-peers  the same jobs done by this build and by other libraries, in one run
 #   make compare OLD=path  every output of this build beside those of another build of the program
@@ -25,7 +26,7 @@
 #   make tidy    clang-tidy over the sources of program and libraries
 #   make format  clang-format over all sources
 #   make clean   removes everything that was built
-.PHONY: demo test program build bench bench-growth bench-end bench-peers compare check-exact asan tsan fuzz package check-package browser evaluator databases wheel check-wheel test-python-long docs compare-sklearn tidy format clean
+.PHONY: demo test program build bench bench-growth bench-plot bench-end bench-peers compare check-exact asan tsan fuzz package check-package browser evaluator databases wheel check-wheel test-python-long docs compare-sklearn tidy format clean
 
 demo: program
 	@scripts/demo
@@ -50,6 +51,9 @@ bench: build
 bench-growth: build
 	for growth in build/release/bin/*_growth; do $$growth; done
 
+bench-plot: build
+	bench/plot_curves.py build/release/bin/engine_curves docs/performance.svg
+
 bench-end: program
 	.venv/bin/python3 bench/end_to_end.py $(OLD) build/release/bin/predselect
 
@@ -57,6 +61,7 @@ bench-peers: build
 	python3 -m venv .venv-peers
 	.venv-peers/bin/python3 -m pip install --quiet -r scripts/requirements-peers.txt
 	.venv-peers/bin/python3 bench/peers.py build/release
+	.venv-peers/bin/python3 bench/sniffers.py
 
 compare: program
 	tests/apps/compare_programs.py $(OLD) build/release/bin/predselect

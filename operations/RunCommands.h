@@ -3,7 +3,9 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
+#include "host/session/ISession.h"
 #include "operations/Surroundings.h"
 
 namespace MCHost {
@@ -25,6 +27,8 @@ struct RunRequest {
   // Kilobytes of memory for the cases of a command that needs it and states none; 0: the command's
   // own default. A warning says so where no command takes it. See AutomaticMemory.
   double fMemory = 0.0;
+  // Receives what each command would do that was understood, and then none is done.
+  std::vector<MCHost::CommandPlan>* fpPlans = nullptr;
 };
 
 // Throws MCHost::HostIOError where the state or the result documents could not be written.

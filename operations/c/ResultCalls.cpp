@@ -7,6 +7,8 @@
 #include "host/data/ArrowCDataInterface.h"
 #include "host/data/MemoryTable.h"
 #include "host/data/TableBatches.h"
+#include "host/output/FlatRecords.h"
+#include "host/output/render/LayFlat.h"
 #include "host/output/render/RenderJson.h"
 #include "host/output/render/RenderText.h"
 #include "host/output/render/TableRecords.h"
@@ -118,7 +120,17 @@ predselect_status predselect_result_table(predselect_session* session,
   return GiveStream(session, stream, [&] {
     const MCHost::OutputTable* table = nullptr;
     InfoOf(Given(result, "result"), index, &table);
-    return std::make_unique<MCHost::TableRecords>(*table);
+    return std::make_unique<MCHost::FlatBatches>(MCHost::TableRecords(*table));
+  });
+}
+
+predselect_status predselect_result_records(predselect_session* session,
+                                            const predselect_result* result, size_t index,
+                                            ArrowArrayStream* stream) {
+  return GiveStream(session, stream, [&] {
+    const MCHost::OutputTable* table = nullptr;
+    InfoOf(Given(result, "result"), index, &table);
+    return std::make_unique<MCHost::FlatBatches>(MCHost::LayFlat(*table));
   });
 }
 

@@ -90,6 +90,8 @@ TEST(CFailures, NullAnywhereIsMisuseAndNamesTheArgument) {
       {"info", [&] { return predselect_result_table_info(s, r, 0, nullptr); }},
       {"result", [&] { return predselect_result_table(s, nullptr, 0, &out); }},
       {"stream", [&] { return predselect_result_table(s, r, 0, nullptr); }},
+      {"result", [&] { return predselect_result_records(s, nullptr, 0, &out); }},
+      {"stream", [&] { return predselect_result_records(s, r, 0, nullptr); }},
       {"result", [&] { return predselect_result_new_columns(s, nullptr, &out); }},
       {"stream", [&] { return predselect_result_new_columns(s, r, nullptr); }},
   };
