@@ -35,10 +35,9 @@ def test_ctrl_c_ends_a_run_at_once():
     for wait in (0.05, 0.5):
         timer = threading.Timer(wait, press)
         timer.start()
-        started = time.monotonic()
         with pytest.raises(KeyboardInterrupt):
-            ps.run(data, LONG, threads=1)
-            pytest.fail(f"the run was over after {time.monotonic() - started} s")
+            for _ in range(100):  # one may be over before the key is pressed
+                ps.run(data, LONG, threads=1)
         assert time.monotonic() - times[-1] < 0.3 + 0.2 * (os.getloadavg()[0] > 2)
         timer.join()
     assert ps.rank({"y": ["a", "b"] * 9, "x": np.arange(18.0) + 0.5}, "y").predictors == ["x"]
