@@ -59,13 +59,14 @@ def test_a_thousand_runs_keep_nothing():
         for _ in range(n):
             ps.rank(data, "y", threads=1)["Ranking"].to_dict()
             ps.score(ps.model(data, "y", threads=1).state, data, threads=1).new_columns.to_dict()
-            with pytest.raises(ps.CommandError):
+            try:
                 ps.run(data, "SELECTPRED nobody.", threads=1)
+            except ps.CommandError:
+                pass
         gc.collect()
         return resident()
 
-    runs(200)
-    first = runs(200)
-    last = runs(1000)
-    print(f"{(last - first) / 1000:.0f} bytes a run")
-    assert last - first < 4_000_000
+    runs(400)  # what is set up once is set up, and the allocator has found its size
+    sizes = [runs(250) for _ in range(5)]
+    print(f"{(sizes[-1] - sizes[0]) / 1000:.0f} bytes a run")
+    assert sizes[-1] - sizes[0] < 1_500_000
