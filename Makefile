@@ -14,11 +14,11 @@
 #   make package  a Debian package and an archive with everything inside, in build/release/packages
 #   make check-package  install and run both on a Debian that has nothing else (needs root)
 #   make check-exact  exact p-values beside an independent computation, on tables of real data
-#   make evaluator  set up the independent evaluator of model files, for the tests (needs Java)
+#   make models  set up the readers of exported models that the tests run: evaluators, runtimes, databases
 #   make tidy    clang-tidy over the sources of program and libraries
 #   make format  clang-format over all sources
 #   make clean   removes everything that was built
-.PHONY: demo test program build bench bench-growth bench-end bench-peers compare check-exact asan tsan fuzz package check-package evaluator tidy format clean
+.PHONY: demo test program build bench bench-growth bench-end bench-peers compare check-exact asan tsan fuzz package check-package models tidy format clean
 
 demo: program
 	@scripts/demo
@@ -79,10 +79,12 @@ package: program
 check-package: package
 	@scripts/check-package
 
-evaluator:
-	@scripts/setup
-	python3 -m venv .venv-pmml
-	.venv-pmml/bin/python3 -m pip install --quiet -r scripts/requirements-pmml.txt
+# The second evaluator's own library and what that needs are not used, only the classes that it brings.
+models:
+	@scripts/setup --models
+	python3 -m venv .venv-models
+	.venv-models/bin/python3 -m pip install --quiet -r scripts/requirements-models.txt
+	.venv-models/bin/python3 -m pip install --quiet --no-deps jpmml_evaluator==0.16.0
 
 fuzz: export FUZZ_SECONDS ?= 600
 fuzz:

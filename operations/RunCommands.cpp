@@ -60,6 +60,22 @@ class RunSession : public MCHost::Session {
     return use.empty() && MCHost::IsSameFile(path, fRequest.fStatePath) ? "the state" : use;
   }
 
+  bool IsExportWanted() const { return !fRequest.fExport.fFile.empty(); }
+  bool IsModelWanted() const override { return fbLast && IsExportWanted(); }
+  bool TakeModel(const INBAlgorithm& model) override {
+    using MCHost::OutputMessage;
+    try {
+      for (const std::string& note : ExportModel(model, fRequest.fExport)) {
+        MCHost::RaiseMessage(OutputMessage::kWarning, "Exported model: ^1", {note});
+      }
+      ReportFile(fRequest.fExport.fFile);
+      return true;
+    } catch (const std::runtime_error& error) {
+      MCHost::RaiseMessage(OutputMessage::kError, "File cannot be written: ^1", {error.what()});
+      return false;
+    }
+  }
+
   bool fbLast = false;         // the last command is being run: its state is saved
   bool fbMemoryTaken = false;  // some command has asked for it
   bool fbFileLost = false;     // is all that the command failed in
@@ -73,6 +89,14 @@ void MakeDirectory(const std::string& path) {
   std::error_code error;
   std::filesystem::create_directories(path, error);
   if (error) throw MCHost::HostIOError(path, "", "cannot be made: " + error.message());
+}
+
+// The last command is the one whose model is exported.
+void CheckModelComes(const MCHost::CommandText& last, RunSession& session) {
+  if (!session.IsExportWanted()) return;
+  session.SetCommand(last.fText, last.fLine, last.fColumn);
+  if (session.SystemBlock().fCommandWord == "NAIVEBAYES") return;
+  throw RequestError("export", "the last command builds no model; NAIVEBAYES does.");
 }
 
 Outcome RunOne(const MCHost::CommandText& command, RunSession& session, DataTable& table,
@@ -101,6 +125,7 @@ void ReportIdleMemory(RunSession& session) {
 void CheckOutputs(const RunRequest& request) {
   if (!request.fStatePath.empty()) MCHost::OutputFile::Check(request.fStatePath);
   if (!request.fResultsFolder.empty()) MCHost::CheckOutputFolder(request.fResultsFolder);
+  if (!request.fExport.fFile.empty()) CheckExport(request.fExport);
 }
 
 Outcome RunCommands(DataTable& table, MCHost::OutputDocument& document, const RunRequest& request,
@@ -111,6 +136,7 @@ Outcome RunCommands(DataTable& table, MCHost::OutputDocument& document, const Ru
   CheckOutputs(request);
   RecordData(document, table.CaseCount(), table.ColumnCount());
   RunSession session(table, document, request, surroundings);
+  CheckModelComes(commands.back(), session);
   if (!request.fResultsFolder.empty()) MakeDirectory(request.fResultsFolder);
   Outcome outcome = Outcome::kCompleted;
   for (const MCHost::CommandText& command : commands) {

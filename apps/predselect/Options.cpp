@@ -51,6 +51,9 @@ constexpr const char* kExamples = R"(Examples:
     predselect model old.csv income --save-model model.bin
     predselect score --model model.bin new.csv --save-data predicted.csv
 
+  Take the model elsewhere: as a query, a C file, PMML, ONNX or JSON.
+    predselect export model.bin -o model.sql --table clients
+
   Its predictions alone, beside the columns that tell the cases apart:
     predselect score --model model.bin --data new.csv --save-data keyed.csv --only-new --id id
 
@@ -293,6 +296,14 @@ void CompleteRank(const CLI::App& rank, Options& options) {
   if (rank.count("--top") == 0 && format == OutputFormat::kText) options.fRank.fTop = kPageRows;
 }
 
+// The model of a run.
+void AddExportFile(CLI::App& command, Options& options) {
+  command
+      .add_option("--export", options.fExport.fFile,
+                  "Write the model for other programs: .pmml, .xml, .onnx, .sql, .c or .json")
+      ->type_name("FILE");
+}
+
 CLI::App* AddModel(CLI::App& app, Options& options) {
   CLI::App* model = app.add_subcommand(
       "model", "Build a classifier of a target from the few columns that serve it best");
@@ -324,6 +335,7 @@ CLI::App* AddModel(CLI::App& app, Options& options) {
                    "Keep the model for predselect score: .bin or .xml")
       ->type_name("FILE")
       ->check(IsStateName);
+  AddExportFile(*model, options);
   model->add_option("--pmml", options.fModel.fPmml, "Write the model as PMML")->type_name("FILE");
   AddThreads(*model, options.fThreads);
   AddProgress(*model, options.fResult);
@@ -361,6 +373,33 @@ CLI::App* AddScore(CLI::App& app, Options& options) {
   AddFormat(*score, options.fResult);
   AddResultOptions(*score, options.fResult);
   return score;
+}
+
+std::string JoinedWords(const std::vector<std::string>& words) {
+  std::string joined;
+  for (const std::string& word : words) joined += (joined.empty() ? "" : "|") + word;
+  return joined;
+}
+
+CLI::App* AddExport(CLI::App& app, Options& options) {
+  CLI::App* command =
+      app.add_subcommand("export", "Write a saved Naive Bayes model as PMML, ONNX, SQL, C or JSON");
+  AddState(*command, "state", options, false);
+  command->add_option("-o,--output", options.fExport.fFile, "Write the model here")
+      ->required()
+      ->type_name("FILE");
+  command
+      ->add_option("--to", options.fExport.fTo,
+                   "The form of the model; without it the ending of --output decides: .pmml, .xml, "
+                   ".onnx, .sql, .c, .json")
+      ->check(CLI::IsMember(PredSelect::ExportFormats()))
+      ->type_name(JoinedWords(PredSelect::ExportFormats()));
+  command->add_option("--table", options.fExport.fTable, "The table that the SQL query reads")
+      ->capture_default_str()
+      ->type_name("NAME");
+  command->add_flag("--quiet", options.fResult.fbQuiet,
+                    "Do not say what the form cannot say of the model");
+  return command;
 }
 
 CLI::App* AddMerge(CLI::App& app, Options& options) {
@@ -403,6 +442,7 @@ Options ParseOptions(int argc, char** argv) {
                   "Save what the last command's engine has counted: .bin or .xml")
       ->type_name("FILE")
       ->check(IsStateName);
+  AddExportFile(*run, options);
   run->add_option("--results", options.fResults,
                   "Write rankings and subsets as XML documents into this directory")
       ->type_name("DIR");
@@ -423,6 +463,7 @@ Options ParseOptions(int argc, char** argv) {
   CLI::App* inspect = AddInspect(app, options);
   CLI::App* score = AddScore(app, options);
   CLI::App* merge = AddMerge(app, options);
+  CLI::App* exported = AddExport(app, options);
 
   try {
     app.parse(argc, argv);
@@ -432,7 +473,7 @@ Options ParseOptions(int argc, char** argv) {
     const std::pair<CLI::App*, Options::Action> actions[] = {
         {run, Options::kRun},           {rank, Options::kRank},       {model, Options::kModel},
         {describe, Options::kDescribe}, {inspect, Options::kInspect}, {score, Options::kScore},
-        {merge, Options::kMerge}};
+        {merge, Options::kMerge},       {exported, Options::kExport}};
     for (const auto& [command, action] : actions) {
       if (command->parsed()) options.fAction = action;
     }

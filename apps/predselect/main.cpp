@@ -10,6 +10,7 @@
 
 #include "apps/predselect/DescribeCommand.h"
 #include "apps/predselect/ExitCode.h"
+#include "apps/predselect/ExportCommand.h"
 #include "apps/predselect/FileUses.h"
 #include "apps/predselect/InspectCommand.h"
 #include "apps/predselect/Interrupt.h"
@@ -43,6 +44,8 @@ int Act(const Options& options) {
       return InspectState(options);
     case Options::kScore:
       return ScoreData(options);
+    case Options::kExport:
+      return ExportModel(options);
     case Options::kMerge:
       return MergeStates(options);
     default:

@@ -68,7 +68,7 @@ bool PRSMultiFactory::PreliminaryDataPass() {
 
 bool PRSMultiFactory::CompleteMetaData() {
   return !fRun.GetStatus().IsError() &&
-         fMetaData.Complete(fRun.IsModelSaved() || PRSIsStateWanted());
+         fMetaData.Complete(fRun.IsModelSaved() || PRSIsStateWanted() || PRSIsModelWanted());
 }
 
 void PRSMultiFactory::WarnOfSimulation() const {
