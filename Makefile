@@ -14,11 +14,13 @@
 #   make package  a Debian package and an archive with everything inside, in build/release/packages
 #   make check-package  install and run both on a Debian that has nothing else (needs root)
 #   make check-exact  exact p-values beside an independent computation, on tables of real data
+#   make browser  reports in a real browser: sets up Chromium and its driver, and runs their tests
 #   make models  set up the readers of exported models that the tests run: evaluators, runtimes, databases
+#   make databases  set up drivers of databases, for the tests (PostgreSQL where its server is there)
 #   make tidy    clang-tidy over the sources of program and libraries
 #   make format  clang-format over all sources
 #   make clean   removes everything that was built
-.PHONY: demo test program build bench bench-growth bench-end bench-peers compare check-exact asan tsan fuzz package check-package models tidy format clean
+.PHONY: demo test program build bench bench-growth bench-end bench-peers compare check-exact asan tsan fuzz package check-package browser models databases tidy format clean
 
 demo: program
 	@scripts/demo
@@ -79,12 +81,26 @@ package: program
 check-package: package
 	@scripts/check-package
 
+browser: program
+	@scripts/setup --browser
+	python3 -m venv .venv-browser
+	.venv-browser/bin/python3 -m pip install --quiet -r scripts/requirements-browser.txt
+	@for law in $$(.venv-browser/bin/python3 tests/browser/check_reports.py --laws); do \
+	  echo "$$law"; \
+	  .venv-browser/bin/python3 tests/browser/check_reports.py build/release/bin/predselect $$law || exit 1; \
+	done
+
 # The second evaluator's own library and what that needs are not used, only the classes that it brings.
 models:
 	@scripts/setup --models
 	python3 -m venv .venv-models
 	.venv-models/bin/python3 -m pip install --quiet -r scripts/requirements-models.txt
 	.venv-models/bin/python3 -m pip install --quiet --no-deps jpmml_evaluator==0.16.0
+
+databases:
+	@scripts/setup
+	python3 -m venv .venv-databases
+	.venv-databases/bin/python3 -m pip install --quiet -r scripts/requirements-databases.txt
 
 fuzz: export FUZZ_SECONDS ?= 600
 fuzz:

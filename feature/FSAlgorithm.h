@@ -43,6 +43,9 @@ class FSAlgorithm final : public IFSAlgorithm {
   FSEffect GetPredictorEffect(MCFSCommon::RankCriteria ranking, int predictor) const override {
     return fPredictors.GetPredictorEffect(ranking, predictor);
   }
+  FSProfile GetPredictorProfile(int predictor) const override {
+    return fPredictors.GetPredictorProfile(predictor);
+  }
   MCFeature::MCStatus ExportAllXML(std::ostream& out) const override;
   MCFeature::MCStatus SaveState(std::fstream& out) const override;
   MCFeature::MCStatus SaveStateXML(std::ostream& out) const override;

@@ -224,6 +224,11 @@ FSEffect FSPredictorSet::GetPredictorEffect(MCFSCommon::RankCriteria ranking, in
              : FSEffect();
 }
 
+FSProfile FSPredictorSet::GetPredictorProfile(int predictor) const {
+  return IsThere(predictor) ? fCounts.At(static_cast<std::size_t>(predictor))->GetProfile()
+                            : FSProfile();
+}
+
 int FSPredictorSet::GetNTargetCategories() const {
   return static_cast<int>(fCounts.GetTargetCategories().Size());
 }

@@ -23,6 +23,7 @@
 #include "feature/ranking/FSExclusions.h"
 #include "feature/ranking/FSRanking.h"
 #include "feature/statistics/FSEffect.h"
+#include "feature/statistics/FSProfile.h"
 
 struct FSCategoryMaps;
 struct FSCriterion;
@@ -99,6 +100,8 @@ class FSPredictorSet {
   MCCommon::LeakTraits GetLeakTraits(int predictor) const;
   // IFSPredTargetAccum::ComputeEffect of a predictor; nothing as above.
   FSEffect GetPredictorEffect(MCFSCommon::RankCriteria ranking, int predictor) const;
+  // IFSPredTargetAccum::GetProfile of a predictor; nothing as above.
+  FSProfile GetPredictorProfile(int predictor) const;
 
   void GetNValidNExcluded(double& validWeight, double& excludedWeight, int& validCases,
                           int& excludedCases) const {

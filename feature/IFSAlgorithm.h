@@ -21,6 +21,7 @@
 #include "feature/MCFSCommon.h"
 #include "feature/MCStatus.h"
 #include "feature/statistics/FSEffect.h"
+#include "feature/statistics/FSProfile.h"
 
 class FSSettings;
 struct FSCategoryMaps;
@@ -137,4 +138,8 @@ class IFSAlgorithm {
   // continuous predictors or target, of screening). `ranking` chooses between the tests that serve.
   // Nothing for a predictor that was removed, and for an index outside the range.
   virtual FSEffect GetPredictorEffect(MCFSCommon::RankCriteria ranking, int predictor) const = 0;
+
+  // What a predictor looks like beside the target, from the end of the data pass on (of continuous
+  // predictors or target, of screening). Nothing as above.
+  virtual FSProfile GetPredictorProfile(int predictor) const = 0;
 };

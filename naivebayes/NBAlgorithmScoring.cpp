@@ -149,7 +149,7 @@ MCStatus NBAlgorithm::DoScoreBlock(const RecordBlock& block, NBScoredBlock& scor
   const auto encode = [this, &block](int j, std::size_t first, std::size_t cases,
                                      std::int32_t* codes) {
     const double* values = block.Column(fpPreparator->GetInputColumn(j));
-    fpPreparator->EncodeInputs(j, values + first, cases, codes);
+    return fpPreparator->EncodeInputs(j, values + first, cases, codes);
   };
   scored.Score(fOutput, fInputs, block.Cases(), encode);
   return {};

@@ -47,6 +47,7 @@ OutputText ReasonOf(const MCHost::OutputDimension& rows, int leaf) {
 
 CommandRun::CommandRun(MCHost::OutputDocument& document, const std::string& name)
     : fDocument(document) {
+  fbFindings = document.fbFindings;
   fDocument.BeginRun(name);
 }
 
@@ -60,6 +61,7 @@ Outcome CommandRun::Run(MCHost::DataTable& table, const RunRequest& request,
   run.fbCompleted = CurrentRun().fbCompleted;
   run.fNewVariables = CurrentRun().fNewVariables;
   run.fFiles = CurrentRun().fFiles;
+  run.fFindings = CurrentRun().fFindings;
   return outcome;
 }
 

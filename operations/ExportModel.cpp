@@ -1,85 +1,51 @@
 #include "operations/ExportModel.h"
 
-#include <algorithm>
-#include <cctype>
+#include <new>
+#include <sstream>
 
+#include "common/xml/MCApplicInfo4XML.h"
 #include "host/session/OutputFile.h"
-#include "modelfiles/export/ExportText.h"
-#include "modelfiles/export/ModelFormats.h"
+#include "naivebayes/INBAlgorithm.h"
+#include "naivebayes/MCStatus.h"
 #include "operations/RequestError.h"
-#include "operations/Version.h"
 
 namespace PredSelect {
 
 namespace {
 
-using MCModelFiles::ModelFormat;
-
-struct Format {
-  const char* fWord;
-  ModelFormat fFormat;
-  std::vector<std::string> fEndings;
-};
-
-const std::vector<Format> kFormats = {{"pmml", ModelFormat::kPMML, {".pmml", ".xml"}},
-                                      {"onnx", ModelFormat::kONNX, {".onnx"}},
-                                      {"sql", ModelFormat::kSQL, {".sql"}},
-                                      {"c", ModelFormat::kC, {".c"}},
-                                      {"json", ModelFormat::kJSON, {".json"}}};
-
-bool HasEnding(const std::string& path, const std::string& ending) {
-  return path.size() > ending.size() &&
-         std::equal(ending.rbegin(), ending.rend(), path.rbegin(), [](char a, char b) {
-           return a == std::tolower(static_cast<unsigned char>(b));
-         });
-}
-
-bool IsMeant(const Format& format, const ExportRequest& request) {
-  if (!request.fTo.empty()) return format.fWord == request.fTo;
-  return std::ranges::any_of(format.fEndings, [&request](const std::string& ending) {
-    return HasEnding(request.fFile, ending);
-  });
-}
-
-ModelFormat FormatOf(const ExportRequest& request) {
-  for (const Format& format : kFormats) {
-    if (IsMeant(format, request)) return format.fFormat;
+// Why the document cannot hold the model.
+std::string Obstacle(const INBAlgorithm& model, const MCNaive::MCStatus& status) {
+  switch (status.GetErrorCode()) {
+    case MCNaive::kNoInputToExport:
+      return "it has no predictor.";
+    case MCNaive::kWeightNotFinite:
+      return "its case weights add up to more than a number can hold.";
+    case MCNaive::kTextNotForXML: {
+      const auto variable = static_cast<int>(status.GetDiscreteDatum(0));
+      return (variable < 0 ? std::string("a text of the application")
+                           : "a name, label or value of " +
+                                 model.GetVarList().GetVarAt(variable)->GetVariableName()) +
+             " holds a character that XML does not allow.";
+    }
+    default:
+      return "status " + std::to_string(status.GetErrorCode()) + ".";
   }
-  if (!request.fTo.empty()) {
-    throw RequestError("to", "\"" + request.fTo + "\" is no format of models.");
-  }
-  throw RequestError("the ending of \"" + request.fFile +
-                     "\" names no format of models: .pmml, .xml, .onnx, .sql, .c and .json do.");
 }
 
 }  // namespace
 
-const std::vector<std::string>& ExportFormats() {
-  static const std::vector<std::string> words = [] {
-    std::vector<std::string> all;
-    for (const Format& format : kFormats) all.emplace_back(format.fWord);
-    return all;
-  }();
-  return words;
-}
-
-void CheckExport(const ExportRequest& request) {
-  (void)FormatOf(request);
-  MCHost::OutputFile::Check(request.fFile);
-}
-
-std::vector<std::string> ExportModel(const INBAlgorithm& model, const ExportRequest& request) {
-  const ModelFormat format = FormatOf(request);
-  try {
-    const MCModelFiles::ExportedModel exported =
-        MCModelFiles::ExportModel(model, format, {request.fTable, Version()});
-    MCHost::OutputFile file(request.fFile);
-    file.Write(exported.fBytes);
-    file.Commit();
-    return exported.fNotes;
-  } catch (const MCModelFiles::ExportError& error) {
-    throw RequestError("the model cannot be exported: " + std::string(error.what()));
+void ExportModel(const INBAlgorithm& model, const std::string& path,
+                 const MCHost::AppParams& application) {
+  MCApplicInfo4XML info = {true, application.fName, application.fVersion, application.fCopyright};
+  std::ostringstream document;
+  const MCNaive::MCStatus status = model.ExportModelXML(document, &info);
+  if (status.GetErrorCode() == MCNaive::kNoMemory) throw std::bad_alloc();
+  if (!status.IsOK()) {
+    throw RequestError("the model cannot be written as a document: " + Obstacle(model, status));
   }
+  MCHost::OutputFile file(path);
+  file.Write(document.str());
+  file.Commit();
 }
 
 }  // namespace PredSelect

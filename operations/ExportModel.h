@@ -1,28 +1,18 @@
-// A model of a saved state, or of a run, as a file that other programs score with.
+// A model as a document for other programs.
 #pragma once
 
 #include <string>
-#include <vector>
+
+#include "host/session/ISession.h"
 
 class INBAlgorithm;
 
 namespace PredSelect {
 
-struct ExportRequest {
-  std::string fFile{};
-  std::string fTo{};            // "pmml", "onnx", "sql", "c" or "json"; empty: by the file's ending
-  std::string fTable = "data";  // that the SQL query reads
-};
-
-// The words that a format goes by, the first one for each.
-const std::vector<std::string>& ExportFormats();
-
-// Throws RequestError (to) for a format or an ending that stands for none.
-void CheckExport(const ExportRequest& request);
-
-// Writes the file, whole or not at all. The result says what the format cannot say of this model,
-// in sentences. Throws RequestError (to) as CheckExport does, and for a model that the format
-// cannot hold; MCHost::HostIOError. REQUIRES: the model was built.
-std::vector<std::string> ExportModel(const INBAlgorithm& model, const ExportRequest& request);
+// Writes the model as PMML 4.3. `application` is named in the document. The file appears whole or
+// not at all. Throws RequestError for a model that the document cannot hold, MCHost::HostIOError.
+// REQUIRES: the model was built, as one from a state always is.
+void ExportModel(const INBAlgorithm& model, const std::string& path,
+                 const MCHost::AppParams& application);
 
 }  // namespace PredSelect

@@ -18,6 +18,7 @@
 #include "modelfiles/ComponentFile.h"
 #include "naivebayes/NBAlgorithm.h"
 #include "operations/DocumentParts.h"
+#include "operations/Findings.h"
 #include "operations/ModelCategories.h"
 
 namespace PredSelect {
@@ -310,6 +311,7 @@ void InspectState(ComponentFile& state, MCHost::OutputDocument& document) {
   RecordData(document, 0, 0);
   document.BeginRun("inspect").fbCompleted = true;
   state.fpNaive != nullptr ? ShowNaive(*state.fpNaive) : ShowFeature(state);
+  if (document.fbFindings) document.CurrentRun().fFindings = FindingsText(state);
 }
 
 }  // namespace PredSelect

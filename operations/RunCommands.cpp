@@ -1,6 +1,6 @@
 #include "operations/RunCommands.h"
 
-#include <filesystem>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -10,12 +10,13 @@
 #include "host/data/DataTable.h"
 #include "host/output/BpError.h"
 #include "host/output/OutputDocument.h"
-#include "host/session/HostIOError.h"
+#include "host/session/NewFolder.h"
 #include "host/session/OutputFile.h"
 #include "host/session/SameFile.h"
 #include "host/session/Session.h"
 #include "host/session/SessionScope.h"
 #include "operations/DocumentParts.h"
+#include "operations/Findings.h"
 #include "operations/RequestError.h"
 
 namespace PredSelect {
@@ -50,6 +51,10 @@ class RunSession : public MCHost::Session {
     fDocument.CurrentRun().fFiles.push_back(path);
   }
   void ReportLostFile() override { fbFileLost = true; }
+  bool WantsFindings() const override { return fDocument.fbFindings; }
+  void TakeFindings(const PRSFindings& findings) override {
+    fDocument.CurrentRun().fFindings = FindingsText(findings, &Table());
+  }
   std::string StatePath() const override { return fbLast ? fRequest.fStatePath : ""; }
   std::string ResultsPrefix() const override {
     if (fRequest.fResultsFolder.empty()) return "";
@@ -65,7 +70,7 @@ class RunSession : public MCHost::Session {
   bool TakeModel(const INBAlgorithm& model) override {
     using MCHost::OutputMessage;
     try {
-      for (const std::string& note : ExportModel(model, fRequest.fExport)) {
+      for (const std::string& note : WriteModelFile(model, fRequest.fExport)) {
         MCHost::RaiseMessage(OutputMessage::kWarning, "Exported model: ^1", {note});
       }
       ReportFile(fRequest.fExport.fFile);
@@ -84,12 +89,6 @@ class RunSession : public MCHost::Session {
   MCHost::OutputDocument& fDocument;
   const RunRequest& fRequest;
 };
-
-void MakeDirectory(const std::string& path) {
-  std::error_code error;
-  std::filesystem::create_directories(path, error);
-  if (error) throw MCHost::HostIOError(path, "", "cannot be made: " + error.message());
-}
 
 // The last command is the one whose model is exported.
 void CheckModelComes(const MCHost::CommandText& last, RunSession& session) {
@@ -125,7 +124,7 @@ void ReportIdleMemory(RunSession& session) {
 void CheckOutputs(const RunRequest& request) {
   if (!request.fStatePath.empty()) MCHost::OutputFile::Check(request.fStatePath);
   if (!request.fResultsFolder.empty()) MCHost::CheckOutputFolder(request.fResultsFolder);
-  if (!request.fExport.fFile.empty()) CheckExport(request.fExport);
+  if (!request.fExport.fFile.empty()) CheckModelFile(request.fExport);
 }
 
 Outcome RunCommands(DataTable& table, MCHost::OutputDocument& document, const RunRequest& request,
@@ -137,7 +136,8 @@ Outcome RunCommands(DataTable& table, MCHost::OutputDocument& document, const Ru
   RecordData(document, table.CaseCount(), table.ColumnCount());
   RunSession session(table, document, request, surroundings);
   CheckModelComes(commands.back(), session);
-  if (!request.fResultsFolder.empty()) MakeDirectory(request.fResultsFolder);
+  std::optional<MCHost::NewFolder> results;
+  if (!request.fResultsFolder.empty()) results.emplace(request.fResultsFolder);
   Outcome outcome = Outcome::kCompleted;
   for (const MCHost::CommandText& command : commands) {
     if (session.IsCancelled()) break;

@@ -4,7 +4,7 @@
 #include <functional>
 #include <string>
 
-#include "operations/ExportModel.h"
+#include "operations/ModelFile.h"
 #include "operations/Surroundings.h"
 
 namespace MCHost {

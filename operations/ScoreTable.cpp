@@ -12,6 +12,7 @@
 #include "host/data/DataTable.h"
 #include "host/data/ProcedureDataSource.h"
 #include "host/output/OutputDocument.h"
+#include "host/output/ShowText.h"
 #include "host/output/pivot/BpPivotTable.h"
 #include "host/output/pivot/BpProcedure.h"
 #include "host/output/pivot/BpString.h"
@@ -95,6 +96,12 @@ void AddProbabilities(KOVA_DataSource& source, const std::string& root, const IN
   }
 }
 
+void Report(const Surroundings& surroundings, std::size_t cases) {
+  if (!surroundings.fReportProgress) return;
+  surroundings.fReportProgress(MCHost::KeyText(
+      "^1: ^2 cases", {MCHost::KeyText("Scoring the cases"), std::to_string(cases)}));
+}
+
 // False when the user stopped it.
 bool Score(const INBAlgorithm& model, ProcedureDataSource& source, const Surroundings& surroundings,
            Predictions& predictions, ModelCases& cases, DriftCounter& drift) {
@@ -104,6 +111,7 @@ bool Score(const INBAlgorithm& model, ProcedureDataSource& source, const Surroun
   const std::size_t most =
       NBScoredBlock::PreferredCases(model.GetNTargetCategories(), model.GetNumberOfInputVars());
   NBScoredBlock scored(surroundings.fThreads);
+  std::size_t done = 0;
   for (;;) {
     const MCCommon::RecordBlock& block = cases.NextBlock(most);
     if (block.Cases() == 0) return true;
@@ -114,6 +122,8 @@ bool Score(const INBAlgorithm& model, ProcedureDataSource& source, const Surroun
     predictions.fWriter->Store(*cases.Stream().GetProcDS(), cases.Stream().GetBlockPlaces(),
                                scored.GetWinners(), scored.GetProbabilities());
     drift.Count(block, scored);
+    done += block.Cases();
+    Report(surroundings, done);
     predictions.fNScored +=
         std::ranges::count_if(scored.GetWinners(), [](int winner) { return winner >= 0; });
   }

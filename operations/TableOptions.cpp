@@ -5,6 +5,7 @@
 #include "host/data/DataTable.h"
 #include "host/data/KOVA_DataSource.h"
 #include "host/data/MeasurementLevels.h"
+#include "host/data/MissingValueCode.h"
 #include "operations/NoVariable.h"
 #include "operations/RequestError.h"
 
@@ -37,10 +38,33 @@ void ApplyWeight(DataTable& table, const std::string& name) {
   table.SetWeightVarIndex(index);
 }
 
+void AddMissing(KOVA_Variable& variable, const std::string& code) {
+  KOVA_MissingValues& missing = variable.GetMissingValues();
+  if (!variable.IsNumeric()) return missing.AddString(code);
+  if (const auto number = MCHost::CodeAsNumber(code)) return missing.AddNumber(*number);
+  const auto range = MCHost::CodeAsRange(code);
+  if (!range) return;
+  if (missing.HasRange()) {
+    throw RequestError("missing",
+                       "\"" + variable.GetName() + "\" can have one range of missing values only.");
+  }
+  missing.SetRange(range->fLow, range->fHigh);
+}
+
+void ApplyMissing(DataTable& table, const MCHost::MissingCodes& missing) {
+  const bool isAll = missing.fVariable == "*";
+  const int first = isAll ? 0 : FindVariable(table, missing.fVariable, "missing");
+  const int last = isAll ? table.ColumnCount() : first + 1;
+  for (int column = first; column < last; ++column) {
+    for (const std::string& code : missing.fCodes) AddMissing(table.GetVariable(column), code);
+  }
+}
+
 }  // namespace
 
 void PrepareTable(DataTable& table, const TableOptions& options) {
   if (options.fSchema) options.fSchema->Apply(table);
+  for (const MCHost::MissingCodes& missing : options.fMissing) ApplyMissing(table, missing);
   for (const auto& [name, level] : options.fLevels) ApplyLevel(table, name, level);
   if (!options.fWeight.empty()) ApplyWeight(table, options.fWeight);
   MCHost::SettleMeasurementLevels(table);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "host/data/KOVA_Variable.h"
+#include "host/data/ReadingOptions.h"
 #include "host/data/TableSchema.h"
 
 namespace MCHost {
@@ -19,13 +20,17 @@ struct TableOptions {
   std::optional<MCHost::TableSchema> fSchema;
   // Variables by name, with their level; these overrule the schema, a later one an earlier one.
   std::vector<std::pair<std::string, KOVA_Variable::MeasurementLevel>> fLevels;
+  // User-missing values, besides those of the schema: numbers and ranges "low..high" of numeric
+  // variables, texts of others. A text is no value of a numeric variable, so it changes nothing.
+  std::vector<MCHost::MissingCodes> fMissing;
   std::string fWeight;  // name of the frequency weight variable, empty for none
 };
 
 // Puts the schema, the levels and the weight into the dictionary and settles the levels that nobody
 // gave. A table is prepared once, before its first operation.
 // Throws MCHost::HostIOError for a schema that does not fit and for data that cannot be read,
-// RequestError (level, weight) for a variable that is not there, a text as scale or as a weight.
+// RequestError (level, weight, missing) for a variable that is not there, a text as scale or as a
+// weight, a second range.
 void PrepareTable(MCHost::DataTable& table, const TableOptions& options);
 
 // The columns of the data that are to tell its cases apart where predictions are saved without the

@@ -1,6 +1,8 @@
 #include "apps/predselect/DescribeCommand.h"
 
 #include <memory>
+#include <set>
+#include <string>
 
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/LiveOutput.h"
@@ -15,11 +17,14 @@
 namespace PredSelectApp {
 
 int DescribeData(const Options& options) {
-  const std::unique_ptr<MCHost::DataTable> table = OpenTable(options.fData);
-  ProgressLine progress(false);
+  ProgressLine progress(WantsProgress(options.fResult));
+  const std::unique_ptr<MCHost::DataTable> table = OpenTable(options.fData, progress);
+  std::set<std::string> notes;
+  ShowNotes(*table, options.fResult, notes);
   LiveOutput document(options.fResult, progress, options.fData.fFile);
   const PredSelect::Outcome outcome =
       PredSelect::DescribeTable(*table, document, ProgramSurroundings(options, progress));
+  progress.Clear();
   if (outcome == PredSelect::Outcome::kCompleted) WriteDocument(document, options.fResult);
   return ExitCodeOf(outcome);
 }

@@ -3,7 +3,7 @@
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/Options.h"
 #include "apps/predselect/Terminal.h"
-#include "operations/ExportModel.h"
+#include "operations/ModelFile.h"
 #include "operations/ScoreTable.h"
 #include "operations/StateFile.h"
 
@@ -13,7 +13,7 @@ int ExportModel(const Options& options) {
   const std::string& path = options.fStates.front();
   const ComponentFile state = PredSelect::LoadState(path);
   for (const std::string& note :
-       PredSelect::ExportModel(PredSelect::ModelOf(state, path), options.fExport)) {
+       PredSelect::WriteModelFile(PredSelect::ModelOf(state, path), options.fExport)) {
     if (!options.fResult.fbQuiet) PrintError("Note: " + note);
   }
   return kCompleted;

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <system_error>
 
+#include "apps/predselect/ChartFiles.h"
 #include "apps/predselect/Options.h"
 #include "apps/predselect/UsageError.h"
 #include "host/arrow/DataFile.h"
@@ -14,7 +15,6 @@ namespace PredSelectApp {
 
 std::vector<FileUse> FilesOf(const Options& options) {
   std::vector<FileUse> files = {
-      {options.fData.fFile, "--data", "the data", false},
       {options.fData.fSchema, "--schema", "the schema", false},
       {options.fCommandFile, "--file", "the commands", false},
       {options.fResult.fFile, "--output", "the output", true},
@@ -27,6 +27,9 @@ std::vector<FileUse> FilesOf(const Options& options) {
       {options.fDrift, "--drift", "the drift report", true}};
   if (options.fAction != Options::kMerge && !options.fStates.empty()) {
     files.push_back({options.fStates.front(), "the state", "the state", false});
+  }
+  for (const std::string& file : MCHost::FilesOfData(options.fData.fFile)) {
+    files.insert(files.begin(), {file, "--data", "the data", false});
   }
   std::erase_if(files, [](const FileUse& file) { return file.fPath.empty(); });
   return files;
@@ -69,6 +72,7 @@ void CheckOutputs(const Options& options) {
   if (!options.fModel.fPmml.empty()) MCHost::OutputFile::Check(options.fModel.fPmml);
   CheckTable("--save-data", options.fSave.fFile, options.fSave);
   CheckTable("--drift", options.fDrift, options.fSave);
+  CheckChartFiles(options.fCharts);
   PredSelect::CheckOutputs({.fStatePath = options.fSaveState,
                             .fResultsFolder = options.fResults,
                             .fExport = options.fExport});

@@ -1,29 +1,79 @@
 #include "apps/predselect/Interrupt.h"
 
-#include <csignal>
+#include <signal.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <thread>
 
 #include "apps/predselect/ExitCode.h"
+#include "apps/predselect/ProgressLine.h"
 #include "common/MCAssert.h"
-#include "host/session/TemporaryFile.h"
+#include "host/session/Unfinished.h"
 
 namespace PredSelectApp {
 
 namespace {
 
-volatile std::sig_atomic_t gInterrupted = 0;
+constexpr int kSignals[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr timespec kPatience{0, 100'000'000};  // that a run has to stop by itself
 
-void OnInterrupt(int) {
-  if (gInterrupted != 0) {
-    MCHost::RemoveTemporaryFiles();
-    std::_Exit(kCancelled);
+std::atomic<bool> gInterrupted{false};
+std::atomic<bool> gSaid{false};
+
+// Nothing here locks, allocates or unwinds.
+[[noreturn]] void EndAtOnce() {
+  MCHost::RemoveUnfinished();
+  SayStopped();
+  _exit(kCancelled);
+}
+
+bool IsIgnored(int number) {
+  struct sigaction action {};
+  return sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+// Those that the program is to obey.
+sigset_t OwnSignals() {
+  sigset_t signals;
+  sigemptyset(&signals);
+  for (const int number : kSignals) {
+    if (!IsIgnored(number)) sigaddset(&signals, number);
   }
-  gInterrupted = 1;
+  return signals;
+}
+
+void EndEarly(int) { EndAtOnce(); }
+
+void EndAtSignals() {
+  struct sigaction action {};
+  action.sa_handler = EndEarly;
+  sigfillset(&action.sa_mask);
+  for (const int number : kSignals) {
+    if (!IsIgnored(number)) sigaction(number, &action, nullptr);
+  }
+}
+
+// Before the libraries set themselves up.
+__attribute__((section(".preinit_array"), used)) void (*const gBeforeAll)() = EndAtSignals;
+
+// A thread of its own hears a signal also while all others wait for a disk.
+void Watch(sigset_t signals) {
+  int number = 0;
+  while (sigwait(&signals, &number) != 0) {
+  }
+  gInterrupted = true;
+  while (sigtimedwait(&signals, nullptr, &kPatience) < 0 && errno == EINTR) {
+  }
+  EndAtOnce();
 }
 
 void OnBrokenInvariant(const char* text, const char* source) {
-  MCHost::RemoveTemporaryFiles();
+  MCHost::RemoveUnfinished();
   std::fprintf(stderr,
                "predselect: internal error in %s: the condition \"%s\" does not hold.\n"
                "This is a fault of the program, not of your data; please report it.\n",
@@ -35,14 +85,21 @@ void OnBrokenInvariant(const char* text, const char* source) {
 }  // namespace
 
 void InstallInterruptHandlers() {
-  std::signal(SIGINT, OnInterrupt);
-  std::signal(SIGTERM, OnInterrupt);
-  // The terminal was closed, unless the run was started to outlive it.
-  if (std::signal(SIGHUP, OnInterrupt) == SIG_IGN) std::signal(SIGHUP, SIG_IGN);
-  std::signal(SIGPIPE, SIG_IGN);
+  const sigset_t signals = OwnSignals();
+  // All threads to come have them blocked, too.
+  pthread_sigmask(SIG_BLOCK, &signals, nullptr);
+  std::thread(Watch, signals).detach();
+  signal(SIGPIPE, SIG_IGN);
   MCCommon::SetAssertionHandler(OnBrokenInvariant);
 }
 
-bool IsInterrupted() { return gInterrupted != 0; }
+bool IsInterrupted() { return gInterrupted; }
+
+void SayStopped() noexcept {
+  constexpr char kLine[] = "predselect: stopped at your wish.\n";
+  if (gSaid.exchange(true)) return;
+  ProgressLine::Erase();
+  (void)!write(STDERR_FILENO, kLine, sizeof kLine - 1);
+}
 
 }  // namespace PredSelectApp

@@ -1,14 +1,20 @@
-// Ctrl-C and termination: the first one asks the run to stop at its next poll, the second one ends
-// the program at once. Either way no temporary file stays behind.
+// Ctrl-C and termination: the first one asks the run to stop at its next poll, and ends the program
+// where it has not stopped by itself a moment later, whatever it is at. The second one ends it at
+// once. Either way one line says so, and neither a temporary file nor an empty folder stays behind.
 #pragma once
 
 namespace PredSelectApp {
 
-// Installs the handlers for SIGINT, SIGTERM and SIGHUP, and makes a closed pipe a write error.
-// Also makes a broken invariant remove temporary files before it ends the program.
+// Watches for SIGINT, SIGTERM and SIGHUP, but for those that whoever started the
+// program has it ignore, and makes a closed pipe a write error. Until then, from the program's
+// first moment on, each of them ends it. Also makes a broken invariant remove temporary files
+// before it ends the program.
 void InstallInterruptHandlers();
 
 // True once the user asked to stop.
 bool IsInterrupted();
+
+// Says on standard error, once, that the program was stopped.
+void SayStopped() noexcept;
 
 }  // namespace PredSelectApp

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <utility>
 
+#include "apps/predselect/Interrupt.h"
 #include "apps/predselect/Options.h"
 #include "apps/predselect/ProgressLine.h"
 #include "apps/predselect/Terminal.h"
@@ -11,8 +12,14 @@
 
 namespace PredSelectApp {
 
+bool LiveOutput::WantsFindings(const ResultOptions& options) {
+  return options.fFormat == OutputFormat::kHtml;
+}
+
 void LiveOutput::AddMessage(MCHost::OutputMessage message) {
-  if (!fOptions.fbQuiet || message.fLevel >= MCHost::OutputMessage::kError) {
+  const bool isShown = !fOptions.fbQuiet || message.fLevel >= MCHost::OutputMessage::kError;
+  // What a run says that is being stopped is said by the program's last line.
+  if (isShown && !IsInterrupted()) {
     fProgress.Clear();
     std::fputs(MCHost::RenderMessage(message, PageOptions(fOptions, true)).c_str(), stderr);
   }

@@ -4,6 +4,7 @@
 #include <set>
 #include <string>
 
+#include "host/arrow/DatabaseAddress.h"
 #include "host/output/OutputDocument.h"
 
 namespace MCHost {
@@ -21,12 +22,15 @@ class LiveOutput : public MCHost::OutputDocument {
   // warnings, never errors, from standard error.
   LiveOutput(const ResultOptions& options, ProgressLine& progress, const std::string& source)
       : fOptions(options), fProgress(progress) {
-    fDataSource = source;
+    fDataSource = MCHost::WithoutPassword(source);
+    fbFindings = WantsFindings(options);
   }
 
   void AddMessage(MCHost::OutputMessage message) override;
 
  private:
+  static bool WantsFindings(const ResultOptions& options);
+
   const ResultOptions& fOptions;
   ProgressLine& fProgress;
 };

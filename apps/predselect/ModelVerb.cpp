@@ -32,7 +32,8 @@ PredSelect::ModelRequest RequestOf(const Options& options) {
 }  // namespace
 
 int ModelData(const Options& options) {
-  const std::unique_ptr<MCHost::DataTable> table = OpenTable(options.fData);
+  ProgressLine progress(WantsProgress(options.fResult));
+  const std::unique_ptr<MCHost::DataTable> table = OpenTable(options.fData, progress);
   PredSelect::ModelRequest request = RequestOf(options);
   if (options.fbShowCommand) {
     WriteResults(options.fResult, PredSelect::ModelCommand(*table, request));
@@ -46,7 +47,6 @@ int ModelData(const Options& options) {
   others.fModel.fPmml.clear();
   request.fRun.fUseOf = [&others](const std::string& path) { return UseOf(path, others); };
   request.fRun.fMemory = PredSelect::AutomaticMemory();
-  ProgressLine progress(WantsProgress(options.fResult));
   LiveOutput document(options.fResult, progress, options.fData.fFile);
   const PredSelect::Outcome outcome =
       PredSelect::BuildModel(*table, document, request, ProgramSurroundings(options, progress));

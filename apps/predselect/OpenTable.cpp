@@ -1,15 +1,20 @@
 #include "apps/predselect/OpenTable.h"
 
+#include <cstdint>
+#include <cstdlib>
 #include <new>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "apps/predselect/Options.h"
+#include "apps/predselect/ProgressLine.h"
 #include "apps/predselect/UsageError.h"
 #include "host/arrow/DataFile.h"
+#include "host/arrow/DatabaseAddress.h"
 #include "host/data/DataTable.h"
 #include "host/data/MeasurementLevels.h"
+#include "host/data/ReadingScope.h"
 #include "host/session/HostIOError.h"
 #include "operations/TableOptions.h"
 
@@ -36,34 +41,53 @@ MCHost::TableStorage StorageOf(const DataOptions& options) {
   return options.fbOnce ? MCHost::TableStorage::kOnce : MCHost::TableStorage::kMemory;
 }
 
-std::unique_ptr<DataTable> OpenFile(const DataOptions& options,
-                                    const MCHost::DataFileOptions& said) {
+std::unique_ptr<DataTable> OpenFile(const DataOptions& options, const MCHost::DataFileOptions& said,
+                                    ProgressLine& progress) {
+  const std::string reading = "Reading " + options.fFile;
+  progress.Show(reading);
+  const MCHost::ReadingScope scope([&](std::int64_t cells) {
+    progress.Show(reading + ": " + std::to_string(cells / 1'000'000) + " million cells");
+  });
   try {
     return MCHost::OpenDataFile(options.fFile, said, StorageOf(options));
   } catch (const std::bad_alloc&) {
-    throw MCHost::HostIOError(options.fFile, "",
+    throw MCHost::HostIOError(MCHost::WithoutPassword(options.fFile), "",
                               std::string("there is not enough memory to read the data") +
                                   (options.fbStream ? "" : "; --stream does not keep them"));
   }
 }
 
+// Where drivers of databases are looked for besides the place that the user says.
+std::vector<std::string> DriverPlaces() {
+  std::vector<std::string> places;
+  for (const char* name : {"PREDSELECT_DRIVER", "VIRTUAL_ENV", "CONDA_PREFIX"}) {
+    const char* const place = std::getenv(name);
+    if (place != nullptr) places.emplace_back(place);
+  }
+  return places;
+}
+
 }  // namespace
 
-std::unique_ptr<DataTable> OpenTable(const DataOptions& options) {
+std::unique_ptr<DataTable> OpenTable(const DataOptions& options, ProgressLine& progress) {
   PredSelect::TableOptions said;
   MCHost::DataFileOptions file;
   file.fNullTokens = options.fNullTokens;
   file.fbKeepOriginal = options.fbSaved;
+  file.fReading = options.fReading;
+  file.fDriverPlaces = DriverPlaces();
+  said.fMissing = options.fReading.fMissing;
   if (!options.fSchema.empty()) {
     said.fSchema = MCHost::TableSchema::Read(options.fSchema);
     file.fTypes = said.fSchema->Types();
     const std::vector<std::string> nulls = said.fSchema->NullTokens();
     file.fNullTokens.insert(file.fNullTokens.end(), nulls.begin(), nulls.end());
   }
-  std::unique_ptr<DataTable> table = OpenFile(options, file);
+  std::unique_ptr<DataTable> table = OpenFile(options, file, progress);
   for (const std::string& level : options.fLevels) said.fLevels.push_back(ReadLevel(level));
   said.fWeight = options.fWeight;
   PredSelect::PrepareTable(*table, said);
+  progress.Clear();
   return table;
 }
 

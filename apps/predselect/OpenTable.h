@@ -10,10 +10,12 @@ class DataTable;
 namespace PredSelectApp {
 
 struct DataOptions;
+class ProgressLine;
 
 // Opens the data, applies the schema, the levels and the weight, and settles the levels that nobody
-// gave. Throws MCHost::HostIOError for files and for data that the memory does not hold,
-// UsageError and PredSelect::RequestError for what the options say.
-std::unique_ptr<MCHost::DataTable> OpenTable(const DataOptions& options);
+// gave; the progress line says how much has been read. Throws MCHost::HostIOError for files and for
+// data that the memory does not hold, UsageError and PredSelect::RequestError for what the options
+// say.
+std::unique_ptr<MCHost::DataTable> OpenTable(const DataOptions& options, ProgressLine& progress);
 
 }  // namespace PredSelectApp

@@ -1,16 +1,26 @@
 #include "apps/predselect/Options.h"
 
 #include <CLI/CLI.hpp>
+#include <charconv>
+#include <functional>
+#include <limits>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "apps/predselect/ExitCode.h"
+#include "apps/predselect/Completion.h"
+#include "apps/predselect/Examples.h"
 #include "apps/predselect/FileUses.h"
+#include "apps/predselect/HelpModel.h"
+#include "apps/predselect/HelpPage.h"
+#include "apps/predselect/ManPage.h"
 #include "apps/predselect/MemorySize.h"
-#include "apps/predselect/Terminal.h"
+#include "apps/predselect/UsageError.h"
+#include "apps/predselect/UsageReport.h"
+#include "host/session/HostFunctions.h"
 #include "host/session/SameFile.h"
+#include "host/text/KeywordMatch.h"
 #include "operations/AvailableThreads.h"
 #include "operations/Version.h"
 
@@ -20,68 +30,50 @@ namespace {
 
 constexpr int kPageRows = 20;  // of a ranking, unless more are asked for
 
-constexpr const char* kDescription =
-    "Which columns carry information about a target, and which few of them make a good classifier.";
+// The groups of options in the pages of help.
+constexpr const char* kDataGroup = "Data";
+constexpr const char* kResultsGroup = "Results";
+constexpr const char* kSavingGroup = "Saving";
+constexpr const char* kWorkGroup = "Work";
 
-constexpr const char* kExamples = R"(Examples:
-  What is in the file?
-    predselect describe penguins.csv
+constexpr const char* kShortVerbs = "Verbs";
+constexpr const char* kLanguage = "The command language, and saved states";
+constexpr const char* kHelpVerbs = "Help";
 
-  Which columns go with a target? Which few predict it, and how well?
-    predselect rank penguins.csv species
-    predselect model penguins.csv species --save-model model.bin
+// What is added to the command from here on stands in that group.
+void InGroup(CLI::App& command, const char* group) { command.option_defaults()->group(group); }
 
-  The same with the command language, for some columns:
-    predselect run --data penguins.csv \
-      -c "SELECTPRED species BY island sex WITH bill_length_mm body_mass_g"
-
-  The same as a JSON document, with labels and levels from a Table Schema:
-    predselect run --data penguins.csv --schema penguins.schema.json --format json \
-      -c "SELECTPRED species" -o result.json
-
-  Weighted cases, commands from a file, a table too large for memory:
-    predselect run --data survey.parquet --weight n --stream -f commands.txt
-
-  Count parts of the data apart, bring them together, see the ranking:
-    predselect run --data part1.csv -c "SELECTPRED income" --save-state part1.bin
-    predselect merge part1.bin part2.bin -o all.bin
-    predselect inspect all.bin
-
-  Keep a model and predict new data with it:
-    predselect model old.csv income --save-model model.bin
-    predselect score --model model.bin new.csv --save-data predicted.csv
-
-  Take the model elsewhere: as a query, a C file, PMML, ONNX or JSON.
-    predselect export model.bin -o model.sql --table clients
-
-  Its predictions alone, beside the columns that tell the cases apart:
-    predselect score --model model.bin --data new.csv --save-data keyed.csv --only-new --id id
-
-Exit codes: 0 all commands completed, 1 a command reported an error, 2 wrong usage,
-3 data could not be read or written, 70 internal error, 130 cancelled.
-"predselect run --help" tells the options and the syntax of the commands.)";
-
-constexpr const char* kCommandSyntax =
-#include "apps/predselect/CommandSyntax.inc"
-    ;
-
-constexpr const char* kRunNotes = R"(
-  A command ends with a period at the end of a line. Neither BY nor WITH: every other variable
-  is a candidate. Lists take "a TO c" and ALL. docs/commands.md has the whole reference.)";
-
-// CLI11 reports what it could not take; the reader needs to know where help is.
-int ReportUsage(const CLI::App& app, const CLI::ParseError& error) {
-  if (error.get_exit_code() == 0) return app.exit(error);
-  PrintError(std::string("predselect: ") + error.what());
-  PrintError("Try \"predselect --help\".");
-  return kWrongUsage;
+void AddReadingOptions(CLI::App& command, MCHost::ReadingOptions& reading) {
+  for (const MCHost::ReadingOption& option : MCHost::AllReadingOptions()) {
+    const std::string name = std::string("--") + option.fName;
+    const auto take = [&reading, &option, name](const std::string& word) {
+      const std::string wrong = MCHost::SetReadingOption(reading, option.fName, word);
+      if (!wrong.empty()) throw CLI::ValidationError(name, wrong);
+    };
+    if (*option.fWords == '\0') {
+      command.add_flag_callback(
+          name, [take] { take(""); }, option.fHelp);
+      continue;
+    }
+    CLI::Option* added = command.add_option_function<std::vector<std::string>>(
+        name,
+        [take](const std::vector<std::string>& words) {
+          for (const auto& word : words) take(word);
+        },
+        option.fHelp);
+    added->type_name(option.fWords)->allow_extra_args(false);
+    if (!option.fbRepeated) added->expected(1);
+  }
 }
 
 void AddDataOptions(CLI::App& command, DataOptions& data) {
+  InGroup(command, kDataGroup);
   command
-      .add_option("--data,FILE", data.fFile,
-                  "Data file: .csv, .tsv, .parquet, .arrow or .feather; - is CSV on standard "
-                  "input; with or without --data before it")
+      .add_option(
+          "--data,FILE", data.fFile,
+          "Data file: .csv, .tsv, .parquet, .arrow, .feather, .jsonl, .json, .xlsx or .ods; - is "
+          "standard input, CSV unless --input-format says otherwise; sqlite:FILE, duckdb:FILE "
+          "and postgresql://... are databases; with or without --data before it")
       ->required()
       ->type_name("FILE");
   command
@@ -92,14 +84,16 @@ void AddDataOptions(CLI::App& command, DataOptions& data) {
       ->allow_extra_args(false);
   command
       .add_option("--null", data.fNullTokens,
-                  "One more text that means null in CSV and TSV (besides nothing, NA, NaN, null)")
+                  "One more text that means null in CSV and TSV (besides nothing, NA, NULL, ...)")
       ->type_name("TEXT")
       ->allow_extra_args(false);
   command.add_flag("--stream", data.fbStream,
                    "Read the file again on every pass instead of keeping it in memory");
+  AddReadingOptions(command, data.fReading);
 }
 
 void AddWeight(CLI::App& command, DataOptions& data) {
+  InGroup(command, kDataGroup);
   command.add_option("--weight", data.fWeight, "Frequency weight variable")->type_name("VAR");
 }
 
@@ -109,26 +103,34 @@ void AddChoice(CLI::App& command, const std::string& name, Value& value,
                const std::vector<std::pair<std::string, Value>>& choices, const std::string& help) {
   std::string words;
   for (const auto& choice : choices) words += (words.empty() ? "" : "|") + choice.first;
-  const auto take = [&value, choices, words, name](const std::string& word) {
+  const auto take = [&value, choices, name](const std::string& word) {
     for (const auto& choice : choices) {
       if (choice.first == word) {
         value = choice.second;
         return;
       }
     }
-    throw CLI::ValidationError(name, "\"" + word + "\" is none of " + words);
+    std::vector<std::string> known;
+    for (const auto& choice : choices) known.push_back(choice.first);
+    const std::string hint = MCHost::DidYouMean(word, known);
+    throw CLI::ValidationError(
+        name, "\"" + word + "\" is none of " + MCHost::JoinAlternatives(known) + hint);
   };
   command.add_option_function<std::string>(name, take, help)->type_name(words);
 }
 
 void AddFormat(CLI::App& command, ResultOptions& result) {
-  AddChoice<OutputFormat>(command, "--format", result.fFormat,
-                          {{"text", OutputFormat::kText}, {"json", OutputFormat::kJson}},
-                          "A page to read (default), or a document for programs");
+  InGroup(command, kResultsGroup);
+  AddChoice<OutputFormat>(
+      command, "--format", result.fFormat,
+      {{"text", OutputFormat::kText}, {"json", OutputFormat::kJson}, {"html", OutputFormat::kHtml}},
+      "Tables to read (default), a document for programs, or a report to look "
+      "at in a browser");
 }
 
 // Of a command whose result is one flat table.
 void AddFlatFormat(CLI::App& command, ResultOptions& result) {
+  InGroup(command, kResultsGroup);
   AddChoice<OutputFormat>(
       command, "--format", result.fFormat,
       {{"text", OutputFormat::kText},
@@ -136,18 +138,20 @@ void AddFlatFormat(CLI::App& command, ResultOptions& result) {
        {"csv", OutputFormat::kCsv},
        {"tsv", OutputFormat::kTsv},
        {"jsonl", OutputFormat::kJsonLines},
-       {"markdown", OutputFormat::kMarkdown}},
-      "A page to read (default), a document for programs, or the table alone, a record a line; "
-      "without it the extension of --output decides: .json, .csv, .tsv, .jsonl, .md, .parquet, "
-      ".arrow, .feather");
+       {"markdown", OutputFormat::kMarkdown},
+       {"html", OutputFormat::kHtml}},
+      "A page to read (default), a document for programs, the table alone, a record a line, or a "
+      "report to look at in a browser; without it the extension of --output decides: .json, .csv, "
+      ".tsv, .jsonl, .md, .html, .parquet, .arrow, .feather");
 }
 
 OutputFormat FormatOf(const std::string& path) {
   constexpr std::pair<const char*, OutputFormat> kEndings[] = {
-      {".json", OutputFormat::kJson},     {".csv", OutputFormat::kCsv},
-      {".tsv", OutputFormat::kTsv},       {".jsonl", OutputFormat::kJsonLines},
-      {".md", OutputFormat::kMarkdown},   {".parquet", OutputFormat::kColumns},
-      {".arrow", OutputFormat::kColumns}, {".feather", OutputFormat::kColumns}};
+      {".json", OutputFormat::kJson},       {".csv", OutputFormat::kCsv},
+      {".tsv", OutputFormat::kTsv},         {".jsonl", OutputFormat::kJsonLines},
+      {".md", OutputFormat::kMarkdown},     {".html", OutputFormat::kHtml},
+      {".parquet", OutputFormat::kColumns}, {".arrow", OutputFormat::kColumns},
+      {".feather", OutputFormat::kColumns}};
   for (const auto& [ending, format] : kEndings) {
     if (path.ends_with(ending)) return format;
   }
@@ -155,6 +159,7 @@ OutputFormat FormatOf(const std::string& path) {
 }
 
 void AddResultOptions(CLI::App& command, ResultOptions& result) {
+  InGroup(command, kResultsGroup);
   command
       .add_option("-o,--output", result.fFile, "Write the results here (default: standard output)")
       ->type_name("FILE");
@@ -164,7 +169,33 @@ void AddResultOptions(CLI::App& command, ResultOptions& result) {
   command.add_flag("--quiet", result.fbQuiet, "No warnings and no progress on standard error");
 }
 
+// A check that takes whole numbers of that range.
+std::function<std::string(const std::string&)> WholeNumber(
+    int least, int most = std::numeric_limits<int>::max()) {
+  return [least, most](const std::string& text) -> std::string {
+    int number = 0;
+    const char* end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, number);
+    const bool isNumber = error == std::errc() && rest == end;
+    if (isNumber && number >= least && number <= most) return "";
+    const std::string bounds =
+        most == std::numeric_limits<int>::max()
+            ? "of at least " + std::to_string(least)
+            : "from " + std::to_string(least) + " to " + std::to_string(most);
+    return "\"" + text + "\" is not a whole number " + bounds;
+  };
+}
+
+std::string IsShare(const std::string& text) {
+  double share = 0.0;
+  const char* end = text.data() + text.size();
+  const auto [rest, error] = std::from_chars(text.data(), end, share);
+  const bool isShare = error == std::errc() && rest == end && share >= 0.0 && share <= 0.99;
+  return isShare ? "" : "\"" + text + "\" is not a share from 0 to 0.99, such as 0.3";
+}
+
 void AddMemory(CLI::App& command, double& memory) {
+  InGroup(command, kWorkGroup);
   const auto take = [&memory](const std::string& text) {
     const std::optional<double> size = ParseMemorySize(text);
     if (!size && text != "auto") {
@@ -180,26 +211,30 @@ void AddMemory(CLI::App& command, double& memory) {
           "--memory", take,
           "Memory for the cases of a NAIVEBAYES command that states no MEMALLOCATE: 512M, 2G, 4096 "
           "(kilobytes), or auto for half of what is free (default: 1024)")
-      ->type_name("SIZE|auto");
+      ->type_name("SIZE");
 }
 
 void AddThreads(CLI::App& command, int& threads) {
+  InGroup(command, kWorkGroup);
   command
       .add_option("--threads", threads,
                   "Threads at work at once, which changes no result (default: one for each "
                   "processor)")
-      ->check(CLI::Range(1, PredSelect::kMostThreads))
+      ->check(WholeNumber(1, PredSelect::kMostThreads))
       ->type_name("N");
 }
 
 CLI::Option* AddSaveOptions(CLI::App& command, const std::string& what, SaveOptions& save) {
+  InGroup(command, kSavingGroup);
   CLI::Option* file = command.add_option(
       "--save-data", save.fFile,
       "Write the table with the " + what + ": .csv, .tsv, .parquet, .arrow or .feather");
   file->type_name("FILE");
   CLI::Option* onlyNew =
       command.add_flag("--only-new", save.fbOnlyNew, "Save the " + what + " alone")->needs(file);
-  command.add_option("--id", save.fKeys, "Save these columns of the data before them")
+  command
+      .add_option("--id", save.fKeys,
+                  "With --only-new: these columns of the data as well, before the new ones")
       ->type_name("COL...")
       ->needs(onlyNew);
   command.add_flag("--force", save.fbForce, "Save over a file that is there, an input as well")
@@ -228,7 +263,11 @@ void RefuseOneFileForTwo(const Options& options) {
 }
 
 void AddState(CLI::App& command, const std::string& name, Options& options, bool several) {
-  command.add_option(name, options.fStates, "State saved by run --save-state")
+  InGroup(command, kDataGroup);
+  command
+      .add_option(name, options.fStates,
+                  several ? "States saved by run --save-state, two or more"
+                          : "State saved by model --save-model or run --save-state")
       ->required()
       ->expected(several ? 2 : 1, several ? CLI::detail::expected_max_vector_size : 1)
       ->allow_extra_args(several)
@@ -238,17 +277,20 @@ void AddState(CLI::App& command, const std::string& name, Options& options, bool
 // What ranks or models a target that is named, besides the data.
 void AddTarget(CLI::App& command, Options& options, std::string& target,
                std::vector<std::string>& except) {
+  InGroup(command, "Columns");
   command.add_option("TARGET", target, "The variable to be predicted")
       ->required()
       ->type_name("VAR");
   command.add_option("--except", except, "Leave this column out; may be repeated")
       ->type_name("VAR")
       ->allow_extra_args(false);
+  InGroup(command, kWorkGroup);
   command.add_flag("--show-command", options.fbShowCommand,
                    "Show the command that this stands for instead of running it");
 }
 
 void AddProgress(CLI::App& command, ResultOptions& result) {
+  InGroup(command, kWorkGroup);
   command.add_flag_callback(
       "--no-progress", [&result] { result.fbProgress = false; }, "No progress line");
 }
@@ -260,6 +302,7 @@ CLI::App* AddRank(CLI::App& app, Options& options) {
   AddDataOptions(*rank, options.fData);
   AddWeight(*rank, options.fData);
   AddTarget(*rank, options, options.fRank.fTarget, options.fRank.fExcept);
+  InGroup(*rank, "Ranking");
   AddChoice<RankBy>(
       *rank, "--by", options.fRank.fBy,
       {{"p", RankBy::kPearson},
@@ -270,15 +313,20 @@ CLI::App* AddRank(CLI::App& app, Options& options) {
       "What ranks: p-value (default), the same by the likelihood ratio, Cramer's V or "
       "lambda among categorical columns, or mutual information");
   rank->add_option("--top", options.fRank.fTop,
-                   "Show so many; 0 for all (default: 20 on a page, else all)")
-      ->check(CLI::NonNegativeNumber)
+                   "Show so many predictors; 0 for all (default: 20 on a page, else all)")
+      ->check(WholeNumber(0))
       ->type_name("N");
   AddThreads(*rank, options.fThreads);
   AddFlatFormat(*rank, options.fResult);
   AddResultOptions(*rank, options.fResult);
   AddProgress(*rank, options.fResult);
+  rank->footer(kRankExamples)->group(kShortVerbs);
   return rank;
 }
+
+constexpr std::pair<const char*, const char*> kCommandHelp[] = {
+#include "apps/predselect/CommandHelp.inc"
+};
 
 // Empty, or why a state cannot be saved under the name.
 std::string IsStateName(const std::string& name) {
@@ -310,11 +358,12 @@ CLI::App* AddModel(CLI::App& app, Options& options) {
   AddDataOptions(*model, options.fData);
   AddWeight(*model, options.fData);
   AddTarget(*model, options, options.fModel.fTarget, options.fModel.fExcept);
+  InGroup(*model, "Model");
   CLI::Option* test =
       model
           ->add_option("--test", options.fModel.fTest,
                        "Share of the cases, drawn at random, that test the model; 0 for none")
-          ->check(CLI::Range(0.0, 0.99))
+          ->check(IsShare)
           ->capture_default_str()
           ->type_name("SHARE");
   model
@@ -325,7 +374,7 @@ CLI::App* AddModel(CLI::App& app, Options& options) {
   model
       ->add_option("--predictors", options.fModel.fPredictors,
                    "At most so many (default: as many as serve the model)")
-      ->check(CLI::PositiveNumber)
+      ->check(WholeNumber(1))
       ->type_name("N");
   AddFormat(*model, options.fResult);
   AddResultOptions(*model, options.fResult);
@@ -339,15 +388,17 @@ CLI::App* AddModel(CLI::App& app, Options& options) {
   model->add_option("--pmml", options.fModel.fPmml, "Write the model as PMML")->type_name("FILE");
   AddThreads(*model, options.fThreads);
   AddProgress(*model, options.fResult);
+  model->footer(kModelExamples)->group(kShortVerbs);
   return model;
 }
 
 CLI::App* AddInspect(CLI::App& app, Options& options) {
   CLI::App* inspect = app.add_subcommand(
       "inspect", "Show what a state file holds: component, variables, counts, ranking or model");
-  AddState(*inspect, "state", options, false);
+  AddState(*inspect, "STATE", options, false);
   AddFormat(*inspect, options.fResult);
   AddResultOptions(*inspect, options.fResult);
+  inspect->footer(kInspectExamples)->group(kLanguage);
   return inspect;
 }
 
@@ -372,61 +423,66 @@ CLI::App* AddScore(CLI::App& app, Options& options) {
   AddThreads(*score, options.fThreads);
   AddFormat(*score, options.fResult);
   AddResultOptions(*score, options.fResult);
+  score->footer(kScoreExamples)->group(kShortVerbs);
   return score;
-}
-
-std::string JoinedWords(const std::vector<std::string>& words) {
-  std::string joined;
-  for (const std::string& word : words) joined += (joined.empty() ? "" : "|") + word;
-  return joined;
-}
-
-CLI::App* AddExport(CLI::App& app, Options& options) {
-  CLI::App* command =
-      app.add_subcommand("export", "Write a saved Naive Bayes model as PMML, ONNX, SQL, C or JSON");
-  AddState(*command, "state", options, false);
-  command->add_option("-o,--output", options.fExport.fFile, "Write the model here")
-      ->required()
-      ->type_name("FILE");
-  command
-      ->add_option("--to", options.fExport.fTo,
-                   "The form of the model; without it the ending of --output decides: .pmml, .xml, "
-                   ".onnx, .sql, .c, .json")
-      ->check(CLI::IsMember(PredSelect::ExportFormats()))
-      ->type_name(JoinedWords(PredSelect::ExportFormats()));
-  command->add_option("--table", options.fExport.fTable, "The table that the SQL query reads")
-      ->capture_default_str()
-      ->type_name("NAME");
-  command->add_flag("--quiet", options.fResult.fbQuiet,
-                    "Do not say what the form cannot say of the model");
-  return command;
 }
 
 CLI::App* AddMerge(CLI::App& app, Options& options) {
   CLI::App* merge =
       app.add_subcommand("merge", "Bring together states that were counted over parts of the data");
-  AddState(*merge, "states", options, true);
+  AddState(*merge, "STATE", options, true);
+  InGroup(*merge, kResultsGroup);
   merge->add_option("-o,--output", options.fSaveState, "Write the merged state here: .bin or .xml")
       ->required()
       ->type_name("FILE")
       ->check(IsStateName);
   merge->add_flag("--allow-equal", options.fbAllowEqual,
                   "Take states that hold the very same counts, too");
+  merge->footer(kMergeExamples)->group(kLanguage);
   return merge;
 }
 
-}  // namespace
+CLI::App* AddExport(CLI::App& app, Options& options) {
+  CLI::App* command =
+      app.add_subcommand("export", "Write a saved Naive Bayes model as PMML, ONNX, SQL, C or JSON");
+  AddState(*command, "STATE", options, false);
+  InGroup(*command, kResultsGroup);
+  command->add_option("-o,--output", options.fExport.fFile, "Write the model here")
+      ->required()
+      ->type_name("FILE");
+  std::vector<std::pair<std::string, std::string>> forms;
+  for (const std::string& word : PredSelect::ModelFileFormats()) forms.emplace_back(word, word);
+  AddChoice<std::string>(*command, "--to", options.fExport.fTo, forms,
+                         "The form of the model; without it the ending of --output decides: "
+                         ".pmml, .xml, .onnx, .sql, .c, .json");
+  command->add_option("--table", options.fExport.fTable, "The table that the SQL query reads")
+      ->capture_default_str()
+      ->type_name("NAME");
+  command->add_flag("--quiet", options.fResult.fbQuiet,
+                    "Do not say what the form cannot say of the model");
+  command->footer(kExportExamples)->group(kLanguage);
+  return command;
+}
 
-Options ParseOptions(int argc, char** argv) {
-  Options options;
-  CLI::App app(kDescription, "predselect");
-  app.footer(kExamples);
-  app.set_version_flag("--version", std::string("predselect ") + PredSelect::Version());
-  app.require_subcommand(1);
+CLI::App* AddView(CLI::App& app, Options& options) {
+  CLI::App* view =
+      app.add_subcommand("view", "Look at a state file, or a JSON document, in a browser");
+  view->add_option("FILE", options.fStates,
+                   "State saved by run --save-state, or a document of --format json")
+      ->required()
+      ->expected(1)
+      ->type_name("FILE");
+  view->add_option("-o,--output", options.fResult.fFile, "Write the report here instead")
+      ->type_name("FILE");
+  view->footer(kViewExamples)->group(kLanguage);
+  return view;
+}
 
+CLI::App* AddRun(CLI::App& app, Options& options) {
   CLI::App* run = app.add_subcommand("run", "Run commands over a table");
   AddDataOptions(*run, options.fData);
   AddWeight(*run, options.fData);
+  InGroup(*run, "Commands");
   CLI::Option* text =
       run->add_option("-c,--command", options.fCommandTexts,
                       "The commands to run; several are run in order, as of one text")
@@ -446,45 +502,176 @@ Options ParseOptions(int argc, char** argv) {
   run->add_option("--results", options.fResults,
                   "Write rankings and subsets as XML documents into this directory")
       ->type_name("DIR");
+  run->add_option("--charts", options.fCharts,
+                  "Draw charts into this directory, as SVG and PNG (with the Python package "
+                  "vl-convert-python)")
+      ->type_name("DIR");
   AddMemory(*run, options.fMemory);
   AddThreads(*run, options.fThreads);
   AddProgress(*run, options.fResult);
-  run->footer(std::string("Commands:\n") + kCommandSyntax + kRunNotes);
+  run->footer(kRunExamples)->group(kLanguage);
+  return run;
+}
 
+CLI::App* AddDescribe(CLI::App& app, Options& options) {
   CLI::App* describe = app.add_subcommand(
       "describe", "Show the dictionary: names, levels, ranges, categories, missing values");
   AddDataOptions(*describe, options.fData);
   AddWeight(*describe, options.fData);
   AddFormat(*describe, options.fResult);
   AddResultOptions(*describe, options.fResult);
+  describe->footer(kDescribeExamples)->group(kShortVerbs);
+  return describe;
+}
 
-  CLI::App* rank = AddRank(app, options);
-  CLI::App* model = AddModel(app, options);
-  CLI::App* inspect = AddInspect(app, options);
-  CLI::App* score = AddScore(app, options);
-  CLI::App* merge = AddMerge(app, options);
-  CLI::App* exported = AddExport(app, options);
+CLI::App* AddHelp(CLI::App& app, std::string& topic) {
+  CLI::App* help = app.add_subcommand("help", "Show all about a verb, or about a command");
+  std::string topics;
+  for (const CLI::App* verb : app.get_subcommands({})) topics += verb->get_name() + "|";
+  for (const auto& [name, text] : kCommandHelp) topics += std::string(name) + "|";
+  help->add_option("TOPIC", topic, "A verb, SELECTPRED or NAIVEBAYES; none for an overview")
+      ->type_name(topics.substr(0, topics.size() - 1));
+  help->footer("")->group(kHelpVerbs);
+  return help;
+}
 
-  try {
-    app.parse(argc, argv);
-    if (run->parsed() && options.fCommandTexts.empty() && options.fCommandFile.empty()) {
-      throw CLI::RequiredError("-c or -f");
-    }
-    const std::pair<CLI::App*, Options::Action> actions[] = {
-        {run, Options::kRun},           {rank, Options::kRank},       {model, Options::kModel},
-        {describe, Options::kDescribe}, {inspect, Options::kInspect}, {score, Options::kScore},
-        {merge, Options::kMerge},       {exported, Options::kExport}};
-    for (const auto& [command, action] : actions) {
-      if (command->parsed()) options.fAction = action;
-    }
-    if (rank->parsed()) CompleteRank(*rank, options);
-    options.fData.fbSaved = !options.fSave.fFile.empty();
-    RefuseOneFileForTwo(options);
-  } catch (const CLI::ParseError& error) {
-    options.fAction = Options::kNone;
-    options.fExitCode = ReportUsage(app, error);
+CLI::App* AddCompletion(CLI::App& app, std::string& shell) {
+  CLI::App* completion = app.add_subcommand(
+      "completion", "Write what a shell needs to complete verbs and options, or the manual page");
+  completion->add_option("SHELL", shell, "bash, zsh or fish; man for the manual page")
+      ->required()
+      ->type_name("bash|zsh|fish|man");
+  completion->footer(kCompletionExamples)->group(kHelpVerbs);
+  return completion;
+}
+
+// The program's verbs, and what they read their options into.
+struct CommandLine {
+  explicit CommandLine(Options& options) {
+    fApp.formatter_fn([](const CLI::App* app, const std::string&, CLI::AppFormatMode) {
+      return app->get_parent() == nullptr ? HelpPage(DescribeProgram(*app))
+                                          : HelpPage(DescribeVerb(*app));
+    });
+    fApp.set_help_flag("-h,--help", "Show this help");
+    fApp.set_version_flag("--version", std::string("predselect ") + PredSelect::Version(),
+                          "Show the program's version");
+    fApp.require_subcommand(1);
+    fActions = {{AddDescribe(fApp, options), Options::kDescribe},
+                {AddRank(fApp, options), Options::kRank},
+                {AddModel(fApp, options), Options::kModel},
+                {AddScore(fApp, options), Options::kScore},
+                {AddRun(fApp, options), Options::kRun},
+                {AddInspect(fApp, options), Options::kInspect},
+                {AddMerge(fApp, options), Options::kMerge},
+                {AddExport(fApp, options), Options::kExport},
+                {AddView(fApp, options), Options::kView}};
+    fpHelp = AddHelp(fApp, fTopic);
+    fpCompletion = AddCompletion(fApp, fShell);
+    fApp.footer(kProgramNotes);
   }
-  return options;
+  CommandLine(const CommandLine&) = delete;
+  CommandLine& operator=(const CommandLine&) = delete;
+
+  // The verb of that name, null for none.
+  const CLI::App* Verb(const std::string& name) const {
+    for (const CLI::App* verb : fApp.get_subcommands({})) {
+      if (verb->get_name() == name) return verb;
+    }
+    return nullptr;
+  }
+
+  CLI::App fApp{kDescription, "predselect"};
+  std::vector<std::pair<CLI::App*, Options::Action>> fActions;
+  CLI::App* fpHelp = nullptr;
+  CLI::App* fpCompletion = nullptr;
+  std::string fTopic;
+  std::string fShell;
+};
+
+std::string TextOn(const CommandLine& line) {
+  const std::string& topic = line.fTopic;
+  if (topic.empty()) return HelpPage(DescribeProgram(line.fApp));
+  if (const CLI::App* verb = line.Verb(topic)) return HelpPage(DescribeVerb(*verb));
+  std::vector<std::string> known;
+  for (const auto& [name, text] : kCommandHelp) {
+    if (AreStringsEqualCase(name, topic)) return text;
+    known.emplace_back(name);
+  }
+  for (const CLI::App* verb : line.fApp.get_subcommands({})) known.push_back(verb->get_name());
+  const std::string hint = MCHost::DidYouMean(topic, known);
+  throw CLI::ValidationError("help",
+                             "there is nothing on \"" + topic + "\"" +
+                                 (hint.empty() ? "; predselect help lists the verbs" : hint));
+}
+
+std::string ShellText(const CommandLine& line) {
+  const HelpProgram program = DescribeProgram(line.fApp);
+  if (line.fShell == "bash") return BashCompletion(program);
+  if (line.fShell == "zsh") return ZshCompletion(program);
+  if (line.fShell == "fish") return FishCompletion(program);
+  if (line.fShell == "man") return ManPage(program);
+  throw CLI::ValidationError("completion",
+                             "\"" + line.fShell + "\" is none of bash, zsh, fish and man");
+}
+
+// What depends on several options, and what is settled when all are known.
+void Complete(const CommandLine& line, Options& options) {
+  for (const auto& [command, action] : line.fActions) {
+    if (!command->parsed()) continue;
+    options.fAction = action;
+    if (action == Options::kRank) CompleteRank(*command, options);
+  }
+  if (options.fAction == Options::kRun && options.fCommandTexts.empty() &&
+      options.fCommandFile.empty()) {
+    throw CLI::RequiredError("-c or -f");
+  }
+  options.fData.fbSaved = !options.fSave.fFile.empty();
+  RefuseOneFileForTwo(options);
+  if (line.fpHelp->parsed()) options.fShown = TextOn(line);
+  if (line.fpCompletion->parsed()) options.fShown = ShellText(line);
+}
+
+// What the parser could not take, and where to read on.
+UsageError Explain(const CommandLine& line, const CLI::ParseError& error,
+                   const std::vector<std::string>& words) {
+  const HelpProgram program = DescribeProgram(line.fApp);
+  std::string text = UnknownVerb(program, words.front());
+  const CLI::App* verb = line.Verb(words.front());
+  if (text.empty()) {
+    const std::vector<HelpOption> known =
+        verb == nullptr ? program.fOptions : DescribeVerb(*verb).fOptions;
+    text = UnknownOption(known, words);
+  }
+  if (text.empty()) text = PlainUsageError(error.what());
+  if (verb == nullptr) return UsageError(text, "\"predselect help\" lists the verbs.\n");
+  return UsageError(text, "Usage: " + DescribeVerb(*verb).fUsage + "\n\"predselect help " +
+                              words.front() + "\" tells more.\n");
+}
+
+void Parse(int argc, char** argv, Options& options) {
+  CommandLine line(options);
+  try {
+    line.fApp.parse(argc, argv);
+    Complete(line, options);
+  } catch (const CLI::CallForHelp&) {
+    options.fShown = line.fApp.help();
+  } catch (const CLI::CallForVersion& version) {
+    options.fShown = std::string(version.what()) + "\n";
+  } catch (const CLI::ParseError& error) {
+    if (argc < 2) throw UsageError("", ShortHelp(DescribeProgram(line.fApp)));
+    throw Explain(line, error, {argv + 1, argv + argc});
+  }
+}
+
+}  // namespace
+
+void ParseOptions(int argc, char** argv, Options& options) {
+  try {
+    Parse(argc, argv, options);
+  } catch (const UsageError&) {
+    options.fAction = Options::kNone;
+    throw;
+  }
 }
 
 }  // namespace PredSelectApp

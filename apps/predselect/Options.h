@@ -4,13 +4,14 @@
 #include <string>
 #include <vector>
 
+#include "host/data/ReadingOptions.h"
 #include "operations/BuildModel.h"
 #include "operations/RankPredictors.h"
 
 namespace PredSelectApp {
 
-// The ones behind kJson are of flat tables: kColumns is a file of columns, by its extension.
-enum class OutputFormat { kText, kJson, kCsv, kTsv, kJsonLines, kMarkdown, kColumns };
+// Those from kCsv to kColumns are of flat tables: kColumns is a file of columns, by its extension.
+enum class OutputFormat { kText, kJson, kCsv, kTsv, kJsonLines, kMarkdown, kColumns, kHtml };
 enum class Color { kAuto, kAlways, kNever };
 
 // Which data, and what is said of them besides the file itself.
@@ -20,6 +21,7 @@ struct DataOptions {
   std::string fWeight;                   // name of the frequency weight variable, empty for none
   std::vector<std::string> fLevels;      // "variable=nominal|ordinal|scale"
   std::vector<std::string> fNullTokens;  // further texts that mean null in CSV and TSV
+  MCHost::ReadingOptions fReading;       // how the file is to be read
   bool fbStream = false;                 // read again on every pass instead of keeping in memory
   bool fbOnce = false;                   // the cases are gone over once
   bool fbSaved = false;                  // they are written again with what is added to them
@@ -43,7 +45,7 @@ struct ResultOptions {
 };
 
 struct Options {
-  enum Action { kNone, kRun, kRank, kModel, kDescribe, kInspect, kScore, kMerge, kExport };
+  enum Action { kNone, kRun, kRank, kModel, kDescribe, kInspect, kScore, kMerge, kExport, kView };
   static constexpr double kAutoMemory = -1.0;
 
   Action fAction = kNone;
@@ -54,6 +56,7 @@ struct Options {
   std::string fCommandFile;                // -f, "-" for standard input
   std::string fSaveState;                  // run: empty for none; merge: the merged component
   std::string fResults;                    // run: directory of the result documents, empty for none
+  std::string fCharts;                     // run: directory of the charts' files, empty for none
   std::vector<std::string> fStates;        // export, inspect and score: one; merge: two or more
   bool fbAllowEqual = false;               // merge: states of the same counts are taken, too
   std::string fPredicted = "PredictedValue";            // score: name of the predicted value
@@ -65,10 +68,11 @@ struct Options {
   PredSelect::RankRequest fRank;
   PredSelect::ModelRequest fModel;
   bool fbShowCommand = false;  // rank and model: show the command instead of running it
-  int fExitCode = 0;           // for kNone: help was shown (0) or the usage was wrong
+  std::string fShown;          // for kNone: a text that was asked for, such as help
 };
 
-// Reads the command line. Help, version and usage errors are printed here and give kNone.
-Options ParseOptions(int argc, char** argv);
+// Reads the command line. Throws UsageError for one that cannot be taken; what was read of it until
+// then is in the options.
+void ParseOptions(int argc, char** argv, Options& options);
 
 }  // namespace PredSelectApp

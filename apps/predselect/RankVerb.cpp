@@ -17,14 +17,14 @@
 namespace PredSelectApp {
 
 int RankData(const Options& options) {
-  const std::unique_ptr<MCHost::DataTable> table = OpenTable(options.fData);
+  ProgressLine progress(WantsProgress(options.fResult));
+  const std::unique_ptr<MCHost::DataTable> table = OpenTable(options.fData, progress);
   if (options.fbShowCommand) {
     WriteResults(options.fResult, PredSelect::RankCommand(*table, options.fRank));
     return kCompleted;
   }
   std::set<std::string> notes;
   ShowNotes(*table, options.fResult, notes);
-  ProgressLine progress(WantsProgress(options.fResult));
   LiveOutput document(options.fResult, progress, options.fData.fFile);
   const PredSelect::Outcome outcome = PredSelect::RankPredictors(
       *table, document, options.fRank, ProgramSurroundings(options, progress));

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "apps/predselect/ChartFiles.h"
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/FileUses.h"
 #include "apps/predselect/LiveOutput.h"
@@ -82,12 +83,12 @@ int RunCommands(const Options& options) {
   }
   DataOptions data = options.fData;
   data.fbOnce = !data.fbSaved && PredSelect::ReadsOnce(commands);
-  const std::unique_ptr<DataTable> table = OpenTable(data);
+  ProgressLine progress(WantsProgress(options.fResult));
+  const std::unique_ptr<DataTable> table = OpenTable(data, progress);
   const SaveTable saved(*table, options.fSave);
   std::set<std::string> notes;
   ShowNotes(*table, options.fResult, notes);
 
-  ProgressLine progress(WantsProgress(options.fResult));
   LiveOutput document(options.fResult, progress, options.fData.fFile);
   const PredSelect::Outcome outcome =
       PredSelect::RunCommands(*table, document,
@@ -101,6 +102,7 @@ int RunCommands(const Options& options) {
   // Files first, whatever becomes of the reader of the results; and results whatever becomes of
   // the file.
   const int code = saved.WriteAfter(outcome);
+  WriteChartFiles(document, options.fCharts);
   WriteDocument(document, options.fResult);
   return code;
 }

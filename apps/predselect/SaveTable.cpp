@@ -29,7 +29,7 @@ void SaveTable::Write() const {
 int SaveTable::WriteAfter(PredSelect::Outcome outcome) const {
   const int code = ExitCodeOf(outcome);
   const std::string& path = fpOptions->fFile;
-  if (path.empty()) return code;
+  if (path.empty() || code == kCancelled) return code;
   std::string trouble = path + " was not written, since not all commands completed.";
   try {
     if (code == kCompleted || outcome == PredSelect::Outcome::kFileLost) {

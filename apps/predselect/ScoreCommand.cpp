@@ -1,6 +1,8 @@
 #include "apps/predselect/ScoreCommand.h"
 
 #include <memory>
+#include <set>
+#include <string>
 
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/LiveOutput.h"
@@ -22,14 +24,17 @@ int ScoreData(const Options& options) {
   const std::string& path = options.fStates.front();
   const ComponentFile state = PredSelect::LoadState(path);
   const INBAlgorithm& model = PredSelect::ModelOf(state, path);
-  const std::unique_ptr<MCHost::DataTable> table = OpenTable(options.fData);
+  ProgressLine progress(WantsProgress(options.fResult));
+  const std::unique_ptr<MCHost::DataTable> table = OpenTable(options.fData, progress);
   const SaveTable saved(*table, options.fSave);
-  ProgressLine progress(false);
+  std::set<std::string> notes;
+  ShowNotes(*table, options.fResult, notes);
   LiveOutput document(options.fResult, progress, options.fData.fFile);
   PredSelect::ScoringDrift drift;
   const PredSelect::Outcome outcome =
       PredSelect::ScoreTable(*table, model, document, {options.fPredicted, options.fProbabilities},
                              ProgramSurroundings(options, progress), &drift);
+  progress.Clear();
   if (outcome != PredSelect::Outcome::kCompleted) return ExitCodeOf(outcome);
   saved.Write();
   document.CurrentRun().fFiles.push_back(options.fSave.fFile);

@@ -9,14 +9,17 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 
+#include "apps/predselect/Interrupt.h"
 #include "apps/predselect/Options.h"
 #include "host/arrow/DataFile.h"
 #include "host/data/MemoryTable.h"
 #include "host/output/OutputDocument.h"
 #include "host/output/render/FlatRecords.h"
 #include "host/output/render/RenderJson.h"
+#include "host/output/report/RenderReport.h"
 #include "host/session/HostIOError.h"
 #include "host/session/OutputFile.h"
 #include "host/text/VisibleText.h"
@@ -39,10 +42,16 @@ int WidthOf(int descriptor) {
   return known ? size.ws_col : kDefaultWidth;
 }
 
+// Whether it is a terminal that does what it is told by escapes.
+bool IsTerminal(int descriptor) {
+  const char* kind = std::getenv("TERM");
+  return isatty(descriptor) != 0 && (kind == nullptr || std::strcmp(kind, "dumb") != 0);
+}
+
 bool WantsColor(Color color, int descriptor) {
   if (color != Color::kAuto) return color == Color::kAlways;
   const char* noColor = std::getenv("NO_COLOR");
-  return isatty(descriptor) != 0 && (noColor == nullptr || *noColor == '\0');
+  return IsTerminal(descriptor) && (noColor == nullptr || *noColor == '\0');
 }
 
 // Null where nothing was shown.
@@ -53,6 +62,12 @@ const MCHost::OutputTable* FirstFlat(const MCHost::OutputDocument& document) {
     }
   }
   return nullptr;
+}
+
+// The file's own name says what a report is of; it stands on the page of whoever gets it.
+std::string HeadingOf(const MCHost::OutputDocument& document) {
+  const std::string name = std::filesystem::path(document.fDataSource).filename().string();
+  return name == "-" || name.empty() ? "Standard input" : name;
 }
 
 void WriteRecords(const MCHost::OutputTable& table, const ResultOptions& options) {
@@ -82,7 +97,7 @@ MCHost::TextOptions PageOptions(const ResultOptions& options, bool forMessages) 
 }
 
 bool WantsProgress(const ResultOptions& options) {
-  return isatty(STDERR_FILENO) != 0 && options.fbProgress && !options.fbQuiet;
+  return IsTerminal(STDERR_FILENO) && options.fbProgress && !options.fbQuiet;
 }
 
 void PrintError(const std::string& line) {
@@ -104,10 +119,15 @@ void WriteResults(const ResultOptions& options, const std::string& text) {
 }
 
 void WriteDocument(const MCHost::OutputDocument& document, const ResultOptions& options) {
+  const auto& runs = document.GetRuns();
+  const auto isCompleted = [](const MCHost::OutputRun& run) { return run.fbCompleted; };
+  if (IsInterrupted() && std::ranges::none_of(runs, isCompleted)) return;
   if (options.fFormat == OutputFormat::kText) {
     WriteResults(options, MCHost::RenderText(document, PageOptions(options, false)));
   } else if (options.fFormat == OutputFormat::kJson) {
     WriteResults(options, MCHost::RenderJson(document));
+  } else if (options.fFormat == OutputFormat::kHtml) {
+    WriteResults(options, MCHost::RenderReport(document, HeadingOf(document)));
   } else if (const MCHost::OutputTable* table = FirstFlat(document)) {
     WriteRecords(*table, options);
   }

@@ -13,7 +13,8 @@ struct ResultOptions;
 // from the options, the terminal, COLUMNS and NO_COLOR.
 MCHost::TextOptions PageOptions(const ResultOptions& options, bool forMessages);
 
-// Whether a progress line may be shown: on a terminal, and unless the options forbid it.
+// Whether a progress line may be shown: on a terminal that is not "dumb", and unless the options
+// forbid it.
 bool WantsProgress(const ResultOptions& options);
 
 // A line on standard error, made visible where it would steer the terminal.
@@ -23,7 +24,8 @@ void PrintError(const std::string& line);
 // Throws MCHost::HostIOError.
 void WriteResults(const ResultOptions& options, const std::string& text);
 
-// Renders the document as the options ask, and writes it so. Throws MCHost::HostIOError.
+// Renders the document as the options ask, and writes it so; but nothing of a run that was stopped
+// before any of its commands had completed. Throws MCHost::HostIOError.
 void WriteDocument(const MCHost::OutputDocument& document, const ResultOptions& options);
 
 }  // namespace PredSelectApp

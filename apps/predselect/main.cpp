@@ -5,12 +5,11 @@
 #include <unistd.h>
 
 #include <exception>
-#include <new>
-#include <string>
 
 #include "apps/predselect/DescribeCommand.h"
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/ExportCommand.h"
+#include "apps/predselect/Failure.h"
 #include "apps/predselect/FileUses.h"
 #include "apps/predselect/InspectCommand.h"
 #include "apps/predselect/Interrupt.h"
@@ -21,9 +20,7 @@
 #include "apps/predselect/RunCommand.h"
 #include "apps/predselect/ScoreCommand.h"
 #include "apps/predselect/Terminal.h"
-#include "apps/predselect/UsageError.h"
-#include "host/session/HostIOError.h"
-#include "operations/RequestError.h"
+#include "apps/predselect/ViewCommand.h"
 
 namespace {
 
@@ -48,9 +45,13 @@ int Act(const Options& options) {
       return ExportModel(options);
     case Options::kMerge:
       return MergeStates(options);
-    default:
-      return options.fExitCode;
+    case Options::kView:
+      return ViewFile(options);
+    case Options::kNone:
+      WriteResults(options.fResult, options.fShown);
+      return kCompleted;
   }
+  return kCompleted;
 }
 
 // A standard stream that the caller has closed must not become the first file that is opened.
@@ -60,9 +61,8 @@ void ReserveStandardStreams() {
   if (descriptor > STDERR_FILENO) close(descriptor);
 }
 
-int Report(const std::string& text, int code) {
-  PrintError("predselect: " + text);
-  return code;
+bool WantsJson(const Options& options) {
+  return options.fResult.fFormat == OutputFormat::kJson && options.fResult.fFile.empty();
 }
 
 }  // namespace
@@ -70,20 +70,15 @@ int Report(const std::string& text, int code) {
 int main(int argc, char** argv) {
   ReserveStandardStreams();
   InstallInterruptHandlers();
+  Options options;
   try {
-    return Act(ParseOptions(argc, argv));
-  } catch (const UsageError& error) {
-    return Report(error.what(), kWrongUsage);
-  } catch (const PredSelect::RequestError& error) {
-    return Report(error.TextWithDashes(), kWrongUsage);
-  } catch (const MCHost::HostIOError& error) {
-    return Report(error.what(), kDataError);
-  } catch (const std::bad_alloc&) {
-    return Report(
-        "there is not enough memory for what the commands count and show; fewer variables, or "
-        "fewer categories, take less",
-        kDataError);
+    ParseOptions(argc, argv, options);
+    const int code = Act(options);
+    if (code == kCancelled) SayStopped();
+    return code;
   } catch (const std::exception& error) {
-    return Report(error.what(), kBrokenInvariant);
+    const Failure failure = FailureOf(error);
+    Report(failure, WantsJson(options));
+    return failure.fCode;
   }
 }

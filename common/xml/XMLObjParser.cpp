@@ -5,7 +5,6 @@
 #include <deque>
 #include <istream>
 #include <memory>
-#include <mutex>
 #include <string_view>
 #include <xercesc/framework/XMLPScanToken.hpp>
 #include <xercesc/sax/InputSource.hpp>
@@ -16,34 +15,15 @@
 #include <xercesc/sax2/SAX2XMLReader.hpp>
 #include <xercesc/sax2/XMLReaderFactory.hpp>
 #include <xercesc/util/BinInputStream.hpp>
-#include <xercesc/util/PlatformUtils.hpp>
 #include <xercesc/util/TransService.hpp>
 #include <xercesc/util/XMLUni.hpp>
 
 #include "common/xml/TagWatch.h"
+#include "common/xml/XMLPlatform.h"
 
 namespace MCCommonXML {
 
 namespace {
-
-// Xerces must be initialised as long as any of its objects lives; it counts, but not safely where
-// several threads read a document each.
-class Platform {
- public:
-  Platform() {
-    const std::lock_guard lock(gCounting);
-    xercesc::XMLPlatformUtils::Initialize();
-  }
-  Platform(const Platform&) = delete;
-  Platform& operator=(const Platform&) = delete;
-  ~Platform() {
-    const std::lock_guard lock(gCounting);
-    xercesc::XMLPlatformUtils::Terminate();
-  }
-
- private:
-  static inline std::mutex gCounting;
-};
 
 std::string ToUTF8(const XMLCh* text) {
   const xercesc::TranscodeToStr utf8(text, "UTF-8");
@@ -225,7 +205,7 @@ class Parser {
     }
   }
 
-  Platform fPlatform;
+  XMLPlatform fPlatform;
   StreamSource fSource;
   EventQueue fQueue;
   std::unique_ptr<xercesc::SAX2XMLReader> fpReader;

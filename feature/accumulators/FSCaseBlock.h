@@ -8,7 +8,7 @@
 #include <limits>
 #include <span>
 
-#include "feature/accumulators/FSLanes.h"
+#include "feature/accumulators/FSStepSums.h"
 
 // A categorical value is the case value truncated toward zero; values beyond the range of an int
 // become its ends.
@@ -27,20 +27,27 @@ inline bool FSIsSmall(int category) {
 // Fewer for a target beside a categorical predictor, whose table has a cell for each pair.
 inline constexpr int kFSSmallTargets = 64;
 
-// The cases of one small target category: a stretch of FSCaseBlock::fpOrder.
-struct FSTargetRun {
+// The cases of one small category: a stretch of an order of cases.
+struct FSCategoryRun {
   int fCategory;
   std::size_t fBegin;
   std::size_t fEnd;
 };
+
+// The weight of a block's cases, added to a total one by one: nearly all predictors have the same.
+struct FSWeightMemo {
+  double fBefore = std::numeric_limits<double>::quiet_NaN();
+  double fAfter = 0.0;
+};
+
+class FSCategorySort;
 
 // The cases of a block between two ends of the sums that FSOpenPair makes of a continuous target.
 struct FSTargetPiece {
   std::size_t fBegin;
   std::size_t fEnd;
   double fOrigin;
-  FSLanes fSums;  // of the target, with the end of the piece
-  FSLanes fSquares;
+  FSStepSums fSums;  // of the target, with the end of the piece
 };
 
 struct FSCaseBlock {
@@ -48,21 +55,28 @@ struct FSCaseBlock {
   const double* fpTargets = nullptr;        // null in a pass without target
   const int* fpTargetCategories = nullptr;  // null unless the target is categorical
   const double* fpWeights = nullptr;
-  // All weights of the pass so far are 1. Only then is what follows there.
-  bool fbUnitWeights = false;
+  bool fbUnitWeights = false;   // all weights of the pass so far are 1
+  bool fbSmallWeights = false;  // all weights of the block are small for FSOpenGroup
   // A categorical target: its cases in the order of their category, those of small ones; and the
   // others.
-  const std::uint32_t* fpOrder = nullptr;
-  std::span<const FSTargetRun> fRuns = {};
-  std::span<const std::uint32_t> fOthers = {};
+  const FSPlace* fpOrder = nullptr;
+  std::span<const FSCategoryRun> fRuns = {};
+  std::span<const FSPlace> fOthers = {};
   // All its categories so far lie in 0 .. fTargetSide - 1; 0 when some do not, or are not few.
   int fTargetSide = 0;
-  // A continuous target: all values of the block are ordinary for FSScale; the cases of the pass
-  // before the block; and each case's step from the origin of its piece.
+  // A continuous target in a block of small weights: all values of the pass so far are ordinary for
+  // FSScale; the cases of the pass before the block; and each case's step from the origin of its
+  // piece. There are pieces only where all weights of the pass so far are small.
   bool fbOrdinaryTargets = false;
   std::int64_t fNBefore = 0;
   std::span<const FSTargetPiece> fPieces = {};
   const double* fpTargetSteps = nullptr;
   std::uint8_t* fpHasValid = nullptr;  // set to 1 for each case with a valid predictor value;
                                        // null when all are set already
+  // A worker's own.
+  FSWeightMemo* fpMemo = nullptr;
+  FSCategorySort* fpSort = nullptr;
+
+  // As a run takes them.
+  const double* RunWeights() const { return fbUnitWeights ? nullptr : fpWeights; }
 };

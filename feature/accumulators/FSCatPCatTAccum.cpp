@@ -35,7 +35,8 @@ void FSCatPCatTAccum::AddMissing(double weight) {
 }
 
 void FSCatPCatTAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
-  if (FSMayShare(cases, fState) && cases.fTargetSide > 0) {
+  const bool areWhole = !cases.fbUnitWeights || fState.HasWholeWeights();
+  if (cases.fTargetSide > 0 && areWhole) {
     const std::size_t missing = AddTable(predictor, cases);
     FSCountBlock<FSCategories>(predictor, cases, missing, fState);
   } else {
@@ -48,15 +49,14 @@ void FSCatPCatTAccum::AddBlock(const double* predictor, const FSCaseBlock& cases
 // Returns how many are missing. What the table has no room for is counted by itself, and makes
 // room.
 std::size_t FSCatPCatTAccum::AddTable(const double* predictor, const FSCaseBlock& cases) {
-  const std::size_t others =
-      fTable.AddBlock(predictor, cases.fpTargetCategories, cases.fNCases, cases.fTargetSide);
+  const std::size_t others = fTable.AddBlock(predictor, cases);
   if (others == 0) return 0;
   std::vector<std::size_t> left;
   for (std::size_t i = 0; i < cases.fNCases; ++i) {
     if (!fTable.Holds(predictor[i]) && FSIsValidCategory(predictor[i])) left.push_back(i);
   }
   for (const std::size_t i : left) {
-    Add(FSCategory(predictor[i]), cases.fpTargetCategories[i], 1.0);
+    Add(FSCategory(predictor[i]), cases.fpTargetCategories[i], cases.fpWeights[i]);
   }
   return others - left.size();
 }
@@ -98,6 +98,15 @@ FSEffect FSCatPCatTAccum::ComputeEffect(MCFSCommon::RankCriteria ranking) const 
 
 MCCommon::LeakTraits FSCatPCatTAccum::GetLeakTraits() const {
   return FSLeaks::OfPairs(fTargetCounts, fJointCounts, fState.GetCaseWeight());
+}
+
+FSProfile FSCatPCatTAccum::GetProfile() const {
+  FSProfile profile;
+  profile.fMissing = fState.GetMissingWeight();
+  for (const auto& [pair, weight] : fJointCounts) {
+    profile.fPairs.push_back({pair.first, pair.second, weight});
+  }
+  return profile;
 }
 
 void FSCatPCatTAccum::Display(std::ostream& out) const {

@@ -23,6 +23,7 @@ class FSCatPCatTAccum : public IFSPredTargetAccum {
   FSScores ComputeScores(const MCFSCommon::CriteriaSet& wanted) const override;
   MCCommon::LeakTraits GetLeakTraits() const override;
   FSEffect ComputeEffect(MCFSCommon::RankCriteria ranking) const override;
+  FSProfile GetProfile() const override;
   bool IsCategorical() const override { return true; }
   const FSMapICnt* GetCategories() const override { return &fPredictorCounts; }
   int WriteObject(std::fstream& os) const override;

@@ -1,11 +1,19 @@
 #include "feature/accumulators/FSCatPContTAccum.h"
 
 #include "feature/FSCriterion.h"
+#include "feature/accumulators/FSCategorySort.h"
 #include "feature/accumulators/FSDisplay.h"
 #include "feature/accumulators/FSScreening.h"
 #include "feature/accumulators/FSWalkBlock.h"
 #include "feature/statistics/FSEffects.h"
 #include "feature/statistics/FSLeaks.h"
+
+namespace {
+
+// Fewer cases cost less without an order.
+constexpr std::size_t kWorthSorting = 512;
+
+}  // namespace
 
 void FSCatPContTAccum::AddCase(double predictor, double target, double weight, bool) {
   if (!(weight > 0.0)) return;
@@ -18,8 +26,10 @@ void FSCatPContTAccum::AddMissing(double weight) {
 }
 
 void FSCatPContTAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
-  if (FSMayShare(cases, fState) && cases.fbOrdinaryTargets && fSums.IsOrdinary()) {
-    AddShared(predictor, cases);
+  if (cases.fbSmallWeights && cases.fbOrdinaryTargets && FitFirst(predictor, cases)) {
+    const std::size_t missing = cases.fNCases >= kWorthSorting ? AddSorted(predictor, cases)
+                                                               : AddOneByOne(predictor, cases);
+    FSCountBlock<FSCategories>(predictor, cases, missing, fState);
   } else {
     FSWalkBlock<FSCategories>(predictor, cases, fState, [&](std::size_t i, double x, double w) {
       fSums.Add(FSCategory(x), cases.fpTargets[i], w);
@@ -27,19 +37,43 @@ void FSCatPContTAccum::AddBlock(const double* predictor, const FSCaseBlock& case
   }
 }
 
-void FSCatPContTAccum::AddShared(const double* predictor, const FSCaseBlock& cases) {
+bool FSCatPContTAccum::FitFirst(const double* predictor, const FSCaseBlock& cases) {
+  fSums.FitFirst(cases.fNCases, [&](std::size_t i) {
+    return FSIsValidCategory(predictor[i]) ? cases.fpTargets[i] : 0.0;
+  });
+  return fSums.IsOrdinary();
+}
+
+// The cases of each category in turn. Returns how many are missing.
+std::size_t FSCatPContTAccum::AddSorted(const double* predictor, const FSCaseBlock& cases) {
+  FSCategorySort& sort = *cases.fpSort;
+  sort.Sort(predictor, cases.fNCases);
+  for (const FSCategoryRun& run : sort.Runs()) {
+    fSums.AddRun(run.fCategory, run.fEnd - run.fBegin,
+                 {cases.fpTargets, cases.RunWeights(), sort.Order() + run.fBegin});
+  }
+  std::size_t missing = 0;
+  for (const FSPlace i : sort.Others()) missing += AddOther(i, predictor[i], cases);
+  return missing;
+}
+
+std::size_t FSCatPContTAccum::AddOneByOne(const double* predictor, const FSCaseBlock& cases) {
   std::size_t missing = 0;
   for (std::size_t i = 0; i < cases.fNCases; ++i) {
     const double value = predictor[i];
     if (value > -1.0 && value < kFSSmallCategories) [[likely]] {
-      fSums.AddOrdinary(static_cast<int>(value), cases.fpTargets[i]);
-    } else if (FSIsValidCategory(value)) {
-      fSums.Add(FSCategory(value), cases.fpTargets[i], 1.0);
+      fSums.AddOrdinary(static_cast<int>(value), cases.fpTargets[i], cases.fpWeights[i]);
     } else {
-      ++missing;
+      missing += AddOther(i, value, cases);
     }
   }
-  FSCountBlock<FSCategories>(predictor, cases, missing, fState);
+  return missing;
+}
+
+std::size_t FSCatPContTAccum::AddOther(std::size_t i, double value, const FSCaseBlock& cases) {
+  if (!FSIsValidCategory(value)) return 1;
+  fSums.Add(FSCategory(value), cases.fpTargets[i], cases.fpWeights[i]);
+  return 0;
 }
 
 void FSCatPContTAccum::EndPass() {
@@ -84,6 +118,13 @@ FSEffect FSCatPContTAccum::ComputeEffect(MCFSCommon::RankCriteria) const {
   FSEffect effect = FSEffects::OfGroups({fSums.GetMoments(), fState.GetValidWeight()});
   effect.fPercentMissing = fState.GetPercentMissing();
   return effect;
+}
+
+FSProfile FSCatPContTAccum::GetProfile() const {
+  FSProfile profile;
+  profile.fMissing = fState.GetMissingWeight();
+  profile.fGroups = fSums.Groups();
+  return profile;
 }
 
 void FSCatPContTAccum::Display(std::ostream& out) const {

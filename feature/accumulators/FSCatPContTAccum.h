@@ -23,6 +23,7 @@ class FSCatPContTAccum : public IFSPredTargetAccum {
   FSScores ComputeScores(const MCFSCommon::CriteriaSet& wanted) const override;
   MCCommon::LeakTraits GetLeakTraits() const override;
   FSEffect ComputeEffect(MCFSCommon::RankCriteria ranking) const override;
+  FSProfile GetProfile() const override;
   bool IsCategorical() const override { return true; }
   const FSMapICnt* GetCategories() const override { return &fPredictorCounts; }
   int WriteObject(std::fstream& os) const override;
@@ -35,7 +36,12 @@ class FSCatPContTAccum : public IFSPredTargetAccum {
   template <class Archive, class Self>
   static void Fields(Archive& archive, Self& self, bool grown);
   bool IsGrown() const { return fSums.GetScale().GetExponent() != 0; }
-  void AddShared(const double* predictor, const FSCaseBlock& cases);
+  // Whether the target's values need no look at their scale.
+  bool FitFirst(const double* predictor, const FSCaseBlock& cases);
+  std::size_t AddSorted(const double* predictor, const FSCaseBlock& cases);
+  std::size_t AddOneByOne(const double* predictor, const FSCaseBlock& cases);
+  // A value that may be a large category. Returns 1 if it is missing.
+  std::size_t AddOther(std::size_t i, double value, const FSCaseBlock& cases);
 
   FSPredictorState fState{FSPredictorState::kNoCategory};
   FSGroupSums fSums;           // of the target, by predictor category

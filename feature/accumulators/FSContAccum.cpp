@@ -23,9 +23,11 @@ void FSContAccum::AddCaseOneVariable(double predictor, double weight, bool updat
 }
 
 void FSContAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
-  if (FSMayShare(cases, fState)) {
-    const std::size_t missing =
-        fSums.AddRunWithGaps(kAll, cases.fNCases, [=](std::size_t i) { return predictor[i]; });
+  if (cases.fbSmallWeights) {
+    fSums.FitFirst(cases.fNCases, [=](std::size_t i) {
+      return FSIsValidNumber(predictor[i]) ? predictor[i] : 0.0;
+    });
+    const std::size_t missing = fSums.AddRun(kAll, cases.fNCases, {predictor, cases.RunWeights()});
     FSCountBlock<FSNumbers>(predictor, cases, missing, fState);
   } else {
     FSWalkBlock<FSNumbers>(predictor, cases, fState,

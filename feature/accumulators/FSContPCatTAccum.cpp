@@ -20,7 +20,7 @@ void FSContPCatTAccum::AddMissing(double weight) {
 }
 
 void FSContPCatTAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
-  if (FSMayShare(cases, fState)) {
+  if (cases.fbSmallWeights) {
     AddShared(predictor, cases);
   } else {
     FSWalkBlock<FSNumbers>(predictor, cases, fState, [&](std::size_t i, double x, double w) {
@@ -31,15 +31,16 @@ void FSContPCatTAccum::AddBlock(const double* predictor, const FSCaseBlock& case
 
 // The cases of each target category in turn.
 void FSContPCatTAccum::AddShared(const double* predictor, const FSCaseBlock& cases) {
+  fSums.FitFirst(cases.fNCases,
+                 [=](std::size_t i) { return FSIsValidNumber(predictor[i]) ? predictor[i] : 0.0; });
   std::size_t missing = 0;
-  for (const FSTargetRun& run : cases.fRuns) {
-    const std::uint32_t* const order = cases.fpOrder + run.fBegin;
-    missing += fSums.AddRunWithGaps(run.fCategory, run.fEnd - run.fBegin,
-                                    [=](std::size_t k) { return predictor[order[k]]; });
+  for (const FSCategoryRun& run : cases.fRuns) {
+    missing += fSums.AddRun(run.fCategory, run.fEnd - run.fBegin,
+                            {predictor, cases.RunWeights(), cases.fpOrder + run.fBegin});
   }
-  for (const std::uint32_t i : cases.fOthers) {
+  for (const FSPlace i : cases.fOthers) {
     if (FSIsValidNumber(predictor[i])) {
-      fSums.Add(cases.fpTargetCategories[i], predictor[i], 1.0);
+      fSums.Add(cases.fpTargetCategories[i], predictor[i], cases.fpWeights[i]);
     } else {
       ++missing;
     }
@@ -91,6 +92,13 @@ FSEffect FSContPCatTAccum::ComputeEffect(MCFSCommon::RankCriteria) const {
   FSEffect effect = FSEffects::OfGroups({fSums.GetMoments(), fState.GetValidWeight()});
   effect.fPercentMissing = fState.GetPercentMissing();
   return effect;
+}
+
+FSProfile FSContPCatTAccum::GetProfile() const {
+  FSProfile profile;
+  profile.fMissing = fState.GetMissingWeight();
+  profile.fGroups = fSums.Groups();
+  return profile;
 }
 
 void FSContPCatTAccum::Display(std::ostream& out) const {

@@ -30,7 +30,7 @@ void FSContPContTAccum::AddMissing(double weight) {
 }
 
 void FSContPContTAccum::AddBlock(const double* predictor, const FSCaseBlock& cases) {
-  if (FSMayShare(cases, fState) && cases.fbOrdinaryTargets && fSums.IsOrdinary()) {
+  if (cases.fbSmallWeights && cases.fbOrdinaryTargets) {
     FSCountBlock<FSNumbers>(predictor, cases, AddShared(predictor, cases), fState);
   } else {
     FSWalkBlock<FSNumbers>(predictor, cases, fState, [&](std::size_t i, double x, double w) {
@@ -41,14 +41,16 @@ void FSContPContTAccum::AddBlock(const double* predictor, const FSCaseBlock& cas
 
 // As long as no value has been missing, the target's own sums serve. Returns the missing ones.
 std::size_t FSContPContTAccum::AddShared(const double* predictor, const FSCaseBlock& cases) {
+  fSums.FitFirst(cases.fNCases, predictor, cases.fpTargets);
   std::size_t taken = 0;
-  if (fSums.HasAllOf(cases.fNBefore)) {
+  if (fSums.IsOrdinary() && fSums.HasAllOf(cases.fNBefore)) {
     for (const FSTargetPiece& piece : cases.fPieces) {
-      if (!fSums.AddPiece(piece, predictor, cases.fpTargetSteps)) break;
+      if (!fSums.AddPiece(piece, predictor, cases.fpTargetSteps, cases.RunWeights())) break;
       taken = piece.fEnd;
     }
   }
-  return fSums.AddRunWithGaps(cases.fNCases - taken, predictor + taken, cases.fpTargets + taken);
+  return fSums.AddRun(cases.fNCases - taken, predictor + taken, cases.fpTargets + taken,
+                      cases.fpWeights + taken);
 }
 
 void FSContPContTAccum::Merge(const IFSPredTargetAccum& accumulator, const FSRecode&,
@@ -103,6 +105,20 @@ FSEffect FSContPContTAccum::ComputeEffect(MCFSCommon::RankCriteria) const {
   FSEffect effect = FSEffects::OfCorrelation({fCorrelation, fState.GetValidWeight()});
   effect.fPercentMissing = fState.GetPercentMissing();
   return effect;
+}
+
+FSProfile FSContPContTAccum::GetProfile() const {
+  const FSPairStats& moments = fSums.GetMoments();
+  const FSScale &x = fSums.GetScaleX(), &y = fSums.GetScaleY();
+  FSProfile profile;
+  profile.fMissing = fState.GetMissingWeight();
+  profile.fLine = {fState.GetValidWeight(),
+                   x.Back(moments.fMeanX.fValue),
+                   x.Back(std::sqrt(std::max(fPredictorVariance, 0.0))),
+                   y.Back(moments.fMeanY.fValue),
+                   y.Back(std::sqrt(std::max(fTargetVariance, 0.0))),
+                   fCorrelation};
+  return profile;
 }
 
 void FSContPContTAccum::Display(std::ostream& out) const {

@@ -9,9 +9,10 @@
 
 class FSCrossTable {
  public:
-  // Counts predictor[i] with targets[i], of weight 1, for i from 0 to n - 1, targets in 0 .. side
-  // - 1. Returns how many values are no category that the table has room for: they are not counted.
-  std::size_t AddBlock(const double* predictor, const int* targets, std::size_t n, int side);
+  // Counts a predictor with the target in the cases of a block. Returns how many values are no
+  // category that the table has room for: they are not counted. REQUIRES: fTargetSide > 0; the
+  // weights counted so far are whole if all of the pass are 1.
+  std::size_t AddBlock(const double* predictor, const FSCaseBlock& cases);
 
   // Whether a value is a category that the table has room for.
   bool Holds(double value) const { return value > -1.0 && value < fRows; }
@@ -39,6 +40,9 @@ class FSCrossTable {
     return static_cast<std::size_t>((predictor << fShift) + target);
   }
   void MakeRoom(int predictor, int target);
+  void MakeRoomFor(const double* predictor, const FSCaseBlock& cases);
+  std::size_t AddUnits(const double* predictor, const FSCaseBlock& cases, std::size_t tables);
+  std::size_t AddWeights(const double* predictor, const FSCaseBlock& cases);
   void Grow(int rows, int side);
 
   int fRows = 0;

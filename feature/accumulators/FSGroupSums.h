@@ -5,16 +5,15 @@
 // The sums are in units of a scale that grows when a value does not fit it.
 #pragma once
 
-#include <algorithm>
-#include <array>
 #include <cstddef>
 #include <vector>
 
 #include "feature/accumulators/FSCaseBlock.h"
 #include "feature/accumulators/FSMapIStat.h"
 #include "feature/accumulators/FSOpenGroup.h"
+#include "feature/accumulators/FSRun.h"
 #include "feature/accumulators/FSScale.h"
-#include "feature/accumulators/FSWalkBlock.h"
+#include "feature/statistics/FSProfile.h"
 
 class FSGroupSums {
  public:
@@ -30,49 +29,20 @@ class FSGroupSums {
     }
   }
 
-  // Whether AddOrdinary and AddRun may be used.
+  // Whether AddOrdinary may be used, and runs are taken at once.
   bool IsOrdinary() const { return fScale.IsOrdinary(); }
-
-  // Add for a value that any scale of ordinary values fits, of weight 1, in a small category.
-  void AddOrdinary(int category, double x) { GroupOf(category).Add(x, 1.0); }
-
-  // Adds at(0) .. at(n - 1), of weight 1, to a small category. Returns how many it has taken: one
-  // of the next is missing, or does not fit the scale.
-  template <class At>
-  std::size_t AddRun(int category, std::size_t n, At at) {
-    Small& group = GroupOf(category);
-    std::size_t taken = 0;
-    while (taken < n) {
-      const std::size_t more =
-          group.fOpen.AddRun(n - taken, [&](std::size_t k) { return at(taken + k); });
-      if (more == 0) break;
-      taken += more;
-      if (group.fOpen.IsFull()) group.Close();
-    }
-    return taken;
+  // Makes the scale that of the first of n values, as Add would; valueAt(k) is 0 for none.
+  template <class ValueAt>
+  void FitFirst(std::size_t n, ValueAt valueAt) {
+    fScale.FitFirst(n, valueAt);
   }
 
-  // Adds the valid values of a run; returns how many are missing.
-  template <class At>
-  std::size_t AddRunWithGaps(int category, std::size_t n, At at) {
-    std::size_t k = IsOrdinary() ? AddRun(category, n, at) : 0;
-    std::size_t missing = 0;
-    std::array<double, 256> values;
-    while (k < n) {
-      std::size_t valid = 0;
-      const std::size_t end = std::min(n, k + values.size());
-      missing += end - k;
-      for (; k < end; ++k) {
-        values[valid] = at(k);
-        valid += FSIsValidNumber(values[valid]) ? 1 : 0;
-      }
-      missing -= valid;
-      const auto validAt = [&](std::size_t i) { return values[i]; };
-      std::size_t taken = IsOrdinary() ? AddRun(category, valid, validAt) : 0;
-      for (; taken < valid; ++taken) Add(category, values[taken], 1.0);
-    }
-    return missing;
-  }
+  // Add for a value that any scale of ordinary values fits, of small weight, in a small category.
+  void AddOrdinary(int category, double x, double weight) { GroupOf(category).Add(x, weight); }
+
+  // Adds the valid values of a run of small weights to a small category; returns how many are
+  // missing.
+  std::size_t AddRun(int category, std::size_t n, const FSRun& run);
 
   void Settle();
   void ComputeVariances() { fMoments.ComputeVariances(); }
@@ -86,6 +56,8 @@ class FSGroupSums {
   // REQUIRES: settled.
   const FSMapIStat& GetMoments() const { return fMoments; }
   const FSScale& GetScale() const { return fScale; }
+  // The groups in units of the values. REQUIRES: variances are computed.
+  std::vector<FSProfile::Group> Groups() const;
 
   template <class Archive, class Self>
   static void MomentFields(Archive& archive, Self& self);
@@ -110,6 +82,8 @@ class FSGroupSums {
       fSmall.resize(at + 1);
     return fSmall[at];
   }
+  // Adds values of a run; returns how many: one of the next is missing, or does not fit the scale.
+  std::size_t AddOrdinaryRun(int category, std::size_t n, const FSRun& run);
 
   FSScale fScale;
   FSMapIStat fMoments;

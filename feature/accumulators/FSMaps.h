@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "feature/accumulators/FSRecode.h"
+#include "feature/accumulators/FSRun.h"
 #include "feature/accumulators/FSSortedMap.h"
 
 // Weighted count per category.
@@ -49,6 +50,17 @@ class FSMapIPCnt : public FSSortedMap<int, std::pair<int, double>> {
     auto& [n, weight] = ValueAt(Place(key, {0, 0.0}).first);
     n += counts.first;
     weight += counts.second;
+  }
+
+  // Cases one by one, of the weights of a run.
+  void AddRun(int key, std::size_t cases, const FSRun& run) {
+    auto& [n, weight] = ValueAt(Place(key, {0, 0.0}).first);
+    n += static_cast<int>(cases);
+    if (run.fpWeights == nullptr && FSIsWhole(weight)) {
+      weight += static_cast<double>(cases);
+    } else {
+      for (std::size_t k = 0; k < cases; ++k) weight += run.WeightAt(k);
+    }
   }
 
   void Merge(const FSMapIPCnt& other, const FSRecode& recode) {

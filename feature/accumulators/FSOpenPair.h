@@ -22,20 +22,19 @@ class FSOpenPair {
     const int lane = fN % FSLanes::kCount;
     const double dy = y - fOriginY;
     AddX(lane, x, dy, weight);
-    fSumsY[lane] += weight * dy;
-    fSquaresY[lane] += weight * (dy * dy);
-    fWeight += weight;
+    fY.Add(lane, dy, weight);
     ++fN;
   }
 
-  // Adds pairs of weight 1 as long as there are some, and room; returns how many. 0, and nothing
-  // has changed, when an x is missing, or a value is too large to be summed without a look at the
-  // scale.
-  std::size_t AddRun(std::size_t n, const double* x, const double* y);
+  // Adds pairs of small weights as long as there are some, and room; returns how many.
+  // 0, and nothing has changed, when an x is missing, or a value is too large to be summed without
+  // a look at the scale.
+  std::size_t AddRun(std::size_t n, const double* x, const double* y, const double* weights);
 
-  // The same for a whole piece of the target, whose steps and sums all predictors share. REQUIRES:
-  // the pairs so far were all cases of the target's sums.
-  bool AddPiece(const FSTargetPiece& piece, const double* x, const double* stepsY);
+  // The same for a whole piece of the target, whose steps and sums all predictors share; weights
+  // may be null for ones. REQUIRES: the pairs so far were all cases of the target's sums.
+  bool AddPiece(const FSTargetPiece& piece, const double* x, const double* stepsY,
+                const double* weights);
 
   // The moments of the pairs; none are left. REQUIRES: not empty.
   FSPairStats Close();
@@ -54,13 +53,14 @@ class FSOpenPair {
     fProducts[lane] += weight * (dx * dy);
   }
 
+  // Adds what x has a part in, for pairs whose steps of y are known, from the number of pairs on.
+  void AddProducts(std::size_t n, const double* x, const double* stepsY, const double* weights);
+
   int fN = 0;
-  double fWeight = 0.0;
   double fOriginX = 0.0;
   double fOriginY = 0.0;
   FSLanes fSumsX;
   FSLanes fSquaresX;
   FSLanes fProducts;
-  FSLanes fSumsY;
-  FSLanes fSquaresY;
+  FSStepSums fY;  // and the weights
 };

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "feature/accumulators/FSWalkBlock.h"
+#include "common/MissingValue.h"
 
 void FSPairSums::Add(double x, double y, double weight) {
   const int byX = fScaleX.FitFor(x), byY = fScaleY.FitFor(y);
@@ -20,10 +20,16 @@ void FSPairSums::Add(double x, double y, double weight) {
   CloseIfFull();
 }
 
-std::size_t FSPairSums::AddRun(std::size_t n, const double* x, const double* y) {
+void FSPairSums::FitFirst(std::size_t n, const double* x, const double* y) {
+  fScaleX.FitFirst(n, [=](std::size_t k) { return MCMV::IsMissing(x[k]) ? 0.0 : x[k]; });
+  fScaleY.FitFirst(n, [=](std::size_t k) { return MCMV::IsMissing(x[k]) ? 0.0 : y[k]; });
+}
+
+std::size_t FSPairSums::AddOrdinaryRun(std::size_t n, const double* x, const double* y,
+                                       const double* weights) {
   std::size_t taken = 0;
-  while (taken < n) {
-    const std::size_t more = fOpen.AddRun(n - taken, x + taken, y + taken);
+  while (IsOrdinary() && taken < n) {
+    const std::size_t more = fOpen.AddRun(n - taken, x + taken, y + taken, weights + taken);
     if (more == 0) break;
     taken += more;
     CloseIfFull();
@@ -32,8 +38,9 @@ std::size_t FSPairSums::AddRun(std::size_t n, const double* x, const double* y) 
   return taken;
 }
 
-std::size_t FSPairSums::AddRunWithGaps(std::size_t n, const double* x, const double* y) {
-  std::array<double, 256> validX, validY;
+std::size_t FSPairSums::AddRun(std::size_t n, const double* x, const double* y,
+                               const double* weights) {
+  std::array<double, 256> validX, validY, itsWeights;
   std::size_t missing = 0;
   for (std::size_t k = 0; k < n;) {
     std::size_t valid = 0;
@@ -42,17 +49,19 @@ std::size_t FSPairSums::AddRunWithGaps(std::size_t n, const double* x, const dou
     for (; k < end; ++k) {
       validX[valid] = x[k];
       validY[valid] = y[k];
-      valid += FSIsValidNumber(x[k]) ? 1 : 0;
+      itsWeights[valid] = weights[k];
+      valid += MCMV::IsMissing(x[k]) ? 0 : 1;
     }
     missing -= valid;
-    std::size_t taken = IsOrdinary() ? AddRun(valid, validX.data(), validY.data()) : 0;
-    for (; taken < valid; ++taken) Add(validX[taken], validY[taken], 1.0);
+    std::size_t taken = AddOrdinaryRun(valid, validX.data(), validY.data(), itsWeights.data());
+    for (; taken < valid; ++taken) Add(validX[taken], validY[taken], itsWeights[taken]);
   }
   return missing;
 }
 
-bool FSPairSums::AddPiece(const FSTargetPiece& piece, const double* x, const double* stepsY) {
-  if (!fOpen.AddPiece(piece, x, stepsY)) return false;
+bool FSPairSums::AddPiece(const FSTargetPiece& piece, const double* x, const double* stepsY,
+                          const double* weights) {
+  if (!fOpen.AddPiece(piece, x, stepsY, weights)) return false;
   fNSummed += static_cast<std::int64_t>(piece.fEnd - piece.fBegin);
   CloseIfFull();
   return true;

@@ -16,17 +16,18 @@ class FSPairSums {
 
   // Whether values that any scale of ordinary values fits may come in runs.
   bool IsOrdinary() const { return fScaleX.IsOrdinary() && fScaleY.IsOrdinary(); }
-  // Whether the pairs that went through open sums are so many: all cases, of which each had
-  // weight 1.
+  // Makes the scales those of the first of n pairs whose x is valid, as Add would.
+  void FitFirst(std::size_t n, const double* x, const double* y);
+  // Whether the pairs that went through open sums are so many: all cases, of which each had a small
+  // weight.
   bool HasAllOf(std::int64_t cases) const { return fNSummed == cases; }
-  // Adds pairs of weight 1; returns how many it has taken: one of the next is missing, or does not
-  // fit.
-  std::size_t AddRun(std::size_t n, const double* x, const double* y);
-  // The same of a whole piece of the target, or of nothing. REQUIRES: HasAllOf the cases before it.
-  bool AddPiece(const FSTargetPiece& piece, const double* x, const double* stepsY);
+  // Adds a whole piece of the target, of small weights (null: of 1), or nothing: an x is missing,
+  // or does not fit. REQUIRES: HasAllOf the cases before it.
+  bool AddPiece(const FSTargetPiece& piece, const double* x, const double* stepsY,
+                const double* weights);
 
-  // Adds the pairs of valid x; returns how many x are missing.
-  std::size_t AddRunWithGaps(std::size_t n, const double* x, const double* y);
+  // Adds the pairs of valid x, of small weights; returns how many x are missing.
+  std::size_t AddRun(std::size_t n, const double* x, const double* y, const double* weights);
 
   void Settle();
   // REQUIRES: both are settled.
@@ -45,6 +46,9 @@ class FSPairSums {
   void SetWeight(double weight) { fMoments.fWeight = weight; }
 
  private:
+  // Adds pairs; returns how many: one of the next does not fit.
+  std::size_t AddOrdinaryRun(std::size_t n, const double* x, const double* y,
+                             const double* weights);
   void CloseIfFull() {
     if (fOpen.IsFull()) fMoments.Take(fOpen.Close());
   }

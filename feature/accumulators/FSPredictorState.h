@@ -7,9 +7,7 @@
 
 #include "common/MissingValue.h"
 #include "feature/accumulators/FSRecode.h"
-
-// Whether whole numbers may be added to a weight in any order.
-inline bool FSIsWhole(double weight) { return weight == std::floor(weight) && weight < 0x1p52; }
+#include "feature/accumulators/FSRun.h"
 
 class FSPredictorState {
  public:
@@ -33,6 +31,11 @@ class FSPredictorState {
     fMissing += static_cast<double>(missing);
     fNValid += static_cast<std::int64_t>(valid);
   }
+  // The weights of cases: of all of them, as they add up with the total so far, and of one that is
+  // missing; and how many are valid. Track() as above.
+  void SetTotalWeight(double total) { fTotal = total; }
+  void AddMissingWeight(double weight) { fMissing += weight; }
+  void AddValidCases(std::size_t valid) { fNValid += static_cast<std::int64_t>(valid); }
   bool HasWholeWeights() const { return FSIsWhole(fTotal) && FSIsWhole(fMissing); }
 
   // Whether the values are constant still, with this valid one.

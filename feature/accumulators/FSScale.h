@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <limits>
 
 class FSScale {
@@ -23,6 +24,18 @@ class FSScale {
 
   // Makes the scale serve for all values that another one serves for; returns as FitFor.
   int FitFor(const FSScale& other) { return other.fMost <= fMost ? 0 : Grow(other.fExponent); }
+
+  // Makes a scale that has served for nothing but 0 the one that FitFor makes it for the first of n
+  // other values, if that is ordinary. valueAt(k) is 0 for a value that does not count.
+  template <class ValueAt>
+  void FitFirst(std::size_t n, ValueAt valueAt) {
+    for (std::size_t k = 0; k < n && fMost == 0.0; ++k) {
+      const double value = valueAt(k);
+      if (value == 0.0) continue;
+      if (IsOrdinary(value)) FitFor(value);
+      return;
+    }
+  }
 
   // A value in units of the scale. REQUIRES: the scale fits it.
   double operator()(double value) const {

@@ -46,16 +46,32 @@ void FSWalkBlock(const double* predictor, const FSCaseBlock& cases, FSPredictorS
   shared = state;
 }
 
-// Whether the cases of a block may be taken in another way than one by one.
-inline bool FSMayShare(const FSCaseBlock& cases, const FSPredictorState& state) {
-  return cases.fbUnitWeights && state.HasWholeWeights();
+// Adds the weights of a block one by one to a total, or remembers what that makes.
+inline double FSTotalWith(double total, const FSCaseBlock& cases) {
+  FSWeightMemo& memo = *cases.fpMemo;
+  if (memo.fBefore != total) {
+    memo = {total, total};
+    for (std::size_t i = 0; i < cases.fNCases; ++i) memo.fAfter += cases.fpWeights[i];
+  }
+  return memo.fAfter;
 }
 
-// Counts the cases of a block whose values were taken in such a way, all but the missing ones.
+// Counts the cases of a block whose values were taken in another way than by FSWalkBlock, of which
+// so many are missing.
 template <class Column>
 void FSCountBlock(const double* predictor, const FSCaseBlock& cases, std::size_t missing,
                   FSPredictorState& state) {
-  state.AddUnitCases(cases.fNCases - missing, missing);
+  if (cases.fbUnitWeights && state.HasWholeWeights()) {
+    state.AddUnitCases(cases.fNCases - missing, missing);
+  } else {
+    state.SetTotalWeight(FSTotalWith(state.GetTotalWeight(), cases));
+    state.AddValidCases(cases.fNCases - missing);
+    for (std::size_t i = 0, left = missing; left > 0; ++i) {
+      if (Column::IsValid(predictor[i])) continue;
+      state.AddMissingWeight(cases.fpWeights[i]);
+      --left;
+    }
+  }
   for (std::size_t i = 0; i < cases.fNCases && state.IsAllConstant(); ++i) {
     if (Column::IsValid(predictor[i])) state.Track(Column::Of(predictor[i]));
   }

@@ -16,6 +16,7 @@
 
 #include "common/LeakCheck.h"
 #include "feature/statistics/FSEffect.h"
+#include "feature/statistics/FSProfile.h"
 #include "feature/statistics/FSScore.h"
 
 class FSMapICnt;
@@ -98,4 +99,7 @@ class IFSPredTargetAccum {
   // Ends a pass: what its sums hold open goes into the moments and counts. Before that, or before
   // ComputeVariances, which does the same, only cases may be added.
   virtual void EndPass() {}
+
+  // What was counted, for charts. Once variances are computed.
+  virtual FSProfile GetProfile() const { return {}; }
 };

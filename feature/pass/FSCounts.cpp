@@ -62,10 +62,14 @@ void FSCounts::CountValid(double weight, double target, bool withTarget) {
   }
 }
 
-void FSCounts::CountUnitCases(std::size_t cases) {
+void FSCounts::CountValidCases(std::size_t cases, const double* weights, bool areUnit) {
   fbNoValidData = fbNoValidData && cases == 0;
   fNValidCases += static_cast<int>(cases);
-  fValidWeight += static_cast<double>(cases);
+  if (areUnit && FSIsWhole(fValidWeight)) {
+    fValidWeight += static_cast<double>(cases);
+  } else {
+    for (std::size_t i = 0; i < cases; ++i) fValidWeight += weights[i];
+  }
 }
 
 void FSCounts::CountExcluded(double weight) {

@@ -46,12 +46,12 @@ class FSCounts {
   // A case that is excluded has no valid target or no valid predictor.
   void CountValid(double weight, double target, bool withTarget);
   void CountExcluded(double weight);
-  // Valid cases of weight 1, and so many of a target category. REQUIRES: HasWholeWeights.
-  void CountUnitCases(std::size_t cases);
-  void CountTarget(int category, int cases) {
-    fTargetCategories.Add(category, {cases, static_cast<double>(cases)});
+  // Valid cases of these weights; `areUnit`: all are 1.
+  void CountValidCases(std::size_t cases, const double* weights, bool areUnit);
+  // A run of them, of a target category.
+  void CountTarget(int category, std::size_t cases, const FSRun& run) {
+    fTargetCategories.AddRun(category, cases, run);
   }
-  bool HasWholeWeights() const { return FSIsWhole(fValidWeight); }
   void SeeValidWeight() { fbNoValidWeight = false; }
   // How many cases a pass may still take: maxRecords (negative: all), and no more than can be
   // counted.

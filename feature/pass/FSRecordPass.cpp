@@ -1,12 +1,14 @@
 #include "feature/pass/FSRecordPass.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "common/MissingValue.h"
 #include "common/Progress.h"
 #include "feature/FSReporter.h"
 #include "feature/FSSettings.h"
 #include "feature/FSStopwatch.h"
+#include "feature/accumulators/FSLoops.h"
 #include "feature/accumulators/FSWalkBlock.h"
 #include "feature/pass/FSCounts.h"
 
@@ -20,7 +22,7 @@ const double* ColumnOf(const MCCommon::RecordBlock& block, int position) {
 }
 
 bool AreAllSet(const std::vector<std::uint8_t>& marks) {
-  return std::find(marks.begin(), marks.end(), 0) == marks.end();
+  return std::memchr(marks.data(), 0, marks.size()) == nullptr;
 }
 
 }  // namespace
@@ -68,7 +70,8 @@ void FSRecordPass::Run(MCCommon::RecordIterator& source, int maxRecords, FSCance
 int FSRecordPass::Take(const MCCommon::RecordBlock& block) {
   const int counted = SelectCases(block);
   if (fNChosen == 0) return counted;
-  TakePredictors(block, ChosenCases());
+  ShowChosen();
+  TakePredictors(block);
   CountCases();
   return counted;
 }
@@ -77,9 +80,11 @@ int FSRecordPass::SelectCases(const MCCommon::RecordBlock& block) {
   const double* weights = ColumnOf(block, fSettings.GetWeightPosition());
   const double* targets = ColumnOf(block, fSettings.GetTargetPosition());
   const bool weighted = fSettings.GetWeightPosition() >= 0;
+  if (!weighted && SelectAll(targets, block.Cases())) return static_cast<int>(block.Cases());
   int counted = 0;
   fNChosen = 0;
   MakeRoom(block.Cases());
+  fpTargets = fTargets.data();
   for (std::size_t i = 0; i < block.Cases(); ++i) {
     double weight = 1.0;
     if (weighted && !ReadWeight(weights, i, weight)) continue;
@@ -93,6 +98,22 @@ int FSRecordPass::SelectCases(const MCCommon::RecordBlock& block) {
   }
   MakeRoom(fNChosen);
   return counted;
+}
+
+bool FSRecordPass::SelectAll(const double* targets, std::size_t cases) {
+  if (fbWithTarget && targets == nullptr) return false;
+  fWeights.resize(cases, 1.0);
+  if (fbWithTarget && fSettings.IsCatTarget()) {
+    fTargetCategories.resize(cases);
+    if (!FSLoops::InUse().fTakeCategories(targets, cases, fTargetCategories.data())) return false;
+  } else if (fbWithTarget) {
+    unsigned invalid = 0;  // no branch on the data, so that several are looked at at a time
+    for (std::size_t i = 0; i < cases; ++i) invalid |= FSIsValidNumber(targets[i]) ? 0 : 1;
+    if (invalid != 0) return false;
+  }
+  fpTargets = targets;
+  fNChosen = cases;
+  return true;
 }
 
 void FSRecordPass::MakeRoom(std::size_t cases) {
@@ -123,28 +144,32 @@ void FSRecordPass::Choose(std::size_t i, double weight, double target) {
   ++fNChosen;
 }
 
-FSCaseBlock FSRecordPass::ChosenCases() {
-  FSCaseBlock cases{.fNCases = fNChosen,
-                    .fpTargets = fTargets.data(),
-                    .fpTargetCategories = fTargetCategories.data(),
-                    .fpWeights = fWeights.data(),
-                    .fbUnitWeights = fbUnitWeights};
-  if (!fbUnitWeights || !fbWithTarget) return cases;
+void FSRecordPass::ShowChosen() {
+  fCases = {.fNCases = fNChosen,
+            .fpTargets = fpTargets,
+            .fpTargetCategories = fTargetCategories.data(),
+            .fpWeights = fWeights.data(),
+            .fbUnitWeights = fbUnitWeights};
+  fCases.fbSmallWeights =
+      fbUnitWeights || std::all_of(fWeights.begin(), fWeights.end(), FSIsSmallWeight);
+  if (!fbWithTarget) return;
   if (fSettings.IsCatTarget()) {
-    fTargetView.ShowCategories(fTargetCategories, cases);
+    fTargetView.ShowCategories(fCases);
   } else {
-    fTargetView.ShowValues(fTargets, cases);
+    fTargetView.ShowValues(fCases);
   }
-  return cases;
 }
 
-void FSRecordPass::TakePredictors(const MCCommon::RecordBlock& block, const FSCaseBlock& cases) {
-  MCCommon::Workers& workers = fWorkers.For(cases.fNCases * fColumns.size());
+void FSRecordPass::TakePredictors(const MCCommon::RecordBlock& block) {
+  MCCommon::Workers& workers = fWorkers.For(fNChosen * fColumns.size());
   for (std::size_t worker = 0; worker < workers.Count(); ++worker) {
     Room& room = fRooms[worker];
-    room.fCases = cases;
-    room.fHasValid.assign(cases.fNCases, 0);
+    room.fCases = fCases;
+    room.fHasValid.assign(fNChosen, 0);
     room.fCases.fpHasValid = room.fHasValid.data();
+    room.fMemo = {};
+    room.fCases.fpMemo = &room.fMemo;
+    room.fCases.fpSort = &room.fSort;
   }
   workers.ForEach(fColumns.size(), [&](std::size_t j, std::size_t worker) {
     IFSPredTargetAccum* accumulator = fCounts.At(j);
@@ -202,14 +227,14 @@ const double* FSRecordPass::ChosenCells(const MCCommon::RecordBlock& block, std:
 }
 
 void FSRecordPass::CountCases() {
-  if (fbUnitWeights && fCounts.HasWholeWeights() && AreAllSet(fHasValid)) {
-    fCounts.CountUnitCases(fNChosen);
+  if (AreAllSet(fHasValid)) {
+    fCounts.CountValidCases(fNChosen, fWeights.data(), fbUnitWeights);
     if (fbWithTarget && fSettings.IsCatTarget()) CountTargets();
     return;
   }
   for (std::size_t k = 0; k < fNChosen; ++k) {
     if (fHasValid[k] != 0) {
-      fCounts.CountValid(fWeights[k], fTargets[k], fbWithTarget);
+      fCounts.CountValid(fWeights[k], fbWithTarget ? fpTargets[k] : 0.0, fbWithTarget);
     } else {
       fCounts.CountExcluded(fWeights[k]);
     }
@@ -217,9 +242,11 @@ void FSRecordPass::CountCases() {
 }
 
 void FSRecordPass::CountTargets() {
-  for (const FSTargetRun& run : fTargetView.GetRuns()) {
-    fCounts.CountTarget(run.fCategory, static_cast<int>(run.fEnd - run.fBegin));
+  for (const FSCategoryRun& run : fCases.fRuns) {
+    fCounts.CountTarget(run.fCategory, run.fEnd - run.fBegin,
+                        {fpTargets, fCases.RunWeights(), fCases.fpOrder + run.fBegin});
   }
-  for (const std::uint32_t i : fTargetView.GetOthers())
-    fCounts.CountTarget(fTargetCategories[i], 1);
+  for (const FSPlace i : fCases.fOthers) {
+    fCounts.CountTarget(fTargetCategories[i], 1, {fpTargets, fWeights.data(), &i});
+  }
 }

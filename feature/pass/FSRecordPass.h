@@ -14,6 +14,7 @@
 #include "common/Workers.h"
 #include "feature/FSCancelInfo.h"
 #include "feature/accumulators/FSCaseBlock.h"
+#include "feature/accumulators/FSCategorySort.h"
 #include "feature/pass/FSTargetView.h"
 
 class FSCounts;
@@ -35,19 +36,23 @@ class FSRecordPass {
   // Returns the number of cases with a valid weight.
   int Take(const MCCommon::RecordBlock& block);
   int SelectCases(const MCCommon::RecordBlock& block);
+  // Takes all cases of a block, unweighted; false when the target of one is missing, or negative.
+  bool SelectAll(const double* targets, std::size_t cases);
   void MakeRoom(std::size_t cases);
   bool ReadWeight(const double* weights, std::size_t i, double& weight);
   bool IsValidTarget(double target) const;
   void Choose(std::size_t i, double weight, double target);
-  FSCaseBlock ChosenCases();
+  void ShowChosen();
   // What a worker needs of its own in a block.
   struct Room {
     FSCaseBlock fCases;
     std::vector<std::uint8_t> fHasValid;  // by case: a predictor that the worker took is valid
     std::vector<double> fCells;
+    FSWeightMemo fMemo;
+    FSCategorySort fSort;
   };
 
-  void TakePredictors(const MCCommon::RecordBlock& block, const FSCaseBlock& cases);
+  void TakePredictors(const MCCommon::RecordBlock& block);
   void TakePredictor(IFSPredTargetAccum& accumulator, const MCCommon::RecordBlock& block,
                      std::size_t column, Room& room);
   void TakeMissing(IFSPredTargetAccum& accumulator, const double* cells, Room& room);
@@ -66,8 +71,10 @@ class FSRecordPass {
   std::vector<double> fWeights;
   bool fbUnitWeights = true;  // all weights of the pass so far are 1
   std::vector<double> fTargets;
+  const double* fpTargets = nullptr;  // those, or the block's own
   std::vector<int> fTargetCategories;
   FSTargetView fTargetView;
+  FSCaseBlock fCases;                   // the chosen ones
   std::vector<std::uint8_t> fHasValid;  // of the block, when all predictors were taken
   std::vector<std::size_t> fColumns;    // of the predictors
   MCCommon::Workers fWorkers;

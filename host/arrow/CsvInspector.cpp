@@ -1,8 +1,10 @@
 #include "host/arrow/CsvInspector.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
+#include "host/arrow/DeclaredKinds.h"
 #include "host/session/HostIOError.h"
 
 namespace MCHost {
@@ -11,39 +13,14 @@ namespace {
 
 // A text longer than this is text, and its end need not be kept.
 constexpr std::size_t kLongText = 1024;
-// So many bytes of a text are shown in a message.
-constexpr std::size_t kShownText = 60;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-struct Declaration {
-  FieldType fType;
-  unsigned fKinds;    // the kinds that a value may have
-  const char* fName;  // "is not a ..."
-};
-
-constexpr Declaration kDeclarations[] = {
-    {FieldType::kAny, kCsvAll, ""},
-    {FieldType::kString, kCsvText, "string"},
-    {FieldType::kNumber, kCsvNumber | kCsvSpelling, "number"},
-    {FieldType::kInteger, kCsvNumber | kCsvSpelling, "whole number"},
-    {FieldType::kBoolean, kCsvBoolean | kCsvSpelling, "true or false value"},
-    {FieldType::kDate, kCsvDate | kCsvSpelling, "date (such as 2024-02-29)"},
-    {FieldType::kDateTime, kCsvDateTime | kCsvZonedTime | kCsvSpelling, "date and time"},
-    {FieldType::kTime, kCsvTime | kCsvSpelling, "time (such as 12:30:00)"},
-};
-
-const Declaration& DeclarationOf(FieldType type) {
-  return *std::find_if(std::begin(kDeclarations), std::end(kDeclarations),
-                       [type](const Declaration& one) { return one.fType == type; });
-}
-
-// The text in quotes, cut between two characters when it is long.
-std::string Quoted(std::string_view text) {
-  if (text.size() <= kShownText) return "\"" + std::string(text) + "\"";
-  std::size_t end = kShownText;
-  while ((text[end] & 0xC0) == 0x80) --end;
-  return "\"" + std::string(text.substr(0, end)) + "...\"";
-}
+// What mends it, behind what is wrong.
+constexpr char kOneColumn[] = "; --delimiter none takes each line as one text";
+constexpr char kNotUtf8[] =
+    "the text is not valid UTF-8; --encoding latin1 reads Latin-1 and Windows-1252";
+constexpr char kZeroByte[] =
+    "a zero byte is not text; --encoding utf-16le or utf-16be reads UTF-16 without a mark";
 
 std::string Count(std::size_t n, const char* noun) {
   return std::to_string(n) + " " + noun + (n == 1 ? "" : "s");
@@ -54,7 +31,7 @@ std::string Count(std::size_t n, const char* noun) {
 CsvInspector::CsvInspector(std::string source, const CsvRules& rules)
     : fSource(std::move(source)), fpRules(&rules) {
   std::fill(fClasses.begin() + 128, fClasses.end(), kHigh);
-  fClasses['"'] = kQuote;
+  if (rules.fQuote != kNoMark) fClasses[static_cast<std::uint8_t>(rules.fQuote)] = kQuote;
   fClasses['\n'] = fClasses['\r'] = kNewline;
   fClasses[0] = kForbidden;
   fClasses[static_cast<std::uint8_t>(rules.fDelimiter)] = kDelimiter;
@@ -115,7 +92,7 @@ const char* CsvInspector::Step(const char* at, const char* end) {
 const char* CsvInspector::StartField(const char* at) {
   fText.clear();
   fFieldMark = MarkOf(at);
-  const bool quoted = *at == '"';
+  const bool quoted = ClassOf(*at) == kQuote;
   fState = quoted ? kQuoted : kPlain;
   return quoted ? at + 1 : at;
 }
@@ -165,7 +142,9 @@ const char* CsvInspector::AfterQuote(const char* at) {
     return at + 1;
   }
   if (kind != kDelimiter && kind != kNewline) {
-    Fail(MarkOf(at), "only a delimiter or the end of the line may follow a closing quote");
+    Fail(MarkOf(at),
+         "only a delimiter or the end of the line may follow a closing quote; --quote none takes "
+         "quotes as letters");
   }
   return EndFieldAt(at, fText);
 }
@@ -194,7 +173,10 @@ void CsvInspector::Finish() {
     EndRow(end);
   }
   if (fNRows == 0) {
-    throw HostIOError(fSource, "", fOffset == 0 ? "the file is empty" : "there is no header row");
+    throw HostIOError(fSource, "",
+                      fOffset == 0        ? "the file is empty"
+                      : fpRules->fbHeader ? "there is no header row"
+                                          : "there are no rows");
   }
 }
 
@@ -205,16 +187,16 @@ void CsvInspector::Keep(const char* from, const char* to) {
 
 void CsvInspector::CheckUtf8(const char* at) {
   const auto byte = static_cast<std::uint8_t>(*at);
-  if (byte == 0) Fail(MarkOf(at), "a zero byte is not text");
+  if (byte == 0) Fail(MarkOf(at), kZeroByte);
   if (fUtf8Left > 0) {
-    if (byte < fUtf8Low || byte > fUtf8High) Fail(MarkOf(at), "the text is not valid UTF-8");
+    if (byte < fUtf8Low || byte > fUtf8High) Fail(MarkOf(at), kNotUtf8);
     ++fContinuation;
     --fUtf8Left;
     fUtf8Low = 0x80;
     fUtf8High = 0xBF;
     return;
   }
-  if (byte < 0xC2 || byte > 0xF4) Fail(MarkOf(at), "the text is not valid UTF-8");
+  if (byte < 0xC2 || byte > 0xF4) Fail(MarkOf(at), kNotUtf8);
   fUtf8Left = byte < 0xE0 ? 1 : byte < 0xF0 ? 2 : 3;
   // Overlong forms, surrogates and points beyond the last one are out of bounds.
   fUtf8Low = byte == 0xE0 ? 0xA0 : byte == 0xF0 ? 0x90 : 0x80;
@@ -232,17 +214,19 @@ void CsvInspector::CountLine(const char* at) {
 
 void CsvInspector::EndField(std::string_view text) {
   const std::size_t field = fNFields++;
-  if (fNRows == 0) return AddName(text);
+  if (fNRows == 0 && fpRules->fbHeader) return AddName(text);
+  if (fNRows == 0) AddColumn("column" + std::to_string(fNFields));
   if (field >= fColumns.size()) {
-    Fail(fFieldMark,
-         "the row has more fields than the header, which has " + Count(fColumns.size(), "field"));
+    Fail(fFieldMark, "the row has more fields than the " + std::string(NamesRow()) +
+                         ", which has " + Count(fColumns.size(), "field") +
+                         (fColumns.size() == 1 ? kOneColumn : ""));
   }
-  if (fColumns[field].fKinds != kCsvText) Observe(fColumns[field], text);
+  if (fColumns[field].IsWatched()) Observe(fColumns[field], text);
 }
 
 void CsvInspector::EndRow(const Mark& end) {
   if (fNRows > 0 && fNFields < fColumns.size()) {
-    Fail(end, "the row ends after " + Count(fNFields, "field") + "; the header has " +
+    Fail(end, "the row ends after " + Count(fNFields, "field") + "; the " + NamesRow() + " has " +
                   std::to_string(fColumns.size()));
   }
   ++fNRows;
@@ -251,23 +235,39 @@ void CsvInspector::EndRow(const Mark& end) {
 }
 
 void CsvInspector::AddName(std::string_view name) {
-  if (name.empty()) Fail(fFieldMark, "the column has no name");
+  if (name.empty()) {
+    AddName("column" + std::to_string(fNFields));
+    fColumns.back().fbNamed = false;
+    return;
+  }
   for (const CsvColumn& column : fColumns) {
     if (column.fName == name) {
       Fail(fFieldMark, "a column named \"" + column.fName + "\" is there already");
     }
   }
+  AddColumn(std::string(name));
+}
+
+void CsvInspector::AddColumn(std::string name) {
   CsvColumn column;
-  column.fName = name;
+  column.fName = std::move(name);
+  const auto nulls = fpRules->fColumnNulls.find(column.fName);
+  if (nulls != fpRules->fColumnNulls.end()) column.fNulls = nulls->second;
   const auto declared = fpRules->fTypes.find(column.fName);
   if (declared != fpRules->fTypes.end()) column.fDeclared = declared->second;
-  column.fKinds = DeclarationOf(column.fDeclared).fKinds;
+  column.fKinds = DeclaredKinds(column.fDeclared);
   fColumns.push_back(std::move(column));
 }
 
 void CsvInspector::Observe(CsvColumn& column, std::string_view text) {
-  if (IsNull(text)) return;
-  unsigned kinds = CsvKindsOf(text);
+  if (IsNull(column, text)) return;
+  const std::string_view asWritten = text;
+  bool isGrouped = false;
+  unsigned kinds = KindsOf(text, isGrouped);
+  if (column.fDeclared == FieldType::kAny) {
+    column.fNearly.Count((kinds & kCsvNumber) != 0, asWritten);
+    if (column.fKinds == kCsvText) return;
+  }
   const FieldType declared = column.fDeclared;
   if (declared == FieldType::kBoolean && (text == "0" || text == "1")) {
     kinds = kCsvBoolean | kCsvWhole;
@@ -278,13 +278,30 @@ void CsvInspector::Observe(CsvColumn& column, std::string_view text) {
   column.fKinds &= kinds;
   if ((column.fKinds & kCsvTypes) == 0) column.fKinds = kCsvText;
   if (column.IsNumber() && CsvLosesDigits(text)) column.fbDigitsLost = true;
+  column.fbGrouped |= isGrouped;
   if (column.fKinds != kCsvText || declared == FieldType::kAny) return;
-  Fail(fFieldMark, Quoted(text) + " is not a " + DeclarationOf(declared).fName + ", as column \"" +
-                       column.fName + "\" is declared");
+  Fail(fFieldMark, NotAsDeclared(asWritten, declared, column.fName));
 }
 
-bool CsvInspector::IsNull(std::string_view text) const {
+// The kinds of a text; one that is a number becomes what it is without marks.
+unsigned CsvInspector::KindsOf(std::string_view& text, bool& isGrouped) {
+  if (fpRules->fNumbers.ArePlain() || text.size() > kCsvLongestOther) return CsvKindsOf(text);
+  std::optional<PlainNumber> number = PlainNumberOf(text, fpRules->fNumbers);
+  const unsigned plain = number ? CsvKindsOf(number->fText) : kCsvText;
+  if ((plain & kCsvNumber) == 0) {
+    const unsigned kinds = CsvKindsOf(text);
+    return kinds & kCsvNumber ? kCsvText : kinds;
+  }
+  fNumber = std::move(number->fText);
+  text = fNumber;
+  isGrouped = number->fbGrouped;
+  return isGrouped ? plain & ~kCsvWhole : plain;  // integers are not read with marks
+}
+
+bool CsvInspector::IsNull(const CsvColumn& column, std::string_view text) const {
   if (text.empty()) return true;
+  const auto& own = column.fNulls;
+  if (!own.empty() && std::find(own.begin(), own.end(), text) != own.end()) return true;
   if (!fStartsNull[static_cast<std::uint8_t>(text[0])]) return false;
   const auto& tokens = fpRules->fNullTokens;
   return std::find(tokens.begin(), tokens.end(), text) != tokens.end();

@@ -6,7 +6,8 @@
 // settled by all its values, not by the first of them.
 //
 // The rules are those of RFC 4180, with any of CR, LF and CRLF as the end of a line, blank lines
-// skipped, and a quote inside an unquoted field taken as it is.
+// skipped, and a quote inside an unquoted field taken as it is. Delimiter, quote, the marks of
+// numbers and whether there is a header are the caller's to say.
 #pragma once
 
 #include <array>
@@ -17,6 +18,8 @@
 #include <vector>
 
 #include "host/arrow/CsvKinds.h"
+#include "host/arrow/CsvNumbers.h"
+#include "host/arrow/NearlyNumbers.h"
 #include "host/data/FieldType.h"
 
 namespace MCHost {
@@ -25,16 +28,29 @@ struct CsvRules {
   char fDelimiter = ',';
   std::vector<std::string> fNullTokens;     // the texts that stand for no value, quoted or not
   std::map<std::string, FieldType> fTypes;  // declared types by column name
+  char fQuote = '"';                        // kNoMark for none
+  CsvNumbers fNumbers{};
+  bool fbHeader = true;  // else the first row is a case, and columns are column1, column2, ...
+  std::map<std::string, std::vector<std::string>> fColumnNulls{};  // further texts, by column name
+  std::vector<std::string> fNotes{};  // what was found of all this, where nobody said it
 };
 
 // What has been seen of one column.
 struct CsvColumn {
   std::string fName;
+  bool fbNamed = true;  // else the name is ours
   FieldType fDeclared = FieldType::kAny;
   unsigned fKinds = kCsvAll;
   bool fbDigitsLost = false;
+  bool fbGrouped = false;           // a number of it has thousands marks
+  std::vector<std::string> fNulls;  // further texts that stand for no value
+  NearlyNumbers fNearly;
 
   bool IsNumber() const { return (fKinds & kCsvTypes) == kCsvNumber; }
+  // Whether further cells can tell anything of it.
+  bool IsWatched() const {
+    return fKinds != kCsvText || (fDeclared == FieldType::kAny && fNearly.IsOpen());
+  }
 };
 
 class CsvInspector {
@@ -50,7 +66,7 @@ class CsvInspector {
 
   // What was found. REQUIRES: Finish() has returned.
   const std::vector<CsvColumn>& Columns() const { return fColumns; }
-  std::int64_t CaseCount() const { return fNRows - 1; }
+  std::int64_t CaseCount() const { return fNRows - (fpRules->fbHeader ? 1 : 0); }
   bool HasQuotedNewlines() const { return fbQuotedNewlines; }
   std::int64_t LongestRow() const { return fLongestRow; }  // in bytes
 
@@ -80,8 +96,11 @@ class CsvInspector {
   void EndField(std::string_view text);
   void EndRow(const Mark& end);
   void AddName(std::string_view name);
+  void AddColumn(std::string name);
+  const char* NamesRow() const { return fpRules->fbHeader ? "header" : "first row"; }
   void Observe(CsvColumn& column, std::string_view text);
-  bool IsNull(std::string_view text) const;
+  unsigned KindsOf(std::string_view& text, bool& isGrouped);
+  bool IsNull(const CsvColumn& column, std::string_view text) const;
 
   std::int64_t Position(const char* at) const { return fOffset + (at - fpChunk); }
   Mark MarkOf(const char* at) const;
@@ -96,6 +115,7 @@ class CsvInspector {
   State fState = kRowStart;
   const char* fpChunk = nullptr;
   std::int64_t fOffset = 0;  // of the chunk in the file
+  std::string fNumber;       // the field as a plain number
   std::string fText;         // the field as far as it does not lie in the chunk as it is
   Mark fFieldMark;           // where the field starts
   std::size_t fNFields = 0;  // finished fields of the row

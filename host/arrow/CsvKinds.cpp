@@ -188,6 +188,17 @@ unsigned CsvKindsOf(std::string_view text) {
   return DateKinds(text);
 }
 
+std::shared_ptr<arrow::DataType> CsvTypeOf(unsigned kinds) {
+  if (kinds == kCsvText) return arrow::utf8();
+  if (kinds == kCsvAll) return arrow::null();
+  if (kinds & kCsvNumber) return arrow::float64();
+  if (kinds & kCsvBoolean) return arrow::boolean();
+  if (kinds & kCsvDate) return arrow::date32();
+  if (kinds & kCsvDateTime) return arrow::timestamp(arrow::TimeUnit::MICRO);
+  if (kinds & kCsvZonedTime) return arrow::timestamp(arrow::TimeUnit::MICRO, "UTC");
+  return arrow::time64(arrow::TimeUnit::MICRO);
+}
+
 bool CsvHoldsDigits(std::string_view number) {
   double value = 0.0;
   if (!ParseNumber(number, &value)) return false;

@@ -4,7 +4,10 @@
 // has none left is text; one that has all of them held nothing but nulls.
 #pragma once
 
+#include <arrow/type_fwd.h>
+
 #include <cstddef>
+#include <memory>
 #include <string_view>
 
 namespace MCHost {
@@ -34,6 +37,10 @@ inline constexpr std::size_t kCsvLongestOther = 256;
 // The kinds that the text fits, exactly as the reader of the file will take them later. Blanks
 // around a number do not count.
 unsigned CsvKindsOf(std::string_view text);
+
+// What a column whose texts have these kinds in common is read as. An order settles it where they
+// are several.
+std::shared_ptr<arrow::DataType> CsvTypeOf(unsigned kinds);
 
 // True where the double that a number is read as, written with as many digits, is the number again:
 // false for 007, 1e400 and 0.12345678901234567890. The texts of infinity and NaN are held.

@@ -13,8 +13,6 @@
 #include <string_view>
 #include <utility>
 
-#include "host/arrow/CsvPiece.h"
-
 namespace MCHost {
 
 namespace {
@@ -103,10 +101,14 @@ arrow::Result<std::string> CsvPieces::NextPiece() {
 arrow::Status CsvPieces::SkipHeader(std::string& piece) {
   fbStarted = true;
   const std::size_t mark = piece.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
+  if (!fRules.fbHeader) {
+    piece.erase(0, mark);
+    return arrow::Status::OK();
+  }
   const std::size_t start = std::min(piece.find_first_not_of(kLineEnds, mark), piece.size());
   const std::size_t end = std::min(piece.find_first_of(kLineEnds, start), piece.size());
   const std::string_view header = std::string_view(piece).substr(start, end - start);
-  if (!IsPlainCsvPiece(header, fRules.fParse.delimiter)) return NotAsPromised();
+  if (!IsPlainCsvPiece(header, fRules.fLook)) return NotAsPromised();
   piece.erase(0, end);
   return arrow::Status::OK();
 }
@@ -115,7 +117,7 @@ arrow::Result<CsvPieces::Batch> CsvPieces::Parse(std::string piece) const {
   if (piece.find_first_not_of(kLineEnds) == std::string::npos) return nullptr;
   // A mark that is not the file's first bytes is text, but would not be taken for it.
   if (piece.starts_with(kByteOrderMark)) return NotAsPromised();
-  if (!IsPlainCsvPiece(piece, fRules.fParse.delimiter)) return NotAsPromised();
+  if (!IsPlainCsvPiece(piece, fRules.fLook)) return NotAsPromised();
   auto read = arrow::csv::ReadOptions::Defaults();
   read.use_threads = false;
   read.block_size = static_cast<std::int32_t>(piece.size());
@@ -127,7 +129,8 @@ arrow::Result<CsvPieces::Batch> CsvPieces::Parse(std::string piece) const {
                         arrow::csv::TableReader::Make(arrow::io::default_io_context(), bytes, read,
                                                       fRules.fParse, fRules.fConvert));
   ARROW_ASSIGN_OR_RAISE(const auto table, reader->Read());
-  ARROW_ASSIGN_OR_RAISE(Batch batch, table->CombineChunksToBatch());
+  ARROW_ASSIGN_OR_RAISE(Batch texts, table->CombineChunksToBatch());
+  ARROW_ASSIGN_OR_RAISE(Batch batch, fRules.fTexts.Turn(std::move(texts)));
   ARROW_RETURN_NOT_OK(CheckNumbers(*batch));
   return batch;
 }

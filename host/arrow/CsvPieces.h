@@ -17,6 +17,9 @@
 #include <string>
 #include <vector>
 
+#include "host/arrow/CsvPiece.h"
+#include "host/arrow/CsvTexts.h"
+
 namespace MCHost {
 
 struct CsvPieceRules {
@@ -25,6 +28,9 @@ struct CsvPieceRules {
   std::vector<std::string> fNames;  // of all columns of the file
   std::vector<bool> fWhole;         // of the columns that are read: only whole numbers are right
   std::size_t fPieceBytes;
+  CsvLook fLook{};
+  bool fbHeader = true;
+  CsvTexts fTexts{CsvNumbers{}};
 };
 
 class CsvPieces final : public arrow::RecordBatchReader {

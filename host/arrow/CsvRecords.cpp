@@ -20,8 +20,12 @@ constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 }  // namespace
 
 CsvRecords::CsvRecords(std::shared_ptr<arrow::io::InputStream> input, char delimiter,
-                       std::string source)
-    : fpInput(std::move(input)), fDelimiter(delimiter), fSource(std::move(source)), fBytes(1, ' ') {
+                       std::string source, char quote)
+    : fpInput(std::move(input)),
+      fDelimiter(delimiter),
+      fQuote(quote),
+      fSource(std::move(source)),
+      fBytes(1, ' ') {
   fClasses[static_cast<unsigned char>(delimiter)] = kDelimiter;
   fClasses['\n'] = fClasses['\r'] = kNewline;
 }
@@ -69,8 +73,8 @@ bool CsvRecords::FindFields() {
 // Moves from a field's start to its end.
 bool CsvRecords::FindFieldEnd(std::size_t& at) const {
   // A quote that ends the field and one that is doubled change the state alike.
-  while (at < fnBytes && fBytes[at] == '"') {
-    const void* close = std::memchr(&fBytes[at + 1], '"', fnBytes - at - 1);
+  while (at < fnBytes && fBytes[at] == fQuote) {
+    const void* close = std::memchr(&fBytes[at + 1], fQuote, fnBytes - at - 1);
     if (close == nullptr) return false;
     at = static_cast<std::size_t>(static_cast<const char*>(close) - fBytes.data()) + 1;
   }
@@ -90,12 +94,12 @@ void CsvRecords::ReadMore() {
   fbWhole = n == 0;
 }
 
-std::string CsvRecords::TextOf(std::string_view field) {
-  if (field.empty() || field.front() != '"') return std::string(field);
+std::string CsvRecords::TextOf(std::string_view field) const {
+  if (field.empty() || field.front() != fQuote) return std::string(field);
   std::string text;
   for (std::size_t i = 1; i + 1 < field.size(); ++i) {
     text += field[i];
-    if (field[i] == '"') ++i;
+    if (field[i] == fQuote) ++i;
   }
   return text;
 }

@@ -19,7 +19,8 @@ namespace MCHost {
 class CsvRecords {
  public:
   // `source` names the file in messages.
-  CsvRecords(std::shared_ptr<arrow::io::InputStream> input, char delimiter, std::string source);
+  CsvRecords(std::shared_ptr<arrow::io::InputStream> input, char delimiter, std::string source,
+             char quote = '"');
   ~CsvRecords();
 
   const std::string& Source() const { return fSource; }
@@ -38,7 +39,7 @@ class CsvRecords {
   std::size_t FieldCount() const { return fFields.size(); }
 
   // What a field says: without the quotes around it, quotes in it halved.
-  static std::string TextOf(std::string_view field);
+  std::string TextOf(std::string_view field) const;
 
  private:
   enum ByteClass : char { kOrdinary, kDelimiter, kNewline };
@@ -61,6 +62,7 @@ class CsvRecords {
 
   std::shared_ptr<arrow::io::InputStream> fpInput;
   char fDelimiter;
+  char fQuote;
   std::string fSource;
   std::array<ByteClass, 256> fClasses{};
   std::string fBytes;

@@ -20,18 +20,21 @@ namespace {
 
 constexpr std::int64_t kPieceBytes = std::int64_t{1} << 20;
 
-// The type that the file's reader is told for a column. The order settles what a column is whose
-// values fit several kinds.
-std::shared_ptr<arrow::DataType> TypeOf(const CsvColumn& column) {
-  const unsigned kinds = column.fKinds;
-  if (kinds == kCsvText) return arrow::utf8();
-  if (kinds == kCsvAll) return arrow::null();
-  if (kinds & kCsvNumber) return arrow::float64();
-  if (kinds & kCsvBoolean) return arrow::boolean();
-  if (kinds & kCsvDate) return arrow::date32();
-  if (kinds & kCsvDateTime) return arrow::timestamp(arrow::TimeUnit::MICRO);
-  if (kinds & kCsvZonedTime) return arrow::timestamp(arrow::TimeUnit::MICRO, "UTC");
-  return arrow::time64(arrow::TimeUnit::MICRO);
+bool IsPlainText(const CsvColumn& column) { return column.fKinds == kCsvText; }
+
+// What somebody may want to mend.
+std::string NearlyNumbersNote(const CsvColumn& column) {
+  const NearlyNumbers& nearly = column.fNearly;
+  std::string note = "Column \"" + column.fName + "\" holds texts instead of numbers because of " +
+                     std::to_string(nearly.TextCount()) + " of its " +
+                     std::to_string(nearly.CellCount()) + " cells: ";
+  std::string codes;
+  for (const std::string& text : nearly.Texts()) {
+    note += (codes.empty() ? "\"" : ", \"") + text + "\"";
+    codes += (codes.empty() ? "" : ",") + text;
+  }
+  return note + (nearly.HasMoreTexts() ? " and others" : "") + ". --missing \"" + column.fName +
+         "=" + codes + "\" takes " + (nearly.Texts().size() == 1 ? "it" : "them") + " as missing.";
 }
 
 bool MustLookAtDigits(const CsvColumn& column) {
@@ -40,32 +43,27 @@ bool MustLookAtDigits(const CsvColumn& column) {
 
 }  // namespace
 
-CsvSource::CsvSource(std::string path, CsvRules rules, Look look, std::size_t startBytes)
-    : fName(std::move(path)),
-      fbFile(true),
-      fStamp(fName),
+CsvSource::CsvSource(TextBytes bytes, CsvRules rules, Look look, std::size_t startBytes)
+    : fBytes(std::move(bytes)),
       fRules(std::move(rules)),
       fStartBytes(startBytes),
-      fInspector(fName, fRules) {
+      fInspector(Name(), fRules) {
   Inspect(look);
 }
+
+CsvSource::CsvSource(std::string path, CsvRules rules, Look look, std::size_t startBytes)
+    : CsvSource(TextBytes(std::move(path)), std::move(rules), look, startBytes) {}
 
 CsvSource::CsvSource(std::string name, std::string text, CsvRules rules, Look look,
                      std::size_t startBytes)
-    : fName(std::move(name)),
-      fbFile(false),
-      fText(std::move(text)),
-      fRules(std::move(rules)),
-      fStartBytes(startBytes),
-      fInspector(fName, fRules) {
-  Inspect(look);
-}
+    : CsvSource(TextBytes::Of(std::move(name), std::move(text)), std::move(rules), look,
+                startBytes) {}
 
 void CsvSource::Inspect(Look look) {
-  const auto bytes = OpenBytes();
+  const auto bytes = fBytes.Open();
   std::vector<char> piece(look == Look::kStart ? fStartBytes : kPieceBytes);
   const auto size = static_cast<std::int64_t>(piece.size());
-  while (const std::int64_t n = Value(bytes->Read(size, piece.data()), fName)) {
+  while (const std::int64_t n = Value(bytes->Read(size, piece.data()), Name())) {
     fInspector.Feed(piece.data(), static_cast<std::size_t>(n));
     fbStartOnly = look == Look::kStart && n == size && IsPromise();
     if (fbStartOnly) return;
@@ -79,21 +77,26 @@ bool CsvSource::IsPromise() const {
   const auto isBoolean = [](const CsvColumn& column) {
     return column.fDeclared == FieldType::kBoolean;
   };
+  // How many cells keep a column from being one of numbers, only the whole file tells.
+  const auto isNearly = [](const CsvColumn& column) {
+    return IsPlainText(column) && column.IsWatched();
+  };
   const std::vector<CsvColumn>& columns = fInspector.Columns();
-  return fInspector.CaseCount() > 0 && std::none_of(columns.begin(), columns.end(), isBoolean);
+  return fInspector.CaseCount() > 0 && std::none_of(columns.begin(), columns.end(), isBoolean) &&
+         std::none_of(columns.begin(), columns.end(), isNearly);
 }
 
 bool CsvSource::LookAgain() {
   if (!fbStartOnly) return false;
   fbStartOnly = false;
-  fInspector = CsvInspector(fName, fRules);
+  fInspector = CsvInspector(Name(), fRules);
   Inspect(Look::kWhole);
   return true;
 }
 
 void CsvSource::Open(const std::vector<int>* columns, ArrowArrayStream* stream) {
   Types types;
-  for (const CsvColumn& column : fInspector.Columns()) types.push_back(TypeOf(column));
+  for (const CsvColumn& column : fInspector.Columns()) types.push_back(CsvTypeOf(column.fKinds));
   OpenAs(types, columns, stream);
 }
 
@@ -109,7 +112,7 @@ void CsvSource::OpenOriginal(const std::vector<int>* columns, ArrowArrayStream* 
     } else if (column.fKinds & kCsvWhole) {
       types.push_back(arrow::int64());
     } else {
-      types.push_back(DigitsOf(j) == Digits::kLost ? arrow::utf8() : TypeOf(column));
+      types.push_back(DigitsOf(j) == Digits::kLost ? arrow::utf8() : CsvTypeOf(column.fKinds));
     }
   }
   OpenAs(types, columns, stream);
@@ -141,34 +144,42 @@ void CsvSource::LookAtDigits() {
     if (MustLookAtDigits(columns[j])) unsure.push_back(j);
   }
   CsvRecords records = Records();
-  records.Next();
+  if (fRules.fbHeader) records.Next();
   while (!unsure.empty() && records.Next()) {
-    for (const std::size_t j : unsure) LookAtDigit(records.Field(j), fDigits[j]);
+    for (const std::size_t j : unsure) LookAtDigit(records, j, fDigits[j]);
     std::erase_if(unsure, [this](std::size_t j) { return fDigits[j] == Digits::kLost; });
   }
 }
 
-void CsvSource::LookAtDigit(std::string_view field, Digits& digits) const {
-  if (!field.empty() && field[0] != '"' && CsvHoldsDigits(field)) {
-    if (field.find_first_of("0123456789") == std::string_view::npos) digits = Digits::kHeldButWords;
-    return;
+void CsvSource::LookAtDigit(const CsvRecords& records, std::size_t column, Digits& digits) const {
+  const std::string_view field = records.Field(column);
+  std::string text;
+  std::string_view number = field;
+  bool isHeld = fRules.fNumbers.ArePlain() && !field.empty() && field[0] != fRules.fQuote &&
+                CsvHoldsDigits(field);  // as most are
+  if (!isHeld) {
+    text = records.TextOf(field);
+    const auto isAmong = [&text](const std::vector<std::string>& nulls) {
+      return std::find(nulls.begin(), nulls.end(), text) != nulls.end();
+    };
+    if (isAmong(fRules.fNullTokens) || isAmong(fInspector.Columns()[column].fNulls)) return;
+    if (auto plain = PlainNumberOf(text, fRules.fNumbers)) text = std::move(plain->fText);
+    number = text;
+    isHeld = CsvHoldsDigits(number);
   }
-  const std::string text = CsvRecords::TextOf(field);
-  const auto& nulls = fRules.fNullTokens;
-  if (std::find(nulls.begin(), nulls.end(), text) != nulls.end()) return;
-  if (field != text) return LookAtDigit(text, digits);
-  digits = Digits::kLost;
+  if (!isHeld) {
+    digits = Digits::kLost;
+  } else if (number.find_first_of("0123456789") == std::string_view::npos) {
+    digits = Digits::kHeldButWords;
+  }
 }
 
-CsvRecords CsvSource::Records() const { return {OpenBytes(), fRules.fDelimiter, fName}; }
+CsvRecords CsvSource::Records() const {
+  return {fBytes.Open(), fRules.fDelimiter, Name(), fRules.fQuote};
+}
 
-std::shared_ptr<arrow::io::InputStream> CsvSource::OpenBytes() const {
-  if (!fbFile) {
-    return std::make_shared<arrow::io::BufferReader>(
-        arrow::Buffer::Wrap(fText.data(), fText.size()));
-  }
-  fStamp.Check(fName);
-  return Value(arrow::io::ReadableFile::Open(fName), fName);
+bool CsvSource::IsUsual() const {
+  return fRules.fbHeader && fRules.fQuote == '"' && fRules.fNumbers.ArePlain();
 }
 
 void CsvSource::OpenAs(const Types& types, const std::vector<int>* columns,
@@ -177,61 +188,90 @@ void CsvSource::OpenAs(const Types& types, const std::vector<int>* columns,
   convert.check_utf8 = false;  // the inspector has checked it
   convert.strings_can_be_null = true;
   convert.null_values = fRules.fNullTokens;
+  convert.decimal_point = fRules.fNumbers.fDecimal;
+  CsvTexts texts(fRules.fNumbers);
   arrow::FieldVector fields;
   for (std::size_t j = 0; j < types.size(); ++j) {
     const int place = static_cast<int>(j);
     if (columns && !std::binary_search(columns->begin(), columns->end(), place)) continue;
-    fields.push_back(arrow::field(fInspector.Columns()[j].fName, types[j]));
-    convert.column_types[fields.back()->name()] = types[j];
-    convert.include_columns.push_back(fields.back()->name());
+    const CsvColumn& column = fInspector.Columns()[j];
+    const bool isNumber = types[j]->id() == arrow::Type::DOUBLE;
+    const bool isTurned = !column.fNulls.empty() || (isNumber && column.fbGrouped);
+    if (isTurned) texts.Add(static_cast<int>(fields.size()), types[j], column.fNulls);
+    fields.push_back(arrow::field(column.fName, types[j]));
+    convert.column_types[column.fName] = isTurned ? arrow::utf8() : types[j];
+    convert.include_columns.push_back(column.fName);
   }
   auto schema = arrow::schema(std::move(fields));
   std::shared_ptr<arrow::RecordBatchReader> reader;
   if (fbStartOnly) {
-    reader = ReadPieces(std::move(schema), std::move(convert));
+    reader = ReadPieces(std::move(schema), std::move(convert), std::move(texts));
   } else if (CaseCount() == 0) {
-    reader = Value(arrow::RecordBatchReader::Make({}, std::move(schema)), fName);
+    reader = Value(arrow::RecordBatchReader::Make({}, std::move(schema)), Name());
   } else {
-    reader = ReadLines(convert);
+    reader = ReadLines(convert, texts);
   }
-  Check(arrow::ExportRecordBatchReader(std::move(reader), stream), fName);
+  Check(arrow::ExportRecordBatchReader(std::move(reader), stream), Name());
+}
+
+arrow::csv::ParseOptions CsvSource::ParseOptions() const {
+  auto parse = arrow::csv::ParseOptions::Defaults();
+  parse.delimiter = fRules.fDelimiter;
+  parse.quoting = fRules.fQuote != kNoMark;
+  if (parse.quoting) parse.quote_char = fRules.fQuote;
+  return parse;
+}
+
+std::vector<std::string> CsvSource::ColumnNames() const {
+  std::vector<std::string> names;
+  for (const CsvColumn& column : fInspector.Columns()) names.push_back(column.fName);
+  return names;
 }
 
 std::shared_ptr<arrow::RecordBatchReader> CsvSource::ReadPieces(
-    std::shared_ptr<arrow::Schema> schema, arrow::csv::ConvertOptions convert) const {
+    std::shared_ptr<arrow::Schema> schema, arrow::csv::ConvertOptions convert,
+    CsvTexts texts) const {
   convert.true_values = {"true", "True", "TRUE"};
   convert.false_values = {"false", "False", "FALSE"};
-  CsvPieceRules rules{
-      arrow::csv::ParseOptions::Defaults(), std::move(convert), {}, {}, fStartBytes};
-  rules.fParse.delimiter = fRules.fDelimiter;
+  CsvPieceRules rules{ParseOptions(),  std::move(convert),
+                      ColumnNames(),   {},
+                      fStartBytes,     {fRules.fDelimiter, fRules.fQuote, fRules.fNumbers.fDecimal},
+                      fRules.fbHeader, std::move(texts)};
   for (const CsvColumn& column : fInspector.Columns()) {
-    rules.fNames.push_back(column.fName);
     if (schema->GetFieldIndex(column.fName) < 0) continue;
     rules.fWhole.push_back(column.fDeclared == FieldType::kInteger);
   }
-  return std::make_shared<CsvPieces>(OpenBytes(), std::move(schema), std::move(rules));
+  return std::make_shared<CsvPieces>(fBytes.Open(), std::move(schema), std::move(rules));
 }
 
 std::shared_ptr<arrow::RecordBatchReader> CsvSource::ReadLines(
-    const arrow::csv::ConvertOptions& convert) const {
+    const arrow::csv::ConvertOptions& convert, const CsvTexts& texts) const {
   auto read = arrow::csv::ReadOptions::Defaults();
   // A row must fit into two blocks.
   read.block_size = static_cast<std::int32_t>(
       std::clamp<std::int64_t>(fInspector.LongestRow() * 2, kPieceBytes, 1 << 30));
-  auto parse = arrow::csv::ParseOptions::Defaults();
-  parse.delimiter = fRules.fDelimiter;
+  const std::vector<CsvColumn>& columns = fInspector.Columns();
+  const bool areNamed = std::all_of(columns.begin(), columns.end(),
+                                    [](const CsvColumn& column) { return column.fbNamed; });
+  if (!fRules.fbHeader || !areNamed) read.column_names = ColumnNames();
+  if (fRules.fbHeader && !areNamed) read.skip_rows_after_names = 1;
+  auto parse = ParseOptions();
   parse.newlines_in_values = fInspector.HasQuotedNewlines();
-  return Value(arrow::csv::StreamingReader::Make(arrow::io::default_io_context(), OpenBytes(), read,
-                                                 parse, convert),
-               fName);
+  return texts.Turn(Value(arrow::csv::StreamingReader::Make(arrow::io::default_io_context(),
+                                                            fBytes.Open(), read, parse, convert),
+                          Name()));
 }
 
 std::vector<std::string> CsvSource::Notes() const {
-  std::vector<std::string> notes;
+  std::vector<std::string> notes = fRules.fNotes;
   for (const CsvColumn& column : fInspector.Columns()) {
-    if (!column.IsNumber() || !column.fbDigitsLost) continue;
-    notes.push_back("Column \"" + column.fName +
-                    "\" holds whole numbers beyond 2^53, whose last digits are lost.");
+    if (column.IsNumber() && column.fbDigitsLost) {
+      notes.push_back("Column \"" + column.fName +
+                      "\" holds whole numbers beyond 2^53, whose last digits are lost.");
+    }
+    if (IsPlainText(column) && column.fNearly.AreThere()) {
+      notes.push_back(NearlyNumbersNote(column));
+    }
   }
   return notes;
 }

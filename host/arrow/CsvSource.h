@@ -11,7 +11,8 @@
 
 #include "host/arrow/CsvInspector.h"
 #include "host/arrow/CsvRecords.h"
-#include "host/arrow/FileStamp.h"
+#include "host/arrow/CsvTexts.h"
+#include "host/arrow/TextBytes.h"
 #include "host/data/IArrowSource.h"
 
 namespace MCHost {
@@ -31,7 +32,11 @@ class CsvSource final : public IArrowSource {
   CsvSource(std::string name, std::string text, CsvRules rules, Look look = Look::kWhole,
             std::size_t startBytes = kStartBytes);
 
-  const std::string& Name() const override { return fName; }
+  // The same for bytes that somebody has looked at already.
+  CsvSource(TextBytes bytes, CsvRules rules, Look look = Look::kWhole,
+            std::size_t startBytes = kStartBytes);
+
+  const std::string& Name() const override { return fBytes.Name(); }
   void Open(const std::vector<int>* columns, ArrowArrayStream* stream) override;
   // Whole numbers are 64-bit integers, and a column of which any text says more than its value does
   // is one of texts.
@@ -44,6 +49,11 @@ class CsvSource final : public IArrowSource {
 
   // The file as it is written, from its first record on. Throws HostIOError.
   CsvRecords Records() const;
+
+  // How it is written. What is written as other programs' files are can be passed on record by
+  // record: names first, quotes and decimal points as usual.
+  const CsvRules& Rules() const { return fRules; }
+  bool IsUsual() const;
 
  private:
   static constexpr std::size_t kStartBytes = std::size_t{1} << 20;
@@ -58,18 +68,17 @@ class CsvSource final : public IArrowSource {
   bool IsPromise() const;
   Digits DigitsOf(std::size_t column);
   void LookAtDigits();
-  void LookAtDigit(std::string_view field, Digits& digits) const;
-  std::shared_ptr<arrow::io::InputStream> OpenBytes() const;
+  void LookAtDigit(const CsvRecords& records, std::size_t field, Digits& digits) const;
+  arrow::csv::ParseOptions ParseOptions() const;
+  std::vector<std::string> ColumnNames() const;
   std::shared_ptr<arrow::RecordBatchReader> ReadPieces(std::shared_ptr<arrow::Schema> schema,
-                                                       arrow::csv::ConvertOptions convert) const;
-  std::shared_ptr<arrow::RecordBatchReader> ReadLines(
-      const arrow::csv::ConvertOptions& convert) const;
+                                                       arrow::csv::ConvertOptions convert,
+                                                       CsvTexts texts) const;
+  std::shared_ptr<arrow::RecordBatchReader> ReadLines(const arrow::csv::ConvertOptions& convert,
+                                                      const CsvTexts& texts) const;
   void OpenAs(const Types& types, const std::vector<int>* columns, ArrowArrayStream* stream) const;
 
-  std::string fName;
-  bool fbFile;
-  FileStamp fStamp;
-  std::string fText;
+  TextBytes fBytes;
   CsvRules fRules;
   std::size_t fStartBytes;
   CsvInspector fInspector;

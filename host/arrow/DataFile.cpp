@@ -1,24 +1,39 @@
 #include "host/arrow/DataFile.h"
 
 #include <arrow/record_batch.h>
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
-#include <iostream>
 #include <iterator>
 #include <numeric>
+#include <set>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
 #include "host/arrow/ColumnarWriter.h"
+#include "host/arrow/CsvSniffer.h"
 #include "host/arrow/CsvSource.h"
 #include "host/arrow/CsvWriter.h"
+#include "host/arrow/DataParts.h"
+#include "host/arrow/DatabaseAddress.h"
+#include "host/arrow/DatabaseSource.h"
 #include "host/arrow/IpcSource.h"
+#include "host/arrow/JoinedSource.h"
+#include "host/arrow/JsonSource.h"
 #include "host/arrow/ParquetSource.h"
 #include "host/arrow/SavedBatches.h"
+#include "host/arrow/SheetSource.h"
+#include "host/arrow/SpooledInput.h"
+#include "host/arrow/TextBytes.h"
 #include "host/data/MemoryTable.h"
+#include "host/data/MissingValueCode.h"
+#include "host/data/NullWords.h"
 #include "host/data/StreamedTable.h"
 #include "host/session/HostIOError.h"
 #include "host/session/OutputFile.h"
@@ -28,8 +43,28 @@ namespace MCHost {
 namespace {
 
 constexpr char kStandardInput[] = "-";
+constexpr char kStandardInputName[] = "standard input";
+constexpr char kAllVariables[] = "*";
 
-enum class Format { kDelimited, kParquet, kIpc };
+// A file that is open for reading as long as the object lives.
+class Descriptor {
+ public:
+  explicit Descriptor(const std::string& path) : fDescriptor(open(path.c_str(), O_RDONLY)) {
+    if (fDescriptor < 0) throw HostIOError(path, "", std::strerror(errno));
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor() { close(fDescriptor); }
+  int Get() const { return fDescriptor; }
+
+ private:
+  int fDescriptor;
+};
+
+enum class Format { kDelimited, kParquet, kIpc, kJson, kSheets };
+
+// Formats behind it are only read.
+constexpr Format kLastWritten = Format::kIpc;
 
 struct Extension {
   const char* fText;
@@ -37,71 +72,237 @@ struct Extension {
   char fDelimiter;
 };
 
-constexpr Extension kExtensions[] = {{".csv", Format::kDelimited, ','},
-                                     {".tsv", Format::kDelimited, '\t'},
-                                     {".parquet", Format::kParquet, 0},
-                                     {".arrow", Format::kIpc, 0},
-                                     {".feather", Format::kIpc, 0}};
+constexpr Extension kExtensions[] = {
+    {".csv", Format::kDelimited, ','}, {".tsv", Format::kDelimited, '\t'},
+    {".parquet", Format::kParquet, 0}, {".arrow", Format::kIpc, 0},
+    {".feather", Format::kIpc, 0},     {".jsonl", Format::kJson, 0},
+    {".ndjson", Format::kJson, 0},     {".json", Format::kJson, 0},
+    {".xlsx", Format::kSheets, 0},     {".ods", Format::kSheets, 0}};
 
-const Extension& ExtensionOf(const std::string& path) {
+std::string EndOf(const std::string& path) {
   std::string end = path.substr(std::min(path.rfind('.'), path.size()));
   for (char& c : end) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-  for (const Extension& known : kExtensions) {
-    if (end == known.fText) return known;
-  }
-  std::string allowed;
-  for (const Extension& known : kExtensions) {
-    allowed += (allowed.empty() ? "" : ", ") + std::string(known.fText);
-  }
-  throw HostIOError(path, "", "the extension does not tell a data format; known are " + allowed);
+  return end;
 }
 
+const Extension* FindExtension(const std::string& end) {
+  const auto* found = std::find_if(std::begin(kExtensions), std::end(kExtensions),
+                                   [&end](const Extension& known) { return end == known.fText; });
+  return found == std::end(kExtensions) ? nullptr : found;
+}
+
+std::string KnownExtensions(Format last = Format::kSheets) {
+  std::string known;
+  for (const Extension& one : kExtensions) {
+    if (one.fFormat > last) break;
+    known += (known.empty() ? "" : ", ") + std::string(one.fText);
+  }
+  return known;
+}
+
+// Of a file that is written.
+const Extension& ExtensionOf(const std::string& path) {
+  const Extension* const known = FindExtension(EndOf(path));
+  if (known != nullptr && known->fFormat <= kLastWritten) return *known;
+  throw HostIOError(path, "",
+                    std::string(known != nullptr ? "tables are not written in this format"
+                                                 : "the extension does not tell a data format") +
+                        "; known are " + KnownExtensions(kLastWritten));
+}
+
+constexpr std::string_view kPackings[] = {".gz", ".zst", ".bz2", ".xz", ".lz4"};
+
+// How files are called that can be read.
+std::vector<std::string> InputEndings() {
+  std::vector<std::string> endings;
+  for (const Extension& known : kExtensions) {
+    endings.emplace_back(known.fText);
+    for (const std::string_view packing : kPackings) {
+      if (known.fFormat == Format::kDelimited || known.fFormat == Format::kJson)
+        endings.push_back(known.fText + std::string(packing));
+    }
+  }
+  return endings;
+}
+
+// Of a file that is read, which may be packed or called anything where its format is said.
+const Extension& InputExtensionOf(const std::string& path, const DataFileOptions& options) {
+  const std::string& said = options.fReading.fFormat;
+  if (!said.empty()) {
+    if (const Extension* known = FindExtension("." + said)) return *known;
+    throw HostIOError(path, "",
+                      "--input-format " + said + ": known are the formats of " + KnownExtensions());
+  }
+  if (path == kStandardInput) return kExtensions[0];
+  const std::string end = EndOf(path);
+  const bool isPacked =
+      std::find(std::begin(kPackings), std::end(kPackings), end) != std::end(kPackings);
+  const Extension* known =
+      FindExtension(isPacked ? EndOf(path.substr(0, path.size() - end.size())) : end);
+  if (known != nullptr) return *known;
+  throw HostIOError(path, "",
+                    "the extension does not tell a data format; known are " + KnownExtensions() +
+                        "; --input-format says it of any file");
+}
+
+// A text that stands for no value, in all columns or in one.
 CsvRules RulesOf(const DataFileOptions& options, char delimiter) {
-  CsvRules rules{delimiter, {"", "NA", "NaN", "null"}, options.fTypes};
+  CsvRules rules{delimiter, {""}, options.fTypes};
+  if (options.fReading.fbNullWords) {
+    rules.fNullTokens.insert(rules.fNullTokens.end(), std::begin(kNullWords), std::end(kNullWords));
+  }
   rules.fNullTokens.insert(rules.fNullTokens.end(), options.fNullTokens.begin(),
                            options.fNullTokens.end());
+  for (const MissingCodes& missing : options.fReading.fMissing) {
+    auto& tokens = missing.fVariable == kAllVariables ? rules.fNullTokens
+                                                      : rules.fColumnNulls[missing.fVariable];
+    std::remove_copy_if(missing.fCodes.begin(), missing.fCodes.end(), std::back_inserter(tokens),
+                        IsNumericCode);
+  }
   return rules;
 }
 
-std::unique_ptr<IArrowSource> ReadStandardInput(const DataFileOptions& options,
-                                                CsvSource::Look look) {
-  std::string text(std::istreambuf_iterator<char>(std::cin), {});
-  return std::make_unique<CsvSource>("standard input", std::move(text), RulesOf(options, ','),
-                                     look);
+// The same for cells that say themselves what they are.
+CellRules CellRulesOf(const DataFileOptions& options) {
+  CsvRules rules = RulesOf(options, ',');
+  return {std::move(rules.fNullTokens), std::move(rules.fTypes), std::move(rules.fColumnNulls)};
 }
 
-std::unique_ptr<IArrowSource> OpenSource(const std::string& path, const DataFileOptions& options,
-                                         CsvSource::Look look) {
-  if (path == kStandardInput) return ReadStandardInput(options, look);
-  const Extension& extension = ExtensionOf(path);
+std::unique_ptr<IArrowSource> OpenJson(TextBytes bytes, const DataFileOptions& options) {
+  bytes.SetEncoding(options.fReading.fEncoding.value_or(bytes.Encoding()));
+  return OpenJsonSource(bytes, CellRulesOf(options));
+}
+
+std::unique_ptr<IArrowSource> OpenText(TextBytes bytes, const DataFileOptions& options,
+                                       char delimiter, CsvSource::Look look) {
+  CsvRules rules = RulesOf(options, delimiter);
+  SniffCsv(bytes, options.fReading, rules);
+  return std::make_unique<CsvSource>(std::move(bytes), std::move(rules), look);
+}
+
+// A file, or what was put by of an input that is called `name`.
+std::unique_ptr<IArrowSource> OpenPath(const std::string& path, const std::string& name,
+                                       const Extension& extension, const DataFileOptions& options,
+                                       CsvSource::Look look) {
   switch (extension.fFormat) {
     case Format::kParquet:
       return std::make_unique<ParquetSource>(path);
     case Format::kIpc:
       return std::make_unique<IpcSource>(path);
+    case Format::kJson:
+      return OpenJson(TextBytes(path, name), options);
+    case Format::kSheets:
+      return OpenSheet(path, name, options.fReading.fSheet, CellRulesOf(options));
     case Format::kDelimited:
       break;
   }
-  return std::make_unique<CsvSource>(path, RulesOf(options, extension.fDelimiter), look);
+  return OpenText(TextBytes(path, name), options, extension.fDelimiter, look);
+}
+
+// What can be read only once.
+std::unique_ptr<IArrowSource> OpenPipe(int descriptor, const std::string& name,
+                                       const Extension& extension, const DataFileOptions& options,
+                                       CsvSource::Look look) {
+  const bool isJson = extension.fFormat == Format::kJson;
+  const bool isText = extension.fFormat == Format::kDelimited || isJson;
+  SpooledInput input(descriptor, name, isText ? SpooledInput::kMostHeld : 0);
+  if (!input.Path().empty()) return OpenPath(input.Path(), name, extension, options, look);
+  TextBytes bytes = TextBytes::Of(name, input.TakeText());
+  if (isJson) return OpenJson(std::move(bytes), options);
+  return OpenText(std::move(bytes), options, extension.fDelimiter, look);
+}
+
+std::unique_ptr<IArrowSource> OpenDatabase(const std::string& address,
+                                           const DataFileOptions& options, CsvSource::Look look) {
+  DatabaseRequest request{address, options.fReading.fQuery, options.fDriverPlaces};
+  if (!options.fReading.fDriver.empty()) request.fDriverPlaces = {options.fReading.fDriver};
+  // Streamed, or to be saved, they are needed more than once.
+  request.fbAgain = options.fbKeepOriginal || look == CsvSource::Look::kWhole;
+  return std::make_unique<DatabaseSource>(request);
+}
+
+std::unique_ptr<IArrowSource> OpenOne(const std::string& path, const DataFileOptions& options,
+                                      CsvSource::Look look) {
+  const ReadingOptions& said = options.fReading;
+  if (said.fFormat.empty() && IsSheetFile(path)) {
+    return OpenSheet(path, path, said.fSheet, CellRulesOf(options));
+  }
+  const Extension& extension = InputExtensionOf(path, options);
+  if (path == kStandardInput) {
+    return OpenPipe(STDIN_FILENO, kStandardInputName, extension, options, look);
+  }
+  std::error_code error;
+  if (!std::filesystem::is_fifo(path, error)) {
+    return OpenPath(path, path, extension, options, look);
+  }
+  const Descriptor pipe(path);
+  return OpenPipe(pipe.Get(), path, extension, options, look);
+}
+
+std::unique_ptr<IArrowSource> OpenSource(const std::string& path, const DataFileOptions& options,
+                                         CsvSource::Look look) {
+  if (IsDatabaseAddress(path)) return OpenDatabase(path, options, look);
+  if (!options.fReading.fQuery.empty()) {
+    throw HostIOError(path, "", "a query needs a database, such as sqlite:FILE or duckdb:FILE");
+  }
+  const std::vector<DataPart> parts = FindDataParts(path, InputEndings());
+  if (parts.empty()) return OpenOne(path, options, look);
+  const auto open = [options, look](const DataPart& part, const std::set<std::string>& texts) {
+    DataFileOptions own = options;
+    for (const std::string& text : texts) own.fTypes[text] = FieldType::kString;
+    return OpenOne(part.fPath, own, look);
+  };
+  return std::make_unique<JoinedSource>(path, parts, open);
 }
 
 // Whether the cells of a file are too many to be held without need.
 bool IsLarge(const std::string& path) {
   constexpr std::uintmax_t kLargeFile = std::uintmax_t{16} << 20;
-  std::error_code error;
-  const std::uintmax_t size = std::filesystem::file_size(path, error);
-  return !error && size >= kLargeFile;
+  std::uintmax_t size = 0;
+  for (const std::string& file : FilesOfData(path)) {
+    std::error_code error;
+    const std::uintmax_t own = std::filesystem::file_size(file, error);
+    if (!error) size += own;
+  }
+  return size >= kLargeFile;
+}
+
+// A text between other delimiters than commas and tabs keeps them, called .csv.
+char DelimiterOfCopy(char source, char target) {
+  constexpr std::string_view kKept = ";|";
+  return target == ',' && kKept.find(source) != std::string_view::npos ? source : target;
+}
+
+std::unique_ptr<DataTable> OpenKept(const std::string& path, const DataFileOptions& options) {
+  std::unique_ptr<IArrowSource> source = OpenSource(path, options, CsvSource::Look::kStart);
+  if (path == kStandardInput && !options.fbKeepOriginal) {
+    return std::make_unique<MemoryTable>(*source);
+  }
+  return std::make_unique<MemoryTable>(std::move(source));
 }
 
 std::unique_ptr<DataTable> OpenForOnce(const std::string& path, const DataFileOptions& options) {
-  if (!IsLarge(path)) return OpenDataFile(path, options, TableStorage::kMemory);
+  if (!IsLarge(path)) return OpenKept(path, options);
   try {
     return std::make_unique<StreamedTable>(OpenSource(path, options, CsvSource::Look::kStart));
   } catch (const HostIOError& error) {
     // What is not wrong with the data is that there is no room for a temporary file.
     if (error.File() == path) throw;
   }
-  return OpenDataFile(path, options, TableStorage::kMemory);
+  return OpenKept(path, options);
+}
+
+std::unique_ptr<DataTable> OpenTable(const std::string& path, const DataFileOptions& options,
+                                     TableStorage storage) {
+  switch (storage) {
+    case TableStorage::kMemory:
+      return OpenKept(path, options);
+    case TableStorage::kOnce:
+      return OpenForOnce(path, options);
+    case TableStorage::kStreamed:
+      break;
+  }
+  return std::make_unique<StreamedTable>(OpenSource(path, options, CsvSource::Look::kWhole));
 }
 
 }  // namespace
@@ -113,20 +314,29 @@ std::unique_ptr<IArrowSource> OpenDataSource(const std::string& path,
 
 std::unique_ptr<DataTable> OpenDataFile(const std::string& path, const DataFileOptions& options,
                                         TableStorage storage) {
-  if (storage == TableStorage::kOnce) return OpenForOnce(path, options);
-  if (path == kStandardInput && storage == TableStorage::kStreamed) {
-    throw HostIOError("standard input", "", "it can be read only once, so it cannot be streamed");
+  try {
+    return OpenTable(path, options, storage);
+  } catch (const HostIOError& error) {
+    if (!error.File().starts_with(SpooledInput::kPlace)) throw;
+    throw HostIOError(path == kStandardInput ? kStandardInputName : path, error.Place(),
+                      error.Reason());
   }
-  const auto look =
-      storage == TableStorage::kStreamed ? CsvSource::Look::kWhole : CsvSource::Look::kStart;
-  std::unique_ptr<IArrowSource> source = OpenSource(path, options, look);
-  if (storage == TableStorage::kMemory) {
-    if (path == kStandardInput && !options.fbKeepOriginal) {
-      return std::make_unique<MemoryTable>(*source);
+}
+
+std::vector<std::string> FilesOfData(const std::string& path) {
+  try {
+    if (IsDatabaseAddress(path)) {
+      const DatabaseAddress address = ReadDatabaseAddress(path);
+      if (address.fpKind->fPlace != DatabaseKind::kServer) return {address.fPlace};
+      return {};
     }
-    return std::make_unique<MemoryTable>(std::move(source));
+    std::vector<std::string> files;
+    for (const DataPart& part : FindDataParts(path, InputEndings())) files.push_back(part.fPath);
+    if (!files.empty()) return files;
+  } catch (const HostIOError&) {
+    // Whoever opens it is told.
   }
-  return std::make_unique<StreamedTable>(std::move(source));
+  return {path};
 }
 
 void CheckDataFile(const std::string& path) {
@@ -137,9 +347,10 @@ void CheckDataFile(const std::string& path) {
 void WriteDataFile(DataTable& table, const std::string& path, const std::vector<int>* keys) {
   const Extension& extension = ExtensionOf(path);
   const auto* text = dynamic_cast<const CsvSource*>(table.Source());
-  if (extension.fFormat == Format::kDelimited && text != nullptr) {
+  if (extension.fFormat == Format::kDelimited && text != nullptr && text->IsUsual()) {
     CsvRecords records = text->Records();
-    return CopyCsv(records, keys, *AddedColumns(table), path, extension.fDelimiter);
+    const char delimiter = DelimiterOfCopy(text->Rules().fDelimiter, extension.fDelimiter);
+    return CopyCsv(records, keys, *AddedColumns(table), path, delimiter);
   }
   std::vector<int> all(static_cast<std::size_t>(table.OwnColumnCount()));
   std::iota(all.begin(), all.end(), 0);
@@ -149,7 +360,7 @@ void WriteDataFile(DataTable& table, const std::string& path, const std::vector<
       return WriteParquet(batches, path);
     case Format::kIpc:
       return WriteIpc(batches, path);
-    case Format::kDelimited:
+    default:
       return WriteCsv(batches, path, extension.fDelimiter);
   }
 }

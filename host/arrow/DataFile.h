@@ -1,10 +1,15 @@
-// Opens data files as tables and writes tables as data files. The extension decides on the format:
-// .csv, .tsv, .parquet, .arrow or .feather; "-" is CSV on standard input.
+// Opens data files as tables and writes tables as data files. The extension decides on the format,
+// .csv, .tsv, .parquet, .arrow or .feather, to read also .jsonl, .json, .xlsx and .ods, unless the
+// options do; "-" is standard input, CSV where nobody says otherwise; a folder or a pattern is all its
+// files as one table. Text may be packed (.csv.gz), and a workbook called anything: what a file
+// holds tells, not its name. "sqlite:FILE", "duckdb:FILE" and "postgresql://..." are tables of
+// databases (DatabaseAddress.h).
 //
-// CSV and TSV: a header row, the quoting of RFC 4180, UTF-8 with or without a byte order mark, and
-// blank lines skipped. Empty fields, NA, NaN and null are missing, quoted or not (a quoted empty
-// string as well). What a column holds is settled by all its values: numbers (also 1e5, inf; an
-// infinity is missing), true and false, dates, dates with times, times, else text.
+// CSV and TSV: the quoting of RFC 4180, blank lines skipped; delimiter, quote, header, encoding and
+// the marks of numbers as the start of the file shows them (CsvSniffer.h). Empty fields and the
+// words of NullWords.h are missing, quoted or not (a quoted empty string as well). What a column
+// holds is settled by all its values: numbers (also 1e5, inf; an infinity is missing), true and
+// false, dates, dates with times, times, else text.
 #pragma once
 
 #include <map>
@@ -15,14 +20,17 @@
 #include "host/data/DataTable.h"
 #include "host/data/FieldType.h"
 #include "host/data/IArrowSource.h"
+#include "host/data/ReadingOptions.h"
 
 namespace MCHost {
 
 struct DataFileOptions {
-  std::vector<std::string> fNullTokens;     // further texts that are missing in CSV
-  std::map<std::string, FieldType> fTypes;  // declared types of CSV columns; a value that does not
-                                            // fit is an error
-  bool fbKeepOriginal = true;               // the text of standard input is kept for WriteDataFile
+  std::vector<std::string> fNullTokens;      // further texts that are missing in text
+  std::map<std::string, FieldType> fTypes;   // declared types of CSV columns; a value that does not
+                                             // fit is an error
+  bool fbKeepOriginal = true;                // standard input is kept for WriteDataFile
+  ReadingOptions fReading{};                 // what is said of how the file is to be read
+  std::vector<std::string> fDriverPlaces{};  // where drivers of databases may be, besides
 };
 
 // Looks at the file and makes it a source that can be read again and again. CSV is checked as a
@@ -39,9 +47,12 @@ enum class TableStorage {
 
 // The table of a file. A CSV file whose cells are held, in memory or aside, is read once and on all
 // cores by what its start promises, and checked as a whole only where it breaks that: types and
-// messages are the same. Standard input cannot be streamed. Throws HostIOError.
+// messages are the same. Standard input and pipes are put by first. Throws HostIOError.
 std::unique_ptr<DataTable> OpenDataFile(const std::string& path, const DataFileOptions& options,
                                         TableStorage storage);
+
+// The files that a path means: those of a folder or of a pattern (DataParts.h), else itself.
+std::vector<std::string> FilesOfData(const std::string& path);
 
 // Throws HostIOError where WriteDataFile could not begin: another extension, a folder that takes no
 // files.
@@ -49,7 +60,8 @@ void CheckDataFile(const std::string& path);
 
 // Writes the columns that the data brought as they are in their file, which is read again, and the
 // variables that were added behind them:
-//   CSV to CSV           each record byte for byte; docs/data.md says what that includes
+//   CSV to CSV           each record byte for byte; docs/data.md says what that includes, and for
+//                        which text it is not so
 //   CSV to columns       a column by what it holds, but as texts where a value would say less
 //   columns to columns   types, values and metadata; ColumnarWriter.h names what Parquet lacks
 //   columns to CSV       CsvCells.h

@@ -6,6 +6,7 @@
 #include <set>
 #include <utility>
 
+#include "host/data/ReadingScope.h"
 #include "host/session/HostIOError.h"
 #include "host/text/Utf8.h"
 
@@ -92,6 +93,7 @@ bool ArrowStreamReader::NextBatch() {
     if (fBatch.release == nullptr) return false;
   } while (fBatch.length == 0);
   AttachBatch();
+  ReadingScope::Report(fBatch.length * ColumnCount());
   return true;
 }
 

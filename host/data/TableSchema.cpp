@@ -3,16 +3,15 @@
 #include <fmt/format.h>
 
 #include <cerrno>
-#include <charconv>
-#include <cmath>
 #include <cstring>
 #include <fstream>
 #include <iterator>
-#include <limits>
 #include <set>
 #include <utility>
 
 #include "host/data/ITable.h"
+#include "host/data/MissingValueCode.h"
+#include "host/data/NullWords.h"
 #include "host/data/TableSchemaReader.h"
 #include "host/session/HostIOError.h"
 #include "host/text/KeywordMatch.h"
@@ -21,39 +20,11 @@ namespace MCHost {
 
 namespace {
 
-// The whole text as a number.
-std::optional<double> NumberOf(const std::string& text) {
-  double value = 0.0;
-  const char* end = text.data() + text.size();
-  const auto result = std::from_chars(text.data(), end, value);
-  if (text.empty() || result.ec != std::errc() || result.ptr != end) return std::nullopt;
-  return std::isfinite(value) ? std::optional(value) : std::nullopt;
-}
-
 std::optional<double> NumberOf(const TableSchema::Item& item) {
-  return item.fpNumber ? item.fpNumber : NumberOf(item.fText);
+  return item.fpNumber ? item.fpNumber : CodeAsNumber(item.fText);
 }
 
-bool IsNullText(const std::string& text) {
-  return text.empty() || text == "NA" || text == "NaN" || text == "null";
-}
-
-struct Range {
-  double fLow;
-  double fHigh;
-};
-
-// "lo..hi", either end left open but not both.
-std::optional<Range> RangeOf(const std::string& text) {
-  const std::size_t dots = text.find("..");
-  if (dots == std::string::npos || text.size() == 2) return std::nullopt;
-  const std::string low = text.substr(0, dots);
-  const std::string high = text.substr(dots + 2);
-  const auto lowest = low.empty() ? std::numeric_limits<double>::lowest() : NumberOf(low);
-  const auto highest = high.empty() ? std::numeric_limits<double>::max() : NumberOf(high);
-  if (!lowest || !highest || *lowest > *highest) return std::nullopt;
-  return Range{*lowest, *highest};
-}
+bool IsNullText(const std::string& text) { return text.empty() || IsNullWord(text); }
 
 // Puts one field's properties into its variable.
 class FieldApplier {
@@ -108,7 +79,7 @@ class FieldApplier {
   void AddNumericMissing(const TableSchema::Item& item) {
     KOVA_MissingValues& missing = fpVariable->GetMissingValues();
     if (const auto number = NumberOf(item)) return missing.AddNumber(*number);
-    const auto range = RangeOf(item.fText);
+    const auto range = CodeAsRange(item.fText);
     if (!range) {
       Fail(item.fPath, fmt::format("\"{}\" is neither a number nor a range \"low..high\", as a "
                                    "numeric column needs it",
@@ -125,7 +96,7 @@ class FieldApplier {
       return;
     }
     const auto number = NumberOf(item);
-    if (!number && RangeOf(item.fText)) return;  // a range has no label of its own
+    if (!number && CodeAsRange(item.fText)) return;  // a range has no label of its own
     if (!number) Fail(item.fPath, fmt::format("\"{}\" is not a number", item.fText));
     if (!item.fLabel.empty()) labels.SetLabel(*number, item.fLabel);
   }

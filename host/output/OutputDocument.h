@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -37,6 +38,17 @@ struct OutputRun {
   std::vector<std::pair<std::string, std::vector<std::string>>> fMacros;
   std::vector<OutputVariable> fNewVariables;
   std::vector<std::string> fFiles;
+  // What a report shows of predictors and model besides the tables, as JSON text for its page;
+  // empty for none.
+  std::string fFindings;
+};
+
+// What has ended the work before it was done.
+struct OutputFailure {
+  int fExitCode = 0;
+  std::string fText;
+  std::string fFile;  // which file it is about, and where in it; empty for none
+  std::string fPlace;
 };
 
 class OutputDocument : public IOutputSink {
@@ -45,6 +57,8 @@ class OutputDocument : public IOutputSink {
   std::string fDataSource;  // where the active data came from
   std::int64_t fNCases = 0;
   int fNVariables = 0;
+  std::optional<OutputFailure> fFailure;
+  bool fbFindings = false;  // whether findings are wanted: a report will be made of the document
 
   // Opens the next run and makes it the current one. The reference holds until the next run.
   OutputRun& BeginRun(const std::string& command);

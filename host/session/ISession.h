@@ -10,6 +10,7 @@
 
 struct CmaSys;
 struct CmnGlb;
+struct PRSFindings;
 class INBAlgorithm;
 
 namespace MCHost {
@@ -98,6 +99,12 @@ class ISession {
   // there and whole, new variables among them. A session to which an error is an error need not
   // implement this.
   virtual void ReportLostFile() {}
+
+  // What the engine of a command holds once its work is done, for an application that shows it in
+  // its own way; borrowed for the call. Counting for it costs a little, and is done only where it
+  // is wanted. A session that does not look need not implement either.
+  virtual bool WantsFindings() const { return false; }
+  virtual void TakeFindings(const PRSFindings& findings) { (void)findings; }
 
   // How far a long pass has come, once in a while. For a progress display.
   virtual void ReportProgress(const std::string& text) = 0;

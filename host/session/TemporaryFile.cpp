@@ -5,13 +5,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <array>
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
 #include <system_error>
 #include <utility>
+
+#include "host/session/Unfinished.h"
 
 namespace MCHost {
 
@@ -20,18 +21,6 @@ namespace {
 constexpr char kNameStart[] = ".predselect-";
 constexpr char kNameEnd[] = ".tmp";
 constexpr mode_t kPermissions = 0666;  // less what the user's mask takes away
-
-// The names alive, each in a slot of its own: a signal handler may neither lock nor allocate. The
-// owner of a slot keeps the text until it has cleared the slot.
-std::array<std::atomic<const char*>, 64> gNames{};
-
-int Register(const char* path) {
-  for (std::size_t i = 0; i < gNames.size(); ++i) {
-    const char* free = nullptr;
-    if (gNames[i].compare_exchange_strong(free, path)) return static_cast<int>(i);
-  }
-  return -1;  // the file is still removed by its owner
-}
 
 // A name that no other file of this process has.
 std::string NewName(const std::string& folder) {
@@ -69,13 +58,6 @@ void RemoveLeftovers(const std::string& folder) {
 }
 
 }  // namespace
-
-void RemoveTemporaryFiles() noexcept {
-  for (auto& slot : gNames) {
-    const char* path = slot.exchange(nullptr);
-    if (path != nullptr) unlink(path);
-  }
-}
 
 TemporaryFile::TemporaryFile(std::string folder) : fFolder(std::move(folder)) {
   RemoveLeftovers(fFolder);
@@ -126,21 +108,25 @@ void TemporaryFile::SetPermissions(mode_t mode) const {
 
 bool TemporaryFile::GiveName() {
   while (true) {
-    std::string name = NewName(fFolder);
-    const int failed =
-        linkat(AT_FDCWD, DescriptorPath().c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW);
-    if (failed == 0) TakeName(std::move(name));
-    if (failed == 0 || errno != EEXIST) return failed == 0;
+    // Known first: a program that is ended in between leaves nothing.
+    const std::string from = DescriptorPath();
+    TakeName(NewName(fFolder));
+    if (linkat(AT_FDCWD, from.c_str(), AT_FDCWD, fName.c_str(), AT_SYMLINK_FOLLOW) == 0)
+      return true;
+    const int error = errno;
+    ForgetName();
+    errno = error;
+    if (errno != EEXIST) return false;
   }
 }
 
 void TemporaryFile::TakeName(std::string name) {
   fName = std::move(name);
-  fSlot = Register(fName.c_str());
+  fSlot = RegisterUnfinished(fName.c_str());
 }
 
 void TemporaryFile::ForgetName() {
-  if (fSlot >= 0) gNames[static_cast<std::size_t>(std::exchange(fSlot, -1))].store(nullptr);
+  ForgetUnfinished(std::exchange(fSlot, -1));
   fName.clear();
 }
 

@@ -44,8 +44,4 @@ class TemporaryFile {
   int fSlot = -1;
 };
 
-// Removes every temporary file of this process that has a name. For a program that is about to end
-// without unwinding: may be called from a signal handler or an assertion handler, on any thread.
-void RemoveTemporaryFiles() noexcept;
-
 }  // namespace MCHost

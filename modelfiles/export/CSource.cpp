@@ -1,8 +1,10 @@
 // The model as a source file in C99. It multiplies the same doubles in the same order as the
 // component does, so the results are the same bits wherever the compiler keeps to IEEE doubles.
+#include <cctype>
 #include <cstdio>
 #include <functional>
 #include <set>
+#include <string_view>
 
 #include "modelfiles/export/ExportText.h"
 #include "modelfiles/export/ModelFormats.h"

@@ -2,7 +2,6 @@
 // hand: its values as numbers, the rows of the predictors' tables that they stand for, the sums of
 // evidence, the largest of these. The limits keep a database from folding these steps into one,
 // which would compute each of them as often as the next one needs it.
-#include <cmath>
 #include <limits>
 
 #include "modelfiles/export/ExportText.h"

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "common/MissingValue.h"
+#include "naivebayes/NBLoops.h"
 #include "naivebayes/encoders/INBEncoder.h"
 
 namespace {
@@ -53,7 +54,9 @@ NBBinGrid::NBBinGrid(const std::vector<double>& cutpoints) {
     return static_cast<std::int32_t>(at - cutpoints.begin());
   };
   for (const double cut : cuts) {
-    const auto cell = static_cast<std::size_t>(CellOf(cut));
+    std::int32_t found = 0;
+    NBLoops::InUse().fFindCells(&cut, 1, fLow, fScale, fLast, &found);
+    const auto cell = static_cast<std::size_t>(found);
     if (fvCells.size() > cell) {  // by the cutpoint before
       fvCells.clear();
       return;
@@ -71,13 +74,9 @@ void NBBinGrid::FillTo(std::size_t cell, std::int32_t bin) {
   while (fvCells.size() < cell) fvCells.push_back({kHighest, bin, 0});
 }
 
-// Two loops, of which the first is done several values at a time; no branch on the data.
+// No branch on the data.
 void NBBinGrid::Encode(const double* values, std::size_t cases, std::int32_t* bins) const {
-  const auto missing = static_cast<std::int32_t>(fLast) + 1;
-  for (std::size_t i = 0; i < cases; ++i) {
-    const std::int32_t cell = CellOf(values[i]);
-    bins[i] = MCMV::IsMissing(values[i]) ? missing : cell;
-  }
+  NBLoops::InUse().fFindCells(values, cases, fLow, fScale, fLast, bins);
   for (std::size_t i = 0; i < cases; ++i) {
     const Cell& cell = fvCells[static_cast<std::size_t>(bins[i])];
     bins[i] = cell.fBin + cell.fBeyond * (values[i] > cell.fCutpoint ? 1 : 0);

@@ -28,13 +28,6 @@ class NBBinGrid {
     std::int32_t fBeyond;  // bins further for those above
   };
 
-  // NaN falls into the first cell.
-  std::int32_t CellOf(double value) const {
-    double place = (value - fLow) * fScale;
-    place = place > 0 ? place : 0;
-    place = place < fLast ? place : fLast;
-    return static_cast<std::int32_t>(place);
-  }
   void FillTo(std::size_t cell, std::int32_t bin);
 
   double fLow = 0;

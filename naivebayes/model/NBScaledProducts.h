@@ -41,6 +41,8 @@ class NBScaledProducts {
   const double* Values(std::size_t record) const {
     return (fvAligned.empty() ? fvMantissas : fvAligned).data() + record * fNCategories;
   }
+  // Whether every exponent is 0.
+  bool IsPlain() const { return fvOffsets.empty(); }
   int Exponent(std::size_t record) const { return fvOffsets.empty() ? 0 : fvOffsets[record]; }
 
   // The products of a single record as plain doubles, from the priors that `products` holds; false

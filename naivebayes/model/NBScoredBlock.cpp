@@ -34,7 +34,7 @@ void NBScoredBlock::Score(const NBayesOutput& output, const std::vector<NBayesIn
   fNTargets = output.GetPriors().size();
   fvWinners.resize(cases);
   fvProbabilities.resize(cases * fNTargets);
-  fvCommonBits.assign(cases, INBEncoder::kMissingCode);
+  fvHasValid.assign(cases, 0);
   fvOutOfRange.assign(cases, 0);
   fvRooms.resize(fWorkers.Count());
   const std::size_t size = PartSize(fNTargets, inputs.size());
@@ -51,20 +51,23 @@ void NBScoredBlock::Score(const NBayesOutput& output, const std::vector<NBayesIn
 void NBScoredBlock::Multiply(const std::vector<NBayesInput>& inputs, const Part& part,
                              const Encode& encode, Room& room) {
   room.fvCodes.resize(part.fNCases);
+  bool areAllValid = false;  // a case at least once, so that there is no more to note
   for (std::size_t j = 0; j < inputs.size(); ++j) {
-    encode(static_cast<int>(j), part.fFirst, part.fNCases, room.fvCodes.data());
-    NoteMissing(room.fvCodes, part.fFirst);
+    const std::int32_t lowest =
+        encode(static_cast<int>(j), part.fFirst, part.fNCases, room.fvCodes.data());
+    if (!areAllValid || lowest < INBEncoder::kMissingCode) {
+      NoteMissing(room.fvCodes, lowest, part.fFirst);
+    }
+    areAllValid = areAllValid || lowest >= 0;
     room.fProducts.Multiply(inputs[j], room.fvCodes.data());
   }
   room.fProducts.Align();
 }
 
-void NBScoredBlock::NoteMissing(std::span<const std::int32_t> codes, std::size_t first) {
-  std::int32_t lowest = 0;
-  std::int32_t* commonBits = &fvCommonBits[first];
+void NBScoredBlock::NoteMissing(std::span<const std::int32_t> codes, std::int32_t lowest,
+                                std::size_t first) {
   for (std::size_t i = 0; i < codes.size(); ++i) {
-    commonBits[i] &= codes[i];
-    lowest = std::min(lowest, codes[i]);
+    fvHasValid[first + i] |= codes[i] != INBEncoder::kMissingCode;
   }
   if (lowest >= INBEncoder::kMissingCode) return;
   for (std::size_t i = 0; i < codes.size(); ++i) {
@@ -85,6 +88,6 @@ void NBScoredBlock::Decide(const NBayesOutput& output, const Part& part,
 
 std::int64_t NBScoredBlock::GetWarning(std::size_t i) const {
   if (fvOutOfRange[i] != 0) return MCNaive::kCodeOutOfRange;
-  if (fvCommonBits[i] == INBEncoder::kMissingCode) return MCNaive::kAllInputsMissing;
+  if (fvHasValid[i] == 0) return MCNaive::kAllInputsMissing;
   return 0;
 }

@@ -39,10 +39,10 @@ class NBScoredBlock {
   // normalised priors; 70010 an input out of range, it was not scored.
   std::int64_t GetWarning(std::size_t i) const;
 
-  // For the component: the codes of an input for a run of cases, as NBDataPreparator encodes them.
-  // Asked from several threads at once.
-  using Encode =
-      std::function<void(int input, std::size_t first, std::size_t cases, std::int32_t* codes)>;
+  // For the component: the codes of an input for a run of cases, as NBDataPreparator encodes them,
+  // and the lowest of them, at most 0. Asked from several threads at once.
+  using Encode = std::function<std::int32_t(int input, std::size_t first, std::size_t cases,
+                                            std::int32_t* codes)>;
   // Scores so many cases.
   void Score(const NBayesOutput& output, const std::vector<NBayesInput>& inputs, std::size_t cases,
              const Encode& encode);
@@ -60,13 +60,14 @@ class NBScoredBlock {
 
   void Multiply(const std::vector<NBayesInput>& inputs, const Part& part, const Encode& encode,
                 Room& room);
-  void NoteMissing(std::span<const std::int32_t> codes, std::size_t first);
+  // `lowest` is that of the codes.
+  void NoteMissing(std::span<const std::int32_t> codes, std::int32_t lowest, std::size_t first);
   void Decide(const NBayesOutput& output, const Part& part, const NBScaledProducts& products);
 
   std::size_t fNTargets = 0;
   std::vector<std::int32_t> fvWinners;
   std::vector<double> fvProbabilities;
-  std::vector<std::int32_t> fvCommonBits;  // of a case's codes; all set while all are missing
+  std::vector<char> fvHasValid;  // by case: one of its codes is not missing
   std::vector<char> fvOutOfRange;
   MCCommon::Workers fWorkers;
   std::vector<Room> fvRooms;  // by worker

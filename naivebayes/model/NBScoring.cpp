@@ -22,10 +22,17 @@ void Normalize(std::span<double> values) {
 int SelectWinner(std::span<const double> probabilities, const NBayesOutput& output) {
   const int n = static_cast<int>(probabilities.size());
   if (n < 2) return 0;
+  // Without a branch on the data, which random classes would mispredict.
   int first = 0;
+  double largest = probabilities[0];
   for (int i = 1; i < n; ++i) {
-    if (probabilities[i] > probabilities[first]) first = i;
+    const bool isLarger = probabilities[i] > largest;
+    first = isLarger ? i : first;
+    largest = isLarger ? probabilities[i] : largest;
   }
+  int nLargest = 0;
+  for (const double probability : probabilities) nLargest += probability == largest ? 1 : 0;
+  if (nLargest < 2) return first;
   // The tied ones are those after category 0; the first of them is passed over.
   int winner = first;
   bool passed = false;

@@ -1,7 +1,11 @@
 #include "naivebayes/model/NBayesInputBase.h"
 
 #include <algorithm>
+#include <array>
 #include <ostream>
+
+#include "common/CountInTurn.h"
+#include "naivebayes/NBLoops.h"
 
 void NBayesInputBase::Setup(int categories, int targetCategories) {
   fNCategories = categories;
@@ -66,26 +70,27 @@ void NBayesInputBase::AddUnitCases(NBCodes codes, const std::int32_t* targets, s
 template <typename Code>
 void NBayesInputBase::TallyUnitCases(const Code* codes, const std::int32_t* targets,
                                      std::size_t cases) {
-  // Two tables in turn, so that an addition need not wait for the one before, with a first row for
-  // missing codes; whole numbers give the same sums in any order.
+  // Tables with a first row for missing codes; whole numbers give the same sums in any order.
   const std::size_t cells = Cell(fNCategories + 1, 0);
-  if (cells > cases) {  // not worth two more tables
+  if (cells > cases) {  // not worth more tables
     for (std::size_t i = 0; i < cases; ++i) {
       if (codes[i] >= 0) AddCount(codes[i], targets[i], 1.0);
     }
     return;
   }
-  std::vector<std::uint32_t> tallies(2 * cells);
-  std::uint32_t* even = tallies.data();
-  std::uint32_t* odd = even + cells;
-  std::size_t i = 0;
-  for (; i + 1 < cases; i += 2) {
-    ++even[Cell(codes[i] + 1, targets[i])];
-    ++odd[Cell(codes[i + 1] + 1, targets[i + 1])];
+  constexpr std::size_t kTables = MCCommon::kTablesInTurn;
+  const std::size_t tables = kTables * cells <= cases ? kTables : 1;
+  std::vector<std::uint32_t> tallies(tables * cells);
+  std::array<std::int32_t, 256> widened;
+  for (std::size_t from = 0; from < cases; from += widened.size()) {
+    const std::size_t batch = std::min(widened.size(), cases - from);
+    std::copy_n(codes + from, batch, widened.begin());
+    NBLoops::InUse().fTally(widened.data(), targets + from, batch, fNTargets, tables, cells,
+                            tallies.data());
   }
-  if (i < cases) ++even[Cell(codes[i] + 1, targets[i])];
-  for (std::size_t cell = 0; cell < fvCounts.size(); ++cell) {
-    fvCounts[cell] += even[cell + fNTargets] + odd[cell + fNTargets];
+  for (std::size_t table = 0; table < tables; ++table) {
+    const std::uint32_t* counts = &tallies[table * cells + static_cast<std::size_t>(fNTargets)];
+    for (std::size_t cell = 0; cell < fvCounts.size(); ++cell) fvCounts[cell] += counts[cell];
   }
 }
 

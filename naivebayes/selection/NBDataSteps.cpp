@@ -15,7 +15,10 @@ NBDataSteps::NBDataSteps(const NBModelView& model, double totalWeight, NBCodeSto
       fRecords(records),
       fCancel(cancel),
       fWorkers(workers),
-      fChunks(model.fOutput.GetNCategories()) {}
+      fChunks(model.fOutput.GetNCategories()) {
+  if (!NBOddsRatios::Serve(model.fOutput.GetPriors().size())) return;
+  for (const NBayesInput& input : model.fInputs) fvRatios.emplace_back(input);
+}
 
 NBOdds& NBDataSteps::MakeOdds(std::size_t chunk, const NBCodeBlock& codes) {
   const std::size_t bytes = fChunks.Most() * fModel.fOutput.GetPriors().size() * sizeof(double);
@@ -29,6 +32,7 @@ NBOdds& NBDataSteps::MakeOdds(std::size_t chunk, const NBCodeBlock& codes) {
     odds.Multiply(fModel.fInputs[j], codes.Codes(j), codes.Targets());
   }
   odds.Align();
+  odds.DivideByOwn(codes.Targets());
   return odds;
 }
 
@@ -36,7 +40,11 @@ void NBDataSteps::AddTerms(const NBOdds& odds, const NBCodeBlock& codes,
                            const std::vector<int>& candidates, std::vector<NBOddsSum>& sums) const {
   const auto add = [&](std::size_t c, std::size_t) {
     const int j = candidates[c];
-    odds.AddTerms(fModel.fInputs[j], codes.Codes(j), codes.Targets(), codes.Weights(), sums[c]);
+    if (fvRatios.empty()) {
+      odds.AddTerms(fModel.fInputs[j], codes.Codes(j), codes.Targets(), codes.Weights(), sums[c]);
+    } else {
+      odds.AddTerms(fvRatios[j], codes.Codes(j), codes.Targets(), codes.Weights(), sums[c]);
+    }
   };
   const std::size_t products = codes.Cases() * fModel.fOutput.GetPriors().size();
   fWorkers.For(products * candidates.size()).ForEach(candidates.size(), add, [this] {

@@ -38,8 +38,9 @@ class NBDataSteps : public NBSteps {
   NBCancelInfo& fCancel;
   MCCommon::Workers& fWorkers;
   NBChunks fChunks;
-  std::vector<int> fvCurrent;  // in order of entry
-  std::size_t fNKept = 0;      // of them are in the kept products
-  std::vector<NBOdds> fvKept;  // by chunk, for the first of the pass
+  std::vector<NBOddsRatios> fvRatios;  // by input; none where they do not serve
+  std::vector<int> fvCurrent;          // in order of entry
+  std::size_t fNKept = 0;              // of them are in the kept products
+  std::vector<NBOdds> fvKept;          // by chunk, for the first of the pass
   NBOdds fAnew;
 };

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "naivebayes/model/NBScaledProducts.h"
+#include "naivebayes/selection/NBOddsRatios.h"
 #include "naivebayes/selection/NBOddsSum.h"
 #include "naivebayes/store/NBCodes.h"
 
@@ -26,6 +27,8 @@ class NBOdds {
 
   // To be called after the last Multiply, before the terms are asked for.
   void Align() { fOthers.Align(); }
+  // To be called after that, before terms by ratios are asked for.
+  void DivideByOwn(const std::int32_t* targets);
 
   std::size_t Cases() const { return fOthers.Records(); }
 
@@ -33,11 +36,11 @@ class NBOdds {
   void AddTerms(const double* weights, NBOddsSum& sum) const;
   void AddTerms(const NBayesInputBase& input, NBCodes codes, const std::int32_t* targets,
                 const double* weights, NBOddsSum& sum) const;
+  // The same by the ratios of the input. REQUIRES: those of its target have them.
+  void AddTerms(const NBOddsRatios& ratios, NBCodes codes, const std::int32_t* targets,
+                const double* weights, NBOddsSum& sum) const;
 
  private:
-  template <int kCategories, typename Code>
-  void AddTermsOf(const NBayesInputBase& input, const Code* codes, const std::int32_t* targets,
-                  const double* weights, NBOddsSum& sum) const;
   void ScaleUpOwn();
   // Of 2, by which the quotient is to be multiplied.
   int ExponentOf(std::size_t i) const {
@@ -48,5 +51,8 @@ class NBOdds {
   NBScaledProducts fOthers;  // with 0 in the place of the own category
   std::vector<double> fvOwn;
   std::vector<std::int32_t> fvScalings;  // how often an own product was scaled up; empty: none was
-  double fLeast = 1;                     // a bound from below of the own products
+  // Where NBOddsRatios serve, the others divided by the own product: those of the first other
+  // category by case, up to a multiple of 8, then those of the second, and so on.
+  std::vector<double> fvOdds;
+  double fLeast = 1;  // a bound from below of the own products
 };

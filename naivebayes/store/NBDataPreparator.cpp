@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "common/MissingValue.h"
+#include "naivebayes/NBLoops.h"
 #include "naivebayes/encoders/NBBinningEncoder.h"
 #include "naivebayes/encoders/NBRoundEncoder.h"
 #include "naivebayes/model/NBayesInput.h"
@@ -23,18 +24,9 @@ using MCNaive::MCStatus;
 
 namespace {
 
-// A caller's category code. Negative codes and missing values give -1.
-inline std::int32_t EncodeCategory(double value, double end) {
-  if (value >= 0 && value < end) [[likely]]
-    return static_cast<std::int32_t>(value + NBCodeBlock::kCountingOffset);
-  return value >= 0 && !MCMV::IsMissing(value) ? NBDataPreparator::kOutOfRange
-                                               : INBEncoder::kMissingCode;
-}
-
-void EncodeCategories(const double* values, std::size_t cases, int categories,
-                      std::int32_t* codes) {
-  const double end = categories - 0.5;
-  for (std::size_t i = 0; i < cases; ++i) codes[i] = EncodeCategory(values[i], end);
+std::int32_t EncodeCategories(const double* values, std::size_t cases, int categories,
+                              std::int32_t* codes) {
+  return NBLoops::InUse().fEncode(values, cases, categories - 0.5, codes);
 }
 
 }  // namespace
@@ -84,13 +76,14 @@ void NBDataPreparator::RebinEncoders(const std::vector<NBayesInput>& inputs) {
   UpdateNCats();
 }
 
-void NBDataPreparator::EncodeInputs(int input, const double* values, std::size_t cases,
-                                    std::int32_t* codes) const {
+std::int32_t NBDataPreparator::EncodeInputs(int input, const double* values, std::size_t cases,
+                                            std::int32_t* codes) const {
   const Input& info = fvInputs[input];
   if (info.fpBinning == nullptr) return EncodeCategories(values, cases, info.fNCats, codes);
   info.fpBinning->EncodeColumn(values, cases, codes);
   // Without cutpoints the encoder may answer 1, which no table has room for.
   if (info.fNCats < 2) std::replace(codes, codes + cases, 1, kOutOfRange);
+  return LowestOf(codes, cases);
 }
 
 inline std::int32_t NBDataPreparator::EncodeInput(int input, double value) const {
@@ -101,9 +94,15 @@ inline std::int32_t NBDataPreparator::EncodeInput(int input, double value) const
   return code;
 }
 
-void NBDataPreparator::EncodeTargets(const double* values, std::size_t cases,
-                                     std::int32_t* codes) const {
-  EncodeCategories(values, cases, fNTargetCats, codes);
+std::int32_t NBDataPreparator::EncodeTargets(const double* values, std::size_t cases,
+                                             std::int32_t* codes) const {
+  return EncodeCategories(values, cases, fNTargetCats, codes);
+}
+
+std::int32_t NBDataPreparator::LowestOf(const std::int32_t* codes, std::size_t cases) {
+  std::int32_t lowest = 0;
+  for (std::size_t i = 0; i < cases; ++i) lowest = std::min(lowest, codes[i]);
+  return lowest;
 }
 
 void NBDataPreparator::EncodeWeights(const double* values, std::size_t cases,

@@ -20,6 +20,7 @@
 #include "common/Workers.h"
 #include "naivebayes/MCStatus.h"
 #include "naivebayes/NBCancelInfo.h"
+#include "naivebayes/encoders/NBCategoryCode.h"
 #include "naivebayes/store/NBCodeStore.h"
 
 class NBBinningEncoder;
@@ -52,7 +53,7 @@ struct NBStored {
 class NBDataPreparator {
  public:
   // A code that is neither missing nor within the variable's categories.
-  static constexpr std::int32_t kOutOfRange = -2;
+  static constexpr std::int32_t kOutOfRange = kNBOutOfRange;
 
   // Candidates count as inputs when usePossibleInputs. `nRecords` is for the interface's sake: each
   // pass has a limit of its own. The workers share out the inputs of a block; they stay the
@@ -83,9 +84,12 @@ class NBDataPreparator {
   MCNaive::MCStatus ProcessSource(MCCommon::RecordIterator& source, const NBStoreRequest& request,
                                   NBStored& stored);
 
-  // The column forms of the above, for cases of one column of original records.
-  void EncodeInputs(int input, const double* values, std::size_t cases, std::int32_t* codes) const;
-  void EncodeTargets(const double* values, std::size_t cases, std::int32_t* codes) const;
+  // The column forms of the above, for cases of one column of original records. Of codes they
+  // return the lowest, at most 0.
+  std::int32_t EncodeInputs(int input, const double* values, std::size_t cases,
+                            std::int32_t* codes) const;
+  std::int32_t EncodeTargets(const double* values, std::size_t cases, std::int32_t* codes) const;
+  static std::int32_t LowestOf(const std::int32_t* codes, std::size_t cases);
   void EncodeWeights(const double* values, std::size_t cases, double* weights) const;
 
   // Reads the numbers of categories, or everything about the inputs, anew from the list.

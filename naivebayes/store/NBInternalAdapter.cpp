@@ -78,11 +78,10 @@ void NBInternalAdapter::EncodeAccepted(const RecordBlock& block) {
 
 bool NBInternalAdapter::EncodeInput(int input, const double* values, std::size_t cases) {
   std::vector<std::int32_t>& column = fBuffer.fvCodes[input];
-  fPreparator.EncodeInputs(input, values, cases, column.data());
+  const std::int32_t lowest = fPreparator.EncodeInputs(input, values, cases, column.data());
   Compact(column, fvAccepted);
-  std::int32_t lowest = 0;
-  for (const std::int32_t code : column) lowest = std::min(lowest, code);
-  return lowest == NBDataPreparator::kOutOfRange;
+  return lowest == NBDataPreparator::kOutOfRange &&
+         NBDataPreparator::LowestOf(column.data(), column.size()) == lowest;
 }
 
 void NBInternalAdapter::ReplaceOutOfRange(int input, const double* values, std::size_t cases,

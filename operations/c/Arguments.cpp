@@ -17,6 +17,13 @@ std::string TextArgument(const char* text, const char* name, const char* otherwi
   return TextArgument(text != nullptr ? text : otherwise, name);
 }
 
+std::vector<std::string> TextArguments(const char* const* texts, std::size_t n, const char* name) {
+  std::vector<std::string> given;
+  if (n > 0) Given(texts, name);
+  for (std::size_t i = 0; i < n; ++i) given.push_back(TextArgument(texts[i], name));
+  return given;
+}
+
 void CheckStruct(const void* bytes, std::size_t givenSize, std::size_t knownSize) {
   // Fields are as wide as struct_size or fill up to it; a struct of kilobytes was not initialised.
   constexpr std::size_t kMost = 4096;

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstring>
 #include <string>
+#include <vector>
 
 #include "operations/c/Guard.h"
 
@@ -25,6 +26,9 @@ std::string TextArgument(const char* text, const char* name);
 
 // The same, with what NULL stands for.
 std::string TextArgument(const char* text, const char* name, const char* otherwise);
+
+// A list of texts. Throws as TextArgument does.
+std::vector<std::string> TextArguments(const char* const* texts, std::size_t n, const char* name);
 
 // Throws Misuse for a size that no struct of pointers can have, and for a struct that has something
 // set behind the fields that are known.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -13,10 +14,12 @@
 
 struct predselect_session {
   PredSelect::Surroundings fSurroundings;
-  std::atomic_flag fBusy;    // a call is under way
-  bool fbCancelled = false;  // the cancel callback has asked to stop it
-  std::string fError;        // of the last call
-  const char* fpError = "";  // it, or a fixed text where there was no memory for it
+  std::atomic_flag fBusy;  // a call is under way
+  // The callback, or another thread, has asked to stop it.
+  std::atomic<bool> fbCancelled = false;
+  std::function<bool()> fAskToStop;  // the cancel callback, empty for none
+  std::string fError;                // of the last call
+  const char* fpError = "";          // it, or a fixed text where there was no memory for it
 };
 
 // Shared with the results and streams that were made from it.

@@ -1,10 +1,14 @@
+#include <algorithm>
+#include <limits>
 #include <memory>
 #include <utility>
 
 #include "host/output/render/RenderText.h"
+#include "operations/BuildModel.h"
 #include "operations/DescribeTable.h"
 #include "operations/FreeMemory.h"
 #include "operations/InspectState.h"
+#include "operations/RankPredictors.h"
 #include "operations/RunCommands.h"
 #include "operations/ScoreTable.h"
 #include "operations/c/Arguments.h"
@@ -40,6 +44,46 @@ predselect_status StatusOf(Outcome outcome) {
       return PREDSELECT_CANCELLED;
   }
   return PREDSELECT_BROKEN_INVARIANT;
+}
+
+double KilobytesOf(std::size_t memory) {
+  return memory == PREDSELECT_MEMORY_AUTO ? PredSelect::AutomaticMemory()
+                                          : static_cast<double>(memory);
+}
+
+std::string PathOrNone(const char* path) { return path != nullptr ? path : ""; }
+
+// More than any table has variables are all of them.
+int CountOf(std::size_t count) {
+  return static_cast<int>(std::min<std::size_t>(count, std::numeric_limits<int>::max()));
+}
+
+PredSelect::RankBy RankByOf(std::size_t by) {
+  constexpr PredSelect::RankBy kAll[] = {
+      PredSelect::RankBy::kPearson, PredSelect::RankBy::kLikelihoodRatio,
+      PredSelect::RankBy::kCramersV, PredSelect::RankBy::kLambda, PredSelect::RankBy::kBits};
+  if (by >= std::size(kAll)) throw Misuse("by is no predselect_rank_by");
+  return kAll[by];
+}
+
+double TestShareOf(double test) {
+  if (test == 0.0) return PredSelect::ModelRequest().fTest;
+  if (!(test < 1.0)) throw Misuse("test is not below 1");
+  return std::max(test, 0.0);
+}
+
+PredSelect::ModelRequest ModelRequestOf(const char* target, const predselect_model_options& given) {
+  PredSelect::ModelRequest request;
+  request.fTarget = TextArgument(target, "target");
+  request.fExcept = TextArguments(given.except, given.n_except, "except");
+  request.fTrainingColumn = TextArgument(given.training_column, "training_column", "");
+  request.fTest = TestShareOf(given.test);
+  request.fPredictors = CountOf(given.predictors);
+  request.fbSavePredictions = given.save_predictions != 0;
+  request.fPmml = PathOrNone(given.pmml_path);
+  request.fRun.fStatePath = PathOrNone(given.state_path);
+  request.fRun.fMemory = KilobytesOf(given.memory == 0 ? PREDSELECT_MEMORY_AUTO : given.memory);
+  return request;
 }
 
 // Runs a job that fills a result's document, and hands the result out however the job ended.
@@ -86,11 +130,33 @@ predselect_status predselect_run(predselect_session* session, predselect_table* 
     const predselect_run_options given = GivenOptions(options);
     PredSelect::RunRequest request;
     request.fCommands = TextArgument(commands, "commands");
-    if (given.state_path != nullptr) request.fStatePath = given.state_path;
-    if (given.results_folder != nullptr) request.fResultsFolder = given.results_folder;
-    request.fMemory = given.memory == PREDSELECT_MEMORY_AUTO ? PredSelect::AutomaticMemory()
-                                                             : static_cast<double>(given.memory);
+    request.fStatePath = PathOrNone(given.state_path);
+    request.fResultsFolder = PathOrNone(given.results_folder);
+    request.fMemory = KilobytesOf(given.memory);
     return PredSelect::RunCommands(data, document, request, session->fSurroundings);
+  });
+}
+
+predselect_status predselect_rank(predselect_session* session, predselect_table* table,
+                                  const char* target, const predselect_rank_options* options,
+                                  predselect_result** result) {
+  return ProduceFrom(session, table, result, [&](auto& data, auto& document) {
+    const predselect_rank_options given = GivenOptions(options);
+    const PredSelect::RankRequest request{
+        .fTarget = TextArgument(target, "target"),
+        .fBy = RankByOf(given.by),
+        .fExcept = TextArguments(given.except, given.n_except, "except"),
+        .fTop = CountOf(given.top)};
+    return PredSelect::RankPredictors(data, document, request, session->fSurroundings);
+  });
+}
+
+predselect_status predselect_model(predselect_session* session, predselect_table* table,
+                                   const char* target, const predselect_model_options* options,
+                                   predselect_result** result) {
+  return ProduceFrom(session, table, result, [&](auto& data, auto& document) {
+    const PredSelect::ModelRequest request = ModelRequestOf(target, GivenOptions(options));
+    return PredSelect::BuildModel(data, document, request, session->fSurroundings);
   });
 }
 

@@ -1,4 +1,5 @@
 #include <cstdint>
+#include <memory>
 
 #include "operations/AvailableThreads.h"
 #include "operations/Version.h"
@@ -17,7 +18,13 @@ predselect_status predselect_session_open(predselect_session** session) {
   *session = nullptr;
   try {
     CatchBrokenInvariants();
-    *session = new predselect_session;
+    auto opened = std::make_unique<predselect_session>();
+    // What has asked to stop is not asked again: it may have been a key that was pressed.
+    opened->fSurroundings.fIsCancelled = [made = opened.get()] {
+      if (!made->fbCancelled && made->fAskToStop && made->fAskToStop()) made->fbCancelled = true;
+      return made->fbCancelled.load();
+    };
+    *session = opened.release();
     return PREDSELECT_OK;
   } catch (...) {
     return PREDSELECT_NO_MEMORY;
@@ -44,17 +51,17 @@ predselect_status predselect_session_set_temp_folder(predselect_session* session
   return Guarded(session, [&] { session->fSurroundings.fTempPath = PathArgument(path, "path"); });
 }
 
-// A callback that has asked to stop is not asked again: it may have been a key that was pressed.
 predselect_status predselect_session_set_cancel(predselect_session* session,
                                                 predselect_cancel_query query, void* user_data) {
   return Guarded(session, [&] {
-    session->fSurroundings.fIsCancelled = nullptr;
+    session->fAskToStop = nullptr;
     if (query == nullptr) return;
-    session->fSurroundings.fIsCancelled = [session, query, user_data] {
-      if (!session->fbCancelled) session->fbCancelled = query(user_data) != 0;
-      return session->fbCancelled;
-    };
+    session->fAskToStop = [query, user_data] { return query(user_data) != 0; };
   });
+}
+
+void predselect_session_cancel(predselect_session* session) {
+  if (session != nullptr) session->fbCancelled = true;
 }
 
 predselect_status predselect_session_set_progress(predselect_session* session,

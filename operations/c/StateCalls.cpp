@@ -1,6 +1,9 @@
 #include <memory>
 
+#include "operations/ExportModel.h"
 #include "operations/MergeStates.h"
+#include "operations/ModelFile.h"
+#include "operations/ScoreTable.h"
 #include "operations/StateFile.h"
 #include "operations/c/Arguments.h"
 #include "operations/c/Guard.h"
@@ -33,6 +36,29 @@ predselect_status predselect_state_merge(predselect_session* session, predselect
     const predselect_state& added = Given(from, "from");
     if (into == from) throw Misuse("a state cannot be merged into itself");
     PredSelect::MergeStates(Given(into, "into").fState, added.fState, added.fName);
+  });
+}
+
+predselect_status predselect_state_pmml(predselect_session* session, const predselect_state* state,
+                                        const char* path) {
+  return Guarded(session, [&] {
+    const predselect_state& model = Given(state, "state");
+    PredSelect::ExportModel(PredSelect::ModelOf(model.fState, model.fName),
+                            PathArgument(path, "path"), session->fSurroundings.fApplication);
+  });
+}
+
+predselect_status predselect_state_export(predselect_session* session,
+                                          const predselect_state* state, const char* path,
+                                          const predselect_export_options* options) {
+  return Guarded(session, [&] {
+    const predselect_export_options given = GivenOptions(options);
+    const predselect_state& model = Given(state, "state");
+    PredSelect::ExportRequest request;
+    request.fFile = PathArgument(path, "path");
+    request.fTo = TextArgument(given.format, "format", "");
+    request.fTable = TextArgument(given.table, "table", request.fTable.c_str());
+    (void)PredSelect::WriteModelFile(PredSelect::ModelOf(model.fState, model.fName), request);
   });
 }
 

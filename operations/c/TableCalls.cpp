@@ -1,13 +1,15 @@
-#include <cstdint>
+#include <cstddef>
 #include <memory>
-#include <utility>
+#include <string>
 
 #include "host/data/ArrowCDataInterface.h"
+#include "host/data/HandedStream.h"
 #include "host/data/MemoryTable.h"
-#include "operations/TableOptions.h"
+#include "host/data/StreamedTable.h"
 #include "operations/c/Arguments.h"
 #include "operations/c/Guard.h"
 #include "operations/c/Handles.h"
+#include "operations/c/TableWishes.h"
 
 namespace PredSelectC {
 
@@ -28,32 +30,24 @@ class TakenStream {
   ArrowArrayStream* fpStream;
 };
 
-KOVA_Variable::MeasurementLevel LevelOf(std::int32_t level) {
-  switch (level) {
-    case PREDSELECT_NOMINAL:
-      return KOVA_Variable::kNominal;
-    case PREDSELECT_ORDINAL:
-      return KOVA_Variable::kOrdinal;
-    case PREDSELECT_SCALE:
-      return KOVA_Variable::kScale;
+std::shared_ptr<MCHost::DataTable> TableOf(ArrowArrayStream& stream, const std::string& name,
+                                           std::size_t keep) {
+  using MCHost::HandedStream;
+  switch (keep) {
+    case PREDSELECT_KEEP_CELLS:
+      return std::make_shared<MCHost::MemoryTable>(&stream, name);
+    case PREDSELECT_KEEP_BATCHES:
+    case PREDSELECT_KEEP_ASIDE: {
+      const auto use =
+          keep == PREDSELECT_KEEP_ASIDE ? HandedStream::Use::kPassed : HandedStream::Use::kHeld;
+      return std::make_shared<MCHost::StreamedTable>(
+          std::make_unique<HandedStream>(&stream, name, use));
+    }
     default:
-      throw Misuse("a level is none of PREDSELECT_NOMINAL, PREDSELECT_ORDINAL, PREDSELECT_SCALE");
+      throw Misuse(
+          "keep is none of PREDSELECT_KEEP_CELLS, PREDSELECT_KEEP_BATCHES, "
+          "PREDSELECT_KEEP_ASIDE");
   }
-}
-
-PredSelect::TableOptions OptionsOf(const predselect_table_options& given) {
-  PredSelect::TableOptions options;
-  if (given.schema != nullptr) {
-    options.fSchema =
-        MCHost::TableSchema::Parse(TextArgument(given.schema, "schema"), "the schema");
-  }
-  if (given.n_levels > 0) Given(given.levels, "levels");
-  for (std::size_t i = 0; i < given.n_levels; ++i) {
-    const predselect_variable_level& level = given.levels[i];
-    options.fLevels.emplace_back(TextArgument(level.variable, "level"), LevelOf(level.level));
-  }
-  options.fWeight = TextArgument(given.weight, "weight", "");
-  return options;
 }
 
 }  // namespace
@@ -70,13 +64,9 @@ predselect_status predselect_table_open(predselect_session* session, ArrowArrayS
   return Guarded(session, [&] {
     predselect_table*& out = Given(table, "table");
     const predselect_table_options given = GivenOptions(options);
-    const PredSelect::TableOptions wishes = OptionsOf(given);
-    auto made = std::make_unique<predselect_table>();
-    made->fName = TextArgument(given.name, "name", "data");
-    made->fpTable = std::make_shared<MCHost::MemoryTable>(&taken.Get(), made->fName);
-    PredSelect::PrepareTable(*made->fpTable, wishes);
-    for (const std::string& note : made->fpTable->Notes()) made->fNotes += note + "\n";
-    out = made.release();
+    const PredSelect::TableOptions wishes = WishesOf(given);
+    const std::string name = TextArgument(given.name, "name", "data");
+    out = MakeTable(TableOf(taken.Get(), name, given.keep), name, wishes);
   });
 }
 

@@ -16,10 +16,11 @@
 // each function says how long they stay. Streams that you are given are yours to release, and stay
 // good when everything else is closed.
 //
-// Threads. Use each object from one thread at a time; a table, the results made from it and their
-// streams count as one object. Different objects may be used by different threads at once, so a
-// thread needs a session of its own. A job uses the thread that made the call, and others where the
-// session says so; callbacks come on the thread that made the call.
+// Threads. Use each object from one thread at a time (predselect_session_cancel() apart); a table,
+// the results made from it and their streams count as one object. Different objects may be used by
+// different threads at once, so a thread needs a session of its own. A job uses the thread that
+// made the call, and others where the session says so; callbacks come on the thread that made the
+// call.
 //
 // What never changes as long as predselect_abi_version() stays the same: the functions here with
 // their signatures, the values of the constants, the fields of the structs with their order, and
@@ -87,6 +88,10 @@ typedef int (*predselect_cancel_query)(void* user_data);
 predselect_status predselect_session_set_cancel(predselect_session* session,
                                                 predselect_cancel_query query, void* user_data);
 
+// Ends the job under way with the session as the callback above does, from any thread and without
+// waiting. Does nothing where there is none, so ask again until the job has ended.
+void predselect_session_cancel(predselect_session* session);
+
 // Told how far a long job has come, in words that stay during the call only.
 typedef void (*predselect_progress_listener)(void* user_data, const char* text);
 predselect_status predselect_session_set_progress(predselect_session* session,
@@ -113,6 +118,22 @@ typedef struct predselect_variable_level {
   int32_t level;  // a predselect_level
 } predselect_variable_level;
 
+// How data are to be read, as the program's option of that name has it: {"delimiter", ";"},
+// {"missing", "age=99,999"}, {"no-header", ""}. Keeps its size.
+typedef struct predselect_reading_option {
+  const char* name;
+  const char* word;  // NULL for an option that takes none
+} predselect_reading_option;
+
+// Where the cells of a table are while it is open. Results do not depend on it. Do not renumber.
+#define PREDSELECT_KEEP_CELLS ((size_t)0)  // in memory: 8 bytes a number, 4 bytes a text
+#define PREDSELECT_KEEP_BATCHES \
+  ((size_t)1)  // in the stream's own batches, which are held without a
+               // copy and must not change; every pass reads them again
+#define PREDSELECT_KEEP_ASIDE \
+  ((size_t)2)  // in a temporary file, batch by batch as they come: for
+               // data that are larger than memory
+
 typedef struct predselect_table_options {
   size_t struct_size;
   const char* name;    // of the data, in messages and documents; NULL for "data"
@@ -120,6 +141,9 @@ typedef struct predselect_table_options {
   const char* weight;  // the frequency weight variable; NULL for none
   const predselect_variable_level* levels;  // these overrule the schema, later ones earlier ones
   size_t n_levels;
+  size_t keep;                               // PREDSELECT_KEEP_CELLS and so on
+  const predselect_reading_option* reading;  // of a stream only "missing" has an effect
+  size_t n_reading;
 } predselect_table_options;
 
 // Reads a stream of records to its end. Takes the stream over: it is released in every case, also
@@ -136,6 +160,24 @@ void predselect_table_close(predselect_table* table);
 predselect_status predselect_table_notes(predselect_session* session, const predselect_table* table,
                                          const char** notes);
 
+// The function below stands in a library of its own, predselectcfiles, which brings Arrow C++ with
+// it.
+
+typedef struct predselect_file_options {
+  size_t struct_size;
+  const char* const* nulls;  // further texts that are missing in delimited text
+  size_t n_nulls;
+} predselect_file_options;
+
+// The table of a data file, as the program opens it: .csv, .tsv, .parquet, .arrow, .feather.
+// PREDSELECT_KEEP_ASIDE keeps nothing in memory and reads the file again on every pass;
+// PREDSELECT_KEEP_BATCHES is PREDSELECT_MISUSE here. A schema also says how columns of text are
+// read. NULL options are those without a wish; without a name the path is the data's.
+predselect_status predselect_table_open_file(predselect_session* session, const char* path,
+                                             const predselect_file_options* file_options,
+                                             const predselect_table_options* table_options,
+                                             predselect_table** table);
+
 // ---- States -------------------------------------------------------------------------------------
 
 predselect_status predselect_state_load(predselect_session* session, const char* path,
@@ -149,6 +191,11 @@ predselect_status predselect_state_save(predselect_session* session, const preds
 // together are PREDSELECT_BAD_REQUEST, and `into` is then as it was.
 predselect_status predselect_state_merge(predselect_session* session, predselect_state* into,
                                          const predselect_state* from);
+
+// Writes a model as PMML for other programs ("PMML 4.3"). A ranking is PREDSELECT_BAD_REQUEST. The
+// file appears whole or not at all.
+predselect_status predselect_state_pmml(predselect_session* session, const predselect_state* state,
+                                        const char* path);
 
 void predselect_state_close(predselect_state* state);
 
@@ -174,6 +221,48 @@ typedef struct predselect_run_options {
 predselect_status predselect_run(predselect_session* session, predselect_table* table,
                                  const char* commands, const predselect_run_options* options,
                                  predselect_result** result);
+
+// Do not renumber.
+typedef enum predselect_rank_by {
+  PREDSELECT_BY_P = 0,       // the exact p-value: of Pearson's chi-square between categories
+  PREDSELECT_BY_LR = 1,      // that of the likelihood ratio
+  PREDSELECT_BY_V = 2,       // Cramer's V, where target and predictors are categorical
+  PREDSELECT_BY_LAMBDA = 3,  // lambda, there
+  PREDSELECT_BY_BITS = 4     // mutual information
+} predselect_rank_by;
+
+typedef struct predselect_rank_options {
+  size_t struct_size;
+  size_t by;                  // a predselect_rank_by
+  const char* const* except;  // variables that are no predictors
+  size_t n_except;
+  size_t top;  // so many are shown; 0 for all
+} predselect_rank_options;
+
+// How each variable of the table, taken alone, goes with the target: exact p-values, effect sizes,
+// adjusted p-values, in the table "Ranking". NULL options are those without a wish.
+predselect_status predselect_rank(predselect_session* session, predselect_table* table,
+                                  const char* target, const predselect_rank_options* options,
+                                  predselect_result** result);
+
+typedef struct predselect_model_options {
+  size_t struct_size;
+  const char* const* except;  // variables that are no predictors
+  size_t n_except;
+  const char* training_column;  // is 1 in the cases that train the model; NULL for a random share
+  double test;              // share of the cases that test the model; 0 for 0.3, below 0 for none
+  size_t predictors;        // at most so many; 0 for as many as serve it
+  size_t save_predictions;  // not 0: as new variables of the table
+  const char* state_path;   // where the model is saved; NULL for nowhere
+  const char* pmml_path;    // where it is written as PMML; NULL for nowhere
+  size_t memory;            // as for predselect_run; 0 is PREDSELECT_MEMORY_AUTO here
+} predselect_model_options;
+
+// A Naive Bayes classifier of the target with the predictors that serve it best, in the tables
+// "ChosenPredictors", "Accuracy" and "WorstConfusions". NULL options are those without a wish.
+predselect_status predselect_model(predselect_session* session, predselect_table* table,
+                                   const char* target, const predselect_model_options* options,
+                                   predselect_result** result);
 
 // The dictionary of the table: names, types, levels, valid and missing cases, ranges, categories.
 predselect_status predselect_describe(predselect_session* session, predselect_table* table,
@@ -252,6 +341,23 @@ predselect_status predselect_result_new_columns(predselect_session* session,
                                                 struct ArrowArrayStream* stream);
 
 void predselect_result_close(predselect_result* result);
+
+// ---- Models for other programs
+// --------------------------------------------------------------------
+
+typedef struct predselect_export_options {
+  size_t struct_size;
+  const char* format;  // "pmml" (one that evaluators agree on), "onnx", "sql", "c", "json"; NULL:
+                       // by the ending of the path
+  const char* table;  // that the SQL query reads; NULL for "data"
+} predselect_export_options;
+
+// Writes a model's state in a form that scores elsewhere as predselect_score does. The file appears
+// whole or not at all. PREDSELECT_BAD_REQUEST for a format that is none, and for a model that the
+// format cannot hold. NULL options are those without a wish.
+predselect_status predselect_state_export(predselect_session* session,
+                                          const predselect_state* state, const char* path,
+                                          const predselect_export_options* options);
 
 #ifdef __cplusplus
 }

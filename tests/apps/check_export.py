@@ -101,7 +101,11 @@ def as_number(cell):
 
 # ---- JSON, C ------------------------------------------------------------------------------------
 
+SCHEMA = Path(__file__).resolve().parent.parent.parent / "docs" / "model.schema.json"
+
+
 def by_json(case):
+    needed("jsonschema").validate(case.model, json.loads(SCHEMA.read_text(encoding="utf-8")))
     program([*case.scored, "--model", "model.json", "--save-data", "again.csv"], case.folder)
     own, again = ((case.folder / name).read_bytes() for name in ("own.csv", "again.csv"))
     assert own == again, "the model read back scores other bits"

@@ -9,6 +9,7 @@ import os
 import random
 import re
 import resource
+import shutil
 import signal
 import subprocess
 import sys
@@ -79,8 +80,66 @@ def law_interrupt_leaves_no_file(program, folder):
     process.send_signal(signal.SIGINT)
     _, errors = process.communicate(timeout=60)
     assert process.returncode == 130, (process.returncode, errors)
-    assert "Stopped at your wish" in errors, errors
+    assert errors.count("stopped at your wish") == 1, errors
     assert not [path for path in folder.iterdir() if ".tmp" in path.name]
+
+
+def law_a_signal_ends_every_phase(program, folder):
+    """At any moment: code 130, one line within a moment, and the folder as it was. What is ignored by
+    whoever started the program is ignored."""
+    write_wide_table(folder / "wide.csv", 1500, 500)
+    (folder / "page.txt").write_text("old", encoding="utf-8")
+
+    def start(job, ignored=()):
+        def dispose():
+            for number in (signal.SIGINT, signal.SIGTERM, signal.SIGHUP):
+                signal.signal(number, signal.SIG_IGN if number in ignored else signal.SIG_DFL)
+        process = subprocess.Popen([program, *job], cwd=folder, stdin=subprocess.PIPE,
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.PIPE, text=True,
+                                   preexec_fn=dispose)
+        # The thread that hears signals is its first; until then the loader is at work.
+        while process.poll() is None and len(os.listdir(f"/proc/{process.pid}/task")) < 2:
+            time.sleep(0.001)
+        return process
+    made = subprocess.run([program, "model", "wide.csv", "y", "--save-model", "m.bin", "--predictors",
+                           "3"], cwd=folder, capture_output=True, text=True, check=False)
+    assert made.returncode == 0, made.stderr
+    before = {path.name: path.read_bytes() for path in folder.iterdir()}
+    draw = random.Random()
+    for job in (["describe", "wide.csv", "-o", "page.txt"],
+                ["rank", "wide.csv", "y", "-o", "page.txt"],
+                ["model", "wide.csv", "y", "-o", "page.txt", "--save-data", "d.csv", "--pmml", "m.xml"],
+                ["run", "wide.csv", "--stream", "-c", "SELECTPRED y. NAIVEBAYES y.", "--results",
+                 "new/results", "--save-state", "s.bin"],
+                ["score", "--model", "m.bin", "wide.csv", "--save-data", "d.parquet"]):
+        for moment in range(4):
+            process = start(job)
+            time.sleep(draw.uniform(0, 0.15 * moment))
+            sent = time.monotonic()
+            process.send_signal(draw.choice((signal.SIGINT, signal.SIGTERM, signal.SIGHUP)))
+            _, errors = process.communicate(timeout=60)
+            after = {path.name: path.read_bytes() for path in folder.iterdir() if path.is_file()}
+            if process.returncode != 0:  # else it had been done
+                assert process.returncode == 130, (job, process.returncode, errors)
+                assert errors.count("stopped at your wish") == 1, (job, errors)
+                assert time.monotonic() - sent < 3, job  # 0.3 on a machine at rest
+            # What a job had done by then may be there, whole.
+            assert all(after.values()) and after.keys() - before.keys() <= set(job), (job, after.keys())
+            results = folder / "new" / "results"
+            assert not (folder / "new").exists() or list(results.iterdir()), job
+            for name in after.keys() - before.keys():
+                (folder / name).unlink()
+            shutil.rmtree(folder / "new", ignore_errors=True)
+    # Twice: nothing is waited for.
+    process = start(["rank", "-", "y"])
+    process.send_signal(signal.SIGINT)
+    process.send_signal(signal.SIGTERM)
+    _, errors = process.communicate(timeout=60)
+    assert process.returncode == 130 and errors.count("stopped at your wish") == 1, errors
+    process = start(["describe", "wide.csv"], ignored=(signal.SIGHUP,))
+    process.send_signal(signal.SIGHUP)
+    _, errors = process.communicate(timeout=60)
+    assert process.returncode == 0, errors
 
 
 def law_time_limit_ends_the_run(program, folder):

@@ -11,6 +11,7 @@
 
 #include "feature/FSFactory.h"
 #include "feature/FSSettings.h"
+#include "tests/InstructionSets.h"
 #include "tests/feature/RandomRuns.h"
 #include "tests/feature/Tables.h"
 
@@ -94,30 +95,44 @@ TEST(OrderOfSums, FKeepsItsDigitsForLargeValuesOfSmallSpread) {
   }
 }
 
-// Weights that are 1 go another way than others: cases of both kinds, in any pieces, must give the
-// bits of single cases, and long runs those of their segments.
-TEST(OrderOfSums, IsThatOfSingleCasesWhateverTheBlocks) {
+// Weights: all 1, then some others; or whole numbers; or any from 1 on.
+enum Weights { kOnes, kOnesThenAny, kWhole, kAny };
+
+// Cases of every kind: a predictor without a gap until late, and a target that shows many
+// categories late.
+Table OddCases(bool catTarget, Weights weights) {
+  Table table = RandomTable(6000, catTarget, 61);
+  std::mt19937 random(8);
+  for (std::size_t i = 0; i < table[0].size(); ++i) {
+    const bool isOther = weights == kOnesThenAny && i > 2000 && random() % 3 == 0;
+    table[1][i] = isOther ? 0.25 * static_cast<double>(random() % 9) : 1.0;
+    if (weights == kWhole) table[1][i] += static_cast<double>(random() % 5);
+    if (weights == kAny) table[1][i] += static_cast<double>(random() % 1000) / 999.0;
+    if (i < 5000 && MCMV::IsMissing(table[4][i])) table[4][i] = 7.5;
+    if (catTarget && i > 4000 && random() % 50 == 0) table[0][i] = 100.0 + random() % 60;
+  }
+  return table;
+}
+
+// Small weights go another way than others, and those that are 1 yet another: cases of any kind, in
+// any pieces and by any instructions, must give the bits of single cases, and long runs those of
+// their segments.
+TEST(OrderOfSums, IsThatOfSingleCasesWhateverTheBlocksAndInstructions) {
   for (const bool catTarget : {true, false}) {
-    for (const bool weighted : {false, true}) {
-      Table table = RandomTable(6000, catTarget, 61);
-      std::mt19937 random(8);
-      for (std::size_t i = 0; i < table[0].size(); ++i) {
-        // Ones at first, some others later; a predictor without a gap until late.
-        const bool isOther = weighted && i > 2000 && random() % 3 == 0;
-        table[1][i] = isOther ? 0.25 * static_cast<double>(random() % 9) : 1.0;
-        if (i < 5000 && MCMV::IsMissing(table[4][i])) table[4][i] = 7.5;
-        if (catTarget && i > 4000 && random() % 50 == 0) table[0][i] = 100.0 + random() % 60;
-      }
+    for (const Weights weights : {kOnes, kOnesThenAny, kWhole, kAny}) {
+      const Table table = OddCases(catTarget, weights);
       std::vector<double> expected;
-      for (const std::size_t length : {1u, 3u, 64u, 1000u, 4096u}) {
-        FSSettings settings = SettingsFor(catTarget);
-        FSFactory factory;
-        const auto component = factory.CreateFSAlgorithm(&settings);
-        BlocksOf source(table, length);
-        EXPECT_TRUE(component->AccumulateAndRank(source, -1, false, 0).IsOK());
-        if (expected.empty()) expected = ReportOf(*component);
-        EXPECT_TRUE(SameBits(ReportOf(*component), expected)) << catTarget << weighted << length;
-      }
+      MCTest::ForEachInstructionSet([&] {
+        for (const std::size_t length : {1u, 3u, 64u, 1000u, 4096u}) {
+          FSSettings settings = SettingsFor(catTarget);
+          FSFactory factory;
+          const auto component = factory.CreateFSAlgorithm(&settings);
+          BlocksOf source(table, length);
+          EXPECT_TRUE(component->AccumulateAndRank(source, -1, false, 0).IsOK());
+          if (expected.empty()) expected = ReportOf(*component);
+          EXPECT_TRUE(SameBits(ReportOf(*component), expected)) << catTarget << weights << length;
+        }
+      });
     }
   }
 }

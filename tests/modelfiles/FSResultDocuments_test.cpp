@@ -228,7 +228,7 @@ TEST(FSResultDocuments, NothingIsWrittenBeforeItsStageOrForAnotherCriterion) {
   };
   for (const Case& c : {Case{FSStage::kNew, 6, 6}, Case{FSStage::kAccumulated, 6, 6},
                         Case{FSStage::kScreened, 6, 0}, Case{FSStage::kRankedAll, 80006, 0}}) {
-    const FSRun run("ccnncn", true, true, c.fStage);
+    const FinishedRun run("ccnncn", true, true, c.fStage);
     std::ostringstream one, all;
     EXPECT_EQ(run.fpComponent->ExportOneXML(one, kTStat, 0), MCFeature::MCStatus(c.fOne, false));
     EXPECT_EQ(one.str(), "");

@@ -43,8 +43,8 @@ Table CasesFor(const std::string& predictors, bool catTarget, std::size_t n) {
 
 }  // namespace
 
-FSRun::FSRun(const std::string& predictors, bool catTarget, bool withTarget, FSStage stage,
-             std::size_t cases)
+FinishedRun::FinishedRun(const std::string& predictors, bool catTarget, bool withTarget,
+                         FSStage stage, std::size_t cases)
     : fSettings(TypesOf(predictors), catTarget) {
   fSettings.SetWeightPosition(1);
   fSettings.SetWeightToFreq(MCFSCommon::kAsIs);

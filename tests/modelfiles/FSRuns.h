@@ -12,11 +12,11 @@ enum class FSStage { kNew, kAccumulated, kCheckedConstant, kScreened, kRankedAll
 
 // A component over a few dozen cases with missing values, weights as they are, categories beyond
 // the small ones and, of many predictors, a constant one and one without values.
-struct FSRun {
+struct FinishedRun {
   // Predictors: 'c' categorical, 'n' continuous. Without a target the stages after the pass are
   // one, the check of all reasons.
-  FSRun(const std::string& predictors, bool catTarget, bool withTarget, FSStage stage,
-        std::size_t cases = 60);
+  FinishedRun(const std::string& predictors, bool catTarget, bool withTarget, FSStage stage,
+              std::size_t cases = 60);
 
   FSSettings fSettings;
   std::unique_ptr<IFSAlgorithm> fpComponent;

@@ -47,7 +47,7 @@ TEST(FSState, ARestoredComponentGoesOnAsTheSavedOne) {
     for (const FSStage stage : StagesOf(kind)) {
       SCOPED_TRACE(std::string(kind.fPredictors) + (kind.fbCatTarget ? " cat " : " cont ") +
                    std::to_string(static_cast<int>(stage)));
-      FSRun run(kind.fPredictors, kind.fbCatTarget, kind.fbWithTarget, stage);
+      FinishedRun run(kind.fPredictors, kind.fbCatTarget, kind.fbWithTarget, stage);
       const std::string binary = SaveBinary(*run.fpComponent);
       const std::string xml = SaveXML(*run.fpComponent);
       EXPECT_EQ(ValidationErrors(xml), "");
@@ -72,7 +72,7 @@ TEST(FSState, ARestoredComponentGoesOnAsTheSavedOne) {
 TEST(FSState, ARestoredComponentTakesMoreCasesAsTheSavedOneWould) {
   for (const Kind& kind : kKinds) {
     if (!kind.fbWithTarget) continue;
-    FSRun run(kind.fPredictors, kind.fbCatTarget, true, FSStage::kAccumulated);
+    FinishedRun run(kind.fPredictors, kind.fbCatTarget, true, FSStage::kAccumulated);
     FSFactory factory;
     const auto restored = RestoreBinary(SaveBinary(*run.fpComponent), factory);
     ASSERT_NE(restored, nullptr);
@@ -218,9 +218,9 @@ TEST(FSState, OfEarlierDaysIsStillRead) {
 }
 
 TEST(FSState, NothingIsWrittenOfAComponentInErrorOrCancelled) {
-  FSRun cancelled("ccc", true, true, FSStage::kAccumulated);
+  FinishedRun cancelled("ccc", true, true, FSStage::kAccumulated);
   cancelled.fpComponent->Cancel();
-  FSRun failed("ccc", true, true, FSStage::kAccumulated);
+  FinishedRun failed("ccc", true, true, FSStage::kAccumulated);
   EXPECT_EQ(failed.fpComponent->SortAndRank(99).GetErrorCode(), 80012);
   for (const auto& [component, code] :
        {std::pair(cancelled.fpComponent.get(), 1), std::pair(failed.fpComponent.get(), 80012)}) {
@@ -279,7 +279,7 @@ class DamagedState : public testing::Test {
 
 TEST_F(DamagedState, TruncatedAtAnyByteIsRefused) {
   for (const Kind& kind : {Kind{"cn", true, true}, Kind{"cn", false, true}}) {
-    const FSRun run(kind.fPredictors, kind.fbCatTarget, true, FSStage::kRankedAll, 9);
+    const FinishedRun run(kind.fPredictors, kind.fbCatTarget, true, FSStage::kRankedAll, 9);
     const std::string binary = SaveBinary(*run.fpComponent);
     for (std::size_t n = 0; n < binary.size(); ++n) {
       FSFactory factory;
@@ -298,7 +298,8 @@ TEST_F(DamagedState, TruncatedAtAnyByteIsRefused) {
 TEST_F(DamagedState, AnyFlippedBitGivesAUsableComponentOrTheStatus) {
   for (const Kind& kind :
        {Kind{"cn", true, true}, Kind{"cn", false, true}, Kind{"cn", true, false}}) {
-    const FSRun run(kind.fPredictors, kind.fbCatTarget, kind.fbWithTarget, FSStage::kRankedBest, 6);
+    const FinishedRun run(kind.fPredictors, kind.fbCatTarget, kind.fbWithTarget,
+                          FSStage::kRankedBest, 6);
     const std::string binary = SaveBinary(*run.fpComponent);
     for (std::size_t i = 0; i < binary.size(); ++i) {
       for (int bit = 0; bit < 8; ++bit) {
@@ -306,7 +307,7 @@ TEST_F(DamagedState, AnyFlippedBitGivesAUsableComponentOrTheStatus) {
       }
     }
   }
-  const FSRun run("cn", true, true, FSStage::kRankedAll, 6);
+  const FinishedRun run("cn", true, true, FSStage::kRankedAll, 6);
   const std::string xml = SaveXML(*run.fpComponent);
   for (std::size_t i = 0; i < xml.size(); i += 7) {
     const int bit = static_cast<int>(i & 7);
@@ -315,7 +316,7 @@ TEST_F(DamagedState, AnyFlippedBitGivesAUsableComponentOrTheStatus) {
 }
 
 TEST_F(DamagedState, CountsBeyondTheStreamAllocateNothing) {
-  const FSRun run("cnc", true, true, FSStage::kRankedAll, 9);
+  const FinishedRun run("cnc", true, true, FSStage::kRankedAll, 9);
   const std::string binary = SaveBinary(*run.fpComponent);
   for (const char* huge : {"\xFF\xFF\xFF\x7F", "\xFF\xFF\xFF\xFF", "\x00\x00\x00\x40"}) {
     for (std::size_t i = 0; i + 4 <= binary.size(); i += 4) {
@@ -338,7 +339,7 @@ std::string WithField(const std::string& xml, const std::string& object, int fie
 }
 
 TEST_F(DamagedState, ValuesThatDoNotFitAreRefusedByName) {
-  const FSRun run("cn", true, true, FSStage::kRankedAll, 9);
+  const FinishedRun run("cn", true, true, FSStage::kRankedAll, 9);
   const std::string xml = SaveXML(*run.fpComponent);
   struct Case {
     const char* fObject;
@@ -386,7 +387,7 @@ TEST_F(DamagedState, ValuesThatDoNotFitAreRefusedByName) {
 }
 
 TEST_F(DamagedState, ARankingWithoutItsValuesIsRefused) {
-  const FSRun run("cn", true, true, FSStage::kRankedAll, 9);
+  const FinishedRun run("cn", true, true, FSStage::kRankedAll, 9);
   std::string xml = SaveXML(*run.fpComponent);
   const std::size_t values = xml.rfind("<Long>2</Long>");  // those of F
   xml.replace(values, xml.find("<Long>", values + 1) - values, "<Long>0</Long>");
@@ -396,7 +397,7 @@ TEST_F(DamagedState, ARankingWithoutItsValuesIsRefused) {
 }
 
 TEST_F(DamagedState, AnotherTagIsNamedOnStandardError) {
-  const FSRun run("cn", true, true, FSStage::kAccumulated, 9);
+  const FinishedRun run("cn", true, true, FSStage::kAccumulated, 9);
   std::string binary = SaveBinary(*run.fpComponent);
   binary[binary.find("FSSet")] = 'N';
   FSFactory factory;

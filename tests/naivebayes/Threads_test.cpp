@@ -10,6 +10,7 @@
 
 #include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/model/NBScoredBlock.h"
+#include "tests/InstructionSets.h"
 #include "tests/Watched.h"
 #include "tests/naivebayes/TestRecords.h"
 
@@ -36,7 +37,8 @@ NBVarList MakeList(INBVariable::VariableRole role) {
   return list;
 }
 
-std::vector<Record> MakeRecords(unsigned seed) {
+// `unit`: all weights are 1.
+std::vector<Record> MakeRecords(unsigned seed, bool unit) {
   std::vector<Record> records = RandomData::Make(kRecords, seed);
   for (int t = 1; t < kTables; ++t) {
     const auto more = RandomData::Make(kRecords, seed + t);
@@ -46,6 +48,9 @@ std::vector<Record> MakeRecords(unsigned seed) {
                     more[i].GetAll().end());
       records[i] = Record(values);
     }
+  }
+  for (Record& record : records) {
+    if (unit) record[1] = 1;
   }
   records[40][RandomData::kFirst + 9] = 77;  // out of range, and the second that is told of first
   records[50][RandomData::kFirst + 2] = 99;
@@ -81,7 +86,7 @@ struct Told {
   }
 };
 
-enum Job { kTrain, kSelectInMemory, kSelectSimulated, kSelectByTest };
+enum Job { kTrain, kSelectInMemory, kSelectUnits, kSelectSimulated, kSelectByTest };
 
 class Threads : public testing::TestWithParam<Job> {
  protected:
@@ -134,12 +139,13 @@ class Threads : public testing::TestWithParam<Job> {
   }
 
   MCTest::WatchedListener fListener;
-  WatchedRecords fTraining{MakeRecords(5)};
-  WatchedRecords fTest{MakeRecords(50)};
+  WatchedRecords fTraining{MakeRecords(5, GetParam() == kSelectUnits)};
+  WatchedRecords fTest{MakeRecords(50, false)};
 };
 
-TEST_P(Threads, OfAnyNumberGiveTheSameBits) {
+TEST_P(Threads, OfAnyNumberGiveTheSameBitsByAnyInstructions) {
   const Told alone = Run(1);
+  MCTest::ForEachInstructionSet([&] { EXPECT_TRUE(Run(2) == alone); });
   EXPECT_EQ(alone.fStatus, MCNaive::kCodeOutOfRange);
   for (const int threads : {2, 3, 7}) EXPECT_TRUE(Run(threads) == alone) << threads;
   EXPECT_GT(fListener.fNReports, 0);
@@ -163,6 +169,7 @@ TEST_P(Threads, StopWhereTheCallersThreadIsTold) {
 }
 
 INSTANTIATE_TEST_SUITE_P(OfEveryJob, Threads,
-                         testing::Values(kTrain, kSelectInMemory, kSelectSimulated, kSelectByTest));
+                         testing::Values(kTrain, kSelectInMemory, kSelectUnits, kSelectSimulated,
+                                         kSelectByTest));
 
 }  // namespace

@@ -113,11 +113,11 @@ TEST_F(Operations, PreparingRefusesWhatTheTableLacksAndNamesTheOption) {
     TableOptions fOptions;
     const char* fRefusal;
   } cases[] = {
-      {{{}, {{"Age", kScale}, {"hme", kScale}}, ""},
+      {{{}, {{"Age", kScale}, {"hme", kScale}}, {}, ""},
        "level: the data have no variable \"hme\"; did"},
-      {{{}, {{"home", kScale}}, ""}, "level: \"home\" holds texts and cannot be scale."},
-      {{{}, {}, "paid"}, "weight: \"paid\" holds texts; a weight must be a number."},
-      {{{}, {}, "xyzzy"}, "weight: the data have no variable \"xyzzy\"."},
+      {{{}, {{"home", kScale}}, {}, ""}, "level: \"home\" holds texts and cannot be scale."},
+      {{{}, {}, {}, "paid"}, "weight: \"paid\" holds texts; a weight must be a number."},
+      {{{}, {}, {}, "xyzzy"}, "weight: the data have no variable \"xyzzy\"."},
   };
   for (const auto& c : cases) {
     const auto [plain, dashed] = RefusalOf([&] { PrepareTable(fTable, c.fOptions); });
@@ -257,7 +257,7 @@ TEST_F(Operations, ScoringCountsWhatTheModelWasNotBuiltOn) {
   old.AddNumbers("x", numbers);
   old.GetVariable(1).GetMissingValues().AddString("none");
   old.GetVariable(3).GetMissingValues().SetRange(-9, -9);
-  PrepareTable(old, {{}, {{"x", KOVA_Variable::kScale}}, ""});
+  PrepareTable(old, {{}, {{"x", KOVA_Variable::kScale}}, {}, ""});
   const RunRequest request{.fCommands = "NAIVEBAYES y BY word code WITH x /SUBSET NOSELECTION.",
                            .fStatePath = Path("model.bin")};
   ASSERT_EQ(RunCommands(old, fDocument, request, fAround), Outcome::kCompleted);
@@ -268,7 +268,7 @@ TEST_F(Operations, ScoringCountsWhatTheModelWasNotBuiltOn) {
   now.AddStrings("word", {"w", "u", "none", {}, "w", "v", "U", "v", "v", "v", "v"});
   now.AddNumbers("code", {1, 7, 2, kNone, 2.5, 2, 2, 2, 2, 2, 2});
   now.AddNumbers("x", {3.9, 4, 19, -9, kNone, 19.1, 1e300, -9, 5, 6, -1e300});
-  PrepareTable(now, {{}, {{"x", KOVA_Variable::kScale}}, ""});
+  PrepareTable(now, {{}, {{"x", KOVA_Variable::kScale}}, {}, ""});
   ScoringDrift drift;
   OutputDocument document;
   ASSERT_EQ(ScoreTable(now, *state.fpNaive, document, {}, fAround, &drift), Outcome::kCompleted);

@@ -1,5 +1,6 @@
 // Prints what the commands' grammars say of themselves, for the program's help and the command
-// reference: `command_help syntax` as a C++ string literal, `command_help markdown` as a document.
+// reference: `command_help program` as entries of a C++ table, `command_help markdown` as a
+// document.
 
 #include <cstdio>
 #include <string>
@@ -23,9 +24,12 @@ int main(int argc, char** argv) {
   std::string text;
   for (const bool univariable : {true, false}) {
     const CommandDescriptor command = Describe(univariable);
-    if (!text.empty()) text += "\n";
-    text += markdown ? MCHost::CommandHelpMarkdown(command) : MCHost::CommandSyntax(command);
+    if (markdown) {
+      text += (text.empty() ? "" : "\n") + MCHost::CommandHelpMarkdown(command);
+    } else {
+      text += "{\"" + command.GetName() + "\", R\"(" + MCHost::CommandHelpText(command) + ")\"},\n";
+    }
   }
-  std::printf(markdown ? "%s" : "R\"(%s)\"\n", text.c_str());
+  std::fputs(text.c_str(), stdout);
   return 0;
 }

@@ -20,8 +20,9 @@ PRSBinnedInformation::PRSBinnedInformation(const PRSValidSpecs& specs,
                                            UAProcDataSourceIter& source)
     : fSpecs(specs), fAlgorithm(algorithm), fAdapter(adapter), fSource(source) {}
 
-MCFeature::MCStatus PRSBinnedInformation::AddTo(std::vector<PRSEffect>& effects) const {
-  std::vector<FSEffect*> lacking;
+MCFeature::MCStatus PRSBinnedInformation::AddTo(std::vector<PRSEffect>& effects,
+                                                std::vector<PRSBinnedProfile>* profiles) const {
+  std::vector<PRSEffect*> lacking;
   PRSBinnedCases cases(fSource);
   const FSSettings& settings = *fAlgorithm.GetSettings();
   AddColumn(cases, fSpecs.GetDependVar(), settings.IsCatTarget());
@@ -31,7 +32,7 @@ MCFeature::MCStatus PRSBinnedInformation::AddTo(std::vector<PRSEffect>& effects)
     if (!MCMV::IsMissing(effect.fEffect.fInformation)) continue;
     const auto place = static_cast<std::size_t>(effect.fPredictor);
     AddColumn(cases, (*fSpecs.GetPredListPtr())[place], settings.IsCatPredictor(effect.fPredictor));
-    lacking.push_back(&effect.fEffect);
+    lacking.push_back(&effect);
   }
   // A stream that cannot be read again says why itself.
   if (lacking.empty() || !fSource.NewPass()) return {};
@@ -46,18 +47,28 @@ MCFeature::MCStatus PRSBinnedInformation::AddTo(std::vector<PRSEffect>& effects)
   const std::unique_ptr<IFSAlgorithm> counts = FSFactory().CreateFSAlgorithm(&binned);
   const MCFeature::MCStatus status = counts->Accumulate(cases, -1);
   for (std::size_t i = 0; i < lacking.size() && !status.IsError(); ++i) {
-    lacking[i]->fInformation =
-        counts->GetPredictorEffect(MCFSCommon::kPearson, static_cast<int>(i)).fInformation;
+    const int position = static_cast<int>(i);
+    const int predictor = lacking[i]->fPredictor;
+    lacking[i]->fEffect.fInformation =
+        counts->GetPredictorEffect(MCFSCommon::kPearson, position).fInformation;
+    if (profiles == nullptr) continue;
+    const int var = (*fSpecs.GetPredListPtr())[static_cast<std::size_t>(predictor)];
+    profiles->push_back({predictor, BinsOf(var, settings.IsCatPredictor(predictor)),
+                         counts->GetPredictorProfile(position), lacking[i]->fEffect.fInformation});
   }
   return status;
 }
 
+PRSBins PRSBinnedInformation::BinsOf(int kovaVar, bool categorical) const {
+  if (categorical) return {};
+  return {fAdapter.GetContMinValue(kovaVar), fAdapter.GetContMaxValue(kovaVar),
+          PRSMultiCriteria().fBins};
+}
+
 void PRSBinnedInformation::AddColumn(PRSBinnedCases& cases, int kovaVar, bool categorical) const {
   const int position = fSpecs.GetVarValidSpecsPtr()->GetRecVarIndex(kovaVar);
-  std::optional<NBBinningEncoder> bins;
-  if (!categorical) {
-    bins.emplace(fAdapter.GetContMinValue(kovaVar), fAdapter.GetContMaxValue(kovaVar),
-                 PRSMultiCriteria().fBins);
-  }
-  cases.AddColumn(static_cast<std::size_t>(position), std::move(bins));
+  const PRSBins bins = BinsOf(kovaVar, categorical);
+  std::optional<NBBinningEncoder> encoder;
+  if (!categorical) encoder.emplace(bins.fLow, bins.fHigh, bins.fNBins);
+  cases.AddColumn(static_cast<std::size_t>(position), std::move(encoder));
 }

@@ -8,6 +8,7 @@
 
 #include <vector>
 
+#include "backend/predselect/PRSFindings.h"
 #include "backend/predselect/drivers/PRSEffects.h"
 #include "feature/MCStatus.h"
 
@@ -24,8 +25,13 @@ class PRSBinnedInformation {
                        const UAInputAdapter& adapter, UAProcDataSourceIter& source);
 
   // Fills in what the effects lack, without a pass when that is nothing. An error when the pass was
-  // cancelled; a failure to read is the stream's.
-  [[nodiscard]] MCFeature::MCStatus AddTo(std::vector<PRSEffect>& effects) const;
+  // cancelled; a failure to read is the stream's. The joint counts themselves go to `profiles`
+  // unless it is null.
+  [[nodiscard]] MCFeature::MCStatus AddTo(std::vector<PRSEffect>& effects,
+                                          std::vector<PRSBinnedProfile>* profiles = nullptr) const;
+
+  // The bins of a variable of the data; none of a categorical one.
+  PRSBins BinsOf(int kovaVar, bool categorical) const;
 
  private:
   void AddColumn(PRSBinnedCases& cases, int kovaVar, bool categorical) const;

@@ -3,12 +3,15 @@
 #include <cstdio>
 #include <string>
 
+#include "backend/predselect/PRSFindings.h"
 #include "backend/predselect/command/PRSMessages.h"
 #include "backend/predselect/drivers/NaiveDataSourceIter.h"
 #include "backend/predselect/drivers/PRSFiles.h"
 #include "backend/predselect/drivers/PRSMultiScoring.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "host/output/BpError.h"
+#include "host/session/ISession.h"
+#include "host/session/SessionScope.h"
 #include "naivebayes/INBAlgorithm.h"
 #include "naivebayes/NaiveBayesSettings.h"
 
@@ -67,8 +70,9 @@ bool PRSMultiFactory::PreliminaryDataPass() {
 }
 
 bool PRSMultiFactory::CompleteMetaData() {
-  return !fRun.GetStatus().IsError() &&
-         fMetaData.Complete(fRun.IsModelSaved() || PRSIsStateWanted() || PRSIsModelWanted());
+  const bool isModelKept = fRun.IsModelSaved() || PRSIsStateWanted() || PRSIsModelWanted() ||
+                           MCHost::CurrentSession().WantsFindings();
+  return !fRun.GetStatus().IsError() && fMetaData.Complete(isModelKept);
 }
 
 void PRSMultiFactory::WarnOfSimulation() const {
@@ -97,10 +101,26 @@ bool PRSMultiFactory::RunNBComponent() {
   if (!fModel.WriteFiles()) return false;
   PRSMultiScoring scoring(fRun, *fModel.GetINBAlgorithm(), fMetaData.GetNSaveDepCats());
   if (scoring.IsNeeded() && !scoring.ScoringDataPass()) return false;
+  HandOverFindings(scoring);
   const bool testLayerWanted =
       IsClassified() && specs.GetMultiTrainSamp() && !specs.GetMultiTestData();
   if (testLayerWanted && fModel.GetINBAlgorithm()->GetTestOutStats() == nullptr) {
     PRSMessages().NoValidTestCasesClassify();
   }
   return true;
+}
+
+void PRSMultiFactory::HandOverFindings(const PRSMultiScoring& scoring) const {
+  MCHost::ISession& session = MCHost::CurrentSession();
+  if (!session.WantsFindings()) return;
+  PRSFindings findings;
+  findings.fpNaive = fModel.GetINBAlgorithm();
+  findings.fpTraining = scoring.GetCurves(true);
+  findings.fpTest = scoring.GetCurves(false);
+  if (fRun.IsSelecting()) {
+    findings.fpSelection = &fModel.GetSelection();
+    findings.fNForced = static_cast<int>(fModel.GetForcedInputs().size());
+    findings.fbByTestData = fRun.Specs().GetMultiTestData();
+  }
+  session.TakeFindings(findings);
 }

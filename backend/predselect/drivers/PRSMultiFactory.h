@@ -19,6 +19,7 @@
 
 class INBAlgorithm;
 class NaiveDataSourceIter;
+class PRSMultiScoring;
 class NBVarList;
 class PRSValidSpecs;
 class ProcedureDataSource;
@@ -82,6 +83,8 @@ class PRSMultiFactory {
   const char* WhyNoCase() const;
   // Warns where the selection will not see the training cases themselves.
   void WarnOfSimulation() const;
+  // To a session that wants them.
+  void HandOverFindings(const PRSMultiScoring& scoring) const;
 
   PRSValidSpecs& fSpecs;
   PRSMultiRun fRun;

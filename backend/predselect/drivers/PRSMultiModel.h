@@ -44,6 +44,7 @@ class PRSMultiModel {
   // Results of the selection. Predictors by position in the variable list, in order of entry,
   // forced ones first; average log-likelihoods by subset size (size 1 first); pairs of subset size
   // and criterion value, the best first (none for an exact size).
+  const NBSelectionResult& GetSelection() const { return fSelection; }
   const std::vector<int>& GetSelectPredictors() const { return fSelection.fvSelected; }
   const std::vector<double>& GetAverageLogValues() const { return fSelection.fvLogLikelihoods; }
   const std::vector<std::pair<int, double>>& GetSelectResults() const {

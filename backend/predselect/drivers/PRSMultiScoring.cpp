@@ -7,6 +7,7 @@
 #include "backend/predselect/output/PRSTables.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "common/MCAssert.h"
+#include "common/MissingValue.h"
 #include "host/cases/MCStopProcessor.h"
 #include "host/cases/UAInputAdapter.h"
 #include "host/command/VarSpecObj.h"
@@ -20,6 +21,7 @@
 #include "host/session/ISession.h"
 #include "host/session/SessionScope.h"
 #include "naivebayes/INBAlgorithm.h"
+#include "naivebayes/encoders/NBRoundEncoder.h"
 
 namespace {
 
@@ -38,7 +40,8 @@ PRSMultiScoring::PRSMultiScoring(PRSMultiRun& run, INBAlgorithm& algorithm, int 
       fSource(run.Source()),
       fAlgorithm(algorithm),
       fNSaveDepCats(nSaveDepCats),
-      fScored(MCHost::CurrentSession().Threads()) {
+      fScored(MCHost::CurrentSession().Threads()),
+      fbCurvesWanted(MCHost::CurrentSession().WantsFindings()) {
   fParserMessages.SetCommandName(PRSGrammar::kNaiveBayes);
   fParserMessages.SetProcedureTitle("NaiveBayes");
 }
@@ -156,6 +159,7 @@ bool PRSMultiScoring::SaveVarValues(ProcDSIterator* pDataIter, const MCCommon::R
   if (fRun.IsClassified()) {
     fpScoreRecIter->MarkTrainSample(fTrainingMarks);
     status = fAlgorithm.ScoreAndAccumBlock(block, fScored, fTrainingMarks);
+    if (fbCurvesWanted && !status.IsError()) CountCurves(block);
   } else {
     status = fAlgorithm.ScoreBlock(block, fScored);
   }
@@ -166,4 +170,33 @@ bool PRSMultiScoring::SaveVarValues(ProcDSIterator* pDataIter, const MCCommon::R
   fpWriter->Store(*pDataIter, fpScoreRecIter->GetBlockPlaces(), fScored.GetWinners(),
                   fScored.GetProbabilities());
   return true;
+}
+
+const PRSCurves* PRSMultiScoring::GetCurves(bool training) const {
+  const std::optional<PRSCurves>& curves = fCurves[training ? 1 : 0];
+  return curves ? &*curves : nullptr;
+}
+
+// The cases that the classification table counts.
+void PRSMultiScoring::CountCurves(const MCCommon::RecordBlock& block) {
+  const NBVarList& variables = fAlgorithm.GetVarList();
+  const double* targets = block.Column(static_cast<std::size_t>(variables.GetTargetIndex()));
+  const int weightIndex = variables.GetWeightIndex();
+  const double* weights =
+      weightIndex < 0 ? nullptr : block.Column(static_cast<std::size_t>(weightIndex));
+  const auto* frequency =
+      weightIndex < 0 ? nullptr
+                      : dynamic_cast<const NBRoundEncoder*>(variables.GetEncoderAt(weightIndex));
+  const auto nTargets = static_cast<std::size_t>(fAlgorithm.GetNTargetCategories());
+  for (std::size_t i = 0; i < block.Cases(); ++i) {
+    const bool isCounted = !MCMV::IsMissing(targets[i]) && targets[i] >= 0.0 &&
+                           targets[i] < static_cast<double>(nTargets) &&
+                           fScored.GetWinners()[i] >= 0;
+    const double weight = frequency == nullptr ? 1.0 : frequency->Encode(weights[i]).first;
+    if (!isCounted || MCMV::IsMissing(weight) || !(weight > 0.0)) continue;
+    std::optional<PRSCurves>& curves = fCurves[fTrainingMarks[i] != 0 ? 1 : 0];
+    if (!curves) curves.emplace(fAlgorithm.GetNTargetCategories());
+    curves->Count(static_cast<int>(targets[i]),
+                  {&fScored.GetProbabilities()[i * nTargets], nTargets}, weight);
+  }
 }

@@ -3,9 +3,11 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "backend/predselect/PRSCurves.h"
 #include "host/cases/KOVA_Value.h"
 #include "host/cases/UAPredictionWriter.h"
 #include "host/cases/UAProcDataSourceIter.h"
@@ -32,6 +34,10 @@ class PRSMultiScoring {
   // False, after a message, when it did not come to its end. Call once.
   [[nodiscard]] bool ScoringDataPass();
 
+  // The probabilities of the classified cases of a sample, where the session wants them; null
+  // without such a case.
+  const PRSCurves* GetCurves(bool training) const;
+
  private:
   bool CreateNewVars();
   bool CreatePredictedValue();
@@ -42,6 +48,7 @@ class PRSMultiScoring {
   bool ScoreCases();
   // Scores the last block of the scoring stream and writes its values.
   bool SaveVarValues(ProcDSIterator* pDataIter, const MCCommon::RecordBlock& block);
+  void CountCurves(const MCCommon::RecordBlock& block);
 
   PRSMultiRun& fRun;
   const PRSValidSpecs& fSpecs;
@@ -55,5 +62,7 @@ class PRSMultiScoring {
   std::vector<KOVA_Value> fDependValues;  // by category
   NBScoredBlock fScored;
   std::vector<char> fTrainingMarks;  // of the cases of a block
+  bool fbCurvesWanted;
+  std::optional<PRSCurves> fCurves[2];  // of test and training cases
   ParserMessage fParserMessages;
 };

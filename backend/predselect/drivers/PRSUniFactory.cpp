@@ -5,6 +5,7 @@
 #include "backend/predselect/drivers/PRSFiles.h"
 #include "backend/predselect/drivers/PRSLeaks.h"
 #include "backend/predselect/drivers/PRSProgress.h"
+#include "backend/predselect/drivers/PRSSelection.h"
 #include "backend/predselect/predsele.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "common/MissingValue.h"
@@ -69,15 +70,36 @@ bool PRSUniFactory::RunFSComponent() {
   WarnOfLeaks();
   if (display_feature_select) DisplayOutput();
   fStatus = fpAlgorithm->GetStatus();
-  return FindEffects() && WriteResultDocuments();
+  if (!FindEffects() || !WriteResultDocuments()) return false;
+  HandOverFindings();
+  return true;
+}
+
+void PRSUniFactory::HandOverFindings() const {
+  MCHost::ISession& session = MCHost::CurrentSession();
+  if (!session.WantsFindings()) return;
+  const StateDictionary dictionary = Dictionary();
+  PRSFindings findings;
+  findings.fpFeature = fpAlgorithm.get();
+  findings.fpDictionary = &dictionary;
+  if (fpAlgorithm->ArePredictorsRanked()) {
+    const PRSSelection selection = SelectPredictors(*fpSpecs, *fpAlgorithm);
+    findings.fRanking = selection.fCriterion;
+    findings.fNSelected = selection.fNSelected;
+  }
+  findings.fpBinned = &fBinned;
+  findings.fTargetBins = fTargetBins;
+  session.TakeFindings(findings);
 }
 
 bool PRSUniFactory::FindEffects() {
   if (!fpSpecs->GetPrintEffects() || !fpAlgorithm->ArePredictorsRanked()) return true;
   MCFeature::MCStatus status = PRSFindEffects(*fpSpecs, *fpAlgorithm, fEffects);
   if (!status.IsError()) {
-    status = PRSBinnedInformation(*fpSpecs, *fpAlgorithm, *fpAdapter, *fpIterator)
-                 .AddTo(fEffects.fShown);
+    const PRSBinnedInformation binned(*fpSpecs, *fpAlgorithm, *fpAdapter, *fpIterator);
+    const bool isWanted = MCHost::CurrentSession().WantsFindings();
+    fTargetBins = binned.BinsOf(fpSpecs->GetDependVar(), fpSpecs->GetDependCatVar());
+    status = binned.AddTo(fEffects.fShown, isWanted ? &fBinned : nullptr);
   }
   if (status.IsError()) fStatus = status;
   return IsPassComplete();

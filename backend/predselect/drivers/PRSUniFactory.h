@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "backend/predselect/PRSFindings.h"
 #include "backend/predselect/drivers/PRSEffects.h"
 #include "feature/MCStatus.h"
 #include "host/cases/UAInpAdaptMsg.h"
@@ -66,6 +67,8 @@ class PRSUniFactory {
   // False, with a message, when the second pass failed or was stopped.
   bool FindEffects();
   bool WriteVariables() const;
+  // To a session that wants them.
+  void HandOverFindings() const;
   bool IsTargetConstant() const;
   void WarnOfLeaks() const;
   // False, with a message, when reading failed or the run was stopped.
@@ -86,4 +89,6 @@ class PRSUniFactory {
   std::unique_ptr<ProgressListener> fpProgress;
   MCFeature::MCStatus fStatus;
   PRSEffects fEffects;
+  std::vector<PRSBinnedProfile> fBinned;  // for the findings
+  PRSBins fTargetBins;
 };

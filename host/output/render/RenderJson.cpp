@@ -39,6 +39,12 @@ Json JsonWriter::Document(const OutputDocument& document) {
   json["data"] = {{"source", document.fDataSource},
                   {"cases", document.fNCases},
                   {"variables", document.fNVariables}};
+  if (document.fFailure) {
+    const OutputFailure& failure = *document.fFailure;
+    json["error"] = {{"exit_code", failure.fExitCode}, {"text", failure.fText}};
+    if (!failure.fFile.empty()) json["error"]["file"] = failure.fFile;
+    if (!failure.fPlace.empty()) json["error"]["place"] = failure.fPlace;
+  }
   json["runs"] = Json::array();
   for (const OutputRun& run : document.GetRuns()) json["runs"].push_back(Run(run));
   json["strings"] = Json::object();

@@ -108,16 +108,28 @@ const BadFile kBadFiles[] = {
     {"open.csv", "a,b\n1,\"é\n2,3\n",
      "line 2, column 3: the quote that opens here is never closed"},
     {"after.csv", "a,b\n\"é\"x,3\n",
-     "line 2, column 4: only a delimiter or the end of the line may follow a closing quote"},
-    {"byte.csv", "a,b\né,\xFF\n", "line 2, column 3: the text is not valid UTF-8"},
+     "line 2, column 4: only a delimiter or the end of the line may follow a closing quote; "
+     "--quote none takes quotes as letters"},
+    {"byte.csv", "a,b\né,\xFF\n",
+     "line 2, column 3: the text is not valid UTF-8; --encoding latin1 reads "
+     "Latin-1 and Windows-1252"},
     {"half.csv", "a\n\xC3", "line 2, column 1: the text ends within a character"},
-    {"cut.csv", "a,b\n\xE2\x82,1\n", "line 2, column 2: the text is not valid UTF-8"},
-    {"surrogate.csv", "a\n\"\xED\xA0\x80\"\n", "line 2, column 3: the text is not valid UTF-8"},
-    {"zero.csv", std::string("a\nx\0y\n", 6), "line 2, column 2: a zero byte is not text"},
+    {"cut.csv", "a,b\n\xE2\x82,1\n",
+     "line 2, column 2: the text is not valid UTF-8; --encoding latin1 reads "
+     "Latin-1 and Windows-1252"},
+    {"surrogate.csv", "a\n\"\xED\xA0\x80\"\n",
+     "line 2, column 3: the text is not valid UTF-8; --encoding latin1 reads "
+     "Latin-1 and Windows-1252"},
+    {"zero.csv", std::string("a\nx\0y\n", 6),
+     "line 2, column 2: a zero byte is not text; --encoding utf-16le or "
+     "utf-16be reads UTF-16 without a mark"},
     {"twice.csv", "a,b,a\n1,2,3\n", "line 1, column 5: a column named \"a\" is there already"},
-    {"name.csv", "a,,c\n1,2,3\n", "line 1, column 3: the column has no name"},
+    {"name.csv", "a,,column2\n1,2,3\n",
+     "line 1, column 4: a column named \"column2\" is there already"},
     {"table.xls", "a\n1\n",
-     "the extension does not tell a data format; known are .csv, .tsv, .parquet, .arrow, .feather"},
+     "the extension does not tell a data format; known are .csv, .tsv, .parquet, .arrow, .feather, "
+     ".jsonl, .ndjson, .json, .xlsx, .ods; "
+     "--input-format says it of any file"},
     {"text.parquet", "a,b\n1,2\n",
      "Parquet magic bytes not found in footer. Either the file is "
      "corrupted or this is not a parquet file."},
@@ -166,8 +178,11 @@ TEST(DelimitedFile, TypesAndPlacesDoNotDependOnWhereBlocksEnd) {
   EXPECT_THAT(Dictionary(*memory), ElementsAre("id:0", "late:1", "quoted:9"));
   EXPECT_EQ(Contents(*memory), Contents(*streamed));
   EXPECT_EQ(memory->CaseCount(), 200001);
-  EXPECT_THAT(memory->Notes(), ElementsAre("Column \"id\" holds whole numbers beyond 2^53, whose "
-                                           "last digits are lost."));
+  EXPECT_THAT(
+      memory->Notes(),
+      ElementsAre("Column \"id\" holds whole numbers beyond 2^53, whose last digits are lost.",
+                  "Column \"late\" holds texts instead of numbers because of 1 of its 200001 "
+                  "cells: \"x\". --missing \"late=x\" takes it as missing."));
   EXPECT_EQ(memory->Notes(), streamed->Notes());
   EXPECT_EQ(ErrorOf(folder.Write("bad.csv", text + "1,2\r\n")),
             "line 400002, column 4: the row ends after 2 fields; the header has 3");

@@ -6,13 +6,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <parquet/arrow/writer.h>
+#include <sys/stat.h>
 
 #include <cstdio>
+#include <fstream>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "host/arrow/DataFile.h"
+#include "host/arrow/SpooledInput.h"
 #include "host/data/MeasurementLevels.h"
 #include "host/data/TableSchema.h"
 #include "host/session/HostIOError.h"
@@ -140,12 +144,47 @@ TEST(ForeignFiles, SchemaSettlesHowDelimitedTextIsRead) {
   }
 }
 
-TEST(ForeignFiles, StandardInputIsReadIntoMemoryOnly) {
+// A pipe can be read only once, a table more often.
+TEST(ForeignFiles, StandardInputAndPipesAreReadInEveryFormatAndStorage) {
   const ScratchFolder folder;
-  ASSERT_NE(std::freopen(folder.Write("t.csv", "a,b\n1,x\n").c_str(), "r", stdin), nullptr);
-  EXPECT_THROW(OpenDataFile("-", {}, TableStorage::kStreamed), HostIOError);
-  const auto table = OpenDataFile("-", {}, TableStorage::kMemory);
-  EXPECT_THAT(Dictionary(*table), ElementsAre("a:0", "b:1"));
+  std::string large = "a,b\n";  // more than is held in memory
+  while (large.size() < SpooledInput::kMostHeld) large += "1," + std::string(5000, 'x') + "\n";
+  folder.Write("t.csv", "a,b\n1,x\n");
+  folder.Write("large.csv", large);
+  const auto table = OpenDataFile(folder.Path("t.csv"), {}, TableStorage::kMemory);
+  for (const char* name : {"t.parquet", "t.arrow"}) WriteDataFile(*table, folder.Path(name));
+  const std::string pipe = folder.Path("pipe");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  for (const char* name : {"t.csv", "large.csv", "t.parquet", "t.arrow"}) {
+    for (const TableStorage storage : {TableStorage::kMemory, TableStorage::kStreamed}) {
+      const std::string file = folder.Path(name);
+      DataFileOptions options;
+      options.fReading.fFormat = file.substr(file.rfind('.') + 1);
+      ASSERT_NE(std::freopen(file.c_str(), "r", stdin), nullptr);
+      const auto input = OpenDataFile("-", options, storage);
+      std::thread writer([&] { std::ofstream(pipe, std::ios::binary) << ReadFile(file); });
+      const auto piped = OpenDataFile(pipe, options, storage);
+      writer.join();
+      const auto contents = Contents(*OpenDataFile(file, {}, storage));
+      EXPECT_EQ(Contents(*input), contents) << name;
+      EXPECT_EQ(Contents(*piped), contents) << name;
+    }
+  }
+}
+
+TEST(ForeignFiles, WhatIsWrongWithStandardInputIsSaidOfIt) {
+  const ScratchFolder folder;
+  ASSERT_NE(std::freopen(folder.Write("t.csv", "a,b\n1\n").c_str(), "r", stdin), nullptr);
+  for (const char* format : {"csv", "parquet", "arrow"}) {
+    DataFileOptions options;
+    options.fReading.fFormat = format;
+    try {
+      OpenDataFile("-", options, TableStorage::kMemory);
+      ADD_FAILURE() << format;
+    } catch (const HostIOError& error) {
+      EXPECT_EQ(error.File(), "standard input") << format;
+    }
+  }
 }
 
 }  // namespace

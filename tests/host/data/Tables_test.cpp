@@ -8,6 +8,8 @@
 
 #include <cmath>
 #include <cstdlib>
+#include <filesystem>
+#include <fstream>
 #include <limits>
 #include <memory>
 #include <optional>
@@ -19,8 +21,9 @@
 #include "host/data/KOVA_DataSource.h"
 #include "host/data/MemoryTable.h"
 #include "host/session/HostIOError.h"
+#include "host/session/NewFolder.h"
 #include "host/session/OutputFile.h"
-#include "host/session/TemporaryFile.h"
+#include "host/session/Unfinished.h"
 #include "tests/host/data/TableFixtures.h"
 
 namespace MCHost {
@@ -195,8 +198,25 @@ TEST(OutputFile, LeavesTheTargetAloneUntilItIsCommitted) {
   file.Commit();
   EXPECT_EQ(ReadFile(target), "new");
   OutputFile abandoned(folder.Path("other"));
-  RemoveTemporaryFiles();
+  RemoveUnfinished();
   EXPECT_THAT(folder.Files(), ElementsAre("out.txt"));
+}
+
+TEST(NewFolder, StaysOnlyWithWhatWasWrittenIntoIt) {
+  const ScratchFolder folder;
+  const std::string deep = folder.Path("a") + "/b/";
+  { const NewFolder made(deep); }
+  EXPECT_THAT(folder.Files(), ElementsAre());
+  const NewFolder ended(deep);
+  RemoveUnfinished();
+  EXPECT_THAT(folder.Files(), ElementsAre());
+  {
+    const NewFolder kept(deep);
+    std::ofstream(deep + "file") << "whole";
+  }
+  { const NewFolder there(deep); }
+  EXPECT_TRUE(std::filesystem::exists(deep + "file"));
+  EXPECT_THROW(NewFolder(deep + "file/c"), HostIOError);
 }
 
 TEST(OutputFile, WhatADeadWriterLeftIsRemovedAndNothingElse) {

@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <functional>
+#include <thread>
 
 #include "common/MCAssert.h"
 #include "tests/host/data/TableFixtures.h"
@@ -35,6 +36,7 @@ TEST(CFailures, NullAnywhereIsMisuseAndNamesTheArgument) {
   size_t count = 0;
   predselect_table_info info{sizeof(info), nullptr, nullptr, nullptr, 0};
   ArrowArrayStream out{};
+  const predselect_rank_options oneUnnamed{sizeof(oneUnnamed), PREDSELECT_BY_P, nullptr, 1, 0};
   const auto open = [&](predselect_session* session, bool isGiven, predselect_table** to) {
     ArrowArrayStream stream = MCTest::Penguins();
     const predselect_status status =
@@ -57,6 +59,16 @@ TEST(CFailures, NullAnywhereIsMisuseAndNamesTheArgument) {
       {"path", [&] { return predselect_state_save(s, state, nullptr); }},
       {"into", [&] { return predselect_state_merge(s, nullptr, state); }},
       {"from", [&] { return predselect_state_merge(s, state, nullptr); }},
+      {"state", [&] { return predselect_state_pmml(s, nullptr, "x"); }},
+      {"state", [&] { return predselect_state_export(s, nullptr, "x", nullptr); }},
+      {"table", [&] { return predselect_rank(s, nullptr, "x", nullptr, &result); }},
+      {"target", [&] { return predselect_rank(s, t, nullptr, nullptr, &result); }},
+      {"result", [&] { return predselect_rank(s, t, "x", nullptr, nullptr); }},
+      {"except", [&] { return predselect_rank(s, t, "x", &oneUnnamed, &result); }},
+      {"table", [&] { return predselect_model(s, nullptr, "x", nullptr, &result); }},
+      {"target", [&] { return predselect_model(s, t, nullptr, nullptr, &result); }},
+      {"path", [&] { return predselect_table_open_file(s, nullptr, nullptr, nullptr, &table); }},
+      {"table", [&] { return predselect_table_open_file(s, "x", nullptr, nullptr, nullptr); }},
       {"table", [&] { return predselect_run(s, nullptr, "x.", nullptr, &result); }},
       {"commands", [&] { return predselect_run(s, t, nullptr, nullptr, &result); }},
       {"result", [&] { return predselect_run(s, t, "x.", nullptr, nullptr); }},
@@ -101,35 +113,63 @@ TEST(CFailures, OfATableSayWhatWasWrongAndTakeTheStreamAllTheSame) {
   const predselect_variable_level unknown{"specis", PREDSELECT_NOMINAL};
   const predselect_variable_level text{"species", PREDSELECT_SCALE};
   const predselect_variable_level odd{"year", 7};
+  const predselect_reading_option noOption{"delimeter", ";"};
+  const predselect_reading_option noCode{"missing", "year"};
+  const predselect_reading_option strange{"missing", "sx=1"};
+  const predselect_reading_option ranges{"missing", "year=1..2,3..4"};
   constexpr size_t kSize = sizeof(predselect_table_options);
   struct Newer {
     predselect_table_options known;
     const char* unknown;
   };
-  const Newer newer{{sizeof(Newer), nullptr, nullptr, nullptr, nullptr, 0}, "x"};
+  const Newer newer{{sizeof(Newer), nullptr, nullptr, nullptr, nullptr, 0, 0, nullptr, 0}, "x"};
   const std::tuple<predselect_table_options, predselect_status, const char*> cases[] = {
-      {{kSize, nullptr, nullptr, nullptr, &unknown, 1},
+      {{kSize, nullptr, nullptr, nullptr, &unknown, 1, 0, nullptr, 0},
        PREDSELECT_BAD_REQUEST,
        "level: the data have no variable \"specis\"; did you mean \"species\"?"},
-      {{kSize, nullptr, nullptr, nullptr, &text, 1},
+      {{kSize, nullptr, nullptr, nullptr, &text, 1, 0, nullptr, 0},
        PREDSELECT_BAD_REQUEST,
        "level: \"species\" holds texts and cannot be scale."},
-      {{kSize, nullptr, nullptr, nullptr, &odd, 1},
+      {{kSize, nullptr, nullptr, nullptr, &odd, 1, 0, nullptr, 0},
        PREDSELECT_MISUSE,
        "a level is none of PREDSELECT_NOMINAL, PREDSELECT_ORDINAL, PREDSELECT_SCALE"},
-      {{kSize, nullptr, nullptr, nullptr, nullptr, 1}, PREDSELECT_MISUSE, "levels is NULL"},
-      {{kSize, nullptr, nullptr, "sex", nullptr, 0},
+      {{kSize, nullptr, nullptr, nullptr, nullptr, 1, 0, nullptr, 0},
+       PREDSELECT_MISUSE,
+       "levels is NULL"},
+      {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 3, nullptr, 0},
+       PREDSELECT_MISUSE,
+       "keep is none of"},
+      {{kSize, nullptr, nullptr, "sex", nullptr, 0, 0, nullptr, 0},
        PREDSELECT_BAD_REQUEST,
        "weight: \"sex\" holds texts; a weight must be a number."},
-      {{kSize, nullptr, "{\"fields\": 1}", nullptr, nullptr, 0},
+      {{kSize, nullptr, "{\"fields\": 1}", nullptr, nullptr, 0, 0, nullptr, 0},
        PREDSELECT_DATA_ERROR,
        "the schema"},
-      {{kSize, "\xFF", nullptr, nullptr, nullptr, 0},
+      {{kSize, "\xFF", nullptr, nullptr, nullptr, 0, 0, nullptr, 0},
        PREDSELECT_BAD_REQUEST,
        "name: the text is not UTF-8"},
-      {{0, nullptr, nullptr, nullptr, nullptr, 0}, PREDSELECT_MISUSE, "struct_size is not set"},
-      {{12, "data", nullptr, nullptr, nullptr, 0}, PREDSELECT_MISUSE, "struct_size is not set"},
-      {{SIZE_MAX - 7, nullptr, nullptr, nullptr, nullptr, 0},
+      {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 0, &noOption, 1},
+       PREDSELECT_BAD_REQUEST,
+       "delimeter: "},
+      {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 0, &noCode, 1},
+       PREDSELECT_BAD_REQUEST,
+       "missing: \"year\""},
+      {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 0, &strange, 1},
+       PREDSELECT_BAD_REQUEST,
+       "missing: the data have no variable \"sx\"; did you mean \"sex\"?"},
+      {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 0, &ranges, 1},
+       PREDSELECT_BAD_REQUEST,
+       "missing: \"year\" can have one range of missing values only."},
+      {{kSize, nullptr, nullptr, nullptr, nullptr, 0, 0, nullptr, 1},
+       PREDSELECT_MISUSE,
+       "reading is NULL"},
+      {{0, nullptr, nullptr, nullptr, nullptr, 0, 0, nullptr, 0},
+       PREDSELECT_MISUSE,
+       "struct_size is not set"},
+      {{12, "data", nullptr, nullptr, nullptr, 0, 0, nullptr, 0},
+       PREDSELECT_MISUSE,
+       "struct_size is not set"},
+      {{SIZE_MAX - 7, nullptr, nullptr, nullptr, nullptr, 0, 0, nullptr, 0},
        PREDSELECT_MISUSE,
        "struct_size is not set"},
       {newer.known, PREDSELECT_MISUSE,
@@ -147,8 +187,15 @@ TEST(CFailures, OfATableSayWhatWasWrongAndTakeTheStreamAllTheSame) {
     EXPECT_EQ(host.fTable, nullptr);
   }
   // A caller of the first version whose struct ended before the levels.
-  const predselect_table_options older{
-      offsetof(predselect_table_options, levels), nullptr, nullptr, nullptr, &odd, 1};
+  const predselect_table_options older{offsetof(predselect_table_options, levels),
+                                       nullptr,
+                                       nullptr,
+                                       nullptr,
+                                       &odd,
+                                       1,
+                                       0,
+                                       nullptr,
+                                       0};
   ArrowArrayStream stream = MCTest::Penguins();
   EXPECT_EQ(predselect_table_open(host.fSession, &stream, &older, &host.fTable), PREDSELECT_OK);
 }
@@ -175,13 +222,19 @@ TEST(CFailures, OfAStreamAreDataErrorsInItsOwnWords) {
   CHost host;
   const char* messages[] = {"data, column 1: the column has no name", "data: the producer broke",
                             "data: the producer broke"};
-  for (int breakAt = 0; breakAt < 3; ++breakAt) {
-    ArrowArrayStream stream{};
-    MCHost::WriteArrowStream(std::make_unique<BreakingBatches>(breakAt), &stream);
-    EXPECT_EQ(predselect_table_open(host.fSession, &stream, nullptr, &host.fTable),
-              PREDSELECT_DATA_ERROR);
-    EXPECT_EQ(host.Error(), messages[breakAt]);
-    EXPECT_EQ(stream.release, nullptr);
+  for (const size_t keep :
+       {PREDSELECT_KEEP_CELLS, PREDSELECT_KEEP_BATCHES, PREDSELECT_KEEP_ASIDE}) {
+    predselect_table_options options{};
+    options.struct_size = sizeof(options);
+    options.keep = keep;
+    for (int breakAt = 0; breakAt < 3; ++breakAt) {
+      ArrowArrayStream stream{};
+      MCHost::WriteArrowStream(std::make_unique<BreakingBatches>(breakAt), &stream);
+      EXPECT_EQ(predselect_table_open(host.fSession, &stream, &options, &host.fTable),
+                PREDSELECT_DATA_ERROR);
+      EXPECT_EQ(host.Error(), messages[breakAt]) << keep;
+      EXPECT_EQ(stream.release, nullptr);
+    }
   }
   ArrowArrayStream closed{};
   EXPECT_EQ(predselect_table_open(host.fSession, &closed, nullptr, &host.fTable),
@@ -230,6 +283,13 @@ TEST(CFailures, OfJobsSayWhatWasWrong) {
   ASSERT_EQ(host.Run("SELECTPRED species BY island.", ranking), PREDSELECT_OK);
   Held<predselect_state> state;
   ASSERT_EQ(predselect_state_load(host.fSession, ranking.c_str(), &state), PREDSELECT_OK);
+  const predselect_rank_options noRanking{sizeof(noRanking), 5, nullptr, 0, 0};
+  predselect_model_options allTest{};
+  allTest.struct_size = sizeof(allTest);
+  allTest.test = 1.0;
+  predselect_table_options held{};
+  held.struct_size = sizeof(held);
+  held.keep = PREDSELECT_KEEP_BATCHES;
   const predselect_run_options folderIsAFile{sizeof(folderIsAFile), nullptr, notes.c_str(), 0};
   const predselect_session* s = host.fSession;
   predselect_session* session = host.fSession;
@@ -249,6 +309,27 @@ TEST(CFailures, OfJobsSayWhatWasWrong) {
        "a state cannot be merged into itself"},
       {[&] { return predselect_score(session, host.fTable, state, nullptr, &host.fResult); },
        PREDSELECT_BAD_REQUEST, "holds a ranking of predictors, not a Naive Bayes model."},
+      {[&] { return predselect_state_pmml(session, state, "x.pmml"); }, PREDSELECT_BAD_REQUEST,
+       "holds a ranking of predictors, not a Naive Bayes model."},
+      {[&] { return predselect_rank(session, host.fTable, "specis", nullptr, &host.fResult); },
+       PREDSELECT_BAD_REQUEST, "did you mean \"species\"?"},
+      {[&] { return predselect_rank(session, host.fTable, "sex", &noRanking, &host.fResult); },
+       PREDSELECT_MISUSE, "by is no predselect_rank_by"},
+      {[&] {
+         return predselect_model(session, host.fTable, "body_mass_g", nullptr, &host.fResult);
+       },
+       PREDSELECT_BAD_REQUEST, "\"body_mass_g\" is a number on a scale"},
+      {[&] { return predselect_model(session, host.fTable, "sex", &allTest, &host.fResult); },
+       PREDSELECT_MISUSE, "test is not below 1"},
+      {[&] {
+         return predselect_table_open_file(session, notes.c_str(), nullptr, nullptr, &host.fTable);
+       },
+       PREDSELECT_DATA_ERROR, "notes.bin"},
+      {[&] {
+         return predselect_table_open_file(session, MCTest::kPenguins.c_str(), nullptr, &held,
+                                           &host.fTable);
+       },
+       PREDSELECT_MISUSE, "keep is neither"},
       {[&] { return predselect_inspect(session, state, &host.fResult); }, PREDSELECT_OK, ""},
       {[&] { return predselect_result_table(session, host.fResult, 99, &out); }, PREDSELECT_MISUSE,
        "the result has no table 99"},
@@ -317,7 +398,21 @@ TEST(CFailures, ACancelledJobEndsWithWhatItHadAndTheSessionGoesOn) {
     }
   }
   EXPECT_EQ(predselect_session_set_cancel(host.fSession, nullptr, nullptr), PREDSELECT_OK);
+  predselect_session_cancel(nullptr);
+  predselect_session_cancel(host.fSession);  // there is no job
   EXPECT_EQ(host.Run("SELECTPRED species BY island."), PREDSELECT_OK);
+}
+
+TEST(CFailures, AnotherThreadMayCancelAJob) {
+  CHost host;
+  const auto query = [](void* session) {
+    std::thread([&] {
+      predselect_session_cancel(static_cast<predselect_session*>(session));
+    }).join();
+    return 0;
+  };
+  ASSERT_EQ(predselect_session_set_cancel(host.fSession, query, host.fSession), PREDSELECT_OK);
+  EXPECT_EQ(host.Run("NAIVEBAYES species BY island sex."), PREDSELECT_CANCELLED);
 }
 
 TEST(CFailures, CallbacksMayUseOtherSessionsAndNotTheirOwn) {

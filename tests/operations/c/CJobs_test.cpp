@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <iterator>
 #include <nlohmann/json.hpp>
 #include <thread>
 
@@ -25,6 +26,9 @@ constexpr char kCommands[] =
     "  /MACROVAR FACTORS=f COVARIATES=c.\n"
     "NAIVEBAYES species BY !f WITH !c /TRAININGSAMPLE PERCENT=70 /SAVE PREDVAL(p) PREDPROB(q).\n";
 
+constexpr predselect_reading_option kMissing[] = {{"missing", "body_mass_g=4000..4200,3750"},
+                                                  {"missing", "*=2008"}};
+
 constexpr predselect_variable_level kLevels[] = {{"year", PREDSELECT_NOMINAL},
                                                  {"year", PREDSELECT_SCALE}};
 
@@ -34,6 +38,9 @@ predselect_table_options PenguinOptions(const std::string& schema) {
           schema.c_str(),
           nullptr,
           kLevels,
+          2,
+          PREDSELECT_KEEP_CELLS,
+          kMissing,
           2};
 }
 
@@ -49,7 +56,8 @@ TEST(CJobs, GiveTheProgramsDocumentsAndPage) {
   const std::string commands = folder.Write("commands.txt", kCommands);
   const std::string state = folder.Path("model.bin");
   const std::string data = " --data " + MCTest::kPenguins + " --schema " + MCTest::kSchema +
-                           " --level year=nominal --level year=scale";
+                           " --level year=nominal --level year=scale --missing " +
+                           kMissing[0].word + " --missing '" + kMissing[1].word + "'";
 
   CHost host(PenguinOptions(schema));
   ASSERT_EQ(host.Run(kCommands, state), PREDSELECT_OK) << host.Error();
@@ -73,6 +81,138 @@ TEST(CJobs, GiveTheProgramsDocumentsAndPage) {
   ASSERT_EQ(predselect_inspect(host.fSession, model, &host.fResult), PREDSELECT_OK);
   ASSERT_EQ(RunProgram("inspect " + state + " --format json", folder.Path("inspect.json")), 0);
   EXPECT_EQ(host.Json(), ReadFile(folder.Path("inspect.json")));
+}
+
+// However the table is opened, by whichever library.
+TEST(CJobs, ShortVerbsGiveTheProgramsDocumentsWhereverTheCellsAre) {
+  const ScratchFolder folder;
+  const char* excluded[] = {"year"};
+  const predselect_rank_options rank{sizeof(rank), PREDSELECT_BY_BITS, excluded, 1, 3};
+  predselect_model_options model{};
+  model.struct_size = sizeof(model);
+  const std::string pmml = folder.Path("model.pmml");
+  model.predictors = 2;
+  model.pmml_path = pmml.c_str();
+  ASSERT_EQ(RunProgram("rank " + MCTest::kPenguins + " species --by bits --except year --top 3" +
+                           " --format json",
+                       folder.Path("rank.json")),
+            0);
+  ASSERT_EQ(RunProgram("model " + MCTest::kPenguins + " species --predictors 2 --format json " +
+                           "--pmml " + pmml,
+                       folder.Path("model.json")),
+            0);
+  for (const size_t keep :
+       {PREDSELECT_KEEP_CELLS, PREDSELECT_KEEP_BATCHES, PREDSELECT_KEEP_ASIDE}) {
+    predselect_table_options options{};
+    options.struct_size = sizeof(options);
+    options.name = MCTest::kPenguins.c_str();
+    options.keep = keep;
+    CHost host(options);
+    for (const bool isFile : {false, true}) {
+      if (isFile && keep == PREDSELECT_KEEP_BATCHES) continue;
+      if (isFile) {
+        ASSERT_EQ(predselect_table_open_file(host.fSession, MCTest::kPenguins.c_str(), nullptr,
+                                             &options, &host.fTable),
+                  PREDSELECT_OK)
+            << host.Error();
+      }
+      ASSERT_EQ(predselect_rank(host.fSession, host.fTable, "species", &rank, &host.fResult),
+                PREDSELECT_OK)
+          << host.Error();
+      EXPECT_EQ(host.Json(), ReadFile(folder.Path("rank.json"))) << keep;
+      ASSERT_EQ(predselect_model(host.fSession, host.fTable, "species", &model, &host.fResult),
+                PREDSELECT_OK)
+          << host.Error();
+      EXPECT_EQ(host.Json(), ReadFile(folder.Path("model.json"))) << keep;
+    }
+  }
+}
+
+TEST(CJobs, ReadAFileAsTheCallerSaysItIsWritten) {
+  const ScratchFolder folder;
+  const std::string path = folder.Write("odd.csv", "a;1,5;99\nb;2,5;3\nc;4,5;99\n");
+  const predselect_reading_option reading[] = {
+      {"delimiter", ";"}, {"decimal", ","}, {"no-header", nullptr}, {"missing", "column3=99"}};
+  predselect_table_options options{};
+  options.struct_size = sizeof(options);
+  options.reading = reading;
+  options.n_reading = std::size(reading);
+  CHost host;
+  ASSERT_EQ(
+      predselect_table_open_file(host.fSession, path.c_str(), nullptr, &options, &host.fTable),
+      PREDSELECT_OK)
+      << host.Error();
+  ASSERT_EQ(predselect_describe(host.fSession, host.fTable, &host.fResult), PREDSELECT_OK);
+  const char* page = nullptr;
+  ASSERT_EQ(predselect_result_text(host.fSession, host.fResult, 0, &page), PREDSELECT_OK);
+  EXPECT_THAT(page, testing::ContainsRegex("column2 +│ number.*1\\.5.*4\\.5"));
+  EXPECT_THAT(page, testing::ContainsRegex("column3 +│ number[^\n]*│ +1 │ +0 │ +2 │"));
+}
+
+// A batch of one column of numbers that are the test's own.
+struct OwnNumbers {
+  std::vector<double> fCells{1.5, 2.5, 4.0, 8.0, 16.0, 32.0};
+  bool fbReleased = false;
+  bool fbGiven = false;
+};
+
+TEST(CJobs, HeldBatchesAreLookedAtWhereTheyAreUntilAllIsClosed) {
+  OwnNumbers numbers;
+  ArrowArrayStream stream{};
+  stream.get_schema = [](ArrowArrayStream*, ArrowSchema* schema) {
+    static ArrowSchema column{};
+    static ArrowSchema* children[] = {&column};
+    column = {"g",    "x",     nullptr, 0,
+              0,      nullptr, nullptr, [](ArrowSchema* s) { s->release = nullptr; },
+              nullptr};
+    *schema = {"+s",   "",       nullptr, 0,
+               1,      children, nullptr, [](ArrowSchema* s) { s->release = nullptr; },
+               nullptr};
+    return 0;
+  };
+  stream.get_next = [](ArrowArrayStream* self, ArrowArray* batch) {
+    auto* own = static_cast<OwnNumbers*>(self->private_data);
+    static const void* buffers[] = {nullptr, nullptr};
+    static const void* none[] = {nullptr};
+    static ArrowArray column{};
+    static ArrowArray* children[] = {&column};
+    *batch = {};
+    if (std::exchange(own->fbGiven, true)) return 0;
+    buffers[1] = own->fCells.data();
+    const auto n = static_cast<std::int64_t>(own->fCells.size());
+    column = {n, 0, 0, 2, 0, buffers, nullptr, nullptr, nullptr, nullptr};
+    *batch = {n,
+              0,
+              0,
+              1,
+              1,
+              none,
+              children,
+              nullptr,
+              [](ArrowArray* array) {
+                static_cast<OwnNumbers*>(array->private_data)->fbReleased = true;
+                array->release = nullptr;
+              },
+              own};
+    return 0;
+  };
+  stream.get_last_error = [](ArrowArrayStream*) -> const char* { return nullptr; };
+  stream.release = [](ArrowArrayStream* self) { self->release = nullptr; };
+  stream.private_data = &numbers;
+  predselect_table_options options{};
+  options.struct_size = sizeof(options);
+  options.keep = PREDSELECT_KEEP_BATCHES;
+  CHost host;
+  ASSERT_EQ(predselect_table_open(host.fSession, &stream, &options, &host.fTable), PREDSELECT_OK)
+      << host.Error();
+  EXPECT_FALSE(numbers.fbReleased);
+  numbers.fCells.back() = 1000.0;  // which shows that they were not copied
+  ASSERT_EQ(predselect_describe(host.fSession, host.fTable, &host.fResult), PREDSELECT_OK);
+  EXPECT_THAT(host.Json(), testing::HasSubstr("1000"));
+  host.fTable.Close();
+  EXPECT_FALSE(numbers.fbReleased) << "the result may yet give out its new columns";
+  host.fResult.Close();
+  EXPECT_TRUE(numbers.fbReleased);
 }
 
 TEST(CJobs, TakeTheMemoryThatACommandDoesNotState) {
@@ -198,6 +338,17 @@ TEST(CJobs, AReloadedModelScoresAsItDidFreshAndStreamsOutliveTheRest) {
     const std::string copy = folder.Path("copy.bin");
     ASSERT_EQ(predselect_state_save(host.fSession, model, copy.c_str()), PREDSELECT_OK);
     ASSERT_EQ(predselect_state_load(host.fSession, copy.c_str(), &model), PREDSELECT_OK);
+    const std::string pmml = folder.Path("model.pmml");
+    ASSERT_EQ(predselect_state_pmml(host.fSession, model, pmml.c_str()), PREDSELECT_OK);
+    EXPECT_THAT(ReadFile(pmml), testing::HasSubstr("<NaiveBayesModel"));
+    const std::string query = folder.Path("model.sql");
+    predselect_export_options elsewhere = {sizeof elsewhere, nullptr, "clients"};
+    ASSERT_EQ(predselect_state_export(host.fSession, model, query.c_str(), &elsewhere),
+              PREDSELECT_OK);
+    EXPECT_THAT(ReadFile(query), testing::HasSubstr("FROM \"clients\" AS t"));
+    elsewhere.format = "xls";
+    EXPECT_EQ(predselect_state_export(host.fSession, model, query.c_str(), &elsewhere),
+              PREDSELECT_BAD_REQUEST);
     const predselect_score_options options{sizeof(options), "again", nullptr};
     ASSERT_EQ(predselect_score(host.fSession, host.fTable, model, &options, &host.fResult),
               PREDSELECT_OK)

@@ -31,15 +31,21 @@ TEST(CMemory, MayRunOutAnywhereInACall) {
   const auto start = MCTest::Penguins;
   ArrowArrayStream stream{};
   Held<predselect_table> table;
+  predselect_table_options options{};
+  options.struct_size = sizeof(options);
   const auto open = [&] {
     {
       const MCTest::Plenty plenty;
       stream = start();
     }
-    return predselect_table_open(host.fSession, &stream, nullptr, &table);
+    return predselect_table_open(host.fSession, &stream, &options, &table);
   };
-  Starve(open, PREDSELECT_NO_MEMORY);
-  EXPECT_EQ(stream.release, nullptr);
+  for (const size_t keep :
+       {PREDSELECT_KEEP_ASIDE, PREDSELECT_KEEP_BATCHES, PREDSELECT_KEEP_CELLS}) {
+    options.keep = keep;
+    Starve(open, PREDSELECT_NO_MEMORY);
+    EXPECT_EQ(stream.release, nullptr);
+  }
   Starve([&] { return predselect_run(host.fSession, table, kCommands, nullptr, &host.fResult); },
          PREDSELECT_NO_MEMORY);
   Starve([&] { return predselect_describe(host.fSession, table, &host.fResult); },

@@ -36,6 +36,19 @@ PLACE(predselect_table_options, schema, 2);
 PLACE(predselect_table_options, weight, 3);
 PLACE(predselect_table_options, levels, 4);
 PLACE(predselect_table_options, n_levels, 5);
+PLACE(predselect_table_options, keep, 6);
+PLACE(predselect_table_options, reading, 7);
+PLACE(predselect_table_options, n_reading, 8);
+PLACE(predselect_reading_option, name, 0);
+PLACE(predselect_reading_option, word, 1);
+SAME(sizeof(predselect_reading_option), 2 * sizeof(void*));
+SAME(PREDSELECT_KEEP_CELLS, 0);
+SAME(PREDSELECT_KEEP_BATCHES, 1);
+SAME(PREDSELECT_KEEP_ASIDE, 2);
+
+PLACE(predselect_file_options, struct_size, 0);
+PLACE(predselect_file_options, nulls, 1);
+PLACE(predselect_file_options, n_nulls, 2);
 
 PLACE(predselect_run_options, struct_size, 0);
 PLACE(predselect_run_options, state_path, 1);
@@ -47,8 +60,34 @@ PLACE(predselect_score_options, struct_size, 0);
 PLACE(predselect_score_options, predicted, 1);
 PLACE(predselect_score_options, probabilities, 2);
 
+PLACE(predselect_export_options, struct_size, 0);
+PLACE(predselect_export_options, format, 1);
+PLACE(predselect_export_options, table, 2);
+
 PLACE(predselect_table_info, struct_size, 0);
 PLACE(predselect_table_info, subtype, 1);
 PLACE(predselect_table_info, title, 2);
 PLACE(predselect_table_info, command, 3);
 PLACE(predselect_table_info, run, 4);
+
+SAME(PREDSELECT_BY_P, 0);
+SAME(PREDSELECT_BY_LR, 1);
+SAME(PREDSELECT_BY_V, 2);
+SAME(PREDSELECT_BY_LAMBDA, 3);
+SAME(PREDSELECT_BY_BITS, 4);
+PLACE(predselect_rank_options, struct_size, 0);
+PLACE(predselect_rank_options, by, 1);
+PLACE(predselect_rank_options, except, 2);
+PLACE(predselect_rank_options, n_except, 3);
+PLACE(predselect_rank_options, top, 4);
+
+PLACE(predselect_model_options, struct_size, 0);
+PLACE(predselect_model_options, except, 1);
+PLACE(predselect_model_options, n_except, 2);
+PLACE(predselect_model_options, training_column, 3);
+SAME(offsetof(predselect_model_options, test), 4 * sizeof(double));
+PLACE(predselect_model_options, predictors, 5);
+PLACE(predselect_model_options, save_predictions, 6);
+PLACE(predselect_model_options, state_path, 7);
+PLACE(predselect_model_options, pmml_path, 8);
+PLACE(predselect_model_options, memory, 9);

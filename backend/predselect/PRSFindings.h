@@ -1,0 +1,49 @@
+// What the engine of a command holds once its work is done: handed to a session that wants it
+// (ISession::TakeFindings). Everything is borrowed for the call.
+#pragma once
+
+#include <vector>
+
+#include "feature/MCFSCommon.h"
+#include "feature/statistics/FSProfile.h"
+
+class IFSAlgorithm;
+class INBAlgorithm;
+class PRSCurves;
+struct NBSelectionResult;
+struct StateDictionary;
+
+// A scale predictor or target in bins of equal width.
+struct PRSBins {
+  double fLow = 0.0;
+  double fHigh = 0.0;
+  int fNBins = 0;
+};
+
+// A predictor beside the target, the scale ones of both in bins: pairs of categories and bins.
+struct PRSBinnedProfile {
+  int fPredictor;
+  PRSBins fBins;  // none for a categorical predictor
+  FSProfile fProfile;
+  double fInformation;  // mutual, in bits
+};
+
+struct PRSFindings {
+  // Of SELECTPRED: the ranked component, by which criterion, and how many predictors are selected.
+  const IFSAlgorithm* fpFeature = nullptr;
+  const StateDictionary* fpDictionary = nullptr;
+  MCFSCommon::RankCriteria fRanking = MCFSCommon::kPearson;
+  int fNSelected = 0;
+  // Where the command has taken them, with the target's bins (none for a categorical one).
+  const std::vector<PRSBinnedProfile>* fpBinned = nullptr;
+  PRSBins fTargetBins;
+
+  // Of NAIVEBAYES: the model, and the probabilities of its cases; null for a sample without any.
+  const INBAlgorithm* fpNaive = nullptr;
+  const PRSCurves* fpTraining = nullptr;
+  const PRSCurves* fpTest = nullptr;
+  // The selection that led to it, its first so many predictors forced; null where there was none.
+  const NBSelectionResult* fpSelection = nullptr;
+  int fNForced = 0;
+  bool fbByTestData = false;  // sizes are compared by the test cases, else by pseudo-BIC
+};

@@ -1,0 +1,14 @@
+# What the Python package carries (component python): the libraries of the C interface, side by side in
+# its folder. A wheel has no links, so that they go by their plain names there (SKBUILD is on where
+# the package is built).
+set(wheel_libraries predselectengines predselecthost predselect predselectoperations predselectfiles
+  predselectcfiles)
+if(SKBUILD)
+  foreach(library IN LISTS wheel_libraries)
+    set_property(TARGET ${library} PROPERTY VERSION)
+    set_property(TARGET ${library} PROPERTY SOVERSION)
+    set_property(TARGET ${library} PROPERTY INSTALL_RPATH "$ORIGIN")
+  endforeach()
+  install(TARGETS ${wheel_libraries} LIBRARY DESTINATION predselect/_lib COMPONENT python)
+  install(FILES ${PredSelectArrow_FILES} DESTINATION predselect/_lib COMPONENT python)
+endif()

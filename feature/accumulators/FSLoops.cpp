@@ -1,0 +1,19 @@
+#include "feature/accumulators/FSLoops.h"
+
+#include <cstring>
+
+#include "common/CountInTurn.h"
+#include "common/InstructionSet.h"
+#include "feature/accumulators/FSCaseBlock.h"
+
+namespace {
+
+#define INSTRUCTION_SET_LOOPS "feature/accumulators/FSLoopBodies.h"
+#include "common/EachInstructionSet.h"
+#undef INSTRUCTION_SET_LOOPS
+
+}  // namespace
+
+const FSLoops& FSLoops::InUse() {
+  return OfInstructionSet(Baseline::kLoops, AVX2::kLoops, AVX512::kLoops);
+}

@@ -1,0 +1,112 @@
+#include "host/arrow/CsvTexts.h"
+
+#include <arrow/array.h>
+#include <arrow/array/builder_binary.h>
+#include <arrow/array/builder_primitive.h>
+#include <arrow/compute/cast.h>
+#include <arrow/type.h>
+#include <arrow/util/value_parsing.h>
+
+#include <algorithm>
+#include <optional>
+#include <utility>
+
+#include "host/arrow/CsvKinds.h"
+
+namespace MCHost {
+
+namespace {
+
+// The same texts with some of them null.
+arrow::Result<std::shared_ptr<arrow::Array>> WithNulls(const arrow::StringArray& texts,
+                                                       const std::vector<std::string>& nulls) {
+  arrow::StringBuilder builder;
+  ARROW_RETURN_NOT_OK(builder.Reserve(texts.length()));
+  for (std::int64_t i = 0; i < texts.length(); ++i) {
+    const std::string_view text = texts.GetView(i);
+    const bool isNull =
+        texts.IsNull(i) || std::find(nulls.begin(), nulls.end(), text) != nulls.end();
+    ARROW_RETURN_NOT_OK(isNull ? builder.AppendNull() : builder.Append(text));
+  }
+  return builder.Finish();
+}
+
+class TurnedBatches final : public arrow::RecordBatchReader {
+ public:
+  TurnedBatches(std::shared_ptr<arrow::RecordBatchReader> batches, CsvTexts texts,
+                std::shared_ptr<arrow::Schema> schema)
+      : fpBatches(std::move(batches)), fTexts(std::move(texts)), fpSchema(std::move(schema)) {}
+
+  std::shared_ptr<arrow::Schema> schema() const override { return fpSchema; }
+  arrow::Status ReadNext(std::shared_ptr<arrow::RecordBatch>* batch) override {
+    ARROW_RETURN_NOT_OK(fpBatches->ReadNext(batch));
+    if (*batch == nullptr) return arrow::Status::OK();
+    return fTexts.Turn(std::move(*batch)).Value(batch);
+  }
+
+ private:
+  std::shared_ptr<arrow::RecordBatchReader> fpBatches;
+  CsvTexts fTexts;
+  std::shared_ptr<arrow::Schema> fpSchema;
+};
+
+}  // namespace
+
+arrow::Result<std::shared_ptr<arrow::RecordBatch>> CsvTexts::Turn(
+    std::shared_ptr<arrow::RecordBatch> batch) const {
+  for (const Column& column : fColumns) {
+    ARROW_ASSIGN_OR_RAISE(auto turned, TurnColumn(column, *batch->column(column.fPlace)));
+    const auto field = batch->schema()->field(column.fPlace)->WithType(column.fpType);
+    ARROW_ASSIGN_OR_RAISE(batch, batch->SetColumn(column.fPlace, field, turned));
+  }
+  return batch;
+}
+
+std::shared_ptr<arrow::RecordBatchReader> CsvTexts::Turn(
+    std::shared_ptr<arrow::RecordBatchReader> batches) const {
+  if (fColumns.empty()) return batches;
+  arrow::FieldVector fields = batches->schema()->fields();
+  for (const Column& column : fColumns) {
+    auto& field = fields[static_cast<std::size_t>(column.fPlace)];
+    field = field->WithType(column.fpType);
+  }
+  return std::make_shared<TurnedBatches>(std::move(batches), *this, arrow::schema(fields));
+}
+
+arrow::Result<std::shared_ptr<arrow::Array>> CsvTexts::TurnColumn(const Column& column,
+                                                                  const arrow::Array& texts) const {
+  ARROW_ASSIGN_OR_RAISE(auto cells,
+                        WithNulls(static_cast<const arrow::StringArray&>(texts), column.fNulls));
+  switch (column.fpType->id()) {
+    case arrow::Type::STRING:
+      return cells;
+    case arrow::Type::DOUBLE:
+      return Numbers(*cells);
+    default:
+      return arrow::compute::Cast(*cells, column.fpType);
+  }
+}
+
+arrow::Result<std::shared_ptr<arrow::Array>> CsvTexts::Numbers(const arrow::Array& texts) const {
+  const auto& cells = static_cast<const arrow::StringArray&>(texts);
+  arrow::DoubleBuilder builder;
+  ARROW_RETURN_NOT_OK(builder.Reserve(cells.length()));
+  for (std::int64_t i = 0; i < cells.length(); ++i) {
+    if (cells.IsNull(i)) {
+      builder.UnsafeAppendNull();
+      continue;
+    }
+    const std::string_view text = cells.GetView(i);
+    const auto number =
+        text.size() <= kCsvLongestOther ? PlainNumberOf(text, fNumbers) : std::nullopt;
+    double value = 0.0;
+    if (!number ||
+        !arrow::internal::StringToFloat(number->fText.data(), number->fText.size(), '.', &value)) {
+      return arrow::Status::Invalid("\"", text, "\" is no number");
+    }
+    builder.UnsafeAppend(value);
+  }
+  return builder.Finish();
+}
+
+}  // namespace MCHost

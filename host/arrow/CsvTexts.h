@@ -1,0 +1,49 @@
+// Columns of a CSV file that Arrow cannot read as what they are, since its numbers have no
+// thousands marks and its null texts are those of all columns: they are read as texts, and turned
+// here.
+#pragma once
+
+#include <arrow/record_batch.h>
+#include <arrow/result.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "host/arrow/CsvNumbers.h"
+
+namespace MCHost {
+
+class CsvTexts {
+ public:
+  explicit CsvTexts(CsvNumbers numbers) : fNumbers(numbers) {}
+
+  // `column` is its place in the batches, `type` what its cells become.
+  void Add(int column, std::shared_ptr<arrow::DataType> type, std::vector<std::string> nulls) {
+    fColumns.push_back({column, std::move(type), std::move(nulls)});
+  }
+
+  // An error for a text that is not of the type.
+  arrow::Result<std::shared_ptr<arrow::RecordBatch>> Turn(
+      std::shared_ptr<arrow::RecordBatch> batch) const;
+
+  // The same for each batch of a reader; itself where no column was added.
+  std::shared_ptr<arrow::RecordBatchReader> Turn(
+      std::shared_ptr<arrow::RecordBatchReader> batches) const;
+
+ private:
+  struct Column {
+    int fPlace;
+    std::shared_ptr<arrow::DataType> fpType;
+    std::vector<std::string> fNulls;
+  };
+
+  arrow::Result<std::shared_ptr<arrow::Array>> TurnColumn(const Column& column,
+                                                          const arrow::Array& texts) const;
+  arrow::Result<std::shared_ptr<arrow::Array>> Numbers(const arrow::Array& texts) const;
+
+  CsvNumbers fNumbers;
+  std::vector<Column> fColumns;
+};
+
+}  // namespace MCHost

@@ -1,0 +1,65 @@
+// Several sources as one table: their cases one after the other, their columns matched by name.
+//
+// A column that a source does not have is missing there. Numbers of different types become doubles,
+// texts of different types texts; where one source has numbers and another one texts, a source that
+// can give its numbers as texts does. Every difference that changes what a column holds is told.
+#pragma once
+
+#include <arrow/type_fwd.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "host/arrow/DataParts.h"
+#include "host/data/IArrowSource.h"
+
+namespace MCHost {
+
+class JoinedSource final : public IArrowSource {
+ public:
+  // Opens a part; the columns named are to be given as texts where the part can do that.
+  using OpenPart =
+      std::function<std::unique_ptr<IArrowSource>(const DataPart&, const std::set<std::string>&)>;
+
+  // `name` is what messages call the whole. Throws HostIOError.
+  JoinedSource(std::string name, const std::vector<DataPart>& parts, OpenPart open);
+
+  const std::string& Name() const override { return fName; }
+  void Open(const std::vector<int>* columns, ArrowArrayStream* stream) override;
+  void OpenOriginal(const std::vector<int>* columns, ArrowArrayStream* stream) override;
+  std::int64_t CaseCount() const override;
+  bool IsReadOnce() const override;
+  bool LookAgain() override;
+  int ColumnsAtATime() const override;
+  std::vector<std::string> Notes() const override;
+
+ private:
+  using Opening = void (IArrowSource::*)(const std::vector<int>*, ArrowArrayStream*);
+  using Schema = std::shared_ptr<arrow::Schema>;
+
+  struct Part {
+    DataPart fFile;
+    std::unique_ptr<IArrowSource> fpSource;
+  };
+  class Batches;
+
+  void Settle();
+  std::vector<Schema> SchemasOf(Opening opening) const;
+  Schema Join(const std::vector<Schema>& schemas) const;
+  std::shared_ptr<arrow::DataType> KeyType(const std::string& key) const;
+  bool ReopenAsTexts(const std::vector<Schema>& schemas);
+  void TellWhatIsMissing(const std::vector<Schema>& schemas);
+  void OpenAs(Opening opening, const std::vector<int>* columns, ArrowArrayStream* stream);
+
+  std::string fName;
+  OpenPart fOpen;
+  std::vector<Part> fParts;
+  std::vector<std::string> fNotes;
+};
+
+}  // namespace MCHost

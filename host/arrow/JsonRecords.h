@@ -1,0 +1,50 @@
+// Cuts the text of a JSON file into records: the lines of JSON Lines, or the elements of the one
+// array that the file is. What a record says is not looked at.
+#pragma once
+
+#include <arrow/io/type_fwd.h>
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace MCHost {
+
+class JsonRecords {
+ public:
+  // `source` names the file in messages.
+  JsonRecords(std::shared_ptr<arrow::io::InputStream> input, std::string source);
+  ~JsonRecords();
+
+  // Goes to the next record, past blank lines; false behind the last. Throws HostIOError.
+  bool Next();
+
+  // REQUIRES of both: Next() was true. The text is void with the next call of it.
+  std::string_view Text() const { return std::string_view(fBytes).substr(fStart, fEnd - fStart); }
+  std::int64_t Line() const { return fLine; }  // where the record begins, from 1
+
+ private:
+  enum class Form { kUnknown, kLines, kArray };
+
+  bool SkipBlanks(std::string_view blanks);
+  void Begin();
+  bool NextLine();
+  bool NextElement();
+  std::size_t EndOfElement();
+  bool Has(std::size_t at);
+  [[noreturn]] void Fail(const std::string& reason) const;
+
+  std::shared_ptr<arrow::io::InputStream> fpInput;
+  std::string fSource;
+  Form fForm = Form::kUnknown;
+  std::string fBytes;
+  bool fbWhole = false;  // the file's last byte is among them
+  bool fbEnded = false;
+  bool fbFirst = true;  // no element was met
+  std::size_t fStart = 0;
+  std::size_t fEnd = 0;
+  std::int64_t fLine = 1;
+};
+
+}  // namespace MCHost

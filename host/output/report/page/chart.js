@@ -1,0 +1,98 @@
+// Drawings: a figure with its title, what it shows in words, and its numbers; scales and axes.
+
+const chartWidth = () => Math.max(280, Math.min(620, document.documentElement.clientWidth - 56));
+
+// `table` is [headings, rows]: the numbers behind the drawing.
+function figure({title, description, svg, table, above}) {
+  const ids = [newId(), newId()];
+  svg.setAttribute("role", "img");
+  svg.setAttribute("aria-labelledby", ids.join(" "));
+  svg.prepend(draw("title", {id: ids[0]}, title), draw("desc", {id: ids[1]}, description || ""));
+  const numbers = table === undefined ? null : folded("Numbers", () => plainTable(title, ...table));
+  return el("figure", null,
+    el("figcaption", null, el("h3", null, title), el("span", {class: "tools"},
+      saveButton("SVG", title, () => svgText(svg)), " ",
+      table === undefined ? null : saveButton("CSV", title, () => csvText([table[0], ...table[1]])))),
+    description ? el("p", {class: "soft"}, description) : null, above || null, svg, numbers);
+}
+
+function plainTable(title, headings, rows) {
+  const body = rows.map((row) => el("tr", null, row.map((value, i) => i === 0
+    ? el("th", {scope: "row"}, said(value))
+    : el("td", {class: typeof value === "number" ? "number" : null}, typeof value === "number" ? plain(value, 6) : said(value ?? DASH)))));
+  return el("div", {class: "scroll", tabindex: "0", role: "group", "aria-label": `${title}: numbers`},
+    el("table", null, el("thead", null, el("tr", null, headings.map((h) => el("th", {scope: "col"}, said(h))))),
+      el("tbody", null, body)));
+}
+
+const canvas = (width, height, ...children) =>
+  draw("svg", {viewBox: `0 0 ${width} ${height}`, width, height}, ...children);
+
+function linear([d0, d1], [r0, r1]) {
+  const span = d1 - d0 || 1;
+  const scale = (value) => r0 + ((value - d0) / span) * (r1 - r0);
+  scale.domain = [d0, d1];
+  return scale;
+}
+
+function ticks([low, high], wanted = 5) {
+  const span = high - low;
+  if (!(span > 0) || !Number.isFinite(span)) return [low];
+  const power = 10 ** Math.floor(Math.log10(span / wanted));
+  const step = [1, 2, 5, 10].map((s) => s * power).find((s) => span / s <= wanted) || power;
+  const found = [];
+  for (let i = Math.ceil(low / step - 1e-9); i * step <= high + step * 1e-9; ++i) {
+    found.push(Number((i * step).toPrecision(12)));
+  }
+  return found;
+}
+
+// The frame of a drawing with two scales: [svg, x, y].
+function frame({width = chartWidth(), height = 300, x, y, xTitle, yTitle, left = 56, right = 16, xText = plain, yText = plain}) {
+  const [top, bottom] = [12, 46];
+  const sx = linear(x, [left, width - right]), sy = linear(y, [height - bottom, top]);
+  const svg = canvas(width, height);
+  for (const t of ticks(x, width < 420 ? 4 : 6)) {
+    svg.append(draw("line", {class: "grid", x1: sx(t), x2: sx(t), y1: top, y2: height - bottom}),
+      draw("text", {class: "soft", x: sx(t), y: height - bottom + 16, "text-anchor": "middle"}, xText(t)));
+  }
+  for (const t of ticks(y)) {
+    svg.append(draw("line", {class: "grid", x1: left, x2: width - right, y1: sy(t), y2: sy(t)}),
+      draw("text", {class: "soft", x: left - 6, y: sy(t) + 4, "text-anchor": "end"}, yText(t)));
+  }
+  svg.append(draw("line", {class: "axis", x1: left, x2: width - right, y1: height - bottom, y2: height - bottom}),
+    draw("text", {x: (left + width - right) / 2, y: height - 8, "text-anchor": "middle"}, xTitle),
+    draw("text", {x: 14, y: (height - bottom) / 2, "text-anchor": "middle",
+      transform: `rotate(-90 14 ${(height - bottom) / 2})`}, yTitle));
+  return [svg, sx, sy];
+}
+
+const path = (points, sx, sy) => points.map(([x, y], i) => `${i ? "L" : "M"}${sx(x).toFixed(1)} ${sy(y).toFixed(1)}`).join("");
+
+const shorten = (text, letters) => {
+  const all = [...text];
+  return all.length > letters ? all.slice(0, letters - 1).join("") + "…" : text;
+};
+
+// Horizontal rows, each with its label: `mark(row, y, sx)` gives what is drawn in it.
+function rowsChart({rows, labels, domain, xTitle, mark, xText = plain, rowHeight = 24, numbers}) {
+  const width = chartWidth();
+  const longest = Math.max(...labels.map((l) => [...l].length), 4);
+  const left = Math.min(width * 0.38, Math.max(60, longest * 7 + 10)), right = numbers ? 64 : 16;
+  const height = rows.length * rowHeight + 46;
+  const sx = linear(domain, [left, width - right]);
+  const svg = canvas(width, height);
+  for (const t of ticks(domain, width < 420 ? 3 : 5)) {
+    svg.append(draw("line", {class: "grid", x1: sx(t), x2: sx(t), y1: 4, y2: height - 42}),
+      draw("text", {class: "soft", x: sx(t), y: height - 26, "text-anchor": "middle"}, xText(t)));
+  }
+  rows.forEach((row, i) => {
+    const y = 4 + i * rowHeight;
+    svg.append(draw("text", {x: left - 6, y: y + rowHeight / 2 + 4, "text-anchor": "end"},
+      draw("title", null, labels[i]), shorten(labels[i], Math.floor(left / 6.6))));
+    svg.append(...mark(row, y, sx, rowHeight));
+    if (numbers) svg.append(draw("text", {class: "soft", x: width - 4, y: y + rowHeight / 2 + 4, "text-anchor": "end"}, numbers(row)));
+  });
+  svg.append(draw("text", {x: (left + width - right) / 2, y: height - 6, "text-anchor": "middle"}, xTitle));
+  return svg;
+}

@@ -1,0 +1,90 @@
+// A Naive Bayes model: how it came about, how well it does, and what it goes by.
+
+function pathFigure(steps, chosen, byTest) {
+  const rows = steps.map((s) => [s.size, s.added, s.criterion, s.log_likelihood === null ? null : -s.log_likelihood]);
+  const name = byTest ? "Test cases: what a case costs on average" : "Pseudo-BIC";
+  const compared = rows.filter((r) => r[2] !== null);
+  const sameScale = byTest || compared.length === 0;
+  const lines = [[compared.map((r) => [r[0], r[2]]), "k0", name], [rows.filter((r) => r[3] !== null).map((r) => [r[0], r[3]]), "k1", "Training cases: −average log-likelihood"]]
+    .filter(([points], i) => points.length > 0 && (i === 0 || sameScale));
+  const values = lines.flatMap(([points]) => points.map((p) => p[1]));
+  const span = Math.max(...values) - Math.min(...values) || 1;
+  const [svg, sx, sy] = frame({x: [rows[0][0] - 0.3, rows.at(-1)[0] + 0.3], y: [Math.min(...values) - span * 0.06, Math.max(...values) + span * 0.06],
+    xTitle: "Predictors in the model", yTitle: sameScale ? "Cost, the less the better" : "Pseudo-BIC, the less the better", left: 66, xText: (t) => (Number.isInteger(t) ? t : "")});
+  for (const [points, color] of lines) {
+    svg.append(draw("path", {class: `stroke ${color}`, "stroke-width": 2, d: path(points, sx, sy)}),
+      ...points.map(([x, y]) => draw("circle", {class: `fill ${color}`, cx: sx(x), cy: sy(y), r: 3}, draw("title", null, `${plain(x)}: ${plain(y)}`))));
+  }
+  const best = compared.find((r) => r[0] === chosen);
+  if (best) {
+    svg.append(draw("line", {class: "axis", "stroke-dasharray": "5 4", x1: sx(best[0]), x2: sx(best[0]), y1: 12, y2: 254}),
+      draw("circle", {class: "stroke k0", cx: sx(best[0]), cy: sy(best[2]), r: 8, "stroke-width": 2}),
+      draw("text", {x: sx(best[0]) + (best[0] > sx.domain[1] * 0.7 ? -6 : 6), y: 22, "text-anchor": best[0] > sx.domain[1] * 0.7 ? "end" : "start"}, `chosen: ${best[0]}`));
+  }
+  return figure({title: "The path of the selection", svg, above: legend(lines.map(([, , text]) => text)),
+    description: "Each step adds the predictor that helps most; the ringed size is the model.",
+    table: [["Size", "Predictor added", name, "Training: −average log-likelihood"], rows]});
+}
+
+function confusionTable(title, matrix, classes) {
+  const totals = matrix.map(sum), all = sum(totals), right = sum(matrix.map((row, k) => row[k]));
+  const guessing = Math.max(...totals) / all;
+  const body = matrix.map((row, i) => el("tr", null, el("th", {scope: "row"}, said(classes[i])), row.map((value, j) => {
+    const share = totals[i] > 0 ? value / totals[i] : 0;
+    const cell = el("td", {class: "number"}, i === j ? el("strong", null, count(value)) : count(value), el("span", {class: "share"}, percent(share)));
+    cell.style.background = `rgba(var(--heat), ${(0.55 * share).toFixed(3)})`;
+    return cell;
+  }), el("td", {class: "number"}, percent(totals[i] > 0 ? row[i] / totals[i] : null))));
+  return el("section", null,
+    el("div", {class: "caption"}, el("h3", null, title), el("span", {class: "tools"}, saveButton("CSV", title, () => csvText([["observed", ...classes], ...matrix.map((row, i) => [classes[i], ...row])])))),
+    el("p", null, `Right for ${percent(right / all)} of ${count(all)} cases; always guessing the most frequent class would be right for ${percent(guessing)}.`),
+    el("div", {class: "scroll tall", tabindex: "0", role: "group", "aria-label": title},
+      el("table", {class: "heat"}, el("thead", null, el("tr", null, el("th", {scope: "col"}, "Observed \\ predicted"), classes.map((text) => el("th", {scope: "col", class: "number"}, said(text))), el("th", {scope: "col", class: "number"}, "Right"))),
+        el("tbody", null, body))));
+}
+
+function evidenceFigure(model, input, k) {
+  const texts = rowTexts(input), weights = input.counts.map(sum);
+  const rows = texts.map((text, m) => [text, evidence(model, input.factors[m], k), weights[m]]).filter((row) => row[2] > 0).slice(0, 60);
+  const most = Math.max(0.1, ...rows.map((row) => Math.abs(row[1])));
+  const svg = rowsChart({rows, labels: rows.map((row) => row[0]), domain: [-most, most], xTitle: "Weight of evidence", numbers: (row) => count(row[2]), rowHeight: 20,
+    mark: ([, value], y, sx, height) => [draw("rect", {class: `fill ${value >= 0 ? "k0" : "k1"}`, x: sx(Math.min(0, value)), width: Math.abs(sx(value) - sx(0)), y: y + 3, height: height - 6},
+      draw("title", null, plain(value))), draw("line", {class: "axis", x1: sx(0), x2: sx(0), y1: y, y2: y + height})]});
+  return figure({title: nameOf(input), svg, table: [[nameOf(input), "Weight of evidence", "Training cases"], rows]});
+}
+
+// What depends on the class that the reader looks at.
+function classPart(model, figuresOf) {
+  const {target} = model;
+  const content = el("div", {class: "several"});
+  const rarest = target.counts.map((value, k) => [value, k]).filter(([value]) => value > 0).sort((a, b) => a[0] - b[0])[0][1];
+  const show = (k) => content.replaceChildren(...figuresOf(Number(k)));
+  show(rarest);
+  return [el("div", {class: "controls"}, choice("Class", target.categories.map((text, k) => [k, text]), show, rarest)), content];
+}
+
+function modelSection(model) {
+  const {target, curves, confusion} = model;
+  const sample = curves.test ? "test" : curves.training ? "training" : null;
+  const tested = confusion.test !== null;
+  const used = (k) => curves[sample].categories[k];
+  return [
+    facts([["Target", said(nameOf(target))],
+      ["Training cases", `${count(model.cases.valid)}${model.cases.valid === model.cases.valid_weight ? "" : `, weight ${count(model.cases.valid_weight)}`}`],
+      ["Cases left out", count(model.cases.excluded)],
+      ["Predictors", model.inputs.length === 0 ? "none" : model.inputs.map((input, j) => [j > 0 ? ", " : "", said(nameOf(input))])]]),
+    model.path && model.path.steps.length > 0 && model.path.steps.some((s) => s.log_likelihood !== null) ? pathFigure(model.path.steps, model.path.chosen, model.path.by_test_data) : null,
+    el("h3", null, "How well it does"),
+    tested || !confusion.training ? null : el("p", {class: "notice loud"}, "There are no test cases. Everything here is measured on the very cases that the model was made from, and flatters it."),
+    confusion.training || confusion.test ? null : el("p", {class: "notice"}, "This result holds no count of right and wrong predictions."),
+    el("div", {class: "several"},
+      tested ? confusionTable("Test cases: observed and predicted", confusion.test, target.categories) : null,
+      confusion.training ? confusionTable("Training cases: observed and predicted", confusion.training, target.categories) : null),
+    sample === null ? null : [el("h3", null, sample === "test" ? "Probabilities of the test cases" : "Probabilities of the training cases"),
+      classPart(model, (k) => (k < curves[sample].categories.length ? curveFigures(target.categories[k], used(k)) : [el("p", {class: "soft"}, "Curves are kept for the first classes only.")]))],
+    model.inputs.length === 0 ? null : [
+      el("h3", null, "What if"), new WhatIf(model).element,
+      el("h3", null, "What speaks for a class"),
+      el("p", {class: "soft"}, "The logarithm of how many times as likely a value is in the class as in the others: above 0 it speaks for the class, below 0 against it."),
+      classPart(model, (k) => model.inputs.map((input) => evidenceFigure(model, input, k)))]];
+}

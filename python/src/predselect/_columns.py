@@ -1,0 +1,203 @@
+"""Columns as Python has them, encoded for the library: numpy arrays, lists, pandas series.
+
+A float64 array is pointed to; what else has a fixed width and the machine's byte order, too.
+"""
+
+from __future__ import annotations
+
+import datetime
+import decimal
+import numbers
+from dataclasses import dataclass
+from typing import Any
+
+import numpy as np
+
+from ._export import ArrowColumn
+from .errors import DataError
+
+_PLAIN = {"f8": b"g", "f4": b"f", "f2": b"e", "i1": b"c", "i2": b"s", "i4": b"i", "i8": b"l",
+          "u1": b"C", "u2": b"S", "u4": b"I", "u8": b"L"}
+_EPOCH = datetime.date(1970, 1, 1)
+
+
+@dataclass
+class Encoded:
+    """A column for the library, and the level that its own type says it has ("" for none)."""
+
+    column: ArrowColumn
+    level: str = ""
+
+
+def is_missing(value: Any) -> bool:
+    """None, NaN, NaT and pandas' NA."""
+    if value is None:
+        return True
+    if isinstance(value, (float, np.floating)):
+        return bool(value != value)
+    return type(value).__name__ in ("NAType", "NaTType") or (
+        isinstance(value, (np.datetime64, np.timedelta64)) and bool(np.isnat(value))
+    )
+
+
+def encode(name: str, values: Any) -> Encoded:
+    """Encodes one column. Raises DataError, naming it, for what the library has no type for."""
+    try:
+        return _encode(values)
+    except (TypeError, ValueError, OverflowError) as trouble:
+        raise DataError(f'column "{name}": {trouble}') from trouble
+
+
+def _encode(values: Any) -> Encoded:
+    if hasattr(values, "dtype") and hasattr(values, "array"):
+        return _encode_series(values)
+    array = values if isinstance(values, np.ndarray) else _from_sequence(values)
+    if array.ndim != 1:
+        raise TypeError(f"has {array.ndim} dimensions; a column has one")
+    if isinstance(array, np.ma.MaskedArray):
+        return _masked(np.asarray(array.data), np.ma.getmaskarray(array))
+    return Encoded(_from_numpy(array), "nominal" if array.dtype.kind == "b" else "")
+
+
+def _from_sequence(values: Any) -> Any:
+    """A list with its values as they are: numpy would make text of the numbers beside a text."""
+    values = list(values)
+    array = np.empty(len(values), object)
+    for i, value in enumerate(values):
+        array[i] = value
+    return array
+
+
+def _validity(missing: Any) -> Any:
+    return np.packbits(~missing, bitorder="little") if missing.any() else None
+
+
+def _fixed(format: bytes, cells: Any, missing: Any = None) -> ArrowColumn:
+    valid = None if missing is None else _validity(missing)
+    nulls = 0 if valid is None else int(missing.sum())
+    return ArrowColumn(format, len(cells), [valid, cells], nulls)
+
+
+def _from_numpy(array: Any) -> ArrowColumn:
+    kind = array.dtype.kind
+    if kind == "b":
+        return _fixed(b"C", np.ascontiguousarray(array).view(np.uint8))
+    if kind in "fiu":
+        if array.dtype.itemsize > 8:
+            array = array.astype(np.float64)
+        native = array.dtype.newbyteorder("=")
+        cells = np.ascontiguousarray(array, dtype=native)  # copies only where it must
+        return _fixed(_PLAIN[f"{kind}{array.dtype.itemsize}"], cells)
+    if kind in "mM":
+        return _from_times(array)
+    if kind in "UST":
+        return _texts(array.astype(object))
+    if kind == "O":
+        return _from_objects(array)
+    raise TypeError(f"has the type {array.dtype}, which is no column of numbers, texts or times")
+
+
+def _from_times(array: Any) -> ArrowColumn:
+    """Dates and times by their own unit; missing ones are null."""
+    missing = np.isnat(array)
+    unit, count = np.datetime_data(array.dtype)
+    is_date = array.dtype.kind == "M" and unit in ("D", "W", "M", "Y")
+    if is_date:
+        days = array.astype("M8[D]").astype(np.int64)
+        return _fixed(b"tdD", np.where(missing, 0, days).astype(np.int32), missing)
+    if unit not in ("s", "ms", "us", "ns") or count != 1:
+        unit = "s" if array.dtype.kind == "m" else "us"
+        array = array.astype(f"{array.dtype.kind}8[{unit}]")
+    start = b"ts" if array.dtype.kind == "M" else b"tD"
+    format = start + {"s": b"s", "ms": b"m", "us": b"u", "ns": b"n"}[unit]
+    return _fixed(format + (b":" if start == b"ts" else b""), array.view(np.int64).copy(), missing)
+
+
+def _texts(objects: Any) -> ArrowColumn:
+    """Texts, None where there is none; equal ones are encoded once."""
+    codes: dict[Any, int] = {}
+    cells = np.fromiter(
+        (-1 if is_missing(v) else codes.setdefault(v, len(codes)) for v in objects),
+        np.int32,
+        len(objects),
+    )
+    return _dictionary(cells, _text_list(list(codes)))
+
+
+def _text_list(words: list[Any]) -> ArrowColumn:
+    encoded = [(w.decode() if isinstance(w, bytes) else str(w)).encode() for w in words]
+    offsets = np.zeros(len(encoded) + 1, np.int64)
+    np.cumsum([len(word) for word in encoded], out=offsets[1:])
+    return ArrowColumn(b"U", len(encoded), [None, offsets, np.frombuffer(b"".join(encoded) or b"\0",
+                                                                          np.uint8)])
+
+
+def _dictionary(codes: Any, dictionary: ArrowColumn) -> ArrowColumn:
+    codes = np.ascontiguousarray(codes)
+    column = _fixed(_PLAIN[f"i{codes.dtype.itemsize}"], codes, codes < 0)
+    column.dictionary = dictionary
+    return column
+
+
+_WORDS = {str: "texts", bytes: "texts", bool: "booleans", numbers.Number: "numbers",
+          decimal.Decimal: "numbers", datetime.datetime: "times", datetime.date: "dates",
+          datetime.timedelta: "durations"}
+
+
+def _word(value: Any) -> str:
+    for kind, word in _WORDS.items():
+        if isinstance(value, kind):
+            return word
+    return "booleans" if isinstance(value, np.bool_) else f"objects of {type(value).__name__}"
+
+
+def _from_objects(array: Any) -> ArrowColumn:
+    missing = np.fromiter((is_missing(v) for v in array), bool, len(array))
+    words = {_word(v) for v in array[~missing]}
+    if words <= {"texts"}:
+        return _texts(array)
+    if len(words) > 1 and not words <= {"numbers", "booleans"}:
+        raise TypeError(
+            f"mixes {' and '.join(sorted(words))}. Give it one type, such as by .astype(str)"
+        )
+    word = next(iter(words))
+    if words <= {"numbers", "booleans"}:
+        filled = array.copy()
+        filled[missing] = np.nan
+        return _from_numpy(filled.astype(np.float64))
+    if word in ("times", "dates", "durations"):
+        filled = array.copy()
+        filled[missing] = None
+        return _from_times(filled.astype({"times": "M8[us]", "dates": "M8[D]",
+                                          "durations": "m8[us]"}[word]))
+    raise TypeError(f"holds {word}, which is no column of numbers, texts or times")
+
+
+def _masked(cells: Any, missing: Any) -> Encoded:
+    column = _from_numpy(cells)
+    valid = _validity(missing)
+    if valid is not None:
+        column.buffers[0], column.null_count = valid, int(missing.sum())
+    return Encoded(column, "nominal" if cells.dtype.kind == "b" else "")
+
+
+def _encode_series(series: Any) -> Encoded:
+    """A pandas series of any version, by what its own array says."""
+    dtype = series.dtype
+    if isinstance(dtype, np.dtype):
+        return Encoded(_from_numpy(series.to_numpy()), "nominal" if dtype.kind == "b" else "")
+    if hasattr(dtype, "categories") and hasattr(dtype, "ordered"):
+        inner = _encode(np.asarray(dtype.categories)).column
+        if inner.dictionary is not None:  # texts, which are a dictionary already
+            inner = _text_list(list(dtype.categories))
+        return Encoded(_dictionary(series.array.codes, inner),
+                       "ordinal" if dtype.ordered else "nominal")
+    kind = getattr(dtype, "kind", "O")
+    if kind in "fiub":
+        missing = np.asarray(series.isna())
+        cells = series.to_numpy(dtype=getattr(dtype, "numpy_dtype", np.float64),
+                                na_value=np.nan if kind == "f" else 0)
+        return _masked(cells, missing)
+    if kind == "M":
+        return Encoded(_from_times(series.to_numpy(dtype="M8[ns]")))
+    return Encoded(_from_numpy(series.to_numpy(dtype=object)))

@@ -1,0 +1,295 @@
+"""Results: tables, messages, charts and new columns of a run, which show themselves."""
+
+from __future__ import annotations
+
+import ctypes
+import html
+import json
+from collections.abc import Iterator
+from typing import Any
+
+import numpy as np
+
+from . import _library as lib
+from ._charts import Chart, bars
+from ._import import capsule_of, read
+from .errors import category_of, warn
+
+
+class Columns:
+    """Columns with names, as numpy arrays; any data frame library takes them by Arrow."""
+
+    def _stream(self) -> lib.ArrowArrayStream:
+        raise NotImplementedError
+
+    def _read(self) -> dict[str, Any]:
+        if not hasattr(self, "_columns"):
+            self._columns, self.labels, self._metadata = read(self._stream())
+        return self._columns
+
+    @property
+    def columns(self) -> list[str]:
+        """The names, in order."""
+        return list(self._read())
+
+    def __getitem__(self, name: str) -> Any:
+        return self._read()[name]
+
+    def __len__(self) -> int:
+        return len(next(iter(self._read().values()), ()))
+
+    def __iter__(self) -> Iterator[str]:
+        return iter(self._read())
+
+    def rows(self) -> Iterator[dict[str, Any]]:
+        """A dict a row."""
+        names = self.columns
+        for values in zip(*self._read().values()):
+            yield dict(zip(names, values))
+
+    def to_dict(self) -> dict[str, Any]:
+        """The columns by name."""
+        return dict(self._read())
+
+    def __arrow_c_stream__(self, requested_schema: Any = None) -> Any:
+        return capsule_of(self._stream())
+
+    def to_pandas(self) -> Any:
+        """A pandas frame."""
+        import pandas
+
+        return pandas.DataFrame(self._read())
+
+    def to_polars(self) -> Any:
+        """A polars frame."""
+        import polars
+
+        return polars.DataFrame({n: c.tolist() if c.dtype == object else c
+                                 for n, c in self._read().items()})
+
+    def to_arrow(self) -> Any:
+        """A pyarrow table."""
+        import pyarrow
+
+        return pyarrow.RecordBatchReader.from_stream(self).read_all()
+
+
+class ResultTable(Columns):
+    """A table of a result, laid flat: a column for each dimension of its rows, then its own."""
+
+    def __init__(self, result: Result, index: int) -> None:
+        info = lib.TableInfo(struct_size=ctypes.sizeof(lib.TableInfo))
+        result._session.call(
+            "result_table_info", result._handle, ctypes.c_size_t(index), ctypes.byref(info)
+        )
+        self._result, self._index = result, index
+        self.kind: str = info.subtype.decode()
+        self.title: str = info.title.decode()
+        self.command: str = info.command.decode()
+
+    def _stream(self) -> lib.ArrowArrayStream:
+        stream = lib.ArrowArrayStream()
+        self._result._session.call(
+            "result_table", self._result._handle, ctypes.c_size_t(self._index), ctypes.byref(stream)
+        )
+        return stream
+
+    @property
+    def document(self) -> dict[str, Any]:
+        """The table as the JSON document has it, with formats, footnotes and shown texts."""
+        return self._result._tables_of_document[self._index]
+
+    def __repr__(self) -> str:
+        return f"<{self.title}: {len(self)} rows, {', '.join(self.columns)}>"
+
+    def _repr_html_(self) -> str:
+        return _table_html(self.document, self._result.document["strings"])
+
+
+class NewColumns(Columns):
+    """The variables that a run has added to the table, a row a case."""
+
+    def __init__(self, result: Result) -> None:
+        self._result = result
+
+    def _stream(self) -> lib.ArrowArrayStream:
+        stream = lib.ArrowArrayStream()
+        self._result._session.call(
+            "result_new_columns", self._result._handle, ctypes.byref(stream)
+        )
+        return stream
+
+
+class Result:
+    """What a run brought forth: tables by kind, messages, charts, new columns."""
+
+    def __init__(self, session: lib.Session, handle: lib.Handle, held: Any) -> None:
+        self._session, self._handle, self._held = session, handle, held
+        text = ctypes.c_char_p()
+        session.call("result_json", handle, ctypes.byref(text))
+        #: All of it, as the program's JSON document.
+        self.document: dict[str, Any] = json.loads(text.value or b"{}")
+        runs = self.document["runs"]
+        self._tables_of_document = [table for run in runs for table in run["tables"]]
+        #: The tables, in order.
+        self.tables = [ResultTable(self, i) for i in range(len(self._tables_of_document))]
+        #: Messages: dicts with severity, key and text.
+        self.messages: list[dict[str, Any]] = [m for run in runs for m in run["messages"]]
+        #: Charts of the run.
+        self.charts = [Chart(chart["vegalite"]) for run in runs for chart in run["charts"]]
+
+    def __getitem__(self, kind: str) -> ResultTable:
+        for table in self.tables:
+            if kind in (table.kind, table.title):
+                return table
+        raise KeyError(f"{kind}; there are {', '.join(t.kind for t in self.tables) or 'no tables'}")
+
+    def __contains__(self, kind: str) -> bool:
+        return any(kind in (table.kind, table.title) for table in self.tables)
+
+    @property
+    def macros(self) -> dict[str, list[str]]:
+        """What MACROVAR has set: names of variables by the macro's name."""
+        return {n: v for run in self.document["runs"] for n, v in run["macros"].items()}
+
+    @property
+    def new_columns(self) -> NewColumns:
+        """What SAVE, or scoring, has added to the data."""
+        return NewColumns(self)
+
+    def text(self, width: int = 100) -> str:
+        """All of it as a page of so many columns."""
+        page = ctypes.c_char_p()
+        self._session.call(
+            "result_text", self._handle, ctypes.c_size_t(width), ctypes.byref(page)
+        )
+        return (page.value or b"").decode()
+
+    def _warn(self) -> None:
+        for message in self.messages:
+            if message["severity"] == "warning":
+                warn(message["text"], category_of(message["key"]))
+
+    def __str__(self) -> str:
+        return self.text()
+
+    def __repr__(self) -> str:
+        return f"<{type(self).__name__}: {', '.join(t.kind for t in self.tables) or 'no tables'}>"
+
+    def _repr_html_(self) -> str:
+        strings = self.document["strings"]
+        parts = [f"<p><b>{_escape(m['severity'].capitalize())}:</b> {_escape(m['text'])}</p>"
+                 for m in self.messages]
+        parts += [_table_html(table, strings) for table in self._tables_of_document]
+        parts += [chart.svg() for chart in self.charts]
+        return "\n".join(parts)
+
+    def _main(self) -> ResultTable:
+        """The table that the result is about."""
+        if not self.tables:
+            raise ValueError("the run has no table")
+        return self.tables[0]
+
+    def to_pandas(self) -> Any:
+        """The main table as a pandas frame."""
+        return self._main().to_pandas()
+
+    def to_polars(self) -> Any:
+        """The main table as a polars frame."""
+        return self._main().to_polars()
+
+    def __arrow_c_stream__(self, requested_schema: Any = None) -> Any:
+        return self._main().__arrow_c_stream__(requested_schema)
+
+    def plot(self) -> Chart:
+        """The first chart of the run."""
+        if not self.charts:
+            raise ValueError("the run has no chart; ask for one with /PLOT")
+        return self.charts[0]
+
+
+class Ranking(Result):
+    """How each column of the data goes with the target, the best first."""
+
+    def _main(self) -> ResultTable:
+        return self["Ranking"]
+
+    @property
+    def predictors(self) -> list[str]:
+        """The ranked predictors, the best first."""
+        return list(self._main()["Predictor"]) if "Ranking" in self else []
+
+    def plot(self) -> Chart:
+        """The sizes of the effects."""
+        table = self._main()
+        strings = self.document["strings"]
+        points = [(row["Predictor"], abs(row["Effect: Size"]), strings.get(kind, kind))
+                  for row in table.rows()
+                  if (kind := row["Effect: Type"]) and row["Effect: Size"] == row["Effect: Size"]]
+        return bars("Ranking", "Effect size", points)
+
+
+class Model(Result):
+    """A Naive Bayes classifier of few predictors: how it was chosen, and what it is worth.
+
+    ``state`` scores, saves and exports it; it is None where the run ended without a model.
+    """
+
+    state: Any = None
+
+    @property
+    def predictors(self) -> list[str]:
+        """The chosen predictors, in order."""
+        return list(self["ChosenPredictors"]["Predictor"]) if "ChosenPredictors" in self else []
+
+    @property
+    def accuracy(self) -> float:
+        """The share of the test cases (training cases without a test) that are predicted right."""
+        return float(self["Accuracy"]["Percent Correct"][-1]) / 100.0
+
+    def plot(self) -> Chart:
+        """The criterion with each predictor."""
+        table = self["ChosenPredictors"]
+        criterion = next(n for n in table.columns if "Criterion" in n or "BIC" in n)
+        points = [(row["Predictor"], row[criterion], criterion) for row in table.rows()]
+        return bars("Chosen predictors", criterion, points)
+
+
+def _escape(text: str) -> str:
+    return html.escape(text).replace("\n", "<br>")
+
+
+def _heading(path: list[str], strings: dict[str, str]) -> str:
+    return ": ".join(strings.get(part, part) for part in path)
+
+
+def _table_html(table: dict[str, Any], strings: dict[str, str]) -> str:
+    """A pivot table as HTML: a line a row and layer, a column a column."""
+    cells: dict[tuple[str, str], dict[str, Any]] = {}
+    rows: dict[str, None] = {}
+    columns: dict[str, None] = {}
+    for cell in table["cells"]:
+        row = _heading(cell["layer"] + cell["row"], strings)
+        column = _heading(cell["column"], strings)
+        rows[row] = columns[column] = None
+        cells[row, column] = cell
+    title = strings.get(table["title"], table["title"])
+    head = "".join(f"<th>{_escape(column)}</th>" for column in columns)
+    lines = [f"<table><caption><b>{_escape(title)}</b></caption><thead><tr><th></th>{head}</tr></thead>"]
+    for row in rows:
+        line = "".join(_cell_html(cells.get((row, column))) for column in columns)
+        lines.append(f"<tr><th style='text-align:left'>{_escape(row)}</th>{line}</tr>")
+    lines.append("</table>")
+    return "\n".join(lines)
+
+
+def _cell_html(cell: dict[str, Any] | None) -> str:
+    if cell is None:
+        return "<td></td>"
+    align = "right" if isinstance(cell["value"], (int, float)) else "left"
+    return f"<td style='text-align:{align}'>{_escape(cell['text'])}</td>"
+
+
+def numbers_of(table: ResultTable, name: str) -> Any:
+    """A column of numbers; NaN for all rows where the table has no such column."""
+    return table[name] if name in table.columns else np.full(len(table), np.nan)

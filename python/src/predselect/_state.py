@@ -1,0 +1,93 @@
+"""Saved states: rankings and models, in the program's own files."""
+
+from __future__ import annotations
+
+import ctypes
+import os
+import tempfile
+from pathlib import Path
+from typing import TYPE_CHECKING, Any
+
+from . import _library as lib
+from .errors import DataError
+
+if TYPE_CHECKING:
+    from ._results import Result
+
+
+class State:
+    """A ranking or a model that was saved, or is to be.
+
+    ``State.load(path)`` and ``state.save(path)`` read and write the program's files, binary or XML;
+    ``a + b`` is what one run over the data of both would have counted.
+    """
+
+    def __init__(self, content: bytes) -> None:
+        with tempfile.TemporaryDirectory() as folder:
+            path = Path(folder) / "state"
+            path.write_bytes(content)
+            self._open(os.fsencode(path))
+
+    def _open(self, path: bytes) -> None:
+        self._session = lib.Session(1)
+        self._handle = lib.Handle("state")
+        self._session.call("state_load", path, ctypes.byref(self._handle._as_parameter_))
+
+    @classmethod
+    def load(cls, path: str | os.PathLike[str]) -> State:
+        """Reads a file. Raises DataError for one that is damaged or no state."""
+        state = cls.__new__(cls)
+        state._open(os.fsencode(path))
+        return state
+
+    def save(self, path: str | os.PathLike[str]) -> None:
+        """Writes a file, XML where the name ends in ".xml"; whole or not at all."""
+        self._session.call("state_save", self._handle, os.fsencode(path))
+
+    def to_bytes(self) -> bytes:
+        """What a file would hold."""
+        with tempfile.TemporaryDirectory() as folder:
+            path = Path(folder) / "state.bin"
+            self.save(path)
+            return path.read_bytes()
+
+    def merge(self, other: State) -> None:
+        """Adds what the other has counted, as if one run had counted both."""
+        self._session.call("state_merge", self._handle, other._handle)
+
+    def __add__(self, other: State) -> State:
+        merged = State(self.to_bytes())
+        merged.merge(other)
+        return merged
+
+    def to_pmml(self, path: str | os.PathLike[str]) -> None:
+        """Writes a model as PMML for other programs."""
+        self._session.call("state_pmml", self._handle, os.fsencode(path))
+
+    def export(
+        self, path: str | os.PathLike[str], to: str | None = None, table: str = "data"
+    ) -> None:
+        """Writes a model for other programs, which score with it as this one does: "pmml", "onnx",
+        "sql", "c" or "json", by the ending of the path unless ``to`` says it. ``table`` is what
+        the SQL query reads."""
+        said = lib.export_options(format=None if to is None else to.encode(), table=table.encode())
+        self._session.call(
+            "state_export", self._handle, os.fsencode(path), ctypes.byref(said)
+        )
+
+    def inspect(self) -> Result:
+        """What it holds. Counts that are not ranked yet are ranked in a copy."""
+        from ._results import Result
+
+        copy = State(self.to_bytes())
+        handle = lib.Handle("result")
+        copy._session.call("inspect", copy._handle, ctypes.byref(handle._as_parameter_))
+        return Result(copy._session, handle, copy)
+
+    def __getstate__(self) -> dict[str, bytes]:
+        return {"content": self.to_bytes()}
+
+    def __setstate__(self, kept: Any) -> None:
+        if not isinstance(kept, dict) or not isinstance(kept.get("content"), bytes):
+            raise DataError("the pickle does not hold a state; save it anew with this version")
+        self.__init__(kept["content"])  # type: ignore[misc]
