@@ -5,6 +5,7 @@
 #   make build   optimised build in build/release, with tests and benchmarks
 #   make bench   what the hot paths cost
 #   make bench-growth  how times grow with categories, cases, columns and lengths of words
+#   make bench-plot  draw how the engines' times grow: docs/performance.svg
 #   make bench-end  what whole runs cost, in time and memory (OLD=path: beside another build of the program)
 #   make bench-peers  the same jobs done by this build and by other libraries, in one run
 #   make compare OLD=path  every output of this build beside those of another build of the program
@@ -17,10 +18,15 @@
 #   make browser  reports in a real browser: sets up Chromium and its driver, and runs their tests
 #   make models  set up the readers of exported models that the tests run: evaluators, runtimes, databases
 #   make databases  set up drivers of databases, for the tests (PostgreSQL where its server is there)
+#   make wheel   the Python package for every CPython from 3.10, in build/wheels
+#   make check-wheel  install it into clean environments of every CPython found, and run its tests there
+#   make test-python-long  the package's tests of memory and leaks, which take minutes and gigabytes
+#   make docs    the documentation of the Python package, its notebooks run anew, in build/docs
+#   make compare-sklearn  its classifier and selector beside others of scikit-learn, on tables of real data
 #   make tidy    clang-tidy over the sources of program and libraries
 #   make format  clang-format over all sources
 #   make clean   removes everything that was built
-.PHONY: demo test program build bench bench-growth bench-end bench-peers compare check-exact asan tsan fuzz package check-package browser models databases tidy format clean
+.PHONY: demo test program build bench bench-growth bench-plot bench-end bench-peers compare check-exact asan tsan fuzz package check-package browser models databases wheel check-wheel test-python-long docs compare-sklearn tidy format clean
 
 demo: program
 	@scripts/demo
@@ -45,6 +51,9 @@ bench: build
 bench-growth: build
 	for growth in build/release/bin/*_growth; do $$growth; done
 
+bench-plot: build
+	bench/plot_curves.py build/release/bin/engine_curves docs/performance.svg
+
 bench-end: program
 	.venv/bin/python3 bench/end_to_end.py $(OLD) build/release/bin/predselect
 
@@ -52,6 +61,7 @@ bench-peers: build
 	python3 -m venv .venv-peers
 	.venv-peers/bin/python3 -m pip install --quiet -r scripts/requirements-peers.txt
 	.venv-peers/bin/python3 bench/peers.py build/release
+	.venv-peers/bin/python3 bench/sniffers.py
 
 compare: program
 	tests/apps/compare_programs.py $(OLD) build/release/bin/predselect
@@ -109,6 +119,29 @@ fuzz:
 	cmake --build --preset fuzz
 	@scripts/make-corpus
 	@scripts/fuzz
+
+wheel:
+	@scripts/setup --wheel
+	@scripts/make-wheel
+
+check-wheel: wheel program
+	@scripts/check-wheel
+
+test-python-long: build
+	cd python && PREDSELECT_LIBRARY_DIR=../build/release/lib PYTHONPATH=src \
+	  ../.venv-python/bin/python3 -m pytest -m long
+
+docs: program
+	@scripts/setup --docs
+	cmake --build --preset release --target predselectcfiles
+	PREDSELECT_LIBRARY_DIR=$(CURDIR)/build/release/lib PYTHONPATH=$(CURDIR)/python/src \
+	  .venv-docs/bin/sphinx-build -W -q -b html python/docs build/docs
+
+compare-sklearn: build
+	python3 -m venv .venv-compare
+	.venv-compare/bin/python3 -m pip install --quiet -r scripts/requirements-compare.txt
+	PREDSELECT_LIBRARY_DIR=build/release/lib PYTHONPATH=python/src \
+	  .venv-compare/bin/python3 python/compare/compare.py
 
 tidy: program
 	@scripts/setup --dev

@@ -2,69 +2,17 @@
 // with those of the target, with cases and with columns.
 
 #include <algorithm>
-#include <cstddef>
 #include <random>
 #include <vector>
 
 #include "bench/Growth.h"
-#include "common/RecordIterator.h"
+#include "bench/InMemory.h"
 #include "feature/FSFactory.h"
 #include "feature/FSSettings.h"
 
 namespace {
 
-struct Input {
-  std::vector<bool> fCategorical;  // predictors
-  bool fbCatTarget;
-  std::size_t fBlock;                         // cases
-  std::vector<std::vector<double>> fColumns;  // the target comes first
-};
-
-class Blocks : public MCCommon::RecordIterator {
- public:
-  explicit Blocks(const Input& input) : fInput(input) {}
-  bool HasMore() override { return fNext < fInput.fColumns[0].size(); }
-  const MCCommon::Record* NextRecord() override { return nullptr; }  // blocks only
-  FailReason GetFailReason() const override { return HasEnded() ? kNoRecords : kSuccess; }
-  const MCCommon::RecordBlock& NextBlock(std::size_t maxCases) override {
-    const std::size_t left = fInput.fColumns[0].size() - fNext;
-    const std::size_t n = std::min({maxCases, fInput.fBlock, left});
-    fBlock.Reset(fInput.fColumns.size(), n);
-    for (std::size_t j = 0; j < fInput.fColumns.size(); ++j) {
-      fBlock.SetColumn(j, fInput.fColumns[j].data() + fNext);
-    }
-    fNext += n;
-    return fBlock;
-  }
-
- private:
-  bool HasEnded() const { return fNext >= fInput.fColumns[0].size(); }
-
-  const Input& fInput;
-  std::size_t fNext = 0;
-  MCCommon::RecordBlock fBlock;
-};
-
-// So many categories at random, or values for 0 of them.
-std::vector<double> Column(int cases, int categories, unsigned seed) {
-  std::mt19937 random(seed);
-  std::vector<double> column(static_cast<std::size_t>(cases));
-  for (double& value : column) {
-    value = categories > 0 ? random() % static_cast<unsigned>(categories) : random() * 0x1p-32;
-  }
-  return column;
-}
-
-Input Table(int cases, int targetCategories, const std::vector<int>& predictorCategories,
-            std::size_t block) {
-  Input input{{}, targetCategories > 0, block, {Column(cases, targetCategories, 1)}};
-  for (const int categories : predictorCategories) {
-    input.fCategorical.push_back(categories > 0);
-    const auto seed = static_cast<unsigned>(input.fColumns.size()) + 1;
-    input.fColumns.push_back(Column(cases, categories, seed));
-  }
-  return input;
-}
+using InMemory::Blocks, InMemory::Input, InMemory::Table;
 
 // Each case has its own category, in no order.
 Input UniqueIdentifiers(int cases, int targetCategories) {
@@ -95,10 +43,17 @@ int main() {
       [](int n) { return UniqueIdentifiers(n, 3); }, Rank);
   Growth::Show(
       "100,000 cases in blocks of 64, 4 scale and 4 categorical predictors, by target categories",
-      categories, [](int k) { return Table(100000, k, {0, 0, 0, 0, 8, 8, 8, 8}, 64); }, Rank);
+      categories,
+      [](int k) {
+        return Table(100000, k, {0, 0, 0, 0, 8, 8, 8, 8}, 64);
+      },
+      Rank);
   Growth::Show(
       "The same in blocks of 4,096", categories,
-      [](int k) { return Table(100000, k, {0, 0, 0, 0, 8, 8, 8, 8}, 4096); }, Rank);
+      [](int k) {
+        return Table(100000, k, {0, 0, 0, 0, 8, 8, 8, 8}, 4096);
+      },
+      Rank);
   Growth::Show(
       "Identifiers as target (one a case), scale predictor, by cases", many,
       [](int n) {
@@ -120,7 +75,11 @@ int main() {
   Growth::Show(
       "1,000 cases, scale predictors, target of 3 categories, by columns",
       {1250, 2500, 5000, 10000, 20000},
-      [](int k) { return Table(1000, 3, std::vector<int>(static_cast<std::size_t>(k), 0), 64); },
+      [](int k) {
+        const auto columns = static_cast<std::size_t>(k);
+        return Table(1000, 3, std::vector<int>(columns, 0),
+                     MCCommon::RecordBlock::PreferredCases(columns));
+      },
       Rank);
   return 0;
 }

@@ -13,7 +13,7 @@ import sys
 from pathlib import Path
 
 SCRIPTS = ["dom.js", "format.js", "download.js", "chart.js", "tables.js", "shapes.js", "ranking.js",
-           "curves.js", "whatif.js", "model.js", "describe.js", "document.js", "page.js"]
+           "curves.js", "whatif.js", "model.js", "predictions.js", "describe.js", "document.js", "page.js"]
 
 
 def renderer(licences: str) -> str:

@@ -1,5 +1,5 @@
 // Which instructions of the processor the engines' hot loops use. Such loops are compiled once for
-// every set (common/EachInstructionSet.h), and give the same bits in each.
+// every set (common/EachInstructionSet.inc), and give the same bits in each.
 #pragma once
 
 #include <string_view>

@@ -1,5 +1,6 @@
 // Any bytes as a CSV file: the verdict of the inspector, whatever pieces the bytes come in, and the
-// table, in memory, streamed, and once written and read again.
+// table, in memory, streamed, and once written and read again; and the table that the text shows of
+// itself where nobody says how it is written.
 //
 // A tab in the first line makes it the delimiter. Columns that are called as a type are declared.
 #include <unistd.h>
@@ -19,8 +20,10 @@
 #include "common/MissingValue.h"
 #include "fuzz/FuzzCheck.h"
 #include "host/arrow/CsvInspector.h"
+#include "host/arrow/CsvSniffer.h"
 #include "host/arrow/CsvSource.h"
 #include "host/arrow/DataFile.h"
+#include "host/arrow/TextBytes.h"
 #include "host/data/MemoryTable.h"
 #include "host/data/StreamedTable.h"
 #include "host/session/HostIOError.h"
@@ -35,6 +38,7 @@ using MCHost::FieldType;
 using MCHost::HostIOError;
 using MCHost::MemoryTable;
 using MCHost::StreamedTable;
+using MCHost::TextBytes;
 using PredSelectFuzz::Require;
 
 constexpr const char* kName = "t.csv";
@@ -179,6 +183,31 @@ void CheckTable(const std::string& text, const CsvRules& rules, std::int64_t nCa
   }
 }
 
+// What a text shows of itself: the table is the same in each way of reading it.
+void CheckSniffed(const std::string& text) {
+  CsvRules rules;
+  rules.fNullTokens = {"", "NA", "-"};
+  rules.fColumnNulls = {{"number", {"?"}}, {"column1", {"?"}}};
+  TextBytes bytes = TextBytes::Of(kName, text);
+  std::string contents;
+  try {
+    MCHost::SniffCsv(bytes, {}, rules);
+    MemoryTable table(std::make_unique<CsvSource>(bytes, rules));
+    contents = ContentsOf(table);
+  } catch (const HostIOError&) {
+    return;
+  }
+  try {
+    StreamedTable streamed(std::make_unique<CsvSource>(bytes, rules));
+    Require(ContentsOf(streamed) == contents, "streaming what was sniffed changes nothing",
+            contents);
+    MemoryTable started(std::make_unique<CsvSource>(bytes, rules, CsvSource::Look::kStart, 64));
+    Require(ContentsOf(started) == contents, "its start promises nothing else", contents);
+  } catch (const HostIOError& error) {
+    Require(false, "what was sniffed and inspected can be read", error.what());
+  }
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -189,6 +218,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string other = VerdictOf(text, rules, piece);
     Require(other == verdict, "the size of pieces means nothing", verdict + other);
   }
+  if (PredSelectFuzz::IsOneInEight(text)) CheckSniffed(text);
   // A table costs as much as fifty verdicts.
   if (verdict.starts_with(kName) || !PredSelectFuzz::IsOneInEight(text)) return 0;
   CheckTable(text, rules, std::atoll(verdict.c_str()));

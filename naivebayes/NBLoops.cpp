@@ -9,8 +9,8 @@
 
 namespace {
 
-#define INSTRUCTION_SET_LOOPS "naivebayes/NBLoopBodies.h"
-#include "common/EachInstructionSet.h"
+#define INSTRUCTION_SET_LOOPS "naivebayes/NBLoopBodies.inc"
+#include "common/EachInstructionSet.inc"
 #undef INSTRUCTION_SET_LOOPS
 
 }  // namespace

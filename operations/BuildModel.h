@@ -35,8 +35,9 @@ struct ModelSample {
   double fGuessing;   // percent that always guessing the most frequent category would be right for
 };
 
-// Cases of one category that the model takes for another.
+// Cases of one category that the model takes for another, or rightly for itself.
 struct ModelConfusion {
+  std::string fSample;  // "Training", "Test"
   MCHost::OutputText fObserved;
   MCHost::OutputText fPredicted;
   double fCases;    // weighted
@@ -48,6 +49,7 @@ struct ModelSummary {
   std::vector<ModelStep> fSteps;  // of the chosen predictors, in order
   int fNTried = 0;                // steps that were looked at
   std::vector<ModelSample> fSamples;
+  std::vector<ModelConfusion> fMatrix;      // of each sample, what there is of each category
   std::vector<ModelConfusion> fConfusions;  // of the last sample, the most frequent first
   std::vector<LeftOutPredictor> fLeftOut;
 };
@@ -57,10 +59,10 @@ struct ModelSummary {
 std::string ModelCommand(const MCHost::ITable& table, const ModelRequest& request);
 
 // Builds the model after screening, and shows the tables ChosenPredictors, Accuracy and
-// WorstConfusions, flat, in a run "model" of the document, whose data source is the caller's to
-// name. They go to `summary`, too, unless it is null or the operation does not complete. Throws
-// RequestError as ModelCommand does, and what RunCommands throws.
-// REQUIRES: the table was prepared.
+// WorstConfusions, flat, and for programs ConfusionMatrix, in a run "model" of the document, whose
+// data source is the caller's to name. They go to `summary`, too, unless it is null or the
+// operation does not complete. Throws RequestError as ModelCommand does, and what RunCommands
+// throws. REQUIRES: the table was prepared.
 Outcome BuildModel(MCHost::DataTable& table, MCHost::OutputDocument& document,
                    const ModelRequest& request, const Surroundings& surroundings,
                    ModelSummary* summary = nullptr);

@@ -1,6 +1,9 @@
 #include "operations/CommandRun.h"
 
+#include <algorithm>
+#include <cctype>
 #include <cstddef>
+#include <string_view>
 #include <utility>
 
 #include "host/command/KovaVarName.h"
@@ -32,6 +35,60 @@ OutputText LeftOutFor(const OutputText& reason, const std::vector<std::string>& 
       .AddLiteral(std::to_string(names.size() - kMostNames))
       .Add(reason)
       .Finish();
+}
+
+// The names of an EXCEPT line, each alone or in quotes.
+std::vector<std::string> NamesOf(std::string_view line) {
+  std::vector<std::string> names;
+  bool isQuoted = false;
+  bool isOpen = false;
+  for (std::size_t i = 0; i < line.size(); ++i) {
+    const char c = line[i];
+    if (!isQuoted && (c == ' ' || c == '\n')) {
+      isOpen = false;
+      continue;
+    }
+    if (!std::exchange(isOpen, true)) names.emplace_back();
+    const bool isDoubled = isQuoted && c == '"' && line.substr(i + 1).starts_with('"');
+    if (c == '"' && !isDoubled) {
+      isQuoted = !isQuoted;
+    } else {
+      names.back() += c;
+      i += isDoubled ? 1 : 0;
+    }
+  }
+  return names;
+}
+
+std::string ForShell(const std::string& word) {
+  const bool isPlain = std::ranges::all_of(word, [](char c) {
+    return (c & 0x80) != 0 || std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '.';
+  });
+  if (isPlain) return word;
+  std::string quoted = "'";
+  for (const char c : word) quoted += c == '\'' ? "'\\''" : std::string(1, c);
+  return quoted + "'";
+}
+
+// What a command advises, as advice on a verb.
+std::string DetailOfVerb(std::string detail) {
+  constexpr std::string_view kExcept = "/EXCEPT VARIABLES=";
+  const std::string asNumber = MCHost::KeyText("As a number, after WITH...");
+  for (std::size_t at = 0; (at = detail.find(asNumber, at)) != std::string::npos;) {
+    const std::string instead = MCHost::KeyText("As a number, by its level...");
+    detail.replace(at, asNumber.size(), instead);
+    at += instead.size();
+  }
+  const std::size_t line = detail.find(kExcept);
+  if (line == std::string::npos) return detail;
+  std::string options;
+  for (const std::string& name : NamesOf(std::string_view(detail).substr(line + kExcept.size()))) {
+    options += (options.empty() ? "--except " : " --except ") + ForShell(name);
+  }
+  // From the beginning of the line before, which introduces it.
+  const std::size_t heading = detail.rfind('\n', detail.rfind('\n', line) - 1);
+  detail.erase(heading == std::string::npos ? 0 : heading + 1);
+  return detail + MCHost::KeyText("Leave out what is named here: ^1...", {options});
 }
 
 // One of reason and kind of predictor is the heading of the other.
@@ -77,6 +134,7 @@ void CommandRun::AddMessage(MCHost::OutputMessage message) {
   const std::string& key = message.fText.fKey;
   fbWithheld = fbWithheld || key == fWithheld;
   if (key == "No predictors excluded ..." || key == fWithheld) return;
+  message.fDetail = DetailOfVerb(message.fDetail);
   fDocument.AddMessage(std::move(message));
 }
 

@@ -30,7 +30,8 @@ class CommandRun : public MCHost::OutputDocument {
   // Null where the command has shown no such table.
   const MCHost::OutputTable* Find(const std::string& subtype) const;
 
-  // But that nothing was excluded, which nobody has asked for.
+  // But that nothing was excluded, which nobody has asked for; and what is advised about a command
+  // as advice on the operation.
   void AddMessage(MCHost::OutputMessage message) override;
 
  private:

@@ -1,6 +1,9 @@
 #include "operations/Findings.h"
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
+#include <vector>
 
 #include "common/MissingValue.h"
 #include "feature/FSCriterion.h"
@@ -14,10 +17,6 @@ namespace PredSelect {
 
 namespace {
 
-std::string TextOf(const Json& json) {
-  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
-
 // The first criterion that has ranked.
 MCFSCommon::RankCriteria RankingOf(const IFSAlgorithm& component) {
   for (const FSCriterion& criterion : FSCriterion::All()) {
@@ -28,6 +27,10 @@ MCFSCommon::RankCriteria RankingOf(const IFSAlgorithm& component) {
 }
 
 }  // namespace
+
+std::string TextOf(const Json& json) {
+  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
 
 Json JsonNumber(double value) {
   return MCMV::IsMissing(value) || !std::isfinite(value) ? Json(nullptr) : Json(value);
@@ -55,6 +58,21 @@ std::string ValueText(const KOVA_Variable* variable, const std::string& value) {
 std::string FindingsText(const PRSFindings& findings, const MCHost::ITable* table) {
   return TextOf(findings.fpNaive == nullptr ? RankingFindings(findings, table)
                                             : ModelFindings(findings, table));
+}
+
+std::string FindingsByBits(const std::string& findings) {
+  if (findings.empty()) return findings;
+  Json json = Json::parse(findings);
+  std::vector<Json> predictors = json["predictors"];
+  const auto bitsOf = [](const Json& predictor) {
+    return predictor["bits"].is_number() ? predictor["bits"].get<double>() : MCMV::gMissingValue;
+  };
+  std::stable_sort(predictors.begin(), predictors.end(),
+                   [&](const Json& a, const Json& b) { return bitsOf(a) > bitsOf(b); });
+  for (std::size_t i = 0; i < predictors.size(); ++i) predictors[i]["rank"] = i + 1;
+  json["predictors"] = std::move(predictors);
+  json["criterion"] = "Bits";
+  return TextOf(json);
 }
 
 std::string FindingsText(const ComponentFile& state) {

@@ -6,6 +6,7 @@
 
 #include "backend/predselect/PRSFindings.h"
 
+class INBVariable;
 class KOVA_Variable;
 struct StateVariable;
 namespace MCHost {
@@ -25,6 +26,12 @@ const KOVA_Variable* FindVariable(const MCHost::ITable* table, const std::string
 // The label that the variable (null: none) gives a value, else the value as text.
 std::string ValueText(const KOVA_Variable* variable, double value, const std::string& text);
 std::string ValueText(const KOVA_Variable* variable, const std::string& value);
+
+// The categories of a model's variable, as they are shown.
+Json CategoryTexts(const INBVariable& variable, int nCategories, const MCHost::ITable* table);
+
+// As the text of a document.
+std::string TextOf(const Json& json);
 
 Json RankingFindings(const PRSFindings& findings, const MCHost::ITable* table);
 Json ModelFindings(const PRSFindings& findings, const MCHost::ITable* table);

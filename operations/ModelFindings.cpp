@@ -12,8 +12,6 @@
 
 namespace PredSelect {
 
-namespace {
-
 Json CategoryTexts(const INBVariable& variable, int nCategories, const MCHost::ITable* table) {
   const KOVA_Variable* known = FindVariable(table, variable.GetVariableName());
   const bool isNumeric = variable.GetMeasureLevel() == INBVariable::kNumericCategorical;
@@ -25,6 +23,8 @@ Json CategoryTexts(const INBVariable& variable, int nCategories, const MCHost::I
   }
   return texts;
 }
+
+namespace {
 
 // What a number must be to count as missing although it is one.
 Json UserMissing(const INBVariable& variable) {
@@ -153,6 +153,14 @@ Json ModelFindings(const PRSFindings& findings, const MCHost::ITable* table) {
                        {"test", Confusion(model->GetTestOutStats())}};
   json["path"] =
       findings.fpSelection == nullptr ? Json(nullptr) : Path(findings, model->GetVarList());
+  json["excluded"] = Json::array();
+  for (const PRSLeftOut& predictor : findings.fLeftOut) {
+    json["excluded"].push_back({{"name", predictor.fName},
+                                {"label", predictor.fLabel},
+                                {"scale", !predictor.fbCategorical},
+                                {"reason", predictor.fReason},
+                                {"threshold", JsonNumber(predictor.fThreshold)}});
+  }
   json["curves"] = Json::object();
   if (findings.fpTraining != nullptr) json["curves"]["training"] = Curves(*findings.fpTraining);
   if (findings.fpTest != nullptr) json["curves"]["test"] = Curves(*findings.fpTest);

@@ -78,22 +78,18 @@ class Confusions {
             cases > 0.0 ? 100.0 * most / cases : MCMV::gMissingValue};
   }
 
-  // Of equally frequent ones the first of the table.
-  std::vector<ModelConfusion> Worst(int sample) const {
+  std::vector<ModelConfusion> Matrix(int sample) const {
+    const std::string name = MCHost::TextId(fReader.LabelOf(kLayers, sample));
     std::vector<ModelConfusion> found;
-    for (std::size_t i = 0; i < fObserved.size(); ++i) {
-      const double total = Total(fObserved[i], sample);
-      for (std::size_t j = 0; j < fPredicted.size(); ++j) {
-        const double cases = fReader.Number({fObserved[i], fPredicted[j], sample});
-        if (i == j || !(cases > 0.0)) continue;
-        found.push_back({fReader.LabelOf(kRows, fObserved[i]),
-                         fReader.LabelOf(kColumns, fPredicted[j]), cases, 100.0 * cases / total});
+    for (const int row : fObserved) {
+      const double total = Total(row, sample);
+      for (const int column : fPredicted) {
+        const double cases = fReader.Number({row, column, sample});
+        if (!(cases > 0.0)) continue;
+        found.push_back({name, fReader.LabelOf(kRows, row), fReader.LabelOf(kColumns, column),
+                         cases, 100.0 * cases / total});
       }
     }
-    std::stable_sort(found.begin(), found.end(),
-                     [](const ModelConfusion& left, const ModelConfusion& right) {
-                       return left.fCases > right.fCases;
-                     });
     return found;
   }
 
@@ -111,6 +107,18 @@ class Confusions {
   std::vector<int> fPredicted;
 };
 
+// Of equally frequent ones the first of the matrix.
+std::vector<ModelConfusion> Worst(std::vector<ModelConfusion> matrix) {
+  std::erase_if(matrix, [](const ModelConfusion& cell) {
+    return cell.fObserved.fKey == cell.fPredicted.fKey;
+  });
+  std::stable_sort(matrix.begin(), matrix.end(),
+                   [](const ModelConfusion& left, const ModelConfusion& right) {
+                     return left.fCases > right.fCases;
+                   });
+  return matrix;
+}
+
 }  // namespace
 
 ModelSummary ReadModelSummary(const CommandRun& run) {
@@ -120,7 +128,9 @@ ModelSummary ReadModelSummary(const CommandRun& run) {
     const Confusions confusions(*classification);
     for (const int sample : confusions.Samples()) {
       summary.fSamples.push_back(confusions.Sample(sample));
-      summary.fConfusions = confusions.Worst(sample);
+      const std::vector<ModelConfusion> matrix = confusions.Matrix(sample);
+      summary.fMatrix.insert(summary.fMatrix.end(), matrix.begin(), matrix.end());
+      summary.fConfusions = Worst(matrix);
     }
   }
   summary.fLeftOut = LeftOutPredictors(run);

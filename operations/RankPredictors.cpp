@@ -16,6 +16,7 @@
 #include "host/output/pivot/BpString.h"
 #include "host/session/Session.h"
 #include "host/session/SessionScope.h"
+#include "operations/Findings.h"
 #include "operations/TableReader.h"
 
 namespace PredSelect {
@@ -231,7 +232,11 @@ Outcome RankPredictors(MCHost::DataTable& table, MCHost::OutputDocument& documen
     found.fPredictors = EffectRows(*effects).Read();
   }
   found.fLeftOut = LeftOutPredictors(run);
-  if (request.fBy == RankBy::kBits) RankByBits(found.fPredictors);
+  if (request.fBy == RankBy::kBits) {
+    RankByBits(found.fPredictors);
+    std::string& findings = document.CurrentRun().fFindings;
+    findings = FindingsByBits(findings);
+  }
   MCHost::Session session(table, document);
   const MCHost::SessionScope scope(session);
   ShowRanking(found, request);

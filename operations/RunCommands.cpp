@@ -50,6 +50,11 @@ class RunSession : public MCHost::Session {
   void ReportFile(const std::string& path) override {
     fDocument.CurrentRun().fFiles.push_back(path);
   }
+  bool BeginsWork(const MCHost::CommandPlan& plan) override {
+    if (fRequest.fpPlans == nullptr) return true;
+    fRequest.fpPlans->push_back(plan);
+    return false;
+  }
   void ReportLostFile() override { fbFileLost = true; }
   bool WantsFindings() const override { return fDocument.fbFindings; }
   void TakeFindings(const PRSFindings& findings) override {
@@ -137,7 +142,8 @@ Outcome RunCommands(DataTable& table, MCHost::OutputDocument& document, const Ru
   RunSession session(table, document, request, surroundings);
   CheckModelComes(commands.back(), session);
   std::optional<MCHost::NewFolder> results;
-  if (!request.fResultsFolder.empty()) results.emplace(request.fResultsFolder);
+  const bool isDone = request.fpPlans == nullptr;
+  if (isDone && !request.fResultsFolder.empty()) results.emplace(request.fResultsFolder);
   Outcome outcome = Outcome::kCompleted;
   for (const MCHost::CommandText& command : commands) {
     if (session.IsCancelled()) break;
@@ -146,7 +152,7 @@ Outcome RunCommands(DataTable& table, MCHost::OutputDocument& document, const Ru
     if (outcome != Outcome::kCommandError && one != Outcome::kCompleted) outcome = one;
   }
   if (session.IsCancelled()) return Outcome::kCancelled;
-  const bool isIdle = request.fMemory > 0.0 && !session.fbMemoryTaken;
+  const bool isIdle = isDone && request.fMemory > 0.0 && !session.fbMemoryTaken;
   if (outcome == Outcome::kCompleted && isIdle) ReportIdleMemory(session);
   return outcome;
 }

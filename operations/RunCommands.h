@@ -3,7 +3,9 @@
 
 #include <functional>
 #include <string>
+#include <vector>
 
+#include "host/session/ISession.h"
 #include "operations/ModelFile.h"
 #include "operations/Surroundings.h"
 
@@ -26,6 +28,8 @@ struct RunRequest {
   // Kilobytes of memory for the cases of a command that needs it and states none; 0: the command's
   // own default. A warning says so where no command takes it. See AutomaticMemory.
   double fMemory = 0.0;
+  // Receives what each command would do that was understood, and then none is done.
+  std::vector<MCHost::CommandPlan>* fpPlans = nullptr;
   // The model of the last command, as a file for other programs; no file: not wanted.
   ExportRequest fExport{};
 };

@@ -24,6 +24,7 @@
 #include "operations/ModelCases.h"
 #include "operations/ModelCategories.h"
 #include "operations/RequestError.h"
+#include "operations/ScoreFindings.h"
 #include "operations/ScoringDrift.h"
 
 namespace PredSelect {
@@ -104,7 +105,8 @@ void Report(const Surroundings& surroundings, std::size_t cases) {
 
 // False when the user stopped it.
 bool Score(const INBAlgorithm& model, ProcedureDataSource& source, const Surroundings& surroundings,
-           Predictions& predictions, ModelCases& cases, DriftCounter& drift) {
+           Predictions& predictions, ModelCases& cases, DriftCounter& drift,
+           ScoreFindings* findings) {
   const KOVA_Variable& predicted = source.GetVariable(predictions.fPredicted);
   predictions.fWriter.emplace(predictions.fPredicted, predictions.fCategories, predicted.GetType(),
                               predictions.fProbabilities);
@@ -122,6 +124,7 @@ bool Score(const INBAlgorithm& model, ProcedureDataSource& source, const Surroun
     predictions.fWriter->Store(*cases.Stream().GetProcDS(), cases.Stream().GetBlockPlaces(),
                                scored.GetWinners(), scored.GetProbabilities());
     drift.Count(block, scored);
+    if (findings != nullptr) findings->Count(scored);
     done += block.Cases();
     Report(surroundings, done);
     predictions.fNScored +=
@@ -169,7 +172,12 @@ Outcome ScoreTable(DataTable& table, const INBAlgorithm& model, MCHost::OutputDo
   AddPredicted(source, request.fPredicted, target, predictions);
   AddProbabilities(source, request.fProbabilities, target, predictions);
   DriftCounter counter(model);
-  if (!Score(model, source, surroundings, predictions, cases, counter)) return Outcome::kCancelled;
+  ScoreFindings findings(target);
+  if (!Score(model, source, surroundings, predictions, cases, counter,
+             document.fbFindings ? &findings : nullptr)) {
+    return Outcome::kCancelled;
+  }
+  if (document.fbFindings) run.fFindings = findings.Text();
   RecordNewVariables(table, before, run);
   ShowCounts(table, predictions, counter.Drift());
   ShowDrift(counter.Drift());

@@ -1,8 +1,10 @@
 #include <algorithm>
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "host/output/ShowText.h"
 #include "host/output/pivot/BpComposite.h"
 #include "host/output/pivot/BpNumber.h"
 #include "host/output/pivot/BpPivotTable.h"
@@ -99,12 +101,49 @@ void ShowConfusions(const ModelSummary& summary) {
   table.Show();
 }
 
+// The categories of a dimension, each once.
+class Categories {
+ public:
+  explicit Categories(BpDimension dimension) : fDimension(dimension) {}
+
+  BpCategory Of(const OutputText& label) {
+    const auto found = fPlaces.find(MCHost::TextId(label));
+    if (found != fPlaces.end()) return found->second;
+    return fPlaces.emplace(MCHost::TextId(label), fDimension.AddCategory(label)).first->second;
+  }
+
+ private:
+  BpDimension fDimension;
+  std::map<std::string, BpCategory> fPlaces;
+};
+
+void ShowMatrix(const ModelSummary& summary) {
+  BpPivotTable table("Confusion Matrix", "ConfusionMatrix");
+  table.ForPrograms();
+  Categories samples(table.RowDimension("Sample"));
+  Categories observed(table.RowDimension("Observed"));
+  Categories predicted(table.RowDimension("Predicted"));
+  BpDimension columns = table.ColumnDimension("Statistics");
+  const BpCategory cases = columns.AddCategory(BpString("Cases"), BpProcedure::Count());
+  const BpCategory percent =
+      columns.AddCategory(BpString("Percent of Category"), BpProcedure::Percent());
+  for (const ModelConfusion& cell : summary.fMatrix) {
+    const BpCategory sample = samples.Of(BpString(cell.fSample));
+    const BpCategory from = observed.Of(cell.fObserved);
+    const BpCategory to = predicted.Of(cell.fPredicted);
+    table.SetCell({sample, from, to, cases}, cell.fCases);
+    table.SetCell({sample, from, to, percent}, cell.fPercent);
+  }
+  table.Show();
+}
+
 }  // namespace
 
 void ShowModelSummary(const ModelSummary& summary) {
   if (summary.fNTried > 0 || !summary.fLeftOut.empty()) ShowSteps(summary);
   if (!summary.fSamples.empty()) ShowAccuracy(summary);
   if (!summary.fConfusions.empty()) ShowConfusions(summary);
+  if (!summary.fMatrix.empty()) ShowMatrix(summary);
 }
 
 }  // namespace PredSelect

@@ -21,8 +21,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-constexpr int kNoRenderer = 3;  // an exit code of the drawing script
-
 int Draw(const Json& charts) {
   const char* named = std::getenv("PREDSELECT_PYTHON");
   const std::string python = named != nullptr && *named != '\0' ? named : "python3";

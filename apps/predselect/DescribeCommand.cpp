@@ -22,8 +22,8 @@ int DescribeData(const Options& options) {
   std::set<std::string> notes;
   ShowNotes(*table, options.fResult, notes);
   LiveOutput document(options.fResult, progress, options.fData.fFile);
-  const PredSelect::Outcome outcome =
-      PredSelect::DescribeTable(*table, document, ProgramSurroundings(options, progress));
+  const PredSelect::Outcome outcome = PredSelect::DescribeTable(
+      *table, document, ProgramSurroundings(options, progress), options.fDescribe);
   progress.Clear();
   if (outcome == PredSelect::Outcome::kCompleted) WriteDocument(document, options.fResult);
   return ExitCodeOf(outcome);

@@ -36,7 +36,7 @@ constexpr const char* kRankExamples = R"(Examples:
 
 constexpr const char* kModelExamples = R"(Examples:
   predselect model penguins.csv species
-  predselect model old.csv churn --test 0.2 --predictors 5 --save-model model.bin
+  predselect model old.csv churn --predictors 5 --save-model model.bin
   predselect model old.csv churn --except id --pmml model.xml)";
 
 constexpr const char* kDescribeExamples = R"(Examples:
@@ -46,8 +46,10 @@ constexpr const char* kDescribeExamples = R"(Examples:
 constexpr const char* kScoreExamples = R"(Examples:
   predselect model old.csv churn --save-model model.bin
   predselect score --model model.bin new.csv --save-data predicted.csv
-  predselect score --model model.bin new.csv --save-data keyed.csv --only-new --id id
-  predselect score --model model.bin new.csv --save-data out.csv --drift drift.csv)";
+  predselect score --model model.bin new.csv --save-data keyed.csv \
+    --only-new --id id
+  predselect score --model model.bin new.csv --save-data out.csv \
+    --drift drift.csv)";
 
 constexpr const char* kRunExamples = R"(Examples:
   predselect run penguins.csv -c "SELECTPRED species"

@@ -5,6 +5,7 @@
 
 #include "apps/predselect/ChartFiles.h"
 #include "apps/predselect/Options.h"
+#include "apps/predselect/Terminal.h"
 #include "apps/predselect/UsageError.h"
 #include "host/arrow/DataFile.h"
 #include "host/session/OutputFile.h"
@@ -31,7 +32,10 @@ std::vector<FileUse> FilesOf(const Options& options) {
   for (const std::string& file : MCHost::FilesOfData(options.fData.fFile)) {
     files.insert(files.begin(), {file, "--data", "the data", false});
   }
-  std::erase_if(files, [](const FileUse& file) { return file.fPath.empty(); });
+  std::erase_if(files, [](const FileUse& file) {
+    return file.fPath.empty() ||
+           (file.fbWritten && file.fPath == MCHost::OutputFile::kStandardOutput);
+  });
   return files;
 }
 
@@ -67,7 +71,9 @@ void CheckTable(const std::string& option, const std::string& path, const SaveOp
 
 void CheckOutputs(const Options& options) {
   const ResultOptions& result = options.fResult;
-  if (result.fFormat == OutputFormat::kColumns) MCHost::CheckDataFile(result.fFile);
+  if (ShowsBytes(result)) {
+    throw UsageError("--format: a terminal does not show this format; -o FILE writes it.");
+  }
   if (!result.fFile.empty()) MCHost::OutputFile::Check(result.fFile);
   if (!options.fModel.fPmml.empty()) MCHost::OutputFile::Check(options.fModel.fPmml);
   CheckTable("--save-data", options.fSave.fFile, options.fSave);

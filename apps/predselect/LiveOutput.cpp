@@ -13,7 +13,7 @@
 namespace PredSelectApp {
 
 bool LiveOutput::WantsFindings(const ResultOptions& options) {
-  return options.fFormat == OutputFormat::kHtml;
+  return options.fFormat == MCHost::FileFormat::kHtml;
 }
 
 void LiveOutput::AddMessage(MCHost::OutputMessage message) {

@@ -46,7 +46,7 @@ int ModelData(const Options& options) {
   Options others = options;
   others.fModel.fPmml.clear();
   request.fRun.fUseOf = [&others](const std::string& path) { return UseOf(path, others); };
-  request.fRun.fMemory = PredSelect::AutomaticMemory();
+  request.fRun.fMemory = options.fMemory > 0.0 ? options.fMemory : PredSelect::AutomaticMemory();
   LiveOutput document(options.fResult, progress, options.fData.fFile);
   const PredSelect::Outcome outcome =
       PredSelect::BuildModel(*table, document, request, ProgramSurroundings(options, progress));

@@ -1,5 +1,6 @@
 #include "apps/predselect/OpenTable.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <new>
@@ -15,7 +16,10 @@
 #include "host/data/DataTable.h"
 #include "host/data/MeasurementLevels.h"
 #include "host/data/ReadingScope.h"
+#include "host/session/HostFunctions.h"
 #include "host/session/HostIOError.h"
+#include "operations/NoVariable.h"
+#include "operations/RequestError.h"
 #include "operations/TableOptions.h"
 
 namespace PredSelectApp {
@@ -41,13 +45,30 @@ MCHost::TableStorage StorageOf(const DataOptions& options) {
   return options.fbOnce ? MCHost::TableStorage::kOnce : MCHost::TableStorage::kMemory;
 }
 
+// Before the cells are read, which may take long.
+void CheckNames(const DataOptions& options, const std::vector<std::string>& columns) {
+  for (const auto& [option, name] : options.fNames) {
+    // Those beyond ASCII may differ in case, and are looked for later.
+    const auto isMeant = [&name](const std::string& column) {
+      return AreStringsEqualCase(column, name);
+    };
+    const bool isAscii = std::ranges::all_of(name, [](char c) { return c > 0; });
+    if (!isAscii) continue;
+    if (std::ranges::any_of(columns, isMeant)) continue;
+    const std::string text = PredSelect::NoVariable(columns, name);
+    throw option.empty() ? PredSelect::RequestError(text) : PredSelect::RequestError(option, text);
+  }
+}
+
 std::unique_ptr<DataTable> OpenFile(const DataOptions& options, const MCHost::DataFileOptions& said,
                                     ProgressLine& progress) {
   const std::string reading = "Reading " + options.fFile;
   progress.Show(reading);
-  const MCHost::ReadingScope scope([&](std::int64_t cells) {
-    progress.Show(reading + ": " + std::to_string(cells / 1'000'000) + " million cells");
-  });
+  const MCHost::ReadingScope scope(
+      [&options](const std::vector<std::string>& names) { CheckNames(options, names); },
+      [&](std::int64_t cells) {
+        progress.Show(reading + ": " + std::to_string(cells / 1'000'000) + " million cells");
+      });
   try {
     return MCHost::OpenDataFile(options.fFile, said, StorageOf(options));
   } catch (const std::bad_alloc&) {

@@ -1,6 +1,7 @@
 #include "apps/predselect/Options.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
 #include <functional>
 #include <limits>
@@ -28,6 +29,8 @@ namespace PredSelectApp {
 
 namespace {
 
+using MCHost::FileFormat;
+
 constexpr int kPageRows = 20;  // of a ranking, unless more are asked for
 
 // The groups of options in the pages of help.
@@ -42,6 +45,13 @@ constexpr const char* kHelpVerbs = "Help";
 
 // What is added to the command from here on stands in that group.
 void InGroup(CLI::App& command, const char* group) { command.option_defaults()->group(group); }
+
+constexpr const char* kRunTables =
+    "PredictorSummary (default of SELECTPRED), PredictorEffects, SubsetSummary (default of "
+    "NAIVEBAYES), Classification, SelectedPredictors, ExcludedPredictors, CaseProcessingSummary";
+
+constexpr const char* kInspectTables =
+    "Ranking or SubsetSummary (default), Component, Variables, TargetCategories";
 
 void AddReadingOptions(CLI::App& command, MCHost::ReadingOptions& reading) {
   for (const MCHost::ReadingOption& option : MCHost::AllReadingOptions()) {
@@ -119,43 +129,41 @@ void AddChoice(CLI::App& command, const std::string& name, Value& value,
   command.add_option_function<std::string>(name, take, help)->type_name(words);
 }
 
-void AddFormat(CLI::App& command, ResultOptions& result) {
+// Of every result: the page, the report, the document, or the records of a table. `tables`: their
+// subtypes, the main one first.
+void AddFormat(CLI::App& command, ResultOptions& result, const std::string& tables) {
   InGroup(command, kResultsGroup);
-  AddChoice<OutputFormat>(
-      command, "--format", result.fFormat,
-      {{"text", OutputFormat::kText}, {"json", OutputFormat::kJson}, {"html", OutputFormat::kHtml}},
-      "Tables to read (default), a document for programs, or a report to look "
-      "at in a browser");
-}
-
-// Of a command whose result is one flat table.
-void AddFlatFormat(CLI::App& command, ResultOptions& result) {
-  InGroup(command, kResultsGroup);
-  AddChoice<OutputFormat>(
-      command, "--format", result.fFormat,
-      {{"text", OutputFormat::kText},
-       {"json", OutputFormat::kJson},
-       {"csv", OutputFormat::kCsv},
-       {"tsv", OutputFormat::kTsv},
-       {"jsonl", OutputFormat::kJsonLines},
-       {"markdown", OutputFormat::kMarkdown},
-       {"html", OutputFormat::kHtml}},
-      "A page to read (default), a document for programs, the table alone, a record a line, or a "
-      "report to look at in a browser; without it the extension of --output decides: .json, .csv, "
-      ".tsv, .jsonl, .md, .html, .parquet, .arrow, .feather");
-}
-
-OutputFormat FormatOf(const std::string& path) {
-  constexpr std::pair<const char*, OutputFormat> kEndings[] = {
-      {".json", OutputFormat::kJson},       {".csv", OutputFormat::kCsv},
-      {".tsv", OutputFormat::kTsv},         {".jsonl", OutputFormat::kJsonLines},
-      {".md", OutputFormat::kMarkdown},     {".html", OutputFormat::kHtml},
-      {".parquet", OutputFormat::kColumns}, {".arrow", OutputFormat::kColumns},
-      {".feather", OutputFormat::kColumns}};
-  for (const auto& [ending, format] : kEndings) {
-    if (path.ends_with(ending)) return format;
+  std::vector<std::pair<std::string, FileFormat>> words;
+  for (const MCHost::FileFormatNames& format : MCHost::FileFormats()) {
+    if (format.fbResult) words.emplace_back(format.fWord, format.fFormat);
   }
-  return OutputFormat::kText;
+  AddChoice<FileFormat>(
+      command, "--format", result.fFormat, words,
+      "A page to read (default), a report to look at in a browser (html), a document for programs "
+      "(json), or the records of one table; without it the extension of --output decides: " +
+          MCHost::EndingsOf(&MCHost::FileFormatNames::fbResult));
+  command
+      .add_option("--table", result.fTable,
+                  "The table whose records are written, by its name in docs/output.md: " + tables)
+      ->type_name("NAME");
+}
+
+bool HasRecords(FileFormat format) {
+  return format != FileFormat::kText && format != FileFormat::kJson && format != FileFormat::kHtml;
+}
+
+// What --format is without a word.
+void CompleteFormat(const CLI::App& command, ResultOptions& result) {
+  if (command.count("--format") == 0) {
+    const std::optional<FileFormat> format = MCHost::FormatOfPath(result.fFile);
+    const bool isKnown = format && MCHost::NamesOf(*format).fbResult;
+    result.fFormat = isKnown ? *format : FileFormat::kText;
+  }
+  if (!result.fTable.empty() && !HasRecords(result.fFormat)) {
+    throw CLI::ValidationError("--table",
+                               "a page, a report and a JSON document have all tables; say csv, "
+                               "or another format of one table, with --format");
+  }
 }
 
 void AddResultOptions(CLI::App& command, ResultOptions& result) {
@@ -194,7 +202,7 @@ std::string IsShare(const std::string& text) {
   return isShare ? "" : "\"" + text + "\" is not a share from 0 to 0.99, such as 0.3";
 }
 
-void AddMemory(CLI::App& command, double& memory) {
+void AddMemory(CLI::App& command, const std::string& of, double& memory) {
   InGroup(command, kWorkGroup);
   const auto take = [&memory](const std::string& text) {
     const std::optional<double> size = ParseMemorySize(text);
@@ -209,8 +217,8 @@ void AddMemory(CLI::App& command, double& memory) {
   command
       .add_option_function<std::string>(
           "--memory", take,
-          "Memory for the cases of a NAIVEBAYES command that states no MEMALLOCATE: 512M, 2G, 4096 "
-          "(kilobytes), or auto for half of what is free (default: 1024)")
+          "Memory for the cases" + of +
+              ": 512M, 2G, 4096 (kilobytes), or auto for half of what is free")
       ->type_name("SIZE");
 }
 
@@ -289,6 +297,13 @@ void AddTarget(CLI::App& command, Options& options, std::string& target,
                    "Show the command that this stands for instead of running it");
 }
 
+void AddDryRun(CLI::App& command, Options& options) {
+  InGroup(command, kWorkGroup);
+  command.add_flag("--dry-run", options.fbDryRun,
+                   "Say what would be read, used and written, and what is wrong with it; write "
+                   "nothing");
+}
+
 void AddProgress(CLI::App& command, ResultOptions& result) {
   InGroup(command, kWorkGroup);
   command.add_flag_callback(
@@ -317,9 +332,10 @@ CLI::App* AddRank(CLI::App& app, Options& options) {
       ->check(WholeNumber(0))
       ->type_name("N");
   AddThreads(*rank, options.fThreads);
-  AddFlatFormat(*rank, options.fResult);
+  AddFormat(*rank, options.fResult, "Ranking");
   AddResultOptions(*rank, options.fResult);
   AddProgress(*rank, options.fResult);
+  AddDryRun(*rank, options);
   rank->footer(kRankExamples)->group(kShortVerbs);
   return rank;
 }
@@ -334,14 +350,6 @@ std::string IsStateName(const std::string& name) {
     if (name.size() > 4 && name.ends_with(ending)) return "";
   }
   return "\"" + name + "\": a state file is named .bin or .xml";
-}
-
-// What depends on several options, where they do not say it themselves.
-void CompleteRank(const CLI::App& rank, Options& options) {
-  OutputFormat& format = options.fResult.fFormat;
-  const bool isCommand = options.fbShowCommand;
-  if (rank.count("--format") == 0 && !isCommand) format = FormatOf(options.fResult.fFile);
-  if (rank.count("--top") == 0 && format == OutputFormat::kText) options.fRank.fTop = kPageRows;
 }
 
 // The model of a run.
@@ -376,7 +384,8 @@ CLI::App* AddModel(CLI::App& app, Options& options) {
                    "At most so many (default: as many as serve the model)")
       ->check(WholeNumber(1))
       ->type_name("N");
-  AddFormat(*model, options.fResult);
+  AddFormat(*model, options.fResult,
+            "ChosenPredictors (default), Accuracy, ConfusionMatrix, WorstConfusions");
   AddResultOptions(*model, options.fResult);
   AddSaveOptions(*model, "predictions", options.fSave);
   model
@@ -386,8 +395,10 @@ CLI::App* AddModel(CLI::App& app, Options& options) {
       ->check(IsStateName);
   AddExportFile(*model, options);
   model->add_option("--pmml", options.fModel.fPmml, "Write the model as PMML")->type_name("FILE");
+  AddMemory(*model, " that train the model (default: auto)", options.fMemory);
   AddThreads(*model, options.fThreads);
   AddProgress(*model, options.fResult);
+  AddDryRun(*model, options);
   model->footer(kModelExamples)->group(kShortVerbs);
   return model;
 }
@@ -396,17 +407,30 @@ CLI::App* AddInspect(CLI::App& app, Options& options) {
   CLI::App* inspect = app.add_subcommand(
       "inspect", "Show what a state file holds: component, variables, counts, ranking or model");
   AddState(*inspect, "STATE", options, false);
-  AddFormat(*inspect, options.fResult);
+  AddFormat(*inspect, options.fResult, kInspectTables);
   AddResultOptions(*inspect, options.fResult);
   inspect->footer(kInspectExamples)->group(kLanguage);
   return inspect;
+}
+
+// Without a file for the table the table is the result, in a format of data.
+void CompleteScore(const CLI::App& score, Options& options) {
+  if (!options.fSave.fFile.empty()) return;
+  ResultOptions& result = options.fResult;
+  const bool isSaid = score.count("--format") > 0 || MCHost::FormatOfPath(result.fFile);
+  if (!isSaid) result.fFormat = FileFormat::kCsv;
+  if (MCHost::NamesOf(result.fFormat).fbWritten) return;
+  throw CLI::ValidationError("--format",
+                             "predictions are written as csv, tsv, parquet or arrow; a "
+                             "page or document of what was scored takes --save-data FILE for them");
 }
 
 CLI::App* AddScore(CLI::App& app, Options& options) {
   CLI::App* score = app.add_subcommand("score", "Predict new data with a saved Naive Bayes model");
   AddState(*score, "--model", options, false);
   AddDataOptions(*score, options.fData);
-  AddSaveOptions(*score, "predictions", options.fSave)->required();
+  CLI::Option* saved = AddSaveOptions(*score, "predictions", options.fSave);
+  for (const char* own : {"--only-new", "--force"}) score->get_option(own)->remove_needs(saved);
   score->add_option("--predicted", options.fPredicted, "Name of the predicted value")
       ->type_name("NAME")
       ->capture_default_str();
@@ -421,8 +445,9 @@ CLI::App* AddScore(CLI::App& app, Options& options) {
                    "predictor: .csv, .tsv, .parquet or .feather")
       ->type_name("FILE");
   AddThreads(*score, options.fThreads);
-  AddFormat(*score, options.fResult);
+  AddFormat(*score, options.fResult, "Scoring (default), ScoringDrift");
   AddResultOptions(*score, options.fResult);
+  AddDryRun(*score, options);
   score->footer(kScoreExamples)->group(kShortVerbs);
   return score;
 }
@@ -464,6 +489,22 @@ CLI::App* AddExport(CLI::App& app, Options& options) {
   return command;
 }
 
+// From the last to the first. The columns of --id come last of all: where they end with the words
+// that are still wanted for others, they leave them to these.
+std::vector<std::string> ArgumentsOf(int argc, char** argv) {
+  std::vector<std::string> others;
+  std::vector<std::string> keys;
+  bool isKey = false;
+  for (int i = 1; i < argc; ++i) {
+    const std::string word = argv[i];
+    if (word.starts_with("-")) isKey = word == "--id";
+    (isKey ? keys : others).push_back(word);
+  }
+  others.insert(others.end(), keys.begin(), keys.end());
+  std::reverse(others.begin(), others.end());
+  return others;
+}
+
 CLI::App* AddView(CLI::App& app, Options& options) {
   CLI::App* view =
       app.add_subcommand("view", "Look at a state file, or a JSON document, in a browser");
@@ -491,7 +532,7 @@ CLI::App* AddRun(CLI::App& app, Options& options) {
   run->add_option("-f,--file", options.fCommandFile, "File that holds them; - is standard input")
       ->type_name("FILE")
       ->excludes(text);
-  AddFormat(*run, options.fResult);
+  AddFormat(*run, options.fResult, kRunTables);
   AddResultOptions(*run, options.fResult);
   AddSaveOptions(*run, "new variables", options.fSave);
   run->add_option("--save-state", options.fSaveState,
@@ -506,19 +547,30 @@ CLI::App* AddRun(CLI::App& app, Options& options) {
                   "Draw charts into this directory, as SVG and PNG (with the Python package "
                   "vl-convert-python)")
       ->type_name("DIR");
-  AddMemory(*run, options.fMemory);
+  AddMemory(*run, " of a NAIVEBAYES command that states no MEMALLOCATE (default: 1024)",
+            options.fMemory);
   AddThreads(*run, options.fThreads);
   AddProgress(*run, options.fResult);
+  AddDryRun(*run, options);
   run->footer(kRunExamples)->group(kLanguage);
   return run;
 }
 
 CLI::App* AddDescribe(CLI::App& app, Options& options) {
   CLI::App* describe = app.add_subcommand(
-      "describe", "Show the dictionary: names, levels, ranges, categories, missing values");
+      "describe", "Show what a file holds: a line a column, with its distribution");
   AddDataOptions(*describe, options.fData);
   AddWeight(*describe, options.fData);
-  AddFormat(*describe, options.fResult);
+  InGroup(*describe, kResultsGroup);
+  describe
+      ->add_option("--top", options.fDescribe.fTop,
+                   "A line for so many columns; 0 for all (default)")
+      ->check(WholeNumber(0))
+      ->type_name("N");
+  AddThreads(*describe, options.fThreads);
+  AddFormat(*describe, options.fResult,
+            "Dictionary (default), MostFrequent, ScaleVariables, TimeVariables, "
+            "CategoricalVariables");
   AddResultOptions(*describe, options.fResult);
   describe->footer(kDescribeExamples)->group(kShortVerbs);
   return describe;
@@ -614,18 +666,43 @@ std::string ShellText(const CommandLine& line) {
                              "\"" + line.fShell + "\" is none of bash, zsh, fish and man");
 }
 
+// The columns that options name. An empty name is that of an option which was not given.
+std::vector<std::pair<std::string, std::string>> NamesIn(const Options& options) {
+  std::vector<std::pair<std::string, std::string>> names = {
+      {"", options.fRank.fTarget},
+      {"", options.fModel.fTarget},
+      {"training-column", options.fModel.fTrainingColumn},
+      {"weight", options.fData.fWeight}};
+  for (const std::string& name : options.fRank.fExcept) names.emplace_back("except", name);
+  for (const std::string& name : options.fModel.fExcept) names.emplace_back("except", name);
+  for (const std::string& name : options.fSave.fKeys) names.emplace_back("id", name);
+  for (const std::string& level : options.fData.fLevels) {
+    const std::size_t equals = level.rfind('=');
+    if (equals != std::string::npos) names.emplace_back("level", level.substr(0, equals));
+  }
+  std::erase_if(names, [](const auto& name) { return name.second.empty(); });
+  return names;
+}
+
 // What depends on several options, and what is settled when all are known.
 void Complete(const CommandLine& line, Options& options) {
   for (const auto& [command, action] : line.fActions) {
     if (!command->parsed()) continue;
     options.fAction = action;
-    if (action == Options::kRank) CompleteRank(*command, options);
+    if (command->get_option_no_throw("--format") == nullptr) continue;
+    CompleteFormat(*command, options.fResult);
+    if (action == Options::kScore) CompleteScore(*command, options);
+    const bool isPage = options.fResult.fFormat == FileFormat::kText;
+    if (action == Options::kRank && isPage && command->count("--top") == 0) {
+      options.fRank.fTop = kPageRows;
+    }
   }
   if (options.fAction == Options::kRun && options.fCommandTexts.empty() &&
       options.fCommandFile.empty()) {
     throw CLI::RequiredError("-c or -f");
   }
-  options.fData.fbSaved = !options.fSave.fFile.empty();
+  options.fData.fbSaved = options.fAction == Options::kScore || !options.fSave.fFile.empty();
+  options.fData.fNames = NamesIn(options);
   RefuseOneFileForTwo(options);
   if (line.fpHelp->parsed()) options.fShown = TextOn(line);
   if (line.fpCompletion->parsed()) options.fShown = ShellText(line);
@@ -651,7 +728,7 @@ UsageError Explain(const CommandLine& line, const CLI::ParseError& error,
 void Parse(int argc, char** argv, Options& options) {
   CommandLine line(options);
   try {
-    line.fApp.parse(argc, argv);
+    line.fApp.parse(ArgumentsOf(argc, argv));
     Complete(line, options);
   } catch (const CLI::CallForHelp&) {
     options.fShown = line.fApp.help();

@@ -2,23 +2,26 @@
 #pragma once
 
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "host/data/FileFormat.h"
 #include "host/data/ReadingOptions.h"
 #include "operations/BuildModel.h"
+#include "operations/DescribeTable.h"
 #include "operations/RankPredictors.h"
 
 namespace PredSelectApp {
 
-// Those from kCsv to kColumns are of flat tables: kColumns is a file of columns, by its extension.
-enum class OutputFormat { kText, kJson, kCsv, kTsv, kJsonLines, kMarkdown, kColumns, kHtml };
 enum class Color { kAuto, kAlways, kNever };
 
 // Which data, and what is said of them besides the file itself.
 struct DataOptions {
-  std::string fFile;                     // a path, or "-" for CSV on standard input
-  std::string fSchema;                   // Table Schema document, empty for none
-  std::string fWeight;                   // name of the frequency weight variable, empty for none
+  std::string fFile;    // a path, or "-" for CSV on standard input
+  std::string fSchema;  // Table Schema document, empty for none
+  std::string fWeight;  // name of the frequency weight variable, empty for none
+  // An option, empty for TARGET, and a column that it names.
+  std::vector<std::pair<std::string, std::string>> fNames;
   std::vector<std::string> fLevels;      // "variable=nominal|ordinal|scale"
   std::vector<std::string> fNullTokens;  // further texts that mean null in CSV and TSV
   MCHost::ReadingOptions fReading;       // how the file is to be read
@@ -29,7 +32,7 @@ struct DataOptions {
 
 // Where the table goes with its new variables, and what of it.
 struct SaveOptions {
-  std::string fFile;               // empty: it is not written
+  std::string fFile;               // empty: it is not written, but by score: where the results go
   bool fbOnlyNew = false;          // without the columns of the data
   std::vector<std::string> fKeys;  // but with these, before the new ones
   bool fbForce = false;            // over a file that is there
@@ -37,8 +40,10 @@ struct SaveOptions {
 
 // Where results go and how they look.
 struct ResultOptions {
-  OutputFormat fFormat = OutputFormat::kText;
-  std::string fFile;  // empty: standard output
+  // Text, JSON, or the records of one kind of table.
+  MCHost::FileFormat fFormat = MCHost::FileFormat::kText;
+  std::string fTable;  // subtype of that table; empty: the main one
+  std::string fFile;   // empty or "-": standard output
   Color fColor = Color::kAuto;
   bool fbQuiet = false;
   bool fbProgress = true;
@@ -61,12 +66,14 @@ struct Options {
   bool fbAllowEqual = false;               // merge: states of the same counts are taken, too
   std::string fPredicted = "PredictedValue";            // score: name of the predicted value
   std::string fProbabilities = "PredictedProbability";  // score: root, empty for none
-  std::string fDrift;  // score: file of what differs from the training data, empty for none
+  std::string fDrift;    // score: file of what differs from the training data, empty for none
   PredSelect::ExportRequest fExport;  // export, model and run: no file for none
-  double fMemory = 0.0;               // run: kilobytes for cases, 0 for as the commands say
-  int fThreads = 0;  // model, rank, run and score: 0 for as many as there are processors
+  double fMemory = 0.0;  // run and model: kilobytes for cases, 0 for as they say themselves
+  int fThreads = 0;      // all but inspect and merge: 0 for as many as there are processors
+  PredSelect::DescribeRequest fDescribe;
   PredSelect::RankRequest fRank;
   PredSelect::ModelRequest fModel;
+  bool fbDryRun = false;       // run, rank, model and score: say what would be done
   bool fbShowCommand = false;  // rank and model: show the command instead of running it
   std::string fShown;          // for kNone: a text that was asked for, such as help
 };

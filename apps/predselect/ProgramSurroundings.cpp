@@ -9,12 +9,16 @@
 
 namespace PredSelectApp {
 
+int ThreadsOf(const Options& options) {
+  return options.fThreads == 0 ? PredSelect::AvailableThreads() : options.fThreads;
+}
+
 PredSelect::Surroundings ProgramSurroundings(const Options& options, ProgressLine& progress) {
   PredSelect::Surroundings surroundings;
   // A folder that is not there is complained of when something needs it.
   const char* folder = std::getenv("TMPDIR");
   if (folder != nullptr && *folder != '\0') surroundings.fTempPath = folder;
-  surroundings.fThreads = options.fThreads == 0 ? PredSelect::AvailableThreads() : options.fThreads;
+  surroundings.fThreads = ThreadsOf(options);
   surroundings.fIsCancelled = IsInterrupted;
   surroundings.fReportProgress = [&progress](const std::string& text) { progress.Show(text); };
   return surroundings;

@@ -12,4 +12,7 @@ class ProgressLine;
 // borrowed.
 PredSelect::Surroundings ProgramSurroundings(const Options& options, ProgressLine& progress);
 
+// The threads that may be at work at once: those asked for, else one for each processor.
+int ThreadsOf(const Options& options);
+
 }  // namespace PredSelectApp

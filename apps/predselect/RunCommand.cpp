@@ -1,16 +1,12 @@
 #include "apps/predselect/RunCommand.h"
 
-#include <cerrno>
-#include <cstring>
-#include <fstream>
-#include <iostream>
-#include <iterator>
 #include <memory>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "apps/predselect/ChartFiles.h"
+#include "apps/predselect/CommandText.h"
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/FileUses.h"
 #include "apps/predselect/LiveOutput.h"
@@ -33,40 +29,6 @@ namespace PredSelectApp {
 namespace {
 
 using MCHost::DataTable;
-
-std::string ReadAll(std::istream& in) {
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
-
-// The texts of -c as one, each ended as a text is.
-std::string JoinTexts(const std::vector<std::string>& texts) {
-  std::string joined;
-  for (const std::string& text : texts) {
-    if (!joined.empty()) joined += "\n";
-    joined += text;
-    const std::size_t last = text.find_last_not_of(" \t\r\n");
-    const bool isOpen = last != std::string::npos && text[last] != '.';
-    if (isOpen && texts.size() > 1) joined += "\n.";
-  }
-  return joined;
-}
-
-std::string ReadCommandText(const Options& options) {
-  if (options.fCommandFile.empty()) return JoinTexts(options.fCommandTexts);
-  if (options.fCommandFile == "-") {
-    if (options.fData.fFile == "-") {
-      throw UsageError("standard input cannot give both the data and the commands.");
-    }
-    return ReadAll(std::cin);
-  }
-  std::ifstream file(options.fCommandFile, std::ios::binary);
-  std::string text = file ? ReadAll(file) : "";
-  if (!file) {
-    throw MCHost::HostIOError(options.fCommandFile, "",
-                              std::string("cannot be read: ") + std::strerror(errno));
-  }
-  return text;
-}
 
 // Measured when the data are in memory.
 double MemoryOf(const Options& options) {
@@ -94,7 +56,7 @@ int RunCommands(const Options& options) {
       PredSelect::RunCommands(*table, document,
                               {commands, options.fSaveState, options.fResults,
                                [&options](const std::string& path) { return UseOf(path, options); },
-                               MemoryOf(options), options.fExport},
+                               MemoryOf(options), nullptr, options.fExport},
                               ProgramSurroundings(options, progress));
   progress.Clear();
   ShowNotes(*table, options.fResult, notes);

@@ -16,14 +16,19 @@ SaveTable::SaveTable(MCHost::DataTable& table, const SaveOptions& options)
 
 void SaveTable::Write() const {
   const std::string& path = fpOptions->fFile;
-  const bool hasNew = fpTable->ColumnCount() > fpTable->OwnColumnCount();
-  if (fpOptions->fbOnlyNew && !hasNew) {
-    throw MCHost::HostIOError(path, "", "was not written, since there are no new variables");
-  }
   if (!MayBeSaved(path, *fpOptions)) {
     throw MCHost::HostIOError(path, "", "was not written, since it is there by now");
   }
-  MCHost::WriteDataFile(*fpTable, path, fpOptions->fbOnlyNew ? &fKeys : nullptr);
+  WriteTo(path);
+}
+
+void SaveTable::WriteTo(const MCHost::DataTarget& target) const {
+  const bool hasNew = fpTable->ColumnCount() > fpTable->OwnColumnCount();
+  if (fpOptions->fbOnlyNew && !hasNew) {
+    throw MCHost::HostIOError(target.fPath, "",
+                              "was not written, since there are no new variables");
+  }
+  MCHost::WriteDataFile(*fpTable, target, fpOptions->fbOnlyNew ? &fKeys : nullptr);
 }
 
 int SaveTable::WriteAfter(PredSelect::Outcome outcome) const {

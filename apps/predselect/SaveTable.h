@@ -8,7 +8,8 @@
 
 namespace MCHost {
 class DataTable;
-}
+struct DataTarget;
+}  // namespace MCHost
 
 namespace PredSelectApp {
 
@@ -22,6 +23,9 @@ class SaveTable {
 
   // Throws MCHost::HostIOError.
   void Write() const;
+
+  // The same, to wherever it is wanted.
+  void WriteTo(const MCHost::DataTarget& target) const;
 
   // Writes the table where that is wanted and the commands have filled it; else says that it does
   // not, on standard error. Returns the exit code.

@@ -36,13 +36,18 @@ int ScoreData(const Options& options) {
                              ProgramSurroundings(options, progress), &drift);
   progress.Clear();
   if (outcome != PredSelect::Outcome::kCompleted) return ExitCodeOf(outcome);
-  saved.Write();
-  document.CurrentRun().fFiles.push_back(options.fSave.fFile);
+  const bool isAside = !options.fSave.fFile.empty();
+  if (isAside) {
+    saved.Write();
+    document.CurrentRun().fFiles.push_back(options.fSave.fFile);
+  } else {
+    saved.WriteTo({options.fResult.fFormat, ResultPath(options.fResult)});
+  }
   if (!options.fDrift.empty()) {
     MCHost::WriteDataFile(*PredSelect::DriftTable(drift), options.fDrift);
     document.CurrentRun().fFiles.push_back(options.fDrift);
   }
-  WriteDocument(document, options.fResult);
+  if (isAside) WriteDocument(document, options.fResult);
   return kCompleted;
 }
 

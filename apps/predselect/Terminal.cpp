@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cctype>
 #include <cerrno>
 #include <charconv>
 #include <cstdio>
@@ -11,14 +12,17 @@
 #include <cstring>
 #include <filesystem>
 #include <memory>
+#include <utility>
 
+#include "apps/predselect/ChosenRecords.h"
 #include "apps/predselect/Interrupt.h"
 #include "apps/predselect/Options.h"
 #include "host/arrow/DataFile.h"
+#include "host/data/ArrowCDataInterface.h"
 #include "host/data/MemoryTable.h"
 #include "host/output/OutputDocument.h"
-#include "host/output/render/FlatRecords.h"
 #include "host/output/render/RenderJson.h"
+#include "host/output/render/RenderRecords.h"
 #include "host/output/report/RenderReport.h"
 #include "host/session/HostIOError.h"
 #include "host/session/OutputFile.h"
@@ -27,6 +31,8 @@
 namespace PredSelectApp {
 
 namespace {
+
+using MCHost::FileFormat;
 
 constexpr int kDefaultWidth = 100;
 constexpr int kLeastWidth = 40;
@@ -54,14 +60,8 @@ bool WantsColor(Color color, int descriptor) {
   return IsTerminal(descriptor) && (noColor == nullptr || *noColor == '\0');
 }
 
-// Null where nothing was shown.
-const MCHost::OutputTable* FirstFlat(const MCHost::OutputDocument& document) {
-  for (const MCHost::OutputRun& run : document.GetRuns()) {
-    for (const MCHost::OutputTable& table : run.fTables) {
-      if (table.fbFlat) return &table;
-    }
-  }
-  return nullptr;
+bool IsToFile(const ResultOptions& options) {
+  return ResultPath(options) != MCHost::OutputFile::kStandardOutput;
 }
 
 // The file's own name says what a report is of; it stands on the page of whoever gets it.
@@ -70,30 +70,56 @@ std::string HeadingOf(const MCHost::OutputDocument& document) {
   return name == "-" || name.empty() ? "Standard input" : name;
 }
 
-void WriteRecords(const MCHost::OutputTable& table, const ResultOptions& options) {
-  using MCHost::RecordsForm;
-  const std::unique_ptr<MCHost::MemoryTable> records = MCHost::FlatRecords(table);
-  if (options.fFormat == OutputFormat::kColumns) {
-    MCHost::WriteDataFile(*records, options.fFile);
+bool IsOfBytes(FileFormat format) {
+  return format == FileFormat::kParquet || format == FileFormat::kArrow;
+}
+
+void WriteRecords(MCHost::FlatRecords records, const ResultOptions& options) {
+  if (!IsOfBytes(options.fFormat)) {
+    WriteResults(options, MCHost::RenderRecords(records, options.fFormat));
     return;
   }
-  constexpr RecordsForm kForms[] = {RecordsForm::kCsv, RecordsForm::kTsv, RecordsForm::kJsonLines,
-                                    RecordsForm::kMarkdown};
-  const int place = static_cast<int>(options.fFormat) - static_cast<int>(OutputFormat::kCsv);
-  WriteResults(options, MCHost::RenderRecords(*records, kForms[place]));
+  ArrowArrayStream stream{};
+  MCHost::WriteArrowStream(std::make_unique<MCHost::FlatBatches>(std::move(records)), &stream);
+  MCHost::MemoryTable table(&stream);
+  MCHost::WriteDataFile(table, {options.fFormat, ResultPath(options)});
+}
+
+// Whether block characters can be seen: not on a terminal of another encoding, or of no abilities.
+bool HasBlocks(int descriptor) {
+  if (isatty(descriptor) == 0) return true;
+  if (!IsTerminal(descriptor)) return false;
+  for (const char* name : {"LC_ALL", "LC_CTYPE", "LANG"}) {
+    const char* locale = std::getenv(name);
+    if (locale == nullptr || *locale == '\0') continue;
+    std::string encoding = locale;
+    for (char& c : encoding) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    return encoding.find("utf-8") != std::string::npos ||
+           encoding.find("utf8") != std::string::npos;
+  }
+  return false;
 }
 
 }  // namespace
 
 MCHost::TextOptions PageOptions(const ResultOptions& options, bool forMessages) {
   const int descriptor = forMessages ? STDERR_FILENO : STDOUT_FILENO;
-  const bool toFile = !forMessages && !options.fFile.empty();
+  const bool toFile = !forMessages && IsToFile(options);
   MCHost::TextOptions page;
   page.fWidth =
       static_cast<std::size_t>(std::max(toFile ? kDefaultWidth : WidthOf(descriptor), kLeastWidth));
   page.fbColor = toFile ? options.fColor == Color::kAlways : WantsColor(options.fColor, descriptor);
+  page.fbBlocks = toFile || HasBlocks(descriptor);
   page.fbMessages = toFile;  // otherwise they have been shown as they came
   return page;
+}
+
+std::string ResultPath(const ResultOptions& options) {
+  return options.fFile.empty() ? MCHost::OutputFile::kStandardOutput : options.fFile;
+}
+
+bool ShowsBytes(const ResultOptions& options) {
+  return IsOfBytes(options.fFormat) && !IsToFile(options) && isatty(STDOUT_FILENO) != 0;
 }
 
 bool WantsProgress(const ResultOptions& options) {
@@ -105,7 +131,7 @@ void PrintError(const std::string& line) {
 }
 
 void WriteResults(const ResultOptions& options, const std::string& text) {
-  if (!options.fFile.empty()) {
+  if (IsToFile(options)) {
     MCHost::OutputFile file(options.fFile);
     file.Write(text);
     file.Commit();
@@ -122,14 +148,14 @@ void WriteDocument(const MCHost::OutputDocument& document, const ResultOptions& 
   const auto& runs = document.GetRuns();
   const auto isCompleted = [](const MCHost::OutputRun& run) { return run.fbCompleted; };
   if (IsInterrupted() && std::ranges::none_of(runs, isCompleted)) return;
-  if (options.fFormat == OutputFormat::kText) {
+  if (options.fFormat == FileFormat::kText) {
     WriteResults(options, MCHost::RenderText(document, PageOptions(options, false)));
-  } else if (options.fFormat == OutputFormat::kJson) {
+  } else if (options.fFormat == FileFormat::kJson) {
     WriteResults(options, MCHost::RenderJson(document));
-  } else if (options.fFormat == OutputFormat::kHtml) {
+  } else if (options.fFormat == FileFormat::kHtml) {
     WriteResults(options, MCHost::RenderReport(document, HeadingOf(document)));
-  } else if (const MCHost::OutputTable* table = FirstFlat(document)) {
-    WriteRecords(*table, options);
+  } else if (auto records = ChosenRecords(document, options.fTable)) {
+    WriteRecords(*std::move(records), options);
   }
 }
 

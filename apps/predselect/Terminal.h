@@ -20,6 +20,12 @@ bool WantsProgress(const ResultOptions& options);
 // A line on standard error, made visible where it would steer the terminal.
 void PrintError(const std::string& line);
 
+// Where the results go, as files are named.
+std::string ResultPath(const ResultOptions& options);
+
+// Whether bytes that are no text would go to a terminal.
+bool ShowsBytes(const ResultOptions& options);
+
 // Writes the results to the file of the options, whole or not at all, or to standard output.
 // Throws MCHost::HostIOError.
 void WriteResults(const ResultOptions& options, const std::string& text);

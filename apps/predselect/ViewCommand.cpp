@@ -78,7 +78,7 @@ std::string PageOf(const Options& options) {
   ComponentFile state = PredSelect::LoadState(path);
   ProgressLine progress(false);
   ResultOptions report = options.fResult;
-  report.fFormat = OutputFormat::kHtml;
+  report.fFormat = MCHost::FileFormat::kHtml;
   LiveOutput document(report, progress, path);
   PredSelect::InspectState(state, document);
   return MCHost::RenderReport(document, std::filesystem::path(path).filename().string());

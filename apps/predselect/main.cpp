@@ -7,6 +7,7 @@
 #include <exception>
 
 #include "apps/predselect/DescribeCommand.h"
+#include "apps/predselect/DryRun.h"
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/ExportCommand.h"
 #include "apps/predselect/Failure.h"
@@ -16,18 +17,24 @@
 #include "apps/predselect/MergeCommand.h"
 #include "apps/predselect/ModelVerb.h"
 #include "apps/predselect/Options.h"
+#include "apps/predselect/ProgramSurroundings.h"
 #include "apps/predselect/RankVerb.h"
 #include "apps/predselect/RunCommand.h"
 #include "apps/predselect/ScoreCommand.h"
 #include "apps/predselect/Terminal.h"
 #include "apps/predselect/ViewCommand.h"
+#include "host/arrow/ReadingThreads.h"
 
 namespace {
 
 using namespace PredSelectApp;
 
 int Act(const Options& options) {
-  if (options.fAction != Options::kNone) CheckOutputs(options);
+  if (options.fAction != Options::kNone) {
+    CheckOutputs(options);
+    MCHost::SetReadingThreads(ThreadsOf(options));
+  }
+  if (options.fbDryRun) return DryRun(options);
   switch (options.fAction) {
     case Options::kRun:
       return RunCommands(options);
@@ -62,7 +69,7 @@ void ReserveStandardStreams() {
 }
 
 bool WantsJson(const Options& options) {
-  return options.fResult.fFormat == OutputFormat::kJson && options.fResult.fFile.empty();
+  return options.fResult.fFormat == MCHost::FileFormat::kJson && options.fResult.fFile.empty();
 }
 
 }  // namespace

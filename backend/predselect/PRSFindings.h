@@ -2,8 +2,10 @@
 // (ISession::TakeFindings). Everything is borrowed for the call.
 #pragma once
 
+#include <string>
 #include <vector>
 
+#include "common/MissingValue.h"
 #include "feature/MCFSCommon.h"
 #include "feature/statistics/FSProfile.h"
 
@@ -28,6 +30,19 @@ struct PRSBinnedProfile {
   double fInformation;  // mutual, in bits
 };
 
+// A predictor that was left out of a model: by which rule (MCFSCommon::PredictorDelReason), with
+// the threshold in force, where it has one.
+struct PRSLeftOut {
+  // No rule of screening: the training cases hold one category or bin of it.
+  static constexpr int kConstantInTraining = 100;
+
+  std::string fName;
+  std::string fLabel;
+  bool fbCategorical;
+  int fReason;
+  double fThreshold = MCMV::gMissingValue;
+};
+
 struct PRSFindings {
   // Of SELECTPRED: the ranked component, by which criterion, and how many predictors are selected.
   const IFSAlgorithm* fpFeature = nullptr;
@@ -45,5 +60,6 @@ struct PRSFindings {
   // The selection that led to it, its first so many predictors forced; null where there was none.
   const NBSelectionResult* fpSelection = nullptr;
   int fNForced = 0;
+  std::vector<PRSLeftOut> fLeftOut{};
   bool fbByTestData = false;  // sizes are compared by the test cases, else by pseudo-BIC
 };

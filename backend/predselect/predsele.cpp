@@ -7,6 +7,7 @@
 #include "backend/predselect/drivers/PRSMultiFactory.h"
 #include "backend/predselect/drivers/PRSUniFactory.h"
 #include "backend/predselect/output/NaiveOutput.h"
+#include "backend/predselect/output/PRSTables.h"
 #include "backend/predselect/output/SelOutput.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "feature/MCStatus.h"
@@ -85,6 +86,19 @@ void RunNaiveBayes(PRSValidSpecs& specs, ProcedureDataSource& source, BpProcedur
   factory.ReportLostModel();
 }
 
+bool IsToBeDone(const PRSValidSpecs& specs, const ProcedureDataSource& source) {
+  MCHost::CommandPlan plan;
+  plan.fTarget = source.GetVariable(specs.GetDependVar()).GetName();
+  plan.fModelFile = specs.GetModelFileName();
+  for (std::size_t i = 0; i < specs.GetPredListPtr()->size(); ++i) {
+    auto& names = (*specs.GetPredCatVarListPtr())[i] ? plan.fFactors : plan.fCovariates;
+    names.push_back(source.GetVariable((*specs.GetPredListPtr())[i]).GetName());
+  }
+  if (MCHost::CurrentSession().BeginsWork(plan)) return true;
+  PRSSetMacros(specs, plan.fFactors, plan.fCovariates);
+  return false;
+}
+
 void RunCommand(ProcedureDataSource& source, PRSValidSpecs& specs) {
   const std::string word = MCHost::CurrentSession().SystemBlock().fCommandWord.substr(0, 3);
   const bool univariable = AreStringsEqualCase(word, "SEL");
@@ -99,6 +113,7 @@ void RunCommand(ProcedureDataSource& source, PRSValidSpecs& specs) {
                   : specs.GetNaiveSettingsPtr() == nullptr) {
     return;
   }
+  if (!IsToBeDone(specs, source)) return;
   if (source.ColumnCount() == 0) UAInpAdaptMsg(source).NoValidCasesForSelect();
   if (univariable) {
     RunSelectPredictors(specs, source, procedure);

@@ -8,8 +8,8 @@
 
 namespace {
 
-#define INSTRUCTION_SET_LOOPS "feature/accumulators/FSLoopBodies.h"
-#include "common/EachInstructionSet.h"
+#define INSTRUCTION_SET_LOOPS "feature/accumulators/FSLoopBodies.inc"
+#include "common/EachInstructionSet.inc"
 #undef INSTRUCTION_SET_LOOPS
 
 }  // namespace

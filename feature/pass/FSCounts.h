@@ -22,10 +22,10 @@
 struct FSCategoryMaps;
 
 // How many cases a pass takes between two looks at a cancel: half a million cells, a few
-// milliseconds' work.
+// milliseconds' work; but no fewer than make up for what is fetched of each accumulator.
 inline std::size_t FSCasesBetweenPolls(std::size_t predictors) {
   constexpr std::size_t kCells = 524288;
-  return std::clamp<std::size_t>(kCells / std::max<std::size_t>(predictors, 1), 1,
+  return std::clamp<std::size_t>(kCells / std::max<std::size_t>(predictors, 1), 64,
                                  MCCommon::RecordBlock::kMaxCases);
 }
 

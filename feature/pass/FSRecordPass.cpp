@@ -54,7 +54,7 @@ void FSRecordPass::Run(MCCommon::RecordIterator& source, int maxRecords, FSCance
     const MCCommon::RecordBlock& block = source.NextBlock(
         std::min(static_cast<std::size_t>(most), FSCasesBetweenPolls(fCounts.Size())));
     if (block.Cases() == 0) break;
-    const int counted = Take(block);
+    const int counted = Take(block, cancel);
     left -= counted;
     records += counted;
     untilReport -= counted;
@@ -67,11 +67,11 @@ void FSRecordPass::Run(MCCommon::RecordIterator& source, int maxRecords, FSCance
   }
 }
 
-int FSRecordPass::Take(const MCCommon::RecordBlock& block) {
+int FSRecordPass::Take(const MCCommon::RecordBlock& block, FSCancelInfo& cancel) {
   const int counted = SelectCases(block);
   if (fNChosen == 0) return counted;
   ShowChosen();
-  TakePredictors(block);
+  TakePredictors(block, cancel);
   CountCases();
   return counted;
 }
@@ -160,7 +160,7 @@ void FSRecordPass::ShowChosen() {
   }
 }
 
-void FSRecordPass::TakePredictors(const MCCommon::RecordBlock& block) {
+void FSRecordPass::TakePredictors(const MCCommon::RecordBlock& block, FSCancelInfo& cancel) {
   MCCommon::Workers& workers = fWorkers.For(fNChosen * fColumns.size());
   for (std::size_t worker = 0; worker < workers.Count(); ++worker) {
     Room& room = fRooms[worker];
@@ -171,11 +171,12 @@ void FSRecordPass::TakePredictors(const MCCommon::RecordBlock& block) {
     room.fCases.fpMemo = &room.fMemo;
     room.fCases.fpSort = &room.fSort;
   }
-  workers.ForEach(fColumns.size(), [&](std::size_t j, std::size_t worker) {
+  const auto take = [&](std::size_t j, std::size_t worker) {
     IFSPredTargetAccum* accumulator = fCounts.At(j);
     if (accumulator == nullptr || fColumns[j] >= block.Columns()) return;
     TakePredictor(*accumulator, block, fColumns[j], fRooms[worker]);
-  });
+  };
+  workers.ForEach(fColumns.size(), take, [&cancel] { return cancel.IsCancel(); });
   JoinMarks(workers.Count());
 }
 

@@ -1,9 +1,10 @@
 // A data pass over records, one a case, taken in blocks: decides once per case on weight and
 // target, then gives each predictor its column of the cases that remain.
 //
-// Cancel is polled once a block, which is shorter the more predictors there are, so that the answer
-// takes some milliseconds at most. Single records and blocks of the same cases give the same result
-// to the last bit, and so does any number of threads: they share out the predictors of a block.
+// Cancel is polled for every block, which is shorter the more predictors there are, and for every
+// predictor of it, so that the answer takes some milliseconds at most; what a cancelled pass has
+// counted is of no use. Single records and blocks of the same cases give the same result to the
+// last bit, and so does any number of threads: they share out the predictors of a block.
 #pragma once
 
 #include <cstddef>
@@ -34,7 +35,7 @@ class FSRecordPass {
 
  private:
   // Returns the number of cases with a valid weight.
-  int Take(const MCCommon::RecordBlock& block);
+  int Take(const MCCommon::RecordBlock& block, FSCancelInfo& cancel);
   int SelectCases(const MCCommon::RecordBlock& block);
   // Takes all cases of a block, unweighted; false when the target of one is missing, or negative.
   bool SelectAll(const double* targets, std::size_t cases);
@@ -52,7 +53,7 @@ class FSRecordPass {
     FSCategorySort fSort;
   };
 
-  void TakePredictors(const MCCommon::RecordBlock& block);
+  void TakePredictors(const MCCommon::RecordBlock& block, FSCancelInfo& cancel);
   void TakePredictor(IFSPredTargetAccum& accumulator, const MCCommon::RecordBlock& block,
                      std::size_t column, Room& room);
   void TakeMissing(IFSPredTargetAccum& accumulator, const double* cells, Room& room);

@@ -2,6 +2,7 @@
 
 #include <arrow/array.h>
 #include <arrow/io/file.h>
+#include <arrow/io/stdio.h>
 #include <arrow/ipc/options.h>
 #include <arrow/ipc/writer.h>
 #include <arrow/record_batch.h>
@@ -10,11 +11,14 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iostream>
+#include <memory>
 #include <vector>
 
 #include "host/arrow/ArrowFailure.h"
 #include "host/arrow/SavedBatches.h"
 #include "host/arrow/SavedDictionary.h"
+#include "host/session/HostIOError.h"
 #include "host/session/OutputFile.h"
 
 namespace MCHost {
@@ -41,11 +45,27 @@ void WriteBatches(SavedBatches& batches, const std::string& path, Change change,
   }
 }
 
+bool IsPipe(const std::string& path) { return path == OutputFile::kStandardOutput; }
+
+std::shared_ptr<arrow::io::OutputStream> OpenOutput(const OutputFile& file,
+                                                    const std::string& path) {
+  if (IsPipe(path)) return std::make_shared<arrow::io::StdoutStream>();
+  return Value(arrow::io::FileOutputStream::Open(file.WritePath()), path);
+}
+
+void Finish(arrow::io::OutputStream& output, OutputFile& file, const std::string& path) {
+  Check(output.Close(), path);
+  if (IsPipe(path) && !std::cout.flush()) {
+    throw HostIOError("standard output", "", "cannot be written");
+  }
+  file.Commit();
+}
+
 }  // namespace
 
 void WriteParquet(SavedBatches& batches, const std::string& path) {
   OutputFile file(path);
-  const auto output = Value(arrow::io::FileOutputStream::Open(file.WritePath()), path);
+  const auto output = OpenOutput(file, path);
   const std::int64_t columns = std::max(batches.Schema()->num_fields(), 1);
   const auto properties =
       parquet::WriterProperties::Builder()
@@ -62,16 +82,19 @@ void WriteParquet(SavedBatches& batches, const std::string& path) {
   WriteBatches(batches, path, change,
                [&](const arrow::RecordBatch& batch) { return writer->WriteRecordBatch(batch); });
   Check(writer->Close(), path);
-  Check(output->Close(), path);
-  file.Commit();
+  Finish(*output, file, path);
 }
 
 void WriteIpc(SavedBatches& batches, const std::string& path) {
   OutputFile file(path);
-  const auto output = Value(arrow::io::FileOutputStream::Open(file.WritePath()), path);
+  const auto output = OpenOutput(file, path);
   auto options = arrow::ipc::IpcWriteOptions::Defaults();
   options.emit_dictionary_deltas = true;
-  const auto writer = Value(arrow::ipc::MakeFileWriter(output, batches.Schema(), options), path);
+  // A pipe is read from its start.
+  const auto writer = Value(path == OutputFile::kStandardOutput
+                                ? arrow::ipc::MakeStreamWriter(output, batches.Schema(), options)
+                                : arrow::ipc::MakeFileWriter(output, batches.Schema(), options),
+                            path);
   std::vector<SavedDictionary> dictionaries(
       static_cast<std::size_t>(batches.Schema()->num_fields()));
   const auto change = [&](std::size_t j, const auto& column) {
@@ -80,8 +103,7 @@ void WriteIpc(SavedBatches& batches, const std::string& path) {
   WriteBatches(batches, path, change,
                [&](const arrow::RecordBatch& batch) { return writer->WriteRecordBatch(batch); });
   Check(writer->Close(), path);
-  Check(output->Close(), path);
-  file.Commit();
+  Finish(*output, file, path);
 }
 
 }  // namespace MCHost

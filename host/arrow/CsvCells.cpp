@@ -9,101 +9,20 @@
 #include <arrow/visit_type_inline.h>
 
 #include <array>
-#include <charconv>
-#include <cmath>
+#include <cstdlib>
 #include <type_traits>
 #include <utility>
 
 #include "host/arrow/ArrowFailure.h"
 #include "host/session/HostIOError.h"
+#include "host/text/CsvText.h"
+#include "host/text/DateText.h"
 
 namespace MCHost {
 
 namespace {
 
 constexpr std::int64_t kSecondsADay = 86400;
-
-template <class Number>
-void AppendDigits(std::string& text, Number value) {
-  std::array<char, 32> digits;
-  text.append(digits.data(),
-              std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr);
-}
-
-template <class Number>
-void AppendNumber(std::string& text, Number value) {
-  if constexpr (std::is_floating_point_v<Number>) {
-    constexpr double kExactIntegers = 9007199254740992.0;  // 2^53
-    const bool isMinusZero = value == 0 && std::signbit(value);
-    const bool isWhole = std::abs(value) < kExactIntegers && value == std::floor(value);
-    if (isWhole && !isMinusZero) return AppendDigits(text, static_cast<std::int64_t>(value));
-    if (std::isnan(value)) {
-      text += "NaN";
-      return;
-    }
-  }
-  AppendDigits(text, value);
-}
-
-void AppendPadded(std::string& text, std::int64_t value, std::size_t width) {
-  const std::string digits = std::to_string(value);
-  if (digits.size() < width) text.append(width - digits.size(), '0');
-  text += digits;
-}
-
-// Days since 1970-01-01 in the Gregorian calendar, by eras of 400 years that begin in March.
-void AppendDate(std::string& text, std::int64_t days) {
-  constexpr std::int64_t kDaysAnEra = 146097;
-  days += 719468;  // since 0000-03-01
-  const std::int64_t era = (days >= 0 ? days : days - kDaysAnEra + 1) / kDaysAnEra;
-  const std::int64_t ofEra = days - era * kDaysAnEra;
-  const std::int64_t yearOfEra =
-      (ofEra - ofEra / 1460 + ofEra / 36524 - ofEra / (kDaysAnEra - 1)) / 365;
-  const std::int64_t ofYear = ofEra - (365 * yearOfEra + yearOfEra / 4 - yearOfEra / 100);
-  const std::int64_t fromMarch = (5 * ofYear + 2) / 153;
-  const std::int64_t month = fromMarch < 10 ? fromMarch + 3 : fromMarch - 9;
-  const std::int64_t year = era * 400 + yearOfEra + (month <= 2 ? 1 : 0);
-  if (year < 0) text += '-';
-  AppendPadded(text, year < 0 ? -year : year, 4);
-  text += '-';
-  AppendPadded(text, month, 2);
-  text += '-';
-  AppendPadded(text, ofYear - (153 * fromMarch + 2) / 5 + 1, 2);
-}
-
-// The part of a second behind a point, without zeros at the end; nothing for none.
-void AppendFraction(std::string& text, std::int64_t part, std::int64_t unitsASecond) {
-  if (part == 0) return;
-  text += '.';
-  AppendPadded(text, part, std::to_string(unitsASecond).size() - 1);
-  text.erase(text.find_last_not_of('0') + 1);
-}
-
-// Units since midnight.
-void AppendTime(std::string& text, std::int64_t time, std::int64_t unitsASecond) {
-  const std::int64_t seconds = time / unitsASecond;
-  AppendPadded(text, seconds / 3600, 2);
-  text += ':';
-  AppendPadded(text, seconds / 60 % 60, 2);
-  text += ':';
-  AppendPadded(text, seconds % 60, 2);
-  AppendFraction(text, time % unitsASecond, unitsASecond);
-}
-
-// Units since 1970-01-01 00:00.
-void AppendDateTime(std::string& text, std::int64_t time, std::int64_t unitsASecond) {
-  const std::int64_t unitsADay = kSecondsADay * unitsASecond;
-  const std::int64_t days = time / unitsADay - (time % unitsADay < 0 ? 1 : 0);
-  AppendDate(text, days);
-  text += 'T';
-  AppendTime(text, (time % unitsADay + unitsADay) % unitsADay, unitsASecond);
-}
-
-void AppendSeconds(std::string& text, std::int64_t duration, std::int64_t unitsASecond) {
-  if (duration < 0) text += '-';
-  AppendDigits(text, std::abs(duration / unitsASecond));
-  AppendFraction(text, std::abs(duration % unitsASecond), unitsASecond);
-}
 
 // The digits of a decimal with its point put in, and zeros where digits are missing on either side.
 void AppendDecimal(std::string& text, std::string digits, std::int32_t scale) {
@@ -227,22 +146,6 @@ const arrow::Array& StorageOf(const arrow::Array& array) {
 }
 
 }  // namespace
-
-bool IsPlainCsvText(std::string_view text, char delimiter) {
-  // A byte order mark would be skipped at the start of the file.
-  return text.find(delimiter) == std::string_view::npos && !text.starts_with("\xEF\xBB\xBF");
-}
-
-void AppendCsvText(std::string& row, std::string_view text, char delimiter) {
-  const bool needsQuotes = text.empty() || text.find_first_of("\"\r\n") != std::string_view::npos;
-  if (!needsQuotes && IsPlainCsvText(text, delimiter)) {
-    row += text;
-    return;
-  }
-  row += '"';
-  for (const char c : text) row.append(c == '"' ? 2 : 1, c);
-  row += '"';
-}
 
 void CsvCells::Format(const arrow::RecordBatch& batch) {
   fColumns.resize(static_cast<std::size_t>(batch.num_columns()));

@@ -15,17 +15,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace MCHost {
-
-// Appends a text, in quotes where the delimiter, a quote, a line end or a byte order mark in it
-// would else be taken for the file's.
-void AppendCsvText(std::string& row, std::string_view text, char delimiter);
-
-// Whether a text that stands in a file without quotes means the same between these delimiters.
-bool IsPlainCsvText(std::string_view text, char delimiter);
 
 class CsvCells {
  public:

@@ -54,12 +54,12 @@ std::optional<PlainNumber> PlainNumberOf(std::string_view text, const CsvNumbers
   PlainNumber number;
   while (!text.empty() && IsBlank(text.front())) text.remove_prefix(1);
   while (!text.empty() && IsBlank(text.back())) text.remove_suffix(1);
-  if (!HasMark(text, numbers)) {
+  if (numbers.ArePlain() || !HasMark(text, numbers)) {
     number.fText = text;
     return number;
   }
   if (text[0] == '-' || text[0] == '+') {
-    if (text[0] == '-') number.fText = "-";
+    number.fText = text[0];
     text.remove_prefix(1);
   }
   const bool isBareFraction = !text.empty() && text[0] == numbers.fDecimal;

@@ -233,6 +233,7 @@ std::shared_ptr<arrow::RecordBatchReader> CsvSource::ReadPieces(
     CsvTexts texts) const {
   convert.true_values = {"true", "True", "TRUE"};
   convert.false_values = {"false", "False", "FALSE"};
+  texts.ExpectNothing();
   CsvPieceRules rules{ParseOptions(),  std::move(convert),
                       ColumnNames(),   {},
                       fStartBytes,     {fRules.fDelimiter, fRules.fQuote, fRules.fNumbers.fDecimal},

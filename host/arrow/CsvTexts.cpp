@@ -3,7 +3,8 @@
 #include <arrow/array.h>
 #include <arrow/array/builder_binary.h>
 #include <arrow/array/builder_primitive.h>
-#include <arrow/compute/cast.h>
+#include <arrow/array/builder_time.h>
+#include <arrow/array/util.h>
 #include <arrow/type.h>
 #include <arrow/util/value_parsing.h>
 
@@ -29,6 +30,79 @@ arrow::Result<std::shared_ptr<arrow::Array>> WithNulls(const arrow::StringArray&
     ARROW_RETURN_NOT_OK(isNull ? builder.AppendNull() : builder.Append(text));
   }
   return builder.Finish();
+}
+
+// What a text of a type must be among others.
+unsigned KindOf(const arrow::DataType& type) {
+  switch (type.id()) {
+    case arrow::Type::BOOL:
+      return kCsvBoolean;
+    case arrow::Type::DATE32:
+      return kCsvDate;
+    case arrow::Type::TIMESTAMP:
+      return static_cast<const arrow::TimestampType&>(type).timezone().empty() ? kCsvDateTime
+                                                                               : kCsvZonedTime;
+    case arrow::Type::TIME64:
+      return kCsvTime;
+    default:
+      return kCsvText;
+  }
+}
+
+arrow::Status CheckKinds(const arrow::Array& texts, unsigned kind) {
+  const auto& cells = static_cast<const arrow::StringArray&>(texts);
+  for (std::int64_t i = 0; i < cells.length(); ++i) {
+    if (cells.IsValid(i) && (CsvKindsOf(cells.GetView(i)) & kind) == 0) {
+      return arrow::Status::Invalid("\"", cells.GetView(i), "\" is of another kind");
+    }
+  }
+  return arrow::Status::OK();
+}
+
+std::string_view WithoutBlanks(std::string_view text) {
+  while (!text.empty() && (text.front() == ' ' || text.front() == '\t')) text.remove_prefix(1);
+  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.remove_suffix(1);
+  return text;
+}
+
+template <class Type>
+arrow::Result<std::shared_ptr<arrow::Array>> ParsedAs(
+    const arrow::StringArray& texts, const std::shared_ptr<arrow::DataType>& type) {
+  typename arrow::TypeTraits<Type>::BuilderType builder(type, arrow::default_memory_pool());
+  ARROW_RETURN_NOT_OK(builder.Reserve(texts.length()));
+  for (std::int64_t i = 0; i < texts.length(); ++i) {
+    typename arrow::internal::StringConverter<Type>::value_type value{};
+    std::string_view text = texts.GetView(i);
+    if constexpr (arrow::is_integer_type<Type>::value) text = WithoutBlanks(text);
+    if (texts.IsNull(i)) {
+      builder.UnsafeAppendNull();
+    } else if (arrow::internal::ParseValue(static_cast<const Type&>(*type), text.data(),
+                                           text.size(), &value)) {
+      builder.UnsafeAppend(value);
+    } else {
+      return arrow::Status::Invalid("\"", text, "\" is of another kind");
+    }
+  }
+  return builder.Finish();
+}
+
+arrow::Result<std::shared_ptr<arrow::Array>> Parsed(const arrow::Array& texts,
+                                                    const std::shared_ptr<arrow::DataType>& type) {
+  const auto& cells = static_cast<const arrow::StringArray&>(texts);
+  switch (type->id()) {
+    case arrow::Type::BOOL:
+      return ParsedAs<arrow::BooleanType>(cells, type);
+    case arrow::Type::DATE32:
+      return ParsedAs<arrow::Date32Type>(cells, type);
+    case arrow::Type::TIMESTAMP:
+      return ParsedAs<arrow::TimestampType>(cells, type);
+    case arrow::Type::TIME64:
+      return ParsedAs<arrow::Time64Type>(cells, type);
+    case arrow::Type::INT64:
+      return ParsedAs<arrow::Int64Type>(cells, type);
+    default:
+      return arrow::MakeArrayOfNull(type, texts.length());  // nothing but nulls
+  }
 }
 
 class TurnedBatches final : public arrow::RecordBatchReader {
@@ -83,7 +157,8 @@ arrow::Result<std::shared_ptr<arrow::Array>> CsvTexts::TurnColumn(const Column& 
     case arrow::Type::DOUBLE:
       return Numbers(*cells);
     default:
-      return arrow::compute::Cast(*cells, column.fpType);
+      if (!fbChecked) ARROW_RETURN_NOT_OK(CheckKinds(*cells, KindOf(*column.fpType)));
+      return Parsed(*cells, column.fpType);
   }
 }
 

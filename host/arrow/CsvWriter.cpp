@@ -12,6 +12,7 @@
 #include "host/arrow/SavedBatches.h"
 #include "host/session/HostIOError.h"
 #include "host/session/OutputFile.h"
+#include "host/text/CsvText.h"
 
 namespace MCHost {
 

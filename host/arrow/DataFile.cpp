@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <iterator>
 #include <numeric>
+#include <optional>
 #include <set>
 #include <string_view>
 #include <system_error>
@@ -61,53 +62,30 @@ class Descriptor {
   int fDescriptor;
 };
 
-enum class Format { kDelimited, kParquet, kIpc, kJson, kSheets };
-
-// Formats behind it are only read.
-constexpr Format kLastWritten = Format::kIpc;
-
-struct Extension {
-  const char* fText;
-  Format fFormat;
-  char fDelimiter;
-};
-
-constexpr Extension kExtensions[] = {
-    {".csv", Format::kDelimited, ','}, {".tsv", Format::kDelimited, '\t'},
-    {".parquet", Format::kParquet, 0}, {".arrow", Format::kIpc, 0},
-    {".feather", Format::kIpc, 0},     {".jsonl", Format::kJson, 0},
-    {".ndjson", Format::kJson, 0},     {".json", Format::kJson, 0},
-    {".xlsx", Format::kSheets, 0},     {".ods", Format::kSheets, 0}};
-
 std::string EndOf(const std::string& path) {
   std::string end = path.substr(std::min(path.rfind('.'), path.size()));
   for (char& c : end) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
   return end;
 }
 
-const Extension* FindExtension(const std::string& end) {
-  const auto* found = std::find_if(std::begin(kExtensions), std::end(kExtensions),
-                                   [&end](const Extension& known) { return end == known.fText; });
-  return found == std::end(kExtensions) ? nullptr : found;
+// A format of data that are read, by the end of their names.
+std::optional<FileFormat> FindInputFormat(const std::string& end) {
+  const std::optional<FileFormat> format = FormatOfPath(end);
+  return format && NamesOf(*format).fbRead ? format : std::nullopt;
 }
 
-std::string KnownExtensions(Format last = Format::kSheets) {
-  std::string known;
-  for (const Extension& one : kExtensions) {
-    if (one.fFormat > last) break;
-    known += (known.empty() ? "" : ", ") + std::string(one.fText);
-  }
-  return known;
+bool IsJson(FileFormat format) {
+  return format == FileFormat::kJson || format == FileFormat::kJsonLines;
 }
 
 // Of a file that is written.
-const Extension& ExtensionOf(const std::string& path) {
-  const Extension* const known = FindExtension(EndOf(path));
-  if (known != nullptr && known->fFormat <= kLastWritten) return *known;
+FileFormat OutputFormatOf(const std::string& path) {
+  const std::optional<FileFormat> known = FindInputFormat(EndOf(path));
+  if (known && NamesOf(*known).fbWritten) return *known;
   throw HostIOError(path, "",
-                    std::string(known != nullptr ? "tables are not written in this format"
-                                                 : "the extension does not tell a data format") +
-                        "; known are " + KnownExtensions(kLastWritten));
+                    std::string(known ? "tables are not written in this format"
+                                      : "the extension does not tell a data format") +
+                        "; known are " + EndingsOf(&FileFormatNames::fbWritten));
 }
 
 constexpr std::string_view kPackings[] = {".gz", ".zst", ".bz2", ".xz", ".lz4"};
@@ -115,33 +93,38 @@ constexpr std::string_view kPackings[] = {".gz", ".zst", ".bz2", ".xz", ".lz4"};
 // How files are called that can be read.
 std::vector<std::string> InputEndings() {
   std::vector<std::string> endings;
-  for (const Extension& known : kExtensions) {
-    endings.emplace_back(known.fText);
-    for (const std::string_view packing : kPackings) {
-      if (known.fFormat == Format::kDelimited || known.fFormat == Format::kJson)
-        endings.push_back(known.fText + std::string(packing));
+  for (const FileFormatNames& known : FileFormats()) {
+    if (!known.fbRead) continue;
+    endings.insert(endings.end(), known.fEndings.begin(), known.fEndings.end());
+    if (!IsDelimited(known.fFormat) && !IsJson(known.fFormat)) continue;
+    for (const char* ending : known.fEndings) {
+      for (const std::string_view packing : kPackings) {
+        endings.push_back(ending + std::string(packing));
+      }
     }
   }
   return endings;
 }
 
 // Of a file that is read, which may be packed or called anything where its format is said.
-const Extension& InputExtensionOf(const std::string& path, const DataFileOptions& options) {
+FileFormat InputFormatOf(const std::string& path, const DataFileOptions& options) {
   const std::string& said = options.fReading.fFormat;
   if (!said.empty()) {
-    if (const Extension* known = FindExtension("." + said)) return *known;
+    if (const std::optional<FileFormat> known = FindInputFormat("." + said)) return *known;
     throw HostIOError(path, "",
-                      "--input-format " + said + ": known are the formats of " + KnownExtensions());
+                      "--input-format " + said + ": known are the formats of " +
+                          EndingsOf(&FileFormatNames::fbRead));
   }
-  if (path == kStandardInput) return kExtensions[0];
+  if (path == kStandardInput) return FileFormat::kCsv;
   const std::string end = EndOf(path);
   const bool isPacked =
       std::find(std::begin(kPackings), std::end(kPackings), end) != std::end(kPackings);
-  const Extension* known =
-      FindExtension(isPacked ? EndOf(path.substr(0, path.size() - end.size())) : end);
-  if (known != nullptr) return *known;
+  const std::optional<FileFormat> known =
+      FindInputFormat(isPacked ? EndOf(path.substr(0, path.size() - end.size())) : end);
+  if (known) return *known;
   throw HostIOError(path, "",
-                    "the extension does not tell a data format; known are " + KnownExtensions() +
+                    "the extension does not tell a data format; known are " +
+                        EndingsOf(&FileFormatNames::fbRead) +
                         "; --input-format says it of any file");
 }
 
@@ -182,34 +165,26 @@ std::unique_ptr<IArrowSource> OpenText(TextBytes bytes, const DataFileOptions& o
 
 // A file, or what was put by of an input that is called `name`.
 std::unique_ptr<IArrowSource> OpenPath(const std::string& path, const std::string& name,
-                                       const Extension& extension, const DataFileOptions& options,
+                                       FileFormat format, const DataFileOptions& options,
                                        CsvSource::Look look) {
-  switch (extension.fFormat) {
-    case Format::kParquet:
-      return std::make_unique<ParquetSource>(path);
-    case Format::kIpc:
-      return std::make_unique<IpcSource>(path);
-    case Format::kJson:
-      return OpenJson(TextBytes(path, name), options);
-    case Format::kSheets:
-      return OpenSheet(path, name, options.fReading.fSheet, CellRulesOf(options));
-    case Format::kDelimited:
-      break;
+  if (format == FileFormat::kParquet) return std::make_unique<ParquetSource>(path);
+  if (format == FileFormat::kArrow) return std::make_unique<IpcSource>(path);
+  if (format == FileFormat::kSheets) {
+    return OpenSheet(path, name, options.fReading.fSheet, CellRulesOf(options));
   }
-  return OpenText(TextBytes(path, name), options, extension.fDelimiter, look);
+  if (IsJson(format)) return OpenJson(TextBytes(path, name), options);
+  return OpenText(TextBytes(path, name), options, DelimiterOf(format), look);
 }
 
 // What can be read only once.
-std::unique_ptr<IArrowSource> OpenPipe(int descriptor, const std::string& name,
-                                       const Extension& extension, const DataFileOptions& options,
-                                       CsvSource::Look look) {
-  const bool isJson = extension.fFormat == Format::kJson;
-  const bool isText = extension.fFormat == Format::kDelimited || isJson;
+std::unique_ptr<IArrowSource> OpenPipe(int descriptor, const std::string& name, FileFormat format,
+                                       const DataFileOptions& options, CsvSource::Look look) {
+  const bool isText = IsDelimited(format) || IsJson(format);
   SpooledInput input(descriptor, name, isText ? SpooledInput::kMostHeld : 0);
-  if (!input.Path().empty()) return OpenPath(input.Path(), name, extension, options, look);
+  if (!input.Path().empty()) return OpenPath(input.Path(), name, format, options, look);
   TextBytes bytes = TextBytes::Of(name, input.TakeText());
-  if (isJson) return OpenJson(std::move(bytes), options);
-  return OpenText(std::move(bytes), options, extension.fDelimiter, look);
+  if (IsJson(format)) return OpenJson(std::move(bytes), options);
+  return OpenText(std::move(bytes), options, DelimiterOf(format), look);
 }
 
 std::unique_ptr<IArrowSource> OpenDatabase(const std::string& address,
@@ -227,16 +202,16 @@ std::unique_ptr<IArrowSource> OpenOne(const std::string& path, const DataFileOpt
   if (said.fFormat.empty() && IsSheetFile(path)) {
     return OpenSheet(path, path, said.fSheet, CellRulesOf(options));
   }
-  const Extension& extension = InputExtensionOf(path, options);
+  const FileFormat format = InputFormatOf(path, options);
   if (path == kStandardInput) {
-    return OpenPipe(STDIN_FILENO, kStandardInputName, extension, options, look);
+    return OpenPipe(STDIN_FILENO, kStandardInputName, format, options, look);
   }
   std::error_code error;
   if (!std::filesystem::is_fifo(path, error)) {
-    return OpenPath(path, path, extension, options, look);
+    return OpenPath(path, path, format, options, look);
   }
   const Descriptor pipe(path);
-  return OpenPipe(pipe.Get(), path, extension, options, look);
+  return OpenPipe(pipe.Get(), path, format, options, look);
 }
 
 std::unique_ptr<IArrowSource> OpenSource(const std::string& path, const DataFileOptions& options,
@@ -339,30 +314,24 @@ std::vector<std::string> FilesOfData(const std::string& path) {
   return {path};
 }
 
-void CheckDataFile(const std::string& path) {
-  (void)ExtensionOf(path);
-  OutputFile::Check(path);
-}
+DataTarget::DataTarget(std::string path) : fFormat(OutputFormatOf(path)), fPath(std::move(path)) {}
 
-void WriteDataFile(DataTable& table, const std::string& path, const std::vector<int>* keys) {
-  const Extension& extension = ExtensionOf(path);
+void CheckDataFile(const DataTarget& target) { OutputFile::Check(target.fPath); }
+
+void WriteDataFile(DataTable& table, const DataTarget& target, const std::vector<int>* keys) {
+  const auto& [format, path] = target;
   const auto* text = dynamic_cast<const CsvSource*>(table.Source());
-  if (extension.fFormat == Format::kDelimited && text != nullptr && text->IsUsual()) {
+  if (IsDelimited(format) && text != nullptr && text->IsUsual()) {
     CsvRecords records = text->Records();
-    const char delimiter = DelimiterOfCopy(text->Rules().fDelimiter, extension.fDelimiter);
+    const char delimiter = DelimiterOfCopy(text->Rules().fDelimiter, DelimiterOf(format));
     return CopyCsv(records, keys, *AddedColumns(table), path, delimiter);
   }
   std::vector<int> all(static_cast<std::size_t>(table.OwnColumnCount()));
   std::iota(all.begin(), all.end(), 0);
   SavedBatches batches(table, keys != nullptr ? *keys : all);
-  switch (extension.fFormat) {
-    case Format::kParquet:
-      return WriteParquet(batches, path);
-    case Format::kIpc:
-      return WriteIpc(batches, path);
-    default:
-      return WriteCsv(batches, path, extension.fDelimiter);
-  }
+  if (format == FileFormat::kParquet) return WriteParquet(batches, path);
+  if (format == FileFormat::kArrow) return WriteIpc(batches, path);
+  WriteCsv(batches, path, DelimiterOf(format));
 }
 
 }  // namespace MCHost

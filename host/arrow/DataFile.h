@@ -1,7 +1,7 @@
 // Opens data files as tables and writes tables as data files. The extension decides on the format,
 // .csv, .tsv, .parquet, .arrow or .feather, to read also .jsonl, .json, .xlsx and .ods, unless the
-// options do; "-" is standard input, CSV where nobody says otherwise; a folder or a pattern is all its
-// files as one table. Text may be packed (.csv.gz), and a workbook called anything: what a file
+// options do; "-" is standard input, CSV where nobody says otherwise; a folder or a pattern is all
+// its files as one table. Text may be packed (.csv.gz), and a workbook called anything: what a file
 // holds tells, not its name. "sqlite:FILE", "duckdb:FILE" and "postgresql://..." are tables of
 // databases (DatabaseAddress.h).
 //
@@ -15,10 +15,12 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/data/DataTable.h"
 #include "host/data/FieldType.h"
+#include "host/data/FileFormat.h"
 #include "host/data/IArrowSource.h"
 #include "host/data/ReadingOptions.h"
 
@@ -54,9 +56,20 @@ std::unique_ptr<DataTable> OpenDataFile(const std::string& path, const DataFileO
 // The files that a path means: those of a folder or of a pattern (DataParts.h), else itself.
 std::vector<std::string> FilesOfData(const std::string& path);
 
-// Throws HostIOError where WriteDataFile could not begin: another extension, a folder that takes no
-// files.
-void CheckDataFile(const std::string& path);
+// Where a table is written, and in which form.
+struct DataTarget {
+  // A path stands for itself: its extension tells the format. Throws HostIOError for one that tells
+  // no format of data.
+  DataTarget(std::string path);  // NOLINT(google-explicit-constructor)
+  // REQUIRES: a format of data.
+  DataTarget(FileFormat format, std::string path) : fFormat(format), fPath(std::move(path)) {}
+
+  FileFormat fFormat;
+  std::string fPath;  // "-": standard output; there Arrow is a stream, not a file
+};
+
+// Throws HostIOError where WriteDataFile could not begin: a folder that takes no files.
+void CheckDataFile(const DataTarget& target);
 
 // Writes the columns that the data brought as they are in their file, which is read again, and the
 // variables that were added behind them:
@@ -69,7 +82,7 @@ void CheckDataFile(const std::string& path);
 // cannot be read again, gives doubles and texts. The file appears whole or not at all; it may be
 // the one that is read. Throws HostIOError, also where the file is not what it was. REQUIRES: each
 // key is a column that the data brought, and comes once.
-void WriteDataFile(DataTable& table, const std::string& path,
+void WriteDataFile(DataTable& table, const DataTarget& target,
                    const std::vector<int>* keys = nullptr);
 
 }  // namespace MCHost

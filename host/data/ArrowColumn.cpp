@@ -301,6 +301,19 @@ bool ArrowColumn::IsNumeric() const {
   return fpDictionary != nullptr ? fpDictionary->IsNumeric() : fpType->fReadString == nullptr;
 }
 
+KOVA_Variable::Time ArrowColumn::Time() const {
+  constexpr std::pair<std::string_view, KOVA_Variable::Time> kTimes[] = {
+      {"date", KOVA_Variable::kDate},
+      {"timestamp", KOVA_Variable::kDateTime},
+      {"time", KOVA_Variable::kTimeOfDay},
+      {"duration", KOVA_Variable::kDuration}};
+  if (fpDictionary != nullptr) return fpDictionary->Time();
+  for (const auto& [name, time] : kTimes) {
+    if (fpType->fName == name) return time;
+  }
+  return KOVA_Variable::kNoTime;
+}
+
 std::string ArrowColumn::Note() const {
   if (fpDictionary != nullptr) return fpDictionary->Note();
   if (fpType->fNote != nullptr) return fpType->fNote;

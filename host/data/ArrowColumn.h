@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "host/data/ArrowCDataInterface.h"
+#include "host/data/KOVA_Variable.h"
 
 namespace MCHost {
 
@@ -34,6 +35,9 @@ class ArrowColumn {
   // What the column's metadata hold under the key "label"; empty for nothing.
   const std::string& Label() const { return fLabel; }
   bool IsNumeric() const;
+
+  // What its numbers stand for.
+  KOVA_Variable::Time Time() const;
 
   // How values changed on their way in ("holds dates, read as days since 1970-01-01"), or empty.
   std::string Note() const;

@@ -84,6 +84,7 @@ void ArrowStreamReader::ReadSchema() {
       throw HostIOError(fSource, place, "a column named \"" + name + "\" is there already");
     }
   }
+  ReadingScope::ReportColumns({names.begin(), names.end()});
 }
 
 bool ArrowStreamReader::NextBatch() {

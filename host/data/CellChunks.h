@@ -1,15 +1,18 @@
 // The cells of one column in memory, in chunks of RecordBlock::kMaxCases cases.
 //
-// Chunks never move once they are full or written to, so scans hand out pointers into them. Cells
-// that were never stored are missing and cost nothing while their whole chunk is empty.
+// A column is either filled from its start, and its chunks are packed once they are full, or
+// written to anywhere. Chunks that were written to never move, nor do packed ones; cells that were
+// never stored are missing and cost nothing while their whole chunk is empty.
 #pragma once
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "common/RecordBlock.h"
+#include "host/data/PackedCells.h"
 
 namespace MCHost {
 
@@ -20,16 +23,23 @@ class CellChunks {
 
   explicit CellChunks(T missing) : fMissing(missing) {}
 
-  // Room for n more cells behind the last, to be filled by the caller.
-  // REQUIRES: they fit into one chunk.
+  // Room for n more cells behind the last, to be filled by the caller before the next call.
+  // REQUIRES: they fit into one chunk; nothing was written anywhere.
   T* Extend(std::size_t n) {
-    if (fChunks.empty() || fChunks.back().size() == kChunk) fChunks.emplace_back();
-    std::vector<T>& chunk = fChunks.back();
-    chunk.resize(chunk.size() + n, fMissing);
-    return chunk.data() + (chunk.size() - n);
+    if (fOpen.size() == kChunk) Close();
+    if (fOpen.empty()) fOpen.reserve(fPacked.empty() ? n : kChunk);
+    fOpen.resize(fOpen.size() + n, fMissing);
+    return fOpen.data() + (fOpen.size() - n);
   }
 
-  // Stores cells anywhere; those in between stay missing.
+  // Says that no more cells are to come behind the last.
+  void Close() {
+    if (fOpen.empty()) return;
+    fPacked.emplace_back(std::move(fOpen), fMissing);
+    fOpen = {};
+  }
+
+  // Stores cells anywhere; those in between stay missing. REQUIRES: the column was not extended.
   void Write(std::int64_t firstCase, const T* values, std::size_t n) {
     auto at = static_cast<std::size_t>(firstCase);
     while (n > 0) {
@@ -41,17 +51,24 @@ class CellChunks {
     }
   }
 
-  // The stored cells from a case up to the end of its chunk.
-  const T* View(std::int64_t firstCase) const {
+  // n stored cells from a case on, where they lie or in the buffer. REQUIRES: they are those of one
+  // chunk.
+  const T* Read(std::int64_t firstCase, std::size_t n, std::vector<T>& buffer) const {
     const auto at = static_cast<std::size_t>(firstCase);
-    if (at / kChunk >= fChunks.size() || fChunks[at / kChunk].empty()) return EmptyChunk();
-    return fChunks[at / kChunk].data() + at % kChunk;
+    const std::size_t chunk = at / kChunk;
+    if (chunk < fPacked.size()) {
+      if (buffer.size() < n) buffer.resize(n);
+      return fPacked[chunk].Read(at % kChunk, n, buffer.data());
+    }
+    if (!fOpen.empty() && chunk == fPacked.size()) return fOpen.data() + at % kChunk;
+    if (chunk >= fWritten.size() || fWritten[chunk].empty()) return EmptyChunk();
+    return fWritten[chunk].data() + at % kChunk;
   }
 
  private:
   T* Touch(std::size_t number) {
-    if (number >= fChunks.size()) fChunks.resize(number + 1);
-    std::vector<T>& chunk = fChunks[number];
+    if (number >= fWritten.size()) fWritten.resize(number + 1);
+    std::vector<T>& chunk = fWritten[number];
     if (chunk.size() < kChunk) chunk.resize(kChunk, fMissing);
     return chunk.data();
   }
@@ -62,7 +79,9 @@ class CellChunks {
     return chunk.data();
   }
 
-  std::vector<std::vector<T>> fChunks;
+  std::vector<PackedCells<T>> fPacked;
+  std::vector<T> fOpen;  // behind them
+  std::vector<std::vector<T>> fWritten;
   T fMissing;
 };
 

@@ -22,6 +22,7 @@ class DataTable::ViewScan : public ITableScan {
         fColumns(std::move(columns)),
         fBatchCases(std::min(table.BatchCases(fColumns.size()), maxCases)) {
     fBatch.fColumns.resize(fColumns.size());
+    fBuffers.resize(fColumns.size());
   }
 
   const TableBatch* Next() override {
@@ -31,7 +32,8 @@ class DataTable::ViewScan : public ITableScan {
     if (left <= 0) return nullptr;
     fBatch.fNCases = std::min(fBatchCases, static_cast<std::size_t>(left));
     for (std::size_t j = 0; j < fColumns.size(); ++j) {
-      fBatch.fColumns[j] = fpTable->View(fColumns[j], fBatch.fFirstCase);
+      fBatch.fColumns[j] =
+          fpTable->View(fColumns[j], fBatch.fFirstCase, fBatch.fNCases, fBuffers[j]);
     }
     return &fBatch;
   }
@@ -40,6 +42,7 @@ class DataTable::ViewScan : public ITableScan {
   const DataTable* fpTable;
   std::vector<int> fColumns;
   std::size_t fBatchCases;
+  std::vector<ViewBuffer> fBuffers;
   TableBatch fBatch;
 };
 
@@ -75,10 +78,13 @@ void DataTable::WriteStrings(int column, std::int64_t firstCase, const std::stri
   }
 }
 
-ColumnView DataTable::View(int column, std::int64_t firstCase) const {
+ColumnView DataTable::View(int column, std::int64_t firstCase, std::size_t n,
+                           ViewBuffer& buffer) const {
   const Column& source = At(column);
-  if (source.fVariable.IsNumeric()) return {source.fNumbers.View(firstCase), nullptr, nullptr};
-  return {nullptr, source.fCodes.View(firstCase), &source.fStrings};
+  if (source.fVariable.IsNumeric()) {
+    return {source.fNumbers.Read(firstCase, n, buffer.fNumbers), nullptr, nullptr};
+  }
+  return {nullptr, source.fCodes.Read(firstCase, n, buffer.fCodes), &source.fStrings};
 }
 
 std::unique_ptr<ITableScan> DataTable::ScanViews(const std::vector<int>& columns,
@@ -102,6 +108,7 @@ void DataTable::DeclareColumns(ArrowStreamReader& reader) {
     const ArrowColumn& column = reader.Column(i);
     AddVariable(KOVA_Variable(column.Name(), column.IsNumeric() ? 0 : 1));
     GetVariable(i).SetLabel(column.Label());
+    GetVariable(i).SetTime(column.Time());
     At(i).fNote = column.Note();
   }
   fNOwnColumns = ColumnCount();

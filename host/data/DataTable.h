@@ -63,8 +63,16 @@ class DataTable : public ITable {
   Column& At(int column) { return fColumns[static_cast<std::size_t>(column)]; }
   const Column& At(int column) const { return fColumns[static_cast<std::size_t>(column)]; }
 
-  // The kept cells of a column, from a case to the end of its chunk.
-  virtual ColumnView View(int column, std::int64_t firstCase) const;
+  // Where cells of a column stand that are not kept as they are shown.
+  struct ViewBuffer {
+    std::vector<double> fNumbers;
+    std::vector<std::int32_t> fCodes;
+  };
+
+  // n kept cells of a column from a case on; they lie in one chunk. The buffer is void with the
+  // next call for it.
+  virtual ColumnView View(int column, std::int64_t firstCase, std::size_t n,
+                          ViewBuffer& buffer) const;
 
   // Told when a scan made by ScanViews has left a batch.
   virtual void LeaveBatch(const TableBatch& /*batch*/) const {}

@@ -26,6 +26,9 @@ class KOVA_Variable {
  public:
   // Codes are part of the interface. 0 until the host has settled the level.
   enum MeasurementLevel { kUnknown = 0, kNominal = 1, kOrdinal = 2, kScale = 3 };
+  // What the numbers of a numeric variable stand for, where not for themselves: days or seconds
+  // since 1970-01-01 00:00, seconds since midnight, seconds.
+  enum Time { kNoTime, kDate, kDateTime, kTimeOfDay, kDuration };
   enum Alignment { kLeft = 0, kRight = 1, kCenter = 2 };
 
   // `type` is 0 for a numeric variable, otherwise the width of a string variable in bytes.
@@ -49,7 +52,20 @@ class KOVA_Variable {
   void SetWriteFormat(const KOVA_Format& format) { fWriteFormat = format; }
 
   MeasurementLevel GetMeasurementLevel() const { return fLevel; }
-  void SetMeasurementLevel(MeasurementLevel level) { fLevel = level; }
+  void SetMeasurementLevel(MeasurementLevel level) {
+    fLevel = level;
+    fbLevelSettled = false;
+  }
+
+  // Whether the level is one that nobody has given.
+  bool IsLevelSettled() const { return fbLevelSettled; }
+  void SettleMeasurementLevel(MeasurementLevel level) {
+    fLevel = level;
+    fbLevelSettled = true;
+  }
+
+  Time GetTime() const { return fTime; }
+  void SetTime(Time time) { fTime = time; }
 
   Alignment GetAlignment() const { return fAlignment; }
   void SetAlignment(Alignment alignment) { fAlignment = alignment; }
@@ -66,6 +82,8 @@ class KOVA_Variable {
   KOVA_Format fFormat;
   KOVA_Format fWriteFormat;
   MeasurementLevel fLevel = kUnknown;
+  bool fbLevelSettled = false;
+  Time fTime = kNoTime;
   Alignment fAlignment;
   KOVA_ValueLabelMap fValueLabels;
   KOVA_MissingValues fMissingValues;

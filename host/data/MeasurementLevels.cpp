@@ -32,7 +32,7 @@ class Evidence {
     for (std::size_t i = 0; i < n && !fbScale; ++i) Observe(values[i]);
   }
   void Settle() {
-    fpVariable->SetMeasurementLevel(fbScale ? KOVA_Variable::kScale : KOVA_Variable::kNominal);
+    fpVariable->SettleMeasurementLevel(fbScale ? KOVA_Variable::kScale : KOVA_Variable::kNominal);
   }
 
  private:
@@ -106,7 +106,7 @@ void SettleMeasurementLevels(ITable& table) {
     if (variable.IsNumeric()) {
       open.emplace_back(i, Evidence(variable));
     } else {
-      variable.SetMeasurementLevel(KOVA_Variable::kNominal);
+      variable.SettleMeasurementLevel(KOVA_Variable::kNominal);
     }
   }
   // Most scale variables show it in a few cases; only the others are read to the end.

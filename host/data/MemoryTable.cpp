@@ -13,6 +13,8 @@ namespace {
 
 constexpr char kSource[] = "host/data/MemoryTable";
 
+constexpr int kReadingShare = 5;
+
 ArrowArrayStream Open(IArrowSource& source, const std::vector<int>* columns) {
   ArrowArrayStream stream{};
   source.Open(columns, &stream);
@@ -38,7 +40,8 @@ void MemoryTable::ReadColumns(IArrowSource& source) {
   ArrowArrayStream stream = Open(source, nullptr);
   ArrowStreamReader whole(&stream, source.Name());
   DeclareColumns(whole);
-  const int group = source.ColumnsAtATime();
+  // Beside the cells that are kept, a part of what reading may take is enough.
+  const int group = std::max(source.ColumnsAtATime() / kReadingShare, 1);
   if (group >= ColumnCount()) {
     Load(whole, 0);
   } else {
@@ -63,6 +66,8 @@ void MemoryTable::Load(ArrowStreamReader& reader, int firstColumn) {
   while (reader.NextBatch()) LoadBatch(reader, firstColumn);
   for (int i = 0; i < reader.ColumnCount(); ++i) {
     FitWidth(firstColumn + i);
+    At(firstColumn + i).fNumbers.Close();
+    At(firstColumn + i).fCodes.Close();
     At(firstColumn + i).fNote = reader.Column(i).Note();
   }
 }

@@ -1,6 +1,7 @@
 // A table held in memory, read from an Arrow C stream or built column by column.
 //
-// Numbers are kept as doubles and strings as codes; scans show the kept cells without copying.
+// Numbers are kept in as few bytes as hold them exactly, and strings as codes, likewise; scans show
+// doubles and codes of four bytes.
 // Every missing number is KOVA_SystemMissing, also where the data had NaN or an infinity.
 #pragma once
 

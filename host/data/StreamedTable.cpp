@@ -23,6 +23,7 @@ class StreamedTable::StreamedScan : public ITableScan {
     const auto same = [](const OwnColumn& a, const OwnColumn& b) { return a.fColumn == b.fColumn; };
     std::sort(fOwn.begin(), fOwn.end(), before);
     fOwn.erase(std::unique(fOwn.begin(), fOwn.end(), same), fOwn.end());
+    fBuffers.resize(fColumns.size());
     for (OwnColumn& own : fOwn) own.Allocate(table.GetVariable(own.fColumn), fBatchCases);
     if (!fOwn.empty()) OpenSource();
     SetViews();
@@ -37,7 +38,8 @@ class StreamedTable::StreamedScan : public ITableScan {
     if (fBatch.fNCases == 0) return nullptr;
     for (std::size_t j = 0; j < fColumns.size(); ++j) {
       if (fColumns[j] < fpTable->fNOwnColumns) continue;
-      fBatch.fColumns[j] = fpTable->View(fColumns[j], fBatch.fFirstCase);
+      fBatch.fColumns[j] =
+          fpTable->View(fColumns[j], fBatch.fFirstCase, fBatch.fNCases, fBuffers[j]);
     }
     return &fBatch;
   }
@@ -120,6 +122,7 @@ class StreamedTable::StreamedScan : public ITableScan {
   StreamedTable* fpTable;
   std::vector<int> fColumns;
   std::size_t fBatchCases;
+  std::vector<ViewBuffer> fBuffers;
   std::vector<OwnColumn> fOwn;  // ascending, as the source gives them
   std::unique_ptr<ArrowStreamReader> fpReader;
   std::int64_t fSourceAt = 0;
@@ -230,8 +233,11 @@ void StreamedTable::SpoolBatch(ArrowStreamReader& reader, const std::vector<int>
   }
 }
 
-ColumnView StreamedTable::View(int column, std::int64_t firstCase) const {
-  if (fpSpool == nullptr || column >= fNOwnColumns) return DataTable::View(column, firstCase);
+ColumnView StreamedTable::View(int column, std::int64_t firstCase, std::size_t n,
+                               ViewBuffer& buffer) const {
+  if (fpSpool == nullptr || column >= fNOwnColumns) {
+    return DataTable::View(column, firstCase, n, buffer);
+  }
   const void* cells = fpSpool->Cells(static_cast<std::size_t>(column), firstCase);
   if (GetVariable(column).IsNumeric()) return {static_cast<const double*>(cells), nullptr, nullptr};
   return {nullptr, static_cast<const std::int32_t*>(cells), &At(column).fStrings};

@@ -35,7 +35,8 @@ class StreamedTable final : public DataTable {
  private:
   class StreamedScan;
 
-  ColumnView View(int column, std::int64_t firstCase) const override;
+  ColumnView View(int column, std::int64_t firstCase, std::size_t n,
+                  ViewBuffer& buffer) const override;
   void LeaveBatch(const TableBatch& batch) const override;
 
   void ReadSource();

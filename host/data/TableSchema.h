@@ -8,7 +8,7 @@
 //  missingValues      user-missing values: numbers, strings or {"value": ..., "label": ...}. On a
 //                     numeric field a string is a number ("-99") or a closed range ("90..99", with
 //                     an end left open "..-1" or "900.."); strings that CSV reads as null anyway
-//                     ("", "NA", "NaN", "null") may be listed and change nothing.
+//                     ("" and the words of NullWords.h) may be listed and change nothing.
 //  categories         values or {"value": ..., "label": ...}: value labels, and the level nominal,
 //                     or ordinal where "categoriesOrdered" is true.
 //

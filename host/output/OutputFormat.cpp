@@ -42,12 +42,18 @@ std::string General(double value) {
   return Fixed(value, 3);
 }
 
+std::string Brief(double value) {
+  const double size = std::fabs(value);
+  if (size != 0.0 && (size < 1e-3 || size >= kLeastExponent)) return fmt::format("{:.3e}", value);
+  return size >= 1e3 ? Fixed(value, 0) : fmt::format("{:.4g}", value);
+}
+
 }  // namespace
 
 const char* FormatName(OutputFormat format) {
   constexpr const char* kNames[] = {"text",        "count",       "percent", "significance",
                                     "coefficient", "correlation", "general", "pvalue",
-                                    "strength",    "tenths"};
+                                    "strength",    "tenths",      "brief",   "histogram"};
   return kNames[static_cast<int>(format)];
 }
 
@@ -71,6 +77,8 @@ std::string FormatNumber(double value, OutputFormat format) {
       return WithoutLeadingZero(Fixed(value, 3));
     case OutputFormat::kCoefficient:
       return fmt::format("{:.6g}", value);
+    case OutputFormat::kBrief:
+      return Brief(value);
     case OutputFormat::kTenths:
       return std::fabs(value) < kLeastExponent ? Fixed(value, 1) : General(value);
     default:

@@ -8,6 +8,9 @@
 //   correlation   three decimals without a leading zero: -.871
 //   strength      like correlation; a flat table draws a bar of its size beside it
 //   tenths        one decimal: -123.7; with an exponent from 1e9 on
+//   brief         four significant digits, all of the whole ones: 43.92, 6300; with an exponent
+//                 below 0.001 or from 1e9 on
+//   histogram     a list of counts; a flat table draws blocks of their sizes
 //   general       three decimals: 299.550; with an exponent below 0.001 or from 1e9 on
 //
 // Programs read the number itself at full precision.
@@ -27,7 +30,9 @@ enum class OutputFormat {
   kGeneral,
   kPValue,
   kStrength,
-  kTenths
+  kTenths,
+  kBrief,
+  kHistogram
 };
 
 // "count", "percent", ...

@@ -15,6 +15,8 @@ struct OutputNote {
   std::optional<OutputText> fGroup;  // the heading that the row stands under
   OutputText fTitle;
   OutputText fText;
+
+  bool operator==(const OutputNote&) const = default;
 };
 
 }  // namespace MCHost

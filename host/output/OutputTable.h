@@ -57,6 +57,7 @@ struct OutputTable {
   // first column of counts (a rank, say) before the row's label. One row dimension and one column
   // dimension, whose groups are not nested.
   bool fbFlat = false;
+  bool fbForPrograms = false;  // not on a page: JSON, records and streams have it
 };
 
 }  // namespace MCHost

@@ -25,6 +25,14 @@ struct AppParams {
   std::string fCopyright;
 };
 
+// What a command is about to do, once its text is understood.
+struct CommandPlan {
+  std::string fTarget;
+  std::vector<std::string> fFactors;     // categorical predictors, before any is screened out
+  std::vector<std::string> fCovariates;  // continuous ones
+  std::string fModelFile;                // that it writes; empty for none
+};
+
 class ISession {
  public:
   virtual ~ISession() = default;
@@ -56,6 +64,13 @@ class ISession {
 
   // A directory for temporary files, without a trailing separator.
   virtual std::string TempPath() const = 0;
+
+  // False where the plan is all that is wanted of the command: nothing is done then, but that its
+  // macros stand for all its predictors. A session that runs commands need not implement this.
+  virtual bool BeginsWork(const CommandPlan& plan) {
+    (void)plan;
+    return true;
+  }
 
   // True when the user asked to stop. Polled often; must be cheap.
   virtual bool IsCancelled() const = 0;

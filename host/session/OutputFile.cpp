@@ -54,6 +54,12 @@ void WriteWhole(const std::string& target,
 
 OutputFile::OutputFile(std::string target)
     : fTarget(std::move(target)), fFinal(BehindLinks(fTarget)) {
+  if (fTarget == kStandardOutput) {
+    fTarget = "standard output";
+    fDescriptor = dup(STDOUT_FILENO);
+    if (fDescriptor < 0) Fail(errno);
+    return;
+  }
   mode_t permissions = 0;
   const Kind kind = KindOf(fFinal, permissions);
   if (kind == Kind::kUnknown) Fail(errno);
@@ -72,6 +78,7 @@ OutputFile::~OutputFile() {
 }
 
 void OutputFile::Check(const std::string& target) {
+  if (target == kStandardOutput) return;
   mode_t permissions = 0;
   if (KindOf(target, permissions) != Kind::kOther) {
     const OutputFile trial(target);

@@ -17,6 +17,9 @@ class TemporaryFile;
 
 class OutputFile {
  public:
+  // The target that is standard output, which is written directly, and has no path.
+  static constexpr const char* kStandardOutput = "-";
+
   // Makes the temporary file; a symbolic link is followed. Throws HostIOError, naming the target,
   // where it cannot be made.
   explicit OutputFile(std::string target);

@@ -2,6 +2,7 @@
 #include "modelfiles/export/JSONModel.h"
 
 #include <cmath>
+#include <limits>
 #include <nlohmann/json.hpp>
 #include <vector>
 
@@ -18,6 +19,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
+constexpr const char* kFormKey = "predselect_model";
 constexpr int kForm = 1;
 
 Json Rows(const std::vector<double>& table, std::size_t classes) {
@@ -123,14 +125,18 @@ void AddPredictor(const Json& described, std::size_t classes, NBVarList& variabl
 }
 
 std::unique_ptr<INBAlgorithm> Read(const Json& document) {
-  Require(document.is_object() && document.value("predselect_model", 0) == kForm,
-          "it is no model of this form");
+  const bool isModel =
+      document.is_object() && document.contains(kFormKey) && document[kFormKey] == kForm;
+  Require(isModel, "it is no model of this form");
   NBVarList variables;
   NBModelCounts counts;
   const Json& target = document.at("target");
   counts.fTarget = Numbers(target.at("counts"));
   const Json& training = document.at("training");
-  counts.fNRecords = training.at("cases").get<int>();
+  const Json& cases = training.at("cases");
+  Require(cases.is_number_unsigned() && cases <= std::numeric_limits<int>::max(),
+          "the number of cases is none");
+  counts.fNRecords = cases.get<int>();
   counts.fWeight = training.at("weight").get<double>();
   for (const Json& predictor : document.at("predictors").get_ref<const Json::array_t&>()) {
     AddPredictor(predictor, counts.fTarget.size(), variables, counts);
@@ -149,7 +155,7 @@ ExportedModel ToJSON(const ScoringModel& model, const ExportOptions& options) {
   AddCategories(model.fTarget, target);
   target["counts"] = model.fCounts;
   target["priors"] = model.fPriors;
-  Json document = {{"predselect_model", kForm},
+  Json document = {{kFormKey, kForm},
                    {"made_by", "PredSelect " + options.fVersion},
                    {"training", {{"cases", model.fNRecords}, {"weight", model.fTotalWeight}}},
                    {"target", target},

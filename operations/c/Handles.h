@@ -41,4 +41,5 @@ struct predselect_result {
   int fNewColumnsEnd = 0;
   std::string fJson;  // empty until it is asked for
   std::string fPage;
+  std::string fReport;
 };

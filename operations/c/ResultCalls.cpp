@@ -7,9 +7,12 @@
 #include "host/data/ArrowCDataInterface.h"
 #include "host/data/MemoryTable.h"
 #include "host/data/TableBatches.h"
+#include "host/output/FlatRecords.h"
+#include "host/output/render/LayFlat.h"
 #include "host/output/render/RenderJson.h"
 #include "host/output/render/RenderText.h"
 #include "host/output/render/TableRecords.h"
+#include "host/output/report/RenderReport.h"
 #include "operations/c/Arguments.h"
 #include "operations/c/Guard.h"
 #include "operations/c/Handles.h"
@@ -75,6 +78,18 @@ predselect_status predselect_result_text(predselect_session* session, predselect
   });
 }
 
+predselect_status predselect_result_html(predselect_session* session, predselect_result* result,
+                                         const char* heading, const char** html) {
+  Clear(html);
+  return Guarded(session, [&] {
+    const char*& out = Given(html, "html");
+    predselect_result& asked = Given(result, "result");
+    const std::string about = TextArgument(heading, "heading", asked.fDocument.fDataSource.c_str());
+    asked.fReport = MCHost::RenderReport(asked.fDocument, about);
+    out = asked.fReport.c_str();
+  });
+}
+
 predselect_status predselect_result_table_count(predselect_session* session,
                                                 const predselect_result* result, size_t* count) {
   return Guarded(session, [&] {
@@ -105,7 +120,17 @@ predselect_status predselect_result_table(predselect_session* session,
   return GiveStream(session, stream, [&] {
     const MCHost::OutputTable* table = nullptr;
     InfoOf(Given(result, "result"), index, &table);
-    return std::make_unique<MCHost::TableRecords>(*table);
+    return std::make_unique<MCHost::FlatBatches>(MCHost::TableRecords(*table));
+  });
+}
+
+predselect_status predselect_result_records(predselect_session* session,
+                                            const predselect_result* result, size_t index,
+                                            ArrowArrayStream* stream) {
+  return GiveStream(session, stream, [&] {
+    const MCHost::OutputTable* table = nullptr;
+    InfoOf(Given(result, "result"), index, &table);
+    return std::make_unique<MCHost::FlatBatches>(MCHost::LayFlat(*table));
   });
 }
 

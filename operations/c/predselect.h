@@ -264,7 +264,8 @@ predselect_status predselect_model(predselect_session* session, predselect_table
                                    const char* target, const predselect_model_options* options,
                                    predselect_result** result);
 
-// The dictionary of the table: names, types, levels, valid and missing cases, ranges, categories.
+// What the table holds, variable by variable: names, types, levels and why, valid, missing and
+// distinct values, moments, quantiles, histograms, most frequent values.
 predselect_status predselect_describe(predselect_session* session, predselect_table* table,
                                       predselect_result** result);
 
@@ -301,6 +302,11 @@ predselect_status predselect_result_json(predselect_session* session, predselect
 predselect_status predselect_result_text(predselect_session* session, predselect_result* result,
                                          size_t width, const char** text);
 
+// Everything, as one HTML page that asks no network for anything; `heading` says what it is about
+// (NULL for the name of the data). Stays until the result is closed or asked for another.
+predselect_status predselect_result_html(predselect_session* session, predselect_result* result,
+                                         const char* heading, const char** html);
+
 // How many tables there are, those of all commands in order.
 predselect_status predselect_result_table_count(predselect_session* session,
                                                 const predselect_result* result, size_t* count);
@@ -330,6 +336,14 @@ predselect_status predselect_result_table_info(predselect_session* session,
 predselect_status predselect_result_table(predselect_session* session,
                                           const predselect_result* result, size_t index,
                                           struct ArrowArrayStream* stream);
+
+// The same table as records under names that stay, those of the program's --format csv: fields in
+// small letters joined with "_" ("test_value"); a cell a record where the columns are values of the
+// data (a classification table), a name a record where cells are lists of names, and a field a
+// number where they are lists of numbers.
+predselect_status predselect_result_records(predselect_session* session,
+                                            const predselect_result* result, size_t index,
+                                            struct ArrowArrayStream* stream);
 
 // The variables that the job added to the table (none: a stream without fields), in the order of
 // the cases: numbers as 64-bit floating point and texts, missing cells as null, labels as metadata

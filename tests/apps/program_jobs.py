@@ -225,6 +225,10 @@ def every_table():
 
 
 def every_option():
+    for form in ("csv", "tsv", "markdown", "jsonl", "parquet", "arrow"):
+        yield Job(["describe", *PENGUINS, "--top", "3", "--format", form])
+        yield run(PENGUINS, "NAIVEBAYES species /PRINT CLASSIFICATION.", "--format", form,
+                  "--table", "Classification", "-o", f"cells.{form}")
     for options in ([], JSON, ["-o", "page.txt"], ["--color", "always"], ["--level", "year=often"],
                     ["--level", "year=scale", "--weight", "year"], ["--level", "yaer=scale"],
                     ["--weight", "sex"]):
@@ -245,7 +249,7 @@ def every_option():
                  ["run", *PLAIN, "../in/penguins.csv", "-c", "x"], ["describe", "../in/kinds.csv"],
                  ["run", "-c", "SELECTPRED a. NAIVEBAYES b.", "-f", "x"]):
         yield Job(args)
-    for options in ([], JSON, ["--top", "2"], ["--by", "bits"], ["--by", "lr"], ["--by", "chi"],
+    for options in ([], JSON, ["-o", "page.html"], ["--top", "2"], ["--by", "bits"], ["--by", "lr"], ["--by", "chi"],
                     ["--except", "sex"], ["--except", "six"], ["--show-command"], ["--quiet"],
                     ["-o", "page.txt", "--top", "0"], ["--weight", "year", "--stream"]):
         yield Job(["rank", *PENGUINS, "species", *options])
@@ -256,7 +260,7 @@ def every_option():
     for target in ("y", "x", "name", "gone", "nothing"):
         yield Job(["rank", *SURVEY, target])
         yield Job(["model", *SURVEY, target])
-    for options in ([], JSON, ["--test", "0"], ["--test", "1"], ["--predictors", "2"],
+    for options in ([], JSON, ["--format", "html"], ["--test", "0"], ["--test", "1"], ["--predictors", "2"],
                     ["--training-column", "year"], ["--training-column", "sex"],
                     ["--except", "sex", "--weight", "year"], ["--show-command"],
                     ["--save-model", "m.bin", "--pmml", "m.xml", "--save-data", "out.csv"],
@@ -266,6 +270,13 @@ def every_option():
     for width in ("20", "60", "200"):
         yield run(PENGUINS, f"SELECTPRED {MIXED} /PLOT SUMMARY.", env={"COLUMNS": width})
     yield run(table("tokens.csv", "--null", "-", "--null", "."), "SELECTPRED y WITH x.")
+    for options in (["--missing", "x=-,."], ["--missing", "*=a,2"], ["--missing", "gone=1"],
+                    ["--missing", "x"], ["--no-null-words"], ["--no-header"], ["--delimiter", ";"],
+                    ["--decimal", ","], ["--encoding", "latin1"], ["--encoding", "ebcdic"],
+                    ["--input-format", "tsv"], ["--quote", "none", "--thousands", "space"]):
+        yield run(table("tokens.csv", *options), "SELECTPRED y WITH x.")
+    for path in ("../in/to*.csv", "../in/{tokens,one}.csv", "../in/gone*.csv"):
+        yield run(["--data", path], "SELECTPRED y WITH x.")
     for name in ("notjson.json", "unknown.json", "wrong.json", "nowhere.json"):
         yield run(table("two.csv", "--schema", f"../in/{name}"), "SELECTPRED y WITH x.")
     cells = b"y,x,z\n" + 9 * b"a,1,u\nb,2,v\na,2,v\n"
@@ -303,6 +314,7 @@ def every_state():
     for name in (*kept, *new, "../in/text.xml", "../in/empty.csv", "../in/nowhere.bin", "../in"):
         yield Job(["inspect", name])
         yield Job(["inspect", name, *JSON, "-o", "page.json"])
+        yield Job(["view", name, "-o", "page.html"])
     for names in (("rank0.bin", "rank1.xml"), ("rank1.xml", "rank0.bin", "rank.bin"),
                   ("cat0.xml", "cat1.bin"), ("rank0.bin", "cat1.bin"), ("rank0.bin", "open.bin"),
                   ("rank0.bin", "scale.bin"), ("model.bin", "model.xml"),

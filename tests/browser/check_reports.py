@@ -156,12 +156,12 @@ def rankings_are_sorted_and_searched(folder, started):
         until(page, "document.querySelector('table.ranking tbody td').textContent === '1'")
         for place in range(20):
             page.locator("table.ranking tbody button.name").nth(place).click()
-            shown = page.locator(".beside h3").inner_text()
+            shown = page.locator(".beside > h3").inner_text()
             assert shown == listed[place]["predictor"], (place, shown)
             assert page.locator(".beside figure svg").count() == 1, shown
         # By keys alone: the focus is on the name of what is shown; the next button goes on.
         page.keyboard.press("Tab"), page.keyboard.press("Tab"), page.keyboard.press("Enter")
-        assert page.locator(".beside h3").inner_text() == listed[20]["predictor"]
+        assert page.locator(".beside > h3").inner_text() == listed[20]["predictor"]
 
 
 def what_if_equals_score(folder, started):
@@ -227,7 +227,7 @@ def hostile_names_stay_text(folder, started):
             if name == "a":
                 assert HOSTILE[0] in text and HOSTILE[1] in text, text
                 page.get_by_role("button", name=HOSTILE[0], exact=True).click()
-                assert page.locator(".beside h3").inner_text() == HOSTILE[0]
+                assert page.locator(".beside > h3").inner_text() == HOSTILE[0]
 
 
 def pages_are_accessible(folder, started):
@@ -313,7 +313,7 @@ def readme_shows_a_page(folder, started):
     program("rank", DATA / "biopsies.csv", "diagnosis", "-o", path)
     with opened(started, path) as page:
         all_rows(page, 30)
-        page.locator("h3", has_text="Ranking").first.scroll_into_view_if_needed()
+        page.set_viewport_size({"width": 1180, "height": 720})
         page.evaluate("document.querySelector('.two').previousElementSibling.scrollIntoView()")
         target = Path(os.environ.get("SCREENSHOTS", folder)) / "report.png"
         target.parent.mkdir(parents=True, exist_ok=True)

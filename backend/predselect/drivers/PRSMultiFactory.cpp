@@ -3,12 +3,14 @@
 #include <cstdio>
 #include <string>
 
-#include "backend/predselect/PRSFindings.h"
 #include "backend/predselect/command/PRSMessages.h"
 #include "backend/predselect/drivers/NaiveDataSourceIter.h"
 #include "backend/predselect/drivers/PRSFiles.h"
 #include "backend/predselect/drivers/PRSMultiScoring.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
+#include "feature/FSSettings.h"
+#include "host/cases/UAVarValidSpecs.h"
+#include "host/data/ProcedureDataSource.h"
 #include "host/output/BpError.h"
 #include "host/session/ISession.h"
 #include "host/session/SessionScope.h"
@@ -122,5 +124,35 @@ void PRSMultiFactory::HandOverFindings(const PRSMultiScoring& scoring) const {
     findings.fNForced = static_cast<int>(fModel.GetForcedInputs().size());
     findings.fbByTestData = fRun.Specs().GetMultiTestData();
   }
+  findings.fLeftOut = LeftOut();
   session.TakeFindings(findings);
+}
+
+std::vector<PRSLeftOut> PRSMultiFactory::LeftOut() const {
+  std::vector<PRSLeftOut> leftOut;
+  const auto add = [&](const std::vector<int>& variables, int reason, double threshold) {
+    for (const int var : variables) {
+      const KOVA_Variable& variable = fRun.Source().GetVariable(var);
+      leftOut.push_back({variable.GetName(), variable.GetLabel(),
+                         fRun.VarSpecs().GetKOVACatVar(var), reason, threshold});
+    }
+  };
+  const PRSScreening& screening = fSpecs.Options().fScreening;
+  const std::pair<MCFSCommon::PredictorDelReason, double> rules[] = {
+      {MCFSCommon::kManyMissing, screening.fPctMissing.fValue},
+      {MCFSCommon::kManyInSingleCategory, screening.fPctEqual.fValue},
+      {MCFSCommon::kManyCategories, screening.fPctUnequal.fValue},
+      {MCFSCommon::kManyCategoriesWithOneCase, FSSettings().GetMaxPctCatWithOneCase()},
+      {MCFSCommon::kSmallStddev, screening.fStdDev.fValue},
+      {MCFSCommon::kSmallVariation, screening.fCoeffVariate.fValue}};
+  add(GetMissPredictors(), MCFSCommon::kAllMissing, MCMV::gMissingValue);
+  add(GetConstPredictors(), MCFSCommon::kAllConstant, MCMV::gMissingValue);
+  for (const MCFSCommon::PredictorDelReason same :
+       {MCFSCommon::kAllMissing, MCFSCommon::kAllConstant}) {
+    add(GetScreenedPredictors(same), same, MCMV::gMissingValue);
+  }
+  for (const auto& [reason, threshold] : rules)
+    add(GetScreenedPredictors(reason), reason, threshold);
+  add(GetDroppedInTraining(), PRSLeftOut::kConstantInTraining, MCMV::gMissingValue);
+  return leftOut;
 }

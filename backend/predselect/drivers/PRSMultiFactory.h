@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "backend/predselect/PRSFindings.h"
 #include "backend/predselect/drivers/PRSMultiMetaData.h"
 #include "backend/predselect/drivers/PRSMultiModel.h"
 #include "backend/predselect/drivers/PRSMultiRun.h"
@@ -85,6 +86,7 @@ class PRSMultiFactory {
   void WarnOfSimulation() const;
   // To a session that wants them.
   void HandOverFindings(const PRSMultiScoring& scoring) const;
+  std::vector<PRSLeftOut> LeftOut() const;
 
   PRSValidSpecs& fSpecs;
   PRSMultiRun fRun;

@@ -32,6 +32,9 @@ class BpPivotTable {
   // See MCHost::OutputTable::fbFlat.
   void Flat() { fTable.fbFlat = true; }
 
+  // See MCHost::OutputTable::fbForPrograms.
+  void ForPrograms() { fTable.fbForPrograms = true; }
+
   // In points.
   void MinDataColumnWidth(int points) { fTable.fMinDataColumnWidth = points; }
 

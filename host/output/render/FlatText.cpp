@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <map>
 #include <utility>
 
@@ -19,6 +20,7 @@ constexpr std::size_t kMostWidth = 80;
 constexpr std::size_t kBlockGap = 2;
 constexpr std::size_t kLeastBar = 6;
 constexpr std::size_t kMostBar = 10;
+constexpr std::size_t kLeastText = 14;
 
 std::string Padded(const std::string& text, std::size_t width, bool left) {
   const std::size_t used = DisplayWidth(text);
@@ -37,12 +39,30 @@ std::string Bar(double share, std::size_t width) {
   return Padded(bar + kParts[eighths % 8], width, true);
 }
 
-std::string ShownCell(const OutputCell& cell) {
+// The counts of a list as columns of eight heights: nothing has none, and the least of what is
+// there the least one.
+std::string Columns(const OutputText& list) {
+  constexpr const char* kHeights[] = {" ", "▁", "▂", "▃", "▄", "▅", "▆", "▇", "█"};
+  std::vector<double> counts;
+  for (const OutputText& item : list.fArguments.front().fItems) {
+    counts.push_back(std::strtod(item.fKey.c_str(), nullptr));
+  }
+  const double most = *std::max_element(counts.begin(), counts.end());
+  std::string columns;
+  for (const double count : counts) {
+    const double height = count > 0.0 ? std::max(std::round(8.0 * count / most), 1.0) : 0.0;
+    columns += kHeights[static_cast<std::size_t>(height)];
+  }
+  return columns;
+}
+
+std::string ShownCell(const OutputCell& cell, OutputFormat format) {
   const auto* number = std::get_if<double>(&cell.fValue);
   const auto* text = std::get_if<OutputText>(&cell.fValue);
   std::string shown;
   if (number != nullptr) shown = FormatNumber(*number, cell.fFormat);
   if (text != nullptr) shown = VisibleText(ShowText(*text), "");
+  if (text != nullptr && format == OutputFormat::kHistogram) shown = Columns(*text);
   return shown + FootnoteMarks(cell.fNotes);
 }
 
@@ -55,7 +75,7 @@ std::string LabelOf(const OutputDimension& dimension, int category) {
 
 std::size_t FlatText::WidthOn(std::size_t pageWidth) { return std::min(pageWidth, kMostWidth); }
 
-FlatText::FlatText(const OutputTable& table, std::size_t pageWidth) {
+FlatText::FlatText(const OutputTable& table, std::size_t pageWidth, bool blocks) {
   const OutputDimension& rows = table.fDimensions[0];
   const OutputDimension& columns = table.fDimensions[1];
   fLabelHeading = ShowText(rows.fName);
@@ -63,9 +83,11 @@ FlatText::FlatText(const OutputTable& table, std::size_t pageWidth) {
   for (const int row : leaves) fLabels.push_back(LabelOf(rows, row));
   for (const int leaf : columns.Leaves()) {
     const int top = columns.PathTo(leaf).front();
-    const bool isCount =
-        columns.fCategories[static_cast<std::size_t>(leaf)].fFormat == OutputFormat::kCount;
-    AddColumn(LabelOf(columns, top), MakeColumn(table, leaf, leaves), isCount);
+    const OutputFormat format = columns.fCategories[static_cast<std::size_t>(leaf)].fFormat;
+    if (!blocks && format == OutputFormat::kHistogram) continue;
+    Column column = MakeColumn(table, leaf, leaves);
+    if (!blocks) column.fBars.clear();
+    AddColumn(LabelOf(columns, top), std::move(column), format == OutputFormat::kCount);
   }
   Fit(WidthOn(pageWidth));
 }
@@ -78,11 +100,11 @@ FlatText::Column FlatText::MakeColumn(const OutputTable& table, int leaf,
   }
   Column column;
   const auto format = table.fDimensions[1].fCategories[static_cast<std::size_t>(leaf)].fFormat;
-  column.fbText = format == OutputFormat::kText;
+  column.fbText = format == OutputFormat::kText || format == OutputFormat::kHistogram;
   for (const int row : rows) {
     const auto found = byRow.find(row);
     const OutputCell* cell = found == byRow.end() ? nullptr : found->second;
-    column.fCells.push_back(cell == nullptr ? "" : ShownCell(*cell));
+    column.fCells.push_back(cell == nullptr ? "" : ShownCell(*cell, format));
     column.fWidth = std::max(column.fWidth, DisplayWidth(column.fCells.back()));
     if (format != OutputFormat::kStrength) continue;
     const auto* number = cell == nullptr ? nullptr : std::get_if<double>(&cell->fValue);
@@ -105,6 +127,12 @@ std::size_t FlatText::WidthOf(const Block& block) const {
   return std::max(width, DisplayWidth(block.fHeading));
 }
 
+std::size_t FlatText::CutWidth(const Block& block, std::size_t rest) {
+  const bool isText = block.fColumns.size() == 1 && block.fColumns.front().fbText;
+  const bool isEnough = rest >= std::max(kLeastText, DisplayWidth(block.fHeading));
+  return isText && isEnough ? rest : 0;
+}
+
 void FlatText::Fit(std::size_t width) {
   std::size_t longest = DisplayWidth(fLabelHeading);
   for (const std::string& label : fLabels) longest = std::max(longest, DisplayWidth(label));
@@ -112,9 +140,16 @@ void FlatText::Fit(std::size_t width) {
   fBarWidth = kLeastBar;
   std::size_t used = fLabelWidth;
   for (fNShown = 0; fNShown < fBlocks.size(); ++fNShown) {
-    const std::size_t more = kBlockGap + WidthOf(fBlocks[fNShown]);
-    if (fNShown > 0 && used + more > width) break;
-    used += more;
+    Block& block = fBlocks[fNShown];
+    const std::size_t more = kBlockGap + WidthOf(block);
+    if (fNShown == 0 || used + more <= width) {
+      used += more;
+      continue;
+    }
+    const std::size_t cut = CutWidth(block, width - std::min(used + kBlockGap, width));
+    if (cut == 0) break;
+    block.fColumns.front().fWidth = cut;
+    used += kBlockGap + WidthOf(block);
   }
   const auto shownEnd = fBlocks.begin() + static_cast<std::ptrdiff_t>(fNShown);
   const bool hasBar = std::any_of(fBlocks.begin(), shownEnd, [](const Block& block) {
@@ -131,7 +166,9 @@ std::string FlatText::CellsOf(const Block& block, std::size_t row) const {
   std::string text;
   for (const Column& column : block.fColumns) {
     if (&column != &block.fColumns.front()) text += ' ';
-    text += Padded(column.fCells[row], column.fWidth, column.fbText);
+    const std::string& cell = column.fCells[row];
+    const bool isCut = DisplayWidth(cell) > column.fWidth;
+    text += Padded(isCut ? ShortText(cell, column.fWidth) : cell, column.fWidth, column.fbText);
     if (!column.fBars.empty()) text += ' ' + Bar(column.fBars[row], fBarWidth);
   }
   return text;

@@ -24,11 +24,14 @@ class PageWriter {
   explicit PageWriter(const TextOptions& options) : fOptions(options) {}
 
   void Run(const OutputRun& run);
+  // Above the results of one of several commands.
+  void Heading(const std::string& text);
   void Message(const OutputMessage& message);
   const std::string& Page() const { return fPage; }
 
  private:
-  void Notes(const std::vector<OutputNote>& notes);
+  // Those that the page does not have yet.
+  void Notes(const std::vector<OutputNote>& all);
   void Table(const OutputTable& table);
   void Results(const OutputRun& run);
 
@@ -41,6 +44,7 @@ class PageWriter {
 
   const TextOptions& fOptions;
   std::string fPage;
+  std::vector<OutputNote> fNotes;  // shown so far
 };
 
 void PageWriter::Run(const OutputRun& run) {
@@ -48,8 +52,10 @@ void PageWriter::Run(const OutputRun& run) {
     BeginBlock();
     for (const OutputMessage& message : run.fMessages) Message(message);
   }
-  if (!run.fNotes.empty()) Notes(run.fNotes);
-  for (const OutputTable& table : run.fTables) Table(table);
+  Notes(run.fNotes);
+  for (const OutputTable& table : run.fTables) {
+    if (!table.fbForPrograms) Table(table);
+  }
   for (const OutputChart& chart : run.fCharts) {
     BeginBlock();
     Title(KeyText("^1 (chart)", {ShowText(chart.fTitle)}));
@@ -73,7 +79,21 @@ void PageWriter::Message(const OutputMessage& message) {
   fPage += detail + "\n";
 }
 
-void PageWriter::Notes(const std::vector<OutputNote>& notes) {
+void PageWriter::Heading(const std::string& text) {
+  BeginBlock();
+  std::string line = "── " + VisibleText(text, "") + " ";
+  const std::size_t width = FlatText::WidthOn(fOptions.fWidth);
+  for (std::size_t used = DisplayWidth(line); used < width; ++used) line += "─";
+  Title(line);
+}
+
+void PageWriter::Notes(const std::vector<OutputNote>& all) {
+  std::vector<OutputNote> notes;
+  for (const OutputNote& note : all) {
+    if (std::ranges::find(fNotes, note) == fNotes.end()) notes.push_back(note);
+  }
+  if (notes.empty()) return;
+  fNotes.insert(fNotes.end(), notes.begin(), notes.end());
   BeginBlock();
   Title(KeyText("Notes"));
   std::size_t width = 0;
@@ -97,7 +117,7 @@ void PageWriter::Notes(const std::vector<OutputNote>& notes) {
 void PageWriter::Table(const OutputTable& table) {
   BeginBlock();
   Title(ShowText(table.fTitle));
-  fPage += table.fbFlat ? FlatText(table, fOptions.fWidth).Draw()
+  fPage += table.fbFlat ? FlatText(table, fOptions.fWidth, fOptions.fbBlocks).Draw()
                         : TextTable(table, fOptions.fWidth).Draw();
   if (table.fCaption && table.fbFlat && !table.fCells.empty()) fPage += "\n";
   if (table.fCaption) Hanging("", ShowText(*table.fCaption), table.fbFlat);
@@ -148,7 +168,12 @@ std::string PageWriter::Styled(const std::string& text, const char* style) const
 
 std::string RenderText(const OutputDocument& document, const TextOptions& options) {
   PageWriter writer(options);
-  for (const OutputRun& run : document.GetRuns()) writer.Run(run);
+  const std::vector<OutputRun>& runs = document.GetRuns();
+  for (std::size_t i = 0; i < runs.size(); ++i) {
+    const std::string number = std::to_string(i + 1);
+    if (runs.size() > 1) writer.Heading(KeyText("Command ^1: ^2", {number, runs[i].fCommand}));
+    writer.Run(runs[i]);
+  }
   return writer.Page();
 }
 

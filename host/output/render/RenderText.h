@@ -13,6 +13,7 @@ struct OutputMessage;
 struct TextOptions {
   std::size_t fWidth = 100;  // columns of the terminal, or of the page when there is none
   bool fbColor = false;      // titles and severities set off with terminal colours
+  bool fbBlocks = true;      // bars and histograms of block characters in flat tables
   bool fbMessages = true;    // false where messages are shown elsewhere
 };
 

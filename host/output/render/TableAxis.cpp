@@ -1,7 +1,7 @@
 #include "host/output/render/TableAxis.h"
 
 #include <algorithm>
-#include <set>
+#include <map>
 
 #include "host/output/ShowText.h"
 #include "host/text/VisibleText.h"
@@ -22,33 +22,39 @@ std::vector<AxisEntry::Heading> Headings(const OutputDimension& dimension, int p
   return headings;
 }
 
-// Every entry so far, continued by every leaf of one more dimension.
-std::vector<AxisEntry> Continued(const std::vector<AxisEntry>& entries,
-                                 const OutputDimension& dimension, std::size_t place) {
-  std::vector<AxisEntry> continued;
-  for (const AxisEntry& entry : entries) {
-    for (const int leaf : dimension.Leaves()) {
-      AxisEntry next = entry;
-      for (auto& heading : Headings(dimension, static_cast<int>(place), leaf)) {
-        next.fHeadings.push_back(std::move(heading));
-      }
-      next.fLeaves.push_back(leaf);
-      continued.push_back(std::move(next));
-    }
+// The combinations of leaves that have a cell, in the order of the leaves. Most combinations of
+// many leaves have none.
+std::vector<std::vector<int>> Used(const OutputTable& table,
+                                   const std::vector<std::size_t>& dimensions) {
+  std::vector<std::vector<int>> places(dimensions.size());  // of a category among the leaves
+  for (std::size_t i = 0; i < dimensions.size(); ++i) {
+    const OutputDimension& dimension = table.fDimensions[dimensions[i]];
+    places[i].resize(dimension.fCategories.size());
+    int place = 0;
+    for (const int leaf : dimension.Leaves()) places[i][static_cast<std::size_t>(leaf)] = place++;
   }
-  return continued;
-}
-
-void DropEmpty(const OutputTable& table, const std::vector<std::size_t>& dimensions,
-               std::vector<AxisEntry>& entries) {
-  std::set<std::vector<int>> used;
+  std::map<std::vector<int>, std::vector<int>> used;  // leaves by their places
   for (const OutputCell& cell : table.fCells) {
     std::vector<int> leaves;
-    leaves.reserve(dimensions.size());
-    for (const std::size_t dimension : dimensions) leaves.push_back(cell.fPlace[dimension]);
-    used.insert(std::move(leaves));
+    std::vector<int> place;
+    for (std::size_t i = 0; i < dimensions.size(); ++i) {
+      leaves.push_back(cell.fPlace[dimensions[i]]);
+      place.push_back(places[i][static_cast<std::size_t>(leaves.back())]);
+    }
+    used.try_emplace(std::move(place), std::move(leaves));
   }
-  std::erase_if(entries, [&](const AxisEntry& entry) { return !used.contains(entry.fLeaves); });
+  std::vector<std::vector<int>> combinations;
+  for (auto& [place, leaves] : used) combinations.push_back(std::move(leaves));
+  return combinations;
+}
+
+std::vector<std::vector<int>> Combinations(const OutputTable& table,
+                                           const std::vector<std::size_t>& dimensions) {
+  if (dimensions.size() > 1) return Used(table, dimensions);
+  std::vector<std::vector<int>> combinations;
+  if (dimensions.empty()) return {{}};
+  for (const int leaf : table.fDimensions[dimensions[0]].Leaves()) combinations.push_back({leaf});
+  return combinations;
 }
 
 }  // namespace
@@ -63,11 +69,17 @@ std::vector<std::size_t> AxisDimensions(const OutputTable& table, OutputDimensio
 
 std::vector<AxisEntry> AxisEntries(const OutputTable& table, OutputDimension::Axis axis) {
   const std::vector<std::size_t> dimensions = AxisDimensions(table, axis);
-  std::vector<AxisEntry> entries(1);
-  for (const std::size_t dimension : dimensions) {
-    entries = Continued(entries, table.fDimensions[dimension], dimension);
+  std::vector<AxisEntry> entries;
+  for (std::vector<int>& leaves : Combinations(table, dimensions)) {
+    AxisEntry& entry = entries.emplace_back();
+    for (std::size_t i = 0; i < dimensions.size(); ++i) {
+      const auto place = static_cast<int>(dimensions[i]);
+      for (auto& heading : Headings(table.fDimensions[dimensions[i]], place, leaves[i])) {
+        entry.fHeadings.push_back(std::move(heading));
+      }
+    }
+    entry.fLeaves = std::move(leaves);
   }
-  if (dimensions.size() > 1) DropEmpty(table, dimensions, entries);
   return entries;
 }
 

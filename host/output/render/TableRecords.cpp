@@ -1,11 +1,15 @@
 #include "host/output/render/TableRecords.h"
 
 #include <algorithm>
-#include <charconv>
 #include <map>
+#include <set>
 #include <utility>
 
+#include "common/MissingValue.h"
+#include "host/output/OutputTable.h"
 #include "host/output/ShowText.h"
+#include "host/output/render/TableAxis.h"
+#include "host/text/CsvText.h"
 
 namespace MCHost {
 
@@ -15,23 +19,17 @@ std::string Joined(const std::string& left, const std::string& right) {
   return left.empty() ? right : left + ": " + right;
 }
 
-// The shortest text that reads back as the same number.
-std::string NumberText(double value) {
-  char text[32];
-  return {text, std::to_chars(text, text + sizeof(text), value).ptr};
-}
-
-void AddCell(const OutputCell* cell, ArrowCells& cells) {
+void AddCell(const OutputCell* cell, FlatColumn& column) {
   const auto* number = cell != nullptr ? std::get_if<double>(&cell->fValue) : nullptr;
   const auto* text = cell != nullptr ? std::get_if<OutputText>(&cell->fValue) : nullptr;
-  if (number != nullptr && cells.IsNumeric()) {
-    cells.AddNumbers(number, 1);
+  if (number != nullptr && column.fbNumeric) {
+    column.fNumbers.push_back(*number);
   } else if (number != nullptr) {
-    cells.AddText(NumberText(*number));
+    AppendNumber(column.fTexts.emplace_back("").value(), *number);
   } else if (text != nullptr) {
-    cells.AddText(TextId(*text));
+    column.fTexts.emplace_back(TextId(*text));
   } else {
-    cells.AddMissing();
+    column.AddMissing();
   }
 }
 
@@ -43,25 +41,43 @@ const OutputText& LabelOf(const OutputDimension& dimension, int category) {
   return dimension.fCategories[static_cast<std::size_t>(category)].fLabel;
 }
 
-}  // namespace
+class RecordsMaker {
+ public:
+  FlatRecords Make(const OutputTable& table);
 
-TableRecords::TableRecords(const OutputTable& table)
-    : fMetadata{{"title", TextId(table.fTitle)},
-                {"label", ShowText(table.fTitle)},
-                {"subtype", table.fSubtype}} {
+ private:
+  struct Record {
+    const AxisEntry* fpRow;
+    const AxisEntry* fpLayer;
+  };
+
+  void AddKeys(const OutputTable& table, OutputDimension::Axis axis,
+               const std::vector<Record>& records);
+  void AddKey(const OutputDimension& dimension, const std::vector<int>& leaves);
+  void AddValues(const OutputTable& table, const std::vector<Record>& records);
+  FlatColumn& AddColumn(const std::string& name, bool numeric, std::string label);
+
+  FlatRecords fRecords;
+  std::set<std::string> fNames;
+};
+
+FlatRecords RecordsMaker::Make(const OutputTable& table) {
+  fRecords.fSubtype = table.fSubtype;
+  fRecords.fTitle = TextId(table.fTitle);
+  fRecords.fLabel = ShowText(table.fTitle);
   const std::vector<AxisEntry> rows = AxisEntries(table, OutputDimension::kRow);
   const std::vector<AxisEntry> layers = AxisEntries(table, OutputDimension::kLayer);
   std::vector<Record> records;
   for (const AxisEntry& layer : layers) {
     for (const AxisEntry& row : rows) records.push_back({&row, &layer});
   }
-  fNRecords = records.size();
   AddKeys(table, OutputDimension::kRow, records);
   AddKeys(table, OutputDimension::kLayer, records);
   AddValues(table, records);
+  return std::move(fRecords);
 }
 
-void TableRecords::AddKeys(const OutputTable& table, OutputDimension::Axis axis,
+void RecordsMaker::AddKeys(const OutputTable& table, OutputDimension::Axis axis,
                            const std::vector<Record>& records) {
   const std::vector<std::size_t> dimensions = AxisDimensions(table, axis);
   for (std::size_t i = 0; i < dimensions.size(); ++i) {
@@ -74,7 +90,7 @@ void TableRecords::AddKeys(const OutputTable& table, OutputDimension::Axis axis,
   }
 }
 
-void TableRecords::AddKey(const OutputDimension& dimension, const std::vector<int>& leaves) {
+void RecordsMaker::AddKey(const OutputDimension& dimension, const std::vector<int>& leaves) {
   std::vector<std::vector<int>> groups;  // above each record's category, from the outermost
   std::size_t depth = 0;
   for (const int leaf : leaves) {
@@ -84,20 +100,20 @@ void TableRecords::AddKey(const OutputDimension& dimension, const std::vector<in
   }
   const std::string name = TextId(dimension.fName);
   for (std::size_t level = 0; level < depth; ++level) {
-    ArrowCells& cells = AddField(name + ": Group " + std::to_string(level + 1), false, {});
+    FlatColumn& column = AddColumn(name + ": Group " + std::to_string(level + 1), false, "");
     for (const std::vector<int>& path : groups) {
       if (level < path.size()) {
-        cells.AddText(TextId(LabelOf(dimension, path[level])));
+        column.fTexts.emplace_back(TextId(LabelOf(dimension, path[level])));
       } else {
-        cells.AddMissing();
+        column.AddMissing();
       }
     }
   }
-  ArrowCells& cells = AddField(name, false, {{"label", ShowText(dimension.fName)}});
-  for (const int leaf : leaves) cells.AddText(TextId(LabelOf(dimension, leaf)));
+  FlatColumn& column = AddColumn(name, false, ShowText(dimension.fName));
+  for (const int leaf : leaves) column.fTexts.emplace_back(TextId(LabelOf(dimension, leaf)));
 }
 
-void TableRecords::AddValues(const OutputTable& table, const std::vector<Record>& records) {
+void RecordsMaker::AddValues(const OutputTable& table, const std::vector<Record>& records) {
   std::map<std::vector<int>, const OutputCell*> byPlace;
   for (const OutputCell& cell : table.fCells) byPlace[cell.fPlace] = &cell;
   std::vector<const OutputCell*> cells(records.size());
@@ -117,21 +133,20 @@ void TableRecords::AddValues(const OutputTable& table, const std::vector<Record>
       label = Joined(label, ShowText(text));
     }
     const bool numeric = std::none_of(cells.begin(), cells.end(), IsText);
-    ArrowCells& filled = AddField(name.empty() ? "Value" : name, numeric, {{"label", label}});
+    FlatColumn& filled = AddColumn(name.empty() ? "Value" : name, numeric, std::move(label));
     for (const OutputCell* cell : cells) AddCell(cell, filled);
   }
 }
 
-ArrowCells& TableRecords::AddField(const std::string& name, bool numeric, ArrowMetadata metadata) {
+FlatColumn& RecordsMaker::AddColumn(const std::string& name, bool numeric, std::string label) {
   std::string unique = name;
   for (int n = 2; !fNames.insert(unique).second; ++n) unique = name + " " + std::to_string(n);
-  fFields.push_back({std::move(unique), numeric, std::move(metadata)});
-  return fColumns.emplace_back(numeric);
+  return fRecords.fColumns.emplace_back(
+      FlatColumn{std::move(unique), std::move(label), numeric, {}, {}});
 }
 
-std::size_t TableRecords::Next(std::vector<ArrowCells>& columns) {
-  columns = std::move(fColumns);
-  return std::exchange(fNRecords, 0);
-}
+}  // namespace
+
+FlatRecords TableRecords(const OutputTable& table) { return RecordsMaker().Make(table); }
 
 }  // namespace MCHost

@@ -101,7 +101,9 @@ Json Run(const OutputRun& run) {
   }
   for (const OutputMessage& message : run.fMessages) json["messages"].push_back(Message(message));
   for (const OutputNote& note : run.fNotes) json["notes"].push_back(Note(note));
-  for (const OutputTable& table : run.fTables) json["tables"].push_back(Table(table));
+  for (const OutputTable& table : run.fTables) {
+    if (!table.fbForPrograms) json["tables"].push_back(Table(table));
+  }
   for (const OutputChart& chart : run.fCharts) {
     json["charts"].push_back(
         {{"title", ShowText(chart.fTitle)}, {"spec", ReadableChart(Json::parse(chart.fVegaLite))}});

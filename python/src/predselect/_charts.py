@@ -74,7 +74,7 @@ def _scale(points: list[dict[str, Any]], rules: list[float], axis: dict[str, Any
 
     def place(value: float) -> float:
         share = (value - low) / (high - low)
-        return _LEFT + _WIDTH * min(max(1 - share if reverse else share, 0.0), 1.0)
+        return float(_LEFT + _WIDTH * min(max(1 - share if reverse else share, 0.0), 1.0))
 
     return place, low, high
 

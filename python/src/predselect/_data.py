@@ -3,7 +3,6 @@
 from __future__ import annotations
 
 import ctypes
-import glob
 import itertools
 import json
 import os
@@ -96,18 +95,7 @@ def open_table(session: lib.Session, data: Any, options: Options) -> Table:
 def _path_of(data: Any) -> str | None:
     if not isinstance(data, (str, os.PathLike)):
         return None
-    path = os.fspath(data)
-    if os.path.exists(path) or not glob.has_magic(path):
-        return path
-    found = sorted(glob.glob(path))
-    if not found:
-        raise DataError(f"{path}: there is no such file")
-    if len(found) > 1:
-        raise DataError(
-            f"{path}: {len(found)} files. Give them as batches: "
-            "(pyarrow.csv.read_csv(p) for p in paths), or pyarrow.dataset.dataset(paths)"
-        )
-    return found[0]
+    return os.fspath(data)
 
 
 def _table_options(

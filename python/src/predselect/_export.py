@@ -216,24 +216,22 @@ def _outgoing(pointer: Any) -> _Outgoing:
     return outgoing
 
 
-@GetSchema
-def _get_schema(stream: Any, schema: Any) -> int:
+def _schema_of(stream: Any, schema: Any) -> int:
     outgoing = _outgoing(stream)
     return outgoing.guarded(lambda: outgoing.first.give_schema(schema.contents))
 
 
-@GetNext
-def _get_next(stream: Any, array: Any) -> int:
+def _next_of(stream: Any, array: Any) -> int:
     outgoing = _outgoing(stream)
     return outgoing.guarded(lambda: outgoing.next(array.contents))
 
 
-@GetLastError
-def _get_last_error(stream: Any) -> int:
+def _trouble_of(stream: Any) -> int:
     return ctypes.addressof(_outgoing(stream).text)
 
 
-_release_stream = ReleaseStream(_release)
+_get_schema, _get_next = GetSchema(_schema_of), GetNext(_next_of)
+_get_last_error, _release_stream = GetLastError(_trouble_of), ReleaseStream(_release)
 
 
 def stream_of(first: AnyBatch, others: Iterator[AnyBatch] = iter(())) -> tuple[ArrowArrayStream, _Outgoing]:

@@ -38,10 +38,11 @@ class Job:
         with self.progress as watch:
             self.session.listen(watch.told if watch.wanted else None)
             status = self.session.work(call, watch.show if watch.wanted else None)
+        failure = None if status == lib.OK else self.session.failure(status)
         self.session.listen(None)
         if status not in (lib.OK, lib.COMMAND_ERROR, lib.CANCELLED):
-            raise self.session.failure(status)
-        failure = None if status == lib.OK else self.session.failure(status)
+            assert failure is not None
+            raise failure
         result = kind(self.session, handle, table)
         if failure is not None:
             failure.result = result  # type: ignore[attr-defined]
@@ -174,6 +175,7 @@ def model(
         result = job.result(Model, table, "model", table, target.encode(), ctypes.byref(said))
         if state.exists():
             result.state = State.load(state)
+            result._leave_out(str(state))
     result._warn()
     return result
 

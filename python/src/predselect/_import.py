@@ -27,8 +27,7 @@ def struct_in(capsule: Any, name: bytes) -> Any:
     return _KINDS[name].from_address(address)
 
 
-@_Destructor
-def _capsule_ends(capsule: int) -> None:
+def _capsule_ended(capsule: int) -> None:
     # A borrowed reference, made an object without counting it: the capsule is going away.
     get = ctypes.PYFUNCTYPE(ctypes.c_void_p, ctypes.c_void_p, ctypes.c_char_p)(
         ("PyCapsule_GetPointer", _api)
@@ -36,6 +35,9 @@ def _capsule_ends(capsule: int) -> None:
     stream = _out.pop(get(capsule, STREAM))
     if stream.release:
         stream.release(ctypes.pointer(stream))
+
+
+_capsule_ends = _Destructor(_capsule_ended)
 
 
 def capsule_of(stream: ArrowArrayStream) -> Any:

@@ -93,7 +93,7 @@ def _options(name: str, fields: str) -> Any:
     )
 
     def make(**values: Any) -> Any:
-        return struct(struct_size=ctypes.sizeof(struct), **values)  # type: ignore[call-arg]
+        return struct(struct_size=ctypes.sizeof(struct), **values)
 
     return make
 

@@ -5,7 +5,9 @@ from __future__ import annotations
 import ctypes
 import html
 import json
+import os
 from collections.abc import Iterator
+from pathlib import Path
 from typing import Any
 
 import numpy as np
@@ -13,7 +15,7 @@ import numpy as np
 from . import _library as lib
 from ._charts import Chart, bars
 from ._import import capsule_of, read
-from .errors import category_of, warn
+from .errors import DataError, PredSelectWarning, category_of, warn
 
 
 class Columns:
@@ -97,7 +99,8 @@ class ResultTable(Columns):
     @property
     def document(self) -> dict[str, Any]:
         """The table as the JSON document has it, with formats, footnotes and shown texts."""
-        return self._result._tables_of_document[self._index]
+        document: dict[str, Any] = self._result._tables_of_document[self._index]
+        return document
 
     def __repr__(self) -> str:
         return f"<{self.title}: {len(self)} rows, {', '.join(self.columns)}>"
@@ -165,10 +168,32 @@ class Result:
         )
         return (page.value or b"").decode()
 
+    def save(self, path: str | os.PathLike[str], heading: str | None = None) -> None:
+        """Writes all of it: an HTML report that needs no network, or JSON, or a page of text, as
+        the name ends (.html, .json, .txt)."""
+        kind = Path(path).suffix.lower()
+        if kind == ".html":
+            page = ctypes.c_char_p()
+            said = heading.encode() if heading is not None else None
+            self._session.call("result_html", self._handle, said, ctypes.byref(page))
+            words = (page.value or b"").decode()
+        elif kind == ".json":
+            words = json.dumps(self.document, ensure_ascii=False)
+        elif kind == ".txt":
+            words = self.text()
+        else:
+            raise DataError(f"{path}: a result is saved as .html, .json or .txt")
+        Path(path).write_text(words, encoding="utf-8")
+
+    _only_classes = False  # whether warnings without a class of their own are left to `messages`
+
     def _warn(self) -> None:
         for message in self.messages:
-            if message["severity"] == "warning":
-                warn(message["text"], category_of(message["key"]))
+            kind = category_of(message["key"])
+            if message["severity"] == "warning" and not (
+                self._only_classes and kind is PredSelectWarning
+            ):
+                warn(message["text"], kind)
 
     def __str__(self) -> str:
         return self.text()
@@ -211,6 +236,9 @@ class Result:
 class Ranking(Result):
     """How each column of the data goes with the target, the best first."""
 
+    # What its command says of a selection is not what was asked for.
+    _only_classes = True
+
     def _main(self) -> ResultTable:
         return self["Ranking"]
 
@@ -236,6 +264,18 @@ class Model(Result):
     """
 
     state: Any = None
+    _only_classes = True
+    _own_file = ""  # what the state went through, which is gone
+
+    def _leave_out(self, path: str) -> None:
+        """Says nothing of a file that only this package knew."""
+        self._own_file = path
+        for run in self.document["runs"]:
+            run["files"] = [file for file in run["files"] if file != path]
+
+    def text(self, width: int = 100) -> str:
+        lines = super().text(max(width, 60) if width else 0).splitlines()
+        return "\n".join(li for li in lines if not self._own_file or self._own_file not in li) + "\n"
 
     @property
     def predictors(self) -> list[str]:

@@ -81,4 +81,4 @@ def warn(text: str, category: type[Warning]) -> None:
     frame, level = sys._getframe(1), 2
     while frame.f_back is not None and frame.f_code.co_filename.startswith(folder):
         frame, level = frame.f_back, level + 1
-    warnings.warn(text, category, stacklevel=level - 1)
+    warnings.warn(text, category, stacklevel=level)

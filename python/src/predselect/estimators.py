@@ -170,7 +170,8 @@ class _Pickled:
     """Pickles by state files: nothing of them is more than bytes that the library checks."""
 
     def __getstate__(self) -> dict[str, Any]:
-        kept: dict[str, Any] = dict(super().__getstate__())  # type: ignore[misc]
+        held: Any = super().__getstate__()
+        kept: dict[str, Any] = dict(held)
         kept["_predselect_state_version"] = _STATE_VERSION
         return kept
 
@@ -246,7 +247,7 @@ class PredictorSelector(_Mixed, _Pickled, SelectorMixin, BaseEstimator):  # type
 
     def fit(self, X: Any, y: Any, sample_weight: Any = None) -> PredictorSelector:
         """Ranks the features of X against y. Weights count cases, rounded to whole numbers."""
-        self._state = None
+        self._state: State | None = None
         self._fit(X, y, sample_weight, merge=False)
         return self
 
@@ -351,12 +352,12 @@ class PredictorSelector(_Mixed, _Pickled, SelectorMixin, BaseEstimator):  # type
                 if not path.exists():
                     raise
             counted = State.load(path)
-        if is_first:
-            self._state = counted
-        else:
+        if not is_first and self._state is not None:
             self._state.merge(counted)
+            counted = self._state
+        self._state = counted
         self._clear(len(columns.columns))
-        self._read_counts(self._state.inspect(), list(columns.columns))
+        self._read_counts(counted.inspect(), list(columns.columns))
 
     def _read_counts(self, counts: Result, names: list[str]) -> None:
         """The ranking of merged counts, which holds statistics and p-values by their tests."""
@@ -372,14 +373,19 @@ class PredictorSelector(_Mixed, _Pickled, SelectorMixin, BaseEstimator):  # type
         self._adjust()
 
     def _read_test(self, table: ResultTable, test: str, at: Any) -> None:
-        value = numbers_of(table, f"{test}: Value")
+        is_t = f"{test}: t" in table.columns
+        value = numbers_of(table, f"{test}: {'t' if is_t else 'Value'}")
         there = ~np.isnan(value)
         p = next(numbers_of(table, c) for c in table.columns
                  if c.startswith(f"{test}: ") and "Sig" in c)
         self.scores_[at[there]] = value[there]
         self.pvalues_[at[there]] = p[there]
         with np.errstate(divide="ignore"):
-            self.logpvalues_[at[there]] = np.log(p[there])
+            log = np.log(p)
+        far = there & (p == 0)
+        if far.any():
+            log[far] = _log_tail(table, test, value, far)
+        self.logpvalues_[at[there]] = log[there]
 
     def _adjust(self) -> None:
         """Benjamini-Hochberg and Holm over the features that have a p-value."""
@@ -414,9 +420,45 @@ class PredictorSelector(_Mixed, _Pickled, SelectorMixin, BaseEstimator):  # type
 
     def save(self, path: str | os.PathLike[str]) -> None:
         """Writes what partial_fit has counted as a state that the program reads and merges."""
-        if getattr(self, "_state", None) is None:
+        state: State | None = getattr(self, "_state", None)
+        if state is None:
             raise NotFittedError("only counts of partial_fit can be saved; there are none")
-        self._state.save(path)
+        state.save(path)
+
+
+def _log_tail(table: ResultTable, test: str, value: Any, rows: Any) -> Any:
+    """The logarithm of a p-value that no number can hold, from the statistic."""
+    value = value[rows]
+    if f"{test}: df1" in table.columns:
+        df1, df2 = (numbers_of(table, f"{test}: {df}")[rows] for df in ("df1", "df2"))
+        return log_f_tail(value, df1, df2)
+    df = numbers_of(table, f"{test}: df")[rows]
+    return log_chi2_tail(value, df) if "Chi" in test else log_f_tail(value**2, 1.0, df)
+
+
+def log_f_tail(value: Any, df1: Any, df2: Any) -> Any:
+    """ln P(F > value) far out, by the power series of the incomplete beta function."""
+    from scipy.special import betaln
+
+    a, b, x = df2 / 2, df1 / 2, df2 / (df2 + df1 * value)
+    term = total = np.ones_like(x)
+    for n in range(1, 1_000_000):
+        term = term * x * (a + b + n - 1) / (a + n)
+        total = total + term
+        if not (term > 1e-17 * total).any():
+            break
+    return a * np.log(x) + b * np.log1p(-x) - np.log(a) - betaln(a, b) + np.log(total)
+
+
+def log_chi2_tail(value: Any, df: Any) -> Any:
+    """ln P(chi-square > value) far out, by Legendre's continued fraction, from its end."""
+    from scipy.special import gammaln
+
+    a, y = df / 2, value / 2
+    fraction = y
+    for n in range(500, 0, -1):
+        fraction = y + 2 * n - 1 - a - n * (n - a) / (fraction if n < 500 else y + 2 * n + 1 - a)
+    return a * np.log(y) - y - gammaln(a) - np.log(fraction)
 
 
 # What a command says where no feature has anything to tell: keys of its messages.
@@ -440,7 +482,7 @@ class SubsetNaiveBayes(_Mixed, _Pickled, ClassifierMixin, BaseEstimator):  # typ
     ----------
     selection : {"forward", "all"} or int, default="forward"
         How features come into the model: one after the other as long as the pseudo-BIC falls, all
-        of them, or exactly so many.
+        of them, or exactly so many besides the forced ones.
     max_features : int or None, default=None
         The most that forward selection looks at.
     force : sequence of str or int, default=()
@@ -491,6 +533,8 @@ class SubsetNaiveBayes(_Mixed, _Pickled, ClassifierMixin, BaseEstimator):  # typ
         tags.input_tags.allow_nan = True
         return tags
 
+    _parts: list[Any]
+
     def fit(self, X: Any, y: Any, sample_weight: Any = None) -> SubsetNaiveBayes:
         """Chooses the features and builds the model. Weights may be any numbers from 0."""
         columns, y, weights = self._cases(X, y, sample_weight, reset=True)
@@ -526,7 +570,7 @@ class SubsetNaiveBayes(_Mixed, _Pickled, ClassifierMixin, BaseEstimator):  # typ
         return self
 
     def _forget(self) -> None:
-        self._parts: list[Any] = []
+        self._parts = []
         self._is_stale = False
 
     def _cases(self, X: Any, y: Any, sample_weight: Any, reset: bool) -> tuple[_Columns, Any, Any]:
@@ -616,10 +660,11 @@ class SubsetNaiveBayes(_Mixed, _Pickled, ClassifierMixin, BaseEstimator):  # typ
             if self.max_features is None or self.max_features >= n + n_forced:
                 return " /SUBSET MAXSIZE=AUTO(BESTSUBSET=PSEUDOBIC)"
             return f" /SUBSET MAXSIZE={max(self.max_features, n_forced + 1)}(BESTSUBSET=PSEUDOBIC)"
-        if isinstance(self.selection, (int, np.integer)) and self.selection > 0:
+        if isinstance(self.selection, (int, np.integer)) and self.selection > n_forced:
             return f" /SUBSET EXACTSIZE={self.selection}" if self.selection < n else (
                 " /SUBSET NOSELECTION")
-        raise ValueError(f'selection is {self.selection!r}; give "forward", "all" or a number')
+        raise ValueError(f'selection is {self.selection!r}; give "forward", "all", or a number '
+                         "above that of the forced features")
 
     def _forced(self, names: list[str]) -> list[str]:
         forced = [names[f] if isinstance(f, (int, np.integer)) else str(f) for f in self.force]

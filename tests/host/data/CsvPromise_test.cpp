@@ -21,6 +21,8 @@ using Look = CsvSource::Look;
 constexpr const char* kKinds[][4] = {
     {"1", "-2.5", "1e5", " 7 "},
     {"12", "0", "-3", "4"},
+    {"1.234", "0", "12.345.678", "-4"},
+    {"1,5", "-2.345,25", "+3", "4e1"},
     {"inf", "nan", "1", "-Infinity"},
     {"true", "FALSE", "False", "True"},
     {"1970-01-02", "2000-02-29", "1999-12-31", "1970-01-01"},
@@ -57,6 +59,10 @@ const std::string kOdd[] = {
     "2.5",
     "-7.25",
     "1e-3",
+    "+1.5",
+    "1.234,5",
+    "1,5",
+    "tRue",
     "true",
     "2001-02-29",
     "2000-02-29",
@@ -165,6 +171,10 @@ TEST(CsvPromise, WhatItsStartPromisesOfAFileIsKeptOrFoundOutWithTheSameWords) {
                                       FieldType::kBoolean, FieldType::kDateTime};
       if (kind == 1) rules.fTypes["a"] = FieldType::kInteger;
       if (files.Below(6) == 0) rules.fTypes["a"] = kTypes[files.Below(std::size(kTypes))];
+      if (files.Below(6) == 0) rules.fbHeader = false;
+      if (files.Below(4) == 0) rules.fColumnNulls = {{"a", {"x", "2.5"}}, {"column1", {"0"}}};
+      if (delimiter == '\t' && files.Below(2) == 0) rules.fNumbers = {',', '.'};
+      if (files.Below(8) == 0) rules.fQuote = kNoMark;
       const std::size_t start = 80 + files.Below(200);
       const auto source = [&](Look look) {
         return [&, look] { return std::make_unique<CsvSource>("t.csv", text, rules, look, start); };

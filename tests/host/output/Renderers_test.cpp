@@ -15,8 +15,9 @@
 #include "host/output/pivot/BpProcedure.h"
 #include "host/output/pivot/BpString.h"
 #include "host/output/render/DisplayWidth.h"
-#include "host/output/render/FlatRecords.h"
+#include "host/output/render/LayFlat.h"
 #include "host/output/render/RenderJson.h"
+#include "host/output/render/RenderRecords.h"
 #include "host/output/render/RenderText.h"
 #include "host/output/render/TableRecords.h"
 #include "tests/host/output/OutputHost.h"
@@ -102,7 +103,7 @@ All about it.
 }
 
 TEST(RenderRecords, KeepsEveryTextAndDigitInEachForm) {
-  using MCHost::RecordsForm;
+  using MCHost::FileFormat;
   MCTest::OutputHost host;
   BpPivotTable table("Ranking", "Ranking");
   table.Flat();
@@ -117,27 +118,27 @@ TEST(RenderRecords, KeepsEveryTextAndDigitInEachForm) {
   table.SetCell({odd, p}, -1.0 / 3.0);
   table.SetCell({plain, p}, 12.0);
   table.Show();
-  const auto records = MCHost::FlatRecords(host.fDocument.GetRuns()[0].fTables[0]);
-  const std::pair<RecordsForm, const char*> cases[] = {
-      {RecordsForm::kCsv,
+  const MCHost::FlatRecords records = MCHost::LayFlat(host.fDocument.GetRuns()[0].fTables[0]);
+  const std::pair<FileFormat, const char*> cases[] = {
+      {FileFormat::kCsv,
        "predictor,effect_eta_squared,log10_p\n"
        "\"a|\"\"b\"\",\tc\",\"x\ny\",-0.3333333333333333\nd,,12\n"},
-      {RecordsForm::kTsv,
+      {FileFormat::kTsv,
        "predictor\teffect_eta_squared\tlog10_p\n"
        "\"a|\"\"b\"\",\tc\"\t\"x\ny\"\t-0.3333333333333333\nd\t\t12\n"},
-      {RecordsForm::kJsonLines,
+      {FileFormat::kJsonLines,
        R"({"predictor":"a|\"b\",\tc","effect_eta_squared":"x\ny","log10_p":-0.3333333333333333})"
        "\n"
        R"({"predictor":"d","effect_eta_squared":null,"log10_p":12})"
        "\n"},
-      {RecordsForm::kMarkdown,
+      {FileFormat::kMarkdown,
        "| predictor | effect_eta_squared | log10_p |\n| --- | --- | ---: |\n"
        "| a\\|\"b\",\tc | x y | -0.333333 |\n| d |  | 12 |\n"}};
-  for (const auto& [form, text] : cases) EXPECT_EQ(MCHost::RenderRecords(*records, form), text);
+  for (const auto& [form, text] : cases) EXPECT_EQ(MCHost::RenderRecords(records, form), text);
 
-  MCHost::MemoryTable steering;
-  steering.AddStrings("name", {"a\x1b[2Jb"});
-  EXPECT_EQ(MCHost::RenderRecords(steering, RecordsForm::kMarkdown),
+  MCHost::FlatRecords steering;
+  steering.fColumns = {{"name", "", false, {}, {"a\x1b[2Jb"}}};
+  EXPECT_EQ(MCHost::RenderRecords(steering, FileFormat::kMarkdown),
             "| name |\n| --- |\n| a\xE2\x90\x9B[2Jb |\n");
 }
 
@@ -392,7 +393,8 @@ TEST(RenderJson, GivesKeysPathsAndFullPrecision) {
 std::vector<std::string> Flat(const MCHost::OutputDocument& document) {
   ArrowArrayStream stream{};
   const MCHost::OutputTable& source = document.GetRuns()[0].fTables[0];
-  MCHost::WriteArrowStream(std::make_unique<MCHost::TableRecords>(source), &stream);
+  MCHost::WriteArrowStream(std::make_unique<MCHost::FlatBatches>(MCHost::TableRecords(source)),
+                           &stream);
   MCHost::MemoryTable table(&stream);
   std::vector<std::string> lines(static_cast<std::size_t>(table.CaseCount()) + 1);
   for (int i = 0; i < table.ColumnCount(); ++i) {

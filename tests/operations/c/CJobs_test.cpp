@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <iterator>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <thread>
 
@@ -70,6 +71,13 @@ TEST(CJobs, GiveTheProgramsDocumentsAndPage) {
   const char* page = nullptr;
   ASSERT_EQ(predselect_result_text(host.fSession, host.fResult, 0, &page), PREDSELECT_OK);
   EXPECT_EQ(page, ReadFile(folder.Path("run.txt")));
+
+  const char* report = nullptr;
+  ASSERT_EQ(predselect_result_html(host.fSession, host.fResult, "Three <species>", &report),
+            PREDSELECT_OK);
+  EXPECT_THAT(report, testing::StartsWith("<!doctype html>"));
+  EXPECT_THAT(report, testing::HasSubstr("Three "));
+  EXPECT_THAT(report, testing::Not(testing::HasSubstr("Three <species>")));
 
   CHost fresh(PenguinOptions(schema));
   ASSERT_EQ(predselect_describe(fresh.fSession, fresh.fTable, &fresh.fResult), PREDSELECT_OK);
@@ -143,10 +151,17 @@ TEST(CJobs, ReadAFileAsTheCallerSaysItIsWritten) {
       PREDSELECT_OK)
       << host.Error();
   ASSERT_EQ(predselect_describe(host.fSession, host.fTable, &host.fResult), PREDSELECT_OK);
-  const char* page = nullptr;
-  ASSERT_EQ(predselect_result_text(host.fSession, host.fResult, 0, &page), PREDSELECT_OK);
-  EXPECT_THAT(page, testing::ContainsRegex("column2 +│ number.*1\\.5.*4\\.5"));
-  EXPECT_THAT(page, testing::ContainsRegex("column3 +│ number[^\n]*│ +1 │ +0 │ +2 │"));
+  std::map<std::string, json> cells;  // of the dictionary
+  const json document = json::parse(host.Json());
+  for (const json& cell : document["runs"][0]["tables"][0]["cells"]) {
+    cells[cell["row"][0].get<std::string>() + " " + cell["column"][0].get<std::string>()] =
+        cell["value"];
+  }
+  EXPECT_EQ(cells["column2 Minimum"], 1.5);
+  EXPECT_EQ(cells["column2 Maximum"], 4.5);
+  EXPECT_EQ(cells["column3 Valid"], 1.0);
+  EXPECT_EQ(cells["column3 Missing"], 0.0);
+  EXPECT_EQ(cells["column3 User-missing"], 2.0);
 }
 
 // A batch of one column of numbers that are the test's own.
@@ -318,6 +333,17 @@ TEST(CJobs, TableStreamsHoldEveryValueOfTheDocument) {
   EXPECT_EQ(predselect_result_table_count(host.fSession, host.fResult, &count), PREDSELECT_OK);
   EXPECT_EQ(count, index);
   EXPECT_GT(count, 6u);
+}
+
+TEST(CJobs, RecordsHaveOneCellOfAClassificationEach) {
+  CHost host;
+  ASSERT_EQ(host.Run("NAIVEBAYES species BY island /PRINT CLASSIFICATION."), PREDSELECT_OK);
+  ArrowArrayStream stream;
+  ASSERT_EQ(predselect_result_records(host.fSession, host.fResult, 0, &stream), PREDSELECT_OK);
+  MCHost::MemoryTable records(&stream);
+  EXPECT_THAT(MCHost::Dictionary(records),
+              testing::ElementsAre("observed:9", "predicted:9", "sample:8", "cases:0"));
+  EXPECT_EQ(records.CaseCount(), 9);
 }
 
 TEST(CJobs, AReloadedModelScoresAsItDidFreshAndStreamsOutliveTheRest) {

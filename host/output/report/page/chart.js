@@ -1,6 +1,22 @@
 // Drawings: a figure with its title, what it shows in words, and its numbers; scales and axes.
 
-const chartWidth = () => Math.max(280, Math.min(620, document.documentElement.clientWidth - 56));
+// Whether drawings stand in the panel beside the ranking, which a wide screen makes narrow.
+let inPanel = false;
+
+function chartWidth() {
+  const screen = document.documentElement.clientWidth;
+  const room = inPanel && screen >= 1000 ? (Math.min(1180, screen) - 56) * 0.45 - 34 : screen - (inPanel ? 60 : 32);
+  return Math.max(260, Math.min(620, Math.floor(room)));
+}
+
+function drawnInPanel(make) {
+  inPanel = true;
+  try {
+    return make();
+  } finally {
+    inPanel = false;
+  }
+}
 
 // `table` is [headings, rows]: the numbers behind the drawing.
 function figure({title, description, svg, table, above}) {
@@ -16,10 +32,12 @@ function figure({title, description, svg, table, above}) {
     description ? el("p", {class: "soft"}, description) : null, above || null, svg, numbers);
 }
 
+const shownValue = (value) => (typeof value === "number" ? plain(value, 6) : said(value ?? DASH));
+
 function plainTable(title, headings, rows) {
   const body = rows.map((row) => el("tr", null, row.map((value, i) => i === 0
-    ? el("th", {scope: "row"}, said(value))
-    : el("td", {class: typeof value === "number" ? "number" : null}, typeof value === "number" ? plain(value, 6) : said(value ?? DASH)))));
+    ? el("th", {scope: "row"}, shownValue(value))
+    : el("td", {class: typeof value === "number" ? "number" : null}, shownValue(value)))));
   return el("div", {class: "scroll", tabindex: "0", role: "group", "aria-label": `${title}: numbers`},
     el("table", null, el("thead", null, el("tr", null, headings.map((h) => el("th", {scope: "col"}, said(h))))),
       el("tbody", null, body)));

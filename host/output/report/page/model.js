@@ -26,20 +26,25 @@ function pathFigure(steps, chosen, byTest) {
     table: [["Size", "Predictor added", name, "Training: −average log-likelihood"], rows]});
 }
 
+const MOST_CONFUSED = 40;
+
 function confusionTable(title, matrix, classes) {
   const totals = matrix.map(sum), all = sum(totals), right = sum(matrix.map((row, k) => row[k]));
+  const shown = totals.map((_, k) => k).sort((a, b) => totals[b] - totals[a]).slice(0, MOST_CONFUSED).sort((a, b) => a - b);
   const guessing = Math.max(...totals) / all;
-  const body = matrix.map((row, i) => el("tr", null, el("th", {scope: "row"}, said(classes[i])), row.map((value, j) => {
+  const body = shown.map((i) => el("tr", null, el("th", {scope: "row"}, said(classes[i])), shown.map((j) => {
+    const value = matrix[i][j];
     const share = totals[i] > 0 ? value / totals[i] : 0;
     const cell = el("td", {class: "number"}, i === j ? el("strong", null, count(value)) : count(value), el("span", {class: "share"}, percent(share)));
     cell.style.background = `rgba(var(--heat), ${(0.55 * share).toFixed(3)})`;
     return cell;
-  }), el("td", {class: "number"}, percent(totals[i] > 0 ? row[i] / totals[i] : null))));
+  }), el("td", {class: "number"}, percent(totals[i] > 0 ? matrix[i][i] / totals[i] : null))));
   return el("section", null,
     el("div", {class: "caption"}, el("h3", null, title), el("span", {class: "tools"}, saveButton("CSV", title, () => csvText([["observed", ...classes], ...matrix.map((row, i) => [classes[i], ...row])])))),
     el("p", null, `Right for ${percent(right / all)} of ${count(all)} cases; always guessing the most frequent class would be right for ${percent(guessing)}.`),
+    shown.length < classes.length ? el("p", {class: "soft"}, `The ${MOST_CONFUSED} most frequent of ${count(classes.length)} classes; the CSV holds all.`) : null,
     el("div", {class: "scroll tall", tabindex: "0", role: "group", "aria-label": title},
-      el("table", {class: "heat"}, el("thead", null, el("tr", null, el("th", {scope: "col"}, "Observed \\ predicted"), classes.map((text) => el("th", {scope: "col", class: "number"}, said(text))), el("th", {scope: "col", class: "number"}, "Right"))),
+      el("table", {class: "heat"}, el("thead", null, el("tr", null, el("th", {scope: "col"}, "Observed \\ predicted"), shown.map((k) => el("th", {scope: "col", class: "number"}, said(classes[k]))), el("th", {scope: "col", class: "number"}, "Right"))),
         el("tbody", null, body))));
 }
 
@@ -73,6 +78,7 @@ function modelSection(model) {
       ["Training cases", `${count(model.cases.valid)}${model.cases.valid === model.cases.valid_weight ? "" : `, weight ${count(model.cases.valid_weight)}`}`],
       ["Cases left out", count(model.cases.excluded)],
       ["Predictors", model.inputs.length === 0 ? "none" : model.inputs.map((input, j) => [j > 0 ? ", " : "", said(nameOf(input))])]]),
+    excludedSection(model.excluded),
     model.path && model.path.steps.length > 0 && model.path.steps.some((s) => s.log_likelihood !== null) ? pathFigure(model.path.steps, model.path.chosen, model.path.by_test_data) : null,
     el("h3", null, "How well it does"),
     tested || !confusion.training ? null : el("p", {class: "notice loud"}, "There are no test cases. Everything here is measured on the very cases that the model was made from, and flatters it."),

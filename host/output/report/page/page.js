@@ -35,13 +35,15 @@ function chartSection(chart) {
 
 function findingsSection(findings) {
   if (findings === null) return null;
-  return findings.kind === "ranking" ? rankingSection(findings) : findings.kind === "model" ? modelSection(findings) : null;
+  const sections = {ranking: rankingSection, model: modelSection, predictions: predictionsSection, description: descriptionSection};
+  return Object.hasOwn(sections, findings.kind) ? sections[findings.kind](findings) : null;
 }
 
 function tablesSection(run) {
   if (run.tables.length === 0) return null;
   const whole = () => run.tables.map(tableSection);
-  return run.findings === null ? whole() : folded(`Tables of the command (${run.tables.length})`, whole);
+  return run.findings === null ? whole()
+    : folded(`Tables of the command (${run.tables.length})`, whole, run.findings.kind === "predictions");
 }
 
 function notesSection(run) {

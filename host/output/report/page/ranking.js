@@ -8,6 +8,7 @@ const isBelow = (log10, limit) => log10 === "-inf" || (log10 !== null && log10 <
 
 // Why a predictor was left out, by the engine's number of the reason.
 function reasonText(reason, threshold) {
+  if (reason === 100) return "every training case has the same value";
   return [null, "no case has a value", "every case has the same value",
     `more than ${plain(threshold)}% of the cases have no value`,
     `more than ${plain(threshold)}% of the cases are in one category`,
@@ -21,10 +22,10 @@ function reasonText(reason, threshold) {
 const RANKING_COLUMNS = [
   ["Rank", (p) => p.rank, 1, (p) => p.rank],
   ["Predictor", (p) => nameOf(p).toLowerCase(), 1, null],
-  ["Test", (p) => p.test, 1, (p) => `${p.test} ${tenths(p.statistic)}`, true],
   ["Effect", (p) => Math.abs(p.size ?? 0), -1, (p) => effectCell(p)],
   ["−log₁₀ p", (p) => zeros(p.log10_p) ?? -1, -1, (p) => (p.log10_p === "-inf" ? "∞" : p.log10_p === null ? DASH : tenths(zeros(p.log10_p)))],
   ["Adjusted p", (p) => zeros(p.log10_fdr) ?? -1, -1, (p) => pValue(p.log10_fdr), true],
+  ["Test", (p) => p.test, 1, (p) => `${p.test} ${tenths(p.statistic)}`, true],
   ["Bits", (p) => p.bits ?? -1, -1, (p) => decimals(p.bits), true],
   ["Missing", (p) => p.missing ?? -1, -1, (p) => (p.missing === null ? DASH : `${p.missing.toFixed(1)}%`), true],
 ];
@@ -183,7 +184,7 @@ function excludedSection(excluded) {
   if (excluded.length === 0) return null;
   const rows = excluded.map((p) => [nameOf(p), p.scale ? "number" : "categories", reasonText(p.reason, p.threshold)]);
   const headings = ["Predictor", "Kind", "Left out because"];
-  return folded(`${plural(excluded.length, "predictor was", "predictors were")} left out before the ranking`, () => [
+  return folded(`${plural(excluded.length, "predictor was", "predictors were")} left out before`, () => [
     el("p", {class: "tools"}, saveButton("CSV", "predictors left out", () => csvText([headings, ...rows]))),
     plainTable("Predictors left out", headings, rows)], excluded.length <= 12);
 }
@@ -207,7 +208,7 @@ function rankingSection(findings) {
     const step = (by, text) => el("button", {type: "button", class: "small", disabled: !findings.predictors[place + by],
       click: () => open(place + by, true)}, text);
     head.replaceChildren(said(nameOf(p)));
-    content.replaceChildren(el("div", {class: "controls"}, step(-1, "Better one"), step(1, "Next one")), predictorFacts(p), ...shapeFigures(p, findings.target));
+    content.replaceChildren(el("div", {class: "controls"}, step(-1, "Better one"), step(1, "Next one")), predictorFacts(p), ...drawnInPanel(() => shapeFigures(p, findings.target)));
     table.mark(p);
     if (byHand) {
       head.focus({preventScroll: true});

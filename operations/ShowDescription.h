@@ -1,0 +1,17 @@
+// The tables of `describe`.
+#pragma once
+
+#include <vector>
+
+namespace PredSelect {
+
+class ColumnSummary;
+
+// Shows, in the current session's output, all that is known of each variable for programs
+// (Dictionary, MostFrequent), and a page with a line a variable: numbers on a scale, dates and
+// times, categories. `nShown` of the variables have a line, the first ones. REQUIRES: the summaries
+// are finished.
+void ShowDescription(const std::vector<ColumnSummary>& summaries, double nCases,
+                     std::size_t nShown);
+
+}  // namespace PredSelect

@@ -1,0 +1,210 @@
+"""The estimators keep scikit-learn's contract, and do what it does not ask for."""
+
+from __future__ import annotations
+
+import pickle
+import warnings
+
+import numpy as np
+import pytest
+
+import predselect as ps
+
+sklearn = pytest.importorskip("sklearn")
+from sklearn.base import clone  # noqa: E402
+from sklearn.calibration import CalibratedClassifierCV  # noqa: E402
+from sklearn.datasets import load_breast_cancer, load_iris, make_regression  # noqa: E402
+from sklearn.feature_selection import f_classif  # noqa: E402
+from sklearn.linear_model import LogisticRegression  # noqa: E402
+from sklearn.model_selection import GridSearchCV, cross_validate  # noqa: E402
+from sklearn.pipeline import make_pipeline  # noqa: E402
+from sklearn.utils.estimator_checks import parametrize_with_checks  # noqa: E402
+
+from predselect import PredictorSelector, SubsetNaiveBayes  # noqa: E402
+
+
+@parametrize_with_checks([
+    PredictorSelector(), PredictorSelector(k=1, alpha=None), SubsetNaiveBayes(),
+    SubsetNaiveBayes(selection="all", bins=5),
+])
+def test_the_contract(estimator, check):
+    check(estimator)
+
+
+X, Y = load_iris(return_X_y=True)
+
+
+def frame(path):
+    pandas = pytest.importorskip("pandas")
+    table = pandas.read_csv(path).astype({"island": "category"})
+    return table.drop(columns="species"), table["species"]
+
+
+def test_statistics_are_those_of_scikit_learn_and_p_values_do_not_end():
+    fitted = PredictorSelector().fit(X, Y)
+    f, p = f_classif(X, Y)
+    np.testing.assert_allclose(fitted.scores_, f, rtol=1e-10)
+    np.testing.assert_allclose(fitted.logpvalues_, np.log(p), rtol=1e-10)
+    assert fitted.ranking_.tolist() == (np.argsort(np.argsort(p)) + 1).tolist()
+    large = np.tile(X, (200, 1))
+    far = PredictorSelector().fit(large, np.tile(Y, 200))
+    assert (far.pvalues_[2:] == 0).all() and (far.logpvalues_[2:] < -1000).all()
+    regression, target = make_regression(200, 5, n_informative=2, random_state=0)
+    assert PredictorSelector(k=2).fit(regression, target).get_support().sum() == 2
+
+
+@pytest.mark.parametrize(("parameters", "kept"), [
+    ({}, 4), ({"k": 2}, 2), ({"alpha": None, "k": 3}, 3), ({"alpha": 1e-40}, 2),
+    ({"correction": "fdr", "alpha": 1e-15}, 4), ({"correction": "holm", "alpha": 1e-40}, 2),
+    ({"by": "bits", "k": 1}, 1),
+])
+def test_what_a_selector_keeps(parameters, kept):
+    assert PredictorSelector(**parameters).fit(X, Y).get_support().sum() == kept
+
+
+@pytest.mark.parametrize(("estimator", "words"), [
+    (PredictorSelector(correction="some"), "none, fdr or holm"),
+    (PredictorSelector(target="what"), "auto, class or continuous"),
+    (PredictorSelector(categorical_features=["z"]), "which X does not have"),
+    (SubsetNaiveBayes(selection="backward"), "forward"),
+    (SubsetNaiveBayes(force=["z"]), "which X does not have"),
+])
+def test_wrong_parameters_are_told(estimator, words):
+    with pytest.raises(ValueError, match=words):
+        estimator.fit(X, Y)
+
+
+def test_parts_count_as_the_whole():
+    whole = PredictorSelector().fit(X, Y)
+    parts = PredictorSelector()
+    order = np.random.default_rng(0).permutation(len(Y))
+    for start in range(0, len(Y), 40):
+        rows = order[start : start + 40]
+        parts.partial_fit(X[rows], Y[rows])
+    for name in ("scores_", "logpvalues_", "_adjusted", "_holm"):
+        np.testing.assert_allclose(getattr(parts, name), getattr(whole, name), rtol=1e-9)
+    assert parts.ranking_.tolist() == whole.ranking_.tolist()
+    model = SubsetNaiveBayes()
+    for start in range(0, len(Y), 40):
+        rows = order[start : start + 40]
+        model.partial_fit(X[rows], Y[rows], classes=[0, 1, 2])
+    once = SubsetNaiveBayes().fit(X[order], Y[order])
+    assert (model.predict_proba(X) == once.predict_proba(X)).all()
+
+
+def test_parts_have_p_values_without_an_end_too():
+    random = np.random.default_rng(2)
+    pandas = pytest.importorskip("pandas")
+    target = random.integers(0, 3, 6000)
+    data = pandas.DataFrame({"far": target + random.normal(0, 0.3, 6000), "near": random.normal(size=6000),
+                             "text": [f"{t + (i % 9 == 0)}" for i, t in enumerate(target)]})
+    for y in (target.astype(str), data["far"].to_numpy() * 1.5 + random.normal(0, 0.1, 6000)):
+        whole = PredictorSelector().fit(data, y)
+        parts = PredictorSelector().partial_fit(data[:4000], y[:4000]).partial_fit(data[4000:], y[4000:])
+        assert whole.logpvalues_.min() < -2000
+        np.testing.assert_allclose(parts.logpvalues_, whole.logpvalues_, rtol=1e-9)
+
+
+def test_a_model_is_the_one_of_the_program(penguins, program, tmp_path):
+    data, species = frame(penguins)
+    fitted = SubsetNaiveBayes(categorical_features=["year"]).fit(data, species)
+    commands = (f"NAIVEBAYES species /SUBSET MAXSIZE=AUTO(BESTSUBSET=PSEUDOBIC)"
+                f" /SAVE PREDVAL(v) PREDPROB(p).")
+    csv = tmp_path / "scored.csv"
+    program("run", "--data", str(penguins), "-c", commands, "--save-data", str(csv), "--only-new")
+    theirs = [line.split(",") for line in csv.read_text().splitlines()[1:]]
+    assert fitted.predict(data).tolist() == [line[0] for line in theirs]
+    assert fitted.predict_proba(data)[:, 1].tolist() == [float(line[2]) for line in theirs]
+    assert list(fitted.selected_features_) == ["flipper_length_mm", "bill_length_mm", "island"]
+    assert fitted.path_[1]["Predictor Added"] == "flipper_length_mm"
+    fitted.save(tmp_path / "model.bin")
+    scored = ps.score(tmp_path / "model.bin", data, levels={"year": "nominal"}).new_columns
+    assert scored["PredictedValue"].tolist() == fitted.predict(data).tolist()
+    table = fitted.feature_log_prob("island")
+    np.testing.assert_allclose(np.exp(list(table.values())).sum(axis=0), 1.0)
+    assert "(-inf" in next(iter(fitted.feature_log_prob("bill_length_mm")))
+
+
+@pytest.mark.parametrize("make", ["pandas", "polars", "objects"])
+def test_mixed_columns_missing_values_and_unseen_categories(penguins, make):
+    data, species = frame(penguins)
+    new = data.iloc[[0, 0, 0]].reset_index(drop=True)
+    new["island"] = ["Atlantis", None, "Dream"]
+    if make == "polars":
+        polars = pytest.importorskip("polars")
+        data, new = (polars.DataFrame({n: [None if v != v else v for v in t[n].tolist()] for n in t})
+                     for t in (data, new))
+    if make == "objects":
+        data, new = data.astype({"island": object}), new.astype({"island": object})
+    fitted = SubsetNaiveBayes().fit(data, species)
+    probabilities = fitted.predict_proba(new)
+    np.testing.assert_allclose(probabilities.sum(axis=1), 1.0)
+    np.testing.assert_allclose(probabilities[0], probabilities[1])
+    kept = PredictorSelector(k=2).set_output(transform="default").fit(data, species).transform(data)
+    assert list(kept.columns) == ["bill_length_mm", "flipper_length_mm"]
+
+
+def test_weights_are_copies_and_may_be_fractions():
+    weights = np.random.default_rng(5).integers(0, 4, len(Y))
+    rows = np.repeat(np.arange(len(Y)), weights)
+    for estimator in (SubsetNaiveBayes(), PredictorSelector()):
+        weighted = clone(estimator).fit(X, Y, sample_weight=weights)
+        copied = clone(estimator).fit(X[rows], Y[rows])
+        if hasattr(weighted, "predict_proba"):
+            np.testing.assert_allclose(weighted.predict_proba(X), copied.predict_proba(X), rtol=1e-9)
+        else:
+            np.testing.assert_allclose(weighted.scores_, copied.scores_, rtol=1e-9)
+    fractions = SubsetNaiveBayes(selection="all").fit(X, Y, sample_weight=np.full(len(Y), 1 / len(Y)))
+    equal = SubsetNaiveBayes(selection="all").fit(X, Y)
+    assert (fractions.predict(X) == equal.predict(X)).mean() > 0.98
+
+
+def test_what_surrounds_an_estimator_takes_it(penguins):
+    data, species = frame(penguins)
+    numbers = data.select_dtypes("number")
+    pipeline = make_pipeline(PredictorSelector(k=3), SubsetNaiveBayes())
+    search = GridSearchCV(pipeline, {"predictorselector__k": [1, 3], "subsetnaivebayes__bins": [10]},
+                          cv=3).fit(data, species)
+    assert search.best_score_ > 0.9
+    assert cross_validate(SubsetNaiveBayes(), data, species, cv=3)["test_score"].min() > 0.85
+    calibrated = CalibratedClassifierCV(SubsetNaiveBayes(), cv=3).fit(numbers, species)
+    assert calibrated.score(numbers, species) > 0.8
+    with sklearn.config_context(enable_metadata_routing=True):
+        routed = make_pipeline(PredictorSelector(k=2).set_fit_request(sample_weight=True),
+                               LogisticRegression(max_iter=1000).set_fit_request(sample_weight=True))
+        routed.fit(X, Y, sample_weight=np.ones(len(Y)))
+    named = PredictorSelector(k=1).set_output(transform="pandas").fit(numbers, species)
+    assert named.transform(numbers).columns.tolist() == ["flipper_length_mm"]
+    assert named.get_feature_names_out().tolist() == ["flipper_length_mm"]
+
+
+def test_pickles_carry_the_state_and_foreign_ones_are_refused():
+    cancer, target = load_breast_cancer(return_X_y=True)
+    for estimator in (SubsetNaiveBayes(), PredictorSelector()):
+        fitted = estimator.fit(cancer, target)
+        again = pickle.loads(pickle.dumps(fitted))
+        for method in ("predict_proba", "get_support"):
+            if hasattr(fitted, method):
+                arguments = (cancer,) if method == "predict_proba" else ()
+                assert (getattr(again, method)(*arguments) == getattr(fitted, method)(*arguments)).all()
+    kept = SubsetNaiveBayes().fit(cancer, target).__getstate__()
+    for foreign in ({}, {**kept, "_predselect_state_version": 99}, {**kept, "_state": "x"}, 3):
+        with pytest.raises(ps.DataError):
+            SubsetNaiveBayes().__setstate__(foreign)
+    with pytest.raises(ps.DataError):
+        ps.State.__new__(ps.State).__setstate__({"content": b"damaged"})
+
+
+def test_classes_that_one_part_lacks_and_features_without_a_tale():
+    with warnings.catch_warnings():
+        warnings.simplefilter("error")
+        nothing = SubsetNaiveBayes().fit(np.ones((6, 2)), [0, 1, 1, 1, 0, 1])
+        assert nothing.predict_proba(np.ones((1, 2))).round(3).tolist() == [[0.333, 0.667]]
+        assert nothing.selected_features_.tolist() == []
+        late = SubsetNaiveBayes().partial_fit(X[:100], Y[:100], classes=[0, 1, 2, 3])
+        assert late.predict_proba(X[:2])[:, 2:].tolist() == [[0, 0], [0, 0]]
+        late.partial_fit(X[100:], Y[100:])
+        assert (late.predict(X) == Y).mean() > 0.9
+        assert PredictorSelector().fit(np.ones((6, 2)), [0, 1, 1, 1, 0, 1]).get_support().sum() == 0
+    forced = SubsetNaiveBayes(force=[0], selection=2).fit(X, Y)
+    assert "x0" in forced.selected_features_ and len(forced.selected_features_) == 3

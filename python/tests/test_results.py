@@ -1,0 +1,166 @@
+"""Results show themselves and go on to any data frame; messages are warnings and exceptions."""
+
+from __future__ import annotations
+
+import json
+import warnings
+from xml.etree import ElementTree
+
+import numpy as np
+import pytest
+
+import predselect as ps
+
+
+def test_short_verbs_give_the_documents_of_the_program(penguins, program):
+    ranking = ps.rank(penguins, "body_mass_g", by="bits", top=3, except_=["year"])
+    expected = program("rank", str(penguins), "body_mass_g", "--by", "bits", "--top", "3",
+                       "--except", "year")
+    assert ranking.document["runs"] == expected["runs"]
+    assert len(ranking.predictors) == 3
+    model = ps.model(penguins, "species", predictors=2, test=0.25)
+    expected = program("model", str(penguins), "species", "--predictors", "2", "--test", "0.25")
+    assert model.document["runs"] == expected["runs"]
+    assert model.predictors == ["flipper_length_mm", "bill_length_mm"] or len(model.predictors) <= 2
+    assert 0.8 < model.accuracy <= 1.0
+    assert "File written" not in model.text()
+    assert ps.describe(penguins).document["runs"] == program(
+        "describe", "--data", str(penguins))["runs"]
+
+
+def test_tables_are_the_same_in_every_frame(penguins):
+    table = ps.rank(penguins, "species")["Ranking"]
+    rows = list(table.rows())
+    assert rows[0]["Predictor"] == "flipper_length_mm" and rows[0]["Log10 p"] < -100
+    for method, module in (("to_pandas", "pandas"), ("to_polars", "polars"), ("to_arrow", "pyarrow")):
+        pytest.importorskip(module)
+        frame = getattr(table, method)()
+        columns = list(getattr(frame, "column_names", frame.columns))
+        assert columns == table.columns
+        values = frame["Log10 p"].to_numpy()
+        assert np.array_equal(values, table["Log10 p"], equal_nan=True)
+        words = frame["Test: Type"]
+        words = words.to_pylist() if hasattr(words, "to_pylist") else words.to_list()
+        assert words == table["Test: Type"].tolist()
+
+
+def test_results_are_data_again(penguins):
+    pytest.importorskip("polars")
+    ranking = ps.rank(penguins, "species")
+    assert ps.describe(ranking).document["data"]["cases"] == len(ranking["Ranking"])
+
+
+def test_a_notebook_shows_tables_and_charts_without_a_network(penguins):
+    result = ps.run({"y": ["<b>", "c"] * 30, "x": np.arange(60.0), "z": [1.5, 1.25, 9] * 20},
+                    "SELECTPRED y /CRITERIA PCUTOFF=1 /PLOT SUMMARY.")
+    page = result._repr_html_()
+    assert "&lt;b&gt;" in page and "<b></td>" not in page
+    assert "http" not in page.replace("http://www.w3.org/2000/svg", "")
+    for table in page.split("\n"):
+        assert table.count("<td") == table.count("</td")
+    for chart in (result.plot(), ps.rank(penguins, "species").plot(),
+                  ps.model(penguins, "species").plot()):
+        svg = ElementTree.fromstring(chart.svg())
+        assert svg.tag.endswith("svg") and len(svg) > 5
+        assert json.dumps(chart.spec).startswith('{"$schema"')
+
+
+def test_charts_are_saved(penguins, tmp_path):
+    chart = ps.rank(penguins, "species").plot()
+    chart.save(tmp_path / "chart.svg")
+    chart.save(tmp_path / "chart.json")
+    assert (tmp_path / "chart.svg").read_text() == chart.svg()
+    assert json.loads((tmp_path / "chart.json").read_text()) == chart.spec
+
+
+def test_results_are_saved_as_report_document_and_page(penguins, tmp_path):
+    ranking = ps.rank(penguins, "species")
+    for kind, start in (("html", "<!doctype html>"), ("json", '{"predselect"'), ("txt", "Ranking")):
+        ranking.save(tmp_path / f"ranking.{kind}", heading="Penguins")
+        assert (tmp_path / f"ranking.{kind}").read_text().startswith(start)
+    with pytest.raises(ps.DataError, match="html, .json or .txt"):
+        ranking.save(tmp_path / "ranking.pdf")
+
+
+def test_warnings_have_classes_and_point_to_the_caller():
+    n = 400
+    y = np.arange(n) % 2
+    leaky = {"y": y, "id": [f"case {i}" for i in range(n)], "copy": y * 2.0 + 1, "x": np.arange(n) % 7}
+    with pytest.warns(ps.LeakWarning, match="copy") as caught:
+        ps.rank(leaky, "y")
+    assert caught[0].filename == __file__
+    with pytest.warns(ps.WeightWarning):
+        ps.rank({"y": y, "x": np.arange(n) / 7.0}, "y", weight=np.full(n, 0.2) + (np.arange(n) % 3))
+    with warnings.catch_warnings():
+        warnings.simplefilter("error")
+        ps.rank({"y": y, "x": np.arange(n) / 7.0}, "y")
+
+
+def test_a_command_that_fails_says_where_and_keeps_what_was_done(penguins):
+    with pytest.raises(ps.CommandError) as raised:
+        ps.run(penguins, "SELECTPRED species.\nSELECTPRED species /CRITERIA X=1.")
+    assert "line 2, column 30" in str(raised.value) and "^" in str(raised.value)
+    assert "PredictorSummary" in raised.value.result
+    with pytest.raises(ps.RequestError, match="there is no command"):
+        ps.run(penguins, " ")
+    with pytest.raises(ps.RequestError, match="level body_mass_g=nominal"):
+        ps.model(penguins, "body_mass_g")
+    with pytest.raises(KeyError, match="there are"):
+        ps.rank(penguins, "species")["Rankings"]
+    for by, threads in (("q", None), ("p", 2000)):
+        with pytest.raises(ps.RequestError):
+            ps.rank(penguins, "species", by=by, threads=threads)
+
+
+def test_states_come_and_go_as_files_of_the_program(penguins, program, tmp_path):
+    model = ps.model(penguins, "species")
+    model.state.save(tmp_path / "model.bin")
+    assert program("inspect", str(tmp_path / "model.bin"))["runs"] == model.state.inspect().document[
+        "runs"]
+    program("model", str(penguins), "species", "--save-model", str(tmp_path / "other.xml"))
+    loaded = ps.load(tmp_path / "other.xml")
+    assert loaded.to_bytes() == model.state.to_bytes()
+    mine = ps.score(loaded, penguins, probabilities="p").new_columns
+    csv = tmp_path / "scored.csv"
+    program("score", "--model", str(tmp_path / "other.xml"), "--data", str(penguins), "--save-data",
+            str(csv), "--only-new", "--probabilities", "p")
+    theirs = [line.split(",") for line in csv.read_text().splitlines()[1:]]
+    assert mine["PredictedValue"].tolist() == [line[0] for line in theirs]
+    assert mine["p_2"].tolist() == [float(line[2]) for line in theirs]
+    loaded.to_pmml(tmp_path / "model.pmml")
+    assert ElementTree.parse(tmp_path / "model.pmml").getroot().get("version") == "4.3"
+    loaded.export(tmp_path / "model.txt", to="sql", table="new \"cases\"")
+    assert (tmp_path / "model.txt").read_text().rstrip().endswith('FROM "new ""cases""" AS t')
+    model.state.export(tmp_path / "model.json")
+    assert ps.score(ps.load(tmp_path / "model.json"), penguins,
+                    probabilities="p").new_columns["p_2"].tolist() == mine["p_2"].tolist()
+    with pytest.raises(ps.RequestError, match="no format of models"):
+        loaded.export(tmp_path / "model.xls")
+    with pytest.raises(ps.RequestError, match="ranking of predictors"):
+        ps.run(penguins, "SELECTPRED sex.", save_state=tmp_path / "r.bin")
+        ps.load(tmp_path / "r.bin").to_pmml(tmp_path / "r.pmml")
+
+
+def test_states_add_up(tmp_path):
+    y, x = np.array(["a", "b", "c"] * 40), np.arange(120) ** 2 % 7
+
+    def counted(part):
+        path = tmp_path / "counts.bin"
+        ps.run({"y": y[part], "x": x[part]}, "SELECTPRED y BY x.", save_state=path)
+        return ps.load(path)
+
+    whole = counted(slice(None))
+    sum_ = counted(slice(0, 50)) + counted(slice(50, 120))
+    assert sum_.inspect().document["runs"] == whole.inspect().document["runs"]
+    first = counted(slice(0, 50))
+    first.merge(counted(slice(50, 120)))
+    assert first.to_bytes() == sum_.to_bytes()
+    with pytest.raises(ps.RequestError, match="cannot be added"):
+        first + ps.model({"y": y, "x": x}, "y").state
+
+
+def test_damaged_states_are_refused(penguins, tmp_path):
+    content = bytearray(ps.model(penguins, "species").state.to_bytes())
+    for damaged in (b"", b"no state", bytes(content[:-20]), bytes(content[:100]) + b"\xff" * 50):
+        with pytest.raises(ps.DataError):
+            ps.State(damaged)
