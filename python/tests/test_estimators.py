@@ -116,7 +116,7 @@ def test_a_model_is_the_one_of_the_program(penguins, program, tmp_path):
     assert fitted.predict(data).tolist() == [line[0] for line in theirs]
     assert fitted.predict_proba(data)[:, 1].tolist() == [float(line[2]) for line in theirs]
     assert list(fitted.selected_features_) == ["flipper_length_mm", "bill_length_mm", "island"]
-    assert fitted.path_[1]["Predictor Added"] == "flipper_length_mm"
+    assert fitted.path_[1]["predictor_added"] == "flipper_length_mm"
     fitted.save(tmp_path / "model.bin")
     scored = ps.score(tmp_path / "model.bin", data, levels={"year": "nominal"}).new_columns
     assert scored["PredictedValue"].tolist() == fitted.predict(data).tolist()
