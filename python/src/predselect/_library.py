@@ -135,6 +135,7 @@ model_options = _options(
     "state_path:s pmml_path:s memory:n",
 )
 score_options = _options("ScoreOptions", "predicted:s probabilities:s")
+export_options = _options("ExportOptions", "format:s table:s")
 
 ProgressListener = ctypes.CFUNCTYPE(None, ctypes.c_void_p, ctypes.c_char_p)
 
