@@ -71,6 +71,11 @@ def test_what_a_selector_keeps(parameters, kept):
     (PredictorSelector(categorical_features=["z"]), "which X does not have"),
     (SubsetNaiveBayes(selection="backward"), "forward"),
     (SubsetNaiveBayes(force=["z"]), "which X does not have"),
+    (SubsetNaiveBayes(force=[9]), "names the feature 9, and X has 4"),
+    (SubsetNaiveBayes(bins=1), "bins is 1; give a whole number from 2"),
+    (SubsetNaiveBayes(max_features=0), "max_features is 0"),
+    (PredictorSelector(k=-1), "k is -1"),
+    (PredictorSelector(by="chance"), "give p, lr"),
 ])
 def test_wrong_parameters_are_told(estimator, words):
     with pytest.raises(ValueError, match=words):
@@ -221,3 +226,49 @@ def test_classes_that_one_part_lacks_and_features_without_a_tale():
         assert PredictorSelector().fit(np.ones((6, 2)), [0, 1, 1, 1, 0, 1]).get_support().sum() == 0
     forced = SubsetNaiveBayes(force=[0], selection=2).fit(X, Y)
     assert "x0" in forced.selected_features_ and len(forced.selected_features_) == 3
+
+
+def test_probabilities_stand_under_their_classes_whatever_order_texts_have():
+    for classes in ([5, 2**60], [-3.0, -20.0], ["b", "a"]):
+        y = np.array(classes)[(X[:, 2] > 2.5).astype(int)]
+        fitted = SubsetNaiveBayes().fit(X, y)
+        assert (fitted.predict(X) == y).all()
+        assert (fitted.classes_[fitted.predict_proba(X).argmax(axis=1)] == y).all()
+        feature = fitted.selected_features_[0]
+        column = X[:, int(feature[1:])]
+        lowest = next(iter(fitted.feature_log_prob(feature).values()))
+        assert fitted.classes_[lowest.argmax()] == y[column.argmin()]
+
+
+def test_every_frame_makes_the_same_model():
+    pandas, pyarrow = pytest.importorskip("pandas"), pytest.importorskip("pyarrow")
+    polars, duckdb = pytest.importorskip("polars"), pytest.importorskip("duckdb")
+    data = pandas.DataFrame({"x": X[:, 0], "large": X[:, 2] > 2.5})  # truth values are categories
+    arrow = pyarrow.table(data)
+    expected = SubsetNaiveBayes(selection="all").fit(data, Y)
+    assert list(expected.feature_log_prob("large")) == ["0", "1"]
+    for other in (polars.DataFrame(arrow), arrow, arrow.to_batches()[0], duckdb.from_arrow(arrow)):
+        fitted = SubsetNaiveBayes(selection="all").fit(other, Y)
+        assert (fitted.predict_proba(other) == expected.predict_proba(data)).all()
+        assert PredictorSelector(k=1).fit(other, Y).get_feature_names_out().tolist() == ["large"]
+
+
+def test_targets_and_weights_that_cannot_be_used_say_what_to_do():
+    for y in ([None, "b"] * 75, [np.nan, "b"] * 75):
+        for estimator in (SubsetNaiveBayes(), PredictorSelector()):
+            with pytest.raises(ValueError, match="y contains NaN or infinity. Leave"):
+                estimator.fit(X, np.array(y, object))
+    with pytest.raises(ValueError, match="none reaches 0.5. Multiply"):
+        PredictorSelector().fit(X, Y, sample_weight=np.full(150, 1 / 150))
+    with pytest.raises(ValueError, match="ranks by .p. alone"):
+        PredictorSelector(by="bits").partial_fit(X, Y)
+
+
+def test_threads_leave_the_filters_of_warnings_alone():
+    def ours():
+        return [f for f in warnings.filters if issubclass(f[2], ps.PredSelectWarning)]
+
+    before = ours()
+    with joblib.parallel_config(backend="threading", n_jobs=4):
+        GridSearchCV(SubsetNaiveBayes(), {"bins": [3, 5, 8]}, cv=4).fit(X, Y)
+    assert ours() == before

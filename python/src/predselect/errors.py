@@ -2,8 +2,11 @@
 
 from __future__ import annotations
 
+import contextlib
 import sys
 import warnings
+from collections.abc import Iterator
+from contextvars import ContextVar
 from pathlib import Path
 
 
@@ -75,8 +78,24 @@ def category_of(key: str) -> type[PredSelectWarning]:
     return next((kind for start, kind in _BY_KEY if key.startswith(start)), PredSelectWarning)
 
 
+# Of the thread that runs: filters of warnings are the whole process's.
+_is_quiet: ContextVar[bool] = ContextVar("_is_quiet", default=False)
+
+
+@contextlib.contextmanager
+def quiet() -> Iterator[None]:
+    """Keeps all warnings of this package back but those of lost weights, in this thread alone."""
+    before = _is_quiet.set(True)
+    try:
+        yield
+    finally:
+        _is_quiet.reset(before)
+
+
 def warn(text: str, category: type[Warning]) -> None:
     """Warns at the place that called this package."""
+    if _is_quiet.get() and category is not WeightWarning:
+        return
     folder = str(Path(__file__).parent)
     frame, level = sys._getframe(1), 2
     while frame.f_back is not None and frame.f_code.co_filename.startswith(folder):

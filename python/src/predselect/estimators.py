@@ -2,9 +2,9 @@
 
 from __future__ import annotations
 
+import numbers
 import os
 import tempfile
-import warnings
 from collections.abc import Sequence
 from pathlib import Path
 from typing import Any
@@ -24,10 +24,11 @@ from sklearn.utils.validation import (
 )
 
 from . import _functions
+from ._columns import is_missing
 from ._data import columns_of
 from ._results import Ranking, Result, ResultTable, numbers_of
 from ._state import State
-from .errors import CommandError, DataError, PredSelectWarning, WeightWarning
+from .errors import CommandError, DataError, quiet
 
 _STATE_VERSION = 1
 
@@ -40,13 +41,18 @@ def _is_frame(X: Any) -> bool:
     return hasattr(X, "columns") and (hasattr(X, "iloc") or hasattr(X, "__arrow_c_stream__"))
 
 
+def _frame_of(X: Any) -> Any:
+    """X as scikit-learn knows frames: tables of Arrow and of a database become frames of pandas."""
+    if hasattr(X, "df") and hasattr(X, "__arrow_c_stream__"):
+        return X.df()
+    return X.to_pandas() if hasattr(X, "column_names") and hasattr(X, "to_pandas") else X
+
+
 def _frame_columns(X: Any) -> dict[str, Any]:
     """The columns of a data frame as Python sees them."""
     columns = columns_of(X)
     if columns is not None:
         return columns
-    if hasattr(X, "to_pandas") and not hasattr(X, "get_column"):
-        return dict(columns_of(X.to_pandas()) or {})
     return {str(n): _polars_column(X[n]) for n in X.columns}
 
 
@@ -81,6 +87,7 @@ class _Mixed:
     """What both estimators do with data: columns of any kind, or a matrix of numbers."""
 
     def _columns_of(self, X: Any, reset: bool) -> _Columns:
+        X = _frame_of(X)
         if _is_frame(X) and self._is_mixed(X):
             validate_data(self, X=X, reset=reset, skip_check_array=True)
             columns = _frame_columns(X)
@@ -99,7 +106,7 @@ class _Mixed:
         """Whether a frame holds more than the numbers that numpy has."""
         dtypes = X.dtypes
         if hasattr(dtypes, "to_list"):  # pandas
-            return any(not isinstance(d, np.dtype) or d.kind not in "fiub" for d in dtypes.to_list())
+            return any(not isinstance(d, np.dtype) or d.kind not in "fiu" for d in dtypes.to_list())
         return any(not (hasattr(d, "is_numeric") and d.is_numeric()) for d in dtypes)
 
     @staticmethod
@@ -126,7 +133,7 @@ class _Mixed:
                 raise ValueError("categorical_features is a mask of another length than X is wide")
             return dict(zip(names, chosen.tolist()))
         if chosen.dtype.kind in "iu":
-            wanted = {names[i] for i in chosen}
+            wanted = {_name_at(i, names, "categorical_features") for i in chosen}
         else:
             wanted = {str(c) for c in chosen}
         if missing := wanted - set(names):
@@ -145,6 +152,30 @@ class _Mixed:
         return weights
 
 
+def _labels_of(y: Any, n: int) -> Any:
+    """A target of n cases as an array without missing values."""
+    y = column_or_1d(y, warn=True)
+    if len(y) != n:
+        raise ValueError(f"X and y have inconsistent numbers of samples: {n} and {len(y)}")
+    is_lost = (not np.isfinite(y.astype(float)).all() if y.dtype.kind in "fc"
+               else y.dtype.kind == "O" and any(is_missing(value) for value in y))
+    if is_lost:
+        raise ValueError("Input y contains NaN or infinity. Leave those cases out")
+    return y
+
+
+def _name_at(place: int, names: list[str], parameter: str) -> str:
+    if not -len(names) <= place < len(names):
+        raise ValueError(f"{parameter} names the feature {place}, and X has {len(names)}")
+    return names[place]
+
+
+def _check_whole(name: str, value: Any, least: int) -> None:
+    is_whole = isinstance(value, numbers.Integral) and not isinstance(value, bool)
+    if not (is_whole and value >= least):
+        raise ValueError(f"{name} is {value!r}; give a whole number from {least}")
+
+
 def _free_name(name: str, taken: Sequence[str]) -> str:
     while name in taken:
         name += "_"
@@ -160,9 +191,7 @@ def _lists(categorical: dict[str, bool]) -> str:
 def _quietly(function: Any, *arguments: Any, **options: Any) -> Any:
     """Without the warnings of commands, which an estimator has asked for itself; those of lost
     weights stay."""
-    with warnings.catch_warnings():
-        warnings.simplefilter("ignore", PredSelectWarning)
-        warnings.simplefilter("default", WeightWarning)
+    with quiet():
         return function(*arguments, **options)
 
 
@@ -252,7 +281,10 @@ class PredictorSelector(_Mixed, _Pickled, SelectorMixin, BaseEstimator):  # type
         return self
 
     def partial_fit(self, X: Any, y: Any, sample_weight: Any = None) -> PredictorSelector:
-        """Adds cases to those counted so far; only counts are kept, not the cases."""
+        """Adds cases to those counted so far; only counts are kept, not the cases. Behind ``fit``,
+        which keeps no counts, it begins anew. Counts are ranked by p-values."""
+        if self.by != "p":
+            raise ValueError(f"by is {self.by!r}: partial_fit ranks by \"p\" alone; fit ranks by others")
         self._fit(X, y, sample_weight, merge=True)
         return self
 
@@ -269,6 +301,11 @@ class PredictorSelector(_Mixed, _Pickled, SelectorMixin, BaseEstimator):  # type
         if weights is not None:
             rows = weights > 0
             columns, y, weights = columns.take(rows), y[rows], weights[rows]
+            if not (weights >= 0.5).any():
+                raise ValueError(
+                    "sample_weight: weights count cases, rounded to whole numbers, and none reaches "
+                    "0.5. Multiply them, so that 1 stands for one case"
+                )
         if columns.n < 2 and not merge:
             raise ValueError(f"n_samples={columns.n}: at least 2 samples are needed to rank features")
         name = _free_name("y", list(columns.columns))
@@ -283,13 +320,15 @@ class PredictorSelector(_Mixed, _Pickled, SelectorMixin, BaseEstimator):  # type
             raise ValueError(f"correction is {self.correction!r}; give none, fdr or holm")
         if self.target not in ("auto", "class", "continuous"):
             raise ValueError(f"target is {self.target!r}; give auto, class or continuous")
+        if self.by not in _functions._BY:
+            raise ValueError(f"by is {self.by!r}; give {', '.join(_functions._BY)}")
+        if self.k is not None:
+            _check_whole("k", self.k, 0)
+        if self.alpha is not None and not isinstance(self.alpha, numbers.Real):
+            raise ValueError(f"alpha is {self.alpha!r}; give a number, or None for no bound")
 
     def _target_of(self, y: Any, n: int, reset: bool) -> Any:
-        y = column_or_1d(y, warn=True)
-        if len(y) != n:
-            raise ValueError(f"X and y have inconsistent numbers of samples: {n} and {len(y)}")
-        if y.dtype.kind in "fc" and not np.isfinite(y.astype(float)).all():
-            raise ValueError("Input y contains NaN or infinity")
+        y = _labels_of(y, n)
         if reset:
             kind = type_of_target(y, input_name="y") if self.target == "auto" else self.target
             if kind not in ("binary", "multiclass", "continuous", "class"):
@@ -411,6 +450,7 @@ class PredictorSelector(_Mixed, _Pickled, SelectorMixin, BaseEstimator):  # type
     def transform(self, X: Any) -> Any:
         """The kept features of X; a data frame stays one."""
         check_is_fitted(self, "ranking_")
+        X = _frame_of(X)
         if _is_frame(X) and self._is_mixed(X):
             validate_data(self, X=X, reset=False, skip_check_array=True)
             names = [c for c, keep in zip(X.columns, self.get_support()) if keep]
@@ -536,6 +576,9 @@ class SubsetNaiveBayes(_Mixed, _Pickled, ClassifierMixin, BaseEstimator):  # typ
 
     def fit(self, X: Any, y: Any, sample_weight: Any = None) -> SubsetNaiveBayes:
         """Chooses the features and builds the model. Weights may be any numbers from 0."""
+        _check_whole("bins", self.bins, 2)
+        if self.max_features is not None:
+            _check_whole("max_features", self.max_features, 1)
         columns, y, weights = self._cases(X, y, sample_weight, reset=True)
         self._forget()
         self.classes_ = self._classes_of(y)
@@ -551,10 +594,13 @@ class SubsetNaiveBayes(_Mixed, _Pickled, ClassifierMixin, BaseEstimator):  # typ
 
         The cases are kept, since a selection goes over them again; the model is built when it is
         asked for. `classes` lists all classes at the first call, as everywhere in scikit-learn.
+        Behind `fit`, which keeps no cases, it begins anew, with the classes of that.
         """
-        is_first = not hasattr(self, "classes_")
+        is_first = not getattr(self, "_parts", None)
         if is_first and classes is None:
-            raise ValueError("classes must be passed on the first call to partial_fit.")
+            classes = getattr(self, "classes_", None)
+            if classes is None:
+                raise ValueError("classes must be passed on the first call to partial_fit.")
         columns, y, weights = self._cases(X, y, sample_weight, reset=is_first)
         if is_first:
             self._forget()
@@ -578,13 +624,7 @@ class SubsetNaiveBayes(_Mixed, _Pickled, ClassifierMixin, BaseEstimator):  # typ
                 "This SubsetNaiveBayes estimator requires y to be passed, but the target y is None"
             )
         columns = self._columns_of(X, reset)
-        y = column_or_1d(y, warn=True)
-        if len(y) != columns.n:
-            raise ValueError(
-                f"X and y have inconsistent numbers of samples: {columns.n} and {len(y)}"
-            )
-        if y.dtype.kind in "fc" and not np.isfinite(y.astype(float)).all():
-            raise ValueError("Input y contains NaN or infinity")
+        y = _labels_of(y, columns.n)
         check_classification_targets(y)
         weights = self._weights(sample_weight, X, columns.n)
         if weights is not None:
@@ -636,6 +676,11 @@ class SubsetNaiveBayes(_Mixed, _Pickled, ClassifierMixin, BaseEstimator):  # typ
             return self.classes_.astype(np.float64)
         return np.asarray([str(c) for c in self.classes_], object)
 
+    def _in_order(self) -> Any:
+        """The places of the model's classes, in the order in which the library has them: numbers
+        that went over as texts are in the order of texts."""
+        return self._there[np.argsort(self._labels()[self._there], kind="stable")]
+
     def _command(self, categorical: dict[str, bool]) -> str:
         forced = self._forced(list(categorical))
         force = ""
@@ -666,7 +711,9 @@ class SubsetNaiveBayes(_Mixed, _Pickled, ClassifierMixin, BaseEstimator):  # typ
                          "above that of the forced features")
 
     def _forced(self, names: list[str]) -> list[str]:
-        forced = [names[f] if isinstance(f, (int, np.integer)) else str(f) for f in self.force]
+        asked = [self.force] if isinstance(self.force, str) else self.force
+        forced = [_name_at(int(f), names, "force") if isinstance(f, (int, np.integer)) else str(f)
+                  for f in asked]
         if unknown := [f for f in forced if f not in names]:
             raise ValueError(f"force names {unknown}, which X does not have")
         return forced
@@ -724,7 +771,9 @@ class SubsetNaiveBayes(_Mixed, _Pickled, ClassifierMixin, BaseEstimator):  # typ
 
     def feature_log_prob(self, feature: str) -> dict[str, Any]:
         """The log-probabilities of a feature's values, or bins, given each class of the training."""
-        return _log_prob(self._with_state(), str(feature))
+        of_library = _log_prob(self._with_state(), str(feature))
+        order = np.argsort(self._in_order())
+        return {value: log[order] for value, log in of_library.items()}
 
     def predict_proba(self, X: Any) -> Any:
         """The probability of each class; classes that training did not have get 0."""
@@ -755,7 +804,7 @@ class SubsetNaiveBayes(_Mixed, _Pickled, ClassifierMixin, BaseEstimator):  # typ
         )
         new = result.new_columns.to_dict()
         names = list(new)
-        whole[:, self._there] = np.column_stack([new[n] for n in names[1:]])
+        whole[:, self._in_order()] = np.column_stack([new[n] for n in names[1:]])
         return whole, self._winners(new[names[0]], whole)
 
     def _winners(self, predicted: Any, whole: Any) -> Any:
