@@ -131,6 +131,13 @@ COLUMNS = {
     "durations": ([datetime.timedelta(1), None, datetime.timedelta(2), None], "duration", "nominal", 2),
     "masked": (np.ma.masked_array([1.5, 2, 3, 4], [0, 1, 0, 0]), "number", "scale", 3),
     "nothing": ([None] * 4, "text", "nominal", 0),
+    "masked texts": (np.ma.masked_array(np.array(["a", None, "b", "c"], object), [1, 0, 0, 0]),
+                     "text", "nominal", 2),
+    "masked days": (np.ma.masked_array(np.array(["2024-01-01", "NaT"] * 2, "M8[D]"), [1, 0, 0, 0]),
+                    "date", "nominal", 1),
+    "instants of a zone": ([datetime.datetime(2024, 1, 1, tzinfo=datetime.timezone.utc), None] * 2,
+                           "date and time", "nominal", 2),
+    "times of day": ([datetime.time(1, 2), None] * 2, "duration", "nominal", 2),
 }
 
 
@@ -151,6 +158,19 @@ def kinds_of_pandas():
                          "date and time", "nominal", 3),
         "times of a zone": (make(pandas.to_datetime(["2024-01-01", None] * 2).tz_localize(
             "Europe/Berlin")), "date and time", "nominal", 2),
+        "intervals": (pandas.cut(make([1.0, 2.0, None, 9.0]), 3), "text", "ordinal", 3),
+        "months": (make(pandas.period_range("2024-01", periods=4, freq="M")), "text", "nominal", 4),
+        "categories of a mix": (make([1, "a", 1, None], dtype="category"), "text", "nominal", 3),
+        **kinds_over_arrow(make),
+    }
+
+
+def kinds_over_arrow(make):
+    pyarrow, pandas = pytest.importorskip("pyarrow"), pytest.importorskip("pandas")
+    return {
+        "arrow": (pyarrow.array(["a", None, "b", "a"]), "text", "nominal", 3),
+        "days over arrow": (make([DAY, None] * 2, dtype=pandas.ArrowDtype(pyarrow.date32())), "date",
+                            "nominal", 2),
     }
 
 
@@ -188,6 +208,7 @@ def test_polars_enums_and_arrow_dictionaries_say_their_level():
     ({"a": np.array([1j])}, 'column "a": has the type complex128'),
     ({"a": np.zeros((2, 2))}, 'column "a": has 2 dimensions'),
     ({"a": [1, 2], "b": [1]}, "different lengths"),
+    ({1: [1.5], "1": [2.5]}, 'two columns are named "1"'),
     (np.zeros((2, 2, 2)), "3 dimensions"),
     ({"a": ["\ud800"]}, 'column "a"'),
     ("no/such.csv", "no/such.csv"),
@@ -201,9 +222,20 @@ def test_data_that_cannot_be_read_say_where_and_what_to_do(data, words):
         ps.describe(data)
 
 
+def test_weights_of_another_length_are_refused():
+    polars = pytest.importorskip("polars")
+    with pytest.raises(ps.DataError, match="there are 1 for 2 cases"):
+        ps.rank(polars.DataFrame({"y": ["a", "b"]}), "y", weight=[1.0])
+
+
 def test_a_batch_of_other_columns_is_named():
     with pytest.raises(ValueError, match="give all batches the same columns"):
         ps.describe(iter([{"a": [1.5]}, {"a": ["x"]}]))
+
+
+def test_columns_whose_names_are_numbers_are_named_by_them():
+    data = {0: ["a", "b"] * 20, 1: np.arange(40.0) + 0.5, 2: np.arange(40) % 3, 3: np.ones(40)}
+    assert ps.rank(data, 0, except_=2, levels={2: "nominal"}, weight=3).predictors == ["1"]
 
 
 def broken():
@@ -214,6 +246,32 @@ def broken():
 def test_what_an_iterator_raises_comes_through():
     with pytest.raises(ZeroDivisionError, match="in the producer"):
         ps.describe(broken())
+
+
+def test_batches_are_made_on_the_thread_that_called_and_may_widen():
+    import sqlite3
+
+    connection = sqlite3.connect(":memory:")  # is of its thread alone
+    connection.execute("create table t (y text, x real, n integer)")
+    rows = [("ab"[i % 2], i * 0.5, i if i % 7 or i < 20 else None) for i in range(60)]
+    connection.executemany("insert into t values (?, ?, ?)", rows)
+
+    def batches():
+        cursor = connection.execute("select * from t")
+        while some := cursor.fetchmany(20):
+            yield dict(zip("yxn", zip(*some)))
+
+    whole = ps.rank(dict(zip("yxn", zip(*rows))), "y").document["runs"]
+    assert ps.rank(batches(), "y").document["runs"] == whole
+    wide = ({"x": np.array(part)} for part in ([1, 2], [1.5, np.nan]))
+    assert ps.describe(wide)["Dictionary"]["valid"].tolist() == [3]
+
+    def stopped():
+        yield {"x": [1.5]}
+        raise KeyboardInterrupt
+
+    with pytest.raises(KeyboardInterrupt):
+        ps.describe(stopped())
 
 
 def test_options_of_data(tmp_path, penguins):
@@ -253,7 +311,10 @@ def test_weights_count_cases_as_a_column_or_beside_the_data():
     weights = np.array([1, 2, 0, 3, 1] * 4)
     rows = np.repeat(np.arange(20), weights)
     copied = ps.rank({"y": np.array(y)[rows], "x": x[rows]}, "y")["Ranking"].to_dict()
-    for result in (ps.rank({"y": y, "x": x}, "y", weight=weights),
+    beside = [{"y": y, "x": x}]
+    for library, make in (("polars", "DataFrame"), ("pyarrow", "table")):
+        beside.append(getattr(pytest.importorskip(library), make)({"y": y, "x": x}))
+    for result in (*(ps.rank(data, "y", weight=weights) for data in beside),
                    ps.rank({"y": y, "x": x, "w": weights}, "y", weight="w")):
         told = result["Ranking"].to_dict()
         for name in ("test_value", "log10_p", "effect_size"):

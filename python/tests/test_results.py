@@ -107,9 +107,12 @@ def test_a_command_that_fails_says_where_and_keeps_what_was_done(penguins):
         ps.model(penguins, "body_mass_g")
     with pytest.raises(KeyError, match="there are"):
         ps.rank(penguins, "species")["Rankings"]
-    for by, threads in (("q", None), ("p", 2000)):
+    for wrong in ({"by": "q"}, {"threads": 2000}, {"top": -1}):
         with pytest.raises(ps.RequestError):
-            ps.rank(penguins, "species", by=by, threads=threads)
+            ps.rank(penguins, "species", **wrong)
+    for wrong in ({"test": 1.5}, {"test": float("nan")}, {"predictors": -1}):
+        with pytest.raises(ps.RequestError, match=next(iter(wrong))):
+            ps.model(penguins, "species", **wrong)
 
 
 def test_states_come_and_go_as_files_of_the_program(penguins, program, tmp_path):

@@ -51,6 +51,8 @@ def encode(name: str, values: Any) -> Encoded:
 def _encode(values: Any) -> Encoded:
     if hasattr(values, "dtype") and hasattr(values, "array"):
         return _encode_series(values)
+    if hasattr(values, "to_pylist"):  # of Arrow
+        values = values.to_pylist()
     array = values if isinstance(values, np.ndarray) else _from_sequence(values)
     if array.ndim != 1:
         raise TypeError(f"has {array.ndim} dimensions; a column has one")
@@ -141,7 +143,10 @@ def _dictionary(codes: Any, dictionary: ArrowColumn) -> ArrowColumn:
 
 _WORDS = {str: "texts", bytes: "texts", bool: "booleans", numbers.Number: "numbers",
           decimal.Decimal: "numbers", datetime.datetime: "times", datetime.date: "dates",
-          datetime.timedelta: "durations"}
+          datetime.timedelta: "durations", datetime.time: "durations"}
+
+
+_NAMED = {"objects of Interval", "objects of Period"}  # pandas' own, which are categories
 
 
 def _word(value: Any) -> str:
@@ -151,11 +156,23 @@ def _word(value: Any) -> str:
     return "booleans" if isinstance(value, np.bool_) else f"objects of {type(value).__name__}"
 
 
+def _without_zone(value: Any) -> Any:
+    """An instant of a zone as UTC, where numpy counts; a time of day as what is past midnight."""
+    if isinstance(value, datetime.time):
+        return datetime.timedelta(hours=value.hour, minutes=value.minute, seconds=value.second,
+                                  microseconds=value.microsecond)
+    if getattr(value, "tzinfo", None) is not None:
+        return value.astimezone(datetime.timezone.utc).replace(tzinfo=None)
+    return value
+
+
 def _from_objects(array: Any) -> ArrowColumn:
     missing = np.fromiter((is_missing(v) for v in array), bool, len(array))
     words = {_word(v) for v in array[~missing]}
     if words <= {"texts"}:
         return _texts(array)
+    if words <= _NAMED:
+        return _texts([None if lost else str(v) for v, lost in zip(array, missing)])
     if len(words) > 1 and not words <= {"numbers", "booleans"}:
         raise TypeError(
             f"mixes {' and '.join(sorted(words))}. Give it one type, such as by .astype(str)"
@@ -166,14 +183,18 @@ def _from_objects(array: Any) -> ArrowColumn:
         filled[missing] = np.nan
         return _from_numpy(filled.astype(np.float64))
     if word in ("times", "dates", "durations"):
-        filled = array.copy()
-        filled[missing] = None
+        filled = np.array([None if lost else _without_zone(v) for v, lost in zip(array, missing)],
+                          object)
         return _from_times(filled.astype({"times": "M8[us]", "dates": "M8[D]",
                                           "durations": "m8[us]"}[word]))
     raise TypeError(f"holds {word}, which is no column of numbers, texts or times")
 
 
 def _masked(cells: Any, missing: Any) -> Encoded:
+    if cells.dtype.kind in "OmM":  # have missing values of their own besides
+        cells = cells.copy()
+        cells[missing] = None
+        return Encoded(_from_numpy(cells))
     column = _from_numpy(cells)
     valid = _validity(missing)
     if valid is not None:
@@ -187,18 +208,25 @@ def _encode_series(series: Any) -> Encoded:
     if isinstance(dtype, np.dtype):
         return Encoded(_from_numpy(series.to_numpy()), "nominal" if dtype.kind == "b" else "")
     if hasattr(dtype, "categories") and hasattr(dtype, "ordered"):
-        inner = _encode(np.asarray(dtype.categories)).column
-        if inner.dictionary is not None:  # texts, which are a dictionary already
-            inner = _text_list(list(dtype.categories))
+        inner = _encode_categories(np.asarray(dtype.categories))
         return Encoded(_dictionary(series.array.codes, inner),
                        "ordinal" if dtype.ordered else "nominal")
     kind = getattr(dtype, "kind", "O")
     if kind in "fiub":
         missing = np.asarray(series.isna())
         return _masked(_filled(series, getattr(dtype, "numpy_dtype", np.float64), missing), missing)
-    if kind == "M":
+    if kind == "M" and str(getattr(dtype, "pyarrow_dtype", "")) not in ("date32[day]", "date64[ms]"):
         return Encoded(_from_times(series.to_numpy(dtype="M8[ns]")))
     return Encoded(_from_numpy(series.to_numpy(dtype=object)))
+
+
+def _encode_categories(categories: Any) -> ArrowColumn:
+    """Numbers and times as what they are, all else (texts, intervals, a mix) as texts."""
+    words = {_word(v) for v in categories} if categories.dtype.kind == "O" else set()
+    if categories.dtype.kind in "UST" or (words and not words <= {"numbers", "booleans"} and (
+            len(words) > 1 or not words <= {"times", "dates", "durations"})):
+        return _text_list(list(categories))
+    return _from_numpy(categories)
 
 
 def _filled(series: Any, dtype: Any, missing: Any) -> Any:

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import ctypes
+import dataclasses
 import itertools
 import json
 import os
@@ -14,7 +15,7 @@ import numpy as np
 
 from . import _library as lib
 from ._columns import Encoded, encode
-from ._export import AnyBatch, Batch, ForeignBatch, stream_of
+from ._export import AnyBatch, ArrowColumn, Batch, ForeignBatch, stream_of
 from ._import import ARRAY, SCHEMA, STREAM, struct_in
 from .errors import DataError, DataNotice, RequestError, warn
 
@@ -35,13 +36,13 @@ class Options:
         stream: bool = False,
         name: str | None = None,
     ) -> None:
-        self.levels = dict(levels or {})
+        self.levels = {str(name): level for name, level in (levels or {}).items()}
         for variable, level in self.levels.items():
             if level not in lib.LEVELS:
                 raise RequestError(
                     f'levels: "{variable}" is to be {level!r}; give nominal, ordinal or scale'
                 )
-        self.weight = weight
+        self.weight = str(weight) if isinstance(weight, int) else weight
         self.schema = schema
         self.null = list(null)
         self.reading = [pair for name, word in (reading or {}).items()
@@ -155,6 +156,8 @@ def _opened(session: lib.Session, table: Table, status: int) -> Table:
 
 def _open_stream(session: lib.Session, data: Any, options: Options) -> Table:
     source = _source_of(data, options)
+    if source.outgoing is not None:
+        source.outgoing.on_owner = session.on_caller
     table = Table()
     said, kept = _table_options(options, source.levels, source.weight, source.keep)
     status = session.work(
@@ -209,21 +212,31 @@ def _plain_source(data: Any, options: Options) -> _Source:
     raise DataError(
         f"data of type {type(data).__name__} cannot be read. Give a data frame, anything with "
         "__arrow_c_stream__, a dict of columns, a numpy array, batches of these, or a path"
+        + ("; call its .collect() first" if hasattr(data, "collect") else "")
     )
 
 
 def columns_of(data: Any) -> dict[str, Any] | None:
     """The columns of what has them in Python: a dict, a numpy array, a pandas frame. None else."""
     if isinstance(data, Mapping):
-        return {str(name): values for name, values in data.items()}
+        return _by_names(data, data.keys())
     if isinstance(data, np.ndarray):
         return _columns_of_array(data)
     if _is_pandas(data):
         if not data.columns.is_unique:
             twice = data.columns[data.columns.duplicated()][0]
             raise DataError(f'a column named "{twice}" is there twice; rename one of them')
-        return {str(name): data[name] for name in data.columns}
+        return _by_names(data, data.columns)
     return None
+
+
+def _by_names(data: Any, names: Any) -> dict[str, Any]:
+    columns: dict[str, Any] = {}
+    for name in names:
+        if str(name) in columns:
+            raise DataError(f'two columns are named "{name}", as a number and as a text; rename one')
+        columns[str(name)] = data[name]
+    return columns
 
 
 def _is_pandas(data: Any) -> bool:
@@ -302,10 +315,22 @@ def _source_of_batches(batches: Iterator[Any], keep: int) -> _Source:
     return source
 
 
+def _widened(column: ArrowColumn) -> ArrowColumn:
+    """Numbers as float64, where that loses nothing: one batch may have whole numbers, and the next
+    one missing values among them."""
+    cells = column.buffers[1] if column.dictionary is None else None
+    if column.format not in (b"c", b"s", b"i", b"l", b"C", b"S", b"I", b"L", b"e", b"f"):
+        return column
+    if cells is None or (cells.dtype.itemsize == 8 and (np.abs(cells.astype(float)) > 2.0**53).any()):
+        return column
+    return dataclasses.replace(column, format=b"g", buffers=[column.buffers[0], cells.astype(float)])
+
+
 def _parts_of(data: Any) -> Iterator[tuple[AnyBatch, dict[str, str]]]:
     columns = columns_of(data)
     if columns is not None:
-        yield batch_of(columns)
+        batch, levels = batch_of(columns)
+        yield Batch({n: _widened(c) for n, c in batch.columns.items()}, batch.length), levels
     elif hasattr(data, "__arrow_c_stream__"):
         capsule = data.__arrow_c_stream__()
         yield from _parts_of_stream(struct_in(capsule, STREAM), capsule)
@@ -338,9 +363,23 @@ def _parts_of_stream(stream: Any, capsule: Any) -> Iterator[tuple[AnyBatch, dict
 def _with_weights(data: Any, weights: Any, options: Options) -> _Source:
     """Weights that stand beside the data become a column of a name that is not taken."""
     columns = columns_of(data)
-    if columns is None:
-        raise RequestError("weight: data that come as a stream need their weights as a column")
-    name = next(n for n in (f"weight{i or ''}" for i in itertools.count()) if n not in columns)
-    source = _source_of_columns({**columns, name: np.asarray(weights)}, lib.KEEP_BATCHES)
+    known = getattr(data, "column_names", getattr(data, "columns", ())) if columns is None else columns
+    name = next(n for n in (f"weight{i or ''}" for i in itertools.count()) if n not in known)
+    joined = _joined(data, name, np.asarray(weights)) if columns is None else {
+        **columns, name: np.asarray(weights)}
+    source = _plain_source(joined, options)
     source.weight = name
     return source
+
+
+def _joined(frame: Any, name: str, values: Any) -> Any:
+    """A frame of polars or pyarrow with one column more; the others are not copied."""
+    if not hasattr(frame, "append_column") and not hasattr(frame, "hstack"):
+        raise RequestError("weight: data that come as a stream need their weights as a column")
+    if values.shape != (len(frame),):
+        raise DataError(f"weight: there are {values.size} for {len(frame)} cases")
+    if hasattr(frame, "hstack"):
+        return frame.hstack(type(frame)({name: values}))
+    import pyarrow
+
+    return frame.append_column(name, pyarrow.array(values))

@@ -188,6 +188,8 @@ class _Outgoing:
         self.batches = itertools.chain([first], others)
         self.trouble: BaseException | None = None
         self.text = ctypes.create_string_buffer(b"")
+        # Takes a step on the thread that owns the batches.
+        self.on_owner: Callable[[Callable[[], Any]], Any] = lambda step: step()
 
     def guarded(self, step: Callable[[], None]) -> int:
         try:
@@ -199,7 +201,7 @@ class _Outgoing:
             return errno.EIO
 
     def next(self, array: ArrowArray) -> None:
-        batch = next(self.batches, None)
+        batch = self.on_owner(lambda: next(self.batches, None))
         if batch is None:
             array.release = ReleaseArray()
             return

@@ -50,16 +50,16 @@ class Job:
         return result
 
 
-def _list(names: str | Sequence[str]) -> list[str]:
-    return [names] if isinstance(names, str) else [str(name) for name in names]
+def _list(names: str | int | Sequence[str | int]) -> list[str]:
+    return [str(names)] if isinstance(names, (str, int)) else [str(name) for name in names]
 
 
 def rank(
     data: Any,
-    target: str,
+    target: str | int,
     *,
     by: str = "p",
-    except_: str | Sequence[str] = (),
+    except_: str | int | Sequence[str | int] = (),
     top: int = 0,
     levels: Mapping[str, str] | None = None,
     weight: Any = None,
@@ -121,20 +121,21 @@ def rank(
     job = Job(threads, progress)
     table = job.open(data, options)
     names, n = lib.texts(_list(except_))
-    said = lib.rank_options(by=_BY[by], except_=lib.address(names), n_except=n, top=top)
-    result = job.result(Ranking, table, "rank", table, target.encode(), ctypes.byref(said))
+    said = lib.rank_options(by=_BY[by], except_=lib.address(names), n_except=n,
+                            top=lib.count("top", top))
+    result = job.result(Ranking, table, "rank", table, str(target).encode(), ctypes.byref(said))
     result._warn()
     return result
 
 
 def model(
     data: Any,
-    target: str,
+    target: str | int,
     *,
     test: float = 0.3,
     training_column: str | None = None,
     predictors: int = 0,
-    except_: str | Sequence[str] = (),
+    except_: str | int | Sequence[str | int] = (),
     predictions: bool = False,
     pmml: str | os.PathLike[str] | None = None,
     levels: Mapping[str, str] | None = None,
@@ -168,11 +169,12 @@ def model(
         said = lib.model_options(
             except_=lib.address(names), n_except=n,
             training_column=training_column.encode() if training_column else None,
-            test=test if test > 0 else -1.0, predictors=predictors, save_predictions=predictions,
+            test=-1.0 if test <= 0 else test, predictors=lib.count("predictors", predictors),
+            save_predictions=predictions,
             state_path=os.fsencode(state), pmml_path=os.fsencode(pmml) if pmml else None,
-            memory=memory,
+            memory=lib.count("memory", memory),
         )
-        result = job.result(Model, table, "model", table, target.encode(), ctypes.byref(said))
+        result = job.result(Model, table, "model", table, str(target).encode(), ctypes.byref(said))
         if state.exists():
             result.state = State.load(state)
             result._leave_out(str(state))
@@ -213,7 +215,7 @@ def run(
     said = lib.run_options(
         state_path=os.fsencode(save_state) if save_state else None,
         results_folder=os.fsencode(results) if results else None,
-        memory=lib.MEMORY_AUTO if memory == "auto" else int(memory),
+        memory=lib.MEMORY_AUTO if memory == "auto" else lib.count("memory", memory),
     )
     result = job.result(Result, table, "run", table, commands.encode(), ctypes.byref(said))
     result._warn()

@@ -3,7 +3,9 @@
 from __future__ import annotations
 
 import ctypes
+import operator
 import os
+import queue
 import threading
 import time
 from collections.abc import Callable, Iterable
@@ -23,6 +25,7 @@ _FAILURES: dict[int, type[errors.PredSelectError]] = {
     2: errors.RequestError,
     3: errors.DataError,
     5: errors.Cancelled,
+    7: errors.RequestError,  # a number that is none of those allowed
 }
 _ANSWER_SECONDS = 0.2  # that a call has to end when it is interrupted
 
@@ -146,6 +149,14 @@ def texts(values: Iterable[str]) -> tuple[Any, int]:
     return (ctypes.c_char_p * len(encoded))(*encoded), len(encoded)
 
 
+def count(name: str, value: Any) -> int:
+    """A number of the caller's that C takes as a size."""
+    number = operator.index(value)
+    if number < 0:
+        raise errors.RequestError(f"{name} is {number}; give a number from 0")
+    return number
+
+
 def address(struct: Any) -> ctypes.c_void_p:
     """Of a struct or an array, for a field that points to one."""
     return ctypes.cast(ctypes.pointer(struct), ctypes.c_void_p)
@@ -210,6 +221,45 @@ class Handle:
             self._close(pointer)
 
 
+class _Errands:
+    """What a job on a thread of its own has the caller's thread do for it, one after the other."""
+
+    def __init__(self) -> None:
+        self._asked: Any = queue.SimpleQueue()
+        self._answered: Any = queue.SimpleQueue()
+        self._caller = threading.get_ident()
+
+    def ask(self, step: Callable[[], Any]) -> Any:
+        """Called by the job: the answer of the step, or what it raises."""
+        if threading.get_ident() == self._caller:
+            return step()
+        self._asked.put(step)
+        answer, trouble = self._answered.get()
+        if trouble is not None:
+            raise trouble
+        return answer
+
+    def serve(self, seconds: float) -> None:
+        """Takes one step where one is asked for in that time."""
+        try:
+            step = self._asked.get(timeout=seconds)
+        except queue.Empty:
+            return
+        if step is not None:
+            try:
+                self._answered.put((step(), None))
+            except Exception as trouble:
+                self._answered.put((None, trouble))
+
+    def end(self) -> None:
+        """Called behind the job, so that nobody waits on."""
+        self._asked.put(None)
+
+    def close(self) -> None:
+        """The caller goes: what is asked for now, or was, has no answer."""
+        self._answered.put((None, InterruptedError("the run was stopped")))
+
+
 class Session(Handle):
     """What one call after the other is made with, by one thread at a time."""
 
@@ -218,6 +268,7 @@ class Session(Handle):
         if library.predselect_session_open(ctypes.byref(self._as_parameter_)) != OK:
             raise MemoryError("there is not enough memory for a session")
         self._progress: Any = None
+        self._errands: _Errands | None = None
         self.call("session_set_application", b"PredSelect", version().encode())
         if folder := os.environ.get("TMPDIR"):
             self.call("session_set_temp_folder", os.fsencode(folder.rstrip("/") or "/"))
@@ -260,6 +311,7 @@ class Session(Handle):
             return job()
         done = threading.Event()
         outcome: list[Any] = []
+        self._errands = errands = _Errands()
 
         def run() -> None:
             try:
@@ -268,20 +320,30 @@ class Session(Handle):
                 outcome.append(raised)
             finally:
                 done.set()
+                errands.end()
 
         worker = threading.Thread(target=run, name="predselect", daemon=True)
         worker.start()
         try:
-            while not done.wait(0.1):
+            while not done.is_set():
+                errands.serve(0.1)
                 if watch is not None:
                     watch()
         except BaseException:
+            errands.close()
             self._stop(done)
             raise
+        finally:
+            self._errands = None
         worker.join()
         if isinstance(outcome[0], BaseException):
             raise outcome[0]
         return int(outcome[0])
+
+    def on_caller(self, step: Callable[[], Any]) -> Any:
+        """Takes a step of a job on the thread that called: what it touches may belong to that."""
+        errands = self._errands
+        return step() if errands is None else errands.ask(step)
 
     def _stop(self, done: threading.Event) -> None:
         """Asks a job to end. One that does not soon ends by itself, and nobody waits for it."""
