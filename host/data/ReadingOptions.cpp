@@ -4,6 +4,8 @@
 #include <array>
 #include <utility>
 
+#include "host/data/MissingValueCode.h"
+
 namespace MCHost {
 
 namespace {
@@ -64,6 +66,9 @@ bool TakeWord(ReadingOptions& options, const std::string& word) {
 
 bool TakeMissing(ReadingOptions& options, const std::string& word) {
   std::optional<MissingCodes> codes = ParseMissingCodes(word);
+  if (codes && std::any_of(codes->fCodes.begin(), codes->fCodes.end(), IsRangeBackwards)) {
+    return false;
+  }
   if (codes) options.fMissing.push_back(std::move(*codes));
   return codes.has_value();
 }
@@ -124,7 +129,8 @@ const std::vector<ReadingOption>& AllReadingOptions() {
        ""},
       {"missing", "VAR=CODE,...",
        "Values of a variable, or of all (*), that mean missing: numbers, texts, low..high", true,
-       TakeMissing, "is not VARIABLE=CODE,CODE..., with * for all variables"}};
+       TakeMissing,
+       "is not VARIABLE=CODE,CODE..., with * for all variables and ranges as low..high"}};
   return kOptions;
 }
 
