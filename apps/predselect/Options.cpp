@@ -157,6 +157,11 @@ void CompleteFormat(const CLI::App& command, ResultOptions& result) {
   if (command.count("--format") == 0) {
     const std::optional<FileFormat> format = MCHost::FormatOfPath(result.fFile);
     const bool isKnown = format && MCHost::NamesOf(*format).fbResult;
+    if (format && !isKnown) {
+      throw CLI::ValidationError(
+          "--output", "\"" + result.fFile + "\": a workbook is not written; " +
+                          MCHost::EndingsOf(&MCHost::FileFormatNames::fbResult) + " are");
+    }
     result.fFormat = isKnown ? *format : FileFormat::kText;
   }
   if (!result.fTable.empty() && !HasRecords(result.fFormat)) {
