@@ -25,6 +25,7 @@ PredSelect::ModelRequest RequestOf(const Options& options) {
   PredSelect::ModelRequest request = options.fModel;
   request.fbSavePredictions = !options.fSave.fFile.empty();
   request.fRun.fStatePath = options.fSaveState;
+  request.fRun.fExport = options.fExport;
   return request;
 }
 

@@ -357,6 +357,14 @@ std::string IsStateName(const std::string& name) {
   return "\"" + name + "\": a state file is named .bin or .xml";
 }
 
+// The model of a run.
+void AddExportFile(CLI::App& command, Options& options) {
+  command
+      .add_option("--export", options.fExport.fFile,
+                  "Write the model for other programs: .pmml, .xml, .onnx, .sql, .c or .json")
+      ->type_name("FILE");
+}
+
 CLI::App* AddModel(CLI::App& app, Options& options) {
   CLI::App* model = app.add_subcommand(
       "model", "Build a classifier of a target from the few columns that serve it best");
@@ -390,6 +398,7 @@ CLI::App* AddModel(CLI::App& app, Options& options) {
                    "Keep the model for predselect score: .bin or .xml")
       ->type_name("FILE")
       ->check(IsStateName);
+  AddExportFile(*model, options);
   model->add_option("--pmml", options.fModel.fPmml, "Write the model as PMML")->type_name("FILE");
   AddMemory(*model, " that train the model (default: auto)", options.fMemory);
   AddThreads(*model, options.fThreads);
@@ -463,6 +472,28 @@ CLI::App* AddMerge(CLI::App& app, Options& options) {
   return merge;
 }
 
+CLI::App* AddExport(CLI::App& app, Options& options) {
+  CLI::App* command =
+      app.add_subcommand("export", "Write a saved Naive Bayes model as PMML, ONNX, SQL, C or JSON");
+  AddState(*command, "STATE", options, false);
+  InGroup(*command, kResultsGroup);
+  command->add_option("-o,--output", options.fExport.fFile, "Write the model here")
+      ->required()
+      ->type_name("FILE");
+  std::vector<std::pair<std::string, std::string>> forms;
+  for (const std::string& word : PredSelect::ModelFileFormats()) forms.emplace_back(word, word);
+  AddChoice<std::string>(*command, "--to", options.fExport.fTo, forms,
+                         "The form of the model; without it the ending of --output decides: "
+                         ".pmml, .xml, .onnx, .sql, .c, .json");
+  command->add_option("--table", options.fExport.fTable, "The table that the SQL query reads")
+      ->capture_default_str()
+      ->type_name("NAME");
+  command->add_flag("--quiet", options.fResult.fbQuiet,
+                    "Do not say what the form cannot say of the model");
+  command->footer(kExportExamples)->group(kLanguage);
+  return command;
+}
+
 // From the last to the first. The columns of --id come last of all: where they end with the words
 // that are still wanted for others, they leave them to these.
 std::vector<std::string> ArgumentsOf(int argc, char** argv) {
@@ -513,6 +544,7 @@ CLI::App* AddRun(CLI::App& app, Options& options) {
                   "Save what the last command's engine has counted: .bin or .xml")
       ->type_name("FILE")
       ->check(IsStateName);
+  AddExportFile(*run, options);
   run->add_option("--results", options.fResults,
                   "Write rankings and subsets as XML documents into this directory")
       ->type_name("DIR");
@@ -588,6 +620,7 @@ struct CommandLine {
                 {AddRun(fApp, options), Options::kRun},
                 {AddInspect(fApp, options), Options::kInspect},
                 {AddMerge(fApp, options), Options::kMerge},
+                {AddExport(fApp, options), Options::kExport},
                 {AddView(fApp, options), Options::kView}};
     fpHelp = AddHelp(fApp, fTopic);
     fpCompletion = AddCompletion(fApp, fShell);
@@ -661,7 +694,7 @@ void Complete(const CommandLine& line, Options& options) {
   for (const auto& [command, action] : line.fActions) {
     if (!command->parsed()) continue;
     options.fAction = action;
-    if (action == Options::kMerge || action == Options::kView) continue;
+    if (command->get_option_no_throw("--format") == nullptr) continue;
     CompleteFormat(*command, options.fResult);
     if (action == Options::kScore) CompleteScore(*command, options);
     const bool isPage = options.fResult.fFormat == FileFormat::kText;

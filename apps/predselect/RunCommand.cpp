@@ -52,11 +52,12 @@ int RunCommands(const Options& options) {
   ShowNotes(*table, options.fResult, notes);
 
   LiveOutput document(options.fResult, progress, options.fData.fFile);
-  const PredSelect::Outcome outcome = PredSelect::RunCommands(
-      *table, document,
-      {commands, options.fSaveState, options.fResults,
-       [&options](const std::string& path) { return UseOf(path, options); }, MemoryOf(options)},
-      ProgramSurroundings(options, progress));
+  const PredSelect::Outcome outcome =
+      PredSelect::RunCommands(*table, document,
+                              {commands, options.fSaveState, options.fResults,
+                               [&options](const std::string& path) { return UseOf(path, options); },
+                               MemoryOf(options), nullptr, options.fExport},
+                              ProgramSurroundings(options, progress));
   progress.Clear();
   ShowNotes(*table, options.fResult, notes);
 

@@ -129,6 +129,13 @@ def test_states_come_and_go_as_files_of_the_program(penguins, program, tmp_path)
     assert mine["p_2"].tolist() == [float(line[2]) for line in theirs]
     loaded.to_pmml(tmp_path / "model.pmml")
     assert ElementTree.parse(tmp_path / "model.pmml").getroot().get("version") == "4.3"
+    loaded.export(tmp_path / "model.txt", to="sql", table="new \"cases\"")
+    assert (tmp_path / "model.txt").read_text().rstrip().endswith('FROM "new ""cases""" AS t')
+    model.state.export(tmp_path / "model.json")
+    assert ps.score(ps.load(tmp_path / "model.json"), penguins,
+                    probabilities="p").new_columns["p_2"].tolist() == mine["p_2"].tolist()
+    with pytest.raises(ps.RequestError, match="no format of models"):
+        loaded.export(tmp_path / "model.xls")
     with pytest.raises(ps.RequestError, match="ranking of predictors"):
         ps.run(penguins, "SELECTPRED sex.", save_state=tmp_path / "r.bin")
         ps.load(tmp_path / "r.bin").to_pmml(tmp_path / "r.pmml")

@@ -263,7 +263,7 @@ def law_what_does_not_fit_is_refused(program, folder):
             (("merge", "heavy.bin", "weighted.bin", "-o", "x.bin"), 2, "weight variable is another"),
             (("merge", "year.bin", "scale.bin", "-o", "x.bin"), 2,
              "year is categorical in one state and scale in the other"),
-            (("merge", "rank.bin", "-o", "x.bin"), 2, "Try"),
+            (("merge", "rank.bin", "-o", "x.bin"), 2, "two states or more"),
             (("merge", "rank.bin", "rank.bin", "-o", "x.txt"), 2, "named .bin or .xml"),
             (("inspect", "nowhere.bin"), 3, "No such file"),
             (("inspect", "rank.bin", "-o", "./rank.bin"), 2, "is the file of the state, too"),

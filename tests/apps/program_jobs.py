@@ -301,7 +301,8 @@ def every_option():
     for args in ([], ["--help"], ["--version"], ["--wrong"], ["explain"], ["run"], ["run", *PLAIN],
                  ["run", "-c", "x"], ["describe"], ["inspect"], ["score", *PLAIN], ["merge"]):
         yield Job(args)
-    for command in ("run", "rank", "model", "describe", "inspect", "score", "merge"):
+    for command in ("run", "rank", "model", "describe", "inspect", "score", "merge",
+                    "export"):
         yield Job([command, "--help"])
 
 
@@ -320,6 +321,14 @@ def every_state():
                   ("model.bin", "cat1.bin"), ("rank0.bin",)):
         for form in ("bin", "xml"):
             yield Job(["merge", *map(made, names), "-o", f"all.{form}"])
+    for model in ("model.bin", "coded.bin", "cat1.bin", "rank0.bin"):
+        for ending in ("pmml", "xml", "onnx", "sql", "c", "json", "txt"):
+            yield Job(["export", made(model), "-o", f"model.{ending}", "--table", "a \"b\""])
+    for to in ("sql", "json", "xls"):
+        yield Job(["export", made("model.xml"), "-o", "model.txt", "--to", to, "--quiet"])
+    for text in ("NAIVEBAYES species.", "SELECTPRED species."):
+        yield run(PENGUINS, text, "--export", "model.onnx", "--save-state", "state.bin")
+    yield Job(["model", *PENGUINS, "species", "--export", "model.json"])
     yield Job(["merge", made("rank0.bin"), "../in/cut-feature.bin", "-o", "all.bin"])
     yield Job(["merge", made("rank0.bin"), made("rank0.bin"), "-o", "all.txt"])
     for model in ("model.bin", "model.xml", "cat1.bin"):

@@ -776,6 +776,12 @@ class SubsetNaiveBayes(_Mixed, _Pickled, ClassifierMixin, BaseEstimator):  # typ
         """Writes the model as PMML for other programs."""
         self._with_state().to_pmml(path)
 
+    def export(
+        self, path: str | os.PathLike[str], to: str | None = None, table: str = "data"
+    ) -> None:
+        """Writes the model for other programs, as :meth:`State.export` does."""
+        self._with_state().export(path, to, table)
+
     def _with_state(self) -> State:
         self._ready()
         if self._state is None:
