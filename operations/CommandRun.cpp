@@ -97,6 +97,17 @@ bool IsPlace(const std::string& detail) {
   return last != std::string::npos && detail[last] == '^';
 }
 
+// What a command says of its subcommands, as a ranking says it that was asked for by V or lambda.
+OutputText TextOfVerb(OutputText text) {
+  if (text.fKey.starts_with("Mixed rank criterion ^1 ")) {
+    return OutputText::Key("Ranked by p for predictors of both kinds...");
+  }
+  if (text.fKey.starts_with("Categorical rank criterion ^1 ")) {
+    return OutputText::Key("Ranked by p for numbers...");
+  }
+  return text;
+}
+
 // One of reason and kind of predictor is the heading of the other.
 OutputText ReasonOf(const MCHost::OutputDimension& rows, int leaf) {
   for (const int category : rows.PathTo(leaf)) {
@@ -142,6 +153,7 @@ void CommandRun::AddMessage(MCHost::OutputMessage message) {
   if (key == "No predictors excluded ..." || key == fWithheld) return;
   // A place in the command, which nobody has written, is none of a verb.
   message.fDetail = IsPlace(message.fDetail) ? "" : DetailOfVerb(message.fDetail);
+  message.fText = TextOfVerb(std::move(message.fText));
   fDocument.AddMessage(std::move(message));
 }
 
