@@ -105,7 +105,9 @@ int DryRun(const Options& options) {
     if (options.fAction != Options::kRun) text += Line("Runs", request.fCommands);
   }
   text += Outputs(options, plans) + "Nothing was written.\n";
-  WriteResults({}, text);
+  ResultOptions shown;
+  shown.fbPager = options.fResult.fbPager;
+  WriteResults(shown, text);
   return ExitCodeOf(outcome);
 }
 

@@ -166,6 +166,12 @@ void CompleteFormat(const CLI::App& command, ResultOptions& result) {
   }
 }
 
+void AddPager(CLI::App& command, ResultOptions& result) {
+  command.add_flag_callback(
+      "--no-pager", [&result] { result.fbPager = false; },
+      "Long pages on a terminal all at once, without a pager");
+}
+
 void AddResultOptions(CLI::App& command, ResultOptions& result) {
   InGroup(command, kResultsGroup);
   command
@@ -175,6 +181,7 @@ void AddResultOptions(CLI::App& command, ResultOptions& result) {
                    {{"auto", Color::kAuto}, {"always", Color::kAlways}, {"never", Color::kNever}},
                    "Colours in text (default: auto, on a terminal only)");
   command.add_flag("--quiet", result.fbQuiet, "No warnings and no progress on standard error");
+  AddPager(command, result);
 }
 
 // A check that takes whole numbers of that range.
@@ -544,13 +551,14 @@ CLI::App* AddDescribe(CLI::App& app, Options& options) {
   return describe;
 }
 
-CLI::App* AddHelp(CLI::App& app, std::string& topic) {
+CLI::App* AddHelp(CLI::App& app, std::string& topic, ResultOptions& result) {
   CLI::App* help = app.add_subcommand("help", "Show all about a verb, or about a command");
   std::string topics;
   for (const CLI::App* verb : app.get_subcommands({})) topics += verb->get_name() + "|";
   for (const auto& [name, text] : kCommandHelp) topics += std::string(name) + "|";
   help->add_option("TOPIC", topic, "A verb, SELECTPRED or NAIVEBAYES; none for an overview")
       ->type_name(topics.substr(0, topics.size() - 1));
+  AddPager(*help, result);
   help->footer("")->group(kHelpVerbs);
   return help;
 }
@@ -584,7 +592,7 @@ struct CommandLine {
                 {AddInspect(fApp, options), Options::kInspect},
                 {AddMerge(fApp, options), Options::kMerge},
                 {AddView(fApp, options), Options::kView}};
-    fpHelp = AddHelp(fApp, fTopic);
+    fpHelp = AddHelp(fApp, fTopic, options.fResult);
     fpCompletion = AddCompletion(fApp, fShell);
     fApp.footer(kProgramNotes);
   }

@@ -47,6 +47,7 @@ struct ResultOptions {
   Color fColor = Color::kAuto;
   bool fbQuiet = false;
   bool fbProgress = true;
+  bool fbPager = true;  // for long pages on a terminal
 };
 
 struct Options {
