@@ -46,13 +46,6 @@ constexpr const char* kHelpVerbs = "Help";
 // What is added to the command from here on stands in that group.
 void InGroup(CLI::App& command, const char* group) { command.option_defaults()->group(group); }
 
-constexpr const char* kRunTables =
-    "PredictorSummary (default of SELECTPRED), PredictorEffects, SubsetSummary (default of "
-    "NAIVEBAYES), Classification, SelectedPredictors, ExcludedPredictors, CaseProcessingSummary";
-
-constexpr const char* kInspectTables =
-    "Ranking or SubsetSummary (default), Component, Variables, TargetCategories";
-
 void AddReadingOptions(CLI::App& command, MCHost::ReadingOptions& reading) {
   for (const MCHost::ReadingOption& option : MCHost::AllReadingOptions()) {
     const std::string name = std::string("--") + option.fName;
@@ -129,9 +122,21 @@ void AddChoice(CLI::App& command, const std::string& name, Value& value,
   command.add_option_function<std::string>(name, take, help)->type_name(words);
 }
 
-// Of every result: the page, the report, the document, or the records of a table. `tables`: their
-// subtypes, the main one first.
-void AddFormat(CLI::App& command, ResultOptions& result, const std::string& tables) {
+bool KnowsTable(const std::vector<std::string>& tables, const std::string& name) {
+  return std::ranges::any_of(
+      tables, [&name](const std::string& table) { return AreStringsEqualCase(table, name); });
+}
+
+std::string JoinedNames(const std::vector<std::string>& names) {
+  std::string joined;
+  for (const std::string& name : names) joined += (joined.empty() ? "" : ", ") + name;
+  return joined;
+}
+
+// Of every result: the page, the report, the document, or the records of a table. `tables`: the
+// subtypes of those that there may be, the main one first; `mains`: what is said of the main one.
+void AddFormat(CLI::App& command, ResultOptions& result, const std::vector<std::string>& tables,
+               const std::string& mains = "the first") {
   InGroup(command, kResultsGroup);
   std::vector<std::pair<std::string, FileFormat>> words;
   for (const MCHost::FileFormatNames& format : MCHost::FileFormats()) {
@@ -143,8 +148,18 @@ void AddFormat(CLI::App& command, ResultOptions& result, const std::string& tabl
       "(json), or the records of one table; without it the extension of --output decides: " +
           MCHost::EndingsOf(&MCHost::FileFormatNames::fbResult));
   command
-      .add_option("--table", result.fTable,
-                  "The table whose records are written, by its name in docs/output.md: " + tables)
+      .add_option_function<std::string>(
+          "--table",
+          [&result, tables](const std::string& name) {
+            if (!KnowsTable(tables, name)) {
+              const std::string hint = MCHost::DidYouMean(name, tables);
+              throw CLI::ValidationError(
+                  "--table", "there is no table \"" + name + "\" here" +
+                                 (hint.empty() ? "; there are " + JoinedNames(tables) : hint));
+            }
+            result.fTable = name;
+          },
+          "The table whose records are written (default: " + mains + "): " + JoinedNames(tables))
       ->type_name("NAME");
 }
 
@@ -241,9 +256,10 @@ void AddThreads(CLI::App& command, int& threads) {
 
 CLI::Option* AddSaveOptions(CLI::App& command, const std::string& what, SaveOptions& save) {
   InGroup(command, kSavingGroup);
-  CLI::Option* file = command.add_option(
-      "--save-data", save.fFile,
-      "Write the table with the " + what + ": .csv, .tsv, .parquet, .arrow or .feather");
+  CLI::Option* file =
+      command.add_option("--save-data", save.fFile,
+                         "Write the table with the " + what + ": " +
+                             MCHost::EndingsOf(&MCHost::FileFormatNames::fbWritten));
   file->type_name("FILE");
   CLI::Option* onlyNew =
       command.add_flag("--only-new", save.fbOnlyNew, "Save the " + what + " alone")->needs(file);
@@ -339,7 +355,7 @@ CLI::App* AddRank(CLI::App& app, Options& options) {
       ->check(WholeNumber(0))
       ->type_name("N");
   AddThreads(*rank, options.fThreads);
-  AddFormat(*rank, options.fResult, "Ranking");
+  AddFormat(*rank, options.fResult, {"Ranking"});
   AddResultOptions(*rank, options.fResult);
   AddProgress(*rank, options.fResult);
   AddDryRun(*rank, options);
@@ -384,7 +400,7 @@ CLI::App* AddModel(CLI::App& app, Options& options) {
       ->check(WholeNumber(1))
       ->type_name("N");
   AddFormat(*model, options.fResult,
-            "ChosenPredictors (default), Accuracy, ConfusionMatrix, WorstConfusions");
+            {"ChosenPredictors", "Accuracy", "ConfusionMatrix", "WorstConfusions"});
   AddResultOptions(*model, options.fResult);
   AddSaveOptions(*model, "predictions", options.fSave);
   model
@@ -405,7 +421,9 @@ CLI::App* AddInspect(CLI::App& app, Options& options) {
   CLI::App* inspect = app.add_subcommand(
       "inspect", "Show what a state file holds: component, variables, counts, ranking or model");
   AddState(*inspect, "STATE", options, false);
-  AddFormat(*inspect, options.fResult, kInspectTables);
+  AddFormat(*inspect, options.fResult,
+            {"Ranking", "Component", "Variables", "TargetCategories", "ExcludedPredictors"},
+            "Ranking, or the first that there is");
   AddResultOptions(*inspect, options.fResult);
   inspect->footer(kInspectExamples)->group(kLanguage);
   return inspect;
@@ -419,8 +437,9 @@ void CompleteScore(const CLI::App& score, Options& options) {
   if (!isSaid) result.fFormat = FileFormat::kCsv;
   if (MCHost::NamesOf(result.fFormat).fbWritten) return;
   throw CLI::ValidationError("--format",
-                             "predictions are written as csv, tsv, parquet or arrow; a "
-                             "page or document of what was scored takes --save-data FILE for them");
+                             "predictions are written as csv, tsv, jsonl, markdown, parquet or "
+                             "arrow; a page or document of what was scored takes --save-data FILE "
+                             "for them");
 }
 
 CLI::App* AddScore(CLI::App& app, Options& options) {
@@ -440,10 +459,11 @@ CLI::App* AddScore(CLI::App& app, Options& options) {
   score
       ->add_option("--drift", options.fDrift,
                    "Write how the data differ from those that the model was built on, a row a "
-                   "predictor: .csv, .tsv, .parquet or .feather")
+                   "predictor: " +
+                       MCHost::EndingsOf(&MCHost::FileFormatNames::fbWritten))
       ->type_name("FILE");
   AddThreads(*score, options.fThreads);
-  AddFormat(*score, options.fResult, "Scoring (default), ScoringDrift");
+  AddFormat(*score, options.fResult, {"Scoring", "ScoringDrift"});
   AddResultOptions(*score, options.fResult);
   AddDryRun(*score, options);
   score->footer(kScoreExamples)->group(kShortVerbs);
@@ -508,7 +528,10 @@ CLI::App* AddRun(CLI::App& app, Options& options) {
   run->add_option("-f,--file", options.fCommandFile, "File that holds them; - is standard input")
       ->type_name("FILE")
       ->excludes(text);
-  AddFormat(*run, options.fResult, kRunTables);
+  AddFormat(*run, options.fResult,
+            {"PredictorSummary", "PredictorEffects", "SubsetSummary", "Classification",
+             "SelectedPredictors", "ExcludedPredictors", "CaseProcessingSummary"},
+            "PredictorSummary of SELECTPRED, SubsetSummary of NAIVEBAYES");
   AddResultOptions(*run, options.fResult);
   AddSaveOptions(*run, "new variables", options.fSave);
   run->add_option("--save-state", options.fSaveState,
@@ -543,9 +566,9 @@ CLI::App* AddDescribe(CLI::App& app, Options& options) {
       ->check(WholeNumber(0))
       ->type_name("N");
   AddThreads(*describe, options.fThreads);
-  AddFormat(*describe, options.fResult,
-            "Dictionary (default), MostFrequent, ScaleVariables, TimeVariables, "
-            "CategoricalVariables");
+  AddFormat(
+      *describe, options.fResult,
+      {"Dictionary", "MostFrequent", "ScaleVariables", "TimeVariables", "CategoricalVariables"});
   AddResultOptions(*describe, options.fResult);
   describe->footer(kDescribeExamples)->group(kShortVerbs);
   return describe;
@@ -679,6 +702,12 @@ void Complete(const CommandLine& line, Options& options) {
   options.fData.fbSaved = options.fAction == Options::kScore || !options.fSave.fFile.empty();
   options.fData.fNames = NamesIn(options);
   RefuseOneFileForTwo(options);
+  const bool isJson = options.fResult.fFormat == FileFormat::kJson && options.fResult.fFile.empty();
+  if (options.fbDryRun && isJson) {
+    throw CLI::ValidationError("--dry-run",
+                               "what would be done is shown as text, not as a JSON document; "
+                               "leave out --format json");
+  }
   if (line.fpHelp->parsed()) options.fShown = TextOn(line);
   if (line.fpCompletion->parsed()) options.fShown = ShellText(line);
 }
