@@ -1,4 +1,4 @@
-// The command line as values. Parsing and help live in Options.cpp, once for both.
+// The command line as values. What verbs take stands in VerbOptions.cpp, their parsing in Options.cpp.
 #pragma once
 
 #include <string>
