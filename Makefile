@@ -16,7 +16,7 @@
 #   make check-package  install and run both on a Debian that has nothing else (needs root)
 #   make check-exact  exact p-values beside an independent computation, on tables of real data
 #   make browser  reports in a real browser: sets up Chromium and its driver, and runs their tests
-#   make evaluator  set up the independent evaluator of model files, for the tests (needs Java)
+#   make models  set up the readers of exported models that the tests run: evaluators, runtimes, databases
 #   make databases  set up drivers of databases, for the tests (PostgreSQL where its server is there)
 #   make wheel   the Python package for every CPython from 3.10, in build/wheels
 #   make check-wheel  install it into clean environments of every CPython found, and run its tests there
@@ -26,7 +26,7 @@
 #   make tidy    clang-tidy over the sources of program and libraries
 #   make format  clang-format over all sources
 #   make clean   removes everything that was built
-.PHONY: demo test program build bench bench-growth bench-plot bench-end bench-peers compare check-exact asan tsan fuzz package check-package browser evaluator databases wheel check-wheel test-python-long docs compare-sklearn tidy format clean
+.PHONY: demo test program build bench bench-growth bench-plot bench-end bench-peers compare check-exact asan tsan fuzz package check-package browser models databases wheel check-wheel test-python-long docs compare-sklearn tidy format clean
 
 demo: program
 	@scripts/demo
@@ -100,10 +100,12 @@ browser: program
 	  .venv-browser/bin/python3 tests/browser/check_reports.py build/release/bin/predselect $$law || exit 1; \
 	done
 
-evaluator:
-	@scripts/setup
-	python3 -m venv .venv-pmml
-	.venv-pmml/bin/python3 -m pip install --quiet -r scripts/requirements-pmml.txt
+# The second evaluator's own library and what that needs are not used, only the classes that it brings.
+models:
+	@scripts/setup --models
+	python3 -m venv .venv-models
+	.venv-models/bin/python3 -m pip install --quiet -r scripts/requirements-models.txt
+	.venv-models/bin/python3 -m pip install --quiet --no-deps jpmml_evaluator==0.16.0
 
 databases:
 	@scripts/setup

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <new>
 #include <sstream>
 #include <streambuf>
@@ -19,6 +20,8 @@
 #include "common/xml/XMLObjParser.h"
 #include "feature/FSFactory.h"
 #include "feature/FSSettings.h"
+#include "modelfiles/export/ExportText.h"
+#include "modelfiles/export/JSONModel.h"
 #include "naivebayes/NBFactory.h"
 
 namespace {
@@ -127,6 +130,17 @@ std::string ReadXML(std::ifstream& is, ComponentFile& file) {
   return file.fpFeature == nullptr ? kDamaged : "";
 }
 
+// Empty, or what went wrong, as ReadBinary and ReadXML say it.
+std::string ReadJSON(std::fstream& is, ComponentFile& file) {
+  try {
+    file.fpNaive = MCModelFiles::ModelFromJSON(
+        {std::istreambuf_iterator<char>(is), std::istreambuf_iterator<char>()});
+    return "";
+  } catch (const MCModelFiles::ExportError& error) {
+    return std::string("the file holds no model in JSON: ") + error.what();
+  }
+}
+
 // How far a file was read.
 std::string ByteOf(std::fstream& is) {
   is.clear();
@@ -214,7 +228,11 @@ std::string ReadComponentFile(const std::string& path, ComponentFile& file, std:
   const QuietReading quiet;
   std::string trouble;
   try {
-    trouble = xml.is_open() ? ReadXML(xml, file) : ReadBinary(binary, file);
+    if (StartsWith(binary, "{")) {
+      trouble = ReadJSON(binary, file);
+    } else {
+      trouble = xml.is_open() ? ReadXML(xml, file) : ReadBinary(binary, file);
+    }
   } catch (const MCCommon::IOException&) {
     trouble = kDamaged;
   } catch (const std::bad_alloc&) {

@@ -2,7 +2,7 @@
 //
 // Binary, or XML where the name ends in ".xml". A feature selection component has its dictionary in
 // front of it; a Naive Bayes component knows its variables itself. A component that was saved alone
-// (SaveState, SaveStateXML) is read too. Nothing is thrown; files are neither locked nor replaced
+// (SaveState, SaveStateXML) is read too, and a model in its JSON form (JSONModel.h). Nothing is thrown; files are neither locked nor replaced
 // in one step here.
 #pragma once
 
@@ -31,7 +31,7 @@ std::string WriteComponentFile(const std::string& path, bool xml, const IFSAlgor
                                const StateDictionary* dictionary);
 std::string WriteComponentFile(const std::string& path, bool xml, const INBAlgorithm& component);
 
-// Reads either form of either component, told apart by their first bytes. Empty, or what went
+// Reads any form of either component, told apart by their first bytes. Empty, or what went
 // wrong; `place`, where it is given, then says where in the file ("byte 17", "line 4"). Nothing
 // goes to standard error.
 std::string ReadComponentFile(const std::string& path, ComponentFile& file,

@@ -7,6 +7,8 @@
 #include "naivebayes/INBAlgorithm.h"
 #include "naivebayes/MCStatus.h"
 
+struct NBModelCounts;
+
 class NBFactory {
  public:
   // A component with copies of the settings and the list; null, with status 3, when the list has no
@@ -20,6 +22,12 @@ class NBFactory {
   // one or one that the memory cannot hold.
   std::unique_ptr<INBAlgorithm> RestoreNBAlgorithmFromBinary(std::fstream& is);
   std::unique_ptr<INBAlgorithm> RestoreNBAlgorithmFromXML(std::ifstream& is);
+
+  // The built model of the counts, over a copy of the list: the estimates are those of a training
+  // that counted the same. Null, with status 2, for counts that are none of a model.
+  // REQUIRES: a table of rows times target categories for each input of the list.
+  std::unique_ptr<INBAlgorithm> RestoreFromCounts(const NBVarList& variables,
+                                                  const NBModelCounts& counts);
 
   // The status of the last call.
   const MCNaive::MCStatus& GetStatus() const { return fStatus; }

@@ -11,6 +11,7 @@
 #include "host/session/Session.h"
 #include "host/session/SessionScope.h"
 #include "operations/ColumnSummary.h"
+#include "operations/DescriptionFindings.h"
 #include "operations/DocumentParts.h"
 #include "operations/ShowDescription.h"
 
@@ -62,6 +63,9 @@ Outcome DescribeTable(MCHost::ITable& table, MCHost::OutputDocument& document,
   const auto nShown =
       static_cast<std::size_t>(request.fTop > 0 ? request.fTop : table.ColumnCount());
   ShowDescription(pass.fSummaries, static_cast<double>(pass.fNCases), nShown);
+  if (document.fbFindings) {
+    run.fFindings = DescriptionFindings(pass.fSummaries, static_cast<double>(pass.fNCases));
+  }
   run.fbCompleted = true;
   return Outcome::kCompleted;
 }

@@ -1,7 +1,7 @@
 // What a caller asked for is not there, or does not fit the data or the state.
 //
 // It may be about one of the caller's options ("level", "weight", "predicted", "probabilities",
-// "model", "allow-equal", "memory"), which its text then names once: as it is, or with the dashes
+// "model", "allow-equal", "memory", "to", "export"), which its text then names once: as it is, or with the dashes
 // of a command line.
 #pragma once
 

@@ -70,6 +70,22 @@ class RunSession : public MCHost::Session {
     return use.empty() && MCHost::IsSameFile(path, fRequest.fStatePath) ? "the state" : use;
   }
 
+  bool IsExportWanted() const { return !fRequest.fExport.fFile.empty(); }
+  bool IsModelWanted() const override { return fbLast && IsExportWanted(); }
+  bool TakeModel(const INBAlgorithm& model) override {
+    using MCHost::OutputMessage;
+    try {
+      for (const std::string& note : WriteModelFile(model, fRequest.fExport)) {
+        MCHost::RaiseMessage(OutputMessage::kWarning, "Exported model: ^1", {note});
+      }
+      ReportFile(fRequest.fExport.fFile);
+      return true;
+    } catch (const std::runtime_error& error) {
+      MCHost::RaiseMessage(OutputMessage::kError, "File cannot be written: ^1", {error.what()});
+      return false;
+    }
+  }
+
   bool fbLast = false;         // the last command is being run: its state is saved
   bool fbMemoryTaken = false;  // some command has asked for it
   bool fbFileLost = false;     // is all that the command failed in
@@ -78,6 +94,14 @@ class RunSession : public MCHost::Session {
   MCHost::OutputDocument& fDocument;
   const RunRequest& fRequest;
 };
+
+// The last command is the one whose model is exported.
+void CheckModelComes(const MCHost::CommandText& last, RunSession& session) {
+  if (!session.IsExportWanted()) return;
+  session.SetCommand(last.fText, last.fLine, last.fColumn);
+  if (session.SystemBlock().fCommandWord == "NAIVEBAYES") return;
+  throw RequestError("export", "the last command builds no model; NAIVEBAYES does.");
+}
 
 Outcome RunOne(const MCHost::CommandText& command, RunSession& session, DataTable& table,
                MCHost::OutputDocument& document) {
@@ -105,6 +129,7 @@ void ReportIdleMemory(RunSession& session) {
 void CheckOutputs(const RunRequest& request) {
   if (!request.fStatePath.empty()) MCHost::OutputFile::Check(request.fStatePath);
   if (!request.fResultsFolder.empty()) MCHost::CheckOutputFolder(request.fResultsFolder);
+  if (!request.fExport.fFile.empty()) CheckModelFile(request.fExport);
 }
 
 Outcome RunCommands(DataTable& table, MCHost::OutputDocument& document, const RunRequest& request,
@@ -115,6 +140,7 @@ Outcome RunCommands(DataTable& table, MCHost::OutputDocument& document, const Ru
   CheckOutputs(request);
   RecordData(document, table.CaseCount(), table.ColumnCount());
   RunSession session(table, document, request, surroundings);
+  CheckModelComes(commands.back(), session);
   std::optional<MCHost::NewFolder> results;
   const bool isDone = request.fpPlans == nullptr;
   if (isDone && !request.fResultsFolder.empty()) results.emplace(request.fResultsFolder);

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "host/session/ISession.h"
+#include "operations/ModelFile.h"
 #include "operations/Surroundings.h"
 
 namespace MCHost {
@@ -29,16 +30,20 @@ struct RunRequest {
   double fMemory = 0.0;
   // Receives what each command would do that was understood, and then none is done.
   std::vector<MCHost::CommandPlan>* fpPlans = nullptr;
+  // The model of the last command, as a file for other programs; no file: not wanted.
+  ExportRequest fExport{};
 };
 
-// Throws MCHost::HostIOError where the state or the result documents could not be written.
+// Throws MCHost::HostIOError where the state, the result documents or the exported model could not
+// be written, RequestError for a model of no format.
 // RunCommands begins with it; a caller who reads much data first may ask earlier.
 void CheckOutputs(const RunRequest& request);
 
 // Runs the commands in order, each in a run of the document, whose data source is the caller's to
 // name. Macros that one sets are there for the later ones; one that reports an error does not keep
 // the later ones from running. The new variables of a command stay in the table.
-// Throws RequestError for a text without a command, MCHost::HostIOError for outputs that cannot be
+// Throws RequestError for a text without a command, and for a model that is to be exported of a
+// command that builds none; MCHost::HostIOError for outputs that cannot be
 // written and for data that cannot be read before a pass.
 // REQUIRES: the table was prepared.
 Outcome RunCommands(MCHost::DataTable& table, MCHost::OutputDocument& document,

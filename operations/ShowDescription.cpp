@@ -46,14 +46,7 @@ const char* TypeOf(const KOVA_Variable& variable) {
   return variable.IsNumeric() ? kTimes[variable.GetTime()] : "text";
 }
 
-// Why the variable has its level; see MCHost::SettleMeasurementLevels.
-OutputText Reason(const ColumnSummary& summary) {
-  const KOVA_Variable& variable = summary.Variable();
-  if (!variable.IsLevelSettled()) return BpString("given");
-  if (!variable.IsNumeric()) return BpString("text");
-  if (summary.Valid() == 0.0) return BpString("empty");
-  return BpString(summary.IsWhole() ? "integers" : "fractions");
-}
+OutputText Reason(const ColumnSummary& summary) { return BpString(LevelReason(summary)); }
 
 OutputText Counts(const std::vector<double>& counts) {
   BpComposite list("[%1:, ^1:]1");
@@ -319,6 +312,14 @@ OutputText Size(double nCases, std::size_t nVariables, std::size_t nShown) {
 }
 
 }  // namespace
+
+const char* LevelReason(const ColumnSummary& summary) {
+  const KOVA_Variable& variable = summary.Variable();
+  if (!variable.IsLevelSettled()) return "given";
+  if (!variable.IsNumeric()) return "text";
+  if (summary.Valid() == 0.0) return "empty";
+  return summary.IsWhole() ? "integers" : "fractions";
+}
 
 void ShowDescription(const std::vector<ColumnSummary>& summaries, double nCases,
                      std::size_t nShown) {

@@ -69,6 +69,11 @@ constexpr const char* kMergeExamples = R"(Examples:
   predselect merge part1.bin part2.bin -o all.bin
   predselect inspect all.bin)";
 
+constexpr const char* kExportExamples = R"(Examples:
+  predselect export model.bin -o model.sql --table clients
+  predselect export model.bin -o model.onnx
+  predselect export model.bin -o portable.xml --to pmml)";
+
 constexpr const char* kViewExamples = R"(Examples:
   predselect view model.bin
   predselect view ranking.json -o report.html)";

@@ -22,6 +22,8 @@ std::vector<FileUse> FilesOf(const Options& options) {
       {options.fSaveState, options.fAction == Options::kModel ? "--save-model" : "--save-state",
        "the state", true},
       {options.fModel.fPmml, "--pmml", "the model", true},
+      {options.fExport.fFile, options.fAction == Options::kExport ? "--output" : "--export",
+       "the exported model", true},
       {options.fSave.fFile, "--save-data", "the data to be saved", true, true},
       {options.fDrift, "--drift", "the drift report", true}};
   if (options.fAction != Options::kMerge && !options.fStates.empty()) {
@@ -77,7 +79,9 @@ void CheckOutputs(const Options& options) {
   CheckTable("--save-data", options.fSave.fFile, options.fSave);
   CheckTable("--drift", options.fDrift, options.fSave);
   CheckChartFiles(options.fCharts);
-  PredSelect::CheckOutputs({.fStatePath = options.fSaveState, .fResultsFolder = options.fResults});
+  PredSelect::CheckOutputs({.fStatePath = options.fSaveState,
+                            .fResultsFolder = options.fResults,
+                            .fExport = options.fExport});
 }
 
 }  // namespace PredSelectApp

@@ -55,7 +55,9 @@ void AddDataOptions(CLI::App& command, DataOptions& data) {
   command
       .add_option(
           "--data,FILE", data.fFile,
-          "Data file: .csv, .tsv, .parquet, .arrow, .feather, .jsonl, .json, .xlsx or .ods; - is "
+          "Data file: .csv, .tsv, .parquet, .arrow, .feather, .jsonl, .json, .xlsx or .ods; a "
+          "folder, "
+          "or a pattern in quotes such as \"parts/*.csv\", is all its files as one table; - is "
           "standard input, CSV unless --input-format says otherwise; sqlite:FILE, duckdb:FILE "
           "and postgresql://... are databases; with or without --data before it")
       ->required()
@@ -78,7 +80,9 @@ void AddDataOptions(CLI::App& command, DataOptions& data) {
 
 void AddWeight(CLI::App& command, DataOptions& data) {
   InGroup(command, kDataGroup);
-  command.add_option("--weight", data.fWeight, "Frequency weight variable")->type_name("VAR");
+  command
+      .add_option("--weight", data.fWeight, "Column that says for how many cases each row stands")
+      ->type_name("VAR");
 }
 
 void AddFormat(CLI::App& command, ResultOptions& result, const std::vector<std::string>& tables,

@@ -143,6 +143,7 @@ struct CommandLine {
                 {AddRun(fApp, options), Options::kRun},
                 {AddInspect(fApp, options), Options::kInspect},
                 {AddMerge(fApp, options), Options::kMerge},
+                {AddExport(fApp, options), Options::kExport},
                 {AddView(fApp, options), Options::kView}};
     fpHelp = AddHelp(fApp, fTopic, options.fResult);
     fpCompletion = AddCompletion(fApp, fShell);
@@ -216,7 +217,7 @@ void Complete(const CommandLine& line, Options& options) {
   for (const auto& [command, action] : line.fActions) {
     if (!command->parsed()) continue;
     options.fAction = action;
-    if (action == Options::kMerge || action == Options::kView) continue;
+    if (command->get_option_no_throw("--format") == nullptr) continue;
     CompleteFormat(*command, options.fResult);
     if (action == Options::kScore) CompleteScore(*command, options);
     const bool isPage = options.fResult.fFormat == FileFormat::kText;

@@ -1,4 +1,5 @@
-// The command line as values. What verbs take stands in VerbOptions.cpp, their parsing in Options.cpp.
+// The command line as values. What verbs take stands in VerbOptions.cpp, their parsing in
+// Options.cpp.
 #pragma once
 
 #include <string>
@@ -51,7 +52,7 @@ struct ResultOptions {
 };
 
 struct Options {
-  enum Action { kNone, kRun, kRank, kModel, kDescribe, kInspect, kScore, kMerge, kView };
+  enum Action { kNone, kRun, kRank, kModel, kDescribe, kInspect, kScore, kMerge, kExport, kView };
   static constexpr double kAutoMemory = -1.0;
 
   Action fAction = kNone;
@@ -63,11 +64,12 @@ struct Options {
   std::string fSaveState;                  // run: empty for none; merge: the merged component
   std::string fResults;                    // run: directory of the result documents, empty for none
   std::string fCharts;                     // run: directory of the charts' files, empty for none
-  std::vector<std::string> fStates;        // inspect and score: one; merge: two or more
+  std::vector<std::string> fStates;        // export, inspect and score: one; merge: two or more
   bool fbAllowEqual = false;               // merge: states of the same counts are taken, too
   std::string fPredicted = "PredictedValue";            // score: name of the predicted value
   std::string fProbabilities = "PredictedProbability";  // score: root, empty for none
-  std::string fDrift;    // score: file of what differs from the training data, empty for none
+  std::string fDrift;  // score: file of what differs from the training data, empty for none
+  PredSelect::ExportRequest fExport;  // export, model and run: no file for none
   double fMemory = 0.0;  // run and model: kilobytes for cases, 0 for as they say themselves
   int fThreads = 0;      // all but inspect and merge: 0 for as many as there are processors
   PredSelect::DescribeRequest fDescribe;

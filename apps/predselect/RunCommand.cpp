@@ -1,7 +1,6 @@
 #include "apps/predselect/RunCommand.h"
 
 #include <memory>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -48,17 +47,17 @@ int RunCommands(const Options& options) {
   ProgressLine progress(WantsProgress(options.fResult));
   const std::unique_ptr<DataTable> table = OpenTable(data, progress);
   const SaveTable saved(*table, options.fSave);
-  std::set<std::string> notes;
-  ShowNotes(*table, options.fResult, notes);
 
   LiveOutput document(options.fResult, progress, options.fData.fFile);
-  const PredSelect::Outcome outcome = PredSelect::RunCommands(
-      *table, document,
-      {commands, options.fSaveState, options.fResults,
-       [&options](const std::string& path) { return UseOf(path, options); }, MemoryOf(options)},
-      ProgramSurroundings(options, progress));
+  document.ShowNotes(*table);
+  const PredSelect::Outcome outcome =
+      PredSelect::RunCommands(*table, document,
+                              {commands, options.fSaveState, options.fResults,
+                               [&options](const std::string& path) { return UseOf(path, options); },
+                               MemoryOf(options), nullptr, options.fExport},
+                              ProgramSurroundings(options, progress));
   progress.Clear();
-  ShowNotes(*table, options.fResult, notes);
+  document.ShowNotes(*table);
 
   // Files first, whatever becomes of the reader of the results; and results whatever becomes of
   // the file.

@@ -6,6 +6,7 @@
 
 #include "apps/predselect/Examples.h"
 #include "apps/predselect/OptionGroups.h"
+#include "operations/ModelFile.h"
 
 namespace PredSelectApp {
 
@@ -22,6 +23,14 @@ std::string IsShare(const std::string& text) {
   return isShare ? "" : "\"" + text + "\" is not a share from 0 to 0.99, such as 0.3";
 }
 
+// The model of a run.
+void AddExportFile(CLI::App& command, Options& options) {
+  command
+      .add_option("--export", options.fExport.fFile,
+                  "Write the model for other programs: .pmml, .xml, .onnx, .sql, .c or .json")
+      ->type_name("FILE");
+}
+
 }  // namespace
 
 CLI::App* AddDescribe(CLI::App& app, Options& options) {
@@ -32,7 +41,7 @@ CLI::App* AddDescribe(CLI::App& app, Options& options) {
   InGroup(*describe, kResultsGroup);
   describe
       ->add_option("--top", options.fDescribe.fTop,
-                   "A line for so many columns; 0 for all (default)")
+                   "The first N columns alone; 0 for all (default)")
       ->check(WholeNumber(0))
       ->type_name("N");
   AddThreads(*describe, options.fThreads);
@@ -107,6 +116,7 @@ CLI::App* AddModel(CLI::App& app, Options& options) {
                    "Keep the model for predselect score: .bin or .xml")
       ->type_name("FILE")
       ->check(IsStateName);
+  AddExportFile(*model, options);
   model->add_option("--pmml", options.fModel.fPmml, "Write the model as PMML")->type_name("FILE");
   AddMemory(*model, " that train the model (default: auto)", options.fMemory);
   AddThreads(*model, options.fThreads);
@@ -167,6 +177,7 @@ CLI::App* AddRun(CLI::App& app, Options& options) {
                   "Save what the last command's engine has counted: .bin or .xml")
       ->type_name("FILE")
       ->check(IsStateName);
+  AddExportFile(*run, options);
   run->add_option("--results", options.fResults,
                   "Write rankings and subsets as XML documents into this directory")
       ->type_name("DIR");
@@ -208,6 +219,28 @@ CLI::App* AddMerge(CLI::App& app, Options& options) {
                   "Take states that hold the very same counts, too");
   merge->footer(kMergeExamples)->group(kLanguage);
   return merge;
+}
+
+CLI::App* AddExport(CLI::App& app, Options& options) {
+  CLI::App* command =
+      app.add_subcommand("export", "Write a saved Naive Bayes model as PMML, ONNX, SQL, C or JSON");
+  AddState(*command, "STATE", options, false);
+  InGroup(*command, kResultsGroup);
+  command->add_option("-o,--output", options.fExport.fFile, "Write the model here")
+      ->required()
+      ->type_name("FILE");
+  std::vector<std::pair<std::string, std::string>> forms;
+  for (const std::string& word : PredSelect::ModelFileFormats()) forms.emplace_back(word, word);
+  AddChoice<std::string>(*command, "--to", options.fExport.fTo, forms,
+                         "The form of the model; without it the ending of --output decides: "
+                         ".pmml, .xml, .onnx, .sql, .c, .json");
+  command->add_option("--table", options.fExport.fTable, "The table that the SQL query reads")
+      ->capture_default_str()
+      ->type_name("NAME");
+  command->add_flag("--quiet", options.fResult.fbQuiet,
+                    "Do not say what the form cannot say of the model");
+  command->footer(kExportExamples)->group(kLanguage);
+  return command;
 }
 
 CLI::App* AddView(CLI::App& app, Options& options) {

@@ -23,6 +23,7 @@
 #include "host/output/report/RenderReport.h"
 #include "host/session/HostIOError.h"
 #include "host/session/OutputFile.h"
+#include "host/session/Unfinished.h"
 #include "operations/InspectState.h"
 #include "operations/StateFile.h"
 
@@ -41,7 +42,10 @@ class PrivatePage {
       throw MCHost::HostIOError(fFolder, "",
                                 std::string("cannot be made: ") + std::strerror(errno));
     }
-    MCHost::OutputFile file(Path());
+    fPath = fFolder + "/report.html";
+    fFolderSlot = MCHost::RegisterUnfinished(fFolder.c_str());
+    fFileSlot = MCHost::RegisterUnfinished(fPath.c_str());
+    MCHost::OutputFile file(fPath);
     file.Write(page);
     file.Commit();
   }
@@ -50,12 +54,16 @@ class PrivatePage {
   ~PrivatePage() {
     std::error_code ignored;
     std::filesystem::remove_all(fFolder, ignored);
+    for (const int slot : {fFolderSlot, fFileSlot}) MCHost::ForgetUnfinished(slot);
   }
 
-  std::string Path() const { return fFolder + "/report.html"; }
+  const std::string& Path() const { return fPath; }
 
  private:
   std::string fFolder;
+  std::string fPath;
+  int fFolderSlot = -1;
+  int fFileSlot = -1;
 };
 
 bool IsJson(const std::string& path) {
@@ -87,7 +95,7 @@ std::string PageOf(const Options& options) {
 // Until a key, the end of the terminal, or an interrupt.
 void WaitForUser() {
   pollfd input{STDIN_FILENO, POLLIN, 0};
-  while (!IsInterrupted() && poll(&input, 1, 200) <= 0) {
+  while (!IsInterrupted() && poll(&input, 1, 20) <= 0) {
   }
 }
 
@@ -111,7 +119,7 @@ int ViewFile(const Options& options) {
   PrintError(page.Path());
   PrintError("The file is there until you press Return here.");
   WaitForUser();
-  return kCompleted;
+  return IsInterrupted() ? kCancelled : kCompleted;
 }
 
 }  // namespace PredSelectApp

@@ -9,6 +9,7 @@
 #include "apps/predselect/DescribeCommand.h"
 #include "apps/predselect/DryRun.h"
 #include "apps/predselect/ExitCode.h"
+#include "apps/predselect/ExportCommand.h"
 #include "apps/predselect/Failure.h"
 #include "apps/predselect/FileUses.h"
 #include "apps/predselect/InspectCommand.h"
@@ -47,6 +48,8 @@ int Act(const Options& options) {
       return InspectState(options);
     case Options::kScore:
       return ScoreData(options);
+    case Options::kExport:
+      return ExportModel(options);
     case Options::kMerge:
       return MergeStates(options);
     case Options::kView:

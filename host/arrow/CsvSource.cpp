@@ -245,6 +245,19 @@ std::shared_ptr<arrow::RecordBatchReader> CsvSource::ReadPieces(
   return std::make_shared<CsvPieces>(fBytes.Open(), std::move(schema), std::move(rules));
 }
 
+// Which count where the header is skipped as a row.
+std::int32_t CsvSource::BlankLinesAtStart() const {
+  CsvRecords records = Records();
+  records.Next();
+  std::int32_t n = 0;
+  char before = ' ';
+  for (const char c : records.Before()) {
+    if (c == '\r' || (c == '\n' && before != '\r')) ++n;
+    before = c;
+  }
+  return n;
+}
+
 std::shared_ptr<arrow::RecordBatchReader> CsvSource::ReadLines(
     const arrow::csv::ConvertOptions& convert, const CsvTexts& texts) const {
   auto read = arrow::csv::ReadOptions::Defaults();
@@ -255,7 +268,7 @@ std::shared_ptr<arrow::RecordBatchReader> CsvSource::ReadLines(
   const bool areNamed = std::all_of(columns.begin(), columns.end(),
                                     [](const CsvColumn& column) { return column.fbNamed; });
   if (!fRules.fbHeader || !areNamed) read.column_names = ColumnNames();
-  if (fRules.fbHeader && !areNamed) read.skip_rows_after_names = 1;
+  if (fRules.fbHeader && !areNamed) read.skip_rows_after_names = 1 + BlankLinesAtStart();
   auto parse = ParseOptions();
   parse.newlines_in_values = fInspector.HasQuotedNewlines();
   return texts.Turn(Value(arrow::csv::StreamingReader::Make(arrow::io::default_io_context(),

@@ -71,6 +71,7 @@ class CsvSource final : public IArrowSource {
   void LookAtDigit(const CsvRecords& records, std::size_t field, Digits& digits) const;
   arrow::csv::ParseOptions ParseOptions() const;
   std::vector<std::string> ColumnNames() const;
+  std::int32_t BlankLinesAtStart() const;
   std::shared_ptr<arrow::RecordBatchReader> ReadPieces(std::shared_ptr<arrow::Schema> schema,
                                                        arrow::csv::ConvertOptions convert,
                                                        CsvTexts texts) const;

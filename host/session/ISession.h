@@ -11,6 +11,7 @@
 struct CmaSys;
 struct CmnGlb;
 struct PRSFindings;
+class INBAlgorithm;
 
 namespace MCHost {
 
@@ -88,6 +89,15 @@ class ISession {
   // written. A session that offers neither need not implement them.
   virtual std::string StatePath() const { return {}; }
   virtual std::string ResultsPrefix() const { return {}; }
+
+  // The built model of a command that builds one, before its cases are scored: borrowed for the
+  // call, and handed over only where it is wanted. False, after a message, when it could not be
+  // used. A session that never wants one need not implement them.
+  virtual bool IsModelWanted() const { return false; }
+  virtual bool TakeModel(const INBAlgorithm& model) {
+    (void)model;
+    return true;
+  }
 
   // What a file is there for that a command must not write over ("the data"). Empty: nothing. A
   // session that does not care need not implement this.

@@ -2,6 +2,7 @@
 
 #include "operations/ExportModel.h"
 #include "operations/MergeStates.h"
+#include "operations/ModelFile.h"
 #include "operations/ScoreTable.h"
 #include "operations/StateFile.h"
 #include "operations/c/Arguments.h"
@@ -44,6 +45,20 @@ predselect_status predselect_state_pmml(predselect_session* session, const preds
     const predselect_state& model = Given(state, "state");
     PredSelect::ExportModel(PredSelect::ModelOf(model.fState, model.fName),
                             PathArgument(path, "path"), session->fSurroundings.fApplication);
+  });
+}
+
+predselect_status predselect_state_export(predselect_session* session,
+                                          const predselect_state* state, const char* path,
+                                          const predselect_export_options* options) {
+  return Guarded(session, [&] {
+    const predselect_export_options given = GivenOptions(options);
+    const predselect_state& model = Given(state, "state");
+    PredSelect::ExportRequest request;
+    request.fFile = PathArgument(path, "path");
+    request.fTo = TextArgument(given.format, "format", "");
+    request.fTable = TextArgument(given.table, "table", request.fTable.c_str());
+    (void)PredSelect::WriteModelFile(PredSelect::ModelOf(model.fState, model.fName), request);
   });
 }
 

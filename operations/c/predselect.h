@@ -356,6 +356,23 @@ predselect_status predselect_result_new_columns(predselect_session* session,
 
 void predselect_result_close(predselect_result* result);
 
+// ---- Models for other programs
+// --------------------------------------------------------------------
+
+typedef struct predselect_export_options {
+  size_t struct_size;
+  const char* format;  // "pmml" (one that evaluators agree on), "onnx", "sql", "c", "json"; NULL:
+                       // by the ending of the path
+  const char* table;  // that the SQL query reads; NULL for "data"
+} predselect_export_options;
+
+// Writes a model's state in a form that scores elsewhere as predselect_score does. The file appears
+// whole or not at all. PREDSELECT_BAD_REQUEST for a format that is none, and for a model that the
+// format cannot hold. NULL options are those without a wish.
+predselect_status predselect_state_export(predselect_session* session,
+                                          const predselect_state* state, const char* path,
+                                          const predselect_export_options* options);
+
 #ifdef __cplusplus
 }
 #endif

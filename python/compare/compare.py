@@ -23,7 +23,13 @@ from sklearn.linear_model import LogisticRegression
 from sklearn.model_selection import StratifiedKFold, cross_validate
 from sklearn.naive_bayes import CategoricalNB, GaussianNB
 from sklearn.pipeline import make_pipeline
-from sklearn.preprocessing import KBinsDiscretizer, OneHotEncoder, OrdinalEncoder, StandardScaler
+from sklearn.preprocessing import (
+    FunctionTransformer,
+    KBinsDiscretizer,
+    OneHotEncoder,
+    OrdinalEncoder,
+    StandardScaler,
+)
 
 from predselect import SubsetNaiveBayes
 
@@ -60,7 +66,9 @@ def of_csv(name, target):
 
 
 def without_texts_of_each_case(frame):
-    """Titles and the like, which no encoder makes sense of."""
+    """Titles and the like, which no encoder makes sense of, are left out; of dates the year stays."""
+    dates = frame.select_dtypes("datetime").columns
+    frame = frame.assign(**{date: frame[date].dt.year for date in dates})
     return frame[[c for c in frame if pd.api.types.is_numeric_dtype(frame[c])
                   or frame[c].nunique() < 60]]
 
@@ -75,15 +83,16 @@ TABLES = {
     "votes of 1996 (7 classes)": lambda: of_statsmodels("anes96", "PID", lambda y: y.astype(int)),
     "travel modes": lambda: of_statsmodels("modechoice", "choice", lambda y: y.astype(int)),
     "cars (mixed, missing)": lambda: of_vega("cars", "Origin", without_texts_of_each_case),
-    "films (mixed, missing)": lambda: of_vega("movies", "MPAA_Rating", without_texts_of_each_case),
+    "weather (5 classes)": lambda: of_vega("seattle_weather", "weather", without_texts_of_each_case),
+    "airports (50 classes)": lambda: of_vega("airports", "state", without_texts_of_each_case),
 }
 
 
-def numbers_of(dense):
+def numbers():
     return make_column_transformer(
         (make_pipeline(SimpleImputer(), StandardScaler()), make_column_selector(dtype_include="number")),
         (make_pipeline(SimpleImputer(strategy="most_frequent"),
-                       OneHotEncoder(sparse_output=not dense, handle_unknown="ignore")),
+                       OneHotEncoder(sparse_output=False, handle_unknown="ignore")),
          make_column_selector(dtype_exclude="number")))
 
 
@@ -92,17 +101,18 @@ def codes():
         (make_pipeline(SimpleImputer(), KBinsDiscretizer(10, encode="ordinal", strategy="uniform")),
          make_column_selector(dtype_include="number")),
         (make_pipeline(SimpleImputer(strategy="most_frequent"),
-                       OrdinalEncoder(handle_unknown="use_encoded_value", unknown_value=0)),
+                       OrdinalEncoder(handle_unknown="use_encoded_value", unknown_value=-1),
+                       FunctionTransformer(lambda codes: codes + 1)),
          make_column_selector(dtype_exclude="number")))
 
 
 RIVALS = {
     "SubsetNaiveBayes": SubsetNaiveBayes(),
     "SubsetNaiveBayes, all": SubsetNaiveBayes(selection="all"),
-    "GaussianNB": make_pipeline(numbers_of(True), GaussianNB()),
-    "CategoricalNB": make_pipeline(codes(), CategoricalNB(min_categories=60)),
+    "GaussianNB": make_pipeline(numbers(), GaussianNB()),
+    "CategoricalNB": make_pipeline(codes(), CategoricalNB(min_categories=61)),
     "SelectKBest + LogisticRegression": make_pipeline(
-        numbers_of(True), SelectKBest(k=10), LogisticRegression(max_iter=2000)),
+        numbers(), SelectKBest(k=10), LogisticRegression(max_iter=2000)),
 }
 
 

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import io
 import pickle
 import warnings
 
@@ -11,8 +12,10 @@ import pytest
 import predselect as ps
 
 sklearn = pytest.importorskip("sklearn")
+import joblib  # noqa: E402
 from sklearn.base import clone  # noqa: E402
 from sklearn.calibration import CalibratedClassifierCV  # noqa: E402
+from sklearn.compose import make_column_transformer  # noqa: E402
 from sklearn.datasets import load_breast_cancer, load_iris, make_regression  # noqa: E402
 from sklearn.feature_selection import f_classif  # noqa: E402
 from sklearn.linear_model import LogisticRegression  # noqa: E402
@@ -116,7 +119,7 @@ def test_a_model_is_the_one_of_the_program(penguins, program, tmp_path):
     assert fitted.predict(data).tolist() == [line[0] for line in theirs]
     assert fitted.predict_proba(data)[:, 1].tolist() == [float(line[2]) for line in theirs]
     assert list(fitted.selected_features_) == ["flipper_length_mm", "bill_length_mm", "island"]
-    assert fitted.path_[1]["Predictor Added"] == "flipper_length_mm"
+    assert fitted.path_[1]["predictor_added"] == "flipper_length_mm"
     fitted.save(tmp_path / "model.bin")
     scored = ps.score(tmp_path / "model.bin", data, levels={"year": "nominal"}).new_columns
     assert scored["PredictedValue"].tolist() == fitted.predict(data).tolist()
@@ -167,6 +170,16 @@ def test_what_surrounds_an_estimator_takes_it(penguins):
                           cv=3).fit(data, species)
     assert search.best_score_ > 0.9
     assert cross_validate(SubsetNaiveBayes(), data, species, cv=3)["test_score"].min() > 0.85
+    columns = make_column_transformer(
+        (PredictorSelector(k=2), list(numbers)), ("passthrough", ["island"]))
+    mixed = make_pipeline(columns.set_output(transform="pandas"), SubsetNaiveBayes())
+    assert mixed.fit(data, species).score(data, species) > 0.9
+    kept = io.BytesIO()
+    joblib.dump(mixed, kept)
+    kept.seek(0)
+    assert (joblib.load(kept).predict(data) == mixed.predict(data)).all()
+    odd = data.assign(**{'we"ird na me': 1.5 * np.arange(344), "A": 1, "a": np.arange(344) % 2})
+    assert 'we"ird na me' in SubsetNaiveBayes().fit(odd, species).selected_features_
     calibrated = CalibratedClassifierCV(SubsetNaiveBayes(), cv=3).fit(numbers, species)
     assert calibrated.score(numbers, species) > 0.8
     with sklearn.config_context(enable_metadata_routing=True):

@@ -22,16 +22,15 @@ def resident() -> int:
 
 
 RANK_LARGE = """
-import numpy as np, polars as pl, resource
+import numpy as np, polars as pl
 import predselect as ps
 n, columns = 12_500_000, 20
 random = np.random.default_rng(0)
 frame = pl.DataFrame({f"x{i}": random.normal(size=n) for i in range(columns)})
 frame = frame.with_columns(y=pl.Series(np.arange(n) % 2 == 0).cast(pl.Float64))
 ps.rank(frame.head(1000), "y", threads=2)
-def peak(): return resource.getrusage(resource.RUSAGE_SELF).ru_maxrss * 1024
 def now(): return int(open("/proc/self/statm").read().split()[1]) * 4096
-open("/proc/self/clear_refs", "w").write("5")
+open("/proc/self/clear_refs", "w").write("5")  # the highest size counts anew
 def highest():
     return 1024 * int(next(l for l in open("/proc/self/status") if l.startswith("VmHWM")).split()[1])
 before = now()
@@ -59,13 +58,14 @@ def test_a_thousand_runs_keep_nothing():
         for _ in range(n):
             ps.rank(data, "y", threads=1)["Ranking"].to_dict()
             ps.score(ps.model(data, "y", threads=1).state, data, threads=1).new_columns.to_dict()
-            with pytest.raises(ps.CommandError):
+            try:
                 ps.run(data, "SELECTPRED nobody.", threads=1)
+            except ps.CommandError:
+                pass
         gc.collect()
         return resident()
 
-    runs(200)
-    first = runs(200)
-    last = runs(1000)
-    print(f"{(last - first) / 1000:.0f} bytes a run")
-    assert last - first < 4_000_000
+    runs(400)  # what is set up once is set up, and the allocator has found its size
+    sizes = [runs(250) for _ in range(5)]
+    print(f"{(sizes[-1] - sizes[0]) / 1000:.0f} bytes a run")
+    assert sizes[-1] - sizes[0] < 1_500_000

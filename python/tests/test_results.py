@@ -31,17 +31,17 @@ def test_short_verbs_give_the_documents_of_the_program(penguins, program):
 def test_tables_are_the_same_in_every_frame(penguins):
     table = ps.rank(penguins, "species")["Ranking"]
     rows = list(table.rows())
-    assert rows[0]["Predictor"] == "flipper_length_mm" and rows[0]["Log10 p"] < -100
+    assert rows[0]["predictor"] == "flipper_length_mm" and rows[0]["log10_p"] < -100
     for method, module in (("to_pandas", "pandas"), ("to_polars", "polars"), ("to_arrow", "pyarrow")):
         pytest.importorskip(module)
         frame = getattr(table, method)()
         columns = list(getattr(frame, "column_names", frame.columns))
         assert columns == table.columns
-        values = frame["Log10 p"].to_numpy()
-        assert np.array_equal(values, table["Log10 p"], equal_nan=True)
-        words = frame["Test: Type"]
+        values = frame["log10_p"].to_numpy()
+        assert np.array_equal(values, table["log10_p"], equal_nan=True)
+        words = frame["test_type"]
         words = words.to_pylist() if hasattr(words, "to_pylist") else words.to_list()
-        assert words == table["Test: Type"].tolist()
+        assert words == table["test_type"].tolist()
 
 
 def test_results_are_data_again(penguins):
@@ -129,6 +129,13 @@ def test_states_come_and_go_as_files_of_the_program(penguins, program, tmp_path)
     assert mine["p_2"].tolist() == [float(line[2]) for line in theirs]
     loaded.to_pmml(tmp_path / "model.pmml")
     assert ElementTree.parse(tmp_path / "model.pmml").getroot().get("version") == "4.3"
+    loaded.export(tmp_path / "model.txt", to="sql", table="new \"cases\"")
+    assert (tmp_path / "model.txt").read_text().rstrip().endswith('FROM "new ""cases""" AS t')
+    model.state.export(tmp_path / "model.json")
+    assert ps.score(ps.load(tmp_path / "model.json"), penguins,
+                    probabilities="p").new_columns["p_2"].tolist() == mine["p_2"].tolist()
+    with pytest.raises(ps.RequestError, match="no format of models"):
+        loaded.export(tmp_path / "model.xls")
     with pytest.raises(ps.RequestError, match="ranking of predictors"):
         ps.run(penguins, "SELECTPRED sex.", save_state=tmp_path / "r.bin")
         ps.load(tmp_path / "r.bin").to_pmml(tmp_path / "r.pmml")

@@ -267,6 +267,15 @@ def every_option():
                     ["--pmml", "m.xml", "--save-model", "m.xml"],
                     ["--save-data", "new.csv", "--only-new", "--stream"]):
         yield Job(["model", *PENGUINS, "species", *options])
+    for verb, target in (("describe", []), ("rank", ["y"]), ("model", ["y", "--test", "0"])):
+        yield Job([verb, "../in/lines.jsonl", *target])
+        yield Job([verb, "-", "--input-format", "jsonl", *target, *JSON],
+                  stdin=TABLES["lines.jsonl"].encode())
+    for options in ([], JSON, ["-o", "page.txt"], ["--save-data", "../in/penguins.csv"]):
+        yield run(PENGUINS, "SELECTPRED species. NAIVEBAYES speces.", "--dry-run", *options)
+    yield Job(["rank", *PENGUINS, "species", "--dry-run", "--no-pager"])
+    for verb in (["describe"], ["inspect"], ["rank", "y"]):
+        yield Job([verb[0], "nowhere", *verb[1:], "--format", "csv", "--table", "Rankin"])
     for width in ("20", "60", "200"):
         yield run(PENGUINS, f"SELECTPRED {MIXED} /PLOT SUMMARY.", env={"COLUMNS": width})
     yield run(table("tokens.csv", "--null", "-", "--null", "."), "SELECTPRED y WITH x.")
@@ -301,8 +310,13 @@ def every_option():
     for args in ([], ["--help"], ["--version"], ["--wrong"], ["explain"], ["run"], ["run", *PLAIN],
                  ["run", "-c", "x"], ["describe"], ["inspect"], ["score", *PLAIN], ["merge"]):
         yield Job(args)
-    for command in ("run", "rank", "model", "describe", "inspect", "score", "merge"):
+    for command in ("run", "rank", "model", "describe", "inspect", "score", "merge",
+                    "export"):
         yield Job([command, "--help"])
+    for topic in ("", "view", "help", "completion", "selectpred", "NAIVEBAYES", "nothing"):
+        yield Job(["help", *topic.split()])
+    for shell in ("bash", "zsh", "fish", "man", "ksh"):
+        yield Job(["completion", shell])
 
 
 def every_state():
@@ -320,6 +334,14 @@ def every_state():
                   ("model.bin", "cat1.bin"), ("rank0.bin",)):
         for form in ("bin", "xml"):
             yield Job(["merge", *map(made, names), "-o", f"all.{form}"])
+    for model in ("model.bin", "coded.bin", "cat1.bin", "rank0.bin"):
+        for ending in ("pmml", "xml", "onnx", "sql", "c", "json", "txt"):
+            yield Job(["export", made(model), "-o", f"model.{ending}", "--table", "a \"b\""])
+    for to in ("sql", "json", "xls"):
+        yield Job(["export", made("model.xml"), "-o", "model.txt", "--to", to, "--quiet"])
+    for text in ("NAIVEBAYES species.", "SELECTPRED species."):
+        yield run(PENGUINS, text, "--export", "model.onnx", "--save-state", "state.bin")
+    yield Job(["model", *PENGUINS, "species", "--export", "model.json"])
     yield Job(["merge", made("rank0.bin"), "../in/cut-feature.bin", "-o", "all.bin"])
     yield Job(["merge", made("rank0.bin"), made("rank0.bin"), "-o", "all.txt"])
     for model in ("model.bin", "model.xml", "cat1.bin"):
@@ -333,6 +355,11 @@ def every_state():
                     ["--level", "x=nominal"], ["--quiet"]):
         yield Job(["score", "--model", made("coded.bin"), *table("survey.csv"), "--save-data",
                    "out.csv", *options])
+    forms = ("tsv", "jsonl", "markdown", "parquet", "arrow", "html")
+    for options in ([], ["--dry-run"], ["--dry-run", *JSON], ["-o", "out.jsonl"], ["-o", "out.md"],
+                    *(["--format", form] for form in forms)):
+        yield Job(["score", "--model", made("model.bin"), *PLAIN, *options])
+    yield Job(["score", "--model", made("model.bin"), *table("survey.csv"), "--dry-run"])
     for name, drift in (("survey.csv", "drift.csv"), ("penguins.csv", "drift.tsv"),
                         ("survey.csv", "out.csv"), ("survey.csv", "none/drift.csv"),
                         ("survey.csv", "drift.txt")):

@@ -169,7 +169,7 @@ def main():
     tolerance = 10.0 ** -int(sys.argv[4]) if len(sys.argv) > 4 else 1e-12
     model = evaluator(path)
     if model is None:
-        print("check_pmml: the evaluator is not installed (make evaluator)")
+        print("check_pmml: the evaluator is not installed (make models)")
         return SKIPPED
     document = Document(path)
     with open(data, encoding="utf-8") as a, open(predictions, encoding="utf-8") as b:

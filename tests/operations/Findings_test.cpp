@@ -2,15 +2,22 @@
 // of the data, and only where a report is wanted.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
+#include <filesystem>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "host/data/MemoryTable.h"
 #include "host/output/OutputDocument.h"
 #include "operations/BuildModel.h"
+#include "operations/DescribeTable.h"
 #include "operations/RankPredictors.h"
 #include "operations/RunCommands.h"
+#include "operations/ScoreTable.h"
+#include "operations/StateFile.h"
 #include "operations/TableOptions.h"
 
 namespace {
@@ -123,6 +130,37 @@ TEST_F(Findings, OfAModelAreItsTablesAndHowItDid) {
     EXPECT_EQ(input["factors"].size(), rows) << input["name"];
     EXPECT_LE(SumOf(input["counts"]), training) << input["name"];
   }
+}
+
+TEST_F(Findings, OfADescriptionHoldEachVariableAndWhyItIsTakenSo) {
+  fTable.GetVariable(2).SetMeasurementLevel(KOVA_Variable::kScale);
+  ASSERT_EQ(DescribeTable(fTable, fDocument, {}), Outcome::kCompleted);
+  const Json variables = Found()["variables"];
+  ASSERT_EQ(variables.size(), 4u);
+  const Json home = Of(variables, "home");
+  EXPECT_EQ(home["missing"], 1.0);
+  EXPECT_EQ(home["reason"], "text");
+  EXPECT_EQ(home["categories"].dump(), R"([["Own home",25.0],["rent",14.0]])");
+  const Json age = Of(variables, "age");
+  EXPECT_EQ(age["reason"], "given");
+  EXPECT_EQ(SumOf(age["numbers"]["counts"]), 40.0);
+  EXPECT_EQ(age["numbers"]["low"], 20.0);
+  EXPECT_EQ(age["numbers"]["high"], 74.0);
+}
+
+TEST_F(Findings, OfPredictionsCountWhatWasPredicted) {
+  const std::string path = testing::TempDir() + "findings" + std::to_string(getpid()) + ".bin";
+  const RunRequest request{.fCommands = "NAIVEBAYES paid.", .fStatePath = path};
+  ASSERT_EQ(RunCommands(fTable, fDocument, request, {}), Outcome::kCompleted);
+  const ComponentFile state = LoadState(path);
+  std::filesystem::remove(path);
+  ASSERT_EQ(ScoreTable(fTable, *state.fpNaive, fDocument, {}, {}), Outcome::kCompleted);
+  const Json found = Found();
+  EXPECT_EQ(found["cases"], 40);
+  EXPECT_EQ(SumOf(found["predicted"]), 40.0);
+  EXPECT_EQ(SumOf(found["sureness"]), 40.0);
+  EXPECT_NEAR(SumOf(found["means"]), 1.0, 1e-12);
+  EXPECT_EQ(SumOf(found["sureness"]) - double(found["sureness"][0]), 40.0);  // of two, one has half
 }
 
 TEST_F(Findings, AreOfEachCommandAndOfNoneWhereNoReportIsWanted) {

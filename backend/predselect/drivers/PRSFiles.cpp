@@ -47,6 +47,8 @@ bool PRSIsStateWanted() { return !MCHost::CurrentSession().StatePath().empty(); 
 
 bool PRSAreResultsWanted() { return !MCHost::CurrentSession().ResultsPrefix().empty(); }
 
+bool PRSIsModelWanted() { return MCHost::CurrentSession().IsModelWanted(); }
+
 bool PRSSaveState(const IFSAlgorithm& component, const StateDictionary& dictionary) {
   return SaveState([&](const std::string& path, bool xml) {
     return WriteComponentFile(path, xml, component, &dictionary);

@@ -26,6 +26,9 @@ void PRSFileError(const MCHost::HostIOError& error);
 bool PRSIsStateWanted();
 bool PRSAreResultsWanted();
 
+// Whether the session asks for the model itself.
+bool PRSIsModelWanted();
+
 // The state, where the session wants it. REQUIRES: PRSIsStateWanted().
 bool PRSSaveState(const IFSAlgorithm& component, const StateDictionary& dictionary);
 bool PRSSaveState(const INBAlgorithm& component);

@@ -72,8 +72,8 @@ bool PRSMultiFactory::PreliminaryDataPass() {
 }
 
 bool PRSMultiFactory::CompleteMetaData() {
-  const bool isModelKept =
-      fRun.IsModelSaved() || PRSIsStateWanted() || MCHost::CurrentSession().WantsFindings();
+  const bool isModelKept = fRun.IsModelSaved() || PRSIsStateWanted() || PRSIsModelWanted() ||
+                           MCHost::CurrentSession().WantsFindings();
   return !fRun.GetStatus().IsError() && fMetaData.Complete(isModelKept);
 }
 

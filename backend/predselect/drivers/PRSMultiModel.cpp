@@ -198,7 +198,8 @@ std::vector<int> PRSMultiModel::GetForcedInputs() const {
 
 bool PRSMultiModel::WriteFiles() {
   if (fRun.IsModelSaved() && !WriteModel()) return false;
-  return !PRSIsStateWanted() || PRSSaveState(*fpNBAlgorithm);
+  if (PRSIsStateWanted() && !PRSSaveState(*fpNBAlgorithm)) return false;
+  return !PRSIsModelWanted() || MCHost::CurrentSession().TakeModel(*fpNBAlgorithm);
 }
 
 bool PRSMultiModel::WriteModel() {

@@ -14,10 +14,19 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr const char* kSchema = "https://vega.github.io/schema/vega-lite/v6.json";
-constexpr double kLeastP = 1e-16;  // below it p-values are rounded to 0
+constexpr double kLeastZeros = 16.0;  // of a p-value that was rounded to 0
 
 // A p-value by its logarithm: how many zeros stand behind the point.
-double Zeros(double p) { return -std::log10(std::max(p, kLeastP)); }
+double Zeros(double p) { return -std::log10(p); }
+
+// Of a p-value of 0: as many as any other has, at least.
+double MostZeros(const Json& points) {
+  double most = kLeastZeros;
+  for (const Json& point : points) {
+    if (point["y"].is_number() && point["y"] > 0.0) most = std::max(most, Zeros(point["y"]));
+  }
+  return most;
+}
 
 // What a rule stands at is a p-value: the cut-off.
 const Json* CutOff(const Json& chart) {
@@ -30,12 +39,14 @@ const Json* CutOff(const Json& chart) {
 
 Json Data(const Json& chart, bool isP) {
   Json values = Json::array();
-  for (const Json& point : chart["data"]["values"]) {
+  const Json& points = chart["data"]["values"];
+  const double most = isP ? MostZeros(points) : 0.0;
+  for (const Json& point : points) {
     Json value = {{"predictor", point["x"]}, {"place", values.size() + 1}, {"value", point["y"]}};
     value["length"] = nullptr;
     if (point["y"].is_number()) {
       const double y = point["y"];
-      value["length"] = isP ? Zeros(y) : y;
+      value["length"] = !isP ? y : y > 0.0 ? Zeros(y) : most;
     }
     if (point.contains("color")) value["group"] = point["color"];
     values.push_back(std::move(value));

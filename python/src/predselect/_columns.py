@@ -195,9 +195,17 @@ def _encode_series(series: Any) -> Encoded:
     kind = getattr(dtype, "kind", "O")
     if kind in "fiub":
         missing = np.asarray(series.isna())
-        cells = series.to_numpy(dtype=getattr(dtype, "numpy_dtype", np.float64),
-                                na_value=np.nan if kind == "f" else 0)
-        return _masked(cells, missing)
+        return _masked(_filled(series, getattr(dtype, "numpy_dtype", np.float64), missing), missing)
     if kind == "M":
         return Encoded(_from_times(series.to_numpy(dtype="M8[ns]")))
     return Encoded(_from_numpy(series.to_numpy(dtype=object)))
+
+
+def _filled(series: Any, dtype: Any, missing: Any) -> Any:
+    """The values of a nullable series, with something in the place of those that are missing."""
+    try:
+        return series.to_numpy(dtype=dtype, na_value=0)
+    except (TypeError, ValueError):  # pandas 1.5 over Arrow
+        values = series.to_numpy(dtype=object).copy()
+        values[missing] = 0
+        return values.astype(dtype)

@@ -135,6 +135,7 @@ model_options = _options(
     "state_path:s pmml_path:s memory:n",
 )
 score_options = _options("ScoreOptions", "predicted:s probabilities:s")
+export_options = _options("ExportOptions", "format:s table:s")
 
 ProgressListener = ctypes.CFUNCTYPE(None, ctypes.c_void_p, ctypes.c_char_p)
 
@@ -172,15 +173,15 @@ def _load_operations() -> ctypes.CDLL:
         )
     loaded.predselect_version.restype = ctypes.c_char_p
     loaded.predselect_session_error.restype = ctypes.c_char_p
-    for kind in ("session", "table", "state", "result"):
-        getattr(loaded, f"predselect_{kind}_close").argtypes = [ctypes.c_void_p]
-        getattr(loaded, f"predselect_{kind}_close").restype = None
     loaded.predselect_session_cancel.argtypes = [ctypes.c_void_p]
     loaded.predselect_session_cancel.restype = None
     return loaded
 
 
 library = _load_operations()
+# Closing is quick, and keeps the interpreter's lock: were it let go, a signal that came meanwhile
+# would be met in the finalizer, or in the callback that releases a batch, where Python drops it.
+_closing = ctypes.PyDLL(library._name)
 _files: list[ctypes.CDLL] = []
 
 
@@ -201,7 +202,7 @@ class Handle:
 
     def __init__(self, kind: str) -> None:
         self._as_parameter_ = ctypes.c_void_p()
-        self._close = getattr(library, f"predselect_{kind}_close")
+        self._close = getattr(_closing, f"predselect_{kind}_close")
 
     def __del__(self) -> None:
         pointer, self._as_parameter_ = self._as_parameter_, ctypes.c_void_p()

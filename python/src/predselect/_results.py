@@ -77,7 +77,10 @@ class Columns:
 
 
 class ResultTable(Columns):
-    """A table of a result, laid flat: a column for each dimension of its rows, then its own."""
+    """A table of a result as records, under names that stay: those of the program's ``--format csv``.
+
+    `document` is the pivot table that a page shows.
+    """
 
     def __init__(self, result: Result, index: int) -> None:
         info = lib.TableInfo(struct_size=ctypes.sizeof(lib.TableInfo))
@@ -92,7 +95,7 @@ class ResultTable(Columns):
     def _stream(self) -> lib.ArrowArrayStream:
         stream = lib.ArrowArrayStream()
         self._result._session.call(
-            "result_table", self._result._handle, ctypes.c_size_t(self._index), ctypes.byref(stream)
+            "result_records", self._result._handle, ctypes.c_size_t(self._index), ctypes.byref(stream)
         )
         return stream
 
@@ -121,6 +124,9 @@ class NewColumns(Columns):
             "result_new_columns", self._result._handle, ctypes.byref(stream)
         )
         return stream
+
+
+_MAIN = ("PredictorSummary", "SubsetSummary", "Dictionary", "Scoring")
 
 
 class Result:
@@ -210,10 +216,10 @@ class Result:
         return "\n".join(parts)
 
     def _main(self) -> ResultTable:
-        """The table that the result is about."""
+        """The table that the result is about, of the last command that has one."""
         if not self.tables:
             raise ValueError("the run has no table")
-        return self.tables[0]
+        return next((t for t in reversed(self.tables) if t.kind in _MAIN), self.tables[0])
 
     def to_pandas(self) -> Any:
         """The main table as a pandas frame."""
@@ -245,15 +251,15 @@ class Ranking(Result):
     @property
     def predictors(self) -> list[str]:
         """The ranked predictors, the best first."""
-        return list(self._main()["Predictor"]) if "Ranking" in self else []
+        return list(self._main()["predictor"]) if "Ranking" in self else []
 
     def plot(self) -> Chart:
         """The sizes of the effects."""
         table = self._main()
         strings = self.document["strings"]
-        points = [(row["Predictor"], abs(row["Effect: Size"]), strings.get(kind, kind))
+        points = [(row["predictor"], abs(row["effect_size"]), strings.get(kind, kind))
                   for row in table.rows()
-                  if (kind := row["Effect: Type"]) and row["Effect: Size"] == row["Effect: Size"]]
+                  if (kind := row["effect_type"]) and row["effect_size"] == row["effect_size"]]
         return bars("Ranking", "Effect size", points)
 
 
@@ -280,18 +286,18 @@ class Model(Result):
     @property
     def predictors(self) -> list[str]:
         """The chosen predictors, in order."""
-        return list(self["ChosenPredictors"]["Predictor"]) if "ChosenPredictors" in self else []
+        return list(self["ChosenPredictors"]["predictor"]) if "ChosenPredictors" in self else []
 
     @property
     def accuracy(self) -> float:
         """The share of the test cases (training cases without a test) that are predicted right."""
-        return float(self["Accuracy"]["Percent Correct"][-1]) / 100.0
+        return float(self["Accuracy"]["percent_correct"][-1]) / 100.0
 
     def plot(self) -> Chart:
         """The criterion with each predictor."""
         table = self["ChosenPredictors"]
-        criterion = next(n for n in table.columns if "Criterion" in n or "BIC" in n)
-        points = [(row["Predictor"], row[criterion], criterion) for row in table.rows()]
+        criterion = next(n for n in table.columns if n in ("test_data_criterion", "pseudo_bic"))
+        points = [(row["predictor"], row[criterion], criterion) for row in table.rows()]
         return bars("Chosen predictors", criterion, points)
 
 

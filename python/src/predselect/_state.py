@@ -64,6 +64,17 @@ class State:
         """Writes a model as PMML for other programs."""
         self._session.call("state_pmml", self._handle, os.fsencode(path))
 
+    def export(
+        self, path: str | os.PathLike[str], to: str | None = None, table: str = "data"
+    ) -> None:
+        """Writes a model for other programs, which score with it as this one does: "pmml", "onnx",
+        "sql", "c" or "json", by the ending of the path unless ``to`` says it. ``table`` is what
+        the SQL query reads."""
+        said = lib.export_options(format=None if to is None else to.encode(), table=table.encode())
+        self._session.call(
+            "state_export", self._handle, os.fsencode(path), ctypes.byref(said)
+        )
+
     def inspect(self) -> Result:
         """What it holds. Counts that are not ranked yet are ranked in a copy."""
         from ._results import Result

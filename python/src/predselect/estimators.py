@@ -323,17 +323,17 @@ class PredictorSelector(_Mixed, _Pickled, SelectorMixin, BaseEstimator):  # type
         self.ranking_ = np.full(n, n, dtype=int)
 
     def _read_ranking(self, table: ResultTable, names: list[str]) -> None:
-        at = [names.index(name) for name in table["Predictor"]]
-        log = numbers_of(table, "Log10 p") * np.log(10.0)
-        is_perfect = np.isnan(log) & (numbers_of(table, "FDR-Adjusted p") == 0.0)
+        at = [names.index(name) for name in table["predictor"]]
+        log = numbers_of(table, "log10_p") * np.log(10.0)
+        is_perfect = np.isnan(log) & (numbers_of(table, "fdr_adjusted_p") == 0.0)
         log = np.where(is_perfect, -np.inf, log)
         self.logpvalues_[at] = log
         self.pvalues_[at] = np.exp(log)
-        self.scores_[at] = numbers_of(table, "Test: Value")
-        self.effect_sizes_[at] = numbers_of(table, "Effect: Size")
-        self._adjusted[at] = numbers_of(table, "FDR-Adjusted p")
-        self._holm[at] = numbers_of(table, "Holm-Adjusted p")
-        self.ranking_[at] = numbers_of(table, "Rank").astype(int)
+        self.scores_[at] = numbers_of(table, "test_value")
+        self.effect_sizes_[at] = numbers_of(table, "effect_size")
+        self._adjusted[at] = numbers_of(table, "fdr_adjusted_p")
+        self._holm[at] = numbers_of(table, "holm_adjusted_p")
+        self.ranking_[at] = numbers_of(table, "rank").astype(int)
 
     def _count(
         self, data: dict[str, Any], name: str, columns: _Columns, weights: Any, is_first: bool
@@ -364,20 +364,19 @@ class PredictorSelector(_Mixed, _Pickled, SelectorMixin, BaseEstimator):  # type
         if "Ranking" not in counts:
             return
         table = counts["Ranking"]
-        at = np.array([names.index(name) for name in table["Predictor"]])
-        tests = [c.rsplit(": ", 1)[0] for c in table.columns if c.endswith(": Rank")]
+        at = np.array([names.index(name) for name in table["predictor"]])
+        tests = [c.removesuffix("_rank") for c in table.columns if c.endswith("_rank")]
         for test in reversed(tests):
             self._read_test(table, test, at)
-        order = np.lexsort((numbers_of(table, f"{tests[0]}: Rank"),))
+        order = np.lexsort((numbers_of(table, f"{tests[0]}_rank"),))
         self.ranking_[at[order]] = np.arange(1, len(order) + 1)
         self._adjust()
 
     def _read_test(self, table: ResultTable, test: str, at: Any) -> None:
-        is_t = f"{test}: t" in table.columns
-        value = numbers_of(table, f"{test}: {'t' if is_t else 'Value'}")
+        is_t = f"{test}_t" in table.columns
+        value = numbers_of(table, f"{test}_{'t' if is_t else 'value'}")
         there = ~np.isnan(value)
-        p = next(numbers_of(table, c) for c in table.columns
-                 if c.startswith(f"{test}: ") and "Sig" in c)
+        p = numbers_of(table, f"{test}_unadjusted_sig")
         self.scores_[at[there]] = value[there]
         self.pvalues_[at[there]] = p[there]
         with np.errstate(divide="ignore"):
@@ -429,11 +428,11 @@ class PredictorSelector(_Mixed, _Pickled, SelectorMixin, BaseEstimator):  # type
 def _log_tail(table: ResultTable, test: str, value: Any, rows: Any) -> Any:
     """The logarithm of a p-value that no number can hold, from the statistic."""
     value = value[rows]
-    if f"{test}: df1" in table.columns:
-        df1, df2 = (numbers_of(table, f"{test}: {df}")[rows] for df in ("df1", "df2"))
+    if f"{test}_df1" in table.columns:
+        df1, df2 = (numbers_of(table, f"{test}_{df}")[rows] for df in ("df1", "df2"))
         return log_f_tail(value, df1, df2)
-    df = numbers_of(table, f"{test}: df")[rows]
-    return log_chi2_tail(value, df) if "Chi" in test else log_f_tail(value**2, 1.0, df)
+    df = numbers_of(table, f"{test}_df")[rows]
+    return log_chi2_tail(value, df) if "chi" in test else log_f_tail(value**2, 1.0, df)
 
 
 def log_f_tail(value: Any, df1: Any, df2: Any) -> Any:
@@ -719,7 +718,7 @@ class SubsetNaiveBayes(_Mixed, _Pickled, ClassifierMixin, BaseEstimator):  # typ
     def selected_features_(self) -> Any:
         """The features of the model."""
         self._ready()
-        steps = [row["Predictor Added"] for row in self.path_ if row.get("Predictor Added")]
+        steps = [row["predictor_added"] for row in self.path_ if row.get("predictor_added")]
         order = [n for n in dict.fromkeys(steps) if n in self._chosen]
         return np.asarray(order + [n for n in self._chosen if n not in order], object)
 
@@ -776,6 +775,12 @@ class SubsetNaiveBayes(_Mixed, _Pickled, ClassifierMixin, BaseEstimator):  # typ
     def to_pmml(self, path: str | os.PathLike[str]) -> None:
         """Writes the model as PMML for other programs."""
         self._with_state().to_pmml(path)
+
+    def export(
+        self, path: str | os.PathLike[str], to: str | None = None, table: str = "data"
+    ) -> None:
+        """Writes the model for other programs, as :meth:`State.export` does."""
+        self._with_state().export(path, to, table)
 
     def _with_state(self) -> State:
         self._ready()

@@ -117,6 +117,7 @@ case("texts_only.csv", "anna,berlin\nben,bonn\n", {"anna": ["ben"], "berlin": ["
 case("header_said.csv", "0.5,0.7\n1,2\n", {"0.5": [1], "0.7": [2]}, "header")
 case("unnamed_index.csv", ",a,b\n0,1,3\n1,2,4\n", {"column1": [0, 1], **NUMBERS},
      note="What has no name in the first row is called column1")
+case("unnamed_after_blanks.csv", "\n\r\n\na,\nx,1\n\ny,2\n", {"a": ["x", "y"], "column2": [1, 2]}, note="column2")
 case("trailing_delimiter.csv", "a,b,\n1,3,\n2,4,\n", {**NUMBERS, "column3": [NO, NO]}, note="is called column3")
 case("repeated_name.csv", "a,b,a\n1,2,3\n", 'line 1, column 5: a column named "a" is there already')
 case("blank_lines_first.csv", "\n\na,b\n1,3\n2,4\n", NUMBERS)

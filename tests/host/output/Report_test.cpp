@@ -123,6 +123,9 @@ TEST(ReadableChart, HasTheBestOnTopAndPValuesByTheirLogarithm) {
     EXPECT_EQ(values[i]["place"], i + 1);
     EXPECT_NEAR(values[i]["length"].get<double>(), lengths[i], 1e-5);
   }
+  const Json exact = MCHost::ReadableChart(PredictorChart({0.0, 1e-120, 1e-3}, true));
+  EXPECT_NEAR(exact["data"]["values"][0]["length"].get<double>(), 120.0, 1e-9);
+  EXPECT_NEAR(exact["data"]["values"][1]["length"].get<double>(), 120.0, 1e-9);
   EXPECT_EQ(chart["layer"][0]["encoding"]["y"]["sort"]["field"], "place");
   EXPECT_EQ(chart["layer"][0]["mark"]["type"], "bar");
   EXPECT_NEAR(chart["layer"][1]["data"]["values"][0]["length"].get<double>(), 1.30103, 1e-5);

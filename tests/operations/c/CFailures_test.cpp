@@ -60,6 +60,7 @@ TEST(CFailures, NullAnywhereIsMisuseAndNamesTheArgument) {
       {"into", [&] { return predselect_state_merge(s, nullptr, state); }},
       {"from", [&] { return predselect_state_merge(s, state, nullptr); }},
       {"state", [&] { return predselect_state_pmml(s, nullptr, "x"); }},
+      {"state", [&] { return predselect_state_export(s, nullptr, "x", nullptr); }},
       {"table", [&] { return predselect_rank(s, nullptr, "x", nullptr, &result); }},
       {"target", [&] { return predselect_rank(s, t, nullptr, nullptr, &result); }},
       {"result", [&] { return predselect_rank(s, t, "x", nullptr, nullptr); }},

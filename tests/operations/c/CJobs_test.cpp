@@ -367,6 +367,14 @@ TEST(CJobs, AReloadedModelScoresAsItDidFreshAndStreamsOutliveTheRest) {
     const std::string pmml = folder.Path("model.pmml");
     ASSERT_EQ(predselect_state_pmml(host.fSession, model, pmml.c_str()), PREDSELECT_OK);
     EXPECT_THAT(ReadFile(pmml), testing::HasSubstr("<NaiveBayesModel"));
+    const std::string query = folder.Path("model.sql");
+    predselect_export_options elsewhere = {sizeof elsewhere, nullptr, "clients"};
+    ASSERT_EQ(predselect_state_export(host.fSession, model, query.c_str(), &elsewhere),
+              PREDSELECT_OK);
+    EXPECT_THAT(ReadFile(query), testing::HasSubstr("FROM \"clients\" AS t"));
+    elsewhere.format = "xls";
+    EXPECT_EQ(predselect_state_export(host.fSession, model, query.c_str(), &elsewhere),
+              PREDSELECT_BAD_REQUEST);
     const predselect_score_options options{sizeof(options), "again", nullptr};
     ASSERT_EQ(predselect_score(host.fSession, host.fTable, model, &options, &host.fResult),
               PREDSELECT_OK)

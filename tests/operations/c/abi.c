@@ -60,6 +60,10 @@ PLACE(predselect_score_options, struct_size, 0);
 PLACE(predselect_score_options, predicted, 1);
 PLACE(predselect_score_options, probabilities, 2);
 
+PLACE(predselect_export_options, struct_size, 0);
+PLACE(predselect_export_options, format, 1);
+PLACE(predselect_export_options, table, 2);
+
 PLACE(predselect_table_info, struct_size, 0);
 PLACE(predselect_table_info, subtype, 1);
 PLACE(predselect_table_info, title, 2);

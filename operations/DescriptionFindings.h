@@ -1,0 +1,14 @@
+// The findings of a description: what each variable holds.
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace PredSelect {
+
+class ColumnSummary;
+
+// As JSON text: docs/report.md. REQUIRES: the summaries are finished.
+std::string DescriptionFindings(const std::vector<ColumnSummary>& summaries, double nCases);
+
+}  // namespace PredSelect
