@@ -29,6 +29,7 @@
 #include "host/arrow/JoinedSource.h"
 #include "host/arrow/JsonSource.h"
 #include "host/arrow/ParquetSource.h"
+#include "host/arrow/RecordWriter.h"
 #include "host/arrow/SavedBatches.h"
 #include "host/arrow/SheetSource.h"
 #include "host/arrow/SpooledInput.h"
@@ -81,10 +82,10 @@ bool IsJson(FileFormat format) {
 
 // Of a file that is written.
 FileFormat OutputFormatOf(const std::string& path) {
-  const std::optional<FileFormat> known = FindInputFormat(EndOf(path));
+  const std::optional<FileFormat> known = FormatOfPath(path);
   if (known && NamesOf(*known).fbWritten) return *known;
   throw HostIOError(path, "",
-                    std::string(known ? "tables are not written in this format"
+                    std::string(known && NamesOf(*known).fbRead ? "tables are not written in this format"
                                       : "the extension does not tell a data format") +
                         "; known are " + EndingsOf(&FileFormatNames::fbWritten));
 }
@@ -369,7 +370,8 @@ void WriteDataFile(DataTable& table, const DataTarget& target, const std::vector
   SavedBatches batches(table, keys != nullptr ? *keys : all);
   if (format == FileFormat::kParquet) return WriteParquet(batches, path);
   if (format == FileFormat::kArrow) return WriteIpc(batches, path);
-  WriteCsv(batches, path, DelimiterOf(format));
+  if (IsDelimited(format)) return WriteCsv(batches, path, DelimiterOf(format));
+  WriteRecordLines(batches, path, format);
 }
 
 }  // namespace MCHost
