@@ -53,9 +53,11 @@ std::string InQuotes(const std::string& text) {
 std::string ModelCommand(const MCHost::ITable& table, const ModelRequest& request) {
   CheckTarget(table.GetVariable(NamedVariable(table, request.fTarget)));
   const std::string sample = TrainingSample(table, request);
+  const std::string screening = ScreeningOfDates(table);
   std::string text = "NAIVEBAYES " + KovaVarName(request.fTarget).Quoted() +
                      ExceptSubcommand(table, request.fExcept) + "\n  /SCREENING STATUS=ON" +
-                     sample + Subset(table, request, !sample.empty());
+                     (screening.empty() ? "" : " " + screening) + sample +
+                     Subset(table, request, !sample.empty());
   if (request.fbSavePredictions) text += "\n  /SAVE PREDVAL PREDPROB";
   if (!request.fPmml.empty()) text += "\n  /OUTFILE MODEL=" + InQuotes(request.fPmml);
   return text + "\n  /CRITERIA TIMER=0\n  /PRINT EXCLUDED SUMMARY CLASSIFICATION.\n";

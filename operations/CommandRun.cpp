@@ -91,6 +91,23 @@ std::string DetailOfVerb(std::string detail) {
   return detail + MCHost::KeyText("Leave out what is named here: ^1...", {options});
 }
 
+// Whether it is a line of the command with a caret below it.
+bool IsPlace(const std::string& detail) {
+  const std::size_t last = detail.find_last_not_of("\n ");
+  return last != std::string::npos && detail[last] == '^';
+}
+
+// What a command says of its subcommands, as a ranking says it that was asked for by V or lambda.
+OutputText TextOfVerb(OutputText text) {
+  if (text.fKey.starts_with("Mixed rank criterion ^1 ")) {
+    return OutputText::Key("Ranked by p for predictors of both kinds...");
+  }
+  if (text.fKey.starts_with("Categorical rank criterion ^1 ")) {
+    return OutputText::Key("Ranked by p for numbers...");
+  }
+  return text;
+}
+
 // One of reason and kind of predictor is the heading of the other.
 OutputText ReasonOf(const MCHost::OutputDimension& rows, int leaf) {
   for (const int category : rows.PathTo(leaf)) {
@@ -134,7 +151,9 @@ void CommandRun::AddMessage(MCHost::OutputMessage message) {
   const std::string& key = message.fText.fKey;
   fbWithheld = fbWithheld || key == fWithheld;
   if (key == "No predictors excluded ..." || key == fWithheld) return;
-  message.fDetail = DetailOfVerb(message.fDetail);
+  // A place in the command, which nobody has written, is none of a verb.
+  message.fDetail = IsPlace(message.fDetail) ? "" : DetailOfVerb(message.fDetail);
+  message.fText = TextOfVerb(std::move(message.fText));
   fDocument.AddMessage(std::move(message));
 }
 
@@ -179,6 +198,14 @@ int NamedVariable(const MCHost::ITable& table, const std::string& name, const st
   }
   const std::string text = NoVariable(table, name);
   throw option.empty() ? RequestError(text) : RequestError(option, text);
+}
+
+std::string ScreeningOfDates(const MCHost::ITable& table) {
+  for (int i = 0; i < table.ColumnCount(); ++i) {
+    const KOVA_Variable::Time time = table.GetVariable(i).GetTime();
+    if (time == KOVA_Variable::kDate || time == KOVA_Variable::kDateTime) return "CV=0";
+  }
+  return "";
 }
 
 std::string ExceptSubcommand(const MCHost::ITable& table, const std::vector<std::string>& names) {

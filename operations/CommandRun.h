@@ -61,6 +61,11 @@ MCHost::OutputText Paragraphs(std::vector<MCHost::OutputText> texts);
 int NamedVariable(const MCHost::ITable& table, const std::string& name,
                   const std::string& option = "");
 
+// "CV=0" where a variable holds dates or dates with times, else empty. They are counted from 1970,
+// so that their mean says nothing, and a coefficient of variation takes those of a month for
+// constant.
+std::string ScreeningOfDates(const MCHost::ITable& table);
+
 // "\n  /EXCEPT VARIABLES=a b", empty for none. Throws RequestError (except) for a variable that the
 // table does not have.
 std::string ExceptSubcommand(const MCHost::ITable& table, const std::vector<std::string>& names);

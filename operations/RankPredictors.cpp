@@ -214,9 +214,12 @@ void ShowRanking(const Ranking& ranking, const RankRequest& request) {
 
 std::string RankCommand(const MCHost::ITable& table, const RankRequest& request) {
   NamedVariable(table, request.fTarget);
+  const std::string screening = ScreeningOfDates(table);
   return "SELECTPRED " + KovaVarName(request.fTarget).Quoted() +
-         ExceptSubcommand(table, request.fExcept) + "\n  /CRITERIA TIMER=0 PVALUES=EXACT" +
-         RankingOption(request.fBy) + " SHOWUNSELECTED=" + std::to_string(table.ColumnCount()) +
+         ExceptSubcommand(table, request.fExcept) +
+         (screening.empty() ? "" : "\n  /SCREENING " + screening) +
+         "\n  /CRITERIA TIMER=0 PVALUES=EXACT" + RankingOption(request.fBy) +
+         " SHOWUNSELECTED=" + std::to_string(table.ColumnCount()) +
          "\n  /PRINT EXCLUDED EFFECTS.\n";
 }
 
@@ -225,6 +228,7 @@ Outcome RankPredictors(MCHost::DataTable& table, MCHost::OutputDocument& documen
                        Ranking* ranking) {
   const std::string command = RankCommand(table, request);
   CommandRun run(document, "rank");
+  run.Withhold("No predictors were selected.");  // a ranking selects none
   const Outcome outcome = run.Run(table, {.fCommands = command}, surroundings);
   if (outcome != Outcome::kCompleted) return outcome;
   Ranking found;

@@ -48,8 +48,7 @@ VarSpecObj Role(const char* name, const KOVA_DataSource& source) {
   return {"", name, CommandDescriptor("score", ""), source, false};
 }
 
-void AddPredicted(KOVA_DataSource& source, const std::string& asked, const INBVariable& target,
-                  Predictions& predictions) {
+KovaVarName PredictedName(const KOVA_DataSource& source, const std::string& asked) {
   if (asked != ScoreRequest{}.fPredicted && source.FindVariable(asked) >= 0) {
     throw RequestError("predicted", "the data have a variable \"" + asked + "\" already.");
   }
@@ -57,6 +56,12 @@ void AddPredicted(KOVA_DataSource& source, const std::string& asked, const INBVa
   if (!Role("--predicted", source).NewVarNameByRoot(KovaVarName(asked), name)) {
     throw RequestError("predicted", "\"" + asked + "\" cannot name a new variable.");
   }
+  return name;
+}
+
+void AddPredicted(KOVA_DataSource& source, const std::string& asked, const INBVariable& target,
+                  Predictions& predictions) {
+  const KovaVarName name = PredictedName(source, asked);
   std::size_t width = 1;
   for (int k = 0; k < target.GetNumberOfCategories(); ++k) {
     width = std::max(width, CategoryText(target, k).size());
@@ -152,6 +157,27 @@ void ShowCounts(const DataTable& table, const Predictions& predictions, const Sc
 const INBAlgorithm& ModelOf(const ComponentFile& state, const std::string& name) {
   if (state.fpNaive != nullptr) return *state.fpNaive;
   throw RequestError("model", name + " holds a ranking of predictors, not a Naive Bayes model.");
+}
+
+std::vector<std::string> CheckScoring(DataTable& table, const INBAlgorithm& model,
+                                      const ScoreRequest& request) {
+  const NBVarList& variables = model.GetVarList();
+  MCHost::OutputDocument nothing;
+  MCHost::Session session(table, nothing);
+  const MCHost::SessionScope scope(session);
+  ProcedureDataSource source;
+  const ModelCases cases(variables, source);
+  const INBVariable& target = *variables.GetVarAt(variables.GetTargetIndex());
+  (void)ProbabilityNames(source, request.fProbabilities, target);
+  (void)PredictedName(source, request.fPredicted);
+  std::vector<std::string> names;
+  for (int i = 0; i < variables.Size(); ++i) {
+    const INBVariable& variable = *variables.GetVarAt(i);
+    if (variable.GetVariableRole() == INBVariable::kInput) {
+      names.push_back(variable.GetVariableName());
+    }
+  }
+  return names;
 }
 
 Outcome ScoreTable(DataTable& table, const INBAlgorithm& model, MCHost::OutputDocument& document,

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "operations/Surroundings.h"
 
@@ -27,6 +28,11 @@ struct ScoreRequest {
 // The model of a state, which is called `name` in the refusal. Throws RequestError (model) for a
 // ranking of predictors.
 const INBAlgorithm& ModelOf(const ComponentFile& state, const std::string& name);
+
+// What the model looks at in the table, by name. Throws RequestError as ScoreTable does, before it
+// has looked at a case.
+std::vector<std::string> CheckScoring(MCHost::DataTable& table, const INBAlgorithm& model,
+                                      const ScoreRequest& request);
 
 // Adds the predicted value and, if asked for, the predicted probability of each category to the
 // table, and shows how many cases were predicted and how they differ from those that the model was

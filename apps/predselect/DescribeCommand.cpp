@@ -1,7 +1,6 @@
 #include "apps/predselect/DescribeCommand.h"
 
 #include <memory>
-#include <set>
 #include <string>
 
 #include "apps/predselect/ExitCode.h"
@@ -19,9 +18,8 @@ namespace PredSelectApp {
 int DescribeData(const Options& options) {
   ProgressLine progress(WantsProgress(options.fResult));
   const std::unique_ptr<MCHost::DataTable> table = OpenTable(options.fData, progress);
-  std::set<std::string> notes;
-  ShowNotes(*table, options.fResult, notes);
   LiveOutput document(options.fResult, progress, options.fData.fFile);
+  document.ShowNotes(*table);
   const PredSelect::Outcome outcome = PredSelect::DescribeTable(
       *table, document, ProgramSurroundings(options, progress), options.fDescribe);
   progress.Clear();

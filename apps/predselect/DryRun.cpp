@@ -35,6 +35,10 @@ std::string Line(std::string what, const std::string& text) {
   return what + Wrap(text, kColumn) + "\n";
 }
 
+std::string Trimmed(const std::string& text) {
+  return text.substr(0, text.find_last_not_of('\n') + 1);
+}
+
 std::string List(const std::vector<std::string>& names) {
   std::string list = std::to_string(names.size()) + (names.size() == 1 ? " column" : " columns");
   for (std::size_t i = 0; i < std::min(names.size(), kMostNames); ++i) {
@@ -43,8 +47,13 @@ std::string List(const std::vector<std::string>& names) {
   return list + (names.size() > kMostNames ? ", ..." : "");
 }
 
+std::string CasesOf(const MCHost::DataTable& table, const DataOptions& data) {
+  return std::to_string(table.CaseCount()) + " cases of " + std::to_string(table.ColumnCount()) +
+         " columns" + (data.fWeight.empty() ? "" : ", weighted by " + data.fWeight);
+}
+
 std::string UsesOf(const MCHost::CommandPlan& plan) {
-  std::string text = "the target " + plan.fTarget;
+  std::string text = "; the target " + plan.fTarget;
   if (!plan.fFactors.empty()) text += "; as categories " + List(plan.fFactors);
   if (!plan.fCovariates.empty()) text += "; as numbers " + List(plan.fCovariates);
   return text;
@@ -70,13 +79,6 @@ std::string Outputs(const Options& options, const std::vector<MCHost::CommandPla
   return text;
 }
 
-std::string TableLine(const MCHost::DataTable& table, const DataOptions& data) {
-  std::string text = std::to_string(table.CaseCount()) + " cases of " +
-                     std::to_string(table.ColumnCount()) + " columns";
-  if (!data.fWeight.empty()) text += ", weighted by " + data.fWeight;
-  return Line("Uses", text);
-}
-
 }  // namespace
 
 int DryRun(const Options& options) {
@@ -91,21 +93,28 @@ int DryRun(const Options& options) {
   }
   const std::unique_ptr<MCHost::DataTable> table = OpenTable(data, progress);
   const SaveTable saved(*table, options.fSave);
-  text += TableLine(*table, data);
+  const std::string cases = CasesOf(*table, data);
   std::vector<MCHost::CommandPlan> plans;
   PredSelect::Outcome outcome = PredSelect::Outcome::kCompleted;
-  if (state == nullptr) {
+  if (state != nullptr) {
+    const std::vector<std::string> predictors =
+        PredSelect::CheckScoring(*table, PredSelect::ModelOf(*state, options.fStates.front()),
+                                 {options.fPredicted, options.fProbabilities});
+    text += Line("Uses", cases + "; for the model " + List(predictors));
+  } else {
     PredSelect::RunRequest request;
     request.fCommands = CommandTextOf(options, *table);
     request.fpPlans = &plans;
     LiveOutput document(options.fResult, progress, data.fFile);
     outcome =
         PredSelect::RunCommands(*table, document, request, ProgramSurroundings(options, progress));
-    for (const MCHost::CommandPlan& plan : plans) text += Line("Uses", UsesOf(plan));
-    if (options.fAction != Options::kRun) text += Line("Runs", request.fCommands);
+    for (const MCHost::CommandPlan& plan : plans) text += Line("Uses", cases + UsesOf(plan));
+    if (options.fAction != Options::kRun) text += Line("Runs", Trimmed(request.fCommands));
   }
   text += Outputs(options, plans) + "Nothing was written.\n";
-  WriteResults({}, text);
+  ResultOptions shown;
+  shown.fbPager = options.fResult.fbPager;
+  WriteResults(shown, text);
   return ExitCodeOf(outcome);
 }
 

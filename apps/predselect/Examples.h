@@ -23,7 +23,7 @@ constexpr const char* kProgramNotes = R"(Examples:
     predselect run penguins.csv \
       -c "SELECTPRED species BY island sex WITH bill_length_mm body_mass_g"
 
-Environment: NO_COLOR for pages without colours, COLUMNS for their width, PAGER for what shows long ones, TMPDIR for temporary files.
+Environment: NO_COLOR for pages without colours, COLUMNS for their width, PAGER for what shows long ones on a terminal (less where it is installed; --no-pager does without), TMPDIR for temporary files.
 
 Exit codes: 0 all is done, 1 a command reported an error, 2 wrong usage, 3 data could not be read or a result not written, 70 internal error, 130 stopped by a signal.
 

@@ -1,6 +1,8 @@
 #include "apps/predselect/Failure.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <new>
 
 #include "apps/predselect/ExitCode.h"
@@ -14,6 +16,15 @@
 
 namespace PredSelectApp {
 
+namespace {
+
+// Whoever was to read the results has had enough, as `head` has: nothing to complain about.
+bool IsReaderGone(const MCHost::HostIOError& trouble) {
+  return trouble.File() == "standard output" && trouble.Reason().ends_with(std::strerror(EPIPE));
+}
+
+}  // namespace
+
 Failure FailureOf(const std::exception& error) {
   if (const auto* usage = dynamic_cast<const UsageError*>(&error)) {
     return {.fCode = kWrongUsage, .fText = usage->what(), .fAdvice = usage->Advice()};
@@ -22,6 +33,7 @@ Failure FailureOf(const std::exception& error) {
     return {.fCode = kWrongUsage, .fText = request->TextWithDashes()};
   }
   if (const auto* trouble = dynamic_cast<const MCHost::HostIOError*>(&error)) {
+    if (IsReaderGone(*trouble)) return {kDataError, ""};
     return {kDataError, trouble->what(), trouble->File(), trouble->Place()};
   }
   if (dynamic_cast<const std::bad_alloc*>(&error) != nullptr) {

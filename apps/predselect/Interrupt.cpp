@@ -24,6 +24,7 @@ constexpr timespec kPatience{0, 100'000'000};  // that a run has to stop by itse
 
 std::atomic<bool> gInterrupted{false};
 std::atomic<bool> gSaid{false};
+std::atomic<bool> gTypedToAnother{false};
 
 // Nothing here locks, allocates or unwinds.
 [[noreturn]] void EndAtOnce() {
@@ -64,7 +65,7 @@ __attribute__((section(".preinit_array"), used)) void (*const gBeforeAll)() = En
 // A thread of its own hears a signal also while all others wait for a disk.
 void Watch(sigset_t signals) {
   int number = 0;
-  while (sigwait(&signals, &number) != 0) {
+  while (sigwait(&signals, &number) != 0 || (number == SIGINT && gTypedToAnother)) {
   }
   gInterrupted = true;
   while (sigtimedwait(&signals, nullptr, &kPatience) < 0 && errno == EINTR) {
@@ -92,6 +93,9 @@ void InstallInterruptHandlers() {
   signal(SIGPIPE, SIG_IGN);
   MCCommon::SetAssertionHandler(OnBrokenInvariant);
 }
+
+KeyboardOfAnother::KeyboardOfAnother() { gTypedToAnother = true; }
+KeyboardOfAnother::~KeyboardOfAnother() { gTypedToAnother = false; }
 
 bool IsInterrupted() { return gInterrupted; }
 

@@ -14,6 +14,14 @@ void InstallInterruptHandlers();
 // True once the user asked to stop.
 bool IsInterrupted();
 
+// For as long as this lives, Ctrl-C is for the program that has the terminal, such as a pager.
+struct KeyboardOfAnother {
+  KeyboardOfAnother();
+  ~KeyboardOfAnother();
+  KeyboardOfAnother(const KeyboardOfAnother&) = delete;
+  KeyboardOfAnother& operator=(const KeyboardOfAnother&) = delete;
+};
+
 // Says on standard error, once, that the program was stopped.
 void SayStopped() noexcept;
 

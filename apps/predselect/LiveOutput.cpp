@@ -1,5 +1,6 @@
 #include "apps/predselect/LiveOutput.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <utility>
 
@@ -26,11 +27,11 @@ void LiveOutput::AddMessage(MCHost::OutputMessage message) {
   OutputDocument::AddMessage(std::move(message));
 }
 
-void ShowNotes(const MCHost::DataTable& table, const ResultOptions& options,
-               std::set<std::string>& shown) {
-  if (options.fbQuiet) return;
+void LiveOutput::ShowNotes(const MCHost::DataTable& table) {
   for (const std::string& note : table.Notes()) {
-    if (shown.insert(note).second) PrintError("Note: " + note);
+    if (std::ranges::count(fReadingNotes, note) > 0) continue;
+    fReadingNotes.push_back(note);
+    if (!fOptions.fbQuiet) PrintError("Note: " + note);
   }
 }
 

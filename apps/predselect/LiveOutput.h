@@ -1,7 +1,6 @@
 // The document of the results, and messages on standard error as they come.
 #pragma once
 
-#include <set>
 #include <string>
 
 #include "host/arrow/DatabaseAddress.h"
@@ -28,16 +27,15 @@ class LiveOutput : public MCHost::OutputDocument {
 
   void AddMessage(MCHost::OutputMessage message) override;
 
+  // What there is to say of how the data were read and has not been shown yet: reading a column may
+  // tell something of it.
+  void ShowNotes(const MCHost::DataTable& table);
+
  private:
   static bool WantsFindings(const ResultOptions& options);
 
   const ResultOptions& fOptions;
   ProgressLine& fProgress;
 };
-
-// What there is to say of how the data were read and has not been shown yet, on standard error:
-// reading a column may tell something of it.
-void ShowNotes(const MCHost::DataTable& table, const ResultOptions& options,
-               std::set<std::string>& shown);
 
 }  // namespace PredSelectApp

@@ -1,7 +1,6 @@
 #include "apps/predselect/ModelVerb.h"
 
 #include <memory>
-#include <set>
 #include <string>
 
 #include "apps/predselect/ExitCode.h"
@@ -40,14 +39,13 @@ int ModelData(const Options& options) {
     return kCompleted;
   }
   const SaveTable saved(*table, options.fSave);
-  std::set<std::string> notes;
-  ShowNotes(*table, options.fResult, notes);
   // The model's own file is what its command is to write.
   Options others = options;
   others.fModel.fPmml.clear();
   request.fRun.fUseOf = [&others](const std::string& path) { return UseOf(path, others); };
   request.fRun.fMemory = options.fMemory > 0.0 ? options.fMemory : PredSelect::AutomaticMemory();
   LiveOutput document(options.fResult, progress, options.fData.fFile);
+  document.ShowNotes(*table);
   const PredSelect::Outcome outcome =
       PredSelect::BuildModel(*table, document, request, ProgramSurroundings(options, progress));
   progress.Clear();

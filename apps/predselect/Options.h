@@ -1,4 +1,5 @@
-// The command line as values. Parsing and help live in Options.cpp, once for both.
+// The command line as values. What verbs take stands in VerbOptions.cpp, their parsing in
+// Options.cpp.
 #pragma once
 
 #include <string>
@@ -47,6 +48,7 @@ struct ResultOptions {
   Color fColor = Color::kAuto;
   bool fbQuiet = false;
   bool fbProgress = true;
+  bool fbPager = true;  // for long pages on a terminal
 };
 
 struct Options {
@@ -66,7 +68,7 @@ struct Options {
   bool fbAllowEqual = false;               // merge: states of the same counts are taken, too
   std::string fPredicted = "PredictedValue";            // score: name of the predicted value
   std::string fProbabilities = "PredictedProbability";  // score: root, empty for none
-  std::string fDrift;    // score: file of what differs from the training data, empty for none
+  std::string fDrift;  // score: file of what differs from the training data, empty for none
   PredSelect::ExportRequest fExport;  // export, model and run: no file for none
   double fMemory = 0.0;  // run and model: kilobytes for cases, 0 for as they say themselves
   int fThreads = 0;      // all but inspect and merge: 0 for as many as there are processors

@@ -1,7 +1,6 @@
 #include "apps/predselect/RankVerb.h"
 
 #include <memory>
-#include <set>
 #include <string>
 
 #include "apps/predselect/ExitCode.h"
@@ -23,9 +22,8 @@ int RankData(const Options& options) {
     WriteResults(options.fResult, PredSelect::RankCommand(*table, options.fRank));
     return kCompleted;
   }
-  std::set<std::string> notes;
-  ShowNotes(*table, options.fResult, notes);
   LiveOutput document(options.fResult, progress, options.fData.fFile);
+  document.ShowNotes(*table);
   const PredSelect::Outcome outcome = PredSelect::RankPredictors(
       *table, document, options.fRank, ProgramSurroundings(options, progress));
   progress.Clear();

@@ -1,7 +1,6 @@
 #include "apps/predselect/RunCommand.h"
 
 #include <memory>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -48,10 +47,9 @@ int RunCommands(const Options& options) {
   ProgressLine progress(WantsProgress(options.fResult));
   const std::unique_ptr<DataTable> table = OpenTable(data, progress);
   const SaveTable saved(*table, options.fSave);
-  std::set<std::string> notes;
-  ShowNotes(*table, options.fResult, notes);
 
   LiveOutput document(options.fResult, progress, options.fData.fFile);
+  document.ShowNotes(*table);
   const PredSelect::Outcome outcome =
       PredSelect::RunCommands(*table, document,
                               {commands, options.fSaveState, options.fResults,
@@ -59,7 +57,7 @@ int RunCommands(const Options& options) {
                                MemoryOf(options), nullptr, options.fExport},
                               ProgramSurroundings(options, progress));
   progress.Clear();
-  ShowNotes(*table, options.fResult, notes);
+  document.ShowNotes(*table);
 
   // Files first, whatever becomes of the reader of the results; and results whatever becomes of
   // the file.

@@ -1,7 +1,6 @@
 #include "apps/predselect/ScoreCommand.h"
 
 #include <memory>
-#include <set>
 #include <string>
 
 #include "apps/predselect/ExitCode.h"
@@ -27,9 +26,8 @@ int ScoreData(const Options& options) {
   ProgressLine progress(WantsProgress(options.fResult));
   const std::unique_ptr<MCHost::DataTable> table = OpenTable(options.fData, progress);
   const SaveTable saved(*table, options.fSave);
-  std::set<std::string> notes;
-  ShowNotes(*table, options.fResult, notes);
   LiveOutput document(options.fResult, progress, options.fData.fFile);
+  document.ShowNotes(*table);
   PredSelect::ScoringDrift drift;
   const PredSelect::Outcome outcome =
       PredSelect::ScoreTable(*table, model, document, {options.fPredicted, options.fProbabilities},

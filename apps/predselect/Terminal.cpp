@@ -17,6 +17,7 @@
 #include "apps/predselect/ChosenRecords.h"
 #include "apps/predselect/Interrupt.h"
 #include "apps/predselect/Options.h"
+#include "apps/predselect/Pager.h"
 #include "host/arrow/DataFile.h"
 #include "host/data/ArrowCDataInterface.h"
 #include "host/data/MemoryTable.h"
@@ -137,6 +138,8 @@ void WriteResults(const ResultOptions& options, const std::string& text) {
     file.Commit();
     return;
   }
+  const bool isPage = options.fFormat == FileFormat::kText && IsTerminal(STDOUT_FILENO);
+  if (isPage && options.fbPager && ShowInPager(text)) return;
   const bool written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
   if (!written || std::fflush(stdout) != 0) {
     throw MCHost::HostIOError("standard output", "",

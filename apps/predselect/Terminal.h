@@ -26,8 +26,8 @@ std::string ResultPath(const ResultOptions& options);
 // Whether bytes that are no text would go to a terminal.
 bool ShowsBytes(const ResultOptions& options);
 
-// Writes the results to the file of the options, whole or not at all, or to standard output.
-// Throws MCHost::HostIOError.
+// Writes the results to the file of the options, whole or not at all, or to standard output, where
+// a pager shows long pages. Throws MCHost::HostIOError.
 void WriteResults(const ResultOptions& options, const std::string& text);
 
 // Renders the document as the options ask, and writes it so; but nothing of a run that was stopped

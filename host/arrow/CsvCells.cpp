@@ -115,7 +115,14 @@ class CellWriter {
                    arrow::Status>
   Visit(const T&) {
     const auto& array = As<T>();
-    return Write([&](std::int64_t at) { AppendCsvText(fText, array.GetView(at), fDelimiter); });
+    return Write([&](std::int64_t at) {
+      const std::string_view value = array.GetView(at);
+      if (fDelimiter == 0) {
+        fText += value;
+      } else {
+        AppendCsvText(fText, value, fDelimiter);
+      }
+    });
   }
   arrow::Status Visit(const arrow::DataType& type) {
     return arrow::Status::NotImplemented("cells of type ", type.ToString(),
@@ -177,13 +184,17 @@ void CsvCells::FormatColumn(const arrow::Array& array, const std::string& name,
   if (!status.ok()) throw HostIOError(fTarget, "column \"" + name + "\"", status.message());
 }
 
-void CsvCells::AppendCase(std::int64_t at, std::string& row) const {
+std::string_view CsvCells::Cell(std::int64_t at, std::size_t j) const {
+  const Column& column = fColumns[j];
   const auto i = static_cast<std::size_t>(at);
+  const std::size_t from = i > 0 ? column.fEnds[i - 1] : 0;
+  return std::string_view(column.fText).substr(from, column.fEnds[i] - from);
+}
+
+void CsvCells::AppendCase(std::int64_t at, std::string& row) const {
   for (std::size_t j = 0; j < fColumns.size(); ++j) {
-    const Column& column = fColumns[j];
     if (j > 0) row += fDelimiter;
-    const std::size_t from = i > 0 ? column.fEnds[i - 1] : 0;
-    row.append(column.fText, from, column.fEnds[i] - from);
+    row += Cell(at, j);
   }
 }
 

@@ -15,18 +15,24 @@
 #include <cstddef>
 #include <cstdint>
 #include <string>
+#include <string_view>
+#include <utility>
 #include <vector>
 
 namespace MCHost {
 
 class CsvCells {
  public:
-  // `target` names the file that is written in messages.
+  // `target` names the file that is written in messages. Without a delimiter (0) texts are as they
+  // are.
   CsvCells(char delimiter, std::string target)
       : fDelimiter(delimiter), fTarget(std::move(target)) {}
 
   // Takes the place of the cells before. Throws HostIOError for a type that has no text.
   void Format(const arrow::RecordBatch& batch);
+
+  // Of column j, without anything where it is null.
+  std::string_view Cell(std::int64_t at, std::size_t j) const;
 
   // Appends the cells of a case with delimiters between them.
   void AppendCase(std::int64_t at, std::string& row) const;

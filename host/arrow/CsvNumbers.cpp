@@ -25,14 +25,16 @@ bool HasMark(std::string_view text, const CsvNumbers& numbers) {
 }
 
 // Takes the digits before the fraction away from the start of the text; false where the groups are
-// not of three.
+// not of three, or begin with a zero.
 bool TakeWhole(std::string_view& text, char mark, PlainNumber& number) {
   std::size_t n = DigitsAt(text);
+  const bool isLikeFraction = text.starts_with('0');
   number.fText += text.substr(0, n);
   text.remove_prefix(n);
   while (const std::size_t length = ThousandsMarkAt(text, mark)) {
     const bool isFirst = !number.fbGrouped;
-    if ((isFirst && (n == 0 || n > 3)) || DigitsAt(text.substr(length)) != 3) return false;
+    if ((isFirst && (n == 0 || n > 3 || isLikeFraction)) || DigitsAt(text.substr(length)) != 3)
+      return false;
     number.fbGrouped = true;
     number.fText += text.substr(length, 3);
     text.remove_prefix(length + 3);

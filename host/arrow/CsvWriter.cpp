@@ -10,43 +10,13 @@
 #include "host/arrow/CsvCells.h"
 #include "host/arrow/CsvRecords.h"
 #include "host/arrow/SavedBatches.h"
+#include "host/arrow/TextFile.h"
 #include "host/session/HostIOError.h"
-#include "host/session/OutputFile.h"
 #include "host/text/CsvText.h"
 
 namespace MCHost {
 
 namespace {
-
-constexpr std::size_t kPieceBytes = std::size_t{1} << 18;
-
-// Text on its way into a file.
-class TextFile {
- public:
-  explicit TextFile(const std::string& path) : fFile(path) {}
-
-  // Text to append to.
-  std::string& Text() { return fText; }
-
-  // Writes what there is of the text once it is worth it.
-  void Pass() {
-    if (fText.size() >= kPieceBytes) Flush();
-  }
-
-  void Finish() {
-    Flush();
-    fFile.Commit();
-  }
-
- private:
-  void Flush() {
-    fFile.Write(fText);
-    fText.clear();
-  }
-
-  OutputFile fFile;
-  std::string fText;
-};
 
 // Calls `append` for the cells of a row.
 template <class Append>

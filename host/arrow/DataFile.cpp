@@ -24,10 +24,12 @@
 #include "host/arrow/DataParts.h"
 #include "host/arrow/DatabaseAddress.h"
 #include "host/arrow/DatabaseSource.h"
+#include "host/arrow/FileContent.h"
 #include "host/arrow/IpcSource.h"
 #include "host/arrow/JoinedSource.h"
 #include "host/arrow/JsonSource.h"
 #include "host/arrow/ParquetSource.h"
+#include "host/arrow/RecordWriter.h"
 #include "host/arrow/SavedBatches.h"
 #include "host/arrow/SheetSource.h"
 #include "host/arrow/SpooledInput.h"
@@ -80,12 +82,29 @@ bool IsJson(FileFormat format) {
 
 // Of a file that is written.
 FileFormat OutputFormatOf(const std::string& path) {
-  const std::optional<FileFormat> known = FindInputFormat(EndOf(path));
+  const std::optional<FileFormat> known = FormatOfPath(path);
   if (known && NamesOf(*known).fbWritten) return *known;
   throw HostIOError(path, "",
-                    std::string(known ? "tables are not written in this format"
+                    std::string(known && NamesOf(*known).fbRead ? "tables are not written in this format"
                                       : "the extension does not tell a data format") +
                         "; known are " + EndingsOf(&FileFormatNames::fbWritten));
+}
+
+bool IsPipe(const std::string& path) {
+  std::error_code error;
+  return std::filesystem::is_fifo(path, error);
+}
+
+// How more files of text are called, besides those that are written.
+constexpr std::pair<std::string_view, FileFormat> kMoreTexts[] = {
+    {".txt", FileFormat::kCsv}, {".dat", FileFormat::kCsv}, {".tab", FileFormat::kTsv}};
+
+// Of a file that is read, by the end of its name.
+std::optional<FileFormat> FormatOfEnd(const std::string& end) {
+  for (const auto& [text, format] : kMoreTexts) {
+    if (end == text) return format;
+  }
+  return FindInputFormat(end);
 }
 
 constexpr std::string_view kPackings[] = {".gz", ".zst", ".bz2", ".xz", ".lz4"};
@@ -116,12 +135,14 @@ FileFormat InputFormatOf(const std::string& path, const DataFileOptions& options
                           EndingsOf(&FileFormatNames::fbRead));
   }
   if (path == kStandardInput) return FileFormat::kCsv;
+  if (const std::optional<FileFormat> content = FormatOfContent(path)) return *content;
   const std::string end = EndOf(path);
   const bool isPacked =
       std::find(std::begin(kPackings), std::end(kPackings), end) != std::end(kPackings);
   const std::optional<FileFormat> known =
-      FindInputFormat(isPacked ? EndOf(path.substr(0, path.size() - end.size())) : end);
+      FormatOfEnd(isPacked ? EndOf(path.substr(0, path.size() - end.size())) : end);
   if (known) return *known;
+  if (IsPipe(path)) return FileFormat::kCsv;
   throw HostIOError(path, "",
                     "the extension does not tell a data format; known are " +
                         EndingsOf(&FileFormatNames::fbRead) +
@@ -182,7 +203,9 @@ std::unique_ptr<IArrowSource> OpenPipe(int descriptor, const std::string& name, 
   const bool isText = IsDelimited(format) || IsJson(format);
   SpooledInput input(descriptor, name, isText ? SpooledInput::kMostHeld : 0);
   if (!input.Path().empty()) return OpenPath(input.Path(), name, format, options, look);
-  TextBytes bytes = TextBytes::Of(name, input.TakeText());
+  std::string text = input.TakeText();
+  CheckTextContent(text, name);
+  TextBytes bytes = TextBytes::Of(name, std::move(text));
   if (IsJson(format)) return OpenJson(std::move(bytes), options);
   return OpenText(std::move(bytes), options, DelimiterOf(format), look);
 }
@@ -198,18 +221,11 @@ std::unique_ptr<IArrowSource> OpenDatabase(const std::string& address,
 
 std::unique_ptr<IArrowSource> OpenOne(const std::string& path, const DataFileOptions& options,
                                       CsvSource::Look look) {
-  const ReadingOptions& said = options.fReading;
-  if (said.fFormat.empty() && IsSheetFile(path)) {
-    return OpenSheet(path, path, said.fSheet, CellRulesOf(options));
-  }
   const FileFormat format = InputFormatOf(path, options);
   if (path == kStandardInput) {
     return OpenPipe(STDIN_FILENO, kStandardInputName, format, options, look);
   }
-  std::error_code error;
-  if (!std::filesystem::is_fifo(path, error)) {
-    return OpenPath(path, path, format, options, look);
-  }
+  if (!IsPipe(path)) return OpenPath(path, path, format, options, look);
   const Descriptor pipe(path);
   return OpenPipe(pipe.Get(), path, format, options, look);
 }
@@ -280,6 +296,27 @@ std::unique_ptr<DataTable> OpenTable(const std::string& path, const DataFileOpti
   return std::make_unique<StreamedTable>(OpenSource(path, options, CsvSource::Look::kWhole));
 }
 
+// Of sources whose columns are what they are: a code of a named column of numbers that is none can
+// match nothing.
+void CheckMissingCodes(const DataTable& table, const ReadingOptions& said) {
+  const IArrowSource* source = table.Source();
+  const bool isTyped = dynamic_cast<const ParquetSource*>(source) != nullptr ||
+                       dynamic_cast<const IpcSource*>(source) != nullptr ||
+                       dynamic_cast<const DatabaseSource*>(source) != nullptr;
+  for (int column = 0; isTyped && column < table.OwnColumnCount(); ++column) {
+    const KOVA_Variable& variable = table.GetVariable(column);
+    for (const MissingCodes& missing : said.fMissing) {
+      if (!variable.IsNumeric() || missing.fVariable != variable.GetName()) continue;
+      const auto& codes = missing.fCodes;
+      const auto text = std::find_if_not(codes.begin(), codes.end(), IsNumericCode);
+      if (text == codes.end()) continue;
+      throw HostIOError(source->Name(), "column \"" + variable.GetName() + "\"",
+                        "--missing \"" + missing.fVariable + "=" + *text +
+                            "\" names a text, and the column holds numbers");
+    }
+  }
+}
+
 }  // namespace
 
 std::unique_ptr<IArrowSource> OpenDataSource(const std::string& path,
@@ -290,7 +327,9 @@ std::unique_ptr<IArrowSource> OpenDataSource(const std::string& path,
 std::unique_ptr<DataTable> OpenDataFile(const std::string& path, const DataFileOptions& options,
                                         TableStorage storage) {
   try {
-    return OpenTable(path, options, storage);
+    std::unique_ptr<DataTable> table = OpenTable(path, options, storage);
+    CheckMissingCodes(*table, options.fReading);
+    return table;
   } catch (const HostIOError& error) {
     if (!error.File().starts_with(SpooledInput::kPlace)) throw;
     throw HostIOError(path == kStandardInput ? kStandardInputName : path, error.Place(),
@@ -331,7 +370,8 @@ void WriteDataFile(DataTable& table, const DataTarget& target, const std::vector
   SavedBatches batches(table, keys != nullptr ? *keys : all);
   if (format == FileFormat::kParquet) return WriteParquet(batches, path);
   if (format == FileFormat::kArrow) return WriteIpc(batches, path);
-  WriteCsv(batches, path, DelimiterOf(format));
+  if (IsDelimited(format)) return WriteCsv(batches, path, DelimiterOf(format));
+  WriteRecordLines(batches, path, format);
 }
 
 }  // namespace MCHost

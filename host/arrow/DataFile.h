@@ -1,6 +1,6 @@
 // Opens data files as tables and writes tables as data files. The extension decides on the format,
-// .csv, .tsv, .parquet, .arrow or .feather, to read also .jsonl, .json, .xlsx and .ods, unless the
-// options do; "-" is standard input, CSV where nobody says otherwise; a folder or a pattern is all
+// .csv, .tsv, .parquet, .arrow, .feather or .jsonl, to read also .json, .xlsx and .ods, to write .md,
+// unless the options do; "-" is standard input, CSV where nobody says otherwise; a folder or a pattern is all
 // its files as one table. Text may be packed (.csv.gz), and a workbook called anything: what a file
 // holds tells, not its name. "sqlite:FILE", "duckdb:FILE" and "postgresql://..." are tables of
 // databases (DatabaseAddress.h).
@@ -78,6 +78,7 @@ void CheckDataFile(const DataTarget& target);
 //   CSV to columns       a column by what it holds, but as texts where a value would say less
 //   columns to columns   types, values and metadata; ColumnarWriter.h names what Parquet lacks
 //   columns to CSV       CsvCells.h
+//   all to lines         RecordWriter.h: JSON Lines, Markdown
 // `keys`: only these of them, in this order; null for all. A table without a source, or one that
 // cannot be read again, gives doubles and texts. The file appears whole or not at all; it may be
 // the one that is read. Throws HostIOError, also where the file is not what it was. REQUIRES: each

@@ -9,13 +9,13 @@ const std::vector<FileFormatNames>& FileFormats() {
   // Of results, read, written.
   static const std::vector<FileFormatNames> formats = {
       {FileFormat::kText, "text", {".txt"}, true, false, false},
-      {FileFormat::kMarkdown, "markdown", {".md"}, true, false, false},
+      {FileFormat::kMarkdown, "markdown", {".md"}, true, false, true},
       {FileFormat::kHtml, "html", {".html"}, true, false, false},
       {FileFormat::kCsv, "csv", {".csv"}, true, true, true},
       {FileFormat::kTsv, "tsv", {".tsv"}, true, true, true},
       {FileFormat::kParquet, "parquet", {".parquet"}, true, true, true},
       {FileFormat::kArrow, "arrow", {".arrow", ".feather"}, true, true, true},
-      {FileFormat::kJsonLines, "jsonl", {".jsonl", ".ndjson"}, true, true, false},
+      {FileFormat::kJsonLines, "jsonl", {".jsonl", ".ndjson"}, true, true, true},
       {FileFormat::kJson, "json", {".json"}, true, true, false},
       {FileFormat::kSheets, "xlsx", {".xlsx", ".ods"}, false, true, false}};
   return formats;

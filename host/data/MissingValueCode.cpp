@@ -15,15 +15,30 @@ std::optional<double> CodeAsNumber(const std::string& text) {
   return std::isfinite(value) ? std::optional(value) : std::nullopt;
 }
 
-std::optional<CodeRange> CodeAsRange(const std::string& text) {
+namespace {
+
+// Its ends, the lower one first or not.
+std::optional<CodeRange> EndsOf(const std::string& text) {
   const std::size_t dots = text.find("..");
   if (dots == std::string::npos || text.size() == 2) return std::nullopt;
   const std::string low = text.substr(0, dots);
   const std::string high = text.substr(dots + 2);
   const auto lowest = low.empty() ? std::numeric_limits<double>::lowest() : CodeAsNumber(low);
   const auto highest = high.empty() ? std::numeric_limits<double>::max() : CodeAsNumber(high);
-  if (!lowest || !highest || *lowest > *highest) return std::nullopt;
+  if (!lowest || !highest) return std::nullopt;
   return CodeRange{*lowest, *highest};
+}
+
+}  // namespace
+
+std::optional<CodeRange> CodeAsRange(const std::string& text) {
+  const std::optional<CodeRange> ends = EndsOf(text);
+  return ends && ends->fLow <= ends->fHigh ? ends : std::nullopt;
+}
+
+bool IsRangeBackwards(const std::string& text) {
+  const std::optional<CodeRange> ends = EndsOf(text);
+  return ends && ends->fLow > ends->fHigh;
 }
 
 }  // namespace MCHost

@@ -17,6 +17,9 @@ struct CodeRange {
 // "lo..hi", either end left open but not both.
 std::optional<CodeRange> CodeAsRange(const std::string& text);
 
+// "hi..lo": no range, though meant as one.
+bool IsRangeBackwards(const std::string& text);
+
 // Whether it is one of them.
 inline bool IsNumericCode(const std::string& text) {
   return CodeAsNumber(text).has_value() || CodeAsRange(text).has_value();

@@ -4,6 +4,8 @@
 #include <array>
 #include <utility>
 
+#include "host/data/MissingValueCode.h"
+
 namespace MCHost {
 
 namespace {
@@ -64,6 +66,9 @@ bool TakeWord(ReadingOptions& options, const std::string& word) {
 
 bool TakeMissing(ReadingOptions& options, const std::string& word) {
   std::optional<MissingCodes> codes = ParseMissingCodes(word);
+  if (codes && std::any_of(codes->fCodes.begin(), codes->fCodes.end(), IsRangeBackwards)) {
+    return false;
+  }
   if (codes) options.fMissing.push_back(std::move(*codes));
   return codes.has_value();
 }
@@ -94,7 +99,8 @@ const std::vector<ReadingOption>& AllReadingOptions() {
       {"quote", "CHAR", "What texts are quoted with: a character, or none (default: \")", false,
        [](Options& o, Word word) { return TakeMark(kQuotes, word, o.fQuote); },
        "is no single character, nor none"},
-      {"decimal", "CHAR", "The decimal mark of numbers in a text: . or ,", false,
+      {"decimal", "CHAR",
+       "The decimal mark of numbers in a text: . or , (default: as the file looks)", false,
        [](Options& o, Word word) { return Choose(kDecimals, word, o.fDecimal); },
        "is neither . nor ,"},
       {"thousands", "CHAR", "What groups the digits of numbers in a text: , . ' _ space or none",
@@ -124,7 +130,8 @@ const std::vector<ReadingOption>& AllReadingOptions() {
        ""},
       {"missing", "VAR=CODE,...",
        "Values of a variable, or of all (*), that mean missing: numbers, texts, low..high", true,
-       TakeMissing, "is not VARIABLE=CODE,CODE..., with * for all variables"}};
+       TakeMissing,
+       "is not VARIABLE=CODE,CODE..., with * for all variables and ranges as low..high"}};
   return kOptions;
 }
 

@@ -57,6 +57,7 @@ class OutputDocument : public IOutputSink {
   std::string fDataSource;  // where the active data came from
   std::int64_t fNCases = 0;
   int fNVariables = 0;
+  std::vector<std::string> fReadingNotes;  // on how the data were read
   std::optional<OutputFailure> fFailure;
   bool fbFindings = false;  // whether findings are wanted: a report will be made of the document
 

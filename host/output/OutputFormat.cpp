@@ -45,7 +45,7 @@ std::string General(double value) {
 std::string Brief(double value) {
   const double size = std::fabs(value);
   if (size != 0.0 && (size < 1e-3 || size >= kLeastExponent)) return fmt::format("{:.3e}", value);
-  return size >= 1e3 ? Fixed(value, 0) : fmt::format("{:.4g}", value);
+  return size >= 1e3 ? Fixed(value, 0) : fmt::format("{:.4g}", value + 0.0);  // -0 is 0
 }
 
 }  // namespace

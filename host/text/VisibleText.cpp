@@ -49,4 +49,13 @@ std::string VisibleText(std::string_view text, std::string_view kept) {
   return shown;
 }
 
+std::string MarkdownText(std::string_view text) {
+  std::string escaped;
+  for (const char c : VisibleText(text, "\n\r\t")) {
+    if (c == '|') escaped += '\\';
+    escaped += c == '\n' || c == '\r' ? ' ' : c;
+  }
+  return escaped;
+}
+
 }  // namespace MCHost

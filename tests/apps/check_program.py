@@ -4,16 +4,21 @@
   check_program.py PROGRAM LAW      one of the functions below that begin with "law_"
 """
 
+import fcntl
 import json
 import os
+import pty
 import random
 import re
 import resource
+import select
 import shutil
 import signal
+import struct
 import subprocess
 import sys
 import tempfile
+import termios
 import time
 from pathlib import Path
 
@@ -154,8 +159,8 @@ def law_time_limit_ends_the_run(program, folder):
 
 
 def law_results_that_cannot_be_written_are_an_error(program, folder):
-    """A full disk, a reader that has gone, no standard output: exit code 3 and a word about it. The
-    other files are there all the same, and a page is shown although the table cannot be saved."""
+    """A full disk, no standard output: exit code 3 and a word about it; none about a reader that has
+    had enough, as `head` has. The other files are there all the same, and a page is shown although the table cannot be saved."""
     arguments = ["--data", str(DATA / "penguins.csv"), "-c",
                  "NAIVEBAYES species BY island sex /SAVE PREDVAL /OUTFILE MODEL='m.xml'."]
     full = run(program, folder, *arguments, "-o", "/dev/full")
@@ -180,7 +185,8 @@ def law_results_that_cannot_be_written_are_an_error(program, folder):
         for name, streams in (("full", {"stdout": sink}), ("gone", {"stdout": pipe}),
                               ("closed", {"preexec_fn": lambda: os.close(1)})):
             result, files = call(name, **streams)
-            assert result.returncode == 3 and "standard output" in result.stderr, (name, result)
+            isTold = "standard output" in result.stderr
+            assert result.returncode == 3 and isTold == (name != "gone"), (name, result)
             assert files == whole, name
         os.close(pipe)
     # No message may land in a file that got the number of the closed stream.
@@ -377,6 +383,67 @@ def law_nothing_steers_the_terminal(program, folder):
         assert not re.search("[\x00-\x09\x0b-\x1f\x7f-\x9f\u202e]|^forged", shown, re.M), shown
     result = run(program, folder, "--data", "odd.csv", "-c", ranking + ".", "--format", "json")
     assert json.loads(result.stdout)["runs"][0]["tables"][-1]["cells"][0]["value"] == [evil]
+
+
+def on_a_terminal(program, folder, *arguments, rows=24, interrupt=None, **environment):
+    """What a terminal of so many rows shows, and the exit code. With `interrupt`, Ctrl-C is typed as
+    soon as that file is there."""
+    env = {"PATH": os.environ["PATH"], "TERM": "xterm", "LC_ALL": "C.UTF-8", **environment}
+    child, terminal = pty.fork()
+    if child == 0:
+        os.chdir(folder)
+        fcntl.ioctl(0, termios.TIOCSWINSZ, struct.pack("HHHH", rows, 80, 0, 0))
+        os.execvpe(program, [program, *arguments], env)
+    shown = b""
+    while True:
+        if interrupt is not None and interrupt.exists():
+            os.write(terminal, b"\x03")
+            interrupt = None
+        if not select.select([terminal], [], [], 0.05)[0]:
+            continue
+        try:
+            shown += os.read(terminal, 65536)
+        except OSError:
+            break
+    os.close(terminal)
+    return shown.decode().replace("\r\n", "\n"), os.waitstatus_to_exitcode(os.waitpid(child, 0)[1])
+
+
+def law_long_pages_go_through_a_pager(program, folder):
+    """But nothing else does, and a pager that is not there, or has enough, takes nothing away."""
+    penguins = str(DATA / "penguins.csv")
+    tools = folder / "tools"
+    tools.mkdir()
+    (tools / "less").write_text('#!/bin/sh\necho "less $*"\ncat\n', encoding="utf-8")
+    (tools / "less").chmod(0o755)
+    usual = {"PATH": f"{tools}:{os.environ['PATH']}"}
+    none = {"PATH": str(folder)}
+    marks = {"PAGER": "sed s/^/:/"}
+    described, helped = ["describe", penguins], ["help", "run"]
+    plain = {page: on_a_terminal(program, folder, *job, rows=0)[0]
+             for page, job in (("described", described), ("helped", helped))}
+    marked = {page: ":" + text[:-1].replace("\n", "\n:") + "\n" for page, text in plain.items()}
+    for job, options, seen in (
+            (described, marks | {"rows": 10}, marked["described"]),
+            (described, marks | {"rows": 400}, plain["described"]),
+            (helped, marks, marked["helped"]),
+            (["run", "--help"], marks, marked["helped"]),
+            (helped, usual, "less -FRX\n" + plain["helped"]),
+            (helped, none, plain["helped"]),
+            (helped, usual | {"PAGER": ""}, plain["helped"]),
+            (helped, marks | {"TERM": "dumb"}, plain["helped"]),
+            ([*helped, "--no-pager"], marks, plain["helped"]),
+            (helped, {"PAGER": "head -1"}, plain["helped"].partition("\n")[0] + "\n"),
+            (helped, {"PAGER": "true"}, "")):
+        shown, code = on_a_terminal(program, folder, *job, **options)
+        assert (shown, code) == (seen, 0), (job, options, code, shown)
+    shown, code = on_a_terminal(program, folder, *helped, PAGER="no-such-pager")
+    assert code == 0 and shown.endswith(plain["helped"]), shown
+    shown, code = on_a_terminal(program, folder, *described, "--format", "json", rows=5, **marks)
+    assert code == 0 and shown.startswith("{"), shown
+    shown, code = on_a_terminal(program, folder, *helped, interrupt=folder / "begun",
+                                PAGER="trap 'echo heard' INT; touch begun; sleep 5; echo stayed")
+    assert code == 0 and "heard\nstayed\n" in shown and "stopped" not in shown, shown
 
 
 def main():

@@ -32,6 +32,8 @@ TABLES = {
     "wrong.json": '{"fields": [{"name": "x", "missingValues": "none"}]}',
     "commands.txt": "* A comment.\nselectpred species by island sex\n  /print selected.\n"
                     "NAIVE species BY island /PRI CLA.\n",
+    "lines.jsonl": "".join(f'{{"y": "{"pqr"[i % 3]}", "x": {i * i % 11}, "d": "2024-02-{i % 28 + 1:02}",'
+                           f' "b": {"true" if i % 4 else "null"}}}\n' for i in range(60)),
     "nothing.txt": "", "text.xml": "<Object/>",
 }
 SURVEY = {"fields": [

@@ -267,6 +267,15 @@ def every_option():
                     ["--pmml", "m.xml", "--save-model", "m.xml"],
                     ["--save-data", "new.csv", "--only-new", "--stream"]):
         yield Job(["model", *PENGUINS, "species", *options])
+    for verb, target in (("describe", []), ("rank", ["y"]), ("model", ["y", "--test", "0"])):
+        yield Job([verb, "../in/lines.jsonl", *target])
+        yield Job([verb, "-", "--input-format", "jsonl", *target, *JSON],
+                  stdin=TABLES["lines.jsonl"].encode())
+    for options in ([], JSON, ["-o", "page.txt"], ["--save-data", "../in/penguins.csv"]):
+        yield run(PENGUINS, "SELECTPRED species. NAIVEBAYES speces.", "--dry-run", *options)
+    yield Job(["rank", *PENGUINS, "species", "--dry-run", "--no-pager"])
+    for verb in (["describe"], ["inspect"], ["rank", "y"]):
+        yield Job([verb[0], "nowhere", *verb[1:], "--format", "csv", "--table", "Rankin"])
     for width in ("20", "60", "200"):
         yield run(PENGUINS, f"SELECTPRED {MIXED} /PLOT SUMMARY.", env={"COLUMNS": width})
     yield run(table("tokens.csv", "--null", "-", "--null", "."), "SELECTPRED y WITH x.")
@@ -304,6 +313,10 @@ def every_option():
     for command in ("run", "rank", "model", "describe", "inspect", "score", "merge",
                     "export"):
         yield Job([command, "--help"])
+    for topic in ("", "view", "help", "completion", "selectpred", "NAIVEBAYES", "nothing"):
+        yield Job(["help", *topic.split()])
+    for shell in ("bash", "zsh", "fish", "man", "ksh"):
+        yield Job(["completion", shell])
 
 
 def every_state():
@@ -342,6 +355,11 @@ def every_state():
                     ["--level", "x=nominal"], ["--quiet"]):
         yield Job(["score", "--model", made("coded.bin"), *table("survey.csv"), "--save-data",
                    "out.csv", *options])
+    forms = ("tsv", "jsonl", "markdown", "parquet", "arrow", "html")
+    for options in ([], ["--dry-run"], ["--dry-run", *JSON], ["-o", "out.jsonl"], ["-o", "out.md"],
+                    *(["--format", form] for form in forms)):
+        yield Job(["score", "--model", made("model.bin"), *PLAIN, *options])
+    yield Job(["score", "--model", made("model.bin"), *table("survey.csv"), "--dry-run"])
     for name, drift in (("survey.csv", "drift.csv"), ("penguins.csv", "drift.tsv"),
                         ("survey.csv", "out.csv"), ("survey.csv", "none/drift.csv"),
                         ("survey.csv", "drift.txt")):

@@ -39,6 +39,7 @@ Json JsonWriter::Document(const OutputDocument& document) {
   json["data"] = {{"source", document.fDataSource},
                   {"cases", document.fNCases},
                   {"variables", document.fNVariables}};
+  if (!document.fReadingNotes.empty()) json["data"]["notes"] = document.fReadingNotes;
   if (document.fFailure) {
     const OutputFailure& failure = *document.fFailure;
     json["error"] = {{"exit_code", failure.fExitCode}, {"text", failure.fText}};

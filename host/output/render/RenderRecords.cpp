@@ -3,7 +3,6 @@
 #include <cmath>
 #include <cstdint>
 #include <nlohmann/json.hpp>
-#include <string_view>
 
 #include "common/MissingValue.h"
 #include "host/output/FlatRecords.h"
@@ -58,21 +57,11 @@ std::string JsonLines(const FlatRecords& records) {
   return text;
 }
 
-// A page to read, unlike the other forms: what would steer a terminal is made visible.
-std::string InMarkdown(std::string_view text) {
-  std::string escaped;
-  for (const char c : VisibleText(text, "\n\r\t")) {
-    if (c == '|') escaped += '\\';
-    escaped += c == '\n' || c == '\r' ? ' ' : c;
-  }
-  return escaped;
-}
-
 std::string Markdown(const FlatRecords& records) {
   std::string text = "|";
   std::string rule = "|";
   for (const FlatColumn& column : records.fColumns) {
-    text += " " + InMarkdown(column.fName) + " |";
+    text += " " + MarkdownText(column.fName) + " |";
     rule += column.fbNumeric ? " ---: |" : " --- |";
   }
   text += "\n" + rule + "\n";
@@ -83,7 +72,7 @@ std::string Markdown(const FlatRecords& records) {
       if (column.fbNumeric) {
         text += FormatNumber(column.fNumbers[i], OutputFormat::kCoefficient);
       } else if (column.fTexts[i]) {
-        text += InMarkdown(*column.fTexts[i]);
+        text += MarkdownText(*column.fTexts[i]);
       }
       text += " |";
     }

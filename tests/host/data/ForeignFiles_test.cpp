@@ -172,6 +172,45 @@ TEST(ForeignFiles, StandardInputAndPipesAreReadInEveryFormatAndStorage) {
   }
 }
 
+TEST(ForeignFiles, ParquetAndArrowAreKnownByTheirContent) {
+  const ScratchFolder folder;
+  const auto table = OpenDataFile(folder.Write("t.csv", "a,b\n1,x\n"), {}, TableStorage::kMemory);
+  for (const char* name : {"t.parquet", "t.arrow"}) {
+    WriteDataFile(*table, folder.Path(name));
+    const std::string renamed =
+        folder.Write(std::string(name) + ".csv", ReadFile(folder.Path(name)));
+    EXPECT_EQ(Contents(*OpenDataFile(renamed, {}, TableStorage::kMemory)), Contents(*table))
+        << name;
+  }
+}
+
+// What could match nothing is refused, and what was read as null is not.
+TEST(ForeignFiles, ATextIsNoMissingCodeOfAColumnOfNumbers) {
+  const ScratchFolder folder;
+  DataFileOptions options;
+  options.fReading.fMissing = {{"a", {"1", "none"}}, {"*", {"x"}}};
+  const std::string text = folder.Write("t.csv", "a,b\n1,x\nnone,y\n");
+  const auto table = OpenDataFile(text, options, TableStorage::kMemory);
+  EXPECT_THAT(Cells(*table, 0), ElementsAre("1", "."));
+  WriteDataFile(*table, folder.Path("t.parquet"));
+  EXPECT_THROW(OpenDataFile(folder.Path("t.parquet"), options, TableStorage::kMemory), HostIOError);
+  options.fReading.fMissing.erase(options.fReading.fMissing.begin());
+  EXPECT_NO_THROW(OpenDataFile(folder.Path("t.parquet"), options, TableStorage::kMemory));
+}
+
+// Whether it is called as data or not, nothing is read of it to see what it holds.
+TEST(ForeignFiles, APipeIsReadWhatEverItsName) {
+  const ScratchFolder folder;
+  for (const char* name : {"pipe.csv", "pipe"}) {
+    const std::string pipe = folder.Path(name);
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    std::thread writer([&] { std::ofstream(pipe) << "a,b\n1,x\n"; });
+    const auto table = OpenDataFile(pipe, {}, TableStorage::kMemory);
+    writer.join();
+    EXPECT_THAT(Cells(*table, 0), ElementsAre("1")) << name;
+  }
+}
+
 TEST(ForeignFiles, WhatIsWrongWithStandardInputIsSaidOfIt) {
   const ScratchFolder folder;
   ASSERT_NE(std::freopen(folder.Write("t.csv", "a,b\n1\n").c_str(), "r", stdin), nullptr);

@@ -167,7 +167,11 @@ TEST(JsonFile, IsSavedByWhatItsColumnsHold) {
   WriteDataFile(*table, folder.Path("u.csv"));
   EXPECT_EQ(ReadFile(folder.Path("u.csv")),
             "n,d,f,g\n9007199254740993,2024-02-29,0.12345678901234567890,0.1\n");
-  EXPECT_THROW(CheckDataFile(folder.Path("u.jsonl")), HostIOError);
+  EXPECT_THROW(CheckDataFile(folder.Path("u.json")), HostIOError);
+  WriteDataFile(*table, folder.Path("u.jsonl"));
+  EXPECT_EQ(
+      ReadFile(folder.Path("u.jsonl")),
+      "{\"n\":9007199254740993,\"d\":\"2024-02-29\",\"f\":\"0.12345678901234567890\",\"g\":0.1}\n");
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 #include <parquet/arrow/reader.h>
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -310,6 +311,29 @@ TEST(SavedData, ColumnsThatAreNotReadSideBySideComeTogetherAgain) {
     const auto saved = ReadColumns(folder.Path(name));
     EXPECT_EQ(saved->schema()->field_names(), (std::vector<std::string>{"c", "a", "new"}));
     EXPECT_TRUE(saved->column(1)->Equals(arrow::ChunkedArray(numbers)));
+  }
+}
+
+TEST(SavedData, LinesHoldWhatTheFileHas) {
+  const ScratchFolder folder;
+  const std::string path = folder.Write(
+      "t.csv",
+      "n,\"a "
+      "\"\"|b\",d,f,c\n1,\"x|y\"\"\",2024-02-29,true,inf\n,\"p\nq\",,false,0.5\n1e20,,,,-3\n");
+  const auto table = OpenDataFile(path, {}, TableStorage::kMemory);
+  AddCounts(*table);
+  for (const auto& [name, lines] : std::map<std::string, std::string>{
+           {"t.jsonl",
+            "{\"n\":1,\"a "
+            "\\\"|b\":\"x|y\\\"\",\"d\":\"2024-02-29\",\"f\":true,\"c\":null,\"new\":0}\n"
+            "{\"n\":null,\"a \\\"|b\":\"p\\nq\",\"d\":null,\"f\":false,\"c\":0.5,\"new\":null}\n"
+            "{\"n\":1e+20,\"a \\\"|b\":null,\"d\":null,\"f\":null,\"c\":-3,\"new\":2}\n"},
+           {"t.md",
+            "| n | a \"\\|b | d | f | c | new |\n| ---: | --- | --- | --- | ---: | ---: |\n"
+            "| 1 | x\\|y\" | 2024-02-29 | true | inf | 0 |\n|  | p q |  | false | 0.5 |  |\n"
+            "| 1e+20 |  |  |  | -3 | 2 |\n"}}) {
+    WriteDataFile(*table, folder.Path(name));
+    EXPECT_EQ(ReadFile(folder.Path(name)), lines);
   }
 }
 

@@ -87,6 +87,8 @@ case("thousands_apostrophes.csv", "a;b\n1'234.5;1\n12.25;2\n", {"a": [1234.5, 12
      note="with apostrophes between thousands")
 case("comma_of_either_kind.csv", "a;b\n1,234;1\n5,678;2\n", {"a": ["1,234", "5,678"], "b": [1, 2]},
      note='Numbers such as "1,234" are taken as texts; --decimal , or --thousands , says')
+case("comma_behind_zero.csv", "a;b\n0,749;1\n-1,582;2\n", {"a": [0.749, -1.582], "b": [1, 2]},
+     note="with decimal commas")
 case("comma_said_decimal.csv", "a;b\n1,234;1\n5,678;2\n", {"a": [1.234, 5.678], "b": [1, 2]}, "decimal=,",
      note=SEMICOLONS)
 case("comma_said_thousands.csv", "a;b\n1,234;1\n5,678;2\n", {"a": [1234, 5678], "b": [1, 2]}, "thousands=,",
@@ -207,8 +209,13 @@ case("r.csv", '"","x","f"\n"1",1.5,"a"\n"2",NA,"b"\n', {"column1": [1, 2], "x": 
      note="column1")
 
 # ---- Names that say nothing ----------------------------------------------------------------------
-case("table.txt", PLAIN, "--input-format says it of any file")
-case("table_said.txt", PLAIN, NUMBERS, "input-format=csv")
+case("table.txt", PLAIN, NUMBERS)
+case("table.tab", PLAIN.replace(b",", b"\t"), NUMBERS)
+case("table.xyz", PLAIN, "--input-format says it of any file")
+case("table_said.xyz", PLAIN, NUMBERS, "input-format=csv")
+case("names_like_parquet.csv", "PAR1,b\n1,3\n2,4\n", {"PAR1": [1, 2], "b": [3, 4]})
+case("shop.db", b"SQLite format 3\0" + bytes(84), "shop.db reads it")
+case("shop.csv", bytes(8) + b"DUCK" + bytes(84), "the file is a database; duckdb:")
 case("tabs_said.dat", PLAIN.replace(b",", b"\t"), NUMBERS, "input-format=tsv")
 case("format.csv", PLAIN, "known are the formats of", "input-format=xyz")
 case("really_csv.parquet", PLAIN, NUMBERS, "input-format=csv")
