@@ -209,8 +209,11 @@ def test_pickles_carry_the_state_and_foreign_ones_are_refused():
     for foreign in ({}, {**kept, "_predselect_state_version": 99}, {**kept, "_state": "x"}, 3):
         with pytest.raises(ps.DataError):
             SubsetNaiveBayes().__setstate__(foreign)
-    with pytest.raises(ps.DataError):
-        ps.State.__new__(ps.State).__setstate__({"content": b"damaged"})
+    held = kept["_state"].__getstate__()
+    flipped = held["content"][:-9] + bytes([held["content"][-9] ^ 1]) + held["content"][-8:]
+    for content in (b"damaged", flipped):
+        with pytest.raises(ps.DataError):
+            ps.State.__new__(ps.State).__setstate__({**held, "content": content})
 
 
 def test_classes_that_one_part_lacks_and_features_without_a_tale():
@@ -258,6 +261,9 @@ def test_targets_and_weights_that_cannot_be_used_say_what_to_do():
         for estimator in (SubsetNaiveBayes(), PredictorSelector()):
             with pytest.raises(ValueError, match="y contains NaN or infinity. Leave"):
                 estimator.fit(X, np.array(y, object))
+    pandas = pytest.importorskip("pandas")
+    with pytest.raises(ValueError, match="needs another name"):
+        SubsetNaiveBayes().fit(pandas.DataFrame(X, columns=["a\nb", "c", "d", "e"]), Y)
     with pytest.raises(ValueError, match="none reaches 0.5. Multiply"):
         PredictorSelector().fit(X, Y, sample_weight=np.full(150, 1 / 150))
     with pytest.raises(ValueError, match="ranks by .p. alone"):

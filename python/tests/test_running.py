@@ -61,6 +61,11 @@ def test_progress_is_told_and_leaves_nothing(capsys):
     assert capsys.readouterr().err == ""
 
 
+def test_a_host_without_a_place_for_errors_is_no_trouble(monkeypatch):
+    monkeypatch.setattr("sys.stderr", None)
+    assert len(ps.describe({"x": [1.5, 2]})["Dictionary"]) == 1
+
+
 def answer(_=None):
     data = {"y": [f"{i % 3}" for i in range(600)], "x": np.sin(np.arange(600.0)), "z": np.arange(600) % 5}
     ranking = ps.rank(data, "y", threads=2)

@@ -14,7 +14,7 @@ class Progress:
 
     def __init__(self, wanted: bool | None) -> None:
         self._notebook = _in_notebook()
-        self.wanted = (self._notebook or sys.stderr.isatty()) if wanted is None else wanted
+        self.wanted = (self._notebook or _on_terminal()) if wanted is None else wanted
         self._patience = _PATIENCE if wanted is None else 0.0
         self._text = ""
         self._shown = ""
@@ -70,6 +70,11 @@ class _Html:
 
     def __repr__(self) -> str:
         return self._text
+
+
+def _on_terminal() -> bool:
+    """Some hosts of the interpreter have no place for errors, or one that is no file."""
+    return bool(getattr(sys.stderr, "isatty", lambda: False)())
 
 
 def _in_notebook() -> bool:

@@ -229,6 +229,10 @@ class Result:
         """The main table as a polars frame."""
         return self._main().to_polars()
 
+    def to_arrow(self) -> Any:
+        """The main table as a pyarrow table."""
+        return self._main().to_arrow()
+
     def __arrow_c_stream__(self, requested_schema: Any = None) -> Any:
         return self._main().__arrow_c_stream__(requested_schema)
 

@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import ctypes
+import hashlib
 import os
 import tempfile
 from pathlib import Path
@@ -85,9 +86,12 @@ class State:
         return Result(copy._session, handle, copy)
 
     def __getstate__(self) -> dict[str, bytes]:
-        return {"content": self.to_bytes()}
+        content = self.to_bytes()
+        return {"content": content, "digest": hashlib.sha256(content).digest()}
 
     def __setstate__(self, kept: Any) -> None:
         if not isinstance(kept, dict) or not isinstance(kept.get("content"), bytes):
             raise DataError("the pickle does not hold a state; save it anew with this version")
+        if kept.get("digest") != hashlib.sha256(kept["content"]).digest():
+            raise DataError("the pickle of the state is damaged; make it anew")
         self.__init__(kept["content"])  # type: ignore[misc]

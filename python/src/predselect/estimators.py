@@ -92,6 +92,7 @@ class _Mixed:
             validate_data(self, X=X, reset=reset, skip_check_array=True)
             columns = _frame_columns(X)
             self._refuse_infinities(columns)
+            _check_names(columns)
             return _Columns(columns, len(X), False)
         checked: Any = validate_data(
             self, X=X, reset=reset, dtype="numeric", ensure_all_finite="allow-nan"
@@ -99,6 +100,7 @@ class _Mixed:
         checked = np.asfortranarray(checked)
         names = self._names(checked.shape[1])
         columns = {name: checked[:, i] for i, name in enumerate(names)}
+        _check_names(columns)
         return _Columns(columns, checked.shape[0], True)
 
     @staticmethod
@@ -162,6 +164,12 @@ def _labels_of(y: Any, n: int) -> Any:
     if is_lost:
         raise ValueError("Input y contains NaN or infinity. Leave those cases out")
     return y
+
+
+def _check_names(names: Any) -> None:
+    for name in names:
+        if not name or any(c in name for c in "\n\r\0"):
+            raise ValueError(f"the column {name!r} needs another name: one of a line, not empty")
 
 
 def _name_at(place: int, names: list[str], parameter: str) -> str:
