@@ -3,27 +3,44 @@
 #include <algorithm>
 #include <cstddef>
 #include <numeric>
+#include <utility>
 
 namespace MCHost {
 
 namespace {
 
 template <class Node>
+struct Owned : Node {
+  Owned() : Node{} {}
+  Owned(const Owned&) = delete;
+  Owned& operator=(const Owned&) = delete;
+  ~Owned() {
+    if (this->release != nullptr) this->release(this);
+  }
+};
+
+template <class Node>
 std::shared_ptr<const Node> Share(Node& node) {
-  const auto release = [](Node* owned) {
-    if (owned->release != nullptr) owned->release(owned);
-    delete owned;
-  };
-  // Made before the original is left, so that it is released by whoever has it when memory ends.
-  std::shared_ptr<Node> shared(new Node{}, release);
-  *shared = node;
+  Owned<Node> taken;
+  static_cast<Node&>(taken) = node;
   node.release = nullptr;
+  auto shared = std::make_shared<Owned<Node>>();
+  std::swap(static_cast<Node&>(*shared), static_cast<Node&>(taken));
   return shared;
 }
 
 // The children of a node that was given out, and what keeps their contents.
 template <class Node>
 struct GivenOut {
+  GivenOut() = default;
+  GivenOut(const GivenOut&) = delete;
+  GivenOut& operator=(const GivenOut&) = delete;
+  ~GivenOut() {
+    for (Node& child : fChildren) {
+      if (child.release != nullptr) child.release(&child);
+    }
+  }
+
   std::vector<Node> fChildren;
   std::vector<Node*> fPointers;
   std::shared_ptr<const Node> fpOwner;
@@ -37,11 +54,7 @@ void ReleaseChild(Node* child) {
 
 template <class Node>
 void ReleaseNode(Node* node) {
-  auto* given = static_cast<GivenOut<Node>*>(node->private_data);
-  for (Node& child : given->fChildren) {
-    if (child.release != nullptr) child.release(&child);
-  }
-  delete given;
+  delete static_cast<GivenOut<Node>*>(node->private_data);
   node->release = nullptr;
 }
 

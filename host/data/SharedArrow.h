@@ -11,7 +11,8 @@ namespace MCHost {
 using SharedSchema = std::shared_ptr<const ArrowSchema>;
 using SharedBatch = std::shared_ptr<const ArrowArray>;
 
-// A struct that is released when nobody shares it any more. Leaves the original released.
+// A struct that is released when nobody shares it any more, or at once where there is no memory to
+// share it. Leaves the original released.
 SharedSchema ShareSchema(ArrowSchema& schema);
 SharedBatch ShareBatch(ArrowArray& batch);
 

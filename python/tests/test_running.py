@@ -4,7 +4,6 @@ from __future__ import annotations
 
 import _thread
 import multiprocessing
-import os
 import signal
 import threading
 import time
@@ -37,11 +36,12 @@ def test_ctrl_c_ends_a_run_at_once():
 
     for wait in (0.05, 0.5):
         timer = threading.Timer(wait, press)
-        timer.start()
         with pytest.raises(KeyboardInterrupt):
+            timer.start()
             for _ in range(100):  # one may be over before the key is pressed
                 ps.run(data, LONG, threads=1)
-        assert time.monotonic() - times[-1] < 0.3 + 0.2 * (os.getloadavg()[0] > 2)
+        # It is a tenth of that and less; a busy machine may take its time.
+        assert time.monotonic() - times[-1] < 5
         timer.join()
     signal.signal(signal.SIGINT, before)
     assert ps.rank({"y": ["a", "b"] * 9, "x": np.arange(18.0) + 0.5}, "y").predictors == ["x"]
