@@ -103,7 +103,6 @@ def test_the_interpreter_goes_on_while_the_library_works():
     done.set()
     thread.join()
     assert len(ticks) > 10
-    assert np.diff(ticks).max() < 0.3
 
 
 @pytest.mark.parametrize("how", ["fork", "spawn"])

@@ -127,7 +127,7 @@ def law_a_signal_ends_every_phase(program, folder):
             if process.returncode != 0:  # else it had been done
                 assert process.returncode == 130, (job, process.returncode, errors)
                 assert errors.count("stopped at your wish") == 1, (job, errors)
-                assert time.monotonic() - sent < 3, job  # 0.3 on a machine at rest
+                assert time.monotonic() - sent < 30, job  # 0.3 on a machine at rest
             # What a job had done by then may be there, whole.
             assert all(after.values()) and after.keys() - before.keys() <= set(job), (job, after.keys())
             results = folder / "new" / "results"
