@@ -134,6 +134,19 @@ def _text_list(words: list[Any]) -> ArrowColumn:
                                                                           np.uint8)])
 
 
+def kept_column(cells: Any, label: str) -> ArrowColumn:
+    """A column that came from the library (texts with None, numbers with NaN) as that gives it."""
+    missing = np.fromiter((is_missing(v) for v in cells), bool, len(cells))
+    if cells.dtype != object:
+        column = _fixed(b"g", np.where(missing, 0.0, cells), missing)
+    else:
+        column = _text_list(["" if lost else v for v, lost in zip(cells, missing)])
+        column.format, column.buffers[1] = b"u", column.buffers[1].astype(np.int32)
+        column.buffers[0], column.null_count = _validity(missing), int(missing.sum())
+    column.label = label
+    return column
+
+
 def _dictionary(codes: Any, dictionary: ArrowColumn) -> ArrowColumn:
     codes = np.ascontiguousarray(codes)
     column = _fixed(_PLAIN[f"i{codes.dtype.itemsize}"], codes, codes < 0)

@@ -27,7 +27,7 @@ from . import _functions
 from ._columns import is_missing
 from ._data import columns_of
 from ._results import Ranking, Result, ResultTable, numbers_of
-from ._state import State
+from ._state import Exports, State
 from .errors import CommandError, DataError, quiet
 
 _STATE_VERSION = 1
@@ -522,7 +522,7 @@ def _has_nothing_to_tell(failure: CommandError) -> bool:
     return any(m["key"] in _NOTHING_TO_TELL for m in messages if m["severity"] == "error")
 
 
-class SubsetNaiveBayes(_Mixed, _Pickled, ClassifierMixin, BaseEstimator):  # type: ignore[misc]
+class SubsetNaiveBayes(_Mixed, _Pickled, Exports, ClassifierMixin, BaseEstimator):  # type: ignore[misc]
     """Naive Bayes over the few features that serve it best, of any kind, with missing values.
 
     Parameters
@@ -829,14 +829,11 @@ class SubsetNaiveBayes(_Mixed, _Pickled, ClassifierMixin, BaseEstimator):  # typ
         """Writes the model as a state, which the program scores with."""
         self._with_state().save(path)
 
-    def to_pmml(self, path: str | os.PathLike[str]) -> None:
-        """Writes the model as PMML for other programs."""
-        self._with_state().to_pmml(path)
-
     def export(
         self, path: str | os.PathLike[str], to: str | None = None, table: str = "data"
     ) -> None:
-        """Writes the model for other programs, as :meth:`State.export` does."""
+        """Writes the model for other programs, as :meth:`State.export` does; so do ``to_pmml``,
+        ``to_onnx``, ``to_sql``, ``to_c`` and ``to_json``."""
         self._with_state().export(path, to, table)
 
     def _with_state(self) -> State:
@@ -867,7 +864,7 @@ def _log_prob(state: State, feature: str) -> dict[str, Any]:
     """From the counts of the model's document: (N(m,k) + 1/N) / (T(k) + M/N)."""
     with tempfile.TemporaryDirectory() as folder:
         path = Path(folder) / "model.pmml"
-        state.to_pmml(path)
+        state._write_counts(path)
         root = ElementTree.parse(path).getroot()
     space = {"p": root.tag.partition("}")[0].lstrip("{")}
     model = root.find("p:NaiveBayesModel", space)
