@@ -14,6 +14,7 @@ import numpy as np
 from sklearn.base import BaseEstimator, ClassifierMixin
 from sklearn.exceptions import NotFittedError
 from sklearn.feature_selection import SelectorMixin
+from sklearn.utils._set_output import _get_output_config
 from sklearn.utils.multiclass import check_classification_targets, type_of_target
 from sklearn.utils.validation import (
     _check_feature_names_in,
@@ -31,6 +32,7 @@ from ._state import Exports, State
 from .errors import CommandError, DataError, quiet
 
 _STATE_VERSION = 1
+_MOST_WEIGHT = 1e100  # squares of sums are numbers yet
 
 
 def _quoted(name: str) -> str:
@@ -151,6 +153,9 @@ class _Mixed:
             raise ValueError("Negative values in sample_weight")
         if not weights.any():
             raise ValueError("All values of sample_weight are zero: there is no case to learn from")
+        if not weights.max() < _MOST_WEIGHT / len(weights):
+            raise ValueError("sample_weight: weights count cases, and these add up to more than can be "
+                             "counted. Divide them, so that 1 stands for one case")
         return weights
 
 
@@ -394,7 +399,8 @@ class PredictorSelector(_Mixed, _Pickled, SelectorMixin, BaseEstimator):  # type
             path = Path(folder) / "counts.bin"
             try:
                 _quietly(_functions.run, data, command + " /PRINT NONE.", save_state=path,
-                         weight=weights, threads=self.threads, progress=False)
+                         levels=self._levels(name, categorical), weight=weights,
+                         threads=self.threads, progress=False)
             except CommandError:
                 if not path.exists():
                     raise
@@ -462,8 +468,18 @@ class PredictorSelector(_Mixed, _Pickled, SelectorMixin, BaseEstimator):  # type
         if _is_frame(X) and self._is_mixed(X):
             validate_data(self, X=X, reset=False, skip_check_array=True)
             names = [c for c, keep in zip(X.columns, self.get_support()) if keep]
-            return X[names]
+            return self._as_asked(X[names])
         return super().transform(X)
+
+    def _as_asked(self, kept: Any) -> Any:
+        """A frame of polars in place of which `set_output` wants one of pandas: that would take its
+        cells for objects."""
+        is_asked = _get_output_config("transform", self)["dense"] == "pandas"
+        if not is_asked or hasattr(kept, "iloc"):
+            return kept
+        import pandas
+
+        return pandas.DataFrame(_frame_columns(kept))
 
     def save(self, path: str | os.PathLike[str]) -> None:
         """Writes what partial_fit has counted as a state that the program reads and merges."""
