@@ -19,6 +19,7 @@ from .errors import (
     DataError,
     DataNotice,
     DriftWarning,
+    ExportNotice,
     LeakWarning,
     LibraryError,
     MemoryWarning,
@@ -33,10 +34,11 @@ if TYPE_CHECKING:
 
 __version__ = _version()
 __all__ = [
-    "Cancelled", "Chart", "CommandError", "DataError", "DataNotice", "DriftWarning", "LeakWarning",
-    "LibraryError", "MemoryWarning", "Model", "NewColumns", "PredSelectError", "PredSelectWarning",
-    "PredictorSelector", "Ranking", "RequestError", "Result", "ResultTable", "State",
-    "SubsetNaiveBayes", "WeightWarning", "describe", "load", "model", "rank", "run", "score",
+    "Cancelled", "Chart", "CommandError", "DataError", "DataNotice", "DriftWarning", "ExportNotice",
+    "LeakWarning", "LibraryError", "MemoryWarning", "Model", "NewColumns", "PredSelectError",
+    "PredSelectWarning", "PredictorSelector", "Ranking", "RequestError", "Result", "ResultTable",
+    "State", "SubsetNaiveBayes", "WeightWarning", "describe", "load", "model", "rank", "run",
+    "score",
 ]
 
 load = State.load
