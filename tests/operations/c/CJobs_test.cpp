@@ -42,7 +42,9 @@ predselect_table_options PenguinOptions(const std::string& schema) {
           2,
           PREDSELECT_KEEP_CELLS,
           kMissing,
-          2};
+          2,
+          nullptr,
+          0};
 }
 
 // What the program writes to `file` for a verb and its options, and what it ends with.
