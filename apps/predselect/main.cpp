@@ -18,6 +18,7 @@
 #include "apps/predselect/ModelVerb.h"
 #include "apps/predselect/Options.h"
 #include "apps/predselect/ProgramSurroundings.h"
+#include "apps/predselect/RangeCommand.h"
 #include "apps/predselect/RankVerb.h"
 #include "apps/predselect/RunCommand.h"
 #include "apps/predselect/ScoreCommand.h"
@@ -30,7 +31,8 @@ namespace {
 using namespace PredSelectApp;
 
 int Act(const Options& options) {
-  if (options.fAction != Options::kNone) {
+  if (options.fServing > 0) MCHost::SetReadingThreads(options.fServing);
+  if (options.fAction != Options::kNone && options.fServing == 0) {
     CheckOutputs(options);
     MCHost::SetReadingThreads(ThreadsOf(options));
   }
@@ -52,6 +54,8 @@ int Act(const Options& options) {
       return ExportModel(options);
     case Options::kMerge:
       return MergeStates(options);
+    case Options::kRange:
+      return FindRanges(options);
     case Options::kView:
       return ViewFile(options);
     case Options::kNone:
