@@ -11,7 +11,7 @@ from typing import TYPE_CHECKING, Any
 from ._charts import Chart
 from ._functions import describe, model, rank, run, score
 from ._library import version as _version
-from ._results import Model, NewColumns, Ranking, Result, ResultTable
+from ._results import Model, NewColumns, Ranking, Result, ResultTable, Scores
 from ._state import State
 from .errors import (
     Cancelled,
@@ -37,7 +37,7 @@ __all__ = [
     "Cancelled", "Chart", "CommandError", "DataError", "DataNotice", "DriftWarning", "ExportNotice",
     "LeakWarning", "LibraryError", "MemoryWarning", "Model", "NewColumns", "PredSelectError",
     "PredSelectWarning", "PredictorSelector", "Ranking", "RequestError", "Result", "ResultTable",
-    "State", "SubsetNaiveBayes", "WeightWarning", "describe", "load", "model", "rank", "run",
+    "Scores", "State", "SubsetNaiveBayes", "WeightWarning", "describe", "load", "model", "rank", "run",
     "score",
 ]
 
