@@ -284,6 +284,8 @@ typedef struct predselect_score_options {
   const char* predicted;      // name of the predicted value; NULL for "PredictedValue"
   const char* probabilities;  // root of the names of the probabilities, "" for none of them;
                               // NULL for "PredictedProbability"
+  size_t explain;  // not 0: new variables, too, with what so many predictors that weighed most add
+                   // to the log-odds of each prediction
 } predselect_score_options;
 
 // Predicts the cases of the table with a model's state, in new variables of the table. They stay in
@@ -378,7 +380,7 @@ typedef struct predselect_export_options {
   size_t struct_size;
   const char* format;  // "pmml" (one that evaluators agree on), "onnx", "sql", "c", "json"; NULL:
                        // by the ending of the path
-  const char* table;  // that the SQL query reads; NULL for "data"
+  const char* table;   // that the SQL query reads; NULL for "data"
 } predselect_export_options;
 
 // Writes a model's state in a form that scores elsewhere as predselect_score does. The file appears
@@ -388,6 +390,19 @@ typedef struct predselect_export_options {
 predselect_status predselect_state_export(predselect_session* session,
                                           const predselect_state* state, const char* path,
                                           const predselect_export_options* options);
+
+// ---- Explanations
+// --------------------------------------------------------------------------------
+
+// What each predictor of a model's state says of the classes of each case, in new variables of the
+// table, which are not those of predselect_score: for each predictor, in the order of the model,
+// the logarithm of the probability of its value given the second class less that given the first;
+// of more than two classes one variable a class, predictor by predictor, less the mean over all
+// classes. A missing value says 0. The result's table "BaseValues" has the same of the priors, by
+// class: a case's sum is the posterior's log-odds, of more than two classes numbers of which the
+// softmax is the posterior. "WeightsOfEvidence" has what all values say, by predictor, in order.
+predselect_status predselect_explain(predselect_session* session, predselect_table* table,
+                                     const predselect_state* state, predselect_result** result);
 
 #ifdef __cplusplus
 }

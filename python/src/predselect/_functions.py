@@ -262,6 +262,7 @@ def score(
     *,
     predicted: str | None = None,
     probabilities: str | None = None,
+    explain: int = 0,
     levels: Mapping[str, str] | None = None,
     null: Sequence[str] = (),
     reading: Mapping[str, Any] | None = None,
@@ -274,7 +275,8 @@ def score(
     ``new_columns`` have the predictions, a row a case, its tables say how new cases differ.
 
     ``predicted`` names the predicted value, ``probabilities`` is the root of the names of the
-    probabilities ("" for none of them).
+    probabilities ("" for none of them). ``explain`` adds what so many predictors that weighed most
+    add to the log-odds of each prediction; :func:`explain` gives all of it as arrays.
     """
     known = state if isinstance(state, State) else State.load(state)
     job = Job(threads, progress)
@@ -283,6 +285,7 @@ def score(
     said = lib.score_options(
         predicted=None if predicted is None else predicted.encode(),
         probabilities=None if probabilities is None else probabilities.encode(),
+        explain=lib.count("explain", explain),
     )
     result = job.result(Scores, table, "score", table, known._handle, ctypes.byref(said))
     result._warn()

@@ -137,7 +137,7 @@ model_options = _options(
     "except_:p n_except:n training_column:s test:d predictors:n save_predictions:n "
     "state_path:s pmml_path:s memory:n",
 )
-score_options = _options("ScoreOptions", "predicted:s probabilities:s")
+score_options = _options("ScoreOptions", "predicted:s probabilities:s explain:n")
 export_options = _options("ExportOptions", "format:s table:s")
 
 ProgressListener = ctypes.CFUNCTYPE(None, ctypes.c_void_p, ctypes.c_char_p)

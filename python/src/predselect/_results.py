@@ -8,7 +8,7 @@ import json
 import os
 from collections.abc import Iterator
 from pathlib import Path
-from typing import Any
+from typing import TYPE_CHECKING, Any
 
 import numpy as np
 
@@ -17,7 +17,10 @@ from ._charts import Chart, bars
 from ._columns import kept_column
 from ._export import Batch, stream_of
 from ._import import capsule_of, read
-from .errors import DataError, PredSelectWarning, category_of, warn
+from .errors import DataError, PredSelectWarning, RequestError, category_of, warn
+
+if TYPE_CHECKING:
+    from ._explain import Explanation
 
 
 class Columns:
@@ -384,6 +387,14 @@ class Model(Result):
     def accuracy(self) -> float:
         """The share of the test cases (training cases without a test) that are predicted right."""
         return float(self["Accuracy"]["percent_correct"][-1]) / 100.0
+
+    def explain(self, data: Any, **options: Any) -> Explanation:
+        """What each predictor says of the classes of each case; see :func:`predselect.explain`."""
+        from ._explain import explain
+
+        if self.state is None:
+            raise RequestError("the run ended without a model: there is nothing to explain")
+        return explain(self.state, data, **options)
 
     def plot(self) -> Chart:
         """The criterion with each predictor."""

@@ -27,6 +27,7 @@ from sklearn.utils.validation import (
 from . import _functions
 from ._columns import is_missing
 from ._data import columns_of
+from ._explain import Explanation, explain, prior_explanation, whole_explanation
 from ._results import Ranking, Result, ResultTable, numbers_of
 from ._state import Exports, State
 from .errors import CommandError, DataError, quiet
@@ -831,6 +832,21 @@ class SubsetNaiveBayes(_Mixed, _Pickled, Exports, ClassifierMixin, BaseEstimator
         names = list(new)
         whole[:, self._in_order()] = np.column_stack([new[n] for n in names[1:]])
         return whole, self._winners(new[names[0]], whole)
+
+    def explain(self, X: Any) -> Explanation:
+        """What each feature of X says of the classes of each case, in arrays as SHAP has them; 0
+        for features that the model does not have. Classes that training did not have are left out.
+        """
+        self._ready()
+        columns = self._columns_of(X, reset=False)
+        classes = self.classes_[self._there]
+        if self._state is None:
+            priors = self.class_prior_[self._there]
+            return prior_explanation(columns.columns, columns.n, classes, priors)
+        levels = {n: "nominal" if c else "scale" for n, c in self._categorical(columns).items()}
+        explained = _quietly(explain, self._state, columns.columns, levels=levels,
+                             threads=self.threads, progress=False)
+        return whole_explanation(explained, columns.columns, classes, self._in_order())
 
     def _winners(self, predicted: Any, whole: Any) -> Any:
         labels = self._labels()
