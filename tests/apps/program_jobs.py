@@ -360,6 +360,10 @@ def every_state():
                     *(["--format", form] for form in forms)):
         yield Job(["score", "--model", made("model.bin"), *PLAIN, *options])
     yield Job(["score", "--model", made("model.bin"), *table("survey.csv"), "--dry-run"])
+    for options in (["--explain"], ["--explain", "1", "--save-data", "out.parquet"]):
+        yield Job(["score", "--model", made("coded.bin"), *table("survey.csv"), *options])
+    for form in (*forms, "json"):
+        yield Job(["inspect", made("coded.bin"), "--weights", "--format", form])
     for name, drift in (("survey.csv", "drift.csv"), ("penguins.csv", "drift.tsv"),
                         ("survey.csv", "out.csv"), ("survey.csv", "none/drift.csv"),
                         ("survey.csv", "drift.txt")):

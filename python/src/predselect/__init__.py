@@ -9,6 +9,7 @@ from __future__ import annotations
 from typing import TYPE_CHECKING, Any
 
 from ._charts import Chart
+from ._explain import Explanation, explain
 from ._functions import describe, model, rank, run, score
 from ._library import version as _version
 from ._results import Model, NewColumns, Ranking, Result, ResultTable
@@ -19,6 +20,7 @@ from .errors import (
     DataError,
     DataNotice,
     DriftWarning,
+    ExportNotice,
     LeakWarning,
     LibraryError,
     MemoryWarning,
@@ -33,10 +35,11 @@ if TYPE_CHECKING:
 
 __version__ = _version()
 __all__ = [
-    "Cancelled", "Chart", "CommandError", "DataError", "DataNotice", "DriftWarning", "LeakWarning",
-    "LibraryError", "MemoryWarning", "Model", "NewColumns", "PredSelectError", "PredSelectWarning",
-    "PredictorSelector", "Ranking", "RequestError", "Result", "ResultTable", "State",
-    "SubsetNaiveBayes", "WeightWarning", "describe", "load", "model", "rank", "run", "score",
+    "Cancelled", "Chart", "CommandError", "DataError", "DataNotice", "DriftWarning", "Explanation",
+    "ExportNotice", "LeakWarning", "LibraryError", "MemoryWarning", "Model", "NewColumns",
+    "PredSelectError", "PredSelectWarning", "PredictorSelector", "Ranking", "RequestError", "Result",
+    "ResultTable", "State", "SubsetNaiveBayes", "WeightWarning", "describe", "explain", "load",
+    "model", "rank", "run", "score",
 ]
 
 load = State.load
