@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <sstream>
 
+#include "common/WholeText.h"
 #include "common/xml/DocumentHeader.h"
 #include "common/xml/XMLDocType.h"
 #include "common/xml/XMLError.h"
@@ -162,7 +163,7 @@ void NBAlgorithm::DoSaveXML(std::ostream& os) const {
   MCCommonXML::StartRoot(text, MCModelFiles::Copyright());
   WriteObjectXML(text, 2);
   MCCommonXML::EndRoot(text);
-  os << text.view();
+  os << MCCommon::WholeText(text);
   os.flush();
 }
 
