@@ -12,6 +12,7 @@
 #   make asan    the test suite under AddressSanitizer and UBSan
 #   make tsan    the engines' tests of threads under ThreadSanitizer
 #   make fuzz    every fuzz target for FUZZ_SECONDS (600 unless given) seconds
+#   make damage  saved states, damaged at random TRIALS (100000 unless given) times: none is read with other numbers
 #   make package  a Debian package and an archive with everything inside, in build/release/packages
 #   make check-package  install and run both on a Debian that has nothing else (needs root)
 #   make check-exact  exact p-values beside an independent computation, on tables of real data
@@ -26,7 +27,9 @@
 #   make tidy    clang-tidy over the sources of program and libraries
 #   make format  clang-format over all sources
 #   make clean   removes everything that was built
-.PHONY: demo test program build bench bench-growth bench-plot bench-end bench-peers compare check-exact asan tsan fuzz package check-package browser models databases wheel check-wheel python-library test-python-long docs compare-sklearn tidy format clean
+.PHONY: demo test program build bench bench-growth bench-plot bench-end bench-peers compare check-exact
+.PHONY: asan tsan fuzz damage package check-package browser models databases wheel check-wheel
+.PHONY: python-library test-python-long docs compare-sklearn tidy format clean
 
 demo: program
 	@scripts/demo
@@ -119,6 +122,9 @@ fuzz:
 	cmake --build --preset fuzz
 	@scripts/make-corpus
 	@scripts/fuzz
+
+damage: build
+	@scripts/damage
 
 wheel:
 	@scripts/setup --wheel
