@@ -62,7 +62,7 @@ constexpr std::array kGroups = {"open",   "read", "write",    "sync", "close",  
 
 constexpr int kNoFault = -1;
 constexpr int kShort = -2;
-constexpr std::size_t kChain = 4;  // callers that tell one place of allocation from another
+constexpr std::size_t kChain = 6;  // frames that tell one place of allocation from another
 constexpr int kMostFrames = 60;
 constexpr std::size_t kMostSites = 1U << 18;
 

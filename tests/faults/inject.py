@@ -120,7 +120,7 @@ class Trial:
     def __init__(self, given, inputs, base, name):
         self.given, self.inputs, self.base, self.name = given, inputs, base, name
         arguments, self.outputs = JOBS[name]
-        self.counts = collections.defaultdict(list)
+        self.counts = {}
         self.arguments = [argument.replace("IN/", f"{inputs}/") for argument in arguments]
         self.reference = self.run("reference", {})
         code, _, errors, files, _ = self.reference
@@ -136,7 +136,9 @@ class Trial:
             (folder / output).write_bytes(OLD)
         log = folder.with_suffix(".log")
         environment = {**os.environ, "COLUMNS": "100", "TMPDIR": str(folder), **faults,
-                       "ARROW_DEFAULT_MEMORY_POOL": "system", "FAULT_LOG": str(log)}
+                       "FAULT_LOG": str(log)}
+        if faults.get("FAULT_CALL") == "malloc":  # columns come from there, too
+            environment["ARROW_DEFAULT_MEMORY_POOL"] = "system"
         if faults:
             environment["LD_PRELOAD"] = str(self.given.library)
         try:
@@ -155,14 +157,13 @@ class Trial:
 
     def places(self, call):
         """Which calls are to fail: all, or of those to the allocator one from each chain of callers."""
-        if not self.counts:
-            *_, said = self.run("count", {"FAULT_CALL": "malloc", "FAULT_AT": "0"})
-            for line in said:
-                word, number = line.split()
-                self.counts[word].append(int(number))
+        kind = "malloc" if call == "malloc" else "open"  # which counts the others as well
+        if kind not in self.counts:
+            *_, said = self.run("count", {"FAULT_CALL": kind, "FAULT_AT": "0"})
+            self.counts[kind] = [(word, int(number)) for word, number in map(str.split, said)]
         if call == "malloc":
-            return sorted(self.counts["site"])
-        return list(range(1, self.counts[call][-1] + 1))
+            return sorted(number for word, number in self.counts[kind] if word == "site")
+        return list(range(1, dict(self.counts[kind])[call] + 1))
 
     def trouble(self, call, outcome):
         """Empty, or how the outcome breaks the law."""
