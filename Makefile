@@ -13,6 +13,8 @@
 #   make tsan    the engines' tests of threads under ThreadSanitizer
 #   make fuzz    every fuzz target for FUZZ_SECONDS (600 unless given) seconds
 #   make damage  saved states, damaged at random TRIALS (100000 unless given) times: none is read with other numbers
+#   make faults  every call to the system and every place of allocation failed in turn, over jobs of every kind
+#   make kills   KILLS (1000 unless given) runs ended at random moments, by every signal and want
 #   make package  a Debian package and an archive with everything inside, in build/release/packages
 #   make check-package  install and run both on a Debian that has nothing else (needs root)
 #   make check-exact  exact p-values beside an independent computation, on tables of real data
@@ -28,7 +30,7 @@
 #   make format  clang-format over all sources
 #   make clean   removes everything that was built
 .PHONY: demo test program build bench bench-growth bench-plot bench-end bench-peers compare check-exact
-.PHONY: asan tsan fuzz damage package check-package browser models databases wheel check-wheel
+.PHONY: asan tsan fuzz damage faults kills package check-package browser models databases wheel check-wheel
 .PHONY: python-library test-python-long docs compare-sklearn tidy format clean
 
 demo: program
@@ -125,6 +127,13 @@ fuzz:
 
 damage: build
 	@scripts/damage
+
+faults: build
+	tests/faults/inject.py build/release/bin/predselect build/release/lib/libfaults.so
+
+kills: export KILLS ?= 1000
+kills: program
+	tests/faults/kill.py build/release/bin/predselect --kills $(KILLS)
 
 wheel:
 	@scripts/setup --wheel

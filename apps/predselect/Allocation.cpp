@@ -16,6 +16,14 @@
 
 namespace PredSelectApp {
 
+namespace {
+
+thread_local bool gtFailed = false;
+
+}  // namespace
+
+bool HasMemoryFailed() noexcept { return gtFailed; }
+
 #ifndef PREDSELECT_SANITIZED
 namespace {
 
@@ -56,6 +64,7 @@ void EndWithoutMemory() noexcept {
 // In place of the standard library's, and for all libraries. The forms for arrays go through these.
 void* operator new(std::size_t size) {
   if (void* memory = std::malloc(std::max<std::size_t>(size, 1))) return memory;
+  PredSelectApp::gtFailed = true;
   if (PredSelectApp::IsInFragileCode()) PredSelectApp::EndWithoutMemory();
   throw std::bad_alloc();
 }

@@ -15,4 +15,7 @@ inline constexpr char kNoMemoryText[] =
 // Says so and ends, without unwinding. For any thread.
 [[noreturn]] void EndWithoutMemory() noexcept;
 
+// Whether an allocation has failed on this thread, however long ago.
+bool HasMemoryFailed() noexcept;
+
 }  // namespace PredSelectApp

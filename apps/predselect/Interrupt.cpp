@@ -87,8 +87,10 @@ void OnBrokenInvariant(const char* text, const char* source) {
   std::_Exit(kBrokenInvariant);
 }
 
-// Something was thrown where nothing may be: as a rule what is destroyed while memory is out.
+// Something was thrown where nothing may be: as a rule what is destroyed while memory is out, or
+// what the standard library takes for impossible.
 void OnTerminate() {
+  if (HasMemoryFailed()) EndWithoutMemory();
   try {
     if (std::current_exception()) throw;
   } catch (const std::bad_alloc&) {
@@ -97,7 +99,7 @@ void OnTerminate() {
     OnBrokenInvariant(error.what(), "std::terminate");
   } catch (...) {
   }
-  OnBrokenInvariant("only exceptions are thrown", "std::terminate");
+  OnBrokenInvariant("nothing is thrown where nothing may be", "std::terminate");
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "host/session/TemporaryFile.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -8,8 +9,8 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
-#include <filesystem>
-#include <system_error>
+#include <memory>
+#include <string_view>
 #include <utility>
 
 #include "host/session/Unfinished.h"
@@ -45,15 +46,15 @@ void RemoveUnlessLocked(const std::string& name) {
   close(descriptor);
 }
 
-// What a writer left that was killed.
+// What a writer left that was killed. (The iterators of std::filesystem end the process where
+// memory is out.)
 void RemoveLeftovers(const std::string& folder) {
-  std::error_code error;
-  for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
-       entry.increment(error)) {
-    const std::string name = entry->path().filename().string();
-    if (name.starts_with(kNameStart) && name.ends_with(kNameEnd)) {
-      RemoveUnlessLocked(entry->path().string());
-    }
+  const std::unique_ptr<DIR, int (*)(DIR*)> entries(opendir(folder.c_str()), &closedir);
+  if (entries == nullptr) return;
+  while (const dirent* entry = readdir(entries.get())) {
+    const std::string_view name = entry->d_name;
+    if (!name.starts_with(kNameStart) || !name.ends_with(kNameEnd)) continue;
+    RemoveUnlessLocked(folder + "/" + entry->d_name);
   }
 }
 

@@ -103,7 +103,10 @@ bool PRSUniFactory::FindEffects() {
     status = binned.AddTo(fEffects.fShown, isWanted ? &fBinned : nullptr);
   }
   if (status.IsError()) fStatus = status;
-  return IsPassComplete();
+  if (!IsPassComplete()) return false;
+  if (status.GetErrorCode() != MCFeature::kOutOfMemory) return true;
+  DisplayMessage(status);
+  return false;
 }
 
 StateDictionary PRSUniFactory::Dictionary() const {
