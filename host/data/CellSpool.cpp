@@ -39,8 +39,8 @@ std::string TemporaryFolder() {
 
 CellSpool::CellSpool(const std::vector<bool>& numeric)
     : fFolder(TemporaryFolder()),
-      fBlockCases(std::min(
-          std::bit_floor(MCCommon::RecordBlock::PreferredCases(numeric.size())), kMostBlockCases)) {
+      fBlockCases(std::min(std::bit_floor(MCCommon::RecordBlock::PreferredCases(numeric.size())),
+                           kMostBlockCases)) {
   for (const bool isNumber : numeric) fColumns.push_back({isNumber, 0, 0, {}, {}});
   std::string name = fFolder + "/cells.XXXXXX";
   fDescriptor = mkstemp(name.data());
@@ -147,8 +147,7 @@ const T* CellSpool::ReadCells(std::size_t column, std::int64_t firstCase, std::s
   const auto at = static_cast<std::size_t>(firstCase);
   const char* const block = fpMapped + fGroups[of.fGroup].fBlocks[at / fBlockCases];
   const Place& place = reinterpret_cast<const Place*>(block)[of.fPlace];
-  const char* const cells =
-      block + place.fOffset + at % fBlockCases * place.fForm.CellBytes();
+  const char* const cells = block + place.fOffset + at % fBlockCases * place.fForm.CellBytes();
   if (place.fForm.IsPlain()) return reinterpret_cast<const T*>(cells);
   if (buffer.size() < n) buffer.resize(n);
   place.fForm.Unpack(cells, n, missing, buffer.data());

@@ -242,8 +242,8 @@ ColumnView StreamedTable::View(int column, std::int64_t firstCase, std::size_t n
 
 void StreamedTable::LeaveBatch(const TableBatch& batch) const {
   const std::int64_t end = batch.fFirstCase + static_cast<std::int64_t>(batch.fNCases);
-  const bool isBlockEnd = fpSpool != nullptr &&
-                          end % static_cast<std::int64_t>(fpSpool->BlockCases()) == 0;
+  const bool isBlockEnd =
+      fpSpool != nullptr && end % static_cast<std::int64_t>(fpSpool->BlockCases()) == 0;
   if (isBlockEnd) fpSpool->Forget(batch.fFirstCase);
 }
 
