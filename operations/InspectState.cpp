@@ -8,6 +8,7 @@
 #include "common/MissingValue.h"
 #include "feature/FSCriterion.h"
 #include "feature/FSSettings.h"
+#include "feature/FSWithinMemory.h"
 #include "host/data/MemoryTable.h"
 #include "host/output/OutputDocument.h"
 #include "host/output/pivot/BpPivotTable.h"
@@ -209,7 +210,7 @@ void ShowRanking(const IFSAlgorithm& component, const FeatureNames& names) {
     criteria.emplace_back(columns, component, criterion);
     std::vector<int> ranked;
     std::vector<double> values;
-    (void)component.GetTopPredictors(code, ranked, values, 0);
+    FSThrowWantOfMemory(component.GetTopPredictors(code, ranked, values, 0));
     for (const int predictor : ranked) {
       if (!isListed[static_cast<std::size_t>(predictor)]) order.push_back(predictor);
       isListed[static_cast<std::size_t>(predictor)] = true;

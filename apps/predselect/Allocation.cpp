@@ -28,17 +28,26 @@ bool HasMemoryFailed() noexcept { return gtFailed; }
 namespace {
 
 constexpr const char* kFragile[] = {"/libarrow", "/libparquet", "/libxerces"};
+constexpr const char* kFragileName =
+    "nlohmann";  // in symbols, being compiled into the program's own
+
+bool IsFragile(const Dl_info& place) {
+  if (place.dli_sname != nullptr && std::strstr(place.dli_sname, kFragileName) != nullptr) {
+    return true;
+  }
+  return std::ranges::any_of(kFragile, [&place](const char* library) {
+    return std::strstr(place.dli_fname, library) != nullptr;
+  });
+}
 
 _Unwind_Reason_Code LookAt(_Unwind_Context* frame, void* isFragile) {
   Dl_info place{};
   const auto address = reinterpret_cast<void*>(_Unwind_GetIP(frame));
-  if (dladdr(address, &place) == 0 || place.dli_fname == nullptr) return _URC_NO_REASON;
-  for (const char* library : kFragile) {
-    if (std::strstr(place.dli_fname, library) == nullptr) continue;
-    *static_cast<bool*>(isFragile) = true;
-    return _URC_END_OF_STACK;
+  if (dladdr(address, &place) == 0 || place.dli_fname == nullptr || !IsFragile(place)) {
+    return _URC_NO_REASON;
   }
-  return _URC_NO_REASON;
+  *static_cast<bool*>(isFragile) = true;
+  return _URC_END_OF_STACK;
 }
 
 // Whether what is thrown now would pass a library that does not unwind.

@@ -118,10 +118,13 @@ Chain Callers(std::size_t most) {
 
 // Where the program is, a line a frame below the word.
 void SayFrames(const char* word) {
+  static std::atomic_flag isSaying;
   void* frames[kMostFrames];
   gtBusy = true;
+  for (int wait = 0; isSaying.test_and_set() && wait < 1000; ++wait) usleep(1000);
   Say(word, nullptr, 0);
   backtrace_symbols_fd(frames, backtrace(frames, kMostFrames), gLog);
+  isSaying.clear();
   gtBusy = false;
 }
 
@@ -212,8 +215,14 @@ void OnCrash(int number) {
 int ArmedMain(int argc, char** argv, char** environment) {
   gOwnTerminate = std::get_terminate();
   std::set_terminate(OnTerminate);
-  signal(SIGSEGV, OnCrash);
-  signal(SIGABRT, OnCrash);
+  // Some libraries call themselves without end.
+  static std::array<char, 1 << 18> gStack;
+  const stack_t stack{gStack.data(), 0, gStack.size()};
+  sigaltstack(&stack, nullptr);
+  struct sigaction crash {};
+  crash.sa_handler = OnCrash;
+  crash.sa_flags = SA_ONSTACK;
+  for (const int number : {SIGSEGV, SIGBUS, SIGABRT}) sigaction(number, &crash, nullptr);
   gbArmed = true;
   return gMain(argc, argv, environment);
 }

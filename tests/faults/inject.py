@@ -12,7 +12,7 @@ that fails. Whatever fails, one of two ends is lawful:
 
 and neither leaves another file, dies of a signal, hangs, or ends in std::terminate. A temporary file
 whose own removal was failed may stay until the next run. An end inside a library of others is counted
-apart, when its innermost frame shows that (see is_library); the files are then what they were. Prints
+apart, when its innermost frame shows that (see library_of); the files are then what they were. Prints
 a line a fault and what was unlawful; exit code 1 if anything was.
 """
 
@@ -85,15 +85,17 @@ JOBS = {
 }
 
 
-def is_library(said):
-    """Whether the program was ended by a library of others in its own code: the innermost frame of the
-    end that is neither the C or C++ library's nor the injection's own is of no part of the program."""
-    if "crash" not in said:
-        return False
-    for frame in said[said.index("crash") + 1:]:
-        if not re.search(r"/(lib(c|stdc\+\+|gcc_s|pthread|m)\.so|libfaults)", frame):
-            return "predselect" not in frame.split("(")[0].rsplit("/", 1)[-1]
-    return False
+def library_of(said):
+    """Which library of others has ended the program in its own code, by the innermost frame of the end
+    that is neither the C or C++ library's nor the injection's own; empty for the program itself."""
+    for frame in said[said.index("crash") + 1:] if "crash" in said else []:
+        if re.search(r"/(lib(c|stdc\+\+|gcc_s|pthread|m)\.so|libfaults)", frame):
+            continue
+        if "nlohmann" in frame:
+            return "nlohmann::json"
+        name = frame.split("(")[0].rsplit("/", 1)[-1]
+        return "" if "predselect" in name else name.split(".")[0]
+    return ""
 
 
 def make_inputs(program, folder):
@@ -173,7 +175,7 @@ class Trial:
             return "hangs"
         if code < 0:
             is_old = all(files.get(name) == OLD for name in self.outputs)
-            return "" if is_library(said) and is_old else f"dies of signal {-code}"
+            return "" if library_of(said) and is_old else f"dies of signal {-code}"
         if "terminate" in said:
             return "std::terminate"
         if code not in (0, 1, 2, 3):
@@ -222,6 +224,7 @@ def inject(given, base):
     before = {path: hashlib.sha256(path.read_bytes()).digest() for path in inputs.iterdir()}
     trials = [Trial(given, inputs, base, name) for name in given.jobs]
     tally, found = collections.defaultdict(collections.Counter), []
+    libraries = collections.Counter()
     with ThreadPoolExecutor(given.workers) as pool:
         for fault in given.faults:
             call, error = FAULTS[fault]
@@ -237,11 +240,15 @@ def inject(given, base):
                 end = ("unlawful" if what else "survived" if outcome[0] == 0 else
                        "refused" if outcome[0] > 0 else "library")
                 tally[fault][end] += 1
+                if end == "library":
+                    libraries[library_of(outcome[4])] += 1
                 if what:
                     found.append((fault, trial.name, place, what, outcome))
             show(fault, tally[fault])
     for path, digest in before.items():
         assert hashlib.sha256(path.read_bytes()).digest() == digest, f"{path.name} was changed"
+    for library, count in libraries.most_common():
+        print(f"{count} ended in {library}")
     return tally, found
 
 

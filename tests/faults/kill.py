@@ -150,7 +150,9 @@ class Work:
             return "exit code 0, and old files", False
         if code == 130 and errors.count("stopped at your wish") != 1:
             return "does not say why", False
-        if ending == "SIGXFSZ" and code != 0 and os.strerror(27) not in " ".join(errors.split()):
+        said = " ".join(errors.split())
+        if ending == "SIGXFSZ" and code != 0 and not re.search(
+                os.strerror(27) + "|temporary file .* could not be written", said):
             return "does not say that the file is too large", False
         return "", is_mixed
 
