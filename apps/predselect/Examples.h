@@ -51,6 +51,11 @@ constexpr const char* kScoreExamples = R"(Examples:
   predselect score --model model.bin new.csv --save-data out.csv \
     --drift drift.csv)";
 
+constexpr const char* kEvaluateExamples = R"(Examples:
+  predselect model old.csv churn --save-model model.bin
+  predselect evaluate --model model.bin new.csv
+  predselect evaluate --model model.bin new.csv --weight n -o measures.csv)";
+
 constexpr const char* kRunExamples = R"(Examples:
   predselect run penguins.csv -c "SELECTPRED species"
   predselect run survey.parquet --weight n --stream -f commands.txt

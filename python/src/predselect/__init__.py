@@ -9,6 +9,8 @@ from __future__ import annotations
 from typing import TYPE_CHECKING, Any
 
 from ._charts import Chart
+from ._cross_validation import CrossValidation, cross_validate
+from ._evaluation import Evaluation, Measure, evaluate
 from ._functions import describe, model, rank, run, score
 from ._library import version as _version
 from ._results import Model, NewColumns, Ranking, Result, ResultTable
@@ -33,10 +35,10 @@ if TYPE_CHECKING:
 
 __version__ = _version()
 __all__ = [
-    "Cancelled", "Chart", "CommandError", "DataError", "DataNotice", "DriftWarning", "LeakWarning",
-    "LibraryError", "MemoryWarning", "Model", "NewColumns", "PredSelectError", "PredSelectWarning",
+    "Cancelled", "Chart", "CommandError", "CrossValidation", "DataError", "DataNotice",
+    "DriftWarning", "Evaluation", "LeakWarning", "LibraryError", "Measure", "MemoryWarning", "Model", "NewColumns", "PredSelectError", "PredSelectWarning",
     "PredictorSelector", "Ranking", "RequestError", "Result", "ResultTable", "State",
-    "SubsetNaiveBayes", "WeightWarning", "describe", "load", "model", "rank", "run", "score",
+    "SubsetNaiveBayes", "WeightWarning", "cross_validate", "describe", "evaluate", "load", "model", "rank", "run", "score",
 ]
 
 load = State.load
