@@ -77,6 +77,9 @@ class NBAlgorithm : public INBAlgorithm {
   void ComputeOutProbabilities(const MCCommon::Record& codes, int categories,
                                std::vector<double>& out) const;
   int SelectWinner(const std::vector<double>& probabilities) const;
+  // The codes of an input of the model for the cases of a block of original records, as ScoreBlock
+  // has them: negative ones have no row in the input's table. REQUIRES: the model was built.
+  void EncodeInput(int input, const MCCommon::RecordBlock& block, std::int32_t* codes) const;
   const NBayesOutput& GetOutput() const { return fOutput; }
   const std::vector<NBayesInput>& GetInputs() const { return fInputs; }
   double GetTotalWeight() const { return fTotalWeight; }

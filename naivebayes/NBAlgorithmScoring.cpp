@@ -53,6 +53,11 @@ int NBAlgorithm::SelectWinner(const std::vector<double>& probabilities) const {
   return NBScoring::SelectWinner(probabilities, fOutput);
 }
 
+void NBAlgorithm::EncodeInput(int input, const RecordBlock& block, std::int32_t* codes) const {
+  const double* values = block.Column(fpPreparator->GetInputColumn(input));
+  (void)fpPreparator->EncodeInputs(input, values, block.Cases(), codes);
+}
+
 MCStatus NBAlgorithm::FinishScore(const MCStatus& encoded, const std::vector<std::int32_t>& codes,
                                   NBOutput& output) const {
   // Without a valid input there is no factor, and what is normalised are the priors.

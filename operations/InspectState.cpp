@@ -20,6 +20,8 @@
 #include "operations/DocumentParts.h"
 #include "operations/Findings.h"
 #include "operations/ModelCategories.h"
+#include "operations/RequestError.h"
+#include "operations/ShowEvidence.h"
 
 namespace PredSelect {
 
@@ -304,13 +306,18 @@ void ShowNaive(const INBAlgorithm& component) {
 
 }  // namespace
 
-void InspectState(ComponentFile& state, MCHost::OutputDocument& document) {
+void InspectState(ComponentFile& state, MCHost::OutputDocument& document,
+                  const InspectRequest& request) {
+  if (request.fbWeights && state.fpNaive == nullptr) {
+    throw RequestError("weights", "a ranking of predictors has no weights of evidence.");
+  }
   MCHost::MemoryTable none;
   MCHost::Session session(none, document);
   const MCHost::SessionScope scope(session);
   RecordData(document, 0, 0);
   document.BeginRun("inspect").fbCompleted = true;
   state.fpNaive != nullptr ? ShowNaive(*state.fpNaive) : ShowFeature(state);
+  if (request.fbWeights) ShowEvidence(*state.fpNaive);
   if (document.fbFindings) document.CurrentRun().fFindings = FindingsText(state);
 }
 

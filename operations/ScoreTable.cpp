@@ -19,8 +19,10 @@
 #include "host/session/Session.h"
 #include "host/session/SessionScope.h"
 #include "modelfiles/ComponentFile.h"
+#include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/model/NBScoredBlock.h"
 #include "operations/DocumentParts.h"
+#include "operations/ExplainedScores.h"
 #include "operations/ModelCases.h"
 #include "operations/ModelCategories.h"
 #include "operations/RequestError.h"
@@ -41,6 +43,7 @@ struct Predictions {
   std::vector<int> fProbabilities;
   std::vector<KOVA_Value> fCategories;
   std::optional<UAPredictionWriter> fWriter;
+  std::optional<ExplainedScores> fExplained;
   std::int64_t fNScored = 0;
 };
 
@@ -102,6 +105,14 @@ void AddProbabilities(KOVA_DataSource& source, const std::string& root, const IN
   }
 }
 
+void AddExplanation(KOVA_DataSource& source, int predictors, const INBAlgorithm& model,
+                    Predictions& predictions) {
+  if (predictors <= 0) return;
+  const int width = source.GetVariable(predictions.fPredicted).GetType();
+  predictions.fExplained.emplace(dynamic_cast<const NBAlgorithm&>(model), predictors, source,
+                                 predictions.fCategories, width);
+}
+
 void Report(const Surroundings& surroundings, std::size_t cases) {
   if (!surroundings.fReportProgress) return;
   surroundings.fReportProgress(MCHost::KeyText(
@@ -128,6 +139,7 @@ bool Score(const INBAlgorithm& model, ProcedureDataSource& source, const Surroun
     MCCommon::Assert(!status.IsError(), "the model was built", "operations/ScoreTable");
     predictions.fWriter->Store(*cases.Stream().GetProcDS(), cases.Stream().GetBlockPlaces(),
                                scored.GetWinners(), scored.GetProbabilities());
+    if (predictions.fExplained) predictions.fExplained->Store(block, scored, cases);
     drift.Count(block, scored);
     if (findings != nullptr) findings->Count(scored);
     done += block.Cases();
@@ -197,6 +209,7 @@ Outcome ScoreTable(DataTable& table, const INBAlgorithm& model, MCHost::OutputDo
   (void)ProbabilityNames(source, request.fProbabilities, target);
   AddPredicted(source, request.fPredicted, target, predictions);
   AddProbabilities(source, request.fProbabilities, target, predictions);
+  AddExplanation(source, request.fExplained, model, predictions);
   DriftCounter counter(model);
   ScoreFindings findings(target);
   if (!Score(model, source, surroundings, predictions, cases, counter,

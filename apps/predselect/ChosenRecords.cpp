@@ -17,7 +17,8 @@ using MCHost::OutputTable;
 
 // The first of them that a run has shown is its main table; without any it is its first table.
 constexpr const char* kMain[] = {"Dictionary",       "Ranking",       "PredictorSummary",
-                                 "PredictorEffects", "SubsetSummary", "ChosenPredictors"};
+                                 "PredictorEffects", "SubsetSummary", "ChosenPredictors",
+                                 "WeightsOfEvidence"};
 
 std::string Small(std::string word) {
   for (char& c : word) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;

@@ -97,9 +97,8 @@ int DryRun(const Options& options) {
   std::vector<MCHost::CommandPlan> plans;
   PredSelect::Outcome outcome = PredSelect::Outcome::kCompleted;
   if (state != nullptr) {
-    const std::vector<std::string> predictors =
-        PredSelect::CheckScoring(*table, PredSelect::ModelOf(*state, options.fStates.front()),
-                                 {options.fPredicted, options.fProbabilities});
+    const std::vector<std::string> predictors = PredSelect::CheckScoring(
+        *table, PredSelect::ModelOf(*state, options.fStates.front()), options.fScore);
     text += Line("Uses", cases + "; for the model " + List(predictors));
   } else {
     PredSelect::RunRequest request;

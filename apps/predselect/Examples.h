@@ -49,7 +49,8 @@ constexpr const char* kScoreExamples = R"(Examples:
   predselect score --model model.bin new.csv --save-data keyed.csv \
     --only-new --id id
   predselect score --model model.bin new.csv --save-data out.csv \
-    --drift drift.csv)";
+    --drift drift.csv
+  predselect score --model model.bin new.csv --explain 5 --save-data why.csv)";
 
 constexpr const char* kEvaluateExamples = R"(Examples:
   predselect model old.csv churn --save-model model.bin
@@ -66,7 +67,8 @@ A command ends with a period at the end of a line. Neither BY nor WITH: every ot
 
 constexpr const char* kInspectExamples = R"(Examples:
   predselect inspect model.bin
-  predselect inspect model.bin --format json)";
+  predselect inspect model.bin --format json
+  predselect inspect model.bin --weights -o weights.csv)";
 
 constexpr const char* kMergeExamples = R"(Examples:
   predselect run part1.csv -c "SELECTPRED income" --save-state part1.bin

@@ -15,7 +15,7 @@ int InspectState(const Options& options) {
   ComponentFile state = PredSelect::LoadState(path);
   ProgressLine progress(false);
   LiveOutput document(options.fResult, progress, path);
-  PredSelect::InspectState(state, document);
+  PredSelect::InspectState(state, document, {options.fbWeights});
   WriteDocument(document, options.fResult);
   return kCompleted;
 }

@@ -92,6 +92,13 @@ void CompleteScore(const CLI::App& score, Options& options) {
                              "for them");
 }
 
+constexpr const char* kExplain = "--explain";
+constexpr const char* kExplained = "3";  // predictors, unless a number follows
+
+bool IsNumber(const std::string& word) {
+  return !word.empty() && word.find_first_not_of("0123456789") == std::string::npos;
+}
+
 // From the last to the first. The columns of --id come last of all: where they end with the words
 // that are still wanted for others, they leave them to these.
 std::vector<std::string> ArgumentsOf(int argc, char** argv) {
@@ -102,6 +109,8 @@ std::vector<std::string> ArgumentsOf(int argc, char** argv) {
     const std::string word = argv[i];
     if (word.starts_with("-")) isKey = word == "--id";
     (isKey ? keys : others).push_back(word);
+    const bool isCounted = i + 1 < argc && IsNumber(argv[i + 1]);
+    if (word == kExplain && !isCounted) others.emplace_back(kExplained);
   }
   others.insert(others.end(), keys.begin(), keys.end());
   std::reverse(others.begin(), others.end());

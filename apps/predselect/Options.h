@@ -11,6 +11,7 @@
 #include "operations/BuildModel.h"
 #include "operations/DescribeTable.h"
 #include "operations/RankPredictors.h"
+#include "operations/ScoreTable.h"
 
 namespace PredSelectApp {
 
@@ -66,9 +67,9 @@ struct Options {
   std::string fCharts;                     // run: directory of the charts' files, empty for none
   std::vector<std::string> fStates;        // export, inspect, score and evaluate: one; merge: more
   bool fbAllowEqual = false;               // merge: states of the same counts are taken, too
-  std::string fPredicted = "PredictedValue";            // score: name of the predicted value
-  std::string fProbabilities = "PredictedProbability";  // score: root, empty for none
-  std::string fDrift;  // score: file of what differs from the training data, empty for none
+  PredSelect::ScoreRequest fScore;
+  bool fbWeights = false;  // inspect: the tables of a model, too
+  std::string fDrift;      // score: file of what differs from the training data, empty for none
   PredSelect::ExportRequest fExport;  // export, model and run: no file for none
   double fMemory = 0.0;  // run and model: kilobytes for cases, 0 for as they say themselves
   int fThreads = 0;      // all but inspect and merge: 0 for as many as there are processors

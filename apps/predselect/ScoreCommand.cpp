@@ -29,9 +29,8 @@ int ScoreData(const Options& options) {
   LiveOutput document(options.fResult, progress, options.fData.fFile);
   document.ShowNotes(*table);
   PredSelect::ScoringDrift drift;
-  const PredSelect::Outcome outcome =
-      PredSelect::ScoreTable(*table, model, document, {options.fPredicted, options.fProbabilities},
-                             ProgramSurroundings(options, progress), &drift);
+  const PredSelect::Outcome outcome = PredSelect::ScoreTable(
+      *table, model, document, options.fScore, ProgramSurroundings(options, progress), &drift);
   progress.Clear();
   if (outcome != PredSelect::Outcome::kCompleted) return ExitCodeOf(outcome);
   const bool isAside = !options.fSave.fFile.empty();

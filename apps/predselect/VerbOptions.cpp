@@ -153,14 +153,20 @@ CLI::App* AddScore(CLI::App& app, Options& options) {
   AddDataOptions(*score, options.fData);
   CLI::Option* saved = AddSaveOptions(*score, "predictions", options.fSave);
   for (const char* own : {"--only-new", "--force"}) score->get_option(own)->remove_needs(saved);
-  score->add_option("--predicted", options.fPredicted, "Name of the predicted value")
+  score->add_option("--predicted", options.fScore.fPredicted, "Name of the predicted value")
       ->type_name("NAME")
       ->capture_default_str();
   score
-      ->add_option("--probabilities", options.fProbabilities,
+      ->add_option("--probabilities", options.fScore.fProbabilities,
                    "Root of the names of the predicted probabilities; \"\" for none")
       ->type_name("ROOT")
       ->capture_default_str();
+  score
+      ->add_option("--explain", options.fScore.fExplained,
+                   "Add what the N predictors that weighed most add to the log-odds of each "
+                   "prediction (3 where no number follows)")
+      ->check(WholeNumber(1))
+      ->type_name("[N]");
   score
       ->add_option("--drift", options.fDrift,
                    "Write how the data differ from those that the model was built on, a row a "
@@ -236,8 +242,11 @@ CLI::App* AddInspect(CLI::App& app, Options& options) {
       "inspect", "Show what a state file holds: component, variables, counts, ranking or model");
   AddState(*inspect, "STATE", options, false);
   AddFormat(*inspect, options.fResult,
-            {"Ranking", "Component", "Variables", "TargetCategories", "ExcludedPredictors"},
-            "Ranking, or the first that there is");
+            {"Ranking", "Component", "Variables", "TargetCategories", "ExcludedPredictors",
+             "WeightsOfEvidence"},
+            "Ranking, WeightsOfEvidence, or the first that there is");
+  inspect->add_flag("--weights", options.fbWeights,
+                    "Show what each value of each predictor of a model says of the classes");
   AddResultOptions(*inspect, options.fResult);
   inspect->footer(kInspectExamples)->group(kLanguage);
   return inspect;

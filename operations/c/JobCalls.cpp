@@ -9,6 +9,7 @@
 #include "operations/BuildModel.h"
 #include "operations/DescribeTable.h"
 #include "operations/EvaluateTable.h"
+#include "operations/ExplainTable.h"
 #include "operations/FreeMemory.h"
 #include "operations/InspectState.h"
 #include "operations/RankPredictors.h"
@@ -204,6 +205,7 @@ predselect_status predselect_score(predselect_session* session, predselect_table
     request.fPredicted = TextArgument(given.predicted, "predicted", request.fPredicted.c_str());
     request.fProbabilities =
         TextArgument(given.probabilities, "probabilities", request.fProbabilities.c_str());
+    request.fExplained = CountOf(given.explain);
     return PredSelect::ScoreTable(data, PredSelect::ModelOf(model.fState, model.fName), document,
                                   request, session->fSurroundings);
   });
@@ -215,5 +217,14 @@ predselect_status predselect_evaluate(predselect_session* session, predselect_ta
     const predselect_state& model = Given(state, "state");
     return PredSelect::EvaluateTable(data, PredSelect::ModelOf(model.fState, model.fName), document,
                                      session->fSurroundings);
+  });
+}
+
+predselect_status predselect_explain(predselect_session* session, predselect_table* table,
+                                     const predselect_state* state, predselect_result** result) {
+  return ProduceFrom(session, table, result, [&](auto& data, auto& document) {
+    const predselect_state& model = Given(state, "state");
+    return PredSelect::ExplainTable(data, PredSelect::ModelOf(model.fState, model.fName), document,
+                                    session->fSurroundings);
   });
 }

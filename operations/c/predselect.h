@@ -73,6 +73,11 @@ void predselect_session_close(predselect_session* session);
 // it.
 const char* predselect_session_error(const predselect_session* session);
 
+// What else one should know of what the last call with this session has done, a sentence a line, ""
+// for nothing: predselect_state_export() tells here what the format cannot say of the model. Stays
+// until the next call with it.
+const char* predselect_session_notes(const predselect_session* session);
+
 // What the application is called in the files that are written.
 predselect_status predselect_session_set_application(predselect_session* session, const char* name,
                                                      const char* version);
@@ -284,6 +289,8 @@ typedef struct predselect_score_options {
   const char* predicted;      // name of the predicted value; NULL for "PredictedValue"
   const char* probabilities;  // root of the names of the probabilities, "" for none of them;
                               // NULL for "PredictedProbability"
+  size_t explain;  // not 0: new variables, too, with what so many predictors that weighed most add
+                   // to the log-odds of each prediction
 } predselect_score_options;
 
 // Predicts the cases of the table with a model's state, in new variables of the table. They stay in
@@ -317,6 +324,16 @@ predselect_status predselect_result_text(predselect_session* session, predselect
 // (NULL for the name of the data). Stays until the result is closed or asked for another.
 predselect_status predselect_result_html(predselect_session* session, predselect_result* result,
                                          const char* heading, const char** html);
+
+// Everything but the cells of new variables, as bytes for predselect_result_restore() of the same
+// version: for a result that goes to another process. They stay until the result is closed.
+predselect_status predselect_result_keep(predselect_session* session, predselect_result* result,
+                                         const char** bytes, size_t* size);
+
+// The result that the bytes were kept of, which is not of a table any more. Bytes that are damaged
+// or of another version are PREDSELECT_DATA_ERROR.
+predselect_status predselect_result_restore(predselect_session* session, const char* bytes,
+                                            size_t size, predselect_result** result);
 
 // How many tables there are, those of all commands in order.
 predselect_status predselect_result_table_count(predselect_session* session,
@@ -374,15 +391,29 @@ typedef struct predselect_export_options {
   size_t struct_size;
   const char* format;  // "pmml" (one that evaluators agree on), "onnx", "sql", "c", "json"; NULL:
                        // by the ending of the path
-  const char* table;  // that the SQL query reads; NULL for "data"
+  const char* table;   // that the SQL query reads; NULL for "data"
 } predselect_export_options;
 
 // Writes a model's state in a form that scores elsewhere as predselect_score does. The file appears
-// whole or not at all. PREDSELECT_BAD_REQUEST for a format that is none, and for a model that the
-// format cannot hold. NULL options are those without a wish.
+// whole or not at all; predselect_session_notes() tells what it cannot say. PREDSELECT_BAD_REQUEST
+// for a format that is none, and for a model that the format cannot hold. NULL options are those
+// without a wish.
 predselect_status predselect_state_export(predselect_session* session,
                                           const predselect_state* state, const char* path,
                                           const predselect_export_options* options);
+
+// ---- Explanations
+// --------------------------------------------------------------------------------
+
+// What each predictor of a model's state says of the classes of each case, in new variables of the
+// table, which are not those of predselect_score: for each predictor, in the order of the model,
+// the logarithm of the probability of its value given the second class less that given the first;
+// of more than two classes one variable a class, predictor by predictor, less the mean over all
+// classes. A missing value says 0. The result's table "BaseValues" has the same of the priors, by
+// class: a case's sum is the posterior's log-odds, of more than two classes numbers of which the
+// softmax is the posterior. "WeightsOfEvidence" has what all values say, by predictor, in order.
+predselect_status predselect_explain(predselect_session* session, predselect_table* table,
+                                     const predselect_state* state, predselect_result** result);
 
 #ifdef __cplusplus
 }

@@ -374,6 +374,10 @@ def every_state():
         yield Job(["model", *PENGUINS, "species", *options])
     yield run(table("survey.csv", "--weight", "w"), "NAIVEBAYES y BY code word WITH x z /FORCE FACTORS=grade"
               " /CROSSVALIDATION FOLDS=4 /PRINT EVALUATION SUMMARY.")
+    for options in (["--explain"], ["--explain", "1", "--save-data", "out.parquet"]):
+        yield Job(["score", "--model", made("coded.bin"), *table("survey.csv"), *options])
+    for form in (*forms, "json"):
+        yield Job(["inspect", made("coded.bin"), "--weights", "--format", form])
     for name, drift in (("survey.csv", "drift.csv"), ("penguins.csv", "drift.tsv"),
                         ("survey.csv", "out.csv"), ("survey.csv", "none/drift.csv"),
                         ("survey.csv", "drift.txt")):

@@ -11,6 +11,7 @@ from typing import TYPE_CHECKING, Any
 from ._charts import Chart
 from ._cross_validation import CrossValidation, cross_validate
 from ._evaluation import Evaluation, Measure, evaluate
+from ._explain import Explanation, explain
 from ._functions import describe, model, rank, run, score
 from ._library import version as _version
 from ._results import Model, NewColumns, Ranking, Result, ResultTable
@@ -21,6 +22,7 @@ from .errors import (
     DataError,
     DataNotice,
     DriftWarning,
+    ExportNotice,
     LeakWarning,
     LibraryError,
     MemoryWarning,
@@ -36,9 +38,11 @@ if TYPE_CHECKING:
 __version__ = _version()
 __all__ = [
     "Cancelled", "Chart", "CommandError", "CrossValidation", "DataError", "DataNotice",
-    "DriftWarning", "Evaluation", "LeakWarning", "LibraryError", "Measure", "MemoryWarning", "Model", "NewColumns", "PredSelectError", "PredSelectWarning",
+    "DriftWarning", "Evaluation", "Explanation", "ExportNotice", "LeakWarning", "LibraryError",
+    "Measure", "MemoryWarning", "Model", "NewColumns", "PredSelectError", "PredSelectWarning",
     "PredictorSelector", "Ranking", "RequestError", "Result", "ResultTable", "State",
-    "SubsetNaiveBayes", "WeightWarning", "cross_validate", "describe", "evaluate", "load", "model", "rank", "run", "score",
+    "SubsetNaiveBayes", "WeightWarning", "cross_validate", "describe", "evaluate", "explain",
+    "load", "model", "rank", "run", "score",
 ]
 
 load = State.load

@@ -251,6 +251,7 @@ def score(
     *,
     predicted: str | None = None,
     probabilities: str | None = None,
+    explain: int = 0,
     levels: Mapping[str, str] | None = None,
     null: Sequence[str] = (),
     reading: Mapping[str, Any] | None = None,
@@ -262,7 +263,8 @@ def score(
     """Predicts the cases of the data with a model; ``new_columns`` has the predictions.
 
     ``predicted`` names the predicted value, ``probabilities`` is the root of the names of the
-    probabilities ("" for none of them).
+    probabilities ("" for none of them). ``explain`` adds what so many predictors that weighed most
+    add to the log-odds of each prediction; :func:`explain` gives all of it as arrays.
     """
     known = state if isinstance(state, State) else State.load(state)
     job = Job(threads, progress)
@@ -271,6 +273,7 @@ def score(
     said = lib.score_options(
         predicted=None if predicted is None else predicted.encode(),
         probabilities=None if probabilities is None else probabilities.encode(),
+        explain=lib.count("explain", explain),
     )
     result = job.result(Result, table, "score", table, known._handle, ctypes.byref(said))
     result._warn()

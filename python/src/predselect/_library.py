@@ -137,7 +137,7 @@ model_options = _options(
     "except_:p n_except:n training_column:s test:d predictors:n save_predictions:n "
     "state_path:s pmml_path:s memory:n folds:n repeats:n seed:n",
 )
-score_options = _options("ScoreOptions", "predicted:s probabilities:s")
+score_options = _options("ScoreOptions", "predicted:s probabilities:s explain:n")
 export_options = _options("ExportOptions", "format:s table:s")
 
 ProgressListener = ctypes.CFUNCTYPE(None, ctypes.c_void_p, ctypes.c_char_p)
@@ -183,7 +183,8 @@ def _load_operations() -> ctypes.CDLL:
             "package and library from the same version."
         )
     loaded.predselect_version.restype = ctypes.c_char_p
-    loaded.predselect_session_error.restype = ctypes.c_char_p
+    for text in (loaded.predselect_session_error, loaded.predselect_session_notes):
+        text.restype = ctypes.c_char_p
     loaded.predselect_session_cancel.argtypes = [ctypes.c_void_p]
     loaded.predselect_session_cancel.restype = None
     return loaded
@@ -294,6 +295,11 @@ class Session(Handle):
         if status == NO_MEMORY:
             return MemoryError(text)
         return _FAILURES.get(status, errors.LibraryError)(text)
+
+    def notes(self) -> list[str]:
+        """What else one should know of the last call."""
+        text = library.predselect_session_notes(self).decode("utf-8", "replace")
+        return str(text).splitlines()
 
     def call(self, name: str, *arguments: Any) -> None:
         """Calls a quick function, and raises what it says went wrong."""

@@ -79,6 +79,23 @@ TEST(CJobs, GiveTheProgramsDocumentsAndPage) {
   EXPECT_THAT(report, testing::HasSubstr("Three "));
   EXPECT_THAT(report, testing::Not(testing::HasSubstr("Three <species>")));
 
+  const char* bytes = nullptr;
+  size_t size = 0;
+  ASSERT_EQ(predselect_result_keep(host.fSession, host.fResult, &bytes, &size), PREDSELECT_OK);
+  Held<predselect_result> restored;
+  ASSERT_EQ(predselect_result_restore(host.fSession, bytes, size, &restored), PREDSELECT_OK);
+  EXPECT_EQ(predselect_result_restore(host.fSession, bytes, size - 1, &restored),
+            PREDSELECT_DATA_ERROR);
+  EXPECT_EQ(restored, nullptr);
+  EXPECT_THAT(host.Error(), testing::HasSubstr("damaged"));
+  ASSERT_EQ(predselect_result_restore(host.fSession, bytes, size, &restored), PREDSELECT_OK);
+  const char* again = nullptr;
+  ASSERT_EQ(predselect_result_html(host.fSession, restored, "Three <species>", &again),
+            PREDSELECT_OK);
+  EXPECT_STREQ(again, report);
+  ArrowArrayStream columns{};
+  EXPECT_EQ(predselect_result_new_columns(host.fSession, restored, &columns), PREDSELECT_MISUSE);
+
   CHost fresh(PenguinOptions(schema));
   ASSERT_EQ(predselect_describe(fresh.fSession, fresh.fTable, &fresh.fResult), PREDSELECT_OK);
   ASSERT_EQ(RunProgram("describe" + data + " --format json", folder.Path("describe.json")), 0);
@@ -350,6 +367,7 @@ TEST(CJobs, AReloadedModelScoresAsItDidFreshAndStreamsOutliveTheRest) {
   const ScratchFolder folder;
   ArrowArrayStream saved;
   ArrowArrayStream scored;
+  ArrowArrayStream explained;
   {
     CHost host;
     const std::string path = folder.Path("model.xml");
@@ -375,11 +393,17 @@ TEST(CJobs, AReloadedModelScoresAsItDidFreshAndStreamsOutliveTheRest) {
     elsewhere.format = "xls";
     EXPECT_EQ(predselect_state_export(host.fSession, model, query.c_str(), &elsewhere),
               PREDSELECT_BAD_REQUEST);
-    const predselect_score_options options{sizeof(options), "again", nullptr};
+    const predselect_score_options options{sizeof(options), "again", nullptr, 0};
     ASSERT_EQ(predselect_score(host.fSession, host.fTable, model, &options, &host.fResult),
               PREDSELECT_OK)
         << host.Error();
     ASSERT_EQ(predselect_result_new_columns(host.fSession, host.fResult, &scored), PREDSELECT_OK);
+    EXPECT_EQ(predselect_explain(host.fSession, host.fTable, nullptr, &host.fResult),
+              PREDSELECT_MISUSE);
+    ASSERT_EQ(predselect_explain(host.fSession, host.fTable, model, &host.fResult), PREDSELECT_OK)
+        << host.Error();
+    ASSERT_EQ(predselect_result_new_columns(host.fSession, host.fResult, &explained),
+              PREDSELECT_OK);
   }
   MCHost::MemoryTable first(&saved);
   MCHost::MemoryTable second(&scored);
@@ -388,6 +412,7 @@ TEST(CJobs, AReloadedModelScoresAsItDidFreshAndStreamsOutliveTheRest) {
   EXPECT_EQ(second.GetVariable(1).GetLabel(), "Predicted probability that species is Adelie");
   ASSERT_EQ(second.CaseCount(), 344);
   for (int i = 0; i < 4; ++i) EXPECT_EQ(MCHost::Cells(first, i), MCHost::Cells(second, i)) << i;
+  EXPECT_EQ(MCHost::MemoryTable(&explained).ColumnCount() % 3, 0) << "one a predictor and class";
 }
 
 // Counts a table of two text columns, cases from `first` to before `end`, into a state file.

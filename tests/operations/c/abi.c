@@ -59,6 +59,7 @@ SAME(PREDSELECT_MEMORY_AUTO, SIZE_MAX);
 PLACE(predselect_score_options, struct_size, 0);
 PLACE(predselect_score_options, predicted, 1);
 PLACE(predselect_score_options, probabilities, 2);
+PLACE(predselect_score_options, explain, 3);
 
 PLACE(predselect_export_options, struct_size, 0);
 PLACE(predselect_export_options, format, 1);
