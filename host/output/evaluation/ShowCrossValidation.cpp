@@ -30,7 +30,14 @@ MCCommon::RepeatedMeasure SummaryOf(const std::vector<ShownFold>& folds, Measure
     values.push_back(Of(fold.fEvaluation.*of, measure).fValue);
     share += fold.fTestShare / static_cast<double>(folds.size());
   }
-  return MCCommon::Summarize(values, share);
+  MCCommon::RepeatedMeasure summary = MCCommon::Summarize(values, share);
+  // An interval ends where the measure does.
+  const bool isCorrelation = measure == Measure::kKappa || measure == Measure::kMCC;
+  const bool isLoss = measure == Measure::kLogLoss || measure == Measure::kBrier;
+  MCCommon::Estimate& mean = summary.fMean;
+  if (!MCMV::IsMissing(mean.fLow)) mean.fLow = std::max(mean.fLow, isCorrelation ? -1.0 : 0.0);
+  if (!isLoss && !MCMV::IsMissing(mean.fHigh)) mean.fHigh = std::min(mean.fHigh, 1.0);
+  return summary;
 }
 
 // How many folds and repeats there are.
