@@ -10,7 +10,7 @@
 namespace {
 
 constexpr std::size_t kChunk = 512;
-constexpr std::size_t kRound = 8 * NBLoops::kPlaces;
+constexpr std::size_t kRound = 32 * NBLoops::kPlaces;
 constexpr std::size_t kMostRatioTargets = 4;
 // Logarithms are taken beyond the first; beyond the second a product may have overflowed.
 constexpr double kMostProduct = 0x1p60, kMostSafe = 0x1p900;
@@ -29,6 +29,7 @@ bool AreOnes(const double* weights, std::size_t n) {
 struct NBFoldLanes::Chunk {
   NBCodeBlock fCodes;
   std::size_t fFirst = 0;  // case of the pass
+  bool fbUnitWeights = true;
 };
 
 std::size_t NBFoldLanes::MostLanes(std::size_t cases, std::size_t categories, std::size_t bytes) {
@@ -70,6 +71,7 @@ bool NBFoldLanes::ForEachChunk(Visit visit) {
     if (codes == nullptr) return !fRecords.HasFailed();
     for (std::size_t first = 0; first < codes->Cases(); first += kChunk) {
       chunk.fCodes.Take(*codes, first, kChunk);
+      chunk.fbUnitWeights = AreOnes(chunk.fCodes.Weights(), chunk.fCodes.Cases());
       if (!visit(chunk)) return false;
       chunk.fFirst += chunk.fCodes.Cases();
     }
@@ -213,7 +215,7 @@ void NBFoldLanes::AddTerms(const Table& table, const Chunk& chunk, int input, Su
 
 void NBFoldLanes::AddRound(const Table& table, const Chunk& chunk, std::size_t first, std::size_t n,
                            const std::size_t* rows, Sums& sums) const {
-  if (!AreOnes(chunk.fCodes.Weights() + first, n)) {
+  if (!chunk.fbUnitWeights) {
     return AddOneByOne(table, chunk, first, n, rows, sums);
   }
   sums.fBefore = sums.fProducts;
@@ -221,17 +223,17 @@ void NBFoldLanes::AddRound(const Table& table, const Chunk& chunk, std::size_t f
       n, fNSlots, fNLanes, &fvOdds[(chunk.fFirst + first) * fNSlots * fNLanes],
       table.fFactors.data(), fbRatios ? nullptr : table.fInverse.data(), rows, fNTargets,
       sums.fProducts.data());
-  double most = 0.0;
-  bool isSafe = true;
+  int nUnsafe = 0;
+  int nLarge = 0;
   for (const double product : sums.fProducts) {
-    isSafe = isSafe && product <= kMostSafe;  // neither for NaN
-    most = std::max(most, product);
+    nUnsafe += product <= kMostSafe ? 0 : 1;  // and for NaN
+    nLarge += product > kMostProduct ? 1 : 0;
   }
-  if (!isSafe) {
+  if (nUnsafe > 0) {
     sums.fProducts = sums.fBefore;
     return AddOneByOne(table, chunk, first, n, rows, sums);
   }
-  if (most > kMostProduct) Flush(sums);
+  if (nLarge > 0) Flush(sums);
 }
 
 void NBFoldLanes::AddOneByOne(const Table& table, const Chunk& chunk, std::size_t first,

@@ -42,10 +42,10 @@ def key_of(name: str) -> str:
 def measures_of(table: ResultTable, value: str) -> dict[str, Measure]:
     """The measures of a table by their names, ``value`` being its column of them."""
     return {
-        key_of(row["measure"]): Measure(
-            row[value], row["confidence_interval_lower"], row["confidence_interval_upper"],
-            row["by_majority"], row["by_prior"],
-        )
+        key_of(row["measure"]): Measure(*(float(row[column]) for column in (
+            value, "confidence_interval_lower", "confidence_interval_upper", "by_majority",
+            "by_prior",
+        )))
         for row in table.rows()
     }
 
