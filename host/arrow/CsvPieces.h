@@ -14,6 +14,7 @@
 
 #include <condition_variable>
 #include <cstddef>
+#include <exception>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -47,6 +48,7 @@ class CsvPieces final : public arrow::RecordBatchReader {
     CsvPiece fPiece;
     Batch fpBatch;
     arrow::Status fStatus;
+    std::exception_ptr fpThrown;
     bool fbDecoded = false;
   };
 
@@ -56,8 +58,10 @@ class CsvPieces final : public arrow::RecordBatchReader {
   bool IsFirstThere() const { return fnAhead > 0 && fvSlots[fFirst].fbDecoded; }
   void DecodeOne(CsvBounds& bounds);
   Slot* Fetch();
-  arrow::Result<CsvPiece> FetchPiece();
+  arrow::Status FetchPiece(CsvPiece& piece);
   arrow::Status SkipHeader(CsvPiece& piece) const;
+  template <class Work>
+  static bool Try(Slot& slot, Work work);
 
   std::shared_ptr<arrow::Schema> fpSchema;
   CsvDecoder fDecoder;

@@ -15,6 +15,7 @@
 #include "backend/predselect/predsele.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "common/MCAssert.h"
+#include "common/WholeText.h"
 #include "common/xml/MCApplicInfo4XML.h"
 #include "host/cases/UAInputAdapter.h"
 #include "host/cases/UAVarValidSpecs.h"
@@ -157,7 +158,7 @@ void PRSMultiModel::Select(NaiveDataSourceIter& train, NaiveDataSourceIter* test
                                        .fpAppInfo = &info,
                                        .fpValidation = isValidated ? &fValidation : nullptr},
                                       fSelection));
-  fResultDocument = document.str();
+  fResultDocument = MCCommon::WholeText(document);
 }
 
 bool PRSMultiModel::ReportEngine() {
@@ -239,7 +240,7 @@ bool PRSMultiModel::WriteModel() {
   const MCNaive::MCStatus status = fpNBAlgorithm->ExportModelXML(document, &info);
   if (fRun.IsStopped()) return false;
   if (status.GetErrorCode() == MCNaive::kNoMemory) throw std::bad_alloc();
-  if (status.IsOK()) return PRSCommit(*fpModelFile, document.str());
+  if (status.IsOK()) return PRSCommit(*fpModelFile, MCCommon::WholeText(document));
   MCNaive::MCStatus failed(status.GetErrorCode(), false);
   failed.SetDiscreteDatum(0, status.GetDiscreteDatum(0));
   fLostModel = failed;

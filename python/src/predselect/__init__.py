@@ -14,7 +14,7 @@ from ._evaluation import Evaluation, Measure, evaluate
 from ._explain import Explanation, explain
 from ._functions import describe, model, rank, run, score
 from ._library import version as _version
-from ._results import Model, NewColumns, Ranking, Result, ResultTable
+from ._results import Model, NewColumns, Ranking, Result, ResultTable, Scores
 from ._state import State
 from .errors import (
     Cancelled,
@@ -40,7 +40,7 @@ __all__ = [
     "Cancelled", "Chart", "CommandError", "CrossValidation", "DataError", "DataNotice",
     "DriftWarning", "Evaluation", "Explanation", "ExportNotice", "LeakWarning", "LibraryError",
     "Measure", "MemoryWarning", "Model", "NewColumns", "PredSelectError", "PredSelectWarning",
-    "PredictorSelector", "Ranking", "RequestError", "Result", "ResultTable", "State",
+    "PredictorSelector", "Ranking", "RequestError", "Result", "ResultTable", "Scores", "State",
     "SubsetNaiveBayes", "WeightWarning", "cross_validate", "describe", "evaluate", "explain",
     "load", "model", "rank", "run", "score",
 ]
