@@ -140,6 +140,8 @@ class NBAlgorithm : public INBAlgorithm {
   MCNaive::MCStatus LoadSelectionData(const NBSelectionRequest& request, bool inMemory,
                                       NBStored& stored);
   int DecideSize(int size, int forced, int candidates);
+  // False after a cancel.
+  [[nodiscard]] bool CrossValidate(const NBSelectionRequest& request, NBCodeStore& records);
   MCNaive::MCStatus Dispatch(const NBSelectionRequest& request,
                              const NBAttributeSelector::Training& training,
                              NBAttributeSelector& selector, NBSelectionResult& result);

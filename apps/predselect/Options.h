@@ -53,7 +53,7 @@ struct ResultOptions {
 };
 
 struct Options {
-  enum Action { kNone, kRun, kRank, kModel, kDescribe, kInspect, kScore, kMerge, kExport, kView };
+  enum Action { kNone, kRun, kRank, kModel, kDescribe, kInspect, kScore, kEvaluate, kMerge, kExport, kView };
   static constexpr double kAutoMemory = -1.0;
 
   Action fAction = kNone;
@@ -65,7 +65,7 @@ struct Options {
   std::string fSaveState;                  // run: empty for none; merge: the merged component
   std::string fResults;                    // run: directory of the result documents, empty for none
   std::string fCharts;                     // run: directory of the charts' files, empty for none
-  std::vector<std::string> fStates;        // export, inspect and score: one; merge: two or more
+  std::vector<std::string> fStates;        // export, inspect, score and evaluate: one; merge: more
   bool fbAllowEqual = false;               // merge: states of the same counts are taken, too
   PredSelect::ScoreRequest fScore;
   bool fbWeights = false;  // inspect: the tables of a model, too

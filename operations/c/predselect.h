@@ -261,10 +261,15 @@ typedef struct predselect_model_options {
   const char* state_path;   // where the model is saved; NULL for nowhere
   const char* pmml_path;    // where it is written as PMML; NULL for nowhere
   size_t memory;            // as for predselect_run; 0 is PREDSELECT_MEMORY_AUTO here
+  size_t folds;    // cross-validates with so many folds, instead of test cases; 0 for not
+  size_t repeats;  // of that, with other folds each time; 0 for 1
+  size_t seed;     // which folds
 } predselect_model_options;
 
 // A Naive Bayes classifier of the target with the predictors that serve it best, in the tables
-// "ChosenPredictors", "Accuracy" and "WorstConfusions". NULL options are those without a wish.
+// "ChosenPredictors", "Accuracy" and "WorstConfusions"; what test cases say of it in "Evaluation",
+// what folds say in "CrossValidation", "SelectionStability" and "Folds". NULL options are those
+// without a wish.
 predselect_status predselect_model(predselect_session* session, predselect_table* table,
                                    const char* target, const predselect_model_options* options,
                                    predselect_result** result);
@@ -296,6 +301,12 @@ predselect_status predselect_score(predselect_session* session, predselect_table
                                    const predselect_state* state,
                                    const predselect_score_options* options,
                                    predselect_result** result);
+
+// How good a model's state is on the cases of the table, whose target is known: the tables
+// "Evaluation", "ClassEvaluation", "ConfusionMatrix", "Calibration" and "EvaluatedCases". The
+// weight of the table counts.
+predselect_status predselect_evaluate(predselect_session* session, predselect_table* table,
+                                      const predselect_state* state, predselect_result** result);
 
 // ---- Results ------------------------------------------------------------------------------------
 

@@ -103,6 +103,7 @@ bool PRSMultiFactory::RunNBComponent() {
   if (!fModel.WriteFiles()) return false;
   PRSMultiScoring scoring(fRun, *fModel.GetINBAlgorithm(), fMetaData.GetNSaveDepCats());
   if (scoring.IsNeeded() && !scoring.ScoringDataPass()) return false;
+  fEvaluation = scoring.FindEvaluation();
   HandOverFindings(scoring);
   const bool testLayerWanted =
       IsClassified() && specs.GetMultiTrainSamp() && !specs.GetMultiTestData();

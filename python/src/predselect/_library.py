@@ -135,7 +135,7 @@ rank_options = _options("RankOptions", "by:n except_:p n_except:n top:n")
 model_options = _options(
     "ModelOptions",
     "except_:p n_except:n training_column:s test:d predictors:n save_predictions:n "
-    "state_path:s pmml_path:s memory:n",
+    "state_path:s pmml_path:s memory:n folds:n repeats:n seed:n",
 )
 score_options = _options("ScoreOptions", "predicted:s probabilities:s explain:n")
 export_options = _options("ExportOptions", "format:s table:s")

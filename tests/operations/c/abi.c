@@ -92,3 +92,6 @@ PLACE(predselect_model_options, save_predictions, 6);
 PLACE(predselect_model_options, state_path, 7);
 PLACE(predselect_model_options, pmml_path, 8);
 PLACE(predselect_model_options, memory, 9);
+PLACE(predselect_model_options, folds, 10);
+PLACE(predselect_model_options, repeats, 11);
+PLACE(predselect_model_options, seed, 12);
