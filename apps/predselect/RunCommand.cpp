@@ -49,6 +49,8 @@ int RunCommands(const Options& options) {
   const SaveTable saved(*table, options.fSave);
 
   LiveOutput document(options.fResult, progress, options.fData.fFile);
+  // A document of commands holds what they show, and nothing besides.
+  document.fbFindings = options.fResult.fFormat == MCHost::FileFormat::kHtml;
   document.ShowNotes(*table);
   const PredSelect::Outcome outcome =
       PredSelect::RunCommands(*table, document,

@@ -46,9 +46,9 @@ CLI::App* AddDescribe(CLI::App& app, Options& options) {
       ->check(WholeNumber(0))
       ->type_name("N");
   AddThreads(*describe, options.fThreads);
-  AddFormat(
-      *describe, options.fResult,
-      {"Dictionary", "MostFrequent", "ScaleVariables", "TimeVariables", "CategoricalVariables"});
+  AddFormat(*describe, options.fResult,
+            {"Dictionary", "MostFrequent", "ScaleVariables", "TimeVariables",
+             "CategoricalVariables", "MissingPatterns"});
   AddResultOptions(*describe, options.fResult);
   describe->footer(kDescribeExamples)->group(kShortVerbs);
   return describe;
