@@ -34,6 +34,7 @@ class RunSession : public MCHost::Session {
     SetAppParams(surroundings.fApplication);
     SetTempPath(surroundings.fTempPath);
     SetThreads(surroundings.fThreads);
+    fStateKey = surroundings.fStateKey;
     SetCancelQuery(surroundings.fIsCancelled);
     SetProgressListener(surroundings.fReportProgress);
   }
@@ -60,6 +61,7 @@ class RunSession : public MCHost::Session {
     fDocument.CurrentRun().fFindings = FindingsText(findings, &Table());
   }
   std::string StatePath() const override { return fbLast ? fRequest.fStatePath : ""; }
+  std::string StateKey() const override { return fStateKey; }
   std::string ResultsPrefix() const override {
     if (fRequest.fResultsFolder.empty()) return "";
     return fRequest.fResultsFolder + "/" + std::to_string(fDocument.GetRuns().size()) + "-";
@@ -92,6 +94,7 @@ class RunSession : public MCHost::Session {
  private:
   MCHost::OutputDocument& fDocument;
   const RunRequest& fRequest;
+  std::string fStateKey;
 };
 
 // The last command is the one whose model is exported.

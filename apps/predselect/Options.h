@@ -65,6 +65,8 @@ struct Options {
   std::string fSaveState;                  // run: empty for none; merge: the merged component
   std::string fResults;                    // run: directory of the result documents, empty for none
   std::string fCharts;                     // run: directory of the charts' files, empty for none
+  std::string fSignKey;                    // file of the key that it is signed with, empty for none
+  std::string fVerifyKey;                  // the same of the key that fStates must be signed with
   std::vector<std::string> fStates;        // export, inspect, score and evaluate: one; merge: more
   bool fbAllowEqual = false;               // merge: states of the same counts are taken, too
   PredSelect::ScoreRequest fScore;

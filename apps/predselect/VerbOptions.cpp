@@ -132,11 +132,10 @@ CLI::App* AddModel(CLI::App& app, Options& options) {
              "ClassEvaluation", "Calibration", "CrossValidation", "SelectionStability", "Folds"});
   AddResultOptions(*model, options.fResult);
   AddSaveOptions(*model, "predictions", options.fSave);
-  model
-      ->add_option("--save-model", options.fSaveState,
-                   "Keep the model for predselect score: .bin or .xml")
-      ->type_name("FILE")
-      ->check(IsStateName);
+  CLI::Option* kept = model->add_option("--save-model", options.fSaveState,
+                                        "Keep the model for predselect score: .bin or .xml");
+  kept->type_name("FILE")->check(IsStateName);
+  AddSignKey(*model, options, kept);
   AddExportFile(*model, options);
   model->add_option("--pmml", options.fModel.fPmml, "Write the model as PMML")->type_name("FILE");
   AddMemory(*model, " that train the model (default: auto)", options.fMemory);
@@ -216,10 +215,11 @@ CLI::App* AddRun(CLI::App& app, Options& options) {
             "PredictorSummary of SELECTPRED, SubsetSummary of NAIVEBAYES");
   AddResultOptions(*run, options.fResult);
   AddSaveOptions(*run, "new variables", options.fSave);
-  run->add_option("--save-state", options.fSaveState,
-                  "Save what the last command's engine has counted: .bin or .xml")
-      ->type_name("FILE")
-      ->check(IsStateName);
+  CLI::Option* state =
+      run->add_option("--save-state", options.fSaveState,
+                      "Save what the last command's engine has counted: .bin or .xml");
+  state->type_name("FILE")->check(IsStateName);
+  AddSignKey(*run, options, state);
   AddExportFile(*run, options);
   run->add_option("--results", options.fResults,
                   "Write rankings and subsets as XML documents into this directory")
@@ -257,10 +257,10 @@ CLI::App* AddMerge(CLI::App& app, Options& options) {
       app.add_subcommand("merge", "Bring together states that were counted over parts of the data");
   AddState(*merge, "STATE", options, true);
   InGroup(*merge, kResultsGroup);
-  merge->add_option("-o,--output", options.fSaveState, "Write the merged state here: .bin or .xml")
-      ->required()
-      ->type_name("FILE")
-      ->check(IsStateName);
+  CLI::Option* merged = merge->add_option("-o,--output", options.fSaveState,
+                                          "Write the merged state here: .bin or .xml");
+  merged->required()->type_name("FILE")->check(IsStateName);
+  AddSignKey(*merge, options, merged);
   merge->add_flag("--allow-equal", options.fbAllowEqual,
                   "Take states that hold the very same counts, too");
   merge->footer(kMergeExamples)->group(kLanguage);
@@ -297,6 +297,7 @@ CLI::App* AddView(CLI::App& app, Options& options) {
       ->required()
       ->expected(1)
       ->type_name("FILE");
+  AddVerifyKey(*view, options);
   view->add_option("-o,--output", options.fResult.fFile, "Write the report here instead")
       ->type_name("FILE");
   view->footer(kViewExamples)->group(kLanguage);

@@ -88,6 +88,8 @@ class ISession {
   // name ends in ".xml"), and how the names of its result documents begin. Empty: nothing is
   // written. A session that offers neither need not implement them.
   virtual std::string StatePath() const { return {}; }
+  // The key that the state's file is signed with; empty for no signature.
+  virtual std::string StateKey() const { return {}; }
   virtual std::string ResultsPrefix() const { return {}; }
 
   // The built model of a command that builds one, before its cases are scored: borrowed for the

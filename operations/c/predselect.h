@@ -108,6 +108,13 @@ predselect_status predselect_session_set_progress(predselect_session* session,
 // it.
 predselect_status predselect_session_set_threads(predselect_session* session, size_t threads);
 
+// Files that hold keys, of 16 to 4096 bytes that nobody but owner and group may read: what jobs and
+// predselect_state_save write is signed with the first from now on, and predselect_state_load refuses
+// what was not signed with the second. NULL for none, as it is unless set.
+predselect_status predselect_session_set_state_keys(predselect_session* session,
+                                                    const char* sign_key_path,
+                                                    const char* verify_key_path);
+
 // ---- Tables -------------------------------------------------------------------------------------
 
 // Do not renumber.
