@@ -360,6 +360,9 @@ def every_state():
                     *(["--format", form] for form in forms)):
         yield Job(["score", "--model", made("model.bin"), *PLAIN, *options])
     yield Job(["score", "--model", made("model.bin"), *table("survey.csv"), "--dry-run"])
+    for method in ("temperature", "isotonic", "platt"):
+        yield Job(["model", *PENGUINS, "species", "--calibrate", method, "--export", "model.json"])
+        yield run(PENGUINS, "NAIVEBAYES species.", "--calibrate", method, "--save-state", "state.bin")
     for options in (["--explain"], ["--explain", "1", "--save-data", "out.parquet"]):
         yield Job(["score", "--model", made("coded.bin"), *table("survey.csv"), *options])
     for form in (*forms, "json"):

@@ -54,7 +54,12 @@ PLACE(predselect_run_options, struct_size, 0);
 PLACE(predselect_run_options, state_path, 1);
 PLACE(predselect_run_options, results_folder, 2);
 PLACE(predselect_run_options, memory, 3);
+PLACE(predselect_run_options, calibrate, 4);
+PLACE(predselect_run_options, calibration_seed, 5);
 SAME(PREDSELECT_MEMORY_AUTO, SIZE_MAX);
+SAME(PREDSELECT_CALIBRATE_NOT, 0);
+SAME(PREDSELECT_CALIBRATE_TEMPERATURE, 1);
+SAME(PREDSELECT_CALIBRATE_ISOTONIC, 2);
 
 PLACE(predselect_score_options, struct_size, 0);
 PLACE(predselect_score_options, predicted, 1);
@@ -92,3 +97,5 @@ PLACE(predselect_model_options, save_predictions, 6);
 PLACE(predselect_model_options, state_path, 7);
 PLACE(predselect_model_options, pmml_path, 8);
 PLACE(predselect_model_options, memory, 9);
+PLACE(predselect_model_options, calibrate, 10);
+PLACE(predselect_model_options, calibration_seed, 11);
