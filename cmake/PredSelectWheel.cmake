@@ -11,5 +11,8 @@ if(SKBUILD)
   endforeach()
   install(TARGETS ${wheel_libraries} LIBRARY DESTINATION predselect/_lib COMPONENT python)
   install(FILES ${PredSelectArrow_FILES} DESTINATION predselect/_lib COMPONENT python)
-  install(FILES ${PredSelectArrow_LICENSES} DESTINATION predselect/_lib/licenses/arrow COMPONENT python)
+  install(FILES ${PredSelectArrow_LICENSES} DESTINATION ${SKBUILD_METADATA_DIR}/licenses/arrow COMPONENT python)
+  # Of what draws the charts of a report, which is in the host's library.
+  install(FILES ${PROJECT_SOURCE_DIR}/host/output/report/page/charts.licences.txt
+    DESTINATION ${SKBUILD_METADATA_DIR}/licenses/charts COMPONENT python)
 endif()

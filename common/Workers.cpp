@@ -1,8 +1,9 @@
 #include "common/Workers.h"
 
-#include <csignal>
 #include <system_error>
 #include <utility>
+
+#include "common/WithoutSignals.h"
 
 namespace MCCommon {
 
@@ -25,26 +26,6 @@ template <class Ready>
 void LookFor(Ready ready) {
   for (int look = 0; look < kLooks && !ready(); ++look) Pause();
 }
-
-// Keeps signals that other processes and terminals send from the threads started meanwhile: they
-// are for the caller's, whose system calls they interrupt.
-class WithoutSignals {
- public:
-  WithoutSignals() {
-    sigset_t sent;
-    sigemptyset(&sent);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGALRM, SIGUSR1, SIGUSR2}) {
-      sigaddset(&sent, signal);
-    }
-    pthread_sigmask(SIG_BLOCK, &sent, &fBefore);
-  }
-  ~WithoutSignals() { pthread_sigmask(SIG_SETMASK, &fBefore, nullptr); }
-  WithoutSignals(const WithoutSignals&) = delete;
-  WithoutSignals& operator=(const WithoutSignals&) = delete;
-
- private:
-  sigset_t fBefore;
-};
 
 }  // namespace
 

@@ -2,8 +2,9 @@
 //
 // Binary, or XML where the name ends in ".xml". A feature selection component has its dictionary in
 // front of it; a Naive Bayes component knows its variables itself. A component that was saved alone
-// (SaveState, SaveStateXML) is read too, and a model in its JSON form (JSONModel.h). Nothing is thrown; files are neither locked nor replaced
-// in one step here.
+// (SaveState, SaveStateXML) is read too, and a model in its JSON form (JSONModel.h). What is
+// written is in an envelope (StateEnvelope.h); what is read may be. Nothing is thrown; files are
+// neither locked nor replaced in one step here.
 #pragma once
 
 #include <cstdint>
@@ -25,17 +26,22 @@ struct ComponentFile {
 // True for a name that ends in ".xml", in any case.
 bool IsXMLStateName(const std::string& path);
 
-// Writes to `path` in the form asked for; the dictionary may be null. The return value is empty, or
-// what went wrong.
-std::string WriteComponentFile(const std::string& path, bool xml, const IFSAlgorithm& component,
-                               const StateDictionary* dictionary);
-std::string WriteComponentFile(const std::string& path, bool xml, const INBAlgorithm& component);
+struct StateWriting {
+  bool fbXML = false;
+  std::string fKey{};  // signs the file; empty for no signature
+};
+
+// Writes to `path`; the dictionary may be null. The return value is empty, or what went wrong.
+std::string WriteComponentFile(const std::string& path, const StateWriting& how,
+                               const IFSAlgorithm& component, const StateDictionary* dictionary);
+std::string WriteComponentFile(const std::string& path, const StateWriting& how,
+                               const INBAlgorithm& component);
 
 // Reads any form of either component, told apart by their first bytes. Empty, or what went
-// wrong; `place`, where it is given, then says where in the file ("byte 17", "line 4"). Nothing
-// goes to standard error.
+// wrong; `place`, where it is given, then says where in the file ("byte 17", "line 4"). With a key,
+// a file that was not signed with it is refused. Nothing goes to standard error.
 std::string ReadComponentFile(const std::string& path, ComponentFile& file,
-                              std::string* place = nullptr);
+                              std::string* place = nullptr, const std::string& key = {});
 
 // A number that the same counts of the same variables have, in either form, however long the
 // counting took; others have another one but for a chance of 2^-64.

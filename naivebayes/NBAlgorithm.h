@@ -105,6 +105,9 @@ class NBAlgorithm : public INBAlgorithm {
   bool IsGrown() const { return fCalibration.GetMethod() != NBCalibration::kNone; }
   // Makes one component of the parts that were read; false when they do not fit together.
   bool LinkParts();
+  // Whether the counts add up: the target's to the weight, and no input's to more than the
+  // target's.
+  bool HasSensibleCounts() const;
   // Categories outside the model of which a state holds nothing but their number.
   std::int64_t CountUnlistedCategories() const;
   MCNaive::MCStatus DoExport(std::ostream& os, MCApplicInfo4XML* info) const;

@@ -1,6 +1,5 @@
 #include "operations/RunCommands.h"
 
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -10,8 +9,8 @@
 #include "host/data/DataTable.h"
 #include "host/output/BpError.h"
 #include "host/output/OutputDocument.h"
-#include "host/session/NewFolder.h"
 #include "host/session/OutputFile.h"
+#include "host/session/OutputGroup.h"
 #include "host/session/SameFile.h"
 #include "host/session/Session.h"
 #include "host/session/SessionScope.h"
@@ -157,9 +156,9 @@ Outcome RunCommands(DataTable& table, MCHost::OutputDocument& document, const Ru
   RecordData(document, table.CaseCount(), table.ColumnCount());
   RunSession session(table, document, request, surroundings);
   CheckModelComes(commands.back(), session);
-  std::optional<MCHost::NewFolder> results;
+  MCHost::OutputGroup outputs;
   const bool isDone = request.fpPlans == nullptr;
-  if (isDone && !request.fResultsFolder.empty()) results.emplace(request.fResultsFolder);
+  if (isDone && !request.fResultsFolder.empty()) outputs.MakeFolder(request.fResultsFolder);
   Outcome outcome = Outcome::kCompleted;
   for (const MCHost::CommandText& command : commands) {
     if (session.IsCancelled()) break;
@@ -168,6 +167,7 @@ Outcome RunCommands(DataTable& table, MCHost::OutputDocument& document, const Ru
     if (outcome != Outcome::kCommandError && one != Outcome::kCompleted) outcome = one;
   }
   if (session.IsCancelled()) return Outcome::kCancelled;
+  outputs.Commit();
   if (outcome == Outcome::kCompleted && isDone) ReportIdleWishes(session, request);
   return outcome;
 }

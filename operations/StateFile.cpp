@@ -12,9 +12,9 @@ namespace PredSelect {
 
 namespace {
 
-std::string Write(const ComponentFile& state, const std::string& path, bool xml) {
-  if (state.fpNaive != nullptr) return WriteComponentFile(path, xml, *state.fpNaive);
-  return WriteComponentFile(path, xml, *state.fpFeature,
+std::string Write(const ComponentFile& state, const std::string& path, const StateWriting& how) {
+  if (state.fpNaive != nullptr) return WriteComponentFile(path, how, *state.fpNaive);
+  return WriteComponentFile(path, how, *state.fpFeature,
                             state.fDictionary ? &*state.fDictionary : nullptr);
 }
 
@@ -48,7 +48,7 @@ ComponentFile LoadState(const std::string& path) {
 
 void SaveState(const ComponentFile& state, const std::string& path) {
   MCHost::WriteWhole(path, [&](const std::string& temporary) {
-    return Write(state, temporary, IsXMLStateName(path));
+    return Write(state, temporary, {IsXMLStateName(path)});
   });
 }
 

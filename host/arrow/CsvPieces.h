@@ -1,42 +1,39 @@
-// Reads a CSV file in pieces of whole lines, on all cores, as what its start promises.
+// Reads a CSV file in pieces of whole lines, on several threads, as what its start promises.
 //
 // What it gives is what the reader of the whole file would give, as long as the file keeps the
 // promise; where it may not, reading ends with an error, and a CsvInspector must look at all of it.
 // Up to then nothing is known of the rest of the file.
+//
+// Pieces are fetched one after the other and decoded side by side, ahead of the reader, and given
+// in their order. Whoever has time takes the next one, the reader's own thread among them where it
+// would wait: no result depends on how many threads there are.
 #pragma once
 
-#include <arrow/csv/options.h>
 #include <arrow/io/type_fwd.h>
 #include <arrow/record_batch.h>
-#include <arrow/util/future.h>
 
+#include <condition_variable>
 #include <cstddef>
-#include <cstdint>
-#include <deque>
 #include <memory>
-#include <string>
+#include <mutex>
+#include <thread>
 #include <vector>
 
-#include "host/arrow/CsvPiece.h"
-#include "host/arrow/CsvTexts.h"
+#include "host/arrow/CsvBounds.h"
+#include "host/arrow/CsvDecoder.h"
+#include "host/arrow/CsvLines.h"
 
 namespace MCHost {
 
 struct CsvPieceRules {
-  arrow::csv::ParseOptions fParse;
-  arrow::csv::ConvertOptions fConvert;
-  std::vector<std::string> fNames;  // of all columns of the file
-  std::vector<bool> fWhole;         // of the columns that are read: only whole numbers are right
+  CsvPromise fPromise;
   std::size_t fPieceBytes;
-  CsvLook fLook{};
   bool fbHeader = true;
-  CsvTexts fTexts{CsvNumbers{}};
 };
 
 class CsvPieces final : public arrow::RecordBatchReader {
  public:
-  CsvPieces(std::shared_ptr<arrow::io::InputStream> input, std::shared_ptr<arrow::Schema> schema,
-            CsvPieceRules rules);
+  CsvPieces(std::shared_ptr<arrow::io::InputStream> input, const CsvPieceRules& rules);
   ~CsvPieces() override;
 
   std::shared_ptr<arrow::Schema> schema() const override { return fpSchema; }
@@ -45,18 +42,41 @@ class CsvPieces final : public arrow::RecordBatchReader {
  private:
   using Batch = std::shared_ptr<arrow::RecordBatch>;
 
-  arrow::Result<std::string> NextPiece();
-  arrow::Status SkipHeader(std::string& piece);
-  arrow::Result<Batch> Parse(std::string piece) const;
-  arrow::Status CheckNumbers(const arrow::RecordBatch& batch) const;
+  // A piece that was fetched, and in the end its cells or why there are none.
+  struct Slot {
+    CsvPiece fPiece;
+    Batch fpBatch;
+    arrow::Status fStatus;
+    bool fbDecoded = false;
+  };
 
-  std::shared_ptr<arrow::io::InputStream> fpInput;
+  void Start(std::size_t threads);
+  void Serve(CsvBounds& bounds);
+  bool IsWanted() const { return !fbEnded && fnAhead < fvSlots.size(); }
+  bool IsFirstThere() const { return fnAhead > 0 && fvSlots[fFirst].fbDecoded; }
+  void DecodeOne(CsvBounds& bounds);
+  Slot* Fetch();
+  arrow::Result<CsvPiece> FetchPiece();
+  arrow::Status SkipHeader(CsvPiece& piece) const;
+
   std::shared_ptr<arrow::Schema> fpSchema;
-  const CsvPieceRules fRules;
-  std::string fRest;  // what was read of the line behind the last piece
-  bool fbStarted = false;
-  bool fbEnded = false;
-  std::deque<arrow::Future<Batch>> fAhead;
+  CsvDecoder fDecoder;
+  CsvDecoder fHeader;  // of lines whose cells are not wanted
+  bool fbHeader;       // is still to come
+
+  std::mutex fFetching;  // of what the pieces come from
+  CsvLines fLines;
+
+  std::mutex fMutex;  // of all below
+  std::condition_variable fChanged;
+  std::vector<Slot> fvSlots;  // a ring
+  std::size_t fFirst = 0;
+  std::size_t fnAhead = 0;
+  bool fbEnded = false;  // there is no more to fetch
+  bool fbLeft = false;   // by the reader
+
+  CsvBounds fBounds;  // of the reader's thread
+  std::vector<std::thread> fvThreads;
 };
 
 }  // namespace MCHost

@@ -184,34 +184,30 @@ bool CsvSource::IsUsual() const {
 
 void CsvSource::OpenAs(const Types& types, const std::vector<int>* columns,
                        ArrowArrayStream* stream) const {
-  auto convert = arrow::csv::ConvertOptions::Defaults();
-  convert.check_utf8 = false;  // the inspector has checked it
-  convert.strings_can_be_null = true;
-  convert.null_values = fRules.fNullTokens;
-  convert.decimal_point = fRules.fNumbers.fDecimal;
-  CsvTexts texts(fRules.fNumbers);
+  std::vector<int> places;
   arrow::FieldVector fields;
   for (std::size_t j = 0; j < types.size(); ++j) {
     const int place = static_cast<int>(j);
     if (columns && !std::binary_search(columns->begin(), columns->end(), place)) continue;
-    const CsvColumn& column = fInspector.Columns()[j];
-    const bool isNumber = types[j]->id() == arrow::Type::DOUBLE;
-    const bool isTurned = !column.fNulls.empty() || (isNumber && column.fbGrouped);
-    if (isTurned) texts.Add(static_cast<int>(fields.size()), types[j], column.fNulls);
-    fields.push_back(arrow::field(column.fName, types[j]));
-    convert.column_types[column.fName] = isTurned ? arrow::utf8() : types[j];
-    convert.include_columns.push_back(column.fName);
+    places.push_back(place);
+    fields.push_back(arrow::field(fInspector.Columns()[j].fName, types[j]));
   }
-  auto schema = arrow::schema(std::move(fields));
   std::shared_ptr<arrow::RecordBatchReader> reader;
   if (fbStartOnly) {
-    reader = ReadPieces(std::move(schema), std::move(convert), std::move(texts));
+    reader = ReadPieces(std::move(fields), std::move(places));
   } else if (CaseCount() == 0) {
-    reader = Value(arrow::RecordBatchReader::Make({}, std::move(schema)), Name());
+    reader = Value(arrow::RecordBatchReader::Make({}, arrow::schema(std::move(fields))), Name());
   } else {
-    reader = ReadLines(convert, texts);
+    reader = ReadLines(fields, places);
   }
   Check(arrow::ExportRecordBatchReader(std::move(reader), stream), Name());
+}
+
+// Whether only texts of its own make a column what it is.
+bool CsvSource::IsTurned(int place, const arrow::Field& field) const {
+  const CsvColumn& column = fInspector.Columns()[static_cast<std::size_t>(place)];
+  const bool isNumber = field.type()->id() == arrow::Type::DOUBLE;
+  return !column.fNulls.empty() || (isNumber && column.fbGrouped);
 }
 
 arrow::csv::ParseOptions CsvSource::ParseOptions() const {
@@ -228,21 +224,35 @@ std::vector<std::string> CsvSource::ColumnNames() const {
   return names;
 }
 
-std::shared_ptr<arrow::RecordBatchReader> CsvSource::ReadPieces(
-    std::shared_ptr<arrow::Schema> schema, arrow::csv::ConvertOptions convert,
-    CsvTexts texts) const {
-  convert.true_values = {"true", "True", "TRUE"};
-  convert.false_values = {"false", "False", "FALSE"};
+std::shared_ptr<arrow::RecordBatchReader> CsvSource::ReadPieces(arrow::FieldVector fields,
+                                                                std::vector<int> places) const {
+  const auto words = arrow::dictionary(arrow::int32(), arrow::utf8());
+  CsvTexts texts(fRules.fNumbers);
   texts.ExpectNothing();
-  CsvPieceRules rules{ParseOptions(),  std::move(convert),
-                      ColumnNames(),   {},
-                      fStartBytes,     {fRules.fDelimiter, fRules.fQuote, fRules.fNumbers.fDecimal},
-                      fRules.fbHeader, std::move(texts)};
-  for (const CsvColumn& column : fInspector.Columns()) {
-    if (schema->GetFieldIndex(column.fName) < 0) continue;
-    rules.fWhole.push_back(column.fDeclared == FieldType::kInteger);
+  std::vector<bool> whole;
+  for (std::size_t k = 0; k < fields.size(); ++k) {
+    const CsvColumn& column = fInspector.Columns()[static_cast<std::size_t>(places[k])];
+    const auto type = fields[k]->type();
+    const arrow::Type::type id = type->id();
+    const bool isDecoded =
+        id == arrow::Type::DOUBLE || id == arrow::Type::STRING || id == arrow::Type::NA;
+    const bool isTurned = !isDecoded || IsTurned(places[k], *fields[k]);
+    if (isTurned) texts.Add(static_cast<int>(k), type, column.fNulls);
+    if (isTurned) fields[k] = fields[k]->WithType(arrow::utf8());
+    if (!isTurned && id == arrow::Type::STRING) fields[k] = fields[k]->WithType(words);
+    whole.push_back(column.fDeclared == FieldType::kInteger);
   }
-  return std::make_shared<CsvPieces>(fBytes.Open(), std::move(schema), std::move(rules));
+  CsvPromise promise{fRules.fDelimiter,
+                     fRules.fQuote,
+                     fRules.fNumbers.fDecimal,
+                     fRules.fNullTokens,
+                     fInspector.Columns().size(),
+                     arrow::schema(std::move(fields)),
+                     std::move(places),
+                     std::move(whole),
+                     std::move(texts)};
+  return std::make_shared<CsvPieces>(
+      fBytes.Open(), CsvPieceRules{std::move(promise), fStartBytes, fRules.fbHeader});
 }
 
 // Which count where the header is skipped as a row.
@@ -259,7 +269,22 @@ std::int32_t CsvSource::BlankLinesAtStart() const {
 }
 
 std::shared_ptr<arrow::RecordBatchReader> CsvSource::ReadLines(
-    const arrow::csv::ConvertOptions& convert, const CsvTexts& texts) const {
+    const arrow::FieldVector& fields, const std::vector<int>& places) const {
+  auto convert = arrow::csv::ConvertOptions::Defaults();
+  convert.check_utf8 = false;  // the inspector has checked it
+  convert.strings_can_be_null = true;
+  convert.null_values = fRules.fNullTokens;
+  convert.decimal_point = fRules.fNumbers.fDecimal;
+  CsvTexts texts(fRules.fNumbers);
+  for (std::size_t k = 0; k < fields.size(); ++k) {
+    const std::string& name = fields[k]->name();
+    const auto& type = fields[k]->type();
+    const auto& nulls = fInspector.Columns()[static_cast<std::size_t>(places[k])].fNulls;
+    const bool isTurned = IsTurned(places[k], *fields[k]);
+    if (isTurned) texts.Add(static_cast<int>(k), type, nulls);
+    convert.column_types[name] = isTurned ? arrow::utf8() : type;
+    convert.include_columns.push_back(name);
+  }
   auto read = arrow::csv::ReadOptions::Defaults();
   // A row must fit into two blocks.
   read.block_size = static_cast<std::int32_t>(

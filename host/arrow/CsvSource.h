@@ -72,11 +72,12 @@ class CsvSource final : public IArrowSource {
   arrow::csv::ParseOptions ParseOptions() const;
   std::vector<std::string> ColumnNames() const;
   std::int32_t BlankLinesAtStart() const;
-  std::shared_ptr<arrow::RecordBatchReader> ReadPieces(std::shared_ptr<arrow::Schema> schema,
-                                                       arrow::csv::ConvertOptions convert,
-                                                       CsvTexts texts) const;
-  std::shared_ptr<arrow::RecordBatchReader> ReadLines(const arrow::csv::ConvertOptions& convert,
-                                                      const CsvTexts& texts) const;
+  bool IsTurned(int place, const arrow::Field& field) const;
+  // Fields of the schema that is asked for, and which columns of the file they are.
+  std::shared_ptr<arrow::RecordBatchReader> ReadPieces(arrow::FieldVector fields,
+                                                       std::vector<int> places) const;
+  std::shared_ptr<arrow::RecordBatchReader> ReadLines(const arrow::FieldVector& fields,
+                                                      const std::vector<int>& places) const;
   void OpenAs(const Types& types, const std::vector<int>* columns, ArrowArrayStream* stream) const;
 
   TextBytes fBytes;

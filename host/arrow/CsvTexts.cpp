@@ -139,18 +139,26 @@ arrow::Result<std::shared_ptr<arrow::RecordBatch>> CsvTexts::Turn(
 std::shared_ptr<arrow::RecordBatchReader> CsvTexts::Turn(
     std::shared_ptr<arrow::RecordBatchReader> batches) const {
   if (fColumns.empty()) return batches;
-  arrow::FieldVector fields = batches->schema()->fields();
+  auto schema = TurnedSchema(*batches->schema());
+  return std::make_shared<TurnedBatches>(std::move(batches), *this, std::move(schema));
+}
+
+std::shared_ptr<arrow::Schema> CsvTexts::TurnedSchema(const arrow::Schema& schema) const {
+  arrow::FieldVector fields = schema.fields();
   for (const Column& column : fColumns) {
     auto& field = fields[static_cast<std::size_t>(column.fPlace)];
     field = field->WithType(column.fpType);
   }
-  return std::make_shared<TurnedBatches>(std::move(batches), *this, arrow::schema(fields));
+  return arrow::schema(std::move(fields));
 }
 
 arrow::Result<std::shared_ptr<arrow::Array>> CsvTexts::TurnColumn(const Column& column,
                                                                   const arrow::Array& texts) const {
-  ARROW_ASSIGN_OR_RAISE(auto cells,
-                        WithNulls(static_cast<const arrow::StringArray&>(texts), column.fNulls));
+  auto cells = arrow::MakeArray(texts.data());
+  if (!column.fNulls.empty()) {
+    ARROW_ASSIGN_OR_RAISE(
+        cells, WithNulls(static_cast<const arrow::StringArray&>(texts), column.fNulls));
+  }
   switch (column.fpType->id()) {
     case arrow::Type::STRING:
       return cells;

@@ -1,6 +1,5 @@
-// Columns of a CSV file that Arrow cannot read as what they are, since its numbers have no
-// thousands marks and its null texts are those of all columns: they are read as texts, and turned
-// here.
+// Columns of a CSV file that are read as texts, and turned into what they are here: numbers with
+// thousands marks, columns with null texts of their own, what is rare.
 #pragma once
 
 #include <arrow/record_batch.h>
@@ -29,6 +28,8 @@ class CsvTexts {
   // An error for a text that is not of the type.
   arrow::Result<std::shared_ptr<arrow::RecordBatch>> Turn(
       std::shared_ptr<arrow::RecordBatch> batch) const;
+
+  std::shared_ptr<arrow::Schema> TurnedSchema(const arrow::Schema& schema) const;
 
   // The same for each batch of a reader; itself where no column was added.
   std::shared_ptr<arrow::RecordBatchReader> Turn(

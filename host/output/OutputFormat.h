@@ -34,6 +34,7 @@ enum class OutputFormat {
   kBrief,
   kHistogram
 };
+inline constexpr OutputFormat kLastOutputFormat = OutputFormat::kHistogram;
 
 // "count", "percent", ...
 const char* FormatName(OutputFormat format);

@@ -57,6 +57,16 @@ void RemoveLeftovers(const std::string& folder) {
   }
 }
 
+// False where there are not two files, or the file system cannot do it.
+bool Exchange(const std::string& a, const std::string& b) {
+#ifdef RENAME_EXCHANGE
+  return renameat2(AT_FDCWD, a.c_str(), AT_FDCWD, b.c_str(), RENAME_EXCHANGE) == 0;
+#else
+  errno = EINVAL;
+  return false;
+#endif
+}
+
 }  // namespace
 
 TemporaryFile::TemporaryFile(std::string folder) : fFolder(std::move(folder)) {
@@ -130,14 +140,34 @@ void TemporaryFile::ForgetName() {
   fName.clear();
 }
 
-int TemporaryFile::TakePlaceOf(const std::string& target) {
+int TemporaryFile::Settle() {
+  while (fsync(fDescriptor) != 0) {
+    if (errno == EINVAL || errno == ENOTSUP) break;  // there is nothing behind the file
+    if (errno != EINTR) return errno;
+  }
   // Closing tells of writes that failed late; the file itself stays open, for its lock.
   const int copy = dup(fDescriptor);
-  if (copy < 0 || close(copy) != 0) return errno;
-  if (fName.empty() && !GiveName()) return errno;
+  if (copy < 0 || (close(copy) != 0 && errno != EINTR)) return errno;
+  return fName.empty() && !GiveName() ? errno : 0;
+}
+
+int TemporaryFile::TakePlaceOf(const std::string& target, bool mayReturn) {
+  fLeft = Left::kNothing;
+  if (mayReturn) {
+    if (Exchange(fName, target)) {
+      fLeft = Left::kOldFile;
+      return 0;
+    }
+    if (errno == ENOENT) fLeft = Left::kNoFile;
+  }
   if (std::rename(fName.c_str(), target.c_str()) != 0) return errno;
-  ForgetName();
+  if (!mayReturn) ForgetName();
   return 0;
+}
+
+void TemporaryFile::GiveBack(const std::string& target) {
+  if (fLeft == Left::kOldFile) (void)Exchange(target, fName);
+  if (fLeft == Left::kNoFile) (void)!std::rename(target.c_str(), fName.c_str());
 }
 
 }  // namespace MCHost

@@ -6,6 +6,7 @@
 #include <optional>
 #include <sstream>
 
+#include "common/WholeText.h"
 #include "common/xml/DocumentHeader.h"
 #include "common/xml/MCApplicInfo4XML.h"
 #include "common/xml/XMLElement.h"
@@ -267,7 +268,7 @@ ExportedModel ToPMML(const INBAlgorithm& component, const ExportOptions& options
   AddVerification(document, component, model, names);
   std::ostringstream text;
   WriteDocument(text, nullptr, *root, &info);
-  ExportedModel exported{text.str(), {}};
+  ExportedModel exported{MCCommon::WholeText(text), {}};
   for (const ScoringInput& input : model.fInputs) {
     if (std::ranges::find(input.fTexts, "") == input.fTexts.end()) continue;
     exported.fNotes.push_back("The empty text is a category of \"" + input.fName +

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <sstream>
 
+#include "common/WholeText.h"
 #include "common/xml/DocumentHeader.h"
 #include "common/xml/XMLDocType.h"
 #include "common/xml/XMLError.h"
@@ -19,6 +20,9 @@ namespace {
 
 // A few bytes must not stand for gigabytes of tables and documents.
 constexpr std::int64_t kMostUnlisted = 1 << 20;
+
+// Whether a sum of weights is another one of the same weights but for its rounding.
+bool IsRounded(double sum, double other) { return std::abs(sum - other) <= 1e-7 * other; }
 
 }  // namespace
 
@@ -129,6 +133,21 @@ std::int64_t NBAlgorithm::CountUnlistedCategories() const {
   return unlisted;
 }
 
+bool NBAlgorithm::HasSensibleCounts() const {
+  double counted = 0;
+  for (int k = 0; k < fOutput.GetNCategories(); ++k) counted += fOutput.GetCount(k);
+  if (!IsRounded(counted, fTotalWeight)) return false;
+  for (const NBayesInput& input : fInputs) {
+    for (int k = 0; k < fOutput.GetNCategories(); ++k) {
+      double column = 0;
+      for (int m = 0; m < input.GetNCategories(); ++m) column += input.GetCount(m, k);
+      const double most = fOutput.GetCount(k);
+      if (column > most && !IsRounded(column, most)) return false;  // less: it may be missing
+    }
+  }
+  return true;
+}
+
 bool NBAlgorithm::LinkParts() {
   if (CountUnlistedCategories() > kMostUnlisted) return false;
   const int target = fVarList.GetTargetIndex();
@@ -145,8 +164,8 @@ bool NBAlgorithm::LinkParts() {
     }
     input.SetVariable(fVarList.GetVarAt(input.GetVarIndex()));
   }
-  fbBuilt = true;
-  return true;
+  fbBuilt = HasSensibleCounts();
+  return fbBuilt;
 }
 
 bool NBAlgorithm::HasFiniteWeight() const {
@@ -174,7 +193,7 @@ void NBAlgorithm::DoSaveXML(std::ostream& os) const {
   MCCommonXML::StartRoot(text, MCModelFiles::Copyright());
   WriteObjectXML(text, 2);
   MCCommonXML::EndRoot(text);
-  os << text.view();
+  os << MCCommon::WholeText(text);
   os.flush();
 }
 

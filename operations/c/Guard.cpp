@@ -35,6 +35,7 @@ Call::Call(predselect_session* session) noexcept : fpSession(session) {
   if (fpSession == nullptr) return;
   ++gCallsUnderWay;
   session->fbCancelled = false;
+  session->fNotes.clear();
   session->fError.clear();
   session->fpError = session->fError.c_str();
 }

@@ -18,6 +18,7 @@ struct predselect_session {
   // The callback, or another thread, has asked to stop it.
   std::atomic<bool> fbCancelled = false;
   std::function<bool()> fAskToStop;  // the cancel callback, empty for none
+  std::string fNotes;                // of the last call
   std::string fError;                // of the last call
   const char* fpError = "";          // it, or a fixed text where there was no memory for it
 };
@@ -42,4 +43,5 @@ struct predselect_result {
   std::string fJson;  // empty until it is asked for
   std::string fPage;
   std::string fReport;
+  std::string fKept;
 };

@@ -8,6 +8,7 @@
 #include "host/data/MemoryTable.h"
 #include "host/data/TableBatches.h"
 #include "host/output/FlatRecords.h"
+#include "host/output/render/KeptDocument.h"
 #include "host/output/render/LayFlat.h"
 #include "host/output/render/RenderJson.h"
 #include "host/output/render/RenderText.h"
@@ -87,6 +88,30 @@ predselect_status predselect_result_html(predselect_session* session, predselect
     const std::string about = TextArgument(heading, "heading", asked.fDocument.fDataSource.c_str());
     asked.fReport = MCHost::RenderReport(asked.fDocument, about);
     out = asked.fReport.c_str();
+  });
+}
+
+predselect_status predselect_result_keep(predselect_session* session, predselect_result* result,
+                                         const char** bytes, size_t* size) {
+  Clear(bytes);
+  return Guarded(session, [&] {
+    const char*& out = Given(bytes, "bytes");
+    std::size_t& length = Given(size, "size");
+    predselect_result& asked = Given(result, "result");
+    if (asked.fKept.empty()) asked.fKept = MCHost::KeepDocument(asked.fDocument);
+    out = asked.fKept.data();
+    length = asked.fKept.size();
+  });
+}
+
+predselect_status predselect_result_restore(predselect_session* session, const char* bytes,
+                                            size_t size, predselect_result** result) {
+  Clear(result);
+  return Guarded(session, [&] {
+    predselect_result*& out = Given(result, "result");
+    auto restored = std::make_unique<predselect_result>();
+    restored->fDocument = MCHost::ReadKeptDocument({&Given(bytes, "bytes"), size});
+    out = restored.release();
   });
 }
 

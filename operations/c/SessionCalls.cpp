@@ -37,6 +37,10 @@ const char* predselect_session_error(const predselect_session* session) {
   return session != nullptr ? session->fpError : "";
 }
 
+const char* predselect_session_notes(const predselect_session* session) {
+  return session != nullptr ? session->fNotes.c_str() : "";
+}
+
 predselect_status predselect_session_set_application(predselect_session* session, const char* name,
                                                      const char* version) {
   return Guarded(session, [&] {

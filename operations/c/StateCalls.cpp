@@ -1,4 +1,5 @@
 #include <memory>
+#include <string>
 
 #include "operations/ExportModel.h"
 #include "operations/MergeStates.h"
@@ -58,7 +59,10 @@ predselect_status predselect_state_export(predselect_session* session,
     request.fFile = PathArgument(path, "path");
     request.fTo = TextArgument(given.format, "format", "");
     request.fTable = TextArgument(given.table, "table", request.fTable.c_str());
-    (void)PredSelect::WriteModelFile(PredSelect::ModelOf(model.fState, model.fName), request);
+    for (const std::string& note : PredSelect::WriteModelFile(
+             PredSelect::ModelOf(model.fState, model.fName), request)) {
+      session->fNotes += note + "\n";
+    }
   });
 }
 

@@ -73,6 +73,11 @@ void predselect_session_close(predselect_session* session);
 // it.
 const char* predselect_session_error(const predselect_session* session);
 
+// What else one should know of what the last call with this session has done, a sentence a line, ""
+// for nothing: predselect_state_export() tells here what the format cannot say of the model. Stays
+// until the next call with it.
+const char* predselect_session_notes(const predselect_session* session);
+
 // What the application is called in the files that are written.
 predselect_status predselect_session_set_application(predselect_session* session, const char* name,
                                                      const char* version);
@@ -319,6 +324,16 @@ predselect_status predselect_result_text(predselect_session* session, predselect
 predselect_status predselect_result_html(predselect_session* session, predselect_result* result,
                                          const char* heading, const char** html);
 
+// Everything but the cells of new variables, as bytes for predselect_result_restore() of the same
+// version: for a result that goes to another process. They stay until the result is closed.
+predselect_status predselect_result_keep(predselect_session* session, predselect_result* result,
+                                         const char** bytes, size_t* size);
+
+// The result that the bytes were kept of, which is not of a table any more. Bytes that are damaged
+// or of another version are PREDSELECT_DATA_ERROR.
+predselect_status predselect_result_restore(predselect_session* session, const char* bytes,
+                                            size_t size, predselect_result** result);
+
 // How many tables there are, those of all commands in order.
 predselect_status predselect_result_table_count(predselect_session* session,
                                                 const predselect_result* result, size_t* count);
@@ -379,8 +394,9 @@ typedef struct predselect_export_options {
 } predselect_export_options;
 
 // Writes a model's state in a form that scores elsewhere as predselect_score does. The file appears
-// whole or not at all. PREDSELECT_BAD_REQUEST for a format that is none, and for a model that the
-// format cannot hold. NULL options are those without a wish.
+// whole or not at all; predselect_session_notes() tells what it cannot say. PREDSELECT_BAD_REQUEST
+// for a format that is none, and for a model that the format cannot hold. NULL options are those
+// without a wish.
 predselect_status predselect_state_export(predselect_session* session,
                                           const predselect_state* state, const char* path,
                                           const predselect_export_options* options);

@@ -207,6 +207,9 @@ def test_polars_enums_and_arrow_dictionaries_say_their_level():
     ({"a": [object()]}, 'column "a": holds objects of object'),
     ({"a": np.array([1j])}, 'column "a": has the type complex128'),
     ({"a": np.zeros((2, 2))}, 'column "a": has 2 dimensions'),
+    ({"a": "text"}, "column \"a\": is one value, 'text'"),
+    (iter([{"a": 1.5}]), 'column "a": is one value, 1.5'),
+    ([[1, 2], [3, 4]], "rows are a list of dicts"),
     ({"a": [1, 2], "b": [1]}, "different lengths"),
     ({1: [1.5], "1": [2.5]}, 'two columns are named "1"'),
     (np.zeros((2, 2, 2)), "3 dimensions"),
@@ -294,6 +297,31 @@ def test_options_of_data(tmp_path, penguins):
         ps.rank(penguins, "sex", levels={"year": "numeric"})
     with pytest.raises(ps.RequestError, match='did you mean "species"'):
         ps.rank(penguins, "specis")
+
+
+def test_records_are_rows():
+    records = [{"y": "a", "x": 1.5}, {"y": "b"}, {"z": 3, "y": "a"}]
+    columns = {"y": ["a", "b", "a"], "x": [1.5, None, None], "z": [None, None, 3]}
+    assert ps.describe(records).document == ps.describe(columns).document
+
+
+def test_texts_that_are_dates_are_read_as_from_a_file(tmp_path):
+    pandas = pytest.importorskip("pandas")
+    lines = [f"2024-01-{i % 28 + 1:02},2024-02-0{i % 9 + 1} 12:00:0{i % 6},2024-02-{i % 30 + 1:02},"
+             f"{i % 9 + 2000},{'' if i % 5 else '2024-02-29T01:00Z'},{'ab'[i % 2]}" for i in range(60)]
+    path = tmp_path / "dates.csv"
+    path.write_text("\n".join(["day,when,no day,year,zone,y", *lines]) + "\n")
+    frame = pandas.read_csv(path)
+    with pytest.warns(ps.DataNotice, match='"day" holds dates'):
+        of_frame = ps.describe(frame)
+    assert of_frame.document["runs"] == ps.describe(path).document["runs"]
+    assert list(of_frame["Dictionary"]["type"]) == [
+        "date", "date and time", "text", "number", "date and time", "text"]
+    kept = ps.describe(frame, levels={"day": "nominal"})["Dictionary"]
+    assert kept["type"][0] == "text"
+    # A model of the file scores the frame.
+    model = ps.model(path, "y", test=0, predictors=1).state
+    assert len(ps.score(model, frame).new_columns) == 60
 
 
 def test_a_pattern_and_a_folder_are_one_table(penguins, tmp_path):

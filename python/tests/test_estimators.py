@@ -150,6 +150,9 @@ def test_mixed_columns_missing_values_and_unseen_categories(penguins, make):
     np.testing.assert_allclose(probabilities[0], probabilities[1])
     kept = PredictorSelector(k=2).set_output(transform="default").fit(data, species).transform(data)
     assert list(kept.columns) == ["bill_length_mm", "flipper_length_mm"]
+    every = PredictorSelector(alpha=None).set_output(transform="pandas").fit(data, species)
+    kinds = {n: dtype.kind for n, dtype in every.transform(data).dtypes.items()}
+    assert kinds["bill_length_mm"] == "f" and kinds["island"] == "O"
 
 
 def test_weights_are_copies_and_may_be_fractions():
@@ -266,8 +269,22 @@ def test_targets_and_weights_that_cannot_be_used_say_what_to_do():
         SubsetNaiveBayes().fit(pandas.DataFrame(X, columns=["a\nb", "c", "d", "e"]), Y)
     with pytest.raises(ValueError, match="none reaches 0.5. Multiply"):
         PredictorSelector().fit(X, Y, sample_weight=np.full(150, 1 / 150))
+    for estimator in (SubsetNaiveBayes(), PredictorSelector()):
+        with pytest.raises(ValueError, match="more than can be counted. Divide"):
+            estimator.fit(X, Y, sample_weight=np.full(150, 1e300))
     with pytest.raises(ValueError, match="ranks by .p. alone"):
         PredictorSelector(by="bits").partial_fit(X, Y)
+
+
+def test_texts_that_are_dates_are_categories_of_an_estimator():
+    pandas = pytest.importorskip("pandas")
+    data = pandas.DataFrame({"day": [f"2024-01-0{i % 3 + 1}" for i in range(90)], "x": np.arange(90) % 7})
+    y = (np.arange(90) % 3 == 0).astype(int)
+    fitted = SubsetNaiveBayes().fit(data, y)
+    assert "2024-01-01" in fitted.feature_log_prob("day")
+    new = pandas.DataFrame({"day": ["unknown", "2024-01-01"], "x": [1, 2]})
+    assert fitted.predict(new)[1] == 1
+    PredictorSelector().partial_fit(data, y).partial_fit(new, [0, 1])
 
 
 def test_threads_leave_the_filters_of_warnings_alone():

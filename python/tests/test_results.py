@@ -2,7 +2,10 @@
 
 from __future__ import annotations
 
+import copy
 import json
+import multiprocessing
+import pickle
 import warnings
 from xml.etree import ElementTree
 
@@ -96,13 +99,78 @@ def test_warnings_have_classes_and_point_to_the_caller():
         ps.rank({"y": y, "x": np.arange(n) / 7.0}, "y")
 
 
+def results_of(data):
+    model = ps.model(data, "species", predictions=True)
+    yield ps.rank(data, "species")
+    yield model
+    yield ps.describe(data)
+    yield ps.run(data, "SELECTPRED species /PRINT CPS EXCLUDED SUMMARY EFFECTS SELECTED /PLOT SUMMARY."
+                       "\nNAIVEBAYES species /SAVE PREDVAL(v) PREDPROB(p).")
+    yield ps.score(model.state, data)
+    yield model.state.inspect()
+
+
+@pytest.mark.filterwarnings("ignore")
+def test_results_go_through_pickles_and_copies_as_they_are(penguins, tmp_path):
+    for result in results_of(penguins):
+        result.save(tmp_path / "a.html")
+        for again in (pickle.loads(pickle.dumps(result)), copy.copy(result), copy.deepcopy(result)):
+            assert again.document == result.document and repr(again) == repr(result)
+            assert again.text(60) == result.text(60) and again._repr_html_() == result._repr_html_()
+            again.save(tmp_path / "b.html")
+            assert (tmp_path / "b.html").read_bytes() == (tmp_path / "a.html").read_bytes()
+            for mine, theirs in zip(again.tables, result.tables):
+                for name in theirs:
+                    np.testing.assert_array_equal(mine[name], theirs[name])
+            if result.document["runs"][-1]["new_variables"]:
+                assert again.new_columns.labels == result.new_columns.labels
+                if pytest.importorskip("pyarrow"):
+                    assert again.new_columns.to_arrow().equals(
+                        result.new_columns.to_arrow(), check_metadata=True)
+        table = pickle.loads(pickle.dumps(result.tables[0]))
+        assert table._repr_html_() == result.tables[0]._repr_html_()
+
+
+def ranked(path):
+    return ps.rank(path, "species")
+
+
+def failing(path):
+    return ps.run(path, "SELECTPRED species.\nSELECTPRED species /CRITERIA X=1.")
+
+
+@pytest.mark.parametrize("how", ["fork", "spawn"])
+def test_results_and_failures_come_out_of_other_processes(penguins, how):
+    with multiprocessing.get_context(how).Pool(1) as pool:
+        assert pool.apply(ranked, (penguins,)).text() == ranked(penguins).text()
+        with pytest.raises(ps.CommandError) as raised:
+            pool.apply(failing, (penguins,))
+    assert "PredictorSummary" in raised.value.result
+
+
+def test_damaged_and_foreign_pickles_of_results_are_refused(penguins):
+    kept = ps.rank(penguins, "species").__getstate__()
+    document = kept["document"]
+    damaged = [document[:n] for n in (0, 10, 200, len(document) - 1)] + [document + b"x"]
+    damaged += [document[:n] + bytes([document[n] ^ 64]) + document[n + 1 :]
+                for n in range(0, len(document), 97)]
+    foreign = [3, {}, {**kept, "document": "x"}, {**kept, "own": None}]
+    foreign += [{**kept, "new_columns": wrong} for wrong in (3, ({"a": [1]}, {}), None)]
+    for wrong in foreign + [{**kept, "document": d} for d in damaged]:
+        with pytest.raises(ps.DataError):
+            ps.Ranking.__new__(ps.Ranking).__setstate__(wrong)
+
+
 def test_a_command_that_fails_says_where_and_keeps_what_was_done(penguins):
     with pytest.raises(ps.CommandError) as raised:
         ps.run(penguins, "SELECTPRED species.\nSELECTPRED species /CRITERIA X=1.")
     assert "line 2, column 30" in str(raised.value) and "^" in str(raised.value)
+    assert not str(raised.value).startswith("Error")
     assert "PredictorSummary" in raised.value.result
     with pytest.raises(ps.RequestError, match="there is no command"):
         ps.run(penguins, " ")
+    with pytest.raises(ps.RequestError, match="target is a ndarray; name a column"):
+        ps.rank({"x": [1.5, 2]}, np.array(["a", "b"]))
     with pytest.raises(ps.RequestError, match="level body_mass_g=nominal"):
         ps.model(penguins, "body_mass_g")
     with pytest.raises(KeyError, match="there are"):
@@ -130,8 +198,14 @@ def test_states_come_and_go_as_files_of_the_program(penguins, program, tmp_path)
     theirs = [line.split(",") for line in csv.read_text().splitlines()[1:]]
     assert mine["PredictedValue"].tolist() == [line[0] for line in theirs]
     assert mine["p_2"].tolist() == [float(line[2]) for line in theirs]
+    scores = ps.score(loaded, penguins)
+    assert list(scores.to_pandas()["PredictedValue"]) == mine["PredictedValue"].tolist()
+    assert repr(scores).startswith("<Scores: 344 cases, PredictedValue, ")
     loaded.to_pmml(tmp_path / "model.pmml")
     assert ElementTree.parse(tmp_path / "model.pmml").getroot().get("version") == "4.3"
+    for kind, start in (("pmml", b"<?xml"), ("onnx", b"\x08"), ("sql", b"--"), ("c", b"/"), ("json", b"{")):
+        getattr(loaded, f"to_{kind}")(tmp_path / "other")
+        assert (tmp_path / "other").read_bytes().startswith(start)
     loaded.export(tmp_path / "model.txt", to="sql", table="new \"cases\"")
     assert (tmp_path / "model.txt").read_text().rstrip().endswith('FROM "new ""cases""" AS t')
     model.state.export(tmp_path / "model.json")
@@ -142,6 +216,17 @@ def test_states_come_and_go_as_files_of_the_program(penguins, program, tmp_path)
     with pytest.raises(ps.RequestError, match="ranking of predictors"):
         ps.run(penguins, "SELECTPRED sex.", save_state=tmp_path / "r.bin")
         ps.load(tmp_path / "r.bin").to_pmml(tmp_path / "r.pmml")
+
+
+def test_what_an_exported_model_cannot_say_is_a_notice(tmp_path):
+    long = "a name of more bytes than a database keeps of the names of its columns"
+    state = ps.model({"y": ["a", "b"] * 40, long: np.arange(80) % 4 + 0.5}, "y", test=0).state
+    with pytest.warns(ps.ExportNotice, match="longer than some databases") as caught:
+        state.to_sql(tmp_path / "model.sql")
+    assert len(caught) == 1 and caught[0].filename == __file__
+    with warnings.catch_warnings():
+        warnings.simplefilter("error")
+        state.to_json(tmp_path / "model.json")
 
 
 def test_states_add_up(tmp_path):

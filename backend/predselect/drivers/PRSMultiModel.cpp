@@ -15,6 +15,7 @@
 #include "backend/predselect/predsele.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "common/MCAssert.h"
+#include "common/WholeText.h"
 #include "common/xml/MCApplicInfo4XML.h"
 #include "host/cases/UAInputAdapter.h"
 #include "host/cases/UAVarValidSpecs.h"
@@ -126,7 +127,7 @@ void PRSMultiModel::Select(NaiveDataSourceIter& train, NaiveDataSourceIter* test
                                        .fpXML = PRSAreResultsWanted() ? &document : nullptr,
                                        .fpAppInfo = &info},
                                       fSelection));
-  fResultDocument = document.str();
+  fResultDocument = MCCommon::WholeText(document);
 }
 
 bool PRSMultiModel::ReportEngine() {
@@ -208,7 +209,7 @@ bool PRSMultiModel::WriteModel() {
   const MCNaive::MCStatus status = fpNBAlgorithm->ExportModelXML(document, &info);
   if (fRun.IsStopped()) return false;
   if (status.GetErrorCode() == MCNaive::kNoMemory) throw std::bad_alloc();
-  if (status.IsOK()) return PRSCommit(*fpModelFile, document.str());
+  if (status.IsOK()) return PRSCommit(*fpModelFile, MCCommon::WholeText(document));
   MCNaive::MCStatus failed(status.GetErrorCode(), false);
   failed.SetDiscreteDatum(0, status.GetDiscreteDatum(0));
   fLostModel = failed;

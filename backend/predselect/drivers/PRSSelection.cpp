@@ -1,6 +1,7 @@
 #include "backend/predselect/drivers/PRSSelection.h"
 
 #include <algorithm>
+#include <new>
 
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "common/MissingValue.h"
@@ -19,6 +20,7 @@ PRSSelection SelectPredictors(const PRSValidSpecs& specs, const IFSAlgorithm& al
   const int asked = std::min(size + nMore, nValid);
   const MCFeature::MCStatus status = algorithm.GetTopPredictors(
       selection.fCriterion, selection.fIndices, selection.fValues, asked);
+  if (status.GetErrorCode() == MCFeature::kOutOfMemory) throw std::bad_alloc();
   if (status.IsError()) return selection;
   const bool significance = FSCriterion::Of(selection.fCriterion).HasSignificance();
   const int nListed = static_cast<int>(selection.fIndices.size());

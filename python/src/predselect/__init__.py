@@ -12,7 +12,7 @@ from ._charts import Chart
 from ._explain import Explanation, explain
 from ._functions import describe, model, rank, run, score
 from ._library import version as _version
-from ._results import Model, NewColumns, Ranking, Result, ResultTable
+from ._results import Model, NewColumns, Ranking, Result, ResultTable, Scores
 from ._state import State
 from .errors import (
     Cancelled,
@@ -20,6 +20,7 @@ from .errors import (
     DataError,
     DataNotice,
     DriftWarning,
+    ExportNotice,
     LeakWarning,
     LibraryError,
     MemoryWarning,
@@ -35,10 +36,10 @@ if TYPE_CHECKING:
 __version__ = _version()
 __all__ = [
     "Cancelled", "Chart", "CommandError", "DataError", "DataNotice", "DriftWarning", "Explanation",
-    "LeakWarning", "LibraryError", "MemoryWarning", "Model", "NewColumns", "PredSelectError",
-    "PredSelectWarning", "PredictorSelector", "Ranking", "RequestError", "Result", "ResultTable",
-    "State", "SubsetNaiveBayes", "WeightWarning", "describe", "explain", "load", "model", "rank",
-    "run", "score",
+    "ExportNotice", "LeakWarning", "LibraryError", "MemoryWarning", "Model", "NewColumns",
+    "PredSelectError", "PredSelectWarning", "PredictorSelector", "Ranking", "RequestError", "Result",
+    "ResultTable", "Scores", "State", "SubsetNaiveBayes", "WeightWarning", "describe", "explain",
+    "load", "model", "rank", "run", "score",
 ]
 
 load = State.load

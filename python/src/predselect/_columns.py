@@ -8,6 +8,7 @@ from __future__ import annotations
 import datetime
 import decimal
 import numbers
+import re
 from dataclasses import dataclass
 from typing import Any
 
@@ -40,6 +41,11 @@ def is_missing(value: Any) -> bool:
     )
 
 
+def is_value(thing: Any) -> bool:
+    """Whether it is one cell, and no column of them."""
+    return isinstance(thing, (str, bytes)) or not hasattr(thing, "__iter__")
+
+
 def encode(name: str, values: Any) -> Encoded:
     """Encodes one column. Raises DataError, naming it, for what the library has no type for."""
     try:
@@ -63,6 +69,8 @@ def _encode(values: Any) -> Encoded:
 
 def _from_sequence(values: Any) -> Any:
     """A list with its values as they are: numpy would make text of the numbers beside a text."""
+    if is_value(values):
+        raise TypeError(f"is one value, {values!r}, where a column has a list or an array of them")
     values = list(values)
     array = np.empty(len(values), object)
     for i, value in enumerate(values):
@@ -132,6 +140,41 @@ def _text_list(words: list[Any]) -> ArrowColumn:
     np.cumsum([len(word) for word in encoded], out=offsets[1:])
     return ArrowColumn(b"U", len(encoded), [None, offsets, np.frombuffer(b"".join(encoded) or b"\0",
                                                                           np.uint8)])
+
+
+_DATE = re.compile(rb"\d{4}-\d\d-\d\d([T ]\d\d:\d\d(:\d\d(\.\d{1,9})?)?Z?)?")
+
+
+def dates_in(column: ArrowColumn) -> ArrowColumn | None:
+    """The column of texts as one of dates, or of instants, where all of them are such, as a file of
+    texts is read. None where it is no such column."""
+    words = column.dictionary
+    if words is None or words.format != b"U" or words.length == 0:
+        return None
+    offsets, text = words.buffers[1], words.buffers[2].tobytes()
+    cells = [text[a:b] for a, b in zip(offsets, offsets[1:])]
+    if not all(_DATE.fullmatch(cell) for cell in cells) or len({c[-1:] == b"Z" for c in cells}) > 1:
+        return None
+    is_date = all(len(cell) == 10 for cell in cells)
+    try:
+        times = np.array([c.rstrip(b"Z").decode() for c in cells], "M8[D]" if is_date else "M8[us]")
+    except ValueError:  # a day that no month has
+        return None
+    codes = column.buffers[1]
+    return _from_times(np.where(codes < 0, np.datetime64("NaT"), times[codes]))
+
+
+def kept_column(cells: Any, label: str) -> ArrowColumn:
+    """A column that came from the library (texts with None, numbers with NaN) as that gives it."""
+    missing = np.fromiter((is_missing(v) for v in cells), bool, len(cells))
+    if cells.dtype != object:
+        column = _fixed(b"g", np.where(missing, 0.0, cells), missing)
+    else:
+        column = _text_list(["" if lost else v for v, lost in zip(cells, missing)])
+        column.format, column.buffers[1] = b"u", column.buffers[1].astype(np.int32)
+        column.buffers[0], column.null_count = _validity(missing), int(missing.sum())
+    column.label = label
+    return column
 
 
 def _dictionary(codes: Any, dictionary: ArrowColumn) -> ArrowColumn:

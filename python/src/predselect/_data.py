@@ -14,7 +14,7 @@ from typing import Any
 import numpy as np
 
 from . import _library as lib
-from ._columns import Encoded, encode
+from ._columns import Encoded, dates_in, encode, is_value
 from ._export import AnyBatch, ArrowColumn, Batch, ForeignBatch, stream_of
 from ._import import ARRAY, SCHEMA, STREAM, struct_in
 from .errors import DataError, DataNotice, RequestError, warn
@@ -200,7 +200,7 @@ def _plain_source(data: Any, options: Options) -> _Source:
     keep = lib.KEEP_ASIDE if options.stream else lib.KEEP_BATCHES
     columns = columns_of(data)
     if columns is not None:
-        return _source_of_columns(columns, keep)
+        return _source_of_columns(columns, keep, options.levels)
     if hasattr(data, "__arrow_c_stream__"):
         return _source_of_capsule(data.__arrow_c_stream__(), keep)
     if hasattr(data, "__arrow_c_array__"):
@@ -211,15 +211,20 @@ def _plain_source(data: Any, options: Options) -> _Source:
         return _source_of_batches(iter(data), lib.KEEP_ASIDE)
     raise DataError(
         f"data of type {type(data).__name__} cannot be read. Give a data frame, anything with "
-        "__arrow_c_stream__, a dict of columns, a numpy array, batches of these, or a path"
+        "__arrow_c_stream__, a dict of columns, a list of records, a numpy array, batches of these, "
+        "or a path"
         + ("; call its .collect() first" if hasattr(data, "collect") else "")
     )
 
 
 def columns_of(data: Any) -> dict[str, Any] | None:
-    """The columns of what has them in Python: a dict, a numpy array, a pandas frame. None else."""
+    """The columns of what has them in Python: a dict, a list of records, a numpy array, a pandas
+    frame. None else."""
     if isinstance(data, Mapping):
         return _by_names(data, data.keys())
+    if isinstance(data, (list, tuple)) and data and all(_is_record(row) for row in data):
+        names = dict.fromkeys(name for row in data for name in row)
+        return _by_names({name: [row.get(name) for row in data] for name in names}, names)
     if isinstance(data, np.ndarray):
         return _columns_of_array(data)
     if _is_pandas(data):
@@ -228,6 +233,10 @@ def columns_of(data: Any) -> dict[str, Any] | None:
             raise DataError(f'a column named "{twice}" is there twice; rename one of them')
         return _by_names(data, data.columns)
     return None
+
+
+def _is_record(row: Any) -> bool:
+    return isinstance(row, Mapping) and bool(row) and all(is_value(v) for v in row.values())
 
 
 def _by_names(data: Any, names: Any) -> dict[str, Any]:
@@ -254,9 +263,15 @@ def _columns_of_array(array: Any) -> dict[str, Any]:
     return {f"x{i}": by_column[:, i] for i in range(array.shape[1])}
 
 
-def batch_of(columns: Mapping[str, Any]) -> tuple[Batch, dict[str, str]]:
-    """Columns encoded, and the levels that their types say."""
+def batch_of(
+    columns: Mapping[str, Any], texts: Mapping[str, str] | None = None
+) -> tuple[Batch, dict[str, str]]:
+    """Columns encoded, and the levels that their types say. Texts that are dates become these where
+    `texts` does not name the column as nominal or ordinal; without `texts` they stay."""
     encoded: dict[str, Encoded] = {name: encode(name, values) for name, values in columns.items()}
+    for name, known in encoded.items():
+        if texts is not None and not known.level and texts.get(name, "scale") == "scale":
+            known.column = dates_in(known.column) or known.column
     lengths = {name: e.column.length for name, e in encoded.items()}
     if len(set(lengths.values())) > 1:
         raise DataError(f"the columns have different lengths: {lengths}")
@@ -265,8 +280,10 @@ def batch_of(columns: Mapping[str, Any]) -> tuple[Batch, dict[str, str]]:
     return Batch({name: e.column for name, e in encoded.items()}, length), levels
 
 
-def _source_of_columns(columns: Mapping[str, Any], keep: int) -> _Source:
-    batch, levels = batch_of(columns)
+def _source_of_columns(
+    columns: Mapping[str, Any], keep: int, levels_said: Mapping[str, str]
+) -> _Source:
+    batch, levels = batch_of(columns, levels_said)
     stream, outgoing = stream_of(batch)
     source = _Source(stream, keep, columns, outgoing)
     source.levels = levels
@@ -342,7 +359,8 @@ def _parts_of(data: Any) -> Iterator[tuple[AnyBatch, dict[str, str]]]:
     else:
         raise DataError(
             f"a batch of type {type(data).__name__} cannot be read; give data frames, anything "
-            "with __arrow_c_array__ or __arrow_c_stream__, or dicts of columns"
+            "with __arrow_c_array__ or __arrow_c_stream__, or dicts of columns; rows are a list of "
+            "dicts, or one numpy array"
         )
 
 

@@ -5,6 +5,7 @@ from __future__ import annotations
 import ctypes
 import errno
 import itertools
+import sys
 from collections.abc import Callable, Iterator
 from dataclasses import dataclass, field
 from typing import Any, Union
@@ -31,6 +32,7 @@ class ArrowColumn:
     buffers: list[Any]  # numpy arrays, or None for a buffer that is not there
     null_count: int = 0
     dictionary: ArrowColumn | None = None
+    label: str = ""  # goes with the schema, as the library's own labels do
 
 
 # What is given out and not released yet, by the number that its private_data holds.
@@ -68,8 +70,18 @@ class _Kept:
         return ctypes.cast(array, ctypes.POINTER(ctypes.POINTER(kind)))
 
 
+def _metadata_of(label: str) -> Any:
+    """One pair, as the Arrow C data interface has it."""
+    words = [word.encode() for word in ("label", label)]
+    sizes = [number.to_bytes(4, sys.byteorder) for number in (1, *map(len, words))]
+    return ctypes.create_string_buffer(sizes[0] + sizes[1] + words[0] + sizes[2] + words[1])
+
+
 def _fill_schema(schema: ArrowSchema, name: bytes, column: ArrowColumn) -> None:
     kept = _Kept([name, column.format])
+    if column.label:
+        kept.things.append(_metadata_of(column.label))
+        schema.metadata = ctypes.addressof(kept.things[-1])
     schema.format, schema.name, schema.flags = column.format, name, 2
     if column.dictionary is not None:
         dictionary = ArrowSchema()

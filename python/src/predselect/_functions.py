@@ -13,7 +13,7 @@ from . import _library as lib
 from . import errors
 from ._data import Options, Table, open_table
 from ._progress import Progress
-from ._results import Model, Ranking, Result
+from ._results import Model, Ranking, Result, Scores
 from ._state import State
 
 _BY = {"p": 0, "lr": 1, "v": 2, "lambda": 3, "bits": 4}
@@ -45,9 +45,20 @@ class Job:
             raise failure
         result = kind(self.session, handle, table)
         if failure is not None:
+            if status == lib.COMMAND_ERROR:
+                failure = errors.CommandError(result._errors() or str(failure))
             failure.result = result  # type: ignore[attr-defined]
             raise failure
         return result
+
+
+def _target(target: Any) -> bytes:
+    if hasattr(target, "__iter__") and not isinstance(target, (str, tuple)):
+        raise errors.RequestError(
+            f"target is a {type(target).__name__}; name a column of the data, and put the target there "
+            'if it stands elsewhere: rank(X.assign(target=y), "target")'
+        )
+    return str(target).encode()
 
 
 def _list(names: str | int | Sequence[str | int]) -> list[str]:
@@ -123,7 +134,7 @@ def rank(
     names, n = lib.texts(_list(except_))
     said = lib.rank_options(by=_BY[by], except_=lib.address(names), n_except=n,
                             top=lib.count("top", top))
-    result = job.result(Ranking, table, "rank", table, str(target).encode(), ctypes.byref(said))
+    result = job.result(Ranking, table, "rank", table, _target(target), ctypes.byref(said))
     result._warn()
     return result
 
@@ -179,7 +190,7 @@ def model(
             memory=lib.count("memory", memory), calibrate=lib.calibration(calibrate),
             calibration_seed=lib.count("calibration_seed", calibration_seed),
         )
-        result = job.result(Model, table, "model", table, str(target).encode(), ctypes.byref(said))
+        result = job.result(Model, table, "model", table, _target(target), ctypes.byref(said))
         if state.exists():
             result.state = State.load(state)
             result._leave_out(str(state))
@@ -269,8 +280,9 @@ def score(
     name: str | None = None,
     threads: int | None = None,
     progress: bool | None = None,
-) -> Result:
-    """Predicts the cases of the data with a model; ``new_columns`` has the predictions.
+) -> Scores:
+    """Predicts the cases of the data with a model: the result's ``to_pandas()``, ``to_polars()`` and
+    ``new_columns`` have the predictions, a row a case, its tables say how new cases differ.
 
     ``predicted`` names the predicted value, ``probabilities`` is the root of the names of the
     probabilities ("" for none of them). ``explain`` adds what so many predictors that weighed most
@@ -285,6 +297,6 @@ def score(
         probabilities=None if probabilities is None else probabilities.encode(),
         explain=lib.count("explain", explain),
     )
-    result = job.result(Result, table, "score", table, known._handle, ctypes.byref(said))
+    result = job.result(Scores, table, "score", table, known._handle, ctypes.byref(said))
     result._warn()
     return result

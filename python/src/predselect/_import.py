@@ -96,9 +96,9 @@ def _texts(array: ArrowArray) -> Any:
     return cells
 
 
-def read(stream: ArrowArrayStream) -> tuple[dict[str, Any], dict[str, str], dict[str, str]]:
-    """The columns of a stream of the library (numbers with NaN, or texts with None), the labels of
-    the columns, and the stream's own metadata. Releases it."""
+def read(stream: ArrowArrayStream) -> tuple[dict[str, Any], dict[str, str]]:
+    """The columns of a stream of the library (numbers with NaN, or texts with None), and their
+    labels. Releases it."""
     pointer = ctypes.pointer(stream)
     schema, array = ArrowSchema(), ArrowArray()
     try:
@@ -108,7 +108,6 @@ def read(stream: ArrowArrayStream) -> tuple[dict[str, Any], dict[str, str], dict
         names = [str(f.name.decode()) for f in fields]
         texts = [f.format == b"u" for f in fields]
         labels = {n: _metadata(f.metadata).get("label", n) for n, f in zip(names, fields)}
-        metadata = _metadata(schema.metadata)
         schema.release(ctypes.pointer(schema))
         parts: list[list[Any]] = [[] for _ in names]
         while True:
@@ -126,4 +125,4 @@ def read(stream: ArrowArrayStream) -> tuple[dict[str, Any], dict[str, str], dict
         name: np.concatenate(part) if part else np.empty(0, object if text else np.float64)
         for name, part, text in zip(names, parts, texts)
     }
-    return columns, labels, metadata
+    return columns, labels

@@ -193,7 +193,8 @@ def _load_operations() -> ctypes.CDLL:
             "package and library from the same version."
         )
     loaded.predselect_version.restype = ctypes.c_char_p
-    loaded.predselect_session_error.restype = ctypes.c_char_p
+    for text in (loaded.predselect_session_error, loaded.predselect_session_notes):
+        text.restype = ctypes.c_char_p
     loaded.predselect_session_cancel.argtypes = [ctypes.c_void_p]
     loaded.predselect_session_cancel.restype = None
     return loaded
@@ -304,6 +305,11 @@ class Session(Handle):
         if status == NO_MEMORY:
             return MemoryError(text)
         return _FAILURES.get(status, errors.LibraryError)(text)
+
+    def notes(self) -> list[str]:
+        """What else one should know of the last call."""
+        text = library.predselect_session_notes(self).decode("utf-8", "replace")
+        return str(text).splitlines()
 
     def call(self, name: str, *arguments: Any) -> None:
         """Calls a quick function, and raises what it says went wrong."""

@@ -14,6 +14,8 @@ import numpy as np
 
 from . import _library as lib
 from ._charts import Chart, bars
+from ._columns import kept_column
+from ._export import Batch, stream_of
 from ._import import capsule_of, read
 from .errors import DataError, PredSelectWarning, RequestError, category_of, warn
 
@@ -27,10 +29,20 @@ class Columns:
     def _stream(self) -> lib.ArrowArrayStream:
         raise NotImplementedError
 
+    _held: tuple[dict[str, Any], dict[str, str]] | None = None
+
+    def _all(self) -> tuple[dict[str, Any], dict[str, str]]:
+        if self._held is None:
+            self._held = read(self._stream())
+        return self._held
+
     def _read(self) -> dict[str, Any]:
-        if not hasattr(self, "_columns"):
-            self._columns, self.labels, self._metadata = read(self._stream())
-        return self._columns
+        return self._all()[0]
+
+    @property
+    def labels(self) -> dict[str, str]:
+        """What pages show for the names."""
+        return dict(self._all()[1])
 
     @property
     def columns(self) -> list[str]:
@@ -120,13 +132,28 @@ class NewColumns(Columns):
 
     def __init__(self, result: Result) -> None:
         self._result = result
+        self._held = result._new_columns
 
     def _stream(self) -> lib.ArrowArrayStream:
+        if self._result._new_columns is not None:  # of a pickle, without the library's own
+            columns, labels = self._result._new_columns
+            batch = {n: kept_column(cells, "" if labels[n] == n else labels[n]) for n, cells in columns.items()}
+            return stream_of(Batch(batch, len(self)))[0]
         stream = lib.ArrowArrayStream()
         self._result._session.call(
             "result_new_columns", self._result._handle, ctypes.byref(stream)
         )
         return stream
+
+
+def _are_columns(kept: Any) -> bool:
+    """Whether a pickle holds columns of one length with their labels."""
+    if not (isinstance(kept, tuple) and len(kept) == 2 and all(isinstance(k, dict) for k in kept)):
+        return False
+    columns, labels = kept
+    return (columns.keys() == labels.keys() and all(isinstance(n, str) for n in labels.values())
+            and all(isinstance(c, np.ndarray) and c.dtype.char in "Od" for c in columns.values())
+            and len({len(c) for c in columns.values()}) < 2)
 
 
 _MAIN = ("PredictorSummary", "SubsetSummary", "Dictionary", "Scoring")
@@ -135,8 +162,15 @@ _MAIN = ("PredictorSummary", "SubsetSummary", "Dictionary", "Scoring")
 class Result:
     """What a run brought forth: tables by kind, messages, charts, new columns."""
 
+    # Of a result that was pickled: the new columns and their labels.
+    _new_columns: tuple[dict[str, Any], dict[str, str]] | None = None
+
     def __init__(self, session: lib.Session, handle: lib.Handle, held: Any) -> None:
         self._session, self._handle, self._held = session, handle, held
+        self._read_document()
+
+    def _read_document(self) -> None:
+        session, handle = self._session, self._handle
         text = ctypes.c_char_p()
         session.call("result_json", handle, ctypes.byref(text))
         #: All of it, as the program's JSON document.
@@ -149,6 +183,34 @@ class Result:
         self.messages: list[dict[str, Any]] = [m for run in runs for m in run["messages"]]
         #: Charts of the run.
         self.charts = [Chart(chart["vegalite"]) for run in runs for chart in run["charts"]]
+
+    def __copy__(self) -> Result:
+        copied = type(self).__new__(type(self))
+        vars(copied).update(vars(self))
+        return copied
+
+    def __getstate__(self) -> dict[str, Any]:
+        """What the library keeps of the document, the new columns, and what classes have added."""
+        text, size = ctypes.c_void_p(), ctypes.c_size_t()
+        self._session.call("result_keep", self._handle, ctypes.byref(text), ctypes.byref(size))
+        has_columns = any(run["new_variables"] for run in self.document["runs"])
+        return {
+            "document": ctypes.string_at(text.value or 0, size.value),
+            "new_columns": self.new_columns._all() if has_columns else ({}, {}),
+            "own": {n: v for n, v in vars(self).items() if n not in _OF_THE_DOCUMENT},
+        }
+
+    def __setstate__(self, kept: Any) -> None:
+        known = kept if isinstance(kept, dict) else {}
+        document, own, columns = (known.get(n) for n in ("document", "own", "new_columns"))
+        if not (isinstance(document, bytes) and isinstance(own, dict) and _are_columns(columns)):
+            raise DataError("the pickle does not hold a result; make it anew with this version")
+        vars(self).update(own)
+        self._session, self._handle, self._held = lib.Session(1), lib.Handle("result"), None
+        self._new_columns = columns
+        self._session.call("result_restore", document, ctypes.c_size_t(len(document)),
+                           ctypes.byref(self._handle._as_parameter_))
+        self._read_document()
 
     def __getitem__(self, kind: str) -> ResultTable:
         for table in self.tables:
@@ -204,8 +266,17 @@ class Result:
             ):
                 warn(message["text"], kind)
 
+    def _errors(self) -> str:
+        """The errors of the run, each with the place that it points to."""
+        errors = [m for m in self.messages if m["severity"] == "error"]
+        return "\n".join("\n".join(filter(None, (m["text"], m.get("detail")))) for m in errors)
+
     def __str__(self) -> str:
         return self.text()
+
+    def _repr_pretty_(self, printer: Any, cycle: bool) -> None:
+        """At a prompt of IPython: all of it."""
+        printer.text(repr(self) if cycle else self.text())
 
     def __repr__(self) -> str:
         return f"<{type(self).__name__}: {', '.join(t.kind for t in self.tables) or 'no tables'}>"
@@ -218,7 +289,7 @@ class Result:
         parts += [chart.svg() for chart in self.charts]
         return "\n".join(parts)
 
-    def _main(self) -> ResultTable:
+    def _main(self) -> Columns:
         """The table that the result is about, of the last command that has one."""
         if not self.tables:
             raise ValueError("the run has no table")
@@ -246,14 +317,21 @@ class Result:
         return self.charts[0]
 
 
+_OF_THE_DOCUMENT = ("_session", "_handle", "_held", "_new_columns", "document", "tables", "messages",
+                    "charts", "_tables_of_document")
+
+
 class Ranking(Result):
     """How each column of the data goes with the target, the best first."""
 
     # What its command says of a selection is not what was asked for.
     _only_classes = True
 
-    def _main(self) -> ResultTable:
+    def _main(self) -> Columns:
         return self["Ranking"]
+
+    def __repr__(self) -> str:
+        return f"<Ranking: {_few(self.predictors)}>"
 
     @property
     def predictors(self) -> list[str]:
@@ -283,12 +361,22 @@ class Model(Result):
     def _leave_out(self, path: str) -> None:
         """Says nothing of a file that only this package knew."""
         self._own_file = path
+        self._forget_file()
+
+    def _read_document(self) -> None:
+        super()._read_document()
+        self._forget_file()
+
+    def _forget_file(self) -> None:
         for run in self.document["runs"]:
-            run["files"] = [file for file in run["files"] if file != path]
+            run["files"] = [file for file in run["files"] if file != self._own_file]
 
     def text(self, width: int = 100) -> str:
         lines = super().text(max(width, 60) if width else 0).splitlines()
         return "\n".join(li for li in lines if not self._own_file or self._own_file not in li) + "\n"
+
+    def __repr__(self) -> str:
+        return f"<Model: {_few(self.predictors)}>"
 
     @property
     def predictors(self) -> list[str]:
@@ -314,6 +402,21 @@ class Model(Result):
         criterion = next(n for n in table.columns if n in ("test_data_criterion", "pseudo_bic"))
         points = [(row["predictor"], row[criterion], criterion) for row in table.rows()]
         return bars("Chosen predictors", criterion, points)
+
+
+class Scores(Result):
+    """The predictions of cases, and how these differ from those that the model was built on."""
+
+    def _main(self) -> Columns:
+        return self.new_columns
+
+    def __repr__(self) -> str:
+        return f"<Scores: {len(self.new_columns)} cases, {', '.join(self.new_columns)}>"
+
+
+def _few(names: list[str], most: int = 5) -> str:
+    shown = ", ".join(names[:most]) or "no predictor"
+    return shown if len(names) <= most else f"{shown}, … ({len(names)} predictors)"
 
 
 def _escape(text: str) -> str:

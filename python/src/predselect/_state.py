@@ -10,13 +10,45 @@ from pathlib import Path
 from typing import TYPE_CHECKING, Any
 
 from . import _library as lib
-from .errors import DataError
+from .errors import DataError, ExportNotice, warn
 
 if TYPE_CHECKING:
     from ._results import Result
 
 
-class State:
+class Exports:
+    """Models for other programs, which score with them as this one does. What a format cannot say of
+    a model is an ExportNotice."""
+
+    def export(
+        self, path: str | os.PathLike[str], to: str | None = None, table: str = "data"
+    ) -> None:
+        """Writes the model as "pmml", "onnx", "sql", "c" or "json": by the ending of the path unless
+        ``to`` says it. ``table`` is what the SQL query reads."""
+        raise NotImplementedError
+
+    def to_pmml(self, path: str | os.PathLike[str]) -> None:
+        """Writes the model as PMML 4.3."""
+        self.export(path, "pmml")
+
+    def to_onnx(self, path: str | os.PathLike[str]) -> None:
+        """Writes the model as an ONNX graph."""
+        self.export(path, "onnx")
+
+    def to_sql(self, path: str | os.PathLike[str], table: str = "data") -> None:
+        """Writes the model as an SQL query over ``table``."""
+        self.export(path, "sql", table)
+
+    def to_c(self, path: str | os.PathLike[str]) -> None:
+        """Writes the model as C source."""
+        self.export(path, "c")
+
+    def to_json(self, path: str | os.PathLike[str]) -> None:
+        """Writes the model's tables as JSON, which ``load`` reads."""
+        self.export(path, "json")
+
+
+class State(Exports):
     """A ranking or a model that was saved, or is to be.
 
     ``State.load(path)`` and ``state.save(path)`` read and write the program's files, binary or XML;
@@ -61,20 +93,21 @@ class State:
         merged.merge(other)
         return merged
 
-    def to_pmml(self, path: str | os.PathLike[str]) -> None:
-        """Writes a model as PMML for other programs."""
+    def _write_counts(self, path: str | os.PathLike[str]) -> None:
+        """Writes a model as the PMML document of counts."""
         self._session.call("state_pmml", self._handle, os.fsencode(path))
 
     def export(
         self, path: str | os.PathLike[str], to: str | None = None, table: str = "data"
     ) -> None:
-        """Writes a model for other programs, which score with it as this one does: "pmml", "onnx",
-        "sql", "c" or "json", by the ending of the path unless ``to`` says it. ``table`` is what
-        the SQL query reads."""
+        """Writes a model as "pmml", "onnx", "sql", "c" or "json": by the ending of the path unless
+        ``to`` says it. ``table`` is what the SQL query reads."""
         said = lib.export_options(format=None if to is None else to.encode(), table=table.encode())
         self._session.call(
             "state_export", self._handle, os.fsencode(path), ctypes.byref(said)
         )
+        for note in self._session.notes():
+            warn(note, ExportNotice)
 
     def inspect(self) -> Result:
         """What it holds. Counts that are not ranked yet are ranked in a copy."""

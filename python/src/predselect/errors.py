@@ -58,6 +58,10 @@ class DataNotice(PredSelectWarning):
     """What one should know of how data were read."""
 
 
+class ExportNotice(PredSelectWarning):
+    """What an exported model cannot say in its format."""
+
+
 class DriftWarning(PredSelectWarning):
     """Scored cases differ from those that the model was built on."""
 

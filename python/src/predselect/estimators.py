@@ -14,6 +14,7 @@ import numpy as np
 from sklearn.base import BaseEstimator, ClassifierMixin
 from sklearn.exceptions import NotFittedError
 from sklearn.feature_selection import SelectorMixin
+from sklearn.utils._set_output import _get_output_config
 from sklearn.utils.multiclass import check_classification_targets, type_of_target
 from sklearn.utils.validation import (
     _check_feature_names_in,
@@ -28,10 +29,11 @@ from ._columns import is_missing
 from ._data import columns_of
 from ._explain import Explanation, explain, prior_explanation, whole_explanation
 from ._results import Ranking, Result, ResultTable, numbers_of
-from ._state import State
+from ._state import Exports, State
 from .errors import CommandError, DataError, quiet
 
 _STATE_VERSION = 1
+_MOST_WEIGHT = 1e100  # squares of sums are numbers yet
 
 
 def _quoted(name: str) -> str:
@@ -152,6 +154,9 @@ class _Mixed:
             raise ValueError("Negative values in sample_weight")
         if not weights.any():
             raise ValueError("All values of sample_weight are zero: there is no case to learn from")
+        if not weights.max() < _MOST_WEIGHT / len(weights):
+            raise ValueError("sample_weight: weights count cases, and these add up to more than can be "
+                             "counted. Divide them, so that 1 stands for one case")
         return weights
 
 
@@ -395,7 +400,8 @@ class PredictorSelector(_Mixed, _Pickled, SelectorMixin, BaseEstimator):  # type
             path = Path(folder) / "counts.bin"
             try:
                 _quietly(_functions.run, data, command + " /PRINT NONE.", save_state=path,
-                         weight=weights, threads=self.threads, progress=False)
+                         levels=self._levels(name, categorical), weight=weights,
+                         threads=self.threads, progress=False)
             except CommandError:
                 if not path.exists():
                     raise
@@ -463,8 +469,18 @@ class PredictorSelector(_Mixed, _Pickled, SelectorMixin, BaseEstimator):  # type
         if _is_frame(X) and self._is_mixed(X):
             validate_data(self, X=X, reset=False, skip_check_array=True)
             names = [c for c, keep in zip(X.columns, self.get_support()) if keep]
-            return X[names]
+            return self._as_asked(X[names])
         return super().transform(X)
+
+    def _as_asked(self, kept: Any) -> Any:
+        """A frame of polars in place of which `set_output` wants one of pandas: that would take its
+        cells for objects."""
+        is_asked = _get_output_config("transform", self)["dense"] == "pandas"
+        if not is_asked or hasattr(kept, "iloc"):
+            return kept
+        import pandas
+
+        return pandas.DataFrame(_frame_columns(kept))
 
     def save(self, path: str | os.PathLike[str]) -> None:
         """Writes what partial_fit has counted as a state that the program reads and merges."""
@@ -523,7 +539,7 @@ def _has_nothing_to_tell(failure: CommandError) -> bool:
     return any(m["key"] in _NOTHING_TO_TELL for m in messages if m["severity"] == "error")
 
 
-class SubsetNaiveBayes(_Mixed, _Pickled, ClassifierMixin, BaseEstimator):  # type: ignore[misc]
+class SubsetNaiveBayes(_Mixed, _Pickled, Exports, ClassifierMixin, BaseEstimator):  # type: ignore[misc]
     """Naive Bayes over the few features that serve it best, of any kind, with missing values.
 
     Parameters
@@ -552,7 +568,8 @@ class SubsetNaiveBayes(_Mixed, _Pickled, ClassifierMixin, BaseEstimator):  # typ
     selected_features_ : ndarray
         The features of the model, in the order in which they were chosen.
     path_ : list of dict
-        A step each: the feature added, its rank, criterion and average log-likelihood.
+        A step each: the feature added, the criterion and the average log-likelihood of the subset with
+        it, and the place of that subset among all by the criterion.
     state_ : State or None
         The model as the program has it; None where there is nothing to tell classes apart by.
     """
@@ -845,14 +862,11 @@ class SubsetNaiveBayes(_Mixed, _Pickled, ClassifierMixin, BaseEstimator):  # typ
         """Writes the model as a state, which the program scores with."""
         self._with_state().save(path)
 
-    def to_pmml(self, path: str | os.PathLike[str]) -> None:
-        """Writes the model as PMML for other programs."""
-        self._with_state().to_pmml(path)
-
     def export(
         self, path: str | os.PathLike[str], to: str | None = None, table: str = "data"
     ) -> None:
-        """Writes the model for other programs, as :meth:`State.export` does."""
+        """Writes the model for other programs, as :meth:`State.export` does; so do ``to_pmml``,
+        ``to_onnx``, ``to_sql``, ``to_c`` and ``to_json``."""
         self._with_state().export(path, to, table)
 
     def _with_state(self) -> State:
@@ -883,7 +897,7 @@ def _log_prob(state: State, feature: str) -> dict[str, Any]:
     """From the counts of the model's document: (N(m,k) + 1/N) / (T(k) + M/N)."""
     with tempfile.TemporaryDirectory() as folder:
         path = Path(folder) / "model.pmml"
-        state.to_pmml(path)
+        state._write_counts(path)
         root = ElementTree.parse(path).getroot()
     space = {"p": root.tag.partition("}")[0].lstrip("{")}
     model = root.find("p:NaiveBayesModel", space)

@@ -85,6 +85,11 @@ TEST(CFailures, NullAnywhereIsMisuseAndNamesTheArgument) {
       {"text", [&] { return predselect_result_text(s, r, 0, nullptr); }},
       {"result", [&] { return predselect_result_html(s, nullptr, nullptr, &text); }},
       {"html", [&] { return predselect_result_html(s, r, nullptr, nullptr); }},
+      {"result", [&] { return predselect_result_keep(s, nullptr, &text, &count); }},
+      {"bytes", [&] { return predselect_result_keep(s, r, nullptr, &count); }},
+      {"size", [&] { return predselect_result_keep(s, r, &text, nullptr); }},
+      {"bytes", [&] { return predselect_result_restore(s, nullptr, 0, &result); }},
+      {"result", [&] { return predselect_result_restore(s, "x", 1, nullptr); }},
       {"result", [&] { return predselect_result_table_count(s, nullptr, &count); }},
       {"count", [&] { return predselect_result_table_count(s, r, nullptr); }},
       {"result", [&] { return predselect_result_table_info(s, nullptr, 0, &info); }},
@@ -105,6 +110,7 @@ TEST(CFailures, NullAnywhereIsMisuseAndNamesTheArgument) {
   }
   EXPECT_EQ(predselect_session_open(nullptr), PREDSELECT_MISUSE);
   EXPECT_STREQ(predselect_session_error(nullptr), "");
+  EXPECT_STREQ(predselect_session_notes(nullptr), "");
   for (const void* left : {static_cast<void*>(table), static_cast<void*>(loaded),
                            static_cast<void*>(result), static_cast<void*>(out.private_data)}) {
     EXPECT_EQ(left, nullptr);

@@ -79,6 +79,23 @@ TEST(CJobs, GiveTheProgramsDocumentsAndPage) {
   EXPECT_THAT(report, testing::HasSubstr("Three "));
   EXPECT_THAT(report, testing::Not(testing::HasSubstr("Three <species>")));
 
+  const char* bytes = nullptr;
+  size_t size = 0;
+  ASSERT_EQ(predselect_result_keep(host.fSession, host.fResult, &bytes, &size), PREDSELECT_OK);
+  Held<predselect_result> restored;
+  ASSERT_EQ(predselect_result_restore(host.fSession, bytes, size, &restored), PREDSELECT_OK);
+  EXPECT_EQ(predselect_result_restore(host.fSession, bytes, size - 1, &restored),
+            PREDSELECT_DATA_ERROR);
+  EXPECT_EQ(restored, nullptr);
+  EXPECT_THAT(host.Error(), testing::HasSubstr("damaged"));
+  ASSERT_EQ(predselect_result_restore(host.fSession, bytes, size, &restored), PREDSELECT_OK);
+  const char* again = nullptr;
+  ASSERT_EQ(predselect_result_html(host.fSession, restored, "Three <species>", &again),
+            PREDSELECT_OK);
+  EXPECT_STREQ(again, report);
+  ArrowArrayStream columns{};
+  EXPECT_EQ(predselect_result_new_columns(host.fSession, restored, &columns), PREDSELECT_MISUSE);
+
   CHost fresh(PenguinOptions(schema));
   ASSERT_EQ(predselect_describe(fresh.fSession, fresh.fTable, &fresh.fResult), PREDSELECT_OK);
   ASSERT_EQ(RunProgram("describe" + data + " --format json", folder.Path("describe.json")), 0);

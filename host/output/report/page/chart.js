@@ -1,22 +1,45 @@
 // Drawings: a figure with its title, what it shows in words, and its numbers; scales and axes.
 
-// Whether drawings stand in the panel beside the ranking, which a wide screen makes narrow.
-let inPanel = false;
+// Where drawings stand: on the "page", "small" beside others, or in the "panel" beside the ranking, which a
+// wide screen makes narrow.
+let room = "page";
 
 function chartWidth() {
   const screen = document.documentElement.clientWidth;
-  const room = inPanel && screen >= 1000 ? (Math.min(1180, screen) - 56) * 0.45 - 34 : screen - (inPanel ? 60 : 32);
-  return Math.max(260, Math.min(620, Math.floor(room)));
+  const beside = room === "panel" && screen >= 1000;
+  const left = beside ? (Math.min(1320, screen) - 56) * 0.38 - 34 : screen - (room === "panel" ? 60 : 32);
+  return Math.max(260, Math.min(room === "small" ? 420 : 620, Math.floor(left)));
 }
 
-function drawnInPanel(make) {
-  inPanel = true;
+function drawnIn(place, make) {
+  const before = room;
+  room = place;
   try {
     return make();
   } finally {
-    inPanel = false;
+    room = before;
   }
 }
+
+// As texts of drawings are set (page.css).
+const measuring = document.createElement("canvas").getContext("2d");
+measuring.font = '12px system-ui, -apple-system, "Segoe UI", Roboto, Arial, sans-serif';
+const textWidth = (text) => measuring.measureText(text).width;
+
+// The text, or so much of its start as is not wider.
+function fitting(text, width) {
+  if (textWidth(text) <= width) return text;
+  const letters = [...text].slice(0, 200);
+  let [fits, beyond] = [0, letters.length];
+  while (beyond - fits > 1) {
+    const middle = (fits + beyond) >> 1;
+    if (textWidth(`${letters.slice(0, middle).join("")}…`) <= width) fits = middle;
+    else beyond = middle;
+  }
+  return `${letters.slice(0, fits).join("")}…`;
+}
+
+const axisText = (value) => (Math.abs(value) >= 1e4 && Math.abs(value) < 1e7 ? count(value) : plain(value));
 
 // `table` is [headings, rows]: the numbers behind the drawing.
 function figure({title, description, svg, table, above}) {
@@ -26,7 +49,7 @@ function figure({title, description, svg, table, above}) {
   svg.prepend(draw("title", {id: ids[0]}, title), draw("desc", {id: ids[1]}, description || ""));
   const numbers = table === undefined ? null : folded("Numbers", () => plainTable(title, ...table));
   return el("figure", null,
-    el("figcaption", null, el("h3", null, title), el("span", {class: "tools"},
+    el("figcaption", null, el("h3", null, said(title)), el("span", {class: "tools"},
       saveButton("SVG", title, () => svgText(svg)), " ",
       table === undefined ? null : saveButton("CSV", title, () => csvText([table[0], ...table[1]])))),
     description ? el("p", {class: "soft"}, description) : null, above || null, svg, numbers);
@@ -38,7 +61,7 @@ function plainTable(title, headings, rows) {
   const body = rows.map((row) => el("tr", null, row.map((value, i) => i === 0
     ? el("th", {scope: "row"}, shownValue(value))
     : el("td", {class: typeof value === "number" ? "number" : null}, shownValue(value)))));
-  return el("div", {class: "scroll", tabindex: "0", role: "group", "aria-label": `${title}: numbers`},
+  return el("div", {class: "scroll tall", tabindex: "0", role: "group", "aria-label": `${title}: numbers`},
     el("table", null, el("thead", null, el("tr", null, headings.map((h) => el("th", {scope: "col"}, said(h))))),
       el("tbody", null, body)));
 }
@@ -66,8 +89,9 @@ function ticks([low, high], wanted = 5) {
 }
 
 // The frame of a drawing with two scales: [svg, x, y].
-function frame({width = chartWidth(), height = 300, x, y, xTitle, yTitle, left = 56, right = 16, xText = plain, yText = plain}) {
-  const [top, bottom] = [12, 46];
+function frame({width = chartWidth(), height = 300, x, y, xTitle, yTitle, xText = axisText, yText = axisText}) {
+  const [top, bottom, right] = [12, xTitle ? 46 : 26, 18];
+  const left = 30 + Math.max(...ticks(y).map((t) => textWidth(yText(t))));
   const sx = linear(x, [left, width - right]), sy = linear(y, [height - bottom, top]);
   const svg = canvas(width, height);
   for (const t of ticks(x, width < 420 ? 4 : 6)) {
@@ -79,24 +103,19 @@ function frame({width = chartWidth(), height = 300, x, y, xTitle, yTitle, left =
       draw("text", {class: "soft", x: left - 6, y: sy(t) + 4, "text-anchor": "end"}, yText(t)));
   }
   svg.append(draw("line", {class: "axis", x1: left, x2: width - right, y1: height - bottom, y2: height - bottom}),
-    draw("text", {x: (left + width - right) / 2, y: height - 8, "text-anchor": "middle"}, xTitle),
+    draw("text", {x: (left + width - right) / 2, y: height - 8, "text-anchor": "middle"}, fitting(xTitle, width - left)),
     draw("text", {x: 14, y: (height - bottom) / 2, "text-anchor": "middle",
-      transform: `rotate(-90 14 ${(height - bottom) / 2})`}, yTitle));
+      transform: `rotate(-90 14 ${(height - bottom) / 2})`}, fitting(yTitle, height - bottom)));
   return [svg, sx, sy];
 }
 
 const path = (points, sx, sy) => points.map(([x, y], i) => `${i ? "L" : "M"}${sx(x).toFixed(1)} ${sy(y).toFixed(1)}`).join("");
 
-const shorten = (text, letters) => {
-  const all = [...text];
-  return all.length > letters ? all.slice(0, letters - 1).join("") + "…" : text;
-};
-
 // Horizontal rows, each with its label: `mark(row, y, sx)` gives what is drawn in it.
-function rowsChart({rows, labels, domain, xTitle, mark, xText = plain, rowHeight = 24, numbers}) {
+function rowsChart({rows, labels, domain, xTitle, mark, xText = axisText, rowHeight = 24, numbers}) {
   const width = chartWidth();
-  const longest = Math.max(...labels.map((l) => [...l].length), 4);
-  const left = Math.min(width * 0.38, Math.max(60, longest * 7 + 10)), right = numbers ? 64 : 16;
+  const left = Math.min(width * 0.38, 12 + Math.max(...labels.map((label) => textWidth(label)), 24));
+  const right = numbers ? 16 + Math.max(...rows.map((row) => textWidth(numbers(row)))) : 18;
   const height = rows.length * rowHeight + 46;
   const sx = linear(domain, [left, width - right]);
   const svg = canvas(width, height);
@@ -107,10 +126,10 @@ function rowsChart({rows, labels, domain, xTitle, mark, xText = plain, rowHeight
   rows.forEach((row, i) => {
     const y = 4 + i * rowHeight;
     svg.append(draw("text", {x: left - 6, y: y + rowHeight / 2 + 4, "text-anchor": "end"},
-      draw("title", null, labels[i]), shorten(labels[i], Math.floor(left / 6.6))));
+      draw("title", null, labels[i]), fitting(labels[i], left - 8)));
     svg.append(...mark(row, y, sx, rowHeight));
     if (numbers) svg.append(draw("text", {class: "soft", x: width - 4, y: y + rowHeight / 2 + 4, "text-anchor": "end"}, numbers(row)));
   });
-  svg.append(draw("text", {x: (left + width - right) / 2, y: height - 6, "text-anchor": "middle"}, xTitle));
+  svg.append(draw("text", {x: (left + width - right) / 2, y: height - 6, "text-anchor": "middle"}, fitting(xTitle, width - 8)));
   return svg;
 }

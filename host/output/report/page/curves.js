@@ -39,8 +39,8 @@ function calibrationOf(steps, most = 10) {
 const thinned = (points, most = 400) => (points.length <= most ? points
   : points.filter((_, i) => i === 0 || i === points.length - 1 || i % Math.ceil(points.length / most) === 0));
 
-function curveFigure({title, description, points, xTitle, yTitle, guide, dots, yMost = 1, headings, rows}) {
-  const [svg, sx, sy] = frame({width: Math.min(chartWidth(), 420), height: 300, x: [0, 1], y: [0, yMost], xTitle, yTitle, xText: wholePercent, yText: yMost > 1 ? plain : wholePercent});
+function curveFigure({title, description, points, xTitle, yTitle, guide, dots, xMost = 1, yMost = 1, headings, rows}) {
+  const [svg, sx, sy] = frame({height: 300, x: [0, xMost], y: [0, yMost], xTitle, yTitle, xText: wholePercent, yText: yMost > 1 ? axisText : wholePercent});
   if (guide) svg.append(draw("path", {class: "axis", fill: "none", "stroke-dasharray": "5 4", d: path(guide, sx, sy)}));
   svg.append(draw("path", {class: "stroke k0", "stroke-width": 2, d: path(thinned(points), sx, sy)}));
   if (dots) for (const [x, y, weight] of points) svg.append(draw("circle", {class: "fill k0", cx: sx(x), cy: sy(y), r: 4}, draw("title", null, `${percent(x)} predicted, ${percent(y)} observed, ${count(weight)} cases`)));
@@ -53,14 +53,16 @@ function curveFigures(name, steps) {
     return [el("p", {class: "notice"}, "The sample holds no case of this class, or no other: there are no curves.")];
   }
   const share = curves.of / (curves.of + curves.others);
+  const groups = calibrationOf(steps);
+  const most = Math.min(1, Math.ceil(10 * Math.max(...groups.flatMap(([predicted, observed]) => [predicted, observed]))) / 10);
   const lift = curves.gain.slice(1).map(([x, y]) => [x, y / x]);
   return [
     curveFigure({title: "ROC", description: `Area ${decimals(curves.area)}: the chance that a case of ${name} gets a higher probability than another one.`,
-      points: curves.roc, guide: [[0, 0], [1, 1]], xTitle: "Others taken for it", yTitle: "Found of the class", headings: ["False alarm", "Found"]}),
+      points: curves.roc, guide: [[0, 0], [1, 1]], xTitle: "False positive rate: others taken for it", yTitle: "True positive rate: found of it", headings: ["False positive rate", "True positive rate"]}),
     curveFigure({title: "Precision and recall", description: `Average precision ${decimals(curves.average)}; by guessing ${decimals(share)}.`,
       points: curves.precision, guide: [[0, share], [1, share]], xTitle: "Recall: found of the class", yTitle: "Precision", headings: ["Recall", "Precision"]}),
-    curveFigure({title: "Calibration", description: "On the dashed line predicted probabilities are observed shares.", dots: true,
-      points: calibrationOf(steps), guide: [[0, 0], [1, 1]], xTitle: "Predicted probability", yTitle: "Observed share", headings: ["Predicted", "Observed", "Cases"]}),
+    curveFigure({title: "Calibration", description: "Groups of about as many cases, by their probability. On the dashed line predicted probabilities are observed shares.", dots: true,
+      points: groups, guide: [[0, 0], [most, most]], xMost: most, yMost: most, xTitle: "Predicted probability", yTitle: "Observed share", headings: ["Predicted", "Observed", "Cases"]}),
     curveFigure({title: "Gain", description: "How much of the class is found in the most promising cases.", points: curves.gain, guide: [[0, 0], [1, 1]],
       xTitle: "Share of all cases", yTitle: "Found of the class", headings: ["Cases", "Found"]}),
     curveFigure({title: "Lift", description: "How many times as often the class occurs there as in all cases.", points: lift, guide: [[0, 1], [1, 1]],

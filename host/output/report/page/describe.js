@@ -2,7 +2,7 @@
 
 // Why a variable has its level, by the program's word.
 const LEVEL_REASONS = {given: "as you said", text: "since it holds texts", empty: "since it holds nothing",
-  integers: "by its numbers, which are whole", fractions: "by its numbers, which have fractions"};
+  integers: "since its numbers are whole and MANY", fractions: "since its numbers have fractions"};
 
 const FIRST_VARIABLES = 60;
 
@@ -11,7 +11,7 @@ function missingFigure(variables, cases) {
   if (lacking.length === 0) return el("p", null, "No value is missing.");
   const shown = lacking.slice(0, 40);
   const svg = rowsChart({rows: shown, labels: shown.map(([v]) => nameOf(v)), domain: [0, shown[0][1] / cases], xText: wholePercent, xTitle: "Share of the cases",
-    numbers: ([, n]) => count(n), rowHeight: 20, mark: ([v, n], y, sx, height) => [
+    numbers: ([, n]) => `${count(n)} (${percent(n / cases)})`, rowHeight: 20, mark: ([v, n], y, sx, height) => [
       draw("rect", {class: "fill k0", x: sx(0), y: y + 3, width: sx(v.missing / cases) - sx(0), height: height - 6}),
       draw("rect", {class: "fill k1", x: sx(v.missing / cases), y: y + 3, width: sx(n / cases) - sx(v.missing / cases), height: height - 6})]});
   return figure({title: "Missing values", svg, above: lacking.some(([v]) => v.user_missing > 0) ? legend(["no value", "a value that stands for none"]) : null,
@@ -23,13 +23,13 @@ function numbersFigure(variable) {
   const {low, high, counts, ends, quantiles, mean, deviation} = variable.numbers;
   const step = (high - low) / counts.length;
   const x = high > low ? [low, high] : [low - 0.5, low + 0.5];
-  const [svg, sx, sy] = frame({width: Math.min(chartWidth(), 420), height: 170, x, y: [0, Math.max(1, ...counts)], xTitle: "", yTitle: "Cases",
-    xText: variable.time ? () => "" : plain});
+  const [svg, sx, sy] = frame({height: 190, x, y: [0, Math.max(1, ...counts)], xTitle: "", yTitle: "Cases",
+    xText: variable.time ? () => "" : axisText});
   counts.forEach((value, i) => svg.append(draw("rect", {class: "fill k0", x: sx(high > low ? low + i * step : x[0]), y: sy(value),
     width: Math.max(1, (high > low ? sx(low + step) - sx(low) : sx(x[1]) - sx(x[0])) - 1), height: sy(0) - sy(value)},
   draw("title", null, `${plain(low + i * step)} to ${plain(low + (i + 1) * step)}: ${count(value)}`))));
   if (variable.time) {
-    svg.append(draw("text", {class: "soft", x: 56, y: 142}, ends[0]), draw("text", {class: "soft", x: sx(x[1]), y: 142, "text-anchor": "end"}, ends[1]));
+    svg.append(draw("text", {class: "soft", x: sx(x[0]), y: 180}, ends[0]), draw("text", {class: "soft", x: sx(x[1]), y: 180, "text-anchor": "end"}, ends[1]));
   }
   const facts = variable.time ? [["from", ends[0]], ["to", ends[1]]]
     : [["minimum", low], ["5%", quantiles[0]], ["quartile", quantiles[1]], ["median", quantiles[2]], ["quartile", quantiles[3]], ["95%", quantiles[4]], ["maximum", high],
@@ -50,13 +50,13 @@ function categoriesFigure(variable) {
 
 function variableText(variable) {
   const taken = variable.level === "scale" ? "a number on a scale" : variable.level === "ordinal" ? "ordered categories" : "categories";
-  return el("p", {class: "soft"}, variable.label ? [said(variable.name), ". "] : null, `Taken as ${taken}, ${LEVEL_REASONS[variable.reason] || variable.reason}. `,
+  return el("p", {class: "soft"}, variable.label ? [said(variable.name), ". "] : null, `Taken as ${taken}, ${(LEVEL_REASONS[variable.reason] || variable.reason).replace("MANY", variable.level === "scale" ? "many" : "few")}. `,
     `${plural(variable.valid, "value", "values")}, ${variable.exact ? "" : "about "}${count(Math.round(variable.distinct))} different; ${count(variable.missing + variable.user_missing)} missing.`);
 }
 
 function descriptionSection({cases, variables}) {
   const found = el("p", {class: "soft", role: "status"});
-  const cards = el("div", {class: "several"});
+  const cards = el("div", {class: "several small"});
   const made = new Map();
   const cardOf = (variable) => {
     if (!made.has(variable)) made.set(variable, variable.numbers ? numbersFigure(variable) : categoriesFigure(variable));
@@ -67,7 +67,7 @@ function descriptionSection({cases, variables}) {
   const show = () => {
     const chosen = variables.filter((v) => v.name.toLowerCase().includes(text) || v.label.toLowerCase().includes(text));
     found.textContent = `${plural(chosen.length, "variable", "variables")} of ${count(variables.length)}`;
-    cards.replaceChildren(...chosen.slice(0, most).map(cardOf));
+    cards.replaceChildren(...drawnIn("small", () => chosen.slice(0, most).map(cardOf)));
     more.hidden = chosen.length <= most;
   };
   const search = el("input", {type: "search", id: newId(), input: () => { text = search.value.toLowerCase(); show(); }});

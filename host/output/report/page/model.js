@@ -2,15 +2,14 @@
 
 function pathFigure(steps, chosen, byTest) {
   const rows = steps.map((s) => [s.size, s.added, s.criterion, s.log_likelihood === null ? null : -s.log_likelihood]);
-  const name = byTest ? "Test cases: what a case costs on average" : "Pseudo-BIC";
+  const name = byTest ? "Test cases: −average log-likelihood" : "Pseudo-BIC";
   const compared = rows.filter((r) => r[2] !== null);
-  const sameScale = byTest || compared.length === 0;
   const lines = [[compared.map((r) => [r[0], r[2]]), "k0", name], [rows.filter((r) => r[3] !== null).map((r) => [r[0], r[3]]), "k1", "Training cases: −average log-likelihood"]]
-    .filter(([points], i) => points.length > 0 && (i === 0 || sameScale));
+    .filter(([points]) => points.length > 0);
   const values = lines.flatMap(([points]) => points.map((p) => p[1]));
   const span = Math.max(...values) - Math.min(...values) || 1;
   const [svg, sx, sy] = frame({x: [rows[0][0] - 0.3, rows.at(-1)[0] + 0.3], y: [Math.min(...values) - span * 0.06, Math.max(...values) + span * 0.06],
-    xTitle: "Predictors in the model", yTitle: sameScale ? "Cost, the less the better" : "Pseudo-BIC, the less the better", left: 66, xText: (t) => (Number.isInteger(t) ? t : "")});
+    xTitle: "Predictors in the model", yTitle: "The less the better", xText: (t) => (Number.isInteger(t) ? t : "")});
   for (const [points, color] of lines) {
     svg.append(draw("path", {class: `stroke ${color}`, "stroke-width": 2, d: path(points, sx, sy)}),
       ...points.map(([x, y]) => draw("circle", {class: `fill ${color}`, cx: sx(x), cy: sy(y), r: 3}, draw("title", null, `${plain(x)}: ${plain(y)}`))));
@@ -28,9 +27,9 @@ function pathFigure(steps, chosen, byTest) {
 
 const MOST_CONFUSED = 40;
 
-function confusionTable(title, matrix, classes) {
+function confusionTable(title, matrix, {categories: classes, counts: frequency}) {
   const totals = matrix.map(sum), all = sum(totals), right = sum(matrix.map((row, k) => row[k]));
-  const shown = totals.map((_, k) => k).sort((a, b) => totals[b] - totals[a]).slice(0, MOST_CONFUSED).sort((a, b) => a - b);
+  const shown = totals.map((_, k) => k).sort((a, b) => frequency[b] - frequency[a]).slice(0, MOST_CONFUSED).sort((a, b) => a - b);
   const guessing = Math.max(...totals) / all;
   const body = shown.map((i) => el("tr", null, el("th", {scope: "row"}, said(classes[i])), shown.map((j) => {
     const value = matrix[i][j];
@@ -48,22 +47,28 @@ function confusionTable(title, matrix, classes) {
         el("tbody", null, body))));
 }
 
+// A longer bar would make all others dots: here a value is 150 times as likely in one as in the other.
+const MOST_EVIDENCE = 5;
+
 function evidenceFigure(model, input, k) {
   const texts = rowTexts(input), weights = input.counts.map(sum);
   const rows = texts.map((text, m) => [text, evidence(model, input.factors[m], k), weights[m]]).filter((row) => row[2] > 0).slice(0, 60);
-  const most = Math.max(0.1, ...rows.map((row) => Math.abs(row[1])));
+  const most = Math.min(MOST_EVIDENCE, Math.max(0.1, ...rows.map((row) => Math.abs(row[1]))));
+  const drawn = (value) => Math.max(-most, Math.min(most, value));
   const svg = rowsChart({rows, labels: rows.map((row) => row[0]), domain: [-most, most], xTitle: "Weight of evidence", numbers: (row) => count(row[2]), rowHeight: 20,
-    mark: ([, value], y, sx, height) => [draw("rect", {class: `fill ${value >= 0 ? "k0" : "k1"}`, x: sx(Math.min(0, value)), width: Math.abs(sx(value) - sx(0)), y: y + 3, height: height - 6},
-      draw("title", null, plain(value))), draw("line", {class: "axis", x1: sx(0), x2: sx(0), y1: y, y2: y + height})]});
-  return figure({title: nameOf(input), svg, table: [[nameOf(input), "Weight of evidence", "Training cases"], rows]});
+    mark: ([, value], y, sx, height) => [draw("rect", {class: `fill ${value >= 0 ? "k0" : "k1"}`, x: sx(Math.min(0, drawn(value))), width: Math.abs(sx(drawn(value)) - sx(0)), y: y + 3, height: height - 6},
+      draw("title", null, plain(value))), draw("line", {class: "axis", x1: sx(0), x2: sx(0), y1: y, y2: y + height}),
+    ...(drawn(value) === value ? [] : [draw("text", {class: "inside", x: sx(drawn(value) / 2), y: y + height / 2 + 4, "text-anchor": "middle"}, value < 0 ? `« ${plain(value, 3)}` : `${plain(value, 3)} »`)])]});
+  const isCut = rows.some((row) => Math.abs(row[1]) > most);
+  return figure({title: nameOf(input), svg, description: isCut ? "Bars with a number are longer than drawn: training cases of the class, or of the others, hardly occur there." : null, table: [[nameOf(input), "Weight of evidence", "Training cases"], rows]});
 }
 
 // What depends on the class that the reader looks at.
 function classPart(model, figuresOf) {
   const {target} = model;
-  const content = el("div", {class: "several"});
+  const content = el("div", {class: "several small"});
   const rarest = target.counts.map((value, k) => [value, k]).filter(([value]) => value > 0).sort((a, b) => a[0] - b[0])[0][1];
-  const show = (k) => content.replaceChildren(...figuresOf(Number(k)));
+  const show = (k) => content.replaceChildren(...drawnIn("small", () => figuresOf(Number(k))));
   show(rarest);
   return [el("div", {class: "controls"}, choice("Class", target.categories.map((text, k) => [k, text]), show, rarest)), content];
 }
@@ -84,13 +89,13 @@ function modelSection(model) {
     tested || !confusion.training ? null : el("p", {class: "notice loud"}, "There are no test cases. Everything here is measured on the very cases that the model was made from, and flatters it."),
     confusion.training || confusion.test ? null : el("p", {class: "notice"}, "This result holds no count of right and wrong predictions."),
     el("div", {class: "several"},
-      tested ? confusionTable("Test cases: observed and predicted", confusion.test, target.categories) : null,
-      confusion.training ? confusionTable("Training cases: observed and predicted", confusion.training, target.categories) : null),
+      tested ? confusionTable("Test cases: observed and predicted", confusion.test, target) : null,
+      confusion.training ? confusionTable("Training cases: observed and predicted", confusion.training, target) : null),
     sample === null ? null : [el("h3", null, sample === "test" ? "Probabilities of the test cases" : "Probabilities of the training cases"),
       classPart(model, (k) => (k < curves[sample].categories.length ? curveFigures(target.categories[k], used(k)) : [el("p", {class: "soft"}, "Curves are kept for the first classes only.")]))],
     model.inputs.length === 0 ? null : [
       el("h3", null, "What if"), new WhatIf(model).element,
       el("h3", null, "What speaks for a class"),
-      el("p", {class: "soft"}, "The logarithm of how many times as likely a value is in the class as in the others: above 0 it speaks for the class, below 0 against it."),
+      el("p", {class: "soft"}, "The logarithm of how many times as likely a value is in the class as in the others: above 0 it speaks for the class, below 0 against it; 0.7 is twice as likely, 2.3 ten times. At the right the training cases."),
       classPart(model, (k) => model.inputs.map((input) => evidenceFigure(model, input, k)))]];
 }

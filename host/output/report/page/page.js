@@ -58,7 +58,7 @@ function runSection(run, id) {
   return el("section", {id}, el("h2", null, commandTitle(run)),
     run.completed ? null : el("p", {class: "notice error"}, "The command did not come to its end."),
     run.messages.map((message) => el("div", {class: `notice ${message.severity}`},
-      el("strong", null, message.severity === "error" ? "Error: " : "Mind: "), said(message.text),
+      el("strong", null, message.severity === "error" ? "Error: " : message.severity === "warning" ? "Warning: " : "Note: "), said(message.text),
       message.detail ? el("pre", {class: "detail", tabindex: "0"}, message.detail) : null)),
     findingsSection(run.findings), run.charts.map(chartSection), tablesSection(run), notesSection(run));
 }

@@ -25,7 +25,6 @@ const RANKING_COLUMNS = [
   ["Effect", (p) => Math.abs(p.size ?? 0), -1, (p) => effectCell(p)],
   ["−log₁₀ p", (p) => zeros(p.log10_p) ?? -1, -1, (p) => (p.log10_p === "-inf" ? "∞" : p.log10_p === null ? DASH : tenths(zeros(p.log10_p)))],
   ["Adjusted p", (p) => zeros(p.log10_fdr) ?? -1, -1, (p) => pValue(p.log10_fdr), true],
-  ["Test", (p) => p.test, 1, (p) => `${p.test} ${tenths(p.statistic)}`, true],
   ["Bits", (p) => p.bits ?? -1, -1, (p) => decimals(p.bits), true],
   ["Missing", (p) => p.missing ?? -1, -1, (p) => (p.missing === null ? DASH : `${p.missing.toFixed(1)}%`), true],
 ];
@@ -124,6 +123,21 @@ class RankingTable {
 RankingTable.FIRST = 150;
 RankingTable.MORE = 1000;
 
+// The names of the best ones beside their dots, as far as they cover no other dot and no other name.
+function strengthLabels(known, placeOf, [left, right]) {
+  const taken = known.slice(0, 400).map((p) => placeOf(p)).map(([x, y]) => [x - 5, y - 5, x + 5, y + 5]);
+  const isFree = ([x0, y0, x1, y1]) => x0 >= left && x1 <= right && y0 >= 0 &&
+    taken.every(([a0, b0, a1, b1]) => x1 <= a0 || x0 >= a1 || y1 <= b0 || y0 >= b1);
+  return known.slice(0, 12).flatMap((p) => {
+    const [x, y] = placeOf(p), text = fitting(nameOf(p), 150), width = textWidth(text);
+    const places = [[x - 8 - width, y], [x + 8, y], [x - width / 2, y - 14], [x - width / 2, y + 15], [x - 8 - width, y - 11], [x + 8, y - 11]];
+    const place = places.find(([at, middle]) => isFree([at, middle - 6, at + width, middle + 6]));
+    if (place === undefined) return [];
+    taken.push([place[0], place[1] - 6, place[0] + width, place[1] + 6]);
+    return [draw("text", {class: "soft name", x: place[0], y: place[1] + 4}, text)];
+  });
+}
+
 // Strength against certainty: every predictor a dot.
 function strengthFigure(predictors, open) {
   const known = predictors.filter((p) => p.size !== null && p.log10_p !== null);
@@ -142,15 +156,7 @@ function strengthFigure(predictors, open) {
     svg.append(draw("circle", {class: `fill hit ${kind}`, cx: sx(Math.abs(p.size)), cy: y, r: known.length > 300 ? 3 : 5, opacity: 0.8, click: () => open(p.place, false)},
       draw("title", null, `${nameOf(p)}: ${p.effect} ${decimals(p.size)}, p ${pValue(p.log10_p)}`)));
   }
-  const taken = [];
-  for (const p of known.slice(0, 12)) {
-    const [x, y] = [sx(Math.abs(p.size)) - 9, sy(ordinary(zeros(p.log10_p))) + 4];
-    if (taken.some((other) => Math.abs(other - y) < 14)) continue;
-    taken.push(y);
-    const text = shorten(nameOf(p), 24);
-    const isLeft = x - 7 * text.length > sx(0);
-    svg.append(draw("text", {class: "soft", x: isLeft ? x : x + 18, y, "text-anchor": isLeft ? "end" : "start"}, text));
-  }
+  svg.append(...strengthLabels(known, (p) => [sx(Math.abs(p.size)), sy(ordinary(zeros(p.log10_p)))], [sx(0), sx(sx.domain[1])]));
   return figure({title: "Strength against certainty", svg, above: legend(kinds.map((kind) => `${kind}: ${SIZES[kind] || kind}`)),
     description: `Each dot is a predictor${known.length <= 60 ? ", with the 95% interval of its effect" : ""}; choose one to look into it. Above the dashed line a p-value alone is below .05. Effects of different kinds are not on one scale.`,
     table: [["Predictor", "Effect", "Size", "Lower 95%", "Upper 95%", "log10 p"], known.map((p) => [nameOf(p), p.effect, p.size, p.low, p.high, p.log10_p])]});
@@ -177,7 +183,7 @@ function predictorFacts(p) {
     ["Effect", p.size === null ? "not computed" : `${SIZES[p.effect]} ${decimals(p.size)}${interval}`],
     ["Shared information", p.bits === null ? null : `${decimals(p.bits)} bits`],
     ["Missing", p.missing === null ? null : `${p.missing.toFixed(1)}% of the cases`],
-    ["Mind", p.few_expected ? "too many cells expect few cases: the p-value is rough" : null]]);
+    ["Caution", p.few_expected ? "too many cells expect few cases: the p-value is rough" : null]]);
 }
 
 function excludedSection(excluded) {
@@ -208,7 +214,7 @@ function rankingSection(findings) {
     const step = (by, text) => el("button", {type: "button", class: "small", disabled: !findings.predictors[place + by],
       click: () => open(place + by, true)}, text);
     head.replaceChildren(said(nameOf(p)));
-    content.replaceChildren(el("div", {class: "controls"}, step(-1, "Better one"), step(1, "Next one")), predictorFacts(p), ...drawnInPanel(() => shapeFigures(p, findings.target)));
+    content.replaceChildren(el("div", {class: "controls"}, step(-1, "Previous"), step(1, "Next")), predictorFacts(p), ...drawnIn("panel", () => shapeFigures(p, findings.target)));
     table.mark(p);
     if (byHand) {
       head.focus({preventScroll: true});
@@ -224,6 +230,6 @@ function rankingSection(findings) {
       ["Cases left out", count(findings.cases.excluded)],
       ["Predictors", `${count(findings.candidates)} candidates, ${count(findings.predictors.length)} ranked by ${findings.criterion}, ${count(findings.excluded.length)} left out`]]),
     el("div", {class: "several"}, targetFigure(findings.target), strengthFigure(findings.predictors, (place) => open(place, true))),
-    findings.predictors.length === 0 ? null : [el("h3", null, "Ranking"), el("div", {class: "two"}, el("div", null, table.element), aside)],
+    findings.predictors.length === 0 ? null : [el("h3", null, "Predictors one by one"), el("div", {class: "two"}, el("div", null, table.element), aside)],
     excludedSection(findings.excluded)];
 }

@@ -36,7 +36,8 @@ function sharesFigure(variable, target, shares) {
 // A small histogram for each class over a common scale, with mean and deviation where they are known.
 function histogramsFigure(variable, target, bins, groups) {
   const classes = classTexts(target);
-  const width = chartWidth(), each = 54, left = Math.min(width * 0.34, 190), right = 12;
+  const width = chartWidth(), each = 54, right = 12;
+  const left = Math.min(width * 0.34, 12 + Math.max(...classes.map((text) => textWidth(text)), 40));
   const sx = linear([bins.low, bins.high], [left, width - right]);
   const step = (bins.high - bins.low) / bins.counts.length;
   const totals = classes.map((_, k) => sum(bins.counts.map((row) => row[k])));
@@ -45,11 +46,11 @@ function histogramsFigure(variable, target, bins, groups) {
   const svg = canvas(width, height);
   for (const t of ticks([bins.low, bins.high], 5)) {
     svg.append(draw("line", {class: "grid", x1: sx(t), x2: sx(t), y1: 4, y2: height - 42}),
-      draw("text", {class: "soft", x: sx(t), y: height - 26, "text-anchor": "middle"}, plain(t)));
+      draw("text", {class: "soft", x: sx(t), y: height - 26, "text-anchor": "middle"}, axisText(t)));
   }
   classes.forEach((text, k) => {
     const base = (k + 1) * each;
-    svg.append(draw("text", {x: left - 8, y: base - 18, "text-anchor": "end"}, draw("title", null, text), shorten(text, 26)),
+    svg.append(draw("text", {x: left - 8, y: base - 18, "text-anchor": "end"}, draw("title", null, text), fitting(text, left - 10)),
       draw("text", {class: "soft", x: left - 8, y: base - 3, "text-anchor": "end"}, count(totals[k])),
       draw("line", {class: "axis", x1: left, x2: width - right, y1: base, y2: base}));
     bins.counts.forEach((row, i) => {
@@ -62,12 +63,13 @@ function histogramsFigure(variable, target, bins, groups) {
     const moments = groups && groups.stats[k];
     if (moments) svg.append(...whisker(moments[1], moments[2], base + 4, sx));
   });
-  svg.append(draw("text", {x: (left + width - right) / 2, y: height - 6, "text-anchor": "middle"}, nameOf(variable)));
-  const moments = (k) => (groups && groups.stats[k]) || [totals[k], null, null];
+  svg.append(draw("text", {x: (left + width - right) / 2, y: height - 6, "text-anchor": "middle"}, fitting(nameOf(variable), width - 8)));
+  const edge = (i) => plain(bins.low + i * step);
+  const moments = (name, place) => [name, "", ...classes.map((_, k) => (groups.stats[k] ? groups.stats[k][place] : null))];
   return figure({title: `${nameOf(variable)} in each class of ${nameOf(target)}`, svg,
     description: groups ? "Share of each class by bin; the line below marks mean and standard deviation." : "Share of each class by bin.",
-    table: [[nameOf(target), "Cases", "Mean", "Standard deviation", ...bins.counts.map((_, i) => `${plain(bins.low + i * step)} to ${plain(bins.low + (i + 1) * step)}`)],
-      classes.map((text, k) => [text, ...moments(k), ...bins.counts.map((row) => row[k])])]});
+    table: [[`${nameOf(variable)}, from`, "to", ...classes], [...bins.counts.map((row, i) => [edge(i), edge(i + 1), ...row]),
+      ...(groups ? [moments("Mean", 1), moments("Standard deviation", 2)] : [])]]});
 }
 
 function whisker(mean, deviation, y, sx) {

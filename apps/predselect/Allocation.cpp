@@ -1,0 +1,67 @@
+#include "apps/predselect/Allocation.h"
+
+#include <dlfcn.h>
+#include <unistd.h>
+#include <unwind.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "apps/predselect/ExitCode.h"
+#include "apps/predselect/ProgressLine.h"
+#include "host/session/Unfinished.h"
+
+namespace PredSelectApp {
+
+#ifndef PREDSELECT_SANITIZED
+namespace {
+
+constexpr const char* kFragile[] = {"/libarrow", "/libparquet", "/libxerces"};
+
+_Unwind_Reason_Code LookAt(_Unwind_Context* frame, void* isFragile) {
+  Dl_info place{};
+  const auto address = reinterpret_cast<void*>(_Unwind_GetIP(frame));
+  if (dladdr(address, &place) == 0 || place.dli_fname == nullptr) return _URC_NO_REASON;
+  for (const char* library : kFragile) {
+    if (std::strstr(place.dli_fname, library) == nullptr) continue;
+    *static_cast<bool*>(isFragile) = true;
+    return _URC_END_OF_STACK;
+  }
+  return _URC_NO_REASON;
+}
+
+// Whether what is thrown now would pass a library that does not unwind.
+bool IsInFragileCode() {
+  bool isFragile = false;
+  _Unwind_Backtrace(LookAt, &isFragile);
+  return isFragile;
+}
+
+}  // namespace
+#endif
+
+void EndWithoutMemory() noexcept {
+  MCHost::RemoveUnfinished();
+  ProgressLine::Erase();
+  (void)!write(STDERR_FILENO, kNoMemoryText, sizeof kNoMemoryText - 1);
+  _exit(kDataError);
+}
+
+}  // namespace PredSelectApp
+
+#ifndef PREDSELECT_SANITIZED
+// In place of the standard library's, and for all libraries. The forms for arrays go through these.
+void* operator new(std::size_t size) {
+  if (void* memory = std::malloc(std::max<std::size_t>(size, 1))) return memory;
+  if (PredSelectApp::IsInFragileCode()) PredSelectApp::EndWithoutMemory();
+  throw std::bad_alloc();
+}
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+  return std::malloc(std::max<std::size_t>(size, 1));
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+#endif
