@@ -72,7 +72,8 @@ struct Options {
   PredSelect::ScoreRequest fScore;
   bool fbWeights = false;  // inspect: the tables of a model, too
   std::string fDrift;      // score: file of what differs from the training data, empty for none
-  PredSelect::ExportRequest fExport;  // export, model and run: no file for none
+  MCHost::CalibrationWish fCalibration;  // model and run
+  PredSelect::ExportRequest fExport;     // export, model and run: no file for none
   double fMemory = 0.0;  // run and model: kilobytes for cases, 0 for as they say themselves
   int fThreads = 0;      // all but inspect and merge: 0 for as many as there are processors
   PredSelect::DescribeRequest fDescribe;

@@ -56,7 +56,7 @@ int RunCommands(const Options& options) {
       PredSelect::RunCommands(*table, document,
                               {commands, options.fSaveState, options.fResults,
                                [&options](const std::string& path) { return UseOf(path, options); },
-                               MemoryOf(options), nullptr, options.fExport},
+                               MemoryOf(options), nullptr, options.fExport, options.fCalibration},
                               ProgramSurroundings(options, progress));
   progress.Clear();
   document.ShowNotes(*table);

@@ -32,6 +32,21 @@ void AddExportFile(CLI::App& command, Options& options) {
       ->type_name("FILE");
 }
 
+void AddCalibration(CLI::App& command, MCHost::CalibrationWish& wish) {
+  using MCHost::CalibrationWish;
+  AddChoice<CalibrationWish::Method>(
+      command, "--calibrate", wish.fMethod,
+      {{"temperature", CalibrationWish::kTemperature}, {"isotonic", CalibrationWish::kIsotonic}},
+      "Make the model's probabilities hold what they say, by the test cases; without any by "
+      "cross-validation");
+  command
+      .add_option("--calibration-seed", wish.fSeed,
+                  "How training cases are divided for that (default: 1)")
+      ->check(WholeNumber(0))
+      ->type_name("N")
+      ->needs("--calibrate");
+}
+
 }  // namespace
 
 CLI::App* AddDescribe(CLI::App& app, Options& options) {
@@ -127,6 +142,7 @@ CLI::App* AddModel(CLI::App& app, Options& options) {
                    "At most so many (default: as many as serve the model)")
       ->check(WholeNumber(1))
       ->type_name("N");
+  AddCalibration(*model, options.fCalibration);
   AddFormat(*model, options.fResult,
             {"ChosenPredictors", "Accuracy", "ConfusionMatrix", "WorstConfusions", "Evaluation",
              "ClassEvaluation", "Calibration", "CrossValidation", "SelectionStability", "Folds"});
@@ -208,6 +224,7 @@ CLI::App* AddRun(CLI::App& app, Options& options) {
   run->add_option("-f,--file", options.fCommandFile, "File that holds them; - is standard input")
       ->type_name("FILE")
       ->excludes(text);
+  AddCalibration(*run, options.fCalibration);
   AddFormat(*run, options.fResult,
             {"PredictorSummary", "PredictorEffects", "SubsetSummary", "Classification",
              "SelectedPredictors", "ExcludedPredictors", "CaseProcessingSummary", "Evaluation",

@@ -70,6 +70,11 @@ PredSelect::RankBy RankByOf(std::size_t by) {
   return kAll[by];
 }
 
+MCHost::CalibrationWish CalibrationOf(std::size_t method, std::size_t seed) {
+  if (method > PREDSELECT_CALIBRATE_ISOTONIC) throw Misuse("calibrate is no PREDSELECT_CALIBRATE");
+  return {static_cast<MCHost::CalibrationWish::Method>(method), seed == 0 ? 1 : seed};
+}
+
 double TestShareOf(double test) {
   if (test == 0.0) return PredSelect::ModelRequest().fTest;
   if (!(test < 1.0)) throw Misuse("test is not below 1");
@@ -100,6 +105,7 @@ PredSelect::ModelRequest ModelRequestOf(const char* target, const predselect_mod
   request.fPmml = PathOrNone(given.pmml_path);
   request.fRun.fStatePath = PathOrNone(given.state_path);
   request.fRun.fMemory = KilobytesOf(given.memory == 0 ? PREDSELECT_MEMORY_AUTO : given.memory);
+  request.fRun.fCalibration = CalibrationOf(given.calibrate, given.calibration_seed);
   return request;
 }
 
@@ -150,6 +156,7 @@ predselect_status predselect_run(predselect_session* session, predselect_table* 
     request.fStatePath = PathOrNone(given.state_path);
     request.fResultsFolder = PathOrNone(given.results_folder);
     request.fMemory = KilobytesOf(given.memory);
+    request.fCalibration = CalibrationOf(given.calibrate, given.calibration_seed);
     return PredSelect::RunCommands(data, document, request, session->fSurroundings);
   });
 }

@@ -374,6 +374,9 @@ def every_state():
         yield Job(["model", *PENGUINS, "species", *options])
     yield run(table("survey.csv", "--weight", "w"), "NAIVEBAYES y BY code word WITH x z /FORCE FACTORS=grade"
               " /CROSSVALIDATION FOLDS=4 /PRINT EVALUATION SUMMARY.")
+    for method in ("temperature", "isotonic", "platt"):
+        yield Job(["model", *PENGUINS, "species", "--calibrate", method, "--export", "model.json"])
+        yield run(PENGUINS, "NAIVEBAYES species.", "--calibrate", method, "--save-state", "state.bin")
     for options in (["--explain"], ["--explain", "1", "--save-data", "out.parquet"]):
         yield Job(["score", "--model", made("coded.bin"), *table("survey.csv"), *options])
     for form in (*forms, "json"):

@@ -54,7 +54,12 @@ PLACE(predselect_run_options, struct_size, 0);
 PLACE(predselect_run_options, state_path, 1);
 PLACE(predselect_run_options, results_folder, 2);
 PLACE(predselect_run_options, memory, 3);
+PLACE(predselect_run_options, calibrate, 4);
+PLACE(predselect_run_options, calibration_seed, 5);
 SAME(PREDSELECT_MEMORY_AUTO, SIZE_MAX);
+SAME(PREDSELECT_CALIBRATE_NOT, 0);
+SAME(PREDSELECT_CALIBRATE_TEMPERATURE, 1);
+SAME(PREDSELECT_CALIBRATE_ISOTONIC, 2);
 
 PLACE(predselect_score_options, struct_size, 0);
 PLACE(predselect_score_options, predicted, 1);
@@ -95,3 +100,5 @@ PLACE(predselect_model_options, memory, 9);
 PLACE(predselect_model_options, folds, 10);
 PLACE(predselect_model_options, repeats, 11);
 PLACE(predselect_model_options, seed, 12);
+PLACE(predselect_model_options, calibrate, 13);
+PLACE(predselect_model_options, calibration_seed, 14);
