@@ -14,6 +14,7 @@
 #include <system_error>
 #include <vector>
 
+#include "common/WholeText.h"
 #include "common/state/IOException.h"
 #include "common/state/QuietReading.h"
 #include "common/xml/XMLError.h"
@@ -91,7 +92,7 @@ std::string WithDictionary(const std::string& document, const StateDictionary& d
   const std::size_t start = document.find('\n', root) + 1;
   std::ostringstream inserted;
   dictionary.WriteObjectXML(inserted, 2);
-  return document.substr(0, start) + inserted.str() + document.substr(start);
+  return document.substr(0, start) + MCCommon::WholeText(inserted) + document.substr(start);
 }
 
 bool StartsWith(std::fstream& is, const std::string& text) {
@@ -209,7 +210,8 @@ std::string WriteComponentFile(const std::string& path, const StateWriting& how,
     const MCFeature::MCStatus status = component.SaveStateXML(document);
     if (status.IsError()) return NotSaved(status.GetErrorCode());
     try {
-      os << (dictionary == nullptr ? document.str() : WithDictionary(document.str(), *dictionary));
+      const std::string text = MCCommon::WholeText(document);
+      os << (dictionary == nullptr ? text : WithDictionary(text, *dictionary));
     } catch (const MCCommonXML::XMLError& error) {
       return error.what();
     }

@@ -5,6 +5,7 @@
 // SessionScope around each call of the procedure entry. Everything is called on that thread only.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,15 @@ struct CommandPlan {
   std::vector<std::string> fFactors;     // categorical predictors, before any is screened out
   std::vector<std::string> fCovariates;  // continuous ones
   std::string fModelFile;                // that it writes; empty for none
+};
+
+// How the probabilities of a model are to be calibrated: not at all, or by cases that it was not
+// built on. The seed decides how training cases are divided where there are no others.
+struct CalibrationWish {
+  enum Method { kNone, kTemperature, kIsotonic };
+
+  Method fMethod = kNone;
+  std::uint64_t fSeed = 1;
 };
 
 class ISession {
@@ -79,6 +89,9 @@ class ISession {
   // none itself; 0 leaves it at the command's own default. A session that does not care need not
   // implement this.
   virtual double MemoryForCases() { return 0.0; }
+
+  // Asked by a command that builds a model. A session that does not care need not implement this.
+  virtual CalibrationWish Calibration() { return {}; }
 
   // How many threads a command may use, the caller's among them. A session that does not care need
   // not implement this.

@@ -44,7 +44,9 @@ MCFeature::MCStatus PRSBinnedInformation::AddTo(std::vector<PRSEffect>& effects,
   binned.SetProgressListener(settings.GetProgressListener());
   binned.SetNSkippedRecordReports(settings.GetNSkippedRecordReports());
   binned.SetNThreads(settings.GetNThreads());
-  const std::unique_ptr<IFSAlgorithm> counts = FSFactory().CreateFSAlgorithm(&binned);
+  FSFactory factory;
+  const std::unique_ptr<IFSAlgorithm> counts = factory.CreateFSAlgorithm(&binned);
+  if (counts == nullptr) return factory.GetStatus();
   const MCFeature::MCStatus status = counts->Accumulate(cases, -1);
   for (std::size_t i = 0; i < lacking.size() && !status.IsError(); ++i) {
     const int position = static_cast<int>(i);

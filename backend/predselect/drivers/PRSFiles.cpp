@@ -2,6 +2,7 @@
 
 #include <sstream>
 
+#include "common/WholeText.h"
 #include "host/output/BpError.h"
 #include "host/session/HostIOError.h"
 #include "host/session/ISession.h"
@@ -63,10 +64,12 @@ bool PRSSaveState(const INBAlgorithm& component) {
 
 bool PRSWriteResult(const std::string& name, const std::function<bool(std::ostream&)>& write) {
   std::ostringstream document;
-  if (!write(document)) return true;
+  const bool isThere = write(document);
+  const std::string text = MCCommon::WholeText(document);
+  if (!isThere) return true;
   try {
     MCHost::OutputFile file(MCHost::CurrentSession().ResultsPrefix() + name);
-    return PRSCommit(file, document.str());
+    return PRSCommit(file, text);
   } catch (const MCHost::HostIOError& error) {
     PRSFileError(error);
     return false;

@@ -39,6 +39,9 @@ function fitting(text, width) {
   return `${letters.slice(0, fits).join("")}…`;
 }
 
+// Of counts.
+const wholeAxisText = (value) => (Number.isInteger(value) ? axisText(value) : "");
+
 const axisText = (value) => (Math.abs(value) >= 1e4 && Math.abs(value) < 1e7 ? count(value) : plain(value));
 
 // `table` is [headings, rows]: the numbers behind the drawing.
