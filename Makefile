@@ -12,6 +12,9 @@
 #   make asan    the test suite under AddressSanitizer and UBSan
 #   make tsan    the engines' tests of threads under ThreadSanitizer
 #   make fuzz    every fuzz target for FUZZ_SECONDS (600 unless given) seconds
+#   make damage  saved states, damaged at random TRIALS (100000 unless given) times: none is read with other numbers
+#   make faults  every call to the system and every place of allocation failed in turn, over jobs of every kind
+#   make kills   KILLS (1000 unless given) runs ended at random moments, by every signal and want
 #   make package  a Debian package and an archive with everything inside, in build/release/packages
 #   make check-package  install and run both on a Debian that has nothing else (needs root)
 #   make check-exact  exact p-values beside an independent computation, on tables of real data
@@ -26,7 +29,9 @@
 #   make tidy    clang-tidy over the sources of program and libraries
 #   make format  clang-format over all sources
 #   make clean   removes everything that was built
-.PHONY: demo test program build bench bench-growth bench-plot bench-end bench-peers compare check-exact asan tsan fuzz package check-package browser models databases wheel check-wheel test-python-long docs compare-sklearn tidy format clean
+.PHONY: demo test program build bench bench-growth bench-plot bench-end bench-peers compare check-exact
+.PHONY: asan tsan fuzz damage faults kills package check-package browser models databases wheel check-wheel
+.PHONY: python-library test-python-long docs compare-sklearn tidy format clean
 
 demo: program
 	@scripts/demo
@@ -120,6 +125,16 @@ fuzz:
 	@scripts/make-corpus
 	@scripts/fuzz
 
+damage: build
+	@scripts/damage
+
+faults: build
+	tests/faults/inject.py build/release/bin/predselect build/release/lib/libfaults.so
+
+kills: export KILLS ?= 1000
+kills: program
+	tests/faults/kill.py build/release/bin/predselect --kills $(KILLS)
+
 wheel:
 	@scripts/setup --wheel
 	@scripts/make-wheel
@@ -127,17 +142,21 @@ wheel:
 check-wheel: wheel program
 	@scripts/check-wheel
 
-test-python-long: build
+# The libraries alone: what the package loads.
+python-library: program
+	cmake --build --preset release --target predselectcfiles
+
+test-python-long: python-library
+	@scripts/setup --tests
 	cd python && PREDSELECT_LIBRARY_DIR=../build/release/lib PYTHONPATH=src \
 	  ../.venv-python/bin/python3 -m pytest -m long
 
-docs: program
+docs: python-library
 	@scripts/setup --docs
-	cmake --build --preset release --target predselectcfiles
 	PREDSELECT_LIBRARY_DIR=$(CURDIR)/build/release/lib PYTHONPATH=$(CURDIR)/python/src \
 	  .venv-docs/bin/sphinx-build -W -q -b html python/docs build/docs
 
-compare-sklearn: build
+compare-sklearn: python-library
 	python3 -m venv .venv-compare
 	.venv-compare/bin/python3 -m pip install --quiet -r scripts/requirements-compare.txt
 	PREDSELECT_LIBRARY_DIR=build/release/lib PYTHONPATH=python/src \

@@ -75,6 +75,12 @@ class FSAlgorithm final : public IFSAlgorithm {
   // Who holds this can tell whether the component is still there: it points to it as long as it is.
   std::weak_ptr<FSAlgorithm*> GetLink() const { return fpLink; }
 
+  // Weights of the categories of a predictor; null for a continuous or deleted one, and before the
+  // first pass.
+  const FSMapICnt* GetPredictorCategories(int predictor) const {
+    return fPredictors.GetCategories(predictor);
+  }
+
   // Saved state: as for IFSPredTargetAccum. REQUIRES for reading: a new component.
   int WriteObject(std::fstream& os) const;
   int ReadObject(std::fstream& is);

@@ -229,6 +229,11 @@ FSProfile FSPredictorSet::GetPredictorProfile(int predictor) const {
                             : FSProfile();
 }
 
+const FSMapICnt* FSPredictorSet::GetCategories(int predictor) const {
+  return IsThere(predictor) ? fCounts.At(static_cast<std::size_t>(predictor))->GetCategories()
+                            : nullptr;
+}
+
 int FSPredictorSet::GetNTargetCategories() const {
   return static_cast<int>(fCounts.GetTargetCategories().Size());
 }

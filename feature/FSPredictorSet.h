@@ -102,6 +102,8 @@ class FSPredictorSet {
   FSEffect GetPredictorEffect(MCFSCommon::RankCriteria ranking, int predictor) const;
   // IFSPredTargetAccum::GetProfile of a predictor; nothing as above.
   FSProfile GetPredictorProfile(int predictor) const;
+  // IFSPredTargetAccum::GetCategories of a predictor; null as above.
+  const FSMapICnt* GetCategories(int predictor) const;
 
   void GetNValidNExcluded(double& validWeight, double& excludedWeight, int& validCases,
                           int& excludedCases) const {

@@ -26,3 +26,8 @@ MCFeature::MCStatus FSWithinMemory(std::ostream& out, Work work) {
   if (status.GetErrorCode() == MCFeature::kOutOfMemory) out.setstate(std::ios_base::badbit);
   return status;
 }
+
+// For callers that throw where engines give a status: std::bad_alloc where memory was wanting.
+inline void FSThrowWantOfMemory(const MCFeature::MCStatus& status) {
+  if (status.GetErrorCode() == MCFeature::kOutOfMemory) throw std::bad_alloc();
+}

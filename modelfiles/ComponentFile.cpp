@@ -14,6 +14,7 @@
 #include <system_error>
 #include <vector>
 
+#include "common/WholeText.h"
 #include "common/state/IOException.h"
 #include "common/state/QuietReading.h"
 #include "common/state/StateBytes.h"
@@ -23,7 +24,8 @@
 #include "common/xml/XMLObj.h"
 #include "common/xml/XMLObjParser.h"
 #include "feature/FSFactory.h"
-#include "feature/FSSettings.h"
+#include "modelfiles/StateEnvelope.h"
+#include "modelfiles/StateSense.h"
 #include "modelfiles/export/ExportText.h"
 #include "modelfiles/export/JSONModel.h"
 #include "naivebayes/NBFactory.h"
@@ -45,18 +47,24 @@ std::string NotSaved(std::int64_t code) {
   return "the component could not be saved (status " + std::to_string(code) + ")";
 }
 
-// Opens, writes, and makes sure that every byte has gone. What the system says of a stream that
-// failed comes before what a component makes of it.
+// Writes the bytes that `write` makes, in their envelope, and makes sure that every one has gone.
 template <class Stream>
-std::string WriteFile(const std::string& path, const std::function<std::string(Stream&)>& write) {
+std::string WriteFile(const std::string& path, const StateWriting& how,
+                      const std::function<std::string(Stream&)>& write) {
+  std::stringbuf content(std::ios::out);
+  Stream made;
+  static_cast<std::ios&>(made).rdbuf(&content);
+  const std::string trouble = write(made);
+  if (!trouble.empty()) return trouble;
+  if (!made) throw std::bad_alloc();  // nothing else keeps bytes out of memory
+  const std::string bytes = MCModelFiles::PutIntoEnvelope(content.view(), how.fbXML, how.fKey);
   errno = 0;
-  Stream stream(path, std::ios::out | std::ios::trunc | std::ios::binary);
-  if (!stream) return SystemError();
+  std::ofstream file(path, std::ios::trunc | std::ios::binary);
+  if (!file) return SystemError();
   errno = 0;
-  std::string trouble = write(stream);
-  if (stream && !trouble.empty()) return trouble;
-  if (stream) stream.close();
-  if (stream) return "";
+  file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+  if (file) file.close();
+  if (file) return "";
   return errno == 0 ? "the file could not be written" : SystemError();
 }
 
@@ -88,7 +96,7 @@ std::string WithDictionary(const std::string& document, const StateDictionary& d
   const std::size_t start = document.find('\n', root) + 1;
   std::ostringstream inserted;
   dictionary.WriteObjectXML(inserted, 2);
-  return document.substr(0, start) + inserted.str() + document.substr(start);
+  return document.substr(0, start) + MCCommon::WholeText(inserted) + document.substr(start);
 }
 
 bool StartsWith(std::fstream& is, const std::string& text) {
@@ -155,27 +163,46 @@ std::string ReadJSON(std::fstream& is, ComponentFile& file) {
   }
 }
 
-// How far a file was read.
-std::string ByteOf(std::fstream& is) {
-  is.clear();
-  return "byte " + std::to_string(is.tellg());
-}
-std::string LineOf(std::ifstream& is) {
-  return "line " + std::to_string(MCCommonXML::ParsedLine(is));
-}
-
-// A dictionary must speak of the component that follows it.
-bool Agree(const ComponentFile& file) {
-  if (file.fpFeature == nullptr || !file.fDictionary) return true;
-  const FSSettings& settings = *file.fpFeature->GetSettings();
-  const std::vector<StateVariable>& predictors = file.fDictionary->fPredictors;
-  if (settings.GetNPredictors() != static_cast<int>(predictors.size())) return false;
-  if ((settings.GetWeightPosition() < 0) != file.fDictionary->fWeight.empty()) return false;
-  for (std::size_t i = 0; i < predictors.size(); ++i) {
-    if (settings.IsCatPredictor(static_cast<int>(i)) != predictors[i].fbCategorical) return false;
+// A file as it is read: in the binary form or JSON by one stream, in XML by the other; through its
+// envelope, if it has one.
+class StateStreams {
+ public:
+  explicit StateStreams(const std::string& path) : fBinary(path, std::ios::in | std::ios::binary) {
+    if (!fBinary) return;
+    fbXML = StartsWith(fBinary, "<?xml");
+    if (fbXML) fXML.open(path, std::ios::binary);
   }
-  return settings.IsCatTarget() == file.fDictionary->fTarget.fbCategorical;
-}
+
+  // Empty, or why the file must not be read.
+  std::string Open(const std::string& key) {
+    MCModelFiles::OpenedEnvelope opened = MCModelFiles::OpenEnvelope(fBinary, fbXML, key);
+    if (!opened.fbThere || !opened.fTrouble.empty()) return opened.fTrouble;
+    fStart = opened.fStart;
+    fContent.str(std::move(opened.fContent));
+    (fbXML ? static_cast<std::ios&>(fXML) : static_cast<std::ios&>(fBinary)).rdbuf(&fContent);
+    return "";
+  }
+
+  std::string Read(ComponentFile& file) {
+    if (fbXML) return ReadXML(fXML, file);
+    return StartsWith(fBinary, "{") ? ReadJSON(fBinary, file) : ReadBinary(fBinary, file);
+  }
+
+  // How far the file was read.
+  std::string Place() {
+    if (fbXML) return "line " + std::to_string(MCCommonXML::ParsedLine(fXML));
+    fBinary.clear();
+    return "byte " + std::to_string(static_cast<std::streamoff>(fBinary.tellg()) + fStart);
+  }
+
+  std::fstream fBinary;
+
+ private:
+  std::stringbuf fContent{std::ios::in};
+  std::ifstream fXML;
+  std::streamoff fStart = 0;
+  bool fbXML = false;
+};
 
 }  // namespace
 
@@ -186,18 +213,19 @@ bool IsXMLStateName(const std::string& path) {
                     [](char a, char b) { return a == (b >= 'A' && b <= 'Z' ? b - 'A' + 'a' : b); });
 }
 
-std::string WriteComponentFile(const std::string& path, bool xml, const IFSAlgorithm& component,
-                               const StateDictionary* dictionary) {
-  if (!xml) {
+std::string WriteComponentFile(const std::string& path, const StateWriting& how,
+                               const IFSAlgorithm& component, const StateDictionary* dictionary) {
+  if (!how.fbXML) {
     return WriteFile<std::fstream>(
-        path, [&](std::fstream& os) { return WriteBinary(os, component, dictionary); });
+        path, how, [&](std::fstream& os) { return WriteBinary(os, component, dictionary); });
   }
-  return WriteFile<std::ofstream>(path, [&](std::ofstream& os) -> std::string {
+  return WriteFile<std::ofstream>(path, how, [&](std::ofstream& os) -> std::string {
     std::ostringstream document;
     const MCFeature::MCStatus status = component.SaveStateXML(document);
     if (status.IsError()) return NotSaved(status.GetErrorCode());
     try {
-      os << (dictionary == nullptr ? document.str() : WithDictionary(document.str(), *dictionary));
+      const std::string text = MCCommon::WholeText(document);
+      os << (dictionary == nullptr ? text : WithDictionary(text, *dictionary));
     } catch (const MCCommonXML::XMLError& error) {
       return error.what();
     }
@@ -205,7 +233,8 @@ std::string WriteComponentFile(const std::string& path, bool xml, const IFSAlgor
   });
 }
 
-std::string WriteComponentFile(const std::string& path, bool xml, const INBAlgorithm& component) {
+std::string WriteComponentFile(const std::string& path, const StateWriting& how,
+                               const INBAlgorithm& component) {
   const auto told = [&component](const MCNaive::MCStatus& status) -> std::string {
     if (!status.IsError()) return "";
     if (status.GetErrorCode() == MCNaive::kNoMemory) throw std::bad_alloc();
@@ -220,22 +249,23 @@ std::string WriteComponentFile(const std::string& path, bool xml, const INBAlgor
            variables.GetVarAt(var)->GetVariableName() +
            "\" holds a character that an XML document cannot hold";
   };
-  if (!xml) {
-    return WriteFile<std::fstream>(path,
+  if (!how.fbXML) {
+    return WriteFile<std::fstream>(path, how,
                                    [&](std::fstream& os) { return told(component.SaveState(os)); });
   }
   return WriteFile<std::ofstream>(
-      path, [&](std::ofstream& os) { return told(component.SaveStateXML(os)); });
+      path, how, [&](std::ofstream& os) { return told(component.SaveStateXML(os)); });
 }
 
-std::string WriteComponentFile(const std::string& path, bool xml, const TableRanges& ranges) {
-  if (!xml) {
-    return WriteFile<std::fstream>(path, [&](std::fstream& os) {
+std::string WriteComponentFile(const std::string& path, const StateWriting& how,
+                               const TableRanges& ranges) {
+  if (!how.fbXML) {
+    return WriteFile<std::fstream>(path, how, [&](std::fstream& os) {
       ranges.WriteObject(os);
       return "";
     });
   }
-  return WriteFile<std::ofstream>(path, [&](std::ofstream& os) -> std::string {
+  return WriteFile<std::ofstream>(path, how, [&](std::ofstream& os) -> std::string {
     try {
       std::ostringstream document;
       MCCommonXML::ExportFormat(
@@ -251,34 +281,28 @@ std::string WriteComponentFile(const std::string& path, bool xml, const TableRan
   });
 }
 
-std::string ReadComponentFile(const std::string& path, ComponentFile& file, std::string* place) {
+std::string ReadComponentFile(const std::string& path, ComponentFile& file, std::string* place,
+                              const std::string& key) {
   std::error_code error;
   const std::filesystem::file_status status = std::filesystem::status(path, error);
   if (error) return error.message();
   // A pipe cannot be read twice and never says how much it holds; opening one may wait for ever.
   if (!std::filesystem::is_regular_file(status)) return "it is not a plain file";
   errno = 0;
-  std::fstream binary(path, std::ios::in | std::ios::binary);
-  if (!binary) return SystemError();
-  std::ifstream xml;
-  if (StartsWith(binary, "<?xml")) xml.open(path, std::ios::binary);
+  StateStreams streams(path);
+  if (!streams.fBinary) return SystemError();
   const QuietReading quiet;
   std::string trouble;
   try {
-    if (StartsWith(binary, "{")) {
-      trouble = ReadJSON(binary, file);
-    } else {
-      trouble = xml.is_open() ? ReadXML(xml, file) : ReadBinary(binary, file);
-    }
+    trouble = streams.Open(key);
+    if (trouble.empty()) trouble = streams.Read(file);
   } catch (const MCCommon::IOException&) {
     trouble = kDamaged;
   } catch (const std::bad_alloc&) {
     trouble = "it takes more memory than there is";
   }
-  if (trouble.empty() && !Agree(file)) trouble = kDamaged;
-  if (trouble == kDamaged && place != nullptr) {
-    *place = xml.is_open() ? LineOf(xml) : ByteOf(binary);
-  }
+  if (trouble.empty() && !MCModelFiles::MakesSense(file)) trouble = kDamaged;
+  if (trouble == kDamaged && place != nullptr) *place = streams.Place();
   return trouble;
 }
 

@@ -2,8 +2,9 @@
 //
 // Binary, or XML where the name ends in ".xml". A feature selection component has its dictionary in
 // front of it; a Naive Bayes component knows its variables itself. A component that was saved alone
-// (SaveState, SaveStateXML) is read too, and a model in its JSON form (JSONModel.h). Nothing is thrown; files are neither locked nor replaced
-// in one step here.
+// (SaveState, SaveStateXML) is read too, and a model in its JSON form (JSONModel.h). What is
+// written is in an envelope (StateEnvelope.h); what is read may be. Nothing is thrown; files are
+// neither locked nor replaced in one step here.
 #pragma once
 
 #include <cstdint>
@@ -27,18 +28,24 @@ struct ComponentFile {
 // True for a name that ends in ".xml", in any case.
 bool IsXMLStateName(const std::string& path);
 
-// Writes to `path` in the form asked for; the dictionary may be null. The return value is empty, or
-// what went wrong.
-std::string WriteComponentFile(const std::string& path, bool xml, const IFSAlgorithm& component,
-                               const StateDictionary* dictionary);
-std::string WriteComponentFile(const std::string& path, bool xml, const INBAlgorithm& component);
-std::string WriteComponentFile(const std::string& path, bool xml, const TableRanges& ranges);
+struct StateWriting {
+  bool fbXML = false;
+  std::string fKey{};  // signs the file; empty for no signature
+};
+
+// Writes to `path`; the dictionary may be null. The return value is empty, or what went wrong.
+std::string WriteComponentFile(const std::string& path, const StateWriting& how,
+                               const IFSAlgorithm& component, const StateDictionary* dictionary);
+std::string WriteComponentFile(const std::string& path, const StateWriting& how,
+                               const INBAlgorithm& component);
+std::string WriteComponentFile(const std::string& path, const StateWriting& how,
+                               const TableRanges& ranges);
 
 // Reads any form of either component, told apart by their first bytes. Empty, or what went
-// wrong; `place`, where it is given, then says where in the file ("byte 17", "line 4"). Nothing
-// goes to standard error.
+// wrong; `place`, where it is given, then says where in the file ("byte 17", "line 4"). With a key,
+// a file that was not signed with it is refused. Nothing goes to standard error.
 std::string ReadComponentFile(const std::string& path, ComponentFile& file,
-                              std::string* place = nullptr);
+                              std::string* place = nullptr, const std::string& key = {});
 
 // A component as bytes, in the binary form of files; null for no dictionary. Reading is as above.
 std::string ComponentBytes(const IFSAlgorithm& component, const StateDictionary* dictionary);

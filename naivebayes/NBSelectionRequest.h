@@ -9,6 +9,7 @@
 
 class INBParts;
 struct MCApplicInfo4XML;
+struct NBCrossValidation;
 
 // All that is pointed to stays the caller's.
 struct NBSelectionRequest {
@@ -30,6 +31,9 @@ struct NBSelectionRequest {
   // whether the test cases of the parts choose the size. Null for records that are here.
   INBParts* fpParts = nullptr;
   bool fbTestInParts = false;
+  // The same selection is cross-validated, by pseudo-BIC or the exact size; null for not. Needs the
+  // records in memory, or its runs stay empty.
+  NBCrossValidation* fpValidation = nullptr;
 };
 
 struct NBSelectionResult {

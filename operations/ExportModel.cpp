@@ -4,6 +4,7 @@
 #include <sstream>
 
 #include "common/xml/MCApplicInfo4XML.h"
+#include "common/WholeText.h"
 #include "host/session/OutputFile.h"
 #include "naivebayes/INBAlgorithm.h"
 #include "naivebayes/MCStatus.h"
@@ -44,7 +45,7 @@ void ExportModel(const INBAlgorithm& model, const std::string& path,
     throw RequestError("the model cannot be written as a document: " + Obstacle(model, status));
   }
   MCHost::OutputFile file(path);
-  file.Write(document.str());
+  file.Write(MCCommon::WholeText(document));
   file.Commit();
 }
 

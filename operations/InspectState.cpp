@@ -8,6 +8,7 @@
 #include "common/MissingValue.h"
 #include "feature/FSCriterion.h"
 #include "feature/FSSettings.h"
+#include "feature/FSWithinMemory.h"
 #include "host/data/MemoryTable.h"
 #include "host/output/OutputDocument.h"
 #include "host/output/pivot/BpPivotTable.h"
@@ -15,6 +16,7 @@
 #include "host/output/pivot/BpString.h"
 #include "host/session/Session.h"
 #include "host/session/SessionScope.h"
+#include "host/text/CsvText.h"
 #include "modelfiles/ComponentFile.h"
 #include "naivebayes/NBAlgorithm.h"
 #include "operations/DocumentParts.h"
@@ -210,7 +212,7 @@ void ShowRanking(const IFSAlgorithm& component, const FeatureNames& names) {
     criteria.emplace_back(columns, component, criterion);
     std::vector<int> ranked;
     std::vector<double> values;
-    (void)component.GetTopPredictors(code, ranked, values, 0);
+    FSThrowWantOfMemory(component.GetTopPredictors(code, ranked, values, 0));
     for (const int predictor : ranked) {
       if (!isListed[static_cast<std::size_t>(predictor)]) order.push_back(predictor);
       isListed[static_cast<std::size_t>(predictor)] = true;
@@ -240,6 +242,17 @@ void ShowFeature(const ComponentFile& file) {
   ShowRanking(*file.fpFeature, names);
 }
 
+// Empty for none.
+std::string CalibrationText(const INBAlgorithm& component) {
+  const auto* model = dynamic_cast<const NBAlgorithm*>(&component);
+  const NBCalibration calibration = model == nullptr ? NBCalibration() : model->GetCalibration();
+  if (calibration.GetMethod() == NBCalibration::kNone) return "";
+  if (calibration.GetMethod() == NBCalibration::kIsotonic) return "isotonic";
+  std::string text = "temperature ";
+  MCHost::AppendNumber(text, calibration.GetTemperature());
+  return text;
+}
+
 void ShowNaiveFacts(const INBAlgorithm& component) {
   const NBVarList& variables = component.GetVarList();
   double valid = 0.0;
@@ -253,6 +266,9 @@ void ShowNaiveFacts(const INBAlgorithm& component) {
   facts.Add("Dependent variable",
             variables.GetVarAt(variables.GetTargetIndex())->GetVariableName());
   facts.Add("Predictors of the model", component.GetNumberOfInputVars());
+  if (const std::string text = CalibrationText(component); !text.empty()) {
+    facts.Add("Calibration", text);
+  }
   facts.Add("Valid cases", nValid);
   facts.Add("Excluded cases", nExcluded);
   facts.Add("Valid weight", valid);

@@ -10,6 +10,7 @@
 #include "common/MissingValue.h"
 #include "feature/FSCriterion.h"
 #include "feature/FSSettings.h"
+#include "feature/FSWithinMemory.h"
 #include "feature/IFSAlgorithm.h"
 #include "feature/statistics/FSAdjust.h"
 #include "feature/statistics/FSEffects.h"
@@ -152,7 +153,7 @@ class RankingWriter {
     std::vector<int> ranked;
     std::vector<double> values;
     if (!fComponent.ArePredictorsRanked()) return predictors;
-    (void)fComponent.GetTopPredictors(fFindings.fRanking, ranked, values, 0);
+    FSThrowWantOfMemory(fComponent.GetTopPredictors(fFindings.fRanking, ranked, values, 0));
     std::vector<FSEffect> effects;
     std::vector<double> logP;
     for (const int predictor : ranked) {

@@ -1,6 +1,5 @@
 #include "operations/RunCommands.h"
 
-#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -10,8 +9,8 @@
 #include "host/data/DataTable.h"
 #include "host/output/BpError.h"
 #include "host/output/OutputDocument.h"
-#include "host/session/NewFolder.h"
 #include "host/session/OutputFile.h"
+#include "host/session/OutputGroup.h"
 #include "host/session/SameFile.h"
 #include "host/session/Session.h"
 #include "host/session/SessionScope.h"
@@ -35,6 +34,7 @@ class RunSession : public MCHost::Session {
     SetAppParams(surroundings.fApplication);
     SetTempPath(surroundings.fTempPath);
     SetThreads(surroundings.fThreads);
+    fStateKey = surroundings.fStateKey;
     SetCancelQuery(surroundings.fIsCancelled);
     SetProgressListener(surroundings.fReportProgress);
   }
@@ -42,6 +42,10 @@ class RunSession : public MCHost::Session {
   double MemoryForCases() override {
     fbMemoryTaken = true;
     return fRequest.fMemory;
+  }
+  MCHost::CalibrationWish Calibration() override {
+    fbCalibrationTaken = true;
+    return fRequest.fCalibration;
   }
   void SetMacro(const std::string& name, const std::vector<std::string>& values) override {
     Session::SetMacro(name, values);
@@ -61,6 +65,7 @@ class RunSession : public MCHost::Session {
     fDocument.CurrentRun().fFindings = FindingsText(findings, &Table());
   }
   std::string StatePath() const override { return fbLast ? fRequest.fStatePath : ""; }
+  std::string StateKey() const override { return fStateKey; }
   std::string ResultsPrefix() const override {
     if (fRequest.fResultsFolder.empty()) return "";
     return fRequest.fResultsFolder + "/" + std::to_string(fDocument.GetRuns().size()) + "-";
@@ -88,11 +93,13 @@ class RunSession : public MCHost::Session {
 
   bool fbLast = false;         // the last command is being run: its state is saved
   bool fbMemoryTaken = false;  // some command has asked for it
-  bool fbFileLost = false;     // is all that the command failed in
+  bool fbCalibrationTaken = false;
+  bool fbFileLost = false;  // is all that the command failed in
 
  private:
   MCHost::OutputDocument& fDocument;
   const RunRequest& fRequest;
+  std::string fStateKey;
 };
 
 // The last command is the one whose model is exported.
@@ -119,9 +126,20 @@ Outcome RunOne(const MCHost::CommandText& command, RunSession& session, DataTabl
   return session.fbFileLost ? Outcome::kFileLost : Outcome::kCommandError;
 }
 
-void ReportIdleMemory(RunSession& session) {
+void ReportIdle(RunSession& session, const char* what) {
   const MCHost::SessionScope scope(session);
-  MCHost::RaiseMessage(MCHost::OutputMessage::kWarning, "Memory for cases has no effect...");
+  MCHost::RaiseMessage(MCHost::OutputMessage::kWarning, what);
+}
+
+// Of what was asked for, what no command has taken.
+void ReportIdleWishes(RunSession& session, const RunRequest& request) {
+  if (request.fMemory > 0.0 && !session.fbMemoryTaken) {
+    ReportIdle(session, "Memory for cases has no effect...");
+  }
+  const bool isCalibrated = request.fCalibration.fMethod != MCHost::CalibrationWish::kNone;
+  if (isCalibrated && !session.fbCalibrationTaken) {
+    ReportIdle(session, "Calibration has no effect...");
+  }
 }
 
 }  // namespace
@@ -141,9 +159,9 @@ Outcome RunCommands(DataTable& table, MCHost::OutputDocument& document, const Ru
   RecordData(document, table.CaseCount(), table.ColumnCount());
   RunSession session(table, document, request, surroundings);
   CheckModelComes(commands.back(), session);
-  std::optional<MCHost::NewFolder> results;
+  MCHost::OutputGroup outputs;
   const bool isDone = request.fpPlans == nullptr;
-  if (isDone && !request.fResultsFolder.empty()) results.emplace(request.fResultsFolder);
+  if (isDone && !request.fResultsFolder.empty()) outputs.MakeFolder(request.fResultsFolder);
   Outcome outcome = Outcome::kCompleted;
   for (const MCHost::CommandText& command : commands) {
     if (session.IsCancelled()) break;
@@ -152,8 +170,8 @@ Outcome RunCommands(DataTable& table, MCHost::OutputDocument& document, const Ru
     if (outcome != Outcome::kCommandError && one != Outcome::kCompleted) outcome = one;
   }
   if (session.IsCancelled()) return Outcome::kCancelled;
-  const bool isIdle = isDone && request.fMemory > 0.0 && !session.fbMemoryTaken;
-  if (outcome == Outcome::kCompleted && isIdle) ReportIdleMemory(session);
+  outputs.Commit();
+  if (outcome == Outcome::kCompleted && isDone) ReportIdleWishes(session, request);
   return outcome;
 }
 

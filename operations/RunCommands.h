@@ -32,6 +32,8 @@ struct RunRequest {
   std::vector<MCHost::CommandPlan>* fpPlans = nullptr;
   // The model of the last command, as a file for other programs; no file: not wanted.
   ExportRequest fExport{};
+  // How the models' probabilities are calibrated. A warning says so where no command builds one.
+  MCHost::CalibrationWish fCalibration{};
 };
 
 // Throws MCHost::HostIOError where the state, the result documents or the exported model could not
@@ -42,10 +44,11 @@ void CheckOutputs(const RunRequest& request);
 // Runs the commands in order, each in a run of the document, whose data source is the caller's to
 // name. Macros that one sets are there for the later ones; one that reports an error does not keep
 // the later ones from running. The new variables of a command stay in the table.
-// Throws RequestError for a text without a command, and for a model that is to be exported of a
-// command that builds none; MCHost::HostIOError for outputs that cannot be
-// written and for data that cannot be read before a pass.
-// REQUIRES: the table was prepared.
+// Files that the commands write take their places together, at the end, in the way of
+// MCHost::OutputGroup: none does when the run is cancelled, or when a command lacked data, memory
+// or room for a file. Throws RequestError for a text without a command, and for a model that is to
+// be exported of a command that builds none; MCHost::HostIOError for outputs that cannot be written
+// and for data that cannot be read before a pass. REQUIRES: the table was prepared.
 Outcome RunCommands(MCHost::DataTable& table, MCHost::OutputDocument& document,
                     const RunRequest& request, const Surroundings& surroundings);
 

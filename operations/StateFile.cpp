@@ -12,10 +12,10 @@ namespace PredSelect {
 
 namespace {
 
-std::string Write(const ComponentFile& state, const std::string& path, bool xml) {
-  if (state.fRanges) return WriteComponentFile(path, xml, *state.fRanges);
-  if (state.fpNaive != nullptr) return WriteComponentFile(path, xml, *state.fpNaive);
-  return WriteComponentFile(path, xml, *state.fpFeature,
+std::string Write(const ComponentFile& state, const std::string& path, const StateWriting& how) {
+  if (state.fRanges) return WriteComponentFile(path, how, *state.fRanges);
+  if (state.fpNaive != nullptr) return WriteComponentFile(path, how, *state.fpNaive);
+  return WriteComponentFile(path, how, *state.fpFeature,
                             state.fDictionary ? &*state.fDictionary : nullptr);
 }
 
@@ -38,19 +38,19 @@ std::string Remedy(const std::string& path) {
 
 }  // namespace
 
-ComponentFile LoadState(const std::string& path) {
+ComponentFile LoadState(const std::string& path, const std::string& key) {
   ComponentFile state;
   std::string place;
-  const std::string trouble = ReadComponentFile(path, state, &place);
+  const std::string trouble = ReadComponentFile(path, state, &place, key);
   if (!trouble.empty()) {
     throw MCHost::HostIOError(path, place, "cannot be used as a state: " + trouble + Remedy(path));
   }
   return state;
 }
 
-void SaveState(const ComponentFile& state, const std::string& path) {
+void SaveState(const ComponentFile& state, const std::string& path, const std::string& key) {
   MCHost::WriteWhole(path, [&](const std::string& temporary) {
-    return Write(state, temporary, IsXMLStateName(path));
+    return Write(state, temporary, {IsXMLStateName(path), key});
   });
 }
 

@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <cstring>
 #include <new>
+#include <string>
+#include <system_error>
 
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/Terminal.h"
@@ -40,6 +42,10 @@ Failure FailureOf(const std::exception& error) {
     return {kDataError,
             "there is not enough memory for what the commands count and show; fewer variables, or "
             "fewer categories, take less"};
+  }
+  if (const auto* system = dynamic_cast<const std::system_error*>(&error)) {
+    return {kDataError,
+            std::string("the system refuses what the program needs: ") + system->what()};
   }
   return {kBrokenInvariant, error.what()};
 }

@@ -12,6 +12,7 @@ struct Failure {
   std::string fFile{};    // which file it is about; empty for none
   std::string fPlace{};   // where in it, in words
   std::string fAdvice{};  // lines of the program's own that are shown below
+  bool fbAtOnce = false;  // the program ends without unwinding libraries, which might wait for ever
 };
 
 Failure FailureOf(const std::exception& error);

@@ -8,8 +8,12 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
+#include <new>
+#include <system_error>
 #include <thread>
 
+#include "apps/predselect/Allocation.h"
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/ProgressLine.h"
 #include "common/MCAssert.h"
@@ -83,15 +87,37 @@ void OnBrokenInvariant(const char* text, const char* source) {
   std::_Exit(kBrokenInvariant);
 }
 
+// Something was thrown where nothing may be: as a rule what is destroyed while memory is out, or
+// what the standard library takes for impossible.
+void OnTerminate() {
+  if (HasMemoryFailed()) EndWithoutMemory();
+  try {
+    if (std::current_exception()) throw;
+  } catch (const std::bad_alloc&) {
+    EndWithoutMemory();
+  } catch (const std::exception& error) {
+    OnBrokenInvariant(error.what(), "std::terminate");
+  } catch (...) {
+  }
+  OnBrokenInvariant("nothing is thrown where nothing may be", "std::terminate");
+}
+
 }  // namespace
 
 void InstallInterruptHandlers() {
   const sigset_t signals = OwnSignals();
   // All threads to come have them blocked, too.
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-  std::thread(Watch, signals).detach();
+  try {
+    std::thread(Watch, signals).detach();
+  } catch (const std::system_error&) {
+    pthread_sigmask(SIG_UNBLOCK, &signals, nullptr);  // they go on ending the program at once
+  }
+  // What these would end is told by the call that has failed.
   signal(SIGPIPE, SIG_IGN);
+  signal(SIGXFSZ, SIG_IGN);
   MCCommon::SetAssertionHandler(OnBrokenInvariant);
+  std::set_terminate(OnTerminate);
 }
 
 KeyboardOfAnother::KeyboardOfAnother() { gTypedToAnother = true; }

@@ -7,6 +7,7 @@
 #include "host/arrow/DataFile.h"
 #include "host/data/DataTable.h"
 #include "host/session/HostIOError.h"
+#include "host/session/OutputGroup.h"
 #include "operations/TableOptions.h"
 
 namespace PredSelectApp {
@@ -43,6 +44,7 @@ int SaveTable::WriteAfter(PredSelect::Outcome outcome) const {
     }
   } catch (const MCHost::HostIOError& error) {
     trouble = error.what();
+    MCHost::OutputGroup::Current()->Fail();
   }
   PrintError("predselect: " + trouble);
   return code == kCompleted ? kDataError : code;

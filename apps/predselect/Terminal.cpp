@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <filesystem>
 #include <memory>
 #include <utility>
@@ -27,6 +28,7 @@
 #include "host/output/report/RenderReport.h"
 #include "host/session/HostIOError.h"
 #include "host/session/OutputFile.h"
+#include "host/session/OutputGroup.h"
 #include "host/text/VisibleText.h"
 
 namespace PredSelectApp {
@@ -101,6 +103,17 @@ bool HasBlocks(int descriptor) {
   return false;
 }
 
+// On standard output.
+void Show(const ResultOptions& options, const std::string& text) {
+  const bool isPage = options.fFormat == FileFormat::kText && IsTerminal(STDOUT_FILENO);
+  if (isPage && options.fbPager && ShowInPager(text)) return;
+  const bool written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+  if (!written || std::fflush(stdout) != 0) {
+    throw MCHost::HostIOError("standard output", "",
+                              std::string("cannot be written: ") + std::strerror(errno));
+  }
+}
+
 }  // namespace
 
 MCHost::TextOptions PageOptions(const ResultOptions& options, bool forMessages) {
@@ -138,13 +151,17 @@ void WriteResults(const ResultOptions& options, const std::string& text) {
     file.Commit();
     return;
   }
-  const bool isPage = options.fFormat == FileFormat::kText && IsTerminal(STDOUT_FILENO);
-  if (isPage && options.fbPager && ShowInPager(text)) return;
-  const bool written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
-  if (!written || std::fflush(stdout) != 0) {
-    throw MCHost::HostIOError("standard output", "",
-                              std::string("cannot be written: ") + std::strerror(errno));
+  // Files first, whatever becomes of the reader of the results; and results whatever becomes of the
+  // files. A document says itself which files there are.
+  std::exception_ptr lost;
+  try {
+    if (auto* files = MCHost::OutputGroup::Current()) files->Commit(IsInterrupted);
+  } catch (const MCHost::HostIOError&) {
+    if (options.fFormat == FileFormat::kJson) throw;
+    lost = std::current_exception();
   }
+  Show(options, text);
+  if (lost) std::rethrow_exception(lost);
 }
 
 void WriteDocument(const MCHost::OutputDocument& document, const ResultOptions& options) {

@@ -2,12 +2,16 @@
 // into one message and an exit code.
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <exception>
 
+#include "apps/predselect/Allocation.h"
 #include "apps/predselect/DescribeCommand.h"
 #include "apps/predselect/DryRun.h"
+#include "apps/predselect/EvaluateCommand.h"
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/ExportCommand.h"
 #include "apps/predselect/Failure.h"
@@ -25,18 +29,14 @@
 #include "apps/predselect/Terminal.h"
 #include "apps/predselect/ViewCommand.h"
 #include "host/arrow/ReadingThreads.h"
+#include "host/session/OutputGroup.h"
+#include "modelfiles/StateEnvelope.h"
 
 namespace {
 
 using namespace PredSelectApp;
 
-int Act(const Options& options) {
-  if (options.fServing > 0) MCHost::SetReadingThreads(options.fServing);
-  if (options.fAction != Options::kNone && options.fServing == 0) {
-    CheckOutputs(options);
-    MCHost::SetReadingThreads(ThreadsOf(options));
-  }
-  if (options.fbDryRun) return DryRun(options);
+int ActAlone(const Options& options) {
   switch (options.fAction) {
     case Options::kRun:
       return RunCommands(options);
@@ -50,6 +50,8 @@ int Act(const Options& options) {
       return InspectState(options);
     case Options::kScore:
       return ScoreData(options);
+    case Options::kEvaluate:
+      return EvaluateModel(options);
     case Options::kExport:
       return ExportModel(options);
     case Options::kMerge:
@@ -57,12 +59,33 @@ int Act(const Options& options) {
     case Options::kRange:
       return FindRanges(options);
     case Options::kView:
-      return ViewFile(options);
     case Options::kNone:
       WriteResults(options.fResult, options.fShown);
       return kCompleted;
   }
   return kCompleted;
+}
+
+// What is written takes its place at the end, all of it or nothing.
+int Act(const Options& options) {
+  if (options.fServing > 0) {
+    MCHost::SetReadingThreads(options.fServing);
+    return ActAlone(options);
+  }
+  if (options.fAction != Options::kNone) {
+    CheckOutputs(options);
+    MCHost::SetReadingThreads(ThreadsOf(options));
+    if (!options.fSaveState.empty()) MCModelFiles::PrepareChecksums();
+  }
+  if (options.fbDryRun) return DryRun(options);
+  // Shown before the program ends, by another one.
+  if (options.fAction == Options::kView) return ViewFile(options);
+  MCHost::OutputGroup outputs;
+  const int code = ActAlone(options);
+  if (outputs.Commit(IsInterrupted)) return code;
+  if (IsInterrupted()) return kCancelled;
+  PrintError("predselect: no file was written, since not all could be.");
+  return code;
 }
 
 // A standard stream that the caller has closed must not become the first file that is opened.
@@ -72,14 +95,20 @@ void ReserveStandardStreams() {
   if (descriptor > STDERR_FILENO) close(descriptor);
 }
 
+// The outputs of a run are open until all take their places, which are many where many commands
+// write result documents.
+void AllowManyFiles() {
+  rlimit files{};
+  if (getrlimit(RLIMIT_NOFILE, &files) != 0) return;
+  files.rlim_cur = files.rlim_max;
+  (void)setrlimit(RLIMIT_NOFILE, &files);
+}
+
 bool WantsJson(const Options& options) {
   return options.fResult.fFormat == MCHost::FileFormat::kJson && options.fResult.fFile.empty();
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  ReserveStandardStreams();
+int Run(int argc, char** argv) {
   InstallInterruptHandlers();
   Options options;
   try {
@@ -90,6 +119,22 @@ int main(int argc, char** argv) {
   } catch (const std::exception& error) {
     const Failure failure = FailureOf(error);
     Report(failure, WantsJson(options));
+    if (failure.fbAtOnce) {
+      std::fflush(nullptr);
+      _exit(failure.fCode);
+    }
     return failure.fCode;
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  ReserveStandardStreams();
+  AllowManyFiles();
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception&) {  // there was not even room for the message
+    EndWithoutMemory();
   }
 }

@@ -89,6 +89,7 @@ class FSCounts {
   static void CaseFields(Archive& archive, Self& self);
   template <class Archive, class Self>
   static void AccumulatorFields(Archive& archive, Self& self, int nPredictors);
+  bool IsConsistent() const;
 
  private:
   // The scores of one predictor, and by which criteria they were computed.

@@ -93,9 +93,9 @@ arrow::Result<std::shared_ptr<arrow::ArrayData>> CsvDecodedColumn::Finish(std::s
     return arrow::ArrayData::Make(fpType, length, {fpValid, fpCells}, nulls);
   }
   const auto count = static_cast<std::int64_t>(fEnds.size()) - 1;
-  std::vector<std::shared_ptr<arrow::Buffer>> texts{
-      nullptr, arrow::Buffer::FromVector(std::move(fEnds)),
-      arrow::Buffer::FromString(std::move(fTexts))};
+  std::vector<std::shared_ptr<arrow::Buffer>> texts{nullptr,
+                                                    arrow::Buffer::FromVector(std::move(fEnds)),
+                                                    arrow::Buffer::FromString(std::move(fTexts))};
   if (fpCodes == nullptr) {
     texts[0] = fpValid;
     return arrow::ArrayData::Make(fpType, length, std::move(texts), nulls);

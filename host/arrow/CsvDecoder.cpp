@@ -36,8 +36,7 @@ bool ReadNumber(std::string_view text, char point, double& value) {
   const std::size_t first = text.find_first_not_of(kBlanks);
   if (first == std::string_view::npos) return false;
   text = text.substr(first, text.find_last_not_of(kBlanks) - first + 1);
-  return arrow::internal::StringToFloat(text.data(), text.size(), point, &value) &&
-         !IsLarge(value);
+  return arrow::internal::StringToFloat(text.data(), text.size(), point, &value) && !IsLarge(value);
 }
 
 }  // namespace

@@ -1,8 +1,9 @@
 // Turns whole lines of a CSV file into cells, as what its start promises of the columns.
 //
-// What it gives is what a CsvInspector and the reader of the whole file would make of the lines, bit
-// by bit, as long as they keep the promise. Where they may not, or where the inspector would say
-// anything against them, it gives an error: then only the inspector's look at the whole file tells.
+// What it gives is what a CsvInspector and the reader of the whole file would make of the lines,
+// bit by bit, as long as they keep the promise. Where they may not, or where the inspector would
+// say anything against them, it gives an error: then only the inspector's look at the whole file
+// tells.
 #pragma once
 
 #include <arrow/record_batch.h>

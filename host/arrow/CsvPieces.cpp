@@ -9,7 +9,6 @@
 #include <new>
 #include <string>
 #include <string_view>
-#include <system_error>
 #include <utility>
 
 #include "common/WithoutSignals.h"
@@ -28,16 +27,19 @@ CsvPromise OfNoColumns(CsvPromise promise) {
   return promise;
 }
 
-// What a function gives or throws, where nobody can catch it.
-template <class Function>
-auto WithoutThrowing(Function function) -> decltype(function()) {
+// What was thrown, where exceptions are not taken.
+arrow::Status StatusOf(const std::exception_ptr& thrown) {
   try {
-    return function();
+    std::rethrow_exception(thrown);
   } catch (const std::bad_alloc&) {
-    return arrow::Status::OutOfMemory("for cells");
+    return arrow::Status::OutOfMemory("there is not enough memory");
   } catch (const std::exception& error) {
     return arrow::Status::UnknownError(error.what());
   }
+}
+
+std::size_t Threads() {
+  return static_cast<std::size_t>(std::max(arrow::GetCpuThreadPoolCapacity(), 1));
 }
 
 }  // namespace
@@ -48,22 +50,21 @@ CsvPieces::CsvPieces(std::shared_ptr<arrow::io::InputStream> input, const CsvPie
       fHeader(OfNoColumns(rules.fPromise)),
       fbHeader(rules.fbHeader),
       fLines(std::move(input), rules.fPieceBytes) {
-  const auto threads = static_cast<std::size_t>(std::max(arrow::GetCpuThreadPoolCapacity(), 1));
-  fvSlots.resize(threads + 2);
-  Start(threads);
+  fvSlots.resize(Threads() + 2);
 }
 
-void CsvPieces::Start(std::size_t threads) {
+void CsvPieces::Start() {
+  const std::size_t threads = fvSlots.size() - 2;
   const MCCommon::WithoutSignals kept;
-  fvThreads.reserve(threads - 1);
   try {
+    fvThreads.reserve(threads - 1);
     while (fvThreads.size() + 1 < threads) {
       fvThreads.emplace_back([this] {
         CsvBounds bounds;
         Serve(bounds);
       });
     }
-  } catch (const std::system_error&) {
+  } catch (const std::exception&) {
     // Those that did start will do.
   }
 }
@@ -90,6 +91,8 @@ void CsvPieces::Serve(CsvBounds& bounds) {
 
 arrow::Status CsvPieces::ReadNext(Batch* batch) {
   batch->reset();
+  // Not before: who only asks what the columns are needs no cells.
+  if (!std::exchange(fbStarted, true)) Start();
   std::unique_lock lock(fMutex);
   while (!IsFirstThere()) {
     if (fbEnded && fnAhead == 0) return arrow::Status::OK();
@@ -104,18 +107,30 @@ arrow::Status CsvPieces::ReadNext(Batch* batch) {
   Slot first = std::exchange(fvSlots[fFirst], {});
   fFirst = (fFirst + 1) % fvSlots.size();
   --fnAhead;
-  fbEnded |= !first.fStatus.ok();
+  fbEnded |= !first.fStatus.ok() || first.fpThrown;
   lock.unlock();
   fChanged.notify_all();
+  if (first.fpThrown) return StatusOf(first.fpThrown);
   *batch = std::move(first.fpBatch);
   return first.fStatus;
+}
+
+// Keeps what the work gives or throws: nothing may leave a thread. False where it failed.
+template <class Work>
+bool CsvPieces::Try(Slot& slot, Work work) {
+  try {
+    slot.fStatus = work();
+    return slot.fStatus.ok();
+  } catch (...) {
+    slot.fpThrown = std::current_exception();
+    return false;
+  }
 }
 
 void CsvPieces::DecodeOne(CsvBounds& bounds) {
   Slot* const slot = Fetch();
   if (slot == nullptr) return;
-  slot->fStatus = WithoutThrowing(
-      [&] { return fDecoder.Decode(slot->fPiece.fText, bounds).Value(&slot->fpBatch); });
+  Try(*slot, [&] { return fDecoder.Decode(slot->fPiece.fText, bounds).Value(&slot->fpBatch); });
   slot->fPiece = {};
   {
     const std::lock_guard lock(fMutex);
@@ -127,40 +142,38 @@ void CsvPieces::DecodeOne(CsvBounds& bounds) {
 // The slot of the next piece, which waits for its cells; null where there is none.
 CsvPieces::Slot* CsvPieces::Fetch() {
   const std::lock_guard fetching(fFetching);
+  Slot* slot = nullptr;
   {
     const std::lock_guard lock(fMutex);
     if (!IsWanted()) return nullptr;
+    slot = &fvSlots[(fFirst + fnAhead) % fvSlots.size()];
   }
-  arrow::Result<CsvPiece> piece = WithoutThrowing([this] { return FetchPiece(); });
-  const std::lock_guard lock(fMutex);
-  fbEnded |= !piece.ok() || piece->fText.empty();
-  if (piece.ok() && fbEnded) {
-    fChanged.notify_all();
-    return nullptr;
+  const bool isFetched = Try(*slot, [&] { return FetchPiece(slot->fPiece); });
+  const bool isLast = isFetched && slot->fPiece.fText.empty();
+  const bool isToDecode = isFetched && !isLast;
+  {
+    const std::lock_guard lock(fMutex);
+    fbEnded |= !isToDecode;
+    fnAhead += isLast ? 0 : 1;
+    slot->fbDecoded = !isToDecode;
   }
-  Slot& slot = fvSlots[(fFirst + fnAhead++) % fvSlots.size()];
-  if (piece.ok()) {
-    slot.fPiece = *std::move(piece);
-    return &slot;
-  }
-  slot.fStatus = piece.status();
-  slot.fbDecoded = true;
-  fChanged.notify_all();
-  return nullptr;
+  if (!isToDecode) fChanged.notify_all();
+  return isToDecode ? slot : nullptr;
 }
 
-arrow::Result<CsvPiece> CsvPieces::FetchPiece() {
-  ARROW_ASSIGN_OR_RAISE(CsvPiece piece, fLines.Next());
+arrow::Status CsvPieces::FetchPiece(CsvPiece& piece) {
+  ARROW_ASSIGN_OR_RAISE(piece, fLines.Next());
   if (fbHeader) ARROW_RETURN_NOT_OK(SkipHeader(piece));
   fbHeader = false;
-  return piece;
+  return arrow::Status::OK();
 }
 
 arrow::Status CsvPieces::SkipHeader(CsvPiece& piece) const {
   std::string_view& text = piece.fText;
   text.remove_prefix(std::min(text.find_first_not_of(kLineEnds), text.size()));
   const std::size_t end = std::min(text.find_first_of(kLineEnds), text.size());
-  const std::string header = std::string(text.substr(0, end)) + std::string(CsvDecoder::kBehind, '\n');
+  const std::string header =
+      std::string(text.substr(0, end)) + std::string(CsvDecoder::kBehind, '\n');
   CsvBounds bounds;
   text.remove_prefix(end);
   return fHeader.Decode(std::string_view(header).substr(0, end), bounds).status();

@@ -14,6 +14,7 @@
 
 #include <condition_variable>
 #include <cstddef>
+#include <exception>
 #include <memory>
 #include <mutex>
 #include <thread>
@@ -47,17 +48,20 @@ class CsvPieces final : public arrow::RecordBatchReader {
     CsvPiece fPiece;
     Batch fpBatch;
     arrow::Status fStatus;
+    std::exception_ptr fpThrown;
     bool fbDecoded = false;
   };
 
-  void Start(std::size_t threads);
+  void Start();
   void Serve(CsvBounds& bounds);
   bool IsWanted() const { return !fbEnded && fnAhead < fvSlots.size(); }
   bool IsFirstThere() const { return fnAhead > 0 && fvSlots[fFirst].fbDecoded; }
   void DecodeOne(CsvBounds& bounds);
   Slot* Fetch();
-  arrow::Result<CsvPiece> FetchPiece();
+  arrow::Status FetchPiece(CsvPiece& piece);
   arrow::Status SkipHeader(CsvPiece& piece) const;
+  template <class Work>
+  static bool Try(Slot& slot, Work work);
 
   std::shared_ptr<arrow::Schema> fpSchema;
   CsvDecoder fDecoder;
@@ -76,6 +80,7 @@ class CsvPieces final : public arrow::RecordBatchReader {
   bool fbLeft = false;   // by the reader
 
   CsvBounds fBounds;  // of the reader's thread
+  bool fbStarted = false;
   std::vector<std::thread> fvThreads;
 };
 

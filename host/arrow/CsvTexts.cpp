@@ -156,8 +156,8 @@ arrow::Result<std::shared_ptr<arrow::Array>> CsvTexts::TurnColumn(const Column& 
                                                                   const arrow::Array& texts) const {
   auto cells = arrow::MakeArray(texts.data());
   if (!column.fNulls.empty()) {
-    ARROW_ASSIGN_OR_RAISE(
-        cells, WithNulls(static_cast<const arrow::StringArray&>(texts), column.fNulls));
+    ARROW_ASSIGN_OR_RAISE(cells,
+                          WithNulls(static_cast<const arrow::StringArray&>(texts), column.fNulls));
   }
   switch (column.fpType->id()) {
     case arrow::Type::STRING:

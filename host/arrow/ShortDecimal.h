@@ -2,8 +2,8 @@
 // most 16 characters of digits, and at most one point among them.
 //
 // Their digits are a whole number below 2^53 and the places behind the point a power of ten that a
-// double holds, so one division rounds to what every careful reader finds. Any other text is left to
-// such a reader, numbers among it.
+// double holds, so one division rounds to what every careful reader finds. Any other text is left
+// to such a reader, numbers among it.
 #pragma once
 
 #include <array>
@@ -65,6 +65,50 @@ inline std::size_t TakeOut(std::uint64_t bit, std::uint64_t& eight) {
   return 7 - static_cast<std::size_t>(std::countr_zero(bit)) / 8;
 }
 
+// The last eight characters of a number and those before them, behind bytes that are zero.
+struct Characters {
+  std::uint64_t fFirst = 0;
+  std::uint64_t fLast = 0;
+  std::size_t fSize;
+
+  Characters(const char* at, std::size_t size) : fSize(size) {
+    if (size <= 8) {
+      fLast = EightAt(at) << (8 * (8 - size));
+    } else {
+      fLast = EightAt(at + size - 8);
+      fFirst = EightAt(at) << (8 * (16 - size));
+    }
+  }
+
+  // Takes the points out and gives how many characters stand behind the last; others may be left,
+  // which are no digits.
+  std::size_t TakeOutPoint(char point) {
+    if (const std::uint64_t points = BytesThatAre(point, fLast)) {
+      const std::size_t behind = TakeOut(std::bit_floor(points), fLast);
+      fLast |= fFirst >> 56;
+      fFirst <<= 8;
+      --fSize;
+      return behind;
+    }
+    const std::uint64_t points = BytesThatAre(point, fFirst);
+    if (points == 0) return 0;
+    --fSize;
+    return 8 + TakeOut(std::bit_floor(points), fFirst);
+  }
+
+  // False where they are not all digits, or too many.
+  bool Read(std::uint64_t& number) const {
+    if (fSize == 0) return false;
+    const std::uint64_t last = fSize < 8 ? LedByZeros(fLast, fSize) : fLast;
+    if (!AreDigits(last)) return false;
+    number = NumberOf(last);
+    if (fSize <= 8) return true;
+    const std::uint64_t first = LedByZeros(fFirst, fSize - 8);
+    number += NumberOf(first) * 100000000;
+    return AreDigits(first) && number < kExact;
+  }
+};
+
 }  // namespace ShortDecimals
 
 // False where the text is not of that form. REQUIRES: 8 bytes can be read wherever the text begins
@@ -76,39 +120,10 @@ inline bool ReadShortDecimal(const char* at, std::size_t size, char point, doubl
   at += isNegative ? 1 : 0;
   size -= isNegative ? 1 : 0;
   if (size - 1 >= kLongest) return false;
-  std::uint64_t last = 0;
-  std::uint64_t first = 0;  // before the last eight
-  if (size <= 8) {
-    last = EightAt(at) << (8 * (8 - size));
-  } else {
-    last = EightAt(at + size - 8);
-    first = EightAt(at) << (8 * (16 - size));
-  }
-  std::size_t places = 0;
-  if (const std::uint64_t points = BytesThatAre(point, last)) {
-    if ((points & (points - 1)) != 0) return false;
-    places = TakeOut(points, last);
-    last |= first >> 56;
-    first <<= 8;
-    --size;
-  } else if (size > 8) {
-    const std::uint64_t before = BytesThatAre(point, first);
-    if ((before & (before - 1)) != 0) return false;
-    if (before != 0) {
-      places = 8 + TakeOut(before, first);
-      --size;
-    }
-  }
-  if (size == 0) return false;
-  if (size < 8) last = LedByZeros(last, size);
-  if (!AreDigits(last)) return false;
-  std::uint64_t number = NumberOf(last);
-  if (size > 8) {
-    first = LedByZeros(first, size - 8);
-    if (!AreDigits(first)) return false;
-    number += NumberOf(first) * 100000000;
-    if (number >= kExact) return false;
-  }
+  Characters characters(at, size);
+  const std::size_t places = characters.TakeOutPoint(point);
+  std::uint64_t number = 0;
+  if (!characters.Read(number)) return false;
   const double bare = static_cast<double>(static_cast<std::int64_t>(number)) / kPowers[places];
   // No branch: signs come as they like.
   const std::uint64_t sign = std::uint64_t{isNegative} << 63;

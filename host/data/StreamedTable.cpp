@@ -1,7 +1,6 @@
 #include "host/data/StreamedTable.h"
 
 #include <algorithm>
-#include <array>
 #include <numeric>
 #include <utility>
 
@@ -190,46 +189,42 @@ void StreamedTable::Spool() {
   for (int first = 0; first < ColumnCount(); first += group) {
     std::vector<int> columns(static_cast<std::size_t>(std::min(group, ColumnCount() - first)));
     std::iota(columns.begin(), columns.end(), first);
+    fpSpool->Begin(columns.size());
     const std::int64_t cases = SpoolColumns(columns);
     if (first > 0 && cases != fNCases) Changed();
     fNCases = cases;
   }
-  fpSpool->Show(fNCases);
+  fpSpool->Show();
 }
 
 std::int64_t StreamedTable::SpoolColumns(const std::vector<int>& columns) {
   const auto reader = Open(columns);
-  std::int64_t at = 0;
+  std::int64_t cases = 0;
   while (reader->NextBatch()) {
-    SpoolBatch(*reader, columns, at);
-    at += reader->BatchCases();
+    SpoolBatch(*reader, columns);
+    cases += reader->BatchCases();
   }
   for (std::size_t k = 0; k < columns.size(); ++k) {
     At(columns[k]).fNote = reader->Column(static_cast<int>(k)).Note();
   }
-  return at;
+  return cases;
 }
 
-void StreamedTable::SpoolBatch(ArrowStreamReader& reader, const std::vector<int>& columns,
-                               std::int64_t at) {
-  constexpr std::size_t kBlock = CellSpool::kBlockCases;
-  std::array<double, kBlock> numbers;
-  std::array<std::int32_t, kBlock> codes;
-  for (std::size_t k = 0; k < columns.size(); ++k) {
-    ArrowColumn& from = reader.Column(static_cast<int>(k));
-    const auto column = static_cast<std::size_t>(columns[k]);
-    for (std::int64_t done = 0; done < reader.BatchCases();) {
-      const auto left = static_cast<std::size_t>(reader.BatchCases() - done);
-      const std::size_t n = std::min(left, kBlock - static_cast<std::size_t>(at + done) % kBlock);
+void StreamedTable::SpoolBatch(ArrowStreamReader& reader, const std::vector<int>& columns) {
+  for (std::int64_t done = 0; done < reader.BatchCases();) {
+    const auto left = static_cast<std::size_t>(reader.BatchCases() - done);
+    const std::size_t n = std::min(left, fpSpool->Room());
+    for (std::size_t k = 0; k < columns.size(); ++k) {
+      ArrowColumn& from = reader.Column(static_cast<int>(k));
+      const auto column = static_cast<std::size_t>(columns[k]);
       if (from.IsNumeric()) {
-        from.ReadNumbers(done, n, numbers.data());
-        fpSpool->Write(column, at + done, numbers.data(), n);
+        from.ReadNumbers(done, n, fpSpool->NextNumbers(column));
       } else {
-        from.ReadCodes(done, n, At(columns[k]).fStrings, codes.data());
-        fpSpool->Write(column, at + done, codes.data(), n);
+        from.ReadCodes(done, n, At(columns[k]).fStrings, fpSpool->NextCodes(column));
       }
-      done += static_cast<std::int64_t>(n);
     }
+    fpSpool->Advance(n);
+    done += static_cast<std::int64_t>(n);
   }
 }
 
@@ -238,14 +233,18 @@ ColumnView StreamedTable::View(int column, std::int64_t firstCase, std::size_t n
   if (fpSpool == nullptr || column >= fNOwnColumns) {
     return DataTable::View(column, firstCase, n, buffer);
   }
-  const void* cells = fpSpool->Cells(static_cast<std::size_t>(column), firstCase);
-  if (GetVariable(column).IsNumeric()) return {static_cast<const double*>(cells), nullptr, nullptr};
-  return {nullptr, static_cast<const std::int32_t*>(cells), &At(column).fStrings};
+  const auto at = static_cast<std::size_t>(column);
+  if (GetVariable(column).IsNumeric()) {
+    return {fpSpool->Read(at, firstCase, n, buffer.fNumbers), nullptr, nullptr};
+  }
+  return {nullptr, fpSpool->Read(at, firstCase, n, buffer.fCodes), &At(column).fStrings};
 }
 
 void StreamedTable::LeaveBatch(const TableBatch& batch) const {
   const std::int64_t end = batch.fFirstCase + static_cast<std::int64_t>(batch.fNCases);
-  if (fpSpool != nullptr && end % CellSpool::kBlockCases == 0) fpSpool->Forget(batch.fFirstCase);
+  const bool isBlockEnd =
+      fpSpool != nullptr && end % static_cast<std::int64_t>(fpSpool->BlockCases()) == 0;
+  if (isBlockEnd) fpSpool->Forget(batch.fFirstCase);
 }
 
 void StreamedTable::Changed() const {
@@ -267,7 +266,7 @@ std::unique_ptr<ArrowStreamReader> StreamedTable::Open(const std::vector<int>& c
 }
 
 std::unique_ptr<ITableScan> StreamedTable::Scan(const std::vector<int>& columns) {
-  if (fpSpool != nullptr) return ScanViews(columns, CellSpool::kBlockCases);
+  if (fpSpool != nullptr) return ScanViews(columns, fpSpool->BlockCases());
   return std::make_unique<StreamedScan>(*this, columns);
 }
 

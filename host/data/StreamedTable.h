@@ -44,7 +44,7 @@ class StreamedTable final : public DataTable {
   void CountCases();
   void Spool();
   std::int64_t SpoolColumns(const std::vector<int>& columns);
-  void SpoolBatch(ArrowStreamReader& reader, const std::vector<int>& columns, std::int64_t at);
+  void SpoolBatch(ArrowStreamReader& reader, const std::vector<int>& columns);
   [[noreturn]] void Changed() const;
   std::unique_ptr<ArrowStreamReader> Open(const std::vector<int>& columns);
 

@@ -11,6 +11,7 @@
 #include <utility>
 
 #include "host/session/HostIOError.h"
+#include "host/session/OutputGroup.h"
 #include "host/session/TemporaryFile.h"
 
 namespace MCHost {
@@ -104,15 +105,17 @@ void OutputFile::Write(const char* data, std::size_t size) {
 void OutputFile::Commit() {
   const int descriptor = std::exchange(fDescriptor, -1);
   if (fpTemporary == nullptr) {
-    if (close(descriptor) != 0) Fail(errno);
+    if (close(descriptor) != 0 && errno != EINTR) Fail(errno);
     return;
   }
   mode_t permissions = 0;
   // Not earlier: a file that may only be read could not be opened for writing by its name.
   if (KindOf(fFinal, permissions) == Kind::kFile) fpTemporary->SetPermissions(permissions);
-  const int error = fpTemporary->TakePlaceOf(fFinal);
-  if (error != 0) Fail(error);
-  fpTemporary.reset();
+  FinishedFile whole{std::move(fpTemporary), fFinal, fTarget};
+  if (OutputGroup* group = OutputGroup::Current()) return group->Take(std::move(whole));
+  std::vector<FinishedFile> alone;
+  alone.push_back(std::move(whole));
+  PlaceFiles(std::move(alone));
 }
 
 void OutputFile::Fail(int error) const {

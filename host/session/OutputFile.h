@@ -41,7 +41,8 @@ class OutputFile {
   void Write(const std::string& text) { Write(text.data(), text.size()); }
 
   // Ends the file and gives it the target's place, and the permissions of the file that it
-  // replaces. Throws HostIOError; the target is then untouched. REQUIRES: not committed yet.
+  // replaces; while an OutputGroup is open, that waits for its Commit(). Throws HostIOError; the
+  // target is then untouched. REQUIRES: not committed yet.
   void Commit();
 
  private:

@@ -1,5 +1,6 @@
 #include "host/session/TemporaryFile.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -8,8 +9,8 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
-#include <filesystem>
-#include <system_error>
+#include <memory>
+#include <string_view>
 #include <utility>
 
 #include "host/session/Unfinished.h"
@@ -45,16 +46,26 @@ void RemoveUnlessLocked(const std::string& name) {
   close(descriptor);
 }
 
-// What a writer left that was killed.
+// What a writer left that was killed. (The iterators of std::filesystem end the process where
+// memory is out.)
 void RemoveLeftovers(const std::string& folder) {
-  std::error_code error;
-  for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
-       entry.increment(error)) {
-    const std::string name = entry->path().filename().string();
-    if (name.starts_with(kNameStart) && name.ends_with(kNameEnd)) {
-      RemoveUnlessLocked(entry->path().string());
-    }
+  const std::unique_ptr<DIR, int (*)(DIR*)> entries(opendir(folder.c_str()), &closedir);
+  if (entries == nullptr) return;
+  while (const dirent* entry = readdir(entries.get())) {
+    const std::string_view name = entry->d_name;
+    if (!name.starts_with(kNameStart) || !name.ends_with(kNameEnd)) continue;
+    RemoveUnlessLocked(folder + "/" + entry->d_name);
   }
+}
+
+// False where there are not two files, or the file system cannot do it.
+bool Exchange(const std::string& a, const std::string& b) {
+#ifdef RENAME_EXCHANGE
+  return renameat2(AT_FDCWD, a.c_str(), AT_FDCWD, b.c_str(), RENAME_EXCHANGE) == 0;
+#else
+  errno = EINVAL;
+  return false;
+#endif
 }
 
 }  // namespace
@@ -130,14 +141,34 @@ void TemporaryFile::ForgetName() {
   fName.clear();
 }
 
-int TemporaryFile::TakePlaceOf(const std::string& target) {
+int TemporaryFile::Settle() {
+  while (fsync(fDescriptor) != 0) {
+    if (errno == EINVAL || errno == ENOTSUP) break;  // there is nothing behind the file
+    if (errno != EINTR) return errno;
+  }
   // Closing tells of writes that failed late; the file itself stays open, for its lock.
   const int copy = dup(fDescriptor);
-  if (copy < 0 || close(copy) != 0) return errno;
-  if (fName.empty() && !GiveName()) return errno;
+  if (copy < 0 || (close(copy) != 0 && errno != EINTR)) return errno;
+  return fName.empty() && !GiveName() ? errno : 0;
+}
+
+int TemporaryFile::TakePlaceOf(const std::string& target, bool mayReturn) {
+  fLeft = Left::kNothing;
+  if (mayReturn) {
+    if (Exchange(fName, target)) {
+      fLeft = Left::kOldFile;
+      return 0;
+    }
+    if (errno == ENOENT) fLeft = Left::kNoFile;
+  }
   if (std::rename(fName.c_str(), target.c_str()) != 0) return errno;
-  ForgetName();
+  if (!mayReturn) ForgetName();
   return 0;
+}
+
+void TemporaryFile::GiveBack(const std::string& target) {
+  if (fLeft == Left::kOldFile) (void)Exchange(target, fName);
+  if (fLeft == Left::kNoFile) (void)!std::rename(target.c_str(), fName.c_str());
 }
 
 }  // namespace MCHost

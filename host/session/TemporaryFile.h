@@ -18,7 +18,7 @@ class TemporaryFile {
   explicit TemporaryFile(std::string folder);
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
-  // Removes the file unless it has taken its place.
+  // Removes the file unless it has taken its place, or what it has taken its place from.
   ~TemporaryFile();
 
   int Descriptor() const { return fDescriptor; }
@@ -26,9 +26,16 @@ class TemporaryFile {
   std::string Path() const { return fName.empty() ? DescriptorPath() : fName; }
   void SetPermissions(mode_t mode) const;
 
-  // Puts the whole file in the place of `target`, in one step. 0, or the error; the target is then
-  // untouched. REQUIRES: the file is open.
-  int TakePlaceOf(const std::string& target);
+  // Puts the whole file on the disk, under a name. 0, or the error. REQUIRES: the file is open.
+  int Settle();
+
+  // Puts the file in the place of `target`, in one step. 0, or the error; the target is then
+  // untouched. `mayReturn`: what was there is kept as long as this object lives, where the file
+  // system can exchange names. REQUIRES: Settle().
+  int TakePlaceOf(const std::string& target, bool mayReturn);
+
+  // Undoes what TakePlaceOf(target, true) has done.
+  void GiveBack(const std::string& target);
 
  private:
   std::string DescriptorPath() const;
@@ -38,10 +45,13 @@ class TemporaryFile {
   void TakeName(std::string name);
   void ForgetName();
 
+  enum class Left { kNothing, kOldFile, kNoFile };  // in the file's own place, by taking another
+
   std::string fFolder;
   std::string fName;  // empty when there is none (yet, or any more)
   int fDescriptor = -1;
   int fSlot = -1;
+  Left fLeft = Left::kNothing;
 };
 
 }  // namespace MCHost

@@ -1,5 +1,7 @@
 #include "modelfiles/export/MadeUpCases.h"
 
+#include <new>
+
 #include "common/MissingValue.h"
 #include "common/Record.h"
 #include "naivebayes/INBAlgorithm.h"
@@ -40,7 +42,9 @@ MadeUpCase MadeUpCases::Next() {
       value = input.fbBinned ? record[j] : input.fNumbers[row];
     }
   }
-  (void)fModel.Score(record, made.fScores);
+  if (fModel.Score(record, made.fScores).GetErrorCode() == MCNaive::kNoMemory) {
+    throw std::bad_alloc();
+  }
   return made;
 }
 

@@ -1,6 +1,9 @@
 // Saved state of the accumulators. The fields follow their declarations.
 
 #include <algorithm>
+#include <cmath>
+#include <limits>
+#include <map>
 
 #include "feature/accumulators/FSCatAccum.h"
 #include "feature/accumulators/FSCatPCatTAccum.h"
@@ -12,17 +15,54 @@
 
 namespace {
 
-bool HasSameKeys(const FSMapICnt& counts, const FSMapIStat& groups) {
-  return std::equal(counts.begin(), counts.end(), groups.begin(), groups.end(),
-                    [](const auto& a, const auto& b) { return a.first == b.first; });
+constexpr double kLeast = std::numeric_limits<double>::min();
+
+bool AreOneSum(double a, double b) { return FSState::AreOneSum(a, b, std::max(a, b)); }
+
+// Whether the categories have the weight of the valid cases, of which `all` has both these and
+// others.
+bool HaveWeightOf(const FSMapICnt& counts, const FSPredictorState& all) {
+  double sum = 0.0;
+  for (const auto& [category, weight] : counts) sum += weight;
+  return FSState::AreOneSum(sum, all.GetValidWeight(), all.GetTotalWeight());
+}
+bool HaveWeightOf(const FSMapIStat& groups, const FSPredictorState& all) {
+  double sum = 0.0;
+  for (const auto& [category, group] : groups) sum += group.fWeight;
+  return FSState::AreOneSum(sum, all.GetValidWeight(), all.GetTotalWeight());
 }
 
-// Every pair is of a row and a column that were counted.
-bool HasKeysOf(const FSMapPiCnt& pairs, const FSMapICnt& rows, const FSMapICnt& columns) {
-  double count = 0.0;
-  return std::all_of(pairs.begin(), pairs.end(), [&](const auto& entry) {
-    return rows.GetValue(entry.first.first, count) && columns.GetValue(entry.first.second, count);
-  });
+bool AreGroupsOf(const FSMapICnt& counts, const FSMapIStat& groups) {
+  return std::equal(counts.begin(), counts.end(), groups.begin(), groups.end(),
+                    [](const auto& a, const auto& b) {
+                      return a.first == b.first && AreOneSum(a.second, b.second.fWeight);
+                    });
+}
+
+// Whether the sums by category are these counts, category by category.
+bool AreSums(const std::map<int, double>& sums, const FSMapICnt& counts) {
+  return std::equal(sums.begin(), sums.end(), counts.begin(), counts.end(),
+                    [](const auto& a, const auto& b) {
+                      return a.first == b.first && AreOneSum(a.second, b.second);
+                    });
+}
+
+// Whether rows and columns are the margins of the pairs.
+bool AreMarginsOf(const FSMapPiCnt& pairs, const FSMapICnt& rows, const FSMapICnt& columns) {
+  std::map<int, double> byRow;
+  std::map<int, double> byColumn;
+  for (const auto& [pair, weight] : pairs) {
+    byRow[pair.first] += weight;
+    byColumn[pair.second] += weight;
+  }
+  return AreSums(byRow, rows) && AreSums(byColumn, columns);
+}
+
+// Whether a categorical predictor is constant, and begins with its first value, as its counts say.
+bool HasValuesOf(const FSPredictorState& state, const FSMapICnt& counts) {
+  double weight = 0.0;
+  if (state.IsAllConstant() != (counts.Size() < 2)) return false;
+  return counts.Size() == 0 || counts.GetValue(static_cast<int>(state.GetFirst()), weight);
 }
 
 // Whether a value other than 0 is in the groups.
@@ -58,7 +98,9 @@ void FSCatPCatTAccum::Fields(Archive& archive, Self& self) {
   archive.Object(self.fTargetCounts);
   archive.Object(self.fJointCounts);
   if constexpr (Archive::kReading) {
-    archive.Check(HasKeysOf(self.fJointCounts, self.fPredictorCounts, self.fTargetCounts));
+    archive.Check(AreMarginsOf(self.fJointCounts, self.fPredictorCounts, self.fTargetCounts) &&
+                  HaveWeightOf(self.fPredictorCounts, self.fState) &&
+                  HasValuesOf(self.fState, self.fPredictorCounts));
   }
 }
 
@@ -79,7 +121,9 @@ void FSCatPContTAccum::Fields(Archive& archive, Self& self, bool grown) {
   archive.Object(self.fPredictorCounts);
   FSGroupSums::MomentFields(archive, self.fSums);
   if constexpr (Archive::kReading) {
-    archive.Check(HasSameKeys(self.fPredictorCounts, self.fSums.GetMoments()));
+    archive.Check(AreGroupsOf(self.fPredictorCounts, self.fSums.GetMoments()) &&
+                  HaveWeightOf(self.fPredictorCounts, self.fState) &&
+                  HasValuesOf(self.fState, self.fPredictorCounts));
   }
   FSGroupSums::ScaleField(archive, self.fSums, grown);
 }
@@ -108,6 +152,9 @@ void FSContPCatTAccum::Fields(Archive& archive, Self& self, bool grown) {
   FSPredictorState::Fields(archive, self.fState);
   archive.AnyDouble(self.fMean);
   FSGroupSums::MomentFields(archive, self.fSums);
+  if constexpr (Archive::kReading) {
+    archive.Check(HaveWeightOf(self.fSums.GetMoments(), self.fState));
+  }
   FSGroupSums::ScaleField(archive, self.fSums, grown);
 }
 
@@ -118,6 +165,9 @@ void FSPairSums::MomentFields(Archive& archive, Self& self) {
   archive.AnyDouble(self.fMoments.fMeanY.fValue);
   FSState::Squares(archive, self.fMoments.fSyy);
   archive.AnyDouble(self.fMoments.fSxy);
+  // No more than the deviations of both allow.
+  const double most = std::sqrt(self.fMoments.fSxx) * std::sqrt(self.fMoments.fSyy);
+  archive.Check(!(std::abs(self.fMoments.fSxy) > most * (1.0 + 1e-6) + kLeast));
 }
 
 template <class Archive, class Self>
@@ -144,6 +194,7 @@ void FSContPContTAccum::Fields(Archive& archive, Self& self, bool grown) {
   archive.AnyDouble(self.fPredictorVariance);
   archive.AnyDouble(self.fTargetVariance);
   archive.AnyDouble(self.fCorrelation);
+  archive.Check(!(std::abs(self.fCorrelation) > 1.0) || self.fCorrelation == MCMV::gMissingValue);
   FSPairSums::GrownFields(archive, self.fSums, grown);
   if constexpr (Archive::kReading) self.fSums.SetWeight(self.fState.GetValidWeight());
 }

@@ -25,6 +25,12 @@ std::int64_t UnweightedCases(const FSMapIPCnt& categories) {
   return sum;
 }
 
+double WeightOf(const FSMapICnt& categories) {
+  double sum = 0.0;
+  for (const auto& [category, weight] : categories) sum += weight;
+  return sum;
+}
+
 }  // namespace
 
 template <class Archive, class Self>
@@ -121,6 +127,18 @@ bool FSRanking::IsConsistent(const std::vector<bool>& remain, bool computed) con
   return true;
 }
 
+// Whether no categories have more weight than the valid cases.
+bool FSCounts::IsConsistent() const {
+  double counted = 0.0;
+  for (const auto& [category, count] : fTargetCategories) counted += count.second;
+  return FSState::IsPart(counted, fValidWeight) &&
+         std::all_of(fAccumulators.begin(), fAccumulators.end(), [this](const auto& accumulator) {
+           const FSMapICnt* categories =
+               accumulator == nullptr ? nullptr : accumulator->GetCategories();
+           return categories == nullptr || FSState::IsPart(WeightOf(*categories), fValidWeight);
+         });
+}
+
 // Whether the parts agree with each other and with the stage.
 bool FSPredictorSet::IsConsistent() const {
   if (fNPredictors != fpSettings->GetNPredictors() ||
@@ -133,6 +151,7 @@ bool FSPredictorSet::IsConsistent() const {
     if (remain[j] == fExclusions.Contains(static_cast<int>(j))) return false;
   }
   if (remain.empty() ? fExclusions.Size() > 0 : fStatus == kInitial) return false;
+  if (!fCounts.IsConsistent()) return false;
   return fRanking.IsConsistent(remain, fStatus >= kCriteriaComputed);
 }
 

@@ -2,16 +2,32 @@
 // make infinite, and maps.
 #pragma once
 
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 
 #include "common/state/StateFields.h"
 #include "feature/accumulators/FSPredictorState.h"
+#include "feature/accumulators/FSRun.h"
 
 namespace FSState {
 
 // No count of cases comes near this, so sums of counts cannot overflow.
 inline constexpr std::int64_t kMostCases = std::int64_t{1} << 53;
+
+// Whether two sums of the same weights differ by no more than their rounding, which goes by `of`.
+// Whole numbers are not rounded; what huge weights made infinite tells nothing.
+inline bool AreOneSum(double a, double b, double of) {
+  constexpr double kRounding = 1e-7;
+  constexpr double kMostWhole = 1e9;
+  if (of < kMostWhole && FSIsWhole(a) && FSIsWhole(b)) return a == b;
+  return !(std::abs(a - b) > kRounding * of);
+}
+
+// Whether weights are a part of others, in the same sense.
+inline bool IsPart(double part, double whole) {
+  return !(part > whole) || AreOneSum(part, whole, whole);
+}
 
 // A sum of weights: huge ones make it infinite.
 template <class Archive, class Value>

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <sstream>
 
+#include "common/WholeText.h"
 #include "common/xml/DocumentHeader.h"
 #include "common/xml/XMLDocType.h"
 #include "common/xml/XMLError.h"
@@ -19,6 +20,9 @@ namespace {
 
 // A few bytes must not stand for gigabytes of tables and documents.
 constexpr std::int64_t kMostUnlisted = 1 << 20;
+
+// Whether a sum of weights is another one of the same weights but for its rounding.
+bool IsRounded(double sum, double other) { return std::abs(sum - other) <= 1e-7 * other; }
 
 }  // namespace
 
@@ -65,8 +69,31 @@ void NBayesOutput::Fields(Archive& archive, Self& self) {
 }
 MC_STATE_OPERATIONS(NBayesOutput, "NBOUT", "NBayesOutput")
 
+// What makes the newer form.
+struct NBCalibrationState {
+  template <class Archive, class Calibration>
+  static void Fields(Archive& archive, Calibration& calibration, std::size_t classes) {
+    auto method = static_cast<int>(calibration.fMethod);
+    auto curves = static_cast<int>(calibration.fCurves.size());
+    archive.Int(method);
+    NBState::Finite(archive, calibration.fTemperature);
+    archive.Int(curves);
+    archive.Check(method > NBCalibration::kNone && method <= NBCalibration::kIsotonic &&
+                  curves >= 0 && static_cast<std::size_t>(curves) <= classes);
+    if constexpr (Archive::kReading) {
+      calibration.fMethod = static_cast<NBCalibration::Method>(method);
+      calibration.fCurves.resize(static_cast<std::size_t>(curves));
+    }
+    for (auto& curve : calibration.fCurves) {
+      NBState::FiniteList(archive, curve.fX);
+      NBState::FiniteList(archive, curve.fY);
+    }
+    archive.Check(calibration.Fits(classes));
+  }
+};
+
 template <class Archive, class Self>
-void NBAlgorithm::Fields(Archive& archive, Self& self) {
+void NBAlgorithm::Fields(Archive& archive, Self& self, bool calibrated) {
   archive.Int(self.fNInputs);
   archive.Int(self.fNRecords);
   NBState::Weight(archive, self.fTotalWeight);
@@ -81,9 +108,16 @@ void NBAlgorithm::Fields(Archive& archive, Self& self) {
   }
   archive.Object(self.fSettings);
   archive.Object(self.fVarList);
+  if (calibrated) {
+    const auto classes = static_cast<std::size_t>(self.fOutput.GetNCategories());
+    NBCalibrationState::Fields(archive, self.fCalibration, classes);
+  }
   if constexpr (Archive::kReading) archive.Check(self.LinkParts());
 }
-MC_STATE_OPERATIONS(NBAlgorithm, "NBAlgorithm 1.00", "NBAlgorithm 1.00")
+
+// A program that knows of no calibration refuses a state with one, instead of scoring without it.
+MC_STATE_OPERATIONS_OF_TWO_FORMS(NBAlgorithm, "NBAlgorithm 1.00", "NBAlgorithm 1.00",
+                                 "NBAlgorithm 1.01", "NBAlgorithm 1.01")
 
 std::int64_t NBAlgorithm::CountUnlistedCategories() const {
   std::int64_t unlisted = 0;
@@ -97,6 +131,21 @@ std::int64_t NBAlgorithm::CountUnlistedCategories() const {
     unlisted += std::max(std::int64_t{variable.GetNumberOfCategories()} - listed, std::int64_t{0});
   }
   return unlisted;
+}
+
+bool NBAlgorithm::HasSensibleCounts() const {
+  double counted = 0;
+  for (int k = 0; k < fOutput.GetNCategories(); ++k) counted += fOutput.GetCount(k);
+  if (!IsRounded(counted, fTotalWeight)) return false;
+  for (const NBayesInput& input : fInputs) {
+    for (int k = 0; k < fOutput.GetNCategories(); ++k) {
+      double column = 0;
+      for (int m = 0; m < input.GetNCategories(); ++m) column += input.GetCount(m, k);
+      const double most = fOutput.GetCount(k);
+      if (column > most && !IsRounded(column, most)) return false;  // less: it may be missing
+    }
+  }
+  return true;
 }
 
 bool NBAlgorithm::LinkParts() {
@@ -115,8 +164,8 @@ bool NBAlgorithm::LinkParts() {
     }
     input.SetVariable(fVarList.GetVarAt(input.GetVarIndex()));
   }
-  fbBuilt = true;
-  return true;
+  fbBuilt = HasSensibleCounts();
+  return fbBuilt;
 }
 
 bool NBAlgorithm::HasFiniteWeight() const {
@@ -144,7 +193,7 @@ void NBAlgorithm::DoSaveXML(std::ostream& os) const {
   MCCommonXML::StartRoot(text, MCModelFiles::Copyright());
   WriteObjectXML(text, 2);
   MCCommonXML::EndRoot(text);
-  os << text.view();
+  os << MCCommon::WholeText(text);
   os.flush();
 }
 

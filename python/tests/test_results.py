@@ -165,9 +165,12 @@ def test_a_command_that_fails_says_where_and_keeps_what_was_done(penguins):
     with pytest.raises(ps.CommandError) as raised:
         ps.run(penguins, "SELECTPRED species.\nSELECTPRED species /CRITERIA X=1.")
     assert "line 2, column 30" in str(raised.value) and "^" in str(raised.value)
+    assert not str(raised.value).startswith("Error")
     assert "PredictorSummary" in raised.value.result
     with pytest.raises(ps.RequestError, match="there is no command"):
         ps.run(penguins, " ")
+    with pytest.raises(ps.RequestError, match="target is a ndarray; name a column"):
+        ps.rank({"x": [1.5, 2]}, np.array(["a", "b"]))
     with pytest.raises(ps.RequestError, match="level body_mass_g=nominal"):
         ps.model(penguins, "body_mass_g")
     with pytest.raises(KeyError, match="there are"):
@@ -195,6 +198,9 @@ def test_states_come_and_go_as_files_of_the_program(penguins, program, tmp_path)
     theirs = [line.split(",") for line in csv.read_text().splitlines()[1:]]
     assert mine["PredictedValue"].tolist() == [line[0] for line in theirs]
     assert mine["p_2"].tolist() == [float(line[2]) for line in theirs]
+    scores = ps.score(loaded, penguins)
+    assert list(scores.to_pandas()["PredictedValue"]) == mine["PredictedValue"].tolist()
+    assert repr(scores).startswith("<Scores: 344 cases, PredictedValue, ")
     loaded.to_pmml(tmp_path / "model.pmml")
     assert ElementTree.parse(tmp_path / "model.pmml").getroot().get("version") == "4.3"
     for kind, start in (("pmml", b"<?xml"), ("onnx", b"\x08"), ("sql", b"--"), ("c", b"/"), ("json", b"{")):
@@ -246,3 +252,18 @@ def test_damaged_states_are_refused(penguins, tmp_path):
     for damaged in (b"", b"no state", bytes(content[:-20]), bytes(content[:100]) + b"\xff" * 50):
         with pytest.raises(ps.DataError):
             ps.State(damaged)
+
+
+def test_signed_states_are_told_from_others(penguins, tmp_path):
+    key, other = tmp_path / "key", tmp_path / "other"
+    for path in (key, other):
+        path.write_text(f"a key in the file {path.name}")
+        path.chmod(0o600)
+    state = ps.model(penguins, "species").state
+    state.save(tmp_path / "signed.bin", sign_key=key)
+    state.save(tmp_path / "plain.bin")
+    assert ps.State.load(tmp_path / "signed.bin", verify_key=key).to_bytes() == state.to_bytes()
+    for name, against, told in (("plain.bin", key, "not signed"), ("signed.bin", other, "with this key"),
+                                ("signed.bin", tmp_path / "none", "cannot be used as a key")):
+        with pytest.raises(ps.DataError, match=told):
+            ps.State.load(tmp_path / name, verify_key=against)

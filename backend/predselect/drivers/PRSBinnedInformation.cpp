@@ -72,7 +72,9 @@ MCFeature::MCStatus PRSBinnedInformation::CountPart(const std::vector<int>& pred
     }
   }
   FSSettings settings = SettingsFor(predictors);
-  const std::unique_ptr<IFSAlgorithm> counts = FSFactory().CreateFSAlgorithm(&settings);
+  FSFactory factory;
+  const std::unique_ptr<IFSAlgorithm> counts = factory.CreateFSAlgorithm(&settings);
+  if (counts == nullptr) return factory.GetStatus();
   const MCFeature::MCStatus status = Count(predictors, *counts);
   component = ComponentBytes(*counts, nullptr);
   return status;
@@ -89,7 +91,9 @@ MCFeature::MCStatus PRSBinnedInformation::AddTo(std::vector<PRSEffect>& effects,
   }
   if (lacking.empty()) return {};
   FSSettings settings = SettingsFor(predictors);
-  const std::unique_ptr<IFSAlgorithm> counts = FSFactory().CreateFSAlgorithm(&settings);
+  FSFactory factory;
+  const std::unique_ptr<IFSAlgorithm> counts = factory.CreateFSAlgorithm(&settings);
+  if (counts == nullptr) return factory.GetStatus();
   const MCFeature::MCStatus status =
       fpSource == nullptr ? CountInParts(predictors, *counts) : Count(predictors, *counts);
   if (fpSource != nullptr && fpSource->GetFailure() != nullptr) return status;

@@ -2,6 +2,7 @@
 
 #include <sstream>
 
+#include "common/WholeText.h"
 #include "host/output/BpError.h"
 #include "host/session/HostIOError.h"
 #include "host/session/ISession.h"
@@ -12,11 +13,11 @@
 namespace {
 
 // Writes a state file by name: `write` is given the path and the form, and says what went wrong.
-bool SaveState(const std::function<std::string(const std::string&, bool)>& write) {
+bool SaveState(const std::function<std::string(const std::string&, const StateWriting&)>& write) {
   const std::string target = MCHost::CurrentSession().StatePath();
+  const StateWriting how{IsXMLStateName(target), MCHost::CurrentSession().StateKey()};
   try {
-    MCHost::WriteWhole(
-        target, [&](const std::string& path) { return write(path, IsXMLStateName(target)); });
+    MCHost::WriteWhole(target, [&](const std::string& path) { return write(path, how); });
     MCHost::CurrentSession().ReportFile(target);
     return true;
   } catch (const MCHost::HostIOError& error) {
@@ -50,22 +51,25 @@ bool PRSAreResultsWanted() { return !MCHost::CurrentSession().ResultsPrefix().em
 bool PRSIsModelWanted() { return MCHost::CurrentSession().IsModelWanted(); }
 
 bool PRSSaveState(const IFSAlgorithm& component, const StateDictionary& dictionary) {
-  return SaveState([&](const std::string& path, bool xml) {
-    return WriteComponentFile(path, xml, component, &dictionary);
+  return SaveState([&](const std::string& path, const StateWriting& how) {
+    return WriteComponentFile(path, how, component, &dictionary);
   });
 }
 
 bool PRSSaveState(const INBAlgorithm& component) {
-  return SaveState(
-      [&](const std::string& path, bool xml) { return WriteComponentFile(path, xml, component); });
+  return SaveState([&](const std::string& path, const StateWriting& how) {
+    return WriteComponentFile(path, how, component);
+  });
 }
 
 bool PRSWriteResult(const std::string& name, const std::function<bool(std::ostream&)>& write) {
   std::ostringstream document;
-  if (!write(document)) return true;
+  const bool isThere = write(document);
+  const std::string text = MCCommon::WholeText(document);
+  if (!isThere) return true;
   try {
     MCHost::OutputFile file(MCHost::CurrentSession().ResultsPrefix() + name);
-    return PRSCommit(file, document.str());
+    return PRSCommit(file, text);
   } catch (const MCHost::HostIOError& error) {
     PRSFileError(error);
     return false;

@@ -6,6 +6,7 @@
 #include "backend/predselect/command/PRSMessages.h"
 #include "backend/predselect/drivers/NaiveDataSourceIter.h"
 #include "backend/predselect/drivers/PRSFiles.h"
+#include "backend/predselect/drivers/PRSMultiCalibration.h"
 #include "backend/predselect/drivers/PRSMultiScoring.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "common/state/StateBytes.h"
@@ -18,7 +19,7 @@
 #include "host/session/ISession.h"
 #include "host/session/SessionScope.h"
 #include "modelfiles/ComponentFile.h"
-#include "naivebayes/INBAlgorithm.h"
+#include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/NaiveBayesSettings.h"
 #include "naivebayes/parts/NBPartClassified.h"
 #include "naivebayes/parts/NBPartCodes.h"
@@ -226,9 +227,13 @@ bool PRSMultiFactory::RunNBComponent() {
   if (specs.GetPrintExclude() && !fMetaData.IsAnyDropped() && GetDroppedInTraining().empty()) {
     PRSMessages().NoPredsExcluded();
   }
-  if (!fModel.WriteFiles()) return false;
+  PRSMultiCalibration calibration(fRun, dynamic_cast<NBAlgorithm&>(*fModel.GetINBAlgorithm()));
+  // The temperature is found from single cases, which are not here over parts.
+  const bool isCalibrated = fpParts != nullptr || calibration.Calibrate();
+  if (!isCalibrated || !fModel.WriteFiles()) return false;
   PRSMultiScoring scoring(fRun, *fModel.GetINBAlgorithm(), fMetaData.GetNSaveDepCats());
   if (!Classify(scoring)) return false;
+  if (fpParts == nullptr) fEvaluation = scoring.FindEvaluation();
   HandOverFindings(scoring);
   const bool testLayerWanted =
       IsClassified() && specs.GetMultiTrainSamp() && !specs.GetMultiTestData();

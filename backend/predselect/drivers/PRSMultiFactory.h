@@ -20,6 +20,7 @@
 #include "backend/predselect/drivers/PRSMultiParts.h"
 #include "backend/predselect/drivers/PRSMultiRun.h"
 #include "backend/predselect/drivers/PRSMultiScreening.h"
+#include "common/evaluation/Evaluation.h"
 
 class INBAlgorithm;
 class NaiveDataSourceIter;
@@ -74,8 +75,10 @@ class PRSMultiFactory {
   const std::vector<std::pair<int, double>>& GetSelectResults() const {
     return fModel.GetSelectResults();
   }
+  const NBCrossValidation& GetValidation() const { return fModel.GetValidation(); }
   std::vector<int> GetForcedInputs() const { return fModel.GetForcedInputs(); }
   bool IsClassified() const { return fRun.IsClassified(); }
+  const std::optional<MCCommon::Evaluation>& GetEvaluation() const { return fEvaluation; }
 
   int GetNTrainRecords() const { return fRun.Adapter().GetRecordCount(); }
   int GetNTestRecords() const { return fNTestRecords; }
@@ -120,4 +123,5 @@ class PRSMultiFactory {
   std::unique_ptr<NaiveDataSourceIter> fpTrainRecIter;  // null if they do
   std::unique_ptr<NaiveDataSourceIter> fpTestRecIter;
   int fNTestRecords = 0;
+  std::optional<MCCommon::Evaluation> fEvaluation;
 };

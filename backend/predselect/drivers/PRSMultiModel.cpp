@@ -16,11 +16,13 @@
 #include "backend/predselect/predsele.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "common/MCAssert.h"
+#include "common/WholeText.h"
 #include "common/xml/MCApplicInfo4XML.h"
 #include "host/cases/UAInputAdapter.h"
 #include "host/cases/UAVarValidSpecs.h"
 #include "host/data/ProcedureDataSource.h"
 #include "host/data/WholeTable.h"
+#include "host/output/BpError.h"
 #include "host/output/ShowText.h"
 #include "host/session/HostFunctions.h"
 #include "host/session/HostIOError.h"
@@ -98,6 +100,7 @@ bool PRSMultiModel::Build(NaiveDataSourceIter& train, NaiveDataSourceIter* test)
   if (test != nullptr && !fRun.IsPassComplete(*test)) return false;
   if (!ReportEngine()) return false;
   WarnOfLeaks(train.GetNCases());
+  WarnOfValidation();
   return true;
 }
 
@@ -141,6 +144,29 @@ void PRSMultiModel::WarnOfLeaks(std::int64_t tableCases) const {
   leaks.Warn();
 }
 
+void PRSMultiModel::WarnOfValidation() const {
+  const int nFolds = fSpecs.Options().fValidation.fFolds;
+  if (nFolds == 0) return;
+  const std::vector<std::string> folds{std::to_string(nFolds)};
+  if (fValidation.fvRuns.empty()) {
+    const bool isHeld =
+        fRun.Adapter().GetRecordCount() <= fSpecs.GetNaiveSettingsPtr()->GetMaxRecordsInMemory();
+    MCHost::RaiseMessage(
+        MCHost::OutputMessage::kWarning,
+        isHeld ? "Fewer cases than ^1 folds..." : "Not cross-validated for want of memory...",
+        isHeld ? folds : std::vector<std::string>());
+    return;
+  }
+  bool isRare = false;
+  for (int k = 0; k < fpNBAlgorithm->GetNTargetCategories(); ++k) {
+    const int records = fpNBAlgorithm->GetTargetCategoryRecords(k);
+    isRare = isRare || (records > 0 && records < nFolds);
+  }
+  if (!isRare) return;
+  MCHost::RaiseMessage(MCHost::OutputMessage::kWarning,
+                       "A category with fewer cases than ^1 folds...", folds);
+}
+
 void PRSMultiModel::BuildOrSelect(NaiveDataSourceIter& train, NaiveDataSourceIter* test) {
   if (fRun.IsSelecting()) {
     return Select({.fData = train, .fNRecords = fRun.Adapter().GetRecordCount(), .fpTest = test});
@@ -159,13 +185,18 @@ void PRSMultiModel::Select(NBSelectionRequest request) {
   const int asked = isExact ? fSpecs.GetMultiExactSize() : fSpecs.GetMultiMaxSize();
   std::ostringstream document;
   MCApplicInfo4XML info = ApplicationInfo();
+  const PRSValidation& validation = fSpecs.Options().fValidation;
+  fValidation = {.fNFolds = validation.fFolds,
+                 .fNRepeats = validation.fRepeats,
+                 .fSeed = static_cast<std::uint64_t>(validation.fSeed)};
   request.fSize = asked > 0 ? asked + nForced : -1;
   request.fbExact = isExact;
   request.fNReport = nUnique + (nForced >= 1 ? 1 : 0);
   request.fpXML = PRSAreResultsWanted() ? &document : nullptr;
   request.fpAppInfo = &info;
+  request.fpValidation = validation.fFolds > 0 ? &fValidation : nullptr;
   fRun.SetStatus(fpNBAlgorithm->SelectAttributes(request, fSelection));
-  fResultDocument = document.str();
+  fResultDocument = MCCommon::WholeText(document);
 }
 
 bool PRSMultiModel::ReportEngine() {
@@ -247,7 +278,7 @@ bool PRSMultiModel::WriteModel() {
   const MCNaive::MCStatus status = fpNBAlgorithm->ExportModelXML(document, &info);
   if (fRun.IsStopped()) return false;
   if (status.GetErrorCode() == MCNaive::kNoMemory) throw std::bad_alloc();
-  if (status.IsOK()) return PRSCommit(*fpModelFile, document.str());
+  if (status.IsOK()) return PRSCommit(*fpModelFile, MCCommon::WholeText(document));
   MCNaive::MCStatus failed(status.GetErrorCode(), false);
   failed.SetDiscreteDatum(0, status.GetDiscreteDatum(0));
   fLostModel = failed;

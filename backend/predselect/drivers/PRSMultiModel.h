@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "naivebayes/INBAlgorithm.h"
+#include "naivebayes/validation/NBCrossValidation.h"
 
 class NBPartCodes;
 class NaiveDataSourceIter;
@@ -54,6 +55,8 @@ class PRSMultiModel {
   // forced ones first; average log-likelihoods by subset size (size 1 first); pairs of subset size
   // and criterion value, the best first (none for an exact size).
   const NBSelectionResult& GetSelection() const { return fSelection; }
+  // Without runs where the command asks for none, or it could not be done.
+  const NBCrossValidation& GetValidation() const { return fValidation; }
   const std::vector<int>& GetSelectPredictors() const { return fSelection.fvSelected; }
   const std::vector<double>& GetAverageLogValues() const { return fSelection.fvLogLikelihoods; }
   const std::vector<std::pair<int, double>>& GetSelectResults() const {
@@ -76,6 +79,8 @@ class PRSMultiModel {
   bool ReportEngine();
   void NameDroppedInputs() const;
   void WarnOfLeaks(std::int64_t tableCases) const;
+  // Why there is no cross-validation, or what it is to be taken with.
+  void WarnOfValidation() const;
   bool WriteResultDocument() const;
   bool WriteModel();
 
@@ -86,6 +91,7 @@ class PRSMultiModel {
   std::unique_ptr<INBAlgorithm> fpNBAlgorithm;
   std::unique_ptr<MCHost::OutputFile> fpModelFile;
   NBSelectionResult fSelection;
+  NBCrossValidation fValidation;
   std::string fResultDocument;
   std::optional<MCNaive::MCStatus> fLostModel;
 };

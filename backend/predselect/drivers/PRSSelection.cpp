@@ -6,6 +6,7 @@
 #include "common/MissingValue.h"
 #include "feature/FSCriterion.h"
 #include "feature/FSSettings.h"
+#include "feature/FSWithinMemory.h"
 #include "feature/IFSAlgorithm.h"
 
 PRSSelection SelectPredictors(const PRSValidSpecs& specs, const IFSAlgorithm& algorithm) {
@@ -19,6 +20,7 @@ PRSSelection SelectPredictors(const PRSValidSpecs& specs, const IFSAlgorithm& al
   const int asked = std::min(size + nMore, nValid);
   const MCFeature::MCStatus status = algorithm.GetTopPredictors(
       selection.fCriterion, selection.fIndices, selection.fValues, asked);
+  FSThrowWantOfMemory(status);
   if (status.IsError()) return selection;
   const bool significance = FSCriterion::Of(selection.fCriterion).HasSignificance();
   const int nListed = static_cast<int>(selection.fIndices.size());

@@ -72,7 +72,8 @@ bool PRSUniFactory::RunFSComponent() {
   FSFactory factory;
   fpAlgorithm = factory.CreateFSAlgorithm(settings);
   fStatus = factory.GetStatus();
-  if (fStatus.IsError() || fpAlgorithm == nullptr) return false;
+  if (fStatus.IsError()) DisplayMessage(fStatus);
+  if (fpAlgorithm == nullptr) return false;
   fpProgress = std::make_unique<PRSProgress>();
   settings->SetNSkippedRecordReports(PRSProgress::kRecords - 1);
   settings->SetNThreads(MCHost::CurrentSession().Threads());
@@ -200,7 +201,10 @@ bool PRSUniFactory::FindEffects() {
     }
   }
   if (status.IsError()) fStatus = status;
-  return IsPassComplete();
+  if (!IsPassComplete()) return false;
+  if (status.GetErrorCode() != MCFeature::kOutOfMemory) return true;
+  DisplayMessage(status);
+  return false;
 }
 
 StateDictionary PRSUniFactory::Dictionary() const {

@@ -20,7 +20,7 @@ namespace MCHost {
 namespace {
 
 // Count it up when the fields below change.
-constexpr std::string_view kStart = "PredSelect result 1\n";
+constexpr std::string_view kStart = "PredSelectResult/1\n";
 // Texts within texts, and what they stand in: no document is nested deeper.
 constexpr int kDeepest = 12;
 

@@ -13,7 +13,7 @@ from . import _library as lib
 from . import errors
 from ._data import Options, Table, open_table
 from ._progress import Progress
-from ._results import Model, Ranking, Result
+from ._results import Model, Ranking, Result, Scores
 from ._state import State
 
 _BY = {"p": 0, "lr": 1, "v": 2, "lambda": 3, "bits": 4}
@@ -45,9 +45,20 @@ class Job:
             raise failure
         result = kind(self.session, handle, table)
         if failure is not None:
+            if status == lib.COMMAND_ERROR:
+                failure = errors.CommandError(result._errors() or str(failure))
             failure.result = result  # type: ignore[attr-defined]
             raise failure
         return result
+
+
+def _target(target: Any) -> bytes:
+    if hasattr(target, "__iter__") and not isinstance(target, (str, tuple)):
+        raise errors.RequestError(
+            f"target is a {type(target).__name__}; name a column of the data, and put the target there "
+            'if it stands elsewhere: rank(X.assign(target=y), "target")'
+        )
+    return str(target).encode()
 
 
 def _list(names: str | int | Sequence[str | int]) -> list[str]:
@@ -123,7 +134,7 @@ def rank(
     names, n = lib.texts(_list(except_))
     said = lib.rank_options(by=_BY[by], except_=lib.address(names), n_except=n,
                             top=lib.count("top", top))
-    result = job.result(Ranking, table, "rank", table, str(target).encode(), ctypes.byref(said))
+    result = job.result(Ranking, table, "rank", table, _target(target), ctypes.byref(said))
     result._warn()
     return result
 
@@ -137,6 +148,8 @@ def model(
     predictors: int = 0,
     except_: str | int | Sequence[str | int] = (),
     predictions: bool = False,
+    calibrate: str | None = None,
+    calibration_seed: int = 1,
     pmml: str | os.PathLike[str] | None = None,
     levels: Mapping[str, str] | None = None,
     weight: Any = None,
@@ -154,7 +167,9 @@ def model(
     ``test`` is the share of the cases that test it (0: none do), ``training_column`` a column that
     is 1 in the cases that train it; ``predictors`` bounds their number; ``predictions`` adds the
     predictions to ``new_columns``; ``pmml`` writes the model for other programs; ``memory`` is what
-    training cases may take, in kilobytes (0: half of what is free). The other arguments are those
+    training cases may take, in kilobytes (0: half of what is free). ``calibrate`` makes the
+    probabilities hold what they say, by "temperature" or "isotonic", by the test cases; without any
+    by cross-validation, for which ``calibration_seed`` divides the training cases. The other arguments are those
     of :func:`rank`. The model itself is ``result.state``.
     """
     options = Options(
@@ -172,9 +187,10 @@ def model(
             test=-1.0 if test <= 0 else test, predictors=lib.count("predictors", predictors),
             save_predictions=predictions,
             state_path=os.fsencode(state), pmml_path=os.fsencode(pmml) if pmml else None,
-            memory=lib.count("memory", memory),
+            memory=lib.count("memory", memory), calibrate=lib.calibration(calibrate),
+            calibration_seed=lib.count("calibration_seed", calibration_seed),
         )
-        result = job.result(Model, table, "model", table, str(target).encode(), ctypes.byref(said))
+        result = job.result(Model, table, "model", table, _target(target), ctypes.byref(said))
         if state.exists():
             result.state = State.load(state)
             result._leave_out(str(state))
@@ -189,6 +205,8 @@ def run(
     save_state: str | os.PathLike[str] | None = None,
     results: str | os.PathLike[str] | None = None,
     memory: int | str = 0,
+    calibrate: str | None = None,
+    calibration_seed: int = 1,
     levels: Mapping[str, str] | None = None,
     weight: Any = None,
     schema: Any = None,
@@ -203,7 +221,8 @@ def run(
 
     ``save_state`` is the file for the last command's state, ``results`` the folder of result
     documents, ``memory`` what cases may take in kilobytes where a command states nothing (``"auto"``
-    for half of what is free). The other arguments are those of :func:`rank`. A command that reports
+    for half of what is free). ``calibrate`` and ``calibration_seed`` are those of :func:`model`, for
+    all its models. The other arguments are those of :func:`rank`. A command that reports
     an error raises :class:`CommandError`, whose ``result`` has what was done.
     """
     options = Options(
@@ -216,6 +235,8 @@ def run(
         state_path=os.fsencode(save_state) if save_state else None,
         results_folder=os.fsencode(results) if results else None,
         memory=lib.MEMORY_AUTO if memory == "auto" else lib.count("memory", memory),
+        calibrate=lib.calibration(calibrate),
+        calibration_seed=lib.count("calibration_seed", calibration_seed),
     )
     result = job.result(Result, table, "run", table, commands.encode(), ctypes.byref(said))
     result._warn()
@@ -259,8 +280,9 @@ def score(
     name: str | None = None,
     threads: int | None = None,
     progress: bool | None = None,
-) -> Result:
-    """Predicts the cases of the data with a model; ``new_columns`` has the predictions.
+) -> Scores:
+    """Predicts the cases of the data with a model: the result's ``to_pandas()``, ``to_polars()`` and
+    ``new_columns`` have the predictions, a row a case, its tables say how new cases differ.
 
     ``predicted`` names the predicted value, ``probabilities`` is the root of the names of the
     probabilities ("" for none of them). ``explain`` adds what so many predictors that weighed most
@@ -275,6 +297,6 @@ def score(
         probabilities=None if probabilities is None else probabilities.encode(),
         explain=lib.count("explain", explain),
     )
-    result = job.result(Result, table, "score", table, known._handle, ctypes.byref(said))
+    result = job.result(Scores, table, "score", table, known._handle, ctypes.byref(said))
     result._warn()
     return result

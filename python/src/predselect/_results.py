@@ -266,8 +266,17 @@ class Result:
             ):
                 warn(message["text"], kind)
 
+    def _errors(self) -> str:
+        """The errors of the run, each with the place that it points to."""
+        errors = [m for m in self.messages if m["severity"] == "error"]
+        return "\n".join("\n".join(filter(None, (m["text"], m.get("detail")))) for m in errors)
+
     def __str__(self) -> str:
         return self.text()
+
+    def _repr_pretty_(self, printer: Any, cycle: bool) -> None:
+        """At a prompt of IPython: all of it."""
+        printer.text(repr(self) if cycle else self.text())
 
     def __repr__(self) -> str:
         return f"<{type(self).__name__}: {', '.join(t.kind for t in self.tables) or 'no tables'}>"
@@ -280,7 +289,7 @@ class Result:
         parts += [chart.svg() for chart in self.charts]
         return "\n".join(parts)
 
-    def _main(self) -> ResultTable:
+    def _main(self) -> Columns:
         """The table that the result is about, of the last command that has one."""
         if not self.tables:
             raise ValueError("the run has no table")
@@ -318,8 +327,11 @@ class Ranking(Result):
     # What its command says of a selection is not what was asked for.
     _only_classes = True
 
-    def _main(self) -> ResultTable:
+    def _main(self) -> Columns:
         return self["Ranking"]
+
+    def __repr__(self) -> str:
+        return f"<Ranking: {_few(self.predictors)}>"
 
     @property
     def predictors(self) -> list[str]:
@@ -363,6 +375,9 @@ class Model(Result):
         lines = super().text(max(width, 60) if width else 0).splitlines()
         return "\n".join(li for li in lines if not self._own_file or self._own_file not in li) + "\n"
 
+    def __repr__(self) -> str:
+        return f"<Model: {_few(self.predictors)}>"
+
     @property
     def predictors(self) -> list[str]:
         """The chosen predictors, in order."""
@@ -387,6 +402,21 @@ class Model(Result):
         criterion = next(n for n in table.columns if n in ("test_data_criterion", "pseudo_bic"))
         points = [(row["predictor"], row[criterion], criterion) for row in table.rows()]
         return bars("Chosen predictors", criterion, points)
+
+
+class Scores(Result):
+    """The predictions of cases, and how these differ from those that the model was built on."""
+
+    def _main(self) -> Columns:
+        return self.new_columns
+
+    def __repr__(self) -> str:
+        return f"<Scores: {len(self.new_columns)} cases, {', '.join(self.new_columns)}>"
+
+
+def _few(names: list[str], most: int = 5) -> str:
+    shown = ", ".join(names[:most]) or "no predictor"
+    return shown if len(names) <= most else f"{shown}, … ({len(names)} predictors)"
 
 
 def _escape(text: str) -> str:

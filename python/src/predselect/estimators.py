@@ -568,7 +568,8 @@ class SubsetNaiveBayes(_Mixed, _Pickled, Exports, ClassifierMixin, BaseEstimator
     selected_features_ : ndarray
         The features of the model, in the order in which they were chosen.
     path_ : list of dict
-        A step each: the feature added, its rank, criterion and average log-likelihood.
+        A step each: the feature added, the criterion and the average log-likelihood of the subset with
+        it, and the place of that subset among all by the criterion.
     state_ : State or None
         The model as the program has it; None where there is nothing to tell classes apart by.
     """

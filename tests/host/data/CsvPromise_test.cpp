@@ -1,13 +1,20 @@
 // A CSV file that is read as its start promises is what a look at the whole file makes of it.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <bit>
+#include <charconv>
+#include <cstdint>
 #include <iterator>
 #include <memory>
 #include <random>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "host/arrow/CsvSource.h"
+#include "host/arrow/ReadingThreads.h"
+#include "host/arrow/ShortDecimal.h"
 #include "host/data/MemoryTable.h"
 #include "host/data/StreamedTable.h"
 #include "host/session/HostIOError.h"
@@ -21,6 +28,8 @@ using Look = CsvSource::Look;
 constexpr const char* kKinds[][4] = {
     {"1", "-2.5", "1e5", " 7 "},
     {"12", "0", "-3", "4"},
+    {"-0.1234", "0.5", "1234567.125", "-0"},
+    {"0.30000000000000004", "9007199254740991", "-123456789012345.6", "0.000000000000001"},
     {"1.234", "0", "12.345.678", "-4"},
     {"1,5", "-2.345,25", "+3", "4e1"},
     {"inf", "nan", "1", "-Infinity"},
@@ -38,7 +47,22 @@ constexpr const char* kKinds[][4] = {
 // What may stand in a column of any kind, although its start promised something else, or although
 // only the whole file tells what it means. In place of ; and ~ come delimiter and line end.
 const std::string kOdd[] = {
+    "9007199254740992",
     "9007199254740993",
+    "0000000000000007",
+    "00000000000000007.5",
+    "-.5",
+    "5.",
+    "-",
+    ".",
+    "-.",
+    "--1",
+    "1.2.3",
+    "1..2",
+    "12345678.9.1",
+    "1234567:",
+    "123456789/12345",
+    "-99",
     "9007199254740992.5",
     "-12345678901234567890",
     "1e300",
@@ -156,12 +180,45 @@ std::vector<std::vector<std::string>> Told(Open open, bool* isPromiseKept) {
   return told;
 }
 
+// A second reader of numbers says what they are.
+TEST(CsvPromise, ShortDecimalsAreTheNumbersNextToThem) {
+  std::mt19937 random(7);
+  const auto below = [&random](unsigned n) { return static_cast<unsigned>(random() % n); };
+  constexpr char kMarks[] = ".,-+ eE/:x";
+  int nRead = 0;
+  for (int i = 0; i < 200000; ++i) {
+    const char point = i % 8 == 0 ? ',' : '.';
+    std::string text = below(3) == 0 ? "-" : "";
+    const unsigned digits = 1 + below(17);
+    for (unsigned k = 0; k < digits; ++k) text += static_cast<char>('0' + below(i % 5 + 6U));
+    if (below(4) != 0) text.insert(below(static_cast<unsigned>(text.size()) + 1), 1, point);
+    if (below(8) == 0) text[below(static_cast<unsigned>(text.size()))] = kMarks[below(10)];
+    const std::string bytes = text + "7.7.7.7.";  // which are not looked at
+    double value = 0.0;
+    if (!ReadShortDecimal(bytes.data(), text.size(), point, value)) {
+      const bool isPlain = text.size() < 16 && text.find('.') == text.rfind('.') &&
+                           text.find_first_of("0123456789") != std::string::npos &&
+                           text.find_first_not_of("0123456789.") == std::string::npos;
+      EXPECT_FALSE(isPlain && point == '.') << text;
+      continue;
+    }
+    ++nRead;
+    std::replace(text.begin(), text.end(), ',', '.');
+    double expected = 0.0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), expected);
+    ASSERT_TRUE(error == std::errc{} && end == text.data() + text.size()) << text;
+    ASSERT_EQ(std::bit_cast<std::uint64_t>(value), std::bit_cast<std::uint64_t>(expected)) << text;
+  }
+  EXPECT_GT(nRead, 100000);
+}
+
 TEST(CsvPromise, WhatItsStartPromisesOfAFileIsKeptOrFoundOutWithTheSameWords) {
   Files files(20240229);
   int nFiles = 0;
   int nKept = 0;
   int nErrors = 0;
   for (std::size_t kind = 0; kind < std::size(kKinds); ++kind) {
+    SetReadingThreads(1 + static_cast<int>(kind % 3));
     for (std::size_t k = 0; k < 2 * std::size(kOdd); ++k) {
       const char delimiter = files.Below(4) == 0 ? '\t' : ',';
       const std::string odd = k % 2 == 0 ? kOdd[k / 2] : kKinds[kind][0];
@@ -169,6 +226,7 @@ TEST(CsvPromise, WhatItsStartPromisesOfAFileIsKeptOrFoundOutWithTheSameWords) {
       CsvRules rules{delimiter, {"", "NA", "NaN", "null", "\xFF"}, {}};
       constexpr FieldType kTypes[] = {FieldType::kString, FieldType::kNumber, FieldType::kInteger,
                                       FieldType::kBoolean, FieldType::kDateTime};
+      if (files.Below(6) == 0) rules.fNullTokens.push_back("-99");
       if (kind == 1) rules.fTypes["a"] = FieldType::kInteger;
       if (files.Below(6) == 0) rules.fTypes["a"] = kTypes[files.Below(std::size(kTypes))];
       if (files.Below(6) == 0) rules.fbHeader = false;

@@ -23,6 +23,7 @@
 #include "host/session/HostIOError.h"
 #include "host/session/NewFolder.h"
 #include "host/session/OutputFile.h"
+#include "host/session/OutputGroup.h"
 #include "host/session/Unfinished.h"
 #include "tests/host/data/TableFixtures.h"
 
@@ -233,6 +234,57 @@ TEST(OutputFile, WhatADeadWriterLeftIsRemovedAndNothingElse) {
   close(writer);
   OutputFile::Check(folder.Path("other.txt"));
   EXPECT_THAT(folder.Files(), UnorderedElementsAre(".predselect-rc", "notes.tmp", "out.txt"));
+}
+
+void Put(const std::string& path, const std::string& text) {
+  OutputFile file(path);
+  file.Write(text);
+  file.Commit();
+}
+
+TEST(OutputGroup, AllFilesTakeTheirPlacesOrNone) {
+  const ScratchFolder folder;
+  const std::string old = folder.Write("old", "1");
+  const std::string made = folder.Path("made");
+  const std::string last = folder.Path("last");
+  const auto put = [&](const std::string& text) {
+    for (const std::string& path : {old, made, last}) Put(path, text);
+  };
+  {
+    OutputGroup group;
+    put("2");
+    std::filesystem::create_directories(last + "/full");  // no file can take its place any more
+    EXPECT_THROW(group.Commit(), HostIOError);
+    std::filesystem::remove_all(last);
+  }
+  {
+    OutputGroup outer;
+    put("2");
+    OutputGroup().Fail();
+    EXPECT_FALSE(outer.Commit());
+    EXPECT_FALSE(outer.Commit());
+  }
+  {
+    OutputGroup group;
+    put("2");
+    EXPECT_FALSE(group.Commit([] { return true; }));
+  }
+  EXPECT_EQ(ReadFile(old), "1");
+  EXPECT_THAT(folder.Files(), ElementsAre("old"));
+  {
+    OutputGroup outer;
+    {
+      OutputGroup inner;
+      put("2");
+      Put(old, "3");
+      inner.MakeFolder(folder.Path("empty"));
+      EXPECT_TRUE(inner.Commit());
+    }
+    EXPECT_EQ(ReadFile(old), "1");
+    EXPECT_TRUE(outer.Commit());
+  }
+  EXPECT_EQ(ReadFile(old) + ReadFile(made) + ReadFile(last), "322");
+  EXPECT_THAT(folder.Files(), UnorderedElementsAre("last", "made", "old"));
 }
 
 TEST(OutputFile, AFileThatMayOnlyBeReadIsReplacedByOneLikeIt) {
