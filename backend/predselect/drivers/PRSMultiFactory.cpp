@@ -71,6 +71,9 @@ bool PRSMultiFactory::CheckParts() {
   if (!fParts.AreThere() && isDrawn && whole->FirstCase() < 0) {
     trouble = "A random sample of a part needs its number...";
   }
+  if (fParts.AreThere() && specs.Options().fValidation.fFolds > 0) {
+    trouble = "Not cross-validated over parts...";
+  }
   if (trouble == nullptr) return true;
   MCHost::RaiseMessage(MCHost::OutputMessage::kError, trouble);
   return fRun.Fail(MCNaive::kDataUnusable);
@@ -228,9 +231,7 @@ bool PRSMultiFactory::RunNBComponent() {
     PRSMessages().NoPredsExcluded();
   }
   PRSMultiCalibration calibration(fRun, dynamic_cast<NBAlgorithm&>(*fModel.GetINBAlgorithm()));
-  // The temperature is found from single cases, which are not here over parts.
-  const bool isCalibrated = fpParts != nullptr || calibration.Calibrate();
-  if (!isCalibrated || !fModel.WriteFiles()) return false;
+  if (!calibration.Calibrate() || !fModel.WriteFiles()) return false;
   PRSMultiScoring scoring(fRun, *fModel.GetINBAlgorithm(), fMetaData.GetNSaveDepCats());
   if (!Classify(scoring)) return false;
   if (fpParts == nullptr) fEvaluation = scoring.FindEvaluation();
