@@ -323,7 +323,7 @@ std::string ReadComponentBytes(const std::string& bytes, ComponentFile& file) {
   } catch (const MCCommon::IOException&) {
     trouble = kDamaged;
   }
-  return trouble.empty() && !Agree(file) ? kDamaged : trouble;
+  return trouble.empty() && !MCModelFiles::MakesSense(file) ? kDamaged : trouble;
 }
 
 std::uint64_t DigestOf(const ComponentFile& file) {
