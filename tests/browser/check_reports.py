@@ -339,7 +339,7 @@ def readme_shows_a_page(folder, started):
     program("rank", DATA / "biopsies.csv", "diagnosis", "-o", path)
     with opened(started, path) as page:
         all_rows(page, 30)
-        page.set_viewport_size({"width": 1280, "height": 720})
+        page.set_viewport_size({"width": 1280, "height": 600})
         page.evaluate("document.querySelector('.two').previousElementSibling.scrollIntoView()")
         target = Path(os.environ.get("SCREENSHOTS", folder)) / "report.png"
         target.parent.mkdir(parents=True, exist_ok=True)
