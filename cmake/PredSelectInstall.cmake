@@ -31,6 +31,14 @@ install(DIRECTORY ${PROJECT_SOURCE_DIR}/modelfiles/dtd
 set(private_dir ${CMAKE_INSTALL_LIBDIR}/predselect)
 install(FILES ${PredSelectArrow_FILES} DESTINATION ${private_dir})
 install(FILES ${PredSelectArrow_LICENSES} DESTINATION ${CMAKE_INSTALL_DOCDIR}/libraries/arrow)
+# What is carried and loaded: by name and licence, and with versions.
+execute_process(COMMAND ${PREDSELECT_REPORT_PYTHON} ${PROJECT_SOURCE_DIR}/scripts/make-bom
+  ${PROJECT_BINARY_DIR}/bom.cdx.json ${PROJECT_VERSION} COMMAND_ERROR_IS_FATAL ANY)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${PROJECT_SOURCE_DIR}/scripts/make-bom
+  ${PROJECT_SOURCE_DIR}/THIRD-PARTY.md)
+set(PredSelect_BILL ${PROJECT_SOURCE_DIR}/THIRD-PARTY.md ${PROJECT_SOURCE_DIR}/SECURITY.md
+  ${PROJECT_BINARY_DIR}/bom.cdx.json)
+install(FILES ${PredSelect_BILL} DESTINATION ${CMAKE_INSTALL_DOCDIR})
 # Every other library that the program loads, but those that belong to the kernel's loader: for an
 # archive that asks nothing of the machine. Only on demand (component bundle).
 set(PREDSELECT_PRIVATE_DIR ${private_dir})

@@ -12,6 +12,7 @@ if(SKBUILD)
   install(TARGETS ${wheel_libraries} LIBRARY DESTINATION predselect/_lib COMPONENT python)
   install(FILES ${PredSelectArrow_FILES} DESTINATION predselect/_lib COMPONENT python)
   install(FILES ${PredSelectArrow_LICENSES} DESTINATION ${SKBUILD_METADATA_DIR}/licenses/arrow COMPONENT python)
+  install(FILES ${PredSelect_BILL} DESTINATION ${SKBUILD_METADATA_DIR}/licenses COMPONENT python)
   # Of what draws the charts of a report, which is in the host's library.
   install(FILES ${PROJECT_SOURCE_DIR}/host/output/report/page/charts.licences.txt
     DESTINATION ${SKBUILD_METADATA_DIR}/licenses/charts COMPONENT python)

@@ -19,6 +19,7 @@
 
 #include "common/MissingValue.h"
 #include "fuzz/FuzzCheck.h"
+#include "fuzz/TableContents.h"
 #include "host/arrow/CsvInspector.h"
 #include "host/arrow/CsvSniffer.h"
 #include "host/arrow/CsvSource.h"
@@ -39,6 +40,7 @@ using MCHost::HostIOError;
 using MCHost::MemoryTable;
 using MCHost::StreamedTable;
 using MCHost::TextBytes;
+using PredSelectFuzz::ContentsOf;
 using PredSelectFuzz::Require;
 
 constexpr const char* kName = "t.csv";
@@ -93,32 +95,6 @@ std::string VerdictOf(const std::string& text, const CsvRules& rules, std::size_
     CheckPlace(text, error);
     return error.what();
   }
-}
-
-// The names, kinds and cells of a table.
-std::string ContentsOf(DataTable& table) {
-  std::string contents = std::to_string(table.CaseCount()) + " cases\n";
-  for (int i = 0; i < table.ColumnCount(); ++i) {
-    const KOVA_Variable& variable = table.GetVariable(i);
-    contents += variable.GetName() + ":" + std::to_string(variable.GetType());
-    const auto scan = table.Scan({i});
-    while (const MCHost::TableBatch* batch = scan->Next()) {
-      const MCHost::ColumnView& view = batch->fColumns.at(0);
-      for (std::size_t k = 0; k < batch->fNCases; ++k) {
-        if (view.fpNumbers != nullptr) {
-          char digits[40];
-          std::snprintf(digits, sizeof(digits), " %.17g", view.fpNumbers[k] + 0.0);  // no -0
-          Require(std::isfinite(view.fpNumbers[k]), "a cell is finite or missing", contents);
-          contents += digits;
-        } else {
-          const std::int32_t code = view.fpCodes[k];
-          contents += code < 0 ? " ." : " \"" + view.fpDictionary->At(code) + "\"";
-        }
-      }
-    }
-    contents += "\n";
-  }
-  return contents;
 }
 
 // A directory of the process, removed when it ends.

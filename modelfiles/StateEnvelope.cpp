@@ -28,8 +28,8 @@ constexpr std::streamoff kMostMarked = 512;
 constexpr const char* kChanged =
     "the file was changed, or cut short, after it was written: it does not fit its own checksum; "
     "take a copy, or save it again";
-constexpr const char* kUnsigned = "it is not signed";
-constexpr const char* kWrongKey = "its signature was not made with this key";
+constexpr const char* kUnsigned = "it is not signed, and only files that were signed with the key are to be read";
+constexpr const char* kWrongKey = "it was not signed with this key, or was changed since";
 
 std::string DigestOf(std::string_view bytes) {
   std::string digest(kDigestSize, '\0');

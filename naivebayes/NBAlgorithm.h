@@ -11,6 +11,7 @@
 #include "common/Workers.h"
 #include "naivebayes/INBAlgorithm.h"
 #include "naivebayes/NBCancelInfo.h"
+#include "naivebayes/model/NBCalibration.h"
 #include "naivebayes/model/NBayesInput.h"
 #include "naivebayes/model/NBayesOutput.h"
 #include "naivebayes/selection/NBAttributeSelector.h"
@@ -80,6 +81,13 @@ class NBAlgorithm : public INBAlgorithm {
   // The codes of an input of the model for the cases of a block of original records, as ScoreBlock
   // has them: negative ones have no row in the input's table. REQUIRES: the model was built.
   void EncodeInput(int input, const MCCommon::RecordBlock& block, std::int32_t* codes) const;
+  // The targets and weights of such cases: a negative target, or a missing weight, is none.
+  void EncodeCases(const MCCommon::RecordBlock& block, std::int32_t* targets,
+                   double* weights) const;
+  // What scores are calibrated by; part of the saved state. Training anew and merging end it.
+  const NBCalibration& GetCalibration() const { return fCalibration; }
+  // REQUIRES: it fits the number of target categories.
+  void SetCalibration(const NBCalibration& calibration) { fCalibration = calibration; }
   const NBayesOutput& GetOutput() const { return fOutput; }
   const std::vector<NBayesInput>& GetInputs() const { return fInputs; }
   double GetTotalWeight() const { return fTotalWeight; }
@@ -93,7 +101,8 @@ class NBAlgorithm : public INBAlgorithm {
   void WriteObjectXML(std::ostream& os, int indent) const;
   void ReadObjectXML(std::ifstream& is);
   template <class Archive, class Self>
-  static void Fields(Archive& archive, Self& self);
+  static void Fields(Archive& archive, Self& self, bool calibrated);
+  bool IsGrown() const { return fCalibration.GetMethod() != NBCalibration::kNone; }
   // Makes one component of the parts that were read; false when they do not fit together.
   bool LinkParts();
   // Whether the counts add up: the target's to the weight, and no input's to more than the
@@ -140,6 +149,8 @@ class NBAlgorithm : public INBAlgorithm {
   MCNaive::MCStatus LoadSelectionData(const NBSelectionRequest& request, bool inMemory,
                                       NBStored& stored);
   int DecideSize(int size, int forced, int candidates);
+  // False after a cancel.
+  [[nodiscard]] bool CrossValidate(const NBSelectionRequest& request, NBCodeStore& records);
   MCNaive::MCStatus Dispatch(const NBSelectionRequest& request,
                              const NBAttributeSelector::Training& training,
                              NBAttributeSelector& selector, NBSelectionResult& result);
@@ -153,8 +164,10 @@ class NBAlgorithm : public INBAlgorithm {
                                    int limit) const;
   MCNaive::MCStatus FinishScore(const MCNaive::MCStatus& encoded,
                                 const std::vector<std::int32_t>& codes, NBOutput& output) const;
-  // The class probabilities of one code per input.
+  // The class probabilities of one code per input, before they are calibrated.
   void ComputePosteriors(const std::vector<std::int32_t>& codes, std::vector<double>& out) const;
+  // The same calibrated, and the winner.
+  int ComputeCalibrated(const std::vector<std::int32_t>& codes, std::vector<double>& out) const;
   // Counts each scored case of a block that has a valid target and weight in statsOf(its place in
   // the block); returns how many these are. REQUIRES: one winner per case, below 0 for not scored.
   template <typename Choose>
@@ -171,6 +184,7 @@ class NBAlgorithm : public INBAlgorithm {
   MCNaive::MCStatus fStatus;
   int fNInputs = 0;
   NBayesOutput fOutput;
+  NBCalibration fCalibration;
   std::vector<NBayesInput> fInputs;
   std::vector<NBInputTraits> fvLeakTraits;
   std::vector<int> fvKeptInputs;  // where the inputs stood before the last pass dropped some

@@ -49,6 +49,16 @@ void NBAlgorithm::ComputePosteriors(const std::vector<std::int32_t>& codes,
   NBScoring::Normalize(products, 0, out);
 }
 
+int NBAlgorithm::ComputeCalibrated(const std::vector<std::int32_t>& codes,
+                                   std::vector<double>& out) const {
+  NBScaledProducts products;
+  products.Reset(fOutput.GetPriors(), 1);
+  for (std::size_t j = 0; j < fInputs.size(); ++j) products.Multiply(fInputs[j], &codes[j]);
+  products.Align();
+  out.resize(products.Categories());
+  return NBScoring::Decide(products, 0, fOutput, fCalibration, out);
+}
+
 int NBAlgorithm::SelectWinner(const std::vector<double>& probabilities) const {
   return NBScoring::SelectWinner(probabilities, fOutput);
 }
@@ -58,11 +68,25 @@ void NBAlgorithm::EncodeInput(int input, const RecordBlock& block, std::int32_t*
   (void)fpPreparator->EncodeInputs(input, values, block.Cases(), codes);
 }
 
+void NBAlgorithm::EncodeCases(const RecordBlock& block, std::int32_t* targets,
+                              double* weights) const {
+  const std::size_t cases = block.Cases();
+  std::fill_n(weights, cases, 1.0);
+  fpPreparator->EncodeTargets(block.Column(fpPreparator->GetTargetColumn()), cases, targets);
+  const int weight = fpPreparator->GetWeightColumn();
+  if (weight >= 0) fpPreparator->EncodeWeights(block.Column(weight), cases, weights);
+}
+
 MCStatus NBAlgorithm::FinishScore(const MCStatus& encoded, const std::vector<std::int32_t>& codes,
                                   NBOutput& output) const {
   // Without a valid input there is no factor, and what is normalised are the priors.
   if (!encoded.IsOK() && encoded.GetErrorCode() != MCNaive::kAllInputsMissing) return encoded;
   std::vector<double> probabilities;
+  if (fCalibration.GetMethod() != NBCalibration::kNone) {
+    const int winner = ComputeCalibrated(codes, probabilities);
+    output.SetOutputs(probabilities, winner);
+    return encoded;
+  }
   ComputePosteriors(codes, probabilities);
   output.SetOutputs(probabilities, SelectWinner(probabilities));
   return encoded;
@@ -118,10 +142,8 @@ int NBAlgorithm::Classify(const RecordBlock& block, const std::int32_t* winners,
                           Choose statsOf) const {
   const std::size_t cases = block.Cases();
   std::vector<std::int32_t> targets(cases);
-  std::vector<double> weights(cases, 1.0);
-  fpPreparator->EncodeTargets(block.Column(fpPreparator->GetTargetColumn()), cases, targets.data());
-  const int weight = fpPreparator->GetWeightColumn();
-  if (weight >= 0) fpPreparator->EncodeWeights(block.Column(weight), cases, weights.data());
+  std::vector<double> weights(cases);
+  EncodeCases(block, targets.data(), weights.data());
   int nCounted = 0;
   for (std::size_t i = 0; i < cases; ++i) {
     if (winners[i] < 0 || targets[i] < 0 || MCMV::IsMissing(weights[i])) continue;
@@ -156,7 +178,7 @@ MCStatus NBAlgorithm::DoScoreBlock(const RecordBlock& block, NBScoredBlock& scor
     const double* values = block.Column(fpPreparator->GetInputColumn(j));
     return fpPreparator->EncodeInputs(j, values + first, cases, codes);
   };
-  scored.Score(fOutput, fInputs, block.Cases(), encode);
+  scored.Score(fOutput, fInputs, fCalibration, block.Cases(), encode);
   return {};
 }
 

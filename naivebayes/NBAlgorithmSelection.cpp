@@ -1,10 +1,12 @@
 // Selection of predictors: what is asked is checked, the records are stored and counted, the
 // selector chooses, and the model is cut down to its choice.
+#include <algorithm>
 #include <utility>
 
 #include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/NBWithinMemory.h"
 #include "naivebayes/selection/NBFormulas.h"
+#include "naivebayes/validation/NBCrossValidator.h"
 
 using MCCommon::MultiPassRecordIter;
 using MCNaive::MCStatus;
@@ -72,10 +74,25 @@ void NBAlgorithm::KeepChosenInputs() {
   fpPreparator->RebinEncoders(fInputs);
 }
 
+bool NBAlgorithm::CrossValidate(const NBSelectionRequest& request, NBCodeStore& records) {
+  if (request.fpValidation == nullptr) return true;
+  const int forced = fVarList.GetNumInputVars();
+  const int candidates = fVarList.GetNumPossibleInputVars();
+  const int size = request.fSize == -1 ? NBFormulas::ComputeAutomaticSize(forced, candidates)
+                                       : std::min(request.fSize, forced + candidates);
+  NBCrossValidator validator({fOutput, fInputs}, fVarList, fTotalWeight, records, fCancel,
+                             fWorkers);
+  return validator.Run({size, request.fbExact}, *request.fpValidation);
+}
+
 void NBAlgorithm::RunSelection(const NBSelectionRequest& request, NBSelectionResult& result) {
   const bool inMemory = fSettings.GetMaxRecordsInMemory() >= request.fNRecords;
   NBStored stored;
   if (Raise(LoadSelectionData(request, inMemory, stored)).IsError()) return;
+  if (inMemory && !CrossValidate(request, *stored.fpStore)) {
+    static_cast<void>(Raise(MCNaive::Error(MCNaive::kCancelled)));
+    return;
+  }
   NBAttributeSelector selector(fInputs, fOutput, fVarList, fSettings, fCancel, fTotalWeight,
                                fWorkers);
   const MCStatus done =

@@ -45,6 +45,7 @@ void NBAlgorithm::RestoreBins() {
 
 void NBAlgorithm::ResetAllCounts(bool totalsToo) {
   RestoreBins();
+  fCalibration = {};
   fOutput.ResetCounts();
   for (NBayesInput& input : fInputs) input.ResetCounts();
   if (!totalsToo) return;
@@ -129,6 +130,7 @@ MCStatus NBAlgorithm::DoBuild(MultiPassRecordIter& data, int nRecords) {
 MCStatus NBAlgorithm::DoUpdate(MultiPassRecordIter& data, int nRecords) {
   if (MustStop()) return fStatus;
   if (nRecords < 1) return Raise(MCNaive::Error(MCNaive::kNoRecordsToProcess));
+  fCalibration = {};
   Prepare(false, nRecords);
   static_cast<void>(CountSource(data, nRecords, false));
   fbBuilt = !MustStop();
@@ -145,6 +147,7 @@ MCStatus NBAlgorithm::DoMerge(const INBAlgorithm* other, bool computeProbabiliti
     status.SetDiscreteDatum(0, differing);
     return status;
   }
+  fCalibration = {};
   const std::vector<int> targets = fOutput.MergeTargetCounts(that->fOutput);
   for (auto* stats : {&fTrainStats, &fTestStats}) {
     if (*stats) (*stats)->Grow(fOutput.GetNCategories());

@@ -32,6 +32,18 @@ struct NBLoops {
   // REQUIRES: n mod 8 = 0.
   void (*fMultiplyUp)(std::size_t n, const double* odds, double* products);
 
+  // The same for n cases in `lanes` lanes, with one more input, in kPlaces places in turn: the odds
+  // of a case and lane are the sum over its slots of odds times factors, times the inverse unless
+  // that is null. Numbers of lanes stand side by side, those of slots behind each other. The row of
+  // a case's factors is that of its inverse, `rows`, or without its target (rows / targets) where
+  // there is an inverse. REQUIRES: lanes mod fNLanes = 0.
+  void (*fMultiplyUpLanes)(std::size_t n, std::size_t slots, std::size_t lanes, const double* odds,
+                           const double* factors, const double* inverse, const std::size_t* rows,
+                           std::size_t targets, double* products);
+
+  static constexpr std::size_t kPlaces = 8;
+  std::size_t fNLanes;  // of a vector
+
   // For the instructions in use.
   static const NBLoops& InUse();
 };

@@ -8,6 +8,7 @@
 #include "common/RecordIterator.h"
 
 struct MCApplicInfo4XML;
+struct NBCrossValidation;
 
 // All that is pointed to stays the caller's.
 struct NBSelectionRequest {
@@ -25,6 +26,9 @@ struct NBSelectionRequest {
   // what the application information says (null: what the component says of itself); null for none.
   std::ostream* fpXML = nullptr;
   MCApplicInfo4XML* fpAppInfo = nullptr;
+  // The same selection is cross-validated, by pseudo-BIC or the exact size; null for not. Needs the
+  // records in memory, or its runs stay empty.
+  NBCrossValidation* fpValidation = nullptr;
 };
 
 struct NBSelectionResult {

@@ -25,6 +25,7 @@ void CheckTarget(const KOVA_Variable& target) {
 
 // Empty where no case tests the model.
 std::string TrainingSample(const MCHost::ITable& table, const ModelRequest& request) {
+  if (request.fFolds > 0) return "";
   if (!request.fTrainingColumn.empty()) {
     NamedVariable(table, request.fTrainingColumn, "training-column");
     return "\n  /TRAININGSAMPLE VARIABLE=" + KovaVarName(request.fTrainingColumn).Quoted();
@@ -48,6 +49,18 @@ std::string InQuotes(const std::string& text) {
   return quoted + "'";
 }
 
+// The measures on a page, the rest for programs.
+void ShowEvaluationOf(const CommandRun& run, MCHost::OutputDocument& document) {
+  for (const char* subtype : {"Evaluation", "ClassEvaluation", "Calibration", "CrossValidation",
+                              "SelectionStability", "Folds"}) {
+    const MCHost::OutputTable* found = run.Find(subtype);
+    if (found == nullptr) continue;
+    MCHost::OutputTable table = *found;
+    table.fbForPrograms = table.fbForPrograms || table.fSubtype == "ClassEvaluation";
+    document.AddTable(std::move(table));
+  }
+}
+
 }  // namespace
 
 std::string ModelCommand(const MCHost::ITable& table, const ModelRequest& request) {
@@ -58,9 +71,15 @@ std::string ModelCommand(const MCHost::ITable& table, const ModelRequest& reques
                      ExceptSubcommand(table, request.fExcept) + "\n  /SCREENING STATUS=ON" +
                      (screening.empty() ? "" : " " + screening) + sample +
                      Subset(table, request, !sample.empty());
+  if (request.fFolds > 0) {
+    text += "\n  /CROSSVALIDATION FOLDS=" + std::to_string(request.fFolds) +
+            " REPEATS=" + std::to_string(request.fRepeats) +
+            " SEED=" + std::to_string(request.fSeed);
+  }
   if (request.fbSavePredictions) text += "\n  /SAVE PREDVAL PREDPROB";
   if (!request.fPmml.empty()) text += "\n  /OUTFILE MODEL=" + InQuotes(request.fPmml);
-  return text + "\n  /CRITERIA TIMER=0\n  /PRINT EXCLUDED SUMMARY CLASSIFICATION.\n";
+  return text + "\n  /CRITERIA TIMER=0\n  /PRINT EXCLUDED SUMMARY CLASSIFICATION" +
+         (sample.empty() ? "" : " EVALUATION") + ".\n";
 }
 
 Outcome BuildModel(MCHost::DataTable& table, MCHost::OutputDocument& document,
@@ -83,6 +102,7 @@ Outcome BuildModel(MCHost::DataTable& table, MCHost::OutputDocument& document,
   MCHost::Session session(table, document);
   const MCHost::SessionScope scope(session);
   ShowModelSummary(found);
+  ShowEvaluationOf(run, document);
   if (summary != nullptr) *summary = std::move(found);
   return outcome;
 }

@@ -12,12 +12,16 @@ namespace PredSelect {
 struct ModelRequest {
   std::string fTarget{};
   std::vector<std::string> fExcept{};  // are no predictors
-  double fTest = 0.3;                  // share of the cases that test the model; 0: none do
-  std::string fTrainingColumn{};       // is 1 in the cases that train it, instead of a share
-  int fPredictors = 0;                 // at most so many; 0: as many as serve it
-  bool fbSavePredictions = false;      // as new variables of the table
-  std::string fPmml{};                 // file of the model; empty for none
-  RunRequest fRun{};                   // all but its commands: state, memory, files in use
+  // Share of the cases that test the model; 0: none do, as where it is cross-validated.
+  double fTest = 0.3;
+  std::string fTrainingColumn{};   // is 1 in the cases that train it, instead of a share
+  int fFolds = 0;                  // to cross-validate with; 0: it is not
+  int fRepeats = 1;                // of it, with other folds each time
+  int fSeed = 1;                   // of the folds
+  int fPredictors = 0;             // at most so many; 0: as many as serve it
+  bool fbSavePredictions = false;  // as new variables of the table
+  std::string fPmml{};             // file of the model; empty for none
+  RunRequest fRun{};               // all but its commands: state, memory, files in use
 };
 
 // Numbers that do not apply are missing values.
@@ -59,10 +63,11 @@ struct ModelSummary {
 std::string ModelCommand(const MCHost::ITable& table, const ModelRequest& request);
 
 // Builds the model after screening, and shows the tables ChosenPredictors, Accuracy and
-// WorstConfusions, flat, and for programs ConfusionMatrix, in a run "model" of the document, whose
-// data source is the caller's to name. They go to `summary`, too, unless it is null or the
-// operation does not complete. Throws RequestError as ModelCommand does, and what RunCommands
-// throws. REQUIRES: the table was prepared.
+// WorstConfusions, flat, and for programs ConfusionMatrix; of a test sample also Evaluation, and
+// for programs ClassEvaluation and Calibration; in a run "model" of the document, whose data source
+// is the caller's to name. They go to `summary`, too, unless it is null or the operation does not
+// complete. Throws RequestError as ModelCommand does, and what RunCommands throws. REQUIRES: the
+// table was prepared.
 Outcome BuildModel(MCHost::DataTable& table, MCHost::OutputDocument& document,
                    const ModelRequest& request, const Surroundings& surroundings,
                    ModelSummary* summary = nullptr);

@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <numeric>
 #include <vector>
 
 #include "common/Workers.h"
@@ -13,7 +14,9 @@
 #include "operations/ColumnSummary.h"
 #include "operations/DescriptionFindings.h"
 #include "operations/DocumentParts.h"
+#include "operations/MissingPatterns.h"
 #include "operations/ShowDescription.h"
+#include "operations/ShowMissingPatterns.h"
 
 namespace PredSelect {
 
@@ -23,18 +26,27 @@ constexpr std::size_t kStepsACell = 10;
 
 // What one pass over the table has seen.
 struct Pass {
+  explicit Pass(const std::vector<const KOVA_Variable*>& variables) : fPatterns(variables) {
+    for (const KOVA_Variable* variable : variables) fSummaries.emplace_back(*variable);
+  }
+
   std::vector<ColumnSummary> fSummaries;
+  MissingPatterns fPatterns;
   std::int64_t fNCases = 0;
   bool fbWhole = true;  // false when the user stopped it
 };
 
-Pass Summarize(MCHost::ITable& table, const Surroundings& surroundings) {
-  Pass pass;
-  std::vector<int> columns;
-  for (int i = 0; i < table.ColumnCount(); ++i) {
-    pass.fSummaries.emplace_back(table.GetVariable(i));
-    columns.push_back(i);
-  }
+std::vector<const KOVA_Variable*> VariablesOf(const MCHost::ITable& table) {
+  std::vector<const KOVA_Variable*> variables;
+  for (int i = 0; i < table.ColumnCount(); ++i) variables.push_back(&table.GetVariable(i));
+  return variables;
+}
+
+Pass Summarize(MCHost::ITable& table, const std::vector<const KOVA_Variable*>& variables,
+               const Surroundings& surroundings) {
+  Pass pass(variables);
+  std::vector<int> columns(variables.size());
+  std::iota(columns.begin(), columns.end(), 0);
   MCCommon::Workers workers(surroundings.fThreads);
   const std::unique_ptr<MCHost::ITableScan> scan = table.Scan(columns);
   while (const MCHost::TableBatch* batch = scan->Next()) {
@@ -44,6 +56,7 @@ Pass Summarize(MCHost::ITable& table, const Surroundings& surroundings) {
       pass.fSummaries[j].Observe(batch->fColumns[j], batch->fNCases);
     };
     workers.For(columns.size() * batch->fNCases * kStepsACell).ForEach(columns.size(), observe);
+    pass.fPatterns.Observe(*batch, workers);
     pass.fNCases += static_cast<std::int64_t>(batch->fNCases);
   }
   for (ColumnSummary& summary : pass.fSummaries) summary.Finish();
@@ -57,14 +70,17 @@ Outcome DescribeTable(MCHost::ITable& table, MCHost::OutputDocument& document,
   MCHost::Session session(table, document);
   const MCHost::SessionScope scope(session);
   MCHost::OutputRun& run = document.BeginRun("describe");
-  const Pass pass = Summarize(table, surroundings);
+  const std::vector<const KOVA_Variable*> variables = VariablesOf(table);
+  const Pass pass = Summarize(table, variables, surroundings);
   RecordData(document, pass.fNCases, table.ColumnCount());
   if (!pass.fbWhole) return Outcome::kCancelled;
   const auto nShown =
       static_cast<std::size_t>(request.fTop > 0 ? request.fTop : table.ColumnCount());
-  ShowDescription(pass.fSummaries, static_cast<double>(pass.fNCases), nShown);
+  const auto nCases = static_cast<double>(pass.fNCases);
+  ShowDescription(pass.fSummaries, nCases, nShown);
+  ShowMissingPatterns(pass.fPatterns, variables, nCases);
   if (document.fbFindings) {
-    run.fFindings = DescriptionFindings(pass.fSummaries, static_cast<double>(pass.fNCases));
+    run.fFindings = DescriptionFindings(pass.fSummaries, pass.fPatterns, nCases);
   }
   run.fbCompleted = true;
   return Outcome::kCompleted;

@@ -3,7 +3,9 @@
 #include "host/data/MeasurementLevels.h"
 #include "operations/ColumnSummary.h"
 #include "operations/FindingsParts.h"
+#include "operations/MissingPatterns.h"
 #include "operations/ShowDescription.h"
+#include "operations/ShowMissingPatterns.h"
 
 namespace PredSelect {
 
@@ -57,11 +59,23 @@ Json Described(const ColumnSummary& summary) {
   return json;
 }
 
+Json Patterns(const MissingPatterns& patterns) {
+  Json rows = Json::array();
+  for (const MissingPatterns::Pattern& pattern : patterns.MostFrequent(kShownPatterns)) {
+    rows.push_back(
+        {{"cases", pattern.fNCases}, {"more", pattern.fNMore}, {"missing", pattern.fColumns}});
+  }
+  return {{"rows", std::move(rows)},
+          {"distinct", patterns.IsExact() ? Json(patterns.Count()) : Json(nullptr)}};
+}
+
 }  // namespace
 
-std::string DescriptionFindings(const std::vector<ColumnSummary>& summaries, double nCases) {
+std::string DescriptionFindings(const std::vector<ColumnSummary>& summaries,
+                                const MissingPatterns& patterns, double nCases) {
   Json json = {{"kind", "description"}, {"cases", nCases}, {"variables", Json::array()}};
   for (const ColumnSummary& summary : summaries) json["variables"].push_back(Described(summary));
+  json["patterns"] = Patterns(patterns);
   return TextOf(json);
 }
 

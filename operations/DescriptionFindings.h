@@ -7,8 +7,10 @@
 namespace PredSelect {
 
 class ColumnSummary;
+class MissingPatterns;
 
 // As JSON text: docs/report.md. REQUIRES: the summaries are finished.
-std::string DescriptionFindings(const std::vector<ColumnSummary>& summaries, double nCases);
+std::string DescriptionFindings(const std::vector<ColumnSummary>& summaries,
+                                const MissingPatterns& patterns, double nCases);
 
 }  // namespace PredSelect

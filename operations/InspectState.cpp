@@ -16,6 +16,7 @@
 #include "host/output/pivot/BpString.h"
 #include "host/session/Session.h"
 #include "host/session/SessionScope.h"
+#include "host/text/CsvText.h"
 #include "modelfiles/ComponentFile.h"
 #include "naivebayes/NBAlgorithm.h"
 #include "operations/DocumentParts.h"
@@ -240,6 +241,17 @@ void ShowFeature(const ComponentFile& file) {
   ShowRanking(*file.fpFeature, names);
 }
 
+// Empty for none.
+std::string CalibrationText(const INBAlgorithm& component) {
+  const auto* model = dynamic_cast<const NBAlgorithm*>(&component);
+  const NBCalibration calibration = model == nullptr ? NBCalibration() : model->GetCalibration();
+  if (calibration.GetMethod() == NBCalibration::kNone) return "";
+  if (calibration.GetMethod() == NBCalibration::kIsotonic) return "isotonic";
+  std::string text = "temperature ";
+  MCHost::AppendNumber(text, calibration.GetTemperature());
+  return text;
+}
+
 void ShowNaiveFacts(const INBAlgorithm& component) {
   const NBVarList& variables = component.GetVarList();
   double valid = 0.0;
@@ -253,6 +265,9 @@ void ShowNaiveFacts(const INBAlgorithm& component) {
   facts.Add("Dependent variable",
             variables.GetVarAt(variables.GetTargetIndex())->GetVariableName());
   facts.Add("Predictors of the model", component.GetNumberOfInputVars());
+  if (const std::string text = CalibrationText(component); !text.empty()) {
+    facts.Add("Calibration", text);
+  }
   facts.Add("Valid cases", nValid);
   facts.Add("Excluded cases", nExcluded);
   facts.Add("Valid weight", valid);

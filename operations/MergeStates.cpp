@@ -8,6 +8,7 @@
 #include "feature/FSSettings.h"
 #include "feature/accumulators/FSCategoryMaps.h"
 #include "modelfiles/ComponentFile.h"
+#include "naivebayes/NBAlgorithm.h"
 #include "operations/RequestError.h"
 
 namespace PredSelect {
@@ -105,7 +106,17 @@ void AddFeature(ComponentFile& into, const ComponentFile& from, const std::strin
   into.fDictionary = std::move(dictionary);
 }
 
+bool IsCalibrated(const INBAlgorithm& model) {
+  const auto* built = dynamic_cast<const NBAlgorithm*>(&model);
+  return built != nullptr && built->GetCalibration().GetMethod() != NBCalibration::kNone;
+}
+
 void AddNaive(ComponentFile& into, const ComponentFile& from, const std::string& name) {
+  if (IsCalibrated(*into.fpNaive) || IsCalibrated(*from.fpNaive)) {
+    throw RequestError(name +
+                       " cannot be merged: a calibrated model is among them, and the calibration "
+                       "would not be that of the whole.");
+  }
   const MCNaive::MCStatus status = into.fpNaive->MergeModel(from.fpNaive.get(), true);
   if (!status.IsError()) return;
   if (status.GetErrorCode() == MCNaive::kNoMemory) throw std::bad_alloc();

@@ -12,11 +12,14 @@ namespace PredSelect {
 
 namespace {
 
-int FindColumn(const MCHost::ITable& table, const std::string& name) {
+constexpr const char* kForModel = ", which the model needs";
+constexpr const char* kForTarget = ", which the model predicts";
+
+int FindColumn(const MCHost::ITable& table, const std::string& name, const char* what) {
   for (int i = 0; i < table.ColumnCount(); ++i) {
     if (table.GetVariable(i).GetName() == name) return i;
   }
-  throw RequestError(NoVariable(table, name, ", which the model needs"));
+  throw RequestError(NoVariable(table, name, what));
 }
 
 bool HoldsTexts(const INBVariable& variable) {
@@ -61,31 +64,44 @@ class ModelCases::KindCheck final : public UAProcDataSourceIter {
   std::string fRefusal;
 };
 
-ModelCases::ModelCases(const NBVarList& variables, ProcedureDataSource& source)
+ModelCases::ModelCases(const NBVarList& variables, ProcedureDataSource& source, Columns columns)
     : fNVariables(static_cast<std::size_t>(variables.Size())) {
-  std::vector<int> columns;
   for (int position = 0; position < variables.Size(); ++position) {
     const INBVariable& variable = *variables.GetVarAt(position);
     if (variable.GetVariableRole() != INBVariable::kInput) continue;
-    columns.push_back(FindColumn(source.Table(), variable.GetVariableName()));
-    fPositions.push_back(position);
-    (void)fSpecs.AddVariable(columns.back(),
-                             variable.GetMeasureLevel() != INBVariable::kContinuous);
+    AddColumn(variable, FindColumn(source.Table(), variable.GetVariableName(), kForModel),
+              position);
+  }
+  if (columns == Columns::kInputsAndTarget) {
+    const int position = variables.GetTargetIndex();
+    const INBVariable& target = *variables.GetVarAt(position);
+    fTarget = static_cast<int>(fColumns.size());
+    AddColumn(target, FindColumn(source.Table(), target.GetVariableName(), kForTarget), position);
+    (void)fSpecs.SetWeightVar();
   }
   fpAdapter = std::make_unique<UAInputAdapter>(&fSpecs, source);
   fpStream = std::make_unique<KindCheck>(*fpAdapter);
-  for (std::size_t j = 0; j < columns.size(); ++j) {
+  FixCategories(variables, source);
+  if (fpStream->NewPass()) fpStream->SetLastPass();
+}
+
+void ModelCases::AddColumn(const INBVariable& variable, int column, int position) {
+  fColumns.push_back(column);
+  fPositions.push_back(position);
+  (void)fSpecs.AddVariable(column, variable.GetMeasureLevel() != INBVariable::kContinuous);
+}
+
+void ModelCases::FixCategories(const NBVarList& variables, const ProcedureDataSource& source) {
+  for (std::size_t j = 0; j < fColumns.size(); ++j) {
     const INBVariable& variable = *variables.GetVarAt(fPositions[j]);
-    const bool isWrong = HoldsTexts(variable) == source.GetVariable(columns[j]).IsNumeric();
-    if (isWrong) fpStream->Refuse(columns[j], variable);
-    if (isWrong) {
-      fpAdapter->FixCategories(static_cast<int>(j), {});
-    } else if (variable.GetMeasureLevel() != INBVariable::kContinuous) {
-      fpAdapter->FixCategories(static_cast<int>(j), CategoriesOf(variable),
-                               MissingValuesOf(variable));
+    const auto recordVar = static_cast<int>(j);
+    if (HoldsTexts(variable) == source.GetVariable(fColumns[j]).IsNumeric()) {
+      fpStream->Refuse(fColumns[j], variable);
+      fpAdapter->FixCategories(recordVar, {});
+    } else if (variable.GetMeasureLevel() != INBVariable::kContinuous && recordVar != fTarget) {
+      fpAdapter->FixCategories(recordVar, CategoriesOf(variable), MissingValuesOf(variable));
     }
   }
-  if (fpStream->NewPass()) fpStream->SetLastPass();
 }
 
 ModelCases::~ModelCases() = default;
@@ -97,10 +113,22 @@ const MCCommon::RecordBlock& ModelCases::NextBlock(std::size_t maxCases) {
   if (fpStream->GetFailure() != nullptr) throw MCHost::HostIOError(*fpStream->GetFailure());
   if (!fpStream->Refusal().empty()) throw RequestError(fpStream->Refusal());
   fBlock.Reset(fNVariables, block.Cases());
-  for (std::size_t j = 0; j < block.Columns(); ++j) {
+  for (std::size_t j = 0; j < fPositions.size(); ++j) {
     fBlock.SetColumn(static_cast<std::size_t>(fPositions[j]), block.Column(j));
   }
+  const int weight = fSpecs.GetWeightPosition();
+  const bool isWeighted = weight >= 0 && block.Cases() > 0;
+  fpWeights = isWeighted ? block.Column(static_cast<std::size_t>(weight)) : nullptr;
   return fBlock;
+}
+
+int ModelCases::TargetValues() const {
+  return fpAdapter->GetCatVarSize(fColumns[static_cast<std::size_t>(fTarget)]);
+}
+
+KOVA_Value ModelCases::TargetValue(int code) const {
+  int column = -1;
+  return fpAdapter->DecodeCatValue(fTarget, code, column);
 }
 
 }  // namespace PredSelect

@@ -22,12 +22,17 @@ namespace PredSelect {
 
 class ModelCases {
  public:
-  // Throws RequestError when the table lacks a predictor of the model; HostIOError.
-  ModelCases(const NBVarList& variables, ProcedureDataSource& source);
+  enum class Columns { kInputs, kInputsAndTarget };
+
+  // Throws RequestError when the table lacks a predictor of the model, or the target where it is
+  // asked for; HostIOError.
+  ModelCases(const NBVarList& variables, ProcedureDataSource& source,
+             Columns columns = Columns::kInputs);
   ~ModelCases();
 
   // The next cases, at most `maxCases`, in a block without cases at the end: a column per variable
-  // of the model's list, of which only those of its inputs are there. Throws RequestError for a
+  // of the model's list, of which only those asked for are there. Categories of the target are
+  // numbered as they come: TargetValue says what they are. Throws RequestError for a
   // text where the model has numbers, or the other way round (a column without any value may be of
   // either kind); HostIOError.
   const MCCommon::RecordBlock& NextBlock(std::size_t maxCases);
@@ -35,11 +40,23 @@ class ModelCases {
   // The stream that gave the block, in its last pass.
   UAProcDataSourceIter& Stream();
 
+  // Of the cases of the block, beside a target: their weights, null where the data have none.
+  const double* Weights() const { return fpWeights; }
+  // How many values of the target were met, and what a code of it stands for.
+  int TargetValues() const;
+  KOVA_Value TargetValue(int code) const;
+
  private:
   class KindCheck;
 
+  void AddColumn(const INBVariable& variable, int column, int position);
+  void FixCategories(const NBVarList& variables, const ProcedureDataSource& source);
+
   UAVarValidSpecs fSpecs{true, false, true};
   std::vector<int> fPositions;  // in the model's list, by column of the stream's records
+  std::vector<int> fColumns;    // of the table, likewise
+  int fTarget = -1;             // column of the records, -1 where it is not asked for
+  const double* fpWeights = nullptr;
   std::unique_ptr<UAInputAdapter> fpAdapter;
   std::unique_ptr<KindCheck> fpStream;
   MCCommon::RecordBlock fBlock;

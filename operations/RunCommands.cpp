@@ -34,6 +34,7 @@ class RunSession : public MCHost::Session {
     SetAppParams(surroundings.fApplication);
     SetTempPath(surroundings.fTempPath);
     SetThreads(surroundings.fThreads);
+    fStateKey = surroundings.fStateKey;
     SetCancelQuery(surroundings.fIsCancelled);
     SetProgressListener(surroundings.fReportProgress);
   }
@@ -41,6 +42,10 @@ class RunSession : public MCHost::Session {
   double MemoryForCases() override {
     fbMemoryTaken = true;
     return fRequest.fMemory;
+  }
+  MCHost::CalibrationWish Calibration() override {
+    fbCalibrationTaken = true;
+    return fRequest.fCalibration;
   }
   void SetMacro(const std::string& name, const std::vector<std::string>& values) override {
     Session::SetMacro(name, values);
@@ -60,6 +65,7 @@ class RunSession : public MCHost::Session {
     fDocument.CurrentRun().fFindings = FindingsText(findings, &Table());
   }
   std::string StatePath() const override { return fbLast ? fRequest.fStatePath : ""; }
+  std::string StateKey() const override { return fStateKey; }
   std::string ResultsPrefix() const override {
     if (fRequest.fResultsFolder.empty()) return "";
     return fRequest.fResultsFolder + "/" + std::to_string(fDocument.GetRuns().size()) + "-";
@@ -87,11 +93,13 @@ class RunSession : public MCHost::Session {
 
   bool fbLast = false;         // the last command is being run: its state is saved
   bool fbMemoryTaken = false;  // some command has asked for it
-  bool fbFileLost = false;     // is all that the command failed in
+  bool fbCalibrationTaken = false;
+  bool fbFileLost = false;  // is all that the command failed in
 
  private:
   MCHost::OutputDocument& fDocument;
   const RunRequest& fRequest;
+  std::string fStateKey;
 };
 
 // The last command is the one whose model is exported.
@@ -118,9 +126,20 @@ Outcome RunOne(const MCHost::CommandText& command, RunSession& session, DataTabl
   return session.fbFileLost ? Outcome::kFileLost : Outcome::kCommandError;
 }
 
-void ReportIdleMemory(RunSession& session) {
+void ReportIdle(RunSession& session, const char* what) {
   const MCHost::SessionScope scope(session);
-  MCHost::RaiseMessage(MCHost::OutputMessage::kWarning, "Memory for cases has no effect...");
+  MCHost::RaiseMessage(MCHost::OutputMessage::kWarning, what);
+}
+
+// Of what was asked for, what no command has taken.
+void ReportIdleWishes(RunSession& session, const RunRequest& request) {
+  if (request.fMemory > 0.0 && !session.fbMemoryTaken) {
+    ReportIdle(session, "Memory for cases has no effect...");
+  }
+  const bool isCalibrated = request.fCalibration.fMethod != MCHost::CalibrationWish::kNone;
+  if (isCalibrated && !session.fbCalibrationTaken) {
+    ReportIdle(session, "Calibration has no effect...");
+  }
 }
 
 }  // namespace
@@ -152,8 +171,7 @@ Outcome RunCommands(DataTable& table, MCHost::OutputDocument& document, const Ru
   }
   if (session.IsCancelled()) return Outcome::kCancelled;
   outputs.Commit();
-  const bool isIdle = isDone && request.fMemory > 0.0 && !session.fbMemoryTaken;
-  if (outcome == Outcome::kCompleted && isIdle) ReportIdleMemory(session);
+  if (outcome == Outcome::kCompleted && isDone) ReportIdleWishes(session, request);
   return outcome;
 }
 

@@ -32,6 +32,8 @@ struct RunRequest {
   std::vector<MCHost::CommandPlan>* fpPlans = nullptr;
   // The model of the last command, as a file for other programs; no file: not wanted.
   ExportRequest fExport{};
+  // How the models' probabilities are calibrated. A warning says so where no command builds one.
+  MCHost::CalibrationWish fCalibration{};
 };
 
 // Throws MCHost::HostIOError where the state, the result documents or the exported model could not

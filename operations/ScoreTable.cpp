@@ -28,6 +28,7 @@
 #include "operations/RequestError.h"
 #include "operations/ScoreFindings.h"
 #include "operations/ScoringDrift.h"
+#include "operations/UnseenClasses.h"
 
 namespace PredSelect {
 
@@ -121,7 +122,7 @@ void Report(const Surroundings& surroundings, std::size_t cases) {
 
 // False when the user stopped it.
 bool Score(const INBAlgorithm& model, ProcedureDataSource& source, const Surroundings& surroundings,
-           Predictions& predictions, ModelCases& cases, DriftCounter& drift,
+           Predictions& predictions, ModelCases& cases, DriftCounter& drift, UnseenClasses& unseen,
            ScoreFindings* findings) {
   const KOVA_Variable& predicted = source.GetVariable(predictions.fPredicted);
   predictions.fWriter.emplace(predictions.fPredicted, predictions.fCategories, predicted.GetType(),
@@ -141,6 +142,7 @@ bool Score(const INBAlgorithm& model, ProcedureDataSource& source, const Surroun
                                scored.GetWinners(), scored.GetProbabilities());
     if (predictions.fExplained) predictions.fExplained->Store(block, scored, cases);
     drift.Count(block, scored);
+    unseen.Count(scored);
     if (findings != nullptr) findings->Count(scored);
     done += block.Cases();
     Report(surroundings, done);
@@ -211,8 +213,9 @@ Outcome ScoreTable(DataTable& table, const INBAlgorithm& model, MCHost::OutputDo
   AddProbabilities(source, request.fProbabilities, target, predictions);
   AddExplanation(source, request.fExplained, model, predictions);
   DriftCounter counter(model);
+  UnseenClasses unseen(model);
   ScoreFindings findings(target);
-  if (!Score(model, source, surroundings, predictions, cases, counter,
+  if (!Score(model, source, surroundings, predictions, cases, counter, unseen,
              document.fbFindings ? &findings : nullptr)) {
     return Outcome::kCancelled;
   }
@@ -220,6 +223,7 @@ Outcome ScoreTable(DataTable& table, const INBAlgorithm& model, MCHost::OutputDo
   RecordNewVariables(table, before, run);
   ShowCounts(table, predictions, counter.Drift());
   ShowDrift(counter.Drift());
+  unseen.Show();
   if (drift != nullptr) *drift = counter.Drift();
   run.fbCompleted = true;
   return Outcome::kCompleted;

@@ -36,19 +36,19 @@ std::string Remedy(const std::string& path) {
 
 }  // namespace
 
-ComponentFile LoadState(const std::string& path) {
+ComponentFile LoadState(const std::string& path, const std::string& key) {
   ComponentFile state;
   std::string place;
-  const std::string trouble = ReadComponentFile(path, state, &place);
+  const std::string trouble = ReadComponentFile(path, state, &place, key);
   if (!trouble.empty()) {
     throw MCHost::HostIOError(path, place, "cannot be used as a state: " + trouble + Remedy(path));
   }
   return state;
 }
 
-void SaveState(const ComponentFile& state, const std::string& path) {
+void SaveState(const ComponentFile& state, const std::string& path, const std::string& key) {
   MCHost::WriteWhole(path, [&](const std::string& temporary) {
-    return Write(state, temporary, {IsXMLStateName(path)});
+    return Write(state, temporary, {IsXMLStateName(path), key});
   });
 }
 

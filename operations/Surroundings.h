@@ -15,6 +15,7 @@ namespace PredSelect {
 struct Surroundings {
   // Named in the files that are written; an empty copyright stands for the library's own.
   MCHost::AppParams fApplication{"PredSelect", Version(), ""};
+  std::string fStateKey{};         // that saved states are signed with; empty for no signature
   std::string fTempPath = "/tmp";  // of temporary files, without a trailing separator
   int fThreads = 1;  // that a job may use, the caller's among them; no result depends on it
   std::function<bool()> fIsCancelled;  // true once the user wants to stop; must be cheap

@@ -22,6 +22,7 @@
 #include "operations/RunCommands.h"
 #include "operations/ScoreTable.h"
 #include "operations/StateFile.h"
+#include "operations/StateKey.h"
 
 namespace PredSelectApp {
 
@@ -88,7 +89,8 @@ int DryRun(const Options& options) {
   ProgressLine progress(WantsProgress(options.fResult));
   std::unique_ptr<ComponentFile> state;
   if (options.fAction == Options::kScore) {
-    state = std::make_unique<ComponentFile>(PredSelect::LoadState(options.fStates.front()));
+    state = std::make_unique<ComponentFile>(PredSelect::LoadState(
+        options.fStates.front(), PredSelect::ReadStateKey(options.fVerifyKey)));
     (void)PredSelect::ModelOf(*state, options.fStates.front());
   }
   const std::unique_ptr<MCHost::DataTable> table = OpenTable(data, progress);

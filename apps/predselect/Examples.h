@@ -52,6 +52,11 @@ constexpr const char* kScoreExamples = R"(Examples:
     --drift drift.csv
   predselect score --model model.bin new.csv --explain 5 --save-data why.csv)";
 
+constexpr const char* kEvaluateExamples = R"(Examples:
+  predselect model old.csv churn --save-model model.bin
+  predselect evaluate --model model.bin new.csv
+  predselect evaluate --model model.bin new.csv --weight n -o measures.csv)";
+
 constexpr const char* kRunExamples = R"(Examples:
   predselect run penguins.csv -c "SELECTPRED species"
   predselect run survey.parquet --weight n --stream -f commands.txt

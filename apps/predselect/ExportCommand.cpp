@@ -6,12 +6,14 @@
 #include "operations/ModelFile.h"
 #include "operations/ScoreTable.h"
 #include "operations/StateFile.h"
+#include "operations/StateKey.h"
 
 namespace PredSelectApp {
 
 int ExportModel(const Options& options) {
   const std::string& path = options.fStates.front();
-  const ComponentFile state = PredSelect::LoadState(path);
+  const ComponentFile state =
+      PredSelect::LoadState(path, PredSelect::ReadStateKey(options.fVerifyKey));
   for (const std::string& note :
        PredSelect::WriteModelFile(PredSelect::ModelOf(state, path), options.fExport)) {
     if (!options.fResult.fbQuiet) PrintError("Note: " + note);

@@ -18,6 +18,8 @@ std::vector<FileUse> FilesOf(const Options& options) {
   std::vector<FileUse> files = {
       {options.fData.fSchema, "--schema", "the schema", false},
       {options.fCommandFile, "--file", "the commands", false},
+      {options.fSignKey, "--sign-key", "the key", false},
+      {options.fVerifyKey, "--verify-key", "the key", false},
       {options.fResult.fFile, "--output", "the output", true},
       {options.fSaveState, options.fAction == Options::kModel ? "--save-model" : "--save-state",
        "the state", true},

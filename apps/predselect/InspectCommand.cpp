@@ -7,12 +7,13 @@
 #include "apps/predselect/Terminal.h"
 #include "operations/InspectState.h"
 #include "operations/StateFile.h"
+#include "operations/StateKey.h"
 
 namespace PredSelectApp {
 
 int InspectState(const Options& options) {
   const std::string& path = options.fStates.front();
-  ComponentFile state = PredSelect::LoadState(path);
+  ComponentFile state = PredSelect::LoadState(path, PredSelect::ReadStateKey(options.fVerifyKey));
   ProgressLine progress(false);
   LiveOutput document(options.fResult, progress, path);
   PredSelect::InspectState(state, document, {options.fbWeights});

@@ -14,7 +14,8 @@
 namespace PredSelectApp {
 
 bool LiveOutput::WantsFindings(const ResultOptions& options) {
-  return options.fFormat == MCHost::FileFormat::kHtml;
+  return options.fFormat == MCHost::FileFormat::kHtml ||
+         options.fFormat == MCHost::FileFormat::kJson;
 }
 
 void LiveOutput::AddMessage(MCHost::OutputMessage message) {

@@ -25,6 +25,7 @@ PredSelect::ModelRequest RequestOf(const Options& options) {
   request.fbSavePredictions = !options.fSave.fFile.empty();
   request.fRun.fStatePath = options.fSaveState;
   request.fRun.fExport = options.fExport;
+  request.fRun.fCalibration = options.fCalibration;
   return request;
 }
 

@@ -202,6 +202,22 @@ std::string IsStateName(const std::string& name) {
   return "\"" + name + "\": a state file is named .bin or .xml";
 }
 
+void AddSignKey(CLI::App& command, Options& options, CLI::Option* saved) {
+  command
+      .add_option("--sign-key", options.fSignKey,
+                  "Sign the file of " + saved->get_name(false, true) +
+                      " with the key in this file: 16 bytes or more that nobody else may read")
+      ->type_name("FILE")
+      ->needs(saved);
+}
+
+void AddVerifyKey(CLI::App& command, Options& options) {
+  command
+      .add_option("--verify-key", options.fVerifyKey,
+                  "Take only states that were signed with the key in this file")
+      ->type_name("FILE");
+}
+
 void AddState(CLI::App& command, const std::string& name, Options& options, bool several) {
   InGroup(command, kDataGroup);
   command
@@ -212,6 +228,7 @@ void AddState(CLI::App& command, const std::string& name, Options& options, bool
       ->expected(several ? 2 : 1, several ? CLI::detail::expected_max_vector_size : 1)
       ->allow_extra_args(several)
       ->type_name("STATE");
+  AddVerifyKey(command, options);
 }
 
 void AddTarget(CLI::App& command, Options& options, std::string& target,

@@ -77,6 +77,12 @@ CLI::Option* AddSaveOptions(CLI::App& command, const std::string& what, SaveOpti
 // Empty, or why a state cannot be saved under the name.
 std::string IsStateName(const std::string& name);
 
+// The key that the file of `saved` is signed with.
+void AddSignKey(CLI::App& command, Options& options, CLI::Option* saved);
+
+// The key that states must be signed with.
+void AddVerifyKey(CLI::App& command, Options& options);
+
 // The state or states that a verb starts from.
 void AddState(CLI::App& command, const std::string& name, Options& options, bool several);
 

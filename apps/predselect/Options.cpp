@@ -154,6 +154,7 @@ struct CommandLine {
                 {AddRank(fApp, options), Options::kRank},
                 {AddModel(fApp, options), Options::kModel},
                 {AddScore(fApp, options), Options::kScore},
+                {AddEvaluate(fApp, options), Options::kEvaluate},
                 {AddRun(fApp, options), Options::kRun},
                 {AddInspect(fApp, options), Options::kInspect},
                 {AddMerge(fApp, options), Options::kMerge},

@@ -53,7 +53,7 @@ struct ResultOptions {
 };
 
 struct Options {
-  enum Action { kNone, kRun, kRank, kModel, kDescribe, kInspect, kScore, kMerge, kExport, kView };
+  enum Action { kNone, kRun, kRank, kModel, kDescribe, kInspect, kScore, kEvaluate, kMerge, kExport, kView };
   static constexpr double kAutoMemory = -1.0;
 
   Action fAction = kNone;
@@ -65,12 +65,15 @@ struct Options {
   std::string fSaveState;                  // run: empty for none; merge: the merged component
   std::string fResults;                    // run: directory of the result documents, empty for none
   std::string fCharts;                     // run: directory of the charts' files, empty for none
-  std::vector<std::string> fStates;        // export, inspect and score: one; merge: two or more
+  std::string fSignKey;                    // file of the key that it is signed with, empty for none
+  std::string fVerifyKey;                  // the same of the key that fStates must be signed with
+  std::vector<std::string> fStates;        // export, inspect, score and evaluate: one; merge: more
   bool fbAllowEqual = false;               // merge: states of the same counts are taken, too
   PredSelect::ScoreRequest fScore;
   bool fbWeights = false;  // inspect: the tables of a model, too
   std::string fDrift;      // score: file of what differs from the training data, empty for none
-  PredSelect::ExportRequest fExport;  // export, model and run: no file for none
+  MCHost::CalibrationWish fCalibration;  // model and run
+  PredSelect::ExportRequest fExport;     // export, model and run: no file for none
   double fMemory = 0.0;  // run and model: kilobytes for cases, 0 for as they say themselves
   int fThreads = 0;      // all but inspect and merge: 0 for as many as there are processors
   PredSelect::DescribeRequest fDescribe;

@@ -6,6 +6,7 @@
 #include "apps/predselect/Options.h"
 #include "apps/predselect/ProgressLine.h"
 #include "operations/AvailableThreads.h"
+#include "operations/StateKey.h"
 
 namespace PredSelectApp {
 
@@ -18,6 +19,7 @@ PredSelect::Surroundings ProgramSurroundings(const Options& options, ProgressLin
   // A folder that is not there is complained of when something needs it.
   const char* folder = std::getenv("TMPDIR");
   if (folder != nullptr && *folder != '\0') surroundings.fTempPath = folder;
+  surroundings.fStateKey = PredSelect::ReadStateKey(options.fSignKey);
   surroundings.fThreads = ThreadsOf(options);
   surroundings.fIsCancelled = IsInterrupted;
   surroundings.fReportProgress = [&progress](const std::string& text) { progress.Show(text); };

@@ -49,12 +49,14 @@ int RunCommands(const Options& options) {
   const SaveTable saved(*table, options.fSave);
 
   LiveOutput document(options.fResult, progress, options.fData.fFile);
+  // A document of commands holds what they show, and nothing besides.
+  document.fbFindings = options.fResult.fFormat == MCHost::FileFormat::kHtml;
   document.ShowNotes(*table);
   const PredSelect::Outcome outcome =
       PredSelect::RunCommands(*table, document,
                               {commands, options.fSaveState, options.fResults,
                                [&options](const std::string& path) { return UseOf(path, options); },
-                               MemoryOf(options), nullptr, options.fExport},
+                               MemoryOf(options), nullptr, options.fExport, options.fCalibration},
                               ProgramSurroundings(options, progress));
   progress.Clear();
   document.ShowNotes(*table);

@@ -6,6 +6,7 @@
 
 #include "apps/predselect/Examples.h"
 #include "apps/predselect/OptionGroups.h"
+#include "naivebayes/validation/NBCrossValidation.h"
 #include "operations/ModelFile.h"
 
 namespace PredSelectApp {
@@ -31,6 +32,21 @@ void AddExportFile(CLI::App& command, Options& options) {
       ->type_name("FILE");
 }
 
+void AddCalibration(CLI::App& command, MCHost::CalibrationWish& wish) {
+  using MCHost::CalibrationWish;
+  AddChoice<CalibrationWish::Method>(
+      command, "--calibrate", wish.fMethod,
+      {{"temperature", CalibrationWish::kTemperature}, {"isotonic", CalibrationWish::kIsotonic}},
+      "Make the model's probabilities hold what they say, by the test cases; without any by "
+      "cross-validation");
+  command
+      .add_option("--calibration-seed", wish.fSeed,
+                  "How training cases are divided for that (default: 1)")
+      ->check(WholeNumber(0))
+      ->type_name("N")
+      ->needs("--calibrate");
+}
+
 }  // namespace
 
 CLI::App* AddDescribe(CLI::App& app, Options& options) {
@@ -45,9 +61,9 @@ CLI::App* AddDescribe(CLI::App& app, Options& options) {
       ->check(WholeNumber(0))
       ->type_name("N");
   AddThreads(*describe, options.fThreads);
-  AddFormat(
-      *describe, options.fResult,
-      {"Dictionary", "MostFrequent", "ScaleVariables", "TimeVariables", "CategoricalVariables"});
+  AddFormat(*describe, options.fResult,
+            {"Dictionary", "MostFrequent", "ScaleVariables", "TimeVariables",
+             "CategoricalVariables", "MissingPatterns"});
   AddResultOptions(*describe, options.fResult);
   describe->footer(kDescribeExamples)->group(kShortVerbs);
   return describe;
@@ -102,20 +118,40 @@ CLI::App* AddModel(CLI::App& app, Options& options) {
                    "Column that is 1 in the cases that train the model; the others test it")
       ->type_name("VAR")
       ->excludes(test);
+  CLI::Option* folds =
+      model
+          ->add_option("--cross-validate", options.fModel.fFolds,
+                       "Instead of test cases: so many folds, each predicted by a model that is "
+                       "selected and built without it")
+          ->check(WholeNumber(2, NBCrossValidation::kMostFolds))
+          ->type_name("FOLDS")
+          ->excludes(test)
+          ->excludes("--training-column");
+  model->add_option("--repeats", options.fModel.fRepeats, "With --cross-validate: so many times")
+      ->check(WholeNumber(1, NBCrossValidation::kMostRepeats))
+      ->capture_default_str()
+      ->type_name("N")
+      ->needs(folds);
+  model->add_option("--seed", options.fModel.fSeed, "With --cross-validate: which folds")
+      ->check(WholeNumber(0))
+      ->capture_default_str()
+      ->type_name("N")
+      ->needs(folds);
   model
       ->add_option("--predictors", options.fModel.fPredictors,
                    "At most so many (default: as many as serve the model)")
       ->check(WholeNumber(1))
       ->type_name("N");
+  AddCalibration(*model, options.fCalibration);
   AddFormat(*model, options.fResult,
-            {"ChosenPredictors", "Accuracy", "ConfusionMatrix", "WorstConfusions"});
+            {"ChosenPredictors", "Accuracy", "ConfusionMatrix", "WorstConfusions", "Evaluation",
+             "ClassEvaluation", "Calibration", "CrossValidation", "SelectionStability", "Folds"});
   AddResultOptions(*model, options.fResult);
   AddSaveOptions(*model, "predictions", options.fSave);
-  model
-      ->add_option("--save-model", options.fSaveState,
-                   "Keep the model for predselect score: .bin or .xml")
-      ->type_name("FILE")
-      ->check(IsStateName);
+  CLI::Option* kept = model->add_option("--save-model", options.fSaveState,
+                                        "Keep the model for predselect score: .bin or .xml");
+  kept->type_name("FILE")->check(IsStateName);
+  AddSignKey(*model, options, kept);
   AddExportFile(*model, options);
   model->add_option("--pmml", options.fModel.fPmml, "Write the model as PMML")->type_name("FILE");
   AddMemory(*model, " that train the model (default: auto)", options.fMemory);
@@ -160,6 +196,21 @@ CLI::App* AddScore(CLI::App& app, Options& options) {
   return score;
 }
 
+CLI::App* AddEvaluate(CLI::App& app, Options& options) {
+  CLI::App* evaluate = app.add_subcommand(
+      "evaluate", "Say how good a saved Naive Bayes model is on data whose target is known");
+  AddState(*evaluate, "--model", options, false);
+  AddDataOptions(*evaluate, options.fData);
+  AddWeight(*evaluate, options.fData);
+  AddThreads(*evaluate, options.fThreads);
+  AddFormat(*evaluate, options.fResult,
+            {"Evaluation", "ClassEvaluation", "ConfusionMatrix", "Calibration", "EvaluatedCases"});
+  AddResultOptions(*evaluate, options.fResult);
+  AddProgress(*evaluate, options.fResult);
+  evaluate->footer(kEvaluateExamples)->group(kShortVerbs);
+  return evaluate;
+}
+
 CLI::App* AddRun(CLI::App& app, Options& options) {
   CLI::App* run = app.add_subcommand("run", "Run commands over a table");
   AddDataOptions(*run, options.fData);
@@ -173,16 +224,19 @@ CLI::App* AddRun(CLI::App& app, Options& options) {
   run->add_option("-f,--file", options.fCommandFile, "File that holds them; - is standard input")
       ->type_name("FILE")
       ->excludes(text);
+  AddCalibration(*run, options.fCalibration);
   AddFormat(*run, options.fResult,
             {"PredictorSummary", "PredictorEffects", "SubsetSummary", "Classification",
-             "SelectedPredictors", "ExcludedPredictors", "CaseProcessingSummary"},
+             "SelectedPredictors", "ExcludedPredictors", "CaseProcessingSummary", "Evaluation",
+             "ClassEvaluation", "Calibration", "CrossValidation", "SelectionStability", "Folds"},
             "PredictorSummary of SELECTPRED, SubsetSummary of NAIVEBAYES");
   AddResultOptions(*run, options.fResult);
   AddSaveOptions(*run, "new variables", options.fSave);
-  run->add_option("--save-state", options.fSaveState,
-                  "Save what the last command's engine has counted: .bin or .xml")
-      ->type_name("FILE")
-      ->check(IsStateName);
+  CLI::Option* state =
+      run->add_option("--save-state", options.fSaveState,
+                      "Save what the last command's engine has counted: .bin or .xml");
+  state->type_name("FILE")->check(IsStateName);
+  AddSignKey(*run, options, state);
   AddExportFile(*run, options);
   run->add_option("--results", options.fResults,
                   "Write rankings and subsets as XML documents into this directory")
@@ -220,10 +274,10 @@ CLI::App* AddMerge(CLI::App& app, Options& options) {
       app.add_subcommand("merge", "Bring together states that were counted over parts of the data");
   AddState(*merge, "STATE", options, true);
   InGroup(*merge, kResultsGroup);
-  merge->add_option("-o,--output", options.fSaveState, "Write the merged state here: .bin or .xml")
-      ->required()
-      ->type_name("FILE")
-      ->check(IsStateName);
+  CLI::Option* merged = merge->add_option("-o,--output", options.fSaveState,
+                                          "Write the merged state here: .bin or .xml");
+  merged->required()->type_name("FILE")->check(IsStateName);
+  AddSignKey(*merge, options, merged);
   merge->add_flag("--allow-equal", options.fbAllowEqual,
                   "Take states that hold the very same counts, too");
   merge->footer(kMergeExamples)->group(kLanguage);
@@ -260,6 +314,7 @@ CLI::App* AddView(CLI::App& app, Options& options) {
       ->required()
       ->expected(1)
       ->type_name("FILE");
+  AddVerifyKey(*view, options);
   view->add_option("-o,--output", options.fResult.fFile, "Write the report here instead")
       ->type_name("FILE");
   view->footer(kViewExamples)->group(kLanguage);

@@ -14,6 +14,7 @@ CLI::App* AddDescribe(CLI::App& app, Options& options);
 CLI::App* AddRank(CLI::App& app, Options& options);
 CLI::App* AddModel(CLI::App& app, Options& options);
 CLI::App* AddScore(CLI::App& app, Options& options);
+CLI::App* AddEvaluate(CLI::App& app, Options& options);
 CLI::App* AddRun(CLI::App& app, Options& options);
 CLI::App* AddInspect(CLI::App& app, Options& options);
 CLI::App* AddMerge(CLI::App& app, Options& options);

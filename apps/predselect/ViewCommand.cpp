@@ -26,6 +26,7 @@
 #include "host/session/Unfinished.h"
 #include "operations/InspectState.h"
 #include "operations/StateFile.h"
+#include "operations/StateKey.h"
 
 namespace PredSelectApp {
 
@@ -83,7 +84,7 @@ std::string ReadWhole(const std::string& path) {
 std::string PageOf(const Options& options) {
   const std::string& path = options.fStates.front();
   if (IsJson(path)) return MCHost::RenderReportOfJson(ReadWhole(path), path);
-  ComponentFile state = PredSelect::LoadState(path);
+  ComponentFile state = PredSelect::LoadState(path, PredSelect::ReadStateKey(options.fVerifyKey));
   ProgressLine progress(false);
   ResultOptions report = options.fResult;
   report.fFormat = MCHost::FileFormat::kHtml;

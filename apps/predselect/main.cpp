@@ -11,6 +11,7 @@
 #include "apps/predselect/Allocation.h"
 #include "apps/predselect/DescribeCommand.h"
 #include "apps/predselect/DryRun.h"
+#include "apps/predselect/EvaluateCommand.h"
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/ExportCommand.h"
 #include "apps/predselect/Failure.h"
@@ -48,6 +49,8 @@ int ActAlone(const Options& options) {
       return InspectState(options);
     case Options::kScore:
       return ScoreData(options);
+    case Options::kEvaluate:
+      return EvaluateModel(options);
     case Options::kExport:
       return ExportModel(options);
     case Options::kMerge:

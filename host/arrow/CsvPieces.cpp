@@ -38,6 +38,10 @@ arrow::Status StatusOf(const std::exception_ptr& thrown) {
   }
 }
 
+std::size_t Threads() {
+  return static_cast<std::size_t>(std::max(arrow::GetCpuThreadPoolCapacity(), 1));
+}
+
 }  // namespace
 
 CsvPieces::CsvPieces(std::shared_ptr<arrow::io::InputStream> input, const CsvPieceRules& rules)
@@ -46,15 +50,14 @@ CsvPieces::CsvPieces(std::shared_ptr<arrow::io::InputStream> input, const CsvPie
       fHeader(OfNoColumns(rules.fPromise)),
       fbHeader(rules.fbHeader),
       fLines(std::move(input), rules.fPieceBytes) {
-  const auto threads = static_cast<std::size_t>(std::max(arrow::GetCpuThreadPoolCapacity(), 1));
-  fvSlots.resize(threads + 2);
-  Start(threads);
+  fvSlots.resize(Threads() + 2);
 }
 
-void CsvPieces::Start(std::size_t threads) {
+void CsvPieces::Start() {
+  const std::size_t threads = fvSlots.size() - 2;
   const MCCommon::WithoutSignals kept;
-  fvThreads.reserve(threads - 1);
   try {
+    fvThreads.reserve(threads - 1);
     while (fvThreads.size() + 1 < threads) {
       fvThreads.emplace_back([this] {
         CsvBounds bounds;
@@ -88,6 +91,8 @@ void CsvPieces::Serve(CsvBounds& bounds) {
 
 arrow::Status CsvPieces::ReadNext(Batch* batch) {
   batch->reset();
+  // Not before: who only asks what the columns are needs no cells.
+  if (!std::exchange(fbStarted, true)) Start();
   std::unique_lock lock(fMutex);
   while (!IsFirstThere()) {
     if (fbEnded && fnAhead == 0) return arrow::Status::OK();

@@ -52,7 +52,7 @@ class CsvPieces final : public arrow::RecordBatchReader {
     bool fbDecoded = false;
   };
 
-  void Start(std::size_t threads);
+  void Start();
   void Serve(CsvBounds& bounds);
   bool IsWanted() const { return !fbEnded && fnAhead < fvSlots.size(); }
   bool IsFirstThere() const { return fnAhead > 0 && fvSlots[fFirst].fbDecoded; }
@@ -80,6 +80,7 @@ class CsvPieces final : public arrow::RecordBatchReader {
   bool fbLeft = false;   // by the reader
 
   CsvBounds fBounds;  // of the reader's thread
+  bool fbStarted = false;
   std::vector<std::thread> fvThreads;
 };
 

@@ -5,6 +5,7 @@
 // SessionScope around each call of the procedure entry. Everything is called on that thread only.
 #pragma once
 
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -31,6 +32,15 @@ struct CommandPlan {
   std::vector<std::string> fFactors;     // categorical predictors, before any is screened out
   std::vector<std::string> fCovariates;  // continuous ones
   std::string fModelFile;                // that it writes; empty for none
+};
+
+// How the probabilities of a model are to be calibrated: not at all, or by cases that it was not
+// built on. The seed decides how training cases are divided where there are no others.
+struct CalibrationWish {
+  enum Method { kNone, kTemperature, kIsotonic };
+
+  Method fMethod = kNone;
+  std::uint64_t fSeed = 1;
 };
 
 class ISession {
@@ -80,6 +90,9 @@ class ISession {
   // implement this.
   virtual double MemoryForCases() { return 0.0; }
 
+  // Asked by a command that builds a model. A session that does not care need not implement this.
+  virtual CalibrationWish Calibration() { return {}; }
+
   // How many threads a command may use, the caller's among them. A session that does not care need
   // not implement this.
   virtual int Threads() const { return 1; }
@@ -88,6 +101,8 @@ class ISession {
   // name ends in ".xml"), and how the names of its result documents begin. Empty: nothing is
   // written. A session that offers neither need not implement them.
   virtual std::string StatePath() const { return {}; }
+  // The key that the state's file is signed with; empty for no signature.
+  virtual std::string StateKey() const { return {}; }
   virtual std::string ResultsPrefix() const { return {}; }
 
   // The built model of a command that builds one, before its cases are scored: borrowed for the

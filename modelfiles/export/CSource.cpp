@@ -72,6 +72,38 @@ static int winner_of(const double *p) {
 }
 )";
 
+// The logarithm of a product, however small; taken before products are brought to one scale.
+constexpr const char* kTemperature = R"(
+static double log_of(double p, int scaled) {
+  int e = 0;
+  const double f = frexp(p, &e);
+  return log(f) + 0x1.62e42fefa39efp-1 * (e - 200 * scaled);
+}
+
+static void calibrate(double *p, const double *logs) {
+  int k;
+  double largest = logs[0], sum = 0;
+  for (k = 1; k < CLASSES; ++k) {
+    if (logs[k] > largest) largest = logs[k];
+  }
+  for (k = 0; k < CLASSES; ++k) {
+    p[k] = exp((logs[k] - largest) / TEMPERATURE);
+    sum += p[k];
+  }
+  for (k = 0; k < CLASSES; ++k) p[k] /= sum;
+}
+)";
+
+constexpr const char* kIsotonic = R"(
+static double curve_at(double v, const double *x, const double *y, int n) {
+  int i = 0;
+  while (i < n && x[i] <= v) ++i;
+  if (i == 0) return y[0];
+  if (i == n) return y[n - 1];
+  return y[i - 1] + (v - x[i - 1]) * ((y[i] - y[i - 1]) / (x[i] - x[i - 1]));
+}
+)";
+
 constexpr const char* kBinOf = R"(
 static int bin_of(double v, const double *cuts, int n) {
   int low = 0;
@@ -198,16 +230,60 @@ std::string RowOf(const ScoringInput& input, const std::string& member, const st
 }
 
 std::string Head(const ScoringModel& model, const ExportOptions& options) {
-  std::string head = "/* Made by PredSelect " + options.fVersion +
-                     ". Scores a case: fill in a predselect_case and call predselect_score.\n"
-                     "   Numbers that are missing are NAN, texts that are missing NULL. */\n"
-                     "#include <stddef.h>\n#include <string.h>\n\n#define CLASSES " +
-                     std::to_string(model.GetNClasses()) + "\n\n/* The values of " +
-                     Comment(model.fTarget.fName).substr(3) + "\n";
+  const bool isWarm = model.fCalibration.GetMethod() == NBCalibration::kTemperature;
+  std::string head =
+      "/* Made by PredSelect " + options.fVersion +
+      ". Scores a case: fill in a predselect_case and call predselect_score.\n"
+      "   Numbers that are missing are NAN, texts that are missing NULL. */\n"
+      "#include <stddef.h>\n#include <string.h>\n" +
+      (isWarm ? "#include <math.h>\n" : "") + "\n#define CLASSES " +
+      std::to_string(model.GetNClasses()) + "\n" +
+      (isWarm ? "#define TEMPERATURE " + RealDigits(model.fCalibration.GetTemperature()) + "\n"
+              : "") +
+      "\n/* The values of " + Comment(model.fTarget.fName).substr(3) + "\n";
   const char* type = model.fTarget.fbTexts ? "const char *const " : "const double ";
   head += std::string("extern ") + type + "predselect_classes[CLASSES];\n" + type +
           "predselect_classes[CLASSES] = " + Values(model.fTarget) + ";\n";
   return head;
+}
+
+// The functions that calibrate, with their tables.
+std::string Calibration(const ScoringModel& model) {
+  const NBCalibration& calibration = model.fCalibration;
+  if (calibration.GetMethod() == NBCalibration::kNone) return "";
+  if (calibration.GetMethod() == NBCalibration::kTemperature) return kTemperature;
+  const auto& curves = calibration.GetCurves();
+  std::string text = kIsotonic;
+  std::string body;
+  for (std::size_t i = 0; i < curves.size(); ++i) {
+    const std::string n = std::to_string(i + 1);
+    const std::size_t size = curves[i].fX.size();
+    const std::string k = std::to_string(curves.size() == 1 ? 1 : i);
+    text += Array("static const double ", "x_of_" + n, size, Numbers(curves[i].fX.data(), size)) +
+            Array("static const double ", "y_of_" + n, size, Numbers(curves[i].fY.data(), size));
+    body += "  p[" + k + "] = curve_at(p[" + k + "], x_of_" + n + ", y_of_" + n + ", " +
+            std::to_string(size) + ");\n";
+  }
+  body += curves.size() == 1
+              ? "  p[0] = 1 - p[1];\n"
+              : "  for (k = 0; k < CLASSES; ++k) sum += p[k];\n"
+                "  for (k = 0; k < CLASSES; ++k) p[k] = sum > 0 ? p[k] / sum : 1.0 / CLASSES;\n";
+  return text + "\nstatic void calibrate(double *p) {\n" +
+         (curves.size() == 1 ? "" : "  int k;\n  double sum = 0;\n") + body + "}\n";
+}
+
+// How the case's products become its probabilities.
+const char* Ending(const ScoringModel& model) {
+  switch (model.fCalibration.GetMethod()) {
+    case NBCalibration::kTemperature:
+      return "  for (k = 0; k < CLASSES; ++k) logs[k] = log_of(p[k], scaled[k]);\n"
+             "  normalise(p, scaled);\n  row = winner_of(p);\n  calibrate(p, logs);\n"
+             "  return row;\n}\n";
+    case NBCalibration::kIsotonic:
+      return "  normalise(p, scaled);\n  calibrate(p);\n  return winner_of(p);\n}\n";
+    default:
+      return "  normalise(p, scaled);\n  return winner_of(p);\n}\n";
+  }
 }
 
 // What the file's own functions need of the libraries of helpers.
@@ -248,11 +324,12 @@ ExportedModel ToC(const ScoringModel& model, const ExportOptions& options) {
       "};\n\n/* The number of the most likely class, in predselect_classes, and the "
       "probability of each. */\nint predselect_score(const struct predselect_case *x, double "
       "p[CLASSES]);\n" +
-      tables + Helpers(model) +
+      tables + Helpers(model) + Calibration(model) +
       "\nint predselect_score(const struct predselect_case *x, double p[CLASSES]) {\n"
-      "  int scaled[CLASSES] = {0};\n  int k, row;\n"
-      "  for (k = 0; k < CLASSES; ++k) p[k] = priors[k];\n" +
-      calls + "  normalise(p, scaled);\n  return winner_of(p);\n}\n";
+      "  int scaled[CLASSES] = {0};\n  int k, row;\n" +
+      (model.fCalibration.GetMethod() == NBCalibration::kTemperature ? "  double logs[CLASSES];\n"
+                                                                     : "") +
+      "  for (k = 0; k < CLASSES; ++k) p[k] = priors[k];\n" + calls + Ending(model);
   return {source, {}};
 }
 

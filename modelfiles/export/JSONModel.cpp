@@ -9,6 +9,7 @@
 #include "modelfiles/export/ExportText.h"
 #include "modelfiles/export/ModelFormats.h"
 #include "modelfiles/export/ScoringModel.h"
+#include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/NBFactory.h"
 #include "naivebayes/NBModelCounts.h"
 #include "naivebayes/variables/NBContVar.h"
@@ -21,6 +22,7 @@ using Json = nlohmann::ordered_json;
 
 constexpr const char* kFormKey = "predselect_model";
 constexpr int kForm = 1;
+constexpr int kCalibratedForm = 2;  // which older programs refuse, instead of not calibrating
 
 Json Rows(const std::vector<double>& table, std::size_t classes) {
   Json rows = Json::array();
@@ -57,6 +59,17 @@ Json Describe(const ScoringInput& input, std::size_t classes) {
   described["counts"] = Rows(input.fCounts, classes);
   described["probabilities"] = Rows(input.fFactors, classes);
   return described;
+}
+
+Json Describe(const NBCalibration& calibration) {
+  if (calibration.GetMethod() == NBCalibration::kTemperature) {
+    return {{"method", "temperature"}, {"temperature", calibration.GetTemperature()}};
+  }
+  Json curves = Json::array();
+  for (const NBCalibration::Curve& curve : calibration.GetCurves()) {
+    curves.push_back({{"posteriors", curve.fX}, {"probabilities", curve.fY}});
+  }
+  return {{"method", "isotonic"}, {"curves", curves}};
 }
 
 // ---- Reading: each of these throws what ModelFromJSON turns into an ExportError -----------------
@@ -124,9 +137,26 @@ void AddPredictor(const Json& described, std::size_t classes, NBVarList& variabl
   Require(table.size() == static_cast<std::size_t>(rows) * classes, "rows of counts are missing");
 }
 
+NBCalibration CalibrationOf(const Json& described, std::size_t classes) {
+  NBCalibration calibration;
+  if (described.at("method") == "temperature") {
+    const std::vector<double> temperature = Numbers(Json::array({described.at("temperature")}));
+    calibration = NBCalibration::ByTemperature(temperature[0]);
+  } else {
+    std::vector<NBCalibration::Curve> curves;
+    for (const Json& curve : described.at("curves").get_ref<const Json::array_t&>()) {
+      curves.push_back({Numbers(curve.at("posteriors")), Numbers(curve.at("probabilities"))});
+    }
+    calibration = NBCalibration::ByCurves(std::move(curves));
+  }
+  Require(calibration.Fits(classes), "its calibration does not fit its classes");
+  return calibration;
+}
+
 std::unique_ptr<INBAlgorithm> Read(const Json& document) {
-  const bool isModel =
-      document.is_object() && document.contains(kFormKey) && document[kFormKey] == kForm;
+  const bool isCalibrated = document.is_object() && document.contains("calibration");
+  const bool isModel = document.is_object() && document.contains(kFormKey) &&
+                       document[kFormKey] == (isCalibrated ? kCalibratedForm : kForm);
   Require(isModel, "it is no model of this form");
   NBVarList variables;
   NBModelCounts counts;
@@ -145,6 +175,10 @@ std::unique_ptr<INBAlgorithm> Read(const Json& document) {
           "a name or a class is there twice");
   auto model = NBFactory().RestoreFromCounts(variables, counts);
   Require(model != nullptr, "its counts are none of a model");
+  if (isCalibrated) {
+    dynamic_cast<NBAlgorithm&>(*model).SetCalibration(
+        CalibrationOf(document["calibration"], counts.fTarget.size()));
+  }
   return model;
 }
 
@@ -155,11 +189,13 @@ ExportedModel ToJSON(const ScoringModel& model, const ExportOptions& options) {
   AddCategories(model.fTarget, target);
   target["counts"] = model.fCounts;
   target["priors"] = model.fPriors;
-  Json document = {{kFormKey, kForm},
+  const bool isCalibrated = model.fCalibration.GetMethod() != NBCalibration::kNone;
+  Json document = {{kFormKey, isCalibrated ? kCalibratedForm : kForm},
                    {"made_by", "PredSelect " + options.fVersion},
                    {"training", {{"cases", model.fNRecords}, {"weight", model.fTotalWeight}}},
                    {"target", target},
                    {"predictors", Json::array()}};
+  if (isCalibrated) document["calibration"] = Describe(model.fCalibration);
   for (const ScoringInput& input : model.fInputs) {
     document["predictors"].push_back(Describe(input, model.GetNClasses()));
   }

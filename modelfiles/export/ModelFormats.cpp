@@ -30,6 +30,15 @@ void CheckTexts(const ScoringVariable& variable) {
   for (const std::string& text : variable.fTexts) CheckText(text, variable);
 }
 
+// Powers are all that the others can say.
+void CheckCalibration(const ScoringModel& model, ModelFormat format) {
+  const bool holdsCurves = format == ModelFormat::kC || format == ModelFormat::kJSON;
+  if (model.fCalibration.GetMethod() != NBCalibration::kIsotonic || holdsCurves) return;
+  throw ExportError(
+      "its isotonic calibration has no words in this form; C and JSON hold it, and a model that is "
+      "calibrated by a temperature goes into every form.");
+}
+
 }  // namespace
 
 OutputNames NamesOf(const ScoringModel& model) {
@@ -46,6 +55,7 @@ ExportedModel ExportModel(const INBAlgorithm& component, ModelFormat format,
                           const ExportOptions& options) {
   const ScoringModel model(component);
   if (model.fInputs.empty()) throw ExportError("the model has no predictor.");
+  CheckCalibration(model, format);
   CheckTexts(model.fTarget);
   for (const ScoringInput& input : model.fInputs) CheckTexts(input);
   try {

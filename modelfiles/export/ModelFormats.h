@@ -40,7 +40,7 @@ ExportedModel ToPMML(const INBAlgorithm& model, const ExportOptions& options);
 ExportedModel ToONNX(const ScoringModel& model, const ExportOptions& options);
 // One query that adds the new columns to those of a table.
 ExportedModel ToSQL(const ScoringModel& model, const ExportOptions& options);
-// One source file in C99, which needs <stddef.h> and <string.h> alone.
+// One source file in C99, which needs <stddef.h> and <string.h> alone; for a temperature <math.h>.
 ExportedModel ToC(const ScoringModel& model, const ExportOptions& options);
 // The tables of the model; ModelFromJSON (JSONModel.h) makes a model of them again.
 ExportedModel ToJSON(const ScoringModel& model, const ExportOptions& options);

@@ -117,12 +117,22 @@ class Builder {
     isText ? fGraph.AddTexts(classes, fModel.fTarget.fTexts)
            : fGraph.AddDoubles(classes, {fNClasses}, fModel.fTarget.fNumbers);
     fGraph.AddNode("Sum", terms, sum);
-    fGraph.AddNode("Softmax", {sum}, fProbabilities, {{"axis", 1}});
+    fGraph.AddNode("Softmax", {Calibrated(sum)}, fProbabilities, {{"axis", 1}});
     fGraph.AddNode("ArgMax", {sum}, winner, {{"axis", 1}, {"keepdims", 0}});
     fGraph.AddNode("Gather", {classes, winner}, fLabel, {{"axis", 0}});
     fGraph.AddOutput(fLabel, isText ? ONNXGraph::Element::kText : ONNXGraph::Element::kDouble,
                      {kCases});
     fGraph.AddOutput(fProbabilities, ONNXGraph::Element::kDouble, {kCases, fNClasses});
+  }
+
+  // What the softmax is taken of.
+  std::string Calibrated(const std::string& sum) {
+    if (fModel.fCalibration.GetMethod() != NBCalibration::kTemperature) return sum;
+    const std::string temperature = Name("temperature");
+    const std::string calibrated = Name("calibrated");
+    fGraph.AddDoubles(temperature, {1}, {fModel.fCalibration.GetTemperature()});
+    fGraph.AddNode("Div", {sum, temperature}, calibrated);
+    return calibrated;
   }
 
   const std::string& SecondAxis() {

@@ -100,7 +100,9 @@ void AddBin(XMLElement& discretize, std::size_t row, std::optional<double> above
 
 // What is missing between the intervals, and beyond the finite numbers, has a row of its own behind
 // the others: not every evaluator takes a number in no bin as missing.
-void AddBins(XMLElement& element, const ScoringInput& input) {
+// Another row, of no value, stands behind it in a bin that no number gets to: some evaluators go by
+// the number of bins.
+void AddBins(XMLElement& element, const ScoringInput& input, std::size_t rows) {
   XMLElement& derived = element.AddChild("DerivedField");
   derived.AddAttribute(pmml::kOptype, "continuous");
   derived.AddAttribute(pmml::kDataType, kDouble);
@@ -113,7 +115,9 @@ void AddBins(XMLElement& element, const ScoringInput& input) {
     if (row.fAbove != end) AddBin(discretize, input.GetNRows(), end, row.fAbove);
     end = row.fUpTo;
   }
-  AddBin(discretize, input.GetNRows(), end, std::nullopt);
+  for (std::size_t row = input.GetNRows(); row < rows; ++row) {
+    AddBin(discretize, row, end, std::nullopt);
+  }
 }
 
 void AddCounts(XMLElement& element, const ScoringVariable& target, const double* counts) {
@@ -125,6 +129,12 @@ void AddCounts(XMLElement& element, const ScoringVariable& target, const double*
   }
 }
 
+// A temperature is a power of every probability.
+void Calibrate(const NBCalibration& calibration, std::vector<double>& probabilities) {
+  if (calibration.GetMethod() != NBCalibration::kTemperature) return;
+  for (double& p : probabilities) p = std::pow(p, 1 / calibration.GetTemperature());
+}
+
 // Larger than any evaluator takes for 0. The scale of counts does not matter.
 void ScaleUp(std::vector<double>& counts) {
   const double least = *std::ranges::min_element(counts);
@@ -132,32 +142,56 @@ void ScaleUp(std::vector<double>& counts) {
   for (double& count : counts) count *= scale;
 }
 
+// Adds a row, of no value, that makes the sums of all classes the same.
+void LevelSums(std::size_t classes, std::vector<double>& counts) {
+  std::vector<double> sums(classes, 0.0);
+  for (std::size_t i = 0; i < counts.size(); ++i) sums[i % classes] += counts[i];
+  const double largest = *std::ranges::max_element(sums);
+  for (const double sum : sums) counts.push_back(2 * largest - sum);
+}
+
 // Evaluators divide by the sum of a predictor's rows, which is 1 but for rows without training
 // cases. What is the same for all classes does not matter, so that these rows can be made so light
 // that they are lost in the sum. A binned predictor has one more row, of the numbers that are in
 // none: it says nothing of the classes.
-std::vector<double> CountsOf(const ScoringInput& input, std::size_t classes) {
+std::vector<double> CountsOf(const ScoringInput& input, std::size_t classes,
+                             const NBCalibration& calibration) {
   constexpr double kLight = 0x1p-48;
   std::vector<double> counts = input.fFactors;
+  Calibrate(calibration, counts);
   for (std::size_t first = 0; first < counts.size(); first += classes) {
     double cases = 0;
     for (std::size_t k = 0; k < classes; ++k) cases += input.fCounts[first + k];
     for (std::size_t k = 0; k < classes && !(cases > 0); ++k) counts[first + k] *= kLight;
   }
   if (input.fbBinned) counts.insert(counts.end(), classes, 1.0);
+  if (calibration.GetMethod() != NBCalibration::kNone) LevelSums(classes, counts);
   ScaleUp(counts);
   return counts;
+}
+
+// One that is no category.
+std::string NoValueOf(const ScoringInput& input) {
+  std::string text = "none";
+  while (std::ranges::find(input.fTexts, text) != input.fTexts.end()) text += "_";
+  double number = 0;
+  while (std::ranges::find(input.fNumbers, number) != input.fNumbers.end()) ++number;
+  return input.fbTexts ? text : RealDigits(number);
 }
 
 void AddInput(XMLElement& inputs, const ScoringModel& model, const ScoringInput& input) {
   const std::size_t classes = model.GetNClasses();
   XMLElement& element = inputs.AddChild("BayesInput");
   element.AddAttribute(pmml::kFieldName, input.fName);
-  if (input.fbBinned) AddBins(element, input);
-  const std::vector<double> counts = CountsOf(input, classes);
-  for (std::size_t row = 0; row * classes < counts.size(); ++row) {
+  const std::vector<double> counts = CountsOf(input, classes, model.fCalibration);
+  const std::size_t rows = counts.size() / classes;
+  if (input.fbBinned) AddBins(element, input, rows);
+  for (std::size_t row = 0; row < rows; ++row) {
+    const std::string value = input.fbBinned                 ? RowName(row)
+                              : row < input.GetNCategories() ? ValueOf(input, row)
+                                                             : NoValueOf(input);
     XMLElement& pair = element.AddChild("PairCounts");
-    pair.AddAttribute(pmml::kValueAttribute, input.fbBinned ? RowName(row) : ValueOf(input, row));
+    pair.AddAttribute(pmml::kValueAttribute, value);
     AddCounts(pair, model.fTarget, &counts[row * classes]);
   }
 }
@@ -233,6 +267,7 @@ ExportedModel ToPMML(const INBAlgorithm& component, const ExportOptions& options
   XMLElement& output = document.AddChild("BayesOutput");
   output.AddAttribute(pmml::kFieldName, model.fTarget.fName);
   std::vector<double> priors = model.fPriors;
+  Calibrate(model.fCalibration, priors);
   ScaleUp(priors);
   AddCounts(output, model.fTarget, priors.data());
   AddVerification(document, component, model, names);

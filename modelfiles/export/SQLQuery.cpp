@@ -114,8 +114,11 @@ std::string Steps(const ScoringModel& model) {
   return Step(largest, Step(sums, Step(rows, Step(values, ""))));
 }
 
-std::string Share(std::size_t k) {
-  const std::string lead = Nth("s", k) + " - largest";
+std::string Share(std::size_t k, const NBCalibration& calibration) {
+  std::string lead = Nth("s", k) + " - largest";
+  if (calibration.GetMethod() == NBCalibration::kTemperature) {
+    lead = "(" + lead + ") / " + SQLReal(calibration.GetTemperature());
+  }
   return "CASE WHEN " + lead + " < " + SQLReal(kNegligible) + " THEN 0E0 ELSE EXP(" + lead +
          ") END";
 }
@@ -152,7 +155,8 @@ ExportedModel ToSQL(const ScoringModel& model, const ExportOptions& options) {
                       "SELECT t.*" +
                       Column(Winner(model), steps, names.fPredicted);
   std::vector<std::string> shares;
-  for (std::size_t k = 0; k < model.GetNClasses(); ++k) shares.push_back(Share(k));
+  for (std::size_t k = 0; k < model.GetNClasses(); ++k)
+    shares.push_back(Share(k, model.fCalibration));
   for (std::size_t k = 0; k < model.GetNClasses(); ++k) {
     query += Column(shares[k] + " / (" + SQLSum(shares) + ")", steps, names.fProbabilities[k]);
   }

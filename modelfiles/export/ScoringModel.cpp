@@ -107,6 +107,7 @@ ScoringModel::ScoringModel(const INBAlgorithm& model) {
   for (int k = 0; k < output.GetNCategories(); ++k) fCounts.push_back(output.GetCount(k));
   fPriors = output.GetPriors();
   fTotalWeight = built->GetTotalWeight();
+  fCalibration = built->GetCalibration();
   double weight = 0;
   double excluded = 0;
   int nExcluded = 0;

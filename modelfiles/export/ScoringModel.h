@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+#include "naivebayes/model/NBCalibration.h"
+
 class INBAlgorithm;
 class INBVariable;
 
@@ -57,6 +59,7 @@ struct ScoringModel {
   double fTotalWeight = 0;
   int fNRecords = 0;
   std::vector<ScoringInput> fInputs;
+  NBCalibration fCalibration;
 
   // REQUIRES: the model was built.
   explicit ScoringModel(const INBAlgorithm& model);

@@ -69,8 +69,31 @@ void NBayesOutput::Fields(Archive& archive, Self& self) {
 }
 MC_STATE_OPERATIONS(NBayesOutput, "NBOUT", "NBayesOutput")
 
+// What makes the newer form.
+struct NBCalibrationState {
+  template <class Archive, class Calibration>
+  static void Fields(Archive& archive, Calibration& calibration, std::size_t classes) {
+    auto method = static_cast<int>(calibration.fMethod);
+    auto curves = static_cast<int>(calibration.fCurves.size());
+    archive.Int(method);
+    NBState::Finite(archive, calibration.fTemperature);
+    archive.Int(curves);
+    archive.Check(method > NBCalibration::kNone && method <= NBCalibration::kIsotonic &&
+                  curves >= 0 && static_cast<std::size_t>(curves) <= classes);
+    if constexpr (Archive::kReading) {
+      calibration.fMethod = static_cast<NBCalibration::Method>(method);
+      calibration.fCurves.resize(static_cast<std::size_t>(curves));
+    }
+    for (auto& curve : calibration.fCurves) {
+      NBState::FiniteList(archive, curve.fX);
+      NBState::FiniteList(archive, curve.fY);
+    }
+    archive.Check(calibration.Fits(classes));
+  }
+};
+
 template <class Archive, class Self>
-void NBAlgorithm::Fields(Archive& archive, Self& self) {
+void NBAlgorithm::Fields(Archive& archive, Self& self, bool calibrated) {
   archive.Int(self.fNInputs);
   archive.Int(self.fNRecords);
   NBState::Weight(archive, self.fTotalWeight);
@@ -85,9 +108,16 @@ void NBAlgorithm::Fields(Archive& archive, Self& self) {
   }
   archive.Object(self.fSettings);
   archive.Object(self.fVarList);
+  if (calibrated) {
+    const auto classes = static_cast<std::size_t>(self.fOutput.GetNCategories());
+    NBCalibrationState::Fields(archive, self.fCalibration, classes);
+  }
   if constexpr (Archive::kReading) archive.Check(self.LinkParts());
 }
-MC_STATE_OPERATIONS(NBAlgorithm, "NBAlgorithm 1.00", "NBAlgorithm 1.00")
+
+// A program that knows of no calibration refuses a state with one, instead of scoring without it.
+MC_STATE_OPERATIONS_OF_TWO_FORMS(NBAlgorithm, "NBAlgorithm 1.00", "NBAlgorithm 1.00",
+                                 "NBAlgorithm 1.01", "NBAlgorithm 1.01")
 
 std::int64_t NBAlgorithm::CountUnlistedCategories() const {
   std::int64_t unlisted = 0;

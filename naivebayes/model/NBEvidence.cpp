@@ -20,23 +20,36 @@ void NBEvidence::Append(const double* probabilities, std::size_t classes,
 }
 
 NBEvidence::NBEvidence(const NBAlgorithm& model)
-    : fModel(model),
-      fNClasses(model.GetOutput().GetPriors().size()),
+    : NBEvidence(model.GetOutput(), model.GetInputs()) {
+  fpModel = &model;
+  if (model.GetCalibration().GetMethod() == NBCalibration::kTemperature) {
+    DivideBy(model.GetCalibration().GetTemperature());
+  }
+}
+
+NBEvidence::NBEvidence(const NBayesOutput& output, const std::vector<NBayesInput>& inputs)
+    : fNClasses(output.GetPriors().size()),
       fvNothing(fNClasses, 0.0),
-      fvTables(model.GetInputs().size()),
-      fvCodes(model.GetInputs().size()) {
-  Append(model.GetOutput().GetPriors().data(), fNClasses, fvPriors);
+      fvTables(inputs.size()),
+      fvCodes(inputs.size()) {
+  Append(output.GetPriors().data(), fNClasses, fvPriors);
   for (std::size_t j = 0; j < fvTables.size(); ++j) {
-    const NBayesInput& input = model.GetInputs()[j];
-    for (int m = 0; m < input.GetNCategories(); ++m) {
-      Append(input.GetFactors(m), fNClasses, fvTables[j]);
+    for (int m = 0; m < inputs[j].GetNCategories(); ++m) {
+      Append(inputs[j].GetFactors(m), fNClasses, fvTables[j]);
     }
+  }
+}
+
+void NBEvidence::DivideBy(double temperature) {
+  for (double& number : fvPriors) number /= temperature;
+  for (std::vector<double>& table : fvTables) {
+    for (double& number : table) number /= temperature;
   }
 }
 
 void NBEvidence::SetBlock(const MCCommon::RecordBlock& block) {
   for (std::size_t j = 0; j < fvCodes.size(); ++j) {
     fvCodes[j].resize(block.Cases());
-    fModel.EncodeInput(static_cast<int>(j), block, fvCodes[j].data());
+    fpModel->EncodeInput(static_cast<int>(j), block, fvCodes[j].data());
   }
 }

@@ -13,11 +13,15 @@
 #include "common/RecordBlock.h"
 
 class NBAlgorithm;
+class NBayesInput;
+class NBayesOutput;
 
 class NBEvidence {
  public:
   // The model is borrowed. REQUIRES: it was built.
   explicit NBEvidence(const NBAlgorithm& model);
+  // Of tables alone, for which there are no blocks.
+  NBEvidence(const NBayesOutput& output, const std::vector<NBayesInput>& inputs);
 
   // Adds the evidence of one value, of which these are the probabilities given each class.
   static void Append(const double* probabilities, std::size_t classes,
@@ -42,7 +46,9 @@ class NBEvidence {
   }
 
  private:
-  const NBAlgorithm& fModel;
+  void DivideBy(double temperature);
+
+  const NBAlgorithm* fpModel = nullptr;
   std::size_t fNClasses;
   std::vector<double> fvPriors;
   std::vector<double> fvNothing;

@@ -121,6 +121,15 @@ void NBScaledProducts::Align() {
   }
 }
 
+double NBScaledProducts::LogOf(std::size_t record, std::size_t category) const {
+  constexpr double kLog2 = 0x1.62e42fefa39efp-1;
+  const std::size_t cell = record * fNCategories + category;
+  int exponent = 0;
+  const double fraction = std::frexp(fvMantissas[cell], &exponent);
+  if (!fvScalings.empty()) exponent -= kStep * fvScalings[cell];
+  return std::log(fraction) + kLog2 * exponent;
+}
+
 double NBScaledProducts::SumOf(std::size_t record) const {
   const double* values = Values(record);
   double sum = 0;

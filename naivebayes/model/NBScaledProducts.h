@@ -41,6 +41,9 @@ class NBScaledProducts {
   const double* Values(std::size_t record) const {
     return (fvAligned.empty() ? fvMantissas : fvAligned).data() + record * fNCategories;
   }
+  // The logarithm of one of a record's products, however small it is; by the product alone, however
+  // often it was scaled.
+  double LogOf(std::size_t record, std::size_t category) const;
   // Whether every exponent is 0.
   bool IsPlain() const { return fvOffsets.empty(); }
   int Exponent(std::size_t record) const { return fvOffsets.empty() ? 0 : fvOffsets[record]; }

@@ -30,7 +30,8 @@ std::size_t NBScoredBlock::PreferredCases(int targetCategories, int inputs) {
 }
 
 void NBScoredBlock::Score(const NBayesOutput& output, const std::vector<NBayesInput>& inputs,
-                          std::size_t cases, const Encode& encode) {
+                          const NBCalibration& calibration, std::size_t cases,
+                          const Encode& encode) {
   fNTargets = output.GetPriors().size();
   fvWinners.resize(cases);
   fvProbabilities.resize(cases * fNTargets);
@@ -43,7 +44,7 @@ void NBScoredBlock::Score(const NBayesOutput& output, const std::vector<NBayesIn
     Room& room = fvRooms[worker];
     room.fProducts.Reset(output.GetPriors(), part.fNCases);
     Multiply(inputs, part, encode, room);
-    Decide(output, part, room.fProducts);
+    Decide(output, calibration, part, room.fProducts);
   };
   fWorkers.For(cases * fNTargets * inputs.size()).ForEach((cases + size - 1) / size, score);
 }
@@ -75,14 +76,13 @@ void NBScoredBlock::NoteMissing(std::span<const std::int32_t> codes, std::int32_
   }
 }
 
-void NBScoredBlock::Decide(const NBayesOutput& output, const Part& part,
-                           const NBScaledProducts& products) {
+void NBScoredBlock::Decide(const NBayesOutput& output, const NBCalibration& calibration,
+                           const Part& part, const NBScaledProducts& products) {
   for (std::size_t i = 0; i < part.fNCases; ++i) {
     const std::size_t place = part.fFirst + i;
     const std::span probabilities(&fvProbabilities[place * fNTargets], fNTargets);
-    NBScoring::Normalize(products, i, probabilities);
-    fvWinners[place] =
-        fvOutOfRange[place] != 0 ? -1 : NBScoring::SelectWinner(probabilities, output);
+    const int winner = NBScoring::Decide(products, i, output, calibration, probabilities);
+    fvWinners[place] = fvOutOfRange[place] != 0 ? -1 : winner;
   }
 }
 

@@ -14,6 +14,7 @@
 #include "common/Workers.h"
 #include "naivebayes/model/NBScaledProducts.h"
 
+class NBCalibration;
 class NBayesInput;
 class NBayesOutput;
 
@@ -44,8 +45,8 @@ class NBScoredBlock {
   using Encode = std::function<std::int32_t(int input, std::size_t first, std::size_t cases,
                                             std::int32_t* codes)>;
   // Scores so many cases.
-  void Score(const NBayesOutput& output, const std::vector<NBayesInput>& inputs, std::size_t cases,
-             const Encode& encode);
+  void Score(const NBayesOutput& output, const std::vector<NBayesInput>& inputs,
+             const NBCalibration& calibration, std::size_t cases, const Encode& encode);
 
  private:
   // What a worker needs of its own.
@@ -62,7 +63,8 @@ class NBScoredBlock {
                 Room& room);
   // `lowest` is that of the codes.
   void NoteMissing(std::span<const std::int32_t> codes, std::int32_t lowest, std::size_t first);
-  void Decide(const NBayesOutput& output, const Part& part, const NBScaledProducts& products);
+  void Decide(const NBayesOutput& output, const NBCalibration& calibration, const Part& part,
+              const NBScaledProducts& products);
 
   std::size_t fNTargets = 0;
   std::vector<std::int32_t> fvWinners;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "naivebayes/model/NBCalibration.h"
 #include "naivebayes/model/NBScaledProducts.h"
 #include "naivebayes/model/NBayesOutput.h"
 
@@ -42,6 +43,23 @@ int SelectWinner(std::span<const double> probabilities, const NBayesOutput& outp
     passed = true;
   }
   return winner;
+}
+
+int Decide(const NBScaledProducts& products, std::size_t record, const NBayesOutput& output,
+           const NBCalibration& calibration, std::span<double> out) {
+  Normalize(products, record, out);
+  const int winner = SelectWinner(out, output);
+  switch (calibration.GetMethod()) {
+    case NBCalibration::kTemperature:
+      for (std::size_t k = 0; k < out.size(); ++k) out[k] = products.LogOf(record, k);
+      calibration.ApplyToLogs(out);
+      return winner;
+    case NBCalibration::kIsotonic:
+      calibration.ApplyToPosteriors(out);
+      return SelectWinner(out, output);
+    default:
+      return winner;
+  }
 }
 
 }  // namespace NBScoring

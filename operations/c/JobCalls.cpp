@@ -1,11 +1,14 @@
 #include <algorithm>
 #include <limits>
 #include <memory>
+#include <string>
 #include <utility>
 
 #include "host/output/render/RenderText.h"
+#include "naivebayes/validation/NBCrossValidation.h"
 #include "operations/BuildModel.h"
 #include "operations/DescribeTable.h"
+#include "operations/EvaluateTable.h"
 #include "operations/ExplainTable.h"
 #include "operations/FreeMemory.h"
 #include "operations/InspectState.h"
@@ -67,10 +70,25 @@ PredSelect::RankBy RankByOf(std::size_t by) {
   return kAll[by];
 }
 
+MCHost::CalibrationWish CalibrationOf(std::size_t method, std::size_t seed) {
+  if (method > PREDSELECT_CALIBRATE_ISOTONIC) throw Misuse("calibrate is no PREDSELECT_CALIBRATE");
+  return {static_cast<MCHost::CalibrationWish::Method>(method), seed == 0 ? 1 : seed};
+}
+
 double TestShareOf(double test) {
   if (test == 0.0) return PredSelect::ModelRequest().fTest;
   if (!(test < 1.0)) throw Misuse("test is not below 1");
   return std::max(test, 0.0);
+}
+
+int FoldsOf(const predselect_model_options& given) {
+  if (given.folds == 0) return 0;
+  if (given.folds < 2 || given.folds > NBCrossValidation::kMostFolds) {
+    throw Misuse("folds is not from 2 to " + std::to_string(NBCrossValidation::kMostFolds));
+  }
+  const bool isTested = given.test > 0.0 || given.training_column != nullptr;
+  if (isTested) throw Misuse("folds take the place of test cases");
+  return CountOf(given.folds);
 }
 
 PredSelect::ModelRequest ModelRequestOf(const char* target, const predselect_model_options& given) {
@@ -80,10 +98,14 @@ PredSelect::ModelRequest ModelRequestOf(const char* target, const predselect_mod
   request.fTrainingColumn = TextArgument(given.training_column, "training_column", "");
   request.fTest = TestShareOf(given.test);
   request.fPredictors = CountOf(given.predictors);
+  request.fFolds = FoldsOf(given);
+  request.fRepeats = std::clamp(CountOf(given.repeats), 1, NBCrossValidation::kMostRepeats);
+  request.fSeed = CountOf(given.seed);
   request.fbSavePredictions = given.save_predictions != 0;
   request.fPmml = PathOrNone(given.pmml_path);
   request.fRun.fStatePath = PathOrNone(given.state_path);
   request.fRun.fMemory = KilobytesOf(given.memory == 0 ? PREDSELECT_MEMORY_AUTO : given.memory);
+  request.fRun.fCalibration = CalibrationOf(given.calibrate, given.calibration_seed);
   return request;
 }
 
@@ -134,6 +156,7 @@ predselect_status predselect_run(predselect_session* session, predselect_table* 
     request.fStatePath = PathOrNone(given.state_path);
     request.fResultsFolder = PathOrNone(given.results_folder);
     request.fMemory = KilobytesOf(given.memory);
+    request.fCalibration = CalibrationOf(given.calibrate, given.calibration_seed);
     return PredSelect::RunCommands(data, document, request, session->fSurroundings);
   });
 }
@@ -192,6 +215,15 @@ predselect_status predselect_score(predselect_session* session, predselect_table
     request.fExplained = CountOf(given.explain);
     return PredSelect::ScoreTable(data, PredSelect::ModelOf(model.fState, model.fName), document,
                                   request, session->fSurroundings);
+  });
+}
+
+predselect_status predselect_evaluate(predselect_session* session, predselect_table* table,
+                                      const predselect_state* state, predselect_result** result) {
+  return ProduceFrom(session, table, result, [&](auto& data, auto& document) {
+    const predselect_state& model = Given(state, "state");
+    return PredSelect::EvaluateTable(data, PredSelect::ModelOf(model.fState, model.fName), document,
+                                     session->fSurroundings);
   });
 }
 

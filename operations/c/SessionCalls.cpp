@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "operations/AvailableThreads.h"
+#include "operations/StateKey.h"
 #include "operations/Version.h"
 #include "operations/c/Arguments.h"
 #include "operations/c/Guard.h"
@@ -77,6 +78,19 @@ predselect_status predselect_session_set_progress(predselect_session* session,
     session->fSurroundings.fReportProgress = [listener, user_data](const std::string& text) {
       listener(user_data, text.c_str());
     };
+  });
+}
+
+predselect_status predselect_session_set_state_keys(predselect_session* session,
+                                                    const char* sign_key_path,
+                                                    const char* verify_key_path) {
+  return Guarded(session, [&] {
+    const auto key = [](const char* path) {
+      return PredSelect::ReadStateKey(path == nullptr ? "" : path);
+    };
+    const std::string signKey = key(sign_key_path);
+    session->fVerifyKey = key(verify_key_path);
+    session->fSurroundings.fStateKey = signKey;
   });
 }
 

@@ -19,7 +19,7 @@ predselect_status predselect_state_load(predselect_session* session, const char*
     predselect_state*& out = Given(state, "state");
     auto loaded = std::make_unique<predselect_state>();
     loaded->fName = PathArgument(path, "path");
-    loaded->fState = PredSelect::LoadState(loaded->fName);
+    loaded->fState = PredSelect::LoadState(loaded->fName, session->fVerifyKey);
     out = loaded.release();
   });
 }
@@ -27,7 +27,8 @@ predselect_status predselect_state_load(predselect_session* session, const char*
 predselect_status predselect_state_save(predselect_session* session, const predselect_state* state,
                                         const char* path) {
   return Guarded(session, [&] {
-    PredSelect::SaveState(Given(state, "state").fState, PathArgument(path, "path"));
+    PredSelect::SaveState(Given(state, "state").fState, PathArgument(path, "path"),
+                          session->fSurroundings.fStateKey);
   });
 }
 
@@ -59,8 +60,8 @@ predselect_status predselect_state_export(predselect_session* session,
     request.fFile = PathArgument(path, "path");
     request.fTo = TextArgument(given.format, "format", "");
     request.fTable = TextArgument(given.table, "table", request.fTable.c_str());
-    for (const std::string& note : PredSelect::WriteModelFile(
-             PredSelect::ModelOf(model.fState, model.fName), request)) {
+    for (const std::string& note :
+         PredSelect::WriteModelFile(PredSelect::ModelOf(model.fState, model.fName), request)) {
       session->fNotes += note + "\n";
     }
   });

@@ -108,6 +108,13 @@ predselect_status predselect_session_set_progress(predselect_session* session,
 // it.
 predselect_status predselect_session_set_threads(predselect_session* session, size_t threads);
 
+// Files that hold keys, of 16 to 4096 bytes that nobody but owner and group may read: what jobs and
+// predselect_state_save write is signed with the first from now on, and predselect_state_load refuses
+// what was not signed with the second. NULL for none, as it is unless set.
+predselect_status predselect_session_set_state_keys(predselect_session* session,
+                                                    const char* sign_key_path,
+                                                    const char* verify_key_path);
+
 // ---- Tables -------------------------------------------------------------------------------------
 
 // Do not renumber.
@@ -208,6 +215,12 @@ void predselect_state_close(predselect_state* state);
 // Each gives a result with PREDSELECT_OK, and also with PREDSELECT_COMMAND_ERROR and
 // PREDSELECT_CANCELLED: it then holds what was done until then, messages above all.
 
+// How a model's probabilities are made to hold what they say: by the test cases, or without any by
+// cross-validation. Do not renumber.
+#define PREDSELECT_CALIBRATE_NOT ((size_t)0)
+#define PREDSELECT_CALIBRATE_TEMPERATURE ((size_t)1)
+#define PREDSELECT_CALIBRATE_ISOTONIC ((size_t)2)
+
 // What the system and the control groups of the process leave free decides.
 #define PREDSELECT_MEMORY_AUTO ((size_t)-1)
 
@@ -217,6 +230,8 @@ typedef struct predselect_run_options {
   const char* results_folder;  // made for the result documents; NULL for none
   size_t memory;  // kilobytes for the cases of a command that needs memory and states none; 0 for
                   // the command's own default, PREDSELECT_MEMORY_AUTO for half of what is free
+  size_t calibrate;         // models: PREDSELECT_CALIBRATE_NOT and so on
+  size_t calibration_seed;  // of cross-validation; 0 for 1
 } predselect_run_options;
 
 // Runs a text of one or more commands, each ended by a period at the end of a line or
@@ -261,10 +276,17 @@ typedef struct predselect_model_options {
   const char* state_path;   // where the model is saved; NULL for nowhere
   const char* pmml_path;    // where it is written as PMML; NULL for nowhere
   size_t memory;            // as for predselect_run; 0 is PREDSELECT_MEMORY_AUTO here
+  size_t folds;    // cross-validates with so many folds, instead of test cases; 0 for not
+  size_t repeats;  // of that, with other folds each time; 0 for 1
+  size_t seed;     // which folds
+  size_t calibrate;         // as for predselect_run
+  size_t calibration_seed;
 } predselect_model_options;
 
 // A Naive Bayes classifier of the target with the predictors that serve it best, in the tables
-// "ChosenPredictors", "Accuracy" and "WorstConfusions". NULL options are those without a wish.
+// "ChosenPredictors", "Accuracy" and "WorstConfusions"; what test cases say of it in "Evaluation",
+// what folds say in "CrossValidation", "SelectionStability" and "Folds". NULL options are those
+// without a wish.
 predselect_status predselect_model(predselect_session* session, predselect_table* table,
                                    const char* target, const predselect_model_options* options,
                                    predselect_result** result);
@@ -296,6 +318,12 @@ predselect_status predselect_score(predselect_session* session, predselect_table
                                    const predselect_state* state,
                                    const predselect_score_options* options,
                                    predselect_result** result);
+
+// How good a model's state is on the cases of the table, whose target is known: the tables
+// "Evaluation", "ClassEvaluation", "ConfusionMatrix", "Calibration" and "EvaluatedCases". The
+// weight of the table counts.
+predselect_status predselect_evaluate(predselect_session* session, predselect_table* table,
+                                      const predselect_state* state, predselect_result** result);
 
 // ---- Results ------------------------------------------------------------------------------------
 

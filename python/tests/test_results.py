@@ -252,3 +252,18 @@ def test_damaged_states_are_refused(penguins, tmp_path):
     for damaged in (b"", b"no state", bytes(content[:-20]), bytes(content[:100]) + b"\xff" * 50):
         with pytest.raises(ps.DataError):
             ps.State(damaged)
+
+
+def test_signed_states_are_told_from_others(penguins, tmp_path):
+    key, other = tmp_path / "key", tmp_path / "other"
+    for path in (key, other):
+        path.write_text(f"a key in the file {path.name}")
+        path.chmod(0o600)
+    state = ps.model(penguins, "species").state
+    state.save(tmp_path / "signed.bin", sign_key=key)
+    state.save(tmp_path / "plain.bin")
+    assert ps.State.load(tmp_path / "signed.bin", verify_key=key).to_bytes() == state.to_bytes()
+    for name, against, told in (("plain.bin", key, "not signed"), ("signed.bin", other, "with this key"),
+                                ("signed.bin", tmp_path / "none", "cannot be used as a key")):
+        with pytest.raises(ps.DataError, match=told):
+            ps.State.load(tmp_path / name, verify_key=against)

@@ -133,7 +133,7 @@ def by_c(case):
         '    printf("%d", predselect_score(&cases[i], p));\n'
         '    for (k = 0; k < CLASSES; ++k) printf(" %.17g", p[k]);\n'
         '    puts("");\n  }\n  return 0;\n}\n')
-    for source, more in (("model.c", ["-c", "-O2"]), ("main.c", ["-o", "main"])):
+    for source, more in (("model.c", ["-c", "-O2"]), ("main.c", ["-o", "main", "-lm"])):
         subprocess.run([os.environ.get("CC", "cc"), "-std=c99", "-Wall", "-Wextra", "-pedantic",
                         "-Werror", source, *more], cwd=case.folder, check=True)
     lines = subprocess.run(["./main"], cwd=case.folder, check=True, capture_output=True,
@@ -353,6 +353,8 @@ def main():
         with tempfile.TemporaryDirectory() as folder:
             for trial in trials():
                 if wanted and trial.name not in wanted:
+                    continue
+                if trial.readers is not None and reader not in trial.readers:
                     continue
                 case = Case(trial, Path(folder), ENDINGS[reader])
                 case.compare(*globals()["by_" + reader](case))

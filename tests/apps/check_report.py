@@ -26,6 +26,28 @@ def program(*args, code=0, env=None, folder=None):
     return done
 
 
+def licences_are_those_of_what_is_carried(folder):
+    """The versions of the packages that reports carry are those whose licences were put in front of them."""
+    import re
+    try:
+        import vl_convert
+    except ImportError:
+        own = ROOT / ".venv" / "bin" / "python3"
+        if own.exists() and Path(sys.executable) != own:
+            os.execv(own, [str(own), *sys.argv])
+        print("skipped: vl-convert-python is not there")
+        sys.exit(SKIPPED)
+    licences = (ROOT / "host" / "output" / "report" / "page" / "charts.licences.txt").read_text(encoding="utf-8")
+    bundle = vl_convert.javascript_bundle()
+    carried = {"Vega": vl_convert.get_vega_version(), "Vega-Embed": vl_convert.get_vega_embed_version(),
+               "Vega-Themes": vl_convert.get_vega_themes_version(),
+               "Vega-Lite": max((v for v in re.findall(r'"(\d+\.\d+\.\d+)"', bundle) if v.startswith(vl_convert.get_vegalite_versions()[-1] + ".")), default="?")}
+    for name, version in carried.items():
+        assert f"{name} {version}" in licences, f"{name} {version}: read its licence anew"
+    program(*PLOT, "--format", "html", "-o", folder / "page.html")
+    assert licences.replace("*/", "* /") in (folder / "page.html").read_text(encoding="utf-8")
+
+
 def view_writes_states_and_documents(folder):
     state, document = folder / "state.bin", folder / "out.json"
     program(*PLOT, "--save-state", state, "--format", "json", "-o", document)

@@ -49,7 +49,7 @@ def check_bash(script, folder):
 
 def check_verbs_have_all_options(program, scripts):
     """Every long option that a verb's help shows is in each script."""
-    for verb in ("rank", "model", "describe", "score", "run", "inspect", "merge"):
+    for verb in ("rank", "model", "describe", "score", "evaluate", "run", "inspect", "merge"):
         page = run(program, "help", verb)
         assert page.returncode == 0, page
         assert all(len(line) <= 80 for line in page.stdout.splitlines()), verb

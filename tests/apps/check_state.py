@@ -143,6 +143,44 @@ def law_damaged_files_are_refused(program, folder):
     assert nPlaced > 70, nPlaced
 
 
+def law_signed_states_are_told_from_others(program, folder):
+    """Where a key is asked for: the state that was signed with it, and no other, by every command; and no
+    key that is none, or that anyone may read."""
+    penguins = str(DATA / "penguins.csv")
+    for name, key in (("key", "0123456789abcdef\n"), ("other", "0123456789abcdeF"), ("short", "secret\n"),
+                      ("empty", "\n"), ("open", "0123456789abcdef")):
+        (folder / name).write_text(key, encoding="utf-8")
+        (folder / name).chmod(0o604 if name == "open" else 0o600)
+    for form in ("bin", "xml"):
+        for text, name in ((RANKING, "rank"), (MODEL, "model")):
+            state = f"{name}.{form}"
+            call(program, folder, "run", "--data", penguins, "-c", text, "--save-state", f"signed-{state}",
+                 "--sign-key", "key")
+            call(program, folder, "run", "--data", penguins, "-c", text, "--save-state", state)
+            call(program, folder, "inspect", f"signed-{state}")
+            call(program, folder, "inspect", f"signed-{state}", "--verify-key", "key")
+            for file, key, told in ((state, "key", "not signed"), (f"signed-{state}", "other", "with this key")):
+                refused = call(program, folder, "inspect", file, "--verify-key", key, expect=3)
+                assert file in refused.stderr and told in refused.stderr, refused.stderr
+    signed = ["signed-rank.bin", "signed-rank.xml", "--allow-equal", "--verify-key", "key"]
+    call(program, folder, "merge", *signed, "-o", "all.bin", "--sign-key", "other")
+    call(program, folder, "inspect", "all.bin", "--verify-key", "other")
+    model = ["--verify-key", "key"]
+    for command in (["merge", "rank.bin", "signed-rank.bin", "-o", "all.bin", "--allow-equal"],
+                    ["score", "--model", "model.bin", "--data", penguins],
+                    ["score", "--model", "model.bin", "--data", penguins, "--dry-run"],
+                    ["export", "model.bin", "-o", "m.sql"], ["view", "model.bin", "-o", "m.html"]):
+        assert "not signed" in call(program, folder, *command, *model, expect=3).stderr, command
+        changed = [word if word not in ("rank.bin", "model.bin") else f"signed-{word}" for word in command]
+        call(program, folder, *changed, *model)
+    for key, told in (("short", "6 bytes"), ("empty", "is empty"), ("open", "chmod o="), ("none", "No such file"),
+                      (".", "directory")):
+        refused = call(program, folder, "inspect", "rank.bin", "--verify-key", key, expect=3).stderr
+        assert f"{key}: cannot be used as a key: " in refused and told in refused, refused
+    refused = call(program, folder, "merge", "rank.bin", "rank.xml", "-o", "key", expect=2)
+    call(program, folder, "run", "--data", penguins, "-c", RANKING, "--sign-key", "key", expect=2)
+
+
 def law_a_criterion_without_ranks_is_left_out(program, folder):
     """A state may have been ranked before another criterion was asked for."""
     call(program, folder, "run", "--data", str(DATA / "penguins.csv"), "-c", RANKING,

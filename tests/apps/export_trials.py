@@ -14,9 +14,10 @@ CASES = 120  # to score
 
 
 class Trial:
-    def __init__(self, name, train, score, command, schema=None, options=()):
+    def __init__(self, name, train, score, command, schema=None, options=(), readers=None):
         self.name, self.train, self.score = name, train, score
         self.command, self.schema, self.options = command, schema, options
+        self.readers = readers  # None: all
 
     def write(self, folder):
         """The two tables, and the options that the program reads both with."""
@@ -194,5 +195,12 @@ def trials():
         simple("decimals", decimals, f"NAIVEBAYES y BY u WITH x z {all_in}.", 15),
         simple("epochs", epochs, f"NAIVEBAYES y BY day WITH t {all_in}.", 19),
         simple("large", large, f"NAIVEBAYES y BY k half WITH x {all_in}.", 21),
+        Trial("too_sure", biopsies, shaken(biopsies, 25), f"NAIVEBAYES diagnosis {all_in}.",
+              options=("--calibrate", "temperature")),
+        simple("warm", missing, f"NAIVEBAYES y BY f g WITH x {all_in}.", 27,
+               options=("--calibrate", "temperature"),
+               readers=("json", "c", "sqlite", "duckdb", "postgresql", "jpmml", "onnxruntime")),
+        simple("curves", missing, f"NAIVEBAYES y BY f g WITH x {all_in}.", 29,
+               options=("--calibrate", "isotonic"), readers=("json", "c")),
         simple("extreme", extreme, f"NAIVEBAYES y BY k WITH x z {all_in}.", 23),
     ]

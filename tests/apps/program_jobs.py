@@ -310,7 +310,7 @@ def every_option():
     for args in ([], ["--help"], ["--version"], ["--wrong"], ["explain"], ["run"], ["run", *PLAIN],
                  ["run", "-c", "x"], ["describe"], ["inspect"], ["score", *PLAIN], ["merge"]):
         yield Job(args)
-    for command in ("run", "rank", "model", "describe", "inspect", "score", "merge",
+    for command in ("run", "rank", "model", "describe", "inspect", "score", "evaluate", "merge",
                     "export"):
         yield Job([command, "--help"])
     for topic in ("", "view", "help", "completion", "selectpred", "NAIVEBAYES", "nothing"):
@@ -360,6 +360,23 @@ def every_state():
                     *(["--format", form] for form in forms)):
         yield Job(["score", "--model", made("model.bin"), *PLAIN, *options])
     yield Job(["score", "--model", made("model.bin"), *table("survey.csv"), "--dry-run"])
+    for options in ([], JSON, ["-o", "out.md"], ["--format", "csv", "--table", "confusionmatrix"],
+                    ["--weight", "year"], ["--format", "html"], ["--stream", "--quiet"]):
+        yield Job(["evaluate", "--model", made("model.bin"), *PLAIN, *options])
+    for name, options in (("survey.csv", ["--weight", "w"]), ("survey.csv", ["--level", "x=nominal"]),
+                          ("biopsies.csv", []), ("header.csv", [])):
+        yield Job(["evaluate", "--model", made("coded.bin"), *table(name), *options])
+    yield Job(["evaluate", "--model", made("rank.bin"), *PLAIN])
+    for options in (["--cross-validate", "5"], ["--cross-validate", "3", "--repeats", "2", *JSON],
+                    ["--cross-validate", "400"], ["--cross-validate", "1"],
+                    ["--cross-validate", "5", "--test", "0.2"], ["--seed", "2"],
+                    ["--cross-validate", "4", "--seed", "2", "--format", "csv", "--table", "Folds"]):
+        yield Job(["model", *PENGUINS, "species", *options])
+    yield run(table("survey.csv", "--weight", "w"), "NAIVEBAYES y BY code word WITH x z /FORCE FACTORS=grade"
+              " /CROSSVALIDATION FOLDS=4 /PRINT EVALUATION SUMMARY.")
+    for method in ("temperature", "isotonic", "platt"):
+        yield Job(["model", *PENGUINS, "species", "--calibrate", method, "--export", "model.json"])
+        yield run(PENGUINS, "NAIVEBAYES species.", "--calibrate", method, "--save-state", "state.bin")
     for options in (["--explain"], ["--explain", "1", "--save-data", "out.parquet"]):
         yield Job(["score", "--model", made("coded.bin"), *table("survey.csv"), *options])
     for form in (*forms, "json"):

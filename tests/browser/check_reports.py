@@ -21,12 +21,15 @@ ROOT = Path(__file__).resolve().parent.parent.parent
 DATA = ROOT / "data"
 WIDTHS = (390, 820, 1280)
 SKIPPED = 77
+PATIENCE = 120  # seconds, on a machine that has other things to do
+MOST_SCRIPTING = 2.0  # seconds of processor time; 0.3 where it was measured first
 CHROMIUM = shutil.which("chromium")
 # Names and values that a page must show and not obey.
 HOSTILE = ["</script><script>document.title='run'</script>", "<img src=x onerror=\"document.title='run'\">",
            "\u202egnirts", "a\u200fb", "${alert(1)}", "&lt;b&gt;", "'\"><svg onload=alert(1)>", "@PAYLOAD@"]
 
-LAWS = ("every_page_opens_alone", "rankings_are_sorted_and_searched", "what_if_equals_score", "hostile_names_stay_text",
+LAWS = ("every_page_opens_alone", "documents_show_their_findings", "damaged_documents_are_said_to_be",
+        "rankings_are_sorted_and_searched", "what_if_equals_score", "hostile_names_stay_text",
         "pages_are_accessible", "printed_tables_are_whole", "thousands_of_predictors_stay_fluid",
         "downloads_hold_what_is_shown", "readme_shows_a_page")
 
@@ -56,12 +59,14 @@ def opened(started, path, **options):
     troubles = []
     measured = options.pop("measured", False)
     page = started.new_page(viewport={"width": options.pop("width", 1280), "height": 900}, **options)
+    page.set_default_timeout(1000 * PATIENCE)
     page.on("console", lambda m: troubles.append(f"console: {m.text}") if m.type in ("error", "warning") else None)
     page.on("pageerror", lambda error: troubles.append(f"error: {error}"))
     page.on("request", lambda r: troubles.append(f"request: {r.url}") if r.url != f"file://{path}" else None)
     if measured:
         page.metrics = page.context.new_cdp_session(page)
-        page.metrics.send("Performance.enable")
+        # The time that its thread had, whatever else the machine does.
+        page.metrics.send("Performance.enable", {"timeDomain": "threadTicks"})
     page.goto(f"file://{path}")
     until(page, "document.documentElement.dataset.ready === 'yes'")
     yield page
@@ -70,7 +75,7 @@ def opened(started, path, **options):
     page.close()
 
 
-def until(page, condition, seconds=20):
+def until(page, condition, seconds=PATIENCE):
     """The page's policy forbids what the driver's own waiting does: to evaluate texts."""
     end = time.monotonic() + seconds
     while not page.evaluate(condition):
@@ -205,6 +210,54 @@ def what_if_equals_score(folder, started):
     assert worst < 1e-9, worst
 
 
+def documents_show_their_findings(folder, started):
+    """A document of a verb is the same page as the verb's own, and one of commands says what it lacks."""
+    folder, penguins = Path(folder), DATA / "penguins.csv"
+    jobs = {"rank": ("rank", penguins, "species"), "model": ("model", penguins, "species"), "describe": ("describe", penguins)}
+    for name, job in jobs.items():
+        program(*job, "--quiet", "--format", "html", "-o", folder / f"{name}.html")
+        program(*job, "--quiet", "--format", "json", "-o", folder / f"{name}.json")
+        program("view", folder / f"{name}.json", "-o", folder / f"{name}-seen.html")
+        texts = []
+        for path in (folder / f"{name}.html", folder / f"{name}-seen.html"):
+            with opened(started, path) as page:
+                # Below it, a document has tables for programs as well.
+                texts.append(page.locator("body").inner_text().split("Tables of the command")[0])
+        assert texts[0] == texts[1], (name, texts)
+    program("run", "--data", penguins, "--quiet", "--format", "json", "-o", folder / "run.json", "-c", "SELECTPRED species /PLOT SUMMARY.")
+    program("view", folder / "run.json", "-o", folder / "run.html")
+    with opened(started, folder / "run.html") as page:
+        until(page, "document.querySelectorAll('.drawn svg').length === 1")
+        assert "tables of the command alone" in page.locator("main").inner_text()
+
+
+def damaged_documents_are_said_to_be(folder, started):
+    """Whatever a document lacks or holds instead: a refusal, or a page that opens and runs nothing of it."""
+    folder, drawn = Path(folder), random.Random(3)
+    program("run", "--data", DATA / "penguins.csv", "--quiet", "--format", "json", "-o", folder / "whole.json", "-c", "SELECTPRED species /PLOT SUMMARY.")
+    program("model", DATA / "penguins.csv", "species", "--quiet", "--format", "json", "-o", folder / "model.json")
+    for name in ("whole", "model"):
+        for i in range(12):
+            document = json.loads((folder / f"{name}.json").read_text())
+            for _ in range(1 + i % 3):
+                place = document["runs"][0]
+                while True:
+                    key = drawn.choice(list(place) if isinstance(place, dict) else range(len(place)))
+                    if not isinstance(place[key], (dict, list)) or not place[key] or drawn.random() < 0.3:
+                        break
+                    place = place[key]
+                place[key] = drawn.choice([None, [], {}, -1e308, HOSTILE[1], [HOSTILE[0]], {"signal": "alert(1)"}, True])
+            (folder / "damaged.json").write_text(json.dumps(document))
+            done = subprocess.run([PROGRAM, "view", "damaged.json", "-o", "damaged.html"], cwd=folder, capture_output=True, text=True)
+            assert done.returncode in (0, 3), (done.returncode, done.stderr, document)
+            if done.returncode == 0:
+                with opened(started, folder / "damaged.html") as page:
+                    assert page.title() == "penguins.csv", page.title()
+                    assert page.locator("img, main script, iframe, object").count() == 0, document
+    (folder / "deep.json").write_text('{"predselect": "1", "runs": [' + 200000 * "[" + 200000 * "]" + "]}")
+    program("view", folder / "deep.json", "-o", folder / "deep.html", code=3)
+
+
 def hostile_names_stay_text(folder, started):
     folder = Path(folder)
     with open(folder / "hostile.csv", "w", newline="") as file:
@@ -260,7 +313,7 @@ def printed_tables_are_whole(folder, started):
 
 
 def thousands_of_predictors_stay_fluid(folder, started):
-    """2,000 predictors of a target of 3 classes: open in a second of scripting, and no row is ever blank."""
+    """2,000 predictors of a target of 3 classes: little scripting opens the page, and no row is ever blank."""
     folder = Path(folder)
     drawn = random.Random(1)
     with open(folder / "wide.csv", "w", encoding="utf-8") as file:
@@ -289,7 +342,7 @@ def thousands_of_predictors_stay_fluid(folder, started):
             })()""")
             assert empty == 0, empty
     print(f"scripting of 2,000 predictors: {min(durations):.2f} s")
-    assert min(durations) < 1.0, durations
+    assert min(durations) < MOST_SCRIPTING, durations
 
 
 def downloads_hold_what_is_shown(folder, started):

@@ -61,6 +61,7 @@ JOBS = {
                 ["data.csv", "state.bin", "model.json", "model.xml", "page.html"]),
     "run csv in pieces": (["run", "IN/long.csv", "--stream", "-c", "SELECTPRED y.", "-o", "page.txt"],
                           ["page.txt"]),
+    "rank csv in pieces": (["rank", "IN/long.csv", "y", "--threads", "2"], []),
     "run parquet": (["run", "IN/p.parquet", "-c", NAIVE, "--save-data", "data.parquet", "--force",
                      "--save-state", "state.xml", "-o", "page.json"],
                     ["data.parquet", "state.xml", "model.xml", "page.json"]),

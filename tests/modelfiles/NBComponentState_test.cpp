@@ -221,6 +221,38 @@ TEST(ComponentState, IsWhatItsDescriptionSays) {
   EXPECT_THAT(document, testing::HasSubstr("<Object name=\"NBAlgorithm 1.00\">"));
 }
 
+// A model with one is saved in a form of its own, and what cannot be one is not read.
+TEST(ComponentState, HoldsTheCalibration) {
+  using Curves = std::vector<NBCalibration::Curve>;
+  const struct {
+    NBCalibration fCalibration;
+    bool fbValid;
+  } cases[] = {{NBCalibration::ByTemperature(2.5), true},
+               {NBCalibration::ByTemperature(0), false},
+               {NBCalibration::ByTemperature(-1), false},
+               {NBCalibration::ByCurves(Curves{{{0.1, 0.1 + 0.2}, {0, 1}}}), true},
+               {NBCalibration::ByCurves(Curves{}), false},
+               {NBCalibration::ByCurves(Curves{{{}, {}}}), false},
+               {NBCalibration::ByCurves(Curves{{{0.2, 0.2}, {0, 1}}}), false},
+               {NBCalibration::ByCurves(Curves{{{0.2, 0.4}, {0.5, 0.4}}}), false},
+               {NBCalibration::ByCurves(Curves{{{0.2}, {0.5, 0.6}}}), false},
+               {NBCalibration::ByCurves(Curves{{{0.2}, {1.5}}}), false}};
+  const QuietErrors quiet;
+  for (const auto& c : cases) {
+    const Component model = MakeSmall();
+    dynamic_cast<NBAlgorithm&>(*model).SetCalibration(c.fCalibration);
+    const std::string bytes = Binary(*model);
+    EXPECT_EQ(bytes.substr(0, 16), "NBAlgorithm 1.01");
+    const Component restored[] = {FromBinary(bytes), FromXML(Document(*model))};
+    for (const Component& again : restored) {
+      ASSERT_EQ(again != nullptr, c.fbValid) << &c - cases;
+      if (again != nullptr) {
+        EXPECT_EQ(Binary(*again), bytes);
+      }
+    }
+  }
+}
+
 // Kept files: what was saved once can be restored for ever.
 TEST(ComponentState, OfEarlierDaysIsStillRead) {
   const std::string path = PREDSELECT_SOURCE_DIR "/tests/modelfiles/states/naive";

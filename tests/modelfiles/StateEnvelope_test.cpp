@@ -17,6 +17,9 @@ using MCModelFiles::OpenEnvelope;
 using MCModelFiles::PutIntoEnvelope;
 
 constexpr const char* kKey = "0123456789abcdef";
+constexpr const char* kUnsigned =
+    "it is not signed, and only files that were signed with the key are to be read";
+constexpr const char* kWrongKey = "it was not signed with this key, or was changed since";
 constexpr const char* kOtherKey = "0123456789abcdeF";
 
 std::string ContentOf(const std::string& path) {
@@ -90,10 +93,10 @@ TEST(StateEnvelope, GivesBackWhatWasPutIn) {
 TEST(StateEnvelope, IsRefusedWithoutTheSignatureThatIsAskedFor) {
   for (const bool xml : {false, true}) {
     const std::string content = KeptState(xml ? "feature.xml" : "feature.bin");
-    EXPECT_EQ(Open(content, xml, kKey).fTrouble, "it is not signed");
-    EXPECT_EQ(Open(PutIntoEnvelope(content, xml, ""), xml, kKey).fTrouble, "it is not signed");
+    EXPECT_EQ(Open(content, xml, kKey).fTrouble, kUnsigned);
+    EXPECT_EQ(Open(PutIntoEnvelope(content, xml, ""), xml, kKey).fTrouble, kUnsigned);
     EXPECT_EQ(Open(PutIntoEnvelope(content, xml, kOtherKey), xml, kKey).fTrouble,
-              "its signature was not made with this key");
+              kWrongKey);
     // A signature of other content.
     std::string moved = PutIntoEnvelope(content, xml, kKey);
     std::string changed = content;
@@ -101,7 +104,7 @@ TEST(StateEnvelope, IsRefusedWithoutTheSignatureThatIsAskedFor) {
     const std::string other = PutIntoEnvelope(changed, xml, kKey);
     const std::size_t from = moved.size() - (xml ? 70 : 32);
     moved.replace(from, moved.npos, other.substr(from));
-    EXPECT_EQ(Open(moved, xml, kKey).fTrouble, "its signature was not made with this key");
+    EXPECT_EQ(Open(moved, xml, kKey).fTrouble, kWrongKey);
   }
 }
 

@@ -5,6 +5,7 @@
 
 #include "backend/predselect/specifications/PRSOptions.h"
 #include "feature/FSCriterion.h"
+#include "naivebayes/validation/NBCrossValidation.h"
 
 namespace {
 
@@ -182,6 +183,23 @@ SubCom Subset() {
       .addParamDesc(Param("NOSELECTION", Param::kFlag, "All of them."));
 }
 
+SubCom CrossValidation() {
+  return SubCom("CROSSVALIDATION",
+                "Says how good such a model is on cases that it has not seen: selects and builds "
+                "it again without each fold of the training cases, and predicts that fold.")
+      .addParamDesc(Param("FOLDS", Param::kInteger, "So many folds.")
+                        .setLowerBoundary(2.0, Param::kLowerInclusive)
+                        .setUpperBoundary(NBCrossValidation::kMostFolds, Param::kUpperInclusive)
+                        .setDefault(NBCrossValidation().fNFolds))
+      .addParamDesc(Param("REPEATS", Param::kInteger, "So many times, with other folds each time.")
+                        .setLowerBoundary(1.0, Param::kLowerInclusive)
+                        .setUpperBoundary(NBCrossValidation::kMostRepeats, Param::kUpperInclusive)
+                        .setDefault(NBCrossValidation().fNRepeats))
+      .addParamDesc(Param("SEED", Param::kInteger, "Which folds; another number, other folds.")
+                        .setLowerBoundary(0.0, Param::kLowerInclusive)
+                        .setDefault(static_cast<int>(NBCrossValidation().fSeed)));
+}
+
 SubCom Save() {
   return SubCom("SAVE", "New variables in the data.")
       .addParamDesc(
@@ -220,8 +238,8 @@ SubCom MacroVar() {
 SubCom Print(bool univariable) {
   SubCom print("PRINT", univariable ? "The tables that are shown. All of them but EFFECTS when "
                                       "PRINT is not given."
-                                    : "The tables that are shown. All of them when PRINT is not "
-                                      "given.");
+                                    : "The tables that are shown. All of them but EVALUATION "
+                                      "when PRINT is not given.");
   print.addParamDesc(Param("NONE", Param::kFlag, "No table."))
       .addParamDesc(Param("CPS", Param::kFlag, "Case processing summary."))
       .addParamDesc(Param("EXCLUDED", Param::kFlag, "Predictors that were left out, and why."))
@@ -236,8 +254,11 @@ SubCom Print(bool univariable) {
                             "size with its interval, mutual information, missing values."));
   }
   return print.addParamDesc(Param("SUMMARY", Param::kFlag, "The subsets and their criterion."))
-      .addParamDesc(
-          Param("CLASSIFICATION", Param::kFlag, "Predicted against observed categories."));
+      .addParamDesc(Param("CLASSIFICATION", Param::kFlag, "Predicted against observed categories."))
+      .addParamDesc(Param("EVALUATION", Param::kFlag,
+                          "How good the model is on the test cases, without a test sample on the "
+                          "training cases: accuracy, AUC, log loss and others with their "
+                          "intervals."));
 }
 
 SubCom Plot(bool univariable) {
@@ -269,6 +290,7 @@ void PRSGrammar::Declare(CommandDescriptor& command, bool univariable) {
     command.addSubComDesc(Force())
         .addSubComDesc(TrainingSample())
         .addSubComDesc(Subset())
+        .addSubComDesc(CrossValidation())
         .addSubComDesc(Save())
         .addSubComDesc(OutFile());
   }

@@ -122,6 +122,7 @@ bool PRSParser::ProcessSubCommands(const CommandSpec& spec) {
       {"PLOT", &PRSParser::ProcessPlotSubCom},
       {"TRAININGSAMPLE", &PRSParser::ProcessTrainSampSubCom},
       {"SUBSET", &PRSParser::ProcessSubsetSubCom},
+      {"CROSSVALIDATION", &PRSParser::ProcessValidationSubCom},
       {"SAVE", &PRSParser::ProcessSaveSubCom},
       {"OUTFILE", &PRSParser::ProcessOutFileSubCom},
       {"SCREENING", &PRSParser::ProcessScreeningSubCom},

@@ -64,6 +64,7 @@ class PRSParser {
   bool ProcessForceSubCom(const SubComObj& subCom);
   bool ProcessTrainSampSubCom(const SubComObj& subCom);
   bool ProcessSubsetSubCom(const SubComObj& subCom);
+  bool ProcessValidationSubCom(const SubComObj& subCom);
   bool ProcessSaveSubCom(const SubComObj& subCom);
   bool ProcessOutFileSubCom(const SubComObj& subCom);
 

@@ -11,6 +11,7 @@
 #include "common/MCAssert.h"
 #include "feature/FSCriterion.h"
 #include "host/output/ShowText.h"
+#include "naivebayes/validation/NBCrossValidation.h"
 
 using MCHost::KeyText;
 
@@ -26,6 +27,7 @@ constexpr std::pair<const char*, bool PRSPrint::*> kTables[] = {
     {"SELECTED", &PRSPrint::fbSelect},
     {"CLASSIFICATION", &PRSPrint::fbClassify},
     {"EFFECTS", &PRSPrint::fbEffects},
+    {"EVALUATION", &PRSPrint::fbEvaluation},
 };
 
 // The grammar takes its words from the table of criteria.
@@ -302,6 +304,23 @@ bool PRSParser::TakeBestSubset(const ParamObj& maxSize, PRSSubset& subset) const
   fMessages.At(best->GetPlace())
       .NeedSubComForParam("TRAININGSAMPLE", "SUBSET BESTSUBSET", "TESTDATA");
   return false;
+}
+
+bool PRSParser::ProcessValidationSubCom(const SubComObj& subCom) {
+  const bool isTest = fSpecs.Options().fSubset.fbTestData;
+  if (isTest || IsSelectionOff()) {
+    fMessages.At(subCom.GetNameToken())
+        .OptionIdle("CROSSVALIDATION",
+                    KeyText(isTest ? "BESTSUBSET=TESTDATA chooses by the test cases"
+                                   : "SUBSET asks for NOSELECTION"));
+    return true;
+  }
+  PRSValidation validation{.fFolds = NBCrossValidation().fNFolds};
+  Take(subCom, "FOLDS", validation.fFolds);
+  Take(subCom, "REPEATS", validation.fRepeats);
+  Take(subCom, "SEED", validation.fSeed);
+  fSpecs.Options().fValidation = validation;
+  return true;
 }
 
 bool PRSParser::ProcessSaveSubCom(const SubComObj& subCom) {

@@ -15,9 +15,9 @@ namespace {
 // Writes a state file by name: `write` is given the path and the form, and says what went wrong.
 bool SaveState(const std::function<std::string(const std::string&, const StateWriting&)>& write) {
   const std::string target = MCHost::CurrentSession().StatePath();
+  const StateWriting how{IsXMLStateName(target), MCHost::CurrentSession().StateKey()};
   try {
-    MCHost::WriteWhole(
-        target, [&](const std::string& path) { return write(path, {IsXMLStateName(target)}); });
+    MCHost::WriteWhole(target, [&](const std::string& path) { return write(path, how); });
     MCHost::CurrentSession().ReportFile(target);
     return true;
   } catch (const MCHost::HostIOError& error) {

@@ -6,6 +6,7 @@
 #include "backend/predselect/command/PRSMessages.h"
 #include "backend/predselect/drivers/NaiveDataSourceIter.h"
 #include "backend/predselect/drivers/PRSFiles.h"
+#include "backend/predselect/drivers/PRSMultiCalibration.h"
 #include "backend/predselect/drivers/PRSMultiScoring.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "feature/FSSettings.h"
@@ -14,7 +15,7 @@
 #include "host/output/BpError.h"
 #include "host/session/ISession.h"
 #include "host/session/SessionScope.h"
-#include "naivebayes/INBAlgorithm.h"
+#include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/NaiveBayesSettings.h"
 
 namespace {
@@ -100,9 +101,11 @@ bool PRSMultiFactory::RunNBComponent() {
   if (specs.GetPrintExclude() && !fMetaData.IsAnyDropped() && GetDroppedInTraining().empty()) {
     PRSMessages().NoPredsExcluded();
   }
-  if (!fModel.WriteFiles()) return false;
+  PRSMultiCalibration calibration(fRun, dynamic_cast<NBAlgorithm&>(*fModel.GetINBAlgorithm()));
+  if (!calibration.Calibrate() || !fModel.WriteFiles()) return false;
   PRSMultiScoring scoring(fRun, *fModel.GetINBAlgorithm(), fMetaData.GetNSaveDepCats());
   if (scoring.IsNeeded() && !scoring.ScoringDataPass()) return false;
+  fEvaluation = scoring.FindEvaluation();
   HandOverFindings(scoring);
   const bool testLayerWanted =
       IsClassified() && specs.GetMultiTrainSamp() && !specs.GetMultiTestData();

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -17,6 +18,7 @@
 #include "backend/predselect/drivers/PRSMultiModel.h"
 #include "backend/predselect/drivers/PRSMultiRun.h"
 #include "backend/predselect/drivers/PRSMultiScreening.h"
+#include "common/evaluation/Evaluation.h"
 
 class INBAlgorithm;
 class NaiveDataSourceIter;
@@ -67,8 +69,10 @@ class PRSMultiFactory {
   const std::vector<std::pair<int, double>>& GetSelectResults() const {
     return fModel.GetSelectResults();
   }
+  const NBCrossValidation& GetValidation() const { return fModel.GetValidation(); }
   std::vector<int> GetForcedInputs() const { return fModel.GetForcedInputs(); }
   bool IsClassified() const { return fRun.IsClassified(); }
+  const std::optional<MCCommon::Evaluation>& GetEvaluation() const { return fEvaluation; }
 
   int GetNTrainRecords() const { return fRun.Adapter().GetRecordCount(); }
   int GetNTestRecords() const { return fNTestRecords; }
@@ -96,4 +100,5 @@ class PRSMultiFactory {
   std::unique_ptr<NaiveDataSourceIter> fpTrainRecIter;
   std::unique_ptr<NaiveDataSourceIter> fpTestRecIter;
   int fNTestRecords = 0;
+  std::optional<MCCommon::Evaluation> fEvaluation;
 };

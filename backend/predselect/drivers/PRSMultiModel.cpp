@@ -19,6 +19,7 @@
 #include "common/xml/MCApplicInfo4XML.h"
 #include "host/cases/UAInputAdapter.h"
 #include "host/cases/UAVarValidSpecs.h"
+#include "host/output/BpError.h"
 #include "host/output/ShowText.h"
 #include "host/session/HostFunctions.h"
 #include "host/session/HostIOError.h"
@@ -86,6 +87,7 @@ bool PRSMultiModel::Build(NaiveDataSourceIter& train, NaiveDataSourceIter* test)
   if (test != nullptr && !fRun.IsPassComplete(*test)) return false;
   if (!ReportEngine()) return false;
   WarnOfLeaks(train.GetNCases());
+  WarnOfValidation();
   return true;
 }
 
@@ -99,6 +101,29 @@ void PRSMultiModel::WarnOfLeaks(int tableCases) const {
     leaks.Look(fRun.VarSpecs().GetKOVAVarIndex(input.fVarIndex), input.fTraits);
   }
   leaks.Warn();
+}
+
+void PRSMultiModel::WarnOfValidation() const {
+  const int nFolds = fSpecs.Options().fValidation.fFolds;
+  if (nFolds == 0) return;
+  const std::vector<std::string> folds{std::to_string(nFolds)};
+  if (fValidation.fvRuns.empty()) {
+    const bool isHeld =
+        fRun.Adapter().GetRecordCount() <= fSpecs.GetNaiveSettingsPtr()->GetMaxRecordsInMemory();
+    MCHost::RaiseMessage(
+        MCHost::OutputMessage::kWarning,
+        isHeld ? "Fewer cases than ^1 folds..." : "Not cross-validated for want of memory...",
+        isHeld ? folds : std::vector<std::string>());
+    return;
+  }
+  bool isRare = false;
+  for (int k = 0; k < fpNBAlgorithm->GetNTargetCategories(); ++k) {
+    const int records = fpNBAlgorithm->GetTargetCategoryRecords(k);
+    isRare = isRare || (records > 0 && records < nFolds);
+  }
+  if (!isRare) return;
+  MCHost::RaiseMessage(MCHost::OutputMessage::kWarning,
+                       "A category with fewer cases than ^1 folds...", folds);
 }
 
 void PRSMultiModel::BuildOrSelect(NaiveDataSourceIter& train, NaiveDataSourceIter* test) {
@@ -117,6 +142,11 @@ void PRSMultiModel::Select(NaiveDataSourceIter& train, NaiveDataSourceIter* test
   const int asked = isExact ? fSpecs.GetMultiExactSize() : fSpecs.GetMultiMaxSize();
   std::ostringstream document;
   MCApplicInfo4XML info = ApplicationInfo();
+  const PRSValidation& validation = fSpecs.Options().fValidation;
+  const bool isValidated = validation.fFolds > 0;
+  fValidation = {.fNFolds = validation.fFolds,
+                 .fNRepeats = validation.fRepeats,
+                 .fSeed = static_cast<std::uint64_t>(validation.fSeed)};
   fRun.SetStatus(
       fpNBAlgorithm->SelectAttributes({.fData = train,
                                        .fNRecords = fRun.Adapter().GetRecordCount(),
@@ -125,7 +155,8 @@ void PRSMultiModel::Select(NaiveDataSourceIter& train, NaiveDataSourceIter* test
                                        .fpTest = test,
                                        .fNReport = nUnique + (nForced >= 1 ? 1 : 0),
                                        .fpXML = PRSAreResultsWanted() ? &document : nullptr,
-                                       .fpAppInfo = &info},
+                                       .fpAppInfo = &info,
+                                       .fpValidation = isValidated ? &fValidation : nullptr},
                                       fSelection));
   fResultDocument = MCCommon::WholeText(document);
 }

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "naivebayes/INBAlgorithm.h"
+#include "naivebayes/validation/NBCrossValidation.h"
 
 class NaiveDataSourceIter;
 class PRSMultiMetaData;
@@ -45,6 +46,8 @@ class PRSMultiModel {
   // forced ones first; average log-likelihoods by subset size (size 1 first); pairs of subset size
   // and criterion value, the best first (none for an exact size).
   const NBSelectionResult& GetSelection() const { return fSelection; }
+  // Without runs where the command asks for none, or it could not be done.
+  const NBCrossValidation& GetValidation() const { return fValidation; }
   const std::vector<int>& GetSelectPredictors() const { return fSelection.fvSelected; }
   const std::vector<double>& GetAverageLogValues() const { return fSelection.fvLogLikelihoods; }
   const std::vector<std::pair<int, double>>& GetSelectResults() const {
@@ -66,6 +69,8 @@ class PRSMultiModel {
   bool ReportEngine();
   void NameDroppedInputs() const;
   void WarnOfLeaks(int tableCases) const;
+  // Why there is no cross-validation, or what it is to be taken with.
+  void WarnOfValidation() const;
   bool WriteResultDocument() const;
   bool WriteModel();
 
@@ -76,6 +81,7 @@ class PRSMultiModel {
   std::unique_ptr<INBAlgorithm> fpNBAlgorithm;
   std::unique_ptr<MCHost::OutputFile> fpModelFile;
   NBSelectionResult fSelection;
+  NBCrossValidation fValidation;
   std::string fResultDocument;
   std::optional<MCNaive::MCStatus> fLostModel;
 };

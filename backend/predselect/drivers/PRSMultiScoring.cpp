@@ -20,7 +20,7 @@
 #include "host/output/pivot/BpVariable.h"
 #include "host/session/ISession.h"
 #include "host/session/SessionScope.h"
-#include "naivebayes/INBAlgorithm.h"
+#include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/encoders/NBRoundEncoder.h"
 
 namespace {
@@ -41,7 +41,8 @@ PRSMultiScoring::PRSMultiScoring(PRSMultiRun& run, INBAlgorithm& algorithm, int 
       fAlgorithm(algorithm),
       fNSaveDepCats(nSaveDepCats),
       fScored(MCHost::CurrentSession().Threads()),
-      fbCurvesWanted(MCHost::CurrentSession().WantsFindings()) {
+      fbCurvesWanted(MCHost::CurrentSession().WantsFindings()),
+      fbEvaluated(fSpecs.GetPrintEvaluation()) {
   fParserMessages.SetCommandName(PRSGrammar::kNaiveBayes);
   fParserMessages.SetProcedureTitle("NaiveBayes");
 }
@@ -49,7 +50,8 @@ PRSMultiScoring::PRSMultiScoring(PRSMultiRun& run, INBAlgorithm& algorithm, int 
 PRSMultiScoring::~PRSMultiScoring() = default;
 
 bool PRSMultiScoring::IsNeeded() const {
-  return !fSpecs.GetPredValVarName().IsEmpty() || fNSaveDepCats >= 1 || fRun.IsClassified();
+  return !fSpecs.GetPredValVarName().IsEmpty() || fNSaveDepCats >= 1 || fRun.IsClassified() ||
+         fbEvaluated;
 }
 
 bool PRSMultiScoring::CreateNewVars() {
@@ -156,10 +158,10 @@ bool PRSMultiScoring::ScoreCases() {
 bool PRSMultiScoring::SaveVarValues(ProcDSIterator* pDataIter, const MCCommon::RecordBlock& block) {
   MCCommon::Assert(pDataIter != nullptr, "pDataIter != 0", kSource);
   MCNaive::MCStatus status;
+  const bool isCounted = fRun.IsClassified() || fbEvaluated;
+  if (isCounted) fpScoreRecIter->MarkTrainSample(fTrainingMarks);
   if (fRun.IsClassified()) {
-    fpScoreRecIter->MarkTrainSample(fTrainingMarks);
     status = fAlgorithm.ScoreAndAccumBlock(block, fScored, fTrainingMarks);
-    if (fbCurvesWanted && !status.IsError()) CountCurves(block);
   } else {
     status = fAlgorithm.ScoreBlock(block, fScored);
   }
@@ -167,6 +169,7 @@ bool PRSMultiScoring::SaveVarValues(ProcDSIterator* pDataIter, const MCCommon::R
     fRun.SetStatus(status);
     return false;
   }
+  if (isCounted && (fbCurvesWanted || fbEvaluated)) CountCases(block);
   fpWriter->Store(*pDataIter, fpScoreRecIter->GetBlockPlaces(), fScored.GetWinners(),
                   fScored.GetProbabilities());
   return true;
@@ -177,8 +180,7 @@ const PRSCurves* PRSMultiScoring::GetCurves(bool training) const {
   return curves ? &*curves : nullptr;
 }
 
-// The cases that the classification table counts.
-void PRSMultiScoring::CountCurves(const MCCommon::RecordBlock& block) {
+void PRSMultiScoring::CountCases(const MCCommon::RecordBlock& block) {
   const NBVarList& variables = fAlgorithm.GetVarList();
   const double* targets = block.Column(static_cast<std::size_t>(variables.GetTargetIndex()));
   const int weightIndex = variables.GetWeightIndex();
@@ -194,9 +196,27 @@ void PRSMultiScoring::CountCurves(const MCCommon::RecordBlock& block) {
                            fScored.GetWinners()[i] >= 0;
     const double weight = frequency == nullptr ? 1.0 : frequency->Encode(weights[i]).first;
     if (!isCounted || MCMV::IsMissing(weight) || !(weight > 0.0)) continue;
-    std::optional<PRSCurves>& curves = fCurves[fTrainingMarks[i] != 0 ? 1 : 0];
-    if (!curves) curves.emplace(fAlgorithm.GetNTargetCategories());
-    curves->Count(static_cast<int>(targets[i]),
-                  {&fScored.GetProbabilities()[i * nTargets], nTargets}, weight);
+    CountCase(static_cast<int>(targets[i]), {&fScored.GetProbabilities()[i * nTargets], nTargets},
+              i, weight);
   }
+}
+
+void PRSMultiScoring::CountCase(int category, std::span<const double> probabilities, std::size_t i,
+                                double weight) {
+  const bool isTraining = fTrainingMarks[i] != 0;
+  if (fbCurvesWanted && fRun.IsClassified()) {
+    std::optional<PRSCurves>& curves = fCurves[isTraining ? 1 : 0];
+    if (!curves) curves.emplace(fAlgorithm.GetNTargetCategories());
+    curves->Count(category, probabilities, weight);
+  }
+  if (!fbEvaluated || isTraining == fSpecs.GetMultiTrainSamp()) return;
+  if (!fEvaluation) fEvaluation.emplace(probabilities.size());
+  fEvaluation->Add(static_cast<std::size_t>(category),
+                   static_cast<std::size_t>(fScored.GetWinners()[i]), probabilities, weight);
+}
+
+std::optional<MCCommon::Evaluation> PRSMultiScoring::FindEvaluation() {
+  const auto* algorithm = dynamic_cast<const NBAlgorithm*>(&fAlgorithm);
+  if (!fEvaluation || algorithm == nullptr) return {};
+  return fEvaluation->Find(algorithm->GetOutput().GetPriors());
 }

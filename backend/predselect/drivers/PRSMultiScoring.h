@@ -4,10 +4,12 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "backend/predselect/PRSCurves.h"
+#include "common/evaluation/EvaluationCounter.h"
 #include "host/cases/KOVA_Value.h"
 #include "host/cases/UAPredictionWriter.h"
 #include "host/cases/UAProcDataSourceIter.h"
@@ -38,6 +40,10 @@ class PRSMultiScoring {
   // without such a case.
   const PRSCurves* GetCurves(bool training) const;
 
+  // What the cases of the test sample, or of training where there is none, say of the model; none
+  // unless the command asks for it, and for a sample without a case.
+  std::optional<MCCommon::Evaluation> FindEvaluation();
+
  private:
   bool CreateNewVars();
   bool CreatePredictedValue();
@@ -48,7 +54,9 @@ class PRSMultiScoring {
   bool ScoreCases();
   // Scores the last block of the scoring stream and writes its values.
   bool SaveVarValues(ProcDSIterator* pDataIter, const MCCommon::RecordBlock& block);
-  void CountCurves(const MCCommon::RecordBlock& block);
+  // Counts the cases that the classification table counts, for curves and evaluation.
+  void CountCases(const MCCommon::RecordBlock& block);
+  void CountCase(int category, std::span<const double> probabilities, std::size_t i, double weight);
 
   PRSMultiRun& fRun;
   const PRSValidSpecs& fSpecs;
@@ -63,6 +71,8 @@ class PRSMultiScoring {
   NBScoredBlock fScored;
   std::vector<char> fTrainingMarks;  // of the cases of a block
   bool fbCurvesWanted;
+  bool fbEvaluated;
+  std::optional<MCCommon::EvaluationCounter> fEvaluation;
   std::optional<PRSCurves> fCurves[2];  // of test and training cases
   ParserMessage fParserMessages;
 };

@@ -17,6 +17,8 @@
 #include "host/output/AddNotes.h"
 #include "host/output/BpError.h"
 #include "host/output/OutputNote.h"
+#include "host/output/evaluation/ShowCrossValidation.h"
+#include "host/output/evaluation/ShowEvaluation.h"
 #include "host/output/pivot/BpComposite.h"
 #include "host/output/pivot/BpNumber.h"
 #include "host/output/pivot/BpPivotTable.h"
@@ -84,6 +86,8 @@ void NaiveOutput::DisplayTables() {
   if (fpValidSpecs->GetPrintSummary() && isSelected) DisplaySubsets();
   if (fpValidSpecs->GetPrintSelect() && isSelected) DisplaySelected();
   if (fpValidSpecs->GetPrintClassify()) DisplayClassification();
+  if (fpFactory->GetEvaluation()) DisplayEvaluation();
+  if (!fpFactory->GetValidation().fvRuns.empty()) DisplayValidation();
 }
 
 MCHost::OutputText NaiveOutput::TargetCategory(int code) const {
@@ -320,6 +324,37 @@ void NaiveOutput::SetMacros() const {
 
 void NaiveOutput::DisplaySelected() const {
   PRSShowSelected(SelectedNames(true), SelectedNames(false));
+}
+
+void NaiveOutput::DisplayEvaluation() const {
+  std::vector<MCHost::OutputText> classes;
+  for (int k = 0; k < fpAlgorithm->GetNTargetCategories(); ++k)
+    classes.push_back(TargetCategory(k));
+  const bool isTest = fpValidSpecs->GetMultiTrainSamp();
+  MCHost::ShowEvaluation(*fpFactory->GetEvaluation(), classes,
+                         BpString(isTest ? "Of the test cases." : "Training accuracy flatters..."));
+}
+
+void NaiveOutput::DisplayValidation() const {
+  const NBCrossValidation& validation = fpFactory->GetValidation();
+  const std::vector<int>& candidates = validation.fvCandidates;
+  std::vector<MCHost::OutputText> names;
+  for (const int position : candidates) names.push_back(BpVariable(VariableAt(position)));
+  std::vector<MCHost::ShownFold> folds;
+  for (const NBFoldRun& run : validation.fvRuns) {
+    MCHost::ShownFold& fold = folds.emplace_back();
+    fold.fRepeat = run.fRepeat;
+    fold.fFold = run.fFold;
+    fold.fTestShare = run.fTestWeight / run.fTrainingWeight;
+    fold.fEvaluation = run.fEvaluation;
+    for (const int position : run.fvChosen) {
+      const auto found = std::ranges::find(candidates, position);  // a forced one is none
+      if (found != candidates.end()) {
+        fold.fvChosen.push_back(static_cast<int>(found - candidates.begin()));
+      }
+    }
+  }
+  MCHost::ShowCrossValidation(folds, names);
 }
 
 void NaiveOutput::DisplayClassification() const {

@@ -33,7 +33,7 @@ class NaiveOutput {
   void AddToNotesTable() const;
 
   // The tables that were asked for: case processing summary, excluded predictors, subset summary,
-  // selected predictors, classification. REQUIRES: the engine has run.
+  // selected predictors, classification, evaluation. REQUIRES: the engine has run.
   void DisplayTables();
 
   // The predictors that were dropped, by reason and type; no table when there are none. Needs no
@@ -52,6 +52,8 @@ class NaiveOutput {
   void DisplaySubsets() const;
   void DisplaySelected() const;
   void DisplayClassification() const;
+  void DisplayEvaluation() const;
+  void DisplayValidation() const;
   void FillClassificationLayer(BpPivotTable& table, const NBOutputStatistics& stats,
                                const BpCategory& sample, const std::vector<BpCategory>& rows,
                                const std::vector<BpCategory>& columns) const;

@@ -64,6 +64,12 @@ struct PRSSubset {
   bool IsSelectionOff() const { return fMaxSize < 0 && fExactSize < 1; }
 };
 
+struct PRSValidation {
+  int fFolds = 0;  // 0: the selection is not cross-validated
+  int fRepeats = 1;
+  int fSeed = 1;
+};
+
 // Saved variables; an empty name for none.
 struct PRSSave {
   KovaVarName fPredVal;
@@ -80,6 +86,7 @@ struct PRSPrint {
   bool fbClassify = true;
   bool fbUncert = false;
   bool fbEffects = false;
+  bool fbEvaluation = false;
 };
 
 struct PRSPlot {
@@ -94,6 +101,7 @@ struct PRSOptions {
   PRSMultiCriteria fMultiCriteria;
   PRSSample fSample;
   PRSSubset fSubset;
+  PRSValidation fValidation;
   bool fbMissingExclude = true;  // user-missing values are missing
   PRSSave fSave;
   PRSPrint fPrint;

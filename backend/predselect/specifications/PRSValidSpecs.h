@@ -171,7 +171,8 @@ class PRSValidSpecs {
     return fFeaturePrintOptions;
   }
 
-  // Which tables are shown; without that of effects, which Options() alone asks for.
+  // Which tables are shown; without those of effects and evaluation, which Options() alone asks
+  // for.
   void SetPrintInfo(bool cps, bool exclude, bool summary, bool select, bool classify, bool uncert);
   bool GetPrintCPS() const { return fOptions.fPrint.fbCPS; }
   bool GetPrintExclude() const { return fOptions.fPrint.fbExclude; }
@@ -180,6 +181,7 @@ class PRSValidSpecs {
   bool GetPrintClassify() const { return fOptions.fPrint.fbClassify; }
   bool GetPrintUncert() const { return fOptions.fPrint.fbUncert; }
   bool GetPrintEffects() const { return fOptions.fPrint.fbEffects; }
+  bool GetPrintEvaluation() const { return fOptions.fPrint.fbEvaluation; }
 
   // Which charts are drawn.
   void SetPlotSummary(bool on) { fOptions.fPlot.fbSummary = on; }

@@ -89,6 +89,7 @@ void PRSValidSpecs::DisplayOutputs(std::ostream& out) const {
   Show(out, "Print classification", GetPrintClassify());
   Show(out, "Print uncertainty", GetPrintUncert());
   Show(out, "Print effects", GetPrintEffects());
+  Show(out, "Print evaluation", GetPrintEvaluation());
   Show(out, "Plot summary", GetPlotSummary());
   Show(out, "Plot uncertainty", GetPlotUncert());
 }

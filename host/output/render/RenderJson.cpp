@@ -72,6 +72,7 @@ Json JsonWriter::Run(const OutputRun& run) {
                                      {"format", variable.fFormat}});
   }
   json["files"] = run.fFiles;
+  if (!run.fFindings.empty()) json["findings"] = Json::parse(run.fFindings);
   return json;
 }
 

@@ -1,5 +1,7 @@
 #include "host/output/report/RenderReport.h"
 
+#include <filesystem>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -72,9 +74,34 @@ std::string Page(Json payload, const std::string& title, bool withCharts) {
   return filled.append(page);
 }
 
+// Documents are flat; what is nested a thousand times would end the stack of whoever reads it.
+constexpr int kMostNested = 64;
+
+Json Parse(const std::string& text) {
+  bool isDeep = false;
+  const auto look = [&](int depth, Json::parse_event_t, Json&) {
+    isDeep = isDeep || depth > kMostNested;
+    return !isDeep;
+  };
+  Json document = Json::parse(text, look, false);
+  return isDeep ? Json() : document;
+}
+
+// The charts of a run as a page shows them. Throws Json::exception for others than our own, which
+// would not be drawn but obeyed.
+void MakeReadable(Json& run) {
+  for (Json& chart : run["charts"]) {
+    if (!IsReadableChart(chart.at("vegalite"))) {
+      throw Json::other_error::create(501, "no chart of predictors", &chart);
+    }
+    chart["spec"] = ReadableChart(chart["vegalite"]);
+    chart.erase("vegalite");
+  }
+}
+
 // Throws HostIOError for a text that is no output document.
 Json ReadDocument(const std::string& text, const std::string& path) {
-  Json document = Json::parse(text, nullptr, false);
+  Json document = Parse(text);
   const bool isDocument = document.is_object() && document.contains("predselect") &&
                           document.contains("runs") && document["runs"].is_array();
   if (!isDocument) {
@@ -84,11 +111,23 @@ Json ReadDocument(const std::string& text, const std::string& path) {
     if (!run.is_object() || !run.contains("charts") || !run["charts"].is_array()) {
       throw HostIOError(path, "", KeyText("holds a run without its charts"));
     }
-    for (Json& chart : run["charts"]) {
-      if (chart.contains("vegalite")) chart["spec"] = ReadableChart(chart["vegalite"]);
+    try {
+      MakeReadable(run);
+    } catch (const Json::exception&) {
+      throw HostIOError(path, "", KeyText("holds a chart that predselect has not written"));
     }
   }
   return document;
+}
+
+// Of whose data the document is, else of the document's.
+std::string HeadingOf(const Json& document, const std::string& path) {
+  const auto data = document.find("data");
+  if (data != document.end() && data->is_object() && data->contains("source") &&
+      (*data)["source"].is_string() && !(*data)["source"].get_ref<const std::string&>().empty()) {
+    return std::filesystem::path((*data)["source"].get<std::string>()).filename().string();
+  }
+  return std::filesystem::path(path).filename().string();
 }
 
 bool HasCharts(const Json& runs) {
@@ -109,8 +148,9 @@ std::string RenderReport(const OutputDocument& document, const std::string& head
 std::string RenderReportOfJson(const std::string& json, const std::string& path) {
   Json document = ReadDocument(json, path);
   const bool withCharts = HasCharts(document["runs"]);
-  Json payload = {{"heading", path}, {"document", std::move(document)}};
-  return Page(std::move(payload), path, withCharts);
+  const std::string heading = HeadingOf(document, path);
+  Json payload = {{"heading", heading}, {"document", std::move(document)}};
+  return Page(std::move(payload), heading, withCharts);
 }
 
 }  // namespace MCHost

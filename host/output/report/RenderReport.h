@@ -16,8 +16,8 @@ class OutputDocument;
 // visible. `heading` says what the report is about.
 std::string RenderReport(const OutputDocument& document, const std::string& heading);
 
-// The same of a document that RenderJson has written, without findings. Throws HostIOError, which
-// names the file, for a text that is no such document.
+// The same of a document that RenderJson has written, with the findings that it holds. Throws
+// HostIOError, which names the file, for a text that is no such document.
 std::string RenderReportOfJson(const std::string& json, const std::string& path);
 
 }  // namespace MCHost

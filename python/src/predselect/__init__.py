@@ -9,6 +9,8 @@ from __future__ import annotations
 from typing import TYPE_CHECKING, Any
 
 from ._charts import Chart
+from ._cross_validation import CrossValidation, cross_validate
+from ._evaluation import Evaluation, Measure, evaluate
 from ._explain import Explanation, explain
 from ._functions import describe, model, rank, run, score
 from ._library import version as _version
@@ -35,10 +37,11 @@ if TYPE_CHECKING:
 
 __version__ = _version()
 __all__ = [
-    "Cancelled", "Chart", "CommandError", "DataError", "DataNotice", "DriftWarning", "Explanation",
-    "ExportNotice", "LeakWarning", "LibraryError", "MemoryWarning", "Model", "NewColumns",
-    "PredSelectError", "PredSelectWarning", "PredictorSelector", "Ranking", "RequestError", "Result",
-    "ResultTable", "Scores", "State", "SubsetNaiveBayes", "WeightWarning", "describe", "explain",
+    "Cancelled", "Chart", "CommandError", "CrossValidation", "DataError", "DataNotice",
+    "DriftWarning", "Evaluation", "Explanation", "ExportNotice", "LeakWarning", "LibraryError",
+    "Measure", "MemoryWarning", "Model", "NewColumns", "PredSelectError", "PredSelectWarning",
+    "PredictorSelector", "Ranking", "RequestError", "Result", "ResultTable", "Scores", "State",
+    "SubsetNaiveBayes", "WeightWarning", "cross_validate", "describe", "evaluate", "explain",
     "load", "model", "rank", "run", "score",
 ]
 

@@ -148,6 +148,8 @@ def model(
     predictors: int = 0,
     except_: str | int | Sequence[str | int] = (),
     predictions: bool = False,
+    calibrate: str | None = None,
+    calibration_seed: int = 1,
     pmml: str | os.PathLike[str] | None = None,
     levels: Mapping[str, str] | None = None,
     weight: Any = None,
@@ -165,7 +167,9 @@ def model(
     ``test`` is the share of the cases that test it (0: none do), ``training_column`` a column that
     is 1 in the cases that train it; ``predictors`` bounds their number; ``predictions`` adds the
     predictions to ``new_columns``; ``pmml`` writes the model for other programs; ``memory`` is what
-    training cases may take, in kilobytes (0: half of what is free). The other arguments are those
+    training cases may take, in kilobytes (0: half of what is free). ``calibrate`` makes the
+    probabilities hold what they say, by "temperature" or "isotonic", by the test cases; without any
+    by cross-validation, for which ``calibration_seed`` divides the training cases. The other arguments are those
     of :func:`rank`. The model itself is ``result.state``.
     """
     options = Options(
@@ -183,7 +187,8 @@ def model(
             test=-1.0 if test <= 0 else test, predictors=lib.count("predictors", predictors),
             save_predictions=predictions,
             state_path=os.fsencode(state), pmml_path=os.fsencode(pmml) if pmml else None,
-            memory=lib.count("memory", memory),
+            memory=lib.count("memory", memory), calibrate=lib.calibration(calibrate),
+            calibration_seed=lib.count("calibration_seed", calibration_seed),
         )
         result = job.result(Model, table, "model", table, _target(target), ctypes.byref(said))
         if state.exists():
@@ -200,6 +205,8 @@ def run(
     save_state: str | os.PathLike[str] | None = None,
     results: str | os.PathLike[str] | None = None,
     memory: int | str = 0,
+    calibrate: str | None = None,
+    calibration_seed: int = 1,
     levels: Mapping[str, str] | None = None,
     weight: Any = None,
     schema: Any = None,
@@ -214,7 +221,8 @@ def run(
 
     ``save_state`` is the file for the last command's state, ``results`` the folder of result
     documents, ``memory`` what cases may take in kilobytes where a command states nothing (``"auto"``
-    for half of what is free). The other arguments are those of :func:`rank`. A command that reports
+    for half of what is free). ``calibrate`` and ``calibration_seed`` are those of :func:`model`, for
+    all its models. The other arguments are those of :func:`rank`. A command that reports
     an error raises :class:`CommandError`, whose ``result`` has what was done.
     """
     options = Options(
@@ -227,6 +235,8 @@ def run(
         state_path=os.fsencode(save_state) if save_state else None,
         results_folder=os.fsencode(results) if results else None,
         memory=lib.MEMORY_AUTO if memory == "auto" else lib.count("memory", memory),
+        calibrate=lib.calibration(calibrate),
+        calibration_seed=lib.count("calibration_seed", calibration_seed),
     )
     result = job.result(Result, table, "run", table, commands.encode(), ctypes.byref(said))
     result._warn()

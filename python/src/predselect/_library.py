@@ -18,6 +18,7 @@ ABI_VERSION = 1  # that of the predselect.h after which this was written
 OK, COMMAND_ERROR, NO_MEMORY, CANCELLED = 0, 1, 4, 5
 KEEP_CELLS, KEEP_BATCHES, KEEP_ASIDE = 0, 1, 2
 LEVELS = {"nominal": 1, "ordinal": 2, "scale": 3}
+CALIBRATIONS = {None: 0, "temperature": 1, "isotonic": 2}
 MEMORY_AUTO = ctypes.c_size_t(-1).value
 
 _FAILURES: dict[int, type[errors.PredSelectError]] = {
@@ -130,12 +131,14 @@ table_options = _options(
     "name:s schema:s weight:s levels:p n_levels:n keep:n reading:p n_reading:n",
 )
 file_options = _options("FileOptions", "nulls:p n_nulls:n")
-run_options = _options("RunOptions", "state_path:s results_folder:s memory:n")
+run_options = _options(
+    "RunOptions", "state_path:s results_folder:s memory:n calibrate:n calibration_seed:n"
+)
 rank_options = _options("RankOptions", "by:n except_:p n_except:n top:n")
 model_options = _options(
     "ModelOptions",
     "except_:p n_except:n training_column:s test:d predictors:n save_predictions:n "
-    "state_path:s pmml_path:s memory:n",
+    "state_path:s pmml_path:s memory:n folds:n repeats:n seed:n calibrate:n calibration_seed:n",
 )
 score_options = _options("ScoreOptions", "predicted:s probabilities:s explain:n")
 export_options = _options("ExportOptions", "format:s table:s")
@@ -155,6 +158,13 @@ def count(name: str, value: Any) -> int:
     if number < 0:
         raise errors.RequestError(f"{name} is {number}; give a number from 0")
     return number
+
+
+def calibration(name: str | None) -> int:
+    """How to calibrate, as C has it."""
+    if name not in CALIBRATIONS:
+        raise errors.RequestError(f"calibrate is {name!r}; give temperature, isotonic or None")
+    return CALIBRATIONS[name]
 
 
 def address(struct: Any) -> ctypes.c_void_p:

@@ -61,21 +61,40 @@ class State(Exports):
             path.write_bytes(content)
             self._open(os.fsencode(path))
 
-    def _open(self, path: bytes) -> None:
+    def _open(self, path: bytes, verify_key: str | os.PathLike[str] | None = None) -> None:
         self._session = lib.Session(1)
         self._handle = lib.Handle("state")
+        self._use_keys(None, verify_key)
         self._session.call("state_load", path, ctypes.byref(self._handle._as_parameter_))
 
+    def _use_keys(
+        self,
+        sign: str | os.PathLike[str] | None = None,
+        verify: str | os.PathLike[str] | None = None,
+    ) -> None:
+        paths = [None if path is None else os.fsencode(path) for path in (sign, verify)]
+        self._session.call("session_set_state_keys", *paths)
+
     @classmethod
-    def load(cls, path: str | os.PathLike[str]) -> State:
-        """Reads a file. Raises DataError for one that is damaged or no state."""
+    def load(
+        cls, path: str | os.PathLike[str], *, verify_key: str | os.PathLike[str] | None = None
+    ) -> State:
+        """Reads a file. Raises DataError for one that is damaged or no state, and for one that was not
+        signed with the key that the file ``verify_key`` holds."""
         state = cls.__new__(cls)
-        state._open(os.fsencode(path))
+        state._open(os.fsencode(path), verify_key)
         return state
 
-    def save(self, path: str | os.PathLike[str]) -> None:
-        """Writes a file, XML where the name ends in ".xml"; whole or not at all."""
-        self._session.call("state_save", self._handle, os.fsencode(path))
+    def save(
+        self, path: str | os.PathLike[str], *, sign_key: str | os.PathLike[str] | None = None
+    ) -> None:
+        """Writes a file, XML where the name ends in ".xml"; whole or not at all. It is signed with the
+        key that the file ``sign_key`` holds: 16 bytes or more that only its owner and group may read."""
+        self._use_keys(sign=sign_key)
+        try:
+            self._session.call("state_save", self._handle, os.fsencode(path))
+        finally:
+            self._use_keys()
 
     def to_bytes(self) -> bytes:
         """What a file would hold."""

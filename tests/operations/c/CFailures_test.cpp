@@ -300,7 +300,8 @@ TEST(CFailures, OfJobsSayWhatWasWrong) {
   predselect_table_options held{};
   held.struct_size = sizeof(held);
   held.keep = PREDSELECT_KEEP_BATCHES;
-  const predselect_run_options folderIsAFile{sizeof(folderIsAFile), nullptr, notes.c_str(), 0};
+  const predselect_run_options folderIsAFile{
+      sizeof(folderIsAFile), nullptr, notes.c_str(), 0, 0, 0};
   const predselect_session* s = host.fSession;
   predselect_session* session = host.fSession;
   ArrowArrayStream out{};

@@ -78,7 +78,7 @@ class CHost {
   predselect_status Run(const std::string& commands, const std::string& statePath = "",
                         size_t memory = 0) {
     const predselect_run_options options{
-        sizeof(options), statePath.empty() ? nullptr : statePath.c_str(), nullptr, memory};
+        sizeof(options), statePath.empty() ? nullptr : statePath.c_str(), nullptr, memory, 0, 0};
     return predselect_run(fSession, fTable, commands.c_str(), &options, &fResult);
   }
 

@@ -19,12 +19,39 @@ function missingFigure(variables, cases) {
     table: [["Variable", "No value", "Declared missing", "Share"], lacking.map(([v, n]) => [nameOf(v), v.missing, v.user_missing, n / cases])]});
 }
 
+// A row a pattern, the most frequent on top: filled where the variable above has no value.
+function patternsFigure({rows, distinct}, variables, cases) {
+  const lacking = [...new Set(rows.flatMap((row) => row.missing))];
+  if (lacking.length < 2) return null;
+  const nMissing = (j) => variables[j].missing + variables[j].user_missing;
+  const each = 18, width = chartWidth(), most = Math.max(4, Math.min(24, Math.floor((width - 190) / each)));
+  const shown = lacking.sort((a, b) => nMissing(b) - nMissing(a) || a - b).slice(0, most);
+  const names = shown.map((j) => fitting(nameOf(variables[j]), 100));
+  const top = 14 + 0.87 * Math.max(...names.map(textWidth)), right = 10 + shown.length * each;
+  const svg = canvas(width, top + rows.length * each + 6);
+  names.forEach((name, i) => svg.append(draw("text", {transform: `translate(${10 + (i + 0.7) * each} ${top - 5}) rotate(-60)`},
+    draw("title", null, nameOf(variables[shown[i]])), name)));
+  rows.forEach(({cases: n, missing}, r) => {
+    const y = top + r * each, others = missing.filter((j) => !shown.includes(j)).length;
+    shown.forEach((j, i) => svg.append(draw("rect", {class: missing.includes(j) ? "fill k0" : "fill empty", x: 10 + i * each + 1, y: y + 1, width: each - 2, height: each - 2, rx: 2},
+      draw("title", null, `${nameOf(variables[j])}: ${missing.includes(j) ? "missing" : "there"}`))));
+    svg.append(draw("text", {x: right + 10, y: y + 13}, `${count(n)} (${percent(n / cases)})${others > 0 ? ` +${others}` : missing.length === 0 ? " lack nothing" : ""}`));
+  });
+  const besides = distinct === null ? "there are many more, of which the rarest were not counted" : `there are ${count(distinct - rows.length)} more`;
+  const unsure = Math.max(...rows.map((row) => row.more));
+  return figure({title: "Values missing together", svg,
+    description: `Which variables lack their values in the same cases: a row for each pattern, and the number of cases that have it${distinct === rows.length ? "" : `; ${besides}`}.${
+      rows.some((row) => row.missing.some((j) => !shown.includes(j))) ? " After a + stands how many variables are missing besides those drawn." : ""}${
+      unsure > 0 ? ` A number may be too small, by up to ${count(unsure)}.` : ""}`,
+    table: [["Cases", "Share", "Variables without a value"], rows.map((row) => [row.cases, row.cases / cases, row.missing.map((j) => nameOf(variables[j])).join(", ")])]});
+}
+
 function numbersFigure(variable) {
   const {low, high, counts, ends, quantiles, mean, deviation} = variable.numbers;
   const step = (high - low) / counts.length;
   const x = high > low ? [low, high] : [low - 0.5, low + 0.5];
   const [svg, sx, sy] = frame({height: 190, x, y: [0, Math.max(1, ...counts)], xTitle: "", yTitle: "Cases",
-    xText: variable.time ? () => "" : axisText});
+    xText: variable.time ? () => "" : axisText, yText: wholeAxisText});
   counts.forEach((value, i) => svg.append(draw("rect", {class: "fill k0", x: sx(high > low ? low + i * step : x[0]), y: sy(value),
     width: Math.max(1, (high > low ? sx(low + step) - sx(low) : sx(x[1]) - sx(x[0])) - 1), height: sy(0) - sy(value)},
   draw("title", null, `${plain(low + i * step)} to ${plain(low + (i + 1) * step)}: ${count(value)}`))));
@@ -54,7 +81,7 @@ function variableText(variable) {
     `${plural(variable.valid, "value", "values")}, ${variable.exact ? "" : "about "}${count(Math.round(variable.distinct))} different; ${count(variable.missing + variable.user_missing)} missing.`);
 }
 
-function descriptionSection({cases, variables}) {
+function descriptionSection({cases, variables, patterns}) {
   const found = el("p", {class: "soft", role: "status"});
   const cards = el("div", {class: "several small"});
   const made = new Map();
@@ -75,6 +102,6 @@ function descriptionSection({cases, variables}) {
   const ofLevel = (level) => variables.filter((v) => v.level === level).length;
   return [facts([["Cases", count(cases)],
     ["Variables", `${count(variables.length)}: ${count(ofLevel("scale"))} numbers, ${count(ofLevel("nominal") + ofLevel("ordinal"))} categories`]]),
-  missingFigure(variables, cases), el("h3", null, "Variables"),
+  el("div", {class: "several"}, missingFigure(variables, cases), patternsFigure(patterns, variables, cases)), el("h3", null, "Variables"),
   el("div", {class: "controls"}, el("label", {for: search.id}, "Search ", search)), found, cards, more];
 }

@@ -22,10 +22,15 @@ function tableOfDocument(table, shown) {
     footnotes: table.footnotes.map((text, note) => [letter(note), text])};
 }
 
+// Commands that have more to show than a document without findings holds.
+const SHOWN_BY_FINDINGS = ["SELECTPRED", "NAIVEBAYES", "rank", "model", "describe", "score", "inspect"];
+
 function payloadOfDocument(report, heading) {
   const shown = (key) => (Object.hasOwn(report.strings || {}, key) ? report.strings[key] : key);
-  return {version: report.predselect, heading, source: report.data.source, cases: report.data.cases, variables: report.data.variables,
-    runs: report.runs.map((run) => ({command: run.command, completed: run.completed, files: run.files || [], findings: null,
+  const data = report.data || {};
+  return {version: report.predselect, heading, cases: data.cases || 0, variables: data.variables || 0,
+    runs: report.runs.map((run) => ({command: run.command, completed: run.completed, files: run.files || [], findings: run.findings ?? null,
+      isPoor: run.completed === true && !run.findings && SHOWN_BY_FINDINGS.includes(run.command),
       messages: (run.messages || []).map((m) => ({severity: m.severity, text: m.text, detail: m.detail || ""})),
       notes: (run.notes || []).map((n) => ({group: n.group === null ? "" : shown(n.group), title: shown(n.title), text: shown(n.text)})),
       tables: (run.tables || []).map((table) => tableOfDocument(table, shown)),

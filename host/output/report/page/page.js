@@ -41,9 +41,9 @@ function findingsSection(findings) {
 
 function tablesSection(run) {
   if (run.tables.length === 0) return null;
-  const whole = () => run.tables.map(tableSection);
-  return run.findings === null ? whole()
-    : folded(`Tables of the command (${run.tables.length})`, whole, run.findings.kind === "predictions");
+  const all = () => run.tables.map((table) => whole(() => tableSection(table)));
+  return run.findings === null ? all()
+    : folded(`Tables of the command (${run.tables.length})`, all, run.findings.kind === "predictions");
 }
 
 function notesSection(run) {
@@ -54,13 +54,23 @@ function notesSection(run) {
   return el("details", null, el("summary", null, "How it was made, and what was written"), facts([...notes, ...added, ...files]));
 }
 
+// What is damaged in a document leaves the rest to be seen.
+function whole(make) {
+  try {
+    return make();
+  } catch (error) {
+    return el("p", {class: "notice error"}, "This part of the document is damaged, and cannot be shown. ", String(error));
+  }
+}
+
 function runSection(run, id) {
   return el("section", {id}, el("h2", null, commandTitle(run)),
     run.completed ? null : el("p", {class: "notice error"}, "The command did not come to its end."),
     run.messages.map((message) => el("div", {class: `notice ${message.severity}`},
       el("strong", null, message.severity === "error" ? "Error: " : message.severity === "warning" ? "Warning: " : "Note: "), said(message.text),
       message.detail ? el("pre", {class: "detail", tabindex: "0"}, message.detail) : null)),
-    findingsSection(run.findings), run.charts.map(chartSection), tablesSection(run), notesSection(run));
+    run.isPoor ? el("p", {class: "notice"}, "This document holds the tables of the command alone. For its drawings run the command with --format html, or save a state (--save-state) and open that with predselect view.") : null,
+    whole(() => findingsSection(run.findings)), whole(() => run.charts.map(chartSection)), whole(() => tablesSection(run)), whole(() => notesSection(run)));
 }
 
 function themeButton() {
@@ -73,13 +83,22 @@ function themeButton() {
   return el("button", {type: "button", class: "theme", click: () => set(root.dataset.theme === "dark" ? "light" : "dark")}, "Light or dark");
 }
 
+// A damaged document becomes a page that says so.
+function payloadOf(sent) {
+  try {
+    return sent.document ? payloadOfDocument(sent.document, sent.heading) : sent;
+  } catch (error) {
+    return {version: "", heading: sent.heading, cases: 0, runs: [{command: "Damaged document", completed: true, findings: null, charts: [], tables: [], notes: [],
+      new_variables: [], files: [], messages: [{severity: "error", text: "The document is damaged, and cannot be shown.", detail: String(error)}]}]};
+  }
+}
+
 function showPage() {
-  const sent = JSON.parse(document.getElementById("payload").textContent);
-  const payload = sent.document ? payloadOfDocument(sent.document, sent.heading) : sent;
+  const payload = payloadOf(JSON.parse(document.getElementById("payload").textContent));
   const ids = payload.runs.map((_, i) => `part${i + 1}`);
   const about = [`PredSelect ${payload.version}`];
   if (payload.cases > 0) about.push(`${count(payload.cases)} cases, ${count(payload.variables)} variables`);
-  const parts = payload.runs.map((run, i) => runSection(run, ids[i]));
+  const parts = payload.runs.map((run, i) => whole(() => runSection(run, ids[i])));
   document.body.append(
     el("header", null, el("div", {class: "top"}, el("h1", null, said(payload.heading)), themeButton()), el("p", {class: "soft"}, about.join(" · "))),
     parts.length > 1 ? el("nav", {"aria-label": "Parts"}, el("ul", null, payload.runs.map((run, i) => el("li", null, el("a", {href: `#${ids[i]}`}, `${i + 1}. ${commandTitle(run)}`))))) : "",

@@ -8,7 +8,7 @@ function predictionsSection({target, cases, predicted, means, sureness}) {
     xTitle: "Share of the predicted cases", numbers: (k) => count(predicted[k]),
     mark: (k, y, sx, height) => [draw("rect", {class: `fill ${colorOf(k)}`, x: sx(0), y: y + 4, width: sx(predicted[k] / cases) - sx(0), height: height - 8})]});
   const step = 1 / sureness.length, most = Math.max(...sureness);
-  const [sure, sx, sy] = frame({x: [0, 1], y: [0, most], height: 260, xTitle: "Probability of the predicted class", yTitle: "Cases", xText: wholePercent});
+  const [sure, sx, sy] = frame({x: [0, 1], y: [0, most], height: 260, xTitle: "Probability of the predicted class", yTitle: "Cases", xText: wholePercent, yText: wholeAxisText});
   sureness.forEach((value, i) => sure.append(draw("rect", {class: "fill k0", x: sx(i * step) + 0.5, width: sx(step) - sx(0) - 1, y: sy(value), height: sy(0) - sy(value)},
     draw("title", null, `${percent(i * step)} to ${percent((i + 1) * step)}: ${count(value)}`))));
   const named = (k) => [target.categories[k], predicted[k], predicted[k] / cases, means[k]];

@@ -1,0 +1,42 @@
+// Measures of a table of observed and predicted classes, with intervals.
+#pragma once
+
+#include <vector>
+
+#include "common/evaluation/Evaluation.h"
+
+namespace MCCommon {
+
+class Agreement {
+ public:
+  // Cases by observed class (row) and predicted class. REQUIRES: as many columns as rows.
+  explicit Agreement(const std::vector<std::vector<double>>& cases);
+
+  double ObservedOf(std::size_t k) const { return fObserved[k]; }
+  double PredictedOf(std::size_t k) const { return fPredicted[k]; }
+
+  Estimate Accuracy() const;
+  Estimate Recall(std::size_t k) const;
+  Estimate Precision(std::size_t k) const;
+  Estimate BalancedAccuracy() const;
+  // Cohen's kappa; missing where chance alone explains all.
+  Estimate Kappa() const;
+  // The correlation coefficient of Matthews, for any number of classes that of Gorodkin; 0 where
+  // only one class was observed, or predicted.
+  Estimate Matthews() const;
+
+ private:
+  // The standard error of a function of the cells' shares, of which `slope(i, j)` are the
+  // derivatives.
+  template <class Slope>
+  double ErrorOf(Slope slope) const;
+  double ExpectedByChance() const;
+
+  const std::vector<std::vector<double>>& fCases;
+  std::vector<double> fObserved;
+  std::vector<double> fPredicted;
+  double fTotal = 0.0;
+  double fCorrect = 0.0;
+};
+
+}  // namespace MCCommon

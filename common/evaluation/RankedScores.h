@@ -1,0 +1,50 @@
+// The scores that cases of a class and all others got, and from them the area under the ROC curve:
+// the probability that a case of the class scores higher than another one, ties counting half.
+//
+// Equal scores are kept once. Up to a number of different ones the area is exact; beyond, scores
+// are rounded to steps of 1/256 of their log odds, which bounds the memory however many cases come.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "common/evaluation/Evaluation.h"
+
+namespace MCCommon {
+
+class RankedScores {
+ public:
+  // Keeps so many different scores; at least 2^16, which rounded ones always fit into.
+  explicit RankedScores(std::size_t most = kFewest);
+
+  // A case's score, from 0 to 1. REQUIRES: weight > 0.
+  void Add(double score, bool isOfClass, double weight);
+
+  bool IsRounded() const { return fbRounded; }
+
+  struct Area {
+    double fValue = MCMV::gMissingValue;  // missing unless there are cases of both kinds
+    double fError = 0.0;                  // by DeLong; 0 with fewer than two cases of a kind
+  };
+  Area Find();
+
+  static constexpr std::size_t kFewest = std::size_t{1} << 16;
+
+ private:
+  struct Score {
+    double fScore;
+    double fOfClass;
+    double fOthers;
+  };
+
+  // Sorts, and brings equal scores together.
+  void Merge();
+  void Round();
+
+  std::vector<Score> fScores;
+  std::size_t fMost;
+  std::size_t fLimit;  // scores that may gather before they are merged
+  bool fbRounded = false;
+};
+
+}  // namespace MCCommon
