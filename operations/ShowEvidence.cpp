@@ -16,6 +16,7 @@ namespace {
 
 using MCHost::OutputText;
 using MCModelFiles::ScoringInput;
+using MCModelFiles::ScoringModel;
 using MCModelFiles::ScoringVariable;
 
 std::string Digits(double number) {
@@ -37,24 +38,29 @@ std::string ValueOf(const ScoringInput& input, std::size_t row) {
 }
 
 // By class; of two, against the other one.
-std::vector<double> WeightsOf(const double* probabilities, std::size_t classes) {
+std::vector<double> WeightsOf(const double* probabilities, std::size_t classes,
+                              const NBCalibration& calibration) {
   std::vector<double> weights;
   NBEvidence::Append(probabilities, classes, weights);
   if (classes == 2) weights = {weights[0] - weights[1], weights[1] - weights[0]};
+  for (double& weight : weights) weight /= calibration.GetTemperature();
   return weights;
 }
 
 class EvidenceTable {
  public:
-  explicit EvidenceTable(const ScoringVariable& target)
-      : fTarget(target), fTable("Weights of Evidence", "WeightsOfEvidence") {
+  explicit EvidenceTable(const ScoringModel& model)
+      : fTarget(model.fTarget),
+        fCalibration(model.fCalibration),
+        fTable("Weights of Evidence", "WeightsOfEvidence") {
     fTable.Flat();
   }
 
   void Add(const ScoringInput& input) {
     const std::size_t classes = fTarget.GetNCategories();
     for (std::size_t row = 0; row < input.GetNRows(); ++row) {
-      const std::vector<double> weights = WeightsOf(&input.fFactors[row * classes], classes);
+      const std::vector<double> weights =
+          WeightsOf(&input.fFactors[row * classes], classes, fCalibration);
       for (std::size_t k = 0; k < classes; ++k) {
         const BpCategory line = fRows.AddCategory(OutputText::Literal(input.fName));
         fTable.SetCell({line, fValue}, OutputText::Literal(ValueOf(input, row)));
@@ -69,6 +75,7 @@ class EvidenceTable {
 
  private:
   const ScoringVariable& fTarget;
+  const NBCalibration& fCalibration;
   BpPivotTable fTable;
   BpDimension fRows = fTable.RowDimension("Predictor");
   BpDimension fColumns = fTable.ColumnDimension("Statistics");
@@ -82,22 +89,23 @@ class EvidenceTable {
 }  // namespace
 
 void ShowEvidence(const INBAlgorithm& model) {
-  const MCModelFiles::ScoringModel tables(model);
+  const ScoringModel tables(model);
   if (tables.fInputs.empty()) return;
-  EvidenceTable table(tables.fTarget);
+  EvidenceTable table(tables);
   for (const ScoringInput& input : tables.fInputs) table.Add(input);
   table.Show();
 }
 
 void ShowBaseValues(const INBAlgorithm& model) {
-  const MCModelFiles::ScoringModel tables(model);
+  const ScoringModel tables(model);
   BpPivotTable table("Base Values", "BaseValues");
   BpDimension rows = table.RowDimension("Class");
   BpDimension columns = table.ColumnDimension("Statistics");
   const BpCategory prior = columns.AddCategory(BpString("Prior"), BpProcedure::GeneralStat());
   const BpCategory weight =
       columns.AddCategory(BpString("Weight of Evidence"), BpProcedure::Coefficient());
-  const std::vector<double> weights = WeightsOf(tables.fPriors.data(), tables.GetNClasses());
+  const std::vector<double> weights =
+      WeightsOf(tables.fPriors.data(), tables.GetNClasses(), tables.fCalibration);
   for (std::size_t k = 0; k < weights.size(); ++k) {
     const BpCategory row = rows.AddCategory(OutputText::Literal(CategoryOf(tables.fTarget, k)));
     table.SetCell({row, prior}, tables.fPriors[k]);

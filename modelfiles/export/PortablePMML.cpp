@@ -100,7 +100,9 @@ void AddBin(XMLElement& discretize, std::size_t row, std::optional<double> above
 
 // What is missing between the intervals, and beyond the finite numbers, has a row of its own behind
 // the others: not every evaluator takes a number in no bin as missing.
-void AddBins(XMLElement& element, const ScoringInput& input) {
+// Another row, of no value, stands behind it in a bin that no number gets to: some evaluators go by
+// the number of bins.
+void AddBins(XMLElement& element, const ScoringInput& input, std::size_t rows) {
   XMLElement& derived = element.AddChild("DerivedField");
   derived.AddAttribute(pmml::kOptype, "continuous");
   derived.AddAttribute(pmml::kDataType, kDouble);
@@ -113,7 +115,9 @@ void AddBins(XMLElement& element, const ScoringInput& input) {
     if (row.fAbove != end) AddBin(discretize, input.GetNRows(), end, row.fAbove);
     end = row.fUpTo;
   }
-  AddBin(discretize, input.GetNRows(), end, std::nullopt);
+  for (std::size_t row = input.GetNRows(); row < rows; ++row) {
+    AddBin(discretize, row, end, std::nullopt);
+  }
 }
 
 void AddCounts(XMLElement& element, const ScoringVariable& target, const double* counts) {
@@ -179,9 +183,10 @@ void AddInput(XMLElement& inputs, const ScoringModel& model, const ScoringInput&
   const std::size_t classes = model.GetNClasses();
   XMLElement& element = inputs.AddChild("BayesInput");
   element.AddAttribute(pmml::kFieldName, input.fName);
-  if (input.fbBinned) AddBins(element, input);
   const std::vector<double> counts = CountsOf(input, classes, model.fCalibration);
-  for (std::size_t row = 0; row * classes < counts.size(); ++row) {
+  const std::size_t rows = counts.size() / classes;
+  if (input.fbBinned) AddBins(element, input, rows);
+  for (std::size_t row = 0; row < rows; ++row) {
     const std::string value = input.fbBinned                 ? RowName(row)
                               : row < input.GetNCategories() ? ValueOf(input, row)
                                                              : NoValueOf(input);

@@ -246,7 +246,9 @@ TEST(ComponentState, HoldsTheCalibration) {
     const Component restored[] = {FromBinary(bytes), FromXML(Document(*model))};
     for (const Component& again : restored) {
       ASSERT_EQ(again != nullptr, c.fbValid) << &c - cases;
-      if (again != nullptr) EXPECT_EQ(Binary(*again), bytes);
+      if (again != nullptr) {
+        EXPECT_EQ(Binary(*again), bytes);
+      }
     }
   }
 }

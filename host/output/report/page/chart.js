@@ -85,8 +85,10 @@ function ticks([low, high], wanted = 5) {
   const power = 10 ** Math.floor(Math.log10(span / wanted));
   const step = [1, 2, 5, 10].map((s) => s * power).find((s) => span / s <= wanted) || power;
   const found = [];
-  for (let i = Math.ceil(low / step - 1e-9); i * step <= high + step * 1e-9; ++i) {
-    found.push(Number((i * step).toPrecision(12)));
+  const first = Math.ceil(low / step - 1e-9);
+  // Beside numbers of 16 digits a step may be nothing: it is the number of ticks that ends.
+  for (let n = 0; n <= 2 * wanted && (first + n) * step <= high + step * 1e-9; ++n) {
+    found.push(Number(((first + n) * step).toPrecision(12)));
   }
   return found;
 }
