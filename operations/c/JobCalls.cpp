@@ -116,7 +116,6 @@ predselect_status Produce(predselect_session* session, predselect_result** resul
   return Guarded(session, [&] {
     predselect_result*& out = Given(result, "result");
     auto made = std::make_unique<predselect_result>();
-    made->fDocument.fbFindings = true;
     const predselect_status status = StatusOf(job(*made));
     if (status == PREDSELECT_COMMAND_ERROR) session->fError = ErrorsOf(made->fDocument);
     if (status == PREDSELECT_CANCELLED) session->fError = "the job was cancelled";
@@ -151,8 +150,6 @@ predselect_status predselect_run(predselect_session* session, predselect_table* 
                                  const char* commands, const predselect_run_options* options,
                                  predselect_result** result) {
   return ProduceFrom(session, table, result, [&](auto& data, auto& document) {
-    // Documents of commands are the program's: without.
-    document.fbFindings = false;
     const predselect_run_options given = GivenOptions(options);
     PredSelect::RunRequest request;
     request.fCommands = TextArgument(commands, "commands");
