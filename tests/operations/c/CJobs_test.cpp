@@ -437,7 +437,7 @@ TEST(CJobs, EvaluateAModelOnCasesWithAndWithoutItsClasses) {
                        folder.Path("evaluate.json")),
             0);
   const json own = json::parse(host.Json())["runs"];
-  EXPECT_EQ(own, json::parse(ReadFile(folder.Path("evaluate.json")))["runs"]);
+  EXPECT_EQ(own, json::parse(Document(folder.Path("evaluate.json")))["runs"]);
   EXPECT_EQ(own[0]["tables"][0]["subtype"], "Evaluation");
 
   auto none = std::make_shared<MCHost::MemoryTable>();
