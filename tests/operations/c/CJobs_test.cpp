@@ -45,6 +45,13 @@ predselect_table_options PenguinOptions(const std::string& schema) {
           2};
 }
 
+// A document of the program as the library gives it: without what a report is drawn from.
+std::string Document(const std::string& file) {
+  auto document = nlohmann::ordered_json::parse(ReadFile(file));
+  for (auto& run : document["runs"]) run.erase("findings");
+  return document.dump(2) + "\n";
+}
+
 // What the program writes to `file` for a verb and its options, and what it ends with.
 int RunProgram(const std::string& arguments, const std::string& file) {
   const std::string line = PREDSELECT_BINARY_DIR "/bin/predselect " + arguments + " -o " + file;
@@ -99,13 +106,13 @@ TEST(CJobs, GiveTheProgramsDocumentsAndPage) {
   CHost fresh(PenguinOptions(schema));
   ASSERT_EQ(predselect_describe(fresh.fSession, fresh.fTable, &fresh.fResult), PREDSELECT_OK);
   ASSERT_EQ(RunProgram("describe" + data + " --format json", folder.Path("describe.json")), 0);
-  EXPECT_EQ(fresh.Json(), ReadFile(folder.Path("describe.json")));
+  EXPECT_EQ(fresh.Json(), Document(folder.Path("describe.json")));
 
   Held<predselect_state> model;
   ASSERT_EQ(predselect_state_load(host.fSession, state.c_str(), &model), PREDSELECT_OK);
   ASSERT_EQ(predselect_inspect(host.fSession, model, &host.fResult), PREDSELECT_OK);
   ASSERT_EQ(RunProgram("inspect " + state + " --format json", folder.Path("inspect.json")), 0);
-  EXPECT_EQ(host.Json(), ReadFile(folder.Path("inspect.json")));
+  EXPECT_EQ(host.Json(), Document(folder.Path("inspect.json")));
 }
 
 // However the table is opened, by whichever library.
@@ -144,11 +151,11 @@ TEST(CJobs, ShortVerbsGiveTheProgramsDocumentsWhereverTheCellsAre) {
       ASSERT_EQ(predselect_rank(host.fSession, host.fTable, "species", &rank, &host.fResult),
                 PREDSELECT_OK)
           << host.Error();
-      EXPECT_EQ(host.Json(), ReadFile(folder.Path("rank.json"))) << keep;
+      EXPECT_EQ(host.Json(), Document(folder.Path("rank.json"))) << keep;
       ASSERT_EQ(predselect_model(host.fSession, host.fTable, "species", &model, &host.fResult),
                 PREDSELECT_OK)
           << host.Error();
-      EXPECT_EQ(host.Json(), ReadFile(folder.Path("model.json"))) << keep;
+      EXPECT_EQ(host.Json(), Document(folder.Path("model.json"))) << keep;
     }
   }
 }
