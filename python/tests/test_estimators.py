@@ -158,8 +158,7 @@ def test_mixed_columns_missing_values_and_unseen_categories(penguins, make):
 def test_weights_are_copies_and_may_be_fractions():
     weights = np.random.default_rng(5).integers(0, 4, len(Y))
     rows = np.repeat(np.arange(len(Y)), weights)
-    calibrated = clone(SubsetNaiveBayes(calibrate="temperature"))
-    for estimator in (SubsetNaiveBayes(), calibrated, PredictorSelector()):
+    for estimator in (SubsetNaiveBayes(), PredictorSelector()):
         weighted = clone(estimator).fit(X, Y, sample_weight=weights)
         copied = clone(estimator).fit(X[rows], Y[rows])
         if hasattr(weighted, "predict_proba"):
