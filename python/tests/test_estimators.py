@@ -28,7 +28,7 @@ from predselect import PredictorSelector, SubsetNaiveBayes  # noqa: E402
 
 @parametrize_with_checks([
     PredictorSelector(), PredictorSelector(k=1, alpha=None), SubsetNaiveBayes(),
-    SubsetNaiveBayes(selection="all", bins=5),
+    SubsetNaiveBayes(selection="all", bins=5), SubsetNaiveBayes(calibrate="isotonic"),
 ])
 def test_the_contract(estimator, check):
     check(estimator)
@@ -158,7 +158,8 @@ def test_mixed_columns_missing_values_and_unseen_categories(penguins, make):
 def test_weights_are_copies_and_may_be_fractions():
     weights = np.random.default_rng(5).integers(0, 4, len(Y))
     rows = np.repeat(np.arange(len(Y)), weights)
-    for estimator in (SubsetNaiveBayes(), PredictorSelector()):
+    calibrated = clone(SubsetNaiveBayes(calibrate="temperature"))
+    for estimator in (SubsetNaiveBayes(), calibrated, PredictorSelector()):
         weighted = clone(estimator).fit(X, Y, sample_weight=weights)
         copied = clone(estimator).fit(X[rows], Y[rows])
         if hasattr(weighted, "predict_proba"):

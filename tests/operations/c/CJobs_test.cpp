@@ -422,6 +422,38 @@ TEST(CJobs, AReloadedModelScoresAsItDidFreshAndStreamsOutliveTheRest) {
   EXPECT_EQ(MCHost::MemoryTable(&explained).ColumnCount() % 3, 0) << "one a predictor and class";
 }
 
+TEST(CJobs, EvaluateAModelOnCasesWithAndWithoutItsClasses) {
+  const ScratchFolder folder;
+  const std::string state = folder.Path("model.bin");
+  CHost host;
+  ASSERT_EQ(host.Run("NAIVEBAYES species BY island WITH bill_length_mm.", state), PREDSELECT_OK);
+  Held<predselect_state> model;
+  ASSERT_EQ(predselect_state_load(host.fSession, state.c_str(), &model), PREDSELECT_OK);
+  EXPECT_EQ(predselect_evaluate(host.fSession, host.fTable, nullptr, &host.fResult),
+            PREDSELECT_MISUSE);
+  ASSERT_EQ(predselect_evaluate(host.fSession, host.fTable, model, &host.fResult), PREDSELECT_OK)
+      << host.Error();
+  ASSERT_EQ(RunProgram("evaluate --model " + state + " " + MCTest::kPenguins + " --format json",
+                       folder.Path("evaluate.json")),
+            0);
+  const json own = json::parse(host.Json())["runs"];
+  EXPECT_EQ(own, json::parse(Document(folder.Path("evaluate.json")))["runs"]);
+  EXPECT_EQ(own[0]["tables"][0]["subtype"], "Evaluation");
+
+  auto none = std::make_shared<MCHost::MemoryTable>();
+  none->AddStrings("species", {});
+  none->AddStrings("island", {});
+  none->AddNumbers("bill_length_mm", {});
+  ArrowArrayStream stream = MCTest::StreamOf(none);
+  ASSERT_EQ(predselect_table_open(host.fSession, &stream, nullptr, &host.fTable), PREDSELECT_OK);
+  EXPECT_EQ(predselect_evaluate(host.fSession, host.fTable, model, &host.fResult),
+            PREDSELECT_BAD_REQUEST);
+  EXPECT_THAT(host.Error(), testing::HasSubstr("there is nothing to evaluate"));
+  EXPECT_EQ(predselect_score(host.fSession, host.fTable, model, nullptr, &host.fResult),
+            PREDSELECT_OK)
+      << host.Error();
+}
+
 // Counts a table of two text columns, cases from `first` to before `end`, into a state file.
 void CountCases(CHost& host, int first, int end, const std::string& path) {
   std::vector<std::optional<std::string>> target;
