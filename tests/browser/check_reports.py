@@ -100,6 +100,7 @@ def reports(folder):
     program("describe", penguins, *html, folder / "describe.html")
     program("inspect", state, *html, folder / "inspect.html")
     program("score", penguins, "--model", state, "--save-data", folder / "scored.csv", *html, folder / "score.html")
+    program("evaluate", penguins, "--model", state, *html, folder / "evaluate.html")
     return {path.stem: path for path in sorted(folder.glob("*.html"))}
 
 
@@ -374,7 +375,7 @@ def readme_shows_a_page(folder, started):
     program("rank", DATA / "biopsies.csv", "diagnosis", "-o", path)
     with opened(started, path) as page:
         all_rows(page, 30)
-        page.set_viewport_size({"width": 1280, "height": 640})
+        page.set_viewport_size({"width": 1280, "height": 600})
         page.evaluate("document.querySelector('.two').previousElementSibling.scrollIntoView()")
         target = Path(os.environ.get("SCREENSHOTS", folder)) / "report.png"
         target.parent.mkdir(parents=True, exist_ok=True)
