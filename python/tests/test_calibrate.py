@@ -50,7 +50,7 @@ def rows_of(predictor, cells):
 
 
 def logs_of(model, data, counts=None, target=None, weight=None):
-    """ln P(class, case) by the prescribed estimates from counts; those of the model if none given."""
+    """ln P(class, case) by the estimates from counts; those of the model if none given."""
     target = np.array(model["target"]["counts"] if target is None else target)
     weight = model["training"]["weight"] if weight is None else weight
     logs = np.tile(np.log((target + 1 / weight) / (weight + (target > 0).sum() / weight)),
