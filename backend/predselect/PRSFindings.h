@@ -12,6 +12,9 @@
 class IFSAlgorithm;
 class INBAlgorithm;
 class PRSCurves;
+namespace MCCommon {
+struct Evaluation;
+}
 struct NBSelectionResult;
 struct StateDictionary;
 
@@ -57,6 +60,8 @@ struct PRSFindings {
   const INBAlgorithm* fpNaive = nullptr;
   const PRSCurves* fpTraining = nullptr;
   const PRSCurves* fpTest = nullptr;
+  // Of the test cases, or of training where none test it; null where the command asks for none.
+  const MCCommon::Evaluation* fpEvaluation = nullptr;
   // The selection that led to it, its first so many predictors forced; null where there was none.
   const NBSelectionResult* fpSelection = nullptr;
   int fNForced = 0;
