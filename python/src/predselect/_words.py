@@ -11,7 +11,7 @@ import shlex
 
 # Of the program's options: the argument that does the same.
 _ARGUMENTS = {
-    "except": "except_", "explain": "explain", "level": "levels", "memory": "memory", "part": "part",
+    "except": "except_", "explain": "explain", "level": "levels", "memory": "memory",
     "predicted": "predicted", "probabilities": "probabilities", "save-model": "State.save()",
     "save-state": "save_state", "training-column": "training_column",
 }
