@@ -117,6 +117,13 @@ MCStatus FSAlgorithm::CheckPredictorsNoTarget(MCCommon::RecordIterator& source,
   return status;
 }
 
+MCStatus FSAlgorithm::ScreenWithoutTarget(std::vector<int>& indices,
+                                          std::vector<std::vector<int>>& reasons) {
+  indices.clear();
+  reasons.clear();
+  return Run([&] { return fPredictors.ScreenAllReasons(indices, reasons); });
+}
+
 MCStatus FSAlgorithm::ScreenAndRank(bool screen, int nBest) {
   MCStatus status = CheckPredAllMissConst();
   if (status.IsOK() && screen) status = ScreenPredictors();
@@ -179,6 +186,14 @@ MCStatus FSAlgorithm::GetTopPredictors(RankCriteria criterion, std::vector<int>&
     status.SetDiscreteDatum(0, fPredictors.GetNValidPred());
   }
   return status;
+}
+
+// What saving ends with: nothing of a component in error is kept, but what a whole pass has counted
+// even if it left no case.
+MCStatus FSAlgorithm::SavingStatus() const {
+  const MCStatus status = StatusNow();
+  const bool isWhole = HasWholePass() && status.GetErrorCode() != MCFeature::kCancelled;
+  return status.IsError() && isWhole ? MCStatus() : status;
 }
 
 void FSAlgorithm::GetNValidNExcluded(double& validWeight, double& excludedWeight, int& validCases,

@@ -67,6 +67,8 @@ class FSAlgorithm final : public IFSAlgorithm {
   void Display(std::ostream& out) const override;
   MCFeature::MCStatus Merge(const IFSAlgorithm& other, const FSCategoryMaps* maps) override;
   MCFeature::MCStatus ScreenAndRank(bool screen, int nBest) override;
+  MCFeature::MCStatus ScreenWithoutTarget(std::vector<int>& indices,
+                                          std::vector<std::vector<int>>& reasons) override;
 
   // Cancels the component and empties it now; in the midst of a stage, when that ends.
   void Stop();
@@ -95,6 +97,7 @@ class FSAlgorithm final : public IFSAlgorithm {
   void Abandon(MCFeature::StatusCode code);
   MCFeature::MCStatus StatusNow() const;
   bool HasWholePass() const;
+  MCFeature::MCStatus SavingStatus() const;
   void DoSave(std::fstream& out) const;
   void DoSaveXML(std::ostream& out) const;
 

@@ -89,7 +89,8 @@ class IFSAlgorithm {
   virtual MCFeature::MCStatus ExportAllXML(std::ostream& out) const = 0;
 
   // Saves the whole component, in any stage, for FSFactory to restore. Nothing is written, and the
-  // status is the component's error or 1 (cancelled). A stream that fails is left failed.
+  // status is the component's error or 1 (cancelled), except that counts without a valid case
+  // (80009, 80013) are saved, to be merged: they are restored without the error. A stream that fails is left failed.
   virtual MCFeature::MCStatus SaveState(std::fstream& out) const = 0;
   virtual MCFeature::MCStatus SaveStateXML(std::ostream& out) const = 0;
 
@@ -142,4 +143,9 @@ class IFSAlgorithm {
   // What a predictor looks like beside the target, from the end of the data pass on (of continuous
   // predictors or target, of screening). Nothing as above.
   virtual FSProfile GetPredictorProfile(int predictor) const = 0;
+
+  // What CheckPredictorsNoTarget finds, of counts without a target that are there already: merged
+  // ones, say.
+  virtual MCFeature::MCStatus ScreenWithoutTarget(std::vector<int>& indices,
+                                                  std::vector<std::vector<int>>& reasons) = 0;
 };

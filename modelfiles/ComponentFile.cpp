@@ -17,7 +17,11 @@
 #include "common/WholeText.h"
 #include "common/state/IOException.h"
 #include "common/state/QuietReading.h"
+#include "common/state/StateBytes.h"
+#include "common/xml/DocumentHeader.h"
+#include "common/xml/XMLDocType.h"
 #include "common/xml/XMLError.h"
+#include "common/xml/XMLObj.h"
 #include "common/xml/XMLObjParser.h"
 #include "feature/FSFactory.h"
 #include "modelfiles/StateEnvelope.h"
@@ -32,6 +36,8 @@ constexpr const char* kDictionary = "StateDictionary 1.00";
 constexpr const char* kDictionaryTag = "PSDICT";
 constexpr const char* kFeature = "FSAlgorithm";
 constexpr const char* kNaive = "NBAlgorithm";
+constexpr const char* kRanges = "TableRanges 1.00";
+constexpr const char* kRangesTag = "PSRANGES";
 constexpr const char* kDamaged =
     "the file is damaged, cut short, or was written by a version with another form; save it again";
 
@@ -76,14 +82,12 @@ class DigestBuffer : public std::streambuf {
 
  protected:
   std::streamsize xsputn(const char* bytes, std::streamsize n) override {
-    for (std::streamsize i = 0; i < n; ++i) {
-      fDigest = (fDigest ^ static_cast<unsigned char>(bytes[i])) * 0x100000001b3;
-    }
+    fDigest = StateBytes::Digest({bytes, static_cast<std::size_t>(n)}, fDigest);
     return n;
   }
 
  private:
-  std::uint64_t fDigest = 0xcbf29ce484222325;
+  std::uint64_t fDigest = StateBytes::Digest({});
 };
 
 // The document of a component with a dictionary put in front of the component's object.
@@ -111,6 +115,11 @@ std::string ReadBinary(std::fstream& is, ComponentFile& file) {
     file.fpNaive = NBFactory().RestoreNBAlgorithmFromBinary(is);
     return file.fpNaive == nullptr || !IsAtEnd(is) ? kDamaged : "";
   }
+  if (StartsWith(is, kRangesTag)) {
+    file.fRanges.emplace();
+    file.fRanges->ReadObject(is);
+    return IsAtEnd(is) ? "" : kDamaged;
+  }
   if (StartsWith(is, kDictionaryTag)) {
     file.fDictionary.emplace();
     file.fDictionary->ReadObject(is);
@@ -127,6 +136,11 @@ std::string ReadXML(std::ifstream& is, ComponentFile& file) {
   if (name.starts_with(kNaive)) {
     file.fpNaive = NBFactory().RestoreNBAlgorithmFromXML(is);
     return file.fpNaive == nullptr ? kDamaged : "";
+  }
+  if (name == kRanges) {
+    file.fRanges.emplace();
+    file.fRanges->ReadObjectXML(is);
+    return MCCommonXML::ParseEndRoot(is) ? "" : kDamaged;
   }
   if (name == kDictionary) {
     file.fDictionary.emplace();
@@ -243,6 +257,30 @@ std::string WriteComponentFile(const std::string& path, const StateWriting& how,
       path, how, [&](std::ofstream& os) { return told(component.SaveStateXML(os)); });
 }
 
+std::string WriteComponentFile(const std::string& path, const StateWriting& how,
+                               const TableRanges& ranges) {
+  if (!how.fbXML) {
+    return WriteFile<std::fstream>(path, how, [&](std::fstream& os) {
+      ranges.WriteObject(os);
+      return "";
+    });
+  }
+  return WriteFile<std::ofstream>(path, how, [&](std::ofstream& os) -> std::string {
+    try {
+      std::ostringstream document;
+      MCCommonXML::ExportFormat(
+          document, MCCommonXML::XMLDocType::Create("MCXMLRoot", "savexml.dtd", nullptr));
+      MCCommonXML::StartRoot(document, MCModelFiles::Copyright());
+      ranges.WriteObjectXML(document, 2);
+      MCCommonXML::EndRoot(document);
+      os << document.str();
+      return "";
+    } catch (const MCCommonXML::XMLError& error) {
+      return error.what();
+    }
+  });
+}
+
 std::string ReadComponentFile(const std::string& path, ComponentFile& file, std::string* place,
                               const std::string& key) {
   std::error_code error;
@@ -268,11 +306,33 @@ std::string ReadComponentFile(const std::string& path, ComponentFile& file, std:
   return trouble;
 }
 
+std::string ComponentBytes(const IFSAlgorithm& component, const StateDictionary* dictionary) {
+  return StateBytes::Written(
+      [&](std::fstream& os) { (void)WriteBinary(os, component, dictionary); });
+}
+
+std::string ComponentBytes(const INBAlgorithm& component) {
+  return StateBytes::Written([&](std::fstream& os) { (void)component.SaveState(os); });
+}
+
+std::string ReadComponentBytes(const std::string& bytes, ComponentFile& file) {
+  const QuietReading quiet;
+  std::string trouble;
+  try {
+    StateBytes::Read(bytes, [&](std::fstream& is) { trouble = ReadBinary(is, file); });
+  } catch (const MCCommon::IOException&) {
+    trouble = kDamaged;
+  }
+  return trouble.empty() && !MCModelFiles::MakesSense(file) ? kDamaged : trouble;
+}
+
 std::uint64_t DigestOf(const ComponentFile& file) {
   DigestBuffer buffer;
   std::fstream bytes;
   static_cast<std::ios&>(bytes).rdbuf(&buffer);
-  if (file.fpNaive != nullptr) {
+  if (file.fRanges) {
+    file.fRanges->WriteObject(bytes);
+  } else if (file.fpNaive != nullptr) {
     (void)file.fpNaive->SaveState(bytes);
   } else {
     (void)WriteBinary(bytes, *file.fpFeature, file.fDictionary ? &*file.fDictionary : nullptr);

@@ -12,15 +12,17 @@
 #include <optional>
 #include <string>
 
+#include "common/parts/TableRanges.h"
 #include "feature/IFSAlgorithm.h"
 #include "modelfiles/StateDictionary.h"
 #include "naivebayes/INBAlgorithm.h"
 
 struct ComponentFile {
-  // One of the two is there.
+  // One of the three is there.
   std::unique_ptr<IFSAlgorithm> fpFeature;
   std::optional<StateDictionary> fDictionary;  // of the first
   std::unique_ptr<INBAlgorithm> fpNaive;
+  std::optional<TableRanges> fRanges;  // of a table in parts
 };
 
 // True for a name that ends in ".xml", in any case.
@@ -36,12 +38,19 @@ std::string WriteComponentFile(const std::string& path, const StateWriting& how,
                                const IFSAlgorithm& component, const StateDictionary* dictionary);
 std::string WriteComponentFile(const std::string& path, const StateWriting& how,
                                const INBAlgorithm& component);
+std::string WriteComponentFile(const std::string& path, const StateWriting& how,
+                               const TableRanges& ranges);
 
 // Reads any form of either component, told apart by their first bytes. Empty, or what went
 // wrong; `place`, where it is given, then says where in the file ("byte 17", "line 4"). With a key,
 // a file that was not signed with it is refused. Nothing goes to standard error.
 std::string ReadComponentFile(const std::string& path, ComponentFile& file,
                               std::string* place = nullptr, const std::string& key = {});
+
+// A component as bytes, in the binary form of files; null for no dictionary. Reading is as above.
+std::string ComponentBytes(const IFSAlgorithm& component, const StateDictionary* dictionary);
+std::string ComponentBytes(const INBAlgorithm& component);
+std::string ReadComponentBytes(const std::string& bytes, ComponentFile& file);
 
 // A number that the same counts of the same variables have, in either form, however long the
 // counting took; others have another one but for a chance of 2^-64.

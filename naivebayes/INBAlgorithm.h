@@ -12,6 +12,7 @@
 #pragma once
 
 #include <iosfwd>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -28,8 +29,20 @@
 #include "naivebayes/model/NBOutputStatistics.h"
 #include "naivebayes/variables/NBVarList.h"
 
+class INBParts;
+class NBPartCodes;
 class NBScoredBlock;
+struct NBPartClassified;
+struct NBPartCounts;
 struct MCApplicInfo4XML;
+
+// The records of a part, all the caller's.
+struct NBPartSource {
+  MCCommon::MultiPassRecordIter& fData;
+  int fNRecords = 0;
+  MCCommon::MultiPassRecordIter* fpTest = nullptr;
+  bool fbSelecting = true;  // candidates are counted, too
+};
 
 class INBAlgorithm {
  public:
@@ -145,4 +158,16 @@ class INBAlgorithm {
   // What the rules about leaks look at, of every predictor that was counted last, whether the model
   // kept it or not. Empty for a restored model.
   virtual const std::vector<NBInputTraits>& GetLeakTraits() const = 0;
+
+  // BuildModel of records that lie in parts.
+  virtual MCNaive::MCStatus BuildModelInParts(INBParts& parts) = 0;
+
+  // The part's side of that, and of SelectAttributes with parts: counts at most nRecords valid records
+  // of every candidate, and keeps them, and the test records unless that is null, as codes. No record
+  // is no error. The component is then to count no more. Errors: 1 cancelled, 70004, 70010, 70012.
+  virtual MCNaive::MCStatus CountPart(const NBPartSource& source, NBPartCounts& counts,
+                                      std::unique_ptr<NBPartCodes>& codes) = 0;
+
+  // Adds what parts have classified to GetTrainOutStats and GetTestOutStats.
+  virtual void AddClassified(const NBPartClassified& classified) = 0;
 };

@@ -71,6 +71,11 @@ class NBAlgorithm : public INBAlgorithm {
   MCNaive::MCStatus ScoreAndAccumBlock(const MCCommon::RecordBlock& block, NBScoredBlock& scored,
                                        const std::vector<char>& isTraining) override;
 
+  MCNaive::MCStatus BuildModelInParts(INBParts& parts) override;
+  MCNaive::MCStatus CountPart(const NBPartSource& source, NBPartCounts& counts,
+                              std::unique_ptr<NBPartCodes>& codes) override;
+  void AddClassified(const NBPartClassified& classified) override;
+
   // The model. Records of codes hold one code per input of the model.
   // Pi(k) times the product of P(m|k), as a plain product of doubles.
   double ComputePXYPY(const MCCommon::Record& codes, int k) const;
@@ -136,6 +141,18 @@ class NBAlgorithm : public INBAlgorithm {
   // The same for at most so many valid records of the caller's; what is left out is counted among
   // them, or to the end of the data.
   MCNaive::MCStatus CountSource(MCCommon::MultiPassRecordIter& data, int nRecords, bool toTheEnd);
+  // What follows the counting: estimates, and what tells leaks.
+  void FinishTraining();
+  // Takes the counts of all parts as those of the records.
+  MCNaive::MCStatus TakeCounts(const NBPartCounts& counts);
+  MCNaive::MCStatus DoBuildInParts(INBParts& parts);
+  MCNaive::MCStatus DoCountPart(const NBPartSource& source, NBPartCounts& counts,
+                                std::unique_ptr<NBPartCodes>& codes);
+  NBPartCounts PartCounts() const;
+  void SelectInParts(const NBSelectionRequest& request, NBSelectionResult& result);
+  // What the selector has chosen: the model of it.
+  void FinishSelection(const NBSelectionRequest& request, bool byTest,
+                       NBAttributeSelector& selector, NBSelectionResult& result);
   // Estimates from the counts; drops inputs with fewer than 2 categories in use.
   void FinishCounts();
 

@@ -12,8 +12,9 @@ using MCCommon::MultiPassRecordIter;
 using MCNaive::MCStatus;
 
 MCStatus NBAlgorithm::CheckSelection(const NBSelectionRequest& request) const {
-  if (!request.fData.HasMore()) return MCNaive::Error(MCNaive::kNoSelectionData);
-  if (request.fNRecords < 1) return MCNaive::Error(MCNaive::kNoRecordsToProcess);
+  const bool isHere = request.fpParts == nullptr;
+  if (isHere && !request.fData.HasMore()) return MCNaive::Error(MCNaive::kNoSelectionData);
+  if (isHere && request.fNRecords < 1) return MCNaive::Error(MCNaive::kNoRecordsToProcess);
   if (request.fpTest != nullptr && request.fNTest == 0) {
     return MCNaive::Error(MCNaive::kEmptyTestSample);
   }
@@ -58,6 +59,9 @@ MCStatus NBAlgorithm::Dispatch(const NBSelectionRequest& request,
   const int reported = NBFormulas::ComputeReportCount(request.fNReport, forced, candidates);
   const int maxSize = DecideSize(request.fSize, forced, candidates);
   if (request.fbExact) return selector.SelectExact(maxSize, training, result);
+  if (request.fbTestInParts) {
+    return selector.SelectMaxTestParts(maxSize, training, reported, result);
+  }
   if (request.fpTest == nullptr) {
     return selector.SelectMaxBIC(maxSize, training, reported, result);
   }
@@ -97,11 +101,16 @@ void NBAlgorithm::RunSelection(const NBSelectionRequest& request, NBSelectionRes
                                fWorkers);
   const MCStatus done =
       Dispatch(request, {*stored.fpStore, stored.fNRecords, inMemory}, selector, result);
-  if (Raise(done).IsError() || fCancel.IsCancel()) return;
+  if (Raise(done).IsError()) return;
+  FinishSelection(request, request.fpTest != nullptr, selector, result);
+}
+
+void NBAlgorithm::FinishSelection(const NBSelectionRequest& request, bool byTest,
+                                  NBAttributeSelector& selector, NBSelectionResult& result) {
+  if (fCancel.IsCancel()) return;
   selector.GetLoglikelihood(result.fvLogLikelihoods);
   if (request.fpXML != nullptr) {
-    const bool hasTest = request.fpTest != nullptr;
-    static_cast<void>(Raise(selector.ExportXML(*request.fpXML, hasTest, request.fpAppInfo)));
+    static_cast<void>(Raise(selector.ExportXML(*request.fpXML, byTest, request.fpAppInfo)));
   }
   KeepChosenInputs();
 }
@@ -118,7 +127,7 @@ MCStatus NBAlgorithm::DoSelect(const NBSelectionRequest& request, NBSelectionRes
   fbBuilt = false;
   Prepare(true, request.fNRecords);
   ResetAllCounts(true);
-  RunSelection(request, result);
+  request.fpParts == nullptr ? RunSelection(request, result) : SelectInParts(request, result);
   fbBuilt = !MustStop();
   return fStatus;
 }

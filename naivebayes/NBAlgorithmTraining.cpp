@@ -61,11 +61,15 @@ MCStatus NBAlgorithm::CountData(NBCodeSource& source, bool showProgress) {
   AddRecords(fNRecords, pass.GetCount());
   if (fNRecords < 2) return MCNaive::Error(MCNaive::kTooFewRecords);
   fTotalWeight += pass.GetWeight();
+  FinishTraining();
+  return {};
+}
+
+void NBAlgorithm::FinishTraining() {
   FinishCounts();
   fvLeakTraits.clear();
   const double unit = fTotalWeight / fNRecords;
   for (const NBayesInput& input : fInputs) fvLeakTraits.push_back(NBLeaks::TraitsOf(input, unit));
-  return {};
 }
 
 void NBAlgorithm::FinishCounts() {

@@ -7,6 +7,7 @@
 
 #include "common/RecordIterator.h"
 
+class INBParts;
 struct MCApplicInfo4XML;
 struct NBCrossValidation;
 
@@ -26,6 +27,10 @@ struct NBSelectionRequest {
   // what the application information says (null: what the component says of itself); null for none.
   std::ostream* fpXML = nullptr;
   MCApplicInfo4XML* fpAppInfo = nullptr;
+  // The records where they lie in parts: fData and fpTest are then not read, and fbTestInParts says
+  // whether the test cases of the parts choose the size. Null for records that are here.
+  INBParts* fpParts = nullptr;
+  bool fbTestInParts = false;
   // The same selection is cross-validated, by pseudo-BIC or the exact size; null for not. Needs the
   // records in memory, or its runs stay empty.
   NBCrossValidation* fpValidation = nullptr;

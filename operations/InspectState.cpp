@@ -24,6 +24,7 @@
 #include "operations/ModelCategories.h"
 #include "operations/RequestError.h"
 #include "operations/ShowEvidence.h"
+#include "operations/ShowRanges.h"
 
 namespace PredSelect {
 
@@ -332,6 +333,7 @@ void InspectState(ComponentFile& state, MCHost::OutputDocument& document,
   const MCHost::SessionScope scope(session);
   RecordData(document, 0, 0);
   document.BeginRun("inspect").fbCompleted = true;
+  if (state.fRanges) return ShowRanges(*state.fRanges);
   state.fpNaive != nullptr ? ShowNaive(*state.fpNaive) : ShowFeature(state);
   if (request.fbWeights) ShowEvidence(*state.fpNaive);
   if (document.fbFindings) document.CurrentRun().fFindings = FindingsText(state);

@@ -102,7 +102,11 @@ void AddFeature(ComponentFile& into, const ComponentFile& from, const std::strin
   }
   const MCFeature::MCStatus status =
       into.fpFeature->Merge(*from.fpFeature, dictionary ? &maps : nullptr);
-  if (status.IsError()) Refuse(name, ObstacleText(status.GetDiscreteDatum(0)));
+  if (status.GetErrorCode() == MCFeature::kOutOfMemory) throw std::bad_alloc();
+  // That no part has a valid case yet is no error.
+  if (status.GetErrorCode() == MCFeature::kCannotMerge) {
+    Refuse(name, ObstacleText(status.GetDiscreteDatum(0)));
+  }
   into.fDictionary = std::move(dictionary);
 }
 
@@ -129,6 +133,11 @@ void AddNaive(ComponentFile& into, const ComponentFile& from, const std::string&
                        : "the models are of different variables");
 }
 
+void AddRanges(TableRanges& into, const TableRanges& from, const std::string& name) {
+  const std::string why = into.Merge(from);
+  if (!why.empty()) Refuse(name, why);
+}
+
 }  // namespace
 
 void MergedCounts::Note(const ComponentFile& state, const std::string& name) {
@@ -139,6 +148,10 @@ void MergedCounts::Note(const ComponentFile& state, const std::string& name) {
 }
 
 void MergeStates(ComponentFile& into, const ComponentFile& from, const std::string& name) {
+  if (from.fRanges.has_value() != into.fRanges.has_value()) {
+    Refuse(name, "one file holds ranges, the other counts");
+  }
+  if (into.fRanges) return AddRanges(*into.fRanges, *from.fRanges, name);
   if ((from.fpNaive == nullptr) != (into.fpNaive == nullptr)) {
     Refuse(name, "one state is a ranking, the other a model");
   }

@@ -2,8 +2,9 @@
 #include <string>
 #include <vector>
 
-#include "backend/predselect/PRSCurves.h"
 #include "common/MCAssert.h"
+#include "common/evaluation/Evaluation.h"
+#include "common/evaluation/ScoreCurves.h"
 #include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/encoders/NBNumericUserMissing.h"
 #include "naivebayes/variables/NBContVar.h"
@@ -75,12 +76,12 @@ Json Input(const NBayesInput& input, const MCHost::ITable* table) {
 
 // By category the steps that hold a case: number of the step, weight of the category's cases and of
 // the others, mean probability.
-Json Curves(const PRSCurves& curves) {
+Json Curves(const MCCommon::ScoreCurves& curves) {
   Json categories = Json::array();
   for (int k = 0; k < curves.GetNCategories(); ++k) {
     Json steps = Json::array();
     int number = 0;
-    for (const PRSCurves::Step& step : curves.StepsOf(k)) {
+    for (const MCCommon::ScoreCurves::Step& step : curves.StepsOf(k)) {
       const double weight = step.fOf + step.fOthers;
       if (weight > 0.0) steps.push_back({number, step.fOf, step.fOthers, step.fSum / weight});
       ++number;
@@ -88,6 +89,29 @@ Json Curves(const PRSCurves& curves) {
     categories.push_back(std::move(steps));
   }
   return {{"weight", curves.GetWeight()}, {"categories", std::move(categories)}};
+}
+
+// Under the ROC curves that have steps, but from the probabilities themselves; null for a category
+// with no case or all, and for all where there were too many different ones.
+Json Areas(const MCCommon::Evaluation& evaluation, const MCCommon::ScoreCurves& curves) {
+  Json areas = Json::array();
+  for (int k = 0; k < curves.GetNCategories(); ++k) {
+    const double area = evaluation.fClasses[static_cast<std::size_t>(k)].fAUC.fValue;
+    areas.push_back(evaluation.fbAUCRounded ? Json(nullptr) : JsonNumber(area));
+  }
+  return areas;
+}
+
+Json Samples(const PRSFindings& findings) {
+  Json samples = Json::object();
+  if (findings.fpTraining != nullptr) samples["training"] = Curves(*findings.fpTraining);
+  if (findings.fpTest != nullptr) samples["test"] = Curves(*findings.fpTest);
+  const bool isTested = findings.fpTest != nullptr;
+  const MCCommon::ScoreCurves* evaluated = isTested ? findings.fpTest : findings.fpTraining;
+  if (findings.fpEvaluation != nullptr && evaluated != nullptr) {
+    samples[isTested ? "test" : "training"]["areas"] = Areas(*findings.fpEvaluation, *evaluated);
+  }
+  return samples;
 }
 
 // By observed (rows) and predicted category.
@@ -161,9 +185,7 @@ Json ModelFindings(const PRSFindings& findings, const MCHost::ITable* table) {
                                 {"reason", predictor.fReason},
                                 {"threshold", JsonNumber(predictor.fThreshold)}});
   }
-  json["curves"] = Json::object();
-  if (findings.fpTraining != nullptr) json["curves"]["training"] = Curves(*findings.fpTraining);
-  if (findings.fpTest != nullptr) json["curves"]["test"] = Curves(*findings.fpTest);
+  json["curves"] = Samples(findings);
   return json;
 }
 

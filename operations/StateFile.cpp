@@ -13,6 +13,7 @@ namespace PredSelect {
 namespace {
 
 std::string Write(const ComponentFile& state, const std::string& path, const StateWriting& how) {
+  if (state.fRanges) return WriteComponentFile(path, how, *state.fRanges);
   if (state.fpNaive != nullptr) return WriteComponentFile(path, how, *state.fpNaive);
   return WriteComponentFile(path, how, *state.fpFeature,
                             state.fDictionary ? &*state.fDictionary : nullptr);
@@ -30,7 +31,8 @@ std::string Remedy(const std::string& path) {
     return "; it is PMML, which is for other programs: give what --save-model or --save-state has "
            "written of the model";
   }
-  const bool isState = start.empty() || start.find("Algorithm") != std::string::npos;
+  const bool isState = start.empty() || start.find("Algorithm") != std::string::npos ||
+                       start.find("Ranges") != std::string::npos;
   return isState ? "" : "; --save-model and --save-state write such files";
 }
 

@@ -1,7 +1,9 @@
 #include "operations/TableOptions.h"
 
 #include <algorithm>
+#include <memory>
 
+#include "common/MissingValue.h"
 #include "host/data/DataTable.h"
 #include "host/data/KOVA_DataSource.h"
 #include "host/data/MeasurementLevels.h"
@@ -60,9 +62,56 @@ void ApplyMissing(DataTable& table, const MCHost::MissingCodes& missing) {
   }
 }
 
+[[noreturn]] void RefusePart(const std::string& why) {
+  throw RequestError("using", "the data are no part of what the ranges are of: " + why + ".");
+}
+
+bool HasValues(DataTable& table, int column) {
+  const std::unique_ptr<MCHost::ITableScan> scan = table.Scan({column});
+  while (const MCHost::TableBatch* batch = scan->Next()) {
+    const MCHost::ColumnView& cells = batch->fColumns[0];
+    for (std::size_t i = 0; i < batch->fNCases; ++i) {
+      if (cells.fpNumbers != nullptr ? !MCMV::IsMissing(cells.fpNumbers[i])
+                                     : cells.fpCodes[i] >= 0) {
+        return true;
+      }
+    }
+  }
+  return false;
+}
+
+// A column without a value may be of any kind; a table that keeps its cells takes it as the other.
+void CheckKind(DataTable& table, int column, const ColumnDictionary& known) {
+  const KOVA_Variable& variable = table.GetVariable(column);
+  if (variable.GetName() != known.fName) {
+    RefusePart("column " + std::to_string(column + 1) + " is \"" + variable.GetName() +
+               "\" here and \"" + known.fName + "\" there");
+  }
+  if (variable.IsNumeric() == known.IsNumeric()) return;
+  if (table.KeepsCells() && !HasValues(table, column)) return;
+  RefusePart("\"" + known.fName + "\" holds " + (known.IsNumeric() ? "texts" : "numbers") +
+             " here and " + (known.IsNumeric() ? "numbers" : "texts") + " there");
+}
+
+void TakeWhole(DataTable& table, const std::shared_ptr<const MCHost::WholeTable>& whole) {
+  const TableRanges& ranges = whole->fRanges;
+  if (table.ColumnCount() != static_cast<int>(ranges.fColumns.size())) {
+    RefusePart("there are " + std::to_string(table.ColumnCount()) + " columns here and " +
+               std::to_string(ranges.fColumns.size()) + " there");
+  }
+  for (int i = 0; i < table.ColumnCount(); ++i) {
+    const ColumnDictionary& known = ranges.fColumns[static_cast<std::size_t>(i)].fDictionary;
+    CheckKind(table, i, known);
+    table.GetVariable(i) = MCHost::VariableOf(known);
+  }
+  table.SetWeightVarIndex(ranges.FindColumn(ranges.fWeight));
+  table.SetWhole(whole);
+}
+
 }  // namespace
 
 void PrepareTable(DataTable& table, const TableOptions& options) {
+  if (options.fpWhole != nullptr) return TakeWhole(table, options.fpWhole);
   if (options.fSchema) options.fSchema->Apply(table);
   for (const MCHost::MissingCodes& missing : options.fMissing) ApplyMissing(table, missing);
   for (const auto& [name, level] : options.fLevels) ApplyLevel(table, name, level);

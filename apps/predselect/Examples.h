@@ -70,6 +70,12 @@ constexpr const char* kInspectExamples = R"(Examples:
   predselect inspect model.bin --format json
   predselect inspect model.bin --weights -o weights.csv)";
 
+constexpr const char* kRangeExamples = R"(Examples:
+  predselect range part1.csv --part 0 -o range1.bin
+  predselect range part2.csv --part 1 -o range2.bin
+  predselect merge range1.bin range2.bin -o ranges.bin
+  predselect run part1.csv --using ranges.bin -c "SELECTPRED income" --save-state part1.bin)";
+
 constexpr const char* kMergeExamples = R"(Examples:
   predselect run part1.csv -c "SELECTPRED income" --save-state part1.bin
   predselect run part2.csv -c "SELECTPRED income" --save-state part2.bin

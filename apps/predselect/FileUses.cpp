@@ -23,6 +23,7 @@ std::vector<FileUse> FilesOf(const Options& options) {
       {options.fResult.fFile, "--output", "the output", true},
       {options.fSaveState, options.fAction == Options::kModel ? "--save-model" : "--save-state",
        "the state", true},
+      {options.fData.fUsing, "--using", "the ranges", false},
       {options.fModel.fPmml, "--pmml", "the model", true},
       {options.fExport.fFile, options.fAction == Options::kExport ? "--output" : "--export",
        "the exported model", true},

@@ -53,7 +53,9 @@ HelpOption DescribeOption(const CLI::Option& option) {
 
 std::vector<HelpOption> DescribeOptions(const CLI::App& app) {
   std::vector<HelpOption> options;
-  for (const CLI::Option* option : app.get_options()) options.push_back(DescribeOption(*option));
+  for (const CLI::Option* option : app.get_options()) {
+    if (!option->get_group().empty()) options.push_back(DescribeOption(*option));
+  }
   return options;
 }
 

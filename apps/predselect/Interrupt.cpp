@@ -125,6 +125,8 @@ KeyboardOfAnother::~KeyboardOfAnother() { gTypedToAnother = false; }
 
 bool IsInterrupted() { return gInterrupted; }
 
+void SayNothing() { gSaid = true; }
+
 void SayStopped() noexcept {
   constexpr char kLine[] = "predselect: stopped at your wish.\n";
   if (gSaid.exchange(true)) return;

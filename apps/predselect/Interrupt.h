@@ -24,5 +24,7 @@ struct KeyboardOfAnother {
 
 // Says on standard error, once, that the program was stopped.
 void SayStopped() noexcept;
+// A process that helps another one leaves it to that.
+void SayNothing();
 
 }  // namespace PredSelectApp

@@ -9,6 +9,20 @@
 
 namespace PredSelectApp {
 
+namespace {
+
+// Parts to which nobody has given a number are all number 0: they stand in the order in which they
+// are named.
+void NumberAfter(const ComponentFile& merged, ComponentFile& state) {
+  if (!merged.fRanges || !state.fRanges) return;
+  const std::vector<PartSize>& parts = state.fRanges->fParts;
+  const bool isUnnumbered = parts.size() == 1 && parts.front().fPart == 0;
+  if (!isUnnumbered || merged.fRanges->FirstCaseOf(0) < 0) return;
+  state.fRanges->Renumber(merged.fRanges->fParts.back().fPart + 1);
+}
+
+}  // namespace
+
 int MergeStates(const Options& options) {
   const std::string signKey = PredSelect::ReadStateKey(options.fSignKey);
   const std::string key = PredSelect::ReadStateKey(options.fVerifyKey);
@@ -17,8 +31,9 @@ int MergeStates(const Options& options) {
   if (!options.fbAllowEqual) counts.Note(merged, options.fStates.front());
   for (std::size_t i = 1; i < options.fStates.size() && !IsInterrupted(); ++i) {
     const std::string& path = options.fStates[i];
-    const ComponentFile state = PredSelect::LoadState(path, key);
+    ComponentFile state = PredSelect::LoadState(path, key);
     if (!options.fbAllowEqual) counts.Note(state, path);
+    NumberAfter(merged, state);
     PredSelect::MergeStates(merged, state, path);
   }
   if (IsInterrupted()) return kCancelled;

@@ -5,12 +5,14 @@
 
 #include "apps/predselect/ExitCode.h"
 #include "apps/predselect/FileUses.h"
+#include "apps/predselect/JobPasses.h"
 #include "apps/predselect/LiveOutput.h"
 #include "apps/predselect/OpenTable.h"
 #include "apps/predselect/Options.h"
 #include "apps/predselect/ProgramSurroundings.h"
 #include "apps/predselect/ProgressLine.h"
 #include "apps/predselect/SaveTable.h"
+#include "apps/predselect/ServeParts.h"
 #include "apps/predselect/Terminal.h"
 #include "host/data/DataTable.h"
 #include "operations/BuildModel.h"
@@ -32,8 +34,10 @@ PredSelect::ModelRequest RequestOf(const Options& options) {
 }  // namespace
 
 int ModelData(const Options& options) {
+  if (options.fServing > 0) return ServeParts(options);
   ProgressLine progress(WantsProgress(options.fResult));
-  const std::unique_ptr<MCHost::DataTable> table = OpenTable(options.fData, progress);
+  const std::unique_ptr<MCHost::DataTable> table =
+      options.fJobs > 1 ? OpenJobs(options, progress) : OpenTable(options.fData, progress);
   PredSelect::ModelRequest request = RequestOf(options);
   if (options.fbShowCommand) {
     WriteResults(options.fResult, PredSelect::ModelCommand(*table, request));

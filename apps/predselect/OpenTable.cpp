@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <memory>
 #include <new>
 #include <string>
 #include <utility>
@@ -16,10 +17,12 @@
 #include "host/data/DataTable.h"
 #include "host/data/MeasurementLevels.h"
 #include "host/data/ReadingScope.h"
+#include "host/data/WholeTable.h"
 #include "host/session/HostFunctions.h"
 #include "host/session/HostIOError.h"
 #include "operations/NoVariable.h"
 #include "operations/RequestError.h"
+#include "operations/StateFile.h"
 #include "operations/TableOptions.h"
 
 namespace PredSelectApp {
@@ -90,6 +93,48 @@ std::vector<std::string> DriverPlaces() {
 
 }  // namespace
 
+namespace {
+
+// Levels, labels, missing values and weight come from the ranges.
+void RefuseBesideUsing(const DataOptions& options) {
+  const std::pair<bool, const char*> given[] = {{!options.fSchema.empty(), "--schema"},
+                                                {!options.fLevels.empty(), "--level"},
+                                                {!options.fWeight.empty(), "--weight"},
+                                                {!options.fReading.fMissing.empty(), "--missing"}};
+  for (const auto& [isGiven, name] : given) {
+    if (!isGiven) continue;
+    throw UsageError(std::string(name) +
+                     ": the ranges of --using say that already; give it to predselect range.");
+  }
+}
+
+// The ranges, and how texts in files are read by them.
+std::shared_ptr<const MCHost::WholeTable> UseRanges(const DataOptions& options,
+                                                    MCHost::DataFileOptions& file) {
+  RefuseBesideUsing(options);
+  const ComponentFile state = PredSelect::LoadState(options.fUsing);
+  if (!state.fRanges) {
+    throw PredSelect::RequestError(
+        "using", options.fUsing + " holds no ranges; predselect range writes them.");
+  }
+  auto whole = std::make_shared<MCHost::WholeTable>();
+  whole->fName = options.fUsing;
+  whole->fRanges = *state.fRanges;
+  whole->fPart = options.fPart;
+  if (options.fPart >= 0 && whole->FirstCase() < 0) {
+    throw PredSelect::RequestError(
+        "part", options.fUsing + " knows no part " + std::to_string(options.fPart) + ".");
+  }
+  for (const ColumnRange& column : whole->fRanges.fColumns) {
+    // Texts that look like numbers here need not do so elsewhere.
+    const ColumnDictionary& known = column.fDictionary;
+    if (!known.IsNumeric()) file.fTypes[known.fName] = MCHost::FieldType::kString;
+  }
+  return whole;
+}
+
+}  // namespace
+
 std::unique_ptr<DataTable> OpenTable(const DataOptions& options, ProgressLine& progress) {
   PredSelect::TableOptions said;
   MCHost::DataFileOptions file;
@@ -104,6 +149,7 @@ std::unique_ptr<DataTable> OpenTable(const DataOptions& options, ProgressLine& p
     const std::vector<std::string> nulls = said.fSchema->NullTokens();
     file.fNullTokens.insert(file.fNullTokens.end(), nulls.begin(), nulls.end());
   }
+  if (!options.fUsing.empty()) said.fpWhole = UseRanges(options, file);
   std::unique_ptr<DataTable> table = OpenFile(options, file, progress);
   for (const std::string& level : options.fLevels) said.fLevels.push_back(ReadLevel(level));
   said.fWeight = options.fWeight;

@@ -14,6 +14,8 @@ using MCHost::FileFormat;
 
 namespace {
 
+constexpr int kMostJobs = 256;
+
 void AddReadingOptions(CLI::App& command, MCHost::ReadingOptions& reading) {
   for (const MCHost::ReadingOption& option : MCHost::AllReadingOptions()) {
     const std::string name = std::string("--") + option.fName;
@@ -83,6 +85,35 @@ void AddWeight(CLI::App& command, DataOptions& data) {
   command
       .add_option("--weight", data.fWeight, "Column that says for how many cases each row stands")
       ->type_name("VAR");
+}
+
+void AddPart(CLI::App& command, DataOptions& data) {
+  command
+      .add_option("--part", data.fPart,
+                  "The number of this part among the parts of the data, from 0: their order")
+      ->check(WholeNumber(0))
+      ->type_name("N");
+}
+
+void AddUsing(CLI::App& command, DataOptions& data) {
+  InGroup(command, kDataGroup);
+  command
+      .add_option("--using", data.fUsing,
+                  "The data are a part: count it with these ranges of all parts (predselect range)")
+      ->type_name("RANGES");
+  AddPart(command, data);
+}
+
+void AddJobs(CLI::App& command, Options& options) {
+  InGroup(command, kWorkGroup);
+  command
+      .add_option("--jobs", options.fJobs,
+                  "Processes that share the files of the data, which changes no result (default: 1)")
+      ->check(WholeNumber(1, kMostJobs))
+      ->type_name("N");
+  command.add_option("--serve-parts", options.fServing, "Help another process with its parts")
+      ->check(WholeNumber(1, PredSelect::kMostThreads))
+      ->group("");
 }
 
 void AddFormat(CLI::App& command, ResultOptions& result, const std::vector<std::string>& tables,

@@ -52,6 +52,15 @@ void AddDataOptions(CLI::App& command, DataOptions& data);
 
 void AddWeight(CLI::App& command, DataOptions& data);
 
+// The number of a part of the data.
+void AddPart(CLI::App& command, DataOptions& data);
+
+// The ranges of the whole of which the data are a part.
+void AddUsing(CLI::App& command, DataOptions& data);
+
+// Processes that share the parts of the data.
+void AddJobs(CLI::App& command, Options& options);
+
 // Of every result: the page, the report, the document, or the records of a table. `tables`: the
 // subtypes of those that there may be, the main one first; `mains`: what is said of the main one.
 void AddFormat(CLI::App& command, ResultOptions& result, const std::vector<std::string>& tables,

@@ -158,6 +158,7 @@ struct CommandLine {
                 {AddRun(fApp, options), Options::kRun},
                 {AddInspect(fApp, options), Options::kInspect},
                 {AddMerge(fApp, options), Options::kMerge},
+                {AddRange(fApp, options), Options::kRange},
                 {AddExport(fApp, options), Options::kExport},
                 {AddView(fApp, options), Options::kView}};
     fpHelp = AddHelp(fApp, fTopic, options.fResult);
@@ -292,6 +293,7 @@ void Parse(int argc, char** argv, Options& options) {
 }  // namespace
 
 void ParseOptions(int argc, char** argv, Options& options) {
+  options.fWords.assign(argv, argv + argc);
   try {
     Parse(argc, argv, options);
   } catch (const UsageError&) {

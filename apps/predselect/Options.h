@@ -29,6 +29,8 @@ struct DataOptions {
   MCHost::ReadingOptions fReading;       // how the file is to be read
   bool fbStream = false;                 // read again on every pass instead of keeping in memory
   bool fbOnce = false;                   // the cases are gone over once
+  std::string fUsing;                    // ranges of the whole whose part this is, empty for none
+  int fPart = -1;                        // its number there; -1: nobody has said
   bool fbSaved = false;                  // they are written again with what is added to them
 };
 
@@ -53,7 +55,7 @@ struct ResultOptions {
 };
 
 struct Options {
-  enum Action { kNone, kRun, kRank, kModel, kDescribe, kInspect, kScore, kEvaluate, kMerge, kExport, kView };
+  enum Action { kNone, kRun, kRank, kModel, kDescribe, kInspect, kScore, kEvaluate, kMerge, kExport, kView, kRange };
   static constexpr double kAutoMemory = -1.0;
 
   Action fAction = kNone;
@@ -80,6 +82,9 @@ struct Options {
   PredSelect::RankRequest fRank;
   PredSelect::ModelRequest fModel;
   bool fbDryRun = false;       // run, rank, model and score: say what would be done
+  int fJobs = 1;               // rank and model: processes at work on the parts of the data
+  int fServing = 0;            // above 0: this is one of them, and may use so many threads
+  std::vector<std::string> fWords;  // the whole command line
   bool fbShowCommand = false;  // rank and model: show the command instead of running it
   std::string fShown;          // for kNone: a text that was asked for, such as help
 };

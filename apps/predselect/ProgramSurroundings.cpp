@@ -11,6 +11,7 @@
 namespace PredSelectApp {
 
 int ThreadsOf(const Options& options) {
+  if (options.fServing > 0) return options.fServing;
   return options.fThreads == 0 ? PredSelect::AvailableThreads() : options.fThreads;
 }
 

@@ -75,6 +75,7 @@ CLI::App* AddRank(CLI::App& app, Options& options) {
       "rank", "Rank the columns of a file by how each goes with a target, the best first");
   AddDataOptions(*rank, options.fData);
   AddWeight(*rank, options.fData);
+  AddUsing(*rank, options.fData);
   AddTarget(*rank, options, options.fRank.fTarget, options.fRank.fExcept);
   InGroup(*rank, "Ranking");
   AddChoice<RankBy>(
@@ -91,6 +92,7 @@ CLI::App* AddRank(CLI::App& app, Options& options) {
       ->check(WholeNumber(0))
       ->type_name("N");
   AddThreads(*rank, options.fThreads);
+  AddJobs(*rank, options);
   AddFormat(*rank, options.fResult, {"Ranking"});
   AddResultOptions(*rank, options.fResult);
   AddProgress(*rank, options.fResult);
@@ -104,6 +106,7 @@ CLI::App* AddModel(CLI::App& app, Options& options) {
       "model", "Build a classifier of a target from the few columns that serve it best");
   AddDataOptions(*model, options.fData);
   AddWeight(*model, options.fData);
+  AddUsing(*model, options.fData);
   AddTarget(*model, options, options.fModel.fTarget, options.fModel.fExcept);
   InGroup(*model, "Model");
   CLI::Option* test =
@@ -156,6 +159,7 @@ CLI::App* AddModel(CLI::App& app, Options& options) {
   model->add_option("--pmml", options.fModel.fPmml, "Write the model as PMML")->type_name("FILE");
   AddMemory(*model, " that train the model (default: auto)", options.fMemory);
   AddThreads(*model, options.fThreads);
+  AddJobs(*model, options);
   AddProgress(*model, options.fResult);
   AddDryRun(*model, options);
   model->footer(kModelExamples)->group(kShortVerbs);
@@ -215,6 +219,7 @@ CLI::App* AddRun(CLI::App& app, Options& options) {
   CLI::App* run = app.add_subcommand("run", "Run commands over a table");
   AddDataOptions(*run, options.fData);
   AddWeight(*run, options.fData);
+  AddUsing(*run, options.fData);
   InGroup(*run, "Commands");
   CLI::Option* text =
       run->add_option("-c,--command", options.fCommandTexts,
@@ -282,6 +287,22 @@ CLI::App* AddMerge(CLI::App& app, Options& options) {
                   "Take states that hold the very same counts, too");
   merge->footer(kMergeExamples)->group(kLanguage);
   return merge;
+}
+
+CLI::App* AddRange(CLI::App& app, Options& options) {
+  CLI::App* range = app.add_subcommand(
+      "range", "Find the ranges and categories of a part of the data, for all parts to count alike");
+  AddDataOptions(*range, options.fData);
+  AddWeight(*range, options.fData);
+  InGroup(*range, kResultsGroup);
+  range->add_option("-o,--output", options.fSaveState, "Write the ranges here: .bin or .xml")
+      ->required()
+      ->type_name("FILE")
+      ->check(IsStateName);
+  AddPart(*range, options.fData);
+  AddThreads(*range, options.fThreads);
+  range->footer(kRangeExamples)->group(kLanguage);
+  return range;
 }
 
 CLI::App* AddExport(CLI::App& app, Options& options) {

@@ -17,6 +17,7 @@ CLI::App* AddScore(CLI::App& app, Options& options);
 CLI::App* AddEvaluate(CLI::App& app, Options& options);
 CLI::App* AddRun(CLI::App& app, Options& options);
 CLI::App* AddInspect(CLI::App& app, Options& options);
+CLI::App* AddRange(CLI::App& app, Options& options);
 CLI::App* AddMerge(CLI::App& app, Options& options);
 CLI::App* AddExport(CLI::App& app, Options& options);
 CLI::App* AddView(CLI::App& app, Options& options);

@@ -22,6 +22,7 @@
 #include "apps/predselect/ModelVerb.h"
 #include "apps/predselect/Options.h"
 #include "apps/predselect/ProgramSurroundings.h"
+#include "apps/predselect/RangeCommand.h"
 #include "apps/predselect/RankVerb.h"
 #include "apps/predselect/RunCommand.h"
 #include "apps/predselect/ScoreCommand.h"
@@ -55,6 +56,8 @@ int ActAlone(const Options& options) {
       return ExportModel(options);
     case Options::kMerge:
       return MergeStates(options);
+    case Options::kRange:
+      return FindRanges(options);
     case Options::kView:
     case Options::kNone:
       WriteResults(options.fResult, options.fShown);
@@ -65,6 +68,10 @@ int ActAlone(const Options& options) {
 
 // What is written takes its place at the end, all of it or nothing.
 int Act(const Options& options) {
+  if (options.fServing > 0) {
+    MCHost::SetReadingThreads(options.fServing);
+    return ActAlone(options);
+  }
   if (options.fAction != Options::kNone) {
     CheckOutputs(options);
     MCHost::SetReadingThreads(ThreadsOf(options));

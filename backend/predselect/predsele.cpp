@@ -75,6 +75,7 @@ bool PrepareNaiveBayes(PRSMultiFactory& factory, const PRSValidSpecs& specs,
 
 void RunNaiveBayes(PRSValidSpecs& specs, ProcedureDataSource& source, BpProcedure& procedure) {
   PRSMultiFactory factory(&specs, source);
+  if (factory.AnswerPart()) return;
   NaiveOutput output(&specs, &factory, &source, &procedure);
   output.AddToNotesTable();
   const bool isPrepared = PrepareNaiveBayes(factory, specs, output);

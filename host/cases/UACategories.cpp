@@ -45,6 +45,16 @@ UACategories::UACategories(const KOVA_Variable& variable, std::vector<KOVA_Value
   fValues = std::move(fixed);
 }
 
+void UACategories::Begin(const std::vector<KOVA_Value>& values) {
+  for (const KOVA_Value& value : values) {
+    if (value.IsNumeric()) {
+      (void)CodeOf(value.GetNumber());
+    } else {
+      fFixedTexts.emplace(value.GetString(), Add(value.GetString()));
+    }
+  }
+}
+
 void UACategories::Encode(const MCHost::ColumnView& cells, std::size_t n, double* codes) {
   if (cells.fpNumbers != nullptr) {
     EncodeNumbers(cells.fpNumbers, n, codes);
@@ -97,13 +107,11 @@ void UACategories::EncodeStrings(const MCHost::ColumnView& cells, std::size_t n,
 template <typename Value>
 double UACategories::Add(const Value& value) {
   if (fpUserMissing != nullptr && fpUserMissing->Contains(value)) return KOVA_SystemMissing;
-  if (fbFixed) {
-    if constexpr (std::is_same_v<Value, std::string>) {
-      const auto found = fFixedTexts.find(value);
-      if (found != fFixedTexts.end()) return found->second;
-    }
-    return Unlisted(value);
+  if constexpr (std::is_same_v<Value, std::string>) {
+    const auto found = fFixedTexts.find(value);
+    if (found != fFixedTexts.end()) return found->second;
   }
+  if (fbFixed) return Unlisted(value);
   fValues.emplace_back(value);
   return static_cast<double>(fValues.size() - 1);
 }
@@ -134,4 +142,5 @@ void UACategories::Sort(bool ascending) {
   std::for_each(fSmallCodes.begin(), fSmallCodes.end(), renumber);
   std::for_each(fStringCodes.begin(), fStringCodes.end(), renumber);
   for (auto& entry : fOtherCodes) renumber(entry.second);
+  for (auto& entry : fFixedTexts) renumber(entry.second);
 }

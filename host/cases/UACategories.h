@@ -20,6 +20,10 @@ class UACategories {
   // The variable is borrowed for its user-missing definition.
   UACategories(const KOVA_Variable& variable, bool excludeUserMissing);
 
+  // Numbers these values first, in their order; user-missing ones that are excluded get no number.
+  // REQUIRES: nothing was encoded yet; values of the variable's kind, all different.
+  void Begin(const std::vector<KOVA_Value>& values);
+
   // What a value that is not among given ones is delivered as.
   static constexpr double kUnseen = -1.0;
 
@@ -57,7 +61,7 @@ class UACategories {
   bool fbFixed = false;
   KOVA_MissingValues fFixedMissing;
   std::vector<KOVA_Value> fValues;
-  std::unordered_map<std::string, double> fFixedTexts;
+  std::unordered_map<std::string, double> fFixedTexts;  // also of values to begin with
   std::vector<double> fSmallCodes;   // by small whole number; NaN: not met yet
   std::vector<double> fStringCodes;  // by dictionary code + 1; NaN: not met yet
   std::unordered_map<double, double> fOtherCodes;

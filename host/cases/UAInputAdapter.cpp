@@ -7,10 +7,18 @@
 #include "host/cases/UACaseScan.h"
 #include "host/cases/UAVarValidSpecs.h"
 #include "host/data/ProcedureDataSource.h"
+#include "host/data/WholeTable.h"
+#include "host/output/ShowText.h"
+#include "host/session/HostIOError.h"
 
 namespace {
 
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+// That of the numbers which the record takes.
+const NumberRange& RangeOf(const ColumnRange& known, const UAVarValidSpecs& specs) {
+  return specs.IsUserMissingExcluded() ? known.fValid : known.fAll;
+}
 
 struct Range {
   double fMin = kInfinity;
@@ -72,13 +80,49 @@ UAInputAdapter::Var UAInputAdapter::MakeVar(int recordVar) {
     var.fpUserMissing = &variable.GetMissingValues();
     var.fbConvert = true;
   }
+  if (const MCHost::WholeTable* whole = fpSource->Table().Whole()) BeginWith(*whole, var);
   return var;
+}
+
+void UAInputAdapter::BeginWith(const MCHost::WholeTable& whole, Var& var) const {
+  var.fpKnown = &whole.fRanges.fColumns[static_cast<std::size_t>(var.fKOVAVar)];
+  const ColumnRange& known = *var.fpKnown;
+  if (!var.fpCategories) {
+    const NumberRange& range = RangeOf(known, *fpSpecs);
+    var.fMin = range.fLow;
+    var.fMax = range.fHigh;
+    return;
+  }
+  if (!known.fbListed) {
+    throw MCHost::HostIOError(whole.fName, "",
+                              MCHost::KeyText("The ranges do not list the categories of ^1...",
+                                              {known.fDictionary.fName}));
+  }
+  std::vector<KOVA_Value> values(known.fNumbers.begin(), known.fNumbers.end());
+  for (const std::string& text : known.fTexts) values.emplace_back(text);
+  var.fpCategories->Begin(values);
+  var.fNKnown = var.fpCategories->Size();
+}
+
+void UAInputAdapter::CheckKnown() const {
+  for (const Var& var : fVars) {
+    if (var.fpKnown == nullptr) continue;
+    const NumberRange& range = RangeOf(*var.fpKnown, *fpSpecs);
+    const bool isBeyond = var.fpCategories ? var.fpCategories->Size() > var.fNKnown
+                                           : var.fMin < range.fLow || var.fMax > range.fHigh;
+    if (!isBeyond) continue;
+    throw MCHost::HostIOError(fpSource->Table().Whole()->fName, "",
+                              MCHost::KeyText("^1 has values that the ranges do not know...",
+                                              {var.fpKnown->fDictionary.fName}));
+  }
 }
 
 const UAInputAdapter::Var* UAInputAdapter::FindVar(int kovaVar) const {
   const int position = fpSpecs->GetRecVarIndex(kovaVar);
   return position < 0 ? nullptr : &fVars[static_cast<std::size_t>(position)];
 }
+
+const MCHost::ITable& UAInputAdapter::GetTable() const { return fpSource->Table(); }
 
 int UAInputAdapter::GetCatVarSize(int kovaVar) const {
   const Var* var = FindVar(kovaVar);
@@ -137,7 +181,7 @@ void UAInputAdapter::Follow(UACaseScan* scan) {
 
 bool UAInputAdapter::NextChunk(UACaseScan& scan) {
   if (!scan.NextChunk()) {
-    fbObserved = true;
+    if (!std::exchange(fbObserved, true)) CheckKnown();
     return false;
   }
   for (std::size_t j = 0; j < fVars.size(); ++j) {

@@ -5,6 +5,10 @@
 // first pass the adapter knows the categories and ranges of all cases. Streams over one adapter
 // (UAProcDataSourceIter) share this knowledge, each reading with a scan of its own. Missing cells
 // are delivered as KOVA_SystemMissing in every column.
+//
+// Of a table that is a part, or whose parts lie elsewhere (WholeTable.h), the categories and ranges
+// are those of the whole from the beginning. A part that goes beyond them ends its first pass with
+// an error.
 #pragma once
 
 #include <cstdint>
@@ -16,12 +20,18 @@
 #include "host/cases/UACategories.h"
 #include "host/cases/UALostWeights.h"
 
+struct ColumnRange;
+namespace MCHost {
+class ITable;
+struct WholeTable;
+}  // namespace MCHost
 class ProcedureDataSource;
 class UACaseScan;
 class UAVarValidSpecs;
 
 class UAInputAdapter {
  public:
+  // Throws HostIOError where the whole lists no categories of a variable that needs them.
   // Specifications and data are borrowed. `extraVars` are read beside the record, for whoever looks
   // at the current case (GetDSIterator).
   UAInputAdapter(UAVarValidSpecs* specs, ProcedureDataSource& source,
@@ -58,12 +68,15 @@ class UAInputAdapter {
 
   KOVA_InputCaseIterator* GetDSIterator() { return &fIterator; }
   ProcedureDataSource& GetDataSource() { return *fpSource; }
+  const MCHost::ITable& GetTable() const;
 
   // nRecords: the cases delivered in the first pass over the data.
   int GetRecordCount() const { return fNRecords; }
 
   // What the first pass over the data has met of frequency weights, whatever else the cases hold.
   const UALostWeights& GetLostWeights() const { return fLostWeights; }
+  // Adds what was met of them elsewhere.
+  void AddLostWeights(const UALostWeights& others) { fLostWeights.Add(others); }
 
   // For the streams. A new scan (throws HostIOError); the next chunk of one, observed and prepared,
   // false at the end (throws HostIOError); making a scan the one that is reading; counting a
@@ -86,11 +99,17 @@ class UAInputAdapter {
     bool fbConvert = false;  // some missing cell is not KOVA_SystemMissing in the table
     double fMin = KOVA_SystemMissing;
     double fMax = KOVA_SystemMissing;
+    const ColumnRange* fpKnown = nullptr;  // of the whole; null for a table that stands for itself
+    int fNKnown = 0;                       // categories of the whole
   };
 
   std::size_t AddScanColumn(int kovaVar);
   Var MakeVar(int recordVar);
   const Var* FindVar(int kovaVar) const;
+  // Takes what is known of the whole.
+  void BeginWith(const MCHost::WholeTable& whole, Var& var) const;
+  // Throws HostIOError for a part that goes beyond the whole.
+  void CheckKnown() const;
   static void PrepareNumbers(Var& var, std::size_t recordVar, UACaseScan& scan);
 
   UAVarValidSpecs* fpSpecs;

@@ -19,6 +19,14 @@ void UALostWeights::Observe(const double* weights, std::size_t n) {
   }
 }
 
+void UALostWeights::Add(const UALostWeights& others) {
+  fNCases += others.fNCases;
+  fWeight += others.fWeight;
+  fNLost += others.fNLost;
+  fLostWeight += others.fLostWeight;
+  fLeast = std::min(fLeast, others.fLeast);
+}
+
 double UALostWeights::GetFactor() const {
   double factor = 1.0;
   while (fLeast * factor < 1.0 && factor < 1e300) factor *= 10.0;

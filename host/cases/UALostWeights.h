@@ -13,6 +13,20 @@ class UALostWeights {
   // Takes in the weights of so many more cases; missing ones, and those not above 0, do not count.
   void Observe(const double* weights, std::size_t n);
 
+  // Takes in what was met elsewhere.
+  void Add(const UALostWeights& others);
+
+  // In saved state: cases, lost cases, weight, lost weight, least weight.
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self) {
+    archive.Long(self.fNCases);
+    archive.Long(self.fNLost);
+    archive.AnyDouble(self.fWeight);
+    archive.AnyDouble(self.fLostWeight);
+    archive.AnyDouble(self.fLeast);
+    archive.Check(self.fNCases >= self.fNLost && self.fNLost >= 0);
+  }
+
   // Cases with a weight above 0, and their weights as they stand.
   std::int64_t GetNCases() const { return fNCases; }
   double GetWeight() const { return fWeight; }

@@ -30,6 +30,9 @@ class DataTable : public ITable {
   // Makes a numeric variable the frequency weight; -1 for none.
   void SetWeightVarIndex(int column) { fWeight = column; }
 
+  const WholeTable* Whole() const override { return fpWhole.get(); }
+  void SetWhole(std::shared_ptr<const WholeTable> whole) { fpWhole = std::move(whole); }
+
   std::int64_t CaseCount() const { return fNCases; }
 
   // Columns that the data brought; those behind them were added.
@@ -107,6 +110,7 @@ class DataTable : public ITable {
 
   std::deque<Column> fColumns;  // references stay valid while columns are added
   int fWeight = -1;
+  std::shared_ptr<const WholeTable> fpWhole;
   std::size_t fMaxBatchCases = MCCommon::RecordBlock::kMaxCases;
 };
 

@@ -15,6 +15,8 @@
 
 namespace MCHost {
 
+struct WholeTable;
+
 // The distinct strings of one column. Codes count from 0 in order of first appearance; a table may
 // append while it is scanned, but never renumbers.
 class StringDictionary {
@@ -59,6 +61,10 @@ class ITable {
 
   // The frequency weight variable, -1 for none.
   virtual int GetWeightVarIndex() const = 0;
+
+  // The whole of which the table is a part, or whose parts lie elsewhere; null for a table that
+  // stands for itself. Categories and ranges are then those of the whole.
+  virtual const WholeTable* Whole() const { return nullptr; }
 
   // Starts reading the given columns from the first case. Scans do not disturb each other; all end
   // before the table does. Throws HostIOError.

@@ -13,6 +13,9 @@ class KOVA_ValueLabelMap {
   const std::string* FindLabel(double value) const;
   const std::string* FindLabel(const std::string& value) const;
 
+  const std::map<double, std::string>& Numbers() const { return fNumbers; }
+  const std::map<std::string, std::string>& Strings() const { return fStrings; }
+
   bool IsEmpty() const { return fNumbers.empty() && fStrings.empty(); }
 
  private:

@@ -136,6 +136,16 @@ class ISession {
   virtual bool WantsFindings() const { return false; }
   virtual void TakeFindings(const PRSFindings& findings) { (void)findings; }
 
+  // What is asked of the command where its table is a part of the data: the bytes of a request
+  // (Piece.h) whose answer is all that is wanted of it, and the codes of the part's cases where the
+  // request makes them. Empty: the whole command is to run. A session that does not run over parts
+  // need not implement either.
+  virtual std::string PartRequest() const { return {}; }
+  virtual void TakePartAnswer(std::string answer, std::string codes) {
+    (void)answer;
+    (void)codes;
+  }
+
   // How far a long pass has come, once in a while. For a progress display.
   virtual void ReportProgress(const std::string& text) = 0;
 };

@@ -32,7 +32,7 @@ MC_STATE_OPERATIONS_OF_TWO_FORMS(FSAlgorithm, "FSAlgorithm 1.00", "FSAlgorithm 1
 bool FSAlgorithm::IsGrown() const { return fpSettings->ArePValuesExact(); }
 
 MCStatus FSAlgorithm::SaveState(std::fstream& out) const {
-  const MCStatus status = StatusNow();
+  const MCStatus status = SavingStatus();
   if (status.IsError()) return status;
   return FSWithinMemory(out, [&] {
     DoSave(out);
@@ -41,7 +41,7 @@ MCStatus FSAlgorithm::SaveState(std::fstream& out) const {
 }
 
 MCStatus FSAlgorithm::SaveStateXML(std::ostream& out) const {
-  const MCStatus status = StatusNow();
+  const MCStatus status = SavingStatus();
   if (status.IsError()) return status;
   return FSWithinMemory(out, [&] {
     DoSaveXML(out);

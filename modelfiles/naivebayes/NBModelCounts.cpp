@@ -25,10 +25,7 @@ void Fill(NBayesOutput& output, const NBModelCounts& counts) {
 NBayesInput InputOf(NBVarList& variables, int place, int classes, const std::vector<double>& table,
                     double weight) {
   NBayesInput input(place, variables.GetVarAt(place), classes);
-  for (std::size_t cell = 0; cell < table.size(); ++cell) {
-    const auto at = static_cast<int>(cell);
-    input.AddCount(at / classes, at % classes, table[cell]);
-  }
+  input.AddCounts(table);
   input.ComputeProbabilities(weight);
   return input;
 }

@@ -112,6 +112,10 @@ void NBayesInputBase::AddCount(int category, int target, double weight) {
   fvCounts[Cell(category, target)] += weight;
 }
 
+void NBayesInputBase::AddCounts(const std::vector<double>& table) {
+  for (std::size_t cell = 0; cell < fvCounts.size(); ++cell) fvCounts[cell] += table[cell];
+}
+
 void NBayesInputBase::Display(std::ostream& os) const {
   os << "Predictor categories " << fNCategories << ", non-empty " << fNNonEmpty << '\n';
   for (int m = 0; m < fNCategories; ++m) {

@@ -39,6 +39,9 @@ class NBayesInputBase {
   void Grow(int categories, int targetCategories);
   // REQUIRES: the cell is within the tables.
   void AddCount(int category, int target, double weight);
+  // Adds a whole table, stored as it is here. REQUIRES: it has the size of this one.
+  void AddCounts(const std::vector<double>& table);
+  const std::vector<double>& GetCounts() const { return fvCounts; }
 
   int GetNCategories() const { return fNCategories; }
   int GetNNonEmpty() const { return fNNonEmpty; }

@@ -1,6 +1,7 @@
 #include "naivebayes/model/NBayesOutput.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <ostream>
 
 #include "naivebayes/variables/NBCodeMap.h"
@@ -30,6 +31,16 @@ void NBayesOutput::AddCases(const std::int32_t* targets, const double* weights, 
   for (std::size_t i = 0; i < cases; ++i) fvCounts[targets[i]] += weights[i];
   if (fvRecords.empty()) return;
   for (std::size_t i = 0; i < cases; ++i) ++fvRecords[targets[i]];
+}
+
+void NBayesOutput::AddCounts(const std::vector<double>& weights,
+                             const std::vector<std::int64_t>& records) {
+  for (std::size_t k = 0; k < fvCounts.size(); ++k) {
+    fvCounts[k] += weights[k];
+    if (fvRecords.empty()) continue;
+    fvRecords[k] +=
+        static_cast<std::int32_t>(std::min<std::int64_t>(records[k], INT32_MAX - fvRecords[k]));
+  }
 }
 
 void NBayesOutput::MergeRecords(const NBayesOutput& other, const std::vector<int>& map) {

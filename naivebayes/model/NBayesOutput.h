@@ -28,6 +28,9 @@ class NBayesOutput {
   void ResetCounts();
   // REQUIRES: targets within the table.
   void AddCases(const std::int32_t* targets, const double* weights, std::size_t cases);
+  // Adds counts that were made elsewhere: weight and records by target category.
+  // REQUIRES: as many as there are categories.
+  void AddCounts(const std::vector<double>& weights, const std::vector<std::int64_t>& records);
   // Adds the counts of another model and returns, for each of its target categories, the category
   // here that stands for the same value.
   std::vector<int> MergeTargetCounts(const NBayesOutput& other);

@@ -8,13 +8,13 @@
 #include <utility>
 
 #include "common/MissingValue.h"
+#include "naivebayes/parts/NBPartsOfSelection.h"
 #include "naivebayes/selection/NBAttribSelectReporter.h"
-#include "naivebayes/selection/NBChunks.h"
 #include "naivebayes/selection/NBDataSteps.h"
 #include "naivebayes/selection/NBFormulas.h"
-#include "naivebayes/selection/NBOdds.h"
 #include "naivebayes/selection/NBSampleCounts.h"
 #include "naivebayes/selection/NBSimulatedSteps.h"
+#include "naivebayes/selection/NBSizeTerms.h"
 #include "naivebayes/selection/NBTerms.h"
 #include "naivebayes/store/NBInternalAdapter.h"
 #include "naivebayes/variables/NBVarList.h"
@@ -98,6 +98,7 @@ int NBAttributeSelector::BuildSubsetSequence(int maxSize, const Training& traini
     NBSimulatedSteps steps(fModel, records, random, fCancel, fWorkers);
     return TakeSteps(maxSize, training.fNRecords, steps);
   }
+  if (training.fpParts != nullptr) return TakeSteps(maxSize, training.fNRecords, *training.fpParts);
   NBDataSteps steps(fModel, fTotalWeight, training.fCodes, fCancel, fWorkers);
   return TakeSteps(maxSize, training.fNRecords, steps);
 }
@@ -181,37 +182,25 @@ void NBAttributeSelector::GenerateSimulatedRecord(Record& record,
   for (std::size_t j = 0; j < fModel.fInputs.size(); ++j) record[j + 1] = drawn.fvCodes[j][0];
 }
 
-bool NBAttributeSelector::SumTerms(NBCodeSource& source, int first, std::vector<NBOddsSum>& sums,
-                                   NBSum& weight) const {
-  const int last = first + static_cast<int>(sums.size()) - 1;
-  NBChunks chunks(fModel.fOutput.GetNCategories());
-  NBOdds odds;
-  const auto addChunk = [&](const NBCodeBlock& codes) {
-    for (std::size_t i = 0; i < codes.Cases(); ++i) weight.Add(codes.Weights()[i]);
-    odds.Reset(fModel.fOutput.GetPriors(), codes.Targets(), codes.Cases());
-    for (int s = 1; s <= last && !fCancel.IsCancel(); ++s) {
-      const int j = fvOrder[s - 1];
-      odds.Multiply(fModel.fInputs[j], codes.Codes(j), codes.Targets());
-      if (s < first) continue;
-      odds.Align();
-      odds.AddTerms(codes.Weights(), sums[s - first]);
-    }
-    return !fCancel.IsCancel();
-  };
-  while (!fCancel.IsCancel()) {
-    const NBCodeBlock* codes = source.NextCodes();
-    if (codes == nullptr) return !source.HasFailed();
-    if (!chunks.ForEach(*codes, addChunk)) return false;
-  }
-  return false;
+std::vector<int> NBAttributeSelector::FirstOf(int size) const {
+  return {fvOrder.begin(), fvOrder.begin() + std::min(std::max(size, 0), NSizes())};
 }
 
-bool NBAttributeSelector::CompleteLogLikelihoods(NBCodeStore& records, int lastSize) {
+bool NBAttributeSelector::SumTraining(const Training& training, int first, int last,
+                                      std::vector<double>& totals) {
+  NBSum weight;
+  if (training.fpParts != nullptr) {
+    return training.fpParts->SumTerms(FirstOf(last), first, false, totals, weight);
+  }
+  return training.fCodes.NewPass() &&
+         NBSizeTerms::Sum(fModel, FirstOf(last), first, training.fCodes, fCancel, totals, weight);
+}
+
+bool NBAttributeSelector::CompleteLogLikelihoods(const Training& training, int lastSize) {
   const int first = FirstSize(), last = fbSimulated ? lastSize : fNForced;
   if (last < first) return true;
-  std::vector<NBOddsSum> sums(last - first + 1);
-  NBSum weight;
-  if (!records.NewPass() || !SumTerms(records, first, sums, weight)) {
+  std::vector<double> totals;
+  if (!SumTraining(training, first, last, totals)) {
     fbReadError = !fCancel.IsCancel();
     return false;
   }
@@ -220,7 +209,7 @@ bool NBAttributeSelector::CompleteLogLikelihoods(NBCodeStore& records, int lastS
   for (int s = 1; s <= last; ++s) {
     parts.Add(fRecordParts.fvA[fvOrder[s - 1]]);
     if (s < first) continue;
-    fvLogLikelihood[s - 1] = parts.Total() - sums[s - first].Total() / fTotalWeight;
+    fvLogLikelihood[s - 1] = parts.Total() - totals[s - first] / fTotalWeight;
   }
   return true;
 }
@@ -233,14 +222,11 @@ int NBAttributeSelector::SortAndRankBIC(Results& results, int nReport) {
   return FillSelectionResults(std::move(ranked), nReport, results);
 }
 
-int NBAttributeSelector::SortAndRankTest(NBCodeSource& test, NBSum& weight, Results& results,
-                                         int nReport) {
-  const int first = FirstSize();
-  std::vector<NBOddsSum> sums(std::max(NSizes() - first + 1, 0));
-  if (!SumTerms(test, first, sums, weight) || !(weight.Total() > 0)) return -1;
+int NBAttributeSelector::SortAndRankTest(const std::vector<double>& totals, double weight,
+                                         Results& results, int nReport) {
   std::vector<std::pair<double, int>> ranked;
-  for (int s = first; s <= NSizes(); ++s) {
-    ranked.emplace_back(sums[s - first].Total() / weight.Total(), s);
+  for (std::size_t i = 0; i < totals.size(); ++i) {
+    ranked.emplace_back(totals[i] / weight, FirstSize() + static_cast<int>(i));
   }
   return FillSelectionResults(std::move(ranked), nReport, results);
 }
@@ -291,7 +277,7 @@ MCStatus NBAttributeSelector::FailureStatus() const {
 MCStatus NBAttributeSelector::SelectExact(int size, const Training& training,
                                           NBSelectionResult& result) {
   if (BuildSubsetSequence(size, training) < 0) return FailureStatus();
-  if (!CompleteLogLikelihoods(training.fCodes, fNForced)) return FailureStatus();
+  if (!CompleteLogLikelihoods(training, fNForced)) return FailureStatus();
   ConvertSelectedPredictors(result.fvSelected);
   UpdateVarlist(size);
   return {};
@@ -300,7 +286,7 @@ MCStatus NBAttributeSelector::SelectExact(int size, const Training& training,
 MCStatus NBAttributeSelector::SelectMaxBIC(int maxSize, const Training& training, int nReport,
                                            NBSelectionResult& result) {
   if (BuildSubsetSequence(maxSize, training) < 0) return FailureStatus();
-  if (!CompleteLogLikelihoods(training.fCodes, NSizes())) return FailureStatus();
+  if (!CompleteLogLikelihoods(training, NSizes())) return FailureStatus();
   const int size = SortAndRankBIC(result.fvResults, nReport);
   ConvertSelectedPredictors(result.fvSelected);
   UpdateVarlist(size);
@@ -311,15 +297,35 @@ MCStatus NBAttributeSelector::SelectMaxTestData(int maxSize, const Training& tra
                                                 const TestSample& test, int nReport,
                                                 NBSelectionResult& result) {
   if (BuildSubsetSequence(maxSize, training) < 0) return FailureStatus();
-  if (!CompleteLogLikelihoods(training.fCodes, fNForced)) return FailureStatus();
+  if (!CompleteLogLikelihoods(training, fNForced)) return FailureStatus();
   if (!test.fRecords.NewPass()) return MCNaive::Error(MCNaive::kNoTestRecords);
   NBInternalAdapter codes(test.fRecords, test.fNRecords, test.fPreparator);
   NBSum weight;
-  const int size = SortAndRankTest(codes, weight, result.fvResults, nReport);
+  std::vector<double> totals;
+  const bool isSummed =
+      NBSizeTerms::Sum(fModel, fvOrder, FirstSize(), codes, fCancel, totals, weight);
   if (codes.GetStatus().IsError()) return codes.GetStatus();
+  return FinishByTest(isSummed, totals, weight, nReport, result);
+}
+
+MCStatus NBAttributeSelector::SelectMaxTestParts(int maxSize, const Training& training, int nReport,
+                                                 NBSelectionResult& result) {
+  if (BuildSubsetSequence(maxSize, training) < 0) return FailureStatus();
+  if (!CompleteLogLikelihoods(training, fNForced)) return FailureStatus();
+  NBSum weight;
+  std::vector<double> totals;
+  const bool isSummed = training.fpParts->SumTerms(fvOrder, FirstSize(), true, totals, weight);
+  fbReadError = !isSummed;
+  return FinishByTest(isSummed, totals, weight, nReport, result);
+}
+
+MCStatus NBAttributeSelector::FinishByTest(bool isSummed, const std::vector<double>& totals,
+                                           const NBSum& weight, int nReport,
+                                           NBSelectionResult& result) {
   if (fCancel.IsCancel()) return FailureStatus();
-  if (weight.Total() == 0) return MCNaive::Error(MCNaive::kNoTestRecords);
-  if (size < 0) return FailureStatus();
+  if (weight.Total() == 0 && isSummed) return MCNaive::Error(MCNaive::kNoTestRecords);
+  if (!isSummed || !(weight.Total() > 0)) return FailureStatus();
+  const int size = SortAndRankTest(totals, weight.Total(), result.fvResults, nReport);
   ConvertSelectedPredictors(result.fvSelected);
   UpdateVarlist(size);
   return {};

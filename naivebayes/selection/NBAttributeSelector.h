@@ -30,11 +30,11 @@
 #include "naivebayes/model/NBModelView.h"
 #include "naivebayes/model/NBNumerics.h"
 #include "naivebayes/selection/MCRandom.h"
-#include "naivebayes/selection/NBOddsSum.h"
 #include "naivebayes/selection/NBSteps.h"
 #include "naivebayes/store/NBRecordStore.h"
 
 class NBDataPreparator;
+class NBPartsOfSelection;
 class NBVarList;
 struct MCApplicInfo4XML;
 namespace MCCommonXML {
@@ -52,6 +52,8 @@ class NBAttributeSelector {
     int fNRecords;
     bool fbFromData;
     bool fbCounted = true;  // they are the very ones that the model has counted
+    // Where the records lie in parts: they serve the steps, have been counted, and fCodes has none.
+    NBPartsOfSelection* fpParts = nullptr;
   };
   // ... and, for the test criterion, original records that the preparator encodes, no more than so
   // many accepted ones (below 0 all).
@@ -76,6 +78,9 @@ class NBAttributeSelector {
                                  NBSelectionResult& result);
   MCNaive::MCStatus SelectMaxTestData(int maxSize, const Training& training, const TestSample& test,
                                       int nReport, NBSelectionResult& result);
+  // The same by the test cases of the parts. REQUIRES: there are parts.
+  MCNaive::MCStatus SelectMaxTestParts(int maxSize, const Training& training, int nReport,
+                                       NBSelectionResult& result);
 
   // The same from processed records of doubles: a target, a weight when the list has a weight
   // variable, and a code per input. They need not be those that the model has counted.
@@ -124,15 +129,20 @@ class NBAttributeSelector {
   MCNaiveBayes::MCRandom MakeRandom() const;
   void Report(int maxSize, int nCandidates, int nRecords, double seconds);
 
-  // Adds to the sums, for the sizes from `first` on, the w * log(1 + odds) of all cases, and these
-  // to the weight. False after a cancel or a read error.
-  bool SumTerms(NBCodeSource& source, int first, std::vector<NBOddsSum>& sums, NBSum& weight) const;
+  // The first so many of the order of entry.
+  std::vector<int> FirstOf(int size) const;
+  // Sums of w * log(1 + odds) over training cases, for the sizes from `first` to `last`. False after
+  // a cancel or a read error.
+  bool SumTraining(const Training& training, int first, int last, std::vector<double>& totals);
   // Log-likelihoods on the training data where the steps gave none, or only simulated ones.
-  bool CompleteLogLikelihoods(NBCodeStore& records, int lastSize);
+  bool CompleteLogLikelihoods(const Training& training, int lastSize);
 
   // Each returns the chosen size (0 when there is no predictor), or a negative value.
   int SortAndRankBIC(Results& results, int nReport);
-  int SortAndRankTest(NBCodeSource& test, NBSum& weight, Results& results, int nReport);
+  int SortAndRankTest(const std::vector<double>& totals, double weight, Results& results,
+                      int nReport);
+  MCNaive::MCStatus FinishByTest(bool isSummed, const std::vector<double>& totals,
+                                 const NBSum& weight, int nReport, NBSelectionResult& result);
   int FillSelectionResults(std::vector<std::pair<double, int>> ranked, int nReport,
                            Results& results);
 

@@ -54,6 +54,13 @@ void NBDataSteps::AddTerms(const NBOdds& odds, const NBCodeBlock& codes,
 
 bool NBDataSteps::ComputeBJ(const std::vector<int>& candidates, std::vector<double>& out,
                             double& common) {
+  const bool isRead = ComputeSums(candidates, out);
+  for (double& term : out) term = -term / fTotalWeight;
+  common = 0;
+  return isRead;
+}
+
+bool NBDataSteps::ComputeSums(const std::vector<int>& candidates, std::vector<double>& totals) {
   std::vector<NBOddsSum> sums(candidates.size());
   if (!fRecords.NewPass()) return false;
   std::size_t chunk = 0;
@@ -69,8 +76,7 @@ bool NBDataSteps::ComputeBJ(const std::vector<int>& candidates, std::vector<doub
     if (!fChunks.ForEach(*codes, addChunk)) return false;
   }
   fNKept = fvCurrent.size();
-  out.clear();
-  for (const NBOddsSum& sum : sums) out.push_back(-sum.Total() / fTotalWeight);
-  common = 0;
+  totals.clear();
+  for (const NBOddsSum& sum : sums) totals.push_back(sum.Total());
   return !fRecords.HasFailed();
 }

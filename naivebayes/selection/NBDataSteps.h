@@ -25,6 +25,9 @@ class NBDataSteps : public NBSteps {
   [[nodiscard]] bool ComputeBJ(const std::vector<int>& candidates, std::vector<double>& out,
                                double& common) override;
 
+  // The sums behind these terms: of w * log(1 + odds), for each candidate.
+  [[nodiscard]] bool ComputeSums(const std::vector<int>& candidates, std::vector<double>& totals);
+
  private:
   // Adds the terms of a chunk to the sums of the candidates, which the workers share out.
   void AddTerms(const NBOdds& odds, const NBCodeBlock& codes, const std::vector<int>& candidates,

@@ -17,6 +17,12 @@ std::string TextArgument(const char* text, const char* name, const char* otherwi
   return TextArgument(text != nullptr ? text : otherwise, name);
 }
 
+std::string_view BytesArgument(const predselect_bytes* bytes, const char* name) {
+  const predselect_bytes& given = Given(bytes, name);
+  if (given.size > 0) Given(static_cast<const char*>(given.data), name);
+  return {static_cast<const char*>(given.data), given.size};
+}
+
 std::vector<std::string> TextArguments(const char* const* texts, std::size_t n, const char* name) {
   std::vector<std::string> given;
   if (n > 0) Given(texts, name);

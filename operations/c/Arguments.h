@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstring>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "operations/c/Guard.h"
@@ -44,6 +45,9 @@ Options GivenOptions(const Options* options) {
   std::memcpy(&known, options, std::min(options->struct_size, sizeof(Options)));
   return known;
 }
+
+// Bytes. Throws Misuse for NULL, or for no data where there should be some.
+std::string_view BytesArgument(const predselect_bytes* bytes, const char* name);
 
 // Sets what a failed call is to leave behind.
 template <class T>

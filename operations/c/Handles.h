@@ -36,6 +36,10 @@ struct predselect_state {
   std::string fName;  // what messages call it
 };
 
+struct predselect_piece {
+  std::string fBytes;
+};
+
 struct predselect_result {
   MCHost::OutputDocument fDocument;
   std::shared_ptr<MCHost::DataTable> fpTable;  // null for a result without one

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <utility>
 
+#include "operations/PartPasses.h"
 #include "operations/RequestError.h"
 #include "operations/c/Arguments.h"
 #include "operations/c/Guard.h"
@@ -29,6 +30,13 @@ KOVA_Variable::MeasurementLevel LevelOf(std::int32_t level) {
 
 PredSelect::TableOptions WishesOf(const predselect_table_options& given) {
   PredSelect::TableOptions options;
+  if (given.ranges != nullptr) {
+    if (given.schema != nullptr || given.weight != nullptr || given.n_levels + given.n_reading > 0) {
+      throw Misuse("schema, weight, levels and reading come from the ranges");
+    }
+    options.fpWhole = PredSelect::WholeOf(BytesArgument(given.ranges, "ranges"), given.part);
+    return options;
+  }
   if (given.schema != nullptr) {
     options.fSchema =
         MCHost::TableSchema::Parse(TextArgument(given.schema, "schema"), "the schema");

@@ -137,6 +137,12 @@ typedef struct predselect_reading_option {
   const char* word;  // NULL for an option that takes none
 } predselect_reading_option;
 
+// Bytes of the caller's. Keeps its size.
+typedef struct predselect_bytes {
+  const void* data;  // may be NULL where size is 0
+  size_t size;
+} predselect_bytes;
+
 // Where the cells of a table are while it is open. Results do not depend on it. Do not renumber.
 #define PREDSELECT_KEEP_CELLS ((size_t)0)  // in memory: 8 bytes a number, 4 bytes a text
 #define PREDSELECT_KEEP_BATCHES \
@@ -156,6 +162,11 @@ typedef struct predselect_table_options {
   size_t keep;                               // PREDSELECT_KEEP_CELLS and so on
   const predselect_reading_option* reading;  // of a stream only "missing" has an effect
   size_t n_reading;
+  // The merged ranges of the table whose part this is (see "Tables in parts"), and the number of the
+  // part among them, from 0. Levels, labels, missing values and weight are then those of the ranges,
+  // and schema, weight, levels and reading must not be given. NULL for a table that stands for itself.
+  const predselect_bytes* ranges;
+  int64_t part;
 } predselect_table_options;
 
 // Reads a stream of records to its end. Takes the stream over: it is released in every case, also
@@ -418,6 +429,72 @@ typedef struct predselect_export_options {
 predselect_status predselect_state_export(predselect_session* session,
                                           const predselect_state* state, const char* path,
                                           const predselect_export_options* options);
+
+// ---- Tables in parts ----------------------------------------------------------------------------
+// A table may lie in parts (files, partitions of a cluster's table) that are never brought together.
+// docs/scale.md shows the steps: find the ranges of each part, merge them, open the table of parts
+// where the job is to run, and answer its passes where the parts are. Whoever ships the bytes looks
+// into none of them.
+
+// Bytes that a part has made: ranges, an answer, or codes. Closed like any other object.
+typedef struct predselect_piece predselect_piece;
+
+// The bytes stay until the piece is set anew or closed.
+predselect_status predselect_piece_bytes(predselect_session* session, const predselect_piece* piece,
+                                         predselect_bytes* bytes);
+// Makes the piece a copy of the bytes. For predselect_part_pass below, from within it; needs no
+// session. PREDSELECT_MISUSE for NULL.
+predselect_status predselect_piece_set(predselect_piece* piece, const void* data, size_t size);
+void predselect_piece_close(predselect_piece* piece);
+
+// What a part knows of the ranges and categories of its table, in one pass over its cases. `part` is
+// its number among the parts, from 0 to 2^31 - 1, which says in which order the cases of the parts
+// stand: no two parts have the same.
+predselect_status predselect_part_ranges(predselect_session* session, predselect_table* table,
+                                         int64_t part, predselect_piece** ranges);
+
+// Brings pieces of one kind into one: ranges, or answers to one request. Merge in any order and in
+// any tree: ranges and counts are the same to the last bit for whole-number weights; other sums
+// differ in their last digits, and not at all for the same tree. PREDSELECT_BAD_REQUEST for pieces
+// that do not fit together; the error names the piece by its place, from 0.
+predselect_status predselect_pieces_merge(predselect_session* session,
+                                          const predselect_bytes* pieces, size_t n_pieces,
+                                          predselect_piece** merged);
+
+// What a pass goes over. Do not renumber.
+#define PREDSELECT_OVER_ROWS ((int32_t)1)  // predselect_part_answer of each part
+#define PREDSELECT_OVER_ROWS_KEEP \
+  ((int32_t)2)  // the same, and the codes of each part are kept until the job ends, or until the
+                // next pass of this kind
+#define PREDSELECT_OVER_CODES ((int32_t)3)  // predselect_codes_answer of the codes of each part
+
+// Called by a job over a table of parts, on its thread: brings the request to every part, merges the
+// answers with predselect_pieces_merge (with another session), and sets `answer` to the merged bytes.
+// Not 0 when it failed or was cancelled, for which predselect_session_set_cancel's query says the
+// same; `answer` may then hold the reason as UTF-8 text. The request stays during the call only.
+typedef int (*predselect_part_pass)(void* user_data, int32_t over, const void* request, size_t size,
+                                    predselect_piece* answer);
+
+// The table of parts: predselect_rank, predselect_model and predselect_run take it as any other, save
+// that nothing can be done with its single cases (saved predictions, predselect_describe and
+// predselect_score are PREDSELECT_DATA_ERROR). `name` as in predselect_table_options.
+predselect_status predselect_table_open_parts(predselect_session* session,
+                                              const predselect_bytes* ranges, const char* name,
+                                              predselect_part_pass pass, void* user_data,
+                                              predselect_table** table);
+
+// Answers a request over the cases of a part that was opened with the merged ranges. `codes` is set
+// where the pass is PREDSELECT_OVER_ROWS_KEEP, else NULL, and may be NULL where it is not. The
+// same request to the same part has the same answer.
+predselect_status predselect_part_answer(predselect_session* session, predselect_table* table,
+                                         const predselect_bytes* request, predselect_piece** answer,
+                                         predselect_piece** codes);
+
+// Answers a request over the codes of a part.
+predselect_status predselect_codes_answer(predselect_session* session,
+                                          const predselect_bytes* codes,
+                                          const predselect_bytes* request,
+                                          predselect_piece** answer);
 
 // ---- Explanations
 // --------------------------------------------------------------------------------

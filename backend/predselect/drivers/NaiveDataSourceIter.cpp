@@ -6,6 +6,8 @@
 #include "host/cases/KOVA_InputCaseIterator.h"
 #include "host/cases/UACaseValueReader.h"
 #include "host/cases/UAInputAdapter.h"
+#include "host/data/ITable.h"
+#include "host/data/WholeTable.h"
 #include "naivebayes/NaiveBayesSettings.h"
 
 namespace {
@@ -70,7 +72,16 @@ void NaiveDataSourceIter::DrawSample() {
   if (fTrainSampVar >= 0 || !(fTrainSampProp > 0.0)) return;
   MCCommon::Assert(GetCase() == fTrainTestFlags.size(),
                    "iCase >= 0 && iCase == fTrainTestFlags.size()", kSource);
+  if (fTrainTestFlags.empty()) PassOverOtherParts();
   fTrainTestFlags.push_back(fTrainSampProp > fpRandom->GetRandom());
+}
+
+// A case has the number that it would draw if all parts were one table.
+void NaiveDataSourceIter::PassOverOtherParts() {
+  const MCHost::WholeTable* whole = GetAdapter()->GetTable().Whole();
+  for (std::int64_t left = whole == nullptr ? 0 : whole->FirstCase(); left > 0; --left) {
+    (void)fpRandom->GetRandom();
+  }
 }
 
 bool NaiveDataSourceIter::IsTrainSampleCase() const {

@@ -48,6 +48,7 @@ class NaiveDataSourceIter final : public UAProcDataSourceIter {
   bool IsSplit() const;
   std::size_t GetCase() const;
   void DrawSample();
+  void PassOverOtherParts();
   bool HasDependentValue() const;
 
   const PRSValidSpecs* fpSpecs;

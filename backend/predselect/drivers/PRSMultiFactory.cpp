@@ -9,14 +9,20 @@
 #include "backend/predselect/drivers/PRSMultiCalibration.h"
 #include "backend/predselect/drivers/PRSMultiScoring.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
+#include "common/state/StateBytes.h"
 #include "feature/FSSettings.h"
 #include "host/cases/UAVarValidSpecs.h"
 #include "host/data/ProcedureDataSource.h"
+#include "host/data/WholeTable.h"
 #include "host/output/BpError.h"
+#include "host/session/HostIOError.h"
 #include "host/session/ISession.h"
 #include "host/session/SessionScope.h"
+#include "modelfiles/ComponentFile.h"
 #include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/NaiveBayesSettings.h"
+#include "naivebayes/parts/NBPartClassified.h"
+#include "naivebayes/parts/NBPartCodes.h"
 
 namespace {
 
@@ -34,27 +40,137 @@ PRSMultiFactory::PRSMultiFactory(PRSValidSpecs* specs, ProcedureDataSource& sour
       fRun(*specs, source),
       fScreening(fRun),
       fMetaData(fRun, fScreening),
-      fModel(fRun, fMetaData) {
+      fModel(fRun, fMetaData),
+      fParts(source.Table()),
+      fPartRequest(PRSPartRequest()) {
+  if (!CheckParts() || fParts.AreThere()) return;
   fpTrainRecIter = fRun.NewStream(PRSMultiRun::Sample::kTraining);
   fpTrainRecIter->Start();
-  if (fpTrainRecIter->GetFailReason() == MCCommon::RecordIterator::kNoRecords) {
+  // A part may have none.
+  const bool isEmpty = fpTrainRecIter->GetFailReason() == MCCommon::RecordIterator::kNoRecords;
+  if (isEmpty && !fPartRequest) {
     (void)fRun.Fail(MCNaive::kDataUnusable);
     fRun.AdapterMessages().NoValidCases(WhyNoCase());
   }
-  if (fRun.GetStatus().IsError() || !specs->GetMultiTestData()) return;
+  // A part makes it when its turn comes, since it may have test cases alone.
+  if (fRun.GetStatus().IsError() || !specs->GetMultiTestData() || fPartRequest) return;
   fpTestRecIter = fRun.NewStream(PRSMultiRun::Sample::kTest);
 }
 
 PRSMultiFactory::~PRSMultiFactory() = default;
 
+bool PRSMultiFactory::CheckParts() {
+  const MCHost::WholeTable* whole = fRun.Source().Table().Whole();
+  if (whole == nullptr) return true;
+  const PRSValidSpecs& specs = fRun.Specs();
+  const bool isDrawn = specs.GetMultiTrainSampVar() < 0 && specs.GetMultiTrainSampPCT() > 0.0;
+  const bool isSaving =
+      !specs.GetPredValVarName().IsEmpty() || !specs.GetPredProbRootName().IsEmpty();
+  const char* trouble = nullptr;
+  if (fParts.AreThere() && isSaving) trouble = "Predictions are not saved over parts...";
+  if (!fParts.AreThere() && isDrawn && whole->FirstCase() < 0) {
+    trouble = "A random sample of a part needs its number...";
+  }
+  if (fParts.AreThere() && specs.Options().fValidation.fFolds > 0) {
+    trouble = "Not cross-validated over parts...";
+  }
+  const auto calibration = MCHost::CurrentSession().Calibration().fMethod;
+  if (fParts.AreThere() && calibration != MCHost::CalibrationWish::kNone) {
+    trouble = "Not calibrated over parts...";
+  }
+  if (trouble == nullptr) return true;
+  MCHost::RaiseMessage(MCHost::OutputMessage::kError, trouble);
+  return fRun.Fail(MCNaive::kDataUnusable);
+}
+
 const char* PRSMultiFactory::WhyNoCase() const {
-  if (fpTrainRecIter->GetNCases() == 0) return "the data have no rows";
-  return fpTrainRecIter->GetNTestCases() > 0 ? "no case with a valid target is a training case"
-                                             : "no case has a valid target";
+  return WhyNoCase(fpTrainRecIter->GetNCases(), fpTrainRecIter->GetNTestCases());
+}
+
+const char* PRSMultiFactory::WhyNoCase(std::int64_t cases, std::int64_t testCases) {
+  if (cases == 0) return "the data have no rows";
+  return testCases > 0 ? "no case with a valid target is a training case"
+                       : "no case has a valid target";
+}
+
+bool PRSMultiFactory::LookAtParts() {
+  try {
+    const UAPartCounts counts = fParts.AskCounts(fParts.Request(PartRequest::kLook));
+    if (fRun.IsStopped()) return false;
+    if (counts.fNDelivered == 0) {
+      fRun.AdapterMessages().NoValidCases(WhyNoCase(counts.fNCases, counts.fNTest));
+      return fRun.Fail(MCNaive::kDataUnusable);
+    }
+    fRun.Adapter().CountDelivered(static_cast<int>(counts.fNDelivered));
+    fRun.Adapter().AddLostWeights(counts.fLost);
+    fNTestRecords = static_cast<int>(counts.fNTest);
+    if (fRun.Specs().GetScreenStatusOn()) fScreening.TakeCounts(counts.fComponent);
+  } catch (const MCHost::HostIOError& error) {
+    if (fRun.IsStopped()) return false;
+    fRun.AdapterMessages().ReadFailed(error.what());
+    return fRun.Fail(MCNaive::kDataUnusable);
+  }
+  fpParts = std::make_unique<PRSMultiParts>(fRun, fScreening.Outcome());
+  fRun.AdapterMessages().WeightsLost(fRun.Adapter().GetLostWeights());
+  return true;
+}
+
+bool PRSMultiFactory::AnswerPart() {
+  if (!fPartRequest) return false;
+  if (fRun.GetStatus().IsError()) return true;
+  if (fPartRequest->fKind == PartRequest::kLook) {
+    AnswerLook();
+  } else if (PreparePart(*fPartRequest)) {
+    fPartRequest->fKind == PartRequest::kEncode ? AnswerEncode()
+                                                : AnswerClassify(fPartRequest->fContent);
+  }
+  return true;
+}
+
+void PRSMultiFactory::AnswerLook() {
+  UAPartCounts counts;
+  if (fRun.Specs().GetScreenStatusOn()) {
+    counts.fComponent = fScreening.CountPart(*fpTrainRecIter);
+  } else {
+    fRun.ReadAll(*fpTrainRecIter);
+  }
+  if (!fRun.IsPassComplete(*fpTrainRecIter)) return;
+  counts.fNCases = fpTrainRecIter->GetNCases();
+  counts.fNDelivered = fRun.Adapter().GetRecordCount();
+  counts.fNTest = fpTrainRecIter->GetNTestCases();
+  counts.fLost = fRun.Adapter().GetLostWeights();
+  PRSAnswer(Piece::kCounts, StateBytes::Of(counts));
+}
+
+bool PRSMultiFactory::PreparePart(const PartRequest& request) {
+  fScreening.TakeOutcome(request.fNumbers);
+  fRun.ReadAll(*fpTrainRecIter);
+  return fRun.IsPassComplete(*fpTrainRecIter) && fMetaData.Complete(true) &&
+         fpTrainRecIter->NewPass();
+}
+
+void PRSMultiFactory::AnswerEncode() {
+  NBPartCounts counts;
+  std::unique_ptr<NBPartCodes> codes;
+  if (fSpecs.GetMultiTestData()) fpTestRecIter = fRun.NewStream(PRSMultiRun::Sample::kTest);
+  if (!fModel.CountPart(*fpTrainRecIter, fpTestRecIter.get(), counts, codes)) return;
+  PRSAnswer(Piece::kNaiveCounts, StateBytes::Of(counts), codes->Bytes());
+}
+
+void PRSMultiFactory::AnswerClassify(const std::string& model) {
+  ComponentFile restored;
+  if (!ReadComponentBytes(model, restored).empty() || restored.fpNaive == nullptr) return;
+  NBPartClassified classified;
+  classified.fNCases = fpTrainRecIter->GetNCases();
+  PRSMultiScoring scoring(fRun, *restored.fpNaive, 0);
+  if (classified.fNCases > 0 && !scoring.ScoringDataPass()) return;
+  scoring.GiveTo(classified);
+  PRSAnswer(Piece::kClassified, StateBytes::Of(classified));
 }
 
 bool PRSMultiFactory::PreliminaryDataPass() {
   if (fRun.GetStatus().IsError()) return false;
+  if (fParts.AreThere()) return fModel.OpenModelFile() && LookAtParts();
   if (fpTrainRecIter->GetState() == MCCommon::RecordIterator::kNoRecords) {
     fRun.AdapterMessages().NoValidCases(WhyNoCase());
     return fRun.Fail(MCNaive::kDataUnusable);
@@ -73,8 +189,8 @@ bool PRSMultiFactory::PreliminaryDataPass() {
 }
 
 bool PRSMultiFactory::CompleteMetaData() {
-  const bool isModelKept = fRun.IsModelSaved() || PRSIsStateWanted() || PRSIsModelWanted() ||
-                           MCHost::CurrentSession().WantsFindings();
+  const bool isModelKept = fParts.AreThere() || fRun.IsModelSaved() || PRSIsStateWanted() ||
+                           PRSIsModelWanted() || MCHost::CurrentSession().WantsFindings();
   return !fRun.GetStatus().IsError() && fMetaData.Complete(isModelKept);
 }
 
@@ -89,22 +205,38 @@ void PRSMultiFactory::WarnOfSimulation() const {
        Plain(fSpecs.GetMemoryToHold(GetNTrainRecords()))});
 }
 
-bool PRSMultiFactory::RunNBComponent() {
-  if (fRun.GetStatus().IsError() || fpTrainRecIter == nullptr) return false;
+bool PRSMultiFactory::BuildModel() {
+  if (fpParts != nullptr) return fModel.BuildInParts(*fpParts);
   const bool hasPredictors = fMetaData.GetNUniquePreds() > 0 || fMetaData.GetNForcePreds() > 0;
   if (hasPredictors && !fpTrainRecIter->NewPass()) return fRun.IsPassComplete(*fpTrainRecIter);
-  const PRSValidSpecs& specs = fRun.Specs();
   WarnOfSimulation();
   if (!fModel.Build(*fpTrainRecIter, fpTestRecIter.get())) return false;
   fpTrainRecIter.reset();
   fpTestRecIter.reset();
+  return true;
+}
+
+bool PRSMultiFactory::Classify(PRSMultiScoring& scoring) {
+  if (!scoring.IsNeeded()) return true;
+  if (fpParts == nullptr) return scoring.ScoringDataPass();
+  NBPartClassified classified;
+  const bool isDone = fpParts->Classify(*fModel.GetINBAlgorithm(), classified);
+  if (!fpParts->IsPassComplete() || !isDone) return false;
+  scoring.TakeFrom(classified);
+  return true;
+}
+
+bool PRSMultiFactory::RunNBComponent() {
+  if (fRun.GetStatus().IsError() || (fpTrainRecIter == nullptr && fpParts == nullptr)) return false;
+  if (!BuildModel()) return false;
+  const PRSValidSpecs& specs = fRun.Specs();
   if (specs.GetPrintExclude() && !fMetaData.IsAnyDropped() && GetDroppedInTraining().empty()) {
     PRSMessages().NoPredsExcluded();
   }
   PRSMultiCalibration calibration(fRun, dynamic_cast<NBAlgorithm&>(*fModel.GetINBAlgorithm()));
   if (!calibration.Calibrate() || !fModel.WriteFiles()) return false;
   PRSMultiScoring scoring(fRun, *fModel.GetINBAlgorithm(), fMetaData.GetNSaveDepCats());
-  if (scoring.IsNeeded() && !scoring.ScoringDataPass()) return false;
+  if (!Classify(scoring)) return false;
   fEvaluation = scoring.FindEvaluation();
   HandOverFindings(scoring);
   const bool testLayerWanted =
@@ -122,6 +254,7 @@ void PRSMultiFactory::HandOverFindings(const PRSMultiScoring& scoring) const {
   findings.fpNaive = fModel.GetINBAlgorithm();
   findings.fpTraining = scoring.GetCurves(true);
   findings.fpTest = scoring.GetCurves(false);
+  findings.fpEvaluation = fEvaluation ? &*fEvaluation : nullptr;
   if (fRun.IsSelecting()) {
     findings.fpSelection = &fModel.GetSelection();
     findings.fNForced = static_cast<int>(fModel.GetForcedInputs().size());

@@ -10,12 +10,14 @@
 
 #include <memory>
 #include <optional>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "backend/predselect/PRSFindings.h"
 #include "backend/predselect/drivers/PRSMultiMetaData.h"
 #include "backend/predselect/drivers/PRSMultiModel.h"
+#include "backend/predselect/drivers/PRSMultiParts.h"
 #include "backend/predselect/drivers/PRSMultiRun.h"
 #include "backend/predselect/drivers/PRSMultiScreening.h"
 #include "common/evaluation/Evaluation.h"
@@ -36,6 +38,10 @@ class PRSMultiFactory {
   PRSMultiFactory(const PRSMultiFactory&) = delete;
   PRSMultiFactory& operator=(const PRSMultiFactory&) = delete;
   ~PRSMultiFactory();
+
+  // Where the session wants the answer of a part alone: gives it, or says why there is none, and
+  // returns true; nothing else is to be done then.
+  [[nodiscard]] bool AnswerPart();
 
   // Opens the model file, then reads all cases once, so that the adapter knows every variable's
   // categories and range; and screens the predictors by the training cases, if asked to.
@@ -86,6 +92,20 @@ class PRSMultiFactory {
  private:
   // REQUIRES: the stream of training cases has ended without one.
   const char* WhyNoCase() const;
+  static const char* WhyNoCase(std::int64_t cases, std::int64_t testCases);
+  // The first stage over parts.
+  bool LookAtParts();
+  // The model, and the classification table, over parts or over the cases that are here.
+  bool BuildModel();
+  bool Classify(PRSMultiScoring& scoring);
+  // What a part answers; nothing after an error, which was said.
+  void AnswerLook();
+  void AnswerEncode();
+  void AnswerClassify(const std::string& model);
+  // Learns the ranges of a part and describes the variables, as all parts do.
+  bool PreparePart(const PartRequest& request);
+  // False, with a message, for what cannot be done with a part, or with parts.
+  bool CheckParts();
   // Warns where the selection will not see the training cases themselves.
   void WarnOfSimulation() const;
   // To a session that wants them.
@@ -97,7 +117,10 @@ class PRSMultiFactory {
   PRSMultiScreening fScreening;
   PRSMultiMetaData fMetaData;
   PRSMultiModel fModel;
-  std::unique_ptr<NaiveDataSourceIter> fpTrainRecIter;
+  PRSParts fParts;
+  std::optional<PartRequest> fPartRequest;
+  std::unique_ptr<PRSMultiParts> fpParts;               // null unless the cases lie in parts
+  std::unique_ptr<NaiveDataSourceIter> fpTrainRecIter;  // null if they do
   std::unique_ptr<NaiveDataSourceIter> fpTestRecIter;
   int fNTestRecords = 0;
   std::optional<MCCommon::Evaluation> fEvaluation;

@@ -10,6 +10,7 @@
 #include "backend/predselect/drivers/PRSFiles.h"
 #include "backend/predselect/drivers/PRSLeaks.h"
 #include "backend/predselect/drivers/PRSMultiMetaData.h"
+#include "backend/predselect/drivers/PRSMultiParts.h"
 #include "backend/predselect/drivers/PRSMultiRun.h"
 #include "backend/predselect/drivers/PRSProgress.h"
 #include "backend/predselect/predsele.h"
@@ -19,6 +20,8 @@
 #include "common/xml/MCApplicInfo4XML.h"
 #include "host/cases/UAInputAdapter.h"
 #include "host/cases/UAVarValidSpecs.h"
+#include "host/data/ProcedureDataSource.h"
+#include "host/data/WholeTable.h"
 #include "host/output/BpError.h"
 #include "host/output/ShowText.h"
 #include "host/session/HostFunctions.h"
@@ -29,12 +32,22 @@
 #include "naivebayes/INBAlgorithm.h"
 #include "naivebayes/NBFactory.h"
 #include "naivebayes/NaiveBayesSettings.h"
+#include "naivebayes/parts/NBPartCodes.h"
 #include "naivebayes/variables/NBVarList.h"
 
 namespace {
 
 constexpr const char* kSource = PRSMultiRun::kSource;
 constexpr const char* kSubsets = "subsets.xml";
+
+// In the place of records that lie elsewhere.
+class NoRecords : public MCCommon::MultiPassRecordIter {
+ public:
+  bool HasMore() override { return false; }
+  const MCCommon::Record* NextRecord() override { return nullptr; }
+  FailReason GetFailReason() const override { return kNoRecords; }
+  bool NewPass() override { return true; }
+};
 
 MCApplicInfo4XML ApplicationInfo() {
   const MCHost::AppParams& application = GetAppParams();
@@ -91,7 +104,35 @@ bool PRSMultiModel::Build(NaiveDataSourceIter& train, NaiveDataSourceIter* test)
   return true;
 }
 
-void PRSMultiModel::WarnOfLeaks(int tableCases) const {
+bool PRSMultiModel::BuildInParts(PRSMultiParts& parts) {
+  if (!CreateEngine()) return false;
+  if (fRun.IsSelecting()) {
+    NoRecords none;
+    Select({.fData = none,
+            .fNRecords = fRun.Adapter().GetRecordCount(),
+            .fpParts = &parts,
+            .fbTestInParts = fSpecs.GetMultiTestData()});
+  } else {
+    fRun.SetStatus(fpNBAlgorithm->BuildModelInParts(parts));
+  }
+  if (!parts.IsPassComplete() || !ReportEngine()) return false;
+  WarnOfLeaks(fRun.Source().Table().Whole()->fRanges.CaseCount());
+  return true;
+}
+
+bool PRSMultiModel::CountPart(NaiveDataSourceIter& train, NaiveDataSourceIter* test,
+                              NBPartCounts& counts, std::unique_ptr<NBPartCodes>& codes) {
+  if (!CreateEngine()) return false;
+  fRun.SetStatus(fpNBAlgorithm->CountPart(
+      {train, fRun.Adapter().GetRecordCount(), test, fRun.IsSelecting()}, counts, codes));
+  counts.fNCases = train.GetNCases();
+  if (!fRun.IsPassComplete(train)) return false;
+  if (test != nullptr && !fRun.IsPassComplete(*test)) return false;
+  if (fRun.GetStatus().IsError()) fRun.DisplayMessage(fRun.GetStatus());
+  return !fRun.GetStatus().IsError();
+}
+
+void PRSMultiModel::WarnOfLeaks(std::int64_t tableCases) const {
   PRSLeaks leaks(fSpecs, fRun.Source(), fRun.Adapter(), tableCases);
   for (NBInputTraits input : fpNBAlgorithm->GetLeakTraits()) {
     // What the model did not take cannot mislead it; the other leaks speak against a candidate too.
@@ -127,11 +168,13 @@ void PRSMultiModel::WarnOfValidation() const {
 }
 
 void PRSMultiModel::BuildOrSelect(NaiveDataSourceIter& train, NaiveDataSourceIter* test) {
-  if (fRun.IsSelecting()) return Select(train, test);
+  if (fRun.IsSelecting()) {
+    return Select({.fData = train, .fNRecords = fRun.Adapter().GetRecordCount(), .fpTest = test});
+  }
   fRun.SetStatus(fpNBAlgorithm->BuildModel(train, fRun.Adapter().GetRecordCount()));
 }
 
-void PRSMultiModel::Select(NaiveDataSourceIter& train, NaiveDataSourceIter* test) {
+void PRSMultiModel::Select(NBSelectionRequest request) {
   const int nForced = fMetaData.GetNForcePreds();
   const int nUnique = fMetaData.GetNUniquePreds();
   MCCommon::Assert(fMetaData.VarList().GetNumInputVars() == nForced, "nInputs == fNForcePreds",
@@ -143,21 +186,16 @@ void PRSMultiModel::Select(NaiveDataSourceIter& train, NaiveDataSourceIter* test
   std::ostringstream document;
   MCApplicInfo4XML info = ApplicationInfo();
   const PRSValidation& validation = fSpecs.Options().fValidation;
-  const bool isValidated = validation.fFolds > 0;
   fValidation = {.fNFolds = validation.fFolds,
                  .fNRepeats = validation.fRepeats,
                  .fSeed = static_cast<std::uint64_t>(validation.fSeed)};
-  fRun.SetStatus(
-      fpNBAlgorithm->SelectAttributes({.fData = train,
-                                       .fNRecords = fRun.Adapter().GetRecordCount(),
-                                       .fSize = asked > 0 ? asked + nForced : -1,
-                                       .fbExact = isExact,
-                                       .fpTest = test,
-                                       .fNReport = nUnique + (nForced >= 1 ? 1 : 0),
-                                       .fpXML = PRSAreResultsWanted() ? &document : nullptr,
-                                       .fpAppInfo = &info,
-                                       .fpValidation = isValidated ? &fValidation : nullptr},
-                                      fSelection));
+  request.fSize = asked > 0 ? asked + nForced : -1;
+  request.fbExact = isExact;
+  request.fNReport = nUnique + (nForced >= 1 ? 1 : 0);
+  request.fpXML = PRSAreResultsWanted() ? &document : nullptr;
+  request.fpAppInfo = &info;
+  request.fpValidation = validation.fFolds > 0 ? &fValidation : nullptr;
+  fRun.SetStatus(fpNBAlgorithm->SelectAttributes(request, fSelection));
   fResultDocument = MCCommon::WholeText(document);
 }
 

@@ -11,7 +11,10 @@
 #include "naivebayes/INBAlgorithm.h"
 #include "naivebayes/validation/NBCrossValidation.h"
 
+class NBPartCodes;
 class NaiveDataSourceIter;
+class PRSMultiParts;
+struct NBPartCounts;
 class PRSMultiMetaData;
 class PRSMultiRun;
 class PRSValidSpecs;
@@ -33,6 +36,12 @@ class PRSMultiModel {
   [[nodiscard]] bool OpenModelFile();
   [[nodiscard]] bool Build(NaiveDataSourceIter& train, NaiveDataSourceIter* test);
   [[nodiscard]] bool WriteFiles();
+
+  // The same of cases that lie in parts.
+  [[nodiscard]] bool BuildInParts(PRSMultiParts& parts);
+  // The part's side: what it counts, and its codes. An error has been said.
+  [[nodiscard]] bool CountPart(NaiveDataSourceIter& train, NaiveDataSourceIter* test,
+                               NBPartCounts& counts, std::unique_ptr<NBPartCodes>& codes);
 
   // The error of a model that no document can hold. A run goes on without its model file, and says
   // so at its end. Nothing when there is no such error.
@@ -65,10 +74,11 @@ class PRSMultiModel {
  private:
   bool CreateEngine();
   void BuildOrSelect(NaiveDataSourceIter& train, NaiveDataSourceIter* test);
-  void Select(NaiveDataSourceIter& train, NaiveDataSourceIter* test);
+  // REQUIRES: the request's records are given; the rest is the command's.
+  void Select(NBSelectionRequest request);
   bool ReportEngine();
   void NameDroppedInputs() const;
-  void WarnOfLeaks(int tableCases) const;
+  void WarnOfLeaks(std::int64_t tableCases) const;
   // Why there is no cross-validation, or what it is to be taken with.
   void WarnOfValidation() const;
   bool WriteResultDocument() const;

@@ -1,6 +1,8 @@
 #include "backend/predselect/drivers/PRSMultiScreening.h"
 
 #include <memory>
+#include <string>
+#include <vector>
 
 #include "backend/predselect/drivers/NaiveDataSourceIter.h"
 #include "backend/predselect/drivers/PRSMultiRun.h"
@@ -13,33 +15,84 @@
 #include "host/cases/UAVarValidSpecs.h"
 #include "host/session/ISession.h"
 #include "host/session/SessionScope.h"
+#include "modelfiles/ComponentFile.h"
+
+namespace {
+
+// The engine that counts for the rules: every column of the record but the weight is a predictor of
+// a pass without a target.
+struct Rules {
+  explicit Rules(const PRSMultiRun& run) {
+    const UAVarValidSpecs& record = run.VarSpecs();
+    const int weight = run.Specs().GetKOVAWeightVar();
+    const int weightPosition = weight < 0 ? -1 : record.GetRecVarIndex(weight);
+    std::vector<bool> categorical;
+    for (int column = 0; column < record.GetNRecordVars(); ++column) {
+      if (column == weightPosition) continue;
+      fColumns.push_back(column);
+      categorical.push_back(record.IsCategorical(column));
+    }
+    fSettings = FSSettings(categorical, true);
+    fSettings.SetWeightPosition(weightPosition);
+    fSettings.SetTargetPosition(-1);
+    run.Specs().SetThresholds(fSettings);
+    fSettings.SetCancelPointer(run.Specs().GetStopProcessorPtr());
+    fSettings.SetProgressListener(&fProgress);
+    fSettings.SetNSkippedRecordReports(PRSProgress::kRecords - 1);
+    fSettings.SetNThreads(MCHost::CurrentSession().Threads());
+    fpEngine = FSFactory().CreateFSAlgorithm(&fSettings);
+  }
+
+  std::vector<int> fColumns;
+  PRSProgress fProgress;
+  FSSettings fSettings;
+  std::unique_ptr<IFSAlgorithm> fpEngine;
+};
+
+}  // namespace
 
 void PRSMultiScreening::ReadAll(NaiveDataSourceIter& train) {
-  // Every column of the record but the weight is a predictor of a pass without a target.
-  const UAVarValidSpecs& record = fRun.VarSpecs();
-  const int weight = fRun.Specs().GetKOVAWeightVar();
-  const int weightPosition = weight < 0 ? -1 : record.GetRecVarIndex(weight);
-  std::vector<int> columns;
-  std::vector<bool> categorical;
-  for (int column = 0; column < record.GetNRecordVars(); ++column) {
-    if (column == weightPosition) continue;
-    columns.push_back(column);
-    categorical.push_back(record.IsCategorical(column));
-  }
-  PRSProgress progress;
-  FSSettings settings(categorical, true);
-  settings.SetWeightPosition(weightPosition);
-  fRun.Specs().SetThresholds(settings);
-  settings.SetCancelPointer(fRun.Specs().GetStopProcessorPtr());
-  settings.SetProgressListener(&progress);
-  settings.SetNSkippedRecordReports(PRSProgress::kRecords - 1);
-  settings.SetNThreads(MCHost::CurrentSession().Threads());
-  FSFactory factory;
-  const std::unique_ptr<IFSAlgorithm> rules = factory.CreateFSAlgorithm(&settings);
+  const Rules rules(fRun);
   std::vector<int> indices;
   std::vector<std::vector<int>> reasons;
   // Its status says nothing new: a pass that was cut short is seen by the run itself.
-  (void)rules->CheckPredictorsNoTarget(train, indices, reasons, -1);
+  (void)rules.fpEngine->CheckPredictorsNoTarget(train, indices, reasons, -1);
+  Enter(rules.fColumns, indices, reasons);
+}
+
+std::string PRSMultiScreening::CountPart(NaiveDataSourceIter& train) {
+  const Rules rules(fRun);
+  (void)rules.fpEngine->Accumulate(train, -1);
+  return ComponentBytes(*rules.fpEngine, nullptr);
+}
+
+void PRSMultiScreening::TakeCounts(const std::string& component) {
+  const Rules rules(fRun);
+  ComponentFile counted;
+  if (!ReadComponentBytes(component, counted).empty() || counted.fpFeature == nullptr) return;
+  std::vector<int> indices;
+  std::vector<std::vector<int>> reasons;
+  (void)rules.fpEngine->Merge(*counted.fpFeature, nullptr);
+  (void)rules.fpEngine->ScreenWithoutTarget(indices, reasons);
+  Enter(rules.fColumns, indices, reasons);
+}
+
+std::vector<int> PRSMultiScreening::Outcome() const {
+  std::vector<int> outcome;
+  for (const auto& [var, reason] : fReasons) {
+    outcome.insert(outcome.end(), {var, static_cast<int>(reason)});
+  }
+  return outcome;
+}
+
+void PRSMultiScreening::TakeOutcome(const std::vector<int>& outcome) {
+  for (std::size_t i = 0; i + 1 < outcome.size(); i += 2) {
+    fReasons[outcome[i]] = static_cast<MCFSCommon::PredictorDelReason>(outcome[i + 1]);
+  }
+}
+
+void PRSMultiScreening::Enter(const std::vector<int>& columns, const std::vector<int>& indices,
+                              const std::vector<std::vector<int>>& reasons) {
   for (std::size_t i = 0; i < indices.size(); ++i) {
     Enter(columns[static_cast<std::size_t>(indices[i])], reasons[i]);
   }

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <map>
+#include <string>
 #include <vector>
 
 #include "feature/MCFSCommon.h"
@@ -23,6 +24,13 @@ class PRSMultiScreening {
   // Reads the stream to its end. REQUIRES: the specifications switch screening on.
   void ReadAll(NaiveDataSourceIter& train);
 
+  // The same in parts: what a part counts, as a saved component, and what all have counted.
+  std::string CountPart(NaiveDataSourceIter& train);
+  void TakeCounts(const std::string& component);
+  // The outcome as numbers, for parts: variables and reasons in turn.
+  std::vector<int> Outcome() const;
+  void TakeOutcome(const std::vector<int>& outcome);
+
   // The first rule by which a predictor is left out, kNotDeleted for one that is kept or that
   // nobody has screened. By its index in the data.
   MCFSCommon::PredictorDelReason ReasonOf(int var) const;
@@ -33,6 +41,8 @@ class PRSMultiScreening {
 
  private:
   bool IsUsable(int record) const;
+  void Enter(const std::vector<int>& columns, const std::vector<int>& indices,
+             const std::vector<std::vector<int>>& reasons);
   void Enter(int record, const std::vector<int>& reasons);
 
   PRSMultiRun& fRun;

@@ -9,11 +9,13 @@
 #include "backend/predselect/predsele.h"
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "common/MissingValue.h"
+#include "common/state/StateBytes.h"
 #include "feature/FSCriterion.h"
 #include "feature/FSFactory.h"
 #include "feature/FSSettings.h"
 #include "feature/IFSAlgorithm.h"
 #include "feature/StatusMessages.h"
+#include "host/cases/MCStopProcessor.h"
 #include "host/cases/UAInputAdapter.h"
 #include "host/cases/UAProcDataSourceIter.h"
 #include "host/cases/UAVarValidSpecs.h"
@@ -21,6 +23,7 @@
 #include "host/session/HostIOError.h"
 #include "host/session/ISession.h"
 #include "host/session/SessionScope.h"
+#include "modelfiles/ComponentFile.h"
 #include "modelfiles/StateDictionary.h"
 #include "modelfiles/VariablesDocument.h"
 
@@ -32,11 +35,33 @@ PRSUniFactory::PRSUniFactory(PRSValidSpecs* specs, ProcedureDataSource& source)
       fpSource(&source),
       fMessages(source),
       fpAdapter(std::make_unique<UAInputAdapter>(fpVarSpecs, source)),
-      fpIterator(std::make_unique<UAProcDataSourceIter>(fpAdapter.get(), true)) {
+      fParts(source.Table()),
+      fPartRequest(PRSPartRequest()) {
+  if (fParts.AreThere()) return;
+  fpIterator = std::make_unique<UAProcDataSourceIter>(fpAdapter.get(), true);
   const int state = fpIterator->GetState();
-  if (state != RecordIterator::kSuccess) fStatus = MCFeature::Error(MCFeature::kNoValidCases);
-  if (state == RecordIterator::kNoRecords) fMessages.NoValidCases();
-  if (state == RecordIterator::kReadError) fMessages.ReadFailed(fpIterator->GetFailText());
+  if (state == RecordIterator::kReadError) {
+    fStatus = MCFeature::Error(MCFeature::kNoValidCases);
+    fMessages.ReadFailed(fpIterator->GetFailText());
+  }
+  // A part may have none, and says so.
+  if (state == RecordIterator::kNoRecords && !fPartRequest) {
+    ReportNoCases();
+    SaveEmptyPart();
+  }
+}
+
+void PRSUniFactory::SaveEmptyPart() {
+  if (!PRSIsStateWanted() || fpSpecs->GetFeatureSettingsPtr() == nullptr) return;
+  fpAlgorithm = FSFactory().CreateFSAlgorithm(fpSpecs->GetFeatureSettingsPtr());
+  if (fpAlgorithm == nullptr) return;
+  (void)fpAlgorithm->Accumulate(*fpIterator, -1);
+  (void)SaveCounts();
+}
+
+void PRSUniFactory::ReportNoCases() {
+  fStatus = MCFeature::Error(MCFeature::kNoValidCases);
+  fMessages.NoValidCases();
 }
 
 PRSUniFactory::~PRSUniFactory() = default;
@@ -53,11 +78,15 @@ bool PRSUniFactory::RunFSComponent() {
   settings->SetNSkippedRecordReports(PRSProgress::kRecords - 1);
   settings->SetNThreads(MCHost::CurrentSession().Threads());
   fpAlgorithm->SetProgressListener(fpProgress.get());
-  bool isSaved = true;
-  fStatus = fpAlgorithm->Accumulate(*fpIterator, -1);
+  if (fPartRequest) {
+    (void)AnswerPart(*fPartRequest);
+    return false;
+  }
+  fStatus = Count();
+  if (fStatus.GetErrorCode() == MCFeature::kNoValidCases) return false;  // which was said
   // What was counted is saved before screening and ranking, so that it can be merged with other
   // parts of the data.
-  if (fStatus.IsOK() && PRSIsStateWanted()) isSaved = PRSSaveState(*fpAlgorithm, Dictionary());
+  const bool isSaved = !IsWholePass() || SaveCounts();
   if (fStatus.IsOK()) fStatus = fpAlgorithm->ScreenAndRank(fpSpecs->GetScreenStatusOn(), 0);
   if (!IsPassComplete() || !isSaved) return false;
   fMessages.WeightsLost(fpAdapter->GetLostWeights());
@@ -73,6 +102,70 @@ bool PRSUniFactory::RunFSComponent() {
   fStatus = fpAlgorithm->GetStatus();
   if (!FindEffects() || !WriteResultDocuments()) return false;
   HandOverFindings();
+  return true;
+}
+
+MCFeature::MCStatus PRSUniFactory::Count() {
+  return fParts.AreThere() ? CountInParts() : fpAlgorithm->Accumulate(*fpIterator, -1);
+}
+
+MCFeature::MCStatus PRSUniFactory::CountInParts() {
+  try {
+    const UAPartCounts counts = fParts.AskCounts(fParts.Request(PartRequest::kCount));
+    fpAdapter->CountDelivered(static_cast<int>(counts.fNDelivered));
+    fpAdapter->AddLostWeights(counts.fLost);
+    if (counts.fNDelivered == 0) {
+      ReportNoCases();
+      return fStatus;
+    }
+    ComponentFile counted;
+    const std::string trouble = ReadComponentBytes(counts.fComponent, counted);
+    if (trouble.empty() && counted.fpFeature != nullptr) {
+      return fpAlgorithm->Merge(*counted.fpFeature, nullptr);
+    }
+    fMessages.ReadFailed(trouble);
+    return MCFeature::Error(MCFeature::kNoValidCases);
+  } catch (const MCHost::HostIOError& error) {
+    return FailureInParts(error);
+  }
+}
+
+MCFeature::MCStatus PRSUniFactory::FailureInParts(const MCHost::HostIOError& error) {
+  if (fpSpecs->GetStopProcessorPtr()->IsCancel()) return MCFeature::Error(MCFeature::kCancelled);
+  fMessages.ReadFailed(error.what());
+  return MCFeature::Error(MCFeature::kNoValidCases);
+}
+
+bool PRSUniFactory::IsWholePass() const {
+  const std::int64_t code = fStatus.GetErrorCode();
+  return fStatus.IsOK() || code == MCFeature::kAllCasesExcluded ||
+         code == MCFeature::kNoValidWeight;
+}
+
+bool PRSUniFactory::SaveCounts() const {
+  return !PRSIsStateWanted() || PRSSaveState(*fpAlgorithm, Dictionary());
+}
+
+UAPartCounts PRSUniFactory::PartCounts(std::string component) const {
+  UAPartCounts counts;
+  counts.fNCases = counts.fNDelivered = fpAdapter->GetRecordCount();
+  counts.fLost = fpAdapter->GetLostWeights();
+  counts.fComponent = std::move(component);
+  return counts;
+}
+
+bool PRSUniFactory::AnswerPart(const PartRequest& request) {
+  std::string component;
+  if (request.fKind == PartRequest::kBins) {
+    const PRSBinnedInformation binned(*fpSpecs, *fpAlgorithm, *fpAdapter, fpIterator.get());
+    fStatus = binned.CountPart(request.fNumbers, component);
+  } else {
+    fStatus = fpAlgorithm->Accumulate(*fpIterator, -1);
+    const StateDictionary dictionary = Dictionary();
+    component = ComponentBytes(*fpAlgorithm, &dictionary);
+  }
+  if (!IsPassComplete() || !IsWholePass()) return false;
+  PRSAnswer(Piece::kCounts, StateBytes::Of(PartCounts(std::move(component))));
   return true;
 }
 
@@ -97,10 +190,15 @@ bool PRSUniFactory::FindEffects() {
   if (!fpSpecs->GetPrintEffects() || !fpAlgorithm->ArePredictorsRanked()) return true;
   MCFeature::MCStatus status = PRSFindEffects(*fpSpecs, *fpAlgorithm, fEffects);
   if (!status.IsError()) {
-    const PRSBinnedInformation binned(*fpSpecs, *fpAlgorithm, *fpAdapter, *fpIterator);
+    const PRSBinnedInformation binned(*fpSpecs, *fpAlgorithm, *fpAdapter, fpIterator.get());
     const bool isWanted = MCHost::CurrentSession().WantsFindings();
     fTargetBins = binned.BinsOf(fpSpecs->GetDependVar(), fpSpecs->GetDependCatVar());
-    status = binned.AddTo(fEffects.fShown, isWanted ? &fBinned : nullptr);
+    try {
+      status = binned.AddTo(fEffects.fShown, isWanted ? &fBinned : nullptr);
+    } catch (const MCHost::HostIOError& error) {
+      fStatus = FailureInParts(error);
+      return IsPassComplete() && !fStatus.IsError();
+    }
   }
   if (status.IsError()) fStatus = status;
   if (!IsPassComplete()) return false;
@@ -171,7 +269,7 @@ bool PRSUniFactory::WriteVariables() const {
 }
 
 bool PRSUniFactory::IsPassComplete() {
-  if (fpIterator->GetFailReason() == RecordIterator::kReadError) {
+  if (fpIterator != nullptr && fpIterator->GetFailReason() == RecordIterator::kReadError) {
     fMessages.ReadFailed(fpIterator->GetFailText());
     fStatus = MCFeature::Error(MCFeature::kNoValidCases);
     return false;

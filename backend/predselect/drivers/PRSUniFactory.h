@@ -7,14 +7,19 @@
 
 #include <iosfwd>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "backend/predselect/PRSFindings.h"
 #include "backend/predselect/drivers/PRSEffects.h"
+#include "backend/predselect/drivers/PRSParts.h"
 #include "feature/MCStatus.h"
 #include "host/cases/UAInpAdaptMsg.h"
 
+namespace MCHost {
+class HostIOError;
+}
 struct FSCriterion;
 class IFSAlgorithm;
 class PRSValidSpecs;
@@ -27,8 +32,8 @@ struct StateDictionary;
 
 class PRSUniFactory {
  public:
-  // Opens the adapter and the case stream. Without a valid case the status becomes the error 80002
-  // and the host says so.
+  // Opens the adapter and, unless the cases lie in parts elsewhere, the case stream. Without a valid
+  // case the status becomes the error 80002 and the host says so.
   PRSUniFactory(PRSValidSpecs* specs, ProcedureDataSource& source);
   PRSUniFactory(const PRSUniFactory&) = delete;
   PRSUniFactory& operator=(const PRSUniFactory&) = delete;
@@ -36,7 +41,8 @@ class PRSUniFactory {
 
   // Accumulates, screens and ranks in one pass; effects of scale variables, where the command asks
   // for them, take a second one. True when that succeeded, if with a warning, and
-  // the target is not constant; otherwise a message has said why. Call at most once.
+  // the target is not constant; otherwise a message has said why, or the answer of a part was all
+  // that was wanted. Call at most once.
   [[nodiscard]] bool RunFSComponent();
 
   MCFeature::MCStatus GetStatus() const { return fStatus; }
@@ -61,6 +67,21 @@ class PRSUniFactory {
   const PRSEffects& GetEffects() const { return fEffects; }
 
  private:
+  // The data pass: over the cases that are here, or over the parts.
+  MCFeature::MCStatus Count();
+  MCFeature::MCStatus CountInParts();
+  // Says what went wrong in the parts, unless they were stopped.
+  MCFeature::MCStatus FailureInParts(const MCHost::HostIOError& error);
+  // Whether what was counted can be merged with other parts of the data, be it without a case.
+  bool IsWholePass() const;
+  // False, with a message, when the state could not be written.
+  bool SaveCounts() const;
+  // Answers what is asked of this part; false with a message where that failed.
+  bool AnswerPart(const PartRequest& request);
+  UAPartCounts PartCounts(std::string component) const;
+  void ReportNoCases();
+  // Keeps the state of data without a row, which may be a part of others.
+  void SaveEmptyPart();
   StateDictionary Dictionary() const;
   // False, with a message, when a document could not be written.
   bool WriteResultDocuments() const;
@@ -84,7 +105,9 @@ class PRSUniFactory {
   ProcedureDataSource* fpSource;
   UAInpAdaptMsg fMessages;
   std::unique_ptr<UAInputAdapter> fpAdapter;
-  std::unique_ptr<UAProcDataSourceIter> fpIterator;
+  std::unique_ptr<UAProcDataSourceIter> fpIterator;  // null over parts
+  PRSParts fParts;
+  std::optional<PartRequest> fPartRequest;
   std::unique_ptr<IFSAlgorithm> fpAlgorithm;
   std::unique_ptr<ProgressListener> fpProgress;
   MCFeature::MCStatus fStatus;

@@ -42,7 +42,9 @@ predselect_table_options PenguinOptions(const std::string& schema) {
           2,
           PREDSELECT_KEEP_CELLS,
           kMissing,
-          2};
+          2,
+          nullptr,
+          0};
 }
 
 // A document of the program as the library gives it: without what a report is drawn from.

@@ -1,0 +1,51 @@
+// What is done where a part of a table is: passes of a command, answered in pieces of bytes that
+// whoever runs the command brings together.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "operations/Surroundings.h"
+
+namespace MCHost {
+class DataTable;
+struct WholeTable;
+}  // namespace MCHost
+
+namespace PredSelect {
+
+// The whole that a piece of ranges is of, for TableOptions. Throws RequestError for other bytes, and
+// for a part that the ranges do not know; `part` below 0: nobody has said.
+std::shared_ptr<MCHost::WholeTable> WholeOf(std::string_view ranges, std::int64_t part);
+
+struct PartAnswer {
+  std::string fAnswer;  // a piece, to be merged with those of the other parts
+  std::string fCodes;   // a piece that stays with the part, for passes over codes; empty for none
+};
+
+// Answers a request over the cases of a part. The same request over the same cases has the same
+// answer. Throws RequestError for a request that is none or of other ranges, MCHost::HostIOError
+// for data that cannot be read or go beyond the ranges, and Cancelled.
+// REQUIRES: the table was prepared as a part of its whole.
+PartAnswer AnswerPart(MCHost::DataTable& table, const std::string& request,
+                      const Surroundings& surroundings);
+
+// Answers a request over the codes of a part. Throws RequestError, and Cancelled.
+std::string AnswerFromCodes(std::string_view codes, const std::string& request,
+                            const Surroundings& surroundings);
+
+// A piece, and what a refusal calls it.
+struct NamedPiece {
+  std::string_view fBytes;
+  std::string fName;
+};
+
+// Brings pieces of one kind together into one: ranges, or answers to one request. Counts do not
+// depend on the order, other sums only in their last digits. Throws RequestError, naming the piece that
+// does not fit. REQUIRES: at least one.
+std::string MergePieces(const std::vector<NamedPiece>& pieces);
+
+}  // namespace PredSelect
