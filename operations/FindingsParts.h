@@ -9,6 +9,9 @@
 class INBVariable;
 class KOVA_Variable;
 struct StateVariable;
+namespace MCCommon {
+class ScoreCurves;
+}
 namespace MCHost {
 class ITable;
 }
@@ -29,6 +32,10 @@ std::string ValueText(const KOVA_Variable* variable, const std::string& value);
 
 // The categories of a model's variable, as they are shown.
 Json CategoryTexts(const INBVariable& variable, int nCategories, const MCHost::ITable* table);
+
+// By category the steps that hold a case: number of the step, weight of the category's cases and of
+// the others, mean probability.
+Json CurveFindings(const MCCommon::ScoreCurves& curves);
 
 // As the text of a document.
 std::string TextOf(const Json& json);

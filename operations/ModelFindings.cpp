@@ -73,23 +73,6 @@ Json Input(const NBayesInput& input, const MCHost::ITable* table) {
   return json;
 }
 
-// By category the steps that hold a case: number of the step, weight of the category's cases and of
-// the others, mean probability.
-Json Curves(const MCCommon::ScoreCurves& curves) {
-  Json categories = Json::array();
-  for (int k = 0; k < curves.GetNCategories(); ++k) {
-    Json steps = Json::array();
-    int number = 0;
-    for (const MCCommon::ScoreCurves::Step& step : curves.StepsOf(k)) {
-      const double weight = step.fOf + step.fOthers;
-      if (weight > 0.0) steps.push_back({number, step.fOf, step.fOthers, step.fSum / weight});
-      ++number;
-    }
-    categories.push_back(std::move(steps));
-  }
-  return {{"weight", curves.GetWeight()}, {"categories", std::move(categories)}};
-}
-
 // By observed (rows) and predicted category.
 Json Confusion(const NBOutputStatistics* statistics) {
   return statistics == nullptr ? Json(nullptr) : Json(statistics->GetMisClassMatrixAsVecOfRows());
@@ -136,6 +119,21 @@ Json Target(const NBAlgorithm& model, const MCHost::ITable* table) {
 
 }  // namespace
 
+Json CurveFindings(const MCCommon::ScoreCurves& curves) {
+  Json categories = Json::array();
+  for (int k = 0; k < curves.GetNCategories(); ++k) {
+    Json steps = Json::array();
+    int number = 0;
+    for (const MCCommon::ScoreCurves::Step& step : curves.StepsOf(k)) {
+      const double weight = step.fOf + step.fOthers;
+      if (weight > 0.0) steps.push_back({number, step.fOf, step.fOthers, step.fSum / weight});
+      ++number;
+    }
+    categories.push_back(std::move(steps));
+  }
+  return {{"weight", curves.GetWeight()}, {"categories", std::move(categories)}};
+}
+
 Json ModelFindings(const PRSFindings& findings, const MCHost::ITable* table) {
   const auto* model = dynamic_cast<const NBAlgorithm*>(findings.fpNaive);
   MCCommon::Assert(model != nullptr, "model != 0", "operations/ModelFindings");
@@ -162,8 +160,9 @@ Json ModelFindings(const PRSFindings& findings, const MCHost::ITable* table) {
                                 {"threshold", JsonNumber(predictor.fThreshold)}});
   }
   json["curves"] = Json::object();
-  if (findings.fpTraining != nullptr) json["curves"]["training"] = Curves(*findings.fpTraining);
-  if (findings.fpTest != nullptr) json["curves"]["test"] = Curves(*findings.fpTest);
+  if (findings.fpTraining != nullptr)
+    json["curves"]["training"] = CurveFindings(*findings.fpTraining);
+  if (findings.fpTest != nullptr) json["curves"]["test"] = CurveFindings(*findings.fpTest);
   return json;
 }
 
