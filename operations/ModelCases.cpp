@@ -113,12 +113,13 @@ const MCCommon::RecordBlock& ModelCases::NextBlock(std::size_t maxCases) {
   if (fpStream->GetFailure() != nullptr) throw MCHost::HostIOError(*fpStream->GetFailure());
   if (!fpStream->Refusal().empty()) throw RequestError(fpStream->Refusal());
   fBlock.Reset(fNVariables, block.Cases());
+  fpWeights = nullptr;
+  if (block.Cases() == 0) return fBlock;  // the stream's has no columns then
   for (std::size_t j = 0; j < fPositions.size(); ++j) {
     fBlock.SetColumn(static_cast<std::size_t>(fPositions[j]), block.Column(j));
   }
   const int weight = fSpecs.GetWeightPosition();
-  const bool isWeighted = weight >= 0 && block.Cases() > 0;
-  fpWeights = isWeighted ? block.Column(static_cast<std::size_t>(weight)) : nullptr;
+  if (weight >= 0) fpWeights = block.Column(static_cast<std::size_t>(weight));
   return fBlock;
 }
 
