@@ -19,6 +19,7 @@
 #   make check-package  install and run both on a Debian that has nothing else (needs root)
 #   make check-exact  exact p-values beside an independent computation, on tables of real data
 #   make browser  reports in a real browser: sets up Chromium and its driver, and runs their tests
+#   make browser-tools  set up Chromium and its driver alone: `make test` then runs the tests of reports as well
 #   make models  set up the readers of exported models that the tests run: evaluators, runtimes, databases
 #   make databases  set up drivers of databases, for the tests (PostgreSQL where its server is there)
 #   make wheel   the Python package for every CPython from 3.10, in build/wheels
@@ -30,7 +31,7 @@
 #   make format  clang-format over all sources
 #   make clean   removes everything that was built
 .PHONY: demo test program build bench bench-growth bench-plot bench-end bench-peers compare check-exact
-.PHONY: asan tsan fuzz damage faults kills package check-package browser models databases wheel check-wheel
+.PHONY: asan tsan fuzz damage faults kills package check-package browser browser-tools models databases wheel check-wheel
 .PHONY: python-library test-python-long docs compare-sklearn tidy format clean
 
 demo: program
@@ -96,14 +97,16 @@ package: program
 check-package: package
 	@scripts/check-package
 
-browser: program
+browser-tools:
 	@scripts/setup --browser
 	python3 -m venv .venv-browser
 	.venv-browser/bin/python3 -m pip install --quiet -r scripts/requirements-browser.txt
+
+browser: program browser-tools
 	@for law in $$(.venv-browser/bin/python3 tests/browser/check_reports.py --laws); do \
 	  echo "$$law"; \
 	  .venv-browser/bin/python3 tests/browser/check_reports.py build/release/bin/predselect $$law || exit 1; \
-	done
+	done; echo "browser: every law holds"
 
 # The second evaluator's own library and what that needs are not used, only the classes that it brings.
 models:

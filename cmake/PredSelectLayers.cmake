@@ -8,6 +8,17 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
   # GCC 12 sees overlapping copies in every `"text" + std::string` (its bug 105651).
   target_compile_options(predselect_flags INTERFACE -Wno-restrict)
 endif()
+# What a mistake must not become: addresses that can be guessed, tables of functions that can be written
+# over, returns into what was written beyond an array's end. A test reads the binaries for it.
+include(CheckPIESupported)
+check_pie_supported()
+if(PREDSELECT_SANITIZE)
+  target_compile_definitions(predselect_flags INTERFACE _GLIBCXX_ASSERTIONS)
+else()
+  target_compile_options(predselect_flags INTERFACE -fstack-protector-strong
+    "$<$<CONFIG:Release,RelWithDebInfo,MinSizeRel>:-U_FORTIFY_SOURCE;-D_FORTIFY_SOURCE=3>")
+endif()
+target_link_options(predselect_flags INTERFACE LINKER:-z,relro LINKER:-z,now)
 if(PREDSELECT_SANITIZE)
   if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
     # Instrumented code makes GCC doubt variables that are set (its bug 105562, in <regex>).

@@ -49,6 +49,13 @@ std::string InQuotes(const std::string& text) {
   return quoted + "'";
 }
 
+// By what the model was calibrated, where it was.
+void ShowCalibrationOf(const CommandRun& run, MCHost::OutputDocument& document) {
+  for (const MCHost::OutputNote& note : run.GetRuns().back().fNotes) {
+    if (note.fTitle.fKey == "Calibration") document.AddNote(note);
+  }
+}
+
 // The measures on a page, the rest for programs.
 void ShowEvaluationOf(const CommandRun& run, MCHost::OutputDocument& document) {
   for (const char* subtype : {"Evaluation", "ClassEvaluation", "Calibration", "CrossValidation",
@@ -101,6 +108,7 @@ Outcome BuildModel(MCHost::DataTable& table, MCHost::OutputDocument& document,
   ModelSummary found = ReadModelSummary(run);
   MCHost::Session session(table, document);
   const MCHost::SessionScope scope(session);
+  ShowCalibrationOf(run, document);
   ShowModelSummary(found);
   ShowEvaluationOf(run, document);
   if (summary != nullptr) *summary = std::move(found);

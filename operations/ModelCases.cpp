@@ -114,7 +114,7 @@ const MCCommon::RecordBlock& ModelCases::NextBlock(std::size_t maxCases) {
   if (!fpStream->Refusal().empty()) throw RequestError(fpStream->Refusal());
   fBlock.Reset(fNVariables, block.Cases());
   fpWeights = nullptr;
-  if (block.Cases() == 0) return fBlock;  // the stream's has no columns then
+  if (block.Cases() == 0) return fBlock;  // no columns either, where there are no cases at all
   for (std::size_t j = 0; j < fPositions.size(); ++j) {
     fBlock.SetColumn(static_cast<std::size_t>(fPositions[j]), block.Column(j));
   }

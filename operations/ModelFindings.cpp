@@ -2,8 +2,8 @@
 #include <string>
 #include <vector>
 
-#include "backend/predselect/PRSCurves.h"
 #include "common/MCAssert.h"
+#include "common/evaluation/ScoreCurves.h"
 #include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/encoders/NBNumericUserMissing.h"
 #include "naivebayes/variables/NBContVar.h"
@@ -75,12 +75,12 @@ Json Input(const NBayesInput& input, const MCHost::ITable* table) {
 
 // By category the steps that hold a case: number of the step, weight of the category's cases and of
 // the others, mean probability.
-Json Curves(const PRSCurves& curves) {
+Json Curves(const MCCommon::ScoreCurves& curves) {
   Json categories = Json::array();
   for (int k = 0; k < curves.GetNCategories(); ++k) {
     Json steps = Json::array();
     int number = 0;
-    for (const PRSCurves::Step& step : curves.StepsOf(k)) {
+    for (const MCCommon::ScoreCurves::Step& step : curves.StepsOf(k)) {
       const double weight = step.fOf + step.fOthers;
       if (weight > 0.0) steps.push_back({number, step.fOf, step.fOthers, step.fSum / weight});
       ++number;

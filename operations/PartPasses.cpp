@@ -29,8 +29,8 @@ namespace {
 class PartSession : public MCHost::Session {
  public:
   PartSession(MCHost::DataTable& table, MCHost::OutputDocument& document, std::string request,
-              const Surroundings& surroundings)
-      : Session(table, document), fRequest(std::move(request)) {
+              bool wantsFindings, const Surroundings& surroundings)
+      : Session(table, document), fRequest(std::move(request)), fbWantsFindings(wantsFindings) {
     SetTempPath(surroundings.fTempPath);
     SetThreads(surroundings.fThreads);
     SetCancelQuery(surroundings.fIsCancelled);
@@ -38,6 +38,7 @@ class PartSession : public MCHost::Session {
   }
 
   std::string PartRequest() const override { return fRequest; }
+  bool WantsFindings() const override { return fbWantsFindings; }
   void TakePartAnswer(std::string answer, std::string codes) override {
     fTaken = {std::move(answer), std::move(codes)};
   }
@@ -46,6 +47,7 @@ class PartSession : public MCHost::Session {
 
  private:
   std::string fRequest;
+  bool fbWantsFindings;
 };
 
 // Empty, or what is wrong with the content of a piece.
@@ -121,7 +123,7 @@ PartAnswer AnswerPart(MCHost::DataTable& table, const std::string& request,
         "ranges than those of the request.");
   }
   MCHost::OutputDocument document;
-  PartSession session(table, document, request, surroundings);
+  PartSession session(table, document, request, asked.fbFindings, surroundings);
   for (const auto& [name, values] : asked.fMacros) session.SetMacro(name, values);
   session.SetCommand(asked.fCommand);
   document.BeginRun(asked.fCommand);

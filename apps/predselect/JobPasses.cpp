@@ -132,8 +132,8 @@ void JobPasses::End(Job& job) const {
   if (job.fToIt >= 0) close(job.fToIt);
   if (job.fFromIt >= 0) close(job.fFromIt);
   if (job.fProcess <= 0) return;
-  // One that is idle ends by itself; one that is at work need not finish it.
-  kill(job.fProcess, SIGTERM);
+  // It has no file of its own, and nothing to say: not even that it was ended while it started.
+  kill(job.fProcess, SIGKILL);
   while (waitpid(job.fProcess, nullptr, 0) < 0 && errno == EINTR) {
   }
 }

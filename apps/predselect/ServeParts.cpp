@@ -122,7 +122,7 @@ std::string FailureTexts(const std::exception& error) {
 int ServeParts(const Options& options) {
   // With the program that asks this one ends, too, and leaves it to say so.
   SayNothing();
-  prctl(PR_SET_PDEATHSIG, SIGTERM);
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
   PartServer server(options);
   while (const std::optional<JobFrame> asked = ReadFrame(STDIN_FILENO)) {
     JobFrame answer;

@@ -11,9 +11,11 @@
 
 class IFSAlgorithm;
 class INBAlgorithm;
-class PRSCurves;
 struct NBSelectionResult;
 struct StateDictionary;
+namespace MCCommon {
+class ScoreCurves;
+}
 
 // A scale predictor or target in bins of equal width.
 struct PRSBins {
@@ -55,8 +57,8 @@ struct PRSFindings {
 
   // Of NAIVEBAYES: the model, and the probabilities of its cases; null for a sample without any.
   const INBAlgorithm* fpNaive = nullptr;
-  const PRSCurves* fpTraining = nullptr;
-  const PRSCurves* fpTest = nullptr;
+  const MCCommon::ScoreCurves* fpTraining = nullptr;
+  const MCCommon::ScoreCurves* fpTest = nullptr;
   // The selection that led to it, its first so many predictors forced; null where there was none.
   const NBSelectionResult* fpSelection = nullptr;
   int fNForced = 0;

@@ -53,6 +53,10 @@ Estimate Agreement::BalancedAccuracy() const {
   return Intervals::MeanOf(recalls);
 }
 
+bool Agreement::IsOneClass(const std::vector<double>& totals) {
+  return std::ranges::count_if(totals, [](double n) { return n > 0.0; }) < 2;
+}
+
 double Agreement::ExpectedByChance() const {
   double sum = 0.0;
   for (std::size_t k = 0; k < fCases.size(); ++k) {
@@ -62,7 +66,7 @@ double Agreement::ExpectedByChance() const {
 }
 
 Estimate Agreement::Kappa() const {
-  if (!(fTotal > 0.0)) return {};
+  if (IsOneClass(fObserved)) return {};
   const double correct = fCorrect / fTotal;
   const double chance = ExpectedByChance();
   if (!(chance < 1.0)) return {};
@@ -76,16 +80,14 @@ Estimate Agreement::Kappa() const {
 }
 
 Estimate Agreement::Matthews() const {
-  if (!(fTotal > 0.0)) return {};
+  if (IsOneClass(fObserved)) return {};
+  if (IsOneClass(fPredicted)) return {.fValue = 0.0};
   double observed = 1.0;
   double predicted = 1.0;
   for (std::size_t k = 0; k < fCases.size(); ++k) {
     observed -= (fObserved[k] / fTotal) * (fObserved[k] / fTotal);
     predicted -= (fPredicted[k] / fTotal) * (fPredicted[k] / fTotal);
   }
-  const bool isOneClass = std::ranges::count_if(fObserved, [](double n) { return n > 0.0; }) < 2 ||
-                          std::ranges::count_if(fPredicted, [](double n) { return n > 0.0; }) < 2;
-  if (isOneClass) return {.fValue = 0.0};
   const double agreement = fCorrect / fTotal - ExpectedByChance();
   const double scale = std::sqrt(observed * predicted);
   const auto slope = [&](std::size_t i, std::size_t j) {

@@ -19,10 +19,10 @@ class Agreement {
   Estimate Recall(std::size_t k) const;
   Estimate Precision(std::size_t k) const;
   Estimate BalancedAccuracy() const;
-  // Cohen's kappa; missing where chance alone explains all.
+  // Cohen's kappa; missing where only one class was observed.
   Estimate Kappa() const;
-  // The correlation coefficient of Matthews, for any number of classes that of Gorodkin; 0 where
-  // only one class was observed, or predicted.
+  // The correlation coefficient of Matthews, for any number of classes that of Gorodkin; missing
+  // where only one class was observed, 0 where only one was predicted.
   Estimate Matthews() const;
 
  private:
@@ -31,6 +31,7 @@ class Agreement {
   template <class Slope>
   double ErrorOf(Slope slope) const;
   double ExpectedByChance() const;
+  static bool IsOneClass(const std::vector<double>& totals);
 
   const std::vector<std::vector<double>>& fCases;
   std::vector<double> fObserved;

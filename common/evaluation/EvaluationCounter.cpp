@@ -6,12 +6,11 @@
 
 #include "common/evaluation/Agreement.h"
 #include "common/evaluation/Intervals.h"
+#include "common/state/StateFields.h"
 
 namespace MCCommon {
 
 namespace {
-
-constexpr std::size_t kScores = std::size_t{1} << 22;  // of all classes together
 
 // A probability of 0 would make a single case cost more than all others.
 double LossOf(double probability) {
@@ -30,10 +29,10 @@ double DistanceOf(std::size_t observed, std::span<const double> probabilities) {
 
 }  // namespace
 
-EvaluationCounter::EvaluationCounter(std::size_t classes) : fNModel(classes) {
+EvaluationCounter::EvaluationCounter(std::size_t classes, std::size_t scores) : fNModel(classes) {
   Grow(classes);
   if (classes > kMostAreas) return;
-  fScores.assign(classes, RankedScores(kScores / std::max<std::size_t>(classes, 1)));
+  fScores.assign(classes, RankedScores(scores / std::max<std::size_t>(classes, 1)));
 }
 
 void EvaluationCounter::Grow(std::size_t classes) {
@@ -64,6 +63,30 @@ void EvaluationCounter::AddScores(std::size_t observed, std::span<const double> 
   for (std::size_t k = 0; k < fScores.size(); ++k) {
     fScores[k].Add(probabilities[k], k == observed, weight);
   }
+}
+
+void EvaluationCounter::Bin::Add(const Bin& other) {
+  fCases += other.fCases;
+  fCorrect += other.fCorrect;
+  fProbability.Add(other.fProbability);
+  fSquares.Add(other.fSquares);
+}
+
+void EvaluationCounter::Add(const EvaluationCounter& other) {
+  if (other.fCases.size() > fCases.size()) Grow(other.fCases.size());
+  fNRows += other.fNRows;
+  fTotal += other.fTotal;
+  for (std::size_t i = 0; i < other.fCases.size(); ++i) {
+    for (std::size_t j = 0; j < other.fCases.size(); ++j) fCases[i][j] += other.fCases[i][j];
+  }
+  fLogLoss.Add(other.fLogLoss);
+  fBrier.Add(other.fBrier);
+  for (std::size_t b = 0; b < kNBins; ++b) fBins[b].Add(other.fBins[b]);
+  for (std::size_t k = 0; k < fScores.size(); ++k) fScores[k].Add(other.fScores[k]);
+}
+
+void EvaluationCounter::Settle() {
+  for (RankedScores& scores : fScores) scores.Settle();
 }
 
 Estimate EvaluationCounter::Mean::Find(double n) const {
@@ -193,5 +216,38 @@ Evaluation EvaluationCounter::Find(const std::vector<double>& priors) {
   }
   return found;
 }
+
+template <class Archive, class Self>
+void EvaluationCounter::Fields(Archive& archive, Self& self) {
+  constexpr std::int64_t kMostClasses = 1 << 16;
+  auto classes = static_cast<std::int64_t>(self.fNModel);
+  archive.Long(classes);
+  archive.Long(self.fNRows);
+  archive.Double(self.fTotal);
+  archive.Check(classes >= 0 && classes <= kMostClasses && self.fNRows >= 0 && self.fTotal >= 0.0);
+  if constexpr (Archive::kReading) self.fNModel = static_cast<std::size_t>(classes);
+  archive.Size(self.fCases, 4);
+  for (auto& row : self.fCases) {
+    StateDoubles(archive, row);
+    archive.Check(row.size() == self.fCases.size());
+    for (const double cases : row) archive.Check(cases >= 0.0);
+  }
+  for (auto* mean : {&self.fLogLoss, &self.fBrier}) {
+    StateSum(archive, mean->fSum);
+    StateSum(archive, mean->fSquares);
+  }
+  for (auto& bin : self.fBins) {
+    archive.Double(bin.fCases);
+    archive.Double(bin.fCorrect);
+    StateSum(archive, bin.fProbability);
+    StateSum(archive, bin.fSquares);
+  }
+  archive.Size(self.fScores, 20);
+  for (auto& scores : self.fScores) archive.Object(scores);
+  archive.Check(self.fCases.size() >= self.fNModel &&
+                self.fScores.size() == (self.fNModel > kMostAreas ? 0 : self.fNModel));
+}
+
+MC_STATE_OPERATIONS(EvaluationCounter, "PSEVAL", "EvaluationCounter")
 
 }  // namespace MCCommon

@@ -1,11 +1,14 @@
 // Counts predicted cases, one after the other, and finds from them how good the predictions are.
 //
 // Memory does not grow with the cases beyond what RankedScores keep; all is exact but the area
-// under the ROC curve of very many different probabilities.
+// under the ROC curve of very many different probabilities. What parts of the cases have counted
+// adds up to what all of them count.
 #pragma once
 
 #include <array>
 #include <cstdint>
+#include <fstream>
+#include <iosfwd>
 #include <span>
 #include <vector>
 
@@ -19,19 +22,35 @@ class EvaluationCounter {
  public:
   // Of targets with more classes no area under the ROC curve is computed.
   static constexpr std::size_t kMostAreas = 256;
+  // So many different probabilities of all classes together keep the areas exact.
+  static constexpr std::size_t kScores = std::size_t{1} << 22;
 
-  // For the classes of a model.
-  explicit EvaluationCounter(std::size_t classes);
+  // For the classes of a model. `scores` in place of kScores; RankedScores keep a least number.
+  explicit EvaluationCounter(std::size_t classes = 0, std::size_t scores = kScores);
 
   // A case: its class, which may be one that the model does not know, numbered behind those that it
   // knows; the class predicted; the probability of each that the model knows. An unknown class has
   // probability 0. REQUIRES: weight > 0.
   void Add(std::size_t observed, std::size_t predicted, std::span<const double> probabilities,
            double weight);
+  // What was counted of other cases. REQUIRES: by a model of as many classes.
+  void Add(const EvaluationCounter& other);
+
+  std::size_t GetNClasses() const { return fNModel; }
+
+  // Brings together what takes much room. REQUIRES: done before it is written.
+  void Settle();
 
   // What was counted; the two classifiers beside it go by the model's priors.
   // REQUIRES: one prior a class of the model.
   Evaluation Find(const std::vector<double>& priors);
+
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
+  int WriteObject(std::fstream& os) const;
+  int ReadObject(std::fstream& is);
+  void WriteObjectXML(std::ostream& os, int indent) const;
+  void ReadObjectXML(std::ifstream& is);
 
  private:
   static constexpr std::size_t kNBins = 10;
@@ -44,6 +63,10 @@ class EvaluationCounter {
       fSum.Add(weight * value);
       fSquares.Add(weight * value * value);
     }
+    void Add(const Mean& other) {
+      fSum.Add(other.fSum);
+      fSquares.Add(other.fSquares);
+    }
     Estimate Find(double n) const;
   };
   // By the probability of the class predicted.
@@ -52,6 +75,7 @@ class EvaluationCounter {
     double fCorrect = 0.0;
     CompensatedSum fProbability;
     CompensatedSum fSquares;  // of the difference between being right and the probability
+    void Add(const Bin& other);
   };
 
   void Grow(std::size_t classes);

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "common/state/StateFields.h"
+
 namespace MCCommon {
 
 namespace {
@@ -21,8 +23,23 @@ RankedScores::RankedScores(std::size_t most) : fMost(std::max(most, kFewest)), f
 
 void RankedScores::Add(double score, bool isOfClass, double weight) {
   const double kept = fbRounded ? StepOf(score) : score;
-  fScores.push_back({kept, isOfClass ? weight : 0.0, isOfClass ? 0.0 : weight});
-  if (fScores.size() < fLimit) return;
+  Keep({kept, isOfClass ? weight : 0.0, isOfClass ? 0.0 : weight});
+}
+
+void RankedScores::Add(const RankedScores& other) {
+  if (other.fbRounded && !fbRounded) Round();
+  for (const Score& score : other.fScores) {
+    const double kept = fbRounded && !other.fbRounded ? StepOf(score.fScore) : score.fScore;
+    Keep({kept, score.fOfClass, score.fOthers});
+  }
+}
+
+void RankedScores::Keep(const Score& score) {
+  fScores.push_back(score);
+  if (fScores.size() >= fLimit) Settle();
+}
+
+void RankedScores::Settle() {
   Merge();
   if (fScores.size() <= fMost) return;
   Round();
@@ -49,7 +66,7 @@ void RankedScores::Merge() {
 }
 
 RankedScores::Area RankedScores::Find() {
-  Merge();
+  Settle();
   double nOf = 0.0;
   double nOthers = 0.0;
   for (const Score& score : fScores) {
@@ -81,5 +98,27 @@ RankedScores::Area RankedScores::Find() {
   });
   return {area, std::sqrt(spreadOf / (nOf - 1.0) / nOf + spreadOthers / (nOthers - 1.0) / nOthers)};
 }
+
+template <class Archive, class Self>
+void RankedScores::Fields(Archive& archive, Self& self) {
+  auto most = static_cast<std::int64_t>(self.fMost);
+  archive.Long(most);
+  archive.Flag(self.fbRounded);
+  archive.Check(most >= static_cast<std::int64_t>(kFewest) && most <= INT32_MAX);
+  if constexpr (Archive::kReading) {
+    self.fMost = static_cast<std::size_t>(most);
+    self.fLimit = 2 * self.fMost;
+  }
+  archive.Size(self.fScores, 24);
+  for (auto& score : self.fScores) {
+    archive.Double(score.fScore);
+    archive.Double(score.fOfClass);
+    archive.Double(score.fOthers);
+    archive.Check(score.fOfClass >= 0.0 && score.fOthers >= 0.0);
+  }
+  archive.Check(self.fScores.size() <= self.fMost);
+}
+
+MC_STATE_OPERATIONS(RankedScores, "PSSCORES", "RankedScores")
 
 }  // namespace MCCommon

@@ -3,9 +3,12 @@
 //
 // Equal scores are kept once. Up to a number of different ones the area is exact; beyond, scores
 // are rounded to steps of 1/256 of their log odds, which bounds the memory however many cases come.
+// Neither the order of the cases nor their parts matter to that.
 #pragma once
 
 #include <cstddef>
+#include <fstream>
+#include <iosfwd>
 #include <vector>
 
 #include "common/evaluation/Evaluation.h"
@@ -19,6 +22,11 @@ class RankedScores {
 
   // A case's score, from 0 to 1. REQUIRES: weight > 0.
   void Add(double score, bool isOfClass, double weight);
+  // The scores of other cases.
+  void Add(const RankedScores& other);
+
+  // Brings equal scores together. REQUIRES: done before it is written.
+  void Settle();
 
   bool IsRounded() const { return fbRounded; }
 
@@ -27,6 +35,13 @@ class RankedScores {
     double fError = 0.0;                  // by DeLong; 0 with fewer than two cases of a kind
   };
   Area Find();
+
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
+  int WriteObject(std::fstream& os) const;
+  int ReadObject(std::fstream& is);
+  void WriteObjectXML(std::ostream& os, int indent) const;
+  void ReadObjectXML(std::ifstream& is);
 
   static constexpr std::size_t kFewest = std::size_t{1} << 16;
 
@@ -37,7 +52,7 @@ class RankedScores {
     double fOthers;
   };
 
-  // Sorts, and brings equal scores together.
+  void Keep(const Score& score);
   void Merge();
   void Round();
 

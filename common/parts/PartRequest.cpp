@@ -14,6 +14,7 @@ void PartRequest::Fields(Archive& archive, Self& self) {
   }
   StateInts(archive, self.fNumbers);
   archive.Text(self.fContent);
+  archive.Flag(self.fbFindings);
 }
 
 MC_STATE_OPERATIONS(PartRequest, "PSREQ 1.00", "PartRequest 1.00")

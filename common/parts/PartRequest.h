@@ -11,13 +11,13 @@
 struct PartRequest {
   // Do not renumber.
   enum Kind {
-    kCount = 1,     // the counts of a ranking
-    kBins = 2,      // the same for numbers that are cut into bins: fNumbers are the predictors
-    kLook = 3,      // what a model needs to know before: screening, training and test cases
-    kEncode = 4,    // a model's counts, and the cases as codes: fNumbers as of kLook's outcome
-    kSteps = 5,     // of the codes: sums of the candidates of a step
-    kTerms = 6,     // of the codes: sums of subsets by size
-    kClassify = 7   // the cases of the scoring pass: fContent is the model
+    kCount = 1,    // the counts of a ranking
+    kBins = 2,     // the same for numbers that are cut into bins: fNumbers are the predictors
+    kLook = 3,     // what a model needs to know before: screening, training and test cases
+    kEncode = 4,   // a model's counts, and the cases as codes: fNumbers as of kLook's outcome
+    kSteps = 5,    // of the codes: sums of the candidates of a step
+    kTerms = 6,    // of the codes: sums of subsets by size
+    kClassify = 7  // the cases of the scoring pass: fContent is the model
   };
 
   Kind fKind = kCount;
@@ -26,6 +26,7 @@ struct PartRequest {
   std::vector<std::pair<std::string, std::vector<std::string>>> fMacros;  // that it may name
   std::vector<int> fNumbers;
   std::string fContent;
+  bool fbFindings = false;  // kClassify: with the curves that findings show
 
   template <class Archive, class Self>
   static void Fields(Archive& archive, Self& self);

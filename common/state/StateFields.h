@@ -4,6 +4,7 @@
 
 #include <type_traits>
 
+#include "common/CompensatedSum.h"
 #include "common/state/StateArchive.h"
 
 // Lists of plain values.
@@ -21,6 +22,27 @@ template <class Archive, class List>
 void StateTexts(Archive& archive, List& list) {
   archive.Size(list, 4);
   for (auto& value : list) archive.Text(value);
+}
+
+// A sum with what it has lost.
+template <class Archive, class Sum>
+void StateSum(Archive& archive, Sum& sum) {
+  double whole = sum.Sum(), lost = sum.Lost();
+  archive.AnyDouble(whole);
+  archive.AnyDouble(lost);
+  if constexpr (Archive::kReading) sum = Sum(whole, lost);
+}
+
+// What may be there or not (std::optional).
+template <class Archive, class Optional>
+void StateOptional(Archive& archive, Optional& object) {
+  bool isThere = object.has_value();
+  archive.Flag(isThere);
+  if constexpr (Archive::kReading) {
+    object.reset();
+    if (isThere) object.emplace();
+  }
+  if (isThere) archive.Object(*object);
 }
 
 // A number from `first` to `last`, such as the code of an enumeration.

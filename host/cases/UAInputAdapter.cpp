@@ -8,6 +8,7 @@
 #include "host/cases/UAVarValidSpecs.h"
 #include "host/data/ProcedureDataSource.h"
 #include "host/data/WholeTable.h"
+#include "host/output/ShowText.h"
 #include "host/session/HostIOError.h"
 
 namespace {
@@ -94,9 +95,8 @@ void UAInputAdapter::BeginWith(const MCHost::WholeTable& whole, Var& var) const 
   }
   if (!known.fbListed) {
     throw MCHost::HostIOError(whole.fName, "",
-                              "the categories of \"" + known.fDictionary.fName +
-                                  "\" are not listed; find the ranges anew with that column "
-                                  "declared nominal or ordinal, or use it as a number");
+                              MCHost::KeyText("The ranges do not list the categories of ^1...",
+                                              {known.fDictionary.fName}));
   }
   std::vector<KOVA_Value> values(known.fNumbers.begin(), known.fNumbers.end());
   for (const std::string& text : known.fTexts) values.emplace_back(text);
@@ -112,9 +112,8 @@ void UAInputAdapter::CheckKnown() const {
                                            : var.fMin < range.fLow || var.fMax > range.fHigh;
     if (!isBeyond) continue;
     throw MCHost::HostIOError(fpSource->Table().Whole()->fName, "",
-                              "\"" + var.fpKnown->fDictionary.fName +
-                                  "\" has values here that the ranges do not know; they are of "
-                                  "other data");
+                              MCHost::KeyText("^1 has values that the ranges do not know...",
+                                              {var.fpKnown->fDictionary.fName}));
   }
 }
 

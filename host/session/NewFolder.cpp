@@ -38,8 +38,9 @@ NewFolder::NewFolder(const std::string& path) : fMade(MissingFolders(path)) {
 NewFolder::~NewFolder() { Remove(); }
 
 void NewFolder::Remove() {
-  for (const int slot : fSlots) ForgetUnfinished(slot);
+  // Known until they are gone: the program may end in between.
   for (auto folder = fMade.rbegin(); folder != fMade.rend(); ++folder) rmdir(folder->c_str());
+  for (const int slot : fSlots) ForgetUnfinished(slot);
 }
 
 }  // namespace MCHost

@@ -38,7 +38,21 @@ const char* TypeOf(const ScoringVariable& variable) {
   return variable.fbTexts ? "string" : kDouble;
 }
 
-void AddField(XMLElement& dictionary, const ScoringVariable& variable, bool isBinned) {
+// A value that no data have, and no category is: that of the row that levels sums. A field has to
+// know it for some evaluators to take the row.
+std::string NoValueOf(const ScoringInput& input) {
+  std::string text = "(no value: makes sums equal)";
+  while (std::ranges::find(input.fTexts, text) != input.fTexts.end()) text += "_";
+  double number = -1e-300;
+  while (std::ranges::find(input.fNumbers, number) != input.fNumbers.end()) number *= 2;
+  return input.fbTexts ? text : RealDigits(number);
+}
+
+bool HasLevels(const ScoringModel& model) {
+  return model.fCalibration.GetMethod() != NBCalibration::kNone;
+}
+
+XMLElement& AddField(XMLElement& dictionary, const ScoringVariable& variable, bool isBinned) {
   XMLElement& field = dictionary.AddChild("DataField");
   field.AddAttribute(kName, variable.fName);
   if (!variable.fLabel.empty()) field.AddAttribute("displayName", variable.fLabel);
@@ -47,12 +61,17 @@ void AddField(XMLElement& dictionary, const ScoringVariable& variable, bool isBi
   for (std::size_t i = 0; i < variable.GetNCategories(); ++i) {
     field.AddChild(pmml::kValue).AddAttribute(pmml::kValueAttribute, ValueOf(variable, i));
   }
+  return field;
 }
 
 void AddDictionary(XMLElement& root, const ScoringModel& model) {
   XMLElement& dictionary = root.AddChild("DataDictionary");
   dictionary.AddAttribute("numberOfFields", std::to_string(model.fInputs.size() + 1));
-  for (const ScoringInput& input : model.fInputs) AddField(dictionary, input, input.fbBinned);
+  for (const ScoringInput& input : model.fInputs) {
+    XMLElement& field = AddField(dictionary, input, input.fbBinned);
+    if (input.fbBinned || !HasLevels(model)) continue;
+    field.AddChild(pmml::kValue).AddAttribute(pmml::kValueAttribute, NoValueOf(input));
+  }
   AddField(dictionary, model.fTarget, false);
 }
 
@@ -154,36 +173,27 @@ void LevelSums(std::size_t classes, std::vector<double>& counts) {
 // cases. What is the same for all classes does not matter, so that these rows can be made so light
 // that they are lost in the sum. A binned predictor has one more row, of the numbers that are in
 // none: it says nothing of the classes.
-std::vector<double> CountsOf(const ScoringInput& input, std::size_t classes,
-                             const NBCalibration& calibration) {
+std::vector<double> CountsOf(const ScoringInput& input, const ScoringModel& model) {
   constexpr double kLight = 0x1p-48;
+  const std::size_t classes = model.GetNClasses();
   std::vector<double> counts = input.fFactors;
-  Calibrate(calibration, counts);
+  Calibrate(model.fCalibration, counts);
   for (std::size_t first = 0; first < counts.size(); first += classes) {
     double cases = 0;
     for (std::size_t k = 0; k < classes; ++k) cases += input.fCounts[first + k];
     for (std::size_t k = 0; k < classes && !(cases > 0); ++k) counts[first + k] *= kLight;
   }
   if (input.fbBinned) counts.insert(counts.end(), classes, 1.0);
-  if (calibration.GetMethod() != NBCalibration::kNone) LevelSums(classes, counts);
+  if (HasLevels(model)) LevelSums(classes, counts);
   ScaleUp(counts);
   return counts;
-}
-
-// One that is no category.
-std::string NoValueOf(const ScoringInput& input) {
-  std::string text = "none";
-  while (std::ranges::find(input.fTexts, text) != input.fTexts.end()) text += "_";
-  double number = 0;
-  while (std::ranges::find(input.fNumbers, number) != input.fNumbers.end()) ++number;
-  return input.fbTexts ? text : RealDigits(number);
 }
 
 void AddInput(XMLElement& inputs, const ScoringModel& model, const ScoringInput& input) {
   const std::size_t classes = model.GetNClasses();
   XMLElement& element = inputs.AddChild("BayesInput");
   element.AddAttribute(pmml::kFieldName, input.fName);
-  const std::vector<double> counts = CountsOf(input, classes, model.fCalibration);
+  const std::vector<double> counts = CountsOf(input, model);
   const std::size_t rows = counts.size() / classes;
   if (input.fbBinned) AddBins(element, input, rows);
   for (std::size_t row = 0; row < rows; ++row) {

@@ -25,6 +25,15 @@ void AddMatrix(std::vector<double>& into, const std::vector<double>& from) {
   }
 }
 
+template <class Counted>
+void AddCounted(std::optional<Counted>& into, const std::optional<Counted>& from) {
+  if (!into) {
+    into = from;
+  } else if (from) {
+    into->Add(*from);
+  }
+}
+
 }  // namespace
 
 void NBPartClassified::Take(const NBOutputStatistics* training, const NBOutputStatistics* test) {
@@ -37,6 +46,8 @@ bool NBPartClassified::Add(const NBPartClassified& other) {
   fNCases += other.fNCases;
   AddMatrix(fTraining, other.fTraining);
   AddMatrix(fTest, other.fTest);
+  AddCounted(fEvaluation, other.fEvaluation);
+  for (int i = 0; i < 2; ++i) AddCounted(fCurves[i], other.fCurves[i]);
   return true;
 }
 
@@ -54,10 +65,17 @@ void NBPartClassified::Fields(Archive& archive, Self& self) {
   archive.Int(self.fNTargets);
   StateDoubles(archive, self.fTraining);
   StateDoubles(archive, self.fTest);
+  StateOptional(archive, self.fEvaluation);
+  for (auto& curves : self.fCurves) StateOptional(archive, curves);
   const auto n = static_cast<std::size_t>(std::max(self.fNTargets, 0));
   archive.Check(self.fNCases >= 0 && self.fNTargets >= 1 && self.fNTargets < 1 << 16);
   for (const auto* matrix : {&self.fTraining, &self.fTest}) {
     archive.Check(matrix->empty() || matrix->size() == n * n);
+  }
+  archive.Check(!self.fEvaluation || self.fEvaluation->GetNClasses() == n);
+  for (const auto& curves : self.fCurves) {
+    archive.Check(!curves || curves->GetNCategories() ==
+                                 std::min(self.fNTargets, MCCommon::ScoreCurves::kMostCategories));
   }
 }
 

@@ -1,11 +1,16 @@
 // How a part's cases, or those of all parts, were classified: case weight by observed and predicted
-// category, of training cases and of test cases. A plain value.
+// category, of training cases and of test cases; and what was asked for of their evaluation and of
+// the curves of their probabilities. A plain value.
 #pragma once
 
 #include <cstdint>
 #include <fstream>
 #include <iosfwd>
+#include <optional>
 #include <vector>
+
+#include "common/evaluation/EvaluationCounter.h"
+#include "common/evaluation/ScoreCurves.h"
 
 class NBOutputStatistics;
 
@@ -14,6 +19,8 @@ struct NBPartClassified {
   int fNTargets = 0;
   std::vector<double> fTraining;  // row by row of observed categories; empty for no case
   std::vector<double> fTest;
+  std::optional<MCCommon::EvaluationCounter> fEvaluation;
+  std::optional<MCCommon::ScoreCurves> fCurves[2];  // of test and training cases
 
   // Null: nothing.
   void Take(const NBOutputStatistics* training, const NBOutputStatistics* test);

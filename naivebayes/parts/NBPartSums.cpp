@@ -4,18 +4,6 @@
 
 #include "common/state/StateFields.h"
 
-namespace {
-
-template <class Archive, class Sum>
-void SumFields(Archive& archive, Sum& sum) {
-  double whole = sum.Sum(), lost = sum.Lost();
-  archive.AnyDouble(whole);
-  archive.AnyDouble(lost);
-  if constexpr (Archive::kReading) sum = Sum(whole, lost);
-}
-
-}  // namespace
-
 void NBPartSums::Add(const NBPartSums& other) {
   fNCases += other.fNCases;
   fWeight.Add(other.fWeight);
@@ -41,9 +29,9 @@ void NBPartQuestion::Fields(Archive& archive, Self& self) {
 template <class Archive, class Self>
 void NBPartSums::Fields(Archive& archive, Self& self) {
   archive.Long(self.fNCases);
-  SumFields(archive, self.fWeight);
+  StateSum(archive, self.fWeight);
   archive.Size(self.fSums, 16);
-  for (auto& sum : self.fSums) SumFields(archive, sum);
+  for (auto& sum : self.fSums) StateSum(archive, sum);
   archive.Check(self.fNCases >= 0);
 }
 

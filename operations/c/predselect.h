@@ -338,8 +338,8 @@ predselect_status predselect_evaluate(predselect_session* session, predselect_ta
 
 // ---- Results ------------------------------------------------------------------------------------
 
-// Everything, as one JSON document: messages, notes, tables, charts, macros, new variables, files.
-// Stays until the result is closed.
+// Everything, as one JSON document: messages, notes, tables, charts, macros, new variables, files
+// (the program's has also what it draws reports from). Stays until the result is closed.
 predselect_status predselect_result_json(predselect_session* session, predselect_result* result,
                                          const char** json);
 

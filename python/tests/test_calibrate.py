@@ -50,7 +50,7 @@ def rows_of(predictor, cells):
 
 
 def logs_of(model, data, counts=None, target=None, weight=None):
-    """ln P(class, case) by the prescribed estimates from counts; those of the model if none given."""
+    """ln P(class, case) by the estimates from counts; those of the model if none given."""
     target = np.array(model["target"]["counts"] if target is None else target)
     weight = model["training"]["weight"] if weight is None else weight
     logs = np.tile(np.log((target + 1 / weight) / (weight + (target > 0).sum() / weight)),
@@ -181,3 +181,28 @@ def test_says_what_it_cannot_do(tmp_path):
         ps.run(sure, "NAIVEBAYES y /SUBSET NOSELECTION.", calibrate="temperature")
     with pytest.warns(ps.PredSelectWarning, match="no command here builds a model"):
         ps.run(sure, "SELECTPRED y.", calibrate="temperature")
+
+
+@pytest.mark.parametrize("method", ["temperature", "isotonic"])
+def test_the_estimator_is_calibrated_as_the_command_is(method, tmp_path):
+    data = cases(2)
+    x, y = data[["x0", "x1", "x2", "size"]], data["y"]
+    fitted = ps.SubsetNaiveBayes(selection="all", calibrate=method)
+    fitted.fit(x, y, sample_weight=data["w"])
+    state, _, _ = built(data, tmp_path, calibrate=method)
+    new = cases(2, 200, 4)
+    expected = probabilities(state, new)
+    np.testing.assert_allclose(fitted.predict_proba(new[list(x)]), expected, atol=1e-12)
+    plain = ps.SubsetNaiveBayes(selection="all").fit(x, y, sample_weight=data["w"])
+    told, before = fitted.feature_log_prob("x0"), plain.feature_log_prob("x0")
+    assert all((told[value] == before[value]).all() for value in before), "before this step"
+    parts = ps.SubsetNaiveBayes(selection="all", calibrate=method)
+    for rows in (slice(0, 400), slice(400, None)):
+        parts.partial_fit(x[rows], y[rows], ["k", "l"], data["w"][rows])
+    assert (parts.predict_proba(x) == fitted.predict_proba(x)).all()
+    with pytest.raises(ValueError, match="give temperature, isotonic or None"):
+        ps.SubsetNaiveBayes(calibrate="platt").fit(x, y)
+    sure = ps.SubsetNaiveBayes(calibrate="temperature")
+    with pytest.warns(ps.PredSelectWarning, match="not calibrated"):
+        sure.fit([[0], [1]] * 20, [0, 1] * 20)
+    assert (sure.predict([[0], [1]]) == [0, 1]).all()

@@ -28,7 +28,7 @@ from predselect import PredictorSelector, SubsetNaiveBayes  # noqa: E402
 
 @parametrize_with_checks([
     PredictorSelector(), PredictorSelector(k=1, alpha=None), SubsetNaiveBayes(),
-    SubsetNaiveBayes(selection="all", bins=5),
+    SubsetNaiveBayes(selection="all", bins=5), SubsetNaiveBayes(calibrate="isotonic"),
 ])
 def test_the_contract(estimator, check):
     check(estimator)

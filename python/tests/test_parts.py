@@ -102,7 +102,7 @@ def test_a_piece_that_is_none_of_the_table_is_refused_with_its_part(kind, over):
 
     said = "part 2 cannot be added" if kind != "twice" or over == 0 else "cases"
     with pytest.raises(ps.PredSelectError, match=said):
-        model_of(Local(odd_types(), [60, 120, 180], spoil), "y")
+        model_of(Local(odd_types(), [60, 130, 180], spoil), "y")
 
 
 def test_codes_and_rows_that_do_not_fit_are_refused_with_their_part():

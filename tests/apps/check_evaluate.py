@@ -237,7 +237,8 @@ def odd_tables_are_evaluated_as_far_as_they_go(folder):
     head, *rows = made_table(["p", "q", "r"], 3, 200)
     cells, messages = evaluated([head, *(r for r in rows if r[0] == "p")])
     assert messages == ["Cases of one class only..."], messages
-    assert cells[("Evaluation", "AUC", "Value")] is None
+    for untold in ("AUC", "Cohen's Kappa", "Matthews Correlation"):
+        assert cells[("Evaluation", untold, "Value")] is None, untold
     assert cells[("Evaluation", "Balanced Accuracy", "Value")] == cells[("Evaluation", "Accuracy", "Value")]
     cells, messages = evaluated([head, *(r for r in rows if r[0] != "q")])
     assert messages == ["No case of the classes ^1..."], messages

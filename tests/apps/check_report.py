@@ -58,6 +58,9 @@ def view_writes_states_and_documents(folder):
     program("view", state, "-o", state, code=2)
     (folder / "broken.json").write_text('{"predselect": 1}')
     assert "predselect has written as JSON" in program("view", folder / "broken.json", "-o", folder / "p.html", code=3).stderr
+    for wrong in (200000 * "[" + 200000 * "]", '{"charts": [{"vegalite": {"mark": "image"}}]}', '{"charts": [3]}'):
+        (folder / "broken.json").write_text('{"predselect": "1", "runs": [' + wrong + "]}")
+        program("view", folder / "broken.json", "-o", folder / "p.html", code=3)
     assert not (folder / "p.html").exists()
     assert "waits at a terminal" in program("view", state, code=2).stderr
 

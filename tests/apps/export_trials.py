@@ -1,4 +1,4 @@
-"""Twelve models that are hard to say elsewhere, each with cases to score: trials for exported models.
+"""Fifteen models that are hard to say elsewhere, each with cases to score: trials for exported models.
 
 Every trial gives a table to train on, one to score, and what makes the model of the first. The
 tables to score hold missing cells, new categories, values out of range and on cutpoints.
@@ -95,6 +95,12 @@ def missing(chance):
     y = chance.choice(["no", "yes"])
     return {"y": y, "f": chance.choice(["", "", y, "u"]), "g": chance.choice(["", "p", "q"]),
             "x": chance.choice(["", str(round(chance.gauss(y == "yes", 1), 1))])}
+
+
+def warm(chance):
+    """With categories that are numbers."""
+    row = missing(chance)
+    return {**row, "h": chance.choice(["", "1", "2", "2.5" if row["y"] == "yes" else "0"])}
 
 
 def unseen(chance):
@@ -197,9 +203,8 @@ def trials():
         simple("large", large, f"NAIVEBAYES y BY k half WITH x {all_in}.", 21),
         Trial("too_sure", biopsies, shaken(biopsies, 25), f"NAIVEBAYES diagnosis {all_in}.",
               options=("--calibrate", "temperature")),
-        simple("warm", missing, f"NAIVEBAYES y BY f g WITH x {all_in}.", 27,
-               options=("--calibrate", "temperature"),
-               readers=("json", "c", "sqlite", "duckdb", "postgresql", "jpmml", "onnxruntime")),
+        simple("warm", warm, f"NAIVEBAYES y BY f g h WITH x {all_in}.", 27,
+               options=("--calibrate", "temperature")),
         simple("curves", missing, f"NAIVEBAYES y BY f g WITH x {all_in}.", 29,
                options=("--calibrate", "isotonic"), readers=("json", "c")),
         simple("extreme", extreme, f"NAIVEBAYES y BY k WITH x z {all_in}.", 23),

@@ -67,7 +67,7 @@ TEST_F(Numbers, OfEverySizeEndInTablesOrAnError) {
       }
     }
   }
-  EXPECT_EQ(nParams, 9 + 11);
+  EXPECT_EQ(nParams, 9 + 14);
   for (const char* number : kNumbers) {
     ExpectToEnd(std::string("NAIVEBAYES target BY good /PRINT CPS /SAVE PREDPROB(p:") + number +
                 ").");

@@ -192,7 +192,7 @@ TEST(CommandParsing, TakesATypedDefaultLikeNothing) {
       }
     }
   }
-  EXPECT_EQ(nTyped, 18);
+  EXPECT_EQ(nTyped, 21);
 }
 
 }  // namespace

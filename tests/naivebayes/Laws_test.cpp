@@ -359,21 +359,29 @@ TEST(Laws, NoOperationGoesFarWithoutAPoll) {
     }
     for (int i = 0; i < c.fCases; ++i) records[i][0] = i % c.fCategories;
     TestRecords source(records);
-    const auto measure = [&](const char* what, const auto& operation) {
+    // Seconds beyond what is allowed.
+    const auto excess = [&](const auto& operation) {
       Stopwatch watch;
       NaiveBayesSettings settings;
       settings.SetMaxRecordsInMemory(c.fCases);
       NBAlgorithm algorithm(settings, list);
       NBSelectionResult result;
       if (!c.fbSelects) {
-        ASSERT_FALSE(algorithm.BuildModel(source, c.fCases).IsError());
+        EXPECT_FALSE(algorithm.BuildModel(source, c.fCases).IsError());
       }
       algorithm.SetCancelPtr(&watch);
       watch = Stopwatch();
       const double start = Stopwatch::Now();
-      ASSERT_FALSE(operation(algorithm, result).IsError());
-      const double all = Stopwatch::Now() - start;
-      EXPECT_LT(watch.fLongest, 0.01 + 0.02 * all) << what << ' ' << c.fInputs << ' ' << all;
+      EXPECT_FALSE(operation(algorithm, result).IsError());
+      return watch.fLongest - 0.01 - 0.02 * (Stopwatch::Now() - start);
+    };
+    // A machine that halts for others does so in one place now and in another then.
+    const auto measure = [&](const char* what, const auto& operation) {
+      double least = excess(operation);
+      for (int more = 3; more > 0 && least > 0; --more) {
+        least = std::min(least, excess(operation));
+      }
+      EXPECT_LE(least, 0) << what << ' ' << c.fInputs;
     };
     if (c.fbSelects) {
       measure("select", [&](NBAlgorithm& algorithm, NBSelectionResult& result) {

@@ -326,13 +326,14 @@ TEST_F(PartRuns, ARankingOverPartsIsThatOfTheWhole) {
 TEST_F(PartRuns, AModelOverPartsIsThatOfTheWhole) {
   const char* const commands[] = {
       "NAIVEBAYES income /SUBSET MAXSIZE=AUTO(BESTSUBSET=PSEUDOBIC) /PRINT EXCLUDED SUMMARY "
-      "CLASSIFICATION SELECTED @.",
+      "CLASSIFICATION SELECTED EVALUATION @.",
       "NAIVEBAYES income /EXCEPT VARIABLES=train /TRAININGSAMPLE PERCENT=70 /SCREENING STATUS=ON "
-      "/SUBSET MAXSIZE=AUTO(BESTSUBSET=TESTDATA) /PRINT EXCLUDED SUMMARY CLASSIFICATION @.",
+      "/SUBSET MAXSIZE=AUTO(BESTSUBSET=TESTDATA) /PRINT EXCLUDED SUMMARY CLASSIFICATION EVALUATION "
+      "@.",
       "NAIVEBAYES income /FORCE FACTORS=home /TRAININGSAMPLE VARIABLE=train /SUBSET EXACTSIZE=3 "
-      "/PRINT SUMMARY CLASSIFICATION @.",
+      "/PRINT SUMMARY CLASSIFICATION EVALUATION @.",
       "NAIVEBAYES income BY home town WITH age hours late /SUBSET NOSELECTION /MISSING "
-      "USERMISSING=INCLUDE /PRINT CLASSIFICATION @.",
+      "USERMISSING=INCLUDE /PRINT EVALUATION @.",
   };
   for (const char* command : commands) {
     for (const bool weighted : {false, true}) {
@@ -374,9 +375,26 @@ TEST_F(PartRuns, WhatAPartLacksIsRefused) {
     EXPECT_THAT(MCHost::ShowText(document.GetRuns().back().fMessages.back().fText),
                 HasSubstr("900 cases, and the parts have 920"));
   }
-  MCHost::OutputDocument document;
-  EXPECT_EQ(RunCommands(table, document, {.fCommands = "NAIVEBAYES income /SAVE PREDVAL."}, {}),
-            Outcome::kCommandError);
+}
+
+TEST_F(PartRuns, WhatNeedsTheCasesAtOnePlaceIsRefusedBeforeTheWork) {
+  const Parts parts = SevenParts(People());
+  const std::string ranges = RangesOf(parts, false);
+  const std::shared_ptr<MCHost::WholeTable> known = WholeOf(ranges, -1);
+  const auto passes = std::make_shared<HerePasses>(parts, ranges);
+  known->fpPasses = passes;
+  MCHost::PartsTable table(known);
+  const MCHost::CalibrationWish warm{.fMethod = MCHost::CalibrationWish::kTemperature};
+  const std::pair<RunRequest, const char*> refused[] = {
+      {{.fCommands = "NAIVEBAYES income /SAVE PREDVAL."}, "cannot be saved"},
+      {{.fCommands = "NAIVEBAYES income /CROSSVALIDATION FOLDS=5."}, "Cross-validation needs"},
+      {{.fCommands = "NAIVEBAYES income.", .fCalibration = warm}, "cannot be calibrated"}};
+  for (const auto& [request, told] : refused) {
+    MCHost::OutputDocument document;
+    EXPECT_EQ(RunCommands(table, document, request, {}), Outcome::kCommandError);
+    EXPECT_THAT(MessagesOf(document), HasSubstr(told));
+  }
+  EXPECT_EQ(passes->fNPasses, 0);
 }
 
 // In any order and any tree, and not twice.

@@ -58,7 +58,7 @@ MCFeature::MCStatus PRSBinnedInformation::CountInParts(const std::vector<int>& p
   ComponentFile counted;
   const UAPartCounts answer = parts.AskCounts(parts.Request(PartRequest::kBins, predictors));
   if (!ReadComponentBytes(answer.fComponent, counted).empty() || counted.fpFeature == nullptr) {
-    throw MCHost::HostIOError("the parts", "", "the answer with bins is damaged");
+    parts.ThrowDamaged();
   }
   return counts.Merge(*counted.fpFeature, nullptr);
 }

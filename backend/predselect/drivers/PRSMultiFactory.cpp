@@ -74,6 +74,10 @@ bool PRSMultiFactory::CheckParts() {
   if (fParts.AreThere() && specs.Options().fValidation.fFolds > 0) {
     trouble = "Not cross-validated over parts...";
   }
+  const auto calibration = MCHost::CurrentSession().Calibration().fMethod;
+  if (fParts.AreThere() && calibration != MCHost::CalibrationWish::kNone) {
+    trouble = "Not calibrated over parts...";
+  }
   if (trouble == nullptr) return true;
   MCHost::RaiseMessage(MCHost::OutputMessage::kError, trouble);
   return fRun.Fail(MCNaive::kDataUnusable);
@@ -158,10 +162,9 @@ void PRSMultiFactory::AnswerClassify(const std::string& model) {
   if (!ReadComponentBytes(model, restored).empty() || restored.fpNaive == nullptr) return;
   NBPartClassified classified;
   classified.fNCases = fpTrainRecIter->GetNCases();
-  classified.fNTargets = restored.fpNaive->GetNTargetCategories();
   PRSMultiScoring scoring(fRun, *restored.fpNaive, 0);
   if (classified.fNCases > 0 && !scoring.ScoringDataPass()) return;
-  classified.Take(restored.fpNaive->GetTrainOutStats(), restored.fpNaive->GetTestOutStats());
+  scoring.GiveTo(classified);
   PRSAnswer(Piece::kClassified, StateBytes::Of(classified));
 }
 
@@ -219,7 +222,7 @@ bool PRSMultiFactory::Classify(PRSMultiScoring& scoring) {
   NBPartClassified classified;
   const bool isDone = fpParts->Classify(*fModel.GetINBAlgorithm(), classified);
   if (!fpParts->IsPassComplete() || !isDone) return false;
-  fModel.GetINBAlgorithm()->AddClassified(classified);
+  scoring.TakeFrom(classified);
   return true;
 }
 
@@ -234,7 +237,7 @@ bool PRSMultiFactory::RunNBComponent() {
   if (!calibration.Calibrate() || !fModel.WriteFiles()) return false;
   PRSMultiScoring scoring(fRun, *fModel.GetINBAlgorithm(), fMetaData.GetNSaveDepCats());
   if (!Classify(scoring)) return false;
-  if (fpParts == nullptr) fEvaluation = scoring.FindEvaluation();
+  fEvaluation = scoring.FindEvaluation();
   HandOverFindings(scoring);
   const bool testLayerWanted =
       IsClassified() && specs.GetMultiTrainSamp() && !specs.GetMultiTestData();

@@ -8,7 +8,10 @@
 #include "host/cases/MCStopProcessor.h"
 #include "host/data/ProcedureDataSource.h"
 #include "host/data/WholeTable.h"
+#include "host/output/ShowText.h"
 #include "host/session/HostIOError.h"
+#include "host/session/ISession.h"
+#include "host/session/SessionScope.h"
 #include "modelfiles/ComponentFile.h"
 #include "naivebayes/INBAlgorithm.h"
 #include "naivebayes/parts/NBPartClassified.h"
@@ -41,12 +44,12 @@ bool PRSMultiParts::Ask(const NBPartQuestion& question, NBPartSums& sums) {
 }
 
 bool PRSMultiParts::Classify(const INBAlgorithm& model, NBPartClassified& classified) {
-  const PartRequest request =
-      fParts.Request(PartRequest::kClassify, fScreened, ComponentBytes(model));
+  PartRequest request = fParts.Request(PartRequest::kClassify, fScreened, ComponentBytes(model));
+  request.fbFindings = MCHost::CurrentSession().WantsFindings();
   if (!Pass(request, Piece::kClassified, classified)) return false;
   fFailure = fParts.WhyNotAll(classified.fNCases);
   if (fFailure.empty() && classified.fNTargets != model.GetNTargetCategories()) {
-    fFailure = "the parts classified into other categories";
+    fFailure = MCHost::KeyText("the parts classified into other categories");
   }
   return fFailure.empty();
 }

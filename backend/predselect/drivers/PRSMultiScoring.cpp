@@ -12,6 +12,7 @@
 #include "host/cases/UAInputAdapter.h"
 #include "host/command/VarSpecObj.h"
 #include "host/data/ProcedureDataSource.h"
+#include "host/data/WholeTable.h"
 #include "host/output/AddNotes.h"
 #include "host/output/OutputNote.h"
 #include "host/output/ShowText.h"
@@ -22,6 +23,7 @@
 #include "host/session/SessionScope.h"
 #include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/encoders/NBRoundEncoder.h"
+#include "naivebayes/parts/NBPartClassified.h"
 
 namespace {
 
@@ -30,6 +32,14 @@ constexpr KOVA_Format kProbabilityFormat{KOVA_Format::kNumber, 5, 3};
 
 VarSpecObj SaveRole(const char* param, const KOVA_DataSource& source) {
   return {"SAVE", param, PRSGrammar::NewCommand(false), source, false};
+}
+
+// The parts of a large table bring few probabilities each, since all of theirs would be rounded.
+std::size_t ScoresKept(const MCHost::ITable& table) {
+  constexpr std::int64_t kLarge = 8 * MCCommon::EvaluationCounter::kScores;
+  const MCHost::WholeTable* whole = table.Whole();
+  const bool isLarge = whole != nullptr && whole->fRanges.CaseCount() > kLarge;
+  return isLarge ? 0 : MCCommon::EvaluationCounter::kScores;
 }
 
 }  // namespace
@@ -175,8 +185,8 @@ bool PRSMultiScoring::SaveVarValues(ProcDSIterator* pDataIter, const MCCommon::R
   return true;
 }
 
-const PRSCurves* PRSMultiScoring::GetCurves(bool training) const {
-  const std::optional<PRSCurves>& curves = fCurves[training ? 1 : 0];
+const MCCommon::ScoreCurves* PRSMultiScoring::GetCurves(bool training) const {
+  const std::optional<MCCommon::ScoreCurves>& curves = fCurves[training ? 1 : 0];
   return curves ? &*curves : nullptr;
 }
 
@@ -205,12 +215,12 @@ void PRSMultiScoring::CountCase(int category, std::span<const double> probabilit
                                 double weight) {
   const bool isTraining = fTrainingMarks[i] != 0;
   if (fbCurvesWanted && fRun.IsClassified()) {
-    std::optional<PRSCurves>& curves = fCurves[isTraining ? 1 : 0];
+    std::optional<MCCommon::ScoreCurves>& curves = fCurves[isTraining ? 1 : 0];
     if (!curves) curves.emplace(fAlgorithm.GetNTargetCategories());
     curves->Count(category, probabilities, weight);
   }
   if (!fbEvaluated || isTraining == fSpecs.GetMultiTrainSamp()) return;
-  if (!fEvaluation) fEvaluation.emplace(probabilities.size());
+  if (!fEvaluation) fEvaluation.emplace(probabilities.size(), ScoresKept(fSource.Table()));
   fEvaluation->Add(static_cast<std::size_t>(category),
                    static_cast<std::size_t>(fScored.GetWinners()[i]), probabilities, weight);
 }
@@ -219,4 +229,18 @@ std::optional<MCCommon::Evaluation> PRSMultiScoring::FindEvaluation() {
   const auto* algorithm = dynamic_cast<const NBAlgorithm*>(&fAlgorithm);
   if (!fEvaluation || algorithm == nullptr) return {};
   return fEvaluation->Find(algorithm->GetOutput().GetPriors());
+}
+
+void PRSMultiScoring::GiveTo(NBPartClassified& classified) {
+  classified.fNTargets = fAlgorithm.GetNTargetCategories();
+  classified.Take(fAlgorithm.GetTrainOutStats(), fAlgorithm.GetTestOutStats());
+  if (fEvaluation) fEvaluation->Settle();
+  classified.fEvaluation = std::move(fEvaluation);
+  for (int i = 0; i < 2; ++i) classified.fCurves[i] = std::move(fCurves[i]);
+}
+
+void PRSMultiScoring::TakeFrom(NBPartClassified& classified) {
+  fAlgorithm.AddClassified(classified);
+  fEvaluation = std::move(classified.fEvaluation);
+  for (int i = 0; i < 2; ++i) fCurves[i] = std::move(classified.fCurves[i]);
 }

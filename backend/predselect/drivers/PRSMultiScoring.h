@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
-#include "backend/predselect/PRSCurves.h"
 #include "common/evaluation/EvaluationCounter.h"
+#include "common/evaluation/ScoreCurves.h"
 #include "host/cases/KOVA_Value.h"
 #include "host/cases/UAPredictionWriter.h"
 #include "host/cases/UAProcDataSourceIter.h"
@@ -22,6 +22,7 @@ class NaiveDataSourceIter;
 class PRSMultiRun;
 class PRSValidSpecs;
 class ProcedureDataSource;
+struct NBPartClassified;
 
 class PRSMultiScoring {
  public:
@@ -38,11 +39,16 @@ class PRSMultiScoring {
 
   // The probabilities of the classified cases of a sample, where the session wants them; null
   // without such a case.
-  const PRSCurves* GetCurves(bool training) const;
+  const MCCommon::ScoreCurves* GetCurves(bool training) const;
 
   // What the cases of the test sample, or of training where there is none, say of the model; none
   // unless the command asks for it, and for a sample without a case.
   std::optional<MCCommon::Evaluation> FindEvaluation();
+
+  // What the pass has counted, of a part for those who bring parts together, and of all parts in
+  // place of the pass.
+  void GiveTo(NBPartClassified& classified);
+  void TakeFrom(NBPartClassified& classified);
 
  private:
   bool CreateNewVars();
@@ -73,6 +79,6 @@ class PRSMultiScoring {
   bool fbCurvesWanted;
   bool fbEvaluated;
   std::optional<MCCommon::EvaluationCounter> fEvaluation;
-  std::optional<PRSCurves> fCurves[2];  // of test and training cases
+  std::optional<MCCommon::ScoreCurves> fCurves[2];  // of test and training cases
   ParserMessage fParserMessages;
 };

@@ -8,9 +8,12 @@
 #include "common/state/StateBytes.h"
 #include "host/data/ITable.h"
 #include "host/data/WholeTable.h"
+#include "host/output/ShowText.h"
 #include "host/session/HostIOError.h"
 #include "host/session/ISession.h"
 #include "host/session/SessionScope.h"
+
+using MCHost::KeyText;
 
 namespace {
 
@@ -57,10 +60,11 @@ std::string PRSParts::Ask(const PartRequest& request, Piece::Kind kind) const {
   Piece answer;
   std::string why = answer.Read(fpWhole->fpPasses->Pass(OverOf(request.fKind), bytes));
   if (why.empty() && answer.fKind != kind) {
-    why = std::string("it is ") + Piece::NameOf(answer.fKind);
+    why = KeyText("it is ^1", {Piece::NameOf(answer.fKind)});
   }
-  if (why.empty() && answer.fOf != StateBytes::Digest(bytes)) why = "it is of another request";
-  if (!why.empty()) throw MCHost::HostIOError(fpWhole->fName, "the answer of the parts", why);
+  if (why.empty() && answer.fOf != StateBytes::Digest(bytes))
+    why = KeyText("it is of another request");
+  if (!why.empty()) Throw(why);
   return std::move(answer.fContent);
 }
 
@@ -71,7 +75,13 @@ void PRSParts::Read(const std::string& content,
     if (StateBytes::Read(content, read)) return;
   } catch (const MCCommon::IOException&) {
   }
-  throw MCHost::HostIOError(fpWhole->fName, "the answer of the parts", "it is damaged");
+  ThrowDamaged();
+}
+
+void PRSParts::ThrowDamaged() const { Throw(KeyText("it is damaged")); }
+
+void PRSParts::Throw(const std::string& why) const {
+  throw MCHost::HostIOError(fpWhole->fName, KeyText("the answer of the parts"), why);
 }
 
 UAPartCounts PRSParts::AskCounts(const PartRequest& request) const {
@@ -79,14 +89,14 @@ UAPartCounts PRSParts::AskCounts(const PartRequest& request) const {
   AskFor(request, Piece::kCounts, counts);
   const std::string why = WhyNotAll(counts.fNCases);
   if (why.empty()) return counts;
-  throw MCHost::HostIOError(fpWhole->fName, "the answer of the parts", why);
+  Throw(why);
 }
 
 std::string PRSParts::WhyNotAll(std::int64_t cases) const {
   const std::int64_t all = fpWhole->fRanges.CaseCount();
   if (cases == all) return "";
-  return "it holds " + std::to_string(cases) + " cases, and the parts have " + std::to_string(all) +
-         "; a part is missing, or was counted twice";
+  return KeyText("it holds ^1 cases of ^2 of the parts...",
+                 {std::to_string(cases), std::to_string(all)});
 }
 
 std::optional<PartRequest> PRSPartRequest() {

@@ -37,10 +37,14 @@ class PRSParts {
   // The same of counts. Throws HostIOError for counts that are not of all cases.
   UAPartCounts AskCounts(const PartRequest& request) const;
 
+  // Throws HostIOError: the parts' answer cannot be read.
+  [[noreturn]] void ThrowDamaged() const;
+
   // Empty for as many cases as all parts have, or what is wrong.
   std::string WhyNotAll(std::int64_t cases) const;
 
  private:
+  [[noreturn]] void Throw(const std::string& why) const;
   std::string Ask(const PartRequest& request, Piece::Kind kind) const;
   void Read(const std::string& content, const std::function<void(std::fstream&)>& read) const;
 

@@ -25,7 +25,7 @@
 #include "host/output/pivot/BpProcedure.h"
 #include "host/output/pivot/BpString.h"
 #include "host/output/pivot/BpVariable.h"
-#include "naivebayes/INBAlgorithm.h"
+#include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/selection/NBFormulas.h"
 
 namespace {
@@ -326,13 +326,20 @@ void NaiveOutput::DisplaySelected() const {
   PRSShowSelected(SelectedNames(true), SelectedNames(false));
 }
 
+bool NaiveOutput::IsCalibrated() const {
+  const auto* model = dynamic_cast<const NBAlgorithm*>(fpAlgorithm);
+  return model != nullptr && model->GetCalibration().GetMethod() != NBCalibration::kNone;
+}
+
 void NaiveOutput::DisplayEvaluation() const {
   std::vector<MCHost::OutputText> classes;
   for (int k = 0; k < fpAlgorithm->GetNTargetCategories(); ++k)
     classes.push_back(TargetCategory(k));
+  const char* ofTest =
+      IsCalibrated() ? "Of the test cases, which calibrated it..." : "Of the test cases.";
   const bool isTest = fpValidSpecs->GetMultiTrainSamp();
   MCHost::ShowEvaluation(*fpFactory->GetEvaluation(), classes,
-                         BpString(isTest ? "Of the test cases." : "Training accuracy flatters..."));
+                         BpString(isTest ? ofTest : "Training accuracy flatters..."));
 }
 
 void NaiveOutput::DisplayValidation() const {
@@ -354,7 +361,7 @@ void NaiveOutput::DisplayValidation() const {
       }
     }
   }
-  MCHost::ShowCrossValidation(folds, names);
+  MCHost::ShowCrossValidation(folds, names, IsCalibrated());
 }
 
 void NaiveOutput::DisplayClassification() const {

@@ -52,6 +52,7 @@ class NaiveOutput {
   void DisplaySubsets() const;
   void DisplaySelected() const;
   void DisplayClassification() const;
+  bool IsCalibrated() const;
   void DisplayEvaluation() const;
   void DisplayValidation() const;
   void FillClassificationLayer(BpPivotTable& table, const NBOutputStatistics& stats,

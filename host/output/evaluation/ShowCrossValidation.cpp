@@ -41,14 +41,15 @@ MCCommon::RepeatedMeasure SummaryOf(const std::vector<ShownFold>& folds, Measure
 }
 
 // How many folds and repeats there are.
-OutputText Extent(const std::vector<ShownFold>& folds) {
+OutputText Extent(const std::vector<ShownFold>& folds, bool isCalibrated) {
   int nFolds = 0;
   int nRepeats = 0;
   for (const ShownFold& fold : folds) {
     nFolds = std::max(nFolds, fold.fFold + 1);
     nRepeats = std::max(nRepeats, fold.fRepeat + 1);
   }
-  return BpComposite("Over ^1 folds, ^2 times...")
+  return BpComposite(isCalibrated ? "Over ^1 folds, ^2 times, not calibrated..."
+                                  : "Over ^1 folds, ^2 times...")
       .AddLiteral(std::to_string(nFolds))
       .AddLiteral(std::to_string(nRepeats))
       .Finish();
@@ -60,10 +61,11 @@ MCCommon::Estimate StabilityOf(const std::vector<ShownFold>& folds, std::size_t 
   return MCCommon::StabilityOf(selections, static_cast<int>(nCandidates));
 }
 
-void ShowMeasures(const std::vector<ShownFold>& folds, const MCCommon::Estimate& stability) {
+void ShowMeasures(const std::vector<ShownFold>& folds, const MCCommon::Estimate& stability,
+                  bool isCalibrated) {
   BpPivotTable table("Cross-Validation", "CrossValidation");
   table.Flat();
-  table.Caption(Extent(folds));
+  table.Caption(Extent(folds, isCalibrated));
   const auto general = BpProcedure::GeneralStat();
   BpDimension rows = table.RowDimension("Measure");
   BpDimension columns = table.ColumnDimension("Statistics");
@@ -178,9 +180,9 @@ void ShowFolds(const std::vector<ShownFold>& folds) {
 }  // namespace
 
 void ShowCrossValidation(const std::vector<ShownFold>& folds,
-                         const std::vector<OutputText>& candidates) {
+                         const std::vector<OutputText>& candidates, bool isCalibrated) {
   const MCCommon::Estimate stability = StabilityOf(folds, candidates.size());
-  ShowMeasures(folds, stability);
+  ShowMeasures(folds, stability, isCalibrated);
   if (!candidates.empty()) ShowStability(folds, candidates, stability);
   ShowFolds(folds);
 }

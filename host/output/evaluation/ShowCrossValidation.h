@@ -18,8 +18,9 @@ struct ShownFold {
 };
 
 // `candidates`: what a selection could choose; there is no table of their stability without any.
+// `isCalibrated`: the model itself, which those of the folds are not.
 // REQUIRES: a session is installed for this thread; there is a fold.
 void ShowCrossValidation(const std::vector<ShownFold>& folds,
-                         const std::vector<OutputText>& candidates);
+                         const std::vector<OutputText>& candidates, bool isCalibrated);
 
 }  // namespace MCHost

@@ -92,7 +92,7 @@ Json Parse(const std::string& text) {
 void MakeReadable(Json& run) {
   for (Json& chart : run["charts"]) {
     if (!IsReadableChart(chart.at("vegalite"))) {
-      throw Json::other_error::create(501, "no chart of predictors", &chart);
+      throw Json::other_error::create(501, "chart", &chart);
     }
     chart["spec"] = ReadableChart(chart["vegalite"]);
     chart.erase("vegalite");

@@ -30,7 +30,7 @@ from ._data import columns_of
 from ._explain import Explanation, explain, prior_explanation, whole_explanation
 from ._results import Ranking, Result, ResultTable, numbers_of
 from ._state import Exports, State
-from .errors import CommandError, DataError, quiet
+from .errors import CommandError, DataError, PredSelectWarning, quiet, warn
 
 _STATE_VERSION = 1
 _MOST_WEIGHT = 1e100  # squares of sums are numbers yet
@@ -555,6 +555,10 @@ class SubsetNaiveBayes(_Mixed, _Pickled, Exports, ClassifierMixin, BaseEstimator
         How many bins of equal width a number is put into.
     categorical_features : "from_dtype", names, places or a mask, default="from_dtype"
         Which features are categories. By dtype: all but numbers and times.
+    calibrate : {"temperature", "isotonic"} or None, default=None
+        How probabilities are made to hold what they say: by the training cases, each scored
+        without the counts of its fold. A warning says where the cases leave it open; probabilities
+        are then those without a calibration.
     memory : int, default=0
         What training cases may take, in kilobytes; 0 for half of what is free.
     threads : int or None, default=1
@@ -582,6 +586,7 @@ class SubsetNaiveBayes(_Mixed, _Pickled, Exports, ClassifierMixin, BaseEstimator
         force: Any = (),
         bins: int = 10,
         categorical_features: Any = "from_dtype",
+        calibrate: str | None = None,
         memory: int = 0,
         threads: int | None = 1,
     ) -> None:
@@ -590,6 +595,7 @@ class SubsetNaiveBayes(_Mixed, _Pickled, Exports, ClassifierMixin, BaseEstimator
         self.force = force
         self.bins = bins
         self.categorical_features = categorical_features
+        self.calibrate = calibrate
         self.memory = memory
         self.threads = threads
 
@@ -752,6 +758,7 @@ class SubsetNaiveBayes(_Mixed, _Pickled, Exports, ClassifierMixin, BaseEstimator
                 result: Result = _quietly(
                     _functions.run, data, self._command(categorical), save_state=path,
                     memory=self.memory or "auto", weight=weights, threads=self.threads,
+                    calibrate=self.calibrate,
                     levels={**levels, self._name: "nominal"}, progress=False,
                 )
             except CommandError as failure:
@@ -760,6 +767,9 @@ class SubsetNaiveBayes(_Mixed, _Pickled, Exports, ClassifierMixin, BaseEstimator
                 return
             if path.exists():
                 self._state = State.load(path)
+        for message in result.messages:
+            if message["key"].startswith("The model is not calibrated"):
+                warn(message["text"], PredSelectWarning)
         self._chosen = [name for names in result.macros.values() for name in names]
         if "SubsetSummary" in result:
             self._path = list(result["SubsetSummary"].rows())

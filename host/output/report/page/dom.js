@@ -2,7 +2,7 @@
 
 function furnish(node, attributes, children) {
   for (const [name, value] of Object.entries(attributes)) {
-    if (value === null || value === undefined || value === false) continue;
+    if (value === null || value === undefined || value === false || (typeof value === "number" && !Number.isFinite(value))) continue;
     if (typeof value === "function") node.addEventListener(name, value);
     else node.setAttribute(name, value === true ? "" : value);
   }

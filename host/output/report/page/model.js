@@ -43,7 +43,7 @@ function confusionTable(title, matrix, {categories: classes, counts: frequency})
     el("p", null, `Right for ${percent(right / all)} of ${count(all)} cases; always guessing the most frequent class would be right for ${percent(guessing)}.`),
     shown.length < classes.length ? el("p", {class: "soft"}, `The ${MOST_CONFUSED} most frequent of ${count(classes.length)} classes; the CSV holds all.`) : null,
     el("div", {class: "scroll tall", tabindex: "0", role: "group", "aria-label": title},
-      el("table", {class: "heat"}, el("thead", null, el("tr", null, el("th", {scope: "col"}, "Observed \\ predicted"), shown.map((k) => el("th", {scope: "col", class: "number"}, said(classes[k]))), el("th", {scope: "col", class: "number"}, "Right"))),
+      el("table", {class: "heat"}, el("thead", null, el("tr", null, el("th", {scope: "col"}, "Observed"), shown.map((k) => el("th", {scope: "col", class: "number"}, said(classes[k]))), el("th", {scope: "col", class: "number"}, "Right"))),
         el("tbody", null, body))));
 }
 

@@ -1,6 +1,6 @@
 // The page: one part a command, in the order of their running.
 
-const COMMANDS = {rank: "Ranking", model: "Model", describe: "Description of the data", inspect: "Saved state", score: "Predictions"};
+const COMMANDS = {rank: "Ranking", model: "Model", describe: "Description of the data", inspect: "Saved state", score: "Predictions", evaluate: "Evaluation"};
 
 const commandTitle = (run) => COMMANDS[run.command] || run.command || "Results";
 

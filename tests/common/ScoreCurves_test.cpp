@@ -1,17 +1,19 @@
 // Probabilities of cases counted by steps of their log odds.
+#include "common/evaluation/ScoreCurves.h"
+
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <vector>
 
-#include "backend/predselect/PRSCurves.h"
+using MCCommon::ScoreCurves;
 
 namespace {
 
 // The share of pairs of a case of the category and another one that the probabilities put right.
-double AreaOf(const PRSCurves& curves, int category) {
+double AreaOf(const ScoreCurves& curves, int category) {
   double others = 0.0, pairs = 0.0, right = 0.0, of = 0.0;
-  for (const PRSCurves::Step& step : curves.StepsOf(category)) {
+  for (const ScoreCurves::Step& step : curves.StepsOf(category)) {
     right += step.fOf * (others + step.fOthers / 2.0);
     others += step.fOthers;
     of += step.fOf;
@@ -24,7 +26,7 @@ double AreaOf(const PRSCurves& curves, int category) {
 
 // Of 3 cases of category 1 and 2 others, 5 of 6 pairs are in order; weights count as copies.
 TEST(Curves, TellTheCategoriesApartAsTheirProbabilitiesDo) {
-  PRSCurves curves(2);
+  ScoreCurves curves(2);
   const std::vector<std::pair<int, double>> cases = {
       {0, 0.1}, {1, 0.2}, {0, 0.3}, {1, 0.999999}, {1, 0.9999999}};
   for (const auto& [category, p] : cases) {
@@ -40,7 +42,7 @@ TEST(Curves, TellTheCategoriesApartAsTheirProbabilitiesDo) {
 }
 
 TEST(Curves, KeepTheMeanProbabilityOfAStepAndTakeCertaintyForItsLastOne) {
-  PRSCurves curves(2);
+  ScoreCurves curves(2);
   for (const double p : {0.0, 1.0, 1e-300, 0.6, 0.6}) {
     const double both[] = {1.0 - p, p};
     curves.Count(1, both, 1.0);
@@ -49,14 +51,14 @@ TEST(Curves, KeepTheMeanProbabilityOfAStepAndTakeCertaintyForItsLastOne) {
   EXPECT_EQ(steps.front().fOf, 2.0);
   EXPECT_EQ(steps.back().fOf, 1.0);
   const auto place = static_cast<std::size_t>(
-      std::lround((std::log(0.6 / 0.4) + PRSCurves::kRange) * PRSCurves::kStepsPerUnit));
+      std::lround((std::log(0.6 / 0.4) + ScoreCurves::kRange) * ScoreCurves::kStepsPerUnit));
   EXPECT_EQ(steps[place].fOf, 2.0);
   EXPECT_DOUBLE_EQ(steps[place].fSum, 1.2);
 }
 
 TEST(Curves, AreKeptOfTheFirstCategoriesOnly) {
-  PRSCurves curves(1000);
-  EXPECT_EQ(curves.GetNCategories(), PRSCurves::kMostCategories);
+  ScoreCurves curves(1000);
+  EXPECT_EQ(curves.GetNCategories(), ScoreCurves::kMostCategories);
   curves.Count(999, std::vector<double>(1000, 0.001), 1.0);
   EXPECT_EQ(curves.GetWeight(), 1.0);
 }

@@ -5,10 +5,15 @@
 // The probabilities of a Naive Bayes model crowd at both ends; log odds tell them apart there.
 #pragma once
 
+#include <cstddef>
+#include <fstream>
+#include <iosfwd>
 #include <span>
 #include <vector>
 
-class PRSCurves {
+namespace MCCommon {
+
+class ScoreCurves {
  public:
   // Of a target with more categories the first ones have curves.
   static constexpr int kMostCategories = 24;
@@ -23,10 +28,12 @@ class PRSCurves {
     double fSum = 0.0;     // of weight times probability
   };
 
-  explicit PRSCurves(int nCategories);
+  explicit ScoreCurves(int nCategories = 0);
 
   // A case of a category with its probabilities, one a category.
   void Count(int category, std::span<const double> probabilities, double weight);
+  // Adds what was counted of other cases. REQUIRES: of as many categories.
+  void Add(const ScoreCurves& other);
 
   int GetNCategories() const { return fNCategories; }
   double GetWeight() const { return fWeight; }
@@ -35,8 +42,17 @@ class PRSCurves {
     return {fSteps.data() + static_cast<std::size_t>(category) * kNSteps, kNSteps};
   }
 
+  template <class Archive, class Self>
+  static void Fields(Archive& archive, Self& self);
+  int WriteObject(std::fstream& os) const;
+  int ReadObject(std::fstream& is);
+  void WriteObjectXML(std::ostream& os, int indent) const;
+  void ReadObjectXML(std::ifstream& is);
+
  private:
   int fNCategories;
   double fWeight = 0.0;
   std::vector<Step> fSteps;
 };
+
+}  // namespace MCCommon
