@@ -2,6 +2,8 @@
 
 from __future__ import annotations
 
+import re
+
 import pyarrow as pa
 import pyarrow.csv
 import pytest
@@ -84,7 +86,9 @@ def test_a_larger_table_and_a_training_column(tmp_path):
     found = model_of(engine, "y", **said, pmml=tmp_path / "parts.xml")
     expected = ps.model(whole, "y", **said, pmml=tmp_path / "whole.xml")
     assert_same_model(found, expected)
-    assert (tmp_path / "parts.xml").read_text() == (tmp_path / "whole.xml").read_text()
+    files = [re.sub("<Timestamp>.*?</Timestamp>", "", (tmp_path / name).read_text())
+             for name in ("parts.xml", "whole.xml")]
+    assert files[0] == files[1] and "NaiveBayesModel" in files[0]
 
 
 @pytest.mark.parametrize("over", [0, _parts.ROWS, _parts.ROWS_KEEP, _parts.CODES])
@@ -142,6 +146,7 @@ class Lost(Exception):
     pass
 
 
+@pytest.mark.filterwarnings("ignore::predselect.PredSelectWarning")
 def test_what_an_engine_raises_in_a_pass_is_raised_as_it_is():
     engine, ended = Local(odd_types(), [60]), []
 

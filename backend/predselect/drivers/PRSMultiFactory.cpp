@@ -112,6 +112,7 @@ bool PRSMultiFactory::LookAtParts() {
   }
   fpParts = std::make_unique<PRSMultiParts>(fRun, fScreening.Outcome());
   fRun.AdapterMessages().WeightsLost(fRun.Adapter().GetLostWeights());
+  fSpecs.TakeMemoryFor(GetNTrainRecords());  // which the model's file has among its settings
   return true;
 }
 

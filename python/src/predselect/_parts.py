@@ -277,17 +277,15 @@ def _columns(known: list[str], needed: list[str], weight: str | None,
 class Scorer:
     """Predicts rows batch by batch, with what :func:`predselect.score` takes."""
 
-    def __init__(self, model: Any, known: list[str], **own: Any) -> None:
-        _refuse({name: None for name in own if name in _REFUSED})
+    def __init__(self, model: Any, **own: Any) -> None:
         state = getattr(model, "state", model)
         if state is None:
             raise RequestError("the run ended without a model: there is nothing to score with")
         self._state = state if isinstance(state, State) else State.load(state)
         self._own = own
-        self._known = known
 
     def new_columns(self, rows: pyarrow.Table) -> pyarrow.Table:
-        """The predictions of the rows."""
+        """The predictions of the rows; of none, too. Lists and the like are no predictors."""
         import pyarrow
 
         seen = [f.name for f in rows.schema if not pyarrow.types.is_nested(f.type)]
@@ -295,11 +293,3 @@ class Scorer:
             scores = _functions.score(self._state, rows.select(seen), threads=1, progress=False,
                                       **self._own)
         return scores.new_columns.to_arrow()
-
-    def schema(self, empty: pyarrow.Table) -> pyarrow.Schema:
-        """What is added to the columns; they must not have it."""
-        added = self.new_columns(empty).schema
-        for name in added.names:
-            if name in self._known:
-                raise RequestError(f'the data have a column "{name}": give predicted or probabilities')
-        return added.remove_metadata()

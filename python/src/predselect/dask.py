@@ -51,9 +51,7 @@ def score(df: dask.dataframe.DataFrame, model: Any, *, predicted: str | None = N
           probabilities: str | None = None, explain: int = 0) -> dask.dataframe.DataFrame:
     """The DataFrame with the predictions of a model behind its columns: a result of :func:`model`, a
     state, or the path of one. The arguments are those of :func:`predselect.score`."""
-    scorer = _parts.Scorer(model, [str(name) for name in df.columns], predicted=predicted,
-                           probabilities=probabilities, explain=explain)
-    scorer.schema(_rows(df._meta))
+    scorer = _parts.Scorer(model, predicted=predicted, probabilities=probabilities, explain=explain)
     return df.map_partitions(_scored, dask.delayed(scorer), meta=_scored(df._meta, scorer))
 
 

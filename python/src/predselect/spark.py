@@ -15,6 +15,7 @@ from collections.abc import Callable, Iterable, Iterator
 from typing import TYPE_CHECKING, Any
 
 import pyarrow
+import pyarrow.compute
 from pyspark import StorageLevel, TaskContext
 from pyspark.sql import functions as sql
 from pyspark.sql.pandas.types import from_arrow_schema, to_arrow_schema
@@ -61,9 +62,8 @@ def score(df: DataFrame, model: Any, *, predicted: str | None = None,
           probabilities: str | None = None, explain: int = 0) -> DataFrame:
     """The DataFrame with the predictions of a model behind its columns: a result of :func:`model`, a
     state, or the path of one on the driver. The arguments are those of :func:`predselect.score`."""
-    scorer = _parts.Scorer(model, df.columns, predicted=predicted, probabilities=probabilities,
-                           explain=explain)
-    added = scorer.schema(to_arrow_schema(df.schema).empty_table())
+    scorer = _parts.Scorer(model, predicted=predicted, probabilities=probabilities, explain=explain)
+    added = scorer.new_columns(to_arrow_schema(df.schema).empty_table()).schema
     schema = StructType([*df.schema.fields, *from_arrow_schema(added).fields])
 
     def scored(batches: Iterable[pyarrow.RecordBatch]) -> Iterator[pyarrow.RecordBatch]:
