@@ -75,10 +75,7 @@ class _Frame:
         return _rows(self._rows._meta)
 
     def ranges(self) -> bytes:
-        return self._merged(self._each(
-            "ranges", lambda part, rows, options: (
-                part, part, _parts.ranges_of(part, _rows(rows), options)),
-            self._rows.to_delayed(), self._options))
+        return self._merged(self._each("ranges", _ranges, self._rows.to_delayed(), self._options))
 
     def ask(self, over: int, request: bytes, ranges: bytes) -> bytes:
         asked = dask.delayed(request)
@@ -110,18 +107,23 @@ class _Frame:
 # ---- On workers ----
 
 
-def _rows(frame: Any) -> pyarrow.Table:
+def _rows(frame: Any, part: int | None = None) -> pyarrow.Table:
     """A frame of pandas, without its index."""
     try:
         rows = pyarrow.Table.from_pandas(frame, preserve_index=False)
     except pyarrow.ArrowException as trouble:
-        raise DataError(f"a column cannot be read: {trouble}") from None
+        where = "" if part is None else f"part {part}: "
+        raise DataError(f"{where}a column cannot be read: {trouble}") from None
     return rows.replace_schema_metadata(None)
+
+
+def _ranges(part: int, rows: Any, options: Options) -> _Piece:
+    return part, part, _parts.ranges_of(part, _rows(rows, part), options)
 
 
 def _answer_rows(part: int, rows: Any, options: Options, ranges: bytes,
                  request: bytes) -> tuple[bytes, bytes]:
-    return _parts.answer(part, _rows(rows), options, ranges, request)
+    return _parts.answer(part, _rows(rows, part), options, ranges, request)
 
 
 def _answer_of(part: int, kept: tuple[bytes, bytes]) -> _Piece:

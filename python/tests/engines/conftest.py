@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import contextlib
 import os
 import sys
 import tempfile
@@ -26,26 +27,36 @@ def spark_home(folder: str) -> str:
     return folder
 
 
+@contextlib.contextmanager
+def spark_session(master: str, folder: str, more: dict[str, str]):
+    """A session whose executors find the package where this process does."""
+    from pyspark.sql import SparkSession
+
+    os.environ.update(SPARK_HOME=spark_home(folder), PYSPARK_PYTHON=sys.executable,
+                      SPARK_LOCAL_IP="127.0.0.1")
+    builder = SparkSession.builder.master(master)
+    for name, value in {
+        "spark.driver.host": "127.0.0.1",
+        "spark.executorEnv.PYTHONPATH": os.environ["PYTHONPATH"],
+        "spark.executorEnv.PREDSELECT_LIBRARY_DIR": os.environ.get("PREDSELECT_LIBRARY_DIR", ""),
+        "spark.log.level": "ERROR",
+        "spark.sql.shuffle.partitions": "4",
+        "spark.ui.enabled": "false",
+        "spark.ui.showConsoleProgress": "false",
+        **more,
+    }.items():
+        builder = builder.config(name, value)
+    session = builder.getOrCreate()
+    try:
+        yield session
+    finally:
+        session.stop()
+
+
 @pytest.fixture(scope="session")
 def spark():
     """Two executors of one core each, in processes of their own."""
     pytest.importorskip("pyspark")
-    from pyspark.sql import SparkSession
-
-    with tempfile.TemporaryDirectory() as folder:
-        os.environ.update(SPARK_HOME=spark_home(folder), PYSPARK_PYTHON=sys.executable,
-                          SPARK_LOCAL_IP="127.0.0.1")
-        builder = SparkSession.builder.master("local-cluster[2,1,1024]")
-        for name, value in {
-            "spark.driver.host": "127.0.0.1",
-            "spark.executorEnv.PYTHONPATH": os.environ["PYTHONPATH"],
-            "spark.executorEnv.PREDSELECT_LIBRARY_DIR": os.environ.get("PREDSELECT_LIBRARY_DIR", ""),
-            "spark.log.level": "ERROR",
-            "spark.sql.shuffle.partitions": "4",
-            "spark.ui.enabled": "false",
-            "spark.ui.showConsoleProgress": "false",
-        }.items():
-            builder = builder.config(name, value)
-        session = builder.getOrCreate()
+    with tempfile.TemporaryDirectory() as folder, \
+            spark_session("local-cluster[2,1,1024]", folder, {}) as session:
         yield session
-        session.stop()

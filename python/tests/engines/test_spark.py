@@ -162,6 +162,15 @@ def test_only_what_is_needed_is_read_and_jobs_say_what_they_are(spark, tmp_path)
     assert "predselect rank y: pass 1 over the rows" in said
 
 
+def test_the_example_of_the_documentation(spark, monkeypatch, capsys):
+    monkeypatch.syspath_prepend(str(ROOT / "python" / "docs"))
+    import spark_example
+
+    spark_example.main(spark)
+    shown = capsys.readouterr().out
+    assert "['flipper_length_mm', 'bill_length_mm'" in shown and "|   Gentoo|        Gentoo|" in shown
+
+
 def test_what_does_not_go_is_refused(spark):
     df = spark.createDataFrame([("a", [1]), ("b", [2])], "y string, l array<int>")
     for refused, said in (
