@@ -18,7 +18,7 @@ import pyarrow
 import pyarrow.compute
 from pyspark import StorageLevel, TaskContext
 from pyspark.sql import functions as sql
-from pyspark.sql.pandas.types import from_arrow_schema, to_arrow_schema
+from pyspark.sql.pandas.types import from_arrow_schema
 from pyspark.sql.types import StructType
 
 from . import _parts, errors
@@ -37,6 +37,7 @@ _PIECES = pyarrow.schema([
     ("part", pyarrow.int32()), ("last", pyarrow.int32()), ("place", pyarrow.int32()),
     ("piece", pyarrow.binary()), ("trouble", pyarrow.string()),
 ])
+_PIECES_OF_SPARK = "part int, last int, place int, piece binary, trouble string"
 _CHUNK = 1 << 23  # bytes of codes in a row
 
 
@@ -63,7 +64,7 @@ def score(df: DataFrame, model: Any, *, predicted: str | None = None,
     """The DataFrame with the predictions of a model behind its columns: a result of :func:`model`, a
     state, or the path of one on the driver. The arguments are those of :func:`predselect.score`."""
     scorer = _parts.Scorer(model, predicted=predicted, probabilities=probabilities, explain=explain)
-    added = scorer.new_columns(to_arrow_schema(df.schema).empty_table()).schema
+    added = scorer.new_columns(df.limit(0).toArrow()).schema
     schema = StructType([*df.schema.fields, *from_arrow_schema(added).fields])
 
     def scored(batches: Iterable[pyarrow.RecordBatch]) -> Iterator[pyarrow.RecordBatch]:
@@ -91,17 +92,19 @@ class _Frame:
 
     def begin(self, columns: list[str], options: Options, what: str) -> None:
         self._rows = self._df.select(*[f"`{name.replace('`', '``')}`" for name in columns])
-        self._schema = to_arrow_schema(self._rows.schema)
+        self._empty = self._rows.limit(0).toArrow()
         self._options, self._what = options, what
 
     def empty(self) -> pyarrow.Table:
-        return self._schema.empty_table()
+        return self._empty
 
     def ranges(self) -> bytes:
         with self._described("ranges of the rows"):
-            pieces = self._keep(_mapped(self._rows, _ranges_work(self._schema, self._options)))
+            pieces = self._keep(_mapped(self._rows, _ranges_work(self._empty.schema, self._options)))
             self._n_parts = pieces.count()
-            return self._merged(pieces)
+            ranges = self._merged(pieces)
+        self.end()
+        return ranges
 
     def ask(self, over: int, request: bytes, ranges: bytes) -> bytes:
         self._n_passes += 1
@@ -110,7 +113,7 @@ class _Frame:
             if over == _parts.CODES:
                 assert self._persisted is not None
                 return self._merged(_mapped(self._persisted.where("place > 0"), _codes_work(request)))
-            pieces = _mapped(self._rows, _rows_work(request, ranges, self._schema, self._options))
+            pieces = _mapped(self._rows, _rows_work(request, ranges, self._empty.schema, self._options))
             return self._merged(
                 self._keep(pieces).where("place = 0") if over == _parts.ROWS_KEEP else pieces)
 
@@ -129,7 +132,7 @@ class _Frame:
         left, reach = self._n_parts, _parts.FAN
         while left > _parts.FAN:
             groups = pieces.groupBy(sql.expr(f"part div {reach}"))
-            pieces = groups.applyInArrow(_merge_group, from_arrow_schema(_PIECES))
+            pieces = groups.applyInArrow(_merge_group, _PIECES_OF_SPARK)
             left, reach = -(-left // _parts.FAN), reach * _parts.FAN
         rows = pieces.collect()
         for row in rows:
@@ -191,7 +194,7 @@ def _mapped(df: DataFrame, work: _Work) -> DataFrame:
         except PredSelectError as trouble:
             yield _troubled(part, trouble)
 
-    return df.mapInArrow(task, from_arrow_schema(_PIECES))
+    return df.mapInArrow(task, _PIECES_OF_SPARK)
 
 
 def _merge_group(pieces: pyarrow.Table) -> pyarrow.Table:

@@ -23,7 +23,8 @@ def spark_home(folder: str) -> str:
     import pyspark
 
     for entry in Path(pyspark.__file__).parent.iterdir():
-        (Path(folder) / entry.name).symlink_to(entry)
+        if entry.name != "work":
+            (Path(folder) / entry.name).symlink_to(entry)
     return folder
 
 

@@ -4,16 +4,17 @@ from __future__ import annotations
 
 import os
 import signal
-import subprocess
 import threading
 import time
 
 import pyarrow as pa
 import pyarrow.csv
+import pyarrow.parquet
 import pytest
 
 pytest.importorskip("pyspark")
 
+import psutil  # noqa: E402
 from conftest import ROOT  # noqa: E402
 from parts import assert_same, assert_same_model, generated, mutated, odd_types  # noqa: E402
 from pyspark.sql.pandas.types import from_arrow_schema  # noqa: E402
@@ -92,12 +93,17 @@ def test_20_million_rows_in_64_parts(spark):
     assert_same_model(predselect.spark.model(df, "y"), ps.model(whole(), "y"))
 
 
-def executors(spark):
-    """The processes of this session's executors: children of its virtual machine."""
-    java = spark.sparkContext._gateway.jvm.ProcessHandle.current().pid()
-    lines = subprocess.run(["ps", "-o", "pid=,args=", "--ppid", str(java)], capture_output=True,
-                           text=True).stdout.splitlines()
-    return [int(line.split()[0]) for line in lines if "CoarseGrainedExecutorBackend" in line]
+def executors():
+    """The processes of the executors, which this one has begun by way of Spark's."""
+    below = psutil.Process().children(recursive=True)
+    return [p.pid for p in below if any("CoarseGrainedExecutorBackend" in word for word in words_of(p))]
+
+
+def words_of(process):
+    try:
+        return process.cmdline()
+    except psutil.Error:  # gone meanwhile
+        return []
 
 
 @pytest.mark.parametrize("over", [_parts.ROWS_KEEP, _parts.CODES])
@@ -109,7 +115,7 @@ def test_a_killed_executor_changes_nothing(spark, over, monkeypatch):
     class Frame(predselect.spark._Frame):
         def ask(self, now, request, ranges):
             if now == over and not killed:
-                killed.append(executors(spark)[0])
+                killed.append(executors()[0])
                 wait = 0.0 if over == _parts.CODES else 1.0
                 threading.Timer(wait, os.kill, [killed[0], signal.SIGKILL]).start()
             return super().ask(now, request, ranges)
@@ -117,9 +123,9 @@ def test_a_killed_executor_changes_nothing(spark, over, monkeypatch):
     monkeypatch.setattr(predselect.spark, "_Frame", Frame)
     found = predselect.spark.model(df, "y")
     assert_same_model(found, ps.model(whole(), "y"))
-    assert killed and killed[0] not in executors(spark)
+    assert killed and killed[0] not in executors()
     until = time.monotonic() + 120
-    while len(executors(spark)) < 2 and time.monotonic() < until:
+    while len(executors()) < 2 and time.monotonic() < until:
         time.sleep(0.2)
 
 
@@ -134,10 +140,10 @@ def test_a_mutated_and_a_foreign_piece_are_refused_with_their_part(spark):
                         (lambda piece: foreign, "part 18 cannot be added: it has")):
         spoilt = [row.asDict() for row in rows]
         spoilt[18]["piece"] = spoil(bytes(spoilt[18]["piece"]))
-        pieces = spark.createDataFrame(spoilt, from_arrow_schema(predselect.spark._PIECES))
+        pieces = spark.createDataFrame(spoilt, predselect.spark._PIECES_OF_SPARK)
         with pytest.raises(ps.RequestError, match=said):
             frame._merged(pieces)
-    assert frame._merged(spark.createDataFrame(rows)) == ranges
+    assert frame._merged(spark.createDataFrame(rows, pieces.schema)) == ranges
 
 
 def descriptions(spark):
