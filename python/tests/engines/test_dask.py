@@ -83,7 +83,7 @@ def test_a_generated_table_in_16_parts(client):
 
 @pytest.mark.parametrize("over", [_parts.ROWS_KEEP, _parts.CODES])
 def test_a_killed_worker_changes_nothing(client, over, monkeypatch):
-    df, whole = big(4_000, 16)
+    df, whole = big(4_000, 6)
     killed = []
 
     class Frame(predselect.dask._Frame):
@@ -94,7 +94,8 @@ def test_a_killed_worker_changes_nothing(client, over, monkeypatch):
             return super().ask(now, request, ranges)
 
     monkeypatch.setattr(predselect.dask, "_Frame", Frame)
-    assert_same_model(predselect.dask.model(df, "y"), ps.model(whole(), "y"))
+    assert_same_model(predselect.dask.model(df, "y", predictors=4),
+                      ps.model(whole(), "y", predictors=4))
     client.wait_for_workers(2, timeout=120)
     assert killed and killed[0] not in client.run(os.getpid).values()
 

@@ -109,20 +109,20 @@ def words_of(process):
 @pytest.mark.parametrize("over", [_parts.ROWS_KEEP, _parts.CODES])
 def test_a_killed_executor_changes_nothing(spark, over, monkeypatch):
     """While rows are read; and with the codes that it holds."""
-    df, whole = big(spark, 12_500, 16)
+    df, whole = big(spark, 4_000, 6)
     killed = []
 
     class Frame(predselect.spark._Frame):
         def ask(self, now, request, ranges):
             if now == over and not killed:
                 killed.append(executors()[0])
-                wait = 0.0 if over == _parts.CODES else 1.0
+                wait = 0.0 if over == _parts.CODES else 0.5
                 threading.Timer(wait, os.kill, [killed[0], signal.SIGKILL]).start()
             return super().ask(now, request, ranges)
 
     monkeypatch.setattr(predselect.spark, "_Frame", Frame)
-    found = predselect.spark.model(df, "y")
-    assert_same_model(found, ps.model(whole(), "y"))
+    found = predselect.spark.model(df, "y", predictors=4)
+    assert_same_model(found, ps.model(whole(), "y", predictors=4))
     assert killed and killed[0] not in executors()
     until = time.monotonic() + 120
     while len(executors()) < 2 and time.monotonic() < until:
