@@ -89,7 +89,8 @@ ArrowArrayStream._fields_ = [
 
 def _options(name: str, fields: str) -> Any:
     """A struct of options: `name:type` words behind struct_size."""
-    kinds = {"s": ctypes.c_char_p, "n": ctypes.c_size_t, "d": ctypes.c_double, "p": ctypes.c_void_p}
+    kinds = {"s": ctypes.c_char_p, "n": ctypes.c_size_t, "d": ctypes.c_double, "p": ctypes.c_void_p,
+             "i": ctypes.c_int64}
     pairs = [field.split(":") for field in fields.split()]
     struct = type(
         name,
@@ -115,6 +116,19 @@ class ReadingOption(ctypes.Structure):
     _fields_ = [("name", ctypes.c_char_p), ("word", ctypes.c_char_p)]
 
 
+class Bytes(ctypes.Structure):
+    """predselect_bytes."""
+
+    _fields_ = [("data", ctypes.c_void_p), ("size", ctypes.c_size_t)]
+
+    @classmethod
+    def of(cls, content: bytes) -> Bytes:
+        """Looks into the bytes, and holds them."""
+        bytes_ = cls(ctypes.cast(ctypes.c_char_p(content), ctypes.c_void_p), len(content))
+        bytes_.held = content
+        return bytes_
+
+
 class TableInfo(ctypes.Structure):
     """predselect_table_info."""
 
@@ -129,7 +143,7 @@ class TableInfo(ctypes.Structure):
 
 table_options = _options(
     "TableOptions",
-    "name:s schema:s weight:s levels:p n_levels:n keep:n reading:p n_reading:n",
+    "name:s schema:s weight:s levels:p n_levels:n keep:n reading:p n_reading:n ranges:p part:i",
 )
 file_options = _options("FileOptions", "nulls:p n_nulls:n")
 run_options = _options(
@@ -145,6 +159,9 @@ score_options = _options("ScoreOptions", "predicted:s probabilities:s explain:n"
 export_options = _options("ExportOptions", "format:s table:s")
 
 ProgressListener = ctypes.CFUNCTYPE(None, ctypes.c_void_p, ctypes.c_char_p)
+PartPass = ctypes.CFUNCTYPE(
+    ctypes.c_int, ctypes.c_void_p, ctypes.c_int32, ctypes.c_void_p, ctypes.c_size_t, ctypes.c_void_p
+)
 
 
 def texts(values: Iterable[str]) -> tuple[Any, int]:
