@@ -21,6 +21,10 @@
 #   make browser  reports in a real browser: sets up Chromium and its driver, and runs their tests
 #   make browser-tools  set up Chromium and its driver alone: `make test` then runs the tests of reports as well
 #   make models  set up the readers of exported models that the tests run: evaluators, runtimes, databases
+#   make spark   tables in parts on Spark and Dask: sets them up (with Java), and runs their tests
+#   make spark-tools  only sets them up: `make test` then runs these tests too
+#   make spark-long  the same at 20,000,000 rows, which takes minutes
+#   make compare-spark  rows a second on Spark and Dask, beside one machine and Spark's own library
 #   make databases  set up drivers of databases, for the tests (PostgreSQL where its server is there)
 #   make wheel   the Python package for every CPython from 3.10, in build/wheels
 #   make check-wheel  install it into clean environments of every CPython found, and run its tests there
@@ -32,6 +36,7 @@
 #   make clean   removes everything that was built
 .PHONY: demo test program build bench bench-growth bench-plot bench-end bench-peers compare check-exact
 .PHONY: asan tsan fuzz damage faults kills package check-package browser browser-tools models databases wheel check-wheel
+.PHONY: spark spark-tools spark-long compare-spark
 .PHONY: python-library test-python-long docs compare-sklearn tidy format clean
 
 demo: program
@@ -114,6 +119,19 @@ models:
 	python3 -m venv .venv-models
 	.venv-models/bin/python3 -m pip install --quiet -r scripts/requirements-models.txt
 	.venv-models/bin/python3 -m pip install --quiet --no-deps jpmml_evaluator==0.16.0
+
+spark-tools:
+	@scripts/setup --spark
+
+spark: python-library spark-tools
+	tests/engines/run build/release/lib
+
+spark-long: python-library spark-tools
+	tests/engines/run build/release/lib -m long
+
+compare-spark: python-library spark-tools
+	PREDSELECT_LIBRARY_DIR=$(CURDIR)/build/release/lib PYTHONPATH=$(CURDIR)/python/src \
+	  .venv-spark/bin/python3 python/compare/compare_spark.py
 
 databases:
 	@scripts/setup

@@ -42,17 +42,11 @@ bool Read(ComponentFile& file, const std::string& key = {}) {
   return ReadComponentFile(FilePath(), file, nullptr, key).empty();
 }
 
-std::string Write(const ComponentFile& file, const StateWriting& how) {
-  if (file.fpNaive != nullptr) return WriteComponentFile(FilePath(), how, *file.fpNaive);
-  return WriteComponentFile(FilePath(), how, *file.fpFeature,
-                            file.fDictionary ? &*file.fDictionary : nullptr);
-}
-
 void CheckUse(const ComponentFile& file) {
   const std::string key = "0123456789abcdef";
   const std::uint64_t digest = DigestOf(file);
   for (const bool xml : {false, true}) {
-    const std::string trouble = Write(file, {xml, key});
+    const std::string trouble = WriteComponentFile(FilePath(), {xml, key}, file);
     if (xml && !trouble.empty()) continue;  // it has no place for some characters
     ComponentFile again;
     Require(trouble.empty() && Read(again, key), "what was read can be saved and read", trouble);

@@ -38,6 +38,7 @@ constexpr const char* kFeature = "FSAlgorithm";
 constexpr const char* kNaive = "NBAlgorithm";
 constexpr const char* kRanges = "TableRanges 1.00";
 constexpr const char* kRangesTag = "PSRANGES";
+constexpr const char* kPart = "NBPartModel 1.00";
 constexpr const char* kDamaged =
     "the file is damaged, cut short, or was written by a version with another form; save it again";
 
@@ -66,6 +67,31 @@ std::string WriteFile(const std::string& path, const StateWriting& how,
   if (file) file.close();
   if (file) return "";
   return errno == 0 ? "the file could not be written" : SystemError();
+}
+
+// An object that is a plain value, in either form.
+template <class Value>
+std::string WriteValue(const std::string& path, const StateWriting& how, const Value& value) {
+  if (!how.fbXML) {
+    return WriteFile<std::fstream>(path, how, [&](std::fstream& os) {
+      value.WriteObject(os);
+      return "";
+    });
+  }
+  return WriteFile<std::ofstream>(path, how, [&](std::ofstream& os) -> std::string {
+    try {
+      std::ostringstream document;
+      MCCommonXML::ExportFormat(
+          document, MCCommonXML::XMLDocType::Create("MCXMLRoot", "savexml.dtd", nullptr));
+      MCCommonXML::StartRoot(document, MCModelFiles::Copyright());
+      value.WriteObjectXML(document, 2);
+      MCCommonXML::EndRoot(document);
+      os << document.str();
+      return "";
+    } catch (const MCCommonXML::XMLError& error) {
+      return error.what();
+    }
+  });
 }
 
 std::string WriteBinary(std::fstream& os, const IFSAlgorithm& component,
@@ -120,6 +146,12 @@ std::string ReadBinary(std::fstream& is, ComponentFile& file) {
     file.fRanges->ReadObject(is);
     return IsAtEnd(is) ? "" : kDamaged;
   }
+  if (StartsWith(is, kPart)) {
+    file.fpPart = std::make_unique<NBPartModel>();
+    file.fpPart->ReadObject(is);
+    file.fpNaive = file.fpPart->Build();
+    return IsAtEnd(is) ? "" : kDamaged;
+  }
   if (StartsWith(is, kDictionaryTag)) {
     file.fDictionary.emplace();
     file.fDictionary->ReadObject(is);
@@ -140,6 +172,12 @@ std::string ReadXML(std::ifstream& is, ComponentFile& file) {
   if (name == kRanges) {
     file.fRanges.emplace();
     file.fRanges->ReadObjectXML(is);
+    return MCCommonXML::ParseEndRoot(is) ? "" : kDamaged;
+  }
+  if (name == kPart) {
+    file.fpPart = std::make_unique<NBPartModel>();
+    file.fpPart->ReadObjectXML(is);
+    file.fpNaive = file.fpPart->Build();
     return MCCommonXML::ParseEndRoot(is) ? "" : kDamaged;
   }
   if (name == kDictionary) {
@@ -259,26 +297,21 @@ std::string WriteComponentFile(const std::string& path, const StateWriting& how,
 
 std::string WriteComponentFile(const std::string& path, const StateWriting& how,
                                const TableRanges& ranges) {
-  if (!how.fbXML) {
-    return WriteFile<std::fstream>(path, how, [&](std::fstream& os) {
-      ranges.WriteObject(os);
-      return "";
-    });
-  }
-  return WriteFile<std::ofstream>(path, how, [&](std::ofstream& os) -> std::string {
-    try {
-      std::ostringstream document;
-      MCCommonXML::ExportFormat(
-          document, MCCommonXML::XMLDocType::Create("MCXMLRoot", "savexml.dtd", nullptr));
-      MCCommonXML::StartRoot(document, MCModelFiles::Copyright());
-      ranges.WriteObjectXML(document, 2);
-      MCCommonXML::EndRoot(document);
-      os << document.str();
-      return "";
-    } catch (const MCCommonXML::XMLError& error) {
-      return error.what();
-    }
-  });
+  return WriteValue(path, how, ranges);
+}
+
+std::string WriteComponentFile(const std::string& path, const StateWriting& how,
+                               const NBPartModel& part) {
+  return WriteValue(path, how, part);
+}
+
+std::string WriteComponentFile(const std::string& path, const StateWriting& how,
+                               const ComponentFile& file) {
+  if (file.fRanges) return WriteValue(path, how, *file.fRanges);
+  if (file.fpPart != nullptr) return WriteValue(path, how, *file.fpPart);
+  if (file.fpNaive != nullptr) return WriteComponentFile(path, how, *file.fpNaive);
+  return WriteComponentFile(path, how, *file.fpFeature,
+                            file.fDictionary ? &*file.fDictionary : nullptr);
 }
 
 std::string ReadComponentFile(const std::string& path, ComponentFile& file, std::string* place,
@@ -332,6 +365,8 @@ std::uint64_t DigestOf(const ComponentFile& file) {
   static_cast<std::ios&>(bytes).rdbuf(&buffer);
   if (file.fRanges) {
     file.fRanges->WriteObject(bytes);
+  } else if (file.fpPart != nullptr) {
+    file.fpPart->WriteObject(bytes);
   } else if (file.fpNaive != nullptr) {
     (void)file.fpNaive->SaveState(bytes);
   } else {

@@ -42,6 +42,7 @@ struct NBPartSource {
   int fNRecords = 0;
   MCCommon::MultiPassRecordIter* fpTest = nullptr;
   bool fbSelecting = true;  // candidates are counted, too
+  bool fbKept = true;       // as codes
 };
 
 class INBAlgorithm {
@@ -162,9 +163,10 @@ class INBAlgorithm {
   // BuildModel of records that lie in parts.
   virtual MCNaive::MCStatus BuildModelInParts(INBParts& parts) = 0;
 
-  // The part's side of that, and of SelectAttributes with parts: counts at most nRecords valid records
-  // of every candidate, and keeps them, and the test records unless that is null, as codes. No record
-  // is no error. The component is then to count no more. Errors: 1 cancelled, 70004, 70010, 70012.
+  // The part's side of that, and of SelectAttributes with parts: counts at most nRecords valid
+  // records of every candidate, and, where they are to be kept, makes codes of them and of the test
+  // records, if there are any. No record is no error. The component is then to count no more, but
+  // may build of counts. Errors: 1 cancelled, 70004, 70010, 70012.
   virtual MCNaive::MCStatus CountPart(const NBPartSource& source, NBPartCounts& counts,
                                       std::unique_ptr<NBPartCodes>& codes) = 0;
 

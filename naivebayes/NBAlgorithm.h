@@ -148,6 +148,9 @@ class NBAlgorithm : public INBAlgorithm {
   MCNaive::MCStatus DoBuildInParts(INBParts& parts);
   MCNaive::MCStatus DoCountPart(const NBPartSource& source, NBPartCounts& counts,
                                 std::unique_ptr<NBPartCodes>& codes);
+  MCNaive::MCStatus CountRecords(NBCodeSource& records);
+  MCNaive::MCStatus CountOnly(const NBPartSource& source);
+  MCNaive::MCStatus CountAndKeep(const NBPartSource& source, std::unique_ptr<NBPartCodes>& codes);
   NBPartCounts PartCounts() const;
   void SelectInParts(const NBSelectionRequest& request, NBSelectionResult& result);
   // What the selector has chosen: the model of it.

@@ -13,6 +13,7 @@
 #include "naivebayes/parts/NBPartClassified.h"
 #include "naivebayes/parts/NBPartCodes.h"
 #include "naivebayes/parts/NBPartsOfSelection.h"
+#include "naivebayes/store/NBInternalAdapter.h"
 #include "naivebayes/store/NBMemoryStore.h"
 
 using MCNaive::MCStatus;
@@ -22,6 +23,11 @@ namespace {
 // More records than an int counts are as many as it can.
 int Clamped(std::int64_t records) {
   return static_cast<int>(std::min<std::int64_t>(records, std::numeric_limits<int>::max()));
+}
+
+// No record is no error here.
+MCStatus UnlessNone(const MCStatus& status) {
+  return status.GetErrorCode() == MCNaive::kNoRecordsFound ? MCStatus() : status;
 }
 
 }  // namespace
@@ -54,37 +60,51 @@ MCStatus NBAlgorithm::DoCountPart(const NBPartSource& source, NBPartCounts& coun
   fbBuilt = false;
   Prepare(source.fbSelecting, source.fNRecords);
   ResetAllCounts(true);
-  const bool hasWeight = fVarList.GetWeightIndex() >= 0;
-  codes =
-      std::make_unique<NBPartCodes>(fOutput.GetNCategories(), PartCounts().fCategories, hasWeight);
-  // No record is no error here.
-  const auto isError = [](const MCStatus& status) {
-    return status.IsError() && status.GetErrorCode() != MCNaive::kNoRecordsFound;
-  };
-  NBStored stored;
-  const MCStatus loaded =
-      fpPreparator->ProcessSource(source.fData, {source.fNRecords, true, {}}, stored);
-  fExcluded = stored.fExcluded;
-  if (isError(loaded)) return Raise(loaded);
-  NBTrainingPass pass(fSettings, fCancel, fWorkers, true);
-  const MCStatus counted = pass.Run(*stored.fpStore, hasWeight, fOutput, fInputs);
-  if (isError(counted)) return Raise(counted);
-  fNRecords = pass.GetCount();
-  fTotalWeight = pass.GetWeight();
-  if (!stored.fpStore->NewPass() || !codes->Add(*stored.fpStore, false)) {
-    return Raise(MCNaive::Error(MCNaive::kTemporaryFile));
-  }
-  stored = {};
-  if (source.fpTest != nullptr && source.fpTest->NewPass()) {
-    const MCStatus tested = fpPreparator->ProcessSource(
-        *source.fpTest, {std::numeric_limits<int>::max(), true, {}}, stored);
-    if (isError(tested)) return Raise(tested);
-    if (!codes->Add(*stored.fpStore, true)) return Raise(MCNaive::Error(MCNaive::kTemporaryFile));
-  }
+  const MCStatus counted = source.fbKept ? CountAndKeep(source, codes) : CountOnly(source);
+  if (counted.IsError()) return Raise(counted);
   counts = PartCounts();
-  counts.fNTest = codes->GetNTest();
+  if (codes != nullptr) counts.fNTest = codes->GetNTest();
   if (MustStop()) return fStatus;
   return {};
+}
+
+MCStatus NBAlgorithm::CountRecords(NBCodeSource& records) {
+  NBTrainingPass pass(fSettings, fCancel, fWorkers, true);
+  const MCStatus counted = pass.Run(records, fVarList.GetWeightIndex() >= 0, fOutput, fInputs);
+  fNRecords = pass.GetCount();
+  fTotalWeight = pass.GetWeight();
+  return UnlessNone(counted);
+}
+
+MCStatus NBAlgorithm::CountOnly(const NBPartSource& source) {
+  NBInternalAdapter adapter(source.fData, source.fNRecords, *fpPreparator);
+  const MCStatus counted = CountRecords(adapter);
+  if (!counted.IsError()) adapter.CountRest();
+  fExcluded = {adapter.GetExcludedCount(), adapter.GetWExcludedCount()};
+  // A failure of the source itself says more than what the count made of it.
+  return adapter.GetStatus().IsError() ? adapter.GetStatus() : counted;
+}
+
+MCStatus NBAlgorithm::CountAndKeep(const NBPartSource& source,
+                                   std::unique_ptr<NBPartCodes>& codes) {
+  codes = std::make_unique<NBPartCodes>(fOutput.GetNCategories(), PartCounts().fCategories,
+                                        fVarList.GetWeightIndex() >= 0);
+  NBStored stored;
+  const MCStatus loaded =
+      UnlessNone(fpPreparator->ProcessSource(source.fData, {source.fNRecords, true, {}}, stored));
+  fExcluded = stored.fExcluded;
+  if (loaded.IsError()) return loaded;
+  const MCStatus counted = CountRecords(*stored.fpStore);
+  if (counted.IsError()) return counted;
+  if (!stored.fpStore->NewPass() || !codes->Add(*stored.fpStore, false)) {
+    return MCNaive::Error(MCNaive::kTemporaryFile);
+  }
+  stored = {};
+  if (source.fpTest == nullptr || !source.fpTest->NewPass()) return {};
+  const MCStatus tested = UnlessNone(fpPreparator->ProcessSource(
+      *source.fpTest, {std::numeric_limits<int>::max(), true, {}}, stored));
+  if (tested.IsError()) return tested;
+  return codes->Add(*stored.fpStore, true) ? MCStatus() : MCNaive::Error(MCNaive::kTemporaryFile);
 }
 
 MCStatus NBAlgorithm::TakeCounts(const NBPartCounts& counts) {

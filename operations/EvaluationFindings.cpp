@@ -19,7 +19,7 @@ std::string EvaluationFindings(const TableEvaluation& evaluation, const INBVaria
                    {"categories", evaluation.fClasses},
                    {"counts", std::move(counts)}}},
                  {"confusion", evaluation.fFound.fConfusions},
-                 {"curves", CurveFindings(curves)}});
+                 {"curves", CurveFindings(curves, &evaluation.fFound)}});
 }
 
 }  // namespace PredSelect

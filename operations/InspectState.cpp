@@ -315,6 +315,16 @@ void ShowPriors(const INBAlgorithm& component) {
   table.Show();
 }
 
+void ShowPart(const NBPartModel& part) {
+  FactTable facts("Counts of Parts");
+  facts.Add("Parts", static_cast<double>(part.fParts.size()));
+  facts.Add("Cases", static_cast<double>(part.fCounts.fNCases));
+  facts.Add("Valid cases", static_cast<double>(part.fCounts.fNRecords));
+  facts.Add("Valid weight", part.fCounts.fWeight);
+  facts.Add("Predictors", static_cast<double>(part.fCounts.fInputs.size()));
+  facts.Show();
+}
+
 void ShowNaive(const INBAlgorithm& component) {
   ShowNaiveFacts(component);
   ShowNaiveVariables(component.GetVarList());
@@ -326,7 +336,9 @@ void ShowNaive(const INBAlgorithm& component) {
 void InspectState(ComponentFile& state, MCHost::OutputDocument& document,
                   const InspectRequest& request) {
   if (request.fbWeights && state.fpNaive == nullptr) {
-    throw RequestError("weights", "a ranking of predictors has no weights of evidence.");
+    throw RequestError("weights", state.fpFeature != nullptr
+                                      ? "a ranking of predictors has no weights of evidence."
+                                      : "there is no model here, and so no weights of evidence.");
   }
   MCHost::MemoryTable none;
   MCHost::Session session(none, document);
@@ -334,7 +346,9 @@ void InspectState(ComponentFile& state, MCHost::OutputDocument& document,
   RecordData(document, 0, 0);
   document.BeginRun("inspect").fbCompleted = true;
   if (state.fRanges) return ShowRanges(*state.fRanges);
-  state.fpNaive != nullptr ? ShowNaive(*state.fpNaive) : ShowFeature(state);
+  if (state.fpPart != nullptr) ShowPart(*state.fpPart);
+  if (state.fpNaive != nullptr) ShowNaive(*state.fpNaive);
+  if (state.fpFeature != nullptr) ShowFeature(state);
   if (request.fbWeights) ShowEvidence(*state.fpNaive);
   if (document.fbFindings) document.CurrentRun().fFindings = FindingsText(state);
 }

@@ -133,6 +133,12 @@ void AddNaive(ComponentFile& into, const ComponentFile& from, const std::string&
                        : "the models are of different variables");
 }
 
+void AddPart(ComponentFile& into, const ComponentFile& from, const std::string& name) {
+  const std::string why = into.fpPart->Add(*from.fpPart);
+  if (!why.empty()) Refuse(name, why);
+  into.fpNaive = into.fpPart->Build();
+}
+
 void AddRanges(TableRanges& into, const TableRanges& from, const std::string& name) {
   const std::string why = into.Merge(from);
   if (!why.empty()) Refuse(name, why);
@@ -152,6 +158,10 @@ void MergeStates(ComponentFile& into, const ComponentFile& from, const std::stri
     Refuse(name, "one file holds ranges, the other counts");
   }
   if (into.fRanges) return AddRanges(*into.fRanges, *from.fRanges, name);
+  if ((from.fpPart == nullptr) != (into.fpPart == nullptr)) {
+    Refuse(name, "one file holds counts of parts for a model, the other something else");
+  }
+  if (into.fpPart != nullptr) return AddPart(into, from, name);
   if ((from.fpNaive == nullptr) != (into.fpNaive == nullptr)) {
     Refuse(name, "one state is a ranking, the other a model");
   }

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "common/MCAssert.h"
+#include "common/evaluation/Evaluation.h"
 #include "common/evaluation/ScoreCurves.h"
 #include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/encoders/NBNumericUserMissing.h"
@@ -117,9 +118,30 @@ Json Target(const NBAlgorithm& model, const MCHost::ITable* table) {
           {"priors", model.GetOutput().GetPriors()}};
 }
 
+Json Areas(const MCCommon::Evaluation& evaluation, const MCCommon::ScoreCurves& curves) {
+  Json areas = Json::array();
+  for (int k = 0; k < curves.GetNCategories(); ++k) {
+    const double area = evaluation.fClasses[static_cast<std::size_t>(k)].fAUC.fValue;
+    areas.push_back(evaluation.fbAUCRounded ? Json(nullptr) : JsonNumber(area));
+  }
+  return areas;
+}
+
+// The evaluation is that of the test cases, where there are any.
+Json Samples(const PRSFindings& findings) {
+  const bool isTested = findings.fpTest != nullptr;
+  Json samples = Json::object();
+  if (findings.fpTraining != nullptr) {
+    samples["training"] =
+        CurveFindings(*findings.fpTraining, isTested ? nullptr : findings.fpEvaluation);
+  }
+  if (isTested) samples["test"] = CurveFindings(*findings.fpTest, findings.fpEvaluation);
+  return samples;
+}
+
 }  // namespace
 
-Json CurveFindings(const MCCommon::ScoreCurves& curves) {
+Json CurveFindings(const MCCommon::ScoreCurves& curves, const MCCommon::Evaluation* evaluation) {
   Json categories = Json::array();
   for (int k = 0; k < curves.GetNCategories(); ++k) {
     Json steps = Json::array();
@@ -131,7 +153,9 @@ Json CurveFindings(const MCCommon::ScoreCurves& curves) {
     }
     categories.push_back(std::move(steps));
   }
-  return {{"weight", curves.GetWeight()}, {"categories", std::move(categories)}};
+  Json findings = {{"weight", curves.GetWeight()}, {"categories", std::move(categories)}};
+  if (evaluation != nullptr) findings["areas"] = Areas(*evaluation, curves);
+  return findings;
 }
 
 Json ModelFindings(const PRSFindings& findings, const MCHost::ITable* table) {
@@ -159,10 +183,7 @@ Json ModelFindings(const PRSFindings& findings, const MCHost::ITable* table) {
                                 {"reason", predictor.fReason},
                                 {"threshold", JsonNumber(predictor.fThreshold)}});
   }
-  json["curves"] = Json::object();
-  if (findings.fpTraining != nullptr)
-    json["curves"]["training"] = CurveFindings(*findings.fpTraining);
-  if (findings.fpTest != nullptr) json["curves"]["test"] = CurveFindings(*findings.fpTest);
+  json["curves"] = Samples(findings);
   return json;
 }
 

@@ -170,9 +170,10 @@ void ShowCounts(const DataTable& table, const Predictions& predictions, const Sc
 
 const INBAlgorithm& ModelOf(const ComponentFile& state, const std::string& name) {
   if (state.fpNaive != nullptr) return *state.fpNaive;
-  throw RequestError("model",
-                     name + (state.fRanges ? " holds ranges" : " holds a ranking of predictors") +
-                         ", not a Naive Bayes model.");
+  const char* held = state.fRanges             ? "ranges"
+                     : state.fpPart != nullptr ? "counts of too few cases for a model"
+                                               : "a ranking of predictors";
+  throw RequestError("model", name + " holds " + held + ", not a Naive Bayes model.");
 }
 
 std::vector<std::string> CheckScoring(DataTable& table, const INBAlgorithm& model,

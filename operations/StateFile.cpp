@@ -12,13 +12,6 @@ namespace PredSelect {
 
 namespace {
 
-std::string Write(const ComponentFile& state, const std::string& path, const StateWriting& how) {
-  if (state.fRanges) return WriteComponentFile(path, how, *state.fRanges);
-  if (state.fpNaive != nullptr) return WriteComponentFile(path, how, *state.fpNaive);
-  return WriteComponentFile(path, how, *state.fpFeature,
-                            state.fDictionary ? &*state.fDictionary : nullptr);
-}
-
 // Where another kind of file was taken for a state.
 std::string Remedy(const std::string& path) {
   std::error_code error;
@@ -32,7 +25,8 @@ std::string Remedy(const std::string& path) {
            "written of the model";
   }
   const bool isState = start.empty() || start.find("Algorithm") != std::string::npos ||
-                       start.find("Ranges") != std::string::npos;
+                       start.find("Ranges") != std::string::npos ||
+                       start.find("NBPartModel") != std::string::npos;
   return isState ? "" : "; --save-model and --save-state write such files";
 }
 
@@ -50,7 +44,7 @@ ComponentFile LoadState(const std::string& path, const std::string& key) {
 
 void SaveState(const ComponentFile& state, const std::string& path, const std::string& key) {
   MCHost::WriteWhole(path, [&](const std::string& temporary) {
-    return Write(state, temporary, {IsXMLStateName(path), key});
+    return WriteComponentFile(temporary, {IsXMLStateName(path), key}, state);
   });
 }
 

@@ -132,6 +132,7 @@ def check_files(folder: Path) -> None:
         str(folder / "whole.bin"))
     same(*(json.loads(run("inspect", str(folder / name), "--format", "json"))["runs"]
            for name in ("all.bin", "whole.bin")))
+    check_model_files(folder, parts, merged[0])
     for wrong, told in (([str(parts[0]), "--using", states[0]], "holds no ranges"),
                         ([str(parts[0]), "--using", merged[0], "--level", "age=nominal"], "--level"),
                         ([str(parts[0]), "--using", merged[0], "--part", "7"], "knows no part 7"),
@@ -144,6 +145,27 @@ def check_files(folder: Path) -> None:
     damaged[len(damaged) // 2] ^= 0x55
     Path(ranges[4]).write_bytes(damaged[:-9])
     assert "ranges4.bin" in run("merge", *ranges, "-o", str(folder / "no.bin"), code=3)
+
+
+def check_model_files(folder: Path, parts: list[Path], ranges: str) -> None:
+    """Counts of parts, merged in a tree, score as the model of the whole."""
+    command = "NAIVEBAYES income /SUBSET NOSELECTION /TRAININGSAMPLE PERCENT=60."
+    states = [str(folder / f"model{i}.bin") for i in range(len(parts))]
+    for i, part in enumerate(parts):
+        subprocess.run([PROGRAM, "run", str(part), "--using", ranges, "--part", str(i), "-c", command,
+                        "--save-state", states[i], "--quiet"], capture_output=True, check=False)
+    whole, tree, left, right = (str(folder / f"{name}.bin") for name in ("w", "t", "l", "r"))
+    run("merge", *states[:3], "-o", left)
+    run("merge", *states[3:], "-o", right)
+    run("merge", right, left, "-o", tree)
+    run("run", str(folder / "parts"), "--missing", "hours=-1", "-c", command, "--save-state", whole)
+    scores = []
+    for model in (tree, whole):
+        out = folder / f"{Path(model).stem}.csv"
+        run("score", "--model", model, "--data", str(folder / "parts"), "--save-data", str(out))
+        scores.append(out.read_bytes())
+    assert scores[0] == scores[1]
+    assert "part 2 is there already" in run("merge", tree, states[2], "-o", str(folder / "no.bin"), code=2)
 
 
 def main() -> None:

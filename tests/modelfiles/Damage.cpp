@@ -113,11 +113,7 @@ std::string Unsealed(const std::string& bytes, bool xml) {
 
 // Whether a component that was read can be saved, and reads as the same.
 bool IsUsable(const ComponentFile& file, const std::string& path, bool xml) {
-  const StateWriting how{xml};
-  const std::string trouble =
-      file.fpNaive != nullptr ? WriteComponentFile(path, how, *file.fpNaive)
-                              : WriteComponentFile(path, how, *file.fpFeature,
-                                                   file.fDictionary ? &*file.fDictionary : nullptr);
+  const std::string trouble = WriteComponentFile(path, {xml}, file);
   ComponentFile again;
   return trouble.empty() && ReadComponentFile(path, again).empty() &&
          DigestOf(again) == DigestOf(file);

@@ -4,140 +4,29 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
-#include <cmath>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <map>
 #include <memory>
-#include <numeric>
-#include <random>
 
 #include "common/parts/PartRequest.h"
 #include "common/parts/Piece.h"
 #include "common/state/StateBytes.h"
-#include "host/data/MemoryTable.h"
 #include "host/data/PartsTable.h"
 #include "host/data/WholeTable.h"
-#include "host/output/OutputDocument.h"
 #include "host/output/ShowText.h"
 #include "host/session/HostIOError.h"
 #include "operations/FindRanges.h"
-#include "operations/InspectState.h"
-#include "operations/MergeStates.h"
 #include "operations/PartPasses.h"
 #include "operations/RequestError.h"
 #include "operations/RunCommands.h"
-#include "operations/StateFile.h"
-#include "operations/TableOptions.h"
+#include "tests/operations/PartTables.h"
 
 namespace {
 
 using namespace PredSelect;
-using MCHost::MemoryTable;
+using namespace MCTest;
 using testing::HasSubstr;
-
-constexpr int kRows = 900;
-
-// Cells of a table of people, made by a formula; some are missing, some user-missing.
-class People {
- public:
-  explicit People(unsigned seed = 7) : fRandom(seed) {
-    for (int i = 0; i < kRows; ++i) AddRow(i);
-  }
-
-  // The rows from `first` up to `end`.
-  std::unique_ptr<MemoryTable> Table(int first, int end) const {
-    auto table = std::make_unique<MemoryTable>();
-    for (const auto& [name, cells] : fTexts) table->AddStrings(name, Slice(cells, first, end));
-    for (const auto& [name, cells] : fNumbers) table->AddNumbers(name, Slice(cells, first, end));
-    return table;
-  }
-  // As many rows in which everything is missing.
-  std::unique_ptr<MemoryTable> Missing(int rows) const {
-    auto table = std::make_unique<MemoryTable>();
-    const auto n = static_cast<std::size_t>(rows);
-    for (const auto& each : fTexts) {
-      table->AddStrings(each.first, std::vector<std::optional<std::string>>(n));
-    }
-    for (const auto& each : fNumbers) {
-      table->AddNumbers(each.first, std::vector<double>(n, MCMV::gMissingValue));
-    }
-    return table;
-  }
-
- private:
-  double Draw() { return std::uniform_real_distribution<double>(0, 1)(fRandom); }
-  template <class T>
-  static std::vector<T> Slice(const std::vector<T>& cells, int first, int end) {
-    return {cells.begin() + first, cells.begin() + end};
-  }
-  std::optional<std::string> Word(std::initializer_list<const char*> words, double at) {
-    if (Draw() < 0.04) return {};
-    return *(words.begin() + static_cast<int>(at * static_cast<double>(words.size())) %
-                                 static_cast<int>(words.size()));
-  }
-  double Number(double value) { return Draw() < 0.05 ? MCMV::gMissingValue : value; }
-
-  void AddRow(int i) {
-    const double u = Draw(), v = Draw(), w = Draw();
-    const int income = static_cast<int>(3 * std::min(0.999, 0.7 * u + 0.3 * Draw()));
-    constexpr const char* kIncomes[] = {"low", "middle", "high"};
-    fTexts["income"].push_back(kIncomes[income]);
-    if (Draw() < 0.03) fTexts["income"].back().reset();
-    fTexts["home"].push_back(Word({"own", "rent", "shared", "other"}, 0.5 * u + 0.5 * v));
-    fTexts["town"].push_back(Word({"a", "b", "c", "d", "e", "f", "g"}, w));
-    fNumbers["age"].push_back(Number(std::floor(18 + 60 * (0.6 * u + 0.4 * w))));
-    fNumbers["hours"].push_back(Draw() < 0.1 ? 99 : Number(20 + 30 * v + 10 * income));
-    fNumbers["rooms"].push_back(Number(std::floor(1 + 6 * (0.4 * u + 0.6 * v))));
-    fNumbers["noise"].push_back(w - 0.5);
-    // Constant for long, so in whole parts.
-    fNumbers["late"].push_back(i < 600 ? 2.5 : Draw());
-    fNumbers["times"].push_back(std::floor(4 * Draw()));
-    fNumbers["train"].push_back(Draw() < 0.7 ? 1 : 0);
-  }
-
-  std::mt19937 fRandom;
-  std::map<std::string, std::vector<std::optional<std::string>>> fTexts;
-  std::map<std::string, std::vector<double>> fNumbers;
-};
-
-TableOptions Said(bool weighted) {
-  TableOptions said;
-  said.fMissing = {{"hours", {"99"}}};
-  if (weighted) said.fWeight = "times";
-  return said;
-}
-
-using Parts = std::vector<std::shared_ptr<MemoryTable>>;
-
-// Seven parts, one without a row, one where all is missing, and the whole that they make.
-Parts SevenParts(const People& people) {
-  Parts parts;
-  constexpr int kBounds[] = {0, 150, 150, 151, 400, 700, kRows};
-  for (int i = 0; i < 6; ++i) parts.push_back(people.Table(kBounds[i], kBounds[i + 1]));
-  parts.push_back(people.Missing(20));
-  return parts;
-}
-
-std::string Merge(const std::vector<std::string>& pieces) {
-  std::vector<NamedPiece> named;
-  for (std::size_t i = 0; i < pieces.size(); ++i) {
-    named.push_back({pieces[i], "piece " + std::to_string(i)});
-  }
-  return MergePieces(named);
-}
-
-std::string RangesOf(const Parts& parts, bool weighted, std::vector<std::string>* each = nullptr) {
-  std::vector<std::string> ranges;
-  for (std::size_t i = 0; i < parts.size(); ++i) {
-    PrepareTable(*parts[i], Said(weighted));
-    const TableRanges found = FindRanges(*parts[i], static_cast<std::int64_t>(i), {});
-    ranges.push_back(Piece{Piece::kRanges, 0, StateBytes::Of(found)}.Bytes());
-  }
-  if (each != nullptr) *each = ranges;
-  return Merge(ranges);
-}
 
 // Reaches the parts in this process, and merges in a tree or a row. May spoil one answer.
 class HerePasses : public MCHost::IPartPasses {
@@ -191,53 +80,6 @@ std::string ReadModel(const std::string& path) {
   return model.erase(time, model.find("</Timestamp>") - time);
 }
 
-std::string TextOf(const decltype(MCHost::OutputCell::fValue)& value) {
-  const auto* text = std::get_if<MCHost::OutputText>(&value);
-  return text == nullptr ? "" : MCHost::ShowText(*text);
-}
-
-std::string MessagesOf(const MCHost::OutputDocument& document) {
-  std::string messages;
-  for (const MCHost::OutputRun& run : document.GetRuns()) {
-    for (const MCHost::OutputMessage& message : run.fMessages) {
-      messages += MCHost::ShowText(message.fText) + "\n" + message.fDetail + "\n";
-    }
-  }
-  return messages;
-}
-
-// Messages and tables alike, numbers to 1e-12.
-void ExpectSame(const MCHost::OutputDocument& found, const MCHost::OutputDocument& expected) {
-  ASSERT_EQ(found.GetRuns().size(), expected.GetRuns().size());
-  for (std::size_t r = 0; r < found.GetRuns().size(); ++r) {
-    const MCHost::OutputRun& ours = found.GetRuns()[r];
-    const MCHost::OutputRun& theirs = expected.GetRuns()[r];
-    EXPECT_EQ(ours.fbCompleted, theirs.fbCompleted);
-    EXPECT_EQ(ours.fMacros, theirs.fMacros);
-    ASSERT_EQ(ours.fMessages.size(), theirs.fMessages.size());
-    for (std::size_t m = 0; m < ours.fMessages.size(); ++m) {
-      EXPECT_EQ(MCHost::ShowText(ours.fMessages[m].fText),
-                MCHost::ShowText(theirs.fMessages[m].fText));
-    }
-    ASSERT_EQ(ours.fTables.size(), theirs.fTables.size());
-    for (std::size_t t = 0; t < ours.fTables.size(); ++t) {
-      const auto& cells = ours.fTables[t].fCells;
-      const auto& others = theirs.fTables[t].fCells;
-      ASSERT_EQ(cells.size(), others.size()) << theirs.fTables[t].fSubtype;
-      for (std::size_t c = 0; c < cells.size(); ++c) {
-        const auto* number = std::get_if<double>(&others[c].fValue);
-        EXPECT_EQ(cells[c].fPlace, others[c].fPlace);
-        if (number == nullptr) {
-          EXPECT_EQ(TextOf(cells[c].fValue), TextOf(others[c].fValue));
-        } else {
-          EXPECT_NEAR(std::get<double>(cells[c].fValue), *number, 1e-12 * (1 + std::abs(*number)))
-              << theirs.fTables[t].fSubtype;
-        }
-      }
-    }
-  }
-}
-
 class PartRuns : public testing::Test {
  protected:
   PartRuns() { std::filesystem::create_directories(fFolder); }
@@ -272,33 +114,6 @@ class PartRuns : public testing::Test {
       commands.replace(at, 1, "/OUTFILE MODEL='" + fFolder + "/" + name + ".xml'");
     }
     return {.fCommands = commands, .fMemory = 100000};
-  }
-
-  static void Join(const People& people, MemoryTable& all) {
-    const std::unique_ptr<MemoryTable> rows = people.Table(0, kRows);
-    const std::unique_ptr<MemoryTable> missing = people.Missing(20);
-    for (int column = 0; column < rows->ColumnCount(); ++column) {
-      const KOVA_Variable& variable = rows->GetVariable(column);
-      std::vector<double> numbers;
-      std::vector<std::optional<std::string>> texts;
-      for (MemoryTable* table : {rows.get(), missing.get()}) {
-        const auto scan = table->Scan({column});
-        while (const MCHost::TableBatch* batch = scan->Next()) {
-          const MCHost::ColumnView& cells = batch->fColumns[0];
-          for (std::size_t i = 0; i < batch->fNCases; ++i) {
-            if (variable.IsNumeric()) {
-              numbers.push_back(cells.fpNumbers[i]);
-            } else if (cells.fpCodes[i] < 0) {
-              texts.emplace_back();
-            } else {
-              texts.emplace_back(cells.fpDictionary->At(cells.fpCodes[i]));
-            }
-          }
-        }
-      }
-      variable.IsNumeric() ? all.AddNumbers(variable.GetName(), numbers)
-                           : all.AddStrings(variable.GetName(), texts);
-    }
   }
 
   std::string fFolder = testing::TempDir() + "parts" + std::to_string(getpid());
@@ -460,68 +275,6 @@ TEST_F(PartRuns, APartOfOtherDataIsRefused) {
   const std::unique_ptr<MemoryTable> beyond = People(99).Table(0, 800);
   EXPECT_THAT(refusal(*beyond), HasSubstr("values here that the ranges do not know"));
   EXPECT_EQ(refusal(*fewer), "nothing");
-}
-
-// State files of parts, as the command line makes them: the empty one leaves its own.
-TEST_F(PartRuns, StatesOfAllPartsMergeToThatOfTheWhole) {
-  const People people;
-  constexpr const char* kCommand = "SELECTPRED income /SCREENING STATUS=OFF.";
-  const Parts parts = SevenParts(people);
-  const std::string ranges = RangesOf(parts, false);
-  const std::string path = fFolder + "/state.bin";
-  std::optional<ComponentFile> merged;
-  for (std::size_t i = 0; i < parts.size(); ++i) {
-    TableOptions said;
-    said.fpWhole = WholeOf(ranges, static_cast<std::int64_t>(i));
-    PrepareTable(*parts[i], said);
-    MCHost::OutputDocument document;
-    std::filesystem::remove(path);
-    (void)RunCommands(*parts[i], document, {.fCommands = kCommand, .fStatePath = path}, {});
-    ASSERT_TRUE(std::filesystem::exists(path)) << i;
-    ComponentFile state = LoadState(path);
-    if (merged) {
-      MergeStates(*merged, state, path);
-    } else {
-      merged = std::move(state);
-    }
-  }
-  MemoryTable all;
-  Join(people, all);
-  PrepareTable(all, Said(false));
-  MCHost::OutputDocument document, ours, theirs;
-  EXPECT_EQ(RunCommands(all, document, {.fCommands = kCommand, .fStatePath = path}, {}),
-            Outcome::kCompleted);
-  ComponentFile whole = LoadState(path);
-  InspectState(*merged, ours);
-  InspectState(whole, theirs);
-  ExpectSame(ours, theirs);
-}
-
-// Two parts without a valid case are no reason to refuse one another.
-TEST_F(PartRuns, EmptyStatesMergeToo) {
-  const People people;
-  const std::string path = fFolder + "/empty.bin";
-  std::optional<ComponentFile> merged;
-  for (const int rows : {20, 0, 10}) {
-    const std::unique_ptr<MemoryTable> table = people.Missing(rows);
-    PrepareTable(*table, {});
-    MCHost::OutputDocument document;
-    EXPECT_EQ(
-        RunCommands(*table, document,
-                    {.fCommands = "SELECTPRED income BY home WITH age.", .fStatePath = path}, {}),
-        Outcome::kCommandError);
-    ComponentFile state = LoadState(path);
-    if (merged) {
-      MergeStates(*merged, state, path);
-    } else {
-      merged = std::move(state);
-    }
-  }
-  double weights[2];
-  int valid = -1, excluded = -1;
-  merged->fpFeature->GetNValidNExcluded(weights[0], weights[1], valid, excluded);
-  EXPECT_EQ(valid, 0);
-  EXPECT_EQ(excluded, 30);
 }
 
 }  // namespace

@@ -62,6 +62,12 @@ bool PRSSaveState(const INBAlgorithm& component) {
   });
 }
 
+bool PRSSaveState(const NBPartModel& part) {
+  return SaveState([&](const std::string& path, const StateWriting& how) {
+    return WriteComponentFile(path, how, part);
+  });
+}
+
 bool PRSWriteResult(const std::string& name, const std::function<bool(std::ostream&)>& write) {
   std::ostringstream document;
   const bool isThere = write(document);

@@ -10,6 +10,7 @@
 
 class IFSAlgorithm;
 class INBAlgorithm;
+struct NBPartModel;
 struct StateDictionary;
 namespace MCHost {
 class HostIOError;
@@ -32,6 +33,7 @@ bool PRSIsModelWanted();
 // The state, where the session wants it. REQUIRES: PRSIsStateWanted().
 bool PRSSaveState(const IFSAlgorithm& component, const StateDictionary& dictionary);
 bool PRSSaveState(const INBAlgorithm& component);
+bool PRSSaveState(const NBPartModel& part);
 
 // A result document of that name behind the session's prefix; `write` gives its text and says
 // whether there is one. REQUIRES: PRSAreResultsWanted().

@@ -48,7 +48,7 @@ PRSMultiFactory::PRSMultiFactory(PRSValidSpecs* specs, ProcedureDataSource& sour
   fpTrainRecIter->Start();
   // A part may have none.
   const bool isEmpty = fpTrainRecIter->GetFailReason() == MCCommon::RecordIterator::kNoRecords;
-  if (isEmpty && !fPartRequest) {
+  if (isEmpty && !fPartRequest && !fModel.IsPartSaved()) {
     (void)fRun.Fail(MCNaive::kDataUnusable);
     fRun.AdapterMessages().NoValidCases(WhyNoCase());
   }
@@ -77,6 +77,9 @@ bool PRSMultiFactory::CheckParts() {
   const auto calibration = MCHost::CurrentSession().Calibration().fMethod;
   if (fParts.AreThere() && calibration != MCHost::CalibrationWish::kNone) {
     trouble = "Not calibrated over parts...";
+  }
+  if (fModel.IsPartSaved() && specs.GetScreenStatusOn()) {
+    trouble = "A part is not screened alone...";
   }
   if (trouble == nullptr) return true;
   MCHost::RaiseMessage(MCHost::OutputMessage::kError, trouble);
@@ -112,6 +115,7 @@ bool PRSMultiFactory::LookAtParts() {
   }
   fpParts = std::make_unique<PRSMultiParts>(fRun, fScreening.Outcome());
   fRun.AdapterMessages().WeightsLost(fRun.Adapter().GetLostWeights());
+  fSpecs.TakeMemoryFor(GetNTrainRecords());  // which the model's file has among its settings
   return true;
 }
 
@@ -171,7 +175,7 @@ void PRSMultiFactory::AnswerClassify(const std::string& model) {
 bool PRSMultiFactory::PreliminaryDataPass() {
   if (fRun.GetStatus().IsError()) return false;
   if (fParts.AreThere()) return fModel.OpenModelFile() && LookAtParts();
-  if (fpTrainRecIter->GetState() == MCCommon::RecordIterator::kNoRecords) {
+  if (!fModel.IsPartSaved() && fpTrainRecIter->GetState() == MCCommon::RecordIterator::kNoRecords) {
     fRun.AdapterMessages().NoValidCases(WhyNoCase());
     return fRun.Fail(MCNaive::kDataUnusable);
   }
@@ -205,10 +209,18 @@ void PRSMultiFactory::WarnOfSimulation() const {
        Plain(fSpecs.GetMemoryToHold(GetNTrainRecords()))});
 }
 
+bool PRSMultiFactory::BuildOfPart() {
+  if (fModel.BuildOfPart(*fpTrainRecIter)) return true;
+  if (GetNTrainRecords() > 0 || fRun.GetStatus().IsError()) return false;
+  fRun.AdapterMessages().NoValidCases(WhyNoCase());
+  return fRun.Fail(MCNaive::kDataUnusable);
+}
+
 bool PRSMultiFactory::BuildModel() {
   if (fpParts != nullptr) return fModel.BuildInParts(*fpParts);
   const bool hasPredictors = fMetaData.GetNUniquePreds() > 0 || fMetaData.GetNForcePreds() > 0;
   if (hasPredictors && !fpTrainRecIter->NewPass()) return fRun.IsPassComplete(*fpTrainRecIter);
+  if (fModel.IsPartSaved()) return BuildOfPart();
   WarnOfSimulation();
   if (!fModel.Build(*fpTrainRecIter, fpTestRecIter.get())) return false;
   fpTrainRecIter.reset();
@@ -254,6 +266,7 @@ void PRSMultiFactory::HandOverFindings(const PRSMultiScoring& scoring) const {
   findings.fpNaive = fModel.GetINBAlgorithm();
   findings.fpTraining = scoring.GetCurves(true);
   findings.fpTest = scoring.GetCurves(false);
+  findings.fpEvaluation = fEvaluation ? &*fEvaluation : nullptr;
   if (fRun.IsSelecting()) {
     findings.fpSelection = &fModel.GetSelection();
     findings.fNForced = static_cast<int>(fModel.GetForcedInputs().size());

@@ -97,6 +97,7 @@ class PRSMultiFactory {
   bool LookAtParts();
   // The model, and the classification table, over parts or over the cases that are here.
   bool BuildModel();
+  bool BuildOfPart();
   bool Classify(PRSMultiScoring& scoring);
   // What a part answers; nothing after an error, which was said.
   void AnswerLook();

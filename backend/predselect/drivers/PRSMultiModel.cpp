@@ -29,9 +29,11 @@
 #include "host/session/ISession.h"
 #include "host/session/OutputFile.h"
 #include "host/session/SessionScope.h"
+#include "modelfiles/NBPartModel.h"
 #include "naivebayes/INBAlgorithm.h"
 #include "naivebayes/NBFactory.h"
 #include "naivebayes/NaiveBayesSettings.h"
+#include "naivebayes/parts/NBCountsAlone.h"
 #include "naivebayes/parts/NBPartCodes.h"
 #include "naivebayes/variables/NBVarList.h"
 
@@ -122,14 +124,41 @@ bool PRSMultiModel::BuildInParts(PRSMultiParts& parts) {
 
 bool PRSMultiModel::CountPart(NaiveDataSourceIter& train, NaiveDataSourceIter* test,
                               NBPartCounts& counts, std::unique_ptr<NBPartCodes>& codes) {
-  if (!CreateEngine()) return false;
-  fRun.SetStatus(fpNBAlgorithm->CountPart(
-      {train, fRun.Adapter().GetRecordCount(), test, fRun.IsSelecting()}, counts, codes));
+  const NBPartSource source = {train, fRun.Adapter().GetRecordCount(), test, fRun.IsSelecting()};
+  if (!CreateEngine() || !Count(source, train, counts, codes)) return false;
+  return test == nullptr || fRun.IsPassComplete(*test);
+}
+
+bool PRSMultiModel::Count(const NBPartSource& source, NaiveDataSourceIter& train,
+                          NBPartCounts& counts, std::unique_ptr<NBPartCodes>& codes) {
+  fRun.SetStatus(fpNBAlgorithm->CountPart(source, counts, codes));
   counts.fNCases = train.GetNCases();
   if (!fRun.IsPassComplete(train)) return false;
-  if (test != nullptr && !fRun.IsPassComplete(*test)) return false;
   if (fRun.GetStatus().IsError()) fRun.DisplayMessage(fRun.GetStatus());
   return !fRun.GetStatus().IsError();
+}
+
+bool PRSMultiModel::IsPartSaved() const {
+  const MCHost::WholeTable* whole = fRun.Source().Table().Whole();
+  return whole != nullptr && whole->fpPasses == nullptr && PRSIsStateWanted() &&
+         !fRun.IsSelecting();
+}
+
+bool PRSMultiModel::BuildOfPart(NaiveDataSourceIter& train) {
+  if (!CreateEngine()) return false;
+  const MCHost::WholeTable& whole = *fRun.Source().Table().Whole();
+  NBPartModel part{
+      whole.fRanges.Digest(), {}, fpNBAlgorithm->GetSettings(), fpNBAlgorithm->GetVarList(), {}};
+  if (whole.fPart >= 0) part.fParts.push_back(whole.fPart);
+  std::unique_ptr<NBPartCodes> none;
+  const NBPartSource source = {train, fRun.Adapter().GetRecordCount(), nullptr, false, false};
+  if (!Count(source, train, part.fCounts, none) || !PRSSaveState(part)) return false;
+  if (part.fCounts.fNRecords == 0) return false;
+  NBCountsAlone counts(part.fCounts);
+  fRun.SetStatus(fpNBAlgorithm->BuildModelInParts(counts));
+  if (!ReportEngine()) return false;
+  WarnOfLeaks(train.GetNCases());
+  return true;
 }
 
 void PRSMultiModel::WarnOfLeaks(std::int64_t tableCases) const {
@@ -268,7 +297,7 @@ std::vector<int> PRSMultiModel::GetForcedInputs() const {
 
 bool PRSMultiModel::WriteFiles() {
   if (fRun.IsModelSaved() && !WriteModel()) return false;
-  if (PRSIsStateWanted() && !PRSSaveState(*fpNBAlgorithm)) return false;
+  if (PRSIsStateWanted() && !IsPartSaved() && !PRSSaveState(*fpNBAlgorithm)) return false;
   return !PRSIsModelWanted() || MCHost::CurrentSession().TakeModel(*fpNBAlgorithm);
 }
 

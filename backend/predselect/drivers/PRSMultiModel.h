@@ -39,6 +39,12 @@ class PRSMultiModel {
 
   // The same of cases that lie in parts.
   [[nodiscard]] bool BuildInParts(PRSMultiParts& parts);
+  // The same of cases that are a part of a whole, to which other parts are to be added: saves as
+  // the state what it has counted of all predictors, before it goes on. False, without a message,
+  // for a part without a training case.
+  [[nodiscard]] bool BuildOfPart(NaiveDataSourceIter& train);
+  // Whether the state is to be of that kind.
+  bool IsPartSaved() const;
   // The part's side: what it counts, and its codes. An error has been said.
   [[nodiscard]] bool CountPart(NaiveDataSourceIter& train, NaiveDataSourceIter* test,
                                NBPartCounts& counts, std::unique_ptr<NBPartCodes>& codes);
@@ -73,6 +79,8 @@ class PRSMultiModel {
 
  private:
   bool CreateEngine();
+  bool Count(const NBPartSource& source, NaiveDataSourceIter& train, NBPartCounts& counts,
+             std::unique_ptr<NBPartCodes>& codes);
   void BuildOrSelect(NaiveDataSourceIter& train, NaiveDataSourceIter* test);
   // REQUIRES: the request's records are given; the rest is the command's.
   void Select(NBSelectionRequest request);

@@ -17,6 +17,7 @@ from . import _library as lib
 from ._columns import Encoded, dates_in, encode, is_value
 from ._export import AnyBatch, ArrowColumn, Batch, ForeignBatch, stream_of
 from ._import import ARRAY, SCHEMA, STREAM, struct_in
+from ._words import in_python
 from .errors import DataError, DataNotice, RequestError, warn
 
 _DICTIONARY_ORDERED = 1
@@ -49,6 +50,10 @@ class Options:
                         for pair in _reading_words(name.replace("_", "-"), word)]
         self.stream = stream
         self.name = name
+        #: Of a part: the merged ranges of its table, which have levels, labels, missing values and weight,
+        #: and its number.
+        self.ranges: bytes | None = None
+        self.part = 0
 
     def schema_text(self) -> bytes | None:
         if self.schema is None:
@@ -85,8 +90,17 @@ class Table(lib.Handle):
         self.held: Any = None
 
 
+class Elsewhere:
+    """Data whose cases are not here: a table of parts."""
+
+    def open(self, session: lib.Session) -> Table:
+        raise NotImplementedError
+
+
 def open_table(session: lib.Session, data: Any, options: Options) -> Table:
     """Opens data of any kind. Float64 columns of frames and arrays are looked at where they are."""
+    if isinstance(data, Elsewhere):
+        return data.open(session)
     path = _path_of(data)
     if path is not None:
         return _open_file(session, path, options)
@@ -102,13 +116,14 @@ def _path_of(data: Any) -> str | None:
 def _table_options(
     options: Options, levels: Mapping[str, str], weight: str | None, keep: int
 ) -> tuple[Any, Any]:
-    said = {**levels, **options.levels}
+    said = {**levels, **options.levels} if options.ranges is None else {}
     array = (lib.VariableLevel * len(said))(
         *[lib.VariableLevel(n.encode(), lib.LEVELS[level]) for n, level in said.items()]
     )
     reading = (lib.ReadingOption * len(options.reading))(
         *[lib.ReadingOption(n.encode(), word.encode()) for n, word in options.reading]
     )
+    ranges = None if options.ranges is None else lib.Bytes.of(options.ranges)
     struct = lib.table_options(
         name=options.name.encode() if options.name else None,
         schema=options.schema_text(),
@@ -118,8 +133,10 @@ def _table_options(
         keep=keep,
         reading=lib.address(reading) if options.reading else None,
         n_reading=len(options.reading),
+        ranges=None if ranges is None else lib.address(ranges),
+        part=options.part,
     )
-    return struct, (array, reading)
+    return struct, (array, reading, ranges)
 
 
 def _open_file(session: lib.Session, path: str, options: Options) -> Table:
@@ -149,7 +166,7 @@ def _opened(session: lib.Session, table: Table, status: int) -> Table:
         raise session.failure(status)
     notes = ctypes.c_char_p()
     session.call("table_notes", table, ctypes.byref(notes))
-    for note in (notes.value or b"").decode().splitlines():
+    for note in in_python((notes.value or b"").decode()).splitlines():
         warn(note, DataNotice)
     return table
 

@@ -13,6 +13,7 @@ from pathlib import Path
 from typing import Any
 
 from . import errors
+from ._words import in_python
 
 ABI_VERSION = 1  # that of the predselect.h after which this was written
 OK, COMMAND_ERROR, NO_MEMORY, CANCELLED = 0, 1, 4, 5
@@ -88,7 +89,8 @@ ArrowArrayStream._fields_ = [
 
 def _options(name: str, fields: str) -> Any:
     """A struct of options: `name:type` words behind struct_size."""
-    kinds = {"s": ctypes.c_char_p, "n": ctypes.c_size_t, "d": ctypes.c_double, "p": ctypes.c_void_p}
+    kinds = {"s": ctypes.c_char_p, "n": ctypes.c_size_t, "d": ctypes.c_double, "p": ctypes.c_void_p,
+             "i": ctypes.c_int64}
     pairs = [field.split(":") for field in fields.split()]
     struct = type(
         name,
@@ -114,6 +116,19 @@ class ReadingOption(ctypes.Structure):
     _fields_ = [("name", ctypes.c_char_p), ("word", ctypes.c_char_p)]
 
 
+class Bytes(ctypes.Structure):
+    """predselect_bytes."""
+
+    _fields_ = [("data", ctypes.c_void_p), ("size", ctypes.c_size_t)]
+
+    @classmethod
+    def of(cls, content: bytes) -> Bytes:
+        """Looks into the bytes, and holds them."""
+        bytes_ = cls(ctypes.cast(ctypes.c_char_p(content), ctypes.c_void_p), len(content))
+        bytes_.held = content
+        return bytes_
+
+
 class TableInfo(ctypes.Structure):
     """predselect_table_info."""
 
@@ -128,7 +143,7 @@ class TableInfo(ctypes.Structure):
 
 table_options = _options(
     "TableOptions",
-    "name:s schema:s weight:s levels:p n_levels:n keep:n reading:p n_reading:n",
+    "name:s schema:s weight:s levels:p n_levels:n keep:n reading:p n_reading:n ranges:p part:i",
 )
 file_options = _options("FileOptions", "nulls:p n_nulls:n")
 run_options = _options(
@@ -144,6 +159,9 @@ score_options = _options("ScoreOptions", "predicted:s probabilities:s explain:n"
 export_options = _options("ExportOptions", "format:s table:s")
 
 ProgressListener = ctypes.CFUNCTYPE(None, ctypes.c_void_p, ctypes.c_char_p)
+PartPass = ctypes.CFUNCTYPE(
+    ctypes.c_int, ctypes.c_void_p, ctypes.c_int32, ctypes.c_void_p, ctypes.c_size_t, ctypes.c_void_p
+)
 
 
 def texts(values: Iterable[str]) -> tuple[Any, int]:
@@ -301,7 +319,7 @@ class Session(Handle):
 
     def failure(self, status: int) -> Exception:
         """The exception for a status of the last call."""
-        text = library.predselect_session_error(self).decode("utf-8", "replace")
+        text = in_python(library.predselect_session_error(self).decode("utf-8", "replace"))
         if status == NO_MEMORY:
             return MemoryError(text)
         return _FAILURES.get(status, errors.LibraryError)(text)
@@ -309,7 +327,7 @@ class Session(Handle):
     def notes(self) -> list[str]:
         """What else one should know of the last call."""
         text = library.predselect_session_notes(self).decode("utf-8", "replace")
-        return str(text).splitlines()
+        return in_python(text).splitlines()
 
     def call(self, name: str, *arguments: Any) -> None:
         """Calls a quick function, and raises what it says went wrong."""

@@ -75,7 +75,7 @@ function classPart(model, figuresOf) {
 
 function probabilityPart(model, curves) {
   const {categories} = model.target;
-  return classPart(model, (k) => (k < curves.categories.length ? curveFigures(categories[k], curves.categories[k]) : [el("p", {class: "soft"}, "Curves are kept for the first classes only.")]));
+  return classPart(model, (k) => (k < curves.categories.length ? curveFigures(categories[k], curves.categories[k], curves.areas?.[k] ?? null) : [el("p", {class: "soft"}, "Curves are kept for the first classes only.")]));
 }
 
 // A saved model on cases of which the class is known.
