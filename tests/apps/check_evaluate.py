@@ -267,8 +267,9 @@ def odd_tables_are_evaluated_as_far_as_they_go(folder):
     many = [[f"s{i}", 1, "u", 2, 1] for i in range(1200)]
     write(folder / "bad.csv", [head, *many])
     assert "more than 1000 values" in run("evaluate", "--model", model, folder / "bad.csv", code=2)
-    write(folder / "bad.csv", [head, *([*r[:4], "1e308"] for r in rows[:9])])
-    assert "than a number can hold" in run("evaluate", "--model", model, folder / "bad.csv", "--weight", "w", code=2)
+    write(folder / "bad.csv", [head, *([*r[:4], "1e308"] for r in whole[:9])])
+    refused = run("evaluate", "--model", model, folder / "bad.csv", "--weight", "w", code=2)
+    assert "than a number can hold" in refused, refused
 
 
 def drawings_hold_what_the_tables_say(folder):
