@@ -9,6 +9,11 @@
 
 namespace {
 
+// Posteriors of which the odds are the same to six digits count as one, and the smallest as 0, so
+// that no rounding, of whoever computes a posterior, leads from one level to the next.
+bool IsSame(double x, double y) { return y - x <= 1e-6 * std::min(x, 1 - x); }
+constexpr double kLeastPosterior = 1e-100;
+
 // Steele, Lea and Flood 2014: as good as drawn, and the same wherever the case is met.
 std::uint64_t Mixed(std::uint64_t number) {
   number += 0x9e3779b97f4a7c15U;
@@ -81,7 +86,9 @@ bool NBCalibrator::IsOneClass() const {
 }
 
 NBCalibration NBCalibrator::Fit(NBCalibration::Method method) const {
-  if (fTargets.size() < 2 || IsOneClass()) return {};
+  // Of weights beyond all numbers there is no log.
+  const auto isNumber = [](double log) { return std::isfinite(log); };
+  if (fTargets.size() < 2 || IsOneClass() || !std::ranges::all_of(fLogs, isNumber)) return {};
   return method == NBCalibration::kTemperature ? FitTemperature() : FitCurves();
 }
 
@@ -127,17 +134,23 @@ NBCalibration NBCalibrator::FitTemperature() const {
 }
 
 NBCalibration NBCalibrator::FitCurves() const {
+  std::vector<double> shares = fLogs;
+  for (std::size_t first = 0; first < shares.size(); first += fNClasses) {
+    NBCalibration::Softmax({&shares[first], fNClasses}, 1);
+  }
   std::vector<NBCalibration::Curve> curves;
-  for (std::size_t k = fNClasses == 2 ? 1 : 0; k < fNClasses; ++k) curves.push_back(CurveOf(k));
+  for (std::size_t k = fNClasses == 2 ? 1 : 0; k < fNClasses; ++k) {
+    std::vector<double> posteriors(fTargets.size());
+    for (std::size_t i = 0; i < posteriors.size(); ++i) {
+      const double share = shares[i * fNClasses + k];
+      posteriors[i] = share < kLeastPosterior ? 0 : share;
+    }
+    curves.push_back(CurveOf(k, posteriors));
+  }
   return NBCalibration::ByCurves(std::move(curves));
 }
 
 namespace {
-
-// Posteriors of which the odds are the same to six digits count as one, and the smallest as 0, so
-// that no rounding, of whoever computes a posterior, leads from one level to the next.
-bool IsSame(double x, double y) { return y - x <= 1e-6 * std::min(x, 1 - x); }
-constexpr double kLeastPosterior = 1e-100;
 
 // Posteriors that stand together: where a later mean were lower, neighbours become one.
 struct Level {
@@ -163,14 +176,8 @@ void Join(std::vector<Level>& levels) {
 
 }  // namespace
 
-NBCalibration::Curve NBCalibrator::CurveOf(std::size_t k) const {
-  std::vector<double> posteriors(fTargets.size());
-  std::vector<double> shares(fNClasses);
-  for (std::size_t i = 0; i < posteriors.size(); ++i) {
-    std::copy_n(&fLogs[i * fNClasses], fNClasses, shares.begin());
-    NBCalibration::Softmax(shares, 1);
-    posteriors[i] = shares[k] < kLeastPosterior ? 0 : shares[k];
-  }
+NBCalibration::Curve NBCalibrator::CurveOf(std::size_t k,
+                                           const std::vector<double>& posteriors) const {
   std::vector<std::size_t> order(posteriors.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
   std::ranges::stable_sort(order, {}, [&posteriors](std::size_t i) { return posteriors[i]; });

@@ -51,7 +51,8 @@ class NBCalibrator {
   NBCalibration FitCurves() const;
   // The slope of the cases' average log-loss by the inverse of the temperature, and its slope.
   std::pair<double, double> SlopeAt(double inverse) const;
-  NBCalibration::Curve CurveOf(std::size_t k) const;
+  // Of a class, by the cases' posteriors of it.
+  NBCalibration::Curve CurveOf(std::size_t k, const std::vector<double>& posteriors) const;
 
   const NBAlgorithm& fModel;
   std::uint64_t fSeed;

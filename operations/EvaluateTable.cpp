@@ -1,11 +1,15 @@
 #include "operations/EvaluateTable.h"
 
+#include <cmath>
 #include <map>
 #include <new>
+#include <optional>
+#include <span>
 #include <utility>
 
 #include "common/MCAssert.h"
 #include "common/evaluation/EvaluationCounter.h"
+#include "common/evaluation/ScoreCurves.h"
 #include "host/data/DataTable.h"
 #include "host/data/ProcedureDataSource.h"
 #include "host/output/BpError.h"
@@ -21,6 +25,7 @@
 #include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/model/NBScoredBlock.h"
 #include "operations/DocumentParts.h"
+#include "operations/EvaluationFindings.h"
 #include "operations/ModelCases.h"
 #include "operations/ModelCategories.h"
 #include "operations/RequestError.h"
@@ -92,13 +97,19 @@ class TargetClasses {
 // One pass over the cases.
 class Pass {
  public:
-  Pass(const INBAlgorithm& model, ModelCases& cases, const INBVariable& target)
+  // Curves are counted on demand.
+  Pass(const INBAlgorithm& model, ModelCases& cases, const INBVariable& target,
+       bool areCurvesWanted)
       : fModel(model),
         fCases(cases),
         fClasses(target, cases),
         fTarget(static_cast<std::size_t>(model.GetVarList().GetTargetIndex())),
         fNKnown(static_cast<std::size_t>(model.GetNTargetCategories())),
-        fCounter(fNKnown) {}
+        fCounter(fNKnown) {
+    if (areCurvesWanted) fCurves.emplace(static_cast<int>(fNKnown));
+  }
+
+  const std::optional<MCCommon::ScoreCurves>& GetCurves() const { return fCurves; }
 
   // False when the user stopped it.
   bool Run(const Surroundings& surroundings) {
@@ -141,8 +152,9 @@ class Pass {
     const auto own = static_cast<std::size_t>(observed);
     fEvaluation.fNOfUnknown += own >= fNKnown ? 1 : 0;
     fEvaluation.fNUnusable += scored.GetWarning(i) == MCNaive::kAllInputsMissing ? 1 : 0;
-    fCounter.Add(own, static_cast<std::size_t>(winner),
-                 {&scored.GetProbabilities()[i * fNKnown], fNKnown}, weight);
+    const std::span<const double> probabilities(&scored.GetProbabilities()[i * fNKnown], fNKnown);
+    fCounter.Add(own, static_cast<std::size_t>(winner), probabilities, weight);
+    if (fCurves) fCurves->Count(observed, probabilities, weight);
   }
 
   void Report(const Surroundings& surroundings) const {
@@ -158,6 +170,7 @@ class Pass {
   std::size_t fTarget;
   std::size_t fNKnown;
   MCCommon::EvaluationCounter fCounter;
+  std::optional<MCCommon::ScoreCurves> fCurves;
   TableEvaluation fEvaluation;
 };
 
@@ -235,14 +248,18 @@ Outcome EvaluateTable(DataTable& table, const INBAlgorithm& model, MCHost::Outpu
   MCHost::OutputRun& run = document.BeginRun("evaluate");
   ProcedureDataSource source;
   ModelCases cases(variables, source, ModelCases::Columns::kInputsAndTarget);
-  Pass pass(model, cases, target);
+  Pass pass(model, cases, target, document.fbFindings);
   if (!pass.Run(surroundings)) return Outcome::kCancelled;
   TableEvaluation evaluation = pass.Find(built->GetOutput().GetPriors());
   if (evaluation.fFound.fNRows == 0) {
     throw RequestError("no case has a valid \"" + target.GetVariableName() +
                        "\", so that there is nothing to evaluate.");
   }
+  if (!std::isfinite(evaluation.fFound.fCases)) {
+    throw RequestError("the case weights add up to more than a number can hold.");
+  }
   Show(evaluation);
+  if (pass.GetCurves()) run.fFindings = EvaluationFindings(evaluation, target, *pass.GetCurves());
   if (found != nullptr) *found = std::move(evaluation);
   run.fbCompleted = true;
   return Outcome::kCompleted;

@@ -9,6 +9,10 @@
 class INBVariable;
 class KOVA_Variable;
 struct StateVariable;
+namespace MCCommon {
+struct Evaluation;
+class ScoreCurves;
+}  // namespace MCCommon
 namespace MCHost {
 class ITable;
 }
@@ -29,6 +33,12 @@ std::string ValueText(const KOVA_Variable* variable, const std::string& value);
 
 // The categories of a model's variable, as they are shown.
 Json CategoryTexts(const INBVariable& variable, int nCategories, const MCHost::ITable* table);
+
+// By category the steps that hold a case: number of the step, weight of the category's cases and of
+// the others, mean probability. With the evaluation of the same cases also the areas under the ROC
+// curves that have steps, but from the probabilities themselves; null for a category with no case
+// or all, and for all where there were too many different ones.
+Json CurveFindings(const MCCommon::ScoreCurves& curves, const MCCommon::Evaluation* evaluation);
 
 // As the text of a document.
 std::string TextOf(const Json& json);

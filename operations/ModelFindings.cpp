@@ -74,46 +74,6 @@ Json Input(const NBayesInput& input, const MCHost::ITable* table) {
   return json;
 }
 
-// By category the steps that hold a case: number of the step, weight of the category's cases and of
-// the others, mean probability.
-Json Curves(const MCCommon::ScoreCurves& curves) {
-  Json categories = Json::array();
-  for (int k = 0; k < curves.GetNCategories(); ++k) {
-    Json steps = Json::array();
-    int number = 0;
-    for (const MCCommon::ScoreCurves::Step& step : curves.StepsOf(k)) {
-      const double weight = step.fOf + step.fOthers;
-      if (weight > 0.0) steps.push_back({number, step.fOf, step.fOthers, step.fSum / weight});
-      ++number;
-    }
-    categories.push_back(std::move(steps));
-  }
-  return {{"weight", curves.GetWeight()}, {"categories", std::move(categories)}};
-}
-
-// Under the ROC curves that have steps, but from the probabilities themselves; null for a category
-// with no case or all, and for all where there were too many different ones.
-Json Areas(const MCCommon::Evaluation& evaluation, const MCCommon::ScoreCurves& curves) {
-  Json areas = Json::array();
-  for (int k = 0; k < curves.GetNCategories(); ++k) {
-    const double area = evaluation.fClasses[static_cast<std::size_t>(k)].fAUC.fValue;
-    areas.push_back(evaluation.fbAUCRounded ? Json(nullptr) : JsonNumber(area));
-  }
-  return areas;
-}
-
-Json Samples(const PRSFindings& findings) {
-  Json samples = Json::object();
-  if (findings.fpTraining != nullptr) samples["training"] = Curves(*findings.fpTraining);
-  if (findings.fpTest != nullptr) samples["test"] = Curves(*findings.fpTest);
-  const bool isTested = findings.fpTest != nullptr;
-  const MCCommon::ScoreCurves* evaluated = isTested ? findings.fpTest : findings.fpTraining;
-  if (findings.fpEvaluation != nullptr && evaluated != nullptr) {
-    samples[isTested ? "test" : "training"]["areas"] = Areas(*findings.fpEvaluation, *evaluated);
-  }
-  return samples;
-}
-
 // By observed (rows) and predicted category.
 Json Confusion(const NBOutputStatistics* statistics) {
   return statistics == nullptr ? Json(nullptr) : Json(statistics->GetMisClassMatrixAsVecOfRows());
@@ -158,7 +118,45 @@ Json Target(const NBAlgorithm& model, const MCHost::ITable* table) {
           {"priors", model.GetOutput().GetPriors()}};
 }
 
+Json Areas(const MCCommon::Evaluation& evaluation, const MCCommon::ScoreCurves& curves) {
+  Json areas = Json::array();
+  for (int k = 0; k < curves.GetNCategories(); ++k) {
+    const double area = evaluation.fClasses[static_cast<std::size_t>(k)].fAUC.fValue;
+    areas.push_back(evaluation.fbAUCRounded ? Json(nullptr) : JsonNumber(area));
+  }
+  return areas;
+}
+
+// The evaluation is that of the test cases, where there are any.
+Json Samples(const PRSFindings& findings) {
+  const bool isTested = findings.fpTest != nullptr;
+  Json samples = Json::object();
+  if (findings.fpTraining != nullptr) {
+    samples["training"] =
+        CurveFindings(*findings.fpTraining, isTested ? nullptr : findings.fpEvaluation);
+  }
+  if (isTested) samples["test"] = CurveFindings(*findings.fpTest, findings.fpEvaluation);
+  return samples;
+}
+
 }  // namespace
+
+Json CurveFindings(const MCCommon::ScoreCurves& curves, const MCCommon::Evaluation* evaluation) {
+  Json categories = Json::array();
+  for (int k = 0; k < curves.GetNCategories(); ++k) {
+    Json steps = Json::array();
+    int number = 0;
+    for (const MCCommon::ScoreCurves::Step& step : curves.StepsOf(k)) {
+      const double weight = step.fOf + step.fOthers;
+      if (weight > 0.0) steps.push_back({number, step.fOf, step.fOthers, step.fSum / weight});
+      ++number;
+    }
+    categories.push_back(std::move(steps));
+  }
+  Json findings = {{"weight", curves.GetWeight()}, {"categories", std::move(categories)}};
+  if (evaluation != nullptr) findings["areas"] = Areas(*evaluation, curves);
+  return findings;
+}
 
 Json ModelFindings(const PRSFindings& findings, const MCHost::ITable* table) {
   const auto* model = dynamic_cast<const NBAlgorithm*>(findings.fpNaive);

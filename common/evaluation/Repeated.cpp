@@ -8,6 +8,18 @@
 
 namespace MCCommon {
 
+namespace {
+
+// But for missing ones, of which there are not only such.
+bool AreEqual(const std::vector<double>& values) {
+  const auto isThere = [](double value) { return !MCMV::IsMissing(value); };
+  const double first = *std::ranges::find_if(values, isThere);
+  return std::ranges::all_of(values,
+                             [&](double value) { return !isThere(value) || value == first; });
+}
+
+}  // namespace
+
 RepeatedMeasure Summarize(const std::vector<double>& values, double testShare) {
   RepeatedMeasure summary;
   double sum = 0.0;
@@ -20,6 +32,10 @@ RepeatedMeasure Summarize(const std::vector<double>& values, double testShare) {
   const double mean = sum / summary.fNFolds;
   summary.fMean.fValue = mean;
   if (summary.fNFolds < 2) return summary;
+  if (AreEqual(values)) {
+    summary.fDeviation = 0.0;
+    return summary;
+  }
   double squares = 0.0;
   for (const double value : values) {
     if (!MCMV::IsMissing(value)) squares += (value - mean) * (value - mean);
@@ -38,11 +54,14 @@ Estimate StabilityOf(const std::vector<std::vector<int>>& selections, int candid
   std::vector<double> shares(static_cast<std::size_t>(candidates), 0.0);
   double mean = 0.0;
   for (const std::vector<int>& selected : selections) {
-    for (const int f : selected) shares[static_cast<std::size_t>(f)] += 1.0 / n;
-    mean += static_cast<double>(selected.size()) / n;
+    for (const int f : selected) shares[static_cast<std::size_t>(f)] += 1.0;
+    mean += static_cast<double>(selected.size());
   }
+  // Whole numbers, so that none and all are known for certain.
+  if (!(mean > 0.0) || !(mean < n * p)) return {};
+  mean /= n;
+  for (double& share : shares) share /= n;
   const double chance = mean / p * (1.0 - mean / p);
-  if (!(mean > 0.0) || !(mean < p)) return {};
   double spread = 0.0;
   for (const double share : shares) spread += n / (n - 1.0) * share * (1.0 - share) / p;
   const double stability = 1.0 - spread / chance;

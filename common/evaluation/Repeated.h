@@ -10,7 +10,9 @@ namespace MCCommon {
 
 // A measure over evaluations.
 struct RepeatedMeasure {
-  Estimate fMean;  // with an interval for training sets that overlap (Nadeau and Bengio)
+  // With an interval for training sets that overlap (Nadeau and Bengio); none where all are equal,
+  // since that says nothing of how far they vary.
+  Estimate fMean;
   double fDeviation = MCMV::gMissingValue;  // standard deviation
   int fNFolds = 0;                          // that have the measure
 };

@@ -19,6 +19,9 @@ constexpr double kNegligible = -700;
 
 constexpr std::size_t kShortName = 63;
 
+// The text grows with the cube of the classes: of so many it takes some 30 MB.
+constexpr std::size_t kMostClasses = 100;
+
 // "prefix1", "prefix2", ...
 std::string Nth(const char* prefix, std::size_t i) { return prefix + std::to_string(i + 1); }
 
@@ -218,6 +221,10 @@ std::string Column(const std::string& value, const std::string& steps, const std
 }  // namespace
 
 ExportedModel ToSQL(const ScoringModel& model, const ExportOptions& options) {
+  if (model.GetNClasses() > kMostClasses) {
+    throw ExportError("its target has more than " + std::to_string(kMostClasses) +
+                      " classes, which is too much for one query; ONNX, C and JSON hold it.");
+  }
   const OutputNames names = NamesOf(model);
   const bool hasCurves = model.fCalibration.GetMethod() == NBCalibration::kIsotonic;
   const std::string steps = hasCurves ? CurveSteps(model, Steps(model)) : Steps(model);

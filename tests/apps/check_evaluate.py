@@ -267,6 +267,32 @@ def odd_tables_are_evaluated_as_far_as_they_go(folder):
     many = [[f"s{i}", 1, "u", 2, 1] for i in range(1200)]
     write(folder / "bad.csv", [head, *many])
     assert "more than 1000 values" in run("evaluate", "--model", model, folder / "bad.csv", code=2)
+    write(folder / "bad.csv", [head, *([*r[:4], "1e308"] for r in whole[:9])])
+    refused = run("evaluate", "--model", model, folder / "bad.csv", "--weight", "w", code=2)
+    assert "than a number can hold" in refused, refused
+
+
+def drawings_hold_what_the_tables_say(folder):
+    """Areas, counts and classes of the curves and confusions that a page draws, unknown classes among them."""
+    head, *rows = made_table(["p", "q", "r"], 13)
+    write(folder / "old.csv", [head, *rows])
+    model = folder / "m.bin"
+    run("model", folder / "old.csv", "y", "--except", "w", "--test", 0, "--save-model", model)
+    write(folder / "new.csv", [head, *([["s", *r[1:]] for r in rows[:7]]), *rows[7:]])
+    document = json.loads(run("evaluate", "--model", model, folder / "new.csv", "--format", "json"))["runs"][0]
+    found = document["findings"]
+    classes = records("evaluate", "--model", model, folder / "new.csv", "--table", "ClassEvaluation")
+    assert found["target"]["categories"] == [r["class"] for r in classes] == ["p", "q", "r", "s"]
+    assert found["target"]["counts"] == [float(r["observed"]) for r in classes] == [sum(r) for r in found["confusion"]]
+    assert len(found["curves"]["categories"]) == 3 and found["curves"]["weight"] == sum(found["target"]["counts"])
+    for told, steps, n in zip(classes, found["curves"]["categories"], found["target"]["counts"]):
+        others = found["curves"]["weight"] - n
+        assert sum(s[1] for s in steps) == n and sum(s[2] for s in steps) == others
+        below = area = 0.0
+        for _, of, rest, _ in steps:
+            area += of * (below + rest / 2) / (n * others)
+            below += rest
+        check(told["class"], area, float(told["auc_value"]), 2e-3)  # to the width of a step
 
 
 def a_test_sample_is_evaluated_as_the_model_would_be(folder):

@@ -278,7 +278,9 @@ def what_if_equals_score(folder, started):
 def documents_show_their_findings(folder, started):
     """A document of a verb is the same page as the verb's own, and one of commands says what it lacks."""
     folder, penguins = Path(folder), DATA / "penguins.csv"
-    jobs = {"rank": ("rank", penguins, "species"), "model": ("model", penguins, "species"), "describe": ("describe", penguins)}
+    program("model", penguins, "species", "--quiet", "--save-model", folder / "m.bin")
+    jobs = {"rank": ("rank", penguins, "species"), "model": ("model", penguins, "species"), "describe": ("describe", penguins),
+            "evaluate": ("evaluate", penguins, "--model", folder / "m.bin")}
     for name, job in jobs.items():
         program(*job, "--quiet", "--format", "html", "-o", folder / f"{name}.html")
         program(*job, "--quiet", "--format", "json", "-o", folder / f"{name}.json")

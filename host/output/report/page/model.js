@@ -73,11 +73,23 @@ function classPart(model, figuresOf) {
   return [el("div", {class: "controls"}, choice("Class", target.categories.map((text, k) => [k, text]), show, rarest)), content];
 }
 
+function probabilityPart(model, curves) {
+  const {categories} = model.target;
+  return classPart(model, (k) => (k < curves.categories.length ? curveFigures(categories[k], curves.categories[k], curves.areas?.[k] ?? null) : [el("p", {class: "soft"}, "Curves are kept for the first classes only.")]));
+}
+
+// A saved model on cases of which the class is known.
+function evaluationSection(evaluation) {
+  const {target, curves, confusion} = evaluation;
+  return [facts([["Target", said(nameOf(target))], ["Cases", count(curves.weight)]]),
+    confusionTable("Observed and predicted", confusion, target),
+    el("h3", null, "Probabilities"), probabilityPart(evaluation, curves)];
+}
+
 function modelSection(model) {
   const {target, curves, confusion} = model;
   const sample = curves.test ? "test" : curves.training ? "training" : null;
   const tested = confusion.test !== null;
-  const used = (k) => curves[sample].categories[k];
   return [
     facts([["Target", said(nameOf(target))],
       ["Training cases", `${count(model.cases.valid)}${model.cases.valid === model.cases.valid_weight ? "" : `, weight ${count(model.cases.valid_weight)}`}`],
@@ -92,7 +104,7 @@ function modelSection(model) {
       tested ? confusionTable("Test cases: observed and predicted", confusion.test, target) : null,
       confusion.training ? confusionTable("Training cases: observed and predicted", confusion.training, target) : null),
     sample === null ? null : [el("h3", null, sample === "test" ? "Probabilities of the test cases" : "Probabilities of the training cases"),
-      classPart(model, (k) => (k < curves[sample].categories.length ? curveFigures(target.categories[k], used(k), curves[sample].areas?.[k] ?? null) : [el("p", {class: "soft"}, "Curves are kept for the first classes only.")]))],
+      probabilityPart(model, curves[sample])],
     model.inputs.length === 0 ? null : [
       el("h3", null, "What if"), new WhatIf(model).element,
       el("h3", null, "What speaks for a class"),

@@ -35,7 +35,7 @@ function chartSection(chart) {
 
 function findingsSection(findings) {
   if (findings === null) return null;
-  const sections = {ranking: rankingSection, model: modelSection, predictions: predictionsSection, description: descriptionSection};
+  const sections = {ranking: rankingSection, model: modelSection, predictions: predictionsSection, evaluation: evaluationSection, description: descriptionSection};
   return Object.hasOwn(sections, findings.kind) ? sections[findings.kind](findings) : null;
 }
 
@@ -43,7 +43,7 @@ function tablesSection(run) {
   if (run.tables.length === 0) return null;
   const all = () => run.tables.map((table) => whole(() => tableSection(table)));
   return run.findings === null ? all()
-    : folded(`Tables of the command (${run.tables.length})`, all, run.findings.kind === "predictions");
+    : folded(`Tables of the command (${run.tables.length})`, all, ["predictions", "evaluation"].includes(run.findings.kind));
 }
 
 function notesSection(run) {
