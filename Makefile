@@ -15,6 +15,7 @@
 #   make damage  saved states, damaged at random TRIALS (100000 unless given) times: none is read with other numbers
 #   make faults  every call to the system and every place of allocation failed in turn, over jobs of every kind
 #   make kills   KILLS (1000 unless given) runs ended at random moments, by every signal and want
+#   make load    long, wide and odd tables, runs at once and in one process (LOAD_SHARE=0.1: a tenth of the cases)
 #   make package  a Debian package and an archive with everything inside, in build/release/packages
 #   make check-package  install and run both on a Debian that has nothing else (needs root)
 #   make check-exact  exact p-values beside an independent computation, on tables of real data
@@ -35,7 +36,7 @@
 #   make format  clang-format over all sources
 #   make clean   removes everything that was built
 .PHONY: demo test program build bench bench-growth bench-plot bench-end bench-peers compare check-exact
-.PHONY: asan tsan fuzz damage faults kills package check-package browser browser-tools models databases wheel check-wheel
+.PHONY: asan tsan fuzz damage faults kills load package check-package browser browser-tools models databases wheel check-wheel
 .PHONY: spark spark-tools spark-long compare-spark
 .PHONY: python-library test-python-long docs compare-sklearn tidy format clean
 
@@ -155,6 +156,11 @@ faults: build
 kills: export KILLS ?= 1000
 kills: program
 	tests/faults/kill.py build/release/bin/predselect --kills $(KILLS)
+
+load: export LOAD_SHARE ?= 1
+load: build
+	nice -n 10 .venv-python/bin/python3 tests/load/load.py build/release/bin/predselect build/release/lib \
+	  --share $(LOAD_SHARE)
 
 wheel:
 	@scripts/setup --wheel

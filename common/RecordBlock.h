@@ -18,7 +18,7 @@ class RecordBlock {
   // Cases a block of so many columns should hold to stay within a processor's cache.
   static constexpr std::size_t PreferredCases(std::size_t columns) {
     constexpr std::size_t kCells = 131072;
-    return std::clamp<std::size_t>(kCells / std::max<std::size_t>(columns, 1), 256, kMaxCases);
+    return std::clamp<std::size_t>(kCells / std::max<std::size_t>(columns, 1), 128, kMaxCases);
   }
 
   std::size_t Cases() const { return fCases; }

@@ -64,8 +64,7 @@ void ColumnSummary::AddValid(double value) {
 void ColumnSummary::Distribute(double value) {
   if (fDistinct.IsExact()) {
     if (fDistinct.Add(value)) return;
-    for (const auto& [met, count] : fDistinct.Counts()) fSketch.Add(met, count);
-    fDistinct.GiveUp();
+    for (const auto& [met, count] : fDistinct.GiveUp()) fSketch.Add(met, count);
   }
   fDistinct.Estimate(value);
   fSketch.Add(value);
@@ -85,7 +84,8 @@ void ColumnSummary::ObserveCode(std::int32_t code) {
 
 void ColumnSummary::Finish() {
   if (fpDictionary != nullptr) return FinishTexts();
-  fDistribution = Distribution(fDistinct.IsExact() ? fDistinct.Counts() : fSketch.Weights());
+  fDistribution = Distribution(fDistinct.IsExact() ? fDistinct.TakeCounts() : fSketch.Weights());
+  fSketch = {};
 }
 
 void ColumnSummary::FinishTexts() {
@@ -112,7 +112,7 @@ std::vector<ColumnSummary::Category> ColumnSummary::MostFrequent(std::size_t n) 
 }
 
 std::vector<ColumnSummary::Category> ColumnSummary::MostFrequentNumbers(std::size_t n) const {
-  std::vector<DistinctCount::Counted> counts = fDistinct.Counts();
+  std::vector<DistinctCount::Counted> counts = fDistribution.Counts();
   KeepFirst(counts, n, [](const auto& left, const auto& right) {
     return left.second != right.second ? left.second > right.second : left.first < right.first;
   });

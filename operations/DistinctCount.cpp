@@ -50,12 +50,11 @@ void DistinctCount::Grow() {
   fSlots = std::move(larger);
 }
 
-void DistinctCount::GiveUp() {
+std::vector<DistinctCount::Counted> DistinctCount::GiveUp() {
   fRegisters.assign(kRegisters, 0);
-  for (const Counted& slot : fSlots) {
-    if (slot.second > 0) Estimate(slot.first);
-  }
-  std::vector<Counted>().swap(fSlots);
+  std::vector<Counted> counts = TakeCounts();
+  for (const auto& [value, count] : counts) Estimate(value);
+  return counts;
 }
 
 void DistinctCount::Estimate(double value) {
@@ -78,12 +77,14 @@ double DistinctCount::Count() const {
   return std::round(isSmall ? kCount * std::log(kCount / nEmpty) : raw);
 }
 
-std::vector<DistinctCount::Counted> DistinctCount::Counts() const {
+std::vector<DistinctCount::Counted> DistinctCount::TakeCounts() {
   std::vector<Counted> counts;
+  counts.reserve(fNDistinct);
   for (const Counted& slot : fSlots) {
     if (slot.second > 0) counts.push_back(slot);
   }
   std::sort(counts.begin(), counts.end());
+  std::vector<Counted>().swap(fSlots);
   return counts;
 }
 

@@ -25,8 +25,8 @@ class DistinctCount {
   // False, and nothing else, for a number that would make them too many. REQUIRES: IsExact().
   bool Add(double value);
 
-  // From here on the number is an estimate: no count is kept.
-  void GiveUp();
+  // From here on the number is an estimate. Gives the counts so far, in ascending order.
+  std::vector<Counted> GiveUp();
 
   // REQUIRES: !IsExact().
   void Estimate(double value);
@@ -34,8 +34,8 @@ class DistinctCount {
   bool IsExact() const { return fRegisters.empty(); }
   double Count() const;
 
-  // In ascending order. REQUIRES: IsExact().
-  std::vector<Counted> Counts() const;
+  // In ascending order; from here on only their number is kept. REQUIRES: IsExact(); not taken yet.
+  std::vector<Counted> TakeCounts();
 
  private:
   static std::uint64_t Hash(double value);

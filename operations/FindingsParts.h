@@ -12,7 +12,7 @@ struct StateVariable;
 namespace MCCommon {
 struct Evaluation;
 class ScoreCurves;
-}
+}  // namespace MCCommon
 namespace MCHost {
 class ITable;
 }

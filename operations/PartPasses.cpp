@@ -25,6 +25,10 @@ namespace PredSelect {
 
 namespace {
 
+[[noreturn]] void RefuseCodes(const std::string& why) {
+  throw RequestError("the codes of a part cannot answer: " + why + ".");
+}
+
 // A session in which a command answers a request instead of running to its end.
 class PartSession : public MCHost::Session {
  public:
@@ -138,29 +142,49 @@ PartAnswer AnswerPart(MCHost::DataTable& table, const std::string& request,
   return std::move(session.fTaken);
 }
 
-std::string AnswerFromCodes(std::string_view codes, const std::string& request,
-                            const Surroundings& surroundings) {
-  const PartRequest asked = RequestOf(request);
+struct PartCodes::Kept {
+  Kept(const Surroundings& surroundings, std::size_t mostKept)
+      : fSurroundings(surroundings), fMostKept(mostKept) {}
+
+  Surroundings fSurroundings;
+  CancelQuery fQuery{fSurroundings};
+  NBCancelInfo fCancel{&fQuery};
+  MCCommon::Workers fWorkers{fSurroundings.fThreads};
+  std::size_t fMostKept;
+  std::unique_ptr<NBPartCodes> fpCodes;
+};
+
+PartCodes::PartCodes(std::string_view codes, const Surroundings& surroundings, std::size_t mostKept)
+    : fpKept(std::make_unique<Kept>(surroundings, mostKept)) {
   Piece piece;
-  NBPartQuestion question;
   std::string why = piece.Read(codes);
   if (why.empty() && piece.fKind != Piece::kCodes) {
     why = std::string("they are ") + Piece::NameOf(piece.fKind);
   }
-  const std::unique_ptr<NBPartCodes> cases =
-      why.empty() ? NBPartCodes::From(piece.fContent) : nullptr;
-  if (why.empty() && cases == nullptr) why = "they are damaged";
-  if (why.empty()) why = Read(asked.fContent, question);
-  CancelQuery query(surroundings);
-  NBCancelInfo cancel(&query);
-  MCCommon::Workers workers(surroundings.fThreads);
+  if (why.empty()) fpKept->fpCodes = NBPartCodes::From(piece.fContent);
+  if (why.empty() && fpKept->fpCodes == nullptr) why = "they are damaged";
+  if (!why.empty()) RefuseCodes(why);
+}
+
+PartCodes::~PartCodes() = default;
+
+std::string PartCodes::Answer(const std::string& request) {
+  NBPartQuestion question;
+  std::string why = Read(RequestOf(request).fContent, question);
   NBPartSums sums;
-  if (why.empty() && !cases->Answer(question, cancel, workers, sums)) {
-    if (cancel.IsCancel()) throw Cancelled();
+  Kept& kept = *fpKept;
+  if (why.empty() &&
+      !kept.fpCodes->Answer(question, kept.fCancel, kept.fWorkers, sums, kept.fMostKept)) {
+    if (kept.fCancel.IsCancel()) throw Cancelled();
     why = "they are of other variables or categories than the request";
   }
-  if (!why.empty()) throw RequestError("the codes of a part cannot answer: " + why + ".");
+  if (!why.empty()) RefuseCodes(why);
   return Piece{Piece::kSums, StateBytes::Digest(request), StateBytes::Of(sums)}.Bytes();
+}
+
+std::string AnswerFromCodes(std::string_view codes, const std::string& request,
+                            const Surroundings& surroundings) {
+  return PartCodes(codes, surroundings, 0).Answer(request);
 }
 
 }  // namespace PredSelect

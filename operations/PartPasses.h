@@ -2,6 +2,7 @@
 // whoever runs the command brings together.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -17,8 +18,8 @@ struct WholeTable;
 
 namespace PredSelect {
 
-// The whole that a piece of ranges is of, for TableOptions. Throws RequestError for other bytes, and
-// for a part that the ranges do not know; `part` below 0: nobody has said.
+// The whole that a piece of ranges is of, for TableOptions. Throws RequestError for other bytes,
+// and for a part that the ranges do not know; `part` below 0: nobody has said.
 std::shared_ptr<MCHost::WholeTable> WholeOf(std::string_view ranges, std::int64_t part);
 
 struct PartAnswer {
@@ -37,6 +38,23 @@ PartAnswer AnswerPart(MCHost::DataTable& table, const std::string& request,
 std::string AnswerFromCodes(std::string_view codes, const std::string& request,
                             const Surroundings& surroundings);
 
+// The codes of a part where they stay in memory between requests, with what one step of a selection
+// leaves to the next: the same answers in less time.
+class PartCodes {
+ public:
+  // `mostKept`: bytes besides the codes. Throws RequestError for bytes that are no codes.
+  PartCodes(std::string_view codes, const Surroundings& surroundings, std::size_t mostKept);
+  ~PartCodes();
+
+  // As AnswerFromCodes.
+  std::string Answer(const std::string& request);
+
+ private:
+  struct Kept;
+
+  std::unique_ptr<Kept> fpKept;
+};
+
 // A piece, and what a refusal calls it.
 struct NamedPiece {
   std::string_view fBytes;
@@ -44,8 +62,8 @@ struct NamedPiece {
 };
 
 // Brings pieces of one kind together into one: ranges, or answers to one request. Counts do not
-// depend on the order, other sums only in their last digits. Throws RequestError, naming the piece that
-// does not fit. REQUIRES: at least one.
+// depend on the order, other sums only in their last digits. Throws RequestError, naming the piece
+// that does not fit. REQUIRES: at least one.
 std::string MergePieces(const std::vector<NamedPiece>& pieces);
 
 }  // namespace PredSelect

@@ -41,6 +41,8 @@ class Distribution {
  public:
   explicit Distribution(std::vector<std::pair<double, std::int64_t>> counts);
 
+  const std::vector<std::pair<double, std::int64_t>>& Counts() const { return fCounts; }
+
   // Between the two nearest numbers in proportion, as most programs do it. A missing value for
   // nothing. REQUIRES: 0 <= share <= 1.
   double Quantile(double share) const;

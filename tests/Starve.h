@@ -6,9 +6,15 @@
 
 namespace MCTest {
 
-// Makes the call with room for 0, 1, 2, ... allocations on this thread, in growing steps, until
-// none is refused; after each, `check(refused)` looks at what became of it, with memory again.
-void Starve(const std::function<void()>& call, const std::function<void(bool refused)>& check);
+// Which allocations are tried: each one in turn, or after the first forty some of them.
+enum class Places { kAll, kSome };
+
+// Makes the call with room for 0, 1, 2, ... allocations on this thread, until none is refused: first
+// so that the next one alone is refused, then so that all that follow are. After each,
+// `check(refused)` looks at what became of it, with memory again; refused says that an allocation
+// threw.
+void Starve(Places places, const std::function<void()>& call,
+            const std::function<void(bool refused)>& check);
 
 // Gives memory again as long as it lives.
 class Plenty {

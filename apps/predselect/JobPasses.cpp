@@ -1,6 +1,7 @@
 #include "apps/predselect/JobPasses.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -139,29 +140,50 @@ void JobPasses::End(Job& job) const {
 }
 
 std::string JobPasses::NameOf(const Job& job) const {
-  const std::string& first = fParts[job.fParts.front()];
-  return job.fParts.size() == 1 ? first : first + " and others";
+  constexpr std::size_t kMostNamed = 4;
+  std::string names;
+  for (std::size_t i = 0; i < std::min(job.fParts.size(), kMostNamed); ++i) {
+    names += (i == 0 ? "" : ", ") + fParts[job.fParts[i]];
+  }
+  const std::size_t more = job.fParts.size() - std::min(job.fParts.size(), kMostNamed);
+  return more == 0 ? names : names + " and " + std::to_string(more) + " more";
 }
 
-std::string JobPasses::AnswerOf(Job& job) {
+JobFrame JobPasses::AnswerOf(Job& job) {
   std::optional<JobFrame> answer = ReadFrame(job.fFromIt);
-  if (answer && answer->fKind == JobFrame::kFailed) ThrowFailure(UnpackTexts(answer->fBytes));
-  if (answer) return std::move(answer->fBytes);
+  if (answer) return std::move(*answer);
   int status = 0;
   while (waitpid(job.fProcess, &status, 0) < 0 && errno == EINTR) {
   }
   job.fProcess = -1;
   throw MCHost::HostIOError(NameOf(job), "",
-                            "the process of --jobs that reads it " + HowEnded(status));
+                            "the process of --jobs that reads this " + HowEnded(status));
 }
 
-std::vector<std::string> JobPasses::AskAll(const std::vector<JobFrame>& frames) {
+std::vector<std::string> JobPasses::AskAll(const std::vector<JobFrame>& asked) {
   for (std::size_t i = 0; i < fJobs.size(); ++i) {
     // One that has gone says why when it is asked for its answer.
-    (void)!WriteFrame(fJobs[i].fToIt, frames[std::min(i, frames.size() - 1)]);
+    (void)!WriteFrame(fJobs[i].fToIt, asked[std::min(i, asked.size() - 1)]);
   }
+  // Whoever has something to say first, so that nobody waits for the others of one that has gone.
+  std::vector<JobFrame> frames(fJobs.size());
+  std::vector<pollfd> waited;
+  for (const Job& job : fJobs) waited.push_back({job.fFromIt, POLLIN, 0});
+  for (std::size_t left = fJobs.size(); left > 0;) {
+    if (poll(waited.data(), waited.size(), -1) < 0) continue;
+    for (std::size_t i = 0; i < fJobs.size(); ++i) {
+      if (waited[i].fd < 0 || waited[i].revents == 0) continue;
+      frames[i] = AnswerOf(fJobs[i]);
+      waited[i].fd = -1;
+      --left;
+    }
+  }
+  // The first failure in their order, so that it is the same each time.
   std::vector<std::string> answers;
-  for (Job& job : fJobs) answers.push_back(AnswerOf(job));
+  for (JobFrame& frame : frames) {
+    if (frame.fKind == JobFrame::kFailed) ThrowFailure(UnpackTexts(frame.fBytes));
+    answers.push_back(std::move(frame.fBytes));
+  }
   return answers;
 }
 

@@ -1,5 +1,5 @@
-// Several processes that work on the parts of the data at once (--jobs): this program, started again
-// with the same command line.
+// Several processes that work on the parts of the data at once (--jobs): this program, started
+// again with the same command line.
 #pragma once
 
 #include <sys/types.h>
@@ -47,8 +47,9 @@ class JobPasses : public MCHost::IPartPasses {
   void Start(Job& job, const std::vector<std::string>& arguments);
   void End(Job& job) const;
   // What each process answers, in their order.
-  std::vector<std::string> AskAll(const std::vector<JobFrame>& frames);
-  std::string AnswerOf(Job& job);
+  std::vector<std::string> AskAll(const std::vector<JobFrame>& asked);
+  // Throws HostIOError for a process that has gone.
+  JobFrame AnswerOf(Job& job);
   std::string Merged(const std::vector<std::string>& pieces) const;
   std::string NameOf(const Job& job) const;
 

@@ -1,5 +1,6 @@
 #include "apps/predselect/MemorySize.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <string_view>
@@ -30,6 +31,16 @@ std::optional<double> ParseMemorySize(const std::string& text) {
   const std::optional<double> unit = SizeOfUnit({rest, static_cast<std::size_t>(end - rest)});
   if (!unit || !(number * *unit >= kLeast) || std::isinf(number)) return std::nullopt;
   return number * *unit;
+}
+
+std::size_t KeptBytesWithin(double kilobytes) {
+  const double bytes = kilobytes * 1024.0 / 2.0;
+  constexpr double kAddressable = 0x1p62;
+  return static_cast<std::size_t>(std::min(bytes, kAddressable));
+}
+
+double MemoryBeside(std::size_t keptBytes, double kilobytes) {
+  return std::max(kilobytes - static_cast<double>(keptBytes) / 1024.0, kLeast);
 }
 
 }  // namespace PredSelectApp

@@ -16,7 +16,6 @@
 #include "apps/predselect/Terminal.h"
 #include "host/data/DataTable.h"
 #include "operations/BuildModel.h"
-#include "operations/FreeMemory.h"
 
 namespace PredSelectApp {
 
@@ -48,7 +47,7 @@ int ModelData(const Options& options) {
   Options others = options;
   others.fModel.fPmml.clear();
   request.fRun.fUseOf = [&others](const std::string& path) { return UseOf(path, others); };
-  request.fRun.fMemory = options.fMemory > 0.0 ? options.fMemory : PredSelect::AutomaticMemory();
+  request.fRun.fMemory = MemoryForCases(options, *table);
   LiveOutput document(options.fResult, progress, options.fData.fFile);
   document.ShowNotes(*table);
   const PredSelect::Outcome outcome =

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "apps/predselect/MemorySize.h"
 #include "apps/predselect/Options.h"
 #include "apps/predselect/ProgressLine.h"
 #include "apps/predselect/UsageError.h"
@@ -20,6 +21,7 @@
 #include "host/data/WholeTable.h"
 #include "host/session/HostFunctions.h"
 #include "host/session/HostIOError.h"
+#include "operations/FreeMemory.h"
 #include "operations/NoVariable.h"
 #include "operations/RequestError.h"
 #include "operations/StateFile.h"
@@ -142,6 +144,7 @@ std::unique_ptr<DataTable> OpenTable(const DataOptions& options, ProgressLine& p
   file.fbKeepOriginal = options.fbSaved;
   file.fReading = options.fReading;
   file.fDriverPlaces = DriverPlaces();
+  file.fMaxKeptBytes = options.fMaxKeptBytes;
   said.fMissing = options.fReading.fMissing;
   if (!options.fSchema.empty()) {
     said.fSchema = MCHost::TableSchema::Read(options.fSchema);
@@ -156,6 +159,11 @@ std::unique_ptr<DataTable> OpenTable(const DataOptions& options, ProgressLine& p
   PredSelect::PrepareTable(*table, said);
   progress.Clear();
   return table;
+}
+
+double MemoryForCases(const Options& options, const DataTable& table) {
+  if (options.fMemory <= 0.0) return PredSelect::AutomaticMemory();
+  return MemoryBeside(table.KeptBytes(), options.fMemory);
 }
 
 }  // namespace PredSelectApp

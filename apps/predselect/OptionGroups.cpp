@@ -177,9 +177,9 @@ std::function<std::string(const std::string&)> WholeNumber(int least, int most) 
   };
 }
 
-void AddMemory(CLI::App& command, const std::string& of, double& memory) {
+void AddMemory(CLI::App& command, const std::string& of, Options& options) {
   InGroup(command, kWorkGroup);
-  const auto take = [&memory](const std::string& text) {
+  const auto take = [&options](const std::string& text) {
     const std::optional<double> size = ParseMemorySize(text);
     if (!size && text != "auto") {
       throw CLI::ValidationError(
@@ -187,13 +187,14 @@ void AddMemory(CLI::App& command, const std::string& of, double& memory) {
                           "\" is neither auto nor a size of at least 4K, such as 512M, 2G "
                           "or 4096 (kilobytes)");
     }
-    memory = size.value_or(Options::kAutoMemory);
+    options.fMemory = size.value_or(Options::kAutoMemory);
+    if (size) options.fData.fMaxKeptBytes = KeptBytesWithin(*size);
   };
   command
       .add_option_function<std::string>(
           "--memory", take,
-          "Memory for the cases" + of +
-              ": 512M, 2G, 4096 (kilobytes), or auto for half of what is free")
+          "Memory for the table and the cases" + of +
+              ": 512M, 2G, 4096 (kilobytes), or auto for half of what is free beside the table")
       ->type_name("SIZE");
 }
 

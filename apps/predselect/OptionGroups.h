@@ -76,7 +76,7 @@ std::function<std::string(const std::string&)> WholeNumber(
     int least, int most = std::numeric_limits<int>::max());
 
 // `of`: which cases, in the words of help.
-void AddMemory(CLI::App& command, const std::string& of, double& memory);
+void AddMemory(CLI::App& command, const std::string& of, Options& options);
 
 void AddThreads(CLI::App& command, int& threads);
 

@@ -2,6 +2,8 @@
 // Options.cpp.
 #pragma once
 
+#include <cstddef>
+#include <limits>
 #include <string>
 #include <utility>
 #include <vector>
@@ -31,6 +33,8 @@ struct DataOptions {
   bool fbOnce = false;                   // the cases are gone over once
   std::string fUsing;                    // ranges of the whole whose part this is, empty for none
   int fPart = -1;                        // its number there; -1: nobody has said
+  // What cells in memory may take in bytes; a larger table is streamed.
+  std::size_t fMaxKeptBytes = std::numeric_limits<std::size_t>::max();
   bool fbSaved = false;                  // they are written again with what is added to them
 };
 
@@ -76,7 +80,7 @@ struct Options {
   std::string fDrift;      // score: file of what differs from the training data, empty for none
   MCHost::CalibrationWish fCalibration;  // model and run
   PredSelect::ExportRequest fExport;     // export, model and run: no file for none
-  double fMemory = 0.0;  // run and model: kilobytes for cases, 0 for as they say themselves
+  double fMemory = 0.0;  // run and model: kilobytes for table and cases, 0 for none said
   int fThreads = 0;      // all but inspect and merge: 0 for as many as there are processors
   PredSelect::DescribeRequest fDescribe;
   PredSelect::RankRequest fRank;

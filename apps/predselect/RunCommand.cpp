@@ -19,7 +19,6 @@
 #include "host/command/CommandSplitter.h"
 #include "host/data/DataTable.h"
 #include "host/session/HostIOError.h"
-#include "operations/FreeMemory.h"
 #include "operations/ReadsOnce.h"
 #include "operations/RunCommands.h"
 
@@ -29,9 +28,8 @@ namespace {
 
 using MCHost::DataTable;
 
-// Measured when the data are in memory.
-double MemoryOf(const Options& options) {
-  return options.fMemory == Options::kAutoMemory ? PredSelect::AutomaticMemory() : options.fMemory;
+double MemoryOf(const Options& options, const DataTable& table) {
+  return options.fMemory == 0.0 ? 0.0 : MemoryForCases(options, table);
 }
 
 }  // namespace
@@ -56,7 +54,7 @@ int RunCommands(const Options& options) {
       PredSelect::RunCommands(*table, document,
                               {commands, options.fSaveState, options.fResults,
                                [&options](const std::string& path) { return UseOf(path, options); },
-                               MemoryOf(options), nullptr, options.fExport, options.fCalibration},
+                               MemoryOf(options, *table), nullptr, options.fExport, options.fCalibration},
                               ProgramSurroundings(options, progress));
   progress.Clear();
   document.ShowNotes(*table);

@@ -33,6 +33,9 @@ namespace PredSelectApp {
 
 namespace {
 
+// Bytes of products that the parts keep from step to step, together.
+constexpr std::size_t kMostKept = std::size_t{1} << 28;
+
 class PartServer {
  public:
   explicit PartServer(const Options& options)
@@ -56,7 +59,7 @@ class PartServer {
     std::int64_t fNumber;
     std::string fPath;
     std::unique_ptr<MCHost::DataTable> fpTable;
-    std::string fCodes;
+    std::unique_ptr<PredSelect::PartCodes> fpCodes;
   };
 
   // Numbers and paths in turn. The ranges of all, and the notes of how they were read.
@@ -66,7 +69,7 @@ class PartServer {
     for (std::size_t i = 0; i + 1 < words.size(); i += 2) {
       DataOptions data = fOptions.fData;
       data.fFile = words[i + 1];
-      Part part{std::stoll(words[i]), data.fFile, OpenTable(data, fProgress), {}};
+      Part part{std::stoll(words[i]), data.fFile, OpenTable(data, fProgress), nullptr};
       const TableRanges ranges = PredSelect::FindRanges(*part.fpTable, part.fNumber, fAround);
       pieces.push_back(Piece{Piece::kRanges, 0, StateBytes::Of(ranges)}.Bytes());
       for (const std::string& note : part.fpTable->Notes()) {
@@ -84,11 +87,14 @@ class PartServer {
     std::vector<std::string> pieces;
     for (Part& part : fParts) {
       if (over == MCHost::PassOver::kCodes) {
-        pieces.push_back(PredSelect::AnswerFromCodes(part.fCodes, request, fAround));
+        pieces.push_back(part.fpCodes->Answer(request));
         continue;
       }
       PredSelect::PartAnswer answer = PredSelect::AnswerPart(*part.fpTable, request, fAround);
-      if (over == MCHost::PassOver::kRowsKeep) part.fCodes = std::move(answer.fCodes);
+      if (over == MCHost::PassOver::kRowsKeep) {
+        part.fpCodes = std::make_unique<PredSelect::PartCodes>(answer.fCodes, fAround,
+                                                               kMostKept / fParts.size());
+      }
       pieces.push_back(std::move(answer.fAnswer));
     }
     return Merge(pieces);

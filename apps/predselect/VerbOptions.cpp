@@ -157,7 +157,7 @@ CLI::App* AddModel(CLI::App& app, Options& options) {
   AddSignKey(*model, options, kept);
   AddExportFile(*model, options);
   model->add_option("--pmml", options.fModel.fPmml, "Write the model as PMML")->type_name("FILE");
-  AddMemory(*model, " that train the model (default: auto)", options.fMemory);
+  AddMemory(*model, " that train the model (default: auto)", options);
   AddThreads(*model, options.fThreads);
   AddJobs(*model, options);
   AddProgress(*model, options.fResult);
@@ -251,7 +251,7 @@ CLI::App* AddRun(CLI::App& app, Options& options) {
                   "vl-convert-python)")
       ->type_name("DIR");
   AddMemory(*run, " of a NAIVEBAYES command that states no MEMALLOCATE (default: 1024)",
-            options.fMemory);
+            options);
   AddThreads(*run, options.fThreads);
   AddProgress(*run, options.fResult);
   AddDryRun(*run, options);

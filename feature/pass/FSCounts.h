@@ -26,7 +26,7 @@ struct FSCategoryMaps;
 // milliseconds' work; but no fewer than make up for what is fetched of each accumulator.
 inline std::size_t FSCasesBetweenPolls(std::size_t predictors) {
   constexpr std::size_t kCells = 524288;
-  return std::clamp<std::size_t>(kCells / std::max<std::size_t>(predictors, 1), 256,
+  return std::clamp<std::size_t>(kCells / std::max<std::size_t>(predictors, 1), 128,
                                  MCCommon::RecordBlock::kMaxCases);
 }
 

@@ -16,7 +16,9 @@ void FSTargetView::ShowCategories(FSCaseBlock& block) {
 
 void FSTargetView::ShowSteps(FSCaseBlock& block) {
   fSteps.resize(block.fNCases);
-  for (const FSTargetPiece& piece : block.fPieces) {
+  fPieces.assign(block.fPieces.begin(), block.fPieces.end());
+  block.fPieces = fPieces;
+  for (const FSTargetPiece& piece : fPieces) {
     for (std::size_t i = piece.fBegin; i < piece.fEnd; ++i) {
       fSteps[i] = block.fpTargets[i] - piece.fOrigin;
     }

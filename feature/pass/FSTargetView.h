@@ -17,5 +17,6 @@ class FSTargetView {
  private:
   std::vector<int> fCategories;
   FSCategorySort fSort;
+  std::vector<FSTargetPiece> fPieces;
   std::vector<double> fSteps;
 };

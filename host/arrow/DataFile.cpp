@@ -2,6 +2,7 @@
 
 #include <arrow/record_batch.h>
 #include <fcntl.h>
+#include <malloc.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -266,10 +267,15 @@ char DelimiterOfCopy(char source, char target) {
 
 std::unique_ptr<DataTable> OpenKept(const std::string& path, const DataFileOptions& options) {
   std::unique_ptr<IArrowSource> source = OpenSource(path, options, CsvSource::Look::kStart);
-  if (path == kStandardInput && !options.fbKeepOriginal) {
-    return std::make_unique<MemoryTable>(*source);
+  try {
+    auto table = std::make_unique<MemoryTable>(*source, options.fMaxKeptBytes);
+    const bool isLastReading = path == kStandardInput && !options.fbKeepOriginal;
+    if (!isLastReading) table->KeepSource(std::move(source));
+    return table;
+  } catch (const MemoryTable::Outgrown&) {
+    malloc_trim(0);  // small pieces are not given back by themselves
   }
-  return std::make_unique<MemoryTable>(std::move(source));
+  return std::make_unique<StreamedTable>(std::move(source));
 }
 
 std::unique_ptr<DataTable> OpenForOnce(const std::string& path, const DataFileOptions& options) {

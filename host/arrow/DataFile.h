@@ -12,6 +12,8 @@
 // false, dates, dates with times, times, else text.
 #pragma once
 
+#include <cstddef>
+#include <limits>
 #include <map>
 #include <memory>
 #include <string>
@@ -33,6 +35,8 @@ struct DataFileOptions {
   bool fbKeepOriginal = true;                // standard input is kept for WriteDataFile
   ReadingOptions fReading{};                 // what is said of how the file is to be read
   std::vector<std::string> fDriverPlaces{};  // where drivers of databases may be, besides
+  // What cells that are kept may take; a table of more is streamed instead.
+  std::size_t fMaxKeptBytes = std::numeric_limits<std::size_t>::max();
 };
 
 // Looks at the file and makes it a source that can be read again and again. CSV is checked as a
@@ -41,7 +45,7 @@ std::unique_ptr<IArrowSource> OpenDataSource(const std::string& path,
                                              const DataFileOptions& options = {});
 
 enum class TableStorage {
-  kMemory,    // the cells are read once and kept
+  kMemory,    // the cells are read once and kept, as long as the options leave room for them
   kStreamed,  // every scan reads the file again
   kOnce       // for cases that are gone over once: as streamed where a file is large and that can
               // be, else as in memory

@@ -36,8 +36,12 @@ class CellChunks {
   void Close() {
     if (fOpen.empty()) return;
     fPacked.emplace_back(std::move(fOpen), fMissing);
+    fPackedBytes += fPacked.back().Bytes();
     fOpen = {};
   }
+
+  // What the packed chunks take.
+  std::size_t PackedBytes() const { return fPackedBytes; }
 
   // Stores cells anywhere; those in between stay missing. REQUIRES: the column was not extended.
   void Write(std::int64_t firstCase, const T* values, std::size_t n) {
@@ -80,6 +84,7 @@ class CellChunks {
   }
 
   std::vector<PackedCells<T>> fPacked;
+  std::size_t fPackedBytes = 0;
   std::vector<T> fOpen;  // behind them
   std::vector<std::vector<T>> fWritten;
   T fMissing;

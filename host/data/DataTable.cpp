@@ -55,6 +55,14 @@ std::vector<std::string> DataTable::Notes() const {
   return notes;
 }
 
+std::size_t DataTable::KeptBytes() const {
+  std::size_t bytes = 0;
+  for (const Column& column : fColumns) {
+    bytes += column.fNumbers.PackedBytes() + column.fCodes.PackedBytes();
+  }
+  return bytes;
+}
+
 int DataTable::AddVariable(KOVA_Variable variable) {
   fColumns.emplace_back(std::move(variable));
   return ColumnCount() - 1;

@@ -41,6 +41,9 @@ class DataTable : public ITable {
   // Whether all cells are in memory, so that it need not be spared.
   virtual bool KeepsCells() const { return true; }
 
+  // What the cells in memory take, those of added variables aside.
+  std::size_t KeptBytes() const;
+
   // Where the own columns come from and can be read again, null where they cannot.
   IArrowSource* Source() const { return fpSource.get(); }
 

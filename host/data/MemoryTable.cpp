@@ -31,7 +31,7 @@ MemoryTable::MemoryTable(ArrowArrayStream* stream, const std::string& source) {
   Load(reader, 0);
 }
 
-MemoryTable::MemoryTable(IArrowSource& source) {
+MemoryTable::MemoryTable(IArrowSource& source, std::size_t maxBytes) : fMaxBytes(maxBytes) {
   ReadWhole(source, [&] { ReadColumns(source); });
   fSourceNotes = source.Notes();
 }
@@ -63,7 +63,9 @@ void MemoryTable::LoadColumns(IArrowSource& source, int first, int count) {
 
 void MemoryTable::Load(ArrowStreamReader& reader, int firstColumn) {
   fNCases = 0;
-  while (reader.NextBatch()) LoadBatch(reader, firstColumn);
+  const std::size_t others = KeptBytes();
+  const std::size_t most = fMaxBytes - std::min(others, fMaxBytes);
+  while (reader.NextBatch()) LoadBatch(reader, firstColumn, most);
   for (int i = 0; i < reader.ColumnCount(); ++i) {
     FitWidth(firstColumn + i);
     At(firstColumn + i).fNumbers.Close();
@@ -72,11 +74,12 @@ void MemoryTable::Load(ArrowStreamReader& reader, int firstColumn) {
   }
 }
 
-void MemoryTable::LoadBatch(ArrowStreamReader& reader, int firstColumn) {
+void MemoryTable::LoadBatch(ArrowStreamReader& reader, int firstColumn, std::size_t maxBytes) {
   constexpr std::size_t kChunk = CellChunks<double>::kChunk;
   for (std::int64_t done = 0; done < reader.BatchCases();) {
     const auto left = static_cast<std::size_t>(reader.BatchCases() - done);
     const std::size_t n = std::min(left, kChunk - static_cast<std::size_t>(fNCases) % kChunk);
+    std::size_t bytes = 0;
     for (int i = 0; i < reader.ColumnCount(); ++i) {
       Column& to = At(firstColumn + i);
       ArrowColumn& from = reader.Column(i);
@@ -85,7 +88,9 @@ void MemoryTable::LoadBatch(ArrowStreamReader& reader, int firstColumn) {
       } else {
         from.ReadCodes(done, n, to.fStrings, to.fCodes.Extend(n));
       }
+      bytes += to.fNumbers.PackedBytes() + to.fCodes.PackedBytes();
     }
+    if (bytes > maxBytes) throw Outgrown();
     done += static_cast<std::int64_t>(n);
     fNCases += static_cast<std::int64_t>(n);
   }

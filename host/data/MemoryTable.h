@@ -5,9 +5,12 @@
 // Every missing number is KOVA_SystemMissing, also where the data had NaN or an infinity.
 #pragma once
 
+#include <cstddef>
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "host/data/DataTable.h"
@@ -24,11 +27,18 @@ class MemoryTable final : public DataTable {
   // Throws HostIOError.
   explicit MemoryTable(ArrowArrayStream* stream, const std::string& source = "data");
 
-  // Reads a source whole, and keeps its notes. Throws HostIOError.
-  explicit MemoryTable(IArrowSource& source);
+  // Thrown where the cells take more than they may.
+  struct Outgrown {};
+
+  // Reads a source whole, and keeps its notes. Throws HostIOError, and Outgrown as soon as the cells
+  // of a source take more than `maxBytes`.
+  explicit MemoryTable(IArrowSource& source,
+                       std::size_t maxBytes = std::numeric_limits<std::size_t>::max());
 
   // The same, and keeps the source for whoever wants the cells as they were.
   explicit MemoryTable(std::unique_ptr<IArrowSource> source);
+
+  void KeepSource(std::unique_ptr<IArrowSource> source) { fpSource = std::move(source); }
 
   // Appends a column of the table's own; returns its place. NaN and infinities are missing, as is
   // a string that is not there.
@@ -42,9 +52,11 @@ class MemoryTable final : public DataTable {
   void ReadColumns(IArrowSource& source);
   // Fills the columns from `firstColumn` on.
   void Load(ArrowStreamReader& reader, int firstColumn);
-  void LoadBatch(ArrowStreamReader& reader, int firstColumn);
+  void LoadBatch(ArrowStreamReader& reader, int firstColumn, std::size_t maxBytes);
   void LoadColumns(IArrowSource& source, int first, int count);
   int AddOwnColumn(const std::string& name, int type, std::size_t nCases);
+
+  std::size_t fMaxBytes = std::numeric_limits<std::size_t>::max();
 };
 
 }  // namespace MCHost

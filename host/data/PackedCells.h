@@ -23,6 +23,11 @@ class PackedCells {
     }
   }
 
+  // What they take, with this object.
+  std::size_t Bytes() const {
+    return sizeof *this + fPlain.capacity() * sizeof(T) + fPacked.capacity();
+  }
+
   // n cells from one of them on, where they lie or in the buffer, which has room for them.
   const T* Read(std::size_t first, std::size_t n, T* buffer) const {
     if (fForm.IsPlain()) return fPlain.data() + first;

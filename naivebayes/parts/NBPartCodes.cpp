@@ -92,8 +92,10 @@ bool TakeBlock(Bytes& bytes, int targets, const std::vector<int>& categories, bo
   return true;
 }
 
+}  // namespace
+
 // A model's tables, with estimates by what all parts have counted.
-struct Model {
+struct NBPartCodes::Model {
   explicit Model(const NBPartCounts& counts) {
     const int targets = static_cast<int>(counts.fTarget.size());
     std::vector<std::int32_t> codes;
@@ -113,7 +115,35 @@ struct Model {
   std::vector<NBayesInput> fInputs;
 };
 
-}  // namespace
+// The last step, from which the next may go on.
+struct NBPartCodes::Steps {
+  Steps(const NBPartQuestion& question, NBMemoryStore& store, NBCancelInfo& cancel,
+        MCCommon::Workers& workers, std::size_t mostKept)
+      : fbTest(question.fbTest),
+        fCounts(question.fModel),
+        fModel(fCounts),
+        fSteps({fModel.fOutput, fModel.fInputs}, fCounts.fWeight, store, cancel, workers,
+               mostKept) {}
+
+  // Whether the question goes on from here, about the same counts.
+  bool LeadTo(const NBPartQuestion& question) const {
+    const auto isSame = [&](int j) {
+      const auto place = static_cast<std::size_t>(j);
+      return question.fModel.fInputs[place] == fCounts.fInputs[place];
+    };
+    return question.fbTest == fbTest && question.fModel.fWeight == fCounts.fWeight &&
+           question.fModel.fTarget == fCounts.fTarget && question.fOrder.size() >= fOrder.size() &&
+           std::equal(fOrder.begin(), fOrder.end(), question.fOrder.begin()) &&
+           std::ranges::all_of(question.fOrder, isSame) &&
+           std::ranges::all_of(question.fCandidates, isSame);
+  }
+
+  bool fbTest;
+  NBPartCounts fCounts;
+  Model fModel;
+  NBDataSteps fSteps;
+  std::vector<int> fOrder;  // what has entered
+};
 
 NBPartCodes::NBPartCodes(int targets, std::vector<int> categories, bool hasWeight)
     : fNTargets(targets),
@@ -121,6 +151,8 @@ NBPartCodes::NBPartCodes(int targets, std::vector<int> categories, bool hasWeigh
       fbHasWeight(hasWeight),
       fTraining(fvCategories, hasWeight),
       fTest(fvCategories, hasWeight) {}
+
+NBPartCodes::~NBPartCodes() = default;
 
 bool NBPartCodes::Add(NBCodeSource& source, bool test) {
   while (const NBCodeBlock* block = source.NextCodes()) {
@@ -174,23 +206,39 @@ bool NBPartCodes::IsOfThese(const NBPartQuestion& question) const {
          static_cast<int>(question.fModel.fTarget.size()) == fNTargets;
 }
 
+NBDataSteps& NBPartCodes::StepsTo(const NBPartQuestion& question, NBCancelInfo& cancel,
+                                  MCCommon::Workers& workers, std::size_t mostKept) {
+  if (fpSteps == nullptr || !fpSteps->LeadTo(question)) {
+    fpSteps = std::make_unique<Steps>(question, question.fbTest ? fTest : fTraining, cancel,
+                                      workers, mostKept);
+  }
+  std::vector<int>& entered = fpSteps->fOrder;
+  while (entered.size() < question.fOrder.size()) {
+    entered.push_back(question.fOrder[entered.size()]);
+    fpSteps->fSteps.Enter(entered.back());
+  }
+  return fpSteps->fSteps;
+}
+
 bool NBPartCodes::Answer(const NBPartQuestion& question, NBCancelInfo& cancel,
-                         MCCommon::Workers& workers, NBPartSums& sums) {
+                         MCCommon::Workers& workers, NBPartSums& sums, std::size_t mostKept) {
   if (!IsOfThese(question)) return false;
-  const Model model(question.fModel);
-  const NBModelView view{model.fOutput, model.fInputs};
   NBMemoryStore& store = question.fbTest ? fTest : fTraining;
   sums = {question.fbTest ? fNTest : fNTraining, {}, {}};
   if (!store.NewPass()) return false;
   std::vector<double> totals;
   if (!question.fCandidates.empty()) {
-    NBDataSteps steps(view, question.fModel.fWeight, store, cancel, workers);
-    for (const int j : question.fOrder) steps.Enter(j);
+    NBDataSteps& steps = StepsTo(question, cancel, workers, mostKept);
     if (!steps.ComputeSums(question.fCandidates, totals)) return false;
-  } else if (!NBSizeTerms::Sum(view, question.fOrder, question.fFirst, store, cancel, totals,
-                               sums.fWeight)) {
-    return false;
+  } else {
+    const Model model(question.fModel);
+    const NBModelView view{model.fOutput, model.fInputs};
+    if (!NBSizeTerms::Sum(view, question.fOrder, question.fFirst, store, cancel, totals,
+                          sums.fWeight)) {
+      return false;
+    }
   }
+  if (mostKept == 0) fpSteps.reset();
   for (const double total : totals) sums.fSums.emplace_back(total, 0.0);
   return !cancel.IsCancel();
 }

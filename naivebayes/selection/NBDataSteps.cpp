@@ -2,19 +2,14 @@
 
 #include "naivebayes/selection/NBOddsSum.h"
 
-namespace {
-
-constexpr std::size_t kMostKeptBytes = std::size_t{1} << 28;
-
-}  // namespace
-
 NBDataSteps::NBDataSteps(const NBModelView& model, double totalWeight, NBCodeStore& records,
-                         NBCancelInfo& cancel, MCCommon::Workers& workers)
+                         NBCancelInfo& cancel, MCCommon::Workers& workers, std::size_t mostKept)
     : fModel(model),
       fTotalWeight(totalWeight),
       fRecords(records),
       fCancel(cancel),
       fWorkers(workers),
+      fMostKept(mostKept),
       fChunks(model.fOutput.GetNCategories()) {
   if (!NBOddsRatios::Serve(model.fOutput.GetPriors().size())) return;
   for (const NBayesInput& input : model.fInputs) fvRatios.emplace_back(input);
@@ -23,7 +18,7 @@ NBDataSteps::NBDataSteps(const NBModelView& model, double totalWeight, NBCodeSto
 NBOdds& NBDataSteps::MakeOdds(std::size_t chunk, const NBCodeBlock& codes) {
   const std::size_t bytes = fChunks.Most() * fModel.fOutput.GetPriors().size() * sizeof(double);
   const bool isNew = chunk >= fvKept.size();
-  if (chunk == fvKept.size() && (chunk + 1) * bytes <= kMostKeptBytes) fvKept.emplace_back();
+  if (chunk == fvKept.size() && (chunk + 1) * bytes <= fMostKept) fvKept.emplace_back();
   NBOdds& odds = chunk < fvKept.size() ? fvKept[chunk] : fAnew;
   if (isNew) odds.Reset(fModel.fOutput.GetPriors(), codes.Targets(), codes.Cases());
   if (odds.Cases() != codes.Cases()) return odds;

@@ -17,9 +17,12 @@
 
 class NBDataSteps : public NBSteps {
  public:
-  // `totalWeight` is N. All stay the caller's.
+  static constexpr std::size_t kMostKeptBytes = std::size_t{1} << 28;
+
+  // `totalWeight` is N; at most so many bytes of products are kept. All stay the caller's.
   NBDataSteps(const NBModelView& model, double totalWeight, NBCodeStore& records,
-              NBCancelInfo& cancel, MCCommon::Workers& workers);
+              NBCancelInfo& cancel, MCCommon::Workers& workers,
+              std::size_t mostKept = kMostKeptBytes);
 
   void Enter(int input) override { fvCurrent.push_back(input); }
   [[nodiscard]] bool ComputeBJ(const std::vector<int>& candidates, std::vector<double>& out,
@@ -40,6 +43,7 @@ class NBDataSteps : public NBSteps {
   NBCodeStore& fRecords;
   NBCancelInfo& fCancel;
   MCCommon::Workers& fWorkers;
+  std::size_t fMostKept;
   NBChunks fChunks;
   std::vector<NBOddsRatios> fvRatios;  // by input; none where they do not serve
   std::vector<int> fvCurrent;          // in order of entry

@@ -13,6 +13,8 @@ import signal
 import subprocess
 import sys
 import tempfile
+import time
+from collections.abc import Callable
 from pathlib import Path
 
 PROGRAM = sys.argv[1]
@@ -93,21 +95,66 @@ def check_refusals(folder: Path) -> None:
     assert "b.csv" in run("rank", str(folder / "odd"), "x", "--jobs", "2", code=3)
 
 
+def helpers_of(process: subprocess.Popen[str], n: int) -> list[int]:
+    """The helping processes, once all of them are there; none where the run has ended before."""
+    while process.poll() is None:
+        children = Path(f"/proc/{process.pid}/task/{process.pid}/children")
+        try:
+            found = [int(pid) for pid in children.read_text(encoding="utf-8").split()]
+        except OSError:
+            continue
+        if len(found) == n:
+            return found
+    return []
+
+
+def is_alive(pid: int) -> bool:
+    try:
+        return Path(f"/proc/{pid}/stat").read_text(encoding="utf-8").rsplit(")", 1)[1].split()[0] != "Z"
+    except OSError:
+        return False
+
+
+def stop_run(folder: Path, act: Callable[[subprocess.Popen[str], list[int]], None]) -> tuple[int, str]:
+    """Holds one helping process, so that the run waits for it, and acts; the outputs stay as they were."""
+    old = [folder / "old.bin", folder / "old.xml"]
+    for path in old:
+        path.write_text("old", encoding="utf-8")
+    line = [PROGRAM, "model", str(folder / "parts"), "income", "--missing", "hours=-1", "--jobs", "3",
+            "--save-model", str(old[0]), "--pmml", str(old[1])]
+    for _ in range(20):  # until one is held before it is done
+        before = {path.name for path in folder.iterdir()}
+        process = subprocess.Popen(line, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+        pids = helpers_of(process, 3)
+        if pids:
+            os.kill(pids[1], signal.SIGSTOP)
+        time.sleep(0.2)
+        if process.poll() is None:
+            break
+        process.communicate()
+        for path in old:
+            path.write_text("old", encoding="utf-8")
+    act(process, pids)
+    _, errors = process.communicate(timeout=60)
+    deadline = time.monotonic() + 20
+    while any(map(is_alive, pids)) and time.monotonic() < deadline:
+        time.sleep(0.01)
+    assert not any(map(is_alive, pids)), "a helping process has outlived the run"
+    assert [path.read_text(encoding="utf-8") for path in old] == ["old", "old"]
+    assert {path.name for path in folder.iterdir()} == before
+    return process.returncode, " ".join(errors.split())
+
+
 def check_lost_process(folder: Path) -> None:
-    """A process that is killed ends the run with the files that it had."""
-    fifo = folder / "slow"
-    fifo.mkdir()
-    for name in ("a.csv", "b.csv"):
-        (fifo / name).write_text((folder / "parts" / "0.csv").read_text(encoding="utf-8") * 1, encoding="utf-8")
-    line = [PROGRAM, "rank", str(fifo), "income", "--jobs", "2", "--serve-parts", "1"]
-    helper = subprocess.Popen(line, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
-    assert helper.stdin is not None
-    helper.stdin.close()
-    assert helper.wait(timeout=60) == 0  # nothing was asked
-    helper = subprocess.Popen(line, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-    os.kill(helper.pid, signal.SIGTERM)
-    _, errors = helper.communicate(timeout=60)
-    assert errors == b"", errors  # whoever asks it says what happened
+    """A process that is killed ends the run with the files that it had; Ctrl-C ends all."""
+    code, errors = stop_run(folder, lambda _, pids: os.kill(pids[1], signal.SIGKILL))
+    assert code in (1, 3) and "was ended by signal 9" in errors, (code, errors)
+    assert re.search(r"parts/\d.csv, .*parts/\d.csv: the process of --jobs", errors), errors
+    for number in (signal.SIGINT, signal.SIGTERM):
+        code, errors = stop_run(folder, lambda run_, _, number=number: run_.send_signal(number))
+        assert (code, errors) == (130, "predselect: stopped at your wish."), (code, errors)
+    code, errors = stop_run(folder, lambda run_, _: run_.kill())
+    assert (code, errors) == (-signal.SIGKILL, ""), (code, errors)
 
 
 def check_files(folder: Path) -> None:

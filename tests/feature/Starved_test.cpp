@@ -3,11 +3,13 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <fstream>
 #include <functional>
 #include <memory>
 #include <sstream>
 #include <streambuf>
+#include <string>
 #include <vector>
 
 #include "feature/FSFactory.h"
@@ -57,7 +59,7 @@ class Starved : public testing::TestWithParam<bool> {
       component = MCTest::InPlenty(make);
       status = stage(*component);
     };
-    MCTest::Starve(call, [&](bool refused) {
+    MCTest::Starve(MCTest::Places::kAll, call, [&](bool refused) {
       EXPECT_EQ(component->GetStatus(), status);
       if (!refused || !status.IsError()) return;
       EXPECT_EQ(status, kNoMemory);
@@ -72,7 +74,7 @@ class Starved : public testing::TestWithParam<bool> {
   void StarveQuery(IFSAlgorithm& component, const std::function<MCStatus()>& query) {
     const std::vector<double> before = ReportOf(component);
     MCStatus status;
-    MCTest::Starve([&] { status = query(); },
+    MCTest::Starve(MCTest::Places::kAll, [&] { status = query(); },
                    [&](bool refused) {
                      EXPECT_TRUE(status.IsOK() || (refused && status == kNoMemory));
                      EXPECT_EQ(ReportOf(component), before);
@@ -153,11 +155,43 @@ TEST_P(Starved, QueriesAndWritersLeaveTheComponentAsItWas) {
 TEST_P(Starved, AFactoryMakesAComponentOrSaysWhy) {
   FSFactory factory;
   Component component;
-  MCTest::Starve([&] { component = factory.CreateFSAlgorithm(&fSettings); },
+  MCTest::Starve(MCTest::Places::kAll, [&] { component = factory.CreateFSAlgorithm(&fSettings); },
                  [&](bool refused) {
                    EXPECT_EQ(component == nullptr, refused);
                    EXPECT_EQ(factory.GetStatus(), refused ? kNoMemory : MCStatus());
                  });
+}
+
+// Binary alone: the parser of XML does not come through want of memory, whoever calls it.
+TEST_P(Starved, AStateIsRestoredWholeOrNotAtAll) {
+  const std::string path = testing::TempDir() + "starved_" + std::to_string(GetParam()) + ".state";
+  const Component saved = Accumulated();
+  const auto open = [&path](std::ios::openmode mode) {
+    const MCTest::Plenty plenty;
+    return std::fstream(path, mode | std::ios::binary);
+  };
+  {
+    std::fstream out = open(std::ios::out);
+    ASSERT_TRUE(saved->SaveState(out).IsOK());
+  }
+  FSFactory factory;
+  Component component;
+  const auto restore = [&] {
+    std::fstream in = open(std::ios::in);
+    component = factory.RestoreFSAlgorithmFromBinary(in);
+  };
+  const std::vector<double> before = ReportOf(*saved);
+  MCTest::Starve(MCTest::Places::kAll, restore, [&](bool refused) {
+    EXPECT_EQ(component == nullptr, factory.GetStatus().IsError());
+    if (component == nullptr) {
+      EXPECT_TRUE(refused);
+      EXPECT_EQ(factory.GetStatus(), MCStatus(80004, false));
+    } else {
+      EXPECT_EQ(ReportOf(*component), before);
+    }
+  });
+  EXPECT_NE(component, nullptr);
+  std::remove(path.c_str());
 }
 
 INSTANTIATE_TEST_SUITE_P(Memory, Starved, testing::Bool());

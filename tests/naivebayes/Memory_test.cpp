@@ -1,9 +1,12 @@
 // Memory that runs out at any place of an operation: a status, never an exception.
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <sstream>
+#include <string>
 
 #include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/NBFactory.h"
@@ -40,7 +43,7 @@ void Starve(const char* name, const std::function<Component()>& make, const Oper
     component = MCTest::InPlenty(make);
     EXPECT_NO_THROW(status = operation(*component)) << name;
   };
-  MCTest::Starve(call, [&](bool refused) {
+  MCTest::Starve(MCTest::Places::kAll, call, [&](bool refused) {
     ASSERT_EQ(status.IsError(), refused) << name;
     if (!refused) return;
     EXPECT_EQ(status, MCNaive::Error(MCNaive::kNoMemory)) << name;
@@ -158,7 +161,7 @@ TEST(Memory, MayRunOutInFactoryAndDocuments) {
     const auto place = &operation - cases;
     MCNaive::MCStatus status;
     const auto call = [&] { EXPECT_NO_THROW(status = operation()) << place; };
-    MCTest::Starve(call, [&](bool refused) {
+    MCTest::Starve(MCTest::Places::kAll, call, [&](bool refused) {
       ASSERT_EQ(status.IsError(), refused) << place;
       const bool isTold = status.GetErrorCode() == MCNaive::kNoMemory ||
                           status.GetErrorCode() == MCNaive::kNotSaved;
@@ -166,6 +169,40 @@ TEST(Memory, MayRunOutInFactoryAndDocuments) {
     });
     EXPECT_TRUE(component->GetStatus().IsOK());
   }
+  std::remove(path.c_str());
+}
+
+// Binary alone: the parser of XML does not come through want of memory, whoever calls it.
+TEST(Memory, MayRunOutWhileAStateIsRestored) {
+  TestRecords data(RandomData::Make(kCases, 1));
+  const Component saved = MakeComponent(false, true);
+  ASSERT_FALSE(saved->BuildModel(data, kCases).IsError());
+  const std::string path = testing::TempDir() + "memory_restored.state";
+  const auto open = [&path](std::ios::openmode mode) {
+    const MCTest::Plenty plenty;
+    return std::fstream(path, mode | std::ios::binary);
+  };
+  const auto contentOf = [&open](const INBAlgorithm& component) {
+    std::fstream out = open(std::ios::out | std::ios::in | std::ios::trunc);
+    EXPECT_TRUE(component.SaveState(out).IsOK());
+    out.seekg(0);
+    return std::string(std::istreambuf_iterator<char>(out), {});
+  };
+  const std::string before = contentOf(*saved);
+  NBFactory factory;
+  Component component;
+  const auto restore = [&] {
+    std::fstream in = open(std::ios::in);
+    EXPECT_NO_THROW(component = factory.RestoreNBAlgorithmFromBinary(in));
+  };
+  MCTest::Starve(MCTest::Places::kAll, restore, [&](bool refused) {
+    EXPECT_EQ(component == nullptr, factory.GetStatus().IsError());
+    EXPECT_TRUE(refused || component != nullptr);
+    if (component != nullptr) {
+      EXPECT_EQ(contentOf(*component), before);
+    }
+  });
+  EXPECT_NE(component, nullptr);
   std::remove(path.c_str());
 }
 

@@ -133,8 +133,8 @@ def test_a_mutated_and_a_foreign_piece_are_refused_with_their_part(spark):
     frame = predselect.spark._Frame(frame_of_table(spark, odd_types(), list(range(10, 200, 10))))
     frame.begin(["y", "real"], Options(), "pieces")
     ranges = frame.ranges()
-    rows = frame._persisted.collect()
-    frame.end()
+    rows = predselect.spark._mapped(frame._rows, predselect.spark._ranges_work(
+        frame.empty().schema, Options())).collect()
     foreign = _parts.ranges_of(18, pa.table({"z": [1.5]}), Options())
     for spoil, said in ((mutated, "part 18 cannot be added: it is damaged or cut short"),
                         (lambda piece: foreign, "part 18 cannot be added: it has")):

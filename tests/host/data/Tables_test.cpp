@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cmath>
+#include <cstddef>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -102,6 +103,28 @@ TEST(Tables, ForOneScanLargeFilesAreKeptOnlyWhereThereIsNoRoomOnDisk) {
     EXPECT_EQ(kept->CaseCount(), kCases);
   }
   was != nullptr ? setenv("TMPDIR", saved.c_str(), 1) : unsetenv("TMPDIR");
+}
+
+TEST(Tables, CellsThatTakeMoreThanTheyMayAreNotKept) {
+  const ScratchFolder folder;
+  MemoryTable table = Mixed(20001);
+  const auto contents = Contents(table);
+  for (const char* name : kFormats) {
+    WriteDataFile(table, folder.Path(name));
+    DataFileOptions options;
+    const auto open = [&] {
+      return OpenDataFile(folder.Path(name), options, TableStorage::kMemory);
+    };
+    // Whole numbers of two bytes, doubles, and codes of one.
+    const std::size_t bytes = open()->KeptBytes();
+    EXPECT_NEAR(static_cast<double>(bytes), 20001.0 * 11.0, 3000.0) << name;
+    for (const bool isRoom : {true, false}) {
+      options.fMaxKeptBytes = isRoom ? bytes : bytes / 2;
+      const auto bounded = open();
+      EXPECT_EQ(bounded->KeepsCells(), isRoom) << name;
+      EXPECT_EQ(Contents(*bounded), contents) << name;
+    }
+  }
 }
 
 TEST(Tables, DelimitedTextIsPlainAndExact) {
