@@ -6,13 +6,13 @@
 
 namespace MCTest {
 
-// Which allocations are tried: each one in turn, or after the first forty some of them.
+// Which allocations are refused: each one in turn, alone and with all that follow; or in growing
+// steps, with all that follow.
 enum class Places { kAll, kSome };
 
-// Makes the call with room for 0, 1, 2, ... allocations on this thread, until none is refused: first
-// so that the next one alone is refused, then so that all that follow are. After each,
-// `check(refused)` looks at what became of it, with memory again; refused says that an allocation
-// threw.
+// Makes the call with room for 0, 1, 2, ... allocations on this thread, until none is refused. After
+// each, `check(refused)` looks at what became of it, with memory again; refused says that an
+// allocation threw.
 void Starve(Places places, const std::function<void()>& call,
             const std::function<void(bool refused)>& check);
 

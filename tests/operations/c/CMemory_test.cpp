@@ -3,7 +3,6 @@
 
 #include <cerrno>
 #include <functional>
-#include <string>
 
 #include "tests/Starve.h"
 #include "tests/operations/c/CHost.h"
@@ -49,32 +48,10 @@ TEST(CMemory, MayRunOutAnywhereInACall) {
   }
   Starve([&] { return predselect_run(host.fSession, table, kCommands, nullptr, &host.fResult); },
          PREDSELECT_NO_MEMORY);
-  Starve([&] { return predselect_rank(host.fSession, table, "species", nullptr, &host.fResult); },
-         PREDSELECT_NO_MEMORY);
   Starve([&] { return predselect_describe(host.fSession, table, &host.fResult); },
          PREDSELECT_NO_MEMORY);
   Starve([&] { return predselect_result_table(host.fSession, host.fResult, 0, &stream); },
          PREDSELECT_NO_MEMORY);
-
-  // What follows loads states, whose binary form needs no other library.
-  const std::string path = testing::TempDir() + "starved.bin";
-  predselect_model_options wishes{};
-  wishes.struct_size = sizeof wishes;
-  wishes.test = -1.0;
-  wishes.state_path = path.c_str();
-  const auto model = [&] {
-    return predselect_model(host.fSession, table, "species", &wishes, &host.fResult);
-  };
-  Starve(model, PREDSELECT_NO_MEMORY);
-  Held<predselect_state> state;
-  Starve([&] { return predselect_state_load(host.fSession, path.c_str(), &state); },
-         PREDSELECT_NO_MEMORY);
-  Starve([&] { return predselect_inspect(host.fSession, state, &host.fResult); },
-         PREDSELECT_NO_MEMORY);
-  const auto evaluate = [&] {
-    return predselect_evaluate(host.fSession, table, state, &host.fResult);
-  };
-  Starve(evaluate, PREDSELECT_NO_MEMORY);
 
   ArrowSchema schema{};
   Starve([&] { return stream.get_schema(&stream, &schema); }, ENOMEM);
