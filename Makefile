@@ -7,6 +7,7 @@
 #   make bench-growth  how times grow with categories, cases, columns and lengths of words
 #   make bench-plot  draw how the engines' times grow: docs/performance.svg
 #   make bench-end  what whole runs cost, in time and memory (OLD=path: beside another build of the program)
+#   make bench-scale  what work over parts costs, and how trees of merging grow to a million parts
 #   make bench-peers  the same jobs done by this build and by other libraries, in one run
 #   make compare OLD=path  every output of this build beside those of another build of the program
 #   make asan    the test suite under AddressSanitizer and UBSan
@@ -35,7 +36,7 @@
 #   make tidy    clang-tidy over the sources of program and libraries
 #   make format  clang-format over all sources
 #   make clean   removes everything that was built
-.PHONY: demo test program build bench bench-growth bench-plot bench-end bench-peers compare check-exact
+.PHONY: demo test program build bench bench-growth bench-plot bench-end bench-scale bench-peers compare check-exact
 .PHONY: asan tsan fuzz damage faults kills load package check-package browser browser-tools models databases wheel check-wheel
 .PHONY: spark spark-tools spark-long compare-spark
 .PHONY: python-library test-python-long docs compare-sklearn tidy format clean
@@ -68,6 +69,11 @@ bench-plot: build
 
 bench-end: program
 	.venv/bin/python3 bench/end_to_end.py $(OLD) build/release/bin/predselect
+
+bench-scale: build
+	bench/scale.py build/release/bin/predselect
+	build/release/bin/merge_growth
+	for piece in 100e3 2e6 100e6; do bench/merge_trees.py --piece $$piece; done
 
 bench-peers: build
 	python3 -m venv .venv-peers

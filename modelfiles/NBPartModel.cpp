@@ -1,9 +1,11 @@
 #include "modelfiles/NBPartModel.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <functional>
 #include <iterator>
+#include <numeric>
 #include <utility>
 
 #include "common/state/StateFields.h"
@@ -46,6 +48,11 @@ bool NBPartModel::HasTablesOfVariables() const {
     categories.push_back(fVarList.GetVarAt(i)->GetNumberOfCategories());
   }
   const auto isEmpty = [](const std::vector<double>& table) { return table.empty(); };
+  const double weight = std::accumulate(fCounts.fTarget.begin(), fCounts.fTarget.end(), 0.0);
+  if (std::abs(weight - fCounts.fWeight) > 1e-7 * weight ||
+      (weight > 0) != (fCounts.fNRecords > 0)) {
+    return false;
+  }
   return fVarList.GetTargetIndex() >= 0 && fCounts.fCategories == categories &&
          static_cast<int>(fCounts.fTarget.size()) == fVarList.GetNOutputCats() &&
          std::ranges::none_of(fCounts.fInputs, isEmpty);

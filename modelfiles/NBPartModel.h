@@ -42,6 +42,7 @@ struct NBPartModel {
   void ReadObjectXML(std::ifstream& is);
 
  private:
-  // Whether there is a table for every predictor, as large as its categories ask for.
+  // Whether there is a table for every predictor, as large as its categories ask for, and the
+  // target's counts add up.
   bool HasTablesOfVariables() const;
 };

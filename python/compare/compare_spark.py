@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Rows a second of a ranking and of a model: on one machine, over Spark and Dask, and by what Spark itself
+"""Rows a second, and seconds of processors, of a ranking and of a model: on one machine, over Spark and Dask, and by what Spark itself
 brings for the like, on the same session. All of it is printed, whoever is ahead.
 
   compare_spark.py [ROWS [PARTS]]
@@ -8,6 +8,7 @@ The table is that of the tests: 3 classes, 14 numbers, 14 columns of categories,
 hold it in memory before the clock starts. Two executors, and two workers, of one core each.
 """
 
+import contextlib
 import os
 import sys
 import tempfile
@@ -19,17 +20,29 @@ ROOT = Path(__file__).resolve().parents[2]
 sys.path[:0] = [str(ROOT / "python" / "tests"), str(ROOT / "python" / "tests" / "engines")]
 os.environ["PYTHONPATH"] = os.pathsep.join([os.environ.get("PYTHONPATH", ""), sys.path[0]])
 
+import psutil  # noqa: E402
 import pyarrow as pa  # noqa: E402
 from parts import generated  # noqa: E402
 
 import predselect as ps  # noqa: E402
 
 
+def processor_seconds():
+    """Of this process and all that it has begun."""
+    spent = 0.0
+    me = psutil.Process()
+    for process in (me, *me.children(recursive=True)):
+        with contextlib.suppress(psutil.Error):
+            times = process.cpu_times()
+            spent += times.user + times.system + times.children_user + times.children_system
+    return spent
+
+
 def show(name, rows, work):
-    begin = time.perf_counter()
+    spent, begin = processor_seconds(), time.perf_counter()
     work()
-    seconds = time.perf_counter() - begin
-    print(f"| {name} | {seconds:.1f} | {rows / seconds:,.0f} |", flush=True)
+    seconds, spent = time.perf_counter() - begin, processor_seconds() - spent
+    print(f"| {name} | {seconds:.1f} | {rows / seconds:,.0f} | {spent:.1f} |", flush=True)
 
 
 def on_one_machine(rows, table):
@@ -58,7 +71,7 @@ def on_dask(rows, rows_a_part, parts):
 
 
 def on_spark(rows, rows_a_part, parts):
-    from conftest import spark_session
+    from sessions import spark_session
     from test_spark import frame_of
 
     import predselect.spark
@@ -122,7 +135,7 @@ def main():
     rows_a_part = rows // parts
     print(f"{rows:,} rows of 30 columns in {parts} parts; {os.cpu_count()} cores, "
           f"load {os.getloadavg()[0]:.1f}, {time.strftime('%Y-%m-%d')}\n")
-    print("| work | seconds | rows a second |\n| --- | --- | --- |")
+    print("| work | seconds | rows a second | processor seconds |\n| --- | --- | --- | --- |")
     on_one_machine(rows, pa.Table.from_batches([generated(i, rows_a_part) for i in range(parts)]))
     on_dask(rows, rows_a_part, parts)
     on_spark(rows, rows_a_part, parts)

@@ -178,6 +178,10 @@ def test_says_what_it_cannot_do(tmp_path):
     sure = pd.DataFrame({"x": list("ab") * 20, "y": list("kl") * 20})
     with pytest.warns(ps.PredSelectWarning, match="not calibrated"):
         ps.run(sure, "NAIVEBAYES y /SUBSET NOSELECTION.", calibrate="temperature")
+    heavy = data.assign(w=1e308)
+    for method in ("temperature", "isotonic"):
+        with pytest.warns(ps.PredSelectWarning, match="weights are too large"):
+            ps.run(heavy, COMMAND + ".", calibrate=method, weight="w")
     with pytest.warns(ps.PredSelectWarning, match="no command here builds a model"):
         ps.run(sure, "SELECTPRED y.", calibrate="temperature")
 

@@ -38,6 +38,7 @@ class HerePasses : public MCHost::IPartPasses {
       PrepareTable(*fParts[i], said);
     }
     fCodes.resize(fParts.size());
+    fKept.resize(fParts.size());
   }
 
   std::string Pass(MCHost::PassOver over, const std::string& request) override {
@@ -46,10 +47,11 @@ class HerePasses : public MCHost::IPartPasses {
     for (std::size_t i = 0; i < fParts.size(); ++i) {
       if (over == MCHost::PassOver::kCodes) {
         answers.push_back(AnswerFromCodes(fCodes[i], request, {}));
+        EXPECT_TRUE(fKept[i]->Answer(request) == answers.back());
         continue;
       }
       PartAnswer answer = AnswerPart(*fParts[i], request, {});
-      if (over == MCHost::PassOver::kRowsKeep) fCodes[i] = std::move(answer.fCodes);
+      if (over == MCHost::PassOver::kRowsKeep) Keep(i, std::move(answer.fCodes));
       answers.push_back(std::move(answer.fAnswer));
     }
     if (fbDropsOne) answers.pop_back();
@@ -67,8 +69,16 @@ class HerePasses : public MCHost::IPartPasses {
   bool fbDropsOne = false;
 
  private:
+  // Odd parts have no room for products.
+  void Keep(std::size_t part, std::string codes) {
+    const std::size_t room = part % 2 == 0 ? std::size_t{1} << 20 : 0;
+    fKept[part] = std::make_unique<PartCodes>(codes, Surroundings(), room);
+    fCodes[part] = std::move(codes);
+  }
+
   Parts fParts;
   std::vector<std::string> fCodes;
+  std::vector<std::unique_ptr<PartCodes>> fKept;
 };
 
 // A model file without the time at which it was written.

@@ -18,7 +18,7 @@ from . import _library as lib
 from ._data import Elsewhere, Options, Table, open_table
 from ._results import Model, Ranking, Result
 from ._state import State
-from .errors import DataError, PredSelectError, RequestError, quiet
+from .errors import PredSelectError, RequestError, quiet
 
 if TYPE_CHECKING:
     import pyarrow

@@ -149,7 +149,8 @@ def test_a_mutated_and_a_foreign_piece_are_refused_with_their_part(spark):
 def descriptions(spark):
     store = spark.sparkContext._jsc.sc().statusStore()
     jobs = store.jobsList(None)
-    return [jobs.apply(i).description().getOrElse(None) for i in range(jobs.size())]
+    said = [jobs.apply(i).description() for i in range(jobs.size())]
+    return [description.get() for description in said if description.isDefined()]
 
 
 def test_only_what_is_needed_is_read_and_jobs_say_what_they_are(spark, tmp_path):
