@@ -227,6 +227,9 @@ def plant(tree, files, chosen):
         if file.endswith(".cpp") and is_source(file):
             content = f'#include "{TOP}/tests/mutants/Mutants.h"\n'.encode() + content
         write_if_other(tree / file, content)
+    for environment in TOP.glob(".venv*"):
+        if not (tree / environment.name).exists():
+            (tree / environment.name).symlink_to(environment)
 
 
 def compile_tests(tree, build):
