@@ -35,12 +35,12 @@ Workers& Workers::Alone() {
 }
 
 Workers::~Workers() {
+  fTask.fbEnd = true;
+  ++fTask.fRound;
   {
     const std::lock_guard lock(fMutex);
-    fbEnd = true;
-    ++fRound;
+    fWake.notify_all();
   }
-  fWake.notify_all();
   for (std::thread& thread : fvThreads) thread.join();
 }
 
@@ -57,22 +57,48 @@ void Workers::Start() {
   }
 }
 
-void Workers::Serve(std::size_t worker) {
-  std::uint64_t round = 0;
-  for (;;) {
-    LookFor([&] { return fRound != round; });
-    std::unique_lock lock(fMutex);
-    fWake.wait(lock, [&] { return fRound != round; });
-    if (fbEnd) return;
-    round = fRound;
-    const Task* task = fpTask;
-    if (task == nullptr) continue;  // too late for it
-    ++fNBusy;
-    lock.unlock();
-    RunTask(*task, worker);
-    lock.lock();
-    if (--fNBusy == 0) fRest.notify_one();
+void Workers::DealOut(std::size_t n) {
+  if (fvShares.empty()) fvShares = std::vector<Share>(fNThreads);
+  for (std::size_t k = 0; k < fNThreads; ++k) {
+    fvShares[k].fNext = n * k / fNThreads;
+    fvShares[k].fEnd = n * (k + 1) / fNThreads;
+    fvShares[k].fGrain = std::max<std::size_t>(n / (fNThreads * kGrains), 1);
   }
+}
+
+void Workers::Serve(std::size_t worker) {
+  for (std::uint32_t round = 0;;) {
+    AwaitTask(round);
+    if (fTask.fbEnd) return;
+    round = fTask.fRound;
+    if (!Join()) continue;
+    RunTask(*fTask.fpTask, worker);
+    Leave();
+  }
+}
+
+// The caller looks who is asleep after the new round has begun, and a thread looks for it once more
+// after it has said that it sleeps, so that one of them notices.
+void Workers::AwaitTask(std::uint32_t round) {
+  const auto isThere = [&] { return fTask.fRound != round; };
+  LookFor(isThere);
+  if (isThere()) return;
+  std::unique_lock lock(fMutex);
+  ++fTask.fNAsleep;
+  fWake.wait(lock, isThere);
+  --fTask.fNAsleep;
+}
+
+bool Workers::Join() {
+  if ((fTask.fJoined.fetch_add(1) & kIsClosed) == 0) return true;
+  Leave();
+  return false;
+}
+
+void Workers::Leave() {
+  if (fTask.fJoined.fetch_sub(1) != (kIsClosed | kIsAwaited | 1U)) return;
+  const std::lock_guard lock(fMutex);
+  fRest.notify_one();
 }
 
 void Workers::RunTask(const Task& task, std::size_t worker) {
@@ -86,25 +112,28 @@ void Workers::RunTask(const Task& task, std::size_t worker) {
 
 void Workers::Together(const Task& task) {
   if (!fbStarted) Start();
-  {
+  fTask.fpTask = &task;
+  fTask.fbOver = false;
+  fTask.fJoined &= ~kIsClosed;
+  ++fTask.fRound;
+  if (fTask.fNAsleep > 0) {
     const std::lock_guard lock(fMutex);
-    fpTask = &task;
-    ++fRound;
+    fWake.notify_all();
   }
-  fWake.notify_all();
   RunTask(task, 0);
   AwaitOthers();
   if (fpFailure) std::rethrow_exception(std::exchange(fpFailure, nullptr));
 }
 
 void Workers::AwaitOthers() {
-  {
-    const std::lock_guard lock(fMutex);
-    fpTask = nullptr;
-  }
-  LookFor([this] { return fNBusy == 0; });
+  const auto haveLeft = [this] { return (fTask.fJoined & ~(kIsClosed | kIsAwaited)) == 0; };
+  fTask.fJoined |= kIsClosed;
+  LookFor(haveLeft);
+  if (haveLeft()) return;
   std::unique_lock lock(fMutex);
-  fRest.wait(lock, [this] { return fNBusy == 0; });
+  fTask.fJoined |= kIsAwaited;
+  fRest.wait(lock, haveLeft);
+  fTask.fJoined &= ~kIsAwaited;
 }
 
 }  // namespace MCCommon

@@ -28,6 +28,10 @@ class Workers {
   // Work of fewer steps (of a nanosecond or so) is done before another thread has heard of it.
   static constexpr std::size_t kWorthwhile = 16384;
 
+  // Bytes that travel together between processors: what one thread writes and another uses
+  // meanwhile should stand in different ones.
+  static constexpr std::size_t kLine = 64;
+
   // So many threads together with the caller's; 1 or fewer: that alone.
   explicit Workers(int threads = 1) : fNThreads(static_cast<std::size_t>(std::max(threads, 1))) {}
   Workers(const Workers&) = delete;
@@ -53,25 +57,8 @@ class Workers {
       for (std::size_t i = 0; i < n && !stop(); ++i) work(i, std::size_t{0});
       return;
     }
-    const std::size_t grain = std::max<std::size_t>(n / (fNThreads * kGrains), 1);
-    std::atomic<std::size_t> next{0};
-    std::atomic<bool> isOver{false};
-    const auto share = [&](std::size_t worker) {
-      for (std::size_t i = next.fetch_add(grain); i < n; i = next.fetch_add(grain)) {
-        for (const std::size_t end = std::min(i + grain, n); i < end; ++i) {
-          if (isOver || (worker == 0 && stop())) {
-            isOver = true;
-            return;
-          }
-          try {
-            work(i, worker);
-          } catch (...) {
-            isOver = true;
-            throw;
-          }
-        }
-      }
-    };
+    DealOut(n);
+    const auto share = [&](std::size_t worker) { TakeShares(worker, work, stop); };
     Together(std::cref(share));
   }
   template <class Work>
@@ -82,25 +69,70 @@ class Workers {
  private:
   using Task = std::function<void(std::size_t worker)>;
 
-  static constexpr std::size_t kGrains = 16;  // a thread's, so that none waits long for another
+  static constexpr std::size_t kGrains = 16;  // of a share, so that none waits long for another
+
+  // A stretch of the indices of a work, with which one of the threads begins: the same for each
+  // work of so many, so that what belongs to an index stays where it is. Who is done helps others.
+  struct alignas(kLine) Share {
+    std::atomic<std::size_t> fNext{0};
+    std::size_t fEnd = 0;
+    std::size_t fGrain = 1;
+  };
+
+  void DealOut(std::size_t n);
+  template <class Work, class Stop>
+  void TakeShares(std::size_t worker, Work& work, Stop& stop) {
+    for (std::size_t turn = 0; turn < fNThreads; ++turn) {
+      Share& share = fvShares[(worker + turn) % fNThreads];
+      for (;;) {
+        const std::size_t first = share.fNext.fetch_add(share.fGrain);
+        if (first >= share.fEnd) break;
+        for (std::size_t i = first; i < std::min(first + share.fGrain, share.fEnd); ++i) {
+          if (fTask.fbOver || (worker == 0 && stop())) {
+            fTask.fbOver = true;
+            return;
+          }
+          try {
+            work(i, worker);
+          } catch (...) {
+            fTask.fbOver = true;
+            throw;
+          }
+        }
+      }
+    }
+  }
 
   // Calls task(worker) on the caller's thread and on every other one that comes in time.
   void Together(const Task& task);
   void Start();
   void Serve(std::size_t worker);
+  void AwaitTask(std::uint32_t round);
+  bool Join();
+  void Leave();
   void RunTask(const Task& task, std::size_t worker);
   void AwaitOthers();
 
+  static constexpr std::uint32_t kIsClosed = 1U << 31;   // it is too late to join
+  static constexpr std::uint32_t kIsAwaited = 1U << 30;  // the caller sleeps until all have left
+  // What threads tell each other of a task: one line, which no other numbers make travel.
+  struct alignas(kLine) TaskInHand {
+    const Task* fpTask = nullptr;
+    std::atomic<std::uint32_t> fRound{0};           // of tasks; the last one ends the threads
+    std::atomic<std::uint32_t> fJoined{kIsClosed};  // threads besides the caller's, and flags
+    std::atomic<std::uint32_t> fNAsleep{0};         // threads that have to be woken
+    std::atomic<bool> fbOver{false};                // no further index is begun
+    std::atomic<bool> fbEnd{false};
+  };
+
   std::size_t fNThreads;
-  bool fbStarted = false;
   std::vector<std::thread> fvThreads;
-  std::mutex fMutex;  // of all below
+  bool fbStarted = false;
+  std::vector<Share> fvShares;
+  TaskInHand fTask;
+  std::mutex fMutex;  // of sleep, and of the failure
   std::condition_variable fWake;
   std::condition_variable fRest;
-  const Task* fpTask = nullptr;          // to be joined in
-  std::atomic<std::uint64_t> fRound{0};  // of tasks; the last one ends the threads
-  std::atomic<std::size_t> fNBusy{0};    // threads besides the caller's
-  bool fbEnd = false;
   std::exception_ptr fpFailure;  // the first of a task
 };
 

@@ -47,8 +47,17 @@ MCStatus FSPredictorSet::PassBlocks(MCCommon::RecordIterator& source, int maxRec
                                     bool withTarget, bool warn) {
   const FSStopwatch watch(fElapsed);
   fCounts.Start(fNPredictors, withTarget);
-  FSRecordPass(fCounts, *fpSettings, withTarget).Run(source, maxRecords, *fpCancel, watch);
+  FSRecordPass(fCounts, *fpSettings, withTarget, WorkersOfPass())
+      .Run(source, maxRecords, *fpCancel, watch);
   return EndOfPass(fpSettings->GetWeightPosition() >= 0, warn);
+}
+
+MCCommon::Workers& FSPredictorSet::WorkersOfPass() {
+  const int threads = fpSettings->GetNThreads();
+  if (!fpWorkers || fpWorkers->Count() != static_cast<std::size_t>(threads)) {
+    fpWorkers = std::make_unique<MCCommon::Workers>(threads);
+  }
+  return *fpWorkers;
 }
 
 MCStatus FSPredictorSet::PassTransactions(MCCommon::RecordIterator& source) {

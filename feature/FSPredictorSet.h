@@ -11,11 +11,13 @@
 
 #include <cstdint>
 #include <iosfwd>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "common/RecordIterator.h"
+#include "common/Workers.h"
 #include "feature/FSCancelInfo.h"
 #include "feature/MCFSCommon.h"
 #include "feature/MCStatus.h"
@@ -156,6 +158,7 @@ class FSPredictorSet {
   bool IsThere(int predictor) const;
   MCFeature::MCStatus PassBlocks(MCCommon::RecordIterator& source, int maxRecords, bool withTarget,
                                  bool warn);
+  MCCommon::Workers& WorkersOfPass();
   MCFeature::MCStatus EndOfPass(bool weighted, bool warn);
   template <class Reason>
   void RemoveWhere(Reason reason);
@@ -182,4 +185,5 @@ class FSPredictorSet {
   FSExclusions fExclusions;
   FSRanking fRanking;
   int fWarning = 0;
+  std::unique_ptr<MCCommon::Workers> fpWorkers;  // of the passes, kept from one to the next
 };

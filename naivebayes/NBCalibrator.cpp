@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "common/MissingValue.h"
-#include "naivebayes/NBAlgorithm.h"
 
 namespace {
 
@@ -21,10 +20,7 @@ std::uint64_t Mixed(std::uint64_t number) {
 }  // namespace
 
 NBCalibrator::NBCalibrator(const NBAlgorithm& model, std::uint64_t seed)
-    : fModel(model),
-      fSeed(seed),
-      fNClasses(model.GetOutput().GetPriors().size()),
-      fCodes(model.GetInputs().size()) {
+    : fModel(model), fSeed(seed), fNClasses(model.GetOutput().GetPriors().size()) {
   fEvidence.emplace_back(model.GetOutput(), model.GetInputs());
 }
 
@@ -33,41 +29,32 @@ std::size_t NBCalibrator::FoldOf(std::size_t number) const {
 }
 
 void NBCalibrator::Encode(const MCCommon::RecordBlock& block) {
-  fBlockTargets.resize(block.Cases());
-  fBlockWeights.resize(block.Cases());
-  fModel.EncodeCases(block, fBlockTargets.data(), fBlockWeights.data());
-  for (std::size_t j = 0; j < fCodes.size(); ++j) {
-    fCodes[j].resize(block.Cases());
-    fModel.EncodeInput(static_cast<int>(j), block, fCodes[j].data());
+  fBlock.Resize(fModel.GetInputs().size(), block.Cases());
+  fModel.EncodeCases(block, fBlock.fvTargets.data(), fBlock.fvWeights.data());
+  for (std::size_t j = 0; j < fBlock.fvCodes.size(); ++j) {
+    fModel.EncodeInput(static_cast<int>(j), block, fBlock.fvCodes[j].data());
   }
 }
 
 void NBCalibrator::Divide(const MCCommon::RecordBlock& block) {
-  if (fFolds.empty()) fFolds.assign(kFolds, {fModel.GetOutput(), fModel.GetInputs(), 0});
+  if (fFolds.empty()) fFolds.assign(kFolds, {Whole(), fModel.GetTotalWeight()});
   Encode(block);
+  std::vector<std::vector<std::size_t>> cases(fFolds.size());
   for (std::size_t i = 0; i < block.Cases(); ++i) {
-    Fold& fold = fFolds[FoldOf(fNSeen++)];
-    if (!IsValid(i)) continue;
-    const double taken = -fBlockWeights[i];
-    fold.fOutput.AddCases(&fBlockTargets[i], &taken, 1);
-    fold.fWeight += fBlockWeights[i];
-    for (std::size_t j = 0; j < fCodes.size(); ++j) {
-      if (fCodes[j][i] >= 0) fold.fInputs[j].AddCount(fCodes[j][i], fBlockTargets[i], taken);
-    }
+    const std::size_t fold = FoldOf(fNSeen++);
+    if (IsValid(i)) cases[fold].push_back(i);
   }
+  const NBCodeBlock& codes = fBlock.View();
+  for (std::size_t f = 0; f < fFolds.size(); ++f) fFolds[f].TakeOut(codes, cases[f]);
 }
 
 void NBCalibrator::SetFolds() {
   fEvidence.clear();
   fNSeen = 0;
-  for (Fold& fold : fFolds) {
-    // A fold that holds everything is scored by the whole.
-    const double left = fModel.GetTotalWeight() - fold.fWeight;
-    if (left > 0) {
-      fold.fOutput.ComputeProbabilities(left);
-      for (NBayesInput& input : fold.fInputs) input.ComputeProbabilities(left);
-    }
-    fEvidence.emplace_back(fold.fOutput, fold.fInputs);
+  for (NBFoldModel& fold : fFolds) {
+    // A fold that holds everything, but for rounding, is scored by the whole.
+    if (fold.GetWeight() > 1e-9 * fModel.GetTotalWeight()) fold.Finish(Whole());
+    fEvidence.emplace_back(fold.View().fOutput, fold.View().fInputs);
   }
   fFolds.clear();
 }
@@ -80,12 +67,12 @@ void NBCalibrator::Add(const MCCommon::RecordBlock& block) {
     const NBEvidence& evidence = fEvidence[fEvidence.size() > 1 ? FoldOf(number) : 0];
     const std::size_t first = fLogs.size();
     fLogs.insert(fLogs.end(), evidence.OfPriors(), evidence.OfPriors() + fNClasses);
-    for (std::size_t j = 0; j < fCodes.size(); ++j) {
-      const double* row = evidence.Of(j, fCodes[j][i]);
+    for (std::size_t j = 0; j < fBlock.fvCodes.size(); ++j) {
+      const double* row = evidence.Of(j, fBlock.fvCodes[j][i]);
       for (std::size_t k = 0; k < fNClasses; ++k) fLogs[first + k] += row[k];
     }
-    fTargets.push_back(fBlockTargets[i]);
-    fWeights.push_back(fBlockWeights[i]);
+    fTargets.push_back(fBlock.fvTargets[i]);
+    fWeights.push_back(fBlock.fvWeights[i]);
   }
 }
 
@@ -147,6 +134,11 @@ NBCalibration NBCalibrator::FitCurves() const {
 
 namespace {
 
+// Posteriors of which the odds are the same to six digits count as one, and the smallest as 0, so
+// that no rounding, of whoever computes a posterior, leads from one level to the next.
+bool IsSame(double x, double y) { return y - x <= 1e-6 * std::min(x, 1 - x); }
+constexpr double kLeastPosterior = 1e-100;
+
 // Posteriors that stand together: where a later mean were lower, neighbours become one.
 struct Level {
   double fFirst;
@@ -177,7 +169,7 @@ NBCalibration::Curve NBCalibrator::CurveOf(std::size_t k) const {
   for (std::size_t i = 0; i < posteriors.size(); ++i) {
     std::copy_n(&fLogs[i * fNClasses], fNClasses, shares.begin());
     NBCalibration::Softmax(shares, 1);
-    posteriors[i] = shares[k];
+    posteriors[i] = shares[k] < kLeastPosterior ? 0 : shares[k];
   }
   std::vector<std::size_t> order(posteriors.size());
   std::iota(order.begin(), order.end(), std::size_t{0});
@@ -185,7 +177,7 @@ NBCalibration::Curve NBCalibrator::CurveOf(std::size_t k) const {
   std::vector<Level> levels;
   for (std::size_t at = 0; at < order.size();) {
     Level level{posteriors[order[at]], posteriors[order[at]], 0, 0};
-    for (; at < order.size() && posteriors[order[at]] == level.fFirst; ++at) {
+    for (; at < order.size() && IsSame(level.fFirst, posteriors[order[at]]); ++at) {
       const std::size_t i = order[at];
       level.fWeight += fWeights[i];
       if (static_cast<std::size_t>(fTargets[i]) == k) level.fSum += fWeights[i];

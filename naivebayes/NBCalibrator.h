@@ -8,15 +8,16 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <utility>
 #include <vector>
 
 #include "common/RecordBlock.h"
+#include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/model/NBCalibration.h"
 #include "naivebayes/model/NBEvidence.h"
-#include "naivebayes/model/NBayesInput.h"
-#include "naivebayes/model/NBayesOutput.h"
-
-class NBAlgorithm;
+#include "naivebayes/model/NBModelView.h"
+#include "naivebayes/store/NBCodeBuffer.h"
+#include "naivebayes/validation/NBFoldModel.h"
 
 class NBCalibrator {
  public:
@@ -38,15 +39,10 @@ class NBCalibrator {
   NBCalibration Fit(NBCalibration::Method method) const;
 
  private:
-  struct Fold {
-    NBayesOutput fOutput;
-    std::vector<NBayesInput> fInputs;
-    double fWeight = 0;
-  };
-
+  NBModelView Whole() const { return {fModel.GetOutput(), fModel.GetInputs()}; }
   void Encode(const MCCommon::RecordBlock& block);
   bool IsValid(std::size_t place) const {
-    return fBlockTargets[place] >= 0 && fBlockWeights[place] > 0;
+    return fBlock.fvTargets[place] >= 0 && fBlock.fvWeights[place] > 0;
   }
   // Of the case with that number, of those that were encoded.
   std::size_t FoldOf(std::size_t number) const;
@@ -60,13 +56,10 @@ class NBCalibrator {
   const NBAlgorithm& fModel;
   std::uint64_t fSeed;
   std::size_t fNClasses;
-  std::vector<Fold> fFolds;           // what is taken off the model's counts
+  std::vector<NBFoldModel> fFolds;    // while cases are being taken out
   std::vector<NBEvidence> fEvidence;  // by fold; of held-out cases one
   std::size_t fNSeen = 0;
-  // Of the block at hand.
-  std::vector<std::vector<std::int32_t>> fCodes;
-  std::vector<std::int32_t> fBlockTargets;
-  std::vector<double> fBlockWeights;
+  NBCodeBuffer fBlock;  // at hand
   // Of all cases that count: logarithms of joint values, the classes side by side.
   std::vector<double> fLogs;
   std::vector<std::int32_t> fTargets;

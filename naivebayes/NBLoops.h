@@ -32,14 +32,26 @@ struct NBLoops {
   // REQUIRES: n mod 8 = 0.
   void (*fMultiplyUp)(std::size_t n, const double* odds, double* products);
 
-  // The same for n cases in `lanes` lanes, with one more input, in kPlaces places in turn: the odds
-  // of a case and lane are the sum over its slots of odds times factors, times the inverse unless
-  // that is null. Numbers of lanes stand side by side, those of slots behind each other. The row of
-  // a case's factors is that of its inverse, `rows`, or without its target (rows / targets) where
-  // there is an inverse. REQUIRES: lanes mod fNLanes = 0.
-  void (*fMultiplyUpLanes)(std::size_t n, std::size_t slots, std::size_t lanes, const double* odds,
-                           const double* factors, const double* inverse, const std::size_t* rows,
-                           std::size_t targets, double* products);
+  // What an input does to the odds of cases in lanes: factors by code and slot, and, where there
+  // are inverses, these by row. Numbers of lanes stand side by side, those of slots behind each
+  // other. REQUIRES: lanes mod fNLanes = 0; 1 to 3 slots where there is no inverse.
+  struct LaneTables {
+    const double* fpFactors;
+    const double* fpInverse;  // may be null
+    std::size_t fSlots;
+    std::size_t fLanes;
+  };
+
+  // The same for n cases in lanes, with one more input, in kPlaces places in turn: the odds of a
+  // case and lane are the sum over its slots of odds times factors, times the inverse. Of each case
+  // the code of its factors and the row of its inverses.
+  void (*fMultiplyUpLanes)(std::size_t n, const LaneTables& tables, const double* odds,
+                           const std::size_t* codes, const std::size_t* rows, double* products);
+
+  // Takes the input into the odds of n cases: those below `least` become 0, those above `most`
+  // that.
+  void (*fMultiplyOdds)(std::size_t n, const LaneTables& tables, const std::size_t* codes,
+                        const std::size_t* rows, double least, double most, double* odds);
 
   static constexpr std::size_t kPlaces = 8;
   std::size_t fNLanes;  // of a vector

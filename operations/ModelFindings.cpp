@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "common/MCAssert.h"
+#include "common/evaluation/Evaluation.h"
 #include "common/evaluation/ScoreCurves.h"
 #include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/encoders/NBNumericUserMissing.h"
@@ -90,6 +91,29 @@ Json Curves(const MCCommon::ScoreCurves& curves) {
   return {{"weight", curves.GetWeight()}, {"categories", std::move(categories)}};
 }
 
+// Under the ROC curves that have steps, but from the probabilities themselves; null for a category
+// with no case or all, and for all where there were too many different ones.
+Json Areas(const MCCommon::Evaluation& evaluation, const MCCommon::ScoreCurves& curves) {
+  Json areas = Json::array();
+  for (int k = 0; k < curves.GetNCategories(); ++k) {
+    const double area = evaluation.fClasses[static_cast<std::size_t>(k)].fAUC.fValue;
+    areas.push_back(evaluation.fbAUCRounded ? Json(nullptr) : JsonNumber(area));
+  }
+  return areas;
+}
+
+Json Samples(const PRSFindings& findings) {
+  Json samples = Json::object();
+  if (findings.fpTraining != nullptr) samples["training"] = Curves(*findings.fpTraining);
+  if (findings.fpTest != nullptr) samples["test"] = Curves(*findings.fpTest);
+  const bool isTested = findings.fpTest != nullptr;
+  const MCCommon::ScoreCurves* evaluated = isTested ? findings.fpTest : findings.fpTraining;
+  if (findings.fpEvaluation != nullptr && evaluated != nullptr) {
+    samples[isTested ? "test" : "training"]["areas"] = Areas(*findings.fpEvaluation, *evaluated);
+  }
+  return samples;
+}
+
 // By observed (rows) and predicted category.
 Json Confusion(const NBOutputStatistics* statistics) {
   return statistics == nullptr ? Json(nullptr) : Json(statistics->GetMisClassMatrixAsVecOfRows());
@@ -161,9 +185,7 @@ Json ModelFindings(const PRSFindings& findings, const MCHost::ITable* table) {
                                 {"reason", predictor.fReason},
                                 {"threshold", JsonNumber(predictor.fThreshold)}});
   }
-  json["curves"] = Json::object();
-  if (findings.fpTraining != nullptr) json["curves"]["training"] = Curves(*findings.fpTraining);
-  if (findings.fpTest != nullptr) json["curves"]["test"] = Curves(*findings.fpTest);
+  json["curves"] = Samples(findings);
   return json;
 }
 

@@ -15,7 +15,8 @@ struct NBSelectionResult;
 struct StateDictionary;
 namespace MCCommon {
 class ScoreCurves;
-}
+struct Evaluation;
+}  // namespace MCCommon
 
 // A scale predictor or target in bins of equal width.
 struct PRSBins {
@@ -59,6 +60,8 @@ struct PRSFindings {
   const INBAlgorithm* fpNaive = nullptr;
   const MCCommon::ScoreCurves* fpTraining = nullptr;
   const MCCommon::ScoreCurves* fpTest = nullptr;
+  // Of the test cases, or of training where none test it; null where the command asks for none.
+  const MCCommon::Evaluation* fpEvaluation = nullptr;
   // The selection that led to it, its first so many predictors forced; null where there was none.
   const NBSelectionResult* fpSelection = nullptr;
   int fNForced = 0;

@@ -8,6 +8,7 @@
 #include <limits>
 #include <span>
 
+#include "feature/accumulators/FSRun.h"
 #include "feature/accumulators/FSStepSums.h"
 
 // A categorical value is the case value truncated toward zero; values beyond the range of an int
@@ -57,6 +58,8 @@ struct FSCaseBlock {
   const double* fpWeights = nullptr;
   bool fbUnitWeights = false;   // all weights of the pass so far are 1
   bool fbSmallWeights = false;  // all weights of the block are small for FSOpenGroup
+  bool fbWholeWeights = false;  // all are whole numbers, and so is their sum
+  double fWeight = 0.0;         // that sum; of no use without whole weights
   // A categorical target: its cases in the order of their category, those of small ones; and the
   // others.
   const FSPlace* fpOrder = nullptr;
@@ -79,4 +82,11 @@ struct FSCaseBlock {
 
   // As a run takes them.
   const double* RunWeights() const { return fbUnitWeights ? nullptr : fpWeights; }
+
+  // A total with the weights, as they are added one by one.
+  double AddWeightsTo(double total) const {
+    if (fbWholeWeights && FSIsWhole(total)) return total + fWeight;
+    for (std::size_t i = 0; i < fNCases; ++i) total += fpWeights[i];
+    return total;
+  }
 };

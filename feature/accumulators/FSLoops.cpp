@@ -5,6 +5,7 @@
 #include "common/CountInTurn.h"
 #include "common/InstructionSet.h"
 #include "feature/accumulators/FSCaseBlock.h"
+#include "feature/accumulators/FSScale.h"
 
 namespace {
 

@@ -20,9 +20,18 @@ struct FSLoops {
   // The small categories that values truncate to; kFSSmallCategories for all others.
   void (*fFindPlaces)(const double* values, std::size_t n, std::uint8_t* places);
 
-  // The categories of values. False, and they are of no use, when one is negative, missing, or
-  // beyond the range of an int.
-  bool (*fTakeCategories)(const double* values, std::size_t n, std::int32_t* categories);
+  // FSCategory of values, none of which is missing.
+  void (*fTakeCategories)(const double* values, std::size_t n, std::int32_t* categories);
+
+  // The highest of them, -1 without any; also -1 when one is negative, missing, or beyond the range
+  // of an int.
+  int (*fFindHighest)(const double* values, std::size_t n);
+
+  // Whether all values are ordinary for FSScale.
+  bool (*fAreOrdinary)(const double* values, std::size_t n);
+
+  // What weights have in common.
+  FSWeightTraits (*fLookAtWeights)(const double* weights, std::size_t n);
 
   // Counts pairs of predictor[i], truncated, and targets[i] in cell row << shift + target of one of
   // `tables` tables in turn (MCCommon::CountInTurn). Values that are not in 0 .. rows - 1 when

@@ -33,3 +33,12 @@ struct FSRun {
 
 // Whether whole numbers may be added to a weight in any order.
 inline bool FSIsWhole(double weight) { return weight == std::floor(weight) && weight < 0x1p52; }
+
+// What the weights of some cases have in common.
+struct FSWeightTraits {
+  bool fbValid;  // none is missing, infinite, zero or below
+  bool fbUnit;   // all are 1
+  bool fbSmall;  // all are small for FSOpenGroup
+  bool fbWhole;  // all are whole, and so is their sum
+  double fSum;   // of no use for others
+};

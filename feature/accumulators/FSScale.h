@@ -45,6 +45,12 @@ class FSScale {
   double Back(double sum) const { return std::ldexp(sum, fExponent); }
   double BackSquared(double sum) const { return std::ldexp(sum, 2 * fExponent); }
 
+  // Values up to 2^kSpan and down to 2^-kSpan are ordinary: a difference of two is 0 or at least
+  // 2^-(kSpan + 53), and its square is as far from the least normal number as 2^31 squares are from
+  // the greatest one.
+  static constexpr int kSpan = 400;
+  static constexpr double kLeast = 0x1p-400;
+  static constexpr double kMost = 0x1p400;
   // Whether a value is ordinary: one that needs no scale, neither now nor beside others.
   static bool IsOrdinary(double value) {
     return value == 0.0 || (std::abs(value) >= kLeast && std::abs(value) <= kMost);
@@ -55,13 +61,6 @@ class FSScale {
   bool IsOrdinary() const { return fExponent == 0 && fMost > 0.0; }
 
  private:
-  // Values up to 2^kSpan and down to 2^-kSpan are ordinary: a difference of two is 0 or at least
-  // 2^-(kSpan + 53), and its square is as far from the least normal number as 2^31 squares are from
-  // the greatest one.
-  static constexpr int kSpan = 400;
-  static constexpr double kLeast = 0x1p-400;
-  static constexpr double kMost = 0x1p400;
-
   void Set(int exponent) {
     fExponent = exponent;
     fMost = exponent + kSpan < std::numeric_limits<double>::max_exponent

@@ -49,10 +49,7 @@ void FSWalkBlock(const double* predictor, const FSCaseBlock& cases, FSPredictorS
 // Adds the weights of a block one by one to a total, or remembers what that makes.
 inline double FSTotalWith(double total, const FSCaseBlock& cases) {
   FSWeightMemo& memo = *cases.fpMemo;
-  if (memo.fBefore != total) {
-    memo = {total, total};
-    for (std::size_t i = 0; i < cases.fNCases; ++i) memo.fAfter += cases.fpWeights[i];
-  }
+  if (memo.fBefore != total) memo = {total, cases.AddWeightsTo(total)};
   return memo.fAfter;
 }
 

@@ -62,14 +62,10 @@ void FSCounts::CountValid(double weight, double target, bool withTarget) {
   }
 }
 
-void FSCounts::CountValidCases(std::size_t cases, const double* weights, bool areUnit) {
-  fbNoValidData = fbNoValidData && cases == 0;
-  fNValidCases += static_cast<int>(cases);
-  if (areUnit && FSIsWhole(fValidWeight)) {
-    fValidWeight += static_cast<double>(cases);
-  } else {
-    for (std::size_t i = 0; i < cases; ++i) fValidWeight += weights[i];
-  }
+void FSCounts::CountValidCases(const FSCaseBlock& cases) {
+  fbNoValidData = fbNoValidData && cases.fNCases == 0;
+  fNValidCases += static_cast<int>(cases.fNCases);
+  fValidWeight = cases.AddWeightsTo(fValidWeight);
 }
 
 void FSCounts::CountExcluded(double weight) {

@@ -19,6 +19,7 @@
 #include "feature/accumulators/FSPredictorState.h"
 #include "feature/accumulators/IFSPredTargetAccum.h"
 
+struct FSCaseBlock;
 struct FSCategoryMaps;
 
 // How many cases a pass takes between two looks at a cancel: half a million cells, a few
@@ -46,8 +47,8 @@ class FSCounts {
   // A case that is excluded has no valid target or no valid predictor.
   void CountValid(double weight, double target, bool withTarget);
   void CountExcluded(double weight);
-  // Valid cases of these weights; `areUnit`: all are 1.
-  void CountValidCases(std::size_t cases, const double* weights, bool areUnit);
+  // All cases of a block are valid.
+  void CountValidCases(const FSCaseBlock& cases);
   // A run of them, of a target category.
   void CountTarget(int category, std::size_t cases, const FSRun& run) {
     fTargetCategories.AddRun(category, cases, run);

@@ -27,12 +27,14 @@ bool AreAllSet(const std::vector<std::uint8_t>& marks) {
 
 }  // namespace
 
-FSRecordPass::FSRecordPass(FSCounts& counts, const FSSettings& settings, bool withTarget)
+FSRecordPass::FSRecordPass(FSCounts& counts, const FSSettings& settings, bool withTarget,
+                           MCCommon::Workers& workers)
     : fCounts(counts),
       fSettings(settings),
       fbWithTarget(withTarget),
-      fWorkers(settings.GetNThreads()),
-      fRooms(fWorkers.Count()) {
+      fbWeighted(settings.GetWeightPosition() >= 0),
+      fWorkers(workers),
+      fRooms(workers.Count()) {
   int column = 0;
   for (std::size_t j = 0; j < fCounts.Size(); ++j, ++column) {
     while (IsReserved(column)) ++column;
@@ -79,15 +81,13 @@ int FSRecordPass::Take(const MCCommon::RecordBlock& block, FSCancelInfo& cancel)
 int FSRecordPass::SelectCases(const MCCommon::RecordBlock& block) {
   const double* weights = ColumnOf(block, fSettings.GetWeightPosition());
   const double* targets = ColumnOf(block, fSettings.GetTargetPosition());
-  const bool weighted = fSettings.GetWeightPosition() >= 0;
-  if (!weighted && SelectAll(targets, block.Cases())) return static_cast<int>(block.Cases());
+  if (SelectAll(weights, targets, block.Cases())) return static_cast<int>(block.Cases());
   int counted = 0;
   fNChosen = 0;
   MakeRoom(block.Cases());
-  fpTargets = fTargets.data();
   for (std::size_t i = 0; i < block.Cases(); ++i) {
     double weight = 1.0;
-    if (weighted && !ReadWeight(weights, i, weight)) continue;
+    if (fbWeighted && !ReadWeight(weights, i, weight)) continue;
     ++counted;
     const double target = targets != nullptr ? targets[i] : MCMV::gMissingValue;
     if (fbWithTarget && !IsValidTarget(target)) {
@@ -97,30 +97,46 @@ int FSRecordPass::SelectCases(const MCCommon::RecordBlock& block) {
     Choose(i, weight, target);
   }
   MakeRoom(fNChosen);
+  LookAtCases(fWeights.data(), fTargets.data());
   return counted;
 }
 
-bool FSRecordPass::SelectAll(const double* targets, std::size_t cases) {
-  if (fbWithTarget && targets == nullptr) return false;
-  fWeights.resize(cases, 1.0);
-  if (fbWithTarget && fSettings.IsCatTarget()) {
-    fTargetCategories.resize(cases);
-    if (!FSLoops::InUse().fTakeCategories(targets, cases, fTargetCategories.data())) return false;
-  } else if (fbWithTarget) {
-    unsigned invalid = 0;  // no branch on the data, so that several are looked at at a time
-    for (std::size_t i = 0; i < cases; ++i) invalid |= FSIsValidNumber(targets[i]) ? 0 : 1;
-    if (invalid != 0) return false;
-  }
-  fpTargets = targets;
+bool FSRecordPass::SelectAll(const double* weights, const double* targets, std::size_t cases) {
+  if ((fbWithTarget && targets == nullptr) || (fbWeighted && weights == nullptr)) return false;
   fNChosen = cases;
+  if (!fbWeighted) fWeights.resize(cases, 1.0);
+  LookAtCases(fbWeighted ? weights : fWeights.data(), targets);
+  if (fbWithTarget && fSettings.IsCatTarget() && fHighest < 0) return false;
+  if (fbWithTarget && !fSettings.IsCatTarget() && !fbOrdinary &&
+      !std::all_of(targets, targets + cases, FSIsValidNumber)) {
+    return false;
+  }
+  if (!fbWeighted) return true;
+  if (!fWeightTraits.fbValid) return false;
+  if (fSettings.GetWeightToFreq() != MCFSCommon::kAsIs && !fWeightTraits.fbWhole) return false;
+  fCounts.SeeValidWeight();
   return true;
+}
+
+void FSRecordPass::LookAtCases(const double* weights, const double* targets) {
+  const FSLoops& loops = FSLoops::InUse();
+  fpWeights = weights;
+  fpTargets = targets;
+  fWeightTraits = fbWeighted
+                      ? loops.fLookAtWeights(weights, fNChosen)
+                      : FSWeightTraits{true, true, true, true, static_cast<double>(fNChosen)};
+  if (!fbWithTarget) return;
+  if (fSettings.IsCatTarget()) {
+    fHighest = loops.fFindHighest(targets, fNChosen);
+  } else {
+    fbOrdinary = loops.fAreOrdinary(targets, fNChosen);
+  }
 }
 
 void FSRecordPass::MakeRoom(std::size_t cases) {
   fChosen.resize(cases);
   fWeights.resize(cases);
   fTargets.resize(cases);
-  if (fSettings.IsCatTarget()) fTargetCategories.resize(cases);
 }
 
 bool FSRecordPass::ReadWeight(const double* weights, std::size_t i, double& weight) {
@@ -139,45 +155,56 @@ void FSRecordPass::Choose(std::size_t i, double weight, double target) {
   fChosen[fNChosen] = static_cast<std::uint32_t>(i);
   fWeights[fNChosen] = weight;
   fTargets[fNChosen] = target;
-  if (fbWithTarget && fSettings.IsCatTarget()) fTargetCategories[fNChosen] = FSCategory(target);
-  fbUnitWeights = fbUnitWeights && weight == 1.0;
   ++fNChosen;
 }
 
 void FSRecordPass::ShowChosen() {
+  fbUnitWeights = fbUnitWeights && fWeightTraits.fbUnit;
   fCases = {.fNCases = fNChosen,
             .fpTargets = fpTargets,
-            .fpTargetCategories = fTargetCategories.data(),
-            .fpWeights = fWeights.data(),
-            .fbUnitWeights = fbUnitWeights};
-  fCases.fbSmallWeights =
-      fbUnitWeights || std::all_of(fWeights.begin(), fWeights.end(), FSIsSmallWeight);
+            .fpWeights = fpWeights,
+            .fbUnitWeights = fbUnitWeights,
+            .fbSmallWeights = fWeightTraits.fbSmall,
+            .fbWholeWeights = fWeightTraits.fbWhole,
+            .fWeight = fWeightTraits.fSum};
   if (!fbWithTarget) return;
   if (fSettings.IsCatTarget()) {
-    fTargetView.ShowCategories(fCases);
+    fTargetHistory.TakeCategories(fCases, fHighest);
   } else {
-    fTargetView.ShowValues(fCases);
+    fTargetHistory.TakeValues(fCases, fbOrdinary);
   }
 }
 
-void FSRecordPass::TakePredictors(const MCCommon::RecordBlock& block, FSCancelInfo& cancel) {
-  MCCommon::Workers& workers = fWorkers.For(fNChosen * fColumns.size());
-  for (std::size_t worker = 0; worker < workers.Count(); ++worker) {
-    Room& room = fRooms[worker];
-    room.fCases = fCases;
-    room.fHasValid.assign(fNChosen, 0);
-    room.fCases.fpHasValid = room.fHasValid.data();
-    room.fMemo = {};
-    room.fCases.fpMemo = &room.fMemo;
-    room.fCases.fpSort = &room.fSort;
+FSRecordPass::Room& FSRecordPass::Enter(std::size_t worker) {
+  Room& room = fRooms[worker];
+  if (room.fBlock == fBlock) return room;
+  room.fBlock = fBlock;
+  room.fCases = fCases;
+  room.fHasValid.assign(fNChosen, 0);
+  room.fCases.fpHasValid = room.fHasValid.data();
+  room.fMemo = {};
+  room.fCases.fpMemo = &room.fMemo;
+  room.fCases.fpSort = &room.fSort;
+  if (fbWithTarget && fSettings.IsCatTarget()) {
+    room.fTarget.ShowCategories(room.fCases);
+  } else if (fbWithTarget) {
+    room.fTarget.ShowSteps(room.fCases);
   }
+  return room;
+}
+
+void FSRecordPass::TakePredictors(const MCCommon::RecordBlock& block, FSCancelInfo& cancel) {
+  ++fBlock;
   const auto take = [&](std::size_t j, std::size_t worker) {
     IFSPredTargetAccum* accumulator = fCounts.At(j);
     if (accumulator == nullptr || fColumns[j] >= block.Columns()) return;
-    TakePredictor(*accumulator, block, fColumns[j], fRooms[worker]);
+    TakePredictor(*accumulator, block, fColumns[j], Enter(worker));
   };
-  workers.ForEach(fColumns.size(), take, [&cancel] { return cancel.IsCancel(); });
-  JoinMarks(workers.Count());
+  fWorkers.For(fNChosen * fColumns.size()).ForEach(fColumns.size(), take, [&cancel] {
+    return cancel.IsCancel();
+  });
+  Enter(0);  // also when others have taken all
+  JoinMarks();
 }
 
 void FSRecordPass::TakePredictor(IFSPredTargetAccum& accumulator,
@@ -201,13 +228,14 @@ void FSRecordPass::TakeMissing(IFSPredTargetAccum& accumulator, const double* ce
     const bool valid =
         accumulator.IsCategorical() ? FSIsValidCategory(cells[k]) : FSIsValidNumber(cells[k]);
     if (valid) room.fHasValid[k] = 1;
-    if (!valid) accumulator.AddMissing(fWeights[k]);
+    if (!valid) accumulator.AddMissing(fpWeights[k]);
   }
 }
 
-void FSRecordPass::JoinMarks(std::size_t workers) {
+void FSRecordPass::JoinMarks() {
   fHasValid.swap(fRooms.front().fHasValid);
-  for (std::size_t worker = 1; worker < workers && !AreAllSet(fHasValid); ++worker) {
+  for (std::size_t worker = 1; worker < fRooms.size() && !AreAllSet(fHasValid); ++worker) {
+    if (fRooms[worker].fBlock != fBlock) continue;
     const std::vector<std::uint8_t>& marks = fRooms[worker].fHasValid;
     for (std::size_t k = 0; k < fHasValid.size(); ++k) fHasValid[k] |= marks[k];
   }
@@ -229,25 +257,25 @@ const double* FSRecordPass::ChosenCells(const MCCommon::RecordBlock& block, std:
 
 void FSRecordPass::CountCases() {
   if (AreAllSet(fHasValid)) {
-    fCounts.CountValidCases(fNChosen, fWeights.data(), fbUnitWeights);
-    if (fbWithTarget && fSettings.IsCatTarget()) CountTargets();
+    fCounts.CountValidCases(fCases);
+    if (fbWithTarget && fSettings.IsCatTarget()) CountTargets(fRooms.front().fCases);
     return;
   }
   for (std::size_t k = 0; k < fNChosen; ++k) {
     if (fHasValid[k] != 0) {
-      fCounts.CountValid(fWeights[k], fbWithTarget ? fpTargets[k] : 0.0, fbWithTarget);
+      fCounts.CountValid(fpWeights[k], fbWithTarget ? fpTargets[k] : 0.0, fbWithTarget);
     } else {
-      fCounts.CountExcluded(fWeights[k]);
+      fCounts.CountExcluded(fpWeights[k]);
     }
   }
 }
 
-void FSRecordPass::CountTargets() {
-  for (const FSCategoryRun& run : fCases.fRuns) {
+void FSRecordPass::CountTargets(const FSCaseBlock& cases) {
+  for (const FSCategoryRun& run : cases.fRuns) {
     fCounts.CountTarget(run.fCategory, run.fEnd - run.fBegin,
-                        {fpTargets, fCases.RunWeights(), fCases.fpOrder + run.fBegin});
+                        {fpTargets, cases.RunWeights(), cases.fpOrder + run.fBegin});
   }
-  for (const FSPlace i : fCases.fOthers) {
-    fCounts.CountTarget(fTargetCategories[i], 1, {fpTargets, fWeights.data(), &i});
+  for (const FSPlace i : cases.fOthers) {
+    fCounts.CountTarget(cases.fpTargetCategories[i], 1, {fpTargets, fpWeights, &i});
   }
 }

@@ -49,7 +49,7 @@ double ContingencyTable::ExpectedInEmpty(std::size_t row) const {
   if (cells.size() == fColumns.size()) return 0.0;
   double left = fTotal;
   for (const Cell& cell : cells) left -= fColumns[cell.fColumn];
-  return fRows[row] * std::max(left, 0.0) / fTotal;
+  return ProductOver(fRows[row], std::max(left, 0.0), fTotal);
 }
 
 double ContingencyTable::DegreesOfFreedom() const {
@@ -62,7 +62,7 @@ double PearsonChiSquare(const ContingencyTable& table) {
     for (const auto& [column, count] : table.Cells(i)) {
       const double expected = table.Expected(i, column);
       const double difference = count - expected;
-      sum.Add(difference * difference / expected);
+      sum.Add(ProductOver(difference, difference, expected));
     }
     sum.Add(table.ExpectedInEmpty(i));
   }

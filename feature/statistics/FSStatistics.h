@@ -1,6 +1,7 @@
 // The ranking statistics as functions of counts and moments.
 #pragma once
 
+#include <cmath>
 #include <cstddef>
 #include <span>
 #include <vector>
@@ -10,6 +11,12 @@ class FSMapIStat;
 class FSMapPiCnt;
 
 namespace FSStatistics {
+
+// a b / c, also where no number holds a b.
+inline double ProductOver(double a, double b, double c) {
+  const double product = a * b;
+  return std::isfinite(product) ? product / c : a * (b / c);
+}
 
 // A table of weighted counts n(i,j), rows by predictor and columns by target category, both in
 // ascending order of the category. Cells that never occurred are not stored: a table of many rows
@@ -27,7 +34,7 @@ struct ContingencyTable {
 
   // Expected without association: n(i) n(j) / N.
   double Expected(std::size_t row, std::size_t column) const {
-    return fRows[row] * fColumns[column] / fTotal;
+    return ProductOver(fRows[row], fColumns[column], fTotal);
   }
   // The sum of what is expected in the cells of a row that never occurred.
   double ExpectedInEmpty(std::size_t row) const;

@@ -95,12 +95,15 @@ static void calibrate(double *p, const double *logs) {
 )";
 
 constexpr const char* kIsotonic = R"(
-static double curve_at(double v, const double *x, const double *y, int n) {
+static double curve_at(double v, double rest, const double *x, const double *y, int n) {
   int i = 0;
-  while (i < n && x[i] <= v) ++i;
+  double beyond;
+  if (v <= 0.5) rest = 1 - v;
+  while (i < n && (x[i] > 0.5 ? rest <= 1 - x[i] : v >= x[i])) ++i;
   if (i == 0) return y[0];
   if (i == n) return y[n - 1];
-  return y[i - 1] + (v - x[i - 1]) * ((y[i] - y[i - 1]) / (x[i] - x[i - 1]));
+  beyond = x[i - 1] > 0.5 ? (1 - x[i - 1]) - rest : v - x[i - 1];
+  return y[i - 1] + (y[i] - y[i - 1]) * (beyond / (x[i] - x[i - 1]));
 }
 )";
 
@@ -261,15 +264,16 @@ std::string Calibration(const ScoringModel& model) {
     const std::string k = std::to_string(curves.size() == 1 ? 1 : i);
     text += Array("static const double ", "x_of_" + n, size, Numbers(curves[i].fX.data(), size)) +
             Array("static const double ", "y_of_" + n, size, Numbers(curves[i].fY.data(), size));
-    body += "  p[" + k + "] = curve_at(p[" + k + "], x_of_" + n + ", y_of_" + n + ", " +
+    body += "  p[" + k + "] = curve_at(p[" + k + "], unlikely, x_of_" + n + ", y_of_" + n + ", " +
             std::to_string(size) + ");\n";
   }
   body += curves.size() == 1
               ? "  p[0] = 1 - p[1];\n"
               : "  for (k = 0; k < CLASSES; ++k) sum += p[k];\n"
                 "  for (k = 0; k < CLASSES; ++k) p[k] = sum > 0 ? p[k] / sum : 1.0 / CLASSES;\n";
-  return text + "\nstatic void calibrate(double *p) {\n" +
-         (curves.size() == 1 ? "" : "  int k;\n  double sum = 0;\n") + body + "}\n";
+  return text + "\nstatic void calibrate(double *p) {\n  int k;\n  double unlikely = 0" +
+         (curves.size() == 1 ? "" : ", sum = 0") +
+         ";\n  for (k = 0; k < CLASSES; ++k) unlikely += p[k] > 0.5 ? 0 : p[k];\n" + body + "}\n";
 }
 
 // How the case's products become its probabilities.

@@ -30,12 +30,12 @@ void CheckTexts(const ScoringVariable& variable) {
   for (const std::string& text : variable.fTexts) CheckText(text, variable);
 }
 
-// Powers are all that the others can say.
+// Powers are all that a document of Naive Bayes can say.
 void CheckCalibration(const ScoringModel& model, ModelFormat format) {
-  const bool holdsCurves = format == ModelFormat::kC || format == ModelFormat::kJSON;
-  if (model.fCalibration.GetMethod() != NBCalibration::kIsotonic || holdsCurves) return;
+  const bool hasCurves = model.fCalibration.GetMethod() == NBCalibration::kIsotonic;
+  if (!hasCurves || format != ModelFormat::kPMML) return;
   throw ExportError(
-      "its isotonic calibration has no words in this form; C and JSON hold it, and a model that is "
+      "its isotonic calibration has no words in this form; the others hold it, and a model that is "
       "calibrated by a temperature goes into every form.");
 }
 

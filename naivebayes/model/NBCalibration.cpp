@@ -4,12 +4,15 @@
 #include <cmath>
 #include <utility>
 
-double NBCalibration::Curve::At(double x) const {
-  const auto after = std::upper_bound(fX.begin(), fX.end(), x);
+double NBCalibration::Curve::At(const Posterior& posterior) const {
+  const auto isBelow = [](const Posterior& p, double x) { return p.IsBelow(x); };
+  const auto after = std::upper_bound(fX.begin(), fX.end(), posterior, isBelow);
   if (after == fX.begin()) return fY.front();
   if (after == fX.end()) return fY.back();
   const auto i = static_cast<std::size_t>(after - fX.begin());
-  return fY[i - 1] + (x - fX[i - 1]) * ((fY[i] - fY[i - 1]) / (fX[i] - fX[i - 1]));
+  // A slope would overflow between points that are close.
+  const double share = posterior.Beyond(fX[i - 1]) / (fX[i] - fX[i - 1]);
+  return fY[i - 1] + (fY[i] - fY[i - 1]) * share;
 }
 
 NBCalibration NBCalibration::ByTemperature(double temperature) {
@@ -59,14 +62,20 @@ void NBCalibration::Softmax(std::span<double> logs, double temperature) {
 void NBCalibration::ApplyToLogs(std::span<double> logs) const { Softmax(logs, fTemperature); }
 
 void NBCalibration::ApplyToPosteriors(std::span<double> posteriors) const {
+  double unlikely = 0;  // all but the one above a half, if there is one
+  for (const double value : posteriors) unlikely += value > 0.5 ? 0 : value;
+  const auto calibrated = [&](std::size_t k, const Curve& curve) {
+    const double value = posteriors[k];
+    return curve.At({value, value > 0.5 ? unlikely : 1 - value});
+  };
   if (posteriors.size() == 2) {
-    posteriors[1] = fCurves[0].At(posteriors[1]);
+    posteriors[1] = calibrated(1, fCurves[0]);
     posteriors[0] = 1 - posteriors[1];
     return;
   }
   double sum = 0;
   for (std::size_t k = 0; k < posteriors.size(); ++k) {
-    posteriors[k] = fCurves[k].At(posteriors[k]);
+    posteriors[k] = calibrated(k, fCurves[k]);
     sum += posteriors[k];
   }
   for (double& value : posteriors) {

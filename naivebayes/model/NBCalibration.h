@@ -13,12 +13,21 @@ class NBCalibration {
   // Saved: do not renumber.
   enum Method { kNone = 0, kTemperature = 1, kIsotonic = 2 };
 
+  // A posterior, and what it lacks to 1: near there this has digits that the posterior has not.
+  struct Posterior {
+    double fValue;
+    double fRest;
+
+    bool IsBelow(double x) const { return x > 0.5 ? fRest > 1 - x : fValue < x; }
+    double Beyond(double x) const { return x > 0.5 ? (1 - x) - fRest : fValue - x; }
+  };
+
   // A curve that never falls: straight lines between its points, and level beyond them.
   struct Curve {
     std::vector<double> fX;  // posteriors, ascending
     std::vector<double> fY;  // probabilities
 
-    double At(double x) const;
+    double At(const Posterior& posterior) const;
   };
 
   NBCalibration() = default;

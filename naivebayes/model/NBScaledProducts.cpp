@@ -20,6 +20,22 @@ void MultiplyRows(const NBayesInputBase& input, const Code* codes, std::size_t r
   }
 }
 
+// The same for several inputs at once: each product is read and written once.
+template <int kCategories>
+void MultiplyTogether(const NBayesInput* inputs, const std::int32_t* codes, std::size_t records,
+                      double* products) {
+  constexpr std::size_t kTogether = NBScaledProducts::kTogether;
+  for (std::size_t i = 0; i < records; ++i, products += kCategories) {
+    std::array<double, kCategories> few;
+    std::copy_n(products, kCategories, few.begin());
+    for (std::size_t j = 0; j < kTogether; ++j) {
+      const double* factors = inputs[j].GetFactors(codes[j * records + i]);
+      for (std::size_t k = 0; k < kCategories; ++k) few[k] *= factors[k];
+    }
+    std::copy(few.begin(), few.end(), products);
+  }
+}
+
 // One record through all inputs, as long as the bound from below of its products stays high enough.
 template <int kCategories>
 bool MultiplyRecord(const std::vector<NBayesInput>& inputs, const std::int32_t* codes,
@@ -73,6 +89,30 @@ void NBScaledProducts::Multiply(const NBayesInputBase& input, NBCodes codes) {
     }
   };
   std::visit(multiply, codes);
+}
+
+void NBScaledProducts::Multiply(std::span<const NBayesInput> inputs, const std::int32_t* codes) {
+  const bool areFew = fNCategories == 2 || fNCategories == 3;
+  while (!inputs.empty()) {
+    const bool together = areFew && HasRoomFor(inputs);
+    const std::size_t n = together ? kTogether : 1;
+    if (!together) {
+      Multiply(inputs.front(), codes);
+    } else {
+      for (std::size_t j = 0; j < n; ++j) fLeast *= inputs[j].GetLeastFactor();
+      const auto multiply = fNCategories == 2 ? MultiplyTogether<2> : MultiplyTogether<3>;
+      multiply(inputs.data(), codes, fNRecords, fvMantissas.data());
+    }
+    inputs = inputs.subspan(n);
+    codes += n * fNRecords;
+  }
+}
+
+bool NBScaledProducts::HasRoomFor(std::span<const NBayesInput> inputs) const {
+  if (inputs.size() < kTogether) return false;
+  double least = fLeast;
+  for (std::size_t j = 0; j < kTogether; ++j) least *= inputs[j].GetLeastFactor();
+  return least >= kLookBelow;
 }
 
 bool NBScaledProducts::MultiplyPlain(const std::vector<NBayesInput>& inputs,

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "naivebayes/store/NBCodes.h"
@@ -33,6 +34,11 @@ class NBScaledProducts {
   // Multiplies one input in; a record with a negative code has no factor.
   // REQUIRES: one code per record, within the input's table.
   void Multiply(const NBayesInputBase& input, NBCodes codes);
+  // The same for several inputs, one after the other; the codes of each stand behind those of the
+  // one before.
+  void Multiply(std::span<const NBayesInput> inputs, const std::int32_t* codes);
+  // So many of them are multiplied in at once, with the products in registers.
+  static constexpr std::size_t kTogether = 4;
 
   // Makes Values and Exponent follow the products. To be called after the last Multiply.
   void Align();
@@ -59,6 +65,8 @@ class NBScaledProducts {
   double SumOf(std::size_t record) const;
 
  private:
+  // Whether no product of kTogether inputs can become too small on the way.
+  bool HasRoomFor(std::span<const NBayesInput> inputs) const;
   void ScaleUp();
 
   std::size_t fNRecords = 0;

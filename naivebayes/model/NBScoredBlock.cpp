@@ -51,16 +51,20 @@ void NBScoredBlock::Score(const NBayesOutput& output, const std::vector<NBayesIn
 
 void NBScoredBlock::Multiply(const std::vector<NBayesInput>& inputs, const Part& part,
                              const Encode& encode, Room& room) {
-  room.fvCodes.resize(part.fNCases);
+  room.fvCodes.resize(part.fNCases * NBScaledProducts::kTogether);
   bool areAllValid = false;  // a case at least once, so that there is no more to note
-  for (std::size_t j = 0; j < inputs.size(); ++j) {
-    const std::int32_t lowest =
-        encode(static_cast<int>(j), part.fFirst, part.fNCases, room.fvCodes.data());
-    if (!areAllValid || lowest < INBEncoder::kMissingCode) {
-      NoteMissing(room.fvCodes, lowest, part.fFirst);
+  for (std::size_t first = 0; first < inputs.size(); first += NBScaledProducts::kTogether) {
+    const std::size_t n = std::min(NBScaledProducts::kTogether, inputs.size() - first);
+    for (std::size_t j = 0; j < n; ++j) {
+      const std::span codes(&room.fvCodes[j * part.fNCases], part.fNCases);
+      const std::int32_t lowest =
+          encode(static_cast<int>(first + j), part.fFirst, part.fNCases, codes.data());
+      if (!areAllValid || lowest < INBEncoder::kMissingCode) {
+        NoteMissing(codes, lowest, part.fFirst);
+      }
+      areAllValid = areAllValid || lowest >= 0;
     }
-    areAllValid = areAllValid || lowest >= 0;
-    room.fProducts.Multiply(inputs[j], room.fvCodes.data());
+    room.fProducts.Multiply(std::span(inputs).subspan(first, n), room.fvCodes.data());
   }
   room.fProducts.Align();
 }

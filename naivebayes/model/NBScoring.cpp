@@ -6,19 +6,24 @@
 #include "naivebayes/model/NBScaledProducts.h"
 #include "naivebayes/model/NBayesOutput.h"
 
+namespace {
+
+// The values may be those that are written.
+void NormalizeInto(const double* values, std::span<double> out) {
+  double sum = 0;
+  for (std::size_t k = 0; k < out.size(); ++k) sum += values[k];
+  for (std::size_t k = 0; k < out.size(); ++k) out[k] = sum > 0 ? values[k] / sum : 0.0;
+}
+
+}  // namespace
+
 namespace NBScoring {
 
 void Normalize(const NBScaledProducts& products, std::size_t record, std::span<double> out) {
-  const double* values = products.Values(record);
-  std::copy(values, values + out.size(), out.begin());
-  Normalize(out);
+  NormalizeInto(products.Values(record), out);
 }
 
-void Normalize(std::span<double> values) {
-  double sum = 0;
-  for (const double value : values) sum += value;
-  for (double& value : values) value = sum > 0 ? value / sum : 0.0;
-}
+void Normalize(std::span<double> values) { NormalizeInto(values.data(), values); }
 
 int SelectWinner(std::span<const double> probabilities, const NBayesOutput& output) {
   const int n = static_cast<int>(probabilities.size());

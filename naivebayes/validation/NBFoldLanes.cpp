@@ -10,7 +10,6 @@
 namespace {
 
 constexpr std::size_t kChunk = 512;
-constexpr std::size_t kRound = 32 * NBLoops::kPlaces;
 constexpr std::size_t kMostRatioTargets = 4;
 // Logarithms are taken beyond the first; beyond the second a product may have overflowed.
 constexpr double kMostProduct = 0x1p60, kMostSafe = 0x1p900;
@@ -143,25 +142,36 @@ void NBFoldLanes::Enter(const std::vector<int>& inputs) {
 }
 
 void NBFoldLanes::Multiply(const Table& table, const Chunk& chunk, int input) {
-  const std::size_t width = fNSlots * fNLanes;
-  const auto multiply = [&](const auto* column) {
-    for (std::size_t i = 0; i < chunk.fCodes.Cases(); ++i) {
-      double* odds = &fvOdds[(chunk.fFirst + i) * width];
-      const auto code = static_cast<std::size_t>(column[i] + 1);
-      const std::size_t own =
-          code * fNTargets + static_cast<std::size_t>(chunk.fCodes.Targets()[i]);
-      const double* factors = &table.fFactors[(fbRatios ? own : code) * width];
-      for (std::size_t n = 0; n < width; ++n) odds[n] *= factors[n];
-      if (!fbRatios) {
-        for (std::size_t n = 0; n < width; ++n)
-          odds[n] *= table.fInverse[own * fNLanes + n % fNLanes];
-      }
-      for (std::size_t n = 0; n < width; ++n) {
-        odds[n] = odds[n] < kLeastOdds ? 0.0 : std::min(odds[n], kMostOdds);
-      }
+  const std::size_t cases = chunk.fCodes.Cases();
+  Rows rows;
+  for (std::size_t first = 0; first < cases; first += kRound) {
+    const std::size_t n = std::min(kRound, cases - first);
+    FindRows(chunk, first, n, input, rows);
+    NBLoops::InUse().fMultiplyOdds(n, TablesOf(table), CodesOf(rows), rows.fRows.data(), kLeastOdds,
+                                   kMostOdds, &fvOdds[(chunk.fFirst + first) * fNSlots * fNLanes]);
+  }
+}
+
+NBLoops::LaneTables NBFoldLanes::TablesOf(const Table& table) const {
+  return {table.fFactors.data(), fbRatios ? nullptr : table.fInverse.data(), fNSlots, fNLanes};
+}
+
+const std::size_t* NBFoldLanes::CodesOf(const Rows& rows) const {
+  return fbRatios ? rows.fRows.data() : rows.fCodes.data();
+}
+
+void NBFoldLanes::FindRows(const Chunk& chunk, std::size_t first, std::size_t n, int input,
+                           Rows& rows) const {
+  const std::int32_t* targets = chunk.fCodes.Targets() + first;
+  const auto find = [&](const auto* column) {
+    for (std::size_t i = 0; i < n; ++i) {
+      rows.fCodes[i] = static_cast<std::size_t>(column[first + i] + 1);
+      rows.fRows[i] = rows.fCodes[i] * fNTargets + static_cast<std::size_t>(targets[i]);
     }
   };
-  std::visit(multiply, chunk.fCodes.Codes(input));
+  if (input >= 0) return std::visit(find, chunk.fCodes.Codes(input));
+  std::fill_n(rows.fCodes.begin(), n, 0);
+  std::copy_n(targets, n, rows.fRows.begin());
 }
 
 bool NBFoldLanes::SumTerms(const std::vector<int>& inputs, std::vector<std::vector<double>>& out) {
@@ -194,35 +204,23 @@ bool NBFoldLanes::SumTerms(const std::vector<int>& inputs, std::vector<std::vect
 
 void NBFoldLanes::AddTerms(const Table& table, const Chunk& chunk, int input, Sums& sums) const {
   const std::size_t cases = chunk.fCodes.Cases();
-  std::array<std::size_t, kRound> rows;
+  Rows rows;
   for (std::size_t first = 0; first < cases; first += kRound) {
     const std::size_t n = std::min(kRound, cases - first);
-    const std::int32_t* targets = chunk.fCodes.Targets() + first;
-    const auto find = [&](const auto* column) {
-      for (std::size_t i = 0; i < n; ++i) {
-        rows[i] = static_cast<std::size_t>(column[first + i] + 1) * fNTargets +
-                  static_cast<std::size_t>(targets[i]);
-      }
-    };
-    if (input >= 0) {
-      std::visit(find, chunk.fCodes.Codes(input));
-    } else {
-      std::copy_n(targets, n, rows.begin());
-    }
-    AddRound(table, chunk, first, n, rows.data(), sums);
+    FindRows(chunk, first, n, input, rows);
+    AddRound(table, chunk, first, n, rows, sums);
   }
 }
 
 void NBFoldLanes::AddRound(const Table& table, const Chunk& chunk, std::size_t first, std::size_t n,
-                           const std::size_t* rows, Sums& sums) const {
+                           const Rows& rows, Sums& sums) const {
   if (!chunk.fbUnitWeights) {
     return AddOneByOne(table, chunk, first, n, rows, sums);
   }
   sums.fBefore = sums.fProducts;
-  NBLoops::InUse().fMultiplyUpLanes(
-      n, fNSlots, fNLanes, &fvOdds[(chunk.fFirst + first) * fNSlots * fNLanes],
-      table.fFactors.data(), fbRatios ? nullptr : table.fInverse.data(), rows, fNTargets,
-      sums.fProducts.data());
+  NBLoops::InUse().fMultiplyUpLanes(n, TablesOf(table),
+                                    &fvOdds[(chunk.fFirst + first) * fNSlots * fNLanes],
+                                    CodesOf(rows), rows.fRows.data(), sums.fProducts.data());
   int nUnsafe = 0;
   int nLarge = 0;
   for (const double product : sums.fProducts) {
@@ -237,17 +235,17 @@ void NBFoldLanes::AddRound(const Table& table, const Chunk& chunk, std::size_t f
 }
 
 void NBFoldLanes::AddOneByOne(const Table& table, const Chunk& chunk, std::size_t first,
-                              std::size_t n, const std::size_t* rows, Sums& sums) const {
+                              std::size_t n, const Rows& rows, Sums& sums) const {
   const std::size_t width = fNSlots * fNLanes;
   for (std::size_t i = 0; i < n; ++i) {
     const double* odds = &fvOdds[(chunk.fFirst + first + i) * width];
-    const double* factors = &table.fFactors[(fbRatios ? rows[i] : rows[i] / fNTargets) * width];
+    const double* factors = &table.fFactors[CodesOf(rows)[i] * width];
     for (std::size_t lane = 0; lane < fvLanes.size(); ++lane) {
       double sum = 0.0;
       for (std::size_t s = 0; s < fNSlots; ++s) {
         sum += odds[s * fNLanes + lane] * factors[s * fNLanes + lane];
       }
-      if (!fbRatios) sum *= table.fInverse[rows[i] * fNLanes + lane];
+      if (!fbRatios) sum *= table.fInverse[rows.fRows[i] * fNLanes + lane];
       if (sum > 0.0) sums.fTotals[lane].Add(chunk.fCodes.Weights()[first + i] * std::log1p(sum));
     }
   }

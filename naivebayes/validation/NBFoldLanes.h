@@ -6,15 +6,18 @@
 // has odds of 0 there, which add nothing. Odds beyond 1e250 count as 1e250.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
 
 #include "common/Workers.h"
 #include "naivebayes/NBCancelInfo.h"
+#include "naivebayes/NBLoops.h"
 #include "naivebayes/model/NBNumerics.h"
 #include "naivebayes/store/NBCodeStore.h"
 #include "naivebayes/validation/NBFoldModel.h"
+#include "naivebayes/validation/NBLaneVector.h"
 
 class NBFoldLanes {
  public:
@@ -46,25 +49,36 @@ class NBFoldLanes {
   // What an input does to the odds, by its code (from -1 on) and lane: the factor of each category
   // of the target, or, where there are few, by the own category the ratio of each other's to it.
   struct Table {
-    std::vector<double> fFactors;
-    std::vector<double> fInverse;  // of the own category's factor; empty for ratios
+    NBLaneVector fFactors;
+    NBLaneVector fInverse;  // of the own category's factor; empty for ratios
   };
   // A sum of logarithms a lane: products of 1 + odds, less 1, in a few places in turn.
   struct Sums {
-    std::vector<double> fProducts;
-    std::vector<double> fBefore;  // those before a round
-    std::vector<NBSum> fTotals;   // by lane
+    NBLaneVector fProducts;
+    NBLaneVector fBefore;        // those before a round
+    std::vector<NBSum> fTotals;  // by lane
   };
   struct Chunk;
+  // Where the cases of a round are in a table: their codes from 0 on, alone and with their target.
+  static constexpr std::size_t kRound = 32 * NBLoops::kPlaces;
+  struct Rows {
+    std::array<std::size_t, kRound> fCodes;
+    std::array<std::size_t, kRound> fRows;
+  };
 
   Table MakeTable(int input, const std::vector<char>& isEntered) const;
   void SetOdds(const NBCodeBlock& codes, std::size_t first);
   void Multiply(const Table& table, const Chunk& chunk, int input);
+  NBLoops::LaneTables TablesOf(const Table& table) const;
+  // Of cases of a chunk, from the first on, with codes of the input; 0 for -1.
+  void FindRows(const Chunk& chunk, std::size_t first, std::size_t n, int input, Rows& rows) const;
+  // What the factors of a table go by.
+  const std::size_t* CodesOf(const Rows& rows) const;
   void AddTerms(const Table& table, const Chunk& chunk, int input, Sums& sums) const;
   void AddRound(const Table& table, const Chunk& chunk, std::size_t first, std::size_t n,
-                const std::size_t* rows, Sums& sums) const;
+                const Rows& rows, Sums& sums) const;
   void AddOneByOne(const Table& table, const Chunk& chunk, std::size_t first, std::size_t n,
-                   const std::size_t* rows, Sums& sums) const;
+                   const Rows& rows, Sums& sums) const;
   void Flush(Sums& sums) const;
   // Calls visit for the chunks of a pass, as long as it is true.
   template <class Visit>
@@ -78,6 +92,6 @@ class NBFoldLanes {
   bool fbRatios;
   std::size_t fNSlots;  // numbers a case and lane: other categories, or all with 0 for the own
   std::size_t fNLanes;  // up to a whole vector
-  std::vector<double> fvOdds;   // by case, slot and lane
+  NBLaneVector fvOdds;  // by case, slot and lane
   std::vector<Table> fvTables;  // by input, and behind them that of none
 };

@@ -1,4 +1,5 @@
 // The tables of a model of all cases but those of a fold: the counts of all less those of the fold.
+// The encoders stay those of the model of all cases.
 #pragma once
 
 #include <cstdint>

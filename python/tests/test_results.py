@@ -6,6 +6,7 @@ import copy
 import json
 import multiprocessing
 import pickle
+import re
 import warnings
 from xml.etree import ElementTree
 
@@ -13,6 +14,8 @@ import numpy as np
 import pytest
 
 import predselect as ps
+from conftest import ROOT
+from predselect._words import in_python
 
 
 def test_short_verbs_give_the_documents_of_the_program(penguins, program):
@@ -99,6 +102,42 @@ def test_warnings_have_classes_and_point_to_the_caller():
         ps.rank({"y": y, "x": np.arange(n) / 7.0}, "y")
 
 
+def test_messages_name_arguments_of_python_and_no_options(penguins, tmp_path):
+    n = 400
+    y = np.arange(n) % 2
+    leaky = {"y": y, "copy": y * 2.0 + 1, "it's a copy": y + 5, "x": np.arange(n) % 7}
+    with pytest.warns(ps.LeakWarning):
+        ranking = ps.rank(leaky, "y")
+    leave_out = """here: except_=["copy", "it's a copy"]"""
+    assert leave_out in ranking.messages[0]["detail"] and leave_out in ranking.text()
+    path = tmp_path / "data.csv"
+    for text, said in (('a,b\n"x"y,2\n', 'reading={"quote": "none"} takes quotes as letters'),
+                       ("a;b\n1,5;2\n3,5;4\n", 'reading["delimiter"], reading["decimal"] can say'),
+                       ("1,2\n3,4\n", 'reading={"header": False} takes it as data'),
+                       ("a,b\n1,x\n?,y\n" + "2,z\n" * 400, 'reading={"missing": {"a": ["?"]}} takes it')):
+        path.write_text(text)
+        with warnings.catch_warnings(), pytest.raises((ps.DataError, ps.DataNotice)) as told:
+            warnings.simplefilter("error")
+            ps.describe(path)
+        assert said in str(told.value)
+    for wrong, said in (({"levels": {"zz": "nominal"}}, "^levels: "), ({"except_": ["q"]}, "^except_: "),
+                        ({"training_column": "q"}, "^training_column: "),
+                        ({"reading": {"missing": {"q": 1}}}, r'^reading\["missing"\]: ')):
+        with pytest.raises(ps.RequestError, match=said):
+            ps.model(penguins, "species", **wrong)
+    with pytest.raises(ps.DataError, match=r"State.save\(\) and save_state write such files"):
+        ps.load(path)
+
+
+def test_no_text_of_the_library_keeps_an_option_of_the_program():
+    sources = [p for d in ("host/arrow", "host/data", "operations") for p in (ROOT / d).rglob("*.cpp")]
+    texts = [found for source in sources for found in
+             re.findall(r'"((?:[^"\\\n]|\\.)*--[a-z](?:[^"\\\n]|\\.)*)"', source.read_text())]
+    texts += [line for line in (ROOT / "host/output/strings/texts.txt").read_text().splitlines() if "--" in line]
+    assert len(texts) > 25
+    assert [t for t in texts if re.search("--[a-z]", in_python(t)) and t != " --except "] == []
+
+
 def results_of(data):
     model = ps.model(data, "species", predictions=True)
     yield ps.rank(data, "species")
@@ -171,7 +210,7 @@ def test_a_command_that_fails_says_where_and_keeps_what_was_done(penguins):
         ps.run(penguins, " ")
     with pytest.raises(ps.RequestError, match="target is a ndarray; name a column"):
         ps.rank({"x": [1.5, 2]}, np.array(["a", "b"]))
-    with pytest.raises(ps.RequestError, match="level body_mass_g=nominal"):
+    with pytest.raises(ps.RequestError, match=r'levels=\{"body_mass_g": "nominal"\} takes'):
         ps.model(penguins, "body_mass_g")
     with pytest.raises(KeyError, match="there are"):
         ps.rank(penguins, "species")["Rankings"]

@@ -49,13 +49,18 @@ class Case:
                  "--export", "model.json", "--save-state", "model.bin", "-o", "page.txt",
                  "--quiet"], self.folder)
         self.model = json.loads((self.folder / "model.json").read_text(encoding="utf-8"))
+        state = "model.bin"
+        if trial.curves:
+            state = "edited.json"
+            self.model["calibration"]["curves"] = trial.curves
+            (self.folder / state).write_text(json.dumps(self.model))
         self.inputs = self.model["predictors"]
         self.classes = self.model["target"]["categories"]
         self.scored = ["score", "--data", "score.csv", *schema, "--only-new", "--id", "id",
                        "--quiet", "-o", "page.txt", "--force"]
-        program([*self.scored, "--model", "model.bin", "--save-data", "own.csv"], self.folder)
+        program([*self.scored, "--model", state, "--save-data", "own.csv"], self.folder)
         self.path = self.folder / f"model.{ending}"
-        program(["export", "model.bin", "-o", self.path.name], self.folder)
+        program(["export", state, "-o", self.path.name], self.folder)
         self.names, *self.rows = table(self.folder / "score.csv")
         self.own = [(self.class_of(row[1]), [float(p) for p in row[2:]])
                     for row in table(self.folder / "own.csv")[1:]]

@@ -1,4 +1,4 @@
-"""Fifteen models that are hard to say elsewhere, each with cases to score: trials for exported models.
+"""Eighteen models that are hard to say elsewhere, each with cases to score: trials for exported models.
 
 Every trial gives a table to train on, one to score, and what makes the model of the first. The
 tables to score hold missing cells, new categories, values out of range and on cutpoints.
@@ -11,13 +11,16 @@ from pathlib import Path
 
 DATA = Path(__file__).resolve().parent.parent.parent / "data"
 CASES = 120  # to score
+ALL_BUT_PMML = ("json", "c", "sqlite", "duckdb", "postgresql", "onnxruntime")
 
 
 class Trial:
-    def __init__(self, name, train, score, command, schema=None, options=(), readers=None):
+    def __init__(self, name, train, score, command, schema=None, options=(), readers=None,
+                 curves=None):
         self.name, self.train, self.score = name, train, score
         self.command, self.schema, self.options = command, schema, options
         self.readers = readers  # None: all
+        self.curves = curves  # in place of those that the model has
 
     def write(self, folder):
         """The two tables, and the options that the program reads both with."""
@@ -184,6 +187,12 @@ def extreme(chance):
             "k": repr(chance.choice([1.7e308, 3.3333333333333333e-300, 4.9e-324, -1e300]))}
 
 
+# Levels that classes share, and none above 0; a step as small as numbers get.
+TIED = [{"posteriors": [0, 1e-300, 0.2, 0.3, 0.9, 1], "probabilities": [0, 0, 0, 0.25, 0.25, 0.5]},
+        {"posteriors": [0.1, 0.4, 0.6, 0.7], "probabilities": [0, 0.25, 0.25, 0.5]},
+        {"posteriors": [0.3, 0.31, 0.999], "probabilities": [0, 0.25, 0.25]}]
+
+
 def trials():
     penguins, biopsies = read("penguins.csv"), read("biopsies.csv")
     all_in = "/SUBSET NOSELECTION"
@@ -206,6 +215,12 @@ def trials():
         simple("warm", warm, f"NAIVEBAYES y BY f g h WITH x {all_in}.", 27,
                options=("--calibrate", "temperature")),
         simple("curves", missing, f"NAIVEBAYES y BY f g WITH x {all_in}.", 29,
-               options=("--calibrate", "isotonic"), readers=("json", "c")),
+               options=("--calibrate", "isotonic"), readers=ALL_BUT_PMML),
+        simple("curves_of_three", unseen, f"NAIVEBAYES y BY f g {all_in}.", 31,
+               options=("--calibrate", "isotonic"), readers=ALL_BUT_PMML),
+        simple("tied_curves", zero_cells, f"NAIVEBAYES y BY f g WITH x {all_in}.", 35,
+               options=("--calibrate", "isotonic"), readers=ALL_BUT_PMML, curves=TIED),
+        Trial("steep", biopsies, shaken(biopsies, 33), f"NAIVEBAYES diagnosis {all_in}.",
+              options=("--calibrate", "isotonic"), readers=ALL_BUT_PMML),
         simple("extreme", extreme, f"NAIVEBAYES y BY k WITH x z {all_in}.", 23),
     ]

@@ -29,7 +29,7 @@ HOSTILE = ["</script><script>document.title='run'</script>", "<img src=x onerror
            "\u202egnirts", "a\u200fb", "${alert(1)}", "&lt;b&gt;", "'\"><svg onload=alert(1)>", "@PAYLOAD@"]
 
 LAWS = ("every_page_opens_alone", "documents_show_their_findings", "damaged_documents_are_said_to_be",
-        "rankings_are_sorted_and_searched", "what_if_equals_score", "hostile_names_stay_text",
+        "rankings_are_sorted_and_searched", "curves_are_those_of_the_cases", "descriptions_count_the_missing", "what_if_equals_score", "hostile_names_stay_text",
         "pages_are_accessible", "printed_tables_are_whole", "thousands_of_predictors_stay_fluid",
         "downloads_hold_what_is_shown", "readme_shows_a_page")
 
@@ -104,6 +104,10 @@ def reports(folder):
     return {path.stem: path for path in sorted(folder.glob("*.html"))}
 
 
+def payload_of(path):
+    return json.loads(path.read_text().split('id="payload">')[1].split("</script>")[0])
+
+
 def keep(page, name):
     folder = os.environ.get("SCREENSHOTS")
     if folder:
@@ -170,14 +174,74 @@ def rankings_are_sorted_and_searched(folder, started):
         assert page.locator(".beside > h3").inner_text() == listed[20]["predictor"]
 
 
+def numbers_below(page, title):
+    """The rows of numbers under the figure of a title."""
+    drawn = page.locator("figure", has=page.get_by_role("heading", name=title, exact=True))
+    drawn.locator("summary").click()
+    return drawn.locator("details tbody tr").evaluate_all(
+        "(rows) => rows.map((row) => [...row.querySelectorAll('th, td')].map((cell) => Number(cell.textContent.replaceAll(',', ''))))")
+
+
+def descriptions_count_the_missing(folder, started):
+    """Cells without a number, however they say so, and codes that are declared; nothing else is lost."""
+    folder = Path(folder)
+    (folder / "gaps.csv").write_text("x,code,none,w\n" + "".join(
+        f"{cell},{-9 if i % 4 == 0 else i + 0.5},,{i % 3}\n" for i, cell in enumerate(["NaN", "", "inf", "-inf", "NA", 1.5, 2.5, 4] * 5)))
+    for weight in ((), ("--weight", "w")):
+        program("describe", folder / "gaps.csv", "--missing", "code=-9", *weight, "--format", "html", "--quiet", "-o", folder / "gaps.html")
+        with opened(started, folder / "gaps.html") as page:
+            text = page.locator("body").inner_text()
+            assert "NaN" not in text and "undefined" not in text and "Infinity" not in text, text
+            cards = {card.split("\n")[0]: card for card in page.locator("figure").all_inner_texts()}
+            assert "40 cases" in text and "15 values, 3 different; 25 missing" in cards["x"], cards["x"]
+            assert "30 values" in cards["code"] and "10 missing" in cards["code"], cards["code"]
+            assert "0 values, 0 different; 40 missing" in cards["none"], cards["none"]
+            assert "25 (62.5%)" in text and "10 (25.0%)" in text and "40 (100.0%)" in text, text
+
+
+def curves_are_those_of_the_cases(folder, started):
+    """Calibration, gain, lift and area of the page, from the test cases as `score` predicts them."""
+    folder, rows = Path(folder), list(csv.DictReader(open(DATA / "biopsies.csv")))
+    with open(folder / "marked.csv", "w", newline="") as file:
+        writer = csv.DictWriter(file, [*rows[0], "trains"])
+        writer.writeheader()
+        writer.writerows({**row, "trains": int(i % 5 < 2)} for i, row in enumerate(rows))
+    program("model", folder / "marked.csv", "diagnosis", "--training-column", "trains", "--quiet", "-o", folder / "m.html", "--save-model", folder / "m.bin")
+    program("score", folder / "marked.csv", "--model", folder / "m.bin", "--save-data", folder / "out.csv", "--force")
+    findings = payload_of(folder / "m.html")["runs"][0]["findings"]
+    k = min(range(2), key=lambda k: findings["target"]["counts"][k])  # the one that the page begins with
+    name = findings["target"]["categories"][k]
+    cases = sorted((float(row[f"PredictedProbability_{k + 1}"]), row["diagnosis"] == name)
+                   for row in csv.DictReader(open(folder / "out.csv")) if row["trains"] == "0")
+    of = sum(hit for _, hit in cases)
+    others = [p for p, hit in cases if not hit]
+    area = sum((p > q) + (p == q) / 2 for p, hit in cases if hit for q in others) / of / len(others)
+    assert abs(findings["curves"]["test"]["areas"][k] - area) < 1e-12, area
+    with opened(started, folder / "m.html") as page:
+        assert f"Area {area:.3f}:".replace(" 0.", " .") in page.locator("main").inner_text(), area
+        groups, at = numbers_below(page, "Calibration"), 0
+        assert 2 < len(groups) <= 10 and sum(group[2] for group in groups) == len(cases), groups
+        for predicted, observed, n in groups:
+            group, at = cases[at : at + int(n)], at + int(n)
+            assert abs(predicted - sum(p for p, _ in group) / n) < 1e-3, (predicted, group)
+            assert abs(observed - sum(hit for _, hit in group) / n) < 1e-3, (observed, group)
+        best = [hit for _, hit in reversed(cases)]
+        gain, lift = numbers_below(page, "Gain"), numbers_below(page, "Lift")
+        assert len(gain) > 20 and len(lift) > 20
+        for share, found in gain:
+            assert abs(found - sum(best[: round(share * len(best))]) / of) < 1e-3, (share, found)
+        for share, times in lift:
+            n = round(share * len(best))
+            assert abs(times - sum(best[:n]) / n / (of / len(best))) < 2e-3, (share, times)
+
+
 def what_if_equals_score(folder, started):
     """A hundred random cases, some values of which are missing, beyond the range or unknown."""
     folder = Path(folder)
     chosen = random.Random(5)
     program("model", DATA / "penguins.csv", "species", "--format", "html", "--quiet", "-o", folder / "m.html",
             "--save-model", folder / "m.bin", "--test", 0)
-    payload = json.loads((folder / "m.html").read_text().split('id="payload">')[1].split("</script>")[0])
-    inputs = payload["runs"][0]["findings"]["inputs"]
+    inputs = payload_of(folder / "m.html")["runs"][0]["findings"]["inputs"]
     assert any(i["scale"] for i in inputs) and not all(i["scale"] for i in inputs), inputs
     cases = []
     for _ in range(100):

@@ -133,6 +133,27 @@ TEST(OddInput, WeightsThatNoNumberCanHoldEndTheRun) {
   }
 }
 
+// Where no number holds the product of two counts: sizes stay, chi-squares grow with the weights.
+TEST(OddInput, HugeWeightsOfCategoriesTellTheSame) {
+  constexpr double kWeights[] = {0x1p60, 1e300};
+  std::vector<FSEffect> effects;
+  for (const double weight : kWeights) {
+    FSSettings settings({true}, true);
+    settings.SetWeightPosition(1);
+    const Component run(settings);
+    EXPECT_TRUE(
+        run.Accumulate(
+               {{0, 0, 0, 1, 1, 1, 2}, std::vector<double>(7, weight), {0, 1, 1, 1, 0, 0, 0}})
+            .IsOK());
+    EXPECT_TRUE(run->SortAndRank(0).IsOK());
+    effects.push_back(run->GetPredictorEffect(kPearson, 0));
+    EXPECT_NEAR(effects.back().fChiSquare / (7.0 * weight), 2.0 / 9.0, 1e-14);
+    EXPECT_NEAR(run.Stats(kLikelihood)[1] / run.Stats(kPearson)[1], 1.23592, 1e-4);
+  }
+  EXPECT_NEAR(effects[1].fSize, effects[0].fSize, 1e-14);
+  EXPECT_NEAR(effects[1].fInformation, effects[0].fInformation, 1e-14);
+}
+
 TEST(OddInput, TensOfThousandsOfCategoriesOnBothSidesNeedNoGrid) {
   Table table(2);
   constexpr int kCategories = 60000;

@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <numeric>
+#include <random>
 #include <sstream>
 
 #include "naivebayes/NBAlgorithm.h"
@@ -482,6 +483,37 @@ TEST(Model, ScoresTenThousandInputsAndLeavesFewInputsAsTheyAre) {
   EXPECT_EQ(products.Exponent(0), 0);
   for (int k = 0; k < 2; ++k) EXPECT_EQ(products.Values(0)[k], plain[k]);
   EXPECT_EQ(products.Values(1)[0], 0.25);
+}
+
+// Also where products become too small between two of the inputs, and have to be scaled.
+TEST(Model, MultipliesSeveralInputsAtOnceIntoTheBitsOfOneByOne) {
+  std::mt19937 random(7);
+  for (const std::size_t classes : {2, 3, 5}) {
+    for (const double alpha : {1e-3, 1e-40, 1e-170}) {
+      std::vector<NBayesInput> inputs(11);
+      for (NBayesInput& input : inputs) {
+        std::vector<std::vector<double>> counts(3, std::vector<double>(classes));
+        for (auto& row : counts) {
+          for (double& count : row) count = random() % 3 * 10.0;
+        }
+        input.Setup(alpha, counts);
+      }
+      std::vector<std::int32_t> codes(inputs.size() * 4);
+      for (std::int32_t& code : codes) code = static_cast<std::int32_t>(random() % 4) - 1;
+      NBScaledProducts together, single;
+      const std::vector<double> priors(classes, 1.0 / static_cast<double>(classes));
+      together.Reset(priors, 4), single.Reset(priors, 4);
+      together.Multiply(inputs, codes.data());
+      for (std::size_t j = 0; j < inputs.size(); ++j) single.Multiply(inputs[j], &codes[j * 4]);
+      together.Align(), single.Align();
+      for (std::size_t i = 0; i < 4; ++i) {
+        EXPECT_EQ(together.Exponent(i), single.Exponent(i));
+        for (std::size_t k = 0; k < classes; ++k) {
+          EXPECT_EQ(together.Values(i)[k], single.Values(i)[k]);
+        }
+      }
+    }
+  }
 }
 
 TEST(Model, ReportsWhatItsCallersDataLack) {

@@ -254,6 +254,7 @@ void PRSMultiFactory::HandOverFindings(const PRSMultiScoring& scoring) const {
   findings.fpNaive = fModel.GetINBAlgorithm();
   findings.fpTraining = scoring.GetCurves(true);
   findings.fpTest = scoring.GetCurves(false);
+  findings.fpEvaluation = fEvaluation ? &*fEvaluation : nullptr;
   if (fRun.IsSelecting()) {
     findings.fpSelection = &fModel.GetSelection();
     findings.fNForced = static_cast<int>(fModel.GetForcedInputs().size());

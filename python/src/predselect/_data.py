@@ -17,6 +17,7 @@ from . import _library as lib
 from ._columns import Encoded, dates_in, encode, is_value
 from ._export import AnyBatch, ArrowColumn, Batch, ForeignBatch, stream_of
 from ._import import ARRAY, SCHEMA, STREAM, struct_in
+from ._words import in_python
 from .errors import DataError, DataNotice, RequestError, warn
 
 _DICTIONARY_ORDERED = 1
@@ -149,7 +150,7 @@ def _opened(session: lib.Session, table: Table, status: int) -> Table:
         raise session.failure(status)
     notes = ctypes.c_char_p()
     session.call("table_notes", table, ctypes.byref(notes))
-    for note in (notes.value or b"").decode().splitlines():
+    for note in in_python((notes.value or b"").decode()).splitlines():
         warn(note, DataNotice)
     return table
 

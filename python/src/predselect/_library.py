@@ -13,6 +13,7 @@ from pathlib import Path
 from typing import Any
 
 from . import errors
+from ._words import in_python
 
 ABI_VERSION = 1  # that of the predselect.h after which this was written
 OK, COMMAND_ERROR, NO_MEMORY, CANCELLED = 0, 1, 4, 5
@@ -301,7 +302,7 @@ class Session(Handle):
 
     def failure(self, status: int) -> Exception:
         """The exception for a status of the last call."""
-        text = library.predselect_session_error(self).decode("utf-8", "replace")
+        text = in_python(library.predselect_session_error(self).decode("utf-8", "replace"))
         if status == NO_MEMORY:
             return MemoryError(text)
         return _FAILURES.get(status, errors.LibraryError)(text)
@@ -309,7 +310,7 @@ class Session(Handle):
     def notes(self) -> list[str]:
         """What else one should know of the last call."""
         text = library.predselect_session_notes(self).decode("utf-8", "replace")
-        return str(text).splitlines()
+        return in_python(text).splitlines()
 
     def call(self, name: str, *arguments: Any) -> None:
         """Calls a quick function, and raises what it says went wrong."""

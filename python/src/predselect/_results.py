@@ -17,6 +17,7 @@ from ._charts import Chart, bars
 from ._columns import kept_column
 from ._export import Batch, stream_of
 from ._import import capsule_of, read
+from ._words import in_python
 from .errors import DataError, PredSelectWarning, RequestError, category_of, warn
 
 if TYPE_CHECKING:
@@ -179,8 +180,8 @@ class Result:
         self._tables_of_document = [table for run in runs for table in run["tables"]]
         #: The tables, in order.
         self.tables = [ResultTable(self, i) for i in range(len(self._tables_of_document))]
-        #: Messages: dicts with severity, key and text.
-        self.messages: list[dict[str, Any]] = [m for run in runs for m in run["messages"]]
+        #: Messages: dicts with severity, key, text and detail, which name options as arguments.
+        self.messages: list[dict[str, Any]] = [_message(m) for run in runs for m in run["messages"]]
         #: Charts of the run.
         self.charts = [Chart(chart["vegalite"]) for run in runs for chart in run["charts"]]
 
@@ -237,7 +238,7 @@ class Result:
         self._session.call(
             "result_text", self._handle, ctypes.c_size_t(width), ctypes.byref(page)
         )
-        return (page.value or b"").decode()
+        return in_python((page.value or b"").decode())
 
     def save(self, path: str | os.PathLike[str], heading: str | None = None) -> None:
         """Writes all of it: an HTML report that needs no network, or JSON, or a page of text, as
@@ -421,6 +422,10 @@ def _few(names: list[str], most: int = 5) -> str:
 
 def _escape(text: str) -> str:
     return html.escape(text).replace("\n", "<br>")
+
+
+def _message(message: dict[str, Any]) -> dict[str, Any]:
+    return {k: in_python(v) if k in ("text", "detail") else v for k, v in message.items()}
 
 
 def _heading(path: list[str], strings: dict[str, str]) -> str:

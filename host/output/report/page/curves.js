@@ -47,7 +47,8 @@ function curveFigure({title, description, points, xTitle, yTitle, guide, dots, x
   return figure({title, description, svg, table: [headings, rows || thinned(points, 60)]});
 }
 
-function curveFigures(name, steps) {
+// `area` is that of the cases themselves, where it is known; that of the curve is near to it.
+function curveFigures(name, steps, area) {
   const curves = curvesOf(steps);
   if (!(curves.of > 0) || !(curves.others > 0)) {
     return [el("p", {class: "notice"}, "The sample holds no case of this class, or no other: there are no curves.")];
@@ -57,7 +58,7 @@ function curveFigures(name, steps) {
   const most = Math.min(1, Math.ceil(10 * Math.max(...groups.flatMap(([predicted, observed]) => [predicted, observed]))) / 10);
   const lift = curves.gain.slice(1).map(([x, y]) => [x, y / x]);
   return [
-    curveFigure({title: "ROC", description: `Area ${decimals(curves.area)}: the chance that a case of ${name} gets a higher probability than another one.`,
+    curveFigure({title: "ROC", description: `Area ${area === null ? `about ${decimals(curves.area)}` : decimals(area)}: the chance that a case of ${name} gets a higher probability than another one.`,
       points: curves.roc, guide: [[0, 0], [1, 1]], xTitle: "False positive rate: others taken for it", yTitle: "True positive rate: found of it", headings: ["False positive rate", "True positive rate"]}),
     curveFigure({title: "Precision and recall", description: `Average precision ${decimals(curves.average)}; by guessing ${decimals(share)}.`,
       points: curves.precision, guide: [[0, share], [1, share]], xTitle: "Recall: found of the class", yTitle: "Precision", headings: ["Recall", "Precision"]}),

@@ -92,7 +92,7 @@ function modelSection(model) {
       tested ? confusionTable("Test cases: observed and predicted", confusion.test, target) : null,
       confusion.training ? confusionTable("Training cases: observed and predicted", confusion.training, target) : null),
     sample === null ? null : [el("h3", null, sample === "test" ? "Probabilities of the test cases" : "Probabilities of the training cases"),
-      classPart(model, (k) => (k < curves[sample].categories.length ? curveFigures(target.categories[k], used(k)) : [el("p", {class: "soft"}, "Curves are kept for the first classes only.")]))],
+      classPart(model, (k) => (k < curves[sample].categories.length ? curveFigures(target.categories[k], used(k), curves[sample].areas?.[k] ?? null) : [el("p", {class: "soft"}, "Curves are kept for the first classes only.")]))],
     model.inputs.length === 0 ? null : [
       el("h3", null, "What if"), new WhatIf(model).element,
       el("h3", null, "What speaks for a class"),
