@@ -154,9 +154,10 @@ void StreamedTable::ReadSource() {
 }
 
 void StreamedTable::CountCases() {
-  fNCases = std::max<std::int64_t>(fpSource->CaseCount(), 0);
-  if (fpSource->CaseCount() >= 0 || ColumnCount() == 0) return;
-  const auto reader = Open({0});
+  const bool isKnown = fpSource->CaseCount() >= 0 && ColumnCount() > 0;
+  fNCases = isKnown ? fpSource->CaseCount() : 0;
+  if (isKnown) return;
+  const auto reader = Open(ColumnCount() > 0 ? std::vector<int>{0} : std::vector<int>());
   while (reader->NextBatch()) fNCases += reader->BatchCases();
 }
 
@@ -186,14 +187,16 @@ void StreamedTable::Spool() {
   for (int i = 0; i < ColumnCount(); ++i) numeric.push_back(GetVariable(i).IsNumeric());
   fpSpool = std::make_unique<CellSpool>(numeric);
   const int group = std::min(fpSource->ColumnsAtATime(), ColumnCount());
-  for (int first = 0; first < ColumnCount(); first += group) {
+  int first = 0;
+  do {  // also of no columns: there may be cases
     std::vector<int> columns(static_cast<std::size_t>(std::min(group, ColumnCount() - first)));
     std::iota(columns.begin(), columns.end(), first);
     fpSpool->Begin(columns.size());
     const std::int64_t cases = SpoolColumns(columns);
     if (first > 0 && cases != fNCases) Changed();
     fNCases = cases;
-  }
+    first += group;
+  } while (first < ColumnCount());
   fpSpool->Show();
 }
 

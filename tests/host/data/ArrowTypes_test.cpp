@@ -231,6 +231,7 @@ TEST(ArrowTypes, BrokenArraysAreRefused) {
   static const std::int32_t kBackwards[] = {2, 0, 5};
   static const char kNotUtf8[] = "\xFF\xFE!";
   static const std::int8_t kOutside[] = {0, 9};
+  static const std::int64_t kShort[] = {20};
   const std::pair<ArrayPtr, Breaker> broken[] = {
       {words, [](ArrowArray& a) { a.children[0]->length = 1; }},
       {words, [](ArrowArray& a) { a.children[0]->n_buffers = 2; }},
@@ -247,6 +248,7 @@ TEST(ArrowTypes, BrokenArraysAreRefused) {
       {words, [](ArrowArray& a) { TakeChildren(a, nullptr); }},
       {words, [](ArrowArray& a) { TakeChildren(a, kNoChild); }},
       {views, [](ArrowArray& a) { a.children[0]->buffers[2] = nullptr; }},
+      {views, [](ArrowArray& a) { a.children[0]->buffers[3] = kShort; }},
       {codes, [](ArrowArray& a) { a.children[0]->buffers[1] = kOutside; }},
       {codes, [](ArrowArray& a) { a.children[0]->dictionary->length = -1; }},
       {codes, [](ArrowArray& a) { std::swap(a.children[0]->dictionary, a.dictionary); }},
