@@ -153,6 +153,9 @@ def test_mixed_columns_missing_values_and_unseen_categories(penguins, make):
     every = PredictorSelector(alpha=None).set_output(transform="pandas").fit(data, species)
     kinds = {n: dtype.kind for n, dtype in every.transform(data).dtypes.items()}
     assert kinds["bill_length_mm"] == "f" and kinds["island"] == "O"
+    numbers = data[["bill_length_mm", "flipper_length_mm"]]
+    kept = PredictorSelector(k=1).set_output(transform="pandas").fit(numbers, species).transform(numbers)
+    assert list(kept.columns) == ["flipper_length_mm"]
 
 
 def test_weights_are_copies_and_may_be_fractions():

@@ -19,6 +19,7 @@ from sklearn.utils.multiclass import check_classification_targets, type_of_targe
 from sklearn.utils.validation import (
     _check_feature_names_in,
     _check_sample_weight,
+    _get_feature_names,
     check_is_fitted,
     column_or_1d,
     validate_data,
@@ -49,6 +50,29 @@ def _frame_of(X: Any) -> Any:
     if hasattr(X, "df") and hasattr(X, "__arrow_c_stream__"):
         return X.df()
     return X.to_pandas() if hasattr(X, "column_names") and hasattr(X, "to_pandas") else X
+
+
+class _Named:
+    """A frame in the dress in which any scikit-learn finds names."""
+
+    def __init__(self, X: Any) -> None:
+        self._X = X
+        self.shape: tuple[int, int] = X.shape
+
+    def __dataframe__(self) -> _Named:
+        return self
+
+    def column_names(self) -> list[str]:
+        return list(self._X.columns)
+
+    def __array__(self, dtype: Any = None, copy: Any = None) -> Any:
+        return np.asarray(self._X.to_numpy(), dtype)
+
+
+def _named(X: Any) -> Any:
+    """X with names that scikit-learn finds: before 1.9 it finds none in frames of polars 2."""
+    is_known = not _is_frame(X) or hasattr(X, "iloc") or _get_feature_names(X) is not None
+    return X if is_known else _Named(X)
 
 
 def _frame_columns(X: Any) -> dict[str, Any]:
@@ -92,13 +116,13 @@ class _Mixed:
     def _columns_of(self, X: Any, reset: bool) -> _Columns:
         X = _frame_of(X)
         if _is_frame(X) and self._is_mixed(X):
-            validate_data(self, X=X, reset=reset, skip_check_array=True)
+            validate_data(self, X=_named(X), reset=reset, skip_check_array=True)
             columns = _frame_columns(X)
             self._refuse_infinities(columns)
             _check_names(columns)
             return _Columns(columns, len(X), False)
         checked: Any = validate_data(
-            self, X=X, reset=reset, dtype="numeric", ensure_all_finite="allow-nan"
+            self, X=_named(X), reset=reset, dtype="numeric", ensure_all_finite="allow-nan"
         )
         checked = np.asfortranarray(checked)
         names = self._names(checked.shape[1])
@@ -467,10 +491,10 @@ class PredictorSelector(_Mixed, _Pickled, SelectorMixin, BaseEstimator):  # type
         check_is_fitted(self, "ranking_")
         X = _frame_of(X)
         if _is_frame(X) and self._is_mixed(X):
-            validate_data(self, X=X, reset=False, skip_check_array=True)
+            validate_data(self, X=_named(X), reset=False, skip_check_array=True)
             names = [c for c, keep in zip(X.columns, self.get_support()) if keep]
             return self._as_asked(X[names])
-        return super().transform(X)
+        return super().transform(_named(X))
 
     def _as_asked(self, kept: Any) -> Any:
         """A frame of polars in place of which `set_output` wants one of pandas: that would take its
