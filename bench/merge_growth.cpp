@@ -9,6 +9,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <functional>
 #include <string>
 #include <vector>
@@ -82,7 +83,7 @@ struct Tree {
       const std::string bytes = Merge(first + at, std::min(share, parts - at));
       const Clock::time_point start = Clock::now();
       Piece piece;
-      StateBytes::To(bytes, piece);
+      if (!StateBytes::To(bytes, piece)) std::abort();
       at == 0 ? void(sum = std::move(piece)) : fAdd(sum, piece);
       fSeconds += SecondsSince(start);
       fBytes += static_cast<double>(bytes.size());

@@ -84,22 +84,27 @@ class Workers {
   void TakeShares(std::size_t worker, Work& work, Stop& stop) {
     for (std::size_t turn = 0; turn < fNThreads; ++turn) {
       Share& share = fvShares[(worker + turn) % fNThreads];
-      for (;;) {
-        const std::size_t first = share.fNext.fetch_add(share.fGrain);
-        if (first >= share.fEnd) break;
-        for (std::size_t i = first; i < std::min(first + share.fGrain, share.fEnd); ++i) {
-          if (fTask.fbOver || (worker == 0 && stop())) {
-            fTask.fbOver = true;
-            return;
-          }
-          try {
-            work(i, worker);
-          } catch (...) {
-            fTask.fbOver = true;
-            throw;
-          }
+      for (std::size_t first; (first = share.fNext.fetch_add(share.fGrain)) < share.fEnd;) {
+        const std::size_t end = std::min(first + share.fGrain, share.fEnd);
+        for (std::size_t i = first; i < end; ++i) {
+          if (!TakeOne(i, worker, work, stop)) return;
         }
       }
+    }
+  }
+  // False when no further index is to be begun.
+  template <class Work, class Stop>
+  bool TakeOne(std::size_t i, std::size_t worker, Work& work, Stop& stop) {
+    if (fTask.fbOver || (worker == 0 && stop())) {
+      fTask.fbOver = true;
+      return false;
+    }
+    try {
+      work(i, worker);
+      return true;
+    } catch (...) {
+      fTask.fbOver = true;
+      throw;
     }
   }
 

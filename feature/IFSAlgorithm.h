@@ -90,7 +90,8 @@ class IFSAlgorithm {
 
   // Saves the whole component, in any stage, for FSFactory to restore. Nothing is written, and the
   // status is the component's error or 1 (cancelled), except that counts without a valid case
-  // (80009, 80013) are saved, to be merged: they are restored without the error. A stream that fails is left failed.
+  // (80009, 80013) are saved, to be merged: they are restored without the error. A stream that
+  // fails is left failed.
   virtual MCFeature::MCStatus SaveState(std::fstream& out) const = 0;
   virtual MCFeature::MCStatus SaveStateXML(std::ostream& out) const = 0;
 

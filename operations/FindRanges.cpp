@@ -17,8 +17,6 @@ namespace PredSelect {
 
 namespace {
 
-constexpr int kPartShift = 32;
-
 // What has been seen of one column.
 class SeenColumn {
  public:
@@ -47,7 +45,7 @@ class SeenColumn {
       } else {
         fRange.fTexts.push_back(value.GetString());
       }
-      fRange.fFirst.push_back((part << kPartShift) + code);
+      fRange.fFirst.push_back((part << ColumnRange::kPartShift) + code);
     }
     return std::move(fRange);
   }

@@ -12,14 +12,11 @@ class DataTable;
 
 namespace PredSelect {
 
-// Reads the table once. `part` is its number among the parts, from 0. Numbers on a scale, and columns
-// of more than ColumnRange::kMostCategories values, have no categories listed.
-// Throws MCHost::HostIOError, and Cancelled where the surroundings say so.
-// REQUIRES: the table was prepared; 0 <= part < TableRanges::kMostParts.
+// Reads the table once. `part` is its number among the parts, from 0. Numbers on a scale, and
+// columns of more than ColumnRange::kMostCategories values, have no categories listed. Throws
+// MCHost::HostIOError, and Cancelled where the surroundings say so. REQUIRES: the table was
+// prepared; 0 <= part < TableRanges::kMostParts.
 TableRanges FindRanges(MCHost::DataTable& table, std::int64_t part,
                        const Surroundings& surroundings);
-
-// The user has stopped what has no result to give.
-struct Cancelled {};
 
 }  // namespace PredSelect

@@ -1,11 +1,11 @@
+#include "operations/MergePieces.h"
+
 #include <memory>
 #include <optional>
 #include <utility>
 
 #include "common/parts/Piece.h"
 #include "common/parts/TableRanges.h"
-#include "common/state/IOException.h"
-#include "common/state/QuietReading.h"
 #include "common/state/StateBytes.h"
 #include "host/cases/UAPartCounts.h"
 #include "modelfiles/ComponentFile.h"
@@ -13,7 +13,6 @@
 #include "naivebayes/parts/NBPartCounts.h"
 #include "naivebayes/parts/NBPartSums.h"
 #include "operations/MergeStates.h"
-#include "operations/PartPasses.h"
 #include "operations/RequestError.h"
 
 namespace PredSelect {
@@ -29,12 +28,8 @@ constexpr const char* kDamaged = "it is damaged";
 template <class T>
 T Content(const Piece& piece, const std::string& name) {
   T content;
-  try {
-    const QuietReading quiet;
-    if (StateBytes::To(piece.fContent, content)) return content;
-  } catch (const MCCommon::IOException&) {
-  }
-  Refuse(name, kDamaged);
+  if (!StateBytes::To(piece.fContent, content)) Refuse(name, kDamaged);
+  return content;
 }
 
 // Merges pieces one after the other. The first makes it.
@@ -157,8 +152,8 @@ std::string MergePieces(const std::vector<NamedPiece>& pieces) {
       merged = {piece.fKind, piece.fOf, {}};
     }
     if (piece.fKind != merged.fKind) {
-      Refuse(each.fName, std::string("it is ") + Piece::NameOf(piece.fKind) + ", and the others are " +
-                             Piece::NameOf(merged.fKind));
+      Refuse(each.fName, std::string("it is ") + Piece::NameOf(piece.fKind) +
+                             ", and the others are " + Piece::NameOf(merged.fKind));
     }
     if (piece.fOf != merged.fOf) Refuse(each.fName, "it answers another request");
     merger->Add(piece, each.fName);

@@ -7,8 +7,6 @@
 #include "common/Workers.h"
 #include "common/parts/PartRequest.h"
 #include "common/parts/Piece.h"
-#include "common/state/IOException.h"
-#include "common/state/QuietReading.h"
 #include "common/state/StateBytes.h"
 #include "host/data/DataTable.h"
 #include "host/data/WholeTable.h"
@@ -18,7 +16,6 @@
 #include "host/session/Session.h"
 #include "host/session/SessionScope.h"
 #include "naivebayes/parts/NBPartCodes.h"
-#include "operations/FindRanges.h"
 #include "operations/RequestError.h"
 
 namespace PredSelect {
@@ -57,12 +54,7 @@ class PartSession : public MCHost::Session {
 // Empty, or what is wrong with the content of a piece.
 template <class T>
 std::string Read(const std::string& content, T& object) {
-  try {
-    const QuietReading quiet;
-    if (StateBytes::To(content, object)) return "";
-  } catch (const MCCommon::IOException&) {
-  }
-  return "it is damaged";
+  return StateBytes::To(content, object) ? "" : "it is damaged";
 }
 
 PartRequest RequestOf(const std::string& bytes) {

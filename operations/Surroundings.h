@@ -24,6 +24,9 @@ struct Surroundings {
   bool IsCancelled() const { return fIsCancelled && fIsCancelled(); }
 };
 
+// Thrown where the user has stopped what has no result to give.
+struct Cancelled {};
+
 enum class Outcome {
   kCompleted,
   kCommandError,  // a command reported an error; the document's messages say which

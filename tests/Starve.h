@@ -10,8 +10,8 @@ namespace MCTest {
 // steps, with all that follow.
 enum class Places { kAll, kSome };
 
-// Makes the call with room for 0, 1, 2, ... allocations on this thread, until none is refused. After
-// each, `check(refused)` looks at what became of it, with memory again; refused says that an
+// Makes the call with room for 0, 1, 2, ... allocations on this thread, until none is refused.
+// After each, `check(refused)` looks at what became of it, with memory again; refused says that an
 // allocation threw.
 void Starve(Places places, const std::function<void()>& call,
             const std::function<void(bool refused)>& check);

@@ -24,6 +24,7 @@
 #include "host/data/PartsTable.h"
 #include "host/data/WholeTable.h"
 #include "host/session/HostIOError.h"
+#include "operations/MergePieces.h"
 #include "operations/PartPasses.h"
 
 extern char** environ;
@@ -76,6 +77,10 @@ std::vector<std::vector<std::size_t>> ShareOut(const std::vector<std::string>& p
   throw UsageError(texts.size() > 1 ? texts[1] : "a process of --jobs failed.");
 }
 
+[[noreturn]] void ThrowOfSystem(int error = errno) {
+  throw MCHost::HostIOError("--jobs", "", std::strerror(error));
+}
+
 std::string HowEnded(int status) {
   return WIFSIGNALED(status) ? "was ended by signal " + std::to_string(WTERMSIG(status))
                              : "ended with exit code " + std::to_string(WEXITSTATUS(status));
@@ -90,11 +95,18 @@ JobPasses::JobPasses(const std::vector<std::string>& arguments,
   for (std::vector<std::size_t>& share : ShareOut(parts, n)) {
     fJobs.emplace_back().fParts = std::move(share);
   }
-  for (Job& job : fJobs) Start(job, arguments);
+  try {
+    for (Job& job : fJobs) Start(job, arguments);
+  } catch (...) {
+    EndAll();
+    throw;
+  }
 }
 
-JobPasses::~JobPasses() {
-  for (Job& job : fJobs) End(job);
+JobPasses::~JobPasses() { EndAll(); }
+
+void JobPasses::EndAll() const {
+  for (const Job& job : fJobs) End(job);
 }
 
 void JobPasses::Start(Job& job, const std::vector<std::string>& arguments) {
@@ -102,9 +114,13 @@ void JobPasses::Start(Job& job, const std::vector<std::string>& arguments) {
   for (const std::string& word : arguments) words.push_back(const_cast<char*>(word.c_str()));
   words.push_back(nullptr);
   int in[2], out[2];
-  if (pipe2(in, O_CLOEXEC) != 0 || pipe2(out, O_CLOEXEC) != 0) {
-    throw MCHost::HostIOError("--jobs", "", std::strerror(errno));
+  if (pipe2(in, O_CLOEXEC) != 0) ThrowOfSystem();
+  job.fToIt = in[1];
+  if (pipe2(out, O_CLOEXEC) != 0) {
+    close(in[0]);
+    ThrowOfSystem();
   }
+  job.fFromIt = out[0];
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, in[0], STDIN_FILENO);
@@ -122,14 +138,12 @@ void JobPasses::Start(Job& job, const std::vector<std::string>& arguments) {
   posix_spawn_file_actions_destroy(&actions);
   close(in[0]);
   close(out[1]);
-  job.fToIt = in[1];
-  job.fFromIt = out[0];
   if (failure == 0) return;
   job.fProcess = -1;
-  throw MCHost::HostIOError("--jobs", "", std::strerror(failure));
+  ThrowOfSystem(failure);
 }
 
-void JobPasses::End(Job& job) const {
+void JobPasses::End(const Job& job) {
   if (job.fToIt >= 0) close(job.fToIt);
   if (job.fFromIt >= 0) close(job.fFromIt);
   if (job.fProcess <= 0) return;
@@ -170,7 +184,10 @@ std::vector<std::string> JobPasses::AskAll(const std::vector<JobFrame>& asked) {
   std::vector<pollfd> waited;
   for (const Job& job : fJobs) waited.push_back({job.fFromIt, POLLIN, 0});
   for (std::size_t left = fJobs.size(); left > 0;) {
-    if (poll(waited.data(), waited.size(), -1) < 0) continue;
+    if (poll(waited.data(), waited.size(), -1) < 0) {
+      if (errno != EINTR) ThrowOfSystem();
+      continue;
+    }
     for (std::size_t i = 0; i < fJobs.size(); ++i) {
       if (waited[i].fd < 0 || waited[i].revents == 0) continue;
       frames[i] = AnswerOf(fJobs[i]);

@@ -45,7 +45,8 @@ class JobPasses : public MCHost::IPartPasses {
   };
 
   void Start(Job& job, const std::vector<std::string>& arguments);
-  void End(Job& job) const;
+  static void End(const Job& job);
+  void EndAll() const;
   // What each process answers, in their order.
   std::vector<std::string> AskAll(const std::vector<JobFrame>& asked);
   // Throws HostIOError for a process that has gone.

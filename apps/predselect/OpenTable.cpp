@@ -93,10 +93,6 @@ std::vector<std::string> DriverPlaces() {
   return places;
 }
 
-}  // namespace
-
-namespace {
-
 // Levels, labels, missing values and weight come from the ranges.
 void RefuseBesideUsing(const DataOptions& options) {
   const std::pair<bool, const char*> given[] = {{!options.fSchema.empty(), "--schema"},

@@ -107,8 +107,9 @@ void AddUsing(CLI::App& command, DataOptions& data) {
 void AddJobs(CLI::App& command, Options& options) {
   InGroup(command, kWorkGroup);
   command
-      .add_option("--jobs", options.fJobs,
-                  "Processes that share the files of the data, which changes no result (default: 1)")
+      .add_option(
+          "--jobs", options.fJobs,
+          "Processes that share the files of the data, which changes no result (default: 1)")
       ->check(WholeNumber(1, kMostJobs))
       ->type_name("N");
   command.add_option("--serve-parts", options.fServing, "Help another process with its parts")

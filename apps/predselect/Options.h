@@ -35,7 +35,7 @@ struct DataOptions {
   int fPart = -1;                        // its number there; -1: nobody has said
   // What cells in memory may take in bytes; a larger table is streamed.
   std::size_t fMaxKeptBytes = std::numeric_limits<std::size_t>::max();
-  bool fbSaved = false;                  // they are written again with what is added to them
+  bool fbSaved = false;  // they are written again with what is added to them
 };
 
 // Where the table goes with its new variables, and what of it.
@@ -59,7 +59,20 @@ struct ResultOptions {
 };
 
 struct Options {
-  enum Action { kNone, kRun, kRank, kModel, kDescribe, kInspect, kScore, kEvaluate, kMerge, kExport, kView, kRange };
+  enum Action {
+    kNone,
+    kRun,
+    kRank,
+    kModel,
+    kDescribe,
+    kInspect,
+    kScore,
+    kEvaluate,
+    kMerge,
+    kExport,
+    kView,
+    kRange
+  };
   static constexpr double kAutoMemory = -1.0;
 
   Action fAction = kNone;
@@ -85,12 +98,12 @@ struct Options {
   PredSelect::DescribeRequest fDescribe;
   PredSelect::RankRequest fRank;
   PredSelect::ModelRequest fModel;
-  bool fbDryRun = false;       // run, rank, model and score: say what would be done
-  int fJobs = 1;               // rank and model: processes at work on the parts of the data
-  int fServing = 0;            // above 0: this is one of them, and may use so many threads
+  bool fbDryRun = false;            // run, rank, model and score: say what would be done
+  int fJobs = 1;                    // rank and model: processes at work on the parts of the data
+  int fServing = 0;                 // above 0: this is one of them, and may use so many threads
   std::vector<std::string> fWords;  // the whole command line
-  bool fbShowCommand = false;  // rank and model: show the command instead of running it
-  std::string fShown;          // for kNone: a text that was asked for, such as help
+  bool fbShowCommand = false;       // rank and model: show the command instead of running it
+  std::string fShown;               // for kNone: a text that was asked for, such as help
 };
 
 // Reads the command line. Throws UsageError for one that cannot be taken; what was read of it until

@@ -50,12 +50,12 @@ int RunCommands(const Options& options) {
   // A document of commands holds what they show, and nothing besides.
   document.fbFindings = options.fResult.fFormat == MCHost::FileFormat::kHtml;
   document.ShowNotes(*table);
-  const PredSelect::Outcome outcome =
-      PredSelect::RunCommands(*table, document,
-                              {commands, options.fSaveState, options.fResults,
-                               [&options](const std::string& path) { return UseOf(path, options); },
-                               MemoryOf(options, *table), nullptr, options.fExport, options.fCalibration},
-                              ProgramSurroundings(options, progress));
+  const PredSelect::Outcome outcome = PredSelect::RunCommands(
+      *table, document,
+      {commands, options.fSaveState, options.fResults,
+       [&options](const std::string& path) { return UseOf(path, options); },
+       MemoryOf(options, *table), nullptr, options.fExport, options.fCalibration},
+      ProgramSurroundings(options, progress));
   progress.Clear();
   document.ShowNotes(*table);
 

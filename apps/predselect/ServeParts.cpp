@@ -25,6 +25,7 @@
 #include "host/data/IPartPasses.h"
 #include "host/session/HostIOError.h"
 #include "operations/FindRanges.h"
+#include "operations/MergePieces.h"
 #include "operations/PartPasses.h"
 #include "operations/RequestError.h"
 #include "operations/TableOptions.h"

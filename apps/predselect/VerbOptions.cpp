@@ -250,8 +250,7 @@ CLI::App* AddRun(CLI::App& app, Options& options) {
                   "Draw charts into this directory, as SVG and PNG (with the Python package "
                   "vl-convert-python)")
       ->type_name("DIR");
-  AddMemory(*run, " of a NAIVEBAYES command that states no MEMALLOCATE (default: 1024)",
-            options);
+  AddMemory(*run, " of a NAIVEBAYES command that states no MEMALLOCATE (default: 1024)", options);
   AddThreads(*run, options.fThreads);
   AddProgress(*run, options.fResult);
   AddDryRun(*run, options);
@@ -291,7 +290,8 @@ CLI::App* AddMerge(CLI::App& app, Options& options) {
 
 CLI::App* AddRange(CLI::App& app, Options& options) {
   CLI::App* range = app.add_subcommand(
-      "range", "Find the ranges and categories of a part of the data, for all parts to count alike");
+      "range",
+      "Find the ranges and categories of a part of the data, for all parts to count alike");
   AddDataOptions(*range, options.fData);
   AddWeight(*range, options.fData);
   InGroup(*range, kResultsGroup);

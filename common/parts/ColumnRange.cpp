@@ -14,8 +14,6 @@ namespace {
 // Of the levels' codes.
 constexpr int kNominal = 1;
 constexpr int kScale = 3;
-// So many distinct whole values make a column scale whose level nobody has said.
-constexpr std::size_t kScaleDistinctValues = 24;
 
 // The order of first appearance, and the values in it.
 template <class Value>

@@ -16,7 +16,7 @@
 struct ColumnDictionary {
   std::string fName;
   std::string fLabel;
-  int fType = 0;  // 0 for numbers, else the width of texts
+  int fType = 0;              // 0 for numbers, else the width of texts
   std::vector<int> fFormats;  // type, width and decimals of printing, then of writing
   int fLevel = 0;
   bool fbLevelFound = false;  // by the values; nobody has said it
@@ -54,6 +54,8 @@ struct NumberRange {
 struct ColumnRange {
   // So many categories are listed at most.
   static constexpr std::size_t kMostCategories = 1'000'000;
+  // So many distinct whole values make a column scale whose level nobody has said.
+  static constexpr std::size_t kScaleDistinctValues = 24;
 
   ColumnDictionary fDictionary;
   std::int64_t fNValues = 0;  // cells that are not system-missing
@@ -64,7 +66,10 @@ struct ColumnRange {
   bool fbListed = true;
   std::vector<double> fNumbers;
   std::vector<std::string> fTexts;
-  std::vector<std::int64_t> fFirst;  // of each, where it appeared: comparable over all parts
+  // Of each, where it appeared first, comparable over all parts: the number of the part, and in the
+  // lower kPartShift bits the place there.
+  static constexpr int kPartShift = 32;
+  std::vector<std::int64_t> fFirst;
 
   std::size_t CategoryCount() const { return fFirst.size(); }
   void Unlist();

@@ -11,7 +11,6 @@
 namespace {
 
 constexpr int kLeastColumn = 60;  // bytes of one
-constexpr int kPartShift = 32;    // of a part's number in what says where a value appeared
 
 bool AreApart(const std::vector<PartSize>& parts) {
   return std::adjacent_find(parts.begin(), parts.end(), [](const PartSize& a, const PartSize& b) {
@@ -48,8 +47,8 @@ void TableRanges::Renumber(std::int64_t first) {
   for (PartSize& part : fParts) part.fPart = numbers[part.fPart] = first++;
   for (ColumnRange& column : fColumns) {
     for (std::int64_t& place : column.fFirst) {
-      const std::int64_t part = place >> kPartShift;
-      place += (numbers[part] - part) << kPartShift;
+      const std::int64_t part = place >> ColumnRange::kPartShift;
+      place += (numbers[part] - part) << ColumnRange::kPartShift;
     }
   }
 }

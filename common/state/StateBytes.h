@@ -7,6 +7,9 @@
 #include <string>
 #include <string_view>
 
+#include "common/state/IOException.h"
+#include "common/state/QuietReading.h"
+
 namespace StateBytes {
 
 // What `write` puts into the stream that it is given.
@@ -23,10 +26,15 @@ std::string Of(const T& object) {
   return Written([&object](std::fstream& os) { object.WriteObject(os); });
 }
 
-// Throws IOException for bytes that are not those of one such object.
+// False for bytes that are not those of one such object. Nothing goes to standard error.
 template <class T>
-bool To(const std::string& bytes, T& object) {
-  return Read(bytes, [&object](std::fstream& is) { object.ReadObject(is); });
+[[nodiscard]] bool To(const std::string& bytes, T& object) {
+  try {
+    const QuietReading quiet;
+    return Read(bytes, [&object](std::fstream& is) { object.ReadObject(is); });
+  } catch (const MCCommon::IOException&) {
+    return false;
+  }
 }
 
 }  // namespace StateBytes

@@ -85,10 +85,11 @@ bool IsJson(FileFormat format) {
 FileFormat OutputFormatOf(const std::string& path) {
   const std::optional<FileFormat> known = FormatOfPath(path);
   if (known && NamesOf(*known).fbWritten) return *known;
-  throw HostIOError(path, "",
-                    std::string(known && NamesOf(*known).fbRead ? "tables are not written in this format"
-                                      : "the extension does not tell a data format") +
-                        "; known are " + EndingsOf(&FileFormatNames::fbWritten));
+  throw HostIOError(
+      path, "",
+      std::string(known && NamesOf(*known).fbRead ? "tables are not written in this format"
+                                                  : "the extension does not tell a data format") +
+          "; known are " + EndingsOf(&FileFormatNames::fbWritten));
 }
 
 bool IsPipe(const std::string& path) {

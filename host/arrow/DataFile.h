@@ -1,9 +1,9 @@
 // Opens data files as tables and writes tables as data files. The extension decides on the format,
-// .csv, .tsv, .parquet, .arrow, .feather or .jsonl, to read also .json, .xlsx and .ods, to write .md,
-// unless the options do; "-" is standard input, CSV where nobody says otherwise; a folder or a pattern is all
-// its files as one table. Text may be packed (.csv.gz), and a workbook called anything: what a file
-// holds tells, not its name. "sqlite:FILE", "duckdb:FILE" and "postgresql://..." are tables of
-// databases (DatabaseAddress.h).
+// .csv, .tsv, .parquet, .arrow, .feather or .jsonl, to read also .json, .xlsx and .ods, to write
+// .md, unless the options do; "-" is standard input, CSV where nobody says otherwise; a folder or a
+// pattern is all its files as one table. Text may be packed (.csv.gz), and a workbook called
+// anything: what a file holds tells, not its name. "sqlite:FILE", "duckdb:FILE" and
+// "postgresql://..." are tables of databases (DatabaseAddress.h).
 //
 // CSV and TSV: the quoting of RFC 4180, blank lines skipped; delimiter, quote, header, encoding and
 // the marks of numbers as the start of the file shows them (CsvSniffer.h). Empty fields and the

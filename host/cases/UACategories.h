@@ -62,7 +62,7 @@ class UACategories {
   KOVA_MissingValues fFixedMissing;
   std::vector<KOVA_Value> fValues;
   std::unordered_map<std::string, double> fFixedTexts;  // also of values to begin with
-  std::vector<double> fSmallCodes;   // by small whole number; NaN: not met yet
-  std::vector<double> fStringCodes;  // by dictionary code + 1; NaN: not met yet
+  std::vector<double> fSmallCodes;                      // by small whole number; NaN: not met yet
+  std::vector<double> fStringCodes;                     // by dictionary code + 1; NaN: not met yet
   std::unordered_map<double, double> fOtherCodes;
 };

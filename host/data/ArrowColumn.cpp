@@ -121,7 +121,8 @@ std::string_view ReadView(const ArrowArray& array, std::int64_t at) {
   if (words[2] < 0 || words[2] >= array.n_buffers - 3 || words[3] < 0) return kBrokenString;
   const char* data = static_cast<const char*>(array.buffers[2 + words[2]]);
   const auto* sizes = static_cast<const std::int64_t*>(array.buffers[array.n_buffers - 1]);
-  const bool isThere = data != nullptr && sizes != nullptr && words[3] <= sizes[words[2]] - words[0];
+  const bool isThere =
+      data != nullptr && sizes != nullptr && words[3] <= sizes[words[2]] - words[0];
   return isThere ? std::string_view(data + words[3], size) : kBrokenString;
 }
 

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "common/MissingValue.h"
+#include "common/parts/ColumnRange.h"
 #include "host/data/ITable.h"
 
 namespace MCHost {
@@ -47,7 +48,7 @@ class Evidence {
     if (std::find(fDistinct.begin(), fDistinct.end(), value) != fDistinct.end()) return;
     if (fpVariable->GetMissingValues().Contains(value)) return;
     fDistinct.push_back(value);
-    fbScale = value != std::floor(value) || fDistinct.size() >= kScaleDistinctValues;
+    fbScale = value != std::floor(value) || fDistinct.size() >= ColumnRange::kScaleDistinctValues;
   }
 
   static constexpr int kSmallNumbers = 64;

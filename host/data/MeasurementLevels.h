@@ -1,9 +1,9 @@
 // The names of the measurement levels, and the one rule by which a variable without one gets it.
 //
 // Strings are nominal. Numbers are nominal when all their valid values are whole and fewer than
-// kScaleDistinctValues of them are distinct, otherwise scale. Missing values, user-missing ones
-// among them, are not valid and say nothing about the level; a variable without valid values is
-// nominal.
+// ColumnRange::kScaleDistinctValues of them are distinct, otherwise scale. Missing values,
+// user-missing ones among them, are not valid and say nothing about the level; a variable without
+// valid values is nominal.
 #pragma once
 
 #include <string>
@@ -19,9 +19,6 @@ const char* MeasurementLevelName(KOVA_Variable::MeasurementLevel level);
 
 // The level of such a name, kUnknown for any other text.
 KOVA_Variable::MeasurementLevel FindMeasurementLevel(const std::string& name);
-
-// So many distinct whole values make a numeric variable scale.
-inline constexpr int kScaleDistinctValues = 24;
 
 // Sets the level of every variable whose level is unknown; the others keep theirs. Reads only the
 // numeric columns in question: their first cases, then once all cases of those that are not known

@@ -30,8 +30,8 @@ class MemoryTable final : public DataTable {
   // Thrown where the cells take more than they may.
   struct Outgrown {};
 
-  // Reads a source whole, and keeps its notes. Throws HostIOError, and Outgrown as soon as the cells
-  // of a source take more than `maxBytes`.
+  // Reads a source whole, and keeps its notes. Throws HostIOError, and Outgrown as soon as the
+  // cells of a source take more than `maxBytes`.
   explicit MemoryTable(IArrowSource& source,
                        std::size_t maxBytes = std::numeric_limits<std::size_t>::max());
 

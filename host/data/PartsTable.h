@@ -13,8 +13,7 @@ namespace MCHost {
 class PartsTable final : public DataTable {
  public:
   // `notes` on how the parts were read. REQUIRES: the whole has passes.
-  explicit PartsTable(std::shared_ptr<const WholeTable> whole,
-                      std::vector<std::string> notes = {});
+  explicit PartsTable(std::shared_ptr<const WholeTable> whole, std::vector<std::string> notes = {});
 
   // Throws HostIOError: there are no cases here.
   std::unique_ptr<ITableScan> Scan(const std::vector<int>& columns) override;

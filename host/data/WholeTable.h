@@ -15,7 +15,7 @@ namespace MCHost {
 struct WholeTable {
   std::string fName;  // what messages call the ranges
   TableRanges fRanges;
-  std::int64_t fPart = -1;                // the table's number among the parts; -1: nobody has said
+  std::int64_t fPart = -1;  // the table's number among the parts; -1: nobody has said
   std::shared_ptr<IPartPasses> fpPasses{};  // null where the cases are the table's own
 
   // The number of the table's first case in the whole, -1 where that is not known.

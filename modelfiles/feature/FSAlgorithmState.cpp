@@ -25,7 +25,8 @@ void FSAlgorithm::Fields(Archive& archive, Self& self, bool exact) {
   }
 }
 
-// A program that knows of no exact p-values refuses a state with them, instead of ranking by others.
+// A program that knows of no exact p-values refuses a state with them, instead of ranking by
+// others.
 MC_STATE_OPERATIONS_OF_TWO_FORMS(FSAlgorithm, "FSAlgorithm 1.00", "FSAlgorithm 1.00",
                                  "FSAlgorithm 1.01", "FSAlgorithm 1.01")
 

@@ -1,7 +1,7 @@
 // The training cases of a model where they lie in parts elsewhere: what the engine asks of them.
 //
-// An application implements it. Each operation is one pass over all parts; false where that failed or
-// was cancelled, which whoever implements it keeps in mind and says.
+// An application implements it. Each operation is one pass over all parts; false where that failed
+// or was cancelled, which whoever implements it keeps in mind and says.
 #pragma once
 
 #include "naivebayes/parts/NBPartCounts.h"

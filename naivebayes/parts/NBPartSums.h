@@ -1,5 +1,5 @@
-// What is asked of the codes of a part while predictors are chosen, and what it answers: sums over its
-// cases of the terms of log-likelihoods. Plain values.
+// What is asked of the codes of a part while predictors are chosen, and what it answers: sums over
+// its cases of the terms of log-likelihoods. Plain values.
 #pragma once
 
 #include <cstdint>
@@ -11,11 +11,11 @@
 #include "naivebayes/parts/NBPartCounts.h"
 
 struct NBPartQuestion {
-  NBPartCounts fModel;         // of all parts; tables of the inputs that are named here
-  std::vector<int> fOrder;     // inputs in order of entry
+  NBPartCounts fModel;           // of all parts; tables of the inputs that are named here
+  std::vector<int> fOrder;       // inputs in order of entry
   std::vector<int> fCandidates;  // a step: each of them beside all of those
-  int fFirst = 0;              // else: the sizes of subset from here on
-  bool fbTest = false;         // of the test cases instead of the training cases
+  int fFirst = 0;                // else: the sizes of subset from here on
+  bool fbTest = false;           // of the test cases instead of the training cases
 
   template <class Archive, class Self>
   static void Fields(Archive& archive, Self& self);

@@ -23,7 +23,8 @@ class NBPartsOfSelection : public NBSteps {
 
  private:
   // A question about these inputs of the model.
-  NBPartQuestion QuestionOn(const std::vector<int>& order, const std::vector<int>& candidates) const;
+  NBPartQuestion QuestionOn(const std::vector<int>& order,
+                            const std::vector<int>& candidates) const;
   bool Ask(const NBPartQuestion& question, std::size_t sums, std::vector<double>& totals,
            NBSum& weight);
 

@@ -131,8 +131,8 @@ class NBAttributeSelector {
 
   // The first so many of the order of entry.
   std::vector<int> FirstOf(int size) const;
-  // Sums of w * log(1 + odds) over training cases, for the sizes from `first` to `last`. False after
-  // a cancel or a read error.
+  // Sums of w * log(1 + odds) over training cases, for the sizes from `first` to `last`. False
+  // after a cancel or a read error.
   bool SumTraining(const Training& training, int first, int last, std::vector<double>& totals);
   // Log-likelihoods on the training data where the steps gave none, or only simulated ones.
   bool CompleteLogLikelihoods(const Training& training, int lastSize);

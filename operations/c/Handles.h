@@ -14,7 +14,7 @@
 
 struct predselect_session {
   PredSelect::Surroundings fSurroundings;
-  std::string fVerifyKey;    // that states must be signed with; empty for none
+  std::string fVerifyKey;  // that states must be signed with; empty for none
   std::atomic_flag fBusy;  // a call is under way
   // The callback, or another thread, has asked to stop it.
   std::atomic<bool> fbCancelled = false;

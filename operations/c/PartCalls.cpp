@@ -10,6 +10,7 @@
 #include "host/data/WholeTable.h"
 #include "host/session/HostIOError.h"
 #include "operations/FindRanges.h"
+#include "operations/MergePieces.h"
 #include "operations/PartPasses.h"
 #include "operations/c/Arguments.h"
 #include "operations/c/Guard.h"

@@ -31,7 +31,8 @@ KOVA_Variable::MeasurementLevel LevelOf(std::int32_t level) {
 PredSelect::TableOptions WishesOf(const predselect_table_options& given) {
   PredSelect::TableOptions options;
   if (given.ranges != nullptr) {
-    if (given.schema != nullptr || given.weight != nullptr || given.n_levels + given.n_reading > 0) {
+    if (given.schema != nullptr || given.weight != nullptr ||
+        given.n_levels + given.n_reading > 0) {
       throw Misuse("schema, weight, levels and reading come from the ranges");
     }
     options.fpWhole = PredSelect::WholeOf(BytesArgument(given.ranges, "ranges"), given.part);

@@ -109,8 +109,8 @@ predselect_status predselect_session_set_progress(predselect_session* session,
 predselect_status predselect_session_set_threads(predselect_session* session, size_t threads);
 
 // Files that hold keys, of 16 to 4096 bytes that nobody but owner and group may read: what jobs and
-// predselect_state_save write is signed with the first from now on, and predselect_state_load refuses
-// what was not signed with the second. NULL for none, as it is unless set.
+// predselect_state_save write is signed with the first from now on, and predselect_state_load
+// refuses what was not signed with the second. NULL for none, as it is unless set.
 predselect_status predselect_session_set_state_keys(predselect_session* session,
                                                     const char* sign_key_path,
                                                     const char* verify_key_path);
@@ -162,9 +162,10 @@ typedef struct predselect_table_options {
   size_t keep;                               // PREDSELECT_KEEP_CELLS and so on
   const predselect_reading_option* reading;  // of a stream only "missing" has an effect
   size_t n_reading;
-  // The merged ranges of the table whose part this is (see "Tables in parts"), and the number of the
-  // part among them, from 0. Levels, labels, missing values and weight are then those of the ranges,
-  // and schema, weight, levels and reading must not be given. NULL for a table that stands for itself.
+  // The merged ranges of the table whose part this is (see "Tables in parts"), and the number of
+  // the part among them, from 0. Levels, labels, missing values and weight are then those of the
+  // ranges, and schema, weight, levels and reading must not be given. NULL for a table that stands
+  // for itself.
   const predselect_bytes* ranges;
   int64_t part;
 } predselect_table_options;
@@ -287,9 +288,9 @@ typedef struct predselect_model_options {
   const char* state_path;   // where the model is saved; NULL for nowhere
   const char* pmml_path;    // where it is written as PMML; NULL for nowhere
   size_t memory;            // as for predselect_run; 0 is PREDSELECT_MEMORY_AUTO here
-  size_t folds;    // cross-validates with so many folds, instead of test cases; 0 for not
-  size_t repeats;  // of that, with other folds each time; 0 for 1
-  size_t seed;     // which folds
+  size_t folds;             // cross-validates with so many folds, instead of test cases; 0 for not
+  size_t repeats;           // of that, with other folds each time; 0 for 1
+  size_t seed;              // which folds
   size_t calibrate;         // as for predselect_run
   size_t calibration_seed;
 } predselect_model_options;
@@ -431,10 +432,10 @@ predselect_status predselect_state_export(predselect_session* session,
                                           const predselect_export_options* options);
 
 // ---- Tables in parts ----------------------------------------------------------------------------
-// A table may lie in parts (files, partitions of a cluster's table) that are never brought together.
-// docs/scale.md shows the steps: find the ranges of each part, merge them, open the table of parts
-// where the job is to run, and answer its passes where the parts are. Whoever ships the bytes looks
-// into none of them.
+// A table may lie in parts (files, partitions of a cluster's table) that are never brought
+// together. docs/scale.md shows the steps: find the ranges of each part, merge them, open the table
+// of parts where the job is to run, and answer its passes where the parts are. Whoever ships the
+// bytes looks into none of them.
 
 // Bytes that a part has made: ranges, an answer, or codes. Closed like any other object.
 typedef struct predselect_piece predselect_piece;
@@ -447,9 +448,9 @@ predselect_status predselect_piece_bytes(predselect_session* session, const pred
 predselect_status predselect_piece_set(predselect_piece* piece, const void* data, size_t size);
 void predselect_piece_close(predselect_piece* piece);
 
-// What a part knows of the ranges and categories of its table, in one pass over its cases. `part` is
-// its number among the parts, from 0 to 2^31 - 1, which says in which order the cases of the parts
-// stand: no two parts have the same.
+// What a part knows of the ranges and categories of its table, in one pass over its cases. `part`
+// is its number among the parts, from 0 to 2^31 - 1, which says in which order the cases of the
+// parts stand: no two parts have the same.
 predselect_status predselect_part_ranges(predselect_session* session, predselect_table* table,
                                          int64_t part, predselect_piece** ranges);
 
@@ -468,15 +469,16 @@ predselect_status predselect_pieces_merge(predselect_session* session,
                 // next pass of this kind
 #define PREDSELECT_OVER_CODES ((int32_t)3)  // predselect_codes_answer of the codes of each part
 
-// Called by a job over a table of parts, on its thread: brings the request to every part, merges the
-// answers with predselect_pieces_merge (with another session), and sets `answer` to the merged bytes.
-// Not 0 when it failed or was cancelled, for which predselect_session_set_cancel's query says the
-// same; `answer` may then hold the reason as UTF-8 text. The request stays during the call only.
+// Called by a job over a table of parts, on its thread: brings the request to every part, merges
+// the answers with predselect_pieces_merge (with another session), and sets `answer` to the merged
+// bytes. Not 0 when it failed or was cancelled, for which predselect_session_set_cancel's query
+// says the same; `answer` may then hold the reason as UTF-8 text. The request stays during the call
+// only.
 typedef int (*predselect_part_pass)(void* user_data, int32_t over, const void* request, size_t size,
                                     predselect_piece* answer);
 
-// The table of parts: predselect_rank, predselect_model and predselect_run take it as any other, save
-// that nothing can be done with its single cases (saved predictions, predselect_describe and
+// The table of parts: predselect_rank, predselect_model and predselect_run take it as any other,
+// save that nothing can be done with its single cases (saved predictions, predselect_describe and
 // predselect_score are PREDSELECT_DATA_ERROR). `name` as in predselect_table_options.
 predselect_status predselect_table_open_parts(predselect_session* session,
                                               const predselect_bytes* ranges, const char* name,

@@ -74,12 +74,13 @@ class Starved : public testing::TestWithParam<bool> {
   void StarveQuery(IFSAlgorithm& component, const std::function<MCStatus()>& query) {
     const std::vector<double> before = ReportOf(component);
     MCStatus status;
-    MCTest::Starve(MCTest::Places::kAll, [&] { status = query(); },
-                   [&](bool refused) {
-                     EXPECT_TRUE(status.IsOK() || (refused && status == kNoMemory));
-                     EXPECT_EQ(ReportOf(component), before);
-                     EXPECT_TRUE(component.GetStatus().IsOK());
-                   });
+    MCTest::Starve(
+        MCTest::Places::kAll, [&] { status = query(); },
+        [&](bool refused) {
+          EXPECT_TRUE(status.IsOK() || (refused && status == kNoMemory));
+          EXPECT_EQ(ReportOf(component), before);
+          EXPECT_TRUE(component.GetStatus().IsOK());
+        });
     EXPECT_TRUE(status.IsOK());
   }
 
@@ -155,11 +156,12 @@ TEST_P(Starved, QueriesAndWritersLeaveTheComponentAsItWas) {
 TEST_P(Starved, AFactoryMakesAComponentOrSaysWhy) {
   FSFactory factory;
   Component component;
-  MCTest::Starve(MCTest::Places::kAll, [&] { component = factory.CreateFSAlgorithm(&fSettings); },
-                 [&](bool refused) {
-                   EXPECT_EQ(component == nullptr, refused);
-                   EXPECT_EQ(factory.GetStatus(), refused ? kNoMemory : MCStatus());
-                 });
+  MCTest::Starve(
+      MCTest::Places::kAll, [&] { component = factory.CreateFSAlgorithm(&fSettings); },
+      [&](bool refused) {
+        EXPECT_EQ(component == nullptr, refused);
+        EXPECT_EQ(factory.GetStatus(), refused ? kNoMemory : MCStatus());
+      });
 }
 
 // Binary alone: the parser of XML does not come through want of memory, whoever calls it.

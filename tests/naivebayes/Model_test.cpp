@@ -145,9 +145,9 @@ TEST(Model, CountsWhatIsLeftOutToTheEndOfTheData) {
     NBVarList list;
     list.AddCatVar("y", "", 2, INBVariable::kNumericCategorical, INBVariable::kOutput);
     list.AddWeightVar("w", "", INBVariable::kAsIs);
-    list.AddCatVar("x", "", 2, INBVariable::kNumericCategorical,
-                   way == kBuild || way == kUpdate ? INBVariable::kInput
-                                                   : INBVariable::kPossibleInput);
+    list.AddCatVar(
+        "x", "", 2, INBVariable::kNumericCategorical,
+        way == kBuild || way == kUpdate ? INBVariable::kInput : INBVariable::kPossibleInput);
     NaiveBayesSettings settings;
     settings.SetMaxRecordsInMemory(way == kSelectFromFile ? 1 : 100);
     NBAlgorithm algorithm(settings, list);

@@ -8,6 +8,7 @@
 #include "common/state/StateBytes.h"
 #include "host/output/ShowText.h"
 #include "operations/FindRanges.h"
+#include "operations/MergePieces.h"
 #include "operations/PartPasses.h"
 
 namespace MCTest {

@@ -55,12 +55,8 @@ MCFeature::MCStatus PRSBinnedInformation::Count(const std::vector<int>& predicto
 MCFeature::MCStatus PRSBinnedInformation::CountInParts(const std::vector<int>& predictors,
                                                        IFSAlgorithm& counts) const {
   const PRSParts parts(fAdapter.GetTable());
-  ComponentFile counted;
   const UAPartCounts answer = parts.AskCounts(parts.Request(PartRequest::kBins, predictors));
-  if (!ReadComponentBytes(answer.fComponent, counted).empty() || counted.fpFeature == nullptr) {
-    parts.ThrowDamaged();
-  }
-  return counts.Merge(*counted.fpFeature, nullptr);
+  return counts.Merge(*parts.ComponentOf(answer), nullptr);
 }
 
 MCFeature::MCStatus PRSBinnedInformation::CountPart(const std::vector<int>& predictors,

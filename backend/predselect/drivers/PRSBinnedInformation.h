@@ -28,8 +28,8 @@ class PRSBinnedInformation {
                        const UAInputAdapter& adapter, UAProcDataSourceIter* source);
 
   // Fills in what the effects lack, without a pass when that is nothing. An error when the pass was
-  // cancelled; a failure to read is the stream's, and of parts thrown as HostIOError. The joint counts themselves go to `profiles`
-  // unless it is null.
+  // cancelled; a failure to read is the stream's, and of parts thrown as HostIOError. The joint
+  // counts themselves go to `profiles` unless it is null.
   [[nodiscard]] MCFeature::MCStatus AddTo(std::vector<PRSEffect>& effects,
                                           std::vector<PRSBinnedProfile>* profiles = nullptr) const;
 

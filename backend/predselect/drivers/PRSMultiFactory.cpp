@@ -107,7 +107,9 @@ bool PRSMultiFactory::LookAtParts() {
     fRun.Adapter().CountDelivered(static_cast<int>(counts.fNDelivered));
     fRun.Adapter().AddLostWeights(counts.fLost);
     fNTestRecords = static_cast<int>(counts.fNTest);
-    if (fRun.Specs().GetScreenStatusOn()) fScreening.TakeCounts(counts.fComponent);
+    if (fRun.Specs().GetScreenStatusOn() && !fScreening.TakeCounts(*fParts.ComponentOf(counts))) {
+      fParts.ThrowDamaged();
+    }
   } catch (const MCHost::HostIOError& error) {
     if (fRun.IsStopped()) return false;
     fRun.AdapterMessages().ReadFailed(error.what());

@@ -1,5 +1,5 @@
-// The training cases of one NAIVEBAYES run where they lie in parts: brings the engine's questions to
-// them. What went wrong is kept for the run to say.
+// The training cases of one NAIVEBAYES run where they lie in parts: brings the engine's questions
+// to them. What went wrong is kept for the run to say.
 #pragma once
 
 #include <string>
@@ -19,7 +19,7 @@ class PRSMultiParts : public INBParts {
 
   bool Count(NBPartCounts& counts) override;
   bool Ask(const NBPartQuestion& question, NBPartSums& sums) override;
-  // How the model classifies the cases. False as above.
+  // How the model classifies the cases. False where the pass failed or was cancelled.
   [[nodiscard]] bool Classify(const INBAlgorithm& model, NBPartClassified& classified);
 
   // False, with a message, after a failure or a stop.

@@ -66,15 +66,16 @@ std::string PRSMultiScreening::CountPart(NaiveDataSourceIter& train) {
   return ComponentBytes(*rules.fpEngine, nullptr);
 }
 
-void PRSMultiScreening::TakeCounts(const std::string& component) {
+bool PRSMultiScreening::TakeCounts(const IFSAlgorithm& counts) {
   const Rules rules(fRun);
-  ComponentFile counted;
-  if (!ReadComponentBytes(component, counted).empty() || counted.fpFeature == nullptr) return;
   std::vector<int> indices;
   std::vector<std::vector<int>> reasons;
-  (void)rules.fpEngine->Merge(*counted.fpFeature, nullptr);
+  const auto status = rules.fpEngine->Merge(counts, nullptr);
+  if (status.GetErrorCode() == MCFeature::kCannotMerge) return false;
+  // As above, its status says nothing new.
   (void)rules.fpEngine->ScreenWithoutTarget(indices, reasons);
   Enter(rules.fColumns, indices, reasons);
+  return true;
 }
 
 std::vector<int> PRSMultiScreening::Outcome() const {

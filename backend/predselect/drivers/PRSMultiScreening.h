@@ -13,6 +13,7 @@
 #include "feature/MCFSCommon.h"
 
 class FSSettings;
+class IFSAlgorithm;
 class NaiveDataSourceIter;
 class PRSMultiRun;
 
@@ -24,9 +25,10 @@ class PRSMultiScreening {
   // Reads the stream to its end. REQUIRES: the specifications switch screening on.
   void ReadAll(NaiveDataSourceIter& train);
 
-  // The same in parts: what a part counts, as a saved component, and what all have counted.
+  // The same in parts: what a part counts, as a saved component, and what all have counted; false
+  // for counts of other variables.
   std::string CountPart(NaiveDataSourceIter& train);
-  void TakeCounts(const std::string& component);
+  [[nodiscard]] bool TakeCounts(const IFSAlgorithm& counts);
   // The outcome as numbers, for parts: variables and reasons in turn.
   std::vector<int> Outcome() const;
   void TakeOutcome(const std::vector<int>& outcome);

@@ -3,15 +3,13 @@
 #include <cctype>
 #include <utility>
 
-#include "common/state/IOException.h"
-#include "common/state/QuietReading.h"
-#include "common/state/StateBytes.h"
 #include "host/data/ITable.h"
 #include "host/data/WholeTable.h"
 #include "host/output/ShowText.h"
 #include "host/session/HostIOError.h"
 #include "host/session/ISession.h"
 #include "host/session/SessionScope.h"
+#include "modelfiles/ComponentFile.h"
 
 using MCHost::KeyText;
 
@@ -68,14 +66,11 @@ std::string PRSParts::Ask(const PartRequest& request, Piece::Kind kind) const {
   return std::move(answer.fContent);
 }
 
-void PRSParts::Read(const std::string& content,
-                    const std::function<void(std::fstream&)>& read) const {
-  try {
-    const QuietReading quiet;
-    if (StateBytes::Read(content, read)) return;
-  } catch (const MCCommon::IOException&) {
-  }
-  ThrowDamaged();
+std::unique_ptr<IFSAlgorithm> PRSParts::ComponentOf(const UAPartCounts& counts) const {
+  ComponentFile counted;
+  const bool isRead = ReadComponentBytes(counts.fComponent, counted).empty();
+  if (!isRead || counted.fpFeature == nullptr) ThrowDamaged();
+  return std::move(counted.fpFeature);
 }
 
 void PRSParts::ThrowDamaged() const { Throw(KeyText("it is damaged")); }
@@ -104,8 +99,7 @@ std::optional<PartRequest> PRSPartRequest() {
   const std::string bytes = MCHost::CurrentSession().PartRequest();
   if (bytes.empty() || !piece.Read(bytes).empty()) return {};
   PartRequest request;
-  StateBytes::To(piece.fContent, request);
-  return request;
+  return StateBytes::To(piece.fContent, request) ? std::optional(request) : std::nullopt;
 }
 
 void PRSAnswer(Piece::Kind kind, std::string content, std::string codes) {

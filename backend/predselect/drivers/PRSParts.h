@@ -3,16 +3,17 @@
 #pragma once
 
 #include <cstdint>
-#include <fstream>
-#include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "common/parts/PartRequest.h"
 #include "common/parts/Piece.h"
+#include "common/state/StateBytes.h"
 #include "host/cases/UAPartCounts.h"
 
+class IFSAlgorithm;
 namespace MCHost {
 class ITable;
 struct WholeTable;
@@ -32,11 +33,13 @@ class PRSParts {
   // All parts' answer. Throws HostIOError for one that is damaged, or of another kind or request.
   template <class T>
   void AskFor(const PartRequest& request, Piece::Kind kind, T& answer) const {
-    Read(Ask(request, kind), [&answer](std::fstream& is) { answer.ReadObject(is); });
+    if (!StateBytes::To(Ask(request, kind), answer)) ThrowDamaged();
   }
   // The same of counts. Throws HostIOError for counts that are not of all cases.
   UAPartCounts AskCounts(const PartRequest& request) const;
 
+  // The feature selection component that counts were saved of. Throws HostIOError for other bytes.
+  std::unique_ptr<IFSAlgorithm> ComponentOf(const UAPartCounts& counts) const;
   // Throws HostIOError: the parts' answer cannot be read.
   [[noreturn]] void ThrowDamaged() const;
 
@@ -46,7 +49,6 @@ class PRSParts {
  private:
   [[noreturn]] void Throw(const std::string& why) const;
   std::string Ask(const PartRequest& request, Piece::Kind kind) const;
-  void Read(const std::string& content, const std::function<void(std::fstream&)>& read) const;
 
   const MCHost::WholeTable* fpWhole;
 };

@@ -118,13 +118,7 @@ MCFeature::MCStatus PRSUniFactory::CountInParts() {
       ReportNoCases();
       return fStatus;
     }
-    ComponentFile counted;
-    const std::string trouble = ReadComponentBytes(counts.fComponent, counted);
-    if (trouble.empty() && counted.fpFeature != nullptr) {
-      return fpAlgorithm->Merge(*counted.fpFeature, nullptr);
-    }
-    fMessages.ReadFailed(trouble);
-    return MCFeature::Error(MCFeature::kNoValidCases);
+    return fpAlgorithm->Merge(*fParts.ComponentOf(counts), nullptr);
   } catch (const MCHost::HostIOError& error) {
     return FailureInParts(error);
   }

@@ -32,8 +32,8 @@ struct StateDictionary;
 
 class PRSUniFactory {
  public:
-  // Opens the adapter and, unless the cases lie in parts elsewhere, the case stream. Without a valid
-  // case the status becomes the error 80002 and the host says so.
+  // Opens the adapter and, unless the cases lie in parts elsewhere, the case stream. Without a
+  // valid case the status becomes the error 80002 and the host says so.
   PRSUniFactory(PRSValidSpecs* specs, ProcedureDataSource& source);
   PRSUniFactory(const PRSUniFactory&) = delete;
   PRSUniFactory& operator=(const PRSUniFactory&) = delete;

@@ -132,7 +132,8 @@ TEST(CFailures, OfATableSayWhatWasWrongAndTakeTheStreamAllTheSame) {
     predselect_table_options known;
     const char* unknown;
   };
-  const Newer newer{{sizeof(Newer), nullptr, nullptr, nullptr, nullptr, 0, 0, nullptr, 0, nullptr, 0}, "x"};
+  const Newer newer{
+      {sizeof(Newer), nullptr, nullptr, nullptr, nullptr, 0, 0, nullptr, 0, nullptr, 0}, "x"};
   const std::tuple<predselect_table_options, predselect_status, const char*> cases[] = {
       {{kSize, nullptr, nullptr, nullptr, &unknown, 1, 0, nullptr, 0, nullptr, 0},
        PREDSELECT_BAD_REQUEST,

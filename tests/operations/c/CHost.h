@@ -68,8 +68,7 @@ inline ArrowArrayStream Penguins() {
 class CHost {
  public:
   explicit CHost(predselect_table_options options = {sizeof(options), nullptr, nullptr, nullptr,
-                                                     nullptr, 0, 0, nullptr, 0, nullptr,
-                                                     0}) {
+                                                     nullptr, 0, 0, nullptr, 0, nullptr, 0}) {
     EXPECT_EQ(predselect_session_open(&fSession), PREDSELECT_OK);
     ArrowArrayStream stream = Penguins();
     EXPECT_EQ(predselect_table_open(fSession, &stream, &options, &fTable), PREDSELECT_OK)
