@@ -178,6 +178,7 @@ def numbers_below(page, title):
     """The rows of numbers under the figure of a title."""
     drawn = page.locator("figure", has=page.get_by_role("heading", name=title, exact=True))
     drawn.locator("summary").click()
+    drawn.locator("details tbody tr").first.wait_for()  # they come with the event that tells of the opening
     return drawn.locator("details tbody tr").evaluate_all(
         "(rows) => rows.map((row) => [...row.querySelectorAll('th, td')].map((cell) => Number(cell.textContent.replaceAll(',', ''))))")
 
