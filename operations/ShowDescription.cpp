@@ -121,6 +121,9 @@ class DescribedTable {
     });
   }
 
+  // So many rows, at most, with all columns that have been added.
+  void Expect(std::size_t rows) { fTable.Reserve(rows * fSetters.size()); }
+
   void AddRow(const ColumnSummary& summary) {
     const BpCategory row = fRows.AddCategory(OutputText::Literal(summary.Variable().GetName()));
     for (const auto& set : fSetters) set(row, summary);
@@ -189,6 +192,7 @@ void ShowDictionary(const std::vector<ColumnSummary>& summaries) {
   table.AddText("Earliest", TimeText(&ColumnSummary::Minimum));
   table.AddText("Latest", TimeText(&ColumnSummary::Maximum));
   AddHistogram(table);
+  table.Expect(summaries.size());
   for (const ColumnSummary& summary : summaries) table.AddRow(summary);
   table.Table().Show();
 }
@@ -340,6 +344,7 @@ void ShowDescription(const std::vector<ColumnSummary>& summaries, double nCases,
     table.Table().Flat();
     kind.fAddColumns(table);
     AddLabels(summaries, table);
+    table.Expect(nShown);
     std::vector<const ColumnSummary*> shown;
     for (auto summary = summaries.begin(); summary != shownEnd; ++summary) {
       if (KindOf(*summary) != kind.fKind) continue;

@@ -34,7 +34,6 @@ arrow::Result<CsvDecodedColumn> CsvDecodedColumn::Make(std::shared_ptr<arrow::Da
                                                        std::size_t most) {
   CsvDecodedColumn column;
   column.fMost = most;
-  column.fSlots.fill(-1);
   const arrow::Type::type id = type->id();
   if (id == arrow::Type::DOUBLE) {
     ARROW_ASSIGN_OR_RAISE(column.fpCells, BufferOf(most * sizeof(double)));
@@ -42,6 +41,7 @@ arrow::Result<CsvDecodedColumn> CsvDecodedColumn::Make(std::shared_ptr<arrow::Da
   } else if (id == arrow::Type::DICTIONARY) {
     ARROW_ASSIGN_OR_RAISE(column.fpCells, BufferOf(most * sizeof(std::int32_t)));
     column.fpCodes = reinterpret_cast<std::int32_t*>(column.fpCells->mutable_data());
+    column.fSlots.assign(kSlots, -1);
   }
   column.fpType = std::move(type);
   return column;

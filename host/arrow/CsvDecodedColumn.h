@@ -5,7 +5,6 @@
 #include <arrow/result.h>
 #include <arrow/type_fwd.h>
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -51,7 +50,8 @@ class CsvDecodedColumn {
   std::int32_t* fpCodes = nullptr;
   std::vector<std::int32_t> fEnds{0};  // of the texts one after the other
   std::string fTexts;
-  std::array<std::int32_t, kSlots> fSlots;  // codes of some texts, by their hash; -1 for none
+  // Of a dictionary: codes of some texts, by their hash; -1 for none.
+  std::vector<std::int32_t> fSlots;
 };
 
 }  // namespace MCHost

@@ -229,6 +229,7 @@ void CsvInspector::EndRow(const Mark& end) {
     Fail(end, "the row ends after " + Count(fNFields, "field") + "; the " + NamesRow() + " has " +
                   std::to_string(fColumns.size()));
   }
+  if (fNRows == 0) fNames = {};
   ++fNRows;
   fNFields = 0;
   fState = kRowStart;
@@ -240,12 +241,11 @@ void CsvInspector::AddName(std::string_view name) {
     fColumns.back().fbNamed = false;
     return;
   }
-  for (const CsvColumn& column : fColumns) {
-    if (column.fName == name) {
-      Fail(fFieldMark, "a column named \"" + column.fName + "\" is there already");
-    }
+  std::string added(name);
+  if (!fNames.insert(added).second) {
+    Fail(fFieldMark, "a column named \"" + added + "\" is there already");
   }
-  AddColumn(std::string(name));
+  AddColumn(std::move(added));
 }
 
 void CsvInspector::AddColumn(std::string name) {

@@ -15,6 +15,7 @@
 #include <map>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "host/arrow/CsvKinds.h"
@@ -133,6 +134,7 @@ class CsvInspector {
   std::int64_t fLongestRow = 0;
   bool fbQuotedNewlines = false;
   std::vector<CsvColumn> fColumns;
+  std::unordered_set<std::string> fNames;  // of the header, until it ends
 };
 
 }  // namespace MCHost

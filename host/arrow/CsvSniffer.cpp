@@ -24,6 +24,7 @@ namespace {
 
 constexpr std::size_t kSampleBytes = std::size_t{1} << 18;
 constexpr std::size_t kMostSampleBytes = std::size_t{1} << 24;  // of rows that are very long
+constexpr std::size_t kLonger = 8;  // times as much is read where that is too little
 constexpr std::ptrdiff_t kFewLines = 3;
 constexpr std::size_t kFewQuotes = 2;
 
@@ -84,8 +85,9 @@ class Sniffer {
     CheckSaid();
     ReadStart(kSampleBytes);
     const auto isEnd = [](char c) { return c == '\n' || c == '\r'; };
-    if (!fbWhole && std::count_if(fText.begin(), fText.end(), isEnd) < kFewLines) {
-      ReadStart(kMostSampleBytes);
+    for (std::size_t size = kSampleBytes; size < kMostSampleBytes && !fbWhole;) {
+      if (std::count_if(fText.begin(), fText.end(), isEnd) >= kFewLines) break;
+      ReadStart(size *= kLonger);
     }
     CsvSample sample = FindLayout();
     EmptyNulls(sample);

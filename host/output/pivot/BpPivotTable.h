@@ -38,6 +38,9 @@ class BpPivotTable {
   // In points.
   void MinDataColumnWidth(int points) { fTable.fMinDataColumnWidth = points; }
 
+  // That so many cells are going to be set at most, so that they are not moved as they become more.
+  void Reserve(std::size_t cells) { fTable.fCells.reserve(cells); }
+
   // Dimensions of one axis nest in the order in which they are added.
   BpDimension RowDimension(const std::string& nameKey);
   BpDimension ColumnDimension(const std::string& nameKey);
