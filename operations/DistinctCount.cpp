@@ -34,7 +34,7 @@ bool DistinctCount::Add(double value) {
     ++fNDistinct;
   }
   ++fSlots[at].second;
-  if (2 * fNDistinct > fSlots.size()) Grow();
+  if (4 * fNDistinct > 3 * fSlots.size()) Grow();
   return true;
 }
 

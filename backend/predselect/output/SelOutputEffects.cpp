@@ -53,6 +53,7 @@ class EffectsTable {
       : fTable(table), fColumns(table.ColumnDimension("Statistics")) {
     AddTestColumns();
     AddEffectColumns(effects);
+    fTable.Reserve(effects.size() * fNamed.size());
   }
 
   void Fill(const BpCategory& row, const PRSEffect& effect) {
