@@ -11,6 +11,7 @@
 #   make bench-peers  the same jobs done by this build and by other libraries, in one run
 #   make compare OLD=path  every output of this build beside those of another build of the program
 #   make asan    the test suite under AddressSanitizer and UBSan
+#   make ubsan   the test suite under UBSan with every check of integers (Clang)
 #   make tsan    the engines' tests of threads under ThreadSanitizer
 #   make fuzz    every fuzz target for FUZZ_SECONDS (600 unless given) seconds
 #   make damage  saved states, damaged at random TRIALS (100000 unless given) times: none is read with other numbers
@@ -37,7 +38,7 @@
 #   make format  clang-format over all sources
 #   make clean   removes everything that was built
 .PHONY: demo test program build bench bench-growth bench-plot bench-end bench-scale bench-peers compare check-exact
-.PHONY: asan tsan fuzz damage faults kills load package check-package browser browser-tools models databases wheel check-wheel
+.PHONY: asan ubsan tsan fuzz damage faults kills load package check-package browser browser-tools models databases wheel check-wheel
 .PHONY: spark spark-tools spark-long compare-spark
 .PHONY: python-library test-python-long docs compare-sklearn tidy format clean
 
@@ -94,6 +95,13 @@ asan:
 	cmake --preset asan >/dev/null
 	cmake --build --preset asan
 	ctest --preset asan
+
+ubsan:
+	@scripts/setup --tests
+	@scripts/setup --fuzz
+	cmake --preset ubsan >/dev/null
+	cmake --build --preset ubsan
+	ctest --preset ubsan
 
 tsan:
 	@scripts/setup --tests

@@ -31,10 +31,11 @@ std::vector<double> BenjaminiHochberg(const std::vector<double>& logP) {
   const std::vector<std::size_t> places = Ascending(logP);
   std::vector<double> adjusted(logP.size(), MCMV::gMissingValue);
   double least = 0.0;
-  for (std::size_t i = places.size(); i-- > 0;) {
-    const double factor = static_cast<double>(places.size()) / (static_cast<double>(i) + 1.0);
-    least = std::min(least, logP[places[i]] + std::log(factor));
-    adjusted[places[i]] = least;
+  for (std::size_t rank = places.size(); rank > 0; --rank) {
+    const std::size_t place = places[rank - 1];
+    const double factor = static_cast<double>(places.size()) / static_cast<double>(rank);
+    least = std::min(least, logP[place] + std::log(factor));
+    adjusted[place] = least;
   }
   return adjusted;
 }

@@ -25,8 +25,8 @@ namespace MCHost {
 
 namespace {
 
-// Cells of a row group: what a reader must hold at a time.
-constexpr std::int64_t kGroupCells = std::int64_t{1} << 24;
+// Cells of a row group: what the writer and a reader must hold at a time.
+constexpr std::int64_t kGroupCells = std::int64_t{1} << 22;
 // A column of more distinct values than this holds is written as it is: looking each value up among
 // many costs more than the room that it saves.
 constexpr std::int64_t kDictionaryBytes = std::int64_t{1} << 16;
