@@ -26,6 +26,10 @@ if(PREDSELECT_SANITIZE)
   endif()
   target_compile_options(predselect_flags INTERFACE -fsanitize=${PREDSELECT_SANITIZE}
     -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  if(PREDSELECT_SANITIZE MATCHES integer)
+    target_compile_options(predselect_flags INTERFACE
+      -fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/cmake/wraps.txt)
+  endif()
   target_link_options(predselect_flags INTERFACE -fsanitize=${PREDSELECT_SANITIZE})
 endif()
 
@@ -91,7 +95,10 @@ endfunction()
 # predselect_exports(<library>): shows what cmake/<library>.exports lists, and hides the rest.
 function(predselect_exports name)
   set(exports ${PROJECT_SOURCE_DIR}/cmake/${name}.exports)
-  target_link_options(${name} PRIVATE "LINKER:--version-script=${exports}" "LINKER:-z,defs")
+  target_link_options(${name} PRIVATE "LINKER:--version-script=${exports}")
+  if(NOT PREDSELECT_SANITIZE)  # whose functions the program brings
+    target_link_options(${name} PRIVATE "LINKER:-z,defs")
+  endif()
   set_target_properties(${name} PROPERTIES LINK_DEPENDS ${exports})
 endfunction()
 

@@ -42,7 +42,8 @@ class JsonRows::Handler final : public nlohmann::json_sax<Json> {
   bool end_array() override { return true; }
 
   bool key(string_t& key) override {
-    fColumn = fRows.ColumnOf(key, fCells.empty() ? 0 : fColumn + 1);
+    fColumn = fRows.ColumnOf(key, fNext);
+    fNext = fColumn + 1;
     if (fColumn >= fCells.size()) {
       fCells.resize(fColumn + 1);
       fMet.resize(fColumn + 1, false);
@@ -78,7 +79,8 @@ class JsonRows::Handler final : public nlohmann::json_sax<Json> {
   JsonRows& fRows;
   std::vector<RowCell>& fCells;
   std::vector<bool> fMet;
-  std::size_t fColumn = std::string::npos;  // the first key is guessed to be the first column
+  std::size_t fColumn = 0;
+  std::size_t fNext = 0;  // what the next key is guessed to be
   bool fbInside = false;
 };
 

@@ -39,7 +39,7 @@ class TableNames final : public IXmlListener {
 class OdsSheet final : public ISheet, private IXmlListener {
  public:
   OdsSheet(const std::string& path, std::size_t sheet)
-      : fPath(path), fToPass(sheet), fDocument(path, kContent, *this) {}
+      : fPath(path), fToPass(static_cast<std::ptrdiff_t>(sheet)), fDocument(path, kContent, *this) {}
 
   bool Next(SheetRow& row) override {
     fRow.fCells.clear();
@@ -176,7 +176,7 @@ class OdsSheet final : public ISheet, private IXmlListener {
   SheetFindings fFindings;
   SheetRow fRow;
   std::int64_t fNextRow = 1;
-  std::size_t fToPass;  // sheets before this one
+  std::ptrdiff_t fToPass;  // sheets before this one, which are still to come
   int fDepth = 0;       // of tables in tables
   bool fbInside = false;
   bool fbEnded = false;

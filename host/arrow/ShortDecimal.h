@@ -119,7 +119,7 @@ inline bool ReadShortDecimal(const char* at, std::size_t size, char point, doubl
   const bool isNegative = *at == '-';
   at += isNegative ? 1 : 0;
   size -= isNegative ? 1 : 0;
-  if (size - 1 >= kLongest) return false;
+  if (size == 0 || size > kLongest) return false;
   Characters characters(at, size);
   const std::size_t places = characters.TakeOutPoint(point);
   std::uint64_t number = 0;

@@ -78,8 +78,8 @@ void ReadWide(const void* data, std::int64_t at, std::size_t n, double divisor, 
       carry = carry && word == 0;
     }
     long double magnitude = 0.0L;
-    for (std::size_t k = kWords; k-- > 0;) {
-      magnitude = magnitude * 18446744073709551616.0L + static_cast<long double>(words[k]);
+    for (std::size_t left = kWords; left > 0; --left) {
+      magnitude = magnitude * 18446744073709551616.0L + static_cast<long double>(words[left - 1]);
     }
     const auto value = static_cast<double>(magnitude / static_cast<long double>(divisor));
     values[i] = negative ? -value : value;

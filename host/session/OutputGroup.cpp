@@ -28,7 +28,9 @@ bool PlaceFiles(std::vector<FinishedFile> files, const std::function<bool()>& is
     const bool isLast = i + 1 == files.size();
     const int error = files[i].fpFile->TakePlaceOf(files[i].fPlace, !isLast);
     if (error == 0) continue;
-    for (std::size_t done = i; done-- > 0;) files[done].fpFile->GiveBack(files[done].fPlace);
+    for (std::size_t done = i; done > 0; --done) {
+      files[done - 1].fpFile->GiveBack(files[done - 1].fPlace);
+    }
     Check(files[i], error);
   }
   return true;

@@ -12,7 +12,7 @@ constexpr const char* kReplacement = "\xEF\xBF\xBD";
 constexpr utf8proc_int32_t kFirstPrintable = 0x20;
 constexpr utf8proc_int32_t kDelete = 0x7F;
 
-bool IsPlain(char c) { return static_cast<unsigned char>(c) - 0x20U < 0x5FU; }
+bool IsPlain(char c) { return c >= kFirstPrintable && c < kDelete; }
 
 bool IsSteering(utf8proc_int32_t point) {
   const auto within = [point](utf8proc_int32_t from, utf8proc_int32_t to) {

@@ -135,8 +135,8 @@ class CriterionColumns {
 // criterion come first.
 std::map<std::string, BpCategory> AddNamed(BpDimension& columns, const FSSettings& settings) {
   std::map<std::string, BpCategory> named;
-  for (std::size_t c = FSCriterion::All().size(); c-- > 0;) {
-    const FSCriterion& criterion = FSCriterion::All()[c];
+  for (std::size_t left = FSCriterion::All().size(); left > 0; --left) {
+    const FSCriterion& criterion = FSCriterion::All()[left - 1];
     if (!settings.GetCriterion(criterion.fCode)) continue;
     for (const FSOutput& output : criterion.fOutputs) {
       if (named.contains(output.fHeading)) continue;
