@@ -54,8 +54,8 @@ MCHost::TableStorage StorageOf(const DataOptions& options) {
 void CheckNames(const DataOptions& options, const std::vector<std::string>& columns) {
   for (const auto& [option, name] : options.fNames) {
     // Those beyond ASCII may differ in case, and are looked for later.
-    const auto isMeant = [&name](const std::string& column) {
-      return AreStringsEqualCase(column, name);
+    const auto isMeant = [&wanted = name](const std::string& column) {
+      return AreStringsEqualCase(column, wanted);
     };
     const bool isAscii = std::ranges::all_of(name, [](char c) { return c > 0; });
     if (!isAscii) continue;
