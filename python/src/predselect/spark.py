@@ -17,6 +17,7 @@ from typing import TYPE_CHECKING, Any
 import pyarrow
 import pyarrow.compute
 from pyspark import StorageLevel, TaskContext
+from pyspark.sql import DataFrame
 from pyspark.sql import functions as sql
 from pyspark.sql.pandas.types import from_arrow_schema
 from pyspark.sql.types import StructType
@@ -27,7 +28,6 @@ from ._results import Model, Ranking
 from .errors import DataError, PredSelectError
 
 if TYPE_CHECKING:
-    from pyspark.sql import DataFrame
     from typing_extensions import Unpack
 
 __all__ = ["model", "rank", "score"]
@@ -81,6 +81,10 @@ class _Frame:
     """A DataFrame, for one job."""
 
     def __init__(self, df: DataFrame) -> None:
+        if not isinstance(df, DataFrame):
+            raise DataError(f"{_parts.kind_of(df)} is no DataFrame of Spark")
+        if df.isStreaming:
+            raise DataError("a streaming DataFrame is never read to its end; give what it has written")
         self._df = df
         self.columns: list[str] = df.columns
         if len(set(self.columns)) < len(self.columns):

@@ -185,6 +185,8 @@ def test_what_does_not_go_is_refused(spark):
         (lambda: predselect.spark.rank(df, "z"), 'no column "z"; they have y, l'),
         (lambda: predselect.spark.model(df, "y", predictions=True), "score"),
         (lambda: predselect.spark.rank(df.select("y", "y"), "y"), "there twice"),
+        (lambda: predselect.spark.rank(df.toPandas(), "y"), "pandas.*DataFrame is no DataFrame of Spark"),
+        (lambda: predselect.spark.rank(spark.readStream.format("rate").load(), "value"), "streaming"),
         (lambda: predselect.spark.model(spark.range(9).selectExpr("id / 7 as y", "id as x"), "y"),
          "scale"),
     ):
