@@ -67,7 +67,7 @@ class Engine(Protocol):
         """The kept columns without a row."""
 
     def ranges(self) -> bytes:
-        """The merged ranges of all parts."""
+        """The merged ranges of all parts; nothing where there is no part."""
 
     def ask(self, over: int, request: bytes, ranges: bytes) -> bytes:
         """The merged answers of all parts."""
@@ -238,7 +238,10 @@ def _run(job: Callable[..., _R], engine: Engine, target: str, needed: list[str],
         kept = {name: value for name, value in said.items() if name != "except_"}
         with quiet(), contextlib.suppress(CommandError):  # what can be refused without a row is
             job(engine.empty(), target, progress=False, **kept, **own)
-        parts = Parts(engine, engine.ranges(), options.name)
+        ranges = engine.ranges()
+        if not ranges:
+            return job(engine.empty(), target, progress=False, **kept, **own)
+        parts = Parts(engine, ranges, options.name)
         try:
             return job(parts, target, progress=False, **own)
         except PredSelectError as failure:
