@@ -15,10 +15,19 @@ namespace {
 constexpr int kNominal = 1;
 constexpr int kScale = 3;
 
+bool IsAscending(const std::vector<std::int64_t>& first) {
+  return std::adjacent_find(first.begin(), first.end(), std::greater_equal<>()) == first.end();
+}
+
 // The order of first appearance, and the values in it.
 template <class Value>
 void MergeInOrder(std::vector<Value>& values, std::vector<std::int64_t>& first,
                   const std::vector<Value>& others, const std::vector<std::int64_t>& othersFirst) {
+  if (values == others) {  // as most parts have them
+    std::transform(first.begin(), first.end(), othersFirst.begin(), first.begin(),
+                   [](std::int64_t a, std::int64_t b) { return std::min(a, b); });
+    if (IsAscending(first)) return;
+  }
   std::unordered_map<Value, std::size_t> places;
   for (std::size_t i = 0; i < values.size(); ++i) places.emplace(values[i], i);
   for (std::size_t i = 0; i < others.size(); ++i) {
@@ -42,10 +51,6 @@ void MergeInOrder(std::vector<Value>& values, std::vector<std::int64_t>& first,
   }
   values = std::move(sorted);
   first = std::move(sortedFirst);
-}
-
-bool IsAscending(const std::vector<std::int64_t>& first) {
-  return std::adjacent_find(first.begin(), first.end(), std::greater_equal<>()) == first.end();
 }
 
 }  // namespace
@@ -73,10 +78,12 @@ std::string ColumnRange::WhyNot(const ColumnRange& other) const {
   const ColumnDictionary& theirs = other.fDictionary;
   const std::string name = "\"" + mine.fName + "\" ";
   if (mine.fName != theirs.fName) {
-    return "a column is \"" + theirs.fName + "\" where another part has \"" + mine.fName + "\"";
+    return "column \"" + theirs.fName + "\" stands where another part has \"" + mine.fName +
+           "\"; parts have the same columns in the same order";
   }
   const bool areBothKnown = fNValues > 0 && other.fNValues > 0;
-  if (areBothKnown && mine.IsNumeric() != theirs.IsNumeric()) {
+  const bool areAlike = mine.IsNumeric() == theirs.IsNumeric();
+  if (areBothKnown && !areAlike) {
     return name + "holds " + (theirs.IsNumeric() ? "numbers" : "texts") + " in one part and " +
            (mine.IsNumeric() ? "numbers" : "texts") + " in another; a schema says what it is";
   }
@@ -84,8 +91,9 @@ std::string ColumnRange::WhyNot(const ColumnRange& other) const {
     return name + "holds times of another kind in another part";
   }
   const bool isLevelSaid = !mine.fbLevelFound || !theirs.fbLevelFound;
-  if (isLevelSaid && (mine.fLevel != theirs.fLevel || mine.fbLevelFound != theirs.fbLevelFound) &&
-      mine.IsNumeric() == theirs.IsNumeric()) {
+  // What one part says of texts, another one without a value cannot say of numbers.
+  if (!areAlike) return "";
+  if (isLevelSaid && (mine.fLevel != theirs.fLevel || mine.fbLevelFound != theirs.fbLevelFound)) {
     return name + "was given another level in another part";
   }
   if (mine.fMissing != theirs.fMissing || mine.fMissingTexts != theirs.fMissingTexts ||

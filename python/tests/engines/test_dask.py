@@ -72,11 +72,18 @@ def big(rows, n_parts):
         return generated(i, rows).to_pandas(types_mapper=pd.ArrowDtype)
 
     return (dd.from_map(made, range(n_parts), meta=made(0).iloc[:0]),
-            lambda: pa.Table.from_batches([generated(i, rows) for i in range(n_parts)]))
+            lambda: (generated(i, rows) for i in range(n_parts)))
 
 
 def test_a_generated_table_in_16_parts(client):
     df, whole = big(12_500, 16)
+    assert_same(predselect.dask.rank(df, "y"), ps.rank(whole(), "y"))
+    assert_same_model(predselect.dask.model(df, "y"), ps.model(whole(), "y"))
+
+
+@pytest.mark.long
+def test_20_million_rows_in_64_parts(client):
+    df, whole = big(312_500, 64)
     assert_same(predselect.dask.rank(df, "y"), ps.rank(whole(), "y"))
     assert_same_model(predselect.dask.model(df, "y"), ps.model(whole(), "y"))
 
@@ -112,5 +119,7 @@ def test_a_mutated_piece_and_what_cannot_be_read_are_refused_with_their_part(cli
         df = frames_of(mixed, [4, 8])
         with pytest.raises(ps.DataError, match="part 2: a column cannot be read"):
             predselect.dask.rank(df, "y")
+    with pytest.raises(ps.DataError, match="Series is no DataFrame of Dask"):
+        predselect.dask.rank(df["y"], "y")
     with pytest.raises(ps.RequestError, match="threads is not for data in parts"):
         predselect.dask.rank(df, "y", threads=2)
