@@ -39,7 +39,9 @@ class TableNames final : public IXmlListener {
 class OdsSheet final : public ISheet, private IXmlListener {
  public:
   OdsSheet(const std::string& path, std::size_t sheet)
-      : fPath(path), fToPass(static_cast<std::ptrdiff_t>(sheet)), fDocument(path, kContent, *this) {}
+      : fPath(path),
+        fToPass(static_cast<std::ptrdiff_t>(sheet)),
+        fDocument(path, kContent, *this) {}
 
   bool Next(SheetRow& row) override {
     fRow.fCells.clear();
@@ -177,7 +179,7 @@ class OdsSheet final : public ISheet, private IXmlListener {
   SheetRow fRow;
   std::int64_t fNextRow = 1;
   std::ptrdiff_t fToPass;  // sheets before this one, which are still to come
-  int fDepth = 0;       // of tables in tables
+  int fDepth = 0;          // of tables in tables
   bool fbInside = false;
   bool fbEnded = false;
   bool fbComplete = false;
