@@ -13,7 +13,7 @@
 #   make asan    the test suite under AddressSanitizer and UBSan
 #   make tsan    the engines' tests of threads under ThreadSanitizer
 #   make fuzz    every fuzz target for FUZZ_SECONDS (600 unless given) seconds
-#   make coverage  which branches the tests take, by layer
+#   make coverage  which branches of engines, model files, states and parser their own tests take
 #   make mutants  the engines changed in small ways, one at a time: a test has to fail
 #   make damage  saved states, damaged at random TRIALS (100000 unless given) times: none is read with other numbers
 #   make faults  every call to the system and every place of allocation failed in turn, over jobs of every kind
@@ -161,8 +161,6 @@ coverage:
 	.venv-coverage/bin/python3 -m pip install --quiet -r scripts/requirements-coverage.txt
 	cmake --preset coverage >/dev/null
 	cmake --build --preset coverage
-	find build/coverage -name '*.gcda' -delete
-	ctest --preset coverage
 	@scripts/coverage build/coverage
 
 # MUTANTS of them are planted, drawn by SEED.

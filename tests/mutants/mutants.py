@@ -1,203 +1,57 @@
 #!/usr/bin/env python3
 """Changes the engines in small ways, one at a time, and looks whether a test fails.
 
-  mutants.py BUILD [--count N] [--seed SEED] [--only PATH]
+  mutants.py BUILD [--count N] [--seed SEED] [--only PATH] [--program]
 
 Draws N places in the sources of common/, feature/ and naivebayes/, and plants in a copy of the tree
 (BUILD/mutants) a changed expression or statement beside each: a run of the tests has the one that
-the environment variable MUTANT numbers, so all of them are compiled once. A mutant is killed when a
-test fails, crashes or does not end. Those that no test kills are listed, each as
+the environment variable MUTANT numbers, so all of them are compiled once. Each test is run once
+without any, which tells the mutants that it reaches; a mutant is then tried on the tests that reach
+it, the quick ones first: of the engines' own and, with --program, of the whole program. It is killed
+when a test fails, crashes or does not end. Those that no test kills are listed, each as
 
-  file | what stands there | what the mutant has in its place
+  file | its line, with what is changed in brackets | what the mutant has in its place
 
-and are argued in tests/mutants/argued.txt, in the same words and with the reason behind a fourth
-bar. Exit code 1 if one is not argued there.
+and are argued in tests/mutants/argued.txt, in the same words and with the reason behind a further
+bar. Exit code 1 if one is not argued there. BUILD/mutants/results.json keeps what came of each.
 """
 
 import argparse
 import collections
 import dataclasses
+import hashlib
 import json
 import os
-import random
 import re
 import resource
+import signal
 import subprocess
 import sys
 import tempfile
+import time
 from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
-from clang import cindex
-from clang.cindex import CursorKind, TypeKind
+from finder import IF_CHOSEN, TOP, all_mutants, is_source
 
-TOP = Path(__file__).resolve().parents[2]
-LAYERS = ("common", "feature", "naivebayes")
-TESTS = {"common": ["common_tests", "feature_tests", "naivebayes_tests"], "feature": ["feature_tests"],
-         "naivebayes": ["naivebayes_tests"]}
-TIME_LIMIT = 180
-MEMORY_LIMIT = 16 << 30
-IF_CHOSEN = "\0"  # stands for the test of a mutant's number
-
-OTHER = {"<": "<=", "<=": "<", ">": ">=", ">=": ">", "==": "!=", "!=": "==", "&&": "||", "||": "&&",
-         "+": "-", "-": "+", "*": "/", "/": "*", "+=": "-=", "-=": "+=", "*=": "/=", "/=": "*="}
-ARITHMETIC = set(range(TypeKind.BOOL.value, TypeKind.LONGDOUBLE.value + 1))
-CALLS = (CursorKind.CALL_EXPR, CursorKind.UNARY_OPERATOR, CursorKind.BINARY_OPERATOR,
-         CursorKind.COMPOUND_ASSIGNMENT_OPERATOR)
-FUNCTIONS = (CursorKind.FUNCTION_DECL, CursorKind.CXX_METHOD, CursorKind.CONSTRUCTOR,
-             CursorKind.DESTRUCTOR, CursorKind.FUNCTION_TEMPLATE, CursorKind.CONVERSION_FUNCTION)
-
-
-@dataclasses.dataclass(frozen=True, order=True)
-class Mutant:
-    """From first to last the file's bytes give way to the form, in which IF_CHOSEN is to be filled."""
-    file: str
-    first: int
-    last: int
-    kind: str
-    was: str
-    becomes: str
-    form: str
-
-    def line(self):
-        one = lambda text: re.sub(r"\s+", " ", text)
-        return f"{self.file} | {one(self.was)} | {one(self.becomes)}"
-
-
-class Finder:
-    """Finds what can be changed in one translation unit."""
-
-    def __init__(self, sources, found):
-        self.sources, self.found = sources, found
-
-    def text(self, file, first, last):
-        return self.sources[file][first:last].decode()
-
-    def place(self, cursor):
-        """File, first and last byte of the cursor, or nothing where it is not of a mutated source."""
-        extent = cursor.extent
-        if extent.start.file is None:
-            return None
-        path = os.path.realpath(extent.start.file.name)
-        file = os.path.relpath(path, TOP)
-        if file not in self.sources or extent.end.offset <= extent.start.offset:
-            return None
-        return file, extent.start.offset, extent.end.offset
-
-    def add(self, place, kind, becomes, form):
-        file, first, last = place
-        self.found.add(Mutant(file, first, last, kind, self.text(*place), becomes, form))
-
-    def walk(self, cursor, inside=False):
-        if cursor.kind in FUNCTIONS:
-            if self.decided_while_compiling(cursor):
-                return
-        elif cursor.kind == CursorKind.COMPOUND_STMT:
-            inside = True
-        elif cursor.kind in (CursorKind.STATIC_ASSERT, CursorKind.CASE_STMT):
-            inside = False
-        elif cursor.kind == CursorKind.DECL_STMT and "constexpr" in self.head(cursor):
-            return
-        if inside:
-            self.look(cursor)
-        for child in cursor.get_children():
-            if inside or self.place(child):  # not what was included
-                self.walk(child, inside)
-
-    def head(self, cursor):
-        place = self.place(cursor)
-        return self.text(place[0], place[1], min(place[1] + 40, place[2])) if place else ""
-
-    def decided_while_compiling(self, cursor):
-        place = self.place(cursor)
-        return bool(place) and re.search(r"\bconst(expr|eval)\b", self.text(*place).split("{")[0])
-
-    def look(self, cursor):
-        place = self.place(cursor)
-        if not place:
-            return
-        if cursor.kind in (CursorKind.BINARY_OPERATOR, CursorKind.COMPOUND_ASSIGNMENT_OPERATOR):
-            self.operator(cursor, place)
-        elif cursor.kind == CursorKind.IF_STMT:
-            self.condition(cursor)
-        elif cursor.kind == CursorKind.COMPOUND_STMT:
-            self.statements(cursor)
-        elif cursor.kind in (CursorKind.INTEGER_LITERAL, CursorKind.FLOATING_LITERAL):
-            self.number(place)
-
-    def operator(self, cursor, place):
-        sides = list(cursor.get_children())
-        if len(sides) != 2 or not all(self.place(side) for side in sides):
-            return
-        (_, first, end), (_, begin, last) = map(self.place, sides)
-        between = self.text(place[0], end, begin).strip() if end <= begin else ""
-        if (first, last) != place[1:] or between not in OTHER:
-            return
-        if not all(side.type.get_canonical().kind.value in ARITHMETIC for side in (cursor, *sides)):
-            return
-        left, right = self.text(place[0], first, end), self.text(place[0], begin, last)
-        becomes = f"{left} {OTHER[between]} {right}"
-        self.add(place, between, becomes, f"({IF_CHOSEN} ? ({becomes}) : ({self.text(*place)}))")
-
-    def condition(self, cursor):
-        children = list(cursor.get_children())
-        place = self.place(children[0])
-        if not place or not children[0].kind.is_expression():
-            return
-        before = self.text(place[0], max(0, place[1] - 5), place[1])
-        if re.search(r"\bif \($", before) and self.text(place[0], place[2], place[2] + 1) == ")":
-            was = self.text(*place)
-            self.add(place, "if", f"!({was})", f"{IF_CHOSEN} != static_cast<bool>({was})")
-
-    def statements(self, cursor):
-        for child in cursor.get_children():
-            place = self.place(child)
-            if place and child.kind in CALLS and self.text(place[0], place[2], place[2] + 1) == ";":
-                was = self.text(*place)
-                self.add(place, "left out", "", f"if (!{IF_CHOSEN}) {was}")
-
-    def number(self, place):
-        was = self.text(*place)
-        before, after = (self.text(place[0], at, at + 1) for at in (place[1] - 1, place[2]))
-        of_template = before == "<" or after == ">"
-        if re.fullmatch(r"[0-9.e]+[uUlLzZ]*", was) and not of_template:
-            self.add(place, "number", f"{was} + 1", f"({IF_CHOSEN} ? ({was} + 1) : {was})")
-
-
-def arguments_of(command):
-    """The compiler's arguments that matter to the parser."""
-    words = command.split()[1:]
-    kept = [word for word in words if word.startswith(("-I", "-D", "-std", "-isystem"))]
-    kept += [words[i + 1] for i, word in enumerate(words) if word == "-isystem"]
-    resources = subprocess.run(["clang++", "-print-resource-dir"], capture_output=True, text=True, check=True)
-    return [*kept, "-xc++", "-w", "-resource-dir", resources.stdout.strip()]
-
-
-def is_source(path):
-    return path.split("/")[0] in LAYERS and path.endswith((".cpp", ".inc"))
-
-
-def all_mutants(build, files):
-    sources = {file: (TOP / file).read_bytes() for file in files if is_source(file)}
-    found, units = set(), set()
-    for entry in json.loads((build / "compile_commands.json").read_text()):
-        file = os.path.relpath(entry["file"], TOP)
-        if file not in sources or file in units:
-            continue
-        units.add(file)
-        unit = cindex.Index.create().parse(entry["file"], arguments_of(entry["command"]))
-        worst = max((d.severity for d in unit.diagnostics), default=0)
-        assert worst < cindex.Diagnostic.Error, f"{file}: {[str(d) for d in unit.diagnostics]}"
-        Finder(sources, found).walk(unit.cursor)
-    return sorted(found)
+PROGRAMS = ("common_tests", "feature_tests", "naivebayes_tests")
+OF_PROGRAM = (r"Evaluation\.(the_m|interv|a_test|odd|cross_validation_is_what)|Program\.parts|NaiveBayesProgram\.runs|"
+              r"State\.parts|CommandScript\.(rank|model|naive_bayes|score|pvalues|effects|records)$")
+MEMORY_LIMIT = 8 << 30
+OUTCOMES = ("a test fails", "crash", "no end", "alive", "not reached")
 
 
 def drawn(mutants, count, seed):
-    """So many of them, in random order, none within another."""
-    pool, taken = list(mutants), collections.defaultdict(list)
-    random.Random(seed).shuffle(pool)
-    chosen = []
-    for mutant in pool:
+    """So many of them, none within another, by an order in which most keep their place when sources change."""
+    same = collections.Counter()
+
+    def rank(mutant):
+        line = mutant.line()
+        same[line] += 1
+        return hashlib.sha256(f"{seed} {line} {same[line]}".encode()).digest()
+
+    taken, chosen = collections.defaultdict(list), []
+    for mutant in sorted(mutants, key=rank):
         if len(chosen) == count:
             break
         if all(mutant.last <= first or last <= mutant.first for first, last in taken[mutant.file]):
@@ -212,10 +66,32 @@ def write_if_other(path, content):
         path.write_bytes(content)
 
 
-def plant(tree, files, chosen):
+def numbered(tree, chosen):
+    """The mutants from number 1 on. Those that are planted already keep theirs, which spares compiling."""
+    before = collections.defaultdict(list)
+    for mutant in sorted(chosen):
+        if (mutant.file, mutant.form) not in before and (tree / mutant.file).exists():
+            form = re.escape(mutant.form).replace(IF_CHOSEN, r"mutants::Is\((\d+)\)")
+            text = (tree / mutant.file).read_text()
+            before[mutant.file, mutant.form] = [int(found[1]) for found in re.finditer(form, text)]
+    numbers, others = {}, []
+    for mutant in sorted(chosen):
+        planted = before[mutant.file, mutant.form]
+        number = planted.pop(0) if planted else 0
+        if 0 < number <= len(chosen) and number not in numbers:
+            numbers[number] = mutant
+        else:
+            others.append(mutant)
+    for number in range(1, len(chosen) + 1):
+        if number not in numbers:
+            numbers[number] = others.pop()
+    return dict(sorted(numbers.items()))
+
+
+def plant(tree, files, numbers):
     """A copy of the files, with the mutants in it."""
     changes = collections.defaultdict(list)
-    for number, mutant in enumerate(chosen, 1):
+    for number, mutant in numbers.items():
         changes[mutant.file].append((number, mutant))
     for file in files:
         content = (TOP / file).read_bytes()
@@ -230,11 +106,13 @@ def plant(tree, files, chosen):
             (tree / environment.name).symlink_to(environment)
 
 
-def compile_tests(tree, build):
-    flags = ["-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_CXX_FLAGS=-w", "-DPREDSELECT_BENCH=OFF"]
+def compile_tests(tree, build, targets):
+    flags = ["-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_CXX_FLAGS_RELEASE=-O1 -DNDEBUG",
+             "-DCMAKE_CXX_FLAGS=-w", "-DPREDSELECT_BENCH=OFF"]
     subprocess.run(["cmake", "-G", "Ninja", "-S", tree, "-B", build, *flags], check=True,
                    stdout=subprocess.DEVNULL)
-    subprocess.run(["cmake", "--build", build, "--target", *TESTS["common"]], check=True)
+    subprocess.run(["cmake", "--build", build, "-j", str(os.cpu_count()), "--target", *targets, "--", "-k", "0"],
+                   check=True)
 
 
 def limit_memory():
@@ -242,38 +120,84 @@ def limit_memory():
     resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
 
 
-def fails(program, number):
-    with tempfile.TemporaryDirectory() as folder:
-        environment = dict(os.environ, MUTANT=str(number), TEST_TMPDIR=folder, TMPDIR=folder)
-        try:
-            run = subprocess.run([program, "--gtest_fail_fast", "--gtest_brief=1"], env=environment,
-                                 cwd=folder, timeout=TIME_LIMIT, preexec_fn=limit_memory,
-                                 stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-        except subprocess.TimeoutExpired:
-            return True
-        return run.returncode != 0
+@dataclasses.dataclass(frozen=True)
+class Test:
+    """A test of the planted build, with the numbers of the mutants that it comes by."""
+    name: str
+    command: tuple
+    folder: str
+    seconds: float = 0.0
+    reached: frozenset = frozenset()
+
+    def outcome(self, time_limit, **environment):
+        """None where it passes."""
+        with tempfile.TemporaryDirectory() as folder:
+            environment = dict(os.environ, TEST_TMPDIR=folder, TMPDIR=folder, **environment)
+            run = subprocess.Popen(self.command, env=environment, cwd=self.folder, preexec_fn=limit_memory,
+                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True)
+            try:
+                code = run.wait(time_limit)
+            except subprocess.TimeoutExpired:
+                os.killpg(run.pid, signal.SIGKILL)
+                run.wait()
+                return "no end"
+        return {0: None, 1: "a test fails"}.get(code, "crash")
+
+    def recorded(self, count):
+        """This test, run without a mutant; None where it cannot be run here."""
+        with tempfile.NamedTemporaryFile() as reached:
+            reached.write(bytes(count + 1))
+            reached.flush()
+            begin = time.monotonic()
+            outcome = self.outcome(None, MUTANT="0", MUTANTS_REACHED=reached.name)
+            seconds = time.monotonic() - begin
+            numbers = frozenset(i for i, byte in enumerate(Path(reached.name).read_bytes()) if byte)
+        if outcome is not None:
+            print(f"left aside, as it fails without any mutant: {self.name}", flush=True)
+            return None
+        return dataclasses.replace(self, seconds=seconds, reached=numbers)
 
 
-def killer(programs, number, mutant):
-    """The first test program that fails, or nothing."""
-    tests = TESTS[mutant.file.split("/")[0]]
-    return next((name for name in tests if fails(programs / name, number)), None)
+def listed(build, with_program):
+    """The engines' own tests and, where asked for, those of the whole program that are about the engines."""
+    shown = subprocess.run(["ctest", "--show-only=json-v1"], cwd=build, capture_output=True, text=True, check=True)
+    for test in json.loads(shown.stdout)["tests"]:
+        command = test.get("command", [""])
+        if Path(command[0]).name in PROGRAMS or (with_program and re.match(OF_PROGRAM, test["name"])):
+            properties = {p["name"]: p["value"] for p in test["properties"]}
+            yield Test(test["name"], tuple(command), properties["WORKING_DIRECTORY"])
 
 
-def show(chosen, killers):
+def tried(tests, number):
+    """What the tests that reach the mutant make of it, the quick ones first, and which one ends it."""
+    mine = [test for test in tests if number in test.reached]
+    for test in mine:
+        outcome = test.outcome(20 + 10 * test.seconds, MUTANT=str(number))
+        if outcome:
+            return outcome, test.name
+    return ("alive" if mine else "not reached"), ""
+
+
+def show(chosen, outcomes):
     tally = collections.defaultdict(collections.Counter)
-    for mutant, by in zip(chosen, killers):
-        tally[mutant.kind]["planted"] += 1
-        tally[mutant.kind]["killed"] += by is not None
-    print("| change | planted | killed |\n| --- | ---: | ---: |")
-    for kind, counts in sorted(tally.items()):
-        print(f"| {kind.replace('|', chr(92) + '|')} | {counts['planted']} | {counts['killed']} |")
-    print(f"| all | {len(chosen)} | {sum(by is not None for by in killers)} |")
+    for mutant, outcome in zip(chosen, outcomes):
+        for row in (mutant.kind.replace("|", r"\|"), "all"):
+            tally[row][outcome] += 1
+    print(f"| change | planted | {' | '.join(OUTCOMES)} |\n| --- |{' ---: |' * (len(OUTCOMES) + 1)}")
+    for row in [*sorted(tally.keys() - {"all"}), "all"]:
+        print(f"| {row} | {tally[row].total()} | {' | '.join(str(tally[row][o]) for o in OUTCOMES)} |")
 
 
 def argued():
     lines = (TOP / "tests/mutants/argued.txt").read_text().splitlines()
-    return {" | ".join(line.split(" | ")[:3]) for line in lines if line and not line.startswith("#")}
+    return {line.rpartition(" | ")[0] for line in lines if line and not line.startswith("#")}
+
+
+def chosen_of(given, build, files):
+    mutants = all_mutants(build, [file for file in files if file.startswith(given.only)])
+    chosen = drawn(mutants, given.count, given.seed)
+    print(f"mutants: {len(chosen)} of {len(mutants)} possible", flush=True)
+    return chosen
 
 
 def main():
@@ -282,22 +206,27 @@ def main():
     parser.add_argument("--count", type=int, default=500)
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--only", default="", help="sources whose path begins so")
+    parser.add_argument("--program", action="store_true", help="build the whole program and try its tests, too")
     parser.add_argument("--workers", type=int, default=os.cpu_count())
     given = parser.parse_args()
     build = given.build.resolve(strict=True)
-    listed = subprocess.run(["git", "ls-files"], cwd=TOP, capture_output=True, text=True, check=True)
-    files = listed.stdout.splitlines()
-    mutants = [m for m in all_mutants(build, files) if m.file.startswith(given.only)]
-    chosen = drawn(mutants, given.count, given.seed)
-    print(f"mutants: {len(chosen)} of {len(mutants)} possible", flush=True)
+    tracked = subprocess.run(["git", "ls-files"], cwd=TOP, capture_output=True, text=True, check=True)
+    files = tracked.stdout.splitlines()
+    chosen = chosen_of(given, build, files)
     tree, planted = build / "mutants" / "tree", build / "mutants" / "build"
-    plant(tree, files, chosen)
-    compile_tests(tree, planted)
-    assert not any(fails(planted / "bin" / name, 0) for name in TESTS["common"]), "a test fails without any"
+    numbers = numbered(tree, chosen)
+    plant(tree, files, numbers)
+    compile_tests(tree, planted, [*PROGRAMS, "predselect_cli"] if given.program else PROGRAMS)
     with ThreadPoolExecutor(given.workers) as pool:
-        killers = list(pool.map(lambda item: killer(planted / "bin", item[0], item[1]), enumerate(chosen, 1)))
-    show(chosen, killers)
-    alive = [mutant.line() for mutant, by in zip(chosen, killers) if by is None]
+        recorded = pool.map(lambda test: test.recorded(len(chosen)), listed(planted, given.program))
+        tests = sorted(filter(None, recorded), key=lambda test: test.seconds)
+        print(f"tests: {len(tests)}, {sum(test.seconds for test in tests):.0f} seconds", flush=True)
+        found = list(pool.map(lambda number: tried(tests, number), numbers))
+    outcomes = [outcome for outcome, _ in found]
+    (build / "mutants" / "results.json").write_text(json.dumps(
+        [[mutant.line(), mutant.first, *ending] for mutant, ending in zip(numbers.values(), found)], indent=0))
+    show(numbers.values(), outcomes)
+    alive = [m.line() for m, outcome in zip(numbers.values(), outcomes) if outcome in ("alive", "not reached")]
     unargued = [line for line in alive if line not in argued()]
     print(f"\nalive: {len(alive)}, of which argued {len(alive) - len(unargued)}; the others:")
     print("\n".join(unargued) or "none")
