@@ -1,14 +1,15 @@
 #!/usr/bin/env python3
 """Changes the engines in small ways, one at a time, and looks whether a test fails.
 
-  mutants.py BUILD [--count N] [--seed SEED] [--only PATH] [--program]
+  mutants.py BUILD [--count N] [--seed SEED] [--only PATH]
 
 Draws N places in the sources of common/, feature/ and naivebayes/, and plants in a copy of the tree
 (BUILD/mutants) a changed expression or statement beside each: a run of the tests has the one that
 the environment variable MUTANT numbers, so all of them are compiled once. Each test is run once
 without any, which tells the mutants that it reaches; a mutant is then tried on the tests that reach
-it, the quick ones first: of the engines' own and, with --program, of the whole program. It is killed
-when a test fails, crashes or does not end. Those that no test kills are listed, each as
+it, the quick ones first: the engines' own, and those of model files and operations in BUILD, which load
+a library with the mutants in place of theirs. It is killed when a test fails, crashes or does not
+end. Those that no test kills are listed, each as
 
   file | its line, with what is changed in brackets | what the mutant has in its place
 
@@ -34,9 +35,9 @@ from pathlib import Path
 
 from finder import IF_CHOSEN, TOP, all_mutants, is_source
 
-PROGRAMS = ("common_tests", "feature_tests", "naivebayes_tests")
-OF_PROGRAM = (r"Evaluation\.(the_m|interv|a_test|odd|cross_validation_is_what)|Program\.parts|NaiveBayesProgram\.runs|"
-              r"State\.parts|CommandScript\.(rank|model|naive_bayes|score|pvalues|effects|records)$")
+PLANTED = ("common_tests", "feature_tests", "naivebayes_tests")
+# Programs of the build, over the library of the engines.
+OTHERS = ("modelfiles_tests", "operations_tests")
 MEMORY_LIMIT = 8 << 30
 OUTCOMES = ("a test fails", "crash", "no end", "alive", "not reached")
 
@@ -106,12 +107,12 @@ def plant(tree, files, numbers):
             (tree / environment.name).symlink_to(environment)
 
 
-def compile_tests(tree, build, targets):
+def compile_tests(tree, build):
     flags = ["-DCMAKE_BUILD_TYPE=Release", "-DCMAKE_CXX_FLAGS_RELEASE=-O1 -DNDEBUG",
              "-DCMAKE_CXX_FLAGS=-w", "-DPREDSELECT_BENCH=OFF"]
     subprocess.run(["cmake", "-G", "Ninja", "-S", tree, "-B", build, *flags], check=True,
                    stdout=subprocess.DEVNULL)
-    subprocess.run(["cmake", "--build", build, "-j", str(os.cpu_count()), "--target", *targets, "--", "-k", "0"],
+    subprocess.run(["cmake", "--build", build, "-j", str(os.cpu_count()), "--target", *PLANTED, "predselectengines", "--", "-k", "0"],
                    check=True)
 
 
@@ -126,13 +127,15 @@ class Test:
     name: str
     command: tuple
     folder: str
+    libraries: str  # the folder of those to be loaded in place of the program's
     seconds: float = 0.0
     reached: frozenset = frozenset()
 
     def outcome(self, time_limit, **environment):
         """None where it passes."""
         with tempfile.TemporaryDirectory() as folder:
-            environment = dict(os.environ, TEST_TMPDIR=folder, TMPDIR=folder, **environment)
+            environment = dict(os.environ, TEST_TMPDIR=folder, TMPDIR=folder, LD_LIBRARY_PATH=self.libraries,
+                               **environment)
             run = subprocess.Popen(self.command, env=environment, cwd=self.folder, preexec_fn=limit_memory,
                                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, start_new_session=True)
             try:
@@ -158,19 +161,20 @@ class Test:
         return dataclasses.replace(self, seconds=seconds, reached=numbers)
 
 
-def listed(build, with_program):
-    """The engines' own tests and, where asked for, those of the whole program that are about the engines."""
+def listed(build, programs, libraries=""):
+    """The tests of these programs of a build."""
     shown = subprocess.run(["ctest", "--show-only=json-v1"], cwd=build, capture_output=True, text=True, check=True)
     for test in json.loads(shown.stdout)["tests"]:
         command = test.get("command", [""])
-        if Path(command[0]).name in PROGRAMS or (with_program and re.match(OF_PROGRAM, test["name"])):
+        if Path(command[0]).name in programs:
             properties = {p["name"]: p["value"] for p in test["properties"]}
-            yield Test(test["name"], tuple(command), properties["WORKING_DIRECTORY"])
+            yield Test(test["name"], tuple(command), properties["WORKING_DIRECTORY"], libraries)
 
 
-def tried(tests, number):
-    """What the tests that reach the mutant make of it, the quick ones first, and which one ends it."""
+def tried(tests, number, ended_by):
+    """What the tests that reach the mutant make of it, and which one ends it: first the one that did the last time."""
     mine = [test for test in tests if number in test.reached]
+    mine.sort(key=lambda test: test.name != ended_by)
     for test in mine:
         outcome = test.outcome(20 + 10 * test.seconds, MUTANT=str(number))
         if outcome:
@@ -206,7 +210,6 @@ def main():
     parser.add_argument("--count", type=int, default=500)
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--only", default="", help="sources whose path begins so")
-    parser.add_argument("--program", action="store_true", help="build the whole program and try its tests, too")
     parser.add_argument("--workers", type=int, default=os.cpu_count())
     given = parser.parse_args()
     build = given.build.resolve(strict=True)
@@ -216,15 +219,17 @@ def main():
     tree, planted = build / "mutants" / "tree", build / "mutants" / "build"
     numbers = numbered(tree, chosen)
     plant(tree, files, numbers)
-    compile_tests(tree, planted, [*PROGRAMS, "predselect_cli"] if given.program else PROGRAMS)
+    compile_tests(tree, planted)
+    results = build / "mutants" / "results.json"
+    before = {line: test for line, _, test in json.loads(results.read_text())} if results.exists() else {}
     with ThreadPoolExecutor(given.workers) as pool:
-        recorded = pool.map(lambda test: test.recorded(len(chosen)), listed(planted, given.program))
+        wanted = [*listed(planted, PLANTED), *listed(build, OTHERS, str(planted / "lib"))]
+        recorded = pool.map(lambda test: test.recorded(len(chosen)), wanted)
         tests = sorted(filter(None, recorded), key=lambda test: test.seconds)
         print(f"tests: {len(tests)}, {sum(test.seconds for test in tests):.0f} seconds", flush=True)
-        found = list(pool.map(lambda number: tried(tests, number), numbers))
+        found = list(pool.map(lambda number: tried(tests, number, before.get(numbers[number].line())), numbers))
     outcomes = [outcome for outcome, _ in found]
-    (build / "mutants" / "results.json").write_text(json.dumps(
-        [[mutant.line(), mutant.first, *ending] for mutant, ending in zip(numbers.values(), found)], indent=0))
+    results.write_text(json.dumps([[m.line(), *ending] for m, ending in zip(numbers.values(), found)], indent=0))
     show(numbers.values(), outcomes)
     alive = [m.line() for m, outcome in zip(numbers.values(), outcomes) if outcome in ("alive", "not reached")]
     unargued = [line for line in alive if line not in argued()]
