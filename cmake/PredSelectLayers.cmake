@@ -29,10 +29,6 @@ if(PREDSELECT_SANITIZE)
   target_link_options(predselect_flags INTERFACE -fsanitize=${PREDSELECT_SANITIZE})
 endif()
 
-if(PREDSELECT_COVERAGE)
-  target_link_options(predselect_flags INTERFACE --coverage)
-endif()
-
 # predselect_headers(<layer> <folder>...): a folder of the build that shows the headers of these folders
 # and of no others, under their paths from the top. It is what makes a layer visible.
 function(predselect_headers name)
@@ -69,10 +65,6 @@ function(predselect_layer name)
     set(scope INTERFACE)
   endif()
   target_link_libraries(layer_${name} ${scope} predselect_flags ${ARG_LIBRARIES})
-  if(name IN_LIST PREDSELECT_COVERAGE)
-    # Unoptimised, each branch of the source is there once: none is copied to callers or calculated away.
-    target_compile_options(layer_${name} PRIVATE -O0 -g1 --coverage -fprofile-update=atomic)
-  endif()
   target_include_directories(layer_${name} ${scope} ${PROJECT_BINARY_DIR}/include/${name})
   foreach(layer IN LISTS ARG_USES)
     # Only the usage requirements: objects are placed by the libraries below.
