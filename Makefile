@@ -26,7 +26,7 @@
 #   make models  set up the readers of exported models that the tests run: evaluators, runtimes, databases
 #   make spark   tables in parts on Spark and Dask: sets them up (with Java), and runs their tests
 #   make spark-tools  only sets them up: `make test` then runs these tests too
-#   make spark-long  the same at 20,000,000 rows, which takes minutes
+#   make spark-long  the same at 20,000,000 rows in 64 parts, which takes a quarter of an hour
 #   make compare-spark  rows a second on Spark and Dask, beside one machine and Spark's own library
 #   make databases  set up drivers of databases, for the tests (PostgreSQL where its server is there)
 #   make wheel   the Python package for every CPython from 3.10, in build/wheels

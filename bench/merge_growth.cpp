@@ -98,13 +98,13 @@ struct Tree {
 template <class Piece>
 void Show(const char* title, const Tree<Piece>& tree) {
   std::printf("%s\n", title);
-  for (const long parts : {1'000L, 10'000L, 100'000L}) {
+  for (const long parts : {10'000L, 100'000L, 1'000'000L}) {
     Tree<Piece> run = tree;
     const std::string merged = run.Merge(0, parts);
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
     std::printf(
-        "  %9ld parts  %8.2f s  %7.1f us each  %6.0f MB/s  merged %9zu bytes  peak %5ld MB\n",
+        "  %10ld parts  %8.2f s  %7.1f us each  %6.0f MB/s  merged %9zu bytes  peak %5ld MB\n",
         parts, run.fSeconds, run.fSeconds * 1e6 / static_cast<double>(parts),
         run.fBytes / run.fSeconds / 1e6, merged.size(), usage.ru_maxrss / 1024);
   }

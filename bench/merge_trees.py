@@ -24,7 +24,7 @@ def arguments() -> argparse.Namespace:
                         help="share of a piece that merging adds instead of summing (new categories)")
     parser.add_argument("--fan", type=int, default=64, help="pieces that are merged at a time")
     parser.add_argument("--workers", type=int, default=1000)
-    parser.add_argument("--merge-rate", type=float, default=400e6, help="bytes merged a second")
+    parser.add_argument("--merge-rate", type=float, default=350e6, help="bytes merged a second")
     parser.add_argument("--network", type=float, default=200e6, help="bytes a second of a worker")
     parser.add_argument("--latency", type=float, default=0.02, help="seconds a fetch or a task takes beside")
     parser.add_argument("--driver-alone", action="store_true", help="no tree: all pieces go to the driver")

@@ -29,10 +29,10 @@ double DistanceOf(std::size_t observed, std::span<const double> probabilities) {
 
 }  // namespace
 
-EvaluationCounter::EvaluationCounter(std::size_t classes, std::size_t scores) : fNModel(classes) {
+EvaluationCounter::EvaluationCounter(std::size_t classes) : fNModel(classes) {
   Grow(classes);
   if (classes > kMostAreas) return;
-  fScores.assign(classes, RankedScores(scores / std::max<std::size_t>(classes, 1)));
+  fScores.assign(classes, RankedScores(kScores / std::max<std::size_t>(classes, 1)));
 }
 
 void EvaluationCounter::Grow(std::size_t classes) {

@@ -22,11 +22,12 @@ class EvaluationCounter {
  public:
   // Of targets with more classes no area under the ROC curve is computed.
   static constexpr std::size_t kMostAreas = 256;
-  // So many different probabilities of all classes together keep the areas exact.
-  static constexpr std::size_t kScores = std::size_t{1} << 22;
+  // So many different probabilities of all classes together keep the areas exact: what many parts
+  // of a table can send each other (6 MB). RankedScores keep a least number a class.
+  static constexpr std::size_t kScores = std::size_t{1} << 18;
 
-  // For the classes of a model. `scores` in place of kScores; RankedScores keep a least number.
-  explicit EvaluationCounter(std::size_t classes = 0, std::size_t scores = kScores);
+  // For the classes of a model.
+  explicit EvaluationCounter(std::size_t classes = 0);
 
   // A case: its class, which may be one that the model does not know, numbered behind those that it
   // knows; the class predicted; the probability of each that the model knows. An unknown class has

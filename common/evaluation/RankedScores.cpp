@@ -9,12 +9,12 @@ namespace MCCommon {
 
 namespace {
 
-// The log odds of a score to whole steps; what is beyond 64 counts as 64.
+// The log odds of a score to whole steps.
 double StepOf(double score) {
-  constexpr double kEnd = 64.0;
-  constexpr double kSteps = 256.0;
+  constexpr double kEnd = RankedScores::kEnd;
   const double odds = std::log(score / (1.0 - score));
-  return std::isnan(odds) ? 0.0 : std::round(std::clamp(odds, -kEnd, kEnd) * kSteps);
+  return std::isnan(odds) ? 0.0
+                          : std::round(std::clamp(odds, -kEnd, kEnd) * RankedScores::kStepsPerUnit);
 }
 
 }  // namespace
@@ -32,6 +32,7 @@ void RankedScores::Add(const RankedScores& other) {
     const double kept = fbRounded && !other.fbRounded ? StepOf(score.fScore) : score.fScore;
     Keep({kept, score.fOfClass, score.fOthers});
   }
+  Settle();
 }
 
 void RankedScores::Keep(const Score& score) {

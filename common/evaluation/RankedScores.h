@@ -17,12 +17,12 @@ namespace MCCommon {
 
 class RankedScores {
  public:
-  // Keeps so many different scores; at least 2^16, which rounded ones always fit into.
+  // Keeps so many different scores, and at least all that rounding can leave.
   explicit RankedScores(std::size_t most = kFewest);
 
   // A case's score, from 0 to 1. REQUIRES: weight > 0.
   void Add(double score, bool isOfClass, double weight);
-  // The scores of other cases.
+  // The scores of other cases; what comes of it is settled.
   void Add(const RankedScores& other);
 
   // Brings equal scores together. REQUIRES: done before it is written.
@@ -43,7 +43,10 @@ class RankedScores {
   void WriteObjectXML(std::ostream& os, int indent) const;
   void ReadObjectXML(std::ifstream& is);
 
-  static constexpr std::size_t kFewest = std::size_t{1} << 16;
+  // Log odds beyond it count as it.
+  static constexpr int kEnd = 64;
+  static constexpr int kStepsPerUnit = 256;
+  static constexpr std::size_t kFewest = 2 * kEnd * kStepsPerUnit + 1;
 
  private:
   struct Score {

@@ -15,10 +15,19 @@ namespace {
 constexpr int kNominal = 1;
 constexpr int kScale = 3;
 
+bool IsAscending(const std::vector<std::int64_t>& first) {
+  return std::adjacent_find(first.begin(), first.end(), std::greater_equal<>()) == first.end();
+}
+
 // The order of first appearance, and the values in it.
 template <class Value>
 void MergeInOrder(std::vector<Value>& values, std::vector<std::int64_t>& first,
                   const std::vector<Value>& others, const std::vector<std::int64_t>& othersFirst) {
+  if (values == others) {  // as most parts have them
+    std::transform(first.begin(), first.end(), othersFirst.begin(), first.begin(),
+                   [](std::int64_t a, std::int64_t b) { return std::min(a, b); });
+    if (IsAscending(first)) return;
+  }
   std::unordered_map<Value, std::size_t> places;
   for (std::size_t i = 0; i < values.size(); ++i) places.emplace(values[i], i);
   for (std::size_t i = 0; i < others.size(); ++i) {
@@ -42,10 +51,6 @@ void MergeInOrder(std::vector<Value>& values, std::vector<std::int64_t>& first,
   }
   values = std::move(sorted);
   first = std::move(sortedFirst);
-}
-
-bool IsAscending(const std::vector<std::int64_t>& first) {
-  return std::adjacent_find(first.begin(), first.end(), std::greater_equal<>()) == first.end();
 }
 
 }  // namespace

@@ -12,7 +12,6 @@ namespace {
 using MCCommon::Evaluation;
 using MCCommon::EvaluationCounter;
 using MCCommon::Measure;
-using MCCommon::RankedScores;
 
 struct Case {
   std::size_t fObserved;
@@ -42,8 +41,7 @@ void Count(const std::vector<Case>& cases, std::size_t first, std::size_t step,
   }
 }
 
-EvaluationCounter Shipped(EvaluationCounter& counter) {
-  counter.Settle();
+EvaluationCounter Shipped(const EvaluationCounter& counter) {
   EvaluationCounter there;
   EXPECT_TRUE(StateBytes::To(StateBytes::Of(counter), there));
   return there;
@@ -51,10 +49,11 @@ EvaluationCounter Shipped(EvaluationCounter& counter) {
 
 Evaluation InParts(const std::vector<Case>& cases, bool backwards) {
   constexpr std::size_t kParts = 5;
-  EvaluationCounter all(2, 0);
+  EvaluationCounter all(2);
   for (std::size_t i = 0; i < kParts; ++i) {
-    EvaluationCounter part(2, 0);
+    EvaluationCounter part(2);
     Count(cases, backwards ? kParts - 1 - i : i, kParts, part);
+    part.Settle();
     all.Add(Shipped(part));
   }
   return Shipped(all).Find({0.5, 0.5});
@@ -63,10 +62,10 @@ Evaluation InParts(const std::vector<Case>& cases, bool backwards) {
 }  // namespace
 
 TEST(EvaluationParts, AddUpToTheWholeWhetherProbabilitiesAreRoundedOrNot) {
-  constexpr int kMost = static_cast<int>(RankedScores::kFewest);
-  for (const int distinct : {100, kMost, kMost + 1, 3 * kMost}) {
-    const std::vector<Case> cases = Cases(3 * kMost + 5, distinct);
-    EvaluationCounter counter(2, 0);
+  constexpr int kMost = static_cast<int>(EvaluationCounter::kScores / 2);
+  for (const int distinct : {100, kMost, kMost + 1, kMost + kMost / 2}) {
+    const std::vector<Case> cases = Cases(kMost + kMost / 2 + 5, distinct);
+    EvaluationCounter counter(2);
     Count(cases, 0, 1, counter);
     const Evaluation whole = counter.Find({0.5, 0.5});
     EXPECT_EQ(whole.fbAUCRounded, distinct > kMost);

@@ -12,7 +12,6 @@
 #include "host/cases/UAInputAdapter.h"
 #include "host/command/VarSpecObj.h"
 #include "host/data/ProcedureDataSource.h"
-#include "host/data/WholeTable.h"
 #include "host/output/AddNotes.h"
 #include "host/output/OutputNote.h"
 #include "host/output/ShowText.h"
@@ -32,14 +31,6 @@ constexpr KOVA_Format kProbabilityFormat{KOVA_Format::kNumber, 5, 3};
 
 VarSpecObj SaveRole(const char* param, const KOVA_DataSource& source) {
   return {"SAVE", param, PRSGrammar::NewCommand(false), source, false};
-}
-
-// The parts of a large table bring few probabilities each, since all of theirs would be rounded.
-std::size_t ScoresKept(const MCHost::ITable& table) {
-  constexpr std::int64_t kLarge = 8 * MCCommon::EvaluationCounter::kScores;
-  const MCHost::WholeTable* whole = table.Whole();
-  const bool isLarge = whole != nullptr && whole->fRanges.CaseCount() > kLarge;
-  return isLarge ? 0 : MCCommon::EvaluationCounter::kScores;
 }
 
 }  // namespace
@@ -220,7 +211,7 @@ void PRSMultiScoring::CountCase(int category, std::span<const double> probabilit
     curves->Count(category, probabilities, weight);
   }
   if (!fbEvaluated || isTraining == fSpecs.GetMultiTrainSamp()) return;
-  if (!fEvaluation) fEvaluation.emplace(probabilities.size(), ScoresKept(fSource.Table()));
+  if (!fEvaluation) fEvaluation.emplace(probabilities.size());
   fEvaluation->Add(static_cast<std::size_t>(category),
                    static_cast<std::size_t>(fScored.GetWinners()[i]), probabilities, weight);
 }

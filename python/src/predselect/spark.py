@@ -38,7 +38,7 @@ _PIECES = pyarrow.schema([
     ("piece", pyarrow.binary()), ("trouble", pyarrow.string()),
 ])
 _PIECES_OF_SPARK = "part int, last int, place int, piece binary, trouble string"
-_CHUNK = 1 << 23  # bytes of codes in a row
+_CHUNK = 1 << 18  # bytes of codes in a row: what the heap of an executor has room for anywhere
 
 
 def rank(df: DataFrame, target: str, *, by: str = "p", top: int = 0,
@@ -134,10 +134,10 @@ class _Frame:
             groups = pieces.groupBy(sql.expr(f"part div {reach}"))
             pieces = groups.applyInArrow(_merge_group, _PIECES_OF_SPARK)
             left, reach = -(-left // _parts.FAN), reach * _parts.FAN
-        rows = pieces.collect()
+        rows = pieces.toArrow().to_pylist()
         for row in rows:
-            _raise(row.trouble)
-        return _parts.merge_all((row.part, row.last, bytes(row.piece)) for row in rows)
+            _raise(row["trouble"])
+        return _parts.merge_all((row["part"], row["last"], row["piece"]) for row in rows)
 
     @contextlib.contextmanager
     def _described(self, step: str) -> Iterator[None]:

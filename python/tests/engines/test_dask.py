@@ -72,11 +72,18 @@ def big(rows, n_parts):
         return generated(i, rows).to_pandas(types_mapper=pd.ArrowDtype)
 
     return (dd.from_map(made, range(n_parts), meta=made(0).iloc[:0]),
-            lambda: pa.Table.from_batches([generated(i, rows) for i in range(n_parts)]))
+            lambda: (generated(i, rows) for i in range(n_parts)))
 
 
 def test_a_generated_table_in_16_parts(client):
     df, whole = big(12_500, 16)
+    assert_same(predselect.dask.rank(df, "y"), ps.rank(whole(), "y"))
+    assert_same_model(predselect.dask.model(df, "y"), ps.model(whole(), "y"))
+
+
+@pytest.mark.long
+def test_20_million_rows_in_64_parts(client):
+    df, whole = big(312_500, 64)
     assert_same(predselect.dask.rank(df, "y"), ps.rank(whole(), "y"))
     assert_same_model(predselect.dask.model(df, "y"), ps.model(whole(), "y"))
 
