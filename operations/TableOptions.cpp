@@ -80,7 +80,7 @@ bool HasValues(DataTable& table, int column) {
   return false;
 }
 
-// A column without a value may be of any kind; a table that keeps its cells takes it as the other.
+// A column without a value may be of any kind, and is then taken as the known one.
 void CheckKind(DataTable& table, int column, const ColumnDictionary& known) {
   const KOVA_Variable& variable = table.GetVariable(column);
   if (variable.GetName() != known.fName) {
@@ -88,7 +88,7 @@ void CheckKind(DataTable& table, int column, const ColumnDictionary& known) {
                "\" here and \"" + known.fName + "\" there");
   }
   if (variable.IsNumeric() == known.IsNumeric()) return;
-  if (table.KeepsCells() && !HasValues(table, column)) return;
+  if (!HasValues(table, column)) return table.TakeAsEmpty(column, MCHost::VariableOf(known));
   RefusePart("\"" + known.fName + "\" holds " + (known.IsNumeric() ? "texts" : "numbers") +
              " here and " + (known.IsNumeric() ? "numbers" : "texts") + " there");
 }

@@ -16,11 +16,12 @@
 #include <system_error>
 #include <utility>
 
+#include "apps/predselect/OpenTable.h"
 #include "apps/predselect/Options.h"
-#include "apps/predselect/ProgramSurroundings.h"
 #include "apps/predselect/ProgressLine.h"
 #include "apps/predselect/UsageError.h"
 #include "host/arrow/DataFile.h"
+#include "host/arrow/DataParts.h"
 #include "host/data/PartsTable.h"
 #include "host/data/WholeTable.h"
 #include "host/session/HostIOError.h"
@@ -35,22 +36,17 @@ namespace {
 
 constexpr const char* kItself = "/proc/self/exe";
 
-// A path as a pattern that fits it alone, so that its folders tell columns as those of all parts
-// do.
-std::string PatternOf(const std::string& path) {
-  std::string pattern;
-  for (const char c : path) {
-    const bool isSpecial = std::strchr("*?[]{}", c) != nullptr;
-    pattern += isSpecial ? std::string("[") + c + "]" : std::string(1, c);
-  }
-  const std::size_t last = pattern.size() - 1;
-  return pattern[last] == ']' ? pattern : pattern.substr(0, last) + "[" + pattern[last] + "]";
-}
-
 std::uintmax_t SizeOf(const std::string& path) {
   std::error_code error;
   const std::uintmax_t size = std::filesystem::file_size(path, error);
   return error ? 0 : size;
+}
+
+// Where it is not, whoever opens it says what is wrong.
+bool IsThere(const std::string& path) {
+  std::error_code error;
+  return path == "-" ||
+         (std::filesystem::exists(path, error) && !std::filesystem::is_directory(path, error));
 }
 
 // Largest parts first, each to whoever has least to do.
@@ -89,10 +85,9 @@ std::string HowEnded(int status) {
 }  // namespace
 
 JobPasses::JobPasses(const std::vector<std::string>& arguments,
-                     const std::vector<std::string>& parts, int jobs)
+                     const std::vector<std::string>& parts, std::size_t jobs)
     : fParts(parts) {
-  const std::size_t n = std::min(static_cast<std::size_t>(jobs), parts.size());
-  for (std::vector<std::size_t>& share : ShareOut(parts, n)) {
+  for (std::vector<std::size_t>& share : ShareOut(parts, jobs)) {
     fJobs.emplace_back().fParts = std::move(share);
   }
   try {
@@ -216,16 +211,27 @@ std::string JobPasses::Open(std::vector<std::string>& notes) {
     std::vector<std::string> words;
     for (const std::size_t part : job.fParts) {
       words.push_back(std::to_string(part));
-      words.push_back(PatternOf(fParts[part]));
+      words.push_back(fParts[part]);
     }
     frames.push_back({JobFrame::kOpen, PackTexts(words)});
   }
+  const std::vector<std::string> answers = AskAll(frames);
   std::vector<std::string> pieces;
-  for (const std::string& answer : AskAll(frames)) {
-    const std::vector<std::string> texts = UnpackTexts(answer);
+  std::vector<std::pair<std::string, std::vector<std::string>>> ofSources;
+  for (const std::string& part : fParts) ofSources.emplace_back(part, std::vector<std::string>());
+  std::vector<std::vector<std::string>> ofColumns(fParts.size());
+  for (std::size_t j = 0; j < fJobs.size(); ++j) {
+    const std::vector<std::string> texts = UnpackTexts(answers[j]);
     pieces.push_back(texts.at(0));
-    for (std::size_t i = 1; i < texts.size(); ++i) {
-      if (std::find(notes.begin(), notes.end(), texts[i]) == notes.end()) notes.push_back(texts[i]);
+    for (std::size_t i = 0; i < fJobs[j].fParts.size(); ++i) {
+      ofSources[fJobs[j].fParts[i]].second = UnpackTexts(texts.at(2 * i + 1));
+      ofColumns[fJobs[j].fParts[i]] = UnpackTexts(texts.at(2 * i + 2));
+    }
+  }
+  notes = MCHost::JoinNotes(ofSources);
+  for (const std::vector<std::string>& own : ofColumns) {
+    for (const std::string& note : own) {
+      if (std::ranges::count(notes, note) == 0) notes.push_back(note);
     }
   }
   return Merged(pieces);
@@ -240,16 +246,16 @@ std::string JobPasses::Pass(MCHost::PassOver over, const std::string& request) {
 std::unique_ptr<MCHost::DataTable> OpenJobs(const Options& options, ProgressLine& progress) {
   const std::vector<std::string> parts = MCHost::FilesOfData(options.fData.fFile);
   if (parts.size() < 2) {
+    if (!parts.empty() && !IsThere(parts.front())) return OpenTable(options.fData, progress);
     throw UsageError(
         "--jobs: the data are one file, and each process takes whole files; --threads "
         "uses several processors on one.");
   }
   std::vector<std::string> arguments = options.fWords;
-  const int threads = std::max(ThreadsOf(options) / options.fJobs, 1);
-  arguments.insert(arguments.end(), {"--serve-parts", std::to_string(threads)});
-  progress.Show("Reading " + options.fData.fFile + " in " + std::to_string(options.fJobs) +
-                " processes");
-  const auto passes = std::make_shared<JobPasses>(arguments, parts, options.fJobs);
+  const std::size_t jobs = std::min(static_cast<std::size_t>(options.fJobs), parts.size());
+  arguments.insert(arguments.end(), {"--serve-parts", std::to_string(jobs)});
+  progress.Show("Reading " + options.fData.fFile + " in " + std::to_string(jobs) + " processes");
+  const auto passes = std::make_shared<JobPasses>(arguments, parts, jobs);
   std::vector<std::string> notes;
   const std::string ranges = passes->Open(notes);
   passes->Use(ranges);

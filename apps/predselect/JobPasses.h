@@ -22,14 +22,14 @@ struct Options;
 
 class JobPasses : public MCHost::IPartPasses {
  public:
-  // Starts the processes, no more than there are parts; throws HostIOError where that fails.
+  // Starts so many processes; throws HostIOError where that fails. REQUIRES: no more than parts.
   JobPasses(const std::vector<std::string>& arguments, const std::vector<std::string>& parts,
-            int jobs);
+            std::size_t jobs);
   JobPasses(const JobPasses&) = delete;
   JobPasses& operator=(const JobPasses&) = delete;
   ~JobPasses() override;
 
-  // Opens all parts; their merged ranges. Notes on how they were read are added. Throws as opening
+  // Opens all parts; their merged ranges, and the notes on how they were read. Throws as opening
   // the data here would.
   std::string Open(std::vector<std::string>& notes);
   // Lets all parts count with these ranges.

@@ -17,8 +17,10 @@ void NumberAfter(const ComponentFile& merged, ComponentFile& state) {
   if (!merged.fRanges || !state.fRanges) return;
   const std::vector<PartSize>& parts = state.fRanges->fParts;
   const bool isUnnumbered = parts.size() == 1 && parts.front().fPart == 0;
-  if (!isUnnumbered || merged.fRanges->FirstCaseOf(0) < 0) return;
-  state.fRanges->Renumber(merged.fRanges->fParts.back().fPart + 1);
+  const std::int64_t next = merged.fRanges->fParts.back().fPart + 1;
+  if (!isUnnumbered || merged.fRanges->FirstCaseOf(0) < 0 || next >= TableRanges::kMostParts)
+    return;
+  state.fRanges->Renumber(next);
 }
 
 }  // namespace

@@ -102,6 +102,7 @@ void AddUsing(CLI::App& command, DataOptions& data) {
                   "The data are a part: count it with these ranges of all parts (predselect range)")
       ->type_name("RANGES");
   AddPart(command, data);
+  command.get_option("--part")->needs("--using");
 }
 
 void AddJobs(CLI::App& command, Options& options) {
@@ -112,8 +113,8 @@ void AddJobs(CLI::App& command, Options& options) {
           "Processes that share the files of the data, which changes no result (default: 1)")
       ->check(WholeNumber(1, kMostJobs))
       ->type_name("N");
-  command.add_option("--serve-parts", options.fServing, "Help another process with its parts")
-      ->check(WholeNumber(1, PredSelect::kMostThreads))
+  command.add_option("--serve-parts", options.fServing, "Be one of so many processes of another")
+      ->check(WholeNumber(1, kMostJobs))
       ->group("");
 }
 

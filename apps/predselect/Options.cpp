@@ -75,6 +75,29 @@ void RefuseOneFileForTwo(const Options& options) {
   }
 }
 
+// What needs the cases at one place, or says what --jobs finds.
+void RefuseBesideJobs(const Options& options) {
+  if (options.fJobs < 2) return;
+  struct Refused {
+    bool fbGiven;
+    const char* fOption;
+    const char* fReason;
+  };
+  const Refused known[] = {
+      {!options.fSave.fFile.empty(), "--save-data",
+       "it needs the cases at one place; keep the model (--save-model), and predict with score"},
+      {options.fModel.fFolds > 0, "--cross-validate",
+       "it needs the cases at one place; hold test cases out (--test)"},
+      {options.fCalibration.fMethod != MCHost::CalibrationWish::kNone, "--calibrate",
+       "it needs the cases at one place; calibrate a model of some of the files"},
+      {!options.fData.fUsing.empty(), "--using",
+       "the files are all the parts, and their ranges are found anew"}};
+  for (const Refused& one : known) {
+    if (!one.fbGiven) continue;
+    throw CLI::ValidationError(one.fOption, std::string("not with --jobs: ") + one.fReason);
+  }
+}
+
 constexpr std::pair<const char*, const char*> kCommandHelp[] = {
 #include "apps/predselect/CommandHelp.inc"
 };
@@ -248,6 +271,7 @@ void Complete(const CommandLine& line, Options& options) {
   options.fData.fbSaved = options.fAction == Options::kScore || !options.fSave.fFile.empty();
   options.fData.fNames = NamesIn(options);
   RefuseOneFileForTwo(options);
+  RefuseBesideJobs(options);
   const bool isJson = options.fResult.fFormat == FileFormat::kJson && options.fResult.fFile.empty();
   if (options.fbDryRun && isJson) {
     throw CLI::ValidationError("--dry-run",

@@ -100,7 +100,7 @@ struct Options {
   PredSelect::ModelRequest fModel;
   bool fbDryRun = false;            // run, rank, model and score: say what would be done
   int fJobs = 1;                    // rank and model: processes at work on the parts of the data
-  int fServing = 0;                 // above 0: this is one of them, and may use so many threads
+  int fServing = 0;                 // above 0: this is one of so many of them
   std::vector<std::string> fWords;  // the whole command line
   bool fbShowCommand = false;       // rank and model: show the command instead of running it
   std::string fShown;               // for kNone: a text that was asked for, such as help

@@ -1,5 +1,6 @@
 #include "apps/predselect/ProgramSurroundings.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "apps/predselect/Interrupt.h"
@@ -11,8 +12,8 @@
 namespace PredSelectApp {
 
 int ThreadsOf(const Options& options) {
-  if (options.fServing > 0) return options.fServing;
-  return options.fThreads == 0 ? PredSelect::AvailableThreads() : options.fThreads;
+  const int threads = options.fThreads == 0 ? PredSelect::AvailableThreads() : options.fThreads;
+  return std::max(threads / std::max(options.fServing, 1), 1);
 }
 
 PredSelect::Surroundings ProgramSurroundings(const Options& options, ProgressLine& progress) {

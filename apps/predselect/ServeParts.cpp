@@ -4,10 +4,11 @@
 #include <sys/prctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
+#include <cstring>
 #include <exception>
 #include <memory>
-#include <set>
 #include <string>
 #include <utility>
 #include <vector>
@@ -37,10 +38,24 @@ namespace {
 // Bytes of products that the parts keep from step to step, together.
 constexpr std::size_t kMostKept = std::size_t{1} << 28;
 
+// A path as a pattern that fits it alone, so that its folders tell columns as those of all parts
+// do.
+std::string PatternOf(const std::string& path) {
+  std::string pattern;
+  for (const char c : path) {
+    const bool isSpecial = std::strchr("*?[]{}", c) != nullptr;
+    pattern += isSpecial ? std::string("[") + c + "]" : std::string(1, c);
+  }
+  const std::size_t last = pattern.size() - 1;
+  return pattern[last] == ']' ? pattern : pattern.substr(0, last) + "[" + pattern[last] + "]";
+}
+
 class PartServer {
  public:
   explicit PartServer(const Options& options)
-      : fOptions(options), fAround(ProgramSurroundings(options, fProgress)) {
+      : fOptions(options),
+        fAround(ProgramSurroundings(options, fProgress)),
+        fShare(options.fData.fMaxKeptBytes / static_cast<std::size_t>(options.fServing)) {
     fAround.fReportProgress = nullptr;
   }
 
@@ -57,26 +72,30 @@ class PartServer {
 
  private:
   struct Part {
+    Part(std::int64_t number, std::string path) : fNumber(number), fPath(std::move(path)) {}
+
     std::int64_t fNumber;
     std::string fPath;
     std::unique_ptr<MCHost::DataTable> fpTable;
     std::unique_ptr<PredSelect::PartCodes> fpCodes;
   };
 
-  // Numbers and paths in turn. The ranges of all, and the notes of how they were read.
+  // Numbers and paths in turn. The ranges of all; and of each the notes of its source and of its
+  // columns.
   std::string Open(const std::vector<std::string>& words) {
-    std::vector<std::string> pieces, names, answer(1);
-    std::set<std::string> notes;
+    std::vector<std::string> pieces, answer(1);
+    std::size_t room = fShare;
     for (std::size_t i = 0; i + 1 < words.size(); i += 2) {
+      Part& part = fParts.emplace_back(std::stoll(words[i]), words[i + 1]);
       DataOptions data = fOptions.fData;
-      data.fFile = words[i + 1];
-      Part part{std::stoll(words[i]), data.fFile, OpenTable(data, fProgress), nullptr};
+      data.fFile = PatternOf(part.fPath);
+      data.fMaxKeptBytes = room;
+      part.fpTable = OpenTable(data, fProgress);
+      room -= std::min(room, part.fpTable->KeptBytes());
       const TableRanges ranges = PredSelect::FindRanges(*part.fpTable, part.fNumber, fAround);
       pieces.push_back(Piece{Piece::kRanges, 0, StateBytes::Of(ranges)}.Bytes());
-      for (const std::string& note : part.fpTable->Notes()) {
-        if (notes.insert(note).second) answer.push_back(note);
-      }
-      fParts.push_back(std::move(part));
+      answer.push_back(PackTexts(part.fpTable->SourceNotes()));
+      answer.push_back(PackTexts(part.fpTable->ColumnNotes()));
     }
     answer[0] = Merge(pieces);
     return PackTexts(answer);
@@ -91,14 +110,25 @@ class PartServer {
         pieces.push_back(part.fpCodes->Answer(request));
         continue;
       }
-      PredSelect::PartAnswer answer = PredSelect::AnswerPart(*part.fpTable, request, fAround);
+      PredSelect::PartAnswer answer = AnswerOf(part, request);
       if (over == MCHost::PassOver::kRowsKeep) {
-        part.fpCodes = std::make_unique<PredSelect::PartCodes>(answer.fCodes, fAround,
-                                                               kMostKept / fParts.size());
+        const std::size_t room = fShare / fParts.size();
+        part.fpCodes = std::make_unique<PredSelect::PartCodes>(
+            answer.fCodes, fAround,
+            std::min(kMostKept / fParts.size(), room - std::min(room, answer.fCodes.size())));
       }
       pieces.push_back(std::move(answer.fAnswer));
     }
     return Merge(pieces);
+  }
+
+  // What went wrong names the file.
+  PredSelect::PartAnswer AnswerOf(Part& part, const std::string& request) {
+    try {
+      return PredSelect::AnswerPart(*part.fpTable, request, fAround);
+    } catch (const MCHost::HostIOError& error) {
+      throw MCHost::HostIOError(part.fPath, error.Place(), error.Reason());
+    }
   }
 
   std::string Merge(const std::vector<std::string>& pieces) const {
@@ -110,6 +140,7 @@ class PartServer {
   const Options& fOptions;
   ProgressLine fProgress{false};
   PredSelect::Surroundings fAround;
+  std::size_t fShare;  // bytes of --memory for the cells here, and as many for the cases
   std::vector<Part> fParts;
 };
 

@@ -78,10 +78,12 @@ std::string ColumnRange::WhyNot(const ColumnRange& other) const {
   const ColumnDictionary& theirs = other.fDictionary;
   const std::string name = "\"" + mine.fName + "\" ";
   if (mine.fName != theirs.fName) {
-    return "a column is \"" + theirs.fName + "\" where another part has \"" + mine.fName + "\"";
+    return "column \"" + theirs.fName + "\" stands where another part has \"" + mine.fName +
+           "\"; parts have the same columns in the same order";
   }
   const bool areBothKnown = fNValues > 0 && other.fNValues > 0;
-  if (areBothKnown && mine.IsNumeric() != theirs.IsNumeric()) {
+  const bool areAlike = mine.IsNumeric() == theirs.IsNumeric();
+  if (areBothKnown && !areAlike) {
     return name + "holds " + (theirs.IsNumeric() ? "numbers" : "texts") + " in one part and " +
            (mine.IsNumeric() ? "numbers" : "texts") + " in another; a schema says what it is";
   }
@@ -89,8 +91,9 @@ std::string ColumnRange::WhyNot(const ColumnRange& other) const {
     return name + "holds times of another kind in another part";
   }
   const bool isLevelSaid = !mine.fbLevelFound || !theirs.fbLevelFound;
-  if (isLevelSaid && (mine.fLevel != theirs.fLevel || mine.fbLevelFound != theirs.fbLevelFound) &&
-      mine.IsNumeric() == theirs.IsNumeric()) {
+  // What one part says of texts, another one without a value cannot say of numbers.
+  if (!areAlike) return "";
+  if (isLevelSaid && (mine.fLevel != theirs.fLevel || mine.fbLevelFound != theirs.fbLevelFound)) {
     return name + "was given another level in another part";
   }
   if (mine.fMissing != theirs.fMissing || mine.fMissingTexts != theirs.fMissingTexts ||

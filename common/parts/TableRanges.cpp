@@ -35,6 +35,11 @@ std::int64_t TableRanges::FirstCaseOf(std::int64_t part) const {
   return -1;
 }
 
+std::int64_t TableRanges::CaseCountOf(std::int64_t part) const {
+  const auto found = std::ranges::lower_bound(fParts, part, {}, &PartSize::fPart);
+  return found == fParts.end() || found->fPart != part ? -1 : found->fNCases;
+}
+
 int TableRanges::FindColumn(const std::string& name) const {
   for (std::size_t i = 0; i < fColumns.size(); ++i) {
     if (fColumns[i].fDictionary.fName == name) return static_cast<int>(i);
@@ -57,12 +62,15 @@ std::string TableRanges::Merge(const TableRanges& other) {
   if (fWeight != other.fWeight) return "the weight variable is another";
   if (fColumns.size() != other.fColumns.size()) {
     return "it has " + std::to_string(other.fColumns.size()) + " columns, and others have " +
-           std::to_string(fColumns.size());
+           std::to_string(fColumns.size()) + "; parts have the same columns in the same order";
   }
   std::vector<PartSize> parts;
   std::merge(fParts.begin(), fParts.end(), other.fParts.begin(), other.fParts.end(),
              std::back_inserter(parts));
-  if (!AreApart(parts)) return "a part of that number is there already";
+  const auto twice = std::ranges::adjacent_find(parts, {}, &PartSize::fPart);
+  if (twice != parts.end()) {
+    return "part " + std::to_string(twice->fPart) + " is there already";
+  }
   std::vector<ColumnRange> columns = fColumns;
   for (std::size_t i = 0; i < columns.size(); ++i) {
     const std::string why = columns[i].Merge(other.fColumns[i]);

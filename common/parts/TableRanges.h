@@ -32,6 +32,8 @@ struct TableRanges {
   std::int64_t CaseCount() const;
   // The number of the first case of a part, from 0; -1 for a part that is not there.
   std::int64_t FirstCaseOf(std::int64_t part) const;
+  // So many cases a part has; -1 for one that is not there.
+  std::int64_t CaseCountOf(std::int64_t part) const;
   // -1 for none.
   int FindColumn(const std::string& name) const;
 

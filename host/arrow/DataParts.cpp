@@ -90,6 +90,20 @@ DataPart PartOf(const std::string& path) {
 
 }  // namespace
 
+std::vector<std::string> JoinNotes(
+    const std::vector<std::pair<std::string, std::vector<std::string>>>& notes) {
+  std::vector<std::string> joined;
+  for (const auto& [file, own] : notes) {
+    for (const std::string& note : own) {
+      const bool isCommon = std::ranges::all_of(
+          notes, [&note](const auto& other) { return std::ranges::count(other.second, note) > 0; });
+      if (!isCommon) joined.push_back(file + ": " + note);
+      if (isCommon && file == notes.front().first) joined.push_back(note);
+    }
+  }
+  return joined;
+}
+
 bool IsNaturallyBefore(const std::string& a, const std::string& b) {
   std::size_t i = 0;
   std::size_t j = 0;

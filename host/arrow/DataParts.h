@@ -20,6 +20,10 @@ struct DataPart {
 std::vector<DataPart> FindDataParts(const std::string& path,
                                     const std::vector<std::string>& extensions);
 
+// Notes on how files were read: what all of them say is said once, all else with its file.
+std::vector<std::string> JoinNotes(
+    const std::vector<std::pair<std::string, std::vector<std::string>>>& notes);
+
 // Whether a text comes before another one, digits next to each other being one number.
 bool IsNaturallyBefore(const std::string& a, const std::string& b);
 

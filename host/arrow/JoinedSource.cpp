@@ -338,20 +338,11 @@ int JoinedSource::ColumnsAtATime() const {
   return least;
 }
 
-// What all parts say is said once.
 std::vector<std::string> JoinedSource::Notes() const {
+  std::vector<std::pair<std::string, std::vector<std::string>>> own;
+  for (const Part& part : fParts) own.emplace_back(part.fFile.fPath, part.fpSource->Notes());
   std::vector<std::string> notes = fNotes;
-  for (std::size_t i = 0; i < fParts.size(); ++i) {
-    for (const std::string& note : fParts[i].fpSource->Notes()) {
-      const auto says = [&note](const Part& part) {
-        const std::vector<std::string> all = part.fpSource->Notes();
-        return std::find(all.begin(), all.end(), note) != all.end();
-      };
-      const bool isCommon = std::all_of(fParts.begin(), fParts.end(), says);
-      if (!isCommon) notes.push_back(fParts[i].fFile.fPath + ": " + note);
-      if (isCommon && i == 0) notes.push_back(note);
-    }
-  }
+  for (std::string& note : JoinNotes(own)) notes.push_back(std::move(note));
   return notes;
 }
 

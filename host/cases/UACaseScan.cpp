@@ -14,6 +14,7 @@ UACaseScan::UACaseScan(std::unique_ptr<MCHost::ITableScan> scan, int nRecordVars
 
 bool UACaseScan::NextChunk() {
   fOffset += fNCases;
+  fFirstCase += static_cast<std::int64_t>(fNCases);
   fNCases = 0;
   fCase = 0;
   if (fpBatch == nullptr || fOffset >= fpBatch->fNCases) {

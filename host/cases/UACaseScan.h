@@ -19,11 +19,10 @@ class UACaseScan {
   // Goes on to the next chunk of cases; false at the end. Throws HostIOError.
   bool NextChunk();
 
-  // How many cases the chunk has, and the number of its first in the table, from 0.
+  // How many cases the chunk has, and the number of its first in the table, from 0; at the end
+  // none, and the number of all.
   std::size_t Cases() const { return fNCases; }
-  std::int64_t FirstCase() const {
-    return fpBatch->fFirstCase + static_cast<std::int64_t>(fOffset);
-  }
+  std::int64_t FirstCase() const { return fFirstCase; }
   int Pass() const { return fPass; }
 
   // The chunk's raw cells. REQUIRES: a chunk; a column of the scan.
@@ -45,6 +44,7 @@ class UACaseScan {
   const MCHost::TableBatch* fpBatch = nullptr;
   std::size_t fOffset = 0;
   std::size_t fNCases = 0;
+  std::int64_t fFirstCase = 0;
   std::size_t fCase = 0;
   std::vector<const double*> fColumns;
   std::vector<std::vector<double>> fBuffers;

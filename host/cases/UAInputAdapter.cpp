@@ -20,6 +20,15 @@ const NumberRange& RangeOf(const ColumnRange& known, const UAVarValidSpecs& spec
   return specs.IsUserMissingExcluded() ? known.fValid : known.fAll;
 }
 
+[[noreturn]] void ThrowUnlisted(const MCHost::WholeTable& whole, const ColumnDictionary& column) {
+  const bool isScale = column.fLevel == KOVA_Variable::kScale;
+  throw MCHost::HostIOError(
+      whole.fName, "",
+      isScale ? MCHost::KeyText("The ranges do not list the categories of ^1...", {column.fName})
+              : MCHost::KeyText("The ranges know too many categories of ^1: ^2...",
+                                {column.fName, std::to_string(ColumnRange::kMostCategories)}));
+}
+
 struct Range {
   double fMin = kInfinity;
   double fMax = -kInfinity;
@@ -93,28 +102,31 @@ void UAInputAdapter::BeginWith(const MCHost::WholeTable& whole, Var& var) const 
     var.fMax = range.fHigh;
     return;
   }
-  if (!known.fbListed) {
-    throw MCHost::HostIOError(whole.fName, "",
-                              MCHost::KeyText("The ranges do not list the categories of ^1...",
-                                              {known.fDictionary.fName}));
-  }
+  if (!known.fbListed) ThrowUnlisted(whole, known.fDictionary);
   std::vector<KOVA_Value> values(known.fNumbers.begin(), known.fNumbers.end());
   for (const std::string& text : known.fTexts) values.emplace_back(text);
   var.fpCategories->Begin(values);
   var.fNKnown = var.fpCategories->Size();
 }
 
-void UAInputAdapter::CheckKnown() const {
+void UAInputAdapter::CheckKnown(std::int64_t cases) const {
+  const MCHost::WholeTable* whole = fpSource->Table().Whole();
+  if (whole == nullptr) return;
   for (const Var& var : fVars) {
-    if (var.fpKnown == nullptr) continue;
     const NumberRange& range = RangeOf(*var.fpKnown, *fpSpecs);
     const bool isBeyond = var.fpCategories ? var.fpCategories->Size() > var.fNKnown
                                            : var.fMin < range.fLow || var.fMax > range.fHigh;
     if (!isBeyond) continue;
-    throw MCHost::HostIOError(fpSource->Table().Whole()->fName, "",
+    throw MCHost::HostIOError(whole->fName, "",
                               MCHost::KeyText("^1 has values that the ranges do not know...",
                                               {var.fpKnown->fDictionary.fName}));
   }
+  const std::int64_t known = whole->CaseCount();
+  if (known < 0 || cases == known) return;
+  throw MCHost::HostIOError(whole->fName, "",
+                            MCHost::KeyText("The part has ^1 cases instead of ^2...",
+                                            {std::to_string(cases), std::to_string(known),
+                                             std::to_string(whole->fPart)}));
 }
 
 const UAInputAdapter::Var* UAInputAdapter::FindVar(int kovaVar) const {
@@ -181,7 +193,7 @@ void UAInputAdapter::Follow(UACaseScan* scan) {
 
 bool UAInputAdapter::NextChunk(UACaseScan& scan) {
   if (!scan.NextChunk()) {
-    if (!std::exchange(fbObserved, true)) CheckKnown();
+    if (!std::exchange(fbObserved, true)) CheckKnown(scan.FirstCase());
     return false;
   }
   for (std::size_t j = 0; j < fVars.size(); ++j) {

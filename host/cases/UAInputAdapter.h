@@ -108,8 +108,8 @@ class UAInputAdapter {
   const Var* FindVar(int kovaVar) const;
   // Takes what is known of the whole.
   void BeginWith(const MCHost::WholeTable& whole, Var& var) const;
-  // Throws HostIOError for a part that goes beyond the whole.
-  void CheckKnown() const;
+  // Throws HostIOError for a part that goes beyond the whole, or has become another one.
+  void CheckKnown(std::int64_t cases) const;
   static void PrepareNumbers(Var& var, std::size_t recordVar, UACaseScan& scan);
 
   UAVarValidSpecs* fpSpecs;

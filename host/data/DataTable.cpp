@@ -48,6 +48,12 @@ class DataTable::ViewScan : public ITableScan {
 
 std::vector<std::string> DataTable::Notes() const {
   std::vector<std::string> notes = fSourceNotes;
+  for (std::string& note : ColumnNotes()) notes.push_back(std::move(note));
+  return notes;
+}
+
+std::vector<std::string> DataTable::ColumnNotes() const {
+  std::vector<std::string> notes;
   for (const Column& column : fColumns) {
     if (column.fNote.empty()) continue;
     notes.push_back("Column \"" + column.fVariable.GetName() + "\" " + column.fNote + ".");
@@ -61,6 +67,11 @@ std::size_t DataTable::KeptBytes() const {
     bytes += column.fNumbers.PackedBytes() + column.fCodes.PackedBytes();
   }
   return bytes;
+}
+
+void DataTable::TakeAsEmpty(int column, KOVA_Variable variable) {
+  At(column).fVariable = std::move(variable);
+  At(column).fbEmpty = true;
 }
 
 int DataTable::AddVariable(KOVA_Variable variable) {

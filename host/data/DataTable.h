@@ -47,8 +47,15 @@ class DataTable : public ITable {
   // Where the own columns come from and can be read again, null where they cannot.
   IArrowSource* Source() const { return fpSource.get(); }
 
-  // What the user should know of how the data were read, one sentence each.
+  // What the user should know of how the data were read, one sentence each: of the source, and of
+  // what its columns have become.
   std::vector<std::string> Notes() const;
+  const std::vector<std::string>& SourceNotes() const { return fSourceNotes; }
+  std::vector<std::string> ColumnNotes() const;
+
+  // Makes a column without a value one of another kind. REQUIRES: an own column, not a cell of
+  // which has a value; the table is not scanned.
+  void TakeAsEmpty(int column, KOVA_Variable variable);
 
   int AddVariable(KOVA_Variable variable) override;
   void WriteNumbers(int column, std::int64_t firstCase, const double* values,
@@ -63,8 +70,12 @@ class DataTable : public ITable {
     CellChunks<double> fNumbers{KOVA_SystemMissing};
     CellChunks<std::int32_t> fCodes{-1};
     StringPool fStrings;
-    std::string fNote;  // "holds dates, ..." or empty
+    std::string fNote;     // "holds dates, ..." or empty
+    bool fbEmpty = false;  // nothing of the source is shown
   };
+
+  // Whether the cells of a column are those of the source.
+  bool IsOfSource(int column) const { return column < fNOwnColumns && !At(column).fbEmpty; }
 
   Column& At(int column) { return fColumns[static_cast<std::size_t>(column)]; }
   const Column& At(int column) const { return fColumns[static_cast<std::size_t>(column)]; }

@@ -14,7 +14,7 @@ class StreamedTable::StreamedScan : public ITableScan {
   StreamedScan(StreamedTable& table, const std::vector<int>& columns)
       : fpTable(&table), fColumns(columns), fBatchCases(table.BatchCases(columns.size())) {
     for (const int column : columns) {
-      if (column < table.fNOwnColumns) fOwn.push_back({column, {}, {}});
+      if (table.IsOfSource(column)) fOwn.push_back({column, {}, {}});
     }
     const auto before = [](const OwnColumn& a, const OwnColumn& b) {
       return a.fColumn < b.fColumn;
@@ -36,7 +36,7 @@ class StreamedTable::StreamedScan : public ITableScan {
     if (fpReader != nullptr) Fill();
     if (fBatch.fNCases == 0) return nullptr;
     for (std::size_t j = 0; j < fColumns.size(); ++j) {
-      if (fColumns[j] < fpTable->fNOwnColumns) continue;
+      if (fpTable->IsOfSource(fColumns[j])) continue;
       fBatch.fColumns[j] =
           fpTable->View(fColumns[j], fBatch.fFirstCase, fBatch.fNCases, fBuffers[j]);
     }
@@ -63,7 +63,7 @@ class StreamedTable::StreamedScan : public ITableScan {
   void SetViews() {
     fBatch.fColumns.resize(fColumns.size());
     for (std::size_t j = 0; j < fColumns.size(); ++j) {
-      if (fColumns[j] >= fpTable->fNOwnColumns) continue;
+      if (!fpTable->IsOfSource(fColumns[j])) continue;
       const auto own =
           std::lower_bound(fOwn.begin(), fOwn.end(), fColumns[j],
                            [](const OwnColumn& one, int column) { return one.fColumn < column; });
@@ -233,7 +233,7 @@ void StreamedTable::SpoolBatch(ArrowStreamReader& reader, const std::vector<int>
 
 ColumnView StreamedTable::View(int column, std::int64_t firstCase, std::size_t n,
                                ViewBuffer& buffer) const {
-  if (fpSpool == nullptr || column >= fNOwnColumns) {
+  if (fpSpool == nullptr || !IsOfSource(column)) {
     return DataTable::View(column, firstCase, n, buffer);
   }
   const auto at = static_cast<std::size_t>(column);

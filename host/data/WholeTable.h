@@ -20,6 +20,8 @@ struct WholeTable {
 
   // The number of the table's first case in the whole, -1 where that is not known.
   std::int64_t FirstCase() const { return fPart < 0 ? -1 : fRanges.FirstCaseOf(fPart); }
+  // How many cases the table had when its ranges were found, -1 where that is not known.
+  std::int64_t CaseCount() const { return fPart < 0 ? -1 : fRanges.CaseCountOf(fPart); }
 };
 
 // A variable's dictionary as plain values, and back.

@@ -138,6 +138,8 @@ def test_what_does_not_go_is_refused_before_a_row_is_read(said, text):
     engine.ranges = None
     with pytest.raises(ps.RequestError, match=text):
         _parts.rank(engine, "y", said, by="p", top=0)
+    with pytest.raises(ps.RequestError, match="by is 'luck'"):
+        _parts.rank(engine, "y", {}, by="luck", top=0)
     with pytest.raises(TypeError, match="tretas"):
         _parts.rank(engine, "y", {"tretas": 1}, by="p", top=0)
 

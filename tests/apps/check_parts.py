@@ -62,8 +62,9 @@ def same(found: object, expected: object, where: str = "") -> None:
 
 def check_jobs(folder: Path) -> None:
     pattern = str(folder / "parts" / "*.csv")
-    said = ["--missing", "hours=-1"]
+    said = ["--missing", "hours=-1", "--missing", "work=h"]  # of texts that one part has no value of
     for more in (["rank", pattern, "income", "--by", "bits"], ["rank", pattern, "age", "--weight", "times"],
+                 ["rank", pattern, "income", "--stream"],
                  ["model", pattern, "income"], ["model", pattern, "schooling", "--test", "0", "--weight", "times"]):
         outcomes = []
         for jobs in ("1", "3"):
@@ -78,6 +79,18 @@ def check_jobs(folder: Path) -> None:
             assert (folder / "1.bin").read_bytes() == (folder / "3.bin").read_bytes()
 
 
+def check_notes(folder: Path) -> None:
+    """What some files hold instead of numbers is told of each."""
+    (folder / "noted").mkdir()
+    for i in range(2):
+        rows = "".join(f"{'ab'[k % 2]},{k if k > i else 'none?'}\n" for k in range(40))
+        (folder / "noted" / f"{i}.csv").write_text(f"y,x\n{rows}", encoding="utf-8")
+    line = [PROGRAM, "rank", str(folder / "noted"), "y"]
+    alone, shared = (subprocess.run([*line, "--jobs", jobs], capture_output=True, text=True, check=True).stderr
+                     for jobs in ("1", "3"))
+    assert alone == shared and "0.csv: Column" in alone, (alone, shared)
+
+
 def check_refusals(folder: Path) -> None:
     pattern = str(folder / "parts" / "*.csv")
     for arguments in (["rank", pattern, "incme"], ["rank", pattern, "income", "--weight", "work"],
@@ -86,6 +99,10 @@ def check_refusals(folder: Path) -> None:
         assert alone == shared, (alone, shared)
     one = str(folder / "parts" / "0.csv")
     assert "the data are one file" in run("rank", one, "income", "--jobs", "2", code=2)
+    for given in (["--save-data", "x.csv"], ["--cross-validate", "3"], ["--calibrate", "isotonic"],
+                  ["--using", "x.bin"]):
+        assert f"{given[0]}: not with --jobs" in run("model", pattern, "income", "--jobs", "2", *given, code=2)
+    assert "No such file" in run("rank", str(folder / "none.csv"), "income", "--jobs", "2", code=3)
     (folder / "odd").mkdir()
     (folder / "odd" / "a.csv").write_text("x,y\n1,2\n2,1\n", encoding="utf-8")
     (folder / "odd" / "b.csv").write_text("x,z\n1,2\n2,1\n", encoding="utf-8")
@@ -225,6 +242,7 @@ def main() -> None:
             text = "\n".join([header, *part]) + "\n"
             (folder / "parts" / f"{i}.csv").write_text(text, encoding="utf-8")
         check_jobs(folder)
+        check_notes(folder)
         check_refusals(folder)
         check_lost_process(folder)
         check_files(folder)

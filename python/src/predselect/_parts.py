@@ -18,7 +18,7 @@ from . import _library as lib
 from ._data import Elsewhere, Options, Table, open_table
 from ._results import Model, Ranking, Result
 from ._state import State
-from .errors import PredSelectError, RequestError, quiet
+from .errors import CommandError, PredSelectError, RequestError, quiet
 
 if TYPE_CHECKING:
     import pyarrow
@@ -27,6 +27,8 @@ if TYPE_CHECKING:
 FAN = 16
 #: What a pass goes over.
 ROWS, ROWS_KEEP, CODES = 1, 2, 3
+
+_MOST_NAMED = 50  # columns in a message
 
 _R = TypeVar("_R", bound=Result)
 
@@ -65,7 +67,7 @@ class Engine(Protocol):
         """The kept columns without a row."""
 
     def ranges(self) -> bytes:
-        """The merged ranges of all parts."""
+        """The merged ranges of all parts; nothing where there is no part."""
 
     def ask(self, over: int, request: bytes, ranges: bytes) -> bytes:
         """The merged answers of all parts."""
@@ -182,6 +184,11 @@ def merge_all(pieces: Iterable[tuple[int, int, bytes]]) -> bytes:
 # ---- For all parts ----
 
 
+def kind_of(data: Any) -> str:
+    """What data are that are none of an engine."""
+    return f"{type(data).__module__}.{type(data).__name__}"
+
+
 class Parts(Elsewhere):
     """A table whose parts lie with an engine, for one job."""
 
@@ -228,8 +235,13 @@ def _run(job: Callable[..., _R], engine: Engine, target: str, needed: list[str],
     columns = _columns(engine.columns, [target, *needed], options.weight, said.get("except_", ()))
     engine.begin(columns, options, f"predselect {job.__name__} {target}")
     try:
-        open_table(lib.Session(1), engine.empty(), options)  # what can be refused without a row is
-        parts = Parts(engine, engine.ranges(), options.name)
+        kept = {name: value for name, value in said.items() if name != "except_"}
+        with quiet(), contextlib.suppress(CommandError):  # what can be refused without a row is
+            job(engine.empty(), target, progress=False, **kept, **own)
+        ranges = engine.ranges()
+        if not ranges:
+            return job(engine.empty(), target, progress=False, **kept, **own)
+        parts = Parts(engine, ranges, options.name)
         try:
             return job(parts, target, progress=False, **own)
         except PredSelectError as failure:
@@ -266,7 +278,8 @@ def _columns(known: list[str], needed: list[str], weight: str | None,
     left_out = [except_] if isinstance(except_, str) else list(except_)
     for name in [*needed, *left_out, *([weight] if weight else [])]:
         if name not in known:
-            raise RequestError(f'the data have no column "{name}"; they have {", ".join(known)}')
+            listed = ", ".join(known[:_MOST_NAMED]) + (", ..." if len(known) > _MOST_NAMED else "")
+            raise RequestError(f'the data have no column "{name}"; they have {listed}')
     kept = {*needed, weight}
     return [name for name in known if name in kept or name not in left_out]
 

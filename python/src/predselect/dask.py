@@ -13,6 +13,7 @@ from collections.abc import Callable
 from typing import TYPE_CHECKING, Any
 
 import dask
+import dask.dataframe
 import pyarrow
 
 from . import _parts
@@ -21,7 +22,6 @@ from ._results import Model, Ranking
 from .errors import DataError
 
 if TYPE_CHECKING:
-    import dask.dataframe
     from typing_extensions import Unpack
 
 __all__ = ["model", "rank", "score"]
@@ -59,6 +59,8 @@ class _Frame:
     """A DataFrame, for one job."""
 
     def __init__(self, df: dask.dataframe.DataFrame) -> None:
+        if not isinstance(df, dask.dataframe.DataFrame):
+            raise DataError(f"{_parts.kind_of(df)} is no DataFrame of Dask")
         self._df = df
         self._names = {str(name): name for name in df.columns}
         self.columns = list(self._names)

@@ -17,6 +17,8 @@ from typing import TYPE_CHECKING, Any
 import pyarrow
 import pyarrow.compute
 from pyspark import StorageLevel, TaskContext
+from pyspark.errors import PySparkTypeError
+from pyspark.sql import DataFrame
 from pyspark.sql import functions as sql
 from pyspark.sql.pandas.types import from_arrow_schema
 from pyspark.sql.types import StructType
@@ -27,7 +29,6 @@ from ._results import Model, Ranking
 from .errors import DataError, PredSelectError
 
 if TYPE_CHECKING:
-    from pyspark.sql import DataFrame
     from typing_extensions import Unpack
 
 __all__ = ["model", "rank", "score"]
@@ -66,21 +67,27 @@ def score(df: DataFrame, model: Any, *, predicted: str | None = None,
     scorer = _parts.Scorer(model, predicted=predicted, probabilities=probabilities, explain=explain)
     added = scorer.new_columns(df.limit(0).toArrow()).schema
     schema = StructType([*df.schema.fields, *from_arrow_schema(added).fields])
+    names = df.columns
 
     def scored(batches: Iterable[pyarrow.RecordBatch]) -> Iterator[pyarrow.RecordBatch]:
         for batch in batches:
-            new = scorer.new_columns(pyarrow.Table.from_batches([batch])).combine_chunks()
+            rows = pyarrow.Table.from_batches([_named(batch, names)])
+            new = scorer.new_columns(rows).combine_chunks()
             yield pyarrow.RecordBatch.from_arrays(
                 [*batch.columns, *[pyarrow.concat_arrays(column.chunks) for column in new.columns]],
                 names=schema.names)
 
-    return df.mapInArrow(scored, schema)
+    return _by_place(df).mapInArrow(scored, schema)
 
 
 class _Frame:
     """A DataFrame, for one job."""
 
     def __init__(self, df: DataFrame) -> None:
+        if not isinstance(df, DataFrame):
+            raise DataError(f"{_parts.kind_of(df)} is no DataFrame of Spark")
+        if df.isStreaming:
+            raise DataError("a streaming DataFrame is never read to its end; give what it has written")
         self._df = df
         self.columns: list[str] = df.columns
         if len(set(self.columns)) < len(self.columns):
@@ -91,8 +98,11 @@ class _Frame:
         self._n_passes = 0
 
     def begin(self, columns: list[str], options: Options, what: str) -> None:
-        self._rows = self._df.select(*[f"`{name.replace('`', '``')}`" for name in columns])
-        self._empty = self._rows.limit(0).toArrow()
+        self._rows = _by_place(self._df).select(*[str(self.columns.index(name)) for name in columns])
+        try:
+            self._empty = self._rows.limit(0).toArrow().rename_columns(columns)
+        except PySparkTypeError as trouble:
+            raise DataError(f"a column cannot be read, leave it out or cast it: {trouble}") from None
         self._options, self._what = options, what
 
     def empty(self) -> pyarrow.Table:
@@ -102,7 +112,7 @@ class _Frame:
         with self._described("ranges of the rows"):
             pieces = self._keep(_mapped(self._rows, _ranges_work(self._empty.schema, self._options)))
             self._n_parts = pieces.count()
-            ranges = self._merged(pieces)
+            ranges = self._merged(pieces) if self._n_parts > 0 else b""
         self.end()
         return ranges
 
@@ -209,12 +219,22 @@ def _merge_group(pieces: pyarrow.Table) -> pyarrow.Table:
     return pyarrow.Table.from_batches([_row(first, last, 0, piece)])
 
 
+def _by_place(df: DataFrame) -> DataFrame:
+    """Columns called 0, 1, ...: Spark's functions of Python do not take every name that columns have."""
+    return df.toDF(*[str(i) for i in range(len(df.columns))])
+
+
+def _named(batch: pyarrow.RecordBatch, names: list[str]) -> pyarrow.RecordBatch:
+    return pyarrow.RecordBatch.from_arrays(batch.columns, names=names)
+
+
 def _reader(batches: _Batches, schema: pyarrow.Schema) -> pyarrow.RecordBatchReader:
     """A partition without rows may come without a batch."""
-    first = next(iter(batches), None)
+    named = (_named(batch, schema.names) for batch in batches)
+    first = next(named, None)
     if first is None:
         return pyarrow.RecordBatchReader.from_batches(schema, [])
-    return pyarrow.RecordBatchReader.from_batches(first.schema, itertools.chain([first], batches))
+    return pyarrow.RecordBatchReader.from_batches(first.schema, itertools.chain([first], named))
 
 
 def _row(part: int, last: int, place: int, piece: Any,

@@ -119,5 +119,7 @@ def test_a_mutated_piece_and_what_cannot_be_read_are_refused_with_their_part(cli
         df = frames_of(mixed, [4, 8])
         with pytest.raises(ps.DataError, match="part 2: a column cannot be read"):
             predselect.dask.rank(df, "y")
+    with pytest.raises(ps.DataError, match="Series is no DataFrame of Dask"):
+        predselect.dask.rank(df["y"], "y")
     with pytest.raises(ps.RequestError, match="threads is not for data in parts"):
         predselect.dask.rank(df, "y", threads=2)

@@ -73,6 +73,7 @@ def test_real_data(spark, name, target, bounds):
          "except_": ["moment"], "stream": True}], ids=len)
 def test_types_without_a_value_empty_partitions_and_uneven_ones(spark, said):
     table, test = odd_types(), 0.0 if said else 0.3
+    table = table.rename_columns(["a.b `c`" if name == "early" else name for name in table.column_names])
     df = frame_of_table(spark, table, [0, 0, 50, 50, 51, 240, 240])
     whole = df.toArrow()  # types as Spark has them
     assert_same(predselect.spark.rank(df, "y", **said), ps.rank(whole, "y", **said))
@@ -185,6 +186,10 @@ def test_what_does_not_go_is_refused(spark):
         (lambda: predselect.spark.rank(df, "z"), 'no column "z"; they have y, l'),
         (lambda: predselect.spark.model(df, "y", predictions=True), "score"),
         (lambda: predselect.spark.rank(df.select("y", "y"), "y"), "there twice"),
+        (lambda: predselect.spark.rank(df.selectExpr("y", "make_interval(1) as i"), "y"), "cast it"),
+        (lambda: predselect.spark.model(spark.createDataFrame([], "y string, x int"), "y"), "no rows"),
+        (lambda: predselect.spark.rank(df.toPandas(), "y"), "pandas.*DataFrame is no DataFrame of Spark"),
+        (lambda: predselect.spark.rank(spark.readStream.format("rate").load(), "value"), "streaming"),
         (lambda: predselect.spark.model(spark.range(9).selectExpr("id / 7 as y", "id as x"), "y"),
          "scale"),
     ):
