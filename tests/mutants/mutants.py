@@ -43,7 +43,7 @@ OUTCOMES = ("a test fails", "crash", "no end", "alive", "not reached")
 
 
 def drawn(mutants, count, seed):
-    """So many of them, none within another, by an order in which most keep their place when sources change."""
+    """So many of them, none within another; most stay drawn when sources change."""
     same = collections.Counter()
 
     def rank(mutant):
@@ -112,8 +112,8 @@ def compile_tests(tree, build):
              "-DCMAKE_CXX_FLAGS=-w", "-DPREDSELECT_BENCH=OFF"]
     subprocess.run(["cmake", "-G", "Ninja", "-S", tree, "-B", build, *flags], check=True,
                    stdout=subprocess.DEVNULL)
-    subprocess.run(["cmake", "--build", build, "-j", str(os.cpu_count()), "--target", *PLANTED, "predselectengines", "--", "-k", "0"],
-                   check=True)
+    subprocess.run(["cmake", "--build", build, "-j", str(os.cpu_count()), "--target", *PLANTED,
+                    "predselectengines", "--", "-k", "0"], check=True)
 
 
 def limit_memory():
@@ -172,7 +172,10 @@ def listed(build, programs, libraries=""):
 
 
 def tried(tests, number, ended_by):
-    """What the tests that reach the mutant make of it, and which one ends it: first the one that did the last time."""
+    """What the tests that reach the mutant make of it, and which one ends it.
+
+    The one that did the last time is the first to be tried.
+    """
     mine = [test for test in tests if number in test.reached]
     mine.sort(key=lambda test: test.name != ended_by)
     for test in mine:
