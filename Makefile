@@ -14,6 +14,7 @@
 #   make ubsan   the test suite under UBSan with every check of integers (Clang)
 #   make tsan    the engines' tests of threads under ThreadSanitizer
 #   make fuzz    every fuzz target for FUZZ_SECONDS (600 unless given) seconds
+#   make mutants  the engines changed in small ways, one at a time: a test has to fail
 #   make damage  saved states, damaged at random TRIALS (100000 unless given) times: none is read with other numbers
 #   make faults  every call to the system and every place of allocation failed in turn, over jobs of every kind
 #   make kills   KILLS (1000 unless given) runs ended at random moments, by every signal and want
@@ -38,7 +39,7 @@
 #   make format  clang-format over all sources
 #   make clean   removes everything that was built
 .PHONY: demo test program build bench bench-growth bench-plot bench-end bench-scale bench-peers compare check-exact
-.PHONY: asan ubsan tsan fuzz damage faults kills load package check-package browser browser-tools models databases wheel check-wheel
+.PHONY: asan ubsan tsan mutants fuzz damage faults kills load package check-package browser browser-tools models databases wheel check-wheel
 .PHONY: spark spark-tools spark-long compare-spark
 .PHONY: python-library test-python-long docs compare-sklearn tidy format clean
 
@@ -160,6 +161,15 @@ fuzz:
 	cmake --build --preset fuzz
 	@scripts/make-corpus
 	@scripts/fuzz
+
+# MUTANTS of them are planted, drawn by SEED.
+mutants: export MUTANTS ?= 500
+mutants: export SEED ?= 1
+mutants: build
+	@scripts/setup --fuzz
+	python3 -m venv .venv-mutants
+	.venv-mutants/bin/python3 -m pip install --quiet -r scripts/requirements-mutants.txt
+	.venv-mutants/bin/python3 tests/mutants/mutants.py build/release --count $(MUTANTS) --seed $(SEED)
 
 damage: build
 	@scripts/damage

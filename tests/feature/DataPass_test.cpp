@@ -198,9 +198,10 @@ TEST(DataPass, ACancelAtAnyPollLeavesCode1AndAnEmptySet) {
   for (int polls = 0; polls < 60; ++polls) {
     FSSettings settings = SettingsFor(true);
     CancelAfter cancel(polls);
-    settings.SetCancelPointer(&cancel);
     FSFactory factory;
+    if (polls % 2 == 0) settings.SetCancelPointer(&cancel);
     const auto component = factory.CreateFSAlgorithm(&settings);
+    if (polls % 2 == 1) component->SetCancelPtr(&cancel);
     BlocksOf source(table, 64);
     const MCFeature::MCStatus status = component->AccumulateAndRank(source, -1, true, 0);
     if (status.IsOK()) break;

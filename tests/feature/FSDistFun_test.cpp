@@ -51,6 +51,7 @@ TEST(FSDistFun, SpecialCasesAreExact) {
   EXPECT_EQ(FSDistFun::IdfNorm(0.5, 3, 2), 3.0);
   EXPECT_EQ(FSDistFun::IdfF(0, 2, 3), 0.0);
   EXPECT_EQ(FSDistFun::IdfT(0.5, 7), 0.0);
+  EXPECT_EQ(FSDistFun::CdfF(kInfinity, 2, 3), 1.0);
   EXPECT_DOUBLE_EQ(FSDistFun::CdfChi(3.0, 2), -std::expm1(-1.5));
 }
 
@@ -62,7 +63,7 @@ TEST(FSDistFun, BadParametersAreMissing) {
         FSDistFun::CdfF(0.5, 3, -1), FSDistFun::CdfNorm(1, 0, 0), FSDistFun::IdfNorm(0, 0, 1),
         FSDistFun::IdfNorm(1, 0, 1), FSDistFun::IdfNorm(0.2, 0, -1), FSDistFun::IdfChi(1, 3),
         FSDistFun::IdfChi(0.5, 0), FSDistFun::IdfT(0, 3), FSDistFun::IdfF(1, 2, 3),
-        FSDistFun::IdfF(0.5, 2, 0)}) {
+        FSDistFun::IdfF(0.5, 2, 0), FSDistFun::IdfF(0.5, 0, 2)}) {
     EXPECT_EQ(value, kMissing);
   }
 }
@@ -106,6 +107,9 @@ TEST(FSDistFun, NormalAgreesWithTheLibrarysErrorFunction) {
 }
 
 TEST(FSDistFun, QuantilesInvertTheDistributions) {
+  for (const double p : {1e-20, 1e-12, 1e-9}) {
+    EXPECT_NEAR(FSDistFun::CdfNorm(FSDistFun::IdfNorm(p, 0, 1), 0, 1) / p, 1.0, 1e-13);
+  }
   for (const double p : {1e-5, 0.01, 0.3, 0.5, 0.8, 0.999}) {
     EXPECT_NEAR(FSDistFun::CdfNorm(FSDistFun::IdfNorm(p, 2, 3), 2, 3) / p, 1.0, 1e-13);
     for (const double df : {0.9, 3.0, 25.0, 2000.0}) {

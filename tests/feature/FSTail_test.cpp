@@ -65,6 +65,9 @@ TEST(FSTail, ProbabilitiesAreThoseOfTheLogarithmsAndEndAtZero) {
   EXPECT_EQ(FSTail::TwoSidedT(0.0, 4.0), 1.0);
   EXPECT_EQ(FSTail::UpperNorm(0.0), 0.5);
   EXPECT_EQ(FSTail::UpperNorm(-1e300), 1.0);
+  // 1 - Phi(1), from published tables.
+  EXPECT_NEAR(FSTail::UpperNorm(1.0), 0.158655253931457051, 1e-15);
+  EXPECT_NEAR(FSTail::UpperNorm(-1.0), 0.841344746068542949, 1e-15);
 }
 
 TEST(FSTail, BadArgumentsAreMissing) {

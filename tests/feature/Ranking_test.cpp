@@ -346,6 +346,8 @@ TEST(Status, NoUsableCaseOrWeightIsAnErrorWithATargetAndAWarningWithout) {
   std::vector<int> indices;
   std::vector<std::vector<int>> reasons;
   EXPECT_TRUE(component->CheckPredictorsNoTarget(source, indices, reasons, -1).IsWarning());
+  weighted.SetWeightPosition(0);
+  EXPECT_EQ(Analysis({{0, 0}, {0, 1}}, weighted, false).fStatus.GetErrorCode(), 80013);
 }
 
 TEST(FSSettings, CriteriaFollowTargetAndPredictors) {

@@ -87,6 +87,7 @@ TEST(NBBinGrid, GivesTheBinOfCountingCutpointsForEveryValue) {
       {{-kHigh / 4, 0, kHigh / 4}, true},       // the range is a double
       {{-kHigh / 1.5, 0, kHigh / 1.5}, false},  // it is not
       {{3, 1, 2}, false},                       // out of order
+      {{1, 2, HUGE_VAL}, false},                // no number
   };
   for (const auto& c : cases) {
     const NBBinningEncoder search(c.cutpoints);

@@ -578,6 +578,7 @@ TEST(NBFactory, NamesTheVariableThatItRefuses) {
   } cases[] = {
       {[](auto&) {}, 0, 0},
       {[](auto& list) { list.AddDiscreteUserMissing(1, 9, ""); }, 70023, 1},
+      {[](auto& list) { list.AddDiscreteUserMissing(0, 9, ""); }, 70023, 0},
       {[](auto& list) { list.SetMissingInterval(1, 8, 9); }, 70023, 1},
       {[](auto& list) { list.AddDiscreteUserMissing(2, 9, ""); }, 0, 0},
       {[](auto& list) { list.AddDiscreteUserMissing(2, "?", ""); }, 70023, 2},
