@@ -90,9 +90,9 @@ std::string ColumnRange::WhyNot(const ColumnRange& other) const {
   if (areBothKnown && mine.fTime != theirs.fTime) {
     return name + "holds times of another kind in another part";
   }
-  const bool isLevelSaid = !mine.fbLevelFound || !theirs.fbLevelFound;
   // What one part says of texts, another one without a value cannot say of numbers.
   if (!areAlike) return "";
+  const bool isLevelSaid = !mine.fbLevelFound || !theirs.fbLevelFound;
   if (isLevelSaid && (mine.fLevel != theirs.fLevel || mine.fbLevelFound != theirs.fbLevelFound)) {
     return name + "was given another level in another part";
   }

@@ -4,9 +4,9 @@
   load.py PROGRAM LIBRARIES [--share S] [--only NAME...] [--folder FOLDER]
 
 LIBRARIES is the folder of the libraries. Prints a line a job: what, seconds of the clock and of the
-processor (which a busy machine leaves as they are), most memory, outcome. A job keeps its word where it ends with exit code 0, what it printed holds what it must (a planted
-predictor comes first, all cases are counted, ...), and its memory stays below a bound that does not
-grow with what is made larger. Exit code 1 if one did not. No time is judged.
+processor (which a busy machine leaves as they are), most memory, outcome. A job keeps its word where
+it ends with exit code 0, what it printed holds what it must (a planted predictor comes first, all cases
+are counted, ...), and its memory stays below its bound. Exit code 1 if one did not. No time is judged.
 
 S is the share of the full size that tables of cases have; 1 takes some 3 GB of disk. The job "limit"
 needs no package; the others write their tables with pyarrow and numpy.
@@ -157,10 +157,9 @@ def job_long(load):
 def job_equal(load):
     """1e9 equal values, in a file of some kilobytes."""
     import pyarrow
-    import pyarrow
     import pyarrow.parquet as parquet
-    n = load.many(1000) * 1_000_000
-    pieces = n // 1_000_000
+    pieces = load.many(1000)
+    n = pieces * 1_000_000
 
     def column(first, second):
         values = [pyarrow.array([value] * 1_000_000) for value in (first, second)]

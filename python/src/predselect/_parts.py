@@ -9,6 +9,7 @@ from __future__ import annotations
 import contextlib
 import copy
 import ctypes
+import functools
 import re
 from collections.abc import Callable, Iterable, Iterator, Mapping, Sequence
 from typing import TYPE_CHECKING, Any, Protocol, TypedDict, TypeVar
@@ -236,11 +237,12 @@ def _run(job: Callable[..., _R], engine: Engine, target: str, needed: list[str],
     engine.begin(columns, options, f"predselect {job.__name__} {target}")
     try:
         kept = {name: value for name, value in said.items() if name != "except_"}
+        without_rows = functools.partial(job, engine.empty(), target, progress=False, **kept, **own)
         with quiet(), contextlib.suppress(CommandError):  # what can be refused without a row is
-            job(engine.empty(), target, progress=False, **kept, **own)
+            without_rows()
         ranges = engine.ranges()
         if not ranges:
-            return job(engine.empty(), target, progress=False, **kept, **own)
+            return without_rows()
         parts = Parts(engine, ranges, options.name)
         try:
             return job(parts, target, progress=False, **own)
