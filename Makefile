@@ -12,7 +12,7 @@
 #   make compare OLD=path  every output of this build beside those of another build of the program
 #   make asan    the test suite under AddressSanitizer and UBSan
 #   make ubsan   the test suite under UBSan with every check of integers (Clang)
-#   make tsan    the engines' tests of threads under ThreadSanitizer
+#   make tsan    the tests of what works with threads under ThreadSanitizer
 #   make fuzz    every fuzz target for FUZZ_SECONDS (600 unless given) seconds
 #   make mutants  the engines changed in small ways, one at a time: a test has to fail
 #   make damage  saved states, damaged at random TRIALS (100000 unless given) times: none is read with other numbers
