@@ -42,12 +42,14 @@ class CancelAt : public MCQueryCancel {
 };
 
 MCStatus Count(std::vector<Record> records, std::vector<Record> test, bool kept, Part& part,
-               MCQueryCancel* cancel = nullptr, std::size_t failAt = SIZE_MAX) {
+               MCQueryCancel* cancel = nullptr, std::size_t failAt = SIZE_MAX,
+               std::size_t testFailsAt = SIZE_MAX) {
   NBAlgorithm algorithm(NaiveBayesSettings(), RandomData::MakeList(kForced));
   algorithm.SetCancelPtr(cancel);
   const int n = static_cast<int>(records.size());
   TestRecords source(std::move(records)), tested(std::move(test));
-  source.fFailAt = tested.fFailAt = failAt;
+  source.fFailAt = failAt;
+  tested.fFailAt = testFailsAt;
   return algorithm.CountPart({source, n, tested.All().empty() ? nullptr : &tested, true, kept},
                              part.fCounts, part.fpCodes);
 }
@@ -78,14 +80,16 @@ class PartsHere : public INBParts {
   }
 
   bool Ask(const NBPartQuestion& question, NBPartSums& sums) override {
-    MCQueryCancel* none = nullptr;
-    NBCancelInfo cancel(none);
     NBPartQuestion told;
     EXPECT_TRUE(StateBytes::To(StateBytes::Of(question), told));
     for (std::size_t p = 0; p < fvParts.size(); ++p) {
-      NBPartSums answer;
+      // From the start, and from where the question before has led.
+      NBPartSums answer, next;
       const auto codes = NBPartCodes::From(fvParts[p].fpCodes->Bytes());
-      EXPECT_TRUE(codes->Answer(told, cancel, MCCommon::Workers::Alone(), answer));
+      MCCommon::Workers& alone = MCCommon::Workers::Alone();
+      EXPECT_TRUE(codes->Answer(told, fCancel, alone, answer));
+      EXPECT_TRUE(fvParts[p].fpCodes->Answer(told, fCancel, alone, next, 1 << 20));
+      EXPECT_EQ(StateBytes::Of(next), StateBytes::Of(answer));
       p == 0 ? sums = answer : (sums.Add(answer), sums);
     }
     const bool isWrong = fLeft-- == 0;
@@ -101,6 +105,7 @@ class PartsHere : public INBParts {
  private:
   Fault fFault;
   int fLeft;
+  NBCancelInfo fCancel{nullptr};
 };
 
 struct Outcome {
@@ -179,6 +184,8 @@ TEST(Parts, ACancelAtAnyPollOrAFailingSourceEndsTheCount) {
     }
     Part part;
     EXPECT_EQ(Count(data, data, kept, part, nullptr, 17).GetErrorCode(), MCNaive::kSourceFailed);
+    const auto testFails = Count(data, data, kept, part, nullptr, SIZE_MAX, 17);
+    EXPECT_EQ(testFails.GetErrorCode(), kept ? MCNaive::kSourceFailed : 0) << "else it is not read";
   }
 }
 
