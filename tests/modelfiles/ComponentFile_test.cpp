@@ -190,7 +190,17 @@ TEST(ComponentFile, HasADictionaryOfItsOwnComponent) {
     D dictionary = *kept.fDictionary;
     change(dictionary);
     EXPECT_NE(readWith(&dictionary), "") << &change - changes;
+    ComponentFile file;
+    EXPECT_NE(ReadComponentBytes(ComponentBytes(*kept.fpFeature, &dictionary), file), "");
   }
+  // A component alone is another file than one with its dictionary.
+  const std::uint64_t digest = DigestOf(kept);
+  kept.fDictionary.reset();
+  EXPECT_NE(DigestOf(kept), digest);
+  EXPECT_EQ(WriteComponentFile(path, {.fbXML = true}, kept), "");
+  ComponentFile alone;
+  EXPECT_EQ(ReadComponentFile(path, alone), "");
+  EXPECT_EQ(DigestOf(alone), DigestOf(kept));
 }
 
 }  // namespace

@@ -579,6 +579,16 @@ TEST(Laws, ListsKnowTheirTargetAndWeightByWhatIsInThem) {
   EXPECT_EQ(list.GetTargetIndex(), 1);
   list.SetVariableRole(0, INBVariable::kFrequencyWeight);
   EXPECT_EQ(list.GetWeightIndex(), 0);
+  NBVarList other, level;
+  other.AddWeightVar("u", "", INBVariable::kAsIs);
+  level.AddContVar("w", "", 0, 1, 5, INBVariable::kInput);
+  for (NBVarList* different : {&other, &level}) {
+    different->AddCatVar("y", "", 2, INBVariable::kNumericCategorical, INBVariable::kOutput);
+    different->AddContVar("c", "", 0, 1, 5, INBVariable::kInput);
+    int differing = -1;
+    EXPECT_FALSE(list.CanMergeWith(*different, differing));
+    EXPECT_EQ(differing, 0);
+  }
   // Bins that are there stay, unless they are to be replaced.
   for (const bool replace : {false, true}) {
     list.SetupContEncoders(9, replace);
@@ -591,7 +601,10 @@ TEST(Laws, ListsRefuseWhatCannotBe) {
   EXPECT_EQ(list.AddContVar("c", "", {2, 1}, INBVariable::kInput), -1);
   EXPECT_EQ(list.AddContVar("c", "", {1, 2}, INBVariable::kOutput), -1);
   EXPECT_EQ(list.AddContVar("c", "", 0, 1, 5, INBVariable::kOutput), -1);
+  const std::vector<std::string> twice = {"a", "a"};
   EXPECT_EQ(list.AddCatVar("x", "", {1.0, 1.0}, {"a", "b"}, INBVariable::kInput), -1);
+  EXPECT_EQ(list.AddCatVar("x", "", twice, INBVariable::kInput), -1);
+  EXPECT_EQ(list.AddCatVar("x", "", twice, {"a", "b"}, INBVariable::kInput), -1);
   EXPECT_EQ(
       list.AddCatVar("w", "", 2, INBVariable::kNumericCategorical, INBVariable::kFrequencyWeight),
       0);

@@ -208,6 +208,31 @@ TEST(Parts, CodesAnswerNoQuestionAboutOthersAndStopWhenToldTo) {
   sizes.fOrder = {0, 2};
   EXPECT_TRUE(answers(sizes, INT32_MAX));
   EXPECT_FALSE(answers(sizes, 0));
+  // What is kept of a question serves no other one.
+  NBCancelInfo never(nullptr);
+  const auto sumsOf = [&](const NBPartQuestion& asked, std::size_t mostKept) {
+    NBPartSums sums;
+    EXPECT_TRUE(codes.Answer(asked, never, MCCommon::Workers::Alone(), sums, mostKept));
+    return StateBytes::Of(sums);
+  };
+  question.fOrder = {1, 3};
+  const std::function<void(NBPartQuestion&)> changes[] = {
+      [](NBPartQuestion& q) { q.fbTest = true; },
+      [](NBPartQuestion& q) { q.fModel.fWeight *= 2; },
+      [](NBPartQuestion& q) { q.fModel.fTarget[0] *= 2; },
+      [](NBPartQuestion& q) { q.fOrder = {1}; },
+      [](NBPartQuestion& q) {
+        q.fOrder = {3, 1};
+      },
+      [](NBPartQuestion& q) { q.fModel.fInputs[1][0] += 1; },
+      [](NBPartQuestion& q) { q.fModel.fInputs[2][0] += 1; }};
+  for (const auto& change : changes) {
+    NBPartQuestion changed = question;
+    change(changed);
+    sumsOf(question, 1 << 20);
+    const std::string next = sumsOf(changed, 1 << 20);
+    EXPECT_EQ(next, sumsOf(changed, 0)) << &change - changes;
+  }
   question.fModel.fCategories[1] += 1;
   EXPECT_FALSE(answers(question, INT32_MAX));
   sizes.fModel.fTarget.push_back(1.0);
