@@ -88,10 +88,12 @@ JOBS = {
 }
 
 
-def library_of(said):
-    """Which library of others has ended the program in its own code, by the innermost frame of the end
-    that is neither the C or C++ library's nor the injection's own; empty for the program itself."""
-    for frame in said[said.index("crash") + 1:] if "crash" in said else []:
+def library_of(code, said):
+    """Which library of others has ended the program in its own code, or let it wait for ever, by the
+    innermost frame of the end, or of the call that failed, that is neither the C or C++ library's nor
+    the injection's own; empty for the program itself."""
+    last = "hit" if code is None else "crash"
+    for frame in said[said.index(last) + 1:] if last in said else []:
         if re.search(r"/(lib(c|stdc\+\+|gcc_s|pthread|m)\.so|libfaults)", frame):
             continue
         if "nlohmann" in frame:
@@ -218,11 +220,10 @@ class Trial:
     def trouble(self, call, outcome):
         """Empty, or how the outcome breaks the law."""
         code, out, errors, files, said = outcome
-        if code is None:
-            return "hangs"
-        if code < 0:
+        if code is None or code < 0:
             is_old = all(files.get(name) == OLD for name in self.outputs)
-            return "" if library_of(said) and is_old else f"dies of signal {-code}"
+            what = "hangs" if code is None else f"dies of signal {-code}"
+            return "" if library_of(code, said) and is_old else what
         if "terminate" in said:
             return "std::terminate"
         if code not in (0, 1, 2, 3):
@@ -282,11 +283,13 @@ def inject(given, base):
                     lambda one: one[0].run(call, one[1], error, keep), work)):
                 what = trial.trouble(call, outcome)
                 tally[fault]["runs"] += 1
-                end = ("unlawful" if what else "survived" if outcome[0] == 0 else
-                       "refused" if outcome[0] > 0 else "library")
+                code, *_, said = outcome
+                end = ("unlawful" if what else "survived" if code == 0 else
+                       "refused" if code is not None and code > 0 else "library")
                 tally[fault][end] += 1
                 if end == "library":
-                    libraries[library_of(outcome[4])] += 1
+                    how = "wait for ever" if code is None else "ended"
+                    libraries[f"{how} in {library_of(code, said)}"] += 1
                 if what:
                     found.append((fault, trial.name, place, what, outcome))
             show(fault, tally[fault])
@@ -294,8 +297,8 @@ def inject(given, base):
         trial.close()
     for path, digest in before.items():
         assert hashlib.sha256(path.read_bytes()).digest() == digest, f"{path.name} was changed"
-    for library, count in libraries.most_common():
-        print(f"{count} ended in {library}")
+    for how, count in libraries.most_common():
+        print(f"{count} {how}")
     return tally, found
 
 
