@@ -178,6 +178,35 @@ TEST(Accumulators, TellOfACriterionWhatTheComponentTells) {
   EXPECT_EQ(out, Stats(5, 7.0)) << "without a target there is nothing to tell";
 }
 
+// Statistics are kept once they are known: they must not outlive the counts they were made of.
+TEST(Ranking, StatisticsFollowLaterPassesAndCriteria) {
+  for (const bool catTarget : {true, false}) {
+    const Table first = RandomTable(300, catTarget, 31), second = RandomTable(300, catTarget, 32);
+    Table both = first;
+    for (std::size_t j = 0; j < both.size(); ++j) {
+      both[j].insert(both[j].end(), second[j].begin(), second[j].end());
+    }
+    FSSettings settings = SettingsFor(catTarget), sameSettings = SettingsFor(catTarget);
+    FSFactory factory;
+    const auto inTwo = factory.CreateFSAlgorithm(&settings);
+    const auto inOne = factory.CreateFSAlgorithm(&sameSettings);
+    BlocksOf a(first, 64), b(second, 64), whole(both, 64);
+    ASSERT_TRUE(inOne->AccumulateAndRank(whole, -1, false, 0).IsOK());
+    ASSERT_TRUE(inTwo->Accumulate(a, -1).IsOK());
+    (void)ReportOf(*inTwo);
+    ASSERT_TRUE(inTwo->ScreenAndRank(false, 0).IsOK());
+    (void)ReportOf(*inTwo);
+    ASSERT_TRUE(inTwo->Accumulate(b, -1).IsOK());
+    (void)ReportOf(*inTwo);
+    ASSERT_TRUE(inTwo->ScreenAndRank(false, 0).IsOK());
+    const std::vector<double> x = ReportOf(*inTwo), y = ReportOf(*inOne);
+    ASSERT_EQ(x.size(), y.size());
+    for (std::size_t i = 0; i < x.size(); ++i) {
+      EXPECT_NEAR(x[i], y[i], 1e-9 * std::max(1.0, std::abs(y[i]))) << i;
+    }
+  }
+}
+
 TEST(Accumulators, AreNotChangedByACaseWithoutWeight) {
   const auto newAccumulators = [] {
     std::vector<std::unique_ptr<IFSPredTargetAccum>> all;
@@ -220,35 +249,6 @@ TEST(Accumulators, OfOneVariableSeeAValueThatTheyDoNotCount) {
   std::ostringstream out;
   numbers.Display(out);
   EXPECT_NE(out.str().find("Mean = 3\n"), std::string::npos) << out.str();
-}
-
-// Statistics are kept once they are known: they must not outlive the counts they were made of.
-TEST(Ranking, StatisticsFollowLaterPassesAndCriteria) {
-  for (const bool catTarget : {true, false}) {
-    const Table first = RandomTable(300, catTarget, 31), second = RandomTable(300, catTarget, 32);
-    Table both = first;
-    for (std::size_t j = 0; j < both.size(); ++j) {
-      both[j].insert(both[j].end(), second[j].begin(), second[j].end());
-    }
-    FSSettings settings = SettingsFor(catTarget), sameSettings = SettingsFor(catTarget);
-    FSFactory factory;
-    const auto inTwo = factory.CreateFSAlgorithm(&settings);
-    const auto inOne = factory.CreateFSAlgorithm(&sameSettings);
-    BlocksOf a(first, 64), b(second, 64), whole(both, 64);
-    ASSERT_TRUE(inOne->AccumulateAndRank(whole, -1, false, 0).IsOK());
-    ASSERT_TRUE(inTwo->Accumulate(a, -1).IsOK());
-    (void)ReportOf(*inTwo);
-    ASSERT_TRUE(inTwo->ScreenAndRank(false, 0).IsOK());
-    (void)ReportOf(*inTwo);
-    ASSERT_TRUE(inTwo->Accumulate(b, -1).IsOK());
-    (void)ReportOf(*inTwo);
-    ASSERT_TRUE(inTwo->ScreenAndRank(false, 0).IsOK());
-    const std::vector<double> x = ReportOf(*inTwo), y = ReportOf(*inOne);
-    ASSERT_EQ(x.size(), y.size());
-    for (std::size_t i = 0; i < x.size(); ++i) {
-      EXPECT_NEAR(x[i], y[i], 1e-9 * std::max(1.0, std::abs(y[i]))) << i;
-    }
-  }
 }
 
 }  // namespace
