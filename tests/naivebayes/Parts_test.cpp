@@ -320,7 +320,7 @@ TEST(Parts, NumbersThatCannotBeAreRefused) {
       {[](C& c) { c.fNCases = -1; }, [](C& c) { c.fNTest = -1; }, [](C& c) { c.fNRecords = -1; },
        [](C& c) { c.fNExcluded = -1; }, [](C& c) { c.fWeight = -1; },
        [](C& c) { c.fTarget[1] = -1; }, [](C& c) { c.fRecords.pop_back(); },
-       [](C& c) { c.fCategories.pop_back(); }, [](C& c) { c.fCategories[0] = -2; },
+       [](C& c) { c.fCategories.push_back(1); }, [](C& c) { c.fCategories[0] = -2; },
        [](C& c) { c.fInputs[2][1] = -1; }, [](C& c) { c.fInputs[2].pop_back(); }});
   NBPartQuestion question;
   question.fModel = counts;
