@@ -326,9 +326,8 @@ TEST(Parts, NumbersThatCannotBeAreRefused) {
   question.fModel = counts;
   question.fOrder = {1};
   using Q = NBPartQuestion;
-  ExpectRefused<Q>(question,
-                   {[](Q& q) { q.fFirst = -1; }, [](Q& q) { q.fModel.fWeight = 0; },
-                    [](Q& q) { q.fOrder = {99}; }, [](Q& q) { q.fModel.fInputs[1].clear(); }});
+  ExpectRefused<Q>(question, {[](Q& q) { q.fFirst = -1; }, [](Q& q) { q.fModel.fWeight = 0; },
+                              [](Q& q) { q.fModel.fInputs[1].clear(); }});
   ExpectRefused<NBPartSums>({}, {[](NBPartSums& s) { s.fNCases = -1; }});
   NBPartClassified classified;
   classified.fNTargets = 3;
