@@ -14,6 +14,7 @@
 #   make ubsan   the test suite under UBSan with every check of integers (Clang)
 #   make tsan    the tests of what works with threads under ThreadSanitizer
 #   make fuzz    every fuzz target for FUZZ_SECONDS (600 unless given) seconds
+#   make coverage  which branches of engines, model files, states and parser the tests take (Clang)
 #   make mutants  the engines changed in small ways, one at a time: a test has to fail
 #   make damage  saved states, damaged at random TRIALS (100000 unless given) times: none is read with other numbers
 #   make faults  every call to the system and every place of allocation failed in turn, over jobs of every kind
@@ -39,7 +40,7 @@
 #   make format  clang-format over all sources
 #   make clean   removes everything that was built
 .PHONY: demo test program build bench bench-growth bench-plot bench-end bench-scale bench-peers compare check-exact
-.PHONY: asan ubsan tsan mutants fuzz damage faults kills load package check-package browser browser-tools models databases wheel check-wheel
+.PHONY: asan ubsan tsan coverage mutants fuzz damage faults kills load package check-package browser browser-tools models databases wheel check-wheel
 .PHONY: spark spark-tools spark-long compare-spark
 .PHONY: python-library test-python-long docs compare-sklearn tidy format clean
 
@@ -161,6 +162,13 @@ fuzz:
 	cmake --build --preset fuzz
 	@scripts/make-corpus
 	@scripts/fuzz
+
+coverage:
+	@scripts/setup --tests
+	@scripts/setup --coverage
+	cmake --preset coverage >/dev/null
+	cmake --build --preset coverage
+	@scripts/coverage build/coverage
 
 # MUTANTS of them are planted, drawn by SEED.
 mutants: export MUTANTS ?= 500

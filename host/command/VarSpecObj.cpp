@@ -8,6 +8,7 @@
 
 namespace {
 
+constexpr const char* kSource = "host/command/VarSpecObj";
 constexpr const char* kTo = "TO";
 constexpr const char* kAll = "ALL";
 
@@ -30,16 +31,15 @@ VarSpecObj::VarSpecObj(const std::string& subCom, const std::string& param,
 bool VarSpecObj::ValidateVariable(const ParamObj& param) {
   Clear();
   NameList list{param.getTokenList()};
-  if (list.fTokens.empty() || !list.Peek()->IsName() || list.Peek()->IsWord(kAll)) {
+  MCCommon::Assert(list.Peek() != nullptr, "a variable has a token", kSource);
+  if (!list.Peek()->IsName() || list.Peek()->IsWord(kAll)) {
     fMessages.At(param.GetPlace()).OneVariableOnly(fParam, fSubCom);
     return false;
   }
   const bool isValid = TakeName(list);
   if (list.Peek() == nullptr) return isValid;
-  if (list.Peek()->fType != TokenInfoObj::kLeftParen) {
-    fMessages.At(*list.Peek()).OneVariableOnly(fParam, fSubCom);
-    return false;
-  }
+  MCCommon::Assert(list.Peek()->fType == TokenInfoObj::kLeftParen,
+                   "behind a variable stands what qualifies it", kSource);
   return TakeQualifier(param) && isValid;
 }
 
@@ -226,8 +226,7 @@ bool VarSpecObj::AreAllNew(const std::vector<KovaVarName>& names) const {
 
 const TokenInfoObj& VarSpecObj::GetPlace(int variable) const {
   const auto found = std::find(fVariables.begin(), fVariables.end(), variable);
-  MCCommon::Assert(found != fVariables.end(), "the role holds the variable",
-                   "host/command/VarSpecObj");
+  MCCommon::Assert(found != fVariables.end(), "the role holds the variable", kSource);
   return fPlaces[static_cast<std::size_t>(found - fVariables.begin())];
 }
 

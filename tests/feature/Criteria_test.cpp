@@ -5,8 +5,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <initializer_list>
 #include <memory>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -16,6 +18,7 @@
 #include "feature/accumulators/FSCatAccum.h"
 #include "feature/accumulators/FSCatPCatTAccum.h"
 #include "feature/accumulators/FSCatPContTAccum.h"
+#include "feature/accumulators/FSContAccum.h"
 #include "feature/accumulators/FSContPCatTAccum.h"
 #include "feature/accumulators/FSContPContTAccum.h"
 #include "tests/feature/RandomRuns.h"
@@ -53,6 +56,20 @@ TEST(FSCriterion, EachIsFoundByItsCodeAndByItsWord) {
 
 // A criterion that is on for a set shows each kind of predictor in it, or ranks it beside the
 // other.
+TEST(MCFSCommon, NamesWhatThereIsAndNothingElse) {
+  EXPECT_EQ(GetCriterionShortName(kPearson), "Pearson");
+  EXPECT_EQ(GetDelReasonName(kAllMissing), "allMissing");
+  for (const int none : {-1, 99}) {
+    EXPECT_EQ(GetCriterionName(none), "Unrecognized");
+    EXPECT_EQ(GetCriterionShortName(none), "");
+    EXPECT_EQ(GetSetTypeName(none), "Unrecognized");
+    EXPECT_EQ(GetDelReasonName(none), "");
+    EXPECT_EQ(GetWeightToFreqName(none), "unrecognized method");
+  }
+  EXPECT_EQ(ToFrequency(kTruncate, 2.75), 2.0);
+  EXPECT_EQ(ToFrequency(kRound, 2.5), 3.0);
+}
+
 TEST(FSCriterion, WhatSuitsASetHasAFormulaForSomeOfItsPredictors) {
   for (const FSCriterion& criterion : FSCriterion::All()) {
     for (const bool catTarget : {true, false}) {
@@ -188,6 +205,50 @@ TEST(Ranking, StatisticsFollowLaterPassesAndCriteria) {
       EXPECT_NEAR(x[i], y[i], 1e-9 * std::max(1.0, std::abs(y[i]))) << i;
     }
   }
+}
+
+TEST(Accumulators, AreNotChangedByACaseWithoutWeight) {
+  const auto newAccumulators = [] {
+    std::vector<std::unique_ptr<IFSPredTargetAccum>> all;
+    for (const int kinds : {0, 1, 2, 3}) all.push_back(AccumulatorOf(kinds < 2, kinds % 2 == 0));
+    all.push_back(std::make_unique<FSCatAccum>());
+    all.push_back(std::make_unique<FSContAccum>());
+    return all;
+  };
+  const auto dump = [](IFSPredTargetAccum& accumulator) {
+    std::ostringstream out;
+    accumulator.ComputeVariances();
+    accumulator.Display(out);
+    return out.str();
+  };
+  const auto fresh = newAccumulators(), weightless = newAccumulators();
+  for (std::size_t k = 0; k < fresh.size(); ++k) {
+    for (const double weight : {0.0, -1.0, std::nan("")}) {
+      weightless[k]->AddCase(1.0, 0.0, weight, true);
+      weightless[k]->AddMissing(weight);
+      weightless[k]->AddCaseOneVariable(1.0, weight, true);
+    }
+    EXPECT_EQ(dump(*weightless[k]), dump(*fresh[k])) << k;
+  }
+}
+
+TEST(Accumulators, OfOneVariableSeeAValueThatTheyDoNotCount) {
+  FSCatAccum categories;
+  FSContAccum numbers;
+  for (IFSPredTargetAccum* accumulator :
+       std::initializer_list<IFSPredTargetAccum*>{&categories, &numbers}) {
+    accumulator->AddMissing(1.0);
+    EXPECT_TRUE(accumulator->IsAllMissing());
+    accumulator->AddCaseOneVariable(3.0, 2.0, true);
+    EXPECT_TRUE(accumulator->IsAllConstant());
+    accumulator->AddCaseOneVariable(4.0, 1.0, false);
+    EXPECT_FALSE(accumulator->IsAllConstant());
+    accumulator->ComputeVariances();
+  }
+  EXPECT_EQ(categories.GetCategories()->Size(), 1u);
+  std::ostringstream out;
+  numbers.Display(out);
+  EXPECT_NE(out.str().find("Mean = 3\n"), std::string::npos) << out.str();
 }
 
 }  // namespace

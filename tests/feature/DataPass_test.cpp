@@ -71,12 +71,16 @@ TEST(DataPass, ItemsOfATransactionIncreaseAndLieAmongThePredictors) {
   struct Case {
     std::vector<double> fItems;
     std::int64_t fCode, fDatum0, fDatum1;
+    double fCaseID = 77.0;
+    std::int64_t fDatum2 = 77;
   };
-  for (const Case& c : {Case{{1, 1}, 80007, 1, 1}, Case{{2, 0}, 80007, 2, 0},
-                        Case{{0, 3}, 80008, 3, 3}, Case{{-2}, 80008, -1, 3}}) {
+  for (const Case& c :
+       {Case{{1, 1}, 80007, 1, 1}, Case{{2, 0}, 80007, 2, 0}, Case{{0, 3}, 80008, 3, 3},
+        Case{{-2}, 80008, -1, 3}, Case{{KOVA_SystemMissing}, 80008, -1, 3},
+        Case{{-2}, 80008, -1, 3, 1e300, 0}}) {
     Table table(4);
     for (const double item : c.fItems) {
-      const double row[] = {77.0, item, 1.0, 0.0};
+      const double row[] = {c.fCaseID, item, 1.0, 0.0};
       for (std::size_t k = 0; k < 4; ++k) table[k].push_back(row[k]);
     }
     FSSettings settings(3, true, true);
@@ -89,7 +93,50 @@ TEST(DataPass, ItemsOfATransactionIncreaseAndLieAmongThePredictors) {
     EXPECT_EQ(status.GetErrorCode(), c.fCode);
     EXPECT_EQ(status.GetDiscreteDatum(0), c.fDatum0);
     EXPECT_EQ(status.GetDiscreteDatum(1), c.fDatum1);
-    EXPECT_EQ(status.GetDiscreteDatum(2), 77);
+    EXPECT_EQ(status.GetDiscreteDatum(2), c.fDatum2);
+  }
+}
+
+// Records or transactions without the columns that they are to have are none that count.
+TEST(DataPass, ColumnsThatAreNotThereLeaveNoCase) {
+  const Table table = {{0, 1, 0}, {0, 1, 1}, {1, 1, 1}};
+  const struct {
+    void (*fChange)(FSSettings&);
+    std::int64_t fCode;
+  } cases[] = {{[](FSSettings& s) { s.SetTargetPosition(9); }, 80009},
+               {[](FSSettings& s) { s.SetWeightPosition(9); }, 80013},
+               {[](FSSettings& s) { s.SetFlagTrInput(true); }, 80009}};
+  for (const auto& c : cases) {
+    FSSettings settings(2, true, true);
+    c.fChange(settings);
+    FSFactory factory;
+    BlocksOf source(table, 2);
+    EXPECT_EQ(factory.CreateFSAlgorithm(&settings)->Accumulate(source, -1).GetErrorCode(), c.fCode);
+  }
+}
+
+// A transaction of which every value is missing is an excluded case, and one whose predictor has
+// been removed counts for the others.
+TEST(DataPass, TransactionsCountWhatIsLeftOfThem) {
+  const double none = KOVA_SystemMissing;
+  FSSettings settings(3, true, true);
+  settings.SetFlagTrInput(true);
+  FSFactory factory;
+  const auto component = factory.CreateFSAlgorithm(&settings);
+  const Table table = {{1, 1, 1, 2, 2, 2, 3},
+                       {0, 1, 2, 0, 1, 2, 0},
+                       {5, 7, 1, 6, 7, 2, none},
+                       {0, 0, 0, 1, 1, 1, 1}};
+  for (int pass = 1; pass <= 2; ++pass) {
+    BlocksOf source(table, 16);
+    ASSERT_TRUE(component->Accumulate(source, -1).IsOK());
+    double weights[2];
+    int cases[2];
+    component->GetNValidNExcluded(weights[0], weights[1], cases[0], cases[1]);
+    EXPECT_EQ(cases[0], 2 * pass);
+    EXPECT_EQ(cases[1], pass);
+    EXPECT_TRUE(component->CheckPredAllMissConst().IsOK());
+    EXPECT_EQ(component->GetIndicesDelPred(), (std::vector<int>{1}));
   }
 }
 

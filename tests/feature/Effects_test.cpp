@@ -199,6 +199,12 @@ TEST(Effects, OfThePerfectTheConstantAndTheFewHaveNoInterval) {
     EXPECT_EQ(FSEffects::IntervalOf(effect, 0.95).fLow, kMissing);
   }
   EXPECT_TRUE(EffectOf({{0, 1, 2}, {1, 1, 1}}, true, true).fTest == FSEffect::kNone) << "removed";
+  for (const bool catPredictor : {true, false}) {
+    const FSEffect constant = EffectOf({{5, 5, 5, 5}, {0, 1, 2, 1}}, catPredictor, false);
+    EXPECT_EQ(constant.fSize, kMissing) << "the target is constant";
+    EXPECT_EQ(constant.fLogP, kMissing);
+  }
+  EXPECT_EQ(EffectOf({{1, 2, 3}, {0, 1, 2}}, true, false).fStatistic, kMissing) << "a case a group";
 }
 
 TEST(Effects, OfTheLikelihoodRatioWhereThatRanks) {
@@ -232,6 +238,10 @@ TEST(Effects, NoncentralFunctionsHoldAtTheEndsOfTheirDomain) {
     EXPECT_EQ(FSNoncentral::CdfF(1.0, 3.0, 3.0, bad), kMissing);
   }
   EXPECT_EQ(FSNoncentral::CdfF(1.0, 3.0, 0.0, 1.0), kMissing);
+  for (const double df : {0.0, kMissing}) {
+    EXPECT_EQ(FSNoncentral::CdfChi(1.0, df, 1.0), kMissing);
+    EXPECT_EQ(FSNoncentral::CdfF(1.0, 3.0, df, 1.0), kMissing);
+  }
   EXPECT_EQ(FSNoncentral::LambdaOfChi(kMissing, 3.0, 0.5), kMissing);
   EXPECT_EQ(FSNoncentral::LambdaOfChi(1e11, 3.0, 0.5), kMissing) << "beyond the most lambda";
   // A million cases: normal with mean df + lambda and variance 2 df + 4 lambda, nearly.

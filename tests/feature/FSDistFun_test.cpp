@@ -53,18 +53,44 @@ TEST(FSDistFun, SpecialCasesAreExact) {
   EXPECT_EQ(FSDistFun::IdfT(0.5, 7), 0.0);
   EXPECT_EQ(FSDistFun::CdfF(kInfinity, 2, 3), 1.0);
   EXPECT_DOUBLE_EQ(FSDistFun::CdfChi(3.0, 2), -std::expm1(-1.5));
+  long error = 0;
+  EXPECT_EQ(FSDistFun::gammad(0.0, 2.0, true, error), 1.0);
+  EXPECT_EQ(FSDistFun::gammad(kInfinity, 2.0, true, error), 0.0);
+  EXPECT_DOUBLE_EQ(FSDistFun::gammad(3.0, 1.0, true, error), std::exp(-3.0));
+  EXPECT_EQ(FSDistFun::betinv(0.0, 2.0, 3.0, error), 0.0);
+  EXPECT_EQ(FSDistFun::betinv(1.0, 2.0, 3.0, error), 1.0);
+  EXPECT_EQ(FSDistFun::derf(-7.0), -1.0);
+  EXPECT_EQ(error, 0);
 }
 
 TEST(FSDistFun, BadParametersAreMissing) {
   const double nan = std::nan("");
-  for (const double value :
-       {FSDistFun::CdfChi(5, 0), FSDistFun::CdfChi(nan, 3), FSDistFun::CdfChi(1, nan),
-        FSDistFun::CdfT(2, 0), FSDistFun::CdfT(nan, 2), FSDistFun::CdfF(0.5, 0, 3),
-        FSDistFun::CdfF(0.5, 3, -1), FSDistFun::CdfNorm(1, 0, 0), FSDistFun::IdfNorm(0, 0, 1),
-        FSDistFun::IdfNorm(1, 0, 1), FSDistFun::IdfNorm(0.2, 0, -1), FSDistFun::IdfChi(1, 3),
-        FSDistFun::IdfChi(0.5, 0), FSDistFun::IdfT(0, 3), FSDistFun::IdfF(1, 2, 3),
-        FSDistFun::IdfF(0.5, 2, 0), FSDistFun::IdfF(0.5, 0, 2)}) {
+  for (const double value : {FSDistFun::CdfChi(5, 0),        FSDistFun::CdfChi(nan, 3),
+                             FSDistFun::CdfChi(1, nan),      FSDistFun::CdfT(2, 0),
+                             FSDistFun::CdfT(nan, 2),        FSDistFun::CdfF(0.5, 0, 3),
+                             FSDistFun::CdfF(0.5, 3, -1),    FSDistFun::CdfNorm(1, 0, 0),
+                             FSDistFun::IdfNorm(0, 0, 1),    FSDistFun::IdfNorm(1, 0, 1),
+                             FSDistFun::IdfNorm(0.2, 0, -1), FSDistFun::IdfChi(1, 3),
+                             FSDistFun::IdfChi(0.5, 0),      FSDistFun::IdfT(0, 3),
+                             FSDistFun::IdfF(1, 2, 3),       FSDistFun::IdfF(0.5, 2, 0),
+                             FSDistFun::IdfF(0.5, 0, 2),     FSDistFun::IdfF(-0.1, 2, 3),
+                             FSDistFun::IdfChi(1e-6, 3),     FSDistFun::IdfChi(0.5, kInfinity),
+                             FSDistFun::IdfT(1, 3),          FSDistFun::IdfT(0.3, 0),
+                             FSDistFun::CdfF(nan, 2, 3)}) {
     EXPECT_EQ(value, kMissing);
+  }
+  const auto errorOf = [](const auto& routine) {
+    long error = 0;
+    static_cast<void>(routine(error));
+    return error;
+  };
+  EXPECT_NE(errorOf([](long& e) { return FSDistFun::dnlgam(0.0, e); }), 0);
+  for (const double p : {0.0, 1.0}) {
+    EXPECT_NE(errorOf([p](long& e) { return FSDistFun::probit(p, e); }), 0);
+  }
+  const double beta[][3] = {{-0.1, 2, 3}, {1.1, 2, 3}, {0.5, 0, 3}, {0.5, 2, 0}};
+  for (const auto& b : beta) {
+    EXPECT_NE(errorOf([&b](long& e) { return FSDistFun::betinv(b[0], b[1], b[2], e); }), 0) << b[0];
   }
 }
 
@@ -120,6 +146,18 @@ TEST(FSDistFun, QuantilesInvertTheDistributions) {
       check("t", FSDistFun::CdfT(FSDistFun::IdfT(p, df), df));
       check("F", FSDistFun::CdfF(FSDistFun::IdfF(p, df, 8.0), df, 8.0));
     }
+  }
+  // Few degrees of freedom, and shapes of which the starting value lies at an end.
+  for (const double df : {0.1, 0.3}) {
+    for (const double p : {0.95, 0.999}) {
+      EXPECT_NEAR(FSDistFun::CdfChi(FSDistFun::IdfChi(p, df), df) / p, 1.0, 2e-5) << p << df;
+    }
+  }
+  for (const double b : {0.05, 0.3, 4.0}) {
+    long error = 0;
+    const double x = FSDistFun::betinv(0.3, 0.5, b, error);
+    EXPECT_NEAR(FSDistFun::cdfbet(x, 0.5, b, error), 0.3, 1e-6) << b;
+    EXPECT_EQ(error, 0);
   }
 }
 

@@ -236,6 +236,40 @@ TEST(Merging, OnlyDataPassesAreMerged) {
   EXPECT_EQ(component->GetStatus().GetErrorCode(), 1);
 }
 
+// Components may share their settings, which then tell the same whatever each had been told before.
+TEST(Merging, ComponentsOfOtherSettingsBeforeAreRefusedByWhatTheyHold) {
+  const Table table = {{0, 1, 0, 1}, {0, 1, 0, 1}, {0, 1, 1, 0}};
+  const struct {
+    void (*fChange)(FSSettings&);
+    MCFeature::MergeObstacle fObstacle;
+    std::int64_t fPredictor;
+  } cases[] = {
+      {[](FSSettings& s) { s.SetTargetPosition(-1); }, MCFeature::kTargetColumn, 0},
+      {[](FSSettings& s) { s.SetPredictorType(1, false); }, MCFeature::kPredictorType, 1},
+      {[](FSSettings& s) { s.AddPredictor(true); }, MCFeature::kNPredictors, 0},
+  };
+  for (const auto& c : cases) {
+    FSSettings settings(2, true, true);
+    const auto component = Accumulated(settings, table);
+    c.fChange(settings);
+    const auto other = NewComponent(settings);
+    Table wider = table;
+    wider.push_back(table.back());
+    BlocksOf source(wider, 4);
+    ASSERT_TRUE(other->Accumulate(source, -1).IsOK());
+    EXPECT_EQ(component->Merge(*other, nullptr), MCFeature::CannotMerge(c.fObstacle, c.fPredictor));
+  }
+  // A second pass into a component that has lost a predictor already.
+  FSSettings settings(2, true, true);
+  const Table constant = {{0, 1, 0, 1}, {0, 1, 0, 1}, {1, 1, 1, 1}};
+  const auto removed = Accumulated(settings, constant), whole = Accumulated(settings, constant);
+  EXPECT_TRUE(removed->CheckPredAllMissConst().IsOK());
+  BlocksOf again(constant, 4);
+  ASSERT_TRUE(removed->Accumulate(again, -1).IsOK());
+  EXPECT_EQ(whole->Merge(*removed, nullptr), MCFeature::CannotMerge(MCFeature::kStage));
+  EXPECT_EQ(removed->Merge(*whole, nullptr), MCFeature::CannotMerge(MCFeature::kStage));
+}
+
 TEST(Merging, CategoriesWithoutATranslationAreRefused) {
   FSSettings settings(2, true, true);
   const auto component = Accumulated(settings, {{0, 1, 0, 1}, {0, 1, 0, 1}, {0, 0, 1, 1}});

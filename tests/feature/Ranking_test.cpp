@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <random>
+#include <sstream>
 #include <vector>
 
 #include "common/MissingValue.h"
@@ -391,6 +392,48 @@ TEST(FSSettings, ASetOfContinuousPredictorsStaysSoWhenOneBecomesCategorical) {
   EXPECT_EQ(settings.GetTypeAllPredictors(), kAllCategorical);
   settings.SetPredictorType(2, false);
   EXPECT_EQ(settings.GetTypeAllPredictors(), kMixed);
+  settings.AddPredictor(false);
+  settings.SetPredictorType(2, true);
+  EXPECT_EQ(settings.GetTypeAllPredictors(), kMixed);
+  settings.SetPredictorType(0, 2, false);
+  EXPECT_EQ(settings.GetTypeAllPredictors(), kAllContinuous);
+  EXPECT_EQ(FSSettings(0, true, true).GetTypeAllPredictors(), kAllCategorical);
+  EXPECT_EQ(FSSettings(-1, false, true).GetTypeAllPredictors(), kAllContinuous);
+}
+
+TEST(FSSettings, PassOverWhatIsOutOfRange) {
+  using S = FSSettings;
+  void (*const changes[])(S&) = {
+      [](S& s) { s.SetPredictorType(-1, true); },
+      [](S& s) { s.SetPredictorType(2, true); },
+      [](S& s) { s.SetPredictorType(-1, 1, true); },
+      [](S& s) { s.SetPredictorType(1, 0, true); },
+      [](S& s) { s.SetPredictorType(0, 2, true); },
+      [](S& s) { s.SetNSkippedRecordReports(-1); },
+      [](S& s) { s.SetNSkippedPredictorReports(-1); },
+      [](S& s) { s.SetCaseIDPosition(-1); },
+      [](S& s) { s.SetMinVariation(-0.5); },
+      [](S& s) { s.SetMinStddev(std::nan("")); },
+      [](S& s) { EXPECT_FALSE(s.SetCriterion(static_cast<RankCriteria>(kNCriteria), true)); },
+  };
+  const auto shown = [](const S& settings) {
+    std::ostringstream out;
+    settings.Display(out);
+    return out.str();
+  };
+  const S before({true, false}, true);
+  for (const auto& change : changes) {
+    S settings = before;
+    change(settings);
+    EXPECT_EQ(shown(settings), shown(before)) << &change - changes;
+  }
+  S settings = before;
+  settings.SetNThreads(0);
+  EXPECT_EQ(settings.GetNThreads(), before.GetNThreads());
+  for (const int outside : {-1, 9}) {
+    EXPECT_FALSE(before.IsCatPredictor(outside));
+    EXPECT_FALSE(before.GetCriterion(static_cast<RankCriteria>(outside)));
+  }
 }
 
 TEST(FSSettings, DefaultSizeAndThresholdsKeepTheirBounds) {

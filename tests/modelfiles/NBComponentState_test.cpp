@@ -232,6 +232,7 @@ TEST(ComponentState, HoldsTheCalibration) {
                {NBCalibration::ByTemperature(-1), false},
                {NBCalibration::ByCurves(Curves{{{0.1, 0.1 + 0.2}, {0, 1}}}), true},
                {NBCalibration::ByCurves(Curves{}), false},
+               {NBCalibration::ByCurves(Curves(9, {{0.2}, {0.5}})), false},
                {NBCalibration::ByCurves(Curves{{{}, {}}}), false},
                {NBCalibration::ByCurves(Curves{{{0.2, 0.2}, {0, 1}}}), false},
                {NBCalibration::ByCurves(Curves{{{0.2, 0.4}, {0.5, 0.4}}}), false},

@@ -235,6 +235,18 @@ TEST(NBState, RefusesWhatIsNoStateOfTheClass) {
   ExpectRefused(twice, values, "Error reading NBCatNumEncoder!\n");
   const std::string list = Binary(MakeList());
   ExpectRefused(NBVarList(), changed(list, list.size() - 8, 1), "Error reading NBVarList!\n");
+  MCNaive::NBMemoryIter records(1, 5);
+  for (const double x : {1.0, 2.0, 3.0}) records.AddRecord(MCCommon::Record(std::vector{x}));
+  const std::string kept = Binary(records);
+  constexpr std::size_t kCapacity = 3, kCurrent = 11;  // behind the tag
+  ExpectRefused(MCNaive::NBMemoryIter(1, 1), changed(kept, kCapacity, 2),
+                "Error reading NBMemoryIter!\n");
+  ExpectRefused(MCNaive::NBMemoryIter(1, 1), changed(kept, kCurrent, 4),
+                "Error reading NBMemoryIter!\n");
+  using MCNaiveBayes::MCRandom;
+  const std::string drawn = Binary(MCRandom(1, true, true, nullptr));
+  ExpectRefused(MCRandom(1, true, true, nullptr), changed(drawn, drawn.size() - 4, 1),
+                "Error reading MCRandom!\n");
 }
 
 }  // namespace

@@ -196,6 +196,35 @@ TEST(CrossValidationRuns, AreTheSameWithAnyInstructionsThreadsAndLanesBesideThem
   });
 }
 
+TEST(CrossValidationRuns, ACancelAtAnyPollEndsThem) {
+  class CancelAt : public MCQueryCancel {
+   public:
+    bool IsCancel() override { return --fLeft < 0; }
+    int fLeft = 0;
+  } cancel;
+  const Trial trial{2, false};
+  const std::vector<Record> records = MakeRecords(trial, 60);
+  NaiveBayesSettings settings;
+  settings.SetMaxRecordsInMemory(1000);
+  settings.SetCancelPointer(&cancel);
+  for (int poll = 0;; ++poll) {
+    cancel.fLeft = poll;
+    NBAlgorithm algorithm(settings, MakeList(trial));
+    TestRecords source(records);
+    NBCrossValidation validation{.fNFolds = 3};
+    NBSelectionResult result;
+    const auto status = algorithm.SelectAttributes(
+        {.fData = source, .fNRecords = 60, .fSize = 3, .fpValidation = &validation}, result);
+    if (cancel.fLeft >= 0) {
+      EXPECT_TRUE(status.IsOK());
+      EXPECT_EQ(validation.fvRuns.size(), 3U);
+      break;
+    }
+    ASSERT_EQ(status, MCNaive::Error(MCNaive::kCancelled)) << poll;
+    EXPECT_FALSE(algorithm.IsModelBuilt());
+  }
+}
+
 TEST(CrossValidationRuns, StayEmptyWhereTheyCannotBe) {
   const Trial trial{2, false};
   NBCrossValidation validation{.fNFolds = 100};

@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <sstream>
 
 #include "common/MissingValue.h"
@@ -264,6 +265,58 @@ TEST(NBVarList, NamesConstantAndEmptyVariablesInUse) {
   list.SetVariableRole(1, INBVariable::kUnused);
   list.SetVariableRole(3, INBVariable::kUnused);
   EXPECT_TRUE(list.IsValidList(constant, empty, false));
+}
+
+TEST(Encoders, KnowTheirValuesAndNoOthers) {
+  NBStringEncoder texts({"a", "b"});
+  auto missing = std::make_unique<NBStringUserMissing>();
+  missing->AddDiscreteValue("b", "");
+  texts.SetUserMissingInfo(std::move(missing));
+  EXPECT_EQ(texts.Encode("b"), -1) << "declared missing";
+  EXPECT_EQ(texts.EncodeConst("a"), 0);
+  EXPECT_EQ(texts.EncodeConst("b"), -1);
+  EXPECT_EQ(texts.EncodeConst("c"), -1);
+  EXPECT_EQ(texts.Encode("c"), 2);
+  NBCatNumEncoder numbers(std::vector<double>{5.0});
+  auto range = std::make_unique<NBNumericUserMissing>();
+  range->SetInterval(NBNumericInterval(7.0, 9.0));
+  numbers.SetUserMissingInfo(std::move(range));
+  EXPECT_EQ(numbers.Encode(8.0), -1);
+  EXPECT_EQ(numbers.Encode(9.5), 1);
+  for (const long none : {-1L, 9L}) {
+    EXPECT_EQ(texts.Decode(none), nullptr);
+    EXPECT_EQ(numbers.Decode(none), kMissing);
+  }
+}
+
+TEST(UserMissing, IsEqualWhereItsValuesAre) {
+  const auto numeric = [](std::vector<double> values, double low, double high) {
+    auto missing = std::make_unique<NBNumericUserMissing>();
+    for (const double value : values) missing->AddDiscreteValue(value, "");
+    if (low <= high) missing->SetInterval(NBNumericInterval(low, high));
+    return missing;
+  };
+  const auto text = [](const char* value) {
+    auto missing = std::make_unique<NBStringUserMissing>();
+    missing->AddDiscreteValue(value, "");
+    return missing;
+  };
+  const auto make = [&] {
+    std::vector<std::unique_ptr<INBUserMissing>> all;
+    all.push_back(numeric({1, 2}, 1, 0));
+    all.push_back(numeric({1}, 1, 0));
+    all.push_back(numeric({1}, 7, 9));
+    all.push_back(numeric({1}, 7, 8));
+    all.push_back(text("1"));
+    all.push_back(text("2"));
+    return all;
+  };
+  const auto all = make(), again = make();
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    for (std::size_t j = 0; j < all.size(); ++j) {
+      EXPECT_EQ(all[i]->IsEqualTo(again[j].get()), i == j) << i << j;
+    }
+  }
 }
 
 }  // namespace

@@ -552,9 +552,59 @@ TEST(Laws, BinsOfARangeThatNoDoubleHoldsAreStillBins) {
   EXPECT_EQ(high.GetBinningCutpoints()[2], kHighest / 2 + 3 * (kHighest / 8));
 }
 
+TEST(Laws, ListsKnowTheirTargetAndWeightByWhatIsInThem) {
+  NBVarList list;
+  list.AddCatVar("x", "", 3, INBVariable::kNumericCategorical, INBVariable::kInput);
+  list.AddWeightVar("w", "", INBVariable::kAsIs);
+  list.AddCatVar("y", "", 2, INBVariable::kNumericCategorical, INBVariable::kOutput);
+  list.AddContVar("c", "", 0, 1, 5, INBVariable::kInput);
+  std::vector<std::string> inputs;
+  std::string target;
+  list.GetVarNames(inputs, target);
+  EXPECT_THAT(inputs, testing::ElementsAre("x", "c"));
+  EXPECT_EQ(target, "y");
+  EXPECT_EQ(list.GetNInputCats(), 8);
+  list.RemoveVar(-1);
+  list.RemoveVar(4);
+  list.RemoveVar("none");
+  EXPECT_EQ(list.Size(), 4);
+  list.RemoveVar("x");
+  EXPECT_EQ(list.GetWeightIndex(), 0);
+  EXPECT_EQ(list.GetTargetIndex(), 1);
+  list.SetVariableRole(1, INBVariable::kInput);
+  list.GetVarNames(inputs, target);
+  EXPECT_EQ(target, "");
+  EXPECT_EQ(list.GetNOutputCats(), 0);
+  list.SetVariableRole(1, INBVariable::kOutput);
+  EXPECT_EQ(list.GetTargetIndex(), 1);
+  list.SetVariableRole(0, INBVariable::kFrequencyWeight);
+  EXPECT_EQ(list.GetWeightIndex(), 0);
+  NBVarList other, level;
+  other.AddWeightVar("u", "", INBVariable::kAsIs);
+  level.AddContVar("w", "", 0, 1, 5, INBVariable::kInput);
+  for (NBVarList* different : {&other, &level}) {
+    different->AddCatVar("y", "", 2, INBVariable::kNumericCategorical, INBVariable::kOutput);
+    different->AddContVar("c", "", 0, 1, 5, INBVariable::kInput);
+    int differing = -1;
+    EXPECT_FALSE(list.CanMergeWith(*different, differing));
+    EXPECT_EQ(differing, 0);
+  }
+  // Bins that are there stay, unless they are to be replaced.
+  for (const bool replace : {false, true}) {
+    list.SetupContEncoders(9, replace);
+    EXPECT_EQ(list.GetVarAt(2)->GetNumberOfCategories(), replace ? 9 : 5);
+  }
+}
+
 TEST(Laws, ListsRefuseWhatCannotBe) {
   NBVarList list;
   EXPECT_EQ(list.AddContVar("c", "", {2, 1}, INBVariable::kInput), -1);
+  EXPECT_EQ(list.AddContVar("c", "", {1, 2}, INBVariable::kOutput), -1);
+  EXPECT_EQ(list.AddContVar("c", "", 0, 1, 5, INBVariable::kOutput), -1);
+  const std::vector<std::string> twice = {"a", "a"};
+  EXPECT_EQ(list.AddCatVar("x", "", {1.0, 1.0}, {"a", "b"}, INBVariable::kInput), -1);
+  EXPECT_EQ(list.AddCatVar("x", "", twice, INBVariable::kInput), -1);
+  EXPECT_EQ(list.AddCatVar("x", "", twice, {"a", "b"}, INBVariable::kInput), -1);
   EXPECT_EQ(
       list.AddCatVar("w", "", 2, INBVariable::kNumericCategorical, INBVariable::kFrequencyWeight),
       0);

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <fstream>
 #include <functional>
+#include <initializer_list>
 #include <memory>
 #include <numeric>
 #include <random>
@@ -13,6 +14,7 @@
 #include "naivebayes/NBFactory.h"
 #include "naivebayes/StatusMessages.h"
 #include "naivebayes/model/NBScaledProducts.h"
+#include "naivebayes/model/NBScoredBlock.h"
 #include "naivebayes/model/NBScoring.h"
 #include "naivebayes/store/BinaryRecordIterator.h"
 #include "tests/naivebayes/TestRecords.h"
@@ -383,6 +385,53 @@ TEST(Model, ACancelOfAQueryEndsWithTheQuery) {
   algorithm.Cancel();
   EXPECT_EQ(algorithm.ComputeOutputStats(source, stats, -1), MCNaive::Error(MCNaive::kCancelled));
   EXPECT_EQ(algorithm.ComputeOutputStats(source, stats, -1), MCNaive::Error(MCNaive::kCancelled));
+}
+
+TEST(Model, EachOperationSaysWhyItCannotBeDone) {
+  class OnePass : public TestRecords {
+   public:
+    using TestRecords::TestRecords;
+    bool NewPass() override { return false; }
+  };
+  const auto data = RandomData::Make(50, 1);
+  TestRecords source(data);
+  NBOutputStatistics stats(3);
+  NBOutput output(3);
+  NBScoredBlock scored;
+  MCCommon::RecordBlock narrow;
+  narrow.Reset(1, 1);
+  narrow.SetColumn(0, &data[0].GetAll()[0]);
+  const auto error = [](MCNaive::StatusCode code) { return MCNaive::Error(code); };
+  NBAlgorithm empty = MakeEmpty(), model = MakeEmpty(), same = MakeEmpty();
+  EXPECT_EQ(empty.ComputeOutputStats(source, stats, -1), error(MCNaive::kNoPreparator));
+  ASSERT_TRUE(model.BuildModel(source, 50).IsOK());
+  ASSERT_TRUE(same.BuildModel(source, 50).IsOK());
+  EXPECT_EQ(model.ComputeOutputStats(source, stats, 0), error(MCNaive::kNoRecordsToProcess));
+  EXPECT_EQ(model.ScoreBlock(narrow, scored), error(MCNaive::kWrongRecordSize));
+  EXPECT_EQ(model.ScoreAndAccumBlock(narrow, scored, {1}), error(MCNaive::kWrongRecordSize));
+  TestRecords shorter({Record(1), Record(1)}), failing(data);
+  failing.fFailAt = 7;
+  OnePass once(data);
+  EXPECT_EQ(model.ComputeOutputStats(shorter, stats, -1), error(MCNaive::kWrongRecordSize));
+  EXPECT_EQ(model.ComputeOutputStats(failing, stats, -1), error(MCNaive::kSourceFailed));
+  EXPECT_EQ(model.ComputeOutputStats(once, stats, -1), error(MCNaive::kSourceFailed));
+  for (const INBAlgorithm* other :
+       std::initializer_list<const INBAlgorithm*>{nullptr, &empty, &model}) {
+    EXPECT_EQ(model.MergeModel(other, true).GetErrorCode(), MCNaive::kModelsDiffer);
+  }
+  EXPECT_EQ(empty.MergeModel(&model, true).GetErrorCode(), MCNaive::kModelsDiffer);
+  ASSERT_TRUE(model.MergeModel(&same, true).IsOK());
+  // What has failed stays so.
+  OnePass oneMore(data);
+  EXPECT_EQ(model.BuildModel(oneMore, 50), error(MCNaive::kSourceFailed));
+  EXPECT_EQ(empty.BuildModel(source, 0), error(MCNaive::kNoRecordsToProcess));
+  const auto failed = error(MCNaive::kSourceFailed);
+  EXPECT_EQ(model.BuildModel(source, 50), failed);
+  EXPECT_EQ(model.Update(source, 50), failed);
+  EXPECT_EQ(model.MergeModel(&same, true), failed);
+  EXPECT_EQ(model.ScoreFullRecord(data[0], output), failed);
+  EXPECT_EQ(model.ScoreBlock(narrow, scored), failed);
+  EXPECT_EQ(model.ComputeOutputStats(source, stats, -1), failed);
 }
 
 TEST(Model, TiesGoToTheLargerCountButNeverBeforeTheSecondTie) {

@@ -8,6 +8,7 @@
 #include "naivebayes/store/NBInternalAdapter.h"
 #include "naivebayes/store/NBMemoryIter.h"
 #include "naivebayes/store/NBMemoryStore.h"
+#include "naivebayes/store/NBRecordStore.h"
 #include "tests/naivebayes/TestRecords.h"
 
 namespace {
@@ -125,6 +126,50 @@ TEST_F(Preparation, ALimitCountsAcceptedRecordsAndLeavesTheRestInTheSource) {
   EXPECT_EQ(excluded, all.GetExcludedCount());
 }
 
+TEST_F(Preparation, AReaderKnowsWhetherItHasReadToTheEnd) {
+  using MCCommon::RecordIterator;
+  const auto data = RandomData::Make(20, 12);
+  TestRecords whole(data), failing(data);
+  NBInternalAdapter all(whole, -1, fPreparator);
+  EXPECT_NE(all.NextRecord(), nullptr);
+  EXPECT_EQ(all.GetFailReason(), RecordIterator::kSuccess);
+  ReadAll(all);
+  EXPECT_EQ(all.GetFailReason(), RecordIterator::kNoRecords);
+  failing.fFailAt = 9;
+  NBInternalAdapter part(failing, -1, fPreparator);
+  ReadAll(part);
+  EXPECT_EQ(part.GetFailReason(), RecordIterator::kReadError);
+}
+
+TEST_F(Preparation, WithoutAWeightEachCaseCountsOnce) {
+  NBVarList list;
+  list.AddCatVar("y", "", 3, INBVariable::kNumericCategorical, INBVariable::kOutput);
+  list.AddCatVar("x", "", 4, INBVariable::kNumericCategorical, INBVariable::kInput);
+  NBDataPreparator preparator(list, false, 1000, fCancel);
+  Record processed(9);
+  double weight = 0.0;
+  EXPECT_TRUE(
+      preparator.ProcessRecord(Record(std::vector<double>{2, 3}), processed, weight).IsOK());
+  EXPECT_EQ(processed.GetAll(), (std::vector<double>{2, 3}));
+  EXPECT_EQ(weight, 1.0);
+  std::vector<std::int32_t> inputs;
+  EXPECT_EQ(preparator.ProcessInputs(Record(2), inputs).GetErrorCode(), MCNaive::kWrongRecordSize);
+  TestRecords source({Record(std::vector<double>{2, 3})});
+  NBInternalAdapter adapter(source, -1, preparator);
+  EXPECT_EQ(ReadAll(adapter), (std::vector<std::vector<double>>{{2, 3}}));
+}
+
+// Processed records that a caller hands over may hold cases that do not count.
+TEST(NBRecordStore, TakesCasesWithATargetAndAWeightAlone) {
+  const auto record = [](double target, double weight) {
+    return Record(std::vector<double>{target, weight, 1.0});
+  };
+  TestRecords source({record(0, 2), record(-1, 2), record(1, 0), record(1, -3),
+                      record(1, MCMV::gMissingValue), record(1, 0.5)});
+  NBRecordStore store(source, 1, true);
+  EXPECT_EQ(ReadCodes(store), (std::vector<std::vector<double>>{{0, 2, 1}, {1, 0.5, 1}}));
+}
+
 TEST_F(Preparation, ARecordTooShortOrATargetTooHighIsAnError) {
   Record processed;
   double weight;
@@ -152,11 +197,14 @@ TEST(NBMemoryIter, TakesNoMoreThanItsCapacityOrTheLimit) {
   TestRecords source(records);
   MCNaive::NBMemoryIter store(1, 6);
   EXPECT_EQ(store.FillBuffer(source, 4), 4);
+  EXPECT_EQ(store.GetFailReason(), MCCommon::RecordIterator::kSuccess);
   EXPECT_EQ(store.FillBuffer(source, 100), 2);
   EXPECT_FALSE(store.AddRecord(records[0]));
   EXPECT_EQ(store.GetCount(), 6);
   EXPECT_EQ(ReadAll(store).back(), std::vector<double>{5});
   EXPECT_FALSE(store.HasMore());
+  EXPECT_EQ(store.GetFailReason(), MCCommon::RecordIterator::kNoRecords);
+  EXPECT_EQ(MCNaive::NBMemoryIter(1, 6).FillBuffer(source, 100), 4) << "what is left";
 }
 
 }  // namespace

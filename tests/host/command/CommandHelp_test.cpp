@@ -29,6 +29,9 @@ CommandDescriptor Sample() {
                             .setLowerBoundary(1.0, Param::kLowerInclusive)
                             .addStringValue("AUTO")
                             .setDefault("AUTO"))
+          .addParamDesc(Param("SHIFT", Param::kNumber, "By."))
+          .addParamDesc(
+              Param("TOP", Param::kNumber, "Most.").setUpperBoundary(5.0, Param::kUpperInclusive))
           .addParamDesc(
               Param("SAVE", Param::kNewNames, "Ranks.").setDefault(25.0).setDefault("R")));
   return command;
@@ -37,14 +40,16 @@ CommandDescriptor Sample() {
 TEST(CommandHelp, ShowsTheSyntaxAsItIsTyped) {
   EXPECT_EQ(MCHost::CommandSyntax(Sample()),
             "SORT variable [(MLEVEL=N|S)] [BY variables]\n"
-            "  [/LIMIT [PCT=number] [SIZE=n|AUTO] [SAVE[(root:n)]]].\n");
+            "  [/LIMIT [PCT=number] [SIZE=n|AUTO] [SHIFT=number] [TOP=number]\n"
+            "      [SAVE[(root:n)]]].\n");
 }
 
 TEST(CommandHelp, TellsOfEveryParameterWhatItTakesAndItsDefault) {
   EXPECT_EQ(MCHost::CommandHelpText(Sample()),
             "SORT: Sorts cases.\n\n"
             "SORT variable [(MLEVEL=N|S)] [BY variables]\n"
-            "  [/LIMIT [PCT=number] [SIZE=n|AUTO] [SAVE[(root:n)]]].\n\n"
+            "  [/LIMIT [PCT=number] [SIZE=n|AUTO] [SHIFT=number] [TOP=number]\n"
+            "      [SAVE[(root:n)]]].\n\n"
             "SORT: What by.\n"
             "    (dependent): The key. Takes a variable name.\n"
             "    MLEVEL: Its level. Takes N or S.\n"
@@ -52,6 +57,8 @@ TEST(CommandHelp, TellsOfEveryParameterWhatItTakesAndItsDefault) {
             "/LIMIT: How far.\n"
             "    PCT: Percent. Takes a number above 0 and at most 100. Default 0.1.\n"
             "    SIZE: Cases. Takes a whole number of at least 1, or AUTO. Default AUTO.\n"
+            "    SHIFT: By. Takes a number.\n"
+            "    TOP: Most. Takes a number of at most 5.\n"
             "    SAVE: Ranks. Takes a root name, a colon and a count. Default R:25.\n");
   const std::string markdown = MCHost::CommandHelpMarkdown(Sample());
   EXPECT_NE(markdown.find("| `SIZE` | a whole number of at least 1, or AUTO | AUTO | Cases. |\n"),

@@ -48,6 +48,16 @@ TEST_F(VarSpecObjTest, GivesUpRatherThanMakeANameThatIsTooLong) {
   EXPECT_EQ(NameFrom(longest), "none");
 }
 
+TEST_F(VarSpecObjTest, GivesUpAfterAThousandNamesThatAreTaken) {
+  fHost.fTable.Add("p_1", 0, KOVA_Variable::kScale);
+  for (int i = 1; i <= 1000; ++i) {
+    fHost.fTable.Add("species_" + std::to_string(i), 0, KOVA_Variable::kScale);
+    fHost.fTable.Add("p_" + std::to_string(i) + "_1", 0, KOVA_Variable::kScale);
+  }
+  EXPECT_EQ(NameFrom("species"), "none");
+  EXPECT_EQ(NamesFrom("p", 1), "none");
+}
+
 TEST_F(VarSpecObjTest, TakesAVariableOfTheHostOnlyIfItFitsTheRole) {
   VarSpecObj weight("", "WEIGHT", fCommand, fSource, true);
   EXPECT_TRUE(weight.ValidateVariable(2));
