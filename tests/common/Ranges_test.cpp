@@ -89,8 +89,8 @@ TEST(Ranges, OfPartsInAnyOrderAreThoseOfAllCells) {
   Cells many(22), more;
   std::iota(many.begin(), many.end(), 100);
   more = {121, 122, kUserMissing};
-  const std::vector<Cells> few = {
-      {3, 1, kMissing, 3}, {}, {-2}, {1, kUserMissing, 9, 3}, {kMissing}, {9, 12, -2}, {3, 1}};
+  const std::vector<Cells> few = {{3, 1, kMissing, 3}, {},          {-2},  {1, kUserMissing, 9, 3},
+                                  {kMissing},          {9, 12, -2}, {3, 1}};
   std::vector<Cells> fewer = {many, more, {100}};
   std::vector<Cells> enough = {many, {121}, {kUserMissing, 122}, {123}};
   for (const Kind kind : {Kind::kNumbers, Kind::kFoundLevel, Kind::kTexts}) {
@@ -176,7 +176,8 @@ TableRanges TableOf(const std::vector<PartSize>& parts) {
   TableRanges table;
   table.fWeight = "w";
   const auto number = static_cast<std::size_t>(parts.front().fPart);
-  table.fColumns = {RangeOf({{3, 1}}, Kind::kNumbers, number), RangeOf({{2}}, Kind::kTexts, number)};
+  table.fColumns = {RangeOf({{3, 1}}, Kind::kNumbers, number),
+                    RangeOf({{2}}, Kind::kTexts, number)};
   table.fColumns[1].fDictionary.fName = "second";
   table.fParts = parts;
   return table;
@@ -232,8 +233,8 @@ TEST(Ranges, OfATableComeBackFromTheirBytes) {
   EXPECT_EQ(read.fParts, table.fParts);
   EXPECT_EQ(read.fColumns[0].fDictionary.fLabel, "label");
   EXPECT_EQ(read.Digest(), table.Digest());
-  for (const PartSize& bad : {PartSize{-1, 0}, PartSize{TableRanges::kMostParts, 0},
-                              PartSize{1, -1}, PartSize{999, 1}}) {
+  for (const PartSize& bad :
+       {PartSize{-1, 0}, PartSize{TableRanges::kMostParts, 0}, PartSize{1, -1}, PartSize{999, 1}}) {
     TableRanges damaged = table;
     damaged.fParts.insert(bad.fPart < 1 ? damaged.fParts.begin() : damaged.fParts.end(), bad);
     EXPECT_FALSE(StateBytes::To(StateBytes::Of(damaged), read)) << bad.fPart;

@@ -193,6 +193,14 @@ TEST(Effects, OfThePerfectTheConstantAndTheFewHaveNoInterval) {
   EXPECT_EQ(separated.fOmegaSquared, 1.0);
   EXPECT_EQ(separated.fLogP, -infinity);
   EXPECT_EQ(separated.fStatistic, kMissing);
+  for (const double slope : {2.0, -2.0}) {
+    const FSEffect line =
+        EffectOf({{1, 2, 3, 4}, {slope, 2 * slope, 3 * slope, 4 * slope}}, false, false);
+    EXPECT_EQ(line.fSize, slope / 2.0);
+    EXPECT_EQ(line.fLogP, -infinity);
+    EXPECT_EQ(line.fStatistic, kMissing);
+    EXPECT_EQ(FSEffects::IntervalOf(line, 0.95).fHigh, kMissing);
+  }
   const FSEffect few = EffectOf({{1, 2, 4}, {1, 3, 3.5}}, false, false);
   EXPECT_NE(few.fSize, kMissing);
   for (const FSEffect& effect : {separated, few, FSEffect()}) {

@@ -1,5 +1,5 @@
-// Calibrations against their definitions: the slope of the log-loss, the min-max formula of isotonic
-// regression, and models that are trained anew without a fold.
+// Calibrations against their definitions: the slope of the log-loss, the min-max formula of
+// isotonic regression, and models that are trained anew without a fold.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
