@@ -201,6 +201,13 @@ TEST(Effects, OfThePerfectTheConstantAndTheFewHaveNoInterval) {
     EXPECT_EQ(line.fStatistic, kMissing);
     EXPECT_EQ(FSEffects::IntervalOf(line, 0.95).fHigh, kMissing);
   }
+  // A straight line whose values are so large that they are rounded.
+  Table rounded(2);
+  for (int i = 0; i < 20; ++i) {
+    rounded[0].push_back(1e9 + i);
+    rounded[1].push_back(rounded[0].back() / 3.0);
+  }
+  EXPECT_EQ(EffectOf(rounded, false, false).fLogP, -infinity);
   const FSEffect few = EffectOf({{1, 2, 4}, {1, 3, 3.5}}, false, false);
   EXPECT_NE(few.fSize, kMissing);
   for (const FSEffect& effect : {separated, few, FSEffect()}) {

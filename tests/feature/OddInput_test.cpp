@@ -71,7 +71,7 @@ TEST(OddInput, TheUnitOfTheValuesChangesNoDigit) {
   for (const bool catTarget : {true, false}) {
     const Table table = RandomTable(700, catTarget, 51);
     std::vector<double> expected;
-    for (const int exponent : {0, -1000, -665, 665, 1000}) {
+    for (const int exponent : {0, -1000, -665, 397, 665, 1000}) {
       const Component run(SettingsFor(catTarget));
       EXPECT_TRUE(run.Accumulate(InUnits(table, catTarget, exponent)).IsOK());
       EXPECT_TRUE(run->ScreenAndRank(true, 0).IsOK());
@@ -257,6 +257,8 @@ TEST(OddInput, TransactionsCountTheirTargetAndNameAnyCase) {
   const Component run(settings);
   EXPECT_TRUE(run.Accumulate({{1, 1, 2}, {0, 1, 0}, {0, 1, 1}, {3, 3, 4}}).IsOK());
   EXPECT_EQ(run->GetNTargetCategories(), 2);
+  EXPECT_EQ(run->GetTargetCategoryCount(1), 1);
+  EXPECT_EQ(run->GetTargetCategoryCount(2), 0);
   const auto status = run.Accumulate({{5e9, 5e9}, {1, 0}, {0, 1}, {3, 3}});
   EXPECT_EQ(status.GetErrorCode(), 80007);
   EXPECT_EQ(status.GetDiscreteDatum(2), 5000000000);
