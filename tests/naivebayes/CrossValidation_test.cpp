@@ -8,6 +8,7 @@
 
 #include "common/evaluation/EvaluationCounter.h"
 #include "naivebayes/NBAlgorithm.h"
+#include "naivebayes/NBLoops.h"
 #include "naivebayes/store/NBCodeBuffer.h"
 #include "naivebayes/validation/NBCrossValidation.h"
 #include "naivebayes/validation/NBFoldModel.h"
@@ -212,6 +213,19 @@ TEST(CrossValidationFolds, FillTheirEmptyBinsFromTheNearest) {
     fold.Finish(view);
     EXPECT_EQ(fold.BinsOf(0), bins) << testing::PrintToString(empty);
   }
+}
+
+TEST(CrossValidationLanes, KeepOddsWithinTheirLimits) {
+  const std::vector<double> before = {1e-6, 1e-3, 1, 2, 1e3, 1e6, 0, 3};
+  const std::vector<double> factors = {1e-6, 1e-6, 1e-9, 0.5, 1e6, 1e4, 7, 1e-4};
+  const std::vector<double> expected = {0, 1e-9, 1e-9, 1, 1e8, 1e8, 0, 3e-4};
+  const std::size_t first = 0;
+  MCTest::ForEachInstructionSet([&] {
+    std::vector<double> odds = before;
+    NBLoops::InUse().fMultiplyOdds(1, {factors.data(), nullptr, 1, 8}, &first, &first, 5e-10, 1e8,
+                                   odds.data());
+    EXPECT_THAT(odds, testing::Pointwise(testing::DoubleNear(1e-15), expected));
+  });
 }
 
 TEST(CrossValidationRuns, AreTheSameWithAnyInstructionsThreadsAndLanesBesideThem) {
