@@ -143,7 +143,7 @@ class Test:
                                    preexec_fn=lambda: limit(time_limit), stdout=subprocess.DEVNULL,
                                    stderr=subprocess.DEVNULL, start_new_session=True)
             try:
-                code = run.wait(10 * time_limit)
+                code = run.wait(5 * time_limit)
             except subprocess.TimeoutExpired:
                 os.killpg(run.pid, signal.SIGKILL)
                 run.wait()
