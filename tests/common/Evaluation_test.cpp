@@ -241,10 +241,10 @@ TEST(Evaluation, OfFewCasesOrOneClassTellsWhatThereIsToTell) {
       probabilities[1] = 1 - probabilities[0];
       counter.Add(observed[i], predicted.empty() ? 0 : predicted[i], probabilities, 1);
     }
-    return counter.Find(std::vector<double>(model, 1.0 / static_cast<double>(model))).fMeasures;
+    return counter.Find(std::vector<double>(model, 1.0 / static_cast<double>(model)));
   };
-  const auto at = [](const MCCommon::Measures& measures, Measure measure) {
-    return measures[static_cast<std::size_t>(measure)];
+  const auto at = [](const MCCommon::Evaluation& found, Measure measure) {
+    return found.fMeasures[static_cast<std::size_t>(measure)];
   };
   ExpectNear(at(evaluated(2, {0, 0}), Measure::kLogLoss), MeanOf({-std::log(0.6), -std::log(0.7)}),
              "two cases");
@@ -254,7 +254,9 @@ TEST(Evaluation, OfFewCasesOrOneClassTellsWhatThereIsToTell) {
       {2, {2, 2}, "one class, which the model does not know"},
       {kMany, {0, 1}, "more classes than areas are found of"}};
   for (const auto& [model, observed, what] : withoutArea) {
-    EXPECT_TRUE(MCMV::IsMissing(at(evaluated(model, observed), Measure::kAUC).fValue)) << what;
+    const MCCommon::Evaluation found = evaluated(model, observed);
+    EXPECT_TRUE(MCMV::IsMissing(at(found, Measure::kAUC).fValue)) << what;
+    EXPECT_TRUE(MCMV::IsMissing(found.fClasses[0].fAUC.fValue)) << what;
   }
   const Estimate wrong = ByDifferences(Matthews, {{1, 2}, {1, 0}});
   EXPECT_EQ(wrong.fLow, -1);

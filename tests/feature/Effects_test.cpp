@@ -204,7 +204,7 @@ TEST(Effects, OfThePerfectTheConstantAndTheFewHaveNoInterval) {
   // A straight line whose values are so large that they are rounded.
   Table rounded(2);
   for (int i = 0; i < 20; ++i) {
-    rounded[0].push_back(1e9 + i);
+    rounded[0].push_back(1e11 + i);
     rounded[1].push_back(rounded[0].back() / 3.0);
   }
   EXPECT_EQ(EffectOf(rounded, false, false).fLogP, -infinity);

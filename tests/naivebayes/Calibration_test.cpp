@@ -137,12 +137,14 @@ void ExpectIsotonic(const Curve& curve, std::vector<Case> cases, std::size_t k) 
   }
 }
 
-void ExpectByDefinition(const NBCalibrator& calibrator, const std::vector<Case>& cases) {
+void ExpectByDefinition(const NBCalibrator& calibrator, const std::vector<Case>& cases,
+                        bool isOfUse = true) {
   const std::size_t classes = cases.front().fPosteriors.size();
   EXPECT_EQ(calibrator.GetNCases(), cases.size());
-  const double temperature = TemperatureOf(cases);
-  EXPECT_NEAR(calibrator.Fit(NBCalibration::kTemperature).GetTemperature(), temperature,
-              1e-9 * temperature);
+  const NBCalibration found = calibrator.Fit(NBCalibration::kTemperature);
+  EXPECT_EQ(found.GetMethod(), isOfUse ? NBCalibration::kTemperature : NBCalibration::kNone);
+  const double temperature = isOfUse ? TemperatureOf(cases) : 1;
+  EXPECT_NEAR(found.GetTemperature(), temperature, 1e-9 * temperature);
   const std::vector<Curve> curves = calibrator.Fit(NBCalibration::kIsotonic).GetCurves();
   ASSERT_EQ(curves.size(), classes == 2 ? 1 : classes);
   for (std::size_t k = 0; k < curves.size(); ++k) {
@@ -157,17 +159,22 @@ void ForBlocks(const Records& records, Take take) {
   while (source.HasMore()) take(source.NextBlock(64));
 }
 
+// A model that takes each class for another one has no temperature, and curves that are level.
 TEST(Calibration, OfHeldOutCasesIsTheBestByItsDefinition) {
-  for (const int classes : {2, 3}) {
+  for (const auto& [classes, isOfUse] : {std::pair{2, true}, {3, true}, {2, false}, {3, false}}) {
     const auto model = ModelOf(DataOf(classes, 1), classes);
-    const Records others = DataOf(classes, 2);
+    Records others = DataOf(classes, 2);
+    for (Record& record : others) {
+      double& target = record[RandomData::kTarget];
+      if (!isOfUse && target >= 0) target = std::fmod(target + 1, classes);
+    }
     NBCalibrator calibrator(*model, kSeed);
     ForBlocks(others, [&](const auto& block) { calibrator.Add(block); });
     std::vector<Case> cases;
     for (const Record& record : others) {
       if (Counts(record)) Append(*model, record, classes, cases);
     }
-    ExpectByDefinition(calibrator, cases);
+    ExpectByDefinition(calibrator, cases, isOfUse);
   }
 }
 

@@ -15,6 +15,7 @@
 #include "naivebayes/StatusMessages.h"
 #include "naivebayes/model/NBScaledProducts.h"
 #include "naivebayes/model/NBScoring.h"
+#include "naivebayes/parts/INBParts.h"
 #include "naivebayes/parts/NBPartClassified.h"
 #include "naivebayes/parts/NBPartCodes.h"
 #include "naivebayes/store/BinaryRecordIterator.h"
@@ -98,6 +99,9 @@ TEST(Model, EstimatesAndPosteriorsAgreeWithTheDefinition) {
             expected.GetMisClassMatrixAsVecOfRows());
   EXPECT_EQ(stats.GetOverallError(), expected.GetOverallError());
   EXPECT_EQ(algorithm.GetTestOutStats(), nullptr);
+  std::ostringstream shown;
+  algorithm.GetOutput().Display(shown);
+  EXPECT_THAT(shown.str(), testing::HasSubstr("categories 3\n0: "));
   EXPECT_TRUE(source.HasMore()) << "rewound";
   double validWeight, excludedWeight;
   int nValid, excluded;
@@ -428,12 +432,27 @@ TEST(Model, AnInputNeverSeenHasProbabilitiesOneOverN) {
   EXPECT_EQ(nothing, std::vector<double>(2, 0.0));
 }
 
+// The counts of all cases as those of one part.
+struct OnePart : INBParts {
+  bool Count(NBPartCounts& counts) override {
+    counts = fCounts;
+    return true;
+  }
+  bool Ask(const NBPartQuestion&, NBPartSums&) override { return false; }
+  NBPartCounts fCounts;
+};
+
 // Of weights in the first column, too; and counted as a part as often as one likes.
 TEST(Model, TheWeightMayStandAnywhere) {
   const auto data = RandomData::Make(200, 9);
-  NBAlgorithm usual = MakeEmpty();
+  NBAlgorithm usual = MakeEmpty(), usualPart = MakeEmpty();
   TestRecords source(data);
   ASSERT_TRUE(usual.BuildModel(source, 200).IsOK());
+  ASSERT_TRUE(source.NewPass());
+  OnePart all;
+  std::unique_ptr<NBPartCodes> usualCodes, codes;
+  ASSERT_FALSE(
+      usualPart.CountPart({.fData = source, .fNRecords = 200}, all.fCounts, usualCodes).IsError());
   auto swapped = data;
   for (Record& r : swapped) std::swap(r[0], r[1]);
   NBVarList list;
@@ -451,11 +470,15 @@ TEST(Model, TheWeightMayStandAnywhere) {
   for (const bool kept : {false, true, false}) {
     ASSERT_TRUE(other.NewPass());
     NBPartCounts counts;
-    std::unique_ptr<NBPartCodes> codes;
     ASSERT_FALSE(part.CountPart({.fData = other, .fNRecords = 200, .fbKept = kept}, counts, codes)
                      .IsError());
     EXPECT_EQ(counts.fWeight, usual.GetTotalWeight());
     for (int k = 0; k < 3; ++k) EXPECT_EQ(counts.fTarget[k], usual.GetTargetCategoryCount(k));
+    EXPECT_TRUE(!kept || codes->Bytes() == usualCodes->Bytes());
+  }
+  for (int times = 0; times < 2; ++times) {
+    ASSERT_TRUE(algorithm.BuildModelInParts(all).IsOK());
+    ExpectSameModel(algorithm, usual);
   }
 }
 
