@@ -1,15 +1,12 @@
 #include "modelfiles/StateEnvelope.h"
 
-#include <openssl/crypto.h>
-#include <openssl/evp.h>
-#include <openssl/hmac.h>
+#include <sodium.h>
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstring>
 #include <istream>
-#include <new>
 
 namespace MCModelFiles {
 
@@ -31,29 +28,33 @@ constexpr const char* kChanged =
 constexpr const char* kUnsigned = "it is not signed, and only files that were signed with the key are to be read";
 constexpr const char* kWrongKey = "it was not signed with this key, or was changed since";
 
+const unsigned char* BytesOf(std::string_view bytes) {
+  return reinterpret_cast<const unsigned char*>(bytes.data());
+}
+
+// Neither digests nor signatures need the library set up (that is for random numbers), take memory,
+// or can fail.
 std::string DigestOf(std::string_view bytes) {
+  static_assert(crypto_hash_sha256_BYTES == kDigestSize);
   std::string digest(kDigestSize, '\0');
-  const bool made =
-      EVP_Digest(bytes.data(), bytes.size(), reinterpret_cast<unsigned char*>(digest.data()),
-                 nullptr, EVP_sha256(), nullptr) == 1;
-  if (!made) throw std::bad_alloc();  // nothing else can fail there
+  crypto_hash_sha256(reinterpret_cast<unsigned char*>(digest.data()), BytesOf(bytes), bytes.size());
   return digest;
 }
 
 std::string SignatureOf(std::string_view bytes, const std::string& key) {
+  static_assert(crypto_auth_hmacsha256_BYTES == kDigestSize);
   std::string signature(kDigestSize, '\0');
-  const auto* start = reinterpret_cast<const unsigned char*>(bytes.data());
-  if (HMAC(EVP_sha256(), key.data(), static_cast<int>(key.size()), start, bytes.size(),
-           reinterpret_cast<unsigned char*>(signature.data()), nullptr) == nullptr) {
-    throw std::bad_alloc();
-  }
+  crypto_auth_hmacsha256_state state;
+  crypto_auth_hmacsha256_init(&state, BytesOf(key), key.size());
+  crypto_auth_hmacsha256_update(&state, BytesOf(bytes), bytes.size());
+  crypto_auth_hmacsha256_final(&state, reinterpret_cast<unsigned char*>(signature.data()));
   return signature;
 }
 
 // In a time that does not tell how much of it is right.
 bool IsSame(std::string_view given, std::string_view wanted) {
   return given.size() == wanted.size() &&
-         CRYPTO_memcmp(given.data(), wanted.data(), wanted.size()) == 0;
+         sodium_memcmp(given.data(), wanted.data(), wanted.size()) == 0;
 }
 
 std::string HexOf(std::string_view bytes) {
@@ -82,10 +83,10 @@ std::string StartOf(std::size_t length) {
   return std::string(kStartMark) + " version=\"1.00\" length=\"" + std::to_string(length) + "\"?>";
 }
 
-// Behind `document`, with its signature or without.
-std::string EndOf(std::string_view document, const std::string& signature) {
+// Behind a document of this digest, with its signature or without.
+std::string EndOf(const std::string& digest, const std::string& signature) {
   const std::string sealed = signature.empty() ? "" : " hmac-sha256=\"" + HexOf(signature) + "\"";
-  return std::string(kEndMark) + " sha256=\"" + HexOf(DigestOf(document)) + "\"" + sealed + "?>\n";
+  return std::string(kEndMark) + " sha256=\"" + HexOf(digest) + "\"" + sealed + "?>\n";
 }
 
 // What a file says of itself, and what it should say by its bytes.
@@ -119,13 +120,14 @@ Claim ClaimOfXML(std::string_view file, const std::string& key) {
   if (!file.substr(start).starts_with(StartOf(end - from - 2))) return claim;
   const std::string_view covered = file.substr(0, end);
   const std::string_view said = file.substr(end);
-  const std::string plain = EndOf(covered, "");
+  const std::string digest = DigestOf(covered);
+  const std::string plain = EndOf(digest, "");
   const std::string_view common = std::string_view(plain).substr(0, plain.size() - 3);
   // Of a signature only the form is known without the key.
-  const std::size_t signedSize = EndOf(covered, std::string(kDigestSize, '\0')).size();
+  const std::size_t signedSize = EndOf(digest, std::string(kDigestSize, '\0')).size();
   claim.fbFits = said == plain || (said.starts_with(common) && said.size() == signedSize);
   if (said != plain) claim.fSignature = said;
-  if (!key.empty()) claim.fSigned = EndOf(covered, SignatureOf(covered, key));
+  if (!key.empty()) claim.fSigned = EndOf(digest, SignatureOf(covered, key));
   return claim;
 }
 
@@ -166,8 +168,6 @@ bool HasNamedLength(std::istream& file, std::streamoff size) {
 
 }  // namespace
 
-void PrepareChecksums() { (void)DigestOf(""); }
-
 std::string PutIntoEnvelope(std::string_view content, bool xml, const std::string& key) {
   if (!xml) {
     std::string file = HeadOf(content.size(), !key.empty()).append(content);
@@ -179,7 +179,7 @@ std::string PutIntoEnvelope(std::string_view content, bool xml, const std::strin
   std::string file(content.substr(0, declared));
   file.append("\n").append(StartOf(content.size() - declared)).append(content.substr(declared));
   const std::string signature = key.empty() ? "" : SignatureOf(file, key);
-  return file.append(EndOf(file, signature));
+  return file.append(EndOf(DigestOf(file), signature));
 }
 
 OpenedEnvelope OpenEnvelope(std::istream& file, bool xml, const std::string& key) {

@@ -15,10 +15,6 @@
 
 namespace MCModelFiles {
 
-// Has the library of checksums set itself up, in which it does not come through want of memory: for
-// a program that is to save what it works for long. Throws std::bad_alloc.
-void PrepareChecksums();
-
 // Puts `content` (the bytes of a component, or its document) into an envelope, signed where the key
 // is not empty.
 std::string PutIntoEnvelope(std::string_view content, bool xml, const std::string& key);

@@ -77,6 +77,7 @@ Outcome DescribeTable(MCHost::ITable& table, MCHost::OutputDocument& document,
   const auto nShown =
       static_cast<std::size_t>(request.fTop > 0 ? request.fTop : table.ColumnCount());
   const auto nCases = static_cast<double>(pass.fNCases);
+  if (request.fbForPrograms) ShowForPrograms(pass.fSummaries);
   ShowDescription(pass.fSummaries, nCases, nShown);
   ShowMissingPatterns(pass.fPatterns, variables, nCases);
   if (document.fbFindings) {

@@ -325,11 +325,14 @@ const char* LevelReason(const ColumnSummary& summary) {
   return summary.IsWhole() ? "integers" : "fractions";
 }
 
+void ShowForPrograms(const std::vector<ColumnSummary>& summaries) {
+  ShowDictionary(summaries);
+  ShowMostFrequent(summaries);
+}
+
 void ShowDescription(const std::vector<ColumnSummary>& summaries, double nCases,
                      std::size_t nShown) {
   nShown = std::min(nShown, summaries.size());
-  ShowDictionary(summaries);
-  ShowMostFrequent(summaries);
   const auto isOf = [&](Kind kind) {
     return [kind](const ColumnSummary& summary) { return KindOf(summary) == kind; };
   };

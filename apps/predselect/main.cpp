@@ -30,7 +30,6 @@
 #include "apps/predselect/ViewCommand.h"
 #include "host/arrow/ReadingThreads.h"
 #include "host/session/OutputGroup.h"
-#include "modelfiles/StateEnvelope.h"
 
 namespace {
 
@@ -75,7 +74,6 @@ int Act(const Options& options) {
   if (options.fAction != Options::kNone) {
     CheckOutputs(options);
     MCHost::SetReadingThreads(ThreadsOf(options));
-    if (!options.fSaveState.empty()) MCModelFiles::PrepareChecksums();
   }
   if (options.fbDryRun) return DryRun(options);
   // Shown before the program ends, by another one.

@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "host/arrow/ArrowFailure.h"
+#include "host/arrow/FirmPool.h"
 #include "host/arrow/SavedBatches.h"
 #include "host/arrow/SavedDictionary.h"
 #include "host/session/HostIOError.h"
@@ -64,19 +65,21 @@ void Finish(arrow::io::OutputStream& output, OutputFile& file, const std::string
 }  // namespace
 
 void WriteParquet(SavedBatches& batches, const std::string& path) {
+  FirmPool pool;
   OutputFile file(path);
   const auto output = OpenOutput(file, path);
   const std::int64_t columns = std::max(batches.Schema()->num_fields(), 1);
   const auto properties =
       parquet::WriterProperties::Builder()
-          .compression(parquet::Compression::SNAPPY)
+          .memory_pool(&pool)
+          ->compression(parquet::Compression::SNAPPY)
           ->dictionary_pagesize_limit(kDictionaryBytes)
           ->max_row_group_length(std::max<std::int64_t>(kGroupCells / columns, 1))
           ->build();
   const auto arrowProperties = parquet::ArrowWriterProperties::Builder().store_schema()->build();
   const auto writer =
-      Value(parquet::arrow::FileWriter::Open(*batches.Schema(), arrow::default_memory_pool(),
-                                             output, properties, arrowProperties),
+      Value(parquet::arrow::FileWriter::Open(*batches.Schema(), &pool, output, properties,
+                                             arrowProperties),
             path);
   const auto change = [](std::size_t, const auto& column) { return WithoutNullEntries(column); };
   WriteBatches(batches, path, change,

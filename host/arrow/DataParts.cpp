@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
+#include <set>
 #include <system_error>
 
 #include "host/session/HostIOError.h"
@@ -92,11 +94,14 @@ DataPart PartOf(const std::string& path) {
 
 std::vector<std::string> JoinNotes(
     const std::vector<std::pair<std::string, std::vector<std::string>>>& notes) {
+  std::map<std::string, std::size_t> nFiles;
+  for (const auto& [file, own] : notes) {
+    for (const std::string& note : std::set(own.begin(), own.end())) ++nFiles[note];
+  }
   std::vector<std::string> joined;
   for (const auto& [file, own] : notes) {
     for (const std::string& note : own) {
-      const bool isCommon = std::ranges::all_of(
-          notes, [&note](const auto& other) { return std::ranges::count(other.second, note) > 0; });
+      const bool isCommon = nFiles[note] == notes.size();
       if (!isCommon) joined.push_back(file + ": " + note);
       if (isCommon && file == notes.front().first) joined.push_back(note);
     }

@@ -37,7 +37,7 @@ class CellChunks {
     if (fOpen.empty()) return;
     fPacked.emplace_back(std::move(fOpen), fMissing);
     fPackedBytes += fPacked.back().Bytes();
-    fOpen = {};
+    fOpen = std::vector<T>();  // {} would keep its memory
   }
 
   // What the packed chunks take.

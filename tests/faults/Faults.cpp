@@ -1,13 +1,20 @@
 // Preloaded into the program: fails one of its calls to the system or to the allocator.
 //
-//   FAULT_CALL   the group of calls that are counted: read, write, ..., malloc (kGroups)
-//   FAULT_AT     which of them fails, from 1; 0: none, they are only counted
-//   FAULT_ERROR  the errno that it fails with; "short": it does half of its work
-//   FAULT_KEEP   all that follow fail, too
-//   FAULT_LOG    a file that receives, at the end, a line "GROUP N" for each group of calls; "hit
-//   ADDRESS...", the places from which
-//                the failing call came; "site N" for the first call of each chain of callers
-//                (malloc, counting); "terminate" and "crash", and the frames of the end
+// main() is not begun at once, but by a child for each line that comes in, so that libraries are
+// loaded once. FAULT_SERVER names two descriptors, "IN,OUT". In comes a line a run, its parts
+// between tabs:
+//
+//   the folder  in which it works, also for temporary files
+//   call        the group of calls that are counted: read, write, ..., malloc (kGroups)
+//   at          which of them fails, from 1; 0: none, they are only counted
+//   error       the errno that it fails with; "short": it does half of its work
+//   all         1: all that follow fail, too; 0: no other
+//   log         a file that receives, at the end, a line "GROUP N" for each group of calls; "hit"
+//               and the frames from which the failing call came; "site N" for the first call of
+//               each chain of callers (malloc, counting); "terminate" and "crash", and the frames
+//               of the end. Standard output and error go to files of its name with .out and .err
+//
+// Out go the child's number and, once it has ended, its status, a line each.
 //
 // Counting begins with main(): what a library does as it is loaded, the loader cannot survive.
 #include <dlfcn.h>
@@ -22,6 +29,7 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/uio.h>
+#include <sys/wait.h>
 #include <unistd.h>
 #include <unwind.h>
 
@@ -177,23 +185,61 @@ void SayCalls() {
   }
 }
 
-__attribute__((constructor)) void Begin() {
-  const char* call = getenv("FAULT_CALL");
-  if (call == nullptr) return;
+// The descriptor far from the numbers that the program sees.
+int Apart(int file) {
+  const int high = fcntl(file, F_DUPFD_CLOEXEC, 900);
+  close(file);
+  return high;
+}
+
+// A file to write to. Not by open(), which is defined below.
+int New(const char* path) {
+  return static_cast<int>(syscall(SYS_openat, AT_FDCWD, path, O_WRONLY | O_CREAT | O_APPEND, 0666));
+}
+
+// Of a line that came in. The parts are those at the top.
+void Set(const std::array<const char*, 6>& parts) {
+  const auto [folder, call, at, error, all, log] = parts;
   while (++gCall < static_cast<int>(kGroups.size()) && std::strcmp(call, kGroups[gCall]) != 0) {
   }
-  gAt = atol(getenv("FAULT_AT"));
-  const char* error = getenv("FAULT_ERROR");
-  gError = error == nullptr ? kNoFault : std::strcmp(error, "short") == 0 ? kShort : atoi(error);
-  gbKeep = getenv("FAULT_KEEP") != nullptr;
-  if (const char* log = getenv("FAULT_LOG")) {
-    // Far from the numbers that the program sees.
-    const int low = static_cast<int>(
-        syscall(SYS_openat, AT_FDCWD, log, O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666));
-    gLog = static_cast<int>(syscall(SYS_fcntl, low, F_DUPFD_CLOEXEC, 900));
-    syscall(SYS_close, low);
+  gAt = atol(at);
+  gError = std::strcmp(error, "short") == 0 ? kShort : atoi(error);
+  gbKeep = *all == '1';
+  gLog = Apart(New(log));
+  for (const int file : {STDOUT_FILENO, STDERR_FILENO}) {
+    char path[1024];
+    snprintf(path, sizeof path, "%s.%s", log, file == STDOUT_FILENO ? "out" : "err");
+    const int opened = New(path);
+    dup2(opened, file);
+    close(opened);
   }
-  unsetenv("LD_PRELOAD");  // children are not meant
+  setenv("TMPDIR", folder, 1);
+  if (chdir(folder) != 0) abort();
+}
+
+// Begins a child for each line, and comes back in the children alone.
+void Serve(int in, int out) {
+  char line[4096];
+  for (std::size_t length = 0;
+       length < sizeof line && syscall(SYS_read, in, line + length, 1) == 1;) {
+    if (line[length++] != '\n') continue;
+    line[length - 1] = '\0';
+    length = 0;
+    const pid_t child = fork();
+    if (child == 0) {
+      close(in);
+      close(out);
+      std::array<const char*, 6> parts{};
+      char* left = line;
+      for (const char*& part : parts) part = strsep(&left, "\t");
+      return Set(parts);
+    }
+    dprintf(out, "%d\n", child);
+    int status = 0;
+    waitpid(child, &status, 0);
+    dprintf(out, "%d\n", status);
+  }
+  syscall(SYS_exit_group, 0);
 }
 
 __attribute__((destructor)) void End() { SayCalls(); }
@@ -223,6 +269,11 @@ int ArmedMain(int argc, char** argv, char** environment) {
   crash.sa_handler = OnCrash;
   crash.sa_flags = SA_ONSTACK;
   for (const int number : {SIGSEGV, SIGBUS, SIGABRT}) sigaction(number, &crash, nullptr);
+  int in = -1;
+  int out = -1;
+  if (sscanf(getenv("FAULT_SERVER"), "%d,%d", &in, &out) != 2) abort();
+  unsetenv("LD_PRELOAD");  // children of the program are not meant
+  Serve(Apart(in), Apart(out));
   gbArmed = true;
   return gMain(argc, argv, environment);
 }

@@ -18,11 +18,14 @@ a line a fault and what was unlawful; exit code 1 if anything was.
 
 import argparse
 import collections
+import contextlib
 import errno
 import hashlib
 import os
 import re
+import select
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -85,10 +88,12 @@ JOBS = {
 }
 
 
-def library_of(said):
-    """Which library of others has ended the program in its own code, by the innermost frame of the end
-    that is neither the C or C++ library's nor the injection's own; empty for the program itself."""
-    for frame in said[said.index("crash") + 1:] if "crash" in said else []:
+def library_of(code, said):
+    """Which library of others has ended the program in its own code, or let it wait for ever, by the
+    innermost frame of the end, or of the call that failed, that is neither the C or C++ library's nor
+    the injection's own; empty for the program itself."""
+    last = "hit" if code is None else "crash"
+    for frame in said[said.index(last) + 1:] if last in said else []:
         if re.search(r"/(lib(c|stdc\+\+|gcc_s|pthread|m)\.so|libfaults)", frame):
             continue
         if "nlohmann" in frame:
@@ -117,6 +122,41 @@ def make_inputs(program, folder):
         subprocess.run([program, *step], cwd=folder, check=True, capture_output=True)
 
 
+class Server:
+    """The program with its libraries loaded; Faults.cpp begins main() in a child for each fault."""
+
+    def __init__(self, given, arguments, environment):
+        asked, asks = os.pipe()
+        answers, answered = os.pipe()
+        settings = {"LD_PRELOAD": str(given.library), "FAULT_SERVER": f"{asked},{answered}"}
+        self.process = subprocess.Popen(
+            [given.program, *arguments], pass_fds=(asked, answered), env={**environment, **settings},
+            stdin=subprocess.DEVNULL, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        os.close(asked)
+        os.close(answered)
+        self.asks, self.answers = os.fdopen(asks, "w"), os.fdopen(answers, "rb", buffering=0)
+
+    def run(self, *parts):
+        """The exit code, as subprocess has it; None where the job hung."""
+        print(*parts, sep="\t", file=self.asks, flush=True)
+        child = int(self.answers.readline())
+        hung = not select.select([self.answers], [], [], TIME_LIMIT)[0]
+        if hung:
+            os.kill(child, signal.SIGKILL)
+        status = int(self.answers.readline())
+        return None if hung else os.waitstatus_to_exitcode(status)
+
+    def close(self):
+        self.asks.close()
+        self.process.wait()
+        self.answers.close()
+
+
+def files_of(folder):
+    return {str(path.relative_to(folder)): VARIES.sub(b"", path.read_bytes())
+            for path in folder.rglob("*") if path.is_file()}
+
+
 class Trial:
     """One job, and what it gives when nothing fails."""
 
@@ -125,44 +165,53 @@ class Trial:
         arguments, self.outputs = JOBS[name]
         self.counts = {}
         self.arguments = [argument.replace("IN/", f"{inputs}/") for argument in arguments]
-        self.reference = self.run("reference", {})
-        code, _, errors, files, _ = self.reference
-        assert code == 0, (name, code, errors)
+        self.servers = {"malloc": [], "": []}  # idle ones
+        with self.new_folder() as folder:
+            done = subprocess.run([given.program, *self.arguments], cwd=folder, capture_output=True,
+                                  env=self.environment(""), stdin=subprocess.DEVNULL, check=True)
+            self.standard_output, self.reference = done.stdout, files_of(folder)
         # Fresh files where there were none, so that a folder of results is among them.
-        self.made = set(files) - set(self.outputs)
+        self.made = set(self.reference) - set(self.outputs)
 
-    def run(self, label, faults):
-        """Exit code (None: it hung), both outputs, the files that it left, and the library's log."""
-        folder = Path(tempfile.mkdtemp(prefix=f"{self.name}-{label}-".replace(" ", "-"),
-                                       dir=self.base))
-        for output in self.outputs:
-            (folder / output).write_bytes(OLD)
-        log = folder.with_suffix(".log")
-        environment = {**os.environ, "COLUMNS": "100", "TMPDIR": str(folder), **faults,
-                       "FAULT_LOG": str(log)}
-        if faults.get("FAULT_CALL") == "malloc":  # columns come from there, too
+    @contextlib.contextmanager
+    def new_folder(self):
+        """One that holds the old outputs."""
+        with tempfile.TemporaryDirectory(dir=self.base, prefix=f"{self.name}-".replace(" ", "-")) as name:
+            for output in self.outputs:
+                (Path(name) / output).write_bytes(OLD)
+            yield Path(name)
+
+    @staticmethod
+    def environment(kind):
+        environment = {**os.environ, "COLUMNS": "100"}
+        if kind == "malloc":  # columns come from there, too
             environment["ARROW_DEFAULT_MEMORY_POOL"] = "system"
-        if faults:
-            environment["LD_PRELOAD"] = str(self.given.library)
-        try:
-            done = subprocess.run([self.given.program, *self.arguments], cwd=folder,
-                                  capture_output=True, env=environment, timeout=TIME_LIMIT,
-                                  stdin=subprocess.DEVNULL, check=False)
-            code, out, err = done.returncode, done.stdout, done.stderr.decode(errors="replace")
-        except subprocess.TimeoutExpired as late:
-            code, out, err = None, b"", (late.stderr or b"").decode(errors="replace")
-        files = {str(path.relative_to(folder)): VARIES.sub(b"", path.read_bytes())
-                 for path in folder.rglob("*") if path.is_file()}
-        said = log.read_text().splitlines() if log.exists() else []
-        log.unlink(missing_ok=True)
-        shutil.rmtree(folder)
-        return code, out, err, files, said
+        return environment
+
+    def run(self, call, at, error=0, keep=False):
+        """Exit code (None: it hung), both outputs, the files that it left, and the library's log."""
+        kind = "malloc" if call == "malloc" else ""
+        idle = self.servers[kind]
+        server = idle.pop() if idle else Server(self.given, self.arguments, self.environment(kind))
+        with self.new_folder() as folder:
+            logs = [folder.with_suffix(end) for end in (".log", ".log.out", ".log.err")]
+            code = server.run(folder, call, at, error, int(keep), logs[0])
+            said, out, err = (log.read_bytes() for log in logs)
+            for log in logs:
+                log.unlink()
+            idle.append(server)
+            return (code, out, err.decode(errors="replace"), files_of(folder),
+                    said.decode(errors="replace").splitlines())
+
+    def close(self):
+        for server in sum(self.servers.values(), []):
+            server.close()
 
     def places(self, call):
         """Which calls are to fail: all, or of those to the allocator one from each chain of callers."""
         kind = "malloc" if call == "malloc" else "open"  # which counts the others as well
         if kind not in self.counts:
-            *_, said = self.run("count", {"FAULT_CALL": kind, "FAULT_AT": "0"})
+            *_, said = self.run(kind, 0)
             self.counts[kind] = [(word, int(number)) for word, number in map(str.split, said)]
         if call == "malloc":
             return sorted(number for word, number in self.counts[kind] if word == "site")
@@ -171,11 +220,10 @@ class Trial:
     def trouble(self, call, outcome):
         """Empty, or how the outcome breaks the law."""
         code, out, errors, files, said = outcome
-        if code is None:
-            return "hangs"
-        if code < 0:
+        if code is None or code < 0:
             is_old = all(files.get(name) == OLD for name in self.outputs)
-            return "" if library_of(said) and is_old else f"dies of signal {-code}"
+            what = "hangs" if code is None else f"dies of signal {-code}"
+            return "" if library_of(code, said) and is_old else what
         if "terminate" in said:
             return "std::terminate"
         if code not in (0, 1, 2, 3):
@@ -187,17 +235,17 @@ class Trial:
         if strays:
             return f"leaves {sorted(strays)[0]}"
         if code == 0:
-            if {**files, **dict.fromkeys(leftover)} != {**self.reference[3], **dict.fromkeys(leftover)}:
+            if {**files, **dict.fromkeys(leftover)} != {**self.reference, **dict.fromkeys(leftover)}:
                 return "exit code 0, and other files"
-            return "" if out == self.reference[1] else "exit code 0, and another standard output"
+            return "" if out == self.standard_output else "exit code 0, and another standard output"
         if not errors.strip():
             return "no message"
         if "nknown reason" in errors or "Unknown error" in errors:
             return "unknown reason"
         old = [name for name in self.outputs if files.get(name) == OLD]
-        new = [name for name in self.outputs if files.get(name) == self.reference[3][name]]
+        new = [name for name in self.outputs if files.get(name) == self.reference[name]]
         made = [name for name in self.made if name in files]
-        if any(files[name] != self.reference[3][name] for name in made):
+        if any(files[name] != self.reference[name] for name in made):
             return "an incomplete file"
         if len(old) + len(new) != len(self.outputs):
             return "an output that is neither old nor new"
@@ -228,27 +276,29 @@ def inject(given, base):
     with ThreadPoolExecutor(given.workers) as pool:
         for fault in given.faults:
             call, error = FAULTS[fault]
-            settings = {"FAULT_CALL": call, "FAULT_ERROR": str(error)}
-            if fault.endswith("from there on"):
-                settings["FAULT_KEEP"] = "1"
+            keep = fault.endswith("from there on")
             work = [(trial, place) for trial in trials
                     for place in chosen(trial.places(call), call, given)]
             for (trial, place), outcome in zip(work, pool.map(
-                    lambda one: one[0].run("fault", {**settings, "FAULT_AT": str(one[1])}), work)):
+                    lambda one: one[0].run(call, one[1], error, keep), work)):
                 what = trial.trouble(call, outcome)
                 tally[fault]["runs"] += 1
-                end = ("unlawful" if what else "survived" if outcome[0] == 0 else
-                       "refused" if outcome[0] > 0 else "library")
+                code, *_, said = outcome
+                end = ("unlawful" if what else "survived" if code == 0 else
+                       "refused" if code is not None and code > 0 else "library")
                 tally[fault][end] += 1
                 if end == "library":
-                    libraries[library_of(outcome[4])] += 1
+                    how = "wait for ever" if code is None else "ended"
+                    libraries[f"{how} in {library_of(code, said)}"] += 1
                 if what:
                     found.append((fault, trial.name, place, what, outcome))
             show(fault, tally[fault])
+    for trial in trials:
+        trial.close()
     for path, digest in before.items():
         assert hashlib.sha256(path.read_bytes()).digest() == digest, f"{path.name} was changed"
-    for library, count in libraries.most_common():
-        print(f"{count} ended in {library}")
+    for how, count in libraries.most_common():
+        print(f"{count} {how}")
     return tally, found
 
 

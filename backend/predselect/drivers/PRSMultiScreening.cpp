@@ -10,6 +10,7 @@
 #include "backend/predselect/specifications/PRSValidSpecs.h"
 #include "feature/FSFactory.h"
 #include "feature/FSSettings.h"
+#include "feature/FSWithinMemory.h"
 #include "feature/IFSAlgorithm.h"
 #include "host/cases/MCStopProcessor.h"
 #include "host/cases/UAVarValidSpecs.h"
@@ -20,7 +21,8 @@
 namespace {
 
 // The engine that counts for the rules: every column of the record but the weight is a predictor of
-// a pass without a target.
+// a pass without a target. Of its statuses want of memory alone is looked at: a pass that was cut
+// short is seen by the run itself.
 struct Rules {
   explicit Rules(const PRSMultiRun& run) {
     const UAVarValidSpecs& record = run.VarSpecs();
@@ -40,7 +42,9 @@ struct Rules {
     fSettings.SetProgressListener(&fProgress);
     fSettings.SetNSkippedRecordReports(PRSProgress::kRecords - 1);
     fSettings.SetNThreads(MCHost::CurrentSession().Threads());
-    fpEngine = FSFactory().CreateFSAlgorithm(&fSettings);
+    FSFactory factory;
+    fpEngine = factory.CreateFSAlgorithm(&fSettings);
+    FSThrowWantOfMemory(factory.GetStatus());
   }
 
   std::vector<int> fColumns;
@@ -55,14 +59,13 @@ void PRSMultiScreening::ReadAll(NaiveDataSourceIter& train) {
   const Rules rules(fRun);
   std::vector<int> indices;
   std::vector<std::vector<int>> reasons;
-  // Its status says nothing new: a pass that was cut short is seen by the run itself.
-  (void)rules.fpEngine->CheckPredictorsNoTarget(train, indices, reasons, -1);
+  FSThrowWantOfMemory(rules.fpEngine->CheckPredictorsNoTarget(train, indices, reasons, -1));
   Enter(rules.fColumns, indices, reasons);
 }
 
 std::string PRSMultiScreening::CountPart(NaiveDataSourceIter& train) {
   const Rules rules(fRun);
-  (void)rules.fpEngine->Accumulate(train, -1);
+  FSThrowWantOfMemory(rules.fpEngine->Accumulate(train, -1));
   return ComponentBytes(*rules.fpEngine, nullptr);
 }
 
@@ -72,8 +75,8 @@ bool PRSMultiScreening::TakeCounts(const IFSAlgorithm& counts) {
   std::vector<std::vector<int>> reasons;
   const auto status = rules.fpEngine->Merge(counts, nullptr);
   if (status.GetErrorCode() == MCFeature::kCannotMerge) return false;
-  // As above, its status says nothing new.
-  (void)rules.fpEngine->ScreenWithoutTarget(indices, reasons);
+  FSThrowWantOfMemory(status);
+  FSThrowWantOfMemory(rules.fpEngine->ScreenWithoutTarget(indices, reasons));
   Enter(rules.fColumns, indices, reasons);
   return true;
 }

@@ -13,6 +13,7 @@
 #include "feature/FSCriterion.h"
 #include "feature/FSFactory.h"
 #include "feature/FSSettings.h"
+#include "feature/FSWithinMemory.h"
 #include "feature/IFSAlgorithm.h"
 #include "feature/StatusMessages.h"
 #include "host/cases/MCStopProcessor.h"
@@ -53,9 +54,11 @@ PRSUniFactory::PRSUniFactory(PRSValidSpecs* specs, ProcedureDataSource& source)
 
 void PRSUniFactory::SaveEmptyPart() {
   if (!PRSIsStateWanted() || fpSpecs->GetFeatureSettingsPtr() == nullptr) return;
-  fpAlgorithm = FSFactory().CreateFSAlgorithm(fpSpecs->GetFeatureSettingsPtr());
+  FSFactory factory;
+  fpAlgorithm = factory.CreateFSAlgorithm(fpSpecs->GetFeatureSettingsPtr());
+  FSThrowWantOfMemory(factory.GetStatus());
   if (fpAlgorithm == nullptr) return;
-  (void)fpAlgorithm->Accumulate(*fpIterator, -1);
+  FSThrowWantOfMemory(fpAlgorithm->Accumulate(*fpIterator, -1));
   (void)SaveCounts();
 }
 
