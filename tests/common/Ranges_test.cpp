@@ -27,33 +27,23 @@ std::int64_t PlaceOf(std::size_t part, std::size_t place) {
   return static_cast<std::int64_t>(part << ColumnRange::kPartShift | place);
 }
 
-// Nothing is listed of a scale column; one is scale with 24 distinct valid numbers where nobody has
-// said what it is.
-void List(ColumnRange& range, Kind kind, const Cells& distinct) {
-  const auto isValid = [](double value) { return value != kUserMissing; };
-  if (kind == Kind::kFoundLevel && std::ranges::count_if(distinct, isValid) >= 24) {
-    range.fDictionary.fLevel = kScale;
-  }
-  range.fbListed = range.fDictionary.fLevel != kScale;
-  for (const double value : range.fbListed ? distinct : Cells()) {
-    if (kind == Kind::kTexts) {
-      range.fTexts.push_back(TextOf(value));
-    } else {
-      range.fNumbers.push_back(value);
-    }
-  }
-  if (!range.fbListed) range.fFirst.clear();
+void Widen(NumberRange& range, double value) {
+  range.fLow = range.fLow == kMissing ? value : std::min(range.fLow, value);
+  range.fHigh = range.fHigh == kMissing ? value : std::max(range.fHigh, value);
 }
 
-// What is known of all these parts, of which the first has that number.
+// What is known of all these parts, of which the first has that number. Nothing is listed of a
+// scale column; one is scale with 24 distinct valid numbers where nobody has said what it is.
 ColumnRange RangeOf(const std::vector<Cells>& parts, Kind kind, std::size_t number = 0) {
   ColumnRange range;
-  range.fDictionary.fName = "x";
-  range.fDictionary.fLabel = "label";
-  range.fDictionary.fFormats = {5, 8, 2, 5, 8, 2};
-  range.fDictionary.fLevel = kNominal;
-  range.fDictionary.fbLevelFound = kind == Kind::kFoundLevel;
-  range.fDictionary.fMissing = {kUserMissing};
+  ColumnDictionary& said = range.fDictionary;
+  said.fName = "x";
+  said.fLabel = "label";
+  said.fType = kind == Kind::kTexts ? 1 : 0;
+  said.fFormats = {5, 8, 2, 5, 8, 2};
+  said.fLevel = kNominal;
+  said.fbLevelFound = kind == Kind::kFoundLevel;
+  said.fMissing = {kUserMissing};
   Cells distinct;
   for (const Cells& cells : parts) {
     Cells ofPart;
@@ -62,16 +52,11 @@ ColumnRange RangeOf(const std::vector<Cells>& parts, Kind kind, std::size_t numb
       ++range.fNValues;
       if (std::ranges::count(ofPart, value) == 0) ofPart.push_back(value);
       if (kind == Kind::kTexts) {
-        range.fDictionary.fType =
-            std::max(range.fDictionary.fType, static_cast<int>(TextOf(value).size()));
+        said.fType = std::max(said.fType, static_cast<int>(TextOf(value).size()));
         continue;
       }
-      const auto add = [value](NumberRange& to) {
-        to.fLow = to.fLow == kMissing ? value : std::min(to.fLow, value);
-        to.fHigh = to.fHigh == kMissing ? value : std::max(to.fHigh, value);
-      };
-      add(range.fAll);
-      if (value != kUserMissing) add(range.fValid);
+      Widen(range.fAll, value);
+      if (value != kUserMissing) Widen(range.fValid, value);
     }
     for (std::size_t place = 0; place < ofPart.size(); ++place) {
       if (std::ranges::count(distinct, ofPart[place]) > 0) continue;
@@ -80,8 +65,15 @@ ColumnRange RangeOf(const std::vector<Cells>& parts, Kind kind, std::size_t numb
     }
     ++number;
   }
-  if (kind == Kind::kTexts && range.fNValues == 0) range.fDictionary.fType = 1;
-  List(range, kind, distinct);
+  const auto nMissing = static_cast<std::size_t>(std::ranges::count(distinct, kUserMissing));
+  if (said.fbLevelFound && distinct.size() - nMissing >= 24) {
+    said.fLevel = kScale;
+    range.Unlist();
+  } else if (kind == Kind::kTexts) {
+    for (const double value : distinct) range.fTexts.push_back(TextOf(value));
+  } else {
+    range.fNumbers = distinct;
+  }
   return range;
 }
 
@@ -149,9 +141,7 @@ TEST(Ranges, OfColumnsThatAreNotTheSameAreRefusedAndChangeNothing) {
       {[](ColumnRange& other) { other.fDictionary.fLevel = kScale; }, "another level"},
       {[](ColumnRange& other) { other.fDictionary.fbLevelFound = true; }, "another level"},
       {[](ColumnRange& other) { other.fDictionary.fMissing = {8}; }, "other user-missing"},
-      {[](ColumnRange& other) { other.fDictionary.fMissingTexts = {"-"}; }, "other user-missing"},
       {[](ColumnRange& other) { other.fDictionary.fbMissingRange = true; }, "other user-missing"},
-      {[](ColumnRange& other) { other.fDictionary.fMissingLow = 1; }, "other user-missing"},
       {[](ColumnRange& other) { other.fDictionary.fMissingHigh = 1; }, "other user-missing"},
       {[](ColumnRange& other) { other.fDictionary.fLabel = "another"; }, ""},
       {[](ColumnRange& other) { other = RangeOf({{}}, Kind::kTexts, 1); }, ""},

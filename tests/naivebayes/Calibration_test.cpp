@@ -15,6 +15,7 @@ namespace {
 
 using MCCommon::Record;
 using nbtest::RandomData;
+using nbtest::Reference;
 using nbtest::TestRecords;
 
 using Records = std::vector<Record>;
@@ -52,14 +53,14 @@ struct Case {
   double fWeight;
 };
 
-bool Counts(const Record& record) {
-  return record[RandomData::kTarget] >= 0 && record[RandomData::kWeight] > 0;
-}
-
-void Append(const NBAlgorithm& model, const Record& record, int classes, std::vector<Case>& cases) {
-  cases.push_back({PosteriorsOf(model, record, classes),
-                   static_cast<std::size_t>(record[RandomData::kTarget]),
-                   record[RandomData::kWeight]});
+void Append(const NBAlgorithm& model, const Records& records, int classes,
+            std::vector<Case>& cases) {
+  for (const Record& record : records) {
+    if (!Reference::IsValid(record)) continue;
+    cases.push_back({PosteriorsOf(model, record, classes),
+                     static_cast<std::size_t>(Reference::Class(record)),
+                     record[RandomData::kWeight]});
+  }
 }
 
 // The generator SplitMix64 as Steele, Lea and Flood wrote it down.
@@ -79,10 +80,7 @@ std::vector<Case> CasesByFolds(const Records& records, int classes) {
       const bool isInside = SplitMix(SplitMix(kSeed) + i) % 10 == fold;
       (isInside ? inside : others).push_back(records[i]);
     }
-    const auto model = ModelOf(others, classes);
-    for (const Record& record : inside) {
-      if (Counts(record)) Append(*model, record, classes, cases);
-    }
+    Append(*ModelOf(others, classes), inside, classes, cases);
   }
   return cases;
 }
@@ -171,9 +169,7 @@ TEST(Calibration, OfHeldOutCasesIsTheBestByItsDefinition) {
     NBCalibrator calibrator(*model, kSeed);
     ForBlocks(others, [&](const auto& block) { calibrator.Add(block); });
     std::vector<Case> cases;
-    for (const Record& record : others) {
-      if (Counts(record)) Append(*model, record, classes, cases);
-    }
+    Append(*model, others, classes, cases);
     ExpectByDefinition(calibrator, cases, isOfUse);
   }
 }
