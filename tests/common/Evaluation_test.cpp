@@ -255,8 +255,8 @@ TEST(Evaluation, OfFewCasesOrOneClassTellsWhatThereIsToTell) {
       {kMany, {0, 1}, "more classes than areas are found of"}};
   for (const auto& [model, observed, what] : withoutArea) {
     const MCCommon::Evaluation found = evaluated(model, observed);
-    EXPECT_TRUE(MCMV::IsMissing(at(found, Measure::kAUC).fValue)) << what;
-    EXPECT_TRUE(MCMV::IsMissing(found.fClasses[0].fAUC.fValue)) << what;
+    EXPECT_EQ(at(found, Measure::kAUC).fValue, MCMV::gMissingValue) << what;
+    EXPECT_EQ(found.fClasses[0].fAUC.fValue, MCMV::gMissingValue) << what;
   }
   const Estimate wrong = ByDifferences(Matthews, {{1, 2}, {1, 0}});
   EXPECT_EQ(wrong.fLow, -1);

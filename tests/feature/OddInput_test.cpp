@@ -86,7 +86,7 @@ TEST(OddInput, AScaleThatGrowsAmidPairsChangesNoDigit) {
   const Table table = {{1, 3, 2, 5, 9, 4}, {2, 1, 5, 3, 4, 9}};
   for (const std::size_t scaled : {0, 1}) {
     Table large = table;
-    for (double& value : large[scaled]) value = std::ldexp(value, 397);
+    for (double& value : large[scaled]) value = std::ldexp(value, 398);
     const Component plain(FSSettings(1, false, false)), run(FSSettings(1, false, false));
     for (const auto& [component, cases] : {std::pair{&plain, &table}, {&run, &large}}) {
       EXPECT_TRUE(component->Accumulate(*cases).IsOK());
