@@ -59,8 +59,6 @@ void FSSettings::SetPredictorType(int index, bool categorical) {
   } else if (fNCategorical == GetNPredictors()) {
     fSetType = kAllCategorical;
     AdjustCriteria();
-  } else if (fSetType != kMixed) {
-    AdjustCriteria();  // the type stays: see the header
   }
 }
 

@@ -180,7 +180,6 @@ Measures EvaluationCounter::FindBaseline(std::size_t predicted,
                                          const std::vector<double>& probabilities) const {
   EvaluationCounter baseline(fNModel);
   if (fNModel == 0) return {};
-  baseline.Grow(fCases.size());
   for (std::size_t k = 0; k < fCases.size(); ++k) {
     double weight = 0.0;
     for (const double cases : fCases[k]) weight += cases;

@@ -62,7 +62,6 @@ void TagWatch::LookInTag(char byte) {
     fQuote = byte;
   } else if (byte == '>') {
     fIn = In::kText;
-    fLength = 0;
   }
 }
 

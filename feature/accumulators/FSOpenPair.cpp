@@ -35,7 +35,6 @@ bool FSOpenPair::AddPiece(const FSTargetPiece& piece, const double* x, const dou
 std::size_t FSOpenPair::AddRun(std::size_t n, const double* x, const double* y,
                                const double* weights) {
   const std::size_t most = std::min(n, static_cast<std::size_t>(kMost - fN));
-  if (most == 0) return 0;
   FSTargetPiece piece{0, most, fN == 0 ? y[0] : fOriginY, fY};
   std::array<double, kMost> stepsY;
   for (std::size_t k = 0; k < most; ++k) stepsY[k] = y[k] - piece.fOrigin;

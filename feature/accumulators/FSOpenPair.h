@@ -28,7 +28,7 @@ class FSOpenPair {
 
   // Adds pairs of small weights as long as there are some, and room; returns how many.
   // 0, and nothing has changed, when an x is missing, or a value is too large to be summed without
-  // a look at the scale.
+  // a look at the scale. REQUIRES: there are some, and room.
   std::size_t AddRun(std::size_t n, const double* x, const double* y, const double* weights);
 
   // The same for a whole piece of the target, whose steps and sums all predictors share; weights

@@ -52,7 +52,7 @@ double ShareWithOneCase(const FSMapICnt& counts) {
 void CheckCategorical(const FSSettings& settings, const FSPredictorState& state,
                       const FSMapICnt& counts, bool oneCaseRule, std::vector<int>& reasons) {
   CheckMissing(settings, state, reasons);
-  if (counts.Size() == 0 || state.GetNValidCases() <= 0) return;
+  if (counts.Size() == 0) return;
   if (settings.IsDeleteManySingle() &&
       IsAbove(LargestShare(counts), settings.GetMaxSingleFraction())) {
     reasons.push_back(kManyInSingleCategory);

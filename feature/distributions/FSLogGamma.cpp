@@ -21,7 +21,10 @@ double FSLogGamma::Rise(double a, double b) {
 double FSLogGamma::LogGamma(double a) { return Rise(a, 1.0) - std::log(a); }
 
 double FSLogGamma::LogRest(double v, double logOf1PlusV) {
-  if (v <= -0.5) return logOf1PlusV - v;
+  return v <= -0.5 ? logOf1PlusV - v : LogRest(v);
+}
+
+double FSLogGamma::LogRest(double v) {
   if (v >= 0.5) return std::log1p(v) - v;
   // ln(1 + v) = 2 (r + r^3/3 + r^5/5 + ...) with r = v / (2 + v), and 2 r - v = -v r.
   const double r = v / (2.0 + v);

@@ -16,6 +16,8 @@ double Rise(double a, double b);
 double LogGamma(double a);
 // ln(1 + v) - v, given ln(1 + v) as it is known where v is near -1. REQUIRES: v >= -1.
 double LogRest(double v, double logOf1PlusV);
+// ln(1 + v) - v. REQUIRES: v > -0.5.
+double LogRest(double v);
 // ln(1 - e^l): the other side of a probability given by its logarithm. REQUIRES: l <= 0.
 double OtherSide(double l);
 

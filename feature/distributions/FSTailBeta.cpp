@@ -68,7 +68,7 @@ double FSTailBeta::LogFront(const Side& from, const Side& other) {
            LogGamma(std::min(a, b));
   }
   return a * LogRest(from.fAway, from.fLogAt + std::log1p(b / a)) +
-         b * LogRest(other.fAway, other.fLogAt + std::log1p(a / b)) +
+         b * LogRest(other.fAway) +
          0.5 * (std::log(a) - std::log1p(a / b)) - FSNumerics::kLogSqrtTwoPi +
          (StirlingRest(a + b) - StirlingRest(a) - StirlingRest(b));
 }

@@ -25,6 +25,7 @@ class FSTailBeta {
   static bool HasSeries(const Side& from, const Side& other);
   static double LogBySeries(const Side& from, const Side& other);
   static std::optional<double> LogByFraction(const Side& from, const Side& other);
+  // REQUIRES: the other side is not below its mean.
   static double LogFront(const Side& from, const Side& other);
 
   Side fLower;

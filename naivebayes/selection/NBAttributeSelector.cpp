@@ -249,8 +249,8 @@ int NBAttributeSelector::FillSelectionResults(std::vector<std::pair<double, int>
 }
 
 void NBAttributeSelector::ConvertSelectedPredictors(std::vector<int>& selected) const {
-  selected.clear();
-  for (int j : fvOrder) selected.push_back(fModel.fInputs[j].GetVarIndex());
+  selected = fvOrder;
+  for (int& j : selected) j = fModel.fInputs[j].GetVarIndex();
 }
 
 NBRecordStore NBAttributeSelector::MakeStore(MultiPassRecordIter& data) const {

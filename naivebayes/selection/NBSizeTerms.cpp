@@ -32,7 +32,6 @@ bool Sum(const NBModelView& model, const std::vector<int>& order, int first, NBC
     if (codes == nullptr) break;
     if (!chunks.ForEach(*codes, addChunk)) return false;
   }
-  totals.clear();
   for (const NBOddsSum& sum : sums) totals.push_back(sum.Total());
   return !source.HasFailed() && !cancel.IsCancel();
 }

@@ -132,7 +132,7 @@ void NBFoldLanes::Enter(const std::vector<int>& inputs) {
   std::vector<Table> tables;
   for (const int input : distinct) {
     std::vector<char> isEntered;
-    for (const int own : inputs) isEntered.push_back(own == input ? 1 : 0);
+    for (const int own : inputs) isEntered.push_back(own == input);
     tables.push_back(MakeTable(input, isEntered));
   }
   std::ignore = ForEachChunk([&](const Chunk& chunk) {

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <functional>
 #include <random>
+#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -228,6 +229,39 @@ TEST(Evaluation, MeasuresAndIntervalsAreThoseOfTheirDefinitions) {
       ExpectNear(found.fClasses[k].fAUC, OnOdds(AreaOf(copies, k)), "area");
     }
   }
+}
+
+TEST(Evaluation, OfFewCasesOrOneClassTellsWhatThereIsToTell) {
+  const auto evaluated = [](std::size_t model, const std::vector<std::size_t>& observed,
+                            const std::vector<std::size_t>& predicted = {}) {
+    MCCommon::EvaluationCounter counter(model);
+    std::vector<double> probabilities(model, 0.0);
+    for (std::size_t i = 0; i < observed.size(); ++i) {
+      probabilities[0] = 0.6 + 0.1 * static_cast<double>(i);
+      probabilities[1] = 1 - probabilities[0];
+      counter.Add(observed[i], predicted.empty() ? 0 : predicted[i], probabilities, 1);
+    }
+    return counter.Find(std::vector<double>(model, 1.0 / static_cast<double>(model)));
+  };
+  const auto at = [](const MCCommon::Evaluation& found, Measure measure) {
+    return found.fMeasures[static_cast<std::size_t>(measure)];
+  };
+  ExpectNear(at(evaluated(2, {0, 0}), Measure::kLogLoss), MeanOf({-std::log(0.6), -std::log(0.7)}),
+             "two cases");
+  constexpr std::size_t kMany = MCCommon::EvaluationCounter::kMostAreas + 1;
+  const std::tuple<std::size_t, std::vector<std::size_t>, const char*> withoutArea[] = {
+      {2, {0, 0}, "one class"},
+      {2, {2, 2}, "one class, which the model does not know"},
+      {kMany, {0, 1}, "more classes than areas are found of"}};
+  for (const auto& [model, observed, what] : withoutArea) {
+    const MCCommon::Evaluation found = evaluated(model, observed);
+    EXPECT_EQ(at(found, Measure::kAUC).fValue, MCMV::gMissingValue) << what;
+    EXPECT_EQ(found.fClasses[0].fAUC.fValue, MCMV::gMissingValue) << what;
+  }
+  const Estimate wrong = ByDifferences(Matthews, {{1, 2}, {1, 0}});
+  EXPECT_EQ(wrong.fLow, -1);
+  ExpectNear(at(evaluated(2, {0, 0, 0, 1}, {0, 1, 1, 0}), Measure::kMCC), wrong,
+             "nearly all wrong");
 }
 
 // Quantiles from published tables.

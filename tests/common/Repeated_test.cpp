@@ -34,6 +34,30 @@ TEST(Repeated, AnIntervalNeedsValuesThatDiffer) {
   }
 }
 
+// Made once with numpy by the estimator and the variance of Nogueira, Sechidis and Brown (2018).
+TEST(Repeated, StabilityAndItsIntervalAreThePublishedOnes) {
+  const struct {
+    std::vector<std::vector<int>> fSelected;
+    int fCandidates;
+    double fStability, fHalf;
+  } cases[] = {
+      {{{0, 1, 2}, {0, 1, 3}, {0, 1, 2}, {0, 1}, {0, 1, 2, 4}, {0, 1, 2}},
+       9,
+       0.7,
+       0.149892600081881},
+      {{{0, 1}, {0, 2}, {0, 1, 3}, {0}, {1, 2}}, 4, 0.0, 0.2479180129218246},
+      {{{0}, {}}, 1, -1.0, -1},
+  };
+  for (const auto& tried : cases) {
+    const auto found = MCCommon::StabilityOf(tried.fSelected, tried.fCandidates);
+    EXPECT_NEAR(found.fValue, tried.fStability, 1e-14);
+    EXPECT_EQ(MCMV::IsMissing(found.fLow), tried.fHalf < 0);
+    if (tried.fHalf < 0) continue;
+    EXPECT_NEAR(found.fHigh, tried.fStability + tried.fHalf, 1e-14);
+    EXPECT_NEAR(found.fLow, tried.fStability - tried.fHalf, 1e-14);
+  }
+}
+
 // None or all in every fold leave nothing to tell, however the shares round.
 TEST(Repeated, StabilityNeedsAChoice) {
   const std::vector<int> all = {0, 1};

@@ -6,6 +6,8 @@
 #include <cmath>
 #include <vector>
 
+#include "common/state/StateBytes.h"
+
 using MCCommon::ScoreCurves;
 
 namespace {
@@ -54,6 +56,31 @@ TEST(Curves, KeepTheMeanProbabilityOfAStepAndTakeCertaintyForItsLastOne) {
       std::lround((std::log(0.6 / 0.4) + ScoreCurves::kRange) * ScoreCurves::kStepsPerUnit));
   EXPECT_EQ(steps[place].fOf, 2.0);
   EXPECT_DOUBLE_EQ(steps[place].fSum, 1.2);
+}
+
+TEST(Curves, OfPartsThatTravelAddUpToTheWhole) {
+  ScoreCurves whole(2), parts(2);
+  for (int part = 0; part < 3; ++part) {
+    ScoreCurves counted(2);
+    for (int i = 0; i < 20; ++i) {
+      const double p = (7 * i + part) % 20 / 19.0;
+      const double both[] = {1.0 - p, p};
+      counted.Count(i % 2, both, 1.0 + part);
+      whole.Count(i % 2, both, 1.0 + part);
+    }
+    ScoreCurves there(0);
+    ASSERT_TRUE(StateBytes::To(StateBytes::Of(counted), there));
+    parts.Add(there);
+  }
+  for (const int category : {0, 1}) {
+    const auto expected = whole.StepsOf(category);
+    for (std::size_t i = 0; i < expected.size(); ++i) {
+      const ScoreCurves::Step& found = parts.StepsOf(category)[i];
+      EXPECT_EQ(found.fOf, expected[i].fOf) << i;
+      EXPECT_EQ(found.fOthers, expected[i].fOthers) << i;
+      EXPECT_NEAR(found.fSum, expected[i].fSum, 1e-12) << i;
+    }
+  }
 }
 
 TEST(Curves, AreKeptOfTheFirstCategoriesOnly) {

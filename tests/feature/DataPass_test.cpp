@@ -14,6 +14,8 @@
 #include "common/Progress.h"
 #include "feature/FSFactory.h"
 #include "feature/FSSettings.h"
+#include "feature/accumulators/FSLoops.h"
+#include "tests/InstructionSets.h"
 #include "tests/feature/RandomRuns.h"
 #include "tests/feature/Tables.h"
 
@@ -44,27 +46,34 @@ TEST(DataPass, TransactionsGiveTheBitsOfRecords) {
   std::mt19937 random(11);
   for (int i = 0; i < 400; ++i) {
     table[0].push_back(static_cast<double>(random() % 3));
+    int items = 0;
     for (int j = 0; j < 3; ++j) {
       const bool there = random() % 4 != 0;
-      const double value =
+      double value =
           j == 1 ? 0.25 * static_cast<double>(random() % 100) : static_cast<double>(random() % 6);
+      if (random() % 8 == 0) value = j == 1 ? KOVA_SystemMissing : -1.0;
       table[static_cast<std::size_t>(j) + 1].push_back(there ? value : KOVA_SystemMissing);
       if (!there) continue;
+      ++items;
       const double row[] = {100.0 + i, 1.0 * j, value, table[0].back()};
       for (std::size_t k = 0; k < 4; ++k) transactions[k].push_back(row[k]);
     }
     // A case without any item does not appear among transactions.
-    const auto missing = [&](std::size_t j) { return MCMV::IsMissing(table[j].back()); };
-    if (missing(1) && missing(2) && missing(3)) {
-      for (auto& column : table) column.pop_back();
-    }
+    if (items > 0) continue;
+    for (auto& column : table) column.pop_back();
   }
   FSSettings settings({true, false, true}, true);
-  RecordsOf records(table);
-  const std::vector<double> expected = RunOver(records, settings);
+  const auto report = [&settings](const Table& cases) {
+    const auto component = FSFactory().CreateFSAlgorithm(&settings);
+    BlocksOf source(cases, 64);
+    EXPECT_TRUE(component->AccumulateAndRank(source, -1, false, 0).IsOK());
+    std::vector<double> told = ReportOf(*component);
+    for (int j = 0; j < 3; ++j) told.push_back(component->GetPredictorProfile(j).fMissing);
+    return told;
+  };
+  const std::vector<double> expected = report(table);
   settings.SetFlagTrInput(true);
-  BlocksOf source(transactions, 64);
-  EXPECT_TRUE(SameBits(RunOver(source, settings), expected));
+  EXPECT_TRUE(SameBits(report(transactions), expected));
 }
 
 TEST(DataPass, ItemsOfATransactionIncreaseAndLieAmongThePredictors) {
@@ -193,13 +202,15 @@ class Listener : public ProgressListener {
   std::vector<long> fPredictors;
 };
 
-TEST(DataPass, ProgressComesAfterEveryHundredthRecord) {
-  Table table(2);
+TEST(DataPass, ProgressComesAfterEveryHundredthRecordAndEveryPredictor) {
+  Table table(3);
   for (int i = 0; i < 250; ++i) {
     table[0].push_back(i % 2);
     table[1].push_back(i % 3);
+    table[2].push_back(i % 5);
   }
-  FSSettings settings(1, true, true);
+  FSSettings settings(2, true, true);
+  settings.SetNSkippedPredictorReports(0);
   Listener listener;
   settings.SetProgressListener(&listener);
   FSFactory factory;
@@ -207,7 +218,21 @@ TEST(DataPass, ProgressComesAfterEveryHundredthRecord) {
   BlocksOf source(table, 4096);
   EXPECT_TRUE(component->Accumulate(source, -1).IsOK());
   EXPECT_EQ(listener.fRecords, (std::vector<long>{100, 200}));
-  EXPECT_EQ(listener.fPredictors, (std::vector<long>{-1, -1}));
+  EXPECT_TRUE(component->ScreenAndRank(false, 0).IsOK());
+  EXPECT_EQ(listener.fPredictors, (std::vector<long>{-1, -1, 1, 2}));
+}
+
+TEST(DataPass, WhatStandsBehindAColumnOfWeightsIsNotLookedAt) {
+  std::vector<double> weights(32, -1.0);
+  MCTest::ForEachInstructionSet([&] {
+    for (std::size_t n = 1; n < 20; ++n) {
+      std::fill_n(weights.begin(), n, 1.0);
+      std::fill(weights.begin() + static_cast<std::ptrdiff_t>(n), weights.end(), -1.0);
+      const FSWeightTraits traits = FSLoops::InUse().fLookAtWeights(weights.data(), n);
+      EXPECT_TRUE(traits.fbValid && traits.fbUnit) << n;
+      EXPECT_EQ(traits.fSum, static_cast<double>(n));
+    }
+  });
 }
 
 TEST(DataPass, TheLimitCountsCasesWithAValidWeight) {

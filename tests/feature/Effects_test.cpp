@@ -193,6 +193,21 @@ TEST(Effects, OfThePerfectTheConstantAndTheFewHaveNoInterval) {
   EXPECT_EQ(separated.fOmegaSquared, 1.0);
   EXPECT_EQ(separated.fLogP, -infinity);
   EXPECT_EQ(separated.fStatistic, kMissing);
+  for (const double slope : {2.0, -2.0}) {
+    const FSEffect line =
+        EffectOf({{1, 2, 3, 4}, {slope, 2 * slope, 3 * slope, 4 * slope}}, false, false);
+    EXPECT_EQ(line.fSize, slope / 2.0);
+    EXPECT_EQ(line.fLogP, -infinity);
+    EXPECT_EQ(line.fStatistic, kMissing);
+    EXPECT_EQ(FSEffects::IntervalOf(line, 0.95).fHigh, kMissing);
+  }
+  // A straight line whose values are so large that they are rounded.
+  Table rounded(2);
+  for (int i = 0; i < 20; ++i) {
+    rounded[0].push_back(1e11 + i);
+    rounded[1].push_back(rounded[0].back() / 3.0);
+  }
+  EXPECT_EQ(EffectOf(rounded, false, false).fLogP, -infinity);
   const FSEffect few = EffectOf({{1, 2, 4}, {1, 3, 3.5}}, false, false);
   EXPECT_NE(few.fSize, kMissing);
   for (const FSEffect& effect : {separated, few, FSEffect()}) {

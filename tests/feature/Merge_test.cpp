@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <limits>
 #include <map>
 #include <memory>
 #include <numeric>
@@ -129,6 +130,39 @@ TEST(Merging, HoldsWithoutATargetForConstantsAndForNothing) {
   EXPECT_TRUE(merged->CheckPredAllMissConst().IsOK());
   EXPECT_EQ(merged->GetIndicesDelPred(), (std::vector<int>{2, 3}));
   EXPECT_EQ(merged->GetReasonsDelPred(), (std::vector<int>{2, 1}));
+}
+
+TEST(Merging, WithoutATargetCategoriesOfAllPartsAreScreened) {
+  FSSettings settings(1, true, true);
+  settings.SetTargetPosition(-1);
+  settings.SetDeleteManySingle(true);
+  const auto merged = Accumulated(settings, {{1, 1, 1, 1}});
+  EXPECT_TRUE(merged->Merge(*Accumulated(settings, {{2, 2, 3, 3}}), nullptr).IsOK());
+  std::vector<int> indices;
+  std::vector<std::vector<int>> reasons;
+  EXPECT_TRUE(merged->ScreenWithoutTarget(indices, reasons).IsOK());
+  EXPECT_TRUE(indices.empty()) << "only half of the cases have category 1";
+}
+
+// 1 + 2 + 4 + ... cases make the largest int.
+TEST(Merging, CountsCasesUpToTheLargestInt) {
+  FSSettings settings(1, true, true);
+  auto part = Accumulated(settings, {{0}, {1}});
+  const auto all = NewComponent(settings);
+  for (int i = 0; i < 31; ++i) {
+    ASSERT_TRUE(all->Merge(*part, nullptr).IsOK()) << i;
+    auto twice = NewComponent(settings);
+    for (int k = 0; k < 2 && i < 30; ++k) {
+      EXPECT_TRUE(twice->Merge(*part, nullptr).IsOK());
+    }
+    part = std::move(twice);
+  }
+  double weights[2];
+  int valid = 0, excluded = 0;
+  all->GetNValidNExcluded(weights[0], weights[1], valid, excluded);
+  EXPECT_EQ(valid, std::numeric_limits<int>::max());
+  const auto one = Accumulated(settings, {{0}, {1}});
+  EXPECT_TRUE(all->Merge(*one, nullptr).IsError());
 }
 
 TEST(Merging, APartWithoutAValidCaseCountsItsExcludedCases) {

@@ -81,6 +81,21 @@ TEST(OddInput, TheUnitOfTheValuesChangesNoDigit) {
   }
 }
 
+// The last pairs of a few are beyond what is summed without a look at the scale.
+TEST(OddInput, AScaleThatGrowsAmidPairsChangesNoDigit) {
+  const Table table = {{1, 3, 2, 5, 9, 4}, {2, 1, 5, 3, 4, 9}};
+  for (const std::size_t scaled : {0, 1}) {
+    Table large = table;
+    for (double& value : large[scaled]) value = std::ldexp(value, 398);
+    const Component plain(FSSettings(1, false, false)), run(FSSettings(1, false, false));
+    for (const auto& [component, cases] : {std::pair{&plain, &table}, {&run, &large}}) {
+      EXPECT_TRUE(component->Accumulate(*cases).IsOK());
+      EXPECT_TRUE((*component)->SortAndRank(0).IsOK());
+    }
+    EXPECT_EQ(run.Stats(kTStat), plain.Stats(kTStat)) << scaled;
+  }
+}
+
 // Small values that come before large ones are nothing beside them, in one component or two.
 TEST(OddInput, ValuesOfAllSizesMayMeet) {
   for (const bool catTarget : {true, false}) {
@@ -257,6 +272,8 @@ TEST(OddInput, TransactionsCountTheirTargetAndNameAnyCase) {
   const Component run(settings);
   EXPECT_TRUE(run.Accumulate({{1, 1, 2}, {0, 1, 0}, {0, 1, 1}, {3, 3, 4}}).IsOK());
   EXPECT_EQ(run->GetNTargetCategories(), 2);
+  EXPECT_EQ(run->GetTargetCategoryCount(1), 1);
+  EXPECT_EQ(run->GetTargetCategoryCount(2), 0);
   const auto status = run.Accumulate({{5e9, 5e9}, {1, 0}, {0, 1}, {3, 3}});
   EXPECT_EQ(status.GetErrorCode(), 80007);
   EXPECT_EQ(status.GetDiscreteDatum(2), 5000000000);

@@ -8,7 +8,10 @@
 
 #include "common/evaluation/EvaluationCounter.h"
 #include "naivebayes/NBAlgorithm.h"
+#include "naivebayes/NBLoops.h"
+#include "naivebayes/store/NBCodeBuffer.h"
 #include "naivebayes/validation/NBCrossValidation.h"
+#include "naivebayes/validation/NBFoldModel.h"
 #include "naivebayes/validation/NBFolds.h"
 #include "tests/InstructionSets.h"
 #include "tests/naivebayes/TestRecords.h"
@@ -134,6 +137,8 @@ TEST_P(CrossValidation, SelectsInEachFoldWhatTheOtherCasesAloneSelect) {
     }
     const MCCommon::Evaluation expected = counter.Find(model->GetOutput().GetPriors());
     EXPECT_EQ(run.fEvaluation.fNRows, expected.fNRows);
+    EXPECT_NEAR(run.fTrainingWeight, model->GetTotalWeight(), 1e-9);
+    EXPECT_NEAR(run.fTestWeight, expected.fCases, 1e-9);
     for (std::size_t m = 0; m < MCCommon::kNMeasures; ++m) {
       EXPECT_NEAR(run.fEvaluation.fMeasures[m].fValue, expected.fMeasures[m].fValue, 1e-9) << m;
       EXPECT_NEAR(run.fEvaluation.fPrior[m].fValue, expected.fPrior[m].fValue, 1e-9) << m;
@@ -171,6 +176,56 @@ TEST(CrossValidationFolds, HaveTheSharesOfTheClassesAndDependOnTheSeedAlone) {
     EXPECT_EQ(folds, NBFolds::Deal(targets, nFolds, 4));
     EXPECT_NE(folds, NBFolds::Deal(targets, nFolds, 5));
   }
+}
+
+// Five bins of one case each and class, of which some are taken out.
+TEST(CrossValidationFolds, FillTheirEmptyBinsFromTheNearest) {
+  NBVarList list;
+  list.AddCatVar("y", "", 2, INBVariable::kNumericCategorical, INBVariable::kOutput);
+  list.AddContVar("x", "", 0, 10, 5, INBVariable::kInput);
+  NBCodeBuffer codes;
+  codes.Resize(1, 10);
+  std::vector<Record> records;
+  for (int i = 0; i < 10; ++i) {
+    records.push_back(Record({i % 2 * 1.0, i / 2 * 2.0 + 1}));
+    codes.fvTargets[i] = i % 2;
+    codes.fvCodes[0][i] = i / 2;
+  }
+  NBAlgorithm whole(NaiveBayesSettings(), list);
+  TestRecords source(records);
+  ASSERT_TRUE(whole.BuildModel(source, 10).IsOK());
+  const NBModelView view{whole.GetOutput(), whole.GetInputs()};
+  const struct {
+    std::vector<std::size_t> fvEmpty;
+    std::vector<std::int32_t> fvBins;
+  } cases[] = {{{}, {}},
+               {{0}, {1, 1, 2, 3, 4}},
+               {{4}, {0, 1, 2, 3, 3}},
+               {{3, 4}, {0, 1, 2, 2, 2}},
+               {{1, 2, 3}, {0, 0, 0, 4, 4}},
+               {{0, 1, 4}, {2, 2, 2, 3, 3}},
+               {{1, 2, 3, 4}, {0, 0, 0, 0, 0}}};
+  for (const auto& [empty, bins] : cases) {
+    NBFoldModel fold(view, 10);
+    std::vector<std::size_t> out;
+    for (const std::size_t bin : empty) out.insert(out.end(), {2 * bin, 2 * bin + 1});
+    fold.TakeOut(codes.View(), out);
+    fold.Finish(view);
+    EXPECT_EQ(fold.BinsOf(0), bins) << testing::PrintToString(empty);
+  }
+}
+
+TEST(CrossValidationLanes, KeepOddsWithinTheirLimits) {
+  const std::vector<double> before = {1e-6, 1e-3, 1, 2, 1e3, 1e6, 0, 3};
+  const std::vector<double> factors = {1e-6, 1e-6, 1e-9, 0.5, 1e6, 1e4, 7, 1e-4};
+  const std::vector<double> expected = {0, 1e-9, 1e-9, 1, 1e8, 1e8, 0, 3e-4};
+  const std::size_t first = 0;
+  MCTest::ForEachInstructionSet([&] {
+    std::vector<double> odds = before;
+    NBLoops::InUse().fMultiplyOdds(1, {factors.data(), nullptr, 1, 8}, &first, &first, 5e-10, 1e8,
+                                   odds.data());
+    EXPECT_THAT(odds, testing::Pointwise(testing::DoubleNear(1e-15), expected));
+  });
 }
 
 TEST(CrossValidationRuns, AreTheSameWithAnyInstructionsThreadsAndLanesBesideThem) {

@@ -264,7 +264,8 @@ TEST(NBVarList, NamesConstantAndEmptyVariablesInUse) {
   EXPECT_THAT(constant, testing::ElementsAre(1));
   list.SetVariableRole(1, INBVariable::kUnused);
   list.SetVariableRole(3, INBVariable::kUnused);
-  EXPECT_TRUE(list.IsValidList(constant, empty, false));
+  list.AddContVar("cut", "", {2.5}, INBVariable::kInput);
+  EXPECT_TRUE(list.IsValidList(constant, empty, false)) << "one cutpoint makes two bins";
 }
 
 TEST(Encoders, KnowTheirValuesAndNoOthers) {

@@ -1,12 +1,15 @@
-// The gain on other cases against its definition: each case left out in turn, the table and the
-// priors of the rest made anew.
+// What tells leaks against its definition: the gain on other cases with each case left out in turn,
+// the table and the priors of the rest made anew; the other traits by one case after the other.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <random>
+#include <set>
 
+#include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/model/NBLeaks.h"
-#include "naivebayes/model/NBayesInputBase.h"
+#include "tests/naivebayes/TestRecords.h"
 
 namespace {
 
@@ -72,6 +75,42 @@ TEST(NBLeaks, CategoriesOfNoiseMisleadAndOfKnowledgeDoNot) {
   EXPECT_LT(NBLeaks::GainOnOthers(counts, 1.0), -0.1);
   counts.Setup(1.0 / 500, known);
   EXPECT_GT(NBLeaks::GainOnOthers(counts, 1.0), 0.6) << "nearly ln 2, all that there is to know";
+}
+
+// Over RandomData, with one predictor that tells the target: cases in units of the mean weight,
+// used categories, and the variance of bins that are spread evenly.
+TEST(NBLeaks, TraitsOfAModelAreThoseOfItsCases) {
+  using nbtest::RandomData;
+  using nbtest::Reference;
+  constexpr int kTelling = 1, kBinned = 5;
+  std::vector<MCCommon::Record> records = RandomData::Make(200, 4);
+  for (auto& record : records) record[RandomData::kFirst + kTelling] = record[RandomData::kTarget];
+  NBAlgorithm model(NaiveBayesSettings(), RandomData::MakeList({0, 1, 2, 3, 4, 5}));
+  nbtest::TestRecords source(records);
+  ASSERT_FALSE(model.BuildModel(source, 200).IsError());
+  const auto nValid = static_cast<double>(std::ranges::count_if(records, Reference::IsValid));
+  const double unit = model.GetTotalWeight() / nValid;
+  ASSERT_EQ(model.GetLeakTraits().size(), 6u);
+  for (int j = 0; j < RandomData::kInputs; ++j) {
+    double weight = 0, sum = 0, squares = 0;
+    std::set<int> codes;
+    for (const auto& record : records) {
+      const int code = Reference::Code(record, j);
+      if (!Reference::IsValid(record) || code < 0) continue;
+      const double middle = 2.0 * code + 1;
+      weight += record[RandomData::kWeight];
+      sum += record[RandomData::kWeight] * middle;
+      squares += record[RandomData::kWeight] * middle * middle;
+      codes.insert(code);
+    }
+    const MCCommon::LeakTraits& traits = model.GetLeakTraits()[static_cast<std::size_t>(j)].fTraits;
+    EXPECT_NEAR(traits.fCases, weight / unit, 1e-9) << j;
+    EXPECT_EQ(traits.fbDetermines, j == kTelling) << j;
+    EXPECT_EQ(traits.fCategories, j == kBinned ? 0.0 : static_cast<double>(codes.size())) << j;
+    const double mean = sum / weight;
+    const double variance = squares / weight - mean * mean + 2.0 * 2.0 / 12.0;
+    EXPECT_NEAR(traits.fVariance, j == kBinned ? variance : 0.0, 1e-9) << j;
+  }
 }
 
 }  // namespace

@@ -10,13 +10,18 @@
 #include <random>
 #include <sstream>
 
+#include "common/state/StateBytes.h"
 #include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/NBFactory.h"
 #include "naivebayes/StatusMessages.h"
 #include "naivebayes/model/NBScaledProducts.h"
 #include "naivebayes/model/NBScoredBlock.h"
 #include "naivebayes/model/NBScoring.h"
+#include "naivebayes/parts/INBParts.h"
+#include "naivebayes/parts/NBPartClassified.h"
+#include "naivebayes/parts/NBPartCodes.h"
 #include "naivebayes/store/BinaryRecordIterator.h"
+#include "naivebayes/store/NBCodeBuffer.h"
 #include "tests/naivebayes/TestRecords.h"
 
 namespace {
@@ -96,6 +101,9 @@ TEST(Model, EstimatesAndPosteriorsAgreeWithTheDefinition) {
             expected.GetMisClassMatrixAsVecOfRows());
   EXPECT_EQ(stats.GetOverallError(), expected.GetOverallError());
   EXPECT_EQ(algorithm.GetTestOutStats(), nullptr);
+  std::ostringstream shown;
+  algorithm.GetOutput().Display(shown);
+  EXPECT_THAT(shown.str(), testing::HasSubstr("categories 3\n0: "));
   EXPECT_TRUE(source.HasMore()) << "rewound";
   double validWeight, excludedWeight;
   int nValid, excluded;
@@ -215,7 +223,11 @@ TEST(Model, MergedModelsAreTheModelOfAllRecords) {
   EXPECT_EQ(merged.GetMisClassMatrixAsVecOfRows(), expected.GetMisClassMatrixAsVecOfRows());
   NBAlgorithm other(NaiveBayesSettings(), RandomData::MakeList({0, 1}));
   ASSERT_TRUE(other.BuildModel(allSource, 1000).IsOK());
-  EXPECT_EQ(a.MergeModel(&other, true).GetErrorCode(), MCNaive::kModelsDiffer);
+  NBAlgorithm unbuilt = MakeEmpty();
+  for (const INBAlgorithm* none :
+       std::initializer_list<const INBAlgorithm*>{&other, &unbuilt, nullptr, &a}) {
+    EXPECT_EQ(a.MergeModel(none, true).GetErrorCode(), MCNaive::kModelsDiffer);
+  }
   EXPECT_TRUE(a.GetStatus().IsOK());
 }
 
@@ -462,6 +474,89 @@ TEST(Model, AnInputNeverSeenHasProbabilitiesOneOverN) {
   EXPECT_DOUBLE_EQ(input.GetProbability(0, 0), 3.5 / 5);
   EXPECT_DOUBLE_EQ(input.GetProbability(1, 0), 0.5 / 5);
   EXPECT_DOUBLE_EQ(input.GetProbability(2, 1), 0.5 / 2);
+  input.Setup(3, 2);
+  EXPECT_EQ(input.GetNNonEmpty(), 0);
+  std::vector<double> nothing = {0, 0};  // by weights beyond all measure
+  NBScoring::Normalize(nothing);
+  EXPECT_EQ(nothing, std::vector<double>(2, 0.0));
+}
+
+// The counts of all cases as those of one part.
+struct OnePart : INBParts {
+  bool Count(NBPartCounts& counts) override {
+    counts = fCounts;
+    return true;
+  }
+  bool Ask(const NBPartQuestion&, NBPartSums&) override { return false; }
+  NBPartCounts fCounts;
+};
+
+// Of weights in the first column, too; and counted as a part as often as one likes.
+TEST(Model, TheWeightMayStandAnywhere) {
+  const auto data = RandomData::Make(200, 9);
+  NBAlgorithm usual = MakeEmpty(), usualPart = MakeEmpty();
+  TestRecords source(data);
+  ASSERT_TRUE(usual.BuildModel(source, 200).IsOK());
+  ASSERT_TRUE(source.NewPass());
+  OnePart all;
+  std::unique_ptr<NBPartCodes> usualCodes, codes;
+  ASSERT_FALSE(
+      usualPart.CountPart({.fData = source, .fNRecords = 200}, all.fCounts, usualCodes).IsError());
+  auto swapped = data;
+  for (Record& r : swapped) std::swap(r[0], r[1]);
+  NBVarList list;
+  list.AddWeightVar("w", "", INBVariable::kAsIs);
+  list.AddCatVar("y", "", 3, INBVariable::kNumericCategorical, INBVariable::kOutput);
+  for (int cats : {2, 3, 4, 2, 5}) {
+    list.AddCatVar("x" + std::to_string(list.Size()), "", cats, INBVariable::kNumericCategorical,
+                   INBVariable::kInput);
+  }
+  list.AddContVar("c", "", 0, 10, 5, INBVariable::kInput);
+  TestRecords other(swapped);
+  NBAlgorithm algorithm(NaiveBayesSettings(), list), part(NaiveBayesSettings(), list);
+  ASSERT_TRUE(algorithm.BuildModel(other, 200).IsOK());
+  ExpectSameModel(algorithm, usual);
+  for (const bool kept : {false, true, false}) {
+    ASSERT_TRUE(other.NewPass());
+    NBPartCounts counts;
+    ASSERT_FALSE(part.CountPart({.fData = other, .fNRecords = 200, .fbKept = kept}, counts, codes)
+                     .IsError());
+    EXPECT_EQ(counts.fWeight, usual.GetTotalWeight());
+    for (int k = 0; k < 3; ++k) EXPECT_EQ(counts.fTarget[k], usual.GetTargetCategoryCount(k));
+    EXPECT_TRUE(!kept || codes->Bytes() == usualCodes->Bytes());
+  }
+  for (int times = 0; times < 2; ++times) {
+    ASSERT_TRUE(algorithm.BuildModelInParts(all).IsOK());
+    ExpectSameModel(algorithm, usual);
+  }
+}
+
+TEST(Parts, SayNothingThatCannotBe) {
+  const std::pair<double, bool> weights[] = {
+      {1, true}, {5e-324, true}, {0, false}, {-1, false}, {std::nan(""), false}};
+  for (const auto& [weight, isGood] : weights) {
+    NBCodeBuffer one;
+    one.Resize(1, 1);
+    one.fvWeights[0] = weight;
+    NBMemoryStore store({3}, true);
+    store.Add(one.View());
+    ASSERT_TRUE(store.NewPass());
+    NBPartCodes codes(2, {3}, true);
+    ASSERT_TRUE(codes.Add(store, false));
+    EXPECT_EQ(NBPartCodes::From(codes.Bytes()) != nullptr, isGood) << weight;
+  }
+  const std::pair<int, bool> targets[] = {{1, true}, {65535, true}, {0, false}, {65536, false}};
+  for (const auto& [n, isGood] : targets) {
+    NBPartClassified classified, read;
+    classified.fNTargets = n;
+    EXPECT_EQ(StateBytes::To(StateBytes::Of(classified), read), isGood) << n;
+  }
+  NBPartClassified classified, read;
+  classified.fNTargets = 2;
+  for (const int n : {1, 2, 3}) {
+    classified.fCurves[0].emplace(n);
+    EXPECT_EQ(StateBytes::To(StateBytes::Of(classified), read), n == 2) << n;
+  }
 }
 
 TEST(Model, ACaseWithoutValidInputTrainsThePriorsAndScoresToThem) {

@@ -43,10 +43,13 @@ std::vector<std::vector<double>> ReadCodes(NBCodeSource& source) {
   return all;
 }
 
-TEST_F(Preparation, RecordsBlocksAndBothStoresAgree) {
+class PreparationOf : public Preparation, public testing::WithParamInterface<std::size_t> {};
+
+TEST_P(PreparationOf, RecordsBlocksAndBothStoresAgree) {
   auto data = RandomData::Make(500, 11);
-  data[20][0] = data[20][1] = 1;
-  data[20][RandomData::kFirst + 1] = 3;  // one code too high: a warning, and missing
+  Record& high = data[GetParam()];
+  high[0] = high[1] = 1;
+  high[RandomData::kFirst + 1] = 3;  // one code too high: a warning, and missing
   std::vector<std::vector<double>> expected;
   NBExcluded excluded;
   for (const Record& record : data) {
@@ -72,7 +75,7 @@ TEST_F(Preparation, RecordsBlocksAndBothStoresAgree) {
         fPreparator.ProcessSource(source, {1000, inMemory, testing::TempDir() + "prep"}, stored);
     EXPECT_TRUE(status.IsWarning());
     EXPECT_EQ(status.GetErrorCode(), MCNaive::kCodeOutOfRange);
-    EXPECT_EQ(status.GetDiscreteDatum(0), 20);
+    EXPECT_EQ(status.GetDiscreteDatum(0), static_cast<std::int64_t>(GetParam()));
     EXPECT_EQ(stored.fNRecords, static_cast<int>(expected.size()));
     EXPECT_EQ(stored.fExcluded.fNRecords, excluded.fNRecords);
     EXPECT_EQ(stored.fExcluded.fWeight, excluded.fWeight);
@@ -85,6 +88,8 @@ TEST_F(Preparation, RecordsBlocksAndBothStoresAgree) {
     EXPECT_FALSE(stored.fpStore->HasFailed());
   }
 }
+
+INSTANTIATE_TEST_SUITE_P(ACodeTooHighInRecord, PreparationOf, testing::Values(0, 20));
 
 TEST(NBMemoryStore, KeepsCodesOfAnyWidthInBlocks) {
   // The highest codes of each width, the next one, and missing values.

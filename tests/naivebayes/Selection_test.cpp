@@ -80,7 +80,12 @@ std::vector<int> ChosenInputs(const NBAlgorithm& algorithm) {
 
 TEST(Selection, AgreesWithTheDefinitionForEveryRuleAndForcedSet) {
   for (unsigned seed : {1u, 2u, 3u}) {
-    const auto data = RandomData::Make(150, seed);
+    auto data = RandomData::Make(150, seed);
+    if (seed == 3) {  // weights that are nearly all 1
+      for (Record& record : data) record[RandomData::kWeight] = 1;
+      data[0][RandomData::kTarget] = 0;
+      data[0][RandomData::kWeight] = 2;
+    }
     const auto testData = RandomData::Make(70, seed + 100);
     const Reference reference(data);
     for (const auto& forced : std::vector<std::vector<int>>{{}, {0}, {1, 5}}) {
@@ -153,6 +158,10 @@ TEST(Selection, FromATemporaryFileReportsTheTrainingDataNotTheSimulatedRecords) 
   EXPECT_EQ(a.fvResults, b.fvResults);
   ASSERT_EQ(a.fvResults.size(), 1u);
   EXPECT_EQ(a.fvLogLikelihoods[5], b.fvLogLikelihoods[5]);
+  reduced.SetDiscreteDatum(0, 9);
+  reduced.SetDiscreteDatum(1, 1);
+  reduced.SetDiscreteDatum(2, 5);
+  EXPECT_EQ(Select(data, {.fvForced = {2}, .fSize = 9}).fStatus, reduced);
   const Outcome exact =
       Select(data, {.fvForced = {2}, .fSize = 3, .fbExact = true, .fbInMemory = false});
   EXPECT_EQ(exact.fvLogLikelihoods[0], file.fvLogLikelihoods[0]);
@@ -177,19 +186,30 @@ std::vector<int> Simulate(const Reference& model, MCNaiveBayes::MCRandom& random
   return record;
 }
 
-// The order of entry by simulated steps: of the terms A + B, B from `draws` new records each step.
-std::vector<int> SimulatedForward(const std::vector<Record>& data, std::vector<int> order,
-                                  int draws, MCNaiveBayes::MCRandom& random) {
-  const Reference model(data);
-  while (order.size() < model.fvP.size()) {
-    std::vector<double> scores(model.fvP.size(), 0.0);
-    for (const Record& r : data) {
-      for (std::size_t j = 0; j < scores.size(); ++j) {
-        const int m = Reference::Code(r, static_cast<int>(j));
-        if (!Reference::IsValid(r) || m < 0) continue;
-        scores[j] += r[1] / model.fN * std::log(model.fvP[j][m][Reference::Class(r)]);
-      }
+// A(j) of all inputs, and behind them what the priors add.
+std::vector<double> PartsOf(const Reference& model, const std::vector<Record>& data) {
+  std::vector<double> parts(model.fvP.size() + 1, 0.0);
+  for (const Record& r : data) {
+    if (!Reference::IsValid(r)) continue;
+    parts.back() += r[1] / model.fN * std::log(model.fvPriors[Reference::Class(r)]);
+    for (std::size_t j = 0; j < model.fvP.size(); ++j) {
+      const int m = Reference::Code(r, static_cast<int>(j));
+      if (m < 0) continue;
+      parts[j] += r[1] / model.fN * std::log(model.fvP[j][m][Reference::Class(r)]);
     }
+  }
+  return parts;
+}
+
+// The order of entry by simulated steps: of the terms A + B, B from `draws` new records each step.
+// Each step's log-likelihood goes to `values`.
+std::vector<int> SimulatedForward(const std::vector<Record>& data, std::vector<int> order,
+                                  int draws, MCNaiveBayes::MCRandom& random,
+                                  std::vector<double>* values = nullptr) {
+  const Reference model(data);
+  const std::vector<double> parts = PartsOf(model, data);
+  while (order.size() < model.fvP.size()) {
+    std::vector<double> scores(parts.begin(), parts.end() - 1);
     for (int i = 0; i < draws; ++i) {
       const std::vector<int> record = Simulate(model, random);
       for (std::size_t c = 0; c < scores.size(); ++c) {
@@ -202,9 +222,12 @@ std::vector<int> SimulatedForward(const std::vector<Record>& data, std::vector<i
         scores[c] -= std::log(sum) / draws;
       }
     }
+    double before = parts.back();
+    for (int j : order) before += parts[j];
     for (int j : order) scores[j] = -1e300;
     order.push_back(
         static_cast<int>(std::max_element(scores.begin(), scores.end()) - scores.begin()));
+    if (values != nullptr) values->push_back(before + scores[order.back()]);
   }
   return order;
 }
@@ -245,7 +268,13 @@ TEST(Selection, SimulatedStepsAreThoseOfTheDefinition) {
       MCNaiveBayes::MCRandom random(NaiveBayesSettings().GetRandomSeed(), true, true, nullptr);
       const Outcome out = Select(data, {.fvForced = forced, .fbInMemory = false});
       ASSERT_TRUE(out.fStatus.IsOK());
-      EXPECT_EQ(out.fvOrder, SimulatedForward(data, forced, 200, random));
+      std::vector<double> values;
+      EXPECT_EQ(out.fvOrder, SimulatedForward(data, forced, 200, random, &values));
+      const Outcome exact =
+          Select(data, {.fvForced = forced, .fSize = 6, .fbExact = true, .fbInMemory = false});
+      for (std::size_t s = forced.size(); s < 6; ++s) {
+        EXPECT_NEAR(exact.fvLogLikelihoods[s], values[s - forced.size()], 1e-12) << s;
+      }
     }
   }
 }
@@ -294,7 +323,7 @@ TEST(Selection, TheSmallerOfTwoEqualSizesIsChosen) {
   EXPECT_EQ(out.fpAlgorithm->GetNumberOfInputVars(), 1);
 }
 
-TEST(Selection, ACodeCountsFromFiftyFiveHundredthsOn) {
+TEST(Selection, ItsSingleTermsAreThoseOfTheDefinitionAndACodeCountsFromFiftyFiveHundredthsOn) {
   const auto data = RandomData::Make(100, 3);
   const Reference reference(data);
   NBVarList list = RandomData::MakeList({0, 1, 2, 3, 4, 5});
@@ -316,6 +345,15 @@ TEST(Selection, ACodeCountsFromFiftyFiveHundredthsOn) {
       for (int k = 0; k < 3; ++k) sum += reference.Joint(expected, {0, 2, c == 0 ? 1 : 4}, k);
       EXPECT_NEAR(terms[c], std::log(sum), 1e-14) << code;
     }
+  }
+  const std::vector<double> parts = PartsOf(reference, data);
+  MCNaiveBayes::MCRandom random(7, true, true, nullptr), same(7, true, true, nullptr);
+  for (int j = 0; j < RandomData::kInputs; ++j) {
+    EXPECT_NEAR(selector.ComputeAJTerm(j, reference.fN), parts[j], 1e-13) << j;
+    Record drawn(1 + RandomData::kInputs);
+    selector.GenerateSimulatedRecord(drawn, random);
+    const std::vector<int> expected = Simulate(reference, same);
+    EXPECT_EQ(drawn.GetAll(), std::vector<double>(expected.begin(), expected.end()));
   }
 }
 

@@ -45,9 +45,9 @@ class TestRecords : public MCCommon::MultiPassRecordIter {
 struct RandomData {
   static constexpr int kTarget = 0, kWeight = 1, kFirst = 2, kInputs = 6, kClasses = 3;
 
-  static NBVarList MakeList(const std::vector<int>& forced = {}) {
+  static NBVarList MakeList(const std::vector<int>& forced = {}, int classes = kClasses) {
     NBVarList list;
-    list.AddCatVar("y", "", kClasses, INBVariable::kNumericCategorical, INBVariable::kOutput);
+    list.AddCatVar("y", "", classes, INBVariable::kNumericCategorical, INBVariable::kOutput);
     list.AddWeightVar("w", "", INBVariable::kAsIs);
     std::string name = "x";
     for (int cats : {2, 3, 4, 2, 5}) {
