@@ -10,7 +10,6 @@
 #include <random>
 #include <sstream>
 
-#include "common/state/StateBytes.h"
 #include "naivebayes/NBAlgorithm.h"
 #include "naivebayes/NBFactory.h"
 #include "naivebayes/StatusMessages.h"
@@ -18,10 +17,8 @@
 #include "naivebayes/model/NBScoredBlock.h"
 #include "naivebayes/model/NBScoring.h"
 #include "naivebayes/parts/INBParts.h"
-#include "naivebayes/parts/NBPartClassified.h"
 #include "naivebayes/parts/NBPartCodes.h"
 #include "naivebayes/store/BinaryRecordIterator.h"
-#include "naivebayes/store/NBCodeBuffer.h"
 #include "tests/naivebayes/TestRecords.h"
 
 namespace {
@@ -528,34 +525,6 @@ TEST(Model, TheWeightMayStandAnywhere) {
   for (int times = 0; times < 2; ++times) {
     ASSERT_TRUE(algorithm.BuildModelInParts(all).IsOK());
     ExpectSameModel(algorithm, usual);
-  }
-}
-
-TEST(Parts, SayNothingThatCannotBe) {
-  const std::pair<double, bool> weights[] = {
-      {1, true}, {5e-324, true}, {0, false}, {-1, false}, {std::nan(""), false}};
-  for (const auto& [weight, isGood] : weights) {
-    NBCodeBuffer one;
-    one.Resize(1, 1);
-    one.fvWeights[0] = weight;
-    NBMemoryStore store({3}, true);
-    store.Add(one.View());
-    ASSERT_TRUE(store.NewPass());
-    NBPartCodes codes(2, {3}, true);
-    ASSERT_TRUE(codes.Add(store, false));
-    EXPECT_EQ(NBPartCodes::From(codes.Bytes()) != nullptr, isGood) << weight;
-  }
-  const std::pair<int, bool> targets[] = {{1, true}, {65535, true}, {0, false}, {65536, false}};
-  for (const auto& [n, isGood] : targets) {
-    NBPartClassified classified, read;
-    classified.fNTargets = n;
-    EXPECT_EQ(StateBytes::To(StateBytes::Of(classified), read), isGood) << n;
-  }
-  NBPartClassified classified, read;
-  classified.fNTargets = 2;
-  for (const int n : {1, 2, 3}) {
-    classified.fCurves[0].emplace(n);
-    EXPECT_EQ(StateBytes::To(StateBytes::Of(classified), read), n == 2) << n;
   }
 }
 

@@ -336,7 +336,7 @@ TEST(Parts, NumbersThatCannotBeAreRefused) {
   using K = NBPartClassified;
   ExpectRefused<K>(classified,
                    {[](K& k) { k.fNCases = -1; }, [](K& k) { k.fNTargets = 0; },
-                    [](K& k) { k.fNTargets = 1 << 16; }, [](K& k) { k.fTest.pop_back(); },
+                    [](K& k) { (k = {}).fNTargets = 1 << 16; }, [](K& k) { k.fTest.pop_back(); },
                     [](K& k) { k.fEvaluation.emplace(2); }, [](K& k) { k.fCurves[0].emplace(2); }});
   K other = classified;
   other.fNTargets = 2;
