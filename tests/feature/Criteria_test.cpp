@@ -178,32 +178,6 @@ TEST(Accumulators, TellOfACriterionWhatTheComponentTells) {
   EXPECT_EQ(out, Stats(5, 7.0)) << "without a target there is nothing to tell";
 }
 
-TEST(Accumulators, TakeAnyWeightAboveZeroAndForgetOtherReasons) {
-  FSSettings settings(1, true, true);
-  const auto add = [](IFSPredTargetAccum& accumulator, double value, double weight) {
-    accumulator.AddCase(value, 1.0, weight, true);
-    accumulator.AddCaseOneVariable(value, weight, true);
-  };
-  for (const int kind : {0, 1, 2, 3, 4, 5}) {
-    std::unique_ptr<IFSPredTargetAccum> accumulator;
-    if (kind < 4) accumulator = AccumulatorOf(kind % 2 == 0, kind < 2);
-    if (kind == 4) accumulator = std::make_unique<FSCatAccum>();
-    if (kind == 5) accumulator = std::make_unique<FSContAccum>();
-    for (const double weight : {0.0, -1.0}) {
-      add(*accumulator, 1.0, weight);
-      add(*accumulator, 2.0, weight);
-    }
-    EXPECT_TRUE(accumulator->IsAllMissing() && accumulator->IsAllConstant()) << kind;
-    add(*accumulator, 1.0, 0.5);
-    add(*accumulator, 2.0, 0.5);
-    EXPECT_FALSE(accumulator->IsAllMissing() || accumulator->IsAllConstant()) << kind;
-    std::vector<int> reasons = {7};
-    const std::size_t found = accumulator->CheckAllReasons(&settings, reasons);
-    EXPECT_EQ(found, reasons.size()) << kind;
-    EXPECT_EQ(std::ranges::count(reasons, 7), 0) << kind;
-  }
-}
-
 // Statistics are kept once they are known: they must not outlive the counts they were made of.
 TEST(Ranking, StatisticsFollowLaterPassesAndCriteria) {
   for (const bool catTarget : {true, false}) {
@@ -255,6 +229,10 @@ TEST(Accumulators, AreNotChangedByACaseWithoutWeight) {
       weightless[k]->AddCaseOneVariable(1.0, weight, true);
     }
     EXPECT_EQ(dump(*weightless[k]), dump(*fresh[k])) << k;
+    std::vector<int> reasons = {kManyMissing};  // of another one
+    const FSSettings settings(1, true, true);
+    EXPECT_EQ(weightless[k]->CheckAllReasons(&settings, reasons), 0u) << k;
+    EXPECT_TRUE(reasons.empty()) << k;
   }
 }
 
