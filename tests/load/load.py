@@ -188,7 +188,7 @@ def write_wide(path, columns, rows):
 @job
 def job_wide(load):
     for columns, rows in ((20_000, 1000), (100_000, 200)):
-        most = 200 + columns * (15_000 + 40 * rows) / 2**20
+        most = 200 + columns * (10_000 + 12 * rows) / 2**20
         path = load.folder / "wide.csv"
         write_wide(path, load.many(columns, 10), rows)
         size = f"{rows:,} x {load.many(columns, 10):,}"
