@@ -11,16 +11,12 @@ namespace MCCommonXML {
 namespace {
 
 std::mutex gCounting;
+bool gbFailed = false;
 
 // In place of one that ends the program.
 class Panic : public xercesc::PanicHandler {
  public:
-  void panic(const PanicReasons /*reason*/) override {
-    fbMet = true;
-    throw std::bad_alloc();
-  }
-
-  bool fbMet = false;
+  void panic(const PanicReasons /*reason*/) override { throw std::bad_alloc(); }
 };
 
 Panic gPanic;
@@ -29,8 +25,14 @@ Panic gPanic;
 
 XMLPlatform::XMLPlatform() {
   const std::lock_guard lock(gCounting);
-  if (gPanic.fbMet) throw std::bad_alloc();
-  xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr, &gPanic);
+  if (gbFailed) throw std::bad_alloc();
+  try {
+    xercesc::XMLPlatformUtils::Initialize(xercesc::XMLUni::fgXercescDefaultLocale, nullptr,
+                                          &gPanic);
+  } catch (...) {  // of Xerces' types none is for the caller
+    gbFailed = true;
+    throw std::bad_alloc();
+  }
 }
 
 XMLPlatform::~XMLPlatform() {
