@@ -2,7 +2,7 @@
 """Fails every call of the program to the system or to the allocator in turn, and looks what becomes
 of the job.
 
-  inject.py PROGRAM LIBRARY [--every K] [--jobs NAME,...] [--faults NAME,...] [--keep FOLDER]
+  inject.py PROGRAM LIBRARY [--every K] [--jobs NAME,...] [--faults NAME,...]
 
 LIBRARY is what Faults.cpp makes. A job runs once to count its calls, and then once for each call
 that fails. Whatever fails, one of two ends is lawful:
@@ -88,12 +88,11 @@ JOBS = {
 }
 
 
-def library_of(code, said):
-    """Which library of others has ended the program in its own code, or let it wait for ever, by the
-    innermost frame of the end, or of the call that failed, that is neither the C or C++ library's nor
-    the injection's own; empty for the program itself."""
-    last = "hit" if code is None else "crash"
-    for frame in said[said.index(last) + 1:] if last in said else []:
+def library_of(said):
+    """Which library of others has ended the program in its own code, or let its first thread wait for
+    ever, by the innermost frame of the end that is neither the C or C++ library's nor the injection's
+    own; empty for the program itself, and where nothing is known."""
+    for frame in said[said.index("crash") + 1:] if "crash" in said else []:
         if re.search(r"/(lib(c|stdc\+\+|gcc_s|pthread|m)\.so|libfaults)", frame):
             continue
         if "nlohmann" in frame:
@@ -140,11 +139,16 @@ class Server:
         """The exit code, as subprocess has it; None where the job hung."""
         print(*parts, sep="\t", file=self.asks, flush=True)
         child = int(self.answers.readline())
-        hung = not select.select([self.answers], [], [], TIME_LIMIT)[0]
+        hung = not self.has_ended(TIME_LIMIT)
         if hung:
-            os.kill(child, signal.SIGKILL)
+            os.kill(child, signal.SIGABRT)  # which tells where it waits
+            if not self.has_ended(5):
+                os.kill(child, signal.SIGKILL)
         status = int(self.answers.readline())
         return None if hung else os.waitstatus_to_exitcode(status)
+
+    def has_ended(self, seconds):
+        return bool(select.select([self.answers], [], [], seconds)[0])
 
     def close(self):
         self.asks.close()
@@ -192,7 +196,10 @@ class Trial:
         """Exit code (None: it hung), both outputs, the files that it left, and the library's log."""
         kind = "malloc" if call == "malloc" else ""
         idle = self.servers[kind]
-        server = idle.pop() if idle else Server(self.given, self.arguments, self.environment(kind))
+        try:
+            server = idle.pop()
+        except IndexError:
+            server = Server(self.given, self.arguments, self.environment(kind))
         with self.new_folder() as folder:
             logs = [folder.with_suffix(end) for end in (".log", ".log.out", ".log.err")]
             code = server.run(folder, call, at, error, int(keep), logs[0])
@@ -223,7 +230,7 @@ class Trial:
         if code is None or code < 0:
             is_old = all(files.get(name) == OLD for name in self.outputs)
             what = "hangs" if code is None else f"dies of signal {-code}"
-            return "" if library_of(code, said) and is_old else what
+            return "" if library_of(said) and is_old else what
         if "terminate" in said:
             return "std::terminate"
         if code not in (0, 1, 2, 3):
@@ -289,7 +296,7 @@ def inject(given, base):
                 tally[fault][end] += 1
                 if end == "library":
                     how = "wait for ever" if code is None else "ended"
-                    libraries[f"{how} in {library_of(code, said)}"] += 1
+                    libraries[f"{how} in {library_of(said)}"] += 1
                 if what:
                     found.append((fault, trial.name, place, what, outcome))
             show(fault, tally[fault])
