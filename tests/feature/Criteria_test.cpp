@@ -54,8 +54,6 @@ TEST(FSCriterion, EachIsFoundByItsCodeAndByItsWord) {
   EXPECT_EQ(FSCriterion::FindKeyword("F"), nullptr);
 }
 
-// A criterion that is on for a set shows each kind of predictor in it, or ranks it beside the
-// other.
 TEST(MCFSCommon, NamesWhatThereIsAndNothingElse) {
   EXPECT_EQ(GetCriterionShortName(kPearson), "Pearson");
   EXPECT_EQ(GetDelReasonName(kAllMissing), "allMissing");
@@ -70,6 +68,8 @@ TEST(MCFSCommon, NamesWhatThereIsAndNothingElse) {
   EXPECT_EQ(ToFrequency(kRound, 2.5), 3.0);
 }
 
+// A criterion that is on for a set shows each kind of predictor in it, or ranks it beside the
+// other.
 TEST(FSCriterion, WhatSuitsASetHasAFormulaForSomeOfItsPredictors) {
   for (const FSCriterion& criterion : FSCriterion::All()) {
     for (const bool catTarget : {true, false}) {

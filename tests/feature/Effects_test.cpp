@@ -262,6 +262,8 @@ TEST(Effects, NoncentralFunctionsHoldAtTheEndsOfTheirDomain) {
   // A million cases: normal with mean df + lambda and variance 2 df + 4 lambda, nearly.
   const double lambda = FSNoncentral::LambdaOfChi(5e5, 4.0, 0.025);
   EXPECT_NEAR((lambda + 4.0 - 5e5) / std::sqrt(8.0 + 4.0 * lambda), 1.96, 5e-3);
+  // Near the most lambda: the square of a normal variable.
+  EXPECT_NEAR(std::sqrt(FSNoncentral::LambdaOfChi(4e9, 1.0, 0.025)) - std::sqrt(4e9), 1.96, 1e-3);
 }
 
 }  // namespace

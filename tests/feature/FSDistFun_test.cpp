@@ -74,6 +74,7 @@ TEST(FSDistFun, BadParametersAreMissing) {
                              FSDistFun::IdfChi(0.5, 0),      FSDistFun::IdfT(0, 3),
                              FSDistFun::IdfF(1, 2, 3),       FSDistFun::IdfF(0.5, 2, 0),
                              FSDistFun::IdfF(0.5, 0, 2),     FSDistFun::IdfF(-0.1, 2, 3),
+                             FSDistFun::IdfF(0, 0, 2),       FSDistFun::IdfF(0, 2, 0),
                              FSDistFun::IdfChi(1e-6, 3),     FSDistFun::IdfChi(0.5, kInfinity),
                              FSDistFun::IdfT(1, 3),          FSDistFun::IdfT(0.3, 0),
                              FSDistFun::CdfF(nan, 2, 3)}) {
@@ -147,16 +148,17 @@ TEST(FSDistFun, QuantilesInvertTheDistributions) {
       check("F", FSDistFun::CdfF(FSDistFun::IdfF(p, df, 8.0), df, 8.0));
     }
   }
-  // Few degrees of freedom, and shapes of which the starting value lies at an end.
-  for (const double df : {0.1, 0.3}) {
-    for (const double p : {0.95, 0.999}) {
-      EXPECT_NEAR(FSDistFun::CdfChi(FSDistFun::IdfChi(p, df), df) / p, 1.0, 2e-5) << p << df;
-    }
+  // Few degrees of freedom, the ends, and shapes of which the starting value lies at an end.
+  const std::pair<double, double> chi[] = {
+      {0.95, 0.1}, {0.999, 0.1}, {0.95, 0.3}, {0.999, 0.3}, {2e-6, 20.0}};
+  for (const auto& [p, df] : chi) {
+    EXPECT_NEAR(FSDistFun::CdfChi(FSDistFun::IdfChi(p, df), df) / p, 1.0, 2e-5) << p << " " << df;
   }
-  for (const double b : {0.05, 0.3, 4.0}) {
+  const double shapes[][3] = {{0.3, 0.5, 0.05}, {0.3, 0.5, 0.3}, {0.3, 0.5, 4}, {0.5, 0.2, 500}};
+  for (const auto& [p, a, b] : shapes) {
     long error = 0;
-    const double x = FSDistFun::betinv(0.3, 0.5, b, error);
-    EXPECT_NEAR(FSDistFun::cdfbet(x, 0.5, b, error), 0.3, 1e-6) << b;
+    const double x = FSDistFun::betinv(p, a, b, error);
+    EXPECT_NEAR(FSDistFun::cdfbet(x, a, b, error), p, 1e-6) << a << " " << b;
     EXPECT_EQ(error, 0);
   }
 }

@@ -19,7 +19,8 @@ constexpr double kNone = MCMV::gMissingValue;
 // A pass over a target (the first column), a categorical and a continuous predictor.
 class Counted {
  public:
-  Counted(Table table, bool catTarget) : fSettings({true, false}, catTarget), fTable(std::move(table)) {
+  Counted(Table table, bool catTarget)
+      : fSettings({true, false}, catTarget), fTable(std::move(table)) {
     fpAlgorithm = FSFactory().CreateFSAlgorithm(&fSettings);
     RecordsOf records(fTable);
     EXPECT_FALSE(fpAlgorithm->AccumulateAndRank(records, -1, false, 0).IsError());

@@ -2,16 +2,19 @@
 // before, or in error and empty.
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <fstream>
 #include <functional>
 #include <memory>
+#include <new>
 #include <sstream>
 #include <streambuf>
 #include <string>
 #include <vector>
 
+#include "common/xml/XMLPlatform.h"
 #include "feature/FSFactory.h"
 #include "feature/FSSettings.h"
 #include "feature/accumulators/FSCategoryMaps.h"
@@ -197,5 +200,25 @@ TEST_P(Starved, AStateIsRestoredWholeOrNotAtAll) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Memory, Starved, testing::Bool());
+
+// In processes of their own, which have no parser from then on.
+TEST(StarvedXML, WhatDoesNotComeUpAtFirstNeverDoes) {
+  const auto failures = [](int room) {
+    int calls = 0, failed = 0;
+    const auto start = [&] {
+      ++calls;
+      try {
+        while (calls <= room) ::operator delete(::operator new(1));  // until one is refused
+        const MCCommonXML::XMLPlatform platform;
+      } catch (const std::bad_alloc&) {
+        ++failed;
+      }
+    };
+    MCTest::Starve(MCTest::Places::kSome, start, [](bool) {});
+    return failed - room;
+  };
+  for (const int room : {0, 1, 9})
+    EXPECT_EXIT(_exit(failures(room)), testing::ExitedWithCode(2), "");
+}
 
 }  // namespace
