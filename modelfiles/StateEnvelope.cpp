@@ -25,15 +25,16 @@ constexpr std::streamoff kMostMarked = 512;
 constexpr const char* kChanged =
     "the file was changed, or cut short, after it was written: it does not fit its own checksum; "
     "take a copy, or save it again";
-constexpr const char* kUnsigned = "it is not signed, and only files that were signed with the key are to be read";
+constexpr const char* kUnsigned =
+    "it is not signed, and only files that were signed with the key are to be read";
 constexpr const char* kWrongKey = "it was not signed with this key, or was changed since";
 
 const unsigned char* BytesOf(std::string_view bytes) {
   return reinterpret_cast<const unsigned char*>(bytes.data());
 }
 
-// Neither digests nor signatures need the library set up (that is for random numbers), take memory,
-// or can fail.
+// Without sodium_init, which makes ready what these do not use: random numbers, guarded memory, and
+// the choice among ways to do other things. Digests and signatures take no memory and cannot fail.
 std::string DigestOf(std::string_view bytes) {
   static_assert(crypto_hash_sha256_BYTES == kDigestSize);
   std::string digest(kDigestSize, '\0');

@@ -67,8 +67,7 @@ double FSTailBeta::LogFront(const Side& from, const Side& other) {
     return a * from.fLogAt + b * other.fLogAt + Rise(std::min(a, b), std::max(a, b)) -
            LogGamma(std::min(a, b));
   }
-  return a * LogRest(from.fAway, from.fLogAt + std::log1p(b / a)) +
-         b * LogRest(other.fAway) +
+  return a * LogRest(from.fAway, from.fLogAt + std::log1p(b / a)) + b * LogRest(other.fAway) +
          0.5 * (std::log(a) - std::log1p(a / b)) - FSNumerics::kLogSqrtTwoPi +
          (StirlingRest(a + b) - StirlingRest(a) - StirlingRest(b));
 }

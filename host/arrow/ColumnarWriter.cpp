@@ -77,10 +77,9 @@ void WriteParquet(SavedBatches& batches, const std::string& path) {
           ->max_row_group_length(std::max<std::int64_t>(kGroupCells / columns, 1))
           ->build();
   const auto arrowProperties = parquet::ArrowWriterProperties::Builder().store_schema()->build();
-  const auto writer =
-      Value(parquet::arrow::FileWriter::Open(*batches.Schema(), &pool, output, properties,
-                                             arrowProperties),
-            path);
+  const auto writer = Value(parquet::arrow::FileWriter::Open(*batches.Schema(), &pool, output,
+                                                             properties, arrowProperties),
+                            path);
   const auto change = [](std::size_t, const auto& column) { return WithoutNullEntries(column); };
   WriteBatches(batches, path, change,
                [&](const arrow::RecordBatch& batch) { return writer->WriteRecordBatch(batch); });

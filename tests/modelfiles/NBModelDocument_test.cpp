@@ -52,7 +52,8 @@ std::string Write(const INBAlgorithm& algorithm, MCApplicInfo4XML* info,
                   MCNaive::MCStatus expected = {}) {
   std::ostringstream os;
   EXPECT_EQ(algorithm.ExportModelXML(os, info), expected);
-  return std::regex_replace(os.str(), std::regex("<Timestamp>[A-Z][^<]+:[0-9]{2} [0-9]{4}</Timestamp>"), "<Timestamp/>");
+  return std::regex_replace(
+      os.str(), std::regex("<Timestamp>[A-Z][^<]+:[0-9]{2} [0-9]{4}</Timestamp>"), "<Timestamp/>");
 }
 
 class ModelDocument : public testing::Test {
