@@ -233,6 +233,18 @@ TEST(Parts, CodesAnswerNoQuestionAboutOthersAndStopWhenToldTo) {
     const std::string next = sumsOf(changed, 1 << 20);
     EXPECT_EQ(next, sumsOf(changed, 0)) << &change - changes;
   }
+  // Where no product has room none is kept, so that a case may still come.
+  NBMemoryStore another(question.fModel.fCategories, true);
+  NBCodeBuffer one;
+  one.Resize(question.fModel.fCategories.size(), 1);
+  one.fvTargets[0] = 0;
+  one.fvWeights[0] = 1;
+  for (auto& column : one.fvCodes) column[0] = 0;
+  another.Add(one.View());
+  ASSERT_TRUE(another.NewPass());
+  sumsOf(question, 1);
+  ASSERT_TRUE(codes.Add(another, false));
+  sumsOf(question, 1);
   question.fModel.fCategories[1] += 1;
   EXPECT_FALSE(answers(question, INT32_MAX));
   sizes.fModel.fTarget.push_back(1.0);
