@@ -11,9 +11,8 @@ class OutputDocument;
 namespace PredSelect {
 
 struct DescribeRequest {
-  int fTop = 0;  // so many variables have a line on the page, the first ones; 0: all
-  bool fbForPrograms =
-      true;  // also the tables that are on no page: all there is to say of each variable
+  int fTop = 0;               // so many variables have a line on the page, the first ones; 0: all
+  bool fbForPrograms = true;  // also the tables that no page shows
 };
 
 // Reads the table once, in memory that grows with the distinct texts but not with the cases, and
