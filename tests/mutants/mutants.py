@@ -242,6 +242,8 @@ def main():
     unargued = [line for line in alive if line not in argued()]
     print(f"\nalive: {len(alive)}, of which argued {len(alive) - len(unargued)}; the others:")
     print("\n".join(unargued) or "none")
+    told = {m.line() for m in numbers.values()} & argued() - set(alive)
+    print("\n".join(["argued, but a test tells them:", *sorted(told)]) if told else "")
     return bool(unargued)
 
 
