@@ -22,7 +22,7 @@ constexpr double kLeastRoom = 1.0;  // in steps, so that a point alone has some
 Json Data(const XGraph& graph) {
   Json values = Json::array();
   for (const XElement::Point& point : graph.GetElement().GetPoints()) {
-    Json value;
+    Json value = Json::object();
     value["x"] = graph.GetXVariable().Relabelled(point.fX);
     value["y"] = MCMV::IsMissing(point.fY) ? Json(nullptr) : Json(point.fY);
     const XVariable* color = graph.GetElement().GetColorVariable();
@@ -101,7 +101,7 @@ Json LineLayer(const XGraph::ReferenceLine& line) {
 }  // namespace
 
 std::string XDocument::ToVegaLite() const {
-  Json json;
+  Json json = Json::object();
   json["$schema"] = "https://vega.github.io/schema/vega-lite/v5.json";
   json["title"] = {{"text", FacSTDictionary().Lookup(fTitleKey)}};
   if (!fFootnotes.empty()) json["title"]["subtitle"] = fFootnotes;

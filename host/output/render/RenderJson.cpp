@@ -34,7 +34,7 @@ class JsonWriter {
 };
 
 Json JsonWriter::Document(const OutputDocument& document) {
-  Json json;
+  Json json = Json::object();
   json["predselect"] = document.fVersion;
   json["data"] = {{"source", document.fDataSource},
                   {"cases", document.fNCases},
@@ -54,7 +54,7 @@ Json JsonWriter::Document(const OutputDocument& document) {
 }
 
 Json JsonWriter::Run(const OutputRun& run) {
-  Json json;
+  Json json = Json::object();
   json["command"] = run.fCommand;
   json["completed"] = run.fbCompleted;
   for (const char* list : {"messages", "notes", "tables", "charts"}) json[list] = Json::array();
@@ -77,7 +77,7 @@ Json JsonWriter::Run(const OutputRun& run) {
 }
 
 Json JsonWriter::Message(const OutputMessage& message) {
-  Json json;
+  Json json = Json::object();
   json["severity"] = SeverityName(message.fLevel);
   Id(message.fText);
   json["key"] = message.fText.fKey;
@@ -98,7 +98,7 @@ Json JsonWriter::Note(const OutputNote& note) {
 }
 
 Json JsonWriter::Table(const OutputTable& table) {
-  Json json;
+  Json json = Json::object();
   json["title"] = Id(table.fTitle);
   json["subtype"] = table.fSubtype;
   json["caption"] = table.fCaption ? Json(Id(*table.fCaption)) : Json(nullptr);
@@ -115,7 +115,7 @@ Json JsonWriter::Table(const OutputTable& table) {
 
 Json JsonWriter::Dimensions(const OutputTable& table) {
   constexpr const char* kAxes[] = {"rows", "columns", "layers"};
-  Json json;
+  Json json = Json::object();
   for (const char* axis : kAxes) json[axis] = Json::array();
   for (const OutputDimension& dimension : table.fDimensions) {
     json[kAxes[dimension.fAxis]].push_back(Id(dimension.fName));
@@ -124,7 +124,7 @@ Json JsonWriter::Dimensions(const OutputTable& table) {
 }
 
 Json JsonWriter::Cell(const OutputTable& table, const OutputCell& cell) {
-  Json json;
+  Json json = Json::object();
   json["row"] = Path(table, cell, OutputDimension::kRow);
   json["column"] = Path(table, cell, OutputDimension::kColumn);
   json["layer"] = Path(table, cell, OutputDimension::kLayer);

@@ -50,7 +50,7 @@ nlohmann::ordered_json JsonCell(const FlatColumn& column, std::size_t record) {
 std::string JsonLines(const FlatRecords& records) {
   std::string text;
   for (std::size_t i = 0; i < records.Size(); ++i) {
-    nlohmann::ordered_json record;
+    auto record = nlohmann::ordered_json::object();
     for (const FlatColumn& column : records.fColumns) record[column.fName] = JsonCell(column, i);
     text += record.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
   }
