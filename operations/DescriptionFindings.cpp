@@ -15,11 +15,13 @@ constexpr std::size_t kBins = 24;
 constexpr std::size_t kMostFrequent = 12;
 
 Json Numbers(const ColumnSummary& summary) {
-  Json json = {
-      {"low", JsonNumber(summary.Minimum())}, {"high", JsonNumber(summary.Maximum())},
-      {"mean", JsonNumber(summary.Mean())},   {"deviation", JsonNumber(summary.Deviation())},
-      {"quantiles", Json::array()},           {"counts", summary.Histogram(kBins)},
-      {"ends", Json::array()}};
+  Json json = {{"low", JsonNumber(summary.Minimum())},
+               {"high", JsonNumber(summary.Maximum())},
+               {"mean", JsonNumber(summary.Mean())},
+               {"deviation", JsonNumber(summary.Deviation())},
+               {"quantiles", Json::array()},
+               {"counts", summary.Histogram(kBins)},
+               {"ends", Json::array()}};
   for (const double share : {0.05, 0.25, 0.5, 0.75, 0.95}) {
     json["quantiles"].push_back(JsonNumber(summary.Quantile(share)));
   }

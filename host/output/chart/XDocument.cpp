@@ -80,8 +80,7 @@ Json PointLayer(const XGraph& graph) {
   const XVariable& x = graph.GetXVariable();
   const XVariable& y = graph.GetYVariable();
   const std::size_t n = graph.GetElement().GetPoints().size();
-  Json encoding = {{"x", XEncoding(x, graph.GetXAxis(), n)},
-                   {"y", YEncoding(y, graph.GetYAxis())}};
+  Json encoding = {{"x", XEncoding(x, graph.GetXAxis(), n)}, {"y", YEncoding(y, graph.GetYAxis())}};
   encoding["tooltip"] = Json::array(
       {{{"field", "x"}, {"title", x.GetLabel()}}, {{"field", "y"}, {"title", y.GetLabel()}}});
   const XVariable* color = graph.GetElement().GetColorVariable();
