@@ -1,7 +1,9 @@
 #include "host/data/HandedStream.h"
 
 #include <cerrno>
+#include <cstdint>
 #include <cstring>
+#include <limits>
 #include <new>
 #include <optional>
 #include <utility>
@@ -102,7 +104,11 @@ HandedStream::HandedStream(ArrowArrayStream* stream, std::string name, Use use)
     check(fpIncoming->Next(batch));
     if (batch.release == nullptr) break;
     fBatches.push_back(ShareBatch(batch));
-    fNCases += fBatches.back()->length;
+    const std::int64_t length = fBatches.back()->length;
+    if (length < 0 || length > std::numeric_limits<std::int64_t>::max() - fNCases) {
+      throw HostIOError(fName, "", "a batch of the data does not match its columns");
+    }
+    fNCases += length;
   }
   fpIncoming = nullptr;
 }

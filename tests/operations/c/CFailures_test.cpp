@@ -259,6 +259,21 @@ TEST(CFailures, OfAStreamAreDataErrorsInItsOwnWords) {
   EXPECT_EQ(predselect_table_open(host.fSession, &lacking, nullptr, &host.fTable),
             PREDSELECT_DATA_ERROR);
   EXPECT_EQ(host.Error(), "data: the data stream lacks a function");
+  // A batch whose number of cases is none.
+  ArrowArrayStream negative = MCTest::Penguins();
+  static const auto giveBatch = negative.get_next;
+  negative.get_next = [](ArrowArrayStream* self, ArrowArray* batch) {
+    const int code = giveBatch(self, batch);
+    batch->length = -batch->length;
+    return code;
+  };
+  predselect_table_options batches{};
+  batches.struct_size = sizeof(batches);
+  batches.keep = PREDSELECT_KEEP_BATCHES;
+  EXPECT_EQ(predselect_table_open(host.fSession, &negative, &batches, &host.fTable),
+            PREDSELECT_DATA_ERROR);
+  EXPECT_EQ(host.Error(), "data: a batch of the data does not match its columns");
+
   // Schemas that hold no fields, or say that they do; and a producer without words of its own.
   using GetSchema = int (*)(ArrowArrayStream*, ArrowSchema*);
   static ArrowSchema* kNoField[] = {nullptr};
