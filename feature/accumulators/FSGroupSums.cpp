@@ -45,7 +45,7 @@ void FSGroupSums::Settle() {
     if (!group.fOpen.IsEmpty()) group.Close();
     if (group.fMoments.fWeight > 0.0) fMoments.Take(static_cast<int>(k), group.fMoments);
   }
-  fSmall = std::vector<Small>();  // {} would keep their memory
+  std::vector<Small>().swap(fSmall);
 }
 
 void FSGroupSums::Coarsen(int by) {

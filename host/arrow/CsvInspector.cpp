@@ -229,7 +229,7 @@ void CsvInspector::EndRow(const Mark& end) {
     Fail(end, "the row ends after " + Count(fNFields, "field") + "; the " + NamesRow() + " has " +
                   std::to_string(fColumns.size()));
   }
-  if (fNRows == 0) fNames = decltype(fNames)();
+  if (fNRows == 0) std::unordered_set<std::string>().swap(fNames);
   ++fNRows;
   fNFields = 0;
   fState = kRowStart;

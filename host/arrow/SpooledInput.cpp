@@ -39,7 +39,7 @@ void SpooledInput::OpenFile() {
   unlink(name.c_str());
   fPath = kPlace + std::to_string(fFile);
   Write(fText.data(), fText.size());
-  std::string().swap(fText);  // an assignment would keep its memory
+  std::string().swap(fText);
 }
 
 void SpooledInput::Write(const char* bytes, std::size_t size) {

@@ -37,7 +37,7 @@ class CellChunks {
     if (fOpen.empty()) return;
     fPacked.emplace_back(std::move(fOpen), fMissing);
     fPackedBytes += fPacked.back().Bytes();
-    fOpen = std::vector<T>();  // {} would keep its memory
+    std::vector<T>().swap(fOpen);
   }
 
   // What the packed chunks take.

@@ -76,8 +76,8 @@ void CellSpool::EndGroup() {
   if (fnOpen > 0) StoreBlock();
   group.fBlocks.push_back(fnWritten + fUnwritten.size());
   for (std::size_t j = group.fFirst; j < group.fEnd; ++j) {
-    fColumns[j].fNumbers = std::vector<double>();
-    fColumns[j].fCodes = std::vector<std::int32_t>();
+    std::vector<double>().swap(fColumns[j].fNumbers);
+    std::vector<std::int32_t>().swap(fColumns[j].fCodes);
   }
 }
 
@@ -123,7 +123,7 @@ void CellSpool::WriteOut() {
 void CellSpool::Show() {
   EndGroup();
   WriteOut();
-  fUnwritten = std::vector<char>();
+  std::vector<char>().swap(fUnwritten);
   if (fnWritten == 0) return;
   void* mapped = mmap(nullptr, fnWritten, PROT_READ, MAP_SHARED, fDescriptor, 0);
   if (mapped == MAP_FAILED) Fail("cannot hold the data");

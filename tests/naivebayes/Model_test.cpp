@@ -3,22 +3,17 @@
 
 #include <cmath>
 #include <fstream>
-#include <functional>
 #include <initializer_list>
 #include <memory>
-#include <numeric>
 #include <random>
 #include <sstream>
 
 #include "naivebayes/NBAlgorithm.h"
-#include "naivebayes/NBFactory.h"
-#include "naivebayes/StatusMessages.h"
 #include "naivebayes/model/NBScaledProducts.h"
 #include "naivebayes/model/NBScoredBlock.h"
 #include "naivebayes/model/NBScoring.h"
 #include "naivebayes/parts/INBParts.h"
 #include "naivebayes/parts/NBPartCodes.h"
-#include "naivebayes/store/BinaryRecordIterator.h"
 #include "tests/naivebayes/TestRecords.h"
 
 namespace {
@@ -651,104 +646,6 @@ TEST(Model, ReportsWhatItsCallersDataLack) {
   NBAlgorithm cancelled = MakeEmpty();
   cancelled.Cancel();
   EXPECT_EQ(cancelled.BuildModel(good, 50).GetErrorCode(), MCNaive::kCancelled);
-}
-
-TEST(NBFactory, RefusesListsThatCannotTrain) {
-  NaiveBayesSettings settings;
-  NBVarList list = RandomData::MakeList(kAll);
-  NBFactory factory;
-  const auto algorithm = factory.CreateNBAlgorithm(settings, list);
-  ASSERT_NE(algorithm, nullptr);
-  EXPECT_THAT(algorithm->GetComponentVersion(),
-              testing::StartsWith("Naive Bayes Component Ver. 1.0"));
-  EXPECT_TRUE(algorithm->GetSettings() == settings);
-  std::ostringstream os;
-  algorithm->Display(os);
-  EXPECT_THAT(os.str(), testing::HasSubstr("Seed for random number generator = 876543"));
-  NBVarList binned = RandomData::MakeList(kAll);
-  binned.SetVariableRole(RandomData::kTarget, INBVariable::kInput);
-  EXPECT_EQ(factory.CreateNBAlgorithm(settings, binned), nullptr) << "no target";
-  binned.SetVariableRole(RandomData::kFirst + 5, INBVariable::kOutput);
-  EXPECT_EQ(factory.CreateNBAlgorithm(settings, binned), nullptr) << "no categorical target";
-  list.AddCatVar("one", "", 1, INBVariable::kNumericCategorical, INBVariable::kInput);
-  EXPECT_EQ(factory.CreateNBAlgorithm(settings, list), nullptr);
-  EXPECT_EQ(factory.GetStatus(), MCNaive::Error(MCNaive::kNotConstructed));
-}
-
-// What would be passed over silently has a status that names its variable.
-TEST(NBFactory, NamesTheVariableThatItRefuses) {
-  constexpr auto kNumber = INBVariable::kNumericCategorical;
-  constexpr auto kString = INBVariable::kStringCategorical;
-  constexpr auto kInput = INBVariable::kInput;
-  const struct {
-    std::function<void(NBVarList&)> fChange;  // of target 0, "counted" 1, "listed" 2, "scale" 3
-    std::int64_t fCode;
-    std::int64_t fVariable;
-  } cases[] = {
-      {[](auto&) {}, 0, 0},
-      {[](auto& list) { list.AddDiscreteUserMissing(1, 9, ""); }, 70023, 1},
-      {[](auto& list) { list.AddDiscreteUserMissing(0, 9, ""); }, 70023, 0},
-      {[](auto& list) { list.SetMissingInterval(1, 8, 9); }, 70023, 1},
-      {[](auto& list) { list.AddDiscreteUserMissing(2, 9, ""); }, 0, 0},
-      {[](auto& list) { list.AddDiscreteUserMissing(2, "?", ""); }, 70023, 2},
-      {[](auto& list) { list.AddDiscreteUserMissing(3, "?", ""); }, 70023, 3},
-      {[](auto& list) {
-         list.AddDiscreteUserMissing(1, 9, "");
-         list.SetVariableRole(1, INBVariable::kUnused);
-       },
-       0, 0},
-      {[](auto& list) {
-         const int words = list.AddCatVar("words", "", 2, kString, kInput);
-         list.AddDiscreteUserMissing(words, "?", "");
-       },
-       70023, 4},
-      {[](auto& list) { list.SetVariableRole(2, INBVariable::kOutput); }, 70024, 2},
-      {[](auto& list) {
-         list.AddWeightVar("v", "", INBVariable::kAsIs);
-         list.AddWeightVar("w", "", INBVariable::kAsIs);
-       },
-       70024, 5},
-      {[](auto& list) { list.RemoveContEncoders(false); }, 70025, 3},
-      {[](auto& list) {
-         list.RemoveContEncoders(false);
-         list.SetupContEncoders(3, false);
-       },
-       0, 0},
-  };
-  for (const auto& c : cases) {
-    NBVarList list;
-    list.AddCatVar("y", "", 2, kNumber, INBVariable::kOutput);
-    list.AddCatVar("counted", "", 2, kNumber, kInput);
-    list.AddCatVar("listed", "", std::vector<double>{1, 2}, kInput);
-    list.AddContVar("scale", "", 0, 1, 4, kInput);
-    c.fChange(list);
-    NaiveBayesSettings settings;
-    NBFactory factory;
-    EXPECT_EQ(factory.CreateNBAlgorithm(settings, list) == nullptr, c.fCode != 0);
-    EXPECT_EQ(factory.GetStatus().GetErrorCode(), c.fCode);
-    EXPECT_EQ(factory.GetStatus().GetDiscreteDatum(0), c.fVariable);
-    EXPECT_TRUE(factory.GetStatus().IsOK() || MCNaive::MessageOf(factory.GetStatus()) != nullptr);
-  }
-}
-
-TEST(BinaryRecordIterator, TellsTheEndFromABrokenFile) {
-  MCNaive::BinaryRecordIterator null(nullptr, 2, "none");
-  EXPECT_EQ(null.GetFailReason(), MCCommon::RecordIterator::kReadError);
-  for (std::size_t values : {4u, 5u}) {
-    std::FILE* file = std::tmpfile();
-    const double written[] = {1, 2, 3, 4, 5};
-    std::fwrite(written, sizeof(double), values, file);
-    MCNaive::BinaryRecordIterator records(file, 2, "name");
-    for (int pass = 0; pass < 2; ++pass) {
-      ASSERT_TRUE(records.HasMore());
-      EXPECT_EQ((*records.NextRecord())[1], 2);
-      EXPECT_EQ((*records.NextRecord())[0], 3);
-      EXPECT_EQ(records.NextRecord(), nullptr);
-      EXPECT_EQ(records.GetFailReason(), values == 4 ? MCCommon::RecordIterator::kNoRecords
-                                                     : MCCommon::RecordIterator::kReadError);
-      EXPECT_TRUE(records.NewPass());
-    }
-  }
 }
 
 }  // namespace

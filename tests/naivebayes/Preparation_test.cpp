@@ -1,8 +1,10 @@
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <string>
 #include <vector>
 
+#include "naivebayes/store/BinaryRecordIterator.h"
 #include "naivebayes/store/NBCodeBuffer.h"
 #include "naivebayes/store/NBDataPreparator.h"
 #include "naivebayes/store/NBInternalAdapter.h"
@@ -210,6 +212,26 @@ TEST(NBMemoryIter, TakesNoMoreThanItsCapacityOrTheLimit) {
   EXPECT_FALSE(store.HasMore());
   EXPECT_EQ(store.GetFailReason(), MCCommon::RecordIterator::kNoRecords);
   EXPECT_EQ(MCNaive::NBMemoryIter(1, 6).FillBuffer(source, 100), 4) << "what is left";
+}
+
+TEST(BinaryRecordIterator, TellsTheEndFromABrokenFile) {
+  MCNaive::BinaryRecordIterator null(nullptr, 2, "none");
+  EXPECT_EQ(null.GetFailReason(), MCCommon::RecordIterator::kReadError);
+  for (std::size_t values : {4u, 5u}) {
+    std::FILE* file = std::tmpfile();
+    const double written[] = {1, 2, 3, 4, 5};
+    std::fwrite(written, sizeof(double), values, file);
+    MCNaive::BinaryRecordIterator records(file, 2, "name");
+    for (int pass = 0; pass < 2; ++pass) {
+      ASSERT_TRUE(records.HasMore());
+      EXPECT_EQ((*records.NextRecord())[1], 2);
+      EXPECT_EQ((*records.NextRecord())[0], 3);
+      EXPECT_EQ(records.NextRecord(), nullptr);
+      EXPECT_EQ(records.GetFailReason(), values == 4 ? MCCommon::RecordIterator::kNoRecords
+                                                     : MCCommon::RecordIterator::kReadError);
+      EXPECT_TRUE(records.NewPass());
+    }
+  }
 }
 
 }  // namespace
