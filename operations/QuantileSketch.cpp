@@ -64,11 +64,14 @@ double Distribution::Quantile(double share) const {
 
 std::vector<double> Distribution::Histogram(std::size_t n, double least, double greatest) const {
   std::vector<double> bins(n, 0.0);
-  const double width = greatest / static_cast<double>(n) - least / static_cast<double>(n);
+  const auto wanted = static_cast<double>(n);
+  // The whole range, or its product with n, may be beyond any number; a bin's width may be below.
+  const double scale = std::isfinite((greatest - least) * wanted) ? 1.0 : 0x1p-64;
+  const double range = scale * greatest - scale * least;
   for (const auto& [value, count] : fCounts) {
-    // Halves, since the difference itself may be beyond any number.
-    const double place = width > 0.0 ? (0.5 * value - 0.5 * least) / (0.5 * width) : 0.0;
-    const double bin = std::clamp(std::floor(place), 0.0, static_cast<double>(n - 1));
+    const double above = scale * value - scale * least;
+    const double place = range > 0.0 ? above * wanted / range : 0.0;
+    const double bin = std::clamp(std::floor(place), 0.0, wanted - 1.0);
     bins[static_cast<std::size_t>(bin)] += static_cast<double>(count);
   }
   return bins;

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 #include <random>
 #include <vector>
 
@@ -82,6 +83,22 @@ TEST(ColumnSummary, GivesQuantilesOfFewNumbersAsTheyAreDefined) {
   EXPECT_EQ(summary.Quantile(1.0), 8.0);
   EXPECT_DOUBLE_EQ(summary.Deviation(), std::sqrt(28.75 / 3.0));
   EXPECT_EQ(summary.Missing(), 1.0);
+}
+
+// Bins narrower than any number, and a range wider than any.
+TEST(ColumnSummary, BinsNumbersOfEverySize) {
+  constexpr double kLeast = std::numeric_limits<double>::denorm_min();
+  const struct {
+    std::vector<double> fValues, fBins;
+  } cases[] = {{{0, 3, 7, 10}, {1, 1, 0, 1, 1}},
+               {{5, 5}, {2, 0, 0, 0, 0}},
+               {{0, kLeast}, {1, 0, 0, 0, 1}},
+               {{0, 2 * kLeast, 6 * kLeast}, {1, 1, 0, 0, 1}},
+               {{-1.7e308, 0, 1.7e308}, {1, 0, 1, 0, 1}}};
+  for (const auto& one : cases) {
+    MCHost::MemoryTable table;
+    EXPECT_EQ(Summarize(table, one.fValues).Histogram(5), one.fBins) << one.fValues.back();
+  }
 }
 
 TEST(ColumnSummary, ShowsTimesAsTheyAreWritten) {
