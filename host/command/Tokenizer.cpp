@@ -109,10 +109,12 @@ class Reader {
   int fColumn;
 };
 
-// The text without the period that ends the command.
-std::string_view WithoutPeriod(std::string_view text) {
+// The text before the period that ends the command, or up to its last word, so that the end is
+// shown on a line that has something on it.
+std::string_view WithoutEnd(std::string_view text) {
   const std::size_t last = text.find_last_not_of(kBlanks);
-  return last != std::string_view::npos && text[last] == '.' ? text.substr(0, last) : text;
+  if (last == std::string_view::npos) return {};
+  return text.substr(0, text[last] == '.' ? last : last + 1);
 }
 
 // Digits with at most one point among them, an optional sign before and an optional exponent.
@@ -151,7 +153,7 @@ bool ReadNumber(const std::string& text, double& value, bool& inRange) {
 }
 
 std::vector<TokenInfoObj> Tokenize(const std::string& text, int line, int column) {
-  Reader reader(WithoutPeriod(text), line, column);
+  Reader reader(WithoutEnd(text), line, column);
   std::vector<TokenInfoObj> tokens;
   do {
     tokens.push_back(reader.Next());

@@ -39,17 +39,6 @@ TEST(NBBinningEncoder, WithOneBinAnswersBySign) {
   EXPECT_EQ(encoder.Encode(-0.5), 0);
 }
 
-TEST(NBBinningEncoder, AgreesWithCountingCutpointsForAnyNumberOfBins) {
-  for (int bins = 2; bins < 20; ++bins) {
-    const NBBinningEncoder encoder(-1, 1, bins);
-    for (double value = -1.3; value < 1.3; value += 0.01) {
-      int below = 0;
-      for (double cut : encoder.GetBinningCutpoints()) below += cut < value;
-      ASSERT_EQ(encoder.Encode(value), below) << bins << " bins, " << value;
-    }
-  }
-}
-
 // Every cutpoint, its neighbours to a few doubles, what lies between, and the ends of the doubles.
 std::vector<double> ValuesAround(const std::vector<double>& cutpoints) {
   constexpr double kHigh = std::numeric_limits<double>::max();

@@ -5,7 +5,6 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
-#include <numeric>
 #include <random>
 #include <tuple>
 
@@ -91,30 +90,6 @@ double LogLikelihood(const std::vector<Record>& training, const std::vector<Reco
     sum += LogPosteriors(training, r, columns)[static_cast<std::size_t>(r[0])];
   }
   return static_cast<double>(sum / records.size());
-}
-
-TEST(Laws, TenThousandInputsScoreAsTheirLogarithmsSay) {
-  constexpr int kInputs = 10000, kRecords = 40;
-  const std::vector<Record> records = MakeWideRecords(kRecords, kInputs, 3);
-  std::vector<int> columns(kInputs);
-  std::iota(columns.begin(), columns.end(), 1);
-  NBAlgorithm algorithm(NaiveBayesSettings(), MakeWideList(kInputs));
-  TestRecords source(records);
-  ASSERT_FALSE(algorithm.BuildModel(source, kRecords).IsError());
-  ASSERT_EQ(algorithm.GetNumberOfInputVars(), kInputs);
-  NBOutput output(3);
-  NBOutputStatistics stats(3), expected(3);
-  for (const Record& record : records) {
-    const std::vector<long double> logs = LogPosteriors(records, record, columns);
-    ASSERT_TRUE(algorithm.ScoreFullRecord(record, output).IsOK());
-    for (int k = 0; k < 3; ++k) {
-      const auto p = static_cast<double>(std::exp(logs[k]));
-      EXPECT_NEAR(output.GetOutProbabilities()[k], p, 1e-11 * p);
-    }
-    expected.Accumulate(static_cast<int>(record[0]), output.GetWinningIndex(), 1);
-  }
-  ASSERT_TRUE(algorithm.ComputeOutputStats(source, stats, -1).IsOK());
-  EXPECT_EQ(stats.GetMisClassMatrixAsVecOfRows(), expected.GetMisClassMatrixAsVecOfRows());
 }
 
 // Gives out its records in small blocks.
@@ -415,37 +390,6 @@ TEST(Laws, TheOrderOfRecordsMeansNothing) {
     return os.str();
   };
   EXPECT_EQ(describe(data), describe(backwards));
-}
-
-TEST(Laws, UnitWeightsCountLikeNone) {
-  // Without a weight variable counting takes a way of its own; large tables take another.
-  for (const int categories : {3, 5000}) {
-    NBVarList plain, weighted;
-    for (NBVarList* list : {&plain, &weighted}) {
-      list->AddCatVar("y", "", 3, INBVariable::kNumericCategorical, INBVariable::kOutput);
-      list->AddCatVar("x", "", categories, INBVariable::kNumericCategorical, INBVariable::kInput);
-    }
-    weighted.AddWeightVar("w", "", INBVariable::kAsIs);
-    std::vector<Record> records, weightedRecords;
-    std::mt19937 random(4);
-    for (int i = 0; i < 4999; ++i) {
-      const double y = random() % 3, x = static_cast<int>(random() % (categories + 1)) - 1.0;
-      records.push_back(Record({y, x}));
-      weightedRecords.push_back(Record({y, x, 1}));
-    }
-    NBAlgorithm a(NaiveBayesSettings(), plain), b(NaiveBayesSettings(), weighted);
-    TestRecords aSource(records), bSource(weightedRecords);
-    ASSERT_TRUE(a.BuildModel(aSource, 10000).IsOK());
-    ASSERT_TRUE(b.BuildModel(bSource, 10000).IsOK());
-    for (int m = 0; m < categories; ++m) {
-      for (int k = 0; k < 3; ++k) {
-        const double count = std::count_if(records.begin(), records.end(),
-                                           [&](const Record& r) { return r[0] == k && r[1] == m; });
-        ASSERT_EQ(a.GetInputs()[0].GetCount(m, k), count);
-        ASSERT_EQ(b.GetInputs()[0].GetCount(m, k), count);
-      }
-    }
-  }
 }
 
 TEST(Laws, ACodeIsRoundedAndWhatIsNoneIsMissingOrOutOfRange) {

@@ -172,22 +172,6 @@ TEST(Model, CountsWhatIsLeftOutToTheEndOfTheData) {
   }
 }
 
-TEST(Model, AWeightOfTwoIsTwoRecords) {
-  auto data = RandomData::Make(100, 3);
-  std::vector<Record> twice;
-  for (Record& r : data) {
-    r[1] = 2;
-    Record single = r;
-    single[1] = 1;
-    twice.insert(twice.end(), {single, single});
-  }
-  NBAlgorithm weighted = MakeEmpty(), copied = MakeEmpty();
-  TestRecords a(data), b(twice);
-  ASSERT_TRUE(weighted.BuildModel(a, 1000).IsOK());
-  ASSERT_TRUE(copied.BuildModel(b, 1000).IsOK());
-  ExpectSameModel(weighted, copied);
-}
-
 TEST(Model, MergedModelsAreTheModelOfAllRecords) {
   // The first two leave other bins empty.
   auto low = RandomData::Make(150, 4), high = RandomData::Make(150, 5);

@@ -61,7 +61,7 @@ TEST(Tokenizer, ReadsNumbersExactly) {
 }
 
 TEST(Tokenizer, CountsColumnsInCharactersFromThePlaceOfTheCommand) {
-  const auto tokens = Tokenize("über y\n  'ä' z", 7, 3);
+  const auto tokens = Tokenize("über y\n  'ä' z \n\n", 7, 3);
   ASSERT_EQ(tokens.size(), 5u);
   const int expected[][2] = {{7, 3}, {7, 8}, {8, 3}, {8, 7}, {8, 8}};
   for (std::size_t i = 0; i < tokens.size(); ++i) {
@@ -69,6 +69,7 @@ TEST(Tokenizer, CountsColumnsInCharactersFromThePlaceOfTheCommand) {
     EXPECT_EQ(tokens[i].fColumn, expected[i][1]) << i;
   }
   EXPECT_EQ(tokens[1].fOffset, 6u);  // bytes
+  EXPECT_EQ(Tokenize("y  \n .\n", 1, 1).back().fLine, 2);
 }
 
 TEST(Tokenizer, ReadsBackEveryNameAsItIsQuoted) {
