@@ -14,6 +14,12 @@ namespace MCHost {
 
 namespace {
 
+// In letters of any size.
+bool EndsAs(std::string name, const std::string& extension) {
+  for (char& c : name) c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  return name.ends_with(extension);
+}
+
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
 // Takes a run of digits away, without its zeros in front.
@@ -55,7 +61,7 @@ std::vector<std::string> FilesOfFolder(const std::string& folder,
     }
     const bool isData =
         std::any_of(extensions.begin(), extensions.end(),
-                    [&name](const std::string& extension) { return name.ends_with(extension); });
+                    [&name](const std::string& extension) { return EndsAs(name, extension); });
     if (isData && !isAside) files.push_back(entry->path().string());
   }
   if (error) throw HostIOError(folder, "", error.message());
@@ -138,6 +144,8 @@ std::vector<DataPart> FindDataParts(const std::string& path,
     files = FilesOfPattern(path);
   }
   std::sort(files.begin(), files.end(), IsNaturallyBefore);
+  // Alternatives of a pattern may well mean the same file.
+  files.erase(std::unique(files.begin(), files.end()), files.end());
   std::vector<DataPart> parts;
   for (const std::string& file : files) parts.push_back(PartOf(file));
   return parts;

@@ -3,7 +3,6 @@
 #include <arrow/array.h>
 #include <arrow/array/util.h>
 #include <arrow/c/bridge.h>
-#include <arrow/compute/cast.h>
 #include <arrow/record_batch.h>
 #include <arrow/scalar.h>
 #include <arrow/type.h>
@@ -11,7 +10,7 @@
 #include <algorithm>
 #include <limits>
 #include <map>
-#include <optional>
+#include <unordered_map>
 #include <utility>
 
 #include "host/arrow/ArrowFailure.h"
@@ -25,79 +24,39 @@ namespace {
 
 using Type = std::shared_ptr<arrow::DataType>;
 
-// What types have in common that can stand in one column.
-enum class Family { kNothing, kNumbers, kTexts, kTimes, kOthers };
-
-Family FamilyOf(const arrow::DataType& type) {
-  const arrow::Type::type id = type.id();
-  if (id == arrow::Type::DICTIONARY) {
-    return FamilyOf(*static_cast<const arrow::DictionaryType&>(type).value_type());
-  }
-  if (id == arrow::Type::NA) return Family::kNothing;
-  if (id == arrow::Type::BOOL || arrow::is_numeric(id) || arrow::is_decimal(id)) {
-    return Family::kNumbers;
-  }
-  if (arrow::is_string(id) || id == arrow::Type::STRING_VIEW) return Family::kTexts;
-  if (arrow::is_date(id) || id == arrow::Type::TIMESTAMP) return Family::kTimes;
-  return Family::kOthers;
-}
-
-const char* NameOf(Family family) {
-  switch (family) {
-    case Family::kNothing:
-      return "nothing";
-    case Family::kNumbers:
-      return "numbers";
-    case Family::kTexts:
-      return "texts";
-    case Family::kTimes:
-      return "dates or times";
-    case Family::kOthers:
-      return "values of another type";
-  }
-  return "";
-}
-
-// A type that both can become; null where there is none.
-Type Common(const Type& a, const Type& b) {
-  if (a->Equals(*b)) return a;
-  const Family family = FamilyOf(*a);
-  const Family other = FamilyOf(*b);
-  if (family == Family::kNothing) return b;
-  if (other == Family::kNothing) return a;
-  if (family != other || family == Family::kOthers) return nullptr;
-  if (family == Family::kNumbers) return arrow::float64();
-  if (family == Family::kTexts) return arrow::large_utf8();
-  return arrow::timestamp(arrow::TimeUnit::MICRO);
-}
-
-arrow::Result<std::shared_ptr<arrow::Array>> As(const std::shared_ptr<arrow::Array>& array,
-                                                const Type& type) {
-  if (array->type()->Equals(*type)) return array;
-  if (array->type_id() == arrow::Type::NA) return arrow::MakeArrayOfNull(type, array->length());
-  auto options = arrow::compute::CastOptions::Unsafe();
-  if (array->type_id() == arrow::Type::DICTIONARY) {
-    const auto& words = static_cast<const arrow::DictionaryArray&>(*array);
-    ARROW_ASSIGN_OR_RAISE(const auto plain,
-                          arrow::compute::Cast(array, words.dictionary()->type(), options));
-    return As(plain.make_array(), type);
-  }
-  ARROW_ASSIGN_OR_RAISE(const auto cast, arrow::compute::Cast(array, type, options));
-  return cast.make_array();
-}
-
 std::shared_ptr<arrow::RecordBatchReader> Import(ArrowArrayStream& stream,
                                                  const std::string& name) {
   return Value(arrow::ImportRecordBatchReader(&stream), name);
 }
+
+void OpenFor(JoinFor use, IArrowSource& source, const std::vector<int>* columns,
+             ArrowArrayStream* stream) {
+  use == JoinFor::kReading ? source.Open(columns, stream) : source.OpenOriginal(columns, stream);
+}
+
+// "part-0", "part-0 and 2 more"
+class Files {
+ public:
+  void Add(const std::string& file) {
+    if (fCount++ == 0) fFirst = file;
+  }
+  std::size_t Count() const { return fCount; }
+  std::string Text() const {
+    return fCount > 1 ? fFirst + " and " + std::to_string(fCount - 1) + " more" : fFirst;
+  }
+
+ private:
+  std::size_t fCount = 0;
+  std::string fFirst;
+};
 
 }  // namespace
 
 // Part after part, each opened when it is its turn.
 class JoinedSource::Batches final : public arrow::RecordBatchReader {
  public:
-  Batches(JoinedSource& source, Opening opening, Schema schema)
-      : fpSource(&source), fOpening(opening), fpSchema(std::move(schema)) {}
+  Batches(JoinedSource& source, JoinFor use, Schema schema)
+      : fpSource(&source), fUse(use), fpSchema(std::move(schema)) {}
 
   Schema schema() const override { return fpSchema; }
 
@@ -107,9 +66,10 @@ class JoinedSource::Batches final : public arrow::RecordBatchReader {
       const Part& part = fpSource->fParts[fPart];
       if (fpReader == nullptr) ARROW_RETURN_NOT_OK(OpenPartOf(part));
       std::shared_ptr<arrow::RecordBatch> own;
-      const arrow::Status status = fpReader->ReadNext(&own);
+      arrow::Status status = fpReader->ReadNext(&own);
+      if (status.ok() && own != nullptr) status = Fit(part, *own).Value(batch);
       if (!status.ok()) return status.WithMessage(part.fFile.fPath, ": ", status.message());
-      if (own != nullptr) return Fit(part, *own).Value(batch);
+      if (own != nullptr) return status;
       fpReader = nullptr;
       ++fPart;
     }
@@ -121,10 +81,10 @@ class JoinedSource::Batches final : public arrow::RecordBatchReader {
   arrow::Status OpenPartOf(const Part& part) {
     try {
       ArrowArrayStream stream{};
-      (part.fpSource.get()->*fOpening)(nullptr, &stream);
+      OpenFor(fUse, *part.fpSource, nullptr, &stream);
       const std::vector<int> columns = ColumnsOf(*Import(stream, part.fFile.fPath)->schema());
       stream = {};
-      (part.fpSource.get()->*fOpening)(&columns, &stream);
+      OpenFor(fUse, *part.fpSource, &columns, &stream);
       fpReader = Import(stream, part.fFile.fPath);
       return arrow::Status::OK();
     } catch (const HostIOError& error) {
@@ -147,12 +107,14 @@ class JoinedSource::Batches final : public arrow::RecordBatchReader {
                                                          const arrow::RecordBatch& own) const {
     arrow::ArrayVector columns;
     for (const auto& field : fpSchema->fields()) {
-      auto array = own.GetColumnByName(field->name());
-      if (array == nullptr) {
-        ARROW_ASSIGN_OR_RAISE(array, KeyCells(part, *field, own.num_rows()));
+      const auto array = own.GetColumnByName(field->name());
+      const auto cells =
+          array != nullptr ? CellsAs(array, field->type()) : KeyCells(part, *field, own.num_rows());
+      if (!cells.ok()) {
+        return cells.status().WithMessage("column \"", field->name(),
+                                          "\": ", cells.status().message());
       }
-      ARROW_ASSIGN_OR_RAISE(array, As(array, field->type()));
-      columns.push_back(std::move(array));
+      columns.push_back(*cells);
     }
     return arrow::RecordBatch::Make(fpSchema, own.num_rows(), std::move(columns));
   }
@@ -163,16 +125,15 @@ class JoinedSource::Batches final : public arrow::RecordBatchReader {
                                                                std::int64_t n) {
     for (const auto& [key, value] : part.fFile.fKeys) {
       if (key != field.name() || !value) continue;
-      if (FamilyOf(*field.type()) != Family::kNumbers) {
-        return arrow::MakeArrayFromScalar(arrow::StringScalar(*value), n);
+      if (const auto cell = TextAs(*value, field.type())) {
+        return arrow::MakeArrayFromScalar(**cell, n);
       }
-      return arrow::MakeArrayFromScalar(arrow::DoubleScalar(CodeAsNumber(*value).value_or(0)), n);
     }
     return arrow::MakeArrayOfNull(field.type(), n);
   }
 
   JoinedSource* fpSource;
-  Opening fOpening;
+  JoinFor fUse;
   Schema fpSchema;
   std::size_t fPart = 0;
   std::shared_ptr<arrow::RecordBatchReader> fpReader;
@@ -187,56 +148,62 @@ JoinedSource::JoinedSource(std::string name, const std::vector<DataPart>& parts,
 // Finds what the parts have in common, and what not.
 void JoinedSource::Settle() {
   fNotes.clear();
-  std::vector<Schema> schemas = SchemasOf(&IArrowSource::Open);
-  if (ReopenAsTexts(schemas)) schemas = SchemasOf(&IArrowSource::Open);
-  (void)Join(schemas);
+  std::vector<Schema> schemas = SchemasFor(JoinFor::kReading);
+  if (ReopenAsTexts(schemas)) schemas = SchemasFor(JoinFor::kReading);
   TellWhatIsMissing(schemas);
 }
 
-std::vector<JoinedSource::Schema> JoinedSource::SchemasOf(Opening opening) const {
+std::vector<JoinedSource::Schema> JoinedSource::SchemasFor(JoinFor use) const {
   std::vector<Schema> schemas;
   for (const Part& part : fParts) {
     ArrowArrayStream stream{};
-    (part.fpSource.get()->*opening)(nullptr, &stream);
+    OpenFor(use, *part.fpSource, nullptr, &stream);
     schemas.push_back(Import(stream, part.fFile.fPath)->schema());
   }
   return schemas;
 }
 
 // The columns in the order in which they come up, the folders' names behind them.
-JoinedSource::Schema JoinedSource::Join(const std::vector<Schema>& schemas) const {
+JoinedSource::Schema JoinedSource::Join(const std::vector<Schema>& schemas, JoinFor use) const {
   arrow::FieldVector fields;
+  Places places;
   std::vector<std::size_t> firsts;  // the part that each comes from
-  const auto find = [&fields](const std::string& name) {
-    return std::find_if(fields.begin(), fields.end(),
-                        [&name](const auto& field) { return field->name() == name; });
-  };
   for (std::size_t i = 0; i < schemas.size(); ++i) {
     for (const auto& field : schemas[i]->fields()) {
-      const auto known = find(field->name());
-      if (known == fields.end()) {
+      const auto [known, isNew] = places.try_emplace(field->name(), fields.size());
+      if (isNew) {
         fields.push_back(field);
         firsts.push_back(i);
         continue;
       }
-      Type common = Common((*known)->type(), field->type());
+      auto& joined = fields[known->second];
+      Type common = CommonType(joined->type(), field->type(), use);
       if (common == nullptr) {
-        const std::size_t first = firsts[static_cast<std::size_t>(known - fields.begin())];
         throw HostIOError(fParts[i].fFile.fPath, "",
-                          "column \"" + field->name() + "\" holds " +
-                              NameOf(FamilyOf(*field->type())) + ", but " +
-                              NameOf(FamilyOf(*(*known)->type())) + " in " +
-                              fParts[first].fFile.fPath);
+                          "column \"" + field->name() + "\" holds " + WhatIsIn(*field->type()) +
+                              ", but " + WhatIsIn(*joined->type()) + " in " +
+                              fParts[firsts[known->second]].fFile.fPath);
       }
-      *known = (*known)->WithType(std::move(common));
+      joined = joined->WithType(std::move(common));
     }
   }
-  for (const Part& part : fParts) {
-    for (const auto& [key, value] : part.fFile.fKeys) {
-      if (find(key) == fields.end()) fields.push_back(arrow::field(key, KeyType(key)));
-    }
-  }
+  AddKeys(schemas, fields, places);
   return arrow::schema(std::move(fields));
+}
+
+// The names of folders, as columns of their own or where files lack the column.
+void JoinedSource::AddKeys(const std::vector<Schema>& schemas, arrow::FieldVector& fields,
+                           Places& places) const {
+  for (std::size_t i = 0; i < schemas.size(); ++i) {
+    for (const auto& [key, value] : fParts[i].fFile.fKeys) {
+      if (schemas[i]->GetFieldIndex(key) >= 0) continue;
+      const auto [known, isNew] = places.try_emplace(key, fields.size());
+      if (isNew) fields.push_back(arrow::field(key, arrow::null()));
+      auto& field = fields[known->second];
+      if (field->type()->id() == arrow::Type::NA) field = field->WithType(KeyType(key));
+      if (value) field = field->WithType(TypeWithText(field->type(), *value));
+    }
+  }
 }
 
 Type JoinedSource::KeyType(const std::string& key) const {
@@ -248,25 +215,50 @@ Type JoinedSource::KeyType(const std::string& key) const {
   return arrow::float64();
 }
 
-// Columns that are texts in one part and not in another are asked for as texts of the others, too.
-bool JoinedSource::ReopenAsTexts(const std::vector<Schema>& schemas) {
-  std::map<std::string, std::size_t> texts;  // and a part that has them
+// The columns that parts have in types that do not go together, with the part that others are
+// compared with: one with texts, else the first.
+std::map<std::string, std::size_t> JoinedSource::Clashes(const std::vector<Schema>& schemas) {
+  struct Known {
+    std::size_t fPart;
+    Type fpType;
+  };
+  std::unordered_map<std::string, Known> columns;
+  std::map<std::string, std::size_t> clashes;
   for (std::size_t i = 0; i < schemas.size(); ++i) {
     for (const auto& field : schemas[i]->fields()) {
-      if (FamilyOf(*field->type()) == Family::kTexts) texts.emplace(field->name(), i);
+      const Type& type = field->type();
+      const auto [column, isNew] = columns.try_emplace(field->name(), Known{i, type});
+      if (isNew) continue;
+      Known& known = column->second;
+      Type common = CommonType(known.fpType, type, JoinFor::kReading);
+      const bool isNothing = known.fpType->id() == arrow::Type::NA;
+      if (isNothing || (common == nullptr && AreTexts(*type))) known = {i, type};
+      if (common == nullptr) {
+        clashes[field->name()] = known.fPart;
+      } else {
+        known.fpType = std::move(common);
+      }
     }
   }
+  return clashes;
+}
+
+// Columns whose types do not go together are asked for as texts of the parts that can do that.
+bool JoinedSource::ReopenAsTexts(const std::vector<Schema>& schemas) {
+  const std::map<std::string, std::size_t> clashes = Clashes(schemas);
   bool isReopened = false;
   for (std::size_t i = 0; i < schemas.size(); ++i) {
     std::set<std::string> wanted;
     for (const auto& field : schemas[i]->fields()) {
-      const Family family = FamilyOf(*field->type());
-      const auto text = texts.find(field->name());
-      if (text == texts.end() || family == Family::kTexts || family == Family::kNothing) continue;
+      const auto clash = clashes.find(field->name());
+      const Type& type = field->type();
+      if (clash == clashes.end() || AreTexts(*type) || type->id() == arrow::Type::NA) continue;
       wanted.insert(field->name());
-      fNotes.push_back("Column \"" + field->name() + "\" holds " + NameOf(family) + " in " +
-                       fParts[i].fFile.fPath + ", but texts in " +
-                       fParts[text->second].fFile.fPath + "; it is read as texts.");
+      const Type other = schemas[clash->second]->GetFieldByName(field->name())->type();
+      if (CommonType(other, type, JoinFor::kReading) != nullptr) continue;
+      fNotes.push_back("Column \"" + field->name() + "\" holds " + WhatIsIn(*type) + " in " +
+                       fParts[i].fFile.fPath + ", but " + WhatIsIn(*other) + " in " +
+                       fParts[clash->second].fFile.fPath + "; it is read as texts.");
     }
     if (wanted.empty()) continue;
     fParts[i].fpSource = fOpen(fParts[i].fFile, wanted);
@@ -276,37 +268,50 @@ bool JoinedSource::ReopenAsTexts(const std::vector<Schema>& schemas) {
 }
 
 void JoinedSource::TellWhatIsMissing(const std::vector<Schema>& schemas) {
-  for (const std::string& name : Join(schemas)->field_names()) {
-    std::size_t nMissing = 0;
-    std::string first;
+  const Schema joined = Join(schemas, JoinFor::kReading);
+  for (const auto& field : joined->fields()) {
+    Files lacking;
+    Files misfits;
+    std::string misfit;  // the name of the first one's folder
     for (std::size_t i = 0; i < schemas.size(); ++i) {
-      if (schemas[i]->GetFieldIndex(name) >= 0) continue;
-      if (nMissing++ == 0) first = fParts[i].fFile.fPath;
+      if (schemas[i]->GetFieldIndex(field->name()) >= 0) continue;
+      const DataPart& file = fParts[i].fFile;
+      const auto key = std::find_if(file.fKeys.begin(), file.fKeys.end(), [&](const auto& known) {
+        return known.first == field->name();
+      });
+      if (key == file.fKeys.end()) {
+        lacking.Add(file.fPath);
+      } else if (key->second && !TextAs(*key->second, field->type())) {
+        if (misfits.Count() == 0) misfit = key->first + "=" + *key->second;
+        misfits.Add(file.fPath);
+      }
     }
-    if (nMissing == 0 || nMissing == schemas.size()) continue;  // a name of folders
-    fNotes.push_back("Column \"" + name + "\" is not in " + first +
-                     (nMissing > 1 ? " and " + std::to_string(nMissing - 1) + " more" : "") +
-                     "; it is missing in the cases from there.");
+    const std::string column = "Column \"" + field->name() + "\"";
+    const std::string effect = "; it is missing in the cases from there.";
+    if (lacking.Count() > 0) fNotes.push_back(column + " is not in " + lacking.Text() + effect);
+    if (misfits.Count() > 0) {
+      fNotes.push_back(column + " holds " + WhatIsIn(*field->type()) + ", and the folder \"" +
+                       misfit + "\" of " + misfits.Text() + " names none" + effect);
+    }
   }
 }
 
 void JoinedSource::Open(const std::vector<int>* columns, ArrowArrayStream* stream) {
-  OpenAs(&IArrowSource::Open, columns, stream);
+  OpenAs(JoinFor::kReading, columns, stream);
 }
 
 void JoinedSource::OpenOriginal(const std::vector<int>* columns, ArrowArrayStream* stream) {
-  OpenAs(&IArrowSource::OpenOriginal, columns, stream);
+  OpenAs(JoinFor::kSaving, columns, stream);
 }
 
-void JoinedSource::OpenAs(Opening opening, const std::vector<int>* columns,
-                          ArrowArrayStream* stream) {
-  const Schema whole = Join(SchemasOf(opening));
+void JoinedSource::OpenAs(JoinFor use, const std::vector<int>* columns, ArrowArrayStream* stream) {
+  const Schema whole = Join(SchemasFor(use), use);
   arrow::FieldVector fields;
   for (int i = 0; i < whole->num_fields(); ++i) {
     if (columns != nullptr && !std::binary_search(columns->begin(), columns->end(), i)) continue;
     fields.push_back(whole->field(i));
   }
-  auto batches = std::make_shared<Batches>(*this, opening, arrow::schema(std::move(fields)));
+  auto batches = std::make_shared<Batches>(*this, use, arrow::schema(std::move(fields)));
   Check(arrow::ExportRecordBatchReader(std::move(batches), stream), fName);
 }
 

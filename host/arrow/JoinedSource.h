@@ -1,8 +1,9 @@
 // Several sources as one table: their cases one after the other, their columns matched by name.
 //
-// A column that a source does not have is missing there. Numbers of different types become doubles,
-// texts of different types texts; where one source has numbers and another one texts, a source that
-// can give its numbers as texts does. Every difference that changes what a column holds is told.
+// A column that a source does not have is missing there, unless a folder that the source is in is
+// called so. Types that go together become one that holds both (JoinedTypes.h); where they do not,
+// sources that can give the column as texts do. Every difference that changes what a column holds
+// is told.
 #pragma once
 
 #include <arrow/type_fwd.h>
@@ -10,12 +11,15 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "host/arrow/DataParts.h"
+#include "host/arrow/JoinedTypes.h"
 #include "host/data/IArrowSource.h"
 
 namespace MCHost {
@@ -39,8 +43,8 @@ class JoinedSource final : public IArrowSource {
   std::vector<std::string> Notes() const override;
 
  private:
-  using Opening = void (IArrowSource::*)(const std::vector<int>*, ArrowArrayStream*);
   using Schema = std::shared_ptr<arrow::Schema>;
+  using Places = std::unordered_map<std::string, std::size_t>;  // of columns, by their names
 
   struct Part {
     DataPart fFile;
@@ -49,12 +53,15 @@ class JoinedSource final : public IArrowSource {
   class Batches;
 
   void Settle();
-  std::vector<Schema> SchemasOf(Opening opening) const;
-  Schema Join(const std::vector<Schema>& schemas) const;
+  std::vector<Schema> SchemasFor(JoinFor use) const;
+  Schema Join(const std::vector<Schema>& schemas, JoinFor use) const;
+  void AddKeys(const std::vector<Schema>& schemas, arrow::FieldVector& fields,
+               Places& places) const;
   std::shared_ptr<arrow::DataType> KeyType(const std::string& key) const;
+  static std::map<std::string, std::size_t> Clashes(const std::vector<Schema>& schemas);
   bool ReopenAsTexts(const std::vector<Schema>& schemas);
   void TellWhatIsMissing(const std::vector<Schema>& schemas);
-  void OpenAs(Opening opening, const std::vector<int>* columns, ArrowArrayStream* stream);
+  void OpenAs(JoinFor use, const std::vector<int>* columns, ArrowArrayStream* stream);
 
   std::string fName;
   OpenPart fOpen;
