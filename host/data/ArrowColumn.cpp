@@ -20,6 +20,7 @@ namespace {
 
 constexpr double kExactIntegers = 9007199254740992.0;  // 2^53, to which 2^53 + 1 is rounded
 constexpr std::int32_t kUnknownCode = -2;
+constexpr int kMostPlaces = 300;  // of decimals, either way
 
 // Reads n numbers from raw index `at` of a data buffer, each divided by `divisor`.
 using NumberReader = void (*)(const void* data, std::int64_t at, std::size_t n, double divisor,
@@ -62,28 +63,6 @@ double HalfToDouble(std::uint16_t half) {
 void ReadHalves(const void* data, std::int64_t at, std::size_t n, double, double* values) {
   const auto* cells = static_cast<const std::uint16_t*>(data) + at;
   for (std::size_t i = 0; i < n; ++i) values[i] = HalfToDouble(cells[i]);
-}
-
-// Two's complement integers of several little-endian words.
-template <std::size_t kWords>
-void ReadWide(const void* data, std::int64_t at, std::size_t n, double divisor, double* values) {
-  const auto* cells = static_cast<const std::uint64_t*>(data) + at * kWords;
-  for (std::size_t i = 0; i < n; ++i, cells += kWords) {
-    std::array<std::uint64_t, kWords> words;
-    std::copy_n(cells, kWords, words.begin());
-    const bool negative = words.back() >> 63 != 0;
-    bool carry = negative;
-    for (std::uint64_t& word : words) {
-      if (negative) word = ~word + (carry ? 1 : 0);
-      carry = carry && word == 0;
-    }
-    long double magnitude = 0.0L;
-    for (std::size_t left = kWords; left > 0; --left) {
-      magnitude = magnitude * 18446744073709551616.0L + static_cast<long double>(words[left - 1]);
-    }
-    const auto value = static_cast<double>(magnitude / static_cast<long double>(divisor));
-    values[i] = negative ? -value : value;
-  }
 }
 
 template <class T>
@@ -159,21 +138,6 @@ Decimal ParseDecimal(const char* format) {
   return decimal;
 }
 
-NumberReader DecimalReader(int bits) {
-  switch (bits) {
-    case 32:
-      return ReadPlain<std::int32_t>;
-    case 64:
-      return ReadPlain<std::int64_t>;
-    case 128:
-      return ReadWide<2>;
-    case 256:
-      return ReadWide<4>;
-    default:
-      return nullptr;
-  }
-}
-
 // The text under a key of a column's metadata, empty for none. They are laid out as a count and
 // that many pairs, each text with its length before it; null means none at all.
 std::string MetadataText(const char* metadata, std::string_view key) {
@@ -207,7 +171,7 @@ struct ArrowColumn::Type {
   const char* fFormat;
   Match fMatch;
   std::int64_t fBuffers;      // the least that an array must have
-  NumberReader fReadNumbers;  // null for strings and for the null type
+  NumberReader fReadNumbers;  // null for strings, decimals and the null type
   StringReader fReadString;   // null for numbers
   IndexReader fReadIndex;     // null where the type cannot index a dictionary
   const char* fName;          // what messages call it
@@ -241,7 +205,7 @@ const ArrowColumn::Type ArrowColumn::kTypes[] = {
     {"tt",   Type::kStart, 2, ReadPlain<std::int64_t>, nullptr, nullptr, "time", kTimeNote},
     {"ts",   Type::kStart, 2, ReadPlain<std::int64_t>, nullptr, nullptr, "timestamp", kTimestampNote},
     {"tD",   Type::kStart, 2, ReadPlain<std::int64_t>, nullptr, nullptr, "duration", kTimeNote},
-    {"d:",   Type::kStart, 2, ReadWide<2>, nullptr, nullptr, "decimal", nullptr},
+    {"d:",   Type::kStart, 2, nullptr, nullptr, nullptr, "decimal", nullptr},
     {"u",    Type::kWhole, 3, nullptr, ReadString<std::int32_t>, nullptr, "string", nullptr},
     {"U",    Type::kWhole, 3, nullptr, ReadString<std::int64_t>, nullptr, "string", nullptr},
     {"vu",   Type::kWhole, 3, nullptr, ReadView, nullptr, "string", nullptr},
@@ -282,11 +246,11 @@ ArrowColumn::ArrowColumn(const ArrowSchema& schema, const std::string& source)
   fDivisor = UnitsOf(format);
   if (format.compare(0, 2, "d:") == 0) {
     const Decimal decimal = ParseDecimal(format.c_str());
-    fReadNumbers = DecimalReader(decimal.fBits);
-    fDivisor = std::pow(10.0, decimal.fScale);
-    if (fReadNumbers == nullptr) Refuse("decimals of this size cannot be used");
+    fReadDecimals = DecimalReaderOf(decimal.fBits);
+    fPlaces = decimal.fScale;
+    if (fReadDecimals == nullptr) Refuse("decimals of this size cannot be used");
   }
-  if (fDivisor <= 0.0 || !std::isfinite(fDivisor)) {
+  if (fDivisor <= 0.0 || std::abs(fPlaces) > kMostPlaces) {
     Refuse(std::string("a ") + fpType->fName + " of this unit or scale cannot be used");
   }
   if (schema.dictionary == nullptr) return;
@@ -352,11 +316,15 @@ void ArrowColumn::Attach(const ArrowArray& array, std::int64_t first, std::int64
 void ArrowColumn::ReadNumbers(std::int64_t first, std::size_t n, double* values) {
   const std::int64_t at = fFirst + first;
   if (fpDictionary != nullptr) return ReadDictionaryNumbers(at, n, values);
-  if (fReadNumbers == nullptr) {
+  if (fReadNumbers == nullptr && fReadDecimals == nullptr) {
     std::fill_n(values, n, KOVA_SystemMissing);
     return;
   }
-  fReadNumbers(fpArray->buffers[1], at, n, fDivisor, values);
+  if (fReadDecimals != nullptr) {
+    fReadDecimals(fpArray->buffers[1], at, n, fPlaces, values);
+  } else {
+    fReadNumbers(fpArray->buffers[1], at, n, fDivisor, values);
+  }
   MarkMissing(at, n, values);
 }
 
@@ -369,8 +337,9 @@ void ArrowColumn::MarkMissing(std::int64_t at, std::size_t n, double* values) {
   for (std::size_t i = 0; i < n; ++i) {
     values[i] = MCMV::IsMissing(values[i]) ? KOVA_SystemMissing : values[i];
   }
-  const bool wide =
-      fReadNumbers == ReadPlain<std::int64_t> || fReadNumbers == ReadPlain<std::uint64_t>;
+  const bool wide = fReadNumbers == ReadPlain<std::int64_t> ||
+                    fReadNumbers == ReadPlain<std::uint64_t> ||
+                    (fReadDecimals != nullptr && fPlaces == 0);
   if (!wide || fpType->fNote != nullptr || fDivisor != 1.0 || fbDigitsLost) return;
   fbDigitsLost = std::any_of(values, values + n, [](double value) {
     return std::abs(value) >= kExactIntegers && value != KOVA_SystemMissing;

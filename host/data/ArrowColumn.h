@@ -18,6 +18,7 @@
 #include <vector>
 
 #include "host/data/ArrowCDataInterface.h"
+#include "host/data/DecimalCells.h"
 #include "host/data/KOVA_Variable.h"
 
 namespace MCHost {
@@ -75,6 +76,8 @@ class ArrowColumn {
   void (*fReadNumbers)(const void* data, std::int64_t at, std::size_t n, double divisor,
                        double* values) = nullptr;
   double fDivisor = 1.0;                      // stored units in one of ours
+  DecimalReader fReadDecimals = nullptr;      // null for all but decimals
+  int fPlaces = 0;                            // of decimals
   std::unique_ptr<ArrowColumn> fpDictionary;  // null unless dictionary-encoded
   std::vector<std::int32_t> fDictionaryCodes;
   std::vector<double> fDictionaryNumbers;
