@@ -145,6 +145,7 @@ std::unique_ptr<DataTable> OpenTable(const DataOptions& options, ProgressLine& p
   if (!options.fSchema.empty()) {
     said.fSchema = MCHost::TableSchema::Read(options.fSchema);
     file.fTypes = said.fSchema->Types();
+    file.fColumnNulls = said.fSchema->ColumnNulls();
     const std::vector<std::string> nulls = said.fSchema->NullTokens();
     file.fNullTokens.insert(file.fNullTokens.end(), nulls.begin(), nulls.end());
   }

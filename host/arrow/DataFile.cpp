@@ -154,6 +154,7 @@ FileFormat InputFormatOf(const std::string& path, const DataFileOptions& options
 // A text that stands for no value, in all columns or in one.
 CsvRules RulesOf(const DataFileOptions& options, char delimiter) {
   CsvRules rules{delimiter, {""}, options.fTypes};
+  rules.fColumnNulls = options.fColumnNulls;
   if (options.fReading.fbNullWords) {
     rules.fNullTokens.insert(rules.fNullTokens.end(), std::begin(kNullWords), std::end(kNullWords));
   }

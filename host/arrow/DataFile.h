@@ -29,11 +29,13 @@
 namespace MCHost {
 
 struct DataFileOptions {
-  std::vector<std::string> fNullTokens;      // further texts that are missing in text
-  std::map<std::string, FieldType> fTypes;   // declared types of CSV columns; a value that does not
-                                             // fit is an error
-  bool fbKeepOriginal = true;                // standard input is kept for WriteDataFile
-  ReadingOptions fReading{};                 // what is said of how the file is to be read
+  std::vector<std::string> fNullTokens;     // further texts that are missing in text
+  std::map<std::string, FieldType> fTypes;  // declared types of CSV columns; a value that does not
+                                            // fit is an error
+  bool fbKeepOriginal = true;               // standard input is kept for WriteDataFile
+  ReadingOptions fReading{};                // what is said of how the file is to be read
+  // Texts that are missing in a column of text, by its name.
+  std::map<std::string, std::vector<std::string>> fColumnNulls{};
   std::vector<std::string> fDriverPlaces{};  // where drivers of databases may be, besides
   // What cells that are kept may take; a table of more is streamed instead.
   std::size_t fMaxKeptBytes = std::numeric_limits<std::size_t>::max();

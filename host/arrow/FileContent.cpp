@@ -28,10 +28,16 @@ std::optional<FileFormat> FormatOf(std::string_view start, std::string_view end)
   return std::nullopt;
 }
 
+// The mark alone could be letters of a text; the number behind it, of the format's version, is
+// none.
+bool IsDuckDb(std::string_view start) {
+  if (start.size() < kStart || start.substr(kDuckDbPlace, kDuckDb.size()) != kDuckDb) return false;
+  return start.substr(kDuckDbPlace + kDuckDb.size()).find('\0') != std::string_view::npos;
+}
+
 void CheckDatabase(std::string_view start, const std::string& path) {
   const bool isSqlite = start.starts_with(kSqlite);
-  if (!isSqlite && start.substr(std::min(kDuckDbPlace, start.size())).substr(0, 4) != kDuckDb)
-    return;
+  if (!isSqlite && !IsDuckDb(start)) return;
   const std::string kind = isSqlite ? "sqlite:" : "duckdb:";
   throw HostIOError(path, "", "the file is a database; " + kind + path + " reads it");
 }

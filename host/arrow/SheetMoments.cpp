@@ -37,8 +37,9 @@ std::string DateText(std::int64_t day) {
 
 void SetSeconds(RowCell& cell, std::int64_t millis) {
   cell.fKind = RowCell::kNumber;
-  cell.fText = millis % 1000 == 0 ? std::to_string(millis / 1000)
-                                  : fmt::format("{}.{:03}", millis / 1000, std::abs(millis) % 1000);
+  const std::int64_t size = std::abs(millis);
+  cell.fText = (millis < 0 ? "-" : "") + std::to_string(size / 1000);
+  if (size % 1000 != 0) cell.fText += fmt::format(".{:03}", size % 1000);
 }
 
 void SetText(RowCell& cell, std::string text) {

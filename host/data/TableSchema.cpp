@@ -24,7 +24,13 @@ std::optional<double> NumberOf(const TableSchema::Item& item) {
   return item.fpNumber ? item.fpNumber : CodeAsNumber(item.fText);
 }
 
-bool IsNullText(const std::string& text) { return text.empty() || IsNullWord(text); }
+// Whether a text of a numeric field stands for nothing where its cells are read: so does any one
+// without digits where the field's type says that texts are no values of it.
+bool IsNullText(const TableSchema::Field& field, const std::string& text) {
+  const bool mayBeText = field.fType == FieldType::kAny || field.fType == FieldType::kString;
+  const bool hasDigits = text.find_first_of("0123456789") != std::string::npos;
+  return text.empty() || IsNullWord(text) || (!mayBeText && !hasDigits);
+}
 
 // Puts one field's properties into its variable.
 class FieldApplier {
@@ -35,19 +41,21 @@ class FieldApplier {
   void Apply(const TableSchema::Field& field) {
     CheckType(field);
     if (!field.fTitle.empty()) fpVariable->SetLabel(field.fTitle);
-    if (field.fpMissing) AddMissing(*field.fpMissing);
+    if (field.fpMissing) AddMissing(field);
     for (const auto& item : field.fCategories) AddLabel(item);
     if (!field.fbCategories) return;
     fpVariable->SetMeasurementLevel(field.fbOrdered ? KOVA_Variable::kOrdinal
                                                     : KOVA_Variable::kNominal);
   }
 
-  void AddMissing(const std::vector<TableSchema::Item>& items) {
-    for (const auto& item : items) {
+  void AddMissing(const TableSchema::Field& field) {
+    for (const auto& item : *field.fpMissing) {
       if (!fpVariable->IsNumeric()) {
         fpVariable->GetMissingValues().AddString(item.fText);
-      } else if (item.fpNumber || !IsNullText(item.fText)) {
+      } else if (item.fpNumber || !IsNullText(field, item.fText)) {
         AddNumericMissing(item);
+      } else {
+        continue;
       }
       if (!item.fLabel.empty()) AddLabel(item);
     }
@@ -143,6 +151,20 @@ std::vector<std::string> TableSchema::NullTokens() const {
     if (!NumberOf(item)) tokens.push_back(item.fText);
   }
   return tokens;
+}
+
+std::map<std::string, std::vector<std::string>> TableSchema::ColumnNulls() const {
+  std::map<std::string, std::vector<std::string>> nulls;
+  for (const Field& field : fFields) {
+    const bool mayBeText = field.fType == FieldType::kAny || field.fType == FieldType::kString;
+    if (mayBeText || !field.fpMissing) continue;
+    for (const Item& item : *field.fpMissing) {
+      if (!item.fpNumber && IsNullText(field, item.fText)) {
+        nulls[field.fName].push_back(item.fText);
+      }
+    }
+  }
+  return nulls;
 }
 
 void TableSchema::Apply(ITable& table) const {

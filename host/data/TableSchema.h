@@ -7,8 +7,8 @@
 //                     CSV column is read; for the other formats it must not contradict the file.
 //  missingValues      user-missing values: numbers, strings or {"value": ..., "label": ...}. On a
 //                     numeric field a string is a number ("-99") or a closed range ("90..99", with
-//                     an end left open "..-1" or "900.."); strings that CSV reads as null anyway
-//                     ("" and the words of NullWords.h) may be listed and change nothing.
+//                     an end left open "..-1" or "900.."); other strings without a digit ("?") are
+//                     null where a CSV column of such a type is read, and change nothing else.
 //  categories         values or {"value": ..., "label": ...}: value labels, and the level nominal,
 //                     or ordinal where "categoriesOrdered" is true.
 //
@@ -55,9 +55,11 @@ class TableSchema {
   // The same for a text; `name` names it in messages.
   static TableSchema Parse(const std::string& text, const std::string& name);
 
-  // What is to be known before a CSV file is read: types by name, and texts that are null.
+  // What is to be known before a CSV file is read: types by name, and texts that are null, in all
+  // columns or in some.
   std::map<std::string, FieldType> Types() const;
   std::vector<std::string> NullTokens() const;
+  std::map<std::string, std::vector<std::string>> ColumnNulls() const;
 
   // Puts labels, user-missing values, value labels and levels into the table's dictionary. Throws
   // HostIOError for a field that the table does not have (naming the nearest column) and for one

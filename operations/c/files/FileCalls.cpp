@@ -25,6 +25,7 @@ MCHost::DataFileOptions FileOptionsOf(const predselect_file_options& given,
   options.fbKeepOriginal = false;
   if (!wishes.fSchema) return options;
   options.fTypes = wishes.fSchema->Types();
+  options.fColumnNulls = wishes.fSchema->ColumnNulls();
   const std::vector<std::string> nulls = wishes.fSchema->NullTokens();
   options.fNullTokens.insert(options.fNullTokens.end(), nulls.begin(), nulls.end());
   return options;

@@ -156,6 +156,15 @@ TEST(DelimitedFile, HoldsDeclaredTypesToTheirWord) {
   EXPECT_THAT(Cells(*table, 0), ElementsAre("0:1", "1:2.5"));
 }
 
+TEST(DelimitedFile, IsNoDatabaseForTheLettersOfItsMark) {
+  const ScratchFolder folder;
+  const std::string path = folder.Write("t.csv", "animals,DUCK,GOOSE\nu,1,2\n");
+  EXPECT_THAT(Dictionary(*OpenDataFile(path, {}, TableStorage::kMemory)),
+              ElementsAre("animals:1", "DUCK:0", "GOOSE:0"));
+  const std::string mark = std::string(8, 'x') + "DUCK" + std::string("\x40\0\0\0\0\0\0\0", 8);
+  EXPECT_THAT(ErrorOf(folder.Write("t.db", mark)), testing::HasSubstr("the file is a database"));
+}
+
 TEST(DelimitedFile, HeaderAloneIsATableWithoutCases) {
   const ScratchFolder folder;
   for (const TableStorage storage : {TableStorage::kMemory, TableStorage::kStreamed}) {

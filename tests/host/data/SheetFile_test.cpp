@@ -185,6 +185,8 @@ TEST(Sheet, OdsCellsAreWhatTheySay) {
       {OdsCell(of("date", "office:date-value=\"1970-01-02T00:00:01.500000000\"")), {"86401.5"}},
       {OdsCell(of("time", "office:time-value=\"PT12H30M05S\"")), {"45005"}},
       {OdsCell(of("time", "office:time-value=\"PT30H00M00S\"")), {"108000"}},
+      {OdsCell(of("time", "office:time-value=\"-PT00H00M00.5S\"")), {"-0.5"}},
+      {OdsCell(of("time", "office:time-value=\"-PT00H00M01.25S\"")), {"-1.25"}},
       {OdsCell(of("string", ""),
                "<office:annotation><text:p>a note</text:p></office:annotation><text:p>a<text:s "
                "text:c=\"2\"/>&amp;<text:span>b</text:span></text:p><text:p>c</text:p>"),

@@ -7,9 +7,11 @@
 #include <optional>
 #include <string>
 
+#include "host/arrow/DataFile.h"
 #include "host/data/MeasurementLevels.h"
 #include "host/data/MemoryTable.h"
 #include "host/session/HostIOError.h"
+#include "tests/host/data/TableFixtures.h"
 
 namespace MCHost {
 namespace {
@@ -135,6 +137,25 @@ const BadDocument kBadDocuments[] = {
 TEST(TableSchema, SaysWhatIsWrongWhereAndWhatIsAllowed) {
   for (const BadDocument& one : kBadDocuments) EXPECT_EQ(ErrorOf(one.fText), one.fError);
   EXPECT_THROW(TableSchema::Read("/nowhere/s.json"), HostIOError);
+}
+
+TEST(TableSchema, WordsOfATypedFieldStandForNothingWhereTextIsRead) {
+  const TableSchema schema = TableSchema::Parse(
+      R"({"fields": [{"name": "n", "type": "number", "missingValues": ["", "?", -9, "90..99"]},
+                     {"name": "s", "type": "string", "missingValues": ["?"]},
+                     {"name": "d", "type": "date", "missingValues": [{"value": "-", "label": "no"}]}]})",
+      "s.json");
+  DataFileOptions options{schema.NullTokens(), schema.Types()};
+  options.fColumnNulls = schema.ColumnNulls();
+  const ScratchFolder folder;
+  const std::string path = folder.Write("t.csv", "n,s,d\n1,?,-\n?,a,1970-01-02\n-9,b,\n");
+  const auto table = OpenDataFile(path, options, TableStorage::kMemory);
+  schema.Apply(*table);
+  EXPECT_THAT(Cells(*table, 0), testing::ElementsAre("1", ".", "-9"));
+  EXPECT_THAT(Cells(*table, 1), testing::ElementsAre("0:?", "1:a", "2:b"));
+  EXPECT_THAT(Cells(*table, 2), testing::ElementsAre(".", "1", "."));
+  EXPECT_THAT(table->GetVariable(0).GetMissingValues().GetNumbers(), testing::ElementsAre(-9));
+  EXPECT_TRUE(table->GetVariable(1).GetMissingValues().Contains(std::string("?")));
 }
 
 TEST(MeasurementLevels, FollowValidDistinctWholeValues) {
