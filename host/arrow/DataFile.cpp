@@ -308,9 +308,7 @@ std::unique_ptr<DataTable> OpenTable(const std::string& path, const DataFileOpti
 // match nothing.
 void CheckMissingCodes(const DataTable& table, const ReadingOptions& said) {
   const IArrowSource* source = table.Source();
-  const bool isTyped = dynamic_cast<const ParquetSource*>(source) != nullptr ||
-                       dynamic_cast<const IpcSource*>(source) != nullptr ||
-                       dynamic_cast<const DatabaseSource*>(source) != nullptr;
+  const bool isTyped = source != nullptr && source->HasTypes();
   for (int column = 0; isTyped && column < table.OwnColumnCount(); ++column) {
     const KOVA_Variable& variable = table.GetVariable(column);
     for (const MissingCodes& missing : said.fMissing) {
@@ -336,6 +334,7 @@ std::unique_ptr<DataTable> OpenDataFile(const std::string& path, const DataFileO
                                         TableStorage storage) {
   try {
     std::unique_ptr<DataTable> table = OpenTable(path, options, storage);
+    if (table->OwnColumnCount() == 0) throw HostIOError(path, "", "there are no columns in it");
     CheckMissingCodes(*table, options.fReading);
     return table;
   } catch (const HostIOError& error) {
@@ -377,8 +376,16 @@ void WriteDataFile(DataTable& table, const DataTarget& target, const std::vector
   std::iota(all.begin(), all.end(), 0);
   SavedBatches batches(table, keys != nullptr ? *keys : all);
   if (format == FileFormat::kParquet) return WriteParquet(batches, path);
-  if (format == FileFormat::kArrow) return WriteIpc(batches, path);
-  if (IsDelimited(format)) return WriteCsv(batches, path, DelimiterOf(format));
+  if (format == FileFormat::kArrow) {
+    if (WriteIpc(batches, path, Dictionaries::kKept)) return;
+    SavedBatches again(table, keys != nullptr ? *keys : all);
+    WriteIpc(again, path, Dictionaries::kAsValues);
+    return;
+  }
+  if (IsDelimited(format)) {
+    const char own = text != nullptr ? text->Rules().fDelimiter : DelimiterOf(format);
+    return WriteCsv(batches, path, DelimiterOfCopy(own, DelimiterOf(format)));
+  }
   WriteRecordLines(batches, path, format);
 }
 

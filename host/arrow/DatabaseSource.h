@@ -35,6 +35,7 @@ class DatabaseSource final : public IArrowSource {
 
   const std::string& Name() const override { return fName; }
   void Open(const std::vector<int>* columns, ArrowArrayStream* stream) override;
+  bool HasTypes() const override { return true; }
   std::int64_t CaseCount() const override { return fpPutBy ? fpPutBy->CaseCount() : -1; }
   std::vector<std::string> Notes() const override { return fpTypes->Notes(); }
 

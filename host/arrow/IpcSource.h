@@ -20,6 +20,7 @@ class IpcSource final : public IArrowSource {
 
   const std::string& Name() const override { return fName; }
   void Open(const std::vector<int>* columns, ArrowArrayStream* stream) override;
+  bool HasTypes() const override { return true; }
   std::int64_t CaseCount() const override { return fNCases; }
   int ColumnsAtATime() const override { return fNColumnsAtATime; }
 

@@ -315,6 +315,11 @@ void JoinedSource::OpenAs(JoinFor use, const std::vector<int>* columns, ArrowArr
   Check(arrow::ExportRecordBatchReader(std::move(batches), stream), fName);
 }
 
+bool JoinedSource::HasTypes() const {
+  return std::all_of(fParts.begin(), fParts.end(),
+                     [](const Part& part) { return part.fpSource->HasTypes(); });
+}
+
 std::int64_t JoinedSource::CaseCount() const {
   std::int64_t sum = 0;
   for (const Part& part : fParts) {

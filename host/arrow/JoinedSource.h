@@ -36,6 +36,7 @@ class JoinedSource final : public IArrowSource {
   const std::string& Name() const override { return fName; }
   void Open(const std::vector<int>* columns, ArrowArrayStream* stream) override;
   void OpenOriginal(const std::vector<int>* columns, ArrowArrayStream* stream) override;
+  bool HasTypes() const override;
   std::int64_t CaseCount() const override;
   bool IsReadOnce() const override;
   bool LookAgain() override;

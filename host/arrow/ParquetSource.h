@@ -24,6 +24,7 @@ class ParquetSource final : public IArrowSource {
   void Open(const std::vector<int>* columns, ArrowArrayStream* stream) override;
   // Texts come as the file declares them; Open gives dictionaries where the file has them.
   void OpenOriginal(const std::vector<int>* columns, ArrowArrayStream* stream) override;
+  bool HasTypes() const override { return true; }
   std::int64_t CaseCount() const override { return fNCases; }
   int ColumnsAtATime() const override { return fNColumnsAtATime; }
 

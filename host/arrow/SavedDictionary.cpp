@@ -47,6 +47,7 @@ ArrayResult SavedDictionary::Take(const std::shared_ptr<arrow::Array>& column) {
   if (given.dictionary()->Equals(*fpValues)) {
     return std::make_shared<arrow::DictionaryArray>(column->type(), given.indices(), fpValues);
   }
+  if (fpValues->null_count() > 0) return nullptr;
   ARROW_ASSIGN_OR_RAISE(const auto cells, WithoutNullEntries(column));
   const arrow::DictionaryArray& codes = AsDictionary(cells);
   ARROW_ASSIGN_OR_RAISE(const auto all, arrow::DictionaryUnifier::Make(fpValues->type()));
@@ -54,11 +55,10 @@ ArrayResult SavedDictionary::Take(const std::shared_ptr<arrow::Array>& column) {
   std::shared_ptr<arrow::Array> values;
   ARROW_RETURN_NOT_OK(all->Unify(*fpValues));
   ARROW_RETURN_NOT_OK(all->Unify(*codes.dictionary(), &places));
-  ARROW_RETURN_NOT_OK(all->GetResultWithIndexType(codes.indices()->type(), &values));
-  if (!values->Slice(0, fpValues->length())->Equals(*fpValues)) {
-    return arrow::Status::NotImplemented(
-        "a dictionary that holds a value twice or null cannot be added to");
-  }
+  const arrow::Status fits = all->GetResultWithIndexType(codes.indices()->type(), &values);
+  if (fits.IsInvalid()) return nullptr;
+  ARROW_RETURN_NOT_OK(fits);
+  if (!values->Slice(0, fpValues->length())->Equals(*fpValues)) return nullptr;
   fpValues = values;
   return codes.Transpose(column->type(), values,
                          reinterpret_cast<const std::int32_t*>(places->data()));

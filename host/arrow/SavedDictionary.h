@@ -17,8 +17,8 @@ arrow::Result<std::shared_ptr<arrow::Array>> WithoutNullEntries(
 // the file form of Arrow has room for one dictionary a column and for additions to it.
 class SavedDictionary {
  public:
-  // The cells of a batch by the dictionary as it is now. Fails where its codes do not suffice for
-  // all values so far.
+  // The cells of a batch by the dictionary as it is now. Null where its codes do not suffice for
+  // all values so far, or where one that is to be added to holds a value twice or null.
   arrow::Result<std::shared_ptr<arrow::Array>> Take(const std::shared_ptr<arrow::Array>& column);
 
  private:

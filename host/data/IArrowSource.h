@@ -35,6 +35,10 @@ class IArrowSource {
   enum class Kept { kPart, kAll, kAllOfIntegers };
   virtual Kept KeptOf(int /*column*/) { return Kept::kPart; }
 
+  // Whether columns are of the types that the source says, whatever their cells look like. Those of
+  // text are what all cells are, once the ones that mean nothing are left out.
+  virtual bool HasTypes() const { return false; }
+
   // Number of cases when that is known without reading, otherwise -1.
   virtual std::int64_t CaseCount() const { return -1; }
 

@@ -127,6 +127,15 @@ TEST(JoinedFiles, OfFixedTypesThatDoNotFitAreRefusedByName) {
   EXPECT_EQ(ErrorOf(folder.Path("p?.parquet")), folder.Path("p2.parquet") +
                                                     ": column \"a\" holds texts, but numbers in " +
                                                     folder.Path("p1.parquet"));
+  DataFileOptions options;
+  options.fReading.fMissing = {{"a", {"foo"}}};
+  for (const char* path : {"p1.parquet", "p[1].parquet"}) {
+    EXPECT_THROW(OpenDataFile(folder.Path(path), options, TableStorage::kMemory), HostIOError)
+        << path;
+  }
+  MemoryTable nothing;
+  WriteDataFile(nothing, folder.Path("nothing.parquet"));
+  EXPECT_THAT(ErrorOf(folder.Path("nothing.parquet")), EndsWith("there are no columns in it"));
   EXPECT_THAT(ErrorOf(folder.Path("q*.csv")), EndsWith("no file fits the pattern"));
   std::filesystem::create_directory(folder.Path("empty"));
   EXPECT_THAT(ErrorOf(folder.Path("empty")), EndsWith("no file that is called as data"));

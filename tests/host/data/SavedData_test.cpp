@@ -91,6 +91,8 @@ std::vector<TypeCase> TypeCases() {
        "-123456789012345678.25,0\n0.07,\n"},
       {FromJson(decimal256(50, 1), R"(["100000000000000000000000000000000000000000.0"])"),
        "100000000000000000000000000000000000000000.0,0\n"},
+      {FromJson(decimal128(5, 0), R"(["-12", "99999"])")->View(decimal128(5, -2)).ValueOrDie(),
+       "-1200,0\n9999900,\n", decimal128(7, 0)},
       {FromJson(decimal64(10, 9), R"(["0.000000001"])"), "0.000000001,0\n"},
       {FromJson(date32(), "[-719529, 19782]"), "-0001-12-31,0\n2024-02-29,\n"},
       {FromJson(date64(), "[-86400000]"), "1969-12-31,0\n", date32()},
@@ -146,6 +148,51 @@ TEST(SavedData, EveryArrowTypeComesThroughEveryFormatWithItsValues) {
         WriteDataFile(*OpenDataFile(folder.Path(name), {}, storage), csv);
         EXPECT_EQ(ReadFile(csv), "v,new\n" + std::string(one.fText)) << name;
       }
+    }
+  }
+}
+
+// A file of Arrow has one dictionary a column. Where those of the data do not go into one, it is
+// written once more, of values.
+TEST(SavedData, DictionariesThatChangeAreOneOrTheirValues) {
+  using namespace arrow;
+  std::string many = "[\"a0\"";
+  for (int i = 1; i < 100; ++i) many += ", \"a" + std::to_string(i) + "\"";
+  const TypePtr kept = dictionary(int8(), utf8());
+  const struct {
+    std::string fFirst;
+    std::string fSecond;
+    TypePtr fSaved;
+    const char* fText;
+  } cases[] = {
+      {R"(["a", "b"])", R"(["c", "a"])", kept, "v,new\na,0\nb,\nc,2\na,3\n"},
+      {R"([null, "b"])", R"(["c", "a"])", utf8(), "v,new\n,0\nb,\nc,2\na,3\n"},
+      {R"(["b", "b"])", R"(["c", "a"])", utf8(), "v,new\nb,0\nb,\nc,2\na,3\n"},
+      {many + "]",
+       R"(["c", "a0", "1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11", "12",)"
+       R"("13", "14", "15", "16", "17", "18", "19", "20", "21", "22", "23", "24", "25",)"
+       R"("26", "27", "28", "29", "30"])",
+       utf8(), "v,new\na0,0\na1,\nc,2\na0,3\n"},
+  };
+  for (const auto& one : cases) {
+    SCOPED_TRACE(one.fFirst);
+    const ScratchFolder folder;
+    std::filesystem::create_directory(folder.Path("t"));
+    for (const auto& [name, words] :
+         {std::pair("t/p1.arrow", one.fFirst), std::pair("t/p2.arrow", one.fSecond)}) {
+      MemoryTable part(std::make_unique<BatchSource>(
+          std::vector<std::pair<std::string, ArrayPtr>>{
+              {"v", Codes(int8(), utf8(), "[0, 1]", words)}},
+          10));
+      WriteDataFile(part, folder.Path(name));
+    }
+    for (const TableStorage storage : kStorages) {
+      const auto table = OpenDataFile(folder.Path("t"), {}, storage);
+      AddCounts(*table);
+      WriteDataFile(*table, folder.Path("t.arrow"));
+      EXPECT_TRUE(ReadColumns(folder.Path("t.arrow"))->column(0)->type()->Equals(one.fSaved));
+      WriteDataFile(*OpenDataFile(folder.Path("t.arrow"), {}, storage), folder.Path("t.csv"));
+      EXPECT_EQ(ReadFile(folder.Path("t.csv")), one.fText);
     }
   }
 }
@@ -207,6 +254,17 @@ TEST(SavedData, DelimitedTextIsCopiedByteForByte) {
       WriteDataFile(*table, folder.Path(one.fName), one.fKeys ? &*one.fKeys : nullptr);
       EXPECT_EQ(ReadFile(folder.Path(one.fName)), one.fText);
     }
+  }
+}
+
+TEST(SavedData, SemicolonsAreKeptWhereTextIsWrittenAnew) {
+  const ScratchFolder folder;
+  for (const char* text : {"a;b\n1,5;x\n2,25;y\n", "1.5;x\n2.25;y\n"}) {
+    const auto table = OpenDataFile(folder.Write("t.csv", text), {}, TableStorage::kMemory);
+    WriteDataFile(*table, folder.Path("c.csv"));
+    const std::string names =
+        table->GetVariable(0).GetName() + ";" + table->GetVariable(1).GetName();
+    EXPECT_EQ(ReadFile(folder.Path("c.csv")), names + "\n1.5;x\n2.25;y\n");
   }
 }
 
