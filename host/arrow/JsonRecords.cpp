@@ -28,11 +28,20 @@ JsonRecords::~JsonRecords() = default;
 bool JsonRecords::Next() {
   if (fbEnded) return false;
   if (fForm == Form::kUnknown) Begin();
-  fLine += std::count(fBytes.begin() + static_cast<std::ptrdiff_t>(fStart),
-                      fBytes.begin() + static_cast<std::ptrdiff_t>(fEnd), '\n');
-  fStart = fEnd;
-  fbEnded = !(fForm == Form::kArray ? NextElement() : NextLine());
+  Pass(fEnd - fStart);
+  fbEnded = !(fForm == Form::kArray    ? NextElement()
+              : fForm == Form::kSpread ? NextSpread()
+                                       : NextLine());
   return !fbEnded;
+}
+
+// Goes on by so many bytes, which are there.
+void JsonRecords::Pass(std::size_t bytes) {
+  const std::string_view passed = std::string_view(fBytes).substr(fStart, bytes);
+  const std::size_t last = passed.rfind('\n');
+  fLine += std::count(passed.begin(), passed.end(), '\n');
+  fColumn = last == std::string_view::npos ? fColumn + bytes : bytes - last;
+  fStart += bytes;
 }
 
 void JsonRecords::Begin() {
@@ -40,14 +49,21 @@ void JsonRecords::Begin() {
   if (Has(kByteOrderMark.size() - 1) && fBytes.starts_with(kByteOrderMark)) {
     fStart = kByteOrderMark.size();
   }
-  if (!SkipBlanks(kBlanks) || fBytes[fStart] != '[') return;
-  fForm = Form::kArray;
-  fEnd = ++fStart;
+  if (!SkipBlanks(kBlanks)) return;
+  if (fBytes[fStart] == '[') {
+    fForm = Form::kArray;
+    Pass(1);
+    fEnd = fStart;
+  } else if (fBytes[fStart] == '{') {
+    std::size_t at = 1;
+    while (Has(fStart + at) && IsOneOf(fBytes[fStart + at], " \t\r")) ++at;
+    if (Has(fStart + at) && fBytes[fStart + at] == '\n') fForm = Form::kSpread;
+  }
 }
 
 // Goes to the next byte that is none of these; false where there is none.
 bool JsonRecords::SkipBlanks(std::string_view blanks) {
-  for (; Has(fStart) && IsOneOf(fBytes[fStart], blanks); ++fStart) fLine += fBytes[fStart] == '\n';
+  while (Has(fStart) && IsOneOf(fBytes[fStart], blanks)) Pass(1);
   fEnd = fStart;
   return Has(fStart);
 }
@@ -64,17 +80,24 @@ bool JsonRecords::NextLine() {
   return true;
 }
 
+bool JsonRecords::NextSpread() {
+  if (!SkipBlanks(kBlanks)) return false;
+  const std::size_t size = EndOfElement();
+  fEnd = fStart + size;
+  return true;
+}
+
 bool JsonRecords::NextElement() {
   if (!SkipBlanks(kBlanks)) Fail("the array has no end");
   const bool isEnd = fBytes[fStart] == ']';
   if (!isEnd && !fbFirst) {
     if (fBytes[fStart] != ',') Fail("the records of the array lack a comma between them");
-    ++fStart;
+    Pass(1);
     if (!SkipBlanks(kBlanks)) Fail("the array has no end");
   }
   fbFirst = false;
   if (isEnd) {
-    ++fStart;
+    Pass(1);
     if (SkipBlanks(kBlanks)) Fail("there is more behind the end of the array");
     return false;
   }
@@ -102,7 +125,7 @@ std::size_t JsonRecords::EndOfElement() {
       return at;
     }
   }
-  Fail("the array has no end");
+  Fail(fForm == Form::kArray ? "the array has no end" : "the record has no end");
 }
 
 // Whether there is such a byte. Reading moves what is kept to the front: fStart and fEnd with it.

@@ -107,7 +107,8 @@ void JsonRows::FailAt(std::size_t byte, const std::string& reason) const {
   const std::string_view before = fRecords.Text().substr(0, byte > 0 ? byte - 1 : 0);
   const auto lines = std::count(before.begin(), before.end(), '\n');
   const std::size_t start = before.rfind('\n');
-  const std::size_t column = before.size() - (start == std::string_view::npos ? 0 : start + 1) + 1;
+  const std::size_t column =
+      start == std::string_view::npos ? fRecords.Column() + before.size() : before.size() - start;
   throw HostIOError(
       fSource,
       "line " + std::to_string(fRecords.Line() + lines) + ", column " + std::to_string(column),

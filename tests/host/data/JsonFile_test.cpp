@@ -87,7 +87,9 @@ TEST(JsonFile, KeysMayComeLateInAnyOrderOrNotAtAll) {
       "\xEF\xBB\xBF\n{\"a\": 1, \"b\": \"x\"}\r\n\n  {\"b\": \"y\", \"c\": true, \"a\": "
       "2}\n{}\n{\"c\": false}",
       "\n [{\"a\": 1, \"b\": \"x\"},\n{\"b\": \"y\",\n \"c\": true, \"a\": 2} , "
-      "{},\n{\"c\":false}\n]\n"};
+      "{},\n{\"c\":false}\n]\n",
+      "{\n  \"a\": 1,\n  \"b\": \"x\"\n}\n{ \"b\": \"y\",\n\"a\": 2, \"c\": true "
+      "}{}\n{\"c\":false}"};
   for (const std::string& text : records) {
     const auto table = OpenDataFile(folder.Write("t.json", text), {}, TableStorage::kMemory);
     EXPECT_THAT(Dictionary(*table), ElementsAre("a:0", "b:1", "c:0"));
@@ -113,6 +115,9 @@ TEST(JsonFile, WhatIsWrongIsNamedWithItsLine) {
       {"{\"a\": 1e999}\n", "line 1, column 7: the number 1e999 is too large"},
       {"{\"a\": \"\xff\"}\n", "line 1, column 8: the text is not valid JSON here"},
       {"[{\"a\": 1},\n{\"a\":\n tru}]", "line 3, column 5: the text is not valid JSON here"},
+      {"[{\"a\":1},{\"a\":2},{\"a\":x}]", "line 1, column 23: the text is not valid JSON here"},
+      {"{\n\"a\": 1\n}\n{\n \"a\": x}\n", "line 5, column 7: the text is not valid JSON here"},
+      {"{\n\"a\": 1\n", "line 1: the record has no end"},
       {"[{\"a\": 1}\n{\"a\": 1}]", "line 2: the records of the array lack a comma"},
       {"[{\"a\": 1}] x", "line 1: there is more behind the end of the array"},
       {"[{\"a\": 1},\n{\"a\": \"]", "line 2: the array has no end"},
