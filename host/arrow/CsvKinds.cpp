@@ -8,6 +8,8 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
+#include <cstdlib>
+#include <limits>
 #include <string>
 #include <system_error>
 
@@ -76,26 +78,50 @@ bool IsBoolean(std::string_view text) {
   return false;
 }
 
-unsigned DateKinds(std::string_view text) {
-  std::int64_t micros = 0;
-  bool zone = false;
-  if (text.size() < 10 || text[4] != '-' ||
-      !arrow::internal::ParseTimestampISO8601(text.data(), text.size(), arrow::TimeUnit::MICRO,
-                                              &micros, &zone)) {
-    return kCsvText;
-  }
-  constexpr unsigned kHeld = kCsvHeld | kCsvMayHold;
-  // What is read is an instant: the hours between it and the clock that another zone's text shows
-  // are not in it.
-  if (zone) return text.back() == 'Z' ? kCsvZonedTime | kHeld : kCsvZonedTime;
-  return (text.size() == 10 ? kCsvDate | kCsvDateTime : kCsvDateTime) | kHeld;
+// A moment in both units, or in the one that can have it.
+struct MomentUnits {
+  bool fbMicros = false;
+  bool fbNanos = false;
+};
+
+// `read` is handed a unit and where the value goes; false where the text is none in it.
+template <class Read>
+MomentUnits UnitsOf(Read read) {
+  constexpr std::int64_t kMostMicros = std::numeric_limits<std::int64_t>::max() / 1000;
+  std::int64_t value = 0;
+  if (read(arrow::TimeUnit::MICRO, &value)) return {true, std::abs(value) <= kMostMicros};
+  return {false, read(arrow::TimeUnit::NANO, &value)};
 }
 
-bool IsTime(std::string_view text) {
-  static const arrow::Time64Type type(arrow::TimeUnit::MICRO);
-  std::int64_t micros = 0;
-  return text.size() >= 5 && text[2] == ':' &&
-         arrow::internal::ParseValue(type, text.data(), text.size(), &micros);
+unsigned DateKinds(std::string_view text) {
+  if (text.size() < 10 || text[4] != '-') return kCsvText;
+  bool zone = false;
+  const auto [isMicros, isNanos] = UnitsOf([&](arrow::TimeUnit::type unit, std::int64_t* value) {
+    zone = false;
+    return arrow::internal::ParseTimestampISO8601(text.data(), text.size(), unit, value, &zone);
+  });
+  if (!isMicros && !isNanos) return kCsvText;
+  constexpr unsigned kHeld = kCsvHeld | kCsvMayHold;
+  if (zone) {
+    const unsigned kinds = (isMicros ? kCsvZonedTime : 0U) | (isNanos ? kCsvNanoZonedTime : 0U);
+    // What is read is an instant: the hours between it and the clock that another zone's text
+    // shows are not in it.
+    return text.back() == 'Z' ? kinds | kHeld : kinds;
+  }
+  return (text.size() == 10 ? kCsvDate : 0U) | (isMicros ? kCsvDateTime : 0U) |
+         (isNanos ? kCsvNanoDateTime : 0U) | kHeld;
+}
+
+unsigned TimeKinds(std::string_view text) {
+  static const arrow::Time64Type micros(arrow::TimeUnit::MICRO);
+  static const arrow::Time64Type nanos(arrow::TimeUnit::NANO);
+  if (text.size() < 5 || text[2] != ':') return kCsvText;
+  const auto [isMicros, isNanos] = UnitsOf([&](arrow::TimeUnit::type unit, std::int64_t* value) {
+    const auto& type = unit == arrow::TimeUnit::MICRO ? micros : nanos;
+    return arrow::internal::ParseValue(type, text.data(), text.size(), value);
+  });
+  if (!isMicros && !isNanos) return kCsvText;
+  return (isMicros ? kCsvTime : 0U) | kCsvNanoTime | kCsvHeld | kCsvMayHold;
 }
 
 unsigned NumberKinds(std::string_view text) {
@@ -184,7 +210,7 @@ unsigned CsvKindsOf(std::string_view text) {
   if (text.empty() || text.size() > kCsvLongestOther) return kCsvText;
   if (const unsigned number = NumberKinds(text); number != kCsvText) return number;
   if (IsBoolean(text)) return kCsvBoolean | kCsvHeld | kCsvMayHold;
-  if (IsTime(text)) return kCsvTime | kCsvHeld | kCsvMayHold;
+  if (const unsigned time = TimeKinds(text); time != kCsvText) return time;
   return DateKinds(text);
 }
 
@@ -195,8 +221,10 @@ std::shared_ptr<arrow::DataType> CsvTypeOf(unsigned kinds) {
   if (kinds & kCsvBoolean) return arrow::boolean();
   if (kinds & kCsvDate) return arrow::date32();
   if (kinds & kCsvDateTime) return arrow::timestamp(arrow::TimeUnit::MICRO);
+  if (kinds & kCsvNanoDateTime) return arrow::timestamp(arrow::TimeUnit::NANO);
   if (kinds & kCsvZonedTime) return arrow::timestamp(arrow::TimeUnit::MICRO, "UTC");
-  return arrow::time64(arrow::TimeUnit::MICRO);
+  if (kinds & kCsvNanoZonedTime) return arrow::timestamp(arrow::TimeUnit::NANO, "UTC");
+  return arrow::time64(kinds & kCsvTime ? arrow::TimeUnit::MICRO : arrow::TimeUnit::NANO);
 }
 
 bool CsvHoldsDigits(std::string_view number) {

@@ -20,12 +20,16 @@ enum CsvKind : unsigned {
   kCsvDateTime = 8,    // a date with or without a time, no zone: 2024-02-29 12:30
   kCsvZonedTime = 16,  // a date with a time and a zone: 2024-02-29T12:30:00Z
   kCsvTime = 32,       // 12:30, 12:30:00.5
-  kCsvTypes = 63,
+  // The same by nanoseconds, which are asked for by more than six digits and have fewer years.
+  kCsvNanoDateTime = 64,
+  kCsvNanoZonedTime = 128,
+  kCsvNanoTime = 256,
+  kCsvTypes = 511,
 
   // How the text is spelled: whether a value of its type tells all that it says.
-  kCsvWhole = 64,     // a 64-bit integer tells it: 12, but not 007, -0 or 1.0
-  kCsvHeld = 128,     // the value that is read tells it, but for blanks around it
-  kCsvMayHold = 256,  // CsvHoldsDigits() decides; every text that is held may be
+  kCsvWhole = 512,     // a 64-bit integer tells it: 12, but not 007, -0 or 1.0
+  kCsvHeld = 1024,     // the value that is read tells it, but for blanks around it
+  kCsvMayHold = 2048,  // CsvHoldsDigits() decides; every text that is held may be
   kCsvSpelling = kCsvWhole | kCsvHeld | kCsvMayHold,
 
   kCsvAll = kCsvTypes | kCsvSpelling

@@ -39,11 +39,16 @@ unsigned KindOf(const arrow::DataType& type) {
       return kCsvBoolean;
     case arrow::Type::DATE32:
       return kCsvDate;
-    case arrow::Type::TIMESTAMP:
-      return static_cast<const arrow::TimestampType&>(type).timezone().empty() ? kCsvDateTime
-                                                                               : kCsvZonedTime;
+    case arrow::Type::TIMESTAMP: {
+      const auto& moment = static_cast<const arrow::TimestampType&>(type);
+      const bool isNano = moment.unit() == arrow::TimeUnit::NANO;
+      if (moment.timezone().empty()) return isNano ? kCsvNanoDateTime : kCsvDateTime;
+      return isNano ? kCsvNanoZonedTime : kCsvZonedTime;
+    }
     case arrow::Type::TIME64:
-      return kCsvTime;
+      return static_cast<const arrow::Time64Type&>(type).unit() == arrow::TimeUnit::NANO
+                 ? kCsvNanoTime
+                 : kCsvTime;
     default:
       return kCsvText;
   }

@@ -25,8 +25,10 @@ constexpr Declaration kDeclarations[] = {
     {FieldType::kInteger, kCsvNumber | kCsvSpelling, "whole number"},
     {FieldType::kBoolean, kCsvBoolean | kCsvSpelling, "true or false value"},
     {FieldType::kDate, kCsvDate | kCsvSpelling, "date (such as 2024-02-29)"},
-    {FieldType::kDateTime, kCsvDateTime | kCsvZonedTime | kCsvSpelling, "date and time"},
-    {FieldType::kTime, kCsvTime | kCsvSpelling, "time (such as 12:30:00)"},
+    {FieldType::kDateTime,
+     kCsvDateTime | kCsvZonedTime | kCsvNanoDateTime | kCsvNanoZonedTime | kCsvSpelling,
+     "date and time"},
+    {FieldType::kTime, kCsvTime | kCsvNanoTime | kCsvSpelling, "time (such as 12:30:00)"},
 };
 
 const Declaration& DeclarationOf(FieldType type) {

@@ -308,6 +308,13 @@ TEST(SavedData, TextBecomesColumnsThatLoseNothingOfIt) {
       {"1970-01-01T00:00:01Z", timestamp(TimeUnit::MICRO, "UTC"), "[1000000]"},
       {"1970-01-01T02:00:00+02:00", utf8(), R"(["1970-01-01T02:00:00+02:00"])"},
       {"00:01", time64(TimeUnit::MICRO), "[60000000]"},
+      // More than six digits are nanoseconds, in the years that these have.
+      {"1970-01-01 00:00:01.123456789\n1970-01-02", timestamp(TimeUnit::NANO),
+       "[1123456789, 86400000000000]"},
+      {"1970-01-01T00:00:01.1234567Z", timestamp(TimeUnit::NANO, "UTC"), "[1123456700]"},
+      {"1970-01-01 00:00:01.1234567\n9999-01-01", utf8(),
+       R"(["1970-01-01 00:00:01.1234567", "9999-01-01"])"},
+      {"00:01\n00:00:00.000000001", time64(TimeUnit::NANO), "[60000000000, 1]"},
       {"NA\nnull", null(), "[null, null]"},
       {"x\n\"\"\n01", utf8(), R"(["x", null, "01"])"},
   };
