@@ -10,7 +10,12 @@ namespace MCHost {
 CellKinds::CellKinds(std::string name, FieldType declared)
     : fName(std::move(name)), fDeclared(declared), fKinds(DeclaredKinds(declared)) {}
 
-bool CellKinds::IsNumber() const { return (fKinds & kCsvTypes) == kCsvNumber; }
+unsigned CellKinds::Kinds() const {
+  const bool areTimes = fKinds != kCsvAll && (fKinds & kCsvTime) != 0;
+  return areTimes ? fKinds & ~(kCsvNumber | kCsvWhole) : fKinds;
+}
+
+bool CellKinds::IsNumber() const { return (Kinds() & kCsvTypes) == kCsvNumber; }
 
 bool CellKinds::Narrow(const RowCell& cell) {
   fKinds &= KindsOf(cell);
@@ -29,6 +34,7 @@ unsigned CellKinds::KindsOf(const RowCell& cell) const {
   if (fDeclared == FieldType::kBoolean && (cell.fText == "0" || cell.fText == "1")) {
     return kCsvBoolean | kCsvWhole;
   }
+  if (!cell.fClock.empty()) kinds |= CsvKindsOf(cell.fClock);
   if (isNumber && !(kinds & kCsvHeld) && CsvHoldsDigits(cell.fText)) kinds |= kCsvHeld;
   return kinds;
 }

@@ -19,8 +19,9 @@ class CellKinds {
 
   const std::string& Name() const { return fName; }
 
-  // The kinds of CsvKinds.h that the cells have in common.
-  unsigned Kinds() const { return fKinds; }
+  // The kinds of CsvKinds.h that the cells have in common. Seconds that all are times of day are
+  // times alone.
+  unsigned Kinds() const;
   bool IsNumber() const;
   bool AreDigitsLost() const { return fbDigitsLost; }  // of a number beyond 2^53
 

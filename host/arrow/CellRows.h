@@ -15,6 +15,8 @@ struct RowCell {
 
   Kind fKind = kNone;
   std::string fText;  // a number's digits; true or false; a text, dates and times in ISO 8601 too
+  // Of a number of seconds that may be a time of day, too: that time. Empty for others.
+  std::string fClock{};
 };
 
 class ICellRows {

@@ -3,6 +3,7 @@
 #include <arrow/c/bridge.h>
 #include <arrow/record_batch.h>
 #include <arrow/type.h>
+#include <arrow/type_traits.h>
 
 #include <algorithm>
 #include <numeric>
@@ -64,10 +65,17 @@ class CellBatches final : public arrow::RecordBatchReader {
     for (std::size_t k = 0; k < fBuilders.size(); ++k) {
       const auto at = static_cast<std::size_t>(fColumns[k]);
       const bool isThere = at < fCells.size() && !IsNull(fCells[at], fNulls[at]);
-      ARROW_RETURN_NOT_OK(isThere ? fBuilders[k].Append(fCells[at].fText)
+      ARROW_RETURN_NOT_OK(isThere ? fBuilders[k].Append(TextOf(fCells[at], k))
                                   : fBuilders[k].AppendNull());
     }
     return arrow::Status::OK();
+  }
+
+  // A cell's text as its column has it.
+  const std::string& TextOf(const RowCell& cell, std::size_t k) const {
+    if (cell.fClock.empty()) return cell.fText;
+    return arrow::is_numeric(fpSchema->field(static_cast<int>(k))->type()->id()) ? cell.fText
+                                                                                 : cell.fClock;
   }
 
   std::unique_ptr<ICellRows> fpRows;

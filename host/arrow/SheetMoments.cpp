@@ -131,8 +131,8 @@ void ShowDuration(RowCell& cell) {
     start = i + 1;
   }
   const std::int64_t millis = std::llround(sign * seconds * 1000.0);
-  if (millis < 0 || millis >= kDayMillis) return SetSeconds(cell, millis);
-  SetText(cell, ClockText(millis));
+  SetSeconds(cell, millis);
+  if (millis >= 0 && millis < kDayMillis) cell.fClock = ClockText(millis);
 }
 
 }  // namespace MCHost

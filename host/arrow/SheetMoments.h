@@ -20,7 +20,7 @@ SheetFormat FormatOfNumber(int number);
 // are noise.
 void ShowMoment(RowCell& cell, SheetFormat format, double daysBefore);
 
-// An ISO 8601 duration ("PT12H30M05S") as a time of day, or as seconds where it is none.
+// An ISO 8601 duration ("PT12H30M05S") as seconds, and as a time of day where it is one.
 void ShowDuration(RowCell& cell);
 
 }  // namespace MCHost

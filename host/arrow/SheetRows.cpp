@@ -38,11 +38,12 @@ void SheetRows::ReadHeader() {
     const RowCell& cell = fRow.fCells[j];
     fColumns.push_back(IsEmpty(cell) ? kNoColumn : fNames.size());
     if (IsEmpty(cell)) continue;
-    if (std::find(fNames.begin(), fNames.end(), cell.fText) != fNames.end()) {
+    const std::string& name = cell.fClock.empty() ? cell.fText : cell.fClock;
+    if (std::find(fNames.begin(), fNames.end(), name) != fNames.end()) {
       throw HostIOError(fSource, CellPlace(j),
-                        "a column named " + Quoted(cell.fText) + " is there already");
+                        "a column named " + Quoted(name) + " is there already");
     }
-    fNames.push_back(cell.fText);
+    fNames.push_back(name);
     fSheetColumns.push_back(j);
   }
 }

@@ -45,7 +45,7 @@ class Workbook final : public IXmlListener {
       if (is1904 == "1" || is1904 == "true") fBook.fDaysBefore = k1904;
     }
     if (element != u"sheet") return;
-    const auto entry = fRelations.fEntries.find(attributes.Get(u"r:id"));
+    const auto entry = fRelations.fEntries.find(attributes.GetPrefixed(u"id"));
     if (entry == fRelations.fEntries.end()) return;
     fBook.fSheets.push_back({attributes.Get(u"name"), entry->second});
   }

@@ -104,7 +104,7 @@ class XlsxSheet final : public ISheet, private IXmlListener {
     cell.fKind = RowCell::kText;
     cell.fText = fType == "s" ? SharedText() : fText;
     if (fType == "b") {
-      cell = {RowCell::kBoolean, fText == "1" ? "true" : "false"};
+      cell = {RowCell::kBoolean, fText == "1" || fText == "true" ? "true" : "false"};
     } else if (fType.empty() || fType == "n") {
       cell.fKind = RowCell::kNumber;
       ShowMoment(cell, fFormat, fpBook->fDaysBefore);

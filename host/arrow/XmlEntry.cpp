@@ -72,6 +72,17 @@ class Attributes final : public IXmlAttributes {
     if (text != nullptr) AppendUtf8(value, text);
     return value;
   }
+  std::string GetPrefixed(std::u16string_view name) const override {
+    for (XMLSize_t i = 0; i < fAttributes.getLength(); ++i) {
+      const std::u16string_view whole = fAttributes.getQName(i);
+      const std::size_t colon = whole.find(u':');
+      if (colon == std::u16string_view::npos || whole.substr(colon + 1) != name) continue;
+      std::string value;
+      AppendUtf8(value, fAttributes.getValue(i));
+      return value;
+    }
+    return {};
+  }
 
  private:
   const xercesc::Attributes& fAttributes;

@@ -14,6 +14,8 @@ class IXmlAttributes {
   virtual ~IXmlAttributes() = default;
   // The value of an attribute by its whole name ("r:id"); empty where it is not there.
   virtual std::string Get(const char16_t* name) const = 0;
+  // The same of the first that has a prefix, whichever it is, by its name behind that.
+  virtual std::string GetPrefixed(std::u16string_view name) const = 0;
 };
 
 // Is told of a document in the order in which it stands there. Elements go by their names without

@@ -106,6 +106,7 @@ TEST(Sheet, XlsxCellsAreWhatTheirTypesAndFormatsSay) {
       {"<c t=\"n\" s=\"5\"><v>2</v></c>", "2"},
       {"<c><f>A1*2</f><v>4</v></c>", "4"},
       {"<c t=\"b\"><v>1</v></c>", "1"},
+      {"<c t=\"b\"><v>true</v></c>", "1"},
       {"<c t=\"s\"><v>1</v></c>", "0:böb"},
       {"<c t=\"str\"><f>A1</f><v>a &lt; b</v></c>", "0:a < b"},
       {"<c t=\"inlineStr\"><is><r><t>in</t></r><rPh><t>x</t></rPh><r><t>line</t></r></is></c>",
@@ -129,6 +130,15 @@ TEST(Sheet, XlsxCellsAreWhatTheirTypesAndFormatsSay) {
     EXPECT_THAT(Dictionary(*table), SizeIs(1));
     EXPECT_THAT(Cells(*table, 0), ElementsAre(one.fValue));
   }
+  Parts prefixed = Xlsx(Row("<c t=\"s\"><v>0</v></c>") + Row("<c><v>5</v></c>"));
+  std::string& book = prefixed.at("xl/workbook.xml");
+  book.replace(book.find("xmlns:r="), 8, "xmlns:of=");
+  for (std::size_t at = 0; (at = book.find("r:id", at)) != std::string::npos; ++at) {
+    book.replace(at, 4, "of:id");
+  }
+  EXPECT_THAT(
+      Cells(*OpenDataFile(WriteZip(folder.Path("t.xlsx"), prefixed), {}, TableStorage::kMemory), 0),
+      ElementsAre("5"));
   const Parts old = Xlsx(Row("<c t=\"s\"><v>0</v></c>") + Row("<c s=\"1\"><v>0</v></c>"), "",
                          "<workbookPr date1904=\"1\"/>");
   const auto table = OpenDataFile(WriteZip(folder.Path("t.xlsx"), old), {}, TableStorage::kMemory);
@@ -208,6 +218,29 @@ TEST(Sheet, OdsCellsAreWhatTheySay) {
                                   OdsCell("") + "</table:table-row>"));
     EXPECT_THAT(Cells(*OpenDataFile(path, {}, TableStorage::kMemory), 0), one.fValues);
   }
+}
+
+TEST(Sheet, OdsDurationsAreTimesOfDayWhereAllOfThemAre) {
+  const auto row = [](const std::vector<std::string>& times) {
+    std::string cells;
+    for (const std::string& time : times) {
+      cells += time[0] == 'P' || time[0] == '-'
+                   ? OdsCell("office:value-type=\"time\" office:time-value=\"" + time + "\"")
+                   : OdsCell("office:value-type=\"string\"", "<text:p>" + time + "</text:p>");
+    }
+    return "<table:table-row>" + cells + "</table:table-row>";
+  };
+  const ScratchFolder folder;
+  const std::string path =
+      WriteZip(folder.Path("t.ods"),
+               Ods(row({"a", "b", "c"}) + row({"PT12H00M00S", "PT12H00M00S", "PT12H00M00S"}) +
+                   row({"PT23H59M59S", "PT30H00M00S", "x"})));
+  const auto table = OpenDataFile(path, {}, TableStorage::kMemory);
+  EXPECT_EQ(table->GetVariable(0).GetTime(), KOVA_Variable::kTimeOfDay);
+  EXPECT_THAT(Cells(*table, 0), ElementsAre("43200", "86399"));
+  EXPECT_EQ(table->GetVariable(1).GetTime(), KOVA_Variable::kNoTime);
+  EXPECT_THAT(Cells(*table, 1), ElementsAre("43200", "108000"));
+  EXPECT_THAT(Cells(*table, 2), ElementsAre("0:12:00:00", "1:x"));
 }
 
 TEST(Sheet, OdsRepeatsAndMergedCellsAreCounted) {
