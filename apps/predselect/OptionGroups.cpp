@@ -72,7 +72,7 @@ void AddDataOptions(CLI::App& command, DataOptions& data) {
       ->allow_extra_args(false);
   command
       .add_option("--null", data.fNullTokens,
-                  "One more text that means null in CSV and TSV (besides nothing, NA, NULL, ...)")
+                  "One more text that means null in text, JSON and workbooks (besides NA, NULL, ...)")
       ->type_name("TEXT")
       ->allow_extra_args(false);
   command.add_flag("--stream", data.fbStream,

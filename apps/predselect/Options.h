@@ -27,7 +27,7 @@ struct DataOptions {
   // An option, empty for TARGET, and a column that it names.
   std::vector<std::pair<std::string, std::string>> fNames;
   std::vector<std::string> fLevels;      // "variable=nominal|ordinal|scale"
-  std::vector<std::string> fNullTokens;  // further texts that mean null in CSV and TSV
+  std::vector<std::string> fNullTokens;  // further texts that mean null where cells are texts
   MCHost::ReadingOptions fReading;       // how the file is to be read
   bool fbStream = false;                 // read again on every pass instead of keeping in memory
   bool fbOnce = false;                   // the cases are gone over once

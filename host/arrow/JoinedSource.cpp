@@ -168,14 +168,17 @@ JoinedSource::Schema JoinedSource::Join(const std::vector<Schema>& schemas, Join
   arrow::FieldVector fields;
   Places places;
   std::vector<std::size_t> firsts;  // the part that each comes from
+  std::vector<std::size_t> counts;  // of the parts that have each
   for (std::size_t i = 0; i < schemas.size(); ++i) {
     for (const auto& field : schemas[i]->fields()) {
       const auto [known, isNew] = places.try_emplace(field->name(), fields.size());
       if (isNew) {
         fields.push_back(field);
         firsts.push_back(i);
+        counts.push_back(1);
         continue;
       }
+      ++counts[known->second];
       auto& joined = fields[known->second];
       Type common = CommonType(joined->type(), field->type(), use);
       if (common == nullptr) {
@@ -184,8 +187,12 @@ JoinedSource::Schema JoinedSource::Join(const std::vector<Schema>& schemas, Join
                               ", but " + WhatIsIn(*joined->type()) + " in " +
                               fParts[firsts[known->second]].fFile.fPath);
       }
-      joined = joined->WithType(std::move(common));
+      joined = joined->WithType(std::move(common))
+                   ->WithNullable(joined->nullable() || field->nullable());
     }
+  }
+  for (std::size_t j = 0; j < fields.size(); ++j) {
+    if (counts[j] < schemas.size()) fields[j] = fields[j]->WithNullable(true);
   }
   AddKeys(schemas, fields, places);
   return arrow::schema(std::move(fields));

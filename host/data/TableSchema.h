@@ -8,7 +8,7 @@
 //  missingValues      user-missing values: numbers, strings or {"value": ..., "label": ...}. On a
 //                     numeric field a string is a number ("-99") or a closed range ("90..99", with
 //                     an end left open "..-1" or "900.."); other strings without a digit ("?") are
-//                     null where a CSV column of such a type is read, and change nothing else.
+//                     null where text, JSON or a workbook is read by such a type, and change nothing else.
 //  categories         values or {"value": ..., "label": ...}: value labels, and the level nominal,
 //                     or ordinal where "categoriesOrdered" is true.
 //

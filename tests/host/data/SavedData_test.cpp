@@ -3,6 +3,7 @@
 #include <arrow/api.h>
 #include <arrow/io/file.h>
 #include <arrow/ipc/reader.h>
+#include <arrow/ipc/writer.h>
 #include <arrow/json/from_string.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -195,6 +196,29 @@ TEST(SavedData, DictionariesThatChangeAreOneOrTheirValues) {
       EXPECT_EQ(ReadFile(folder.Path("t.csv")), one.fText);
     }
   }
+}
+
+// A column without nulls in one file may have them in the whole.
+TEST(SavedData, AColumnMayBeNullWhereAFileMayBeSo) {
+  const ScratchFolder folder;
+  std::filesystem::create_directory(folder.Path("t"));
+  const auto write = [&folder](const std::string& name, const arrow::FieldVector& fields) {
+    arrow::ArrayVector arrays(fields.size(), FromJson(arrow::int64(), "[1]"));
+    const auto output = arrow::io::FileOutputStream::Open(folder.Path("t/" + name)).ValueOrDie();
+    const auto writer = arrow::ipc::MakeFileWriter(output, arrow::schema(fields)).ValueOrDie();
+    ASSERT_TRUE(
+        writer->WriteRecordBatch(*arrow::RecordBatch::Make(arrow::schema(fields), 1, arrays)).ok());
+    ASSERT_TRUE(writer->Close().ok());
+  };
+  const auto firm = [](const char* name) { return arrow::field(name, arrow::int64(), false); };
+  write("p1.arrow", {firm("a"), firm("b"), firm("c")});
+  write("p2.arrow", {firm("a"), arrow::field("b", arrow::int64())});
+  const auto table = OpenDataFile(folder.Path("t"), {}, TableStorage::kMemory);
+  WriteDataFile(*table, folder.Path("t.parquet"));
+  const auto saved = ReadColumns(folder.Path("t.parquet"))->schema();
+  EXPECT_FALSE(saved->field(0)->nullable());
+  EXPECT_TRUE(saved->field(1)->nullable());
+  EXPECT_TRUE(saved->field(2)->nullable());
 }
 
 // Quotes that are needed and that are not, blanks, spellings of numbers and of nulls, line ends of
