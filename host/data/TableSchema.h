@@ -7,8 +7,9 @@
 //                     CSV column is read; for the other formats it must not contradict the file.
 //  missingValues      user-missing values: numbers, strings or {"value": ..., "label": ...}. On a
 //                     numeric field a string is a number ("-99") or a closed range ("90..99", with
-//                     an end left open "..-1" or "900.."); other strings without a digit ("?") are
-//                     null where text, JSON or a workbook is read by such a type, and change nothing else.
+//                     an end left open "..-1" or "900.."). Other strings without a digit ("?") are
+//                     null where text, JSON or a workbook is read by a type that is none of text;
+//                     else they, "" and the words of NullWords.h change nothing there.
 //  categories         values or {"value": ..., "label": ...}: value labels, and the level nominal,
 //                     or ordinal where "categoriesOrdered" is true.
 //
