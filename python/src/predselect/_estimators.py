@@ -33,7 +33,10 @@ def is_frame(X: Any) -> bool:
 
 
 def frame_of(X: Any) -> Any:
-    """X as scikit-learn knows frames: tables of Arrow and of a database become frames of pandas."""
+    """X as scikit-learn knows frames: tables of Arrow and of a database become frames of pandas, and
+    masked numbers missing ones."""
+    if isinstance(X, np.ma.MaskedArray) and X.dtype.kind in "fiub":
+        return X.astype(float).filled(np.nan) if np.ma.is_masked(X) else X.data
     if hasattr(X, "df") and hasattr(X, "__arrow_c_stream__"):
         return X.df()
     return X.to_pandas() if hasattr(X, "column_names") and hasattr(X, "to_pandas") else X
