@@ -79,7 +79,7 @@ def _polars_column(series: Any) -> Any:
     return values if values.dtype.kind in "fiubmM" else np.asarray(series.to_list(), object)
 
 
-def _kind(values: Any) -> str:
+def kind_of(values: Any) -> str:
     """The kind of a column's dtype, "C" for categories."""
     dtype = getattr(values, "dtype", np.dtype(object))
     return "C" if hasattr(dtype, "categories") else str(getattr(dtype, "kind", "O"))
@@ -131,7 +131,7 @@ class MixedData:
     @staticmethod
     def _refuse_infinities(columns: dict[str, Any]) -> None:
         for name, values in columns.items():
-            if _kind(values) == "f" and np.isinf(np.asarray(values, float)).any():
+            if kind_of(values) == "f" and np.isinf(np.asarray(values, float)).any():
                 raise ValueError(f"Input X contains infinity (column {name!r})")
 
     def _names(self, n: int) -> list[str]:
@@ -145,7 +145,7 @@ class MixedData:
         if isinstance(asked, str):
             if asked != "from_dtype":
                 raise ValueError('categorical_features is "from_dtype", names, places or a mask')
-            return {n: _kind(v) not in "fiumM" for n, v in columns.columns.items()}
+            return {n: kind_of(v) not in "fiumM" for n, v in columns.columns.items()}
         chosen = np.asarray(asked)
         if chosen.dtype.kind == "b":
             if len(chosen) != len(names):
@@ -157,7 +157,7 @@ class MixedData:
             wanted = {str(c) for c in chosen}
         if missing := wanted - set(names):
             raise ValueError(f"categorical_features names {sorted(missing)}, which X does not have")
-        return {n: n in wanted or _kind(v) not in "fiumM" for n, v in columns.columns.items()}
+        return {n: n in wanted or kind_of(v) not in "fiumM" for n, v in columns.columns.items()}
 
     def _weights(self, sample_weight: Any, X: Any, n: int) -> Any:
         if sample_weight is None:
@@ -254,6 +254,11 @@ _NOTHING_TO_TELL = (
 
 
 def has_nothing_to_tell(failure: CommandError) -> bool:
+    return says(failure, _NOTHING_TO_TELL)
+
+
+def says(failure: CommandError, keys: Sequence[str]) -> bool:
+    """Whether one of its errors is among the keys."""
     result = failure.result
     messages = result.messages if isinstance(result, Result) else []
-    return any(m["key"] in _NOTHING_TO_TELL for m in messages if m["severity"] == "error")
+    return any(m["key"] in keys for m in messages if m["severity"] == "error")
