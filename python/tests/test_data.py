@@ -262,7 +262,7 @@ def test_weights_of_another_length_are_refused():
 
 
 def test_a_batch_of_other_columns_is_named():
-    with pytest.raises(ValueError, match="give all batches the same columns"):
+    with pytest.raises(ps.DataError, match="give all batches the same columns"):
         ps.describe(iter([{"a": [1.5]}, {"a": ["x"]}]))
 
 
@@ -323,6 +323,8 @@ def test_options_of_data(tmp_path, penguins):
     for stream in (False, True):
         result = ps.rank(penguins, "sex", except_="year", levels={"species": "ordinal"}, stream=stream)
         assert "year" not in result.predictors
+    with pytest.raises(ps.DataError, match="schema: .*No such file"):
+        ps.describe(penguins, schema=tmp_path / "none.json")
     with pytest.raises(ps.RequestError, match="nominal, ordinal or scale"):
         ps.rank(penguins, "sex", levels={"year": "numeric"})
     with pytest.raises(ps.RequestError, match='did you mean "species"'):

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import decimal
 import io
 import pickle
 import warnings
@@ -264,10 +265,11 @@ def test_every_frame_makes_the_same_model():
 
 
 def test_targets_and_weights_that_cannot_be_used_say_what_to_do():
-    for y in ([None, "b"] * 75, [np.nan, "b"] * 75):
-        for estimator in (SubsetNaiveBayes(), PredictorSelector()):
+    for y in (np.array([None, "b"] * 75, object), np.array([np.nan, "b"] * 75, object),
+              np.array(["NaT", "2024-01-01"] * 75, "M8[D]")):
+        for estimator in (SubsetNaiveBayes(), PredictorSelector(target="class")):
             with pytest.raises(ValueError, match="y contains NaN or infinity. Leave"):
-                estimator.fit(X, np.array(y, object))
+                estimator.fit(X, y)
     pandas = pytest.importorskip("pandas")
     with pytest.raises(ValueError, match="needs another name"):
         SubsetNaiveBayes().fit(pandas.DataFrame(X, columns=["a\nb", "c", "d", "e"]), Y)
@@ -354,6 +356,24 @@ def test_sizes_that_bound_nothing_are_no_errors():
         chosen = SubsetNaiveBayes(**parameters).fit(matrix, Y).selected_features_
         assert kept is None or len(chosen) == kept, parameters
         assert {f"x{i}" for i in parameters.get("force", ())} <= set(chosen), parameters
+
+
+def test_columns_have_one_name_and_kind_whatever_holds_them():
+    pandas, polars = pytest.importorskip("pandas"), pytest.importorskip("polars")
+    numbers = pandas.DataFrame(X)
+    mixed = numbers.astype({0: "Float64"})
+    for one, other in ((numbers, mixed), (mixed, numbers)):
+        model = SubsetNaiveBayes(force=[0]).fit(one, Y)
+        assert (model.predict(other) == SubsetNaiveBayes(force=[0]).fit(X, Y).predict(X)).all()
+    prices = [None if i % 7 == 0 else decimal.Decimal(int(y)) + i % 10 for i, y in enumerate(Y)]
+    data = {"price": prices, "kind": ["a", "b", "c"] * 50}
+    floats = pandas.DataFrame({**data, "price": [np.nan if p is None else float(p) for p in prices]})
+    expected = PredictorSelector().fit(floats, Y).pvalues_
+    for frame_ in (polars.DataFrame(data), pandas.DataFrame(data)):
+        assert (PredictorSelector().fit(frame_, Y).pvalues_ == expected).all()
+    # A mask names categories, and leaves texts what they are.
+    model = SubsetNaiveBayes(categorical_features=[True, False], selection="all").fit(floats, Y)
+    assert "(-inf" not in next(iter(model.feature_log_prob("price"))) and "kind" in model.selected_features_
 
 
 def test_masked_numbers_are_missing():

@@ -6,6 +6,7 @@ import ctypes
 import dataclasses
 import itertools
 import json
+import numbers
 import os
 from collections.abc import Iterator, Mapping, Sequence
 from pathlib import Path
@@ -43,7 +44,7 @@ class Options:
                 raise RequestError(
                     f'levels: "{variable}" is to be {level!r}; give nominal, ordinal or scale'
                 )
-        self.weight = str(weight) if isinstance(weight, int) else weight
+        self.weight = str(weight) if isinstance(weight, numbers.Integral) else weight
         self.schema = schema
         self.null = list(null)
         self.reading = [pair for name, word in (reading or {}).items()
@@ -58,8 +59,12 @@ class Options:
     def schema_text(self) -> bytes | None:
         if self.schema is None:
             return None
-        if isinstance(self.schema, (str, os.PathLike)) and os.path.exists(self.schema):
-            return Path(self.schema).read_bytes()
+        is_path = isinstance(self.schema, os.PathLike)
+        if is_path or (isinstance(self.schema, str) and os.path.exists(self.schema)):
+            try:
+                return Path(self.schema).read_bytes()
+            except OSError as trouble:
+                raise DataError(f"schema: {trouble}") from trouble
         return (self.schema if isinstance(self.schema, str) else json.dumps(self.schema)).encode()
 
 

@@ -13,10 +13,11 @@ from typing import TYPE_CHECKING, Any
 import numpy as np
 
 from . import _library as lib
-from ._charts import Chart, bars
+from ._charts import Chart, bars, write_text
 from ._columns import kept_column
 from ._export import Batch, stream_of
 from ._import import capsule_of, read
+from ._state import State
 from ._words import in_python
 from .errors import DataError, PredSelectWarning, RequestError, category_of, warn
 
@@ -82,8 +83,7 @@ class Columns:
         """A polars frame."""
         import polars
 
-        return polars.DataFrame({n: c.tolist() if c.dtype == object else c
-                                 for n, c in self._read().items()})
+        return polars.DataFrame(self)
 
     def to_arrow(self) -> Any:
         """A pyarrow table."""
@@ -255,7 +255,7 @@ class Result:
             words = self.text()
         else:
             raise DataError(f"{path}: a result is saved as .html, .json or .txt")
-        Path(path).write_text(words, encoding="utf-8")
+        write_text(path, words)
 
     _only_classes = False  # whether warnings without a class of their own are left to `messages`
 
@@ -359,10 +359,12 @@ class Model(Result):
     _only_classes = True
     _own_file = ""  # what the state went through, which is gone
 
-    def _leave_out(self, path: str) -> None:
-        """Says nothing of a file that only this package knew."""
-        self._own_file = path
-        self._forget_file()
+    def _take_state(self, path: Path) -> None:
+        """The state that went through a file, where there is one; of that only this package knew."""
+        if path.exists():
+            self.state = State.load(path)
+            self._own_file = str(path)
+            self._forget_file()
 
     def _read_document(self) -> None:
         super()._read_document()

@@ -298,7 +298,8 @@ class PredictorSelector(MixedData, Pickled, SelectorMixin, BaseEstimator):  # ty
         return mask
 
     def transform(self, X: Any) -> Any:
-        """The kept features of X; a data frame stays one."""
+        """The kept features of X. A data frame of more than numbers stays one, of numbers alone
+        becomes an array unless ``set_output`` says otherwise, as everywhere in scikit-learn."""
         check_is_fitted(self, "ranking_")
         X = frame_of(X)
         if is_frame(X) and self._is_mixed(X):
