@@ -210,6 +210,10 @@ predselect_status predselect_table_open_file(predselect_session* session, const 
 predselect_status predselect_state_load(predselect_session* session, const char* path,
                                         predselect_state** state);
 
+// What messages and documents call the state, in place of the path that it was loaded from.
+predselect_status predselect_state_set_name(predselect_session* session, predselect_state* state,
+                                            const char* name);
+
 // XML where the name ends in ".xml", else binary. The file appears whole or not at all.
 predselect_status predselect_state_save(predselect_session* session, const predselect_state* state,
                                         const char* path);

@@ -249,6 +249,10 @@ def test_states_come_and_go_as_files_of_the_program(penguins, program, tmp_path)
     model.state.save(tmp_path / "model.bin")
     assert program("inspect", str(tmp_path / "model.bin"))["runs"] == model.state.inspect().document[
         "runs"]
+    assert ps.load(tmp_path / "model.bin").inspect().document["data"]["source"] == str(tmp_path / "model.bin")
+    model.save(tmp_path / "model.html")  # tells of no file that is gone
+    assert model.state.inspect().document["data"]["source"] == "the state"
+    assert '"files":[]' in (tmp_path / "model.html").read_text()
     program("model", str(penguins), "species", "--save-model", str(tmp_path / "other.xml"))
     loaded = ps.load(tmp_path / "other.xml")
     assert loaded.to_bytes() == model.state.to_bytes()
@@ -307,7 +311,7 @@ def test_states_add_up(tmp_path):
     first = counted(slice(0, 50))
     first.merge(counted(slice(50, 120)))
     assert first.to_bytes() == sum_.to_bytes()
-    with pytest.raises(ps.RequestError, match="cannot be added"):
+    with pytest.raises(ps.RequestError, match="^merge: the state cannot be added"):
         first + ps.model({"y": y, "x": x}, "y").state
 
 

@@ -270,7 +270,7 @@ class SubsetNaiveBayes(MixedData, Pickled, Exports, ClassifierMixin, BaseEstimat
                     raise
                 return
             if path.exists():
-                self._state = State.load(path)
+                self._state = State._of(path)
         for message in result.messages:
             if message["key"].startswith("The model is not calibrated"):
                 warn(message["text"], PredSelectWarning)

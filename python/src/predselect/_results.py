@@ -248,7 +248,7 @@ class Result:
             page = ctypes.c_char_p()
             said = heading.encode() if heading is not None else None
             self._session.call("result_html", self._handle, said, ctypes.byref(page))
-            words = (page.value or b"").decode()
+            words = self._without_own_file((page.value or b"").decode())
         elif kind == ".json":
             words = json.dumps(self.document, ensure_ascii=False)
         elif kind == ".txt":
@@ -256,6 +256,9 @@ class Result:
         else:
             raise DataError(f"{path}: a result is saved as .html, .json or .txt")
         write_text(path, words)
+
+    def _without_own_file(self, page: str) -> str:
+        return page
 
     _only_classes = False  # whether warnings without a class of their own are left to `messages`
 
@@ -362,7 +365,7 @@ class Model(Result):
     def _take_state(self, path: Path) -> None:
         """The state that went through a file, where there is one; of that only this package knew."""
         if path.exists():
-            self.state = State.load(path)
+            self.state = State._of(path)
             self._own_file = str(path)
             self._forget_file()
 
@@ -373,6 +376,12 @@ class Model(Result):
     def _forget_file(self) -> None:
         for run in self.document["runs"]:
             run["files"] = [file for file in run["files"] if file != self._own_file]
+
+    def _without_own_file(self, page: str) -> str:
+        if not self._own_file:
+            return page
+        name = json.dumps(self._own_file, ensure_ascii=False)
+        return page.replace(f"{name},", "").replace(f",{name}", "").replace(name, "")
 
     def text(self, width: int = 100) -> str:
         lines = super().text(max(width, 60) if width else 0).splitlines()

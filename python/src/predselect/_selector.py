@@ -240,7 +240,7 @@ class PredictorSelector(MixedData, Pickled, SelectorMixin, BaseEstimator):  # ty
             except CommandError:
                 if not path.exists():
                     raise
-            counted = State.load(path)
+            counted = State._of(path)
         if not is_first and self._state is not None:
             self._state.merge(counted)
             counted = self._state

@@ -57,6 +57,8 @@ TEST(CFailures, NullAnywhereIsMisuseAndNamesTheArgument) {
       {"state", [&] { return predselect_state_load(s, "x", nullptr); }},
       {"state", [&] { return predselect_state_save(s, nullptr, "x"); }},
       {"path", [&] { return predselect_state_save(s, state, nullptr); }},
+      {"state", [&] { return predselect_state_set_name(s, nullptr, "x"); }},
+      {"name", [&] { return predselect_state_set_name(s, state, nullptr); }},
       {"into", [&] { return predselect_state_merge(s, nullptr, state); }},
       {"from", [&] { return predselect_state_merge(s, state, nullptr); }},
       {"state", [&] { return predselect_state_pmml(s, nullptr, "x"); }},
