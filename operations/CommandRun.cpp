@@ -192,7 +192,14 @@ OutputText Paragraphs(std::vector<OutputText> texts) {
   return all.EndSublist().Finish();
 }
 
+void CheckOneLine(const std::string& name, const std::string& option) {
+  if (name.find_first_of("\r\n") == std::string::npos) return;
+  const std::string text = "\"" + name + "\" has a line end, which no command can hold. Rename it.";
+  throw option.empty() ? RequestError(text) : RequestError(option, text);
+}
+
 int NamedVariable(const MCHost::ITable& table, const std::string& name, const std::string& option) {
+  CheckOneLine(name, option);
   for (int i = 0; i < table.ColumnCount(); ++i) {
     if (table.GetVariable(i).GetName() == name) return i;
   }
