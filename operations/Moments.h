@@ -14,10 +14,10 @@ class Moments {
   void Add(double value) {
     ++fN;
     if (fN == 1.0) fFirst = value;
-    double from = Difference(value);
-    if (IsOutside(from)) {
+    double from = value * fScale - fFirst;
+    if (IsOutside(from)) [[unlikely]] {
       Rescale(value);
-      from = Difference(value);
+      from = value * fScale - fFirst;
     }
     const double fromMean = from - fMean;
     fMean += fromMean / fN;
@@ -30,8 +30,6 @@ class Moments {
   double Deviation() const;
 
  private:
-  double Difference(double value) const { return value * fScale - fFirst * fScale; }
-
   // Whether the square of the difference, or of a tenth of it, might be no number.
   bool IsOutside(double from) const {
     constexpr double kMost = 0x1p400;
@@ -42,8 +40,8 @@ class Moments {
   void Rescale(double value);
 
   double fN = 0.0;
-  double fFirst = 0.0;
   double fScale = 1.0;    // a power of two
+  double fFirst = 0.0;    // the first number, scaled
   double fMean = 0.0;     // of the scaled differences
   double fSquares = 0.0;  // of them from their mean, summed
 };
