@@ -292,6 +292,9 @@ def test_what_screening_leaves_out_is_named():
             assert learn(matrix, y).get_support().tolist() == [False, False, False, True]
     with pytest.warns(ps.PredSelectWarning, match="has left out x0:"):
         PredictorSelector().fit(matrix[:, :1], y)
+    with warnings.catch_warnings():  # no screening leaves a test without an answer
+        warnings.simplefilter("error", ps.PredSelectWarning)
+        assert np.isnan(PredictorSelector(target="class").fit(X, np.arange(150) / 7).scores_).all()
     # With dates, which are far from their first day, numbers are left out by no spread.
     pandas = pytest.importorskip("pandas")
     frame = pandas.DataFrame(data).assign(

@@ -6,6 +6,7 @@ import datetime
 import numbers
 import os
 import tempfile
+from collections.abc import Collection
 from pathlib import Path
 from typing import Any
 
@@ -188,19 +189,7 @@ class PredictorSelector(MixedData, Pickled, SelectorMixin, BaseEstimator):  # ty
             return
         if "Ranking" in ranking:
             self._read_ranking(ranking["Ranking"], list(columns.columns))
-        self._warn_of_screened(columns)
-
-    def _warn_of_screened(self, columns: Columns) -> None:
-        """Names what might have been kept, and has no statistic."""
-        is_out = np.isnan(self.scores_) & np.isnan(self.pvalues_)
-        names = [name for name, out in zip(columns.columns, is_out)
-                 if out and _varies(columns.columns[name])]
-        if names:
-            more = f" and {len(names) - 10} more" if len(names) > 10 else ""
-            warn(f"Screening has left out {', '.join(names[:10])}{more}: too many values are missing, "
-                 "too many are in one category, there are almost as many categories as cases, or "
-                 "numbers vary too little for their size (subtract their mean). The notes of "
-                 "PredictorSelector have the bounds.", PredSelectWarning)
+        _warn_of_screened(columns, ranking.predictors)
 
     def _clear(self, n: int) -> None:
         for attribute in ("scores_", "pvalues_", "logpvalues_", "effect_sizes_", "_adjusted",
@@ -249,7 +238,7 @@ class PredictorSelector(MixedData, Pickled, SelectorMixin, BaseEstimator):  # ty
         told = counted.inspect()
         if "Ranking" in told:
             self._read_counts(told["Ranking"], list(columns.columns))
-            self._warn_of_screened(columns)
+            _warn_of_screened(columns, told["Ranking"]["predictor"])
 
     def _read_counts(self, table: ResultTable, names: list[str]) -> None:
         """The ranking of merged counts, which holds statistics and p-values by their tests."""
@@ -324,6 +313,18 @@ class PredictorSelector(MixedData, Pickled, SelectorMixin, BaseEstimator):  # ty
         if state is None:
             raise NotFittedError("only counts of partial_fit can be saved; there are none")
         state.save(path)
+
+
+def _warn_of_screened(columns: Columns, ranked: Collection[str]) -> None:
+    """Names what might have been ranked."""
+    kept = set(ranked)
+    names = [n for n, values in columns.columns.items() if n not in kept and _varies(values)]
+    if names:
+        more = f" and {len(names) - 10} more" if len(names) > 10 else ""
+        warn(f"Screening has left out {', '.join(names[:10])}{more}: too many values are missing, "
+             "too many are in one category, there are almost as many categories as cases, or "
+             "numbers vary too little for their size (subtract their mean). The notes of "
+             "PredictorSelector have the bounds.", PredSelectWarning)
 
 
 def _varies(values: Any) -> bool:
