@@ -252,7 +252,6 @@ def describe(
     data: Any,
     *,
     levels: Mapping[str, str] | None = None,
-    weight: Any = None,
     schema: Any = None,
     null: Sequence[str] = (),
     reading: Mapping[str, Any] | None = None,
@@ -263,8 +262,7 @@ def describe(
 ) -> Result:
     """Names, types, levels, valid and missing cases, ranges and categories of the columns."""
     options = Options(
-        levels=levels, weight=weight, schema=schema, null=null, reading=reading, stream=stream,
-        name=name,
+        levels=levels, schema=schema, null=null, reading=reading, stream=stream, name=name,
     )
     job = Job(threads, progress)
     table = job.open(data, options)
