@@ -1,12 +1,11 @@
 #include "operations/BuildModel.h"
 
-#include <cmath>
+#include <charconv>
 #include <cstddef>
 #include <utility>
 
 #include "host/command/KovaVarName.h"
 #include "host/data/DataTable.h"
-#include "host/output/OutputFormat.h"
 #include "host/session/Session.h"
 #include "host/session/SessionScope.h"
 #include "operations/ModelSummary.h"
@@ -23,6 +22,16 @@ void CheckTarget(const KOVA_Variable& target) {
       "level", " " + target.GetName() + "=nominal takes each of its values for one.");
 }
 
+// Without the rounding of the binary system: a share of 0.07 leaves 93.
+std::string TrainingPercent(double test) {
+  char digits[32];
+  const double percent = 100.0 - 100.0 * test;
+  constexpr int kDigits = 12;
+  return {digits, std::to_chars(digits, digits + sizeof(digits), percent,
+                                std::chars_format::general, kDigits)
+                      .ptr};
+}
+
 // Empty where no case tests the model.
 std::string TrainingSample(const MCHost::ITable& table, const ModelRequest& request) {
   if (request.fFolds > 0) return "";
@@ -31,9 +40,12 @@ std::string TrainingSample(const MCHost::ITable& table, const ModelRequest& requ
     return "\n  /TRAININGSAMPLE VARIABLE=" + KovaVarName(request.fTrainingColumn).Quoted();
   }
   if (request.fTest == 0.0) return "";
-  const double percent = 100.0 - 100.0 * request.fTest;
-  return "\n  /TRAININGSAMPLE PERCENT=" +
-         MCHost::FormatNumber(percent, MCHost::OutputFormat::kCoefficient);
+  if (table.GetWeightVarIndex() >= 0) {
+    throw RequestError("test",
+                       "cases with a weight are not drawn at random. Give 0 and all of them train "
+                       "the model, or a column that says which do.");
+  }
+  return "\n  /TRAININGSAMPLE PERCENT=" + TrainingPercent(request.fTest);
 }
 
 // More than there are columns is no bound.
@@ -43,7 +55,8 @@ std::string Subset(const MCHost::ITable& table, const ModelRequest& request, boo
          "(BESTSUBSET=" + (isTested ? "TESTDATA)" : "PSEUDOBIC)");
 }
 
-std::string InQuotes(const std::string& text) {
+std::string InQuotes(const std::string& text, const std::string& option) {
+  CheckOneLine(text, option);
   std::string quoted = "'";
   for (const char c : text) quoted.append(c == '\'' ? 2 : 1, c);
   return quoted + "'";
@@ -84,7 +97,7 @@ std::string ModelCommand(const MCHost::ITable& table, const ModelRequest& reques
             " SEED=" + std::to_string(request.fSeed);
   }
   if (request.fbSavePredictions) text += "\n  /SAVE PREDVAL PREDPROB";
-  if (!request.fPmml.empty()) text += "\n  /OUTFILE MODEL=" + InQuotes(request.fPmml);
+  if (!request.fPmml.empty()) text += "\n  /OUTFILE MODEL=" + InQuotes(request.fPmml, "pmml");
   return text + "\n  /CRITERIA TIMER=0\n  /PRINT EXCLUDED SUMMARY CLASSIFICATION" +
          (sample.empty() ? "" : " EVALUATION") + ".\n";
 }

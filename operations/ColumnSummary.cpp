@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "common/MissingValue.h"
+#include "host/output/TellApart.h"
 #include "host/text/CsvText.h"
 #include "host/text/DateText.h"
 
@@ -49,14 +50,11 @@ void ColumnSummary::ObserveNumber(double value) {
   }
 }
 
-// The mean and the squares by Welford's recurrence.
 void ColumnSummary::AddValid(double value) {
   ++fNValid;
   fMinimum = fNValid == 1.0 ? value : std::min(fMinimum, value);
   fMaximum = fNValid == 1.0 ? value : std::max(fMaximum, value);
-  const double from = value - fMean;
-  fMean += from / fNValid;
-  fSquares += from * (value - fMean);
+  fMoments.Add(value);
   fbWhole = fbWhole && value == std::floor(value);
   Distribute(value);
 }
@@ -142,13 +140,26 @@ std::vector<ColumnSummary::Category> ColumnSummary::MostFrequentTexts(std::size_
   return categories;
 }
 
+std::vector<std::string> ColumnSummary::NamesOf(const std::vector<Category>& categories) {
+  std::vector<MCHost::OutputText> values;
+  for (const Category& category : categories) {
+    values.push_back(MCHost::OutputText::Value(category.fValue, category.fLabel));
+  }
+  MCHost::TellApart(values);
+  std::vector<std::string> names;
+  for (MCHost::OutputText& value : values) {
+    names.push_back(std::move(value.fLabel.empty() ? value.fKey : value.fLabel));
+  }
+  return names;
+}
+
 double ColumnSummary::Mean() const {
-  return fpVariable->IsNumeric() && fNValid > 0.0 ? fMean : KOVA_SystemMissing;
+  return fpVariable->IsNumeric() && fNValid > 0.0 ? fMoments.Mean() : KOVA_SystemMissing;
 }
 
 double ColumnSummary::Deviation() const {
   const bool isThere = fpVariable->IsNumeric() && fNValid > 1.0;
-  return isThere ? std::sqrt(fSquares / (fNValid - 1.0)) : KOVA_SystemMissing;
+  return isThere ? fMoments.Deviation() : KOVA_SystemMissing;
 }
 
 std::vector<double> ColumnSummary::Histogram(std::size_t nBins) const {

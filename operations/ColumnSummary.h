@@ -13,6 +13,7 @@
 #include "common/MissingValue.h"
 #include "host/data/ITable.h"
 #include "operations/DistinctCount.h"
+#include "operations/Moments.h"
 #include "operations/QuantileSketch.h"
 
 namespace PredSelect {
@@ -48,6 +49,9 @@ class ColumnSummary {
   // frequent ones in ascending order.
   std::vector<Category> MostFrequent(std::size_t n) const;
 
+  // What each of these is called: its label, with the value behind it where another has the same.
+  static std::vector<std::string> NamesOf(const std::vector<Category>& categories);
+
   // Of numbers; missing values where there are too few of them.
   double Minimum() const { return fMinimum; }
   double Maximum() const { return fMaximum; }
@@ -79,8 +83,7 @@ class ColumnSummary {
   // Numbers.
   double fMinimum = KOVA_SystemMissing;
   double fMaximum = KOVA_SystemMissing;
-  double fMean = 0.0;
-  double fSquares = 0.0;  // sum of squared deviations from the mean
+  Moments fMoments;
   bool fbWhole = true;
   DistinctCount fDistinct;
   QuantileSketch fSketch;  // once the distinct numbers are no longer counted

@@ -97,8 +97,17 @@ bool IsPlace(const std::string& detail) {
   return last != std::string::npos && detail[last] == '^';
 }
 
-// What a command says of its subcommands, as a ranking says it that was asked for by V or lambda.
+// What a command says of its subcommands, in the words of a verb.
 OutputText TextOfVerb(OutputText text) {
+  constexpr std::pair<const char*, const char*> kOfVerb[] = {
+      {"All predictors screened out...", "No column is left to choose from..."},
+      {"No valid cases in test sample...", "No valid test cases..."},
+      {"Memory of ^1 KB holds ^2 of ^3 training cases: ^4, ^5...",
+       "Memory holds ^2 of ^3 training cases: ^4..."},
+      {"Temporary file in ^1 failed...", "Temporary file of a verb in ^1 failed..."}};
+  for (const auto& [key, ofVerb] : kOfVerb) {
+    if (text.fKey == key) text.fKey = ofVerb;
+  }
   if (text.fKey.starts_with("Mixed rank criterion ^1 ")) {
     return OutputText::Key("Ranked by p for predictors of both kinds...");
   }
@@ -192,7 +201,14 @@ OutputText Paragraphs(std::vector<OutputText> texts) {
   return all.EndSublist().Finish();
 }
 
+void CheckOneLine(const std::string& name, const std::string& option) {
+  if (name.find_first_of("\r\n") == std::string::npos) return;
+  const std::string text = "\"" + name + "\" has a line end, which no command can hold. Rename it.";
+  throw option.empty() ? RequestError(text) : RequestError(option, text);
+}
+
 int NamedVariable(const MCHost::ITable& table, const std::string& name, const std::string& option) {
+  CheckOneLine(name, option);
   for (int i = 0; i < table.ColumnCount(); ++i) {
     if (table.GetVariable(i).GetName() == name) return i;
   }

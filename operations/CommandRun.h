@@ -56,8 +56,11 @@ MCHost::OutputText LeftOutText(const std::vector<LeftOutPredictor>& leftOut);
 // Texts below each other.
 MCHost::OutputText Paragraphs(std::vector<MCHost::OutputText> texts);
 
+// Throws RequestError (`option`, empty for none) for what cannot stand in a command: a line end.
+void CheckOneLine(const std::string& name, const std::string& option);
+
 // The variable of a short verb. Throws RequestError (`option`, empty for none) for one that the
-// table does not have.
+// table does not have, or whose name cannot stand in a command.
 int NamedVariable(const MCHost::ITable& table, const std::string& name,
                   const std::string& option = "");
 

@@ -32,10 +32,11 @@ Json Numbers(const ColumnSummary& summary) {
 }
 
 Json Categories(const ColumnSummary& summary) {
+  const std::vector<ColumnSummary::Category> found = summary.MostFrequent(kMostFrequent);
+  const std::vector<std::string> names = ColumnSummary::NamesOf(found);
   Json categories = Json::array();
-  for (const ColumnSummary::Category& category : summary.MostFrequent(kMostFrequent)) {
-    categories.push_back(
-        {category.fLabel.empty() ? category.fValue : category.fLabel, category.fCases});
+  for (std::size_t i = 0; i < found.size(); ++i) {
+    categories.push_back({names[i], found[i].fCases});
   }
   return categories;
 }

@@ -14,7 +14,6 @@
 #include "host/data/ProcedureDataSource.h"
 #include "host/output/BpError.h"
 #include "host/output/OutputDocument.h"
-#include "host/output/OutputFormat.h"
 #include "host/output/ShowText.h"
 #include "host/output/evaluation/ShowEvaluation.h"
 #include "host/output/pivot/BpPivotTable.h"
@@ -64,7 +63,7 @@ class TargetClasses {
     if (!isNew) return;
     const auto code = static_cast<int>(fTexts.size());
     fTexts.push_back(code < fTarget.GetNumberOfCategories() ? CategoryText(fTarget, code)
-                                                            : TextOf(value));
+                                                            : CategoryText(value));
   }
 
   // The class of the next code.
@@ -79,11 +78,6 @@ class TargetClasses {
     throw RequestError("\"" + fTarget.GetVariableName() + "\" has more than " +
                        std::to_string(kMostUnknownClasses) +
                        " values that are no class of the model.");
-  }
-
-  static std::string TextOf(const KOVA_Value& value) {
-    if (!value.IsNumeric()) return value.GetString();
-    return MCHost::FormatNumber(value.GetNumber(), MCHost::OutputFormat::kCoefficient);
   }
 
   const INBVariable& fTarget;

@@ -16,9 +16,14 @@ std::string CategoryText(const INBVariable& variable, int code) {
     return text == nullptr ? std::to_string(code) : *text;
   }
   const double number = CategoryNumber(variable, code);
-  if (MCMV::IsMissing(number)) return std::to_string(code);
-  return MCCommonXML::XMLString::Create(number).Escaped(MCCommonXML::XMLString::Place::kText,
-                                                        MCCommonXML::XMLString::Encoding::kUTF8);
+  return MCMV::IsMissing(number) ? std::to_string(code) : CategoryText(KOVA_Value(number));
+}
+
+std::string CategoryText(const KOVA_Value& value) {
+  using MCCommonXML::XMLString;
+  if (!value.IsNumeric()) return value.GetString();
+  return XMLString::Create(value.GetNumber())
+      .Escaped(XMLString::Place::kText, XMLString::Encoding::kUTF8);
 }
 
 double CategoryNumber(const INBVariable& variable, int code) {

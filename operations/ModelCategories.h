@@ -14,6 +14,8 @@ namespace PredSelect {
 // A category of a categorical variable: as text, and as a number (missing for a string variable).
 // One that the model knows by its number alone goes by that number.
 std::string CategoryText(const INBVariable& variable, int code);
+// The same of a value that the model may not know.
+std::string CategoryText(const KOVA_Value& value);
 double CategoryNumber(const INBVariable& variable, int code);
 
 // All of them by code: numbers of a numeric variable, texts of any other.

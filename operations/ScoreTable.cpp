@@ -173,7 +173,7 @@ const INBAlgorithm& ModelOf(const ComponentFile& state, const std::string& name)
   const char* held = state.fRanges             ? "ranges"
                      : state.fpPart != nullptr ? "counts of too few cases for a model"
                                                : "a ranking of predictors";
-  throw RequestError("model", name + " holds " + held + ", not a Naive Bayes model.");
+  throw RequestError(name + " holds " + held + ", not a Naive Bayes model.");
 }
 
 std::vector<std::string> CheckScoring(DataTable& table, const INBAlgorithm& model,

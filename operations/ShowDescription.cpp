@@ -81,11 +81,12 @@ std::string WholePercent(double percent) {
 OutputText Shares(const ColumnSummary& summary) {
   const bool isAllDistinct = summary.Distinct() == summary.Valid() && summary.Valid() > 1.0;
   if (isAllDistinct) return BpString("each value once");
+  const std::vector<ColumnSummary::Category> categories = summary.MostFrequent(kShownCategories);
+  const std::vector<std::string> names = ColumnSummary::NamesOf(categories);
   std::string text;
-  for (const auto& category : summary.MostFrequent(kShownCategories)) {
-    text += (text.empty() ? "" : ", ") +
-            (category.fLabel.empty() ? category.fValue : category.fLabel) + " " +
-            WholePercent(Percent(category.fCases, summary.Valid()));
+  for (std::size_t i = 0; i < categories.size(); ++i) {
+    text += (text.empty() ? "" : ", ") + names[i] + " " +
+            WholePercent(Percent(categories[i].fCases, summary.Valid()));
   }
   return OutputText::Literal(text);
 }
@@ -254,12 +255,12 @@ void AddCategoryColumns(DescribedTable& table) {
   table.AddText("Most Frequent", Shares);
 }
 
-// Where any variable has one.
-void AddLabels(const std::vector<ColumnSummary>& summaries, DescribedTable& table) {
-  const auto labelOf = [](const ColumnSummary& of) { return of.Variable().GetLabel(); };
-  if (std::ranges::all_of(summaries, &std::string::empty, labelOf)) return;
+// Where any of these variables has one.
+void AddLabels(const std::vector<const ColumnSummary*>& shown, DescribedTable& table) {
+  const auto hasNone = [](const ColumnSummary* of) { return of->Variable().GetLabel().empty(); };
+  if (std::ranges::all_of(shown, hasNone)) return;
   table.AddText("Label",
-                [labelOf](const ColumnSummary& of) { return OutputText::Literal(labelOf(of)); });
+                [](const auto& of) { return OutputText::Literal(of.Variable().GetLabel()); });
 }
 
 // The names of the summaries that a test holds of, in a text; nothing for none.
@@ -343,17 +344,16 @@ void ShowDescription(const std::vector<ColumnSummary>& summaries, double nCases,
   }
   for (const KindTable& kind : kKinds) {
     if (std::none_of(summaries.begin(), shownEnd, isOf(kind.fKind))) continue;
+    std::vector<const ColumnSummary*> shown;
+    for (auto summary = summaries.begin(); summary != shownEnd; ++summary) {
+      if (KindOf(*summary) == kind.fKind) shown.push_back(&*summary);
+    }
     DescribedTable table(kind.fTitle, kind.fSubtype);
     table.Table().Flat();
     kind.fAddColumns(table);
-    AddLabels(summaries, table);
-    table.Expect(nShown);
-    std::vector<const ColumnSummary*> shown;
-    for (auto summary = summaries.begin(); summary != shownEnd; ++summary) {
-      if (KindOf(*summary) != kind.fKind) continue;
-      shown.push_back(&*summary);
-      table.AddRow(*summary);
-    }
+    AddLabels(shown, table);
+    table.Expect(shown.size());
+    for (const ColumnSummary* summary : shown) table.AddRow(*summary);
     std::vector<OutputText> below = Remarks(kind.fKind, shown);
     if (&kind == last) below.push_back(Size(nCases, summaries.size(), nShown));
     if (!below.empty()) table.Table().Caption(Paragraphs(std::move(below)));

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <vector>
 
-#include "apps/predselect/UsageError.h"
 #include "host/output/OutputDocument.h"
 #include "host/output/render/LayFlat.h"
 
@@ -15,7 +14,8 @@ using MCHost::FlatRecords;
 using MCHost::OutputRun;
 using MCHost::OutputTable;
 
-// The first of them that a run has shown is its main table; without any it is its first table.
+// The first of them that a run has shown is its main table; without any in all runs it is the first
+// table of the last run that has one.
 constexpr const char* kMain[] = {"Dictionary",       "Ranking",       "PredictorSummary",
                                  "PredictorEffects", "SubsetSummary", "ChosenPredictors",
                                  "WeightsOfEvidence"};
@@ -26,30 +26,16 @@ std::string Small(std::string word) {
 }
 
 std::string MainOf(const std::vector<OutputRun>& runs) {
+  std::string first;
   for (auto run = runs.rbegin(); run != runs.rend(); ++run) {
     for (const char* subtype : kMain) {
       for (const OutputTable& table : run->fTables) {
         if (table.fSubtype == subtype) return subtype;
       }
     }
-    if (!run->fTables.empty()) return run->fTables.front().fSubtype;
+    if (first.empty() && !run->fTables.empty()) first = run->fTables.front().fSubtype;
   }
-  return "";
-}
-
-[[noreturn]] void RefuseSubtype(const std::vector<OutputRun>& runs, const std::string& subtype) {
-  std::vector<std::string> shown;
-  for (const OutputRun& run : runs) {
-    for (const OutputTable& table : run.fTables) {
-      if (std::find(shown.begin(), shown.end(), table.fSubtype) == shown.end()) {
-        shown.push_back(table.fSubtype);
-      }
-    }
-  }
-  std::string list;
-  for (const std::string& name : shown) list += (list.empty() ? "" : ", ") + name;
-  throw UsageError("--table: there is no table \"" + subtype + "\" in the results; they have " +
-                   (list.empty() ? "none" : list) + ".");
+  return first;
 }
 
 void NumberRecords(FlatRecords& records, std::size_t number) {
@@ -73,10 +59,22 @@ std::optional<FlatRecords> ChosenRecords(const MCHost::OutputDocument& document,
       chosen ? chosen->Append(std::move(records)) : void(chosen = std::move(records));
     }
   }
-  const bool isWhole =
-      std::all_of(runs.begin(), runs.end(), [](const OutputRun& run) { return run.fbCompleted; });
-  if (!chosen && isWhole && !subtype.empty()) RefuseSubtype(runs, subtype);
   return chosen;
+}
+
+std::string WithoutTable(const MCHost::OutputDocument& document, const std::string& subtype) {
+  std::vector<std::string> shown;
+  for (const OutputRun& run : document.GetRuns()) {
+    for (const OutputTable& table : run.fTables) {
+      if (std::find(shown.begin(), shown.end(), table.fSubtype) == shown.end()) {
+        shown.push_back(table.fSubtype);
+      }
+    }
+  }
+  std::string list;
+  for (const std::string& name : shown) list += (list.empty() ? "" : ", ") + name;
+  return "there is no table \"" + subtype + "\" in the results; they have " +
+         (list.empty() ? "none" : list) + ".";
 }
 
 }  // namespace PredSelectApp

@@ -14,12 +14,14 @@
 #include "operations/EvaluateTable.h"
 #include "operations/ScoreTable.h"
 #include "operations/StateFile.h"
+#include "operations/StateKey.h"
 
 namespace PredSelectApp {
 
 int EvaluateModel(const Options& options) {
   const std::string& path = options.fStates.front();
-  const ComponentFile state = PredSelect::LoadState(path);
+  const ComponentFile state =
+      PredSelect::LoadState(path, PredSelect::ReadStateKey(options.fVerifyKey));
   const INBAlgorithm& model = PredSelect::ModelOf(state, path);
   ProgressLine progress(WantsProgress(options.fResult));
   const std::unique_ptr<MCHost::DataTable> table = OpenTable(options.fData, progress);

@@ -37,6 +37,19 @@ std::atomic<bool> gTypedToAnother{false};
   _exit(kCancelled);
 }
 
+// A mapped file has become shorter, or its disk fails: what is read is no longer there.
+void EndWithoutFile(int) {
+  constexpr char kLine[] =
+      "predselect: a file could not be read to its end: it was cut short meanwhile, or its disk "
+      "failed.\n";
+  MCHost::RemoveUnfinished();
+  if (!gSaid.exchange(true)) {
+    ProgressLine::Erase();
+    (void)!write(STDERR_FILENO, kLine, sizeof kLine - 1);
+  }
+  _exit(kDataError);
+}
+
 bool IsIgnored(int number) {
   struct sigaction action {};
   return sigaction(number, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
@@ -105,6 +118,7 @@ void OnTerminate() {
 }  // namespace
 
 void InstallInterruptHandlers() {
+  signal(SIGBUS, EndWithoutFile);
   const sigset_t signals = OwnSignals();
   // All threads to come have them blocked, too.
   pthread_sigmask(SIG_BLOCK, &signals, nullptr);

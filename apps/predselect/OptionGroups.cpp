@@ -171,6 +171,9 @@ std::function<std::string(const std::string&)> WholeNumber(int least, int most) 
     const auto [rest, error] = std::from_chars(text.data(), end, number);
     const bool isNumber = error == std::errc() && rest == end;
     if (isNumber && number >= least && number <= most) return "";
+    if (error == std::errc::result_out_of_range && !text.starts_with('-')) {
+      return "\"" + text + "\" is above " + std::to_string(most);
+    }
     const std::string bounds =
         most == std::numeric_limits<int>::max()
             ? "of at least " + std::to_string(least)

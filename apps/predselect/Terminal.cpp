@@ -13,6 +13,7 @@
 #include <exception>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "apps/predselect/ChosenRecords.h"
@@ -86,6 +87,18 @@ void WriteRecords(MCHost::FlatRecords records, const ResultOptions& options) {
   MCHost::WriteArrowStream(std::make_unique<MCHost::FlatBatches>(std::move(records)), &stream);
   MCHost::MemoryTable table(&stream);
   MCHost::WriteDataFile(table, {options.fFormat, ResultPath(options)});
+}
+
+// What was asked for may have nothing to tell: predictions without drift, no missing values. Then
+// there are no records, and the run is none the worse for it.
+void WriteRecordsOf(const MCHost::OutputDocument& document, const ResultOptions& options) {
+  std::optional<MCHost::FlatRecords> records = ChosenRecords(document, options.fTable);
+  const auto isCompleted = [](const MCHost::OutputRun& run) { return run.fbCompleted; };
+  if (!records && !options.fTable.empty() && std::ranges::all_of(document.GetRuns(), isCompleted)) {
+    if (!options.fbQuiet) PrintError("predselect: " + WithoutTable(document, options.fTable));
+    records.emplace();
+  }
+  if (records) WriteRecords(*std::move(records), options);
 }
 
 // Whether block characters can be seen: not on a terminal of another encoding, or of no abilities.
@@ -174,8 +187,8 @@ void WriteDocument(const MCHost::OutputDocument& document, const ResultOptions& 
     WriteResults(options, MCHost::RenderJson(document));
   } else if (options.fFormat == FileFormat::kHtml) {
     WriteResults(options, MCHost::RenderReport(document, HeadingOf(document)));
-  } else if (auto records = ChosenRecords(document, options.fTable)) {
-    WriteRecords(*std::move(records), options);
+  } else {
+    WriteRecordsOf(document, options);
   }
 }
 

@@ -14,6 +14,7 @@ namespace PredSelectApp {
 namespace {
 
 constexpr const char* kShortVerbs = "Verbs";
+constexpr double kLeastShare = 1e-6;
 constexpr const char* kLanguage = "The command language, and saved states";
 
 std::string IsShare(const std::string& text) {
@@ -21,6 +22,8 @@ std::string IsShare(const std::string& text) {
   const char* end = text.data() + text.size();
   const auto [rest, error] = std::from_chars(text.data(), end, share);
   const bool isShare = error == std::errc() && rest == end && share >= 0.0 && share <= 0.99;
+  if (isShare && share > 0.0 && share < kLeastShare)
+    return "\"" + text + "\" is next to nothing; give 0";
   return isShare ? "" : "\"" + text + "\" is not a share from 0 to 0.99, such as 0.3";
 }
 
@@ -53,7 +56,6 @@ CLI::App* AddDescribe(CLI::App& app, Options& options) {
   CLI::App* describe = app.add_subcommand(
       "describe", "Show what a file holds: a line a column, with its distribution");
   AddDataOptions(*describe, options.fData);
-  AddWeight(*describe, options.fData);
   InGroup(*describe, kResultsGroup);
   describe
       ->add_option("--top", options.fDescribe.fTop,
@@ -112,7 +114,8 @@ CLI::App* AddModel(CLI::App& app, Options& options) {
   CLI::Option* test =
       model
           ->add_option("--test", options.fModel.fTest,
-                       "Share of the cases, drawn at random, that test the model; 0 for none")
+                       "Share of the cases, drawn at random, that test the model; 0 for none, as "
+                       "cases with a weight want it")
           ->check(IsShare)
           ->capture_default_str()
           ->type_name("SHARE");

@@ -13,6 +13,7 @@ Agreement::Agreement(const std::vector<std::vector<double>>& cases)
     for (std::size_t j = 0; j < cases.size(); ++j) {
       fObserved[i] += cases[i][j];
       fPredicted[j] += cases[i][j];
+      fbPerfect = fbPerfect && (i == j || !(cases[i][j] > 0.0));
     }
     fTotal += fObserved[i];
     fCorrect += cases[i][i];
@@ -70,6 +71,7 @@ Estimate Agreement::Kappa() const {
   const double correct = fCorrect / fTotal;
   const double chance = ExpectedByChance();
   if (!(chance < 1.0)) return {};
+  if (fbPerfect) return {.fValue = 1.0};
   const auto slope = [&](std::size_t i, std::size_t j) {
     const double ofChance = (fPredicted[i] + fObserved[j]) / fTotal;
     const double ofCorrect = i == j ? 1.0 : 0.0;
@@ -82,6 +84,7 @@ Estimate Agreement::Kappa() const {
 Estimate Agreement::Matthews() const {
   if (IsOneClass(fObserved)) return {};
   if (IsOneClass(fPredicted)) return {.fValue = 0.0};
+  if (fbPerfect) return {.fValue = 1.0};
   double observed = 1.0;
   double predicted = 1.0;
   for (std::size_t k = 0; k < fCases.size(); ++k) {

@@ -19,7 +19,8 @@ class Agreement {
   Estimate Recall(std::size_t k) const;
   Estimate Precision(std::size_t k) const;
   Estimate BalancedAccuracy() const;
-  // Cohen's kappa; missing where only one class was observed.
+  // Cohen's kappa; missing where only one class was observed. This one and the next are 1 without
+  // an interval where every case was predicted right.
   Estimate Kappa() const;
   // The correlation coefficient of Matthews, for any number of classes that of Gorodkin; missing
   // where only one class was observed, 0 where only one was predicted.
@@ -38,6 +39,7 @@ class Agreement {
   std::vector<double> fPredicted;
   double fTotal = 0.0;
   double fCorrect = 0.0;
+  bool fbPerfect = true;  // by the cells: sums of fractions are not exact
 };
 
 }  // namespace MCCommon

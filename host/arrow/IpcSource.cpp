@@ -51,6 +51,22 @@ class FileBatches : public arrow::RecordBatchReader {
   int fNext = 0;
 };
 
+// Refuses batches that claim more cells than there are bytes for, which nobody behind it can see.
+class SoundBatches : public arrow::RecordBatchReader {
+ public:
+  explicit SoundBatches(std::shared_ptr<arrow::RecordBatchReader> batches)
+      : fpBatches(std::move(batches)) {}
+
+  std::shared_ptr<arrow::Schema> schema() const override { return fpBatches->schema(); }
+  arrow::Status ReadNext(std::shared_ptr<arrow::RecordBatch>* batch) override {
+    ARROW_RETURN_NOT_OK(fpBatches->ReadNext(batch));
+    return *batch == nullptr ? arrow::Status::OK() : (*batch)->Validate();
+  }
+
+ private:
+  std::shared_ptr<arrow::RecordBatchReader> fpBatches;
+};
+
 }  // namespace
 
 IpcSource::IpcSource(std::string path) : fName(std::move(path)), fStamp(fName) {
@@ -74,21 +90,21 @@ void IpcSource::Open(const std::vector<int>* columns, ArrowArrayStream* stream) 
   auto options = arrow::ipc::IpcReadOptions::Defaults();
   if (columns != nullptr) options.included_fields = *columns;
   fStamp.Check(fName);
+  std::shared_ptr<arrow::RecordBatchReader> reader;
   if (fbMapped) {
     const auto wanted = columns != nullptr ? std::optional(*columns) : std::nullopt;
-    return Check(
-        arrow::ExportRecordBatchReader(std::make_shared<MappedBatches>(fName, wanted), stream),
-        fName);
-  }
-  const auto file = Value(arrow::io::ReadableFile::Open(fName), fName);
-  std::shared_ptr<arrow::RecordBatchReader> reader;
-  if (fbStreamForm) {
-    reader = Value(arrow::ipc::RecordBatchStreamReader::Open(file, options), fName);
+    reader = std::make_shared<MappedBatches>(fName, wanted);
   } else {
-    reader = std::make_shared<FileBatches>(
-        Value(arrow::ipc::RecordBatchFileReader::Open(file, options), fName));
+    const auto file = Value(arrow::io::ReadableFile::Open(fName), fName);
+    if (fbStreamForm) {
+      reader = Value(arrow::ipc::RecordBatchStreamReader::Open(file, options), fName);
+    } else {
+      reader = std::make_shared<FileBatches>(
+          Value(arrow::ipc::RecordBatchFileReader::Open(file, options), fName));
+    }
   }
-  Check(arrow::ExportRecordBatchReader(std::move(reader), stream), fName);
+  Check(arrow::ExportRecordBatchReader(std::make_shared<SoundBatches>(std::move(reader)), stream),
+        fName);
 }
 
 }  // namespace MCHost

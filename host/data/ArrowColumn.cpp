@@ -78,8 +78,10 @@ constexpr std::string_view kBrokenString{};
 
 template <class Offset>
 std::string_view ReadString(const ArrowArray& array, std::int64_t at) {
-  const auto* offsets = static_cast<const Offset*>(array.buffers[1]) + at;
-  if (offsets[0] < 0 || offsets[1] < offsets[0]) return kBrokenString;
+  const auto* offsets = static_cast<const Offset*>(array.buffers[1]);
+  const Offset end = offsets[array.offset + array.length];
+  offsets += at;
+  if (offsets[0] < 0 || offsets[1] < offsets[0] || offsets[1] > end) return kBrokenString;
   const auto size = static_cast<std::size_t>(offsets[1] - offsets[0]);
   if (size == 0) return "";
   if (array.buffers[2] == nullptr) return kBrokenString;

@@ -91,6 +91,20 @@ int FoldsOf(const predselect_model_options& given) {
   return CountOf(given.folds);
 }
 
+int RepeatsOf(std::size_t repeats) {
+  if (repeats > NBCrossValidation::kMostRepeats) {
+    throw Misuse("repeats is above " + std::to_string(NBCrossValidation::kMostRepeats));
+  }
+  return std::max(CountOf(repeats), 1);
+}
+
+// Another one in its place would be as good, and the same one for many.
+int SeedOf(std::size_t seed) {
+  constexpr int kMost = std::numeric_limits<int>::max();
+  if (seed > kMost) throw Misuse("seed is above " + std::to_string(kMost));
+  return CountOf(seed);
+}
+
 PredSelect::ModelRequest ModelRequestOf(const char* target, const predselect_model_options& given) {
   PredSelect::ModelRequest request;
   request.fTarget = TextArgument(target, "target");
@@ -99,8 +113,8 @@ PredSelect::ModelRequest ModelRequestOf(const char* target, const predselect_mod
   request.fTest = TestShareOf(given.test);
   request.fPredictors = CountOf(given.predictors);
   request.fFolds = FoldsOf(given);
-  request.fRepeats = std::clamp(CountOf(given.repeats), 1, NBCrossValidation::kMostRepeats);
-  request.fSeed = CountOf(given.seed);
+  request.fRepeats = RepeatsOf(given.repeats);
+  request.fSeed = SeedOf(given.seed);
   request.fbSavePredictions = given.save_predictions != 0;
   request.fPmml = PathOrNone(given.pmml_path);
   request.fRun.fStatePath = PathOrNone(given.state_path);

@@ -24,6 +24,11 @@ predselect_status predselect_state_load(predselect_session* session, const char*
   });
 }
 
+predselect_status predselect_state_set_name(predselect_session* session, predselect_state* state,
+                                            const char* name) {
+  return Guarded(session, [&] { Given(state, "state").fName = TextArgument(name, "name"); });
+}
+
 predselect_status predselect_state_save(predselect_session* session, const predselect_state* state,
                                         const char* path) {
   return Guarded(session, [&] {

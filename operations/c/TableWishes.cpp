@@ -35,6 +35,7 @@ PredSelect::TableOptions WishesOf(const predselect_table_options& given) {
         given.n_levels + given.n_reading > 0) {
       throw Misuse("schema, weight, levels and reading come from the ranges");
     }
+    if (given.part < 0) throw Misuse("part is no number of a part");
     options.fpWhole = PredSelect::WholeOf(BytesArgument(given.ranges, "ranges"), given.part);
     return options;
   }

@@ -82,7 +82,9 @@ const char* predselect_session_notes(const predselect_session* session);
 predselect_status predselect_session_set_application(predselect_session* session, const char* name,
                                                      const char* version);
 
-// Where temporary files go, "/tmp" unless set; without a slash at its end.
+// Where jobs put the training cases that the memory does not hold, "/tmp" unless set; without a
+// slash at its end. What is put aside while data are read (PREDSELECT_KEEP_ASIDE, packed text, the
+// tables of a database) goes where the environment's TMPDIR says.
 predselect_status predselect_session_set_temp_folder(predselect_session* session, const char* path);
 
 // Asked often during a job, save for the quick predselect_inspect; not 0 ends it as soon as
@@ -193,7 +195,8 @@ typedef struct predselect_file_options {
   size_t n_nulls;
 } predselect_file_options;
 
-// The table of a data file, as the program opens it: .csv, .tsv, .parquet, .arrow, .feather.
+// The table of a data file, or of a folder or a pattern of files, as the program opens it: text
+// (.csv, .tsv), .parquet, .arrow, .feather, .jsonl, .json, .xlsx, .ods, and tables of a database.
 // PREDSELECT_KEEP_ASIDE keeps nothing in memory and reads the file again on every pass;
 // PREDSELECT_KEEP_BATCHES is PREDSELECT_MISUSE here. A schema also says how columns of text are
 // read. NULL options are those without a wish; without a name the path is the data's.
@@ -206,6 +209,10 @@ predselect_status predselect_table_open_file(predselect_session* session, const 
 
 predselect_status predselect_state_load(predselect_session* session, const char* path,
                                         predselect_state** state);
+
+// What messages and documents call the state, in place of the path that it was loaded from.
+predselect_status predselect_state_set_name(predselect_session* session, predselect_state* state,
+                                            const char* name);
 
 // XML where the name ends in ".xml", else binary. The file appears whole or not at all.
 predselect_status predselect_state_save(predselect_session* session, const predselect_state* state,
@@ -288,9 +295,10 @@ typedef struct predselect_model_options {
   const char* state_path;   // where the model is saved; NULL for nowhere
   const char* pmml_path;    // where it is written as PMML; NULL for nowhere
   size_t memory;            // as for predselect_run; 0 is PREDSELECT_MEMORY_AUTO here
-  size_t folds;             // cross-validates with so many folds, instead of test cases; 0 for not
-  size_t repeats;           // of that, with other folds each time; 0 for 1
-  size_t seed;              // which folds
+  size_t folds;             // cross-validates with so many folds, 2 to 1000, instead of test
+                            // cases; 0 for not
+  size_t repeats;           // of that, with other folds each time; 0 for 1, up to 1000
+  size_t seed;              // which folds; up to 2^31 - 1
   size_t calibrate;         // as for predselect_run
   size_t calibration_seed;
 } predselect_model_options;
@@ -507,7 +515,9 @@ predselect_status predselect_codes_answer(predselect_session* session,
 // of more than two classes one variable a class, predictor by predictor, less the mean over all
 // classes. A missing value says 0. The result's table "BaseValues" has the same of the priors, by
 // class: a case's sum is the posterior's log-odds, of more than two classes numbers of which the
-// softmax is the posterior. "WeightsOfEvidence" has what all values say, by predictor, in order.
+// softmax is the posterior. Of a model with isotonic curves it is the posterior before these, which
+// is not what predselect_score gives. "WeightsOfEvidence" has what all values say, by predictor, in
+// order.
 predselect_status predselect_explain(predselect_session* session, predselect_table* table,
                                      const predselect_state* state, predselect_result** result);
 

@@ -129,6 +129,8 @@ COLUMNS = {
              "nominal", 3),
     "instants": (np.array(["2024-02-29T12", "NaT"] * 2, "M8[h]"), "date and time", "nominal", 2),
     "durations": ([datetime.timedelta(1), None, datetime.timedelta(2), None], "duration", "nominal", 2),
+    "texts beyond a microsecond": ([f"2024-01-01T00:00:00.12345678{i}" for i in range(4)], "text",
+                                   "nominal", 4),
     "masked": (np.ma.masked_array([1.5, 2, 3, 4], [0, 1, 0, 0]), "number", "scale", 3),
     "nothing": ([None] * 4, "text", "nominal", 0),
     "masked texts": (np.ma.masked_array(np.array(["a", None, "b", "c"], object), [1, 0, 0, 0]),
@@ -148,6 +150,8 @@ def kinds_of_pandas():
         "categories": (make(["a", "b", None, "a"], dtype="category"), "text", "nominal", 3),
         "ordered": (make(pandas.Categorical(["lo", "hi", None, "lo"], ["lo", "hi"], ordered=True)),
                     "text", "ordinal", 3),
+        "ordered beside no series": (pandas.Categorical(["lo", "hi", None, "lo"], ["lo", "hi"], ordered=True),
+                                     "text", "ordinal", 3),
         "ordered numbers": (make(pandas.Categorical([10, 20, 10, 10], ordered=True)), "number",
                             "ordinal", 4),
         "nullable integers": (make([1, None, 3, 4], dtype="Int64"), "number", "nominal", 3),
@@ -190,6 +194,31 @@ def test_dates_count_days_whatever_made_them():
     assert result["Dictionary"]["maximum"][0] == DAY.toordinal() - datetime.date(1970, 1, 1).toordinal()
 
 
+def test_times_of_a_zone_reach_as_far_as_their_unit():
+    pandas = pytest.importorskip("pandas")
+    far = pandas.Series(pandas.DatetimeIndex(np.array(["9999-12-31", "2024-01-05"], "M8[us]"), tz="UTC"))
+    columns = {"zone": far}
+    if hasattr(pandas, "ArrowDtype"):
+        pyarrow = pytest.importorskip("pyarrow")
+        columns["arrow"] = far.astype(pandas.ArrowDtype(pyarrow.timestamp("us", "UTC")))
+    with pytest.warns(ps.DataNotice):
+        result = ps.describe(columns)
+    told = result["Dictionary"]
+    assert {v[:10] for v in told["latest"]} == {"9999-12-31"}
+    assert {v[:10] for v in told["earliest"]} == {"2024-01-05"}
+
+
+def test_masked_matrices_keep_their_mask():
+    matrix = np.ma.masked_array([[1.0, 2], [99, 4], [5, 6]], [[0, 0], [1, 0], [0, 0]])
+    for data in (matrix, matrix.T.T.copy(order="F"), matrix[:, 0]):
+        told = ps.describe(data)["Dictionary"]
+        assert (told["maximum"][0], told["missing"][0]) == (5, 1)
+    data = {"y": ["a", "b", "b"] * 20, "x": np.arange(60.0)}
+    weights = np.ma.masked_array(np.full(60, 9), np.arange(60) % 4 == 1)
+    ranked = [ps.rank(data, "y", weight=w)["Ranking"]["log10_p"] for w in (weights, weights.filled(0))]
+    assert ranked[0] == ranked[1]
+
+
 def test_polars_enums_and_arrow_dictionaries_say_their_level():
     polars = pytest.importorskip("polars")
     frame = polars.DataFrame({
@@ -207,6 +236,7 @@ def test_polars_enums_and_arrow_dictionaries_say_their_level():
     ({"a": [object()]}, 'column "a": holds objects of object'),
     ({"a": np.array([1j])}, 'column "a": has the type complex128'),
     ({"a": np.zeros((2, 2))}, 'column "a": has 2 dimensions'),
+    ({"a": np.array(["9999999-01-01"], "M8[D]")}, 'column "a": holds dates beyond'),
     ({"a": "text"}, "column \"a\": is one value, 'text'"),
     (iter([{"a": 1.5}]), 'column "a": is one value, 1.5'),
     ([[1, 2], [3, 4]], "rows are a list of dicts"),
@@ -232,7 +262,7 @@ def test_weights_of_another_length_are_refused():
 
 
 def test_a_batch_of_other_columns_is_named():
-    with pytest.raises(ValueError, match="give all batches the same columns"):
+    with pytest.raises(ps.DataError, match="give all batches the same columns"):
         ps.describe(iter([{"a": [1.5]}, {"a": ["x"]}]))
 
 
@@ -293,6 +323,8 @@ def test_options_of_data(tmp_path, penguins):
     for stream in (False, True):
         result = ps.rank(penguins, "sex", except_="year", levels={"species": "ordinal"}, stream=stream)
         assert "year" not in result.predictors
+    with pytest.raises(ps.DataError, match="schema: .*No such file"):
+        ps.describe(penguins, schema=tmp_path / "none.json")
     with pytest.raises(ps.RequestError, match="nominal, ordinal or scale"):
         ps.rank(penguins, "sex", levels={"year": "numeric"})
     with pytest.raises(ps.RequestError, match='did you mean "species"'):
@@ -300,8 +332,8 @@ def test_options_of_data(tmp_path, penguins):
 
 
 def test_records_are_rows():
-    records = [{"y": "a", "x": 1.5}, {"y": "b"}, {"z": 3, "y": "a"}]
-    columns = {"y": ["a", "b", "a"], "x": [1.5, None, None], "z": [None, None, 3]}
+    records = [{"y": "a", "x": 1.5}, {"y": "b"}, {}, {"z": 3, "y": "a"}]
+    columns = {"y": ["a", "b", None, "a"], "x": [1.5, None, None, None], "z": [None, None, None, 3]}
     assert ps.describe(records).document == ps.describe(columns).document
 
 

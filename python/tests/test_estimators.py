@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import decimal
 import io
 import pickle
 import warnings
@@ -17,6 +18,7 @@ from sklearn.base import clone  # noqa: E402
 from sklearn.calibration import CalibratedClassifierCV  # noqa: E402
 from sklearn.compose import make_column_transformer  # noqa: E402
 from sklearn.datasets import load_breast_cancer, load_iris, make_regression  # noqa: E402
+from sklearn.exceptions import NotFittedError  # noqa: E402
 from sklearn.feature_selection import f_classif  # noqa: E402
 from sklearn.linear_model import LogisticRegression  # noqa: E402
 from sklearn.model_selection import GridSearchCV, cross_validate  # noqa: E402
@@ -263,10 +265,11 @@ def test_every_frame_makes_the_same_model():
 
 
 def test_targets_and_weights_that_cannot_be_used_say_what_to_do():
-    for y in ([None, "b"] * 75, [np.nan, "b"] * 75):
-        for estimator in (SubsetNaiveBayes(), PredictorSelector()):
+    for y in (np.array([None, "b"] * 75, object), np.array([np.nan, "b"] * 75, object),
+              np.array(["NaT", "2024-01-01"] * 75, "M8[D]")):
+        for estimator in (SubsetNaiveBayes(), PredictorSelector(target="class")):
             with pytest.raises(ValueError, match="y contains NaN or infinity. Leave"):
-                estimator.fit(X, np.array(y, object))
+                estimator.fit(X, y)
     pandas = pytest.importorskip("pandas")
     with pytest.raises(ValueError, match="needs another name"):
         SubsetNaiveBayes().fit(pandas.DataFrame(X, columns=["a\nb", "c", "d", "e"]), Y)
@@ -277,6 +280,113 @@ def test_targets_and_weights_that_cannot_be_used_say_what_to_do():
             estimator.fit(X, Y, sample_weight=np.full(150, 1e300))
     with pytest.raises(ValueError, match="ranks by .p. alone"):
         PredictorSelector(by="bits").partial_fit(X, Y)
+
+
+def test_what_screening_leaves_out_is_named():
+    random, y = np.random.default_rng(0), np.arange(400) % 2
+    data = {"near": 1e6 + 50 * random.normal(size=400) + 200 * y, "one": np.ones(400),
+            "lost": np.where(np.arange(400) % 5, np.nan, y), "good": y + random.normal(size=400)}
+    matrix = np.column_stack(list(data.values()))
+    for learn in (PredictorSelector().fit, PredictorSelector().partial_fit):
+        with pytest.warns(ps.PredSelectWarning, match="has left out x0, x2:"):
+            assert learn(matrix, y).get_support().tolist() == [False, False, False, True]
+    with pytest.warns(ps.PredSelectWarning, match="has left out x0:"):
+        PredictorSelector().fit(matrix[:, :1], y)
+    with warnings.catch_warnings():  # no screening leaves a test without an answer
+        warnings.simplefilter("error", ps.PredSelectWarning)
+        assert np.isnan(PredictorSelector(target="class").fit(X, np.arange(150) / 7).scores_).all()
+    # With dates, which are far from their first day, numbers are left out by no spread.
+    pandas = pytest.importorskip("pandas")
+    frame = pandas.DataFrame(data).assign(
+        day=pandas.to_datetime("2024-01-01") + pandas.to_timedelta(np.arange(400) % 30 + y * 2, "D"))
+    parts = PredictorSelector().partial_fit(frame[:150], y[:150]).partial_fit(frame[150:], y[150:])
+    whole = PredictorSelector().fit(frame, y)
+    assert whole.get_support().tolist() == [True, False, False, True, True]
+    np.testing.assert_allclose(parts.logpvalues_, whole.logpvalues_, rtol=1e-9)
+
+
+def test_a_build_that_fails_is_made_up_for_or_leaves_no_model(monkeypatch):
+    from predselect import _functions
+
+    def interrupted(*arguments, **options):
+        raise KeyboardInterrupt
+
+    model = SubsetNaiveBayes().partial_fit(X[:100], Y[:100], classes=[0, 1, 2])
+    model.partial_fit(X[100:], Y[100:])
+    again = SubsetNaiveBayes().fit(X, Y)
+    with monkeypatch.context() as patched:
+        patched.setattr(_functions, "run", interrupted)
+        with pytest.raises(KeyboardInterrupt):
+            model.predict(X)
+        with pytest.raises(KeyboardInterrupt):
+            again.fit(X, Y)
+    whole = SubsetNaiveBayes().fit(X, Y)
+    assert (model.predict_proba(X) == whole.predict_proba(X)).all()
+    with pytest.raises(NotFittedError):
+        again.predict(X)
+    again.partial_fit(X, Y, classes=[0, 1, 2])  # without the cases of the fit that failed
+    assert (again.class_prior_ == whole.class_prior_).all()
+    with pytest.raises(ps.RequestError):
+        model.set_params(calibrate="what").partial_fit(X[:1], Y[:1]).predict(X)
+    assert (model.set_params(calibrate=None).predict(X) == Y).mean() > 0.9
+    late = SubsetNaiveBayes()
+    with pytest.raises(ValueError, match="not in classes"):
+        late.partial_fit(X, Y, classes=[0, 1])
+    with pytest.raises(NotFittedError):
+        late.predict(X)
+
+
+def test_parts_keep_categories_that_are_numbers():
+    pandas = pytest.importorskip("pandas")
+    codes, y = np.arange(240) % 6, np.arange(240) % 6 % 2
+    half = [np.flatnonzero(codes < 3), np.flatnonzero(codes >= 3)]
+    model = SubsetNaiveBayes()
+    for rows in half:
+        part = pandas.DataFrame({"x": pandas.Series(codes[rows], dtype="category")})
+        model.partial_fit(part, y[rows], classes=[0, 1])
+    new = pandas.DataFrame({"x": pandas.Series(codes, dtype="category")})
+    assert (model.predict(new) == y).all()
+    assert list(model.feature_log_prob("x")) == [str(i) for i in range(6)]
+
+
+def test_sizes_that_bound_nothing_are_no_errors():
+    matrix = np.column_stack([X, np.ones(len(Y))])
+    for parameters, kept in (
+        ({"force": [0, 1], "max_features": 4}, None), ({"force": [0, 1, 2, 3], "max_features": 1}, None),
+        ({"force": [0], "max_features": 4}, None), ({"max_features": 4}, None),
+        ({"selection": 4}, 4), ({"force": [0], "selection": 3}, 4), ({"selection": 2}, 2),
+    ):
+        chosen = SubsetNaiveBayes(**parameters).fit(matrix, Y).selected_features_
+        assert kept is None or len(chosen) == kept, parameters
+        assert {f"x{i}" for i in parameters.get("force", ())} <= set(chosen), parameters
+
+
+def test_columns_have_one_name_and_kind_whatever_holds_them():
+    pandas, polars = pytest.importorskip("pandas"), pytest.importorskip("polars")
+    numbers = pandas.DataFrame(X)
+    mixed = numbers.astype({0: "Float64"})
+    for one, other in ((numbers, mixed), (mixed, numbers)):
+        model = SubsetNaiveBayes(force=[0]).fit(one, Y)
+        assert (model.predict(other) == SubsetNaiveBayes(force=[0]).fit(X, Y).predict(X)).all()
+    prices = [None if i % 7 == 0 else decimal.Decimal(int(y)) + i % 10 for i, y in enumerate(Y)]
+    data = {"price": prices, "kind": ["a", "b", "c"] * 50}
+    floats = pandas.DataFrame({**data, "price": [np.nan if p is None else float(p) for p in prices]})
+    expected = PredictorSelector().fit(floats, Y).pvalues_
+    for frame_ in (polars.DataFrame(data), pandas.DataFrame(data)):
+        assert (PredictorSelector().fit(frame_, Y).pvalues_ == expected).all()
+    # A mask names categories, and leaves texts what they are.
+    model = SubsetNaiveBayes(categorical_features=[True, False], selection="all").fit(floats, Y)
+    assert "(-inf" not in next(iter(model.feature_log_prob("price"))) and "kind" in model.selected_features_
+
+
+def test_masked_numbers_are_missing():
+    masked = np.ma.masked_array(X, np.arange(X.size).reshape(X.shape) % 7 == 0)
+    for estimator in (SubsetNaiveBayes(), PredictorSelector()):
+        by_mask, by_nan = (clone(estimator).fit(x, Y) for x in (masked, masked.filled(np.nan)))
+        for name in ("scores_", "class_prior_", "selected_features_"):
+            if hasattr(by_nan, name):
+                assert (getattr(by_mask, name) == getattr(by_nan, name)).all()
+    assert np.isnan(by_mask.transform(masked)).any()
 
 
 def test_texts_that_are_dates_are_categories_of_an_estimator():

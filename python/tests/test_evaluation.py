@@ -70,5 +70,10 @@ def test_a_cross_validation_has_measures_choices_and_folds():
     assert again.document["runs"][0]["tables"] == found.document["runs"][0]["tables"]
     with pytest.raises(ps.RequestError, match="folds"):
         ps.cross_validate(data, "y", folds=1)
+    for wrong in ({"repeats": 1001}, {"seed": 2**31}):
+        with pytest.raises(ps.RequestError, match=f"{next(iter(wrong))} is above"):
+            ps.cross_validate(data, "y", **wrong)
+    with pytest.raises(ps.RequestError, match="target is a list; name a column"):
+        ps.cross_validate(data, data["y"])
     with pytest.raises(ps.RequestError, match="fewer"):
         ps.cross_validate(made(20, 1), "y", folds=30)

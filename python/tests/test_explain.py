@@ -119,7 +119,12 @@ def test_slices_as_arrays_do_and_takes_the_caller_s_data():
     assert explained[3].shape == explained.shape[1:]
     assert explained[..., 0:2].output_names == ["a", "b"]
     assert explained[..., "c"].shape == explained.shape[:2]
+    names = explained.feature_names[::-1]
+    assert (explained[:, names, ["c"]].values == explained.values[:, ::-1, 2:]).all()
     kind = explained.feature_names.index('a "kind", quoted')
+    of_lists = ps.explain(state, {name: new[name].tolist() for name in new}).data
+    assert [value != value or value is None for value in of_lists[:, kind]] == new.isna()[
+        'a "kind", quoted'].tolist()
     assert explained.data[0, kind] == new['a "kind", quoted'][0]
 
 

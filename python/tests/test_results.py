@@ -50,6 +50,14 @@ def test_tables_are_the_same_in_every_frame(penguins):
         assert words == table["test_type"].tolist()
 
 
+def test_what_is_missing_in_a_table_is_null_in_polars():
+    polars = pytest.importorskip("polars")
+    table = ps.describe({"x": np.arange(40.0) + 0.5, "t": ["a", "b"] * 20})["Dictionary"]
+    frame = table.to_polars()
+    assert frame["mean"].is_null().to_list() == [False, True]
+    assert frame.equals(polars.DataFrame(table))
+
+
 def test_results_are_data_again(penguins):
     pytest.importorskip("polars")
     ranking = ps.rank(penguins, "species")
@@ -86,6 +94,9 @@ def test_results_are_saved_as_report_document_and_page(penguins, tmp_path):
         assert (tmp_path / f"ranking.{kind}").read_text().startswith(start)
     with pytest.raises(ps.DataError, match="html, .json or .txt"):
         ranking.save(tmp_path / "ranking.pdf")
+    for save, name in ((ranking.save, "a.html"), (ranking.plot().save, "a.svg")):
+        with pytest.raises(ps.DataError, match="cannot be written"):
+            save(tmp_path / "none" / name)
 
 
 def test_warnings_have_classes_and_point_to_the_caller():
@@ -122,6 +133,8 @@ def test_messages_name_arguments_of_python_and_no_options(penguins, tmp_path):
         assert said in str(told.value)
     for wrong, said in (({"levels": {"zz": "nominal"}}, "^levels: "), ({"except_": ["q"]}, "^except_: "),
                         ({"training_column": "q"}, "^training_column: "),
+                        ({"training_column": 0}, '^training_column: .* "0"'),
+                        ({"except_": np.int64(3)}, '^except_: .* "3"'),
                         ({"reading": {"missing": {"q": 1}}}, r'^reading\["missing"\]: ')):
         with pytest.raises(ps.RequestError, match=said):
             ps.model(penguins, "species", **wrong)
@@ -217,9 +230,18 @@ def test_a_command_that_fails_says_where_and_keeps_what_was_done(penguins):
     for wrong in ({"by": "q"}, {"threads": 2000}, {"top": -1}):
         with pytest.raises(ps.RequestError):
             ps.rank(penguins, "species", **wrong)
-    for wrong in ({"test": 1.5}, {"test": float("nan")}, {"predictors": -1}):
+    for wrong in ({"test": 1.5}, {"test": float("nan")}, {"predictors": -1}, {"predictors": 2**64}):
         with pytest.raises(ps.RequestError, match=next(iter(wrong))):
             ps.model(penguins, "species", **wrong)
+
+
+def test_a_model_of_which_no_pmml_can_be_written_is_not_lost(tmp_path):
+    data = {"y": ["a\x01", "b"] * 40, "x": np.arange(80) % 2 + np.arange(80) % 3 / 10}
+    with pytest.raises(ps.CommandError, match="XML does not allow") as raised:
+        ps.model(data, "y", test=0, pmml=tmp_path / "model.pmml")
+    model = raised.value.result
+    assert ps.score(model, data).new_columns["PredictedValue"].tolist() == data["y"]
+    assert model.document["runs"][0]["files"] == []
 
 
 def test_states_come_and_go_as_files_of_the_program(penguins, program, tmp_path):
@@ -227,6 +249,10 @@ def test_states_come_and_go_as_files_of_the_program(penguins, program, tmp_path)
     model.state.save(tmp_path / "model.bin")
     assert program("inspect", str(tmp_path / "model.bin"))["runs"] == model.state.inspect().document[
         "runs"]
+    assert ps.load(tmp_path / "model.bin").inspect().document["data"]["source"] == str(tmp_path / "model.bin")
+    model.save(tmp_path / "model.html")  # tells of no file that is gone
+    assert model.state.inspect().document["data"]["source"] == "the state"
+    assert '"files":[]' in (tmp_path / "model.html").read_text()
     program("model", str(penguins), "species", "--save-model", str(tmp_path / "other.xml"))
     loaded = ps.load(tmp_path / "other.xml")
     assert loaded.to_bytes() == model.state.to_bytes()
@@ -250,6 +276,9 @@ def test_states_come_and_go_as_files_of_the_program(penguins, program, tmp_path)
     model.state.export(tmp_path / "model.json")
     assert ps.score(ps.load(tmp_path / "model.json"), penguins,
                     probabilities="p").new_columns["p_2"].tolist() == mine["p_2"].tolist()
+    assert ps.score(model, penguins).document == scores.document
+    with pytest.raises(ps.RequestError, match="of type int; give a State, a Model"):
+        ps.score(3, penguins)
     with pytest.raises(ps.RequestError, match="no format of models"):
         loaded.export(tmp_path / "model.xls")
     with pytest.raises(ps.RequestError, match="ranking of predictors"):
@@ -282,7 +311,7 @@ def test_states_add_up(tmp_path):
     first = counted(slice(0, 50))
     first.merge(counted(slice(50, 120)))
     assert first.to_bytes() == sum_.to_bytes()
-    with pytest.raises(ps.RequestError, match="cannot be added"):
+    with pytest.raises(ps.RequestError, match="^merge: the state cannot be added"):
         first + ps.model({"y": y, "x": x}, "y").state
 
 

@@ -141,6 +141,15 @@ def law_a_signal_ends_every_phase(program, folder):
     process.send_signal(signal.SIGTERM)
     _, errors = process.communicate(timeout=60)
     assert process.returncode == 130 and errors.count("stopped at your wish") == 1, errors
+    # What reading a mapped file brings that was cut short meanwhile.
+    page = (folder / "page.txt").read_bytes()
+    process = start(["rank", "-", "y", "-o", "page.txt"])
+    process.stdin.write("y,x\n" + "a,1\n" * 50_000)  # more than a pipe holds: it is being read
+    process.stdin.flush()
+    process.send_signal(signal.SIGBUS)
+    _, errors = process.communicate(timeout=60)
+    assert process.returncode == 3 and "cut short meanwhile" in errors, (process.returncode, errors)
+    assert (folder / "page.txt").read_bytes() == page
     process = start(["describe", "wide.csv"], ignored=(signal.SIGHUP,))
     process.send_signal(signal.SIGHUP)
     _, errors = process.communicate(timeout=60)

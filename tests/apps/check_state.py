@@ -169,6 +169,7 @@ def law_signed_states_are_told_from_others(program, folder):
     for command in (["merge", "rank.bin", "signed-rank.bin", "-o", "all.bin", "--allow-equal"],
                     ["score", "--model", "model.bin", "--data", penguins],
                     ["score", "--model", "model.bin", "--data", penguins, "--dry-run"],
+                    ["evaluate", "--model", "model.bin", "--data", penguins],
                     ["export", "model.bin", "-o", "m.sql"], ["view", "model.bin", "-o", "m.html"]):
         assert "not signed" in call(program, folder, *command, *model, expect=3).stderr, command
         changed = [word if word not in ("rank.bin", "model.bin") else f"signed-{word}" for word in command]

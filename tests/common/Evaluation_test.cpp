@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "common/evaluation/Agreement.h"
 #include "common/evaluation/EvaluationCounter.h"
 #include "common/evaluation/Intervals.h"
 
@@ -262,6 +263,19 @@ TEST(Evaluation, OfFewCasesOrOneClassTellsWhatThereIsToTell) {
   EXPECT_EQ(wrong.fLow, -1);
   ExpectNear(at(evaluated(2, {0, 0, 0, 1}, {0, 1, 1, 0}), Measure::kMCC), wrong,
              "nearly all wrong");
+}
+
+TEST(Evaluation, AllRightIsExactlyOneWithoutAnInterval) {
+  for (const double unit : {1.0, 0.1, 1.0 / 3.0}) {
+    for (int n = 1; n < 40; ++n) {
+      const Table cases = {{3 * unit, 0, 0}, {0, n * unit, 0}, {0, 0, unit / n}};
+      const MCCommon::Agreement right(cases);
+      for (const Estimate& found : {right.Kappa(), right.Matthews()}) {
+        EXPECT_EQ(found.fValue, 1.0) << n;
+        EXPECT_EQ(found.fHigh, MCMV::gMissingValue) << n;
+      }
+    }
+  }
 }
 
 // Quantiles from published tables.

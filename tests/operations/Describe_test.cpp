@@ -10,6 +10,7 @@
 
 #include "host/data/MemoryTable.h"
 #include "operations/ColumnSummary.h"
+#include "operations/Moments.h"
 
 namespace {
 
@@ -83,6 +84,23 @@ TEST(ColumnSummary, GivesQuantilesOfFewNumbersAsTheyAreDefined) {
   EXPECT_EQ(summary.Quantile(1.0), 8.0);
   EXPECT_DOUBLE_EQ(summary.Deviation(), std::sqrt(28.75 / 3.0));
   EXPECT_EQ(summary.Missing(), 1.0);
+}
+
+TEST(Moments, KeepTheirDigitsWhateverTheSizeOfTheNumbers) {
+  const double units[] = {1, 1e-170, 1e-320, 1e200, 3e307};
+  for (const double unit : units) {
+    PredSelect::Moments moments;
+    for (const double value : {1.0, 2.0, 3.5}) moments.Add(value * unit);
+    const double digits = unit < 1e-300 ? 1e-2 : 1e-15;
+    EXPECT_NEAR(moments.Mean() / unit, 6.5 / 3, 3 * digits) << unit;
+    EXPECT_NEAR(moments.Deviation() / unit, std::sqrt(19.0 / 12), 2 * digits) << unit;
+  }
+  PredSelect::Moments far, mixed;
+  for (int i = 0; i < 4000; ++i) far.Add(1e9 + i % 8 * 0x1p-20);
+  EXPECT_NEAR(far.Deviation(), std::sqrt(5.25 * 4000 / 3999) * 0x1p-20, 1e-20);
+  for (const double value : {1e-300, 2e-300, -1.7e308, 1.7e308}) mixed.Add(value);
+  EXPECT_NEAR(mixed.Mean(), 0, 1e293);
+  EXPECT_NEAR(mixed.Deviation() / 1.7e308, std::sqrt(2.0 / 3), 1e-15);
 }
 
 // Bins narrower than any number, and a range wider than any.

@@ -338,7 +338,9 @@ TEST_F(Operations, WhatCannotBeDoneIsRefusedInTheCallersWords) {
   } cases[] = {
       {[&] { Run("* a comment."); }, "there is no command to run."},
       {[&] { (void)ModelOf(ranking, "it"); },
-       "--model: it holds a ranking of predictors, not a Naive Bayes model."},
+       "it holds a ranking of predictors, not a Naive Bayes model."},
+      {[&] { (void)PredSelect::RankCommand(fTable, {.fTarget = "two\nlines"}); },
+       "\"two\nlines\" has a line end, which no command can hold. Rename it."},
       {[&] {
          score({" p", ""});
        },

@@ -84,6 +84,7 @@ std::string Markdown(const FlatRecords& records) {
 }  // namespace
 
 std::string RenderRecords(const FlatRecords& records, FileFormat format) {
+  if (records.fColumns.empty()) return "";
   if (format == FileFormat::kJsonLines) return JsonLines(records);
   if (format == FileFormat::kMarkdown) return Markdown(records);
   return Delimited(records, DelimiterOf(format));

@@ -8,8 +8,18 @@ import os
 from pathlib import Path
 from typing import Any
 
+from .errors import DataError
+
 _COLORS = ("#2a6fb0", "#b8bec6", "#d97b29", "#5a9e5a", "#8d6bb8")
 _LEFT, _ROW, _WIDTH, _BOTTOM = 190, 22, 420, 42
+
+
+def write_text(path: str | os.PathLike[str], text: str) -> None:
+    """Writes a file. Raises DataError where that cannot be done."""
+    try:
+        Path(path).write_text(text, encoding="utf-8")
+    except OSError as trouble:
+        raise DataError(f"{os.fspath(path)} cannot be written: {trouble.strerror}") from trouble
 
 
 class Chart:
@@ -25,7 +35,7 @@ class Chart:
     def save(self, path: str | os.PathLike[str]) -> None:
         """Writes SVG, or the Vega-Lite document where the name ends in .json."""
         is_spec = os.fspath(path).endswith(".json")
-        Path(path).write_text(json.dumps(self.spec) if is_spec else self.svg(), encoding="utf-8")
+        write_text(path, json.dumps(self.spec) if is_spec else self.svg())
 
     def _repr_html_(self) -> str:
         return self.svg()

@@ -21,16 +21,24 @@ from ._estimators import (
     check_whole,
     free_name,
     has_nothing_to_tell,
+    kind_of,
     labels_of,
     lists,
     name_at,
     quietly,
     quoted,
+    says,
 )
 from ._explain import Explanation, explain, prior_explanation, whole_explanation
 from ._results import Result
 from ._state import Exports, State
 from .errors import CommandError, PredSelectWarning, warn
+
+_ALL, _AUTO = " /SUBSET NOSELECTION", " /SUBSET MAXSIZE=AUTO(BESTSUBSET=PSEUDOBIC)"
+# What a command says where constant features leave it fewer than it is to choose, and what to ask for.
+_TOO_FEW = {"Too few possible predictors, exact size...": _ALL,
+            "Too few possible predictors, maximum size...": _AUTO,
+            "All possible predictors excluded...": _ALL}
 
 
 class SubsetNaiveBayes(MixedData, Pickled, Exports, ClassifierMixin, BaseEstimator):  # type: ignore[misc]
@@ -40,9 +48,11 @@ class SubsetNaiveBayes(MixedData, Pickled, Exports, ClassifierMixin, BaseEstimat
     ----------
     selection : {"forward", "all"} or int, default="forward"
         How features come into the model: one after the other as long as the pseudo-BIC falls, all
-        of them, or exactly so many besides the forced ones.
+        of them, or exactly so many besides the forced ones: more than there are of these, and all
+        where there are no more.
     max_features : int or None, default=None
-        The most that forward selection looks at.
+        The most that forward selection adds to the forced ones; never less than one more than
+        there are of these.
     force : sequence of str or int, default=()
         Features that are in the model whatever they are worth.
     bins : int, default=10
@@ -106,11 +116,15 @@ class SubsetNaiveBayes(MixedData, Pickled, Exports, ClassifierMixin, BaseEstimat
         if self.max_features is not None:
             check_whole("max_features", self.max_features, 1)
         columns, y, weights = self._cases(X, y, sample_weight, reset=True)
-        self._forget()
-        self.classes_ = self._classes_of(y)
+        self.classes_ = np.unique(y)
         self._parts = [(columns, y, weights)]
-        self._build()
-        self._parts = []
+        try:
+            self._build()
+        except BaseException:  # an earlier model is not one of these features
+            del self.classes_
+            raise
+        finally:
+            self._parts = []
         return self
 
     def partial_fit(
@@ -128,21 +142,16 @@ class SubsetNaiveBayes(MixedData, Pickled, Exports, ClassifierMixin, BaseEstimat
             if classes is None:
                 raise ValueError("classes must be passed on the first call to partial_fit.")
         columns, y, weights = self._cases(X, y, sample_weight, reset=is_first)
-        if is_first:
-            self._forget()
-            self.classes_ = np.unique(classes)
-        elif classes is not None and not np.array_equal(np.unique(classes), self.classes_):
+        known = self.classes_ if classes is None else np.unique(classes)
+        if not is_first and not np.array_equal(known, self.classes_):
             raise ValueError("classes is not the same as on the last call to partial_fit")
-        unknown = ~np.isin(y, self.classes_)
+        unknown = ~np.isin(y, known)
         if unknown.any():
             raise ValueError(f"y has labels that are not in classes: {np.unique(y[unknown])}")
+        self.classes_ = known
         self._parts = [*getattr(self, "_parts", []), (columns, y, weights)]
         self._is_stale = True
         return self
-
-    def _forget(self) -> None:
-        self._parts = []
-        self._is_stale = False
 
     def _cases(self, X: Any, y: Any, sample_weight: Any, reset: bool) -> tuple[Columns, Any, Any]:
         if y is None:
@@ -158,10 +167,6 @@ class SubsetNaiveBayes(MixedData, Pickled, Exports, ClassifierMixin, BaseEstimat
             columns, y, weights = columns.take(rows), y[rows], weights[rows]
         return columns, y, weights
 
-    @staticmethod
-    def _classes_of(y: Any) -> Any:
-        return np.unique(y)
-
     def _all_cases(self) -> tuple[dict[str, Any], Columns, Any, Any]:
         columns = self._parts[0][0]
         if len(self._parts) > 1:
@@ -176,22 +181,22 @@ class SubsetNaiveBayes(MixedData, Pickled, Exports, ClassifierMixin, BaseEstimat
         return columns.columns, columns, y, weights
 
     def _build(self) -> None:
-        """The model of all cases that are kept."""
+        """The model of all cases that are kept. Where it fails, it is to be built yet."""
+        self._is_stale = True
         names, columns, y, weights = self._all_cases()
         codes = np.searchsorted(self.classes_, y)
         counts = np.bincount(codes, weights, len(self.classes_))
-        self._is_stale = False
         self._counts = counts
         self._state: State | None = None
         self._path: list[dict[str, Any]] = []
         self._chosen: list[str] = []
         self._there = np.flatnonzero(counts > 0)
-        if len(self._there) < 2:
-            return
-        self._name = free_name("y", list(names))
-        data = {**names, self._name: self._labels()[codes]}
-        categorical = self._categorical(columns)
-        self._run(data, categorical, None if weights is None else _whole(weights))
+        if len(self._there) > 1:
+            self._name = free_name("y", list(names))
+            data = {**names, self._name: self._labels()[codes]}
+            categorical = self._categorical(columns)
+            self._run(data, categorical, None if weights is None else _whole(weights))
+        self._is_stale = False
 
     def _labels(self) -> Any:
         """The classes as values of a column: as they are where the library keeps their order."""
@@ -207,7 +212,7 @@ class SubsetNaiveBayes(MixedData, Pickled, Exports, ClassifierMixin, BaseEstimat
         that went over as texts are in the order of texts."""
         return self._there[np.argsort(self._labels()[self._there], kind="stable")]
 
-    def _command(self, categorical: dict[str, bool]) -> str:
+    def _command(self, categorical: dict[str, bool], subset: str) -> str:
         forced = self._forced(list(categorical))
         force = ""
         if forced:
@@ -218,23 +223,23 @@ class SubsetNaiveBayes(MixedData, Pickled, Exports, ClassifierMixin, BaseEstimat
             categorical = {n: c for n, c in categorical.items() if n not in forced}
         return (
             f"NAIVEBAYES {quoted(self._name)}{lists(categorical)}{force}"
-            f"{self._subset(len(categorical), len(forced))}"
+            f"{subset or self._subset(len(categorical), len(forced))}"
             f" /CRITERIA TIMER=0 BINS={self.bins}"
             " /MACROVAR FACTORS=factors COVARIATES=covariates /PRINT SUMMARY SELECTED."
         )
 
     def _subset(self, n: int, n_forced: int) -> str:
+        """Of n features besides the forced ones. A size that is not below what there is bounds
+        nothing, and the command takes none such."""
         if self.selection == "all" or n == 0:
-            return " /SUBSET NOSELECTION"
+            return _ALL
         if self.selection == "forward":
-            if self.max_features is None or self.max_features >= n + n_forced:
-                return " /SUBSET MAXSIZE=AUTO(BESTSUBSET=PSEUDOBIC)"
-            return f" /SUBSET MAXSIZE={max(self.max_features, n_forced + 1)}(BESTSUBSET=PSEUDOBIC)"
+            most = n if self.max_features is None else max(self.max_features, n_forced + 1)
+            return f" /SUBSET MAXSIZE={most}(BESTSUBSET=PSEUDOBIC)" if most < n else _AUTO
         if isinstance(self.selection, (int, np.integer)) and self.selection > n_forced:
-            return f" /SUBSET EXACTSIZE={self.selection}" if self.selection < n else (
-                " /SUBSET NOSELECTION")
+            return f" /SUBSET EXACTSIZE={self.selection}" if self.selection < n else _ALL
         raise ValueError(f'selection is {self.selection!r}; give "forward", "all", or a number '
-                         "above that of the forced features")
+                         f"above that of the forced features, which is {n_forced}")
 
     def _forced(self, names: list[str]) -> list[str]:
         asked = [self.force] if isinstance(self.force, str) else self.force
@@ -244,23 +249,28 @@ class SubsetNaiveBayes(MixedData, Pickled, Exports, ClassifierMixin, BaseEstimat
             raise ValueError(f"force names {unknown}, which X does not have")
         return forced
 
-    def _run(self, data: dict[str, Any], categorical: dict[str, bool], weights: Any) -> None:
+    def _run(
+        self, data: dict[str, Any], categorical: dict[str, bool], weights: Any, subset: str = ""
+    ) -> None:
         levels = {n: "nominal" if c else "scale" for n, c in categorical.items()}
         with tempfile.TemporaryDirectory() as folder:
             path = Path(folder) / "model.bin"
             try:
                 result: Result = quietly(
-                    _functions.run, data, self._command(categorical), save_state=path,
+                    _functions.run, data, self._command(categorical, subset), save_state=path,
                     memory=self.memory or "auto", weight=weights, threads=self.threads,
                     calibrate=self.calibrate,
                     levels={**levels, self._name: "nominal"}, progress=False,
                 )
             except CommandError as failure:
+                instead = next((s for key, s in _TOO_FEW.items() if says(failure, [key])), "")
+                if instead and instead != subset:
+                    return self._run(data, categorical, weights, instead)
                 if not has_nothing_to_tell(failure):
                     raise
                 return
             if path.exists():
-                self._state = State.load(path)
+                self._state = State._of(path)
         for message in result.messages:
             if message["key"].startswith("The model is not calibrated"):
                 warn(message["text"], PredSelectWarning)
@@ -384,6 +394,9 @@ def _join(parts: list[Any]) -> Any:
     if hasattr(parts[0], "iloc"):
         import pandas
 
+        are_alike = all(part.dtype == parts[0].dtype for part in parts)
+        if not are_alike and any(kind_of(part) == "C" for part in parts):
+            parts = [part.astype(object) for part in parts]  # categories of numbers stay categories
         return pandas.concat(parts, ignore_index=True)
     return np.concatenate(parts)
 

@@ -55,7 +55,7 @@ def encode(name: str, values: Any) -> Encoded:
 
 
 def _encode(values: Any) -> Encoded:
-    if hasattr(values, "dtype") and hasattr(values, "array"):
+    if hasattr(values, "dtype") and (hasattr(values, "array") or hasattr(values, "codes")):
         return _encode_series(values)
     if hasattr(values, "to_pylist"):  # of Arrow
         values = values.to_pylist()
@@ -113,8 +113,10 @@ def _from_times(array: Any) -> ArrowColumn:
     unit, count = np.datetime_data(array.dtype)
     is_date = array.dtype.kind == "M" and unit in ("D", "W", "M", "Y")
     if is_date:
-        days = array.astype("M8[D]").astype(np.int64)
-        return _fixed(b"tdD", np.where(missing, 0, days).astype(np.int32), missing)
+        days = np.where(missing, 0, array.astype("M8[D]").astype(np.int64))
+        if len(days) and np.abs(days).max() >= 2**31:
+            raise OverflowError("holds dates beyond what 32 bits count of days")
+        return _fixed(b"tdD", days.astype(np.int32), missing)
     if unit not in ("s", "ms", "us", "ns") or count != 1:
         unit = "s" if array.dtype.kind == "m" else "us"
         array = array.astype(f"{array.dtype.kind}8[{unit}]")
@@ -142,7 +144,7 @@ def _text_list(words: list[Any]) -> ArrowColumn:
                                                                           np.uint8)])
 
 
-_DATE = re.compile(rb"\d{4}-\d\d-\d\d([T ]\d\d:\d\d(:\d\d(\.\d{1,9})?)?Z?)?")
+_DATE = re.compile(rb"\d{4}-\d\d-\d\d([T ]\d\d:\d\d(:\d\d(\.\d{1,6})?)?Z?)?")
 
 
 def dates_in(column: ArrowColumn) -> ArrowColumn | None:
@@ -246,20 +248,21 @@ def _masked(cells: Any, missing: Any) -> Encoded:
 
 
 def _encode_series(series: Any) -> Encoded:
-    """A pandas series of any version, by what its own array says."""
+    """A pandas series of any version, or categories of pandas, by what its own array says."""
     dtype = series.dtype
     if isinstance(dtype, np.dtype):
         return Encoded(_from_numpy(series.to_numpy()), "nominal" if dtype.kind == "b" else "")
     if hasattr(dtype, "categories") and hasattr(dtype, "ordered"):
         inner = _encode_categories(np.asarray(dtype.categories))
-        return Encoded(_dictionary(series.array.codes, inner),
+        return Encoded(_dictionary(getattr(series, "array", series).codes, inner),
                        "ordinal" if dtype.ordered else "nominal")
     kind = getattr(dtype, "kind", "O")
     if kind in "fiub":
         missing = np.asarray(series.isna())
         return _masked(_filled(series, getattr(dtype, "numpy_dtype", np.float64), missing), missing)
     if kind == "M" and str(getattr(dtype, "pyarrow_dtype", "")) not in ("date32[day]", "date64[ms]"):
-        return Encoded(_from_times(series.to_numpy(dtype="M8[ns]")))
+        unit = getattr(dtype, "unit", None) or dtype.pyarrow_dtype.unit
+        return Encoded(_from_times(series.to_numpy(dtype=f"M8[{unit}]")))
     return Encoded(_from_numpy(series.to_numpy(dtype=object)))
 
 

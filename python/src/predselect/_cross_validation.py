@@ -10,7 +10,7 @@ from . import _library as lib
 from . import errors
 from ._data import Options
 from ._evaluation import Measure, measures_of
-from ._functions import Job, _list
+from ._functions import Job, _list, _target
 from ._results import Result, ResultTable
 
 
@@ -91,7 +91,7 @@ def cross_validate(
         seed=lib.count("seed", seed),
     )
     result = job.result(
-        CrossValidation, table, "model", table, str(target).encode(), ctypes.byref(said))
+        CrossValidation, table, "model", table, _target(target), ctypes.byref(said))
     result._warn()
     if "CrossValidation" not in result:
         text = next((m["text"] for m in result.messages if "folds" in m["key"]), "")

@@ -6,6 +6,7 @@ import ctypes
 import dataclasses
 import itertools
 import json
+import numbers
 import os
 from collections.abc import Iterator, Mapping, Sequence
 from pathlib import Path
@@ -43,7 +44,7 @@ class Options:
                 raise RequestError(
                     f'levels: "{variable}" is to be {level!r}; give nominal, ordinal or scale'
                 )
-        self.weight = str(weight) if isinstance(weight, int) else weight
+        self.weight = str(weight) if isinstance(weight, numbers.Integral) else weight
         self.schema = schema
         self.null = list(null)
         self.reading = [pair for name, word in (reading or {}).items()
@@ -58,8 +59,12 @@ class Options:
     def schema_text(self) -> bytes | None:
         if self.schema is None:
             return None
-        if isinstance(self.schema, (str, os.PathLike)) and os.path.exists(self.schema):
-            return Path(self.schema).read_bytes()
+        is_path = isinstance(self.schema, os.PathLike)
+        if is_path or (isinstance(self.schema, str) and os.path.exists(self.schema)):
+            try:
+                return Path(self.schema).read_bytes()
+            except OSError as trouble:
+                raise DataError(f"schema: {trouble}") from trouble
         return (self.schema if isinstance(self.schema, str) else json.dumps(self.schema)).encode()
 
 
@@ -253,7 +258,7 @@ def columns_of(data: Any) -> dict[str, Any] | None:
 
 
 def _is_record(row: Any) -> bool:
-    return isinstance(row, Mapping) and bool(row) and all(is_value(v) for v in row.values())
+    return isinstance(row, Mapping) and all(is_value(v) for v in row.values())
 
 
 def _by_names(data: Any, names: Any) -> dict[str, Any]:
@@ -276,7 +281,8 @@ def _columns_of_array(array: Any) -> dict[str, Any]:
         array = array[:, np.newaxis]
     if array.ndim != 2:
         raise DataError(f"an array of {array.ndim} dimensions is no table; give one of two")
-    by_column = np.asfortranarray(array)
+    is_masked = isinstance(array, np.ma.MaskedArray)
+    by_column = array if is_masked else np.asfortranarray(array)
     return {f"x{i}": by_column[:, i] for i in range(array.shape[1])}
 
 
@@ -401,7 +407,7 @@ def _with_weights(data: Any, weights: Any, options: Options) -> _Source:
     known = getattr(data, "column_names", getattr(data, "columns", ())) if columns is None else columns
     name = next(n for n in (f"weight{i or ''}" for i in itertools.count()) if n not in known)
     joined = _joined(data, name, np.asarray(weights)) if columns is None else {
-        **columns, name: np.asarray(weights)}
+        **columns, name: np.asanyarray(weights)}
     source = _plain_source(joined, options)
     source.weight = name
     return source

@@ -2,6 +2,7 @@
 
 from __future__ import annotations
 
+import decimal
 import numbers
 from collections.abc import Sequence
 from typing import Any
@@ -33,7 +34,10 @@ def is_frame(X: Any) -> bool:
 
 
 def frame_of(X: Any) -> Any:
-    """X as scikit-learn knows frames: tables of Arrow and of a database become frames of pandas."""
+    """X as scikit-learn knows frames: tables of Arrow and of a database become frames of pandas, and
+    masked numbers missing ones."""
+    if isinstance(X, np.ma.MaskedArray) and X.dtype.kind in "fiub":
+        return np.ma.filled(X.astype(float), np.nan) if np.ma.is_masked(X) else X.data
     if hasattr(X, "df") and hasattr(X, "__arrow_c_stream__"):
         return X.df()
     return X.to_pandas() if hasattr(X, "column_names") and hasattr(X, "to_pandas") else X
@@ -65,9 +69,9 @@ def named(X: Any) -> Any:
 def frame_columns(X: Any) -> dict[str, Any]:
     """The columns of a data frame as Python sees them."""
     columns = columns_of(X)
-    if columns is not None:
-        return columns
-    return {str(n): _polars_column(X[n]) for n in X.columns}
+    if columns is None:
+        columns = {str(n): _polars_column(X[n]) for n in X.columns}
+    return {name: _decimals_as_floats(values) for name, values in columns.items()}
 
 
 def _polars_column(series: Any) -> Any:
@@ -76,7 +80,18 @@ def _polars_column(series: Any) -> Any:
     return values if values.dtype.kind in "fiubmM" else np.asarray(series.to_list(), object)
 
 
-def _kind(values: Any) -> str:
+def _decimals_as_floats(values: Any) -> Any:
+    """Objects that are decimals are numbers."""
+    if kind_of(values) != "O":
+        return values
+    lost = [is_missing(value) for value in values]
+    if all(lost) or not all(no or isinstance(v, decimal.Decimal) for v, no in zip(values, lost)):
+        return values
+    floats = np.array([np.nan if no else float(v) for v, no in zip(values, lost)])
+    return type(values)(floats) if hasattr(values, "iloc") else floats
+
+
+def kind_of(values: Any) -> str:
     """The kind of a column's dtype, "C" for categories."""
     dtype = getattr(values, "dtype", np.dtype(object))
     return "C" if hasattr(dtype, "categories") else str(getattr(dtype, "kind", "O"))
@@ -105,6 +120,8 @@ class MixedData:
         if is_frame(X) and self._is_mixed(X):
             validate_data(self, X=named(X), reset=reset, skip_check_array=True)
             columns = frame_columns(X)
+            # Under the names that a frame of numbers alone has.
+            columns = dict(zip(self._names(len(columns)), columns.values()))
             self._refuse_infinities(columns)
             _check_names(columns)
             return Columns(columns, len(X), False)
@@ -128,7 +145,7 @@ class MixedData:
     @staticmethod
     def _refuse_infinities(columns: dict[str, Any]) -> None:
         for name, values in columns.items():
-            if _kind(values) == "f" and np.isinf(np.asarray(values, float)).any():
+            if kind_of(values) == "f" and np.isinf(np.asarray(values, float)).any():
                 raise ValueError(f"Input X contains infinity (column {name!r})")
 
     def _names(self, n: int) -> list[str]:
@@ -142,19 +159,19 @@ class MixedData:
         if isinstance(asked, str):
             if asked != "from_dtype":
                 raise ValueError('categorical_features is "from_dtype", names, places or a mask')
-            return {n: _kind(v) not in "fiumM" for n, v in columns.columns.items()}
+            return {n: kind_of(v) not in "fiumM" for n, v in columns.columns.items()}
         chosen = np.asarray(asked)
         if chosen.dtype.kind == "b":
             if len(chosen) != len(names):
                 raise ValueError("categorical_features is a mask of another length than X is wide")
-            return dict(zip(names, chosen.tolist()))
-        if chosen.dtype.kind in "iu":
+            wanted = {name for name, is_wanted in zip(names, chosen) if is_wanted}
+        elif chosen.dtype.kind in "iu":
             wanted = {name_at(i, names, "categorical_features") for i in chosen}
         else:
             wanted = {str(c) for c in chosen}
         if missing := wanted - set(names):
             raise ValueError(f"categorical_features names {sorted(missing)}, which X does not have")
-        return {n: n in wanted or _kind(v) not in "fiumM" for n, v in columns.columns.items()}
+        return {n: n in wanted or kind_of(v) not in "fiumM" for n, v in columns.columns.items()}
 
     def _weights(self, sample_weight: Any, X: Any, n: int) -> Any:
         if sample_weight is None:
@@ -177,6 +194,7 @@ def labels_of(y: Any, n: int) -> Any:
     if len(y) != n:
         raise ValueError(f"X and y have inconsistent numbers of samples: {n} and {len(y)}")
     is_lost = (not np.isfinite(y.astype(float)).all() if y.dtype.kind in "fc"
+               else np.isnat(y).any() if y.dtype.kind in "mM"
                else y.dtype.kind == "O" and any(is_missing(value) for value in y))
     if is_lost:
         raise ValueError("Input y contains NaN or infinity. Leave those cases out")
@@ -251,6 +269,11 @@ _NOTHING_TO_TELL = (
 
 
 def has_nothing_to_tell(failure: CommandError) -> bool:
+    return says(failure, _NOTHING_TO_TELL)
+
+
+def says(failure: CommandError, keys: Sequence[str]) -> bool:
+    """Whether one of its errors is among the keys."""
     result = failure.result
     messages = result.messages if isinstance(result, Result) else []
-    return any(m["key"] in _NOTHING_TO_TELL for m in messages if m["severity"] == "error")
+    return any(m["key"] in keys for m in messages if m["severity"] == "error")

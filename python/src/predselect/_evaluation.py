@@ -10,8 +10,8 @@ from typing import Any
 import numpy as np
 
 from ._data import Options
-from ._functions import Job
-from ._results import Result, ResultTable
+from ._functions import Job, state_of
+from ._results import Model, Result, ResultTable
 from ._state import State
 
 
@@ -78,7 +78,7 @@ class Evaluation(Result):
 
 
 def evaluate(
-    model: State | str | os.PathLike[str],
+    model: State | Model | str | os.PathLike[str],
     data: Any,
     *,
     levels: Mapping[str, str] | None = None,
@@ -95,7 +95,7 @@ def evaluate(
     ``model`` is a saved state or its file: ``predselect.model(...).state``. ``weight`` says for how
     many cases a row stands, fractions included. The other arguments are those of :func:`rank`.
     """
-    known = model if isinstance(model, State) else State.load(model)
+    known = state_of(model)
     job = Job(threads, progress)
     table = job.open(data, Options(
         levels=levels, weight=weight, null=null, reading=reading, stream=stream, name=name))

@@ -9,8 +9,8 @@ from typing import Any
 import numpy as np
 
 from ._data import Options, columns_of
-from ._functions import Job
-from ._results import Result
+from ._functions import Job, state_of
+from ._results import Model, Result
 from ._state import State
 
 
@@ -20,7 +20,8 @@ class Explanation:
     ``values`` has a number for each case and predictor, of more than two classes one for each class
     (cases x predictors x classes); ``base_values`` what the priors add. Of two classes
     ``base_values + values.sum(1)`` is the posterior's log-odds of the second one; of more, numbers
-    by class of which the softmax is the posterior. ``data`` has the predictors' values as they are
+    by class of which the softmax is the posterior. Of an isotonic model that is the posterior before
+    its calibration, which no sum over predictors makes. ``data`` has the predictors' values as they are
     in the data (None where these are not in memory), ``feature_names`` their names, ``output_names``
     the classes. Slicing gives the explanation of some cases, predictors and classes.
 
@@ -79,8 +80,12 @@ class Explanation:
 
 
 def _places(wanted: Any, names: Any) -> Any:
-    """An index of names, for which a name may stand."""
-    return list(names).index(wanted) if isinstance(wanted, str) else wanted
+    """An index of names, for which a name, or a list of them, may stand."""
+    if isinstance(wanted, str):
+        return list(names).index(wanted)
+    if isinstance(wanted, list) and any(isinstance(name, str) for name in wanted):
+        return [_places(name, names) for name in wanted]
+    return wanted
 
 
 def _listed(names: Any) -> Any:
@@ -88,7 +93,7 @@ def _listed(names: Any) -> Any:
 
 
 def explain(
-    state: State | str | os.PathLike[str],
+    state: State | Model | str | os.PathLike[str],
     data: Any,
     *,
     levels: Mapping[str, str] | None = None,
@@ -103,7 +108,7 @@ def explain(
 
     The arguments are those of :func:`score`.
     """
-    known = state if isinstance(state, State) else State.load(state)
+    known = state_of(state)
     job = Job(threads, progress)
     table = job.open(data, Options(
         levels=levels, null=null, reading=reading, stream=stream, name=name))
@@ -167,11 +172,20 @@ def _explanation_of(result: Result, columns: Mapping[str, Any] | None) -> Explan
     return Explanation(values, base_values, _cells(columns, names), names, classes)
 
 
+def _array_of(column: Any) -> Any:
+    """Missing values of a mask or beside texts stay missing values."""
+    if isinstance(column, np.ma.MaskedArray):
+        kind, lost = (float, np.nan) if column.dtype.kind in "fiub" else (object, None)
+        return np.ma.filled(column.astype(kind), lost)
+    made = np.asarray(column)
+    return np.asarray(column, object) if made.dtype.kind in "US" else made
+
+
 def _cells(columns: Mapping[str, Any] | None, names: Sequence[str]) -> Any:
     """The predictors' values side by side: numbers, or objects where one of them is none."""
     if columns is None or any(name not in columns for name in names):
         return None
-    cells = [np.asarray(columns[name]) for name in names]
+    cells = [_array_of(columns[name]) for name in names]
     if all(column.dtype.kind in "fiub" for column in cells):
         return np.column_stack([column.astype(float) for column in cells])
     return np.column_stack([column.astype(object) for column in cells])

@@ -22,6 +22,8 @@ from ._library import (
     ReleaseStream,
 )
 
+from .errors import DataError
+
 
 @dataclass
 class ArrowColumn:
@@ -218,7 +220,7 @@ class _Outgoing:
             array.release = ReleaseArray()
             return
         if batch.formats() != self.first.formats():
-            raise ValueError(
+            raise DataError(
                 f"a batch has columns {batch.formats()} where the first one had "
                 f"{self.first.formats()}: give all batches the same columns and types"
             )

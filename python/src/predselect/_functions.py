@@ -11,6 +11,7 @@ from typing import Any, TypeVar
 
 from . import _library as lib
 from . import errors
+from ._columns import is_value
 from ._data import Options, Table, open_table
 from ._progress import Progress
 from ._results import Model, Ranking, Result, Scores
@@ -62,7 +63,7 @@ def _target(target: Any) -> bytes:
 
 
 def _list(names: str | int | Sequence[str | int]) -> list[str]:
-    return [str(names)] if isinstance(names, (str, int)) else [str(name) for name in names]
+    return [str(names)] if is_value(names) else [str(name) for name in names]  # type: ignore[union-attr]
 
 
 def rank(
@@ -144,7 +145,7 @@ def model(
     target: str | int,
     *,
     test: float = 0.3,
-    training_column: str | None = None,
+    training_column: str | int | None = None,
     predictors: int = 0,
     except_: str | int | Sequence[str | int] = (),
     predictions: bool = False,
@@ -170,7 +171,8 @@ def model(
     training cases may take, in kilobytes (0: half of what is free). ``calibrate`` makes the
     probabilities hold what they say, by "temperature" or "isotonic", by the test cases; without any
     by cross-validation, for which ``calibration_seed`` divides the training cases. The other arguments are those
-    of :func:`rank`. The model itself is ``result.state``.
+    of :func:`rank`. The model itself is ``result.state``; where it was built and a file of it could not be written,
+    it is in the ``result`` of the :class:`CommandError`.
     """
     options = Options(
         levels=levels, weight=weight, schema=schema, null=null, reading=reading, stream=stream,
@@ -183,17 +185,20 @@ def model(
         state = Path(folder) / "model.bin"
         said = lib.model_options(
             except_=lib.address(names), n_except=n,
-            training_column=training_column.encode() if training_column else None,
+            training_column=None if training_column is None else str(training_column).encode(),
             test=-1.0 if test <= 0 else test, predictors=lib.count("predictors", predictors),
             save_predictions=predictions,
             state_path=os.fsencode(state), pmml_path=os.fsencode(pmml) if pmml else None,
             memory=lib.count("memory", memory), calibrate=lib.calibration(calibrate),
             calibration_seed=lib.count("calibration_seed", calibration_seed),
         )
-        result = job.result(Model, table, "model", table, _target(target), ctypes.byref(said))
-        if state.exists():
-            result.state = State.load(state)
-            result._leave_out(str(state))
+        try:
+            result = job.result(Model, table, "model", table, _target(target), ctypes.byref(said))
+        except errors.CommandError as failure:
+            if isinstance(failure.result, Model):
+                failure.result._take_state(state)
+            raise
+        result._take_state(state)
     result._warn()
     return result
 
@@ -247,7 +252,6 @@ def describe(
     data: Any,
     *,
     levels: Mapping[str, str] | None = None,
-    weight: Any = None,
     schema: Any = None,
     null: Sequence[str] = (),
     reading: Mapping[str, Any] | None = None,
@@ -258,16 +262,30 @@ def describe(
 ) -> Result:
     """Names, types, levels, valid and missing cases, ranges and categories of the columns."""
     options = Options(
-        levels=levels, weight=weight, schema=schema, null=null, reading=reading, stream=stream,
-        name=name,
+        levels=levels, schema=schema, null=null, reading=reading, stream=stream, name=name,
     )
     job = Job(threads, progress)
     table = job.open(data, options)
     return job.result(Result, table, "describe", table)
 
 
+def state_of(model: Any) -> State:
+    """The state of what scores: itself, what a model has come to, or a file's."""
+    if isinstance(model, Model):
+        if model.state is None:
+            raise errors.RequestError("the run ended without a model")
+        model = model.state
+    if isinstance(model, State):
+        return model
+    if not isinstance(model, (str, os.PathLike)):
+        raise errors.RequestError(
+            f"what is given as the model is of type {type(model).__name__}; give a State, a Model, or the path "
+            "of a saved one")
+    return State.load(model)
+
+
 def score(
-    state: State | str | os.PathLike[str],
+    state: State | Model | str | os.PathLike[str],
     data: Any,
     *,
     predicted: str | None = None,
@@ -288,7 +306,7 @@ def score(
     probabilities ("" for none of them). ``explain`` adds what so many predictors that weighed most
     add to the log-odds of each prediction; :func:`explain` gives all of it as arrays.
     """
-    known = state if isinstance(state, State) else State.load(state)
+    known = state_of(state)
     job = Job(threads, progress)
     table = job.open(data, Options(
         levels=levels, null=null, reading=reading, stream=stream, name=name))

@@ -173,8 +173,8 @@ def texts(values: Iterable[str]) -> tuple[Any, int]:
 def count(name: str, value: Any) -> int:
     """A number of the caller's that C takes as a size."""
     number = operator.index(value)
-    if number < 0:
-        raise errors.RequestError(f"{name} is {number}; give a number from 0")
+    if not 0 <= number < 2**63:
+        raise errors.RequestError(f"{name} is {number}; give a number from 0 to {2**63 - 1}")
     return number
 
 

@@ -293,10 +293,7 @@ class Scorer:
     """Predicts rows batch by batch, with what :func:`predselect.score` takes."""
 
     def __init__(self, model: Any, **own: Any) -> None:
-        state = getattr(model, "state", model)
-        if state is None:
-            raise RequestError("the run ended without a model: there is nothing to score with")
-        self._state = state if isinstance(state, State) else State.load(state)
+        self._state = _functions.state_of(model)
         self._own = own
 
     def new_columns(self, rows: pyarrow.Table) -> pyarrow.Table:

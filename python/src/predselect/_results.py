@@ -13,10 +13,11 @@ from typing import TYPE_CHECKING, Any
 import numpy as np
 
 from . import _library as lib
-from ._charts import Chart, bars
+from ._charts import Chart, bars, write_text
 from ._columns import kept_column
 from ._export import Batch, stream_of
 from ._import import capsule_of, read
+from ._state import State
 from ._words import in_python
 from .errors import DataError, PredSelectWarning, RequestError, category_of, warn
 
@@ -82,8 +83,7 @@ class Columns:
         """A polars frame."""
         import polars
 
-        return polars.DataFrame({n: c.tolist() if c.dtype == object else c
-                                 for n, c in self._read().items()})
+        return polars.DataFrame(self)
 
     def to_arrow(self) -> Any:
         """A pyarrow table."""
@@ -248,14 +248,17 @@ class Result:
             page = ctypes.c_char_p()
             said = heading.encode() if heading is not None else None
             self._session.call("result_html", self._handle, said, ctypes.byref(page))
-            words = (page.value or b"").decode()
+            words = self._without_own_file((page.value or b"").decode())
         elif kind == ".json":
             words = json.dumps(self.document, ensure_ascii=False)
         elif kind == ".txt":
             words = self.text()
         else:
             raise DataError(f"{path}: a result is saved as .html, .json or .txt")
-        Path(path).write_text(words, encoding="utf-8")
+        write_text(path, words)
+
+    def _without_own_file(self, page: str) -> str:
+        return page
 
     _only_classes = False  # whether warnings without a class of their own are left to `messages`
 
@@ -359,10 +362,12 @@ class Model(Result):
     _only_classes = True
     _own_file = ""  # what the state went through, which is gone
 
-    def _leave_out(self, path: str) -> None:
-        """Says nothing of a file that only this package knew."""
-        self._own_file = path
-        self._forget_file()
+    def _take_state(self, path: Path) -> None:
+        """The state that went through a file, where there is one; of that only this package knew."""
+        if path.exists():
+            self.state = State._of(path)
+            self._own_file = str(path)
+            self._forget_file()
 
     def _read_document(self) -> None:
         super()._read_document()
@@ -371,6 +376,12 @@ class Model(Result):
     def _forget_file(self) -> None:
         for run in self.document["runs"]:
             run["files"] = [file for file in run["files"] if file != self._own_file]
+
+    def _without_own_file(self, page: str) -> str:
+        if not self._own_file:
+            return page
+        name = json.dumps(self._own_file, ensure_ascii=False)
+        return page.replace(f"{name},", "").replace(f",{name}", "").replace(name, "")
 
     def text(self, width: int = 100) -> str:
         lines = super().text(max(width, 60) if width else 0).splitlines()

@@ -2,9 +2,11 @@
 
 from __future__ import annotations
 
+import datetime
 import numbers
 import os
 import tempfile
+from collections.abc import Collection
 from pathlib import Path
 from typing import Any
 
@@ -17,6 +19,7 @@ from sklearn.utils.multiclass import type_of_target
 from sklearn.utils.validation import check_is_fitted, validate_data
 
 from . import _functions
+from ._columns import is_missing
 from ._estimators import (
     Columns,
     MixedData,
@@ -27,15 +30,16 @@ from ._estimators import (
     free_name,
     has_nothing_to_tell,
     is_frame,
+    kind_of,
     labels_of,
     lists,
     named,
     quietly,
     quoted,
 )
-from ._results import Ranking, Result, ResultTable, numbers_of
+from ._results import Ranking, ResultTable, numbers_of
 from ._state import State
-from .errors import CommandError
+from .errors import CommandError, PredSelectWarning, warn
 
 
 class PredictorSelector(MixedData, Pickled, SelectorMixin, BaseEstimator):  # type: ignore[misc]
@@ -63,11 +67,21 @@ class PredictorSelector(MixedData, Pickled, SelectorMixin, BaseEstimator):  # ty
     ----------
     scores_, pvalues_, logpvalues_ : ndarray of shape (n_features,)
         Test statistic, p-value and natural logarithm of the p-value; NaN for a feature that was
-        screened out (constant, empty).
+        screened out.
     effect_sizes_ : ndarray of shape (n_features,)
-        How strong each feature is: bias-corrected Cramer's V, eta squared or correlation.
+        How strong each feature is: bias-corrected Cramer's V, eta squared or correlation. NaN after
+        ``partial_fit``.
     ranking_ : ndarray of shape (n_features,)
         1 for the best; features that were screened out share the last place.
+
+    Notes
+    -----
+    As for :func:`rank`, screening leaves out features before any is ranked: those that are constant
+    or empty; that lack values in more than 70 % of the cases; categories of which one has more than
+    95 % of the cases, or of which there are more than 90 for 100 cases, or, for a target of classes,
+    of which more than 90 % have one case; numbers whose standard deviation is below 0.001 of their
+    mean's size, unless X has dates. A warning names them but for those that are constant or empty.
+    Of numbers far from 0 subtract the mean.
     """
 
     def __init__(
@@ -175,6 +189,7 @@ class PredictorSelector(MixedData, Pickled, SelectorMixin, BaseEstimator):  # ty
             return
         if "Ranking" in ranking:
             self._read_ranking(ranking["Ranking"], list(columns.columns))
+        _warn_of_screened(columns, ranking.predictors)
 
     def _clear(self, n: int) -> None:
         for attribute in ("scores_", "pvalues_", "logpvalues_", "effect_sizes_", "_adjusted",
@@ -203,6 +218,8 @@ class PredictorSelector(MixedData, Pickled, SelectorMixin, BaseEstimator):  # ty
             f"SELECTPRED {quoted(name)} (MLEVEL={'N' if self._is_class else 'S'})"
             f"{lists(categorical)} /CRITERIA TIMER=0 PVALUES=EXACT SHOWUNSELECTED={len(data)}"
         )
+        if any(_has_dates(values) for values in columns.columns.values()):
+            command += " /SCREENING CV=0"  # as a ranking does: dates are far from their day 0
         with tempfile.TemporaryDirectory() as folder:
             path = Path(folder) / "counts.bin"
             try:
@@ -212,19 +229,19 @@ class PredictorSelector(MixedData, Pickled, SelectorMixin, BaseEstimator):  # ty
             except CommandError:
                 if not path.exists():
                     raise
-            counted = State.load(path)
+            counted = State._of(path)
         if not is_first and self._state is not None:
             self._state.merge(counted)
             counted = self._state
         self._state = counted
         self._clear(len(columns.columns))
-        self._read_counts(counted.inspect(), list(columns.columns))
+        told = counted.inspect()
+        if "Ranking" in told:
+            self._read_counts(told["Ranking"], list(columns.columns))
+            _warn_of_screened(columns, told["Ranking"]["predictor"])
 
-    def _read_counts(self, counts: Result, names: list[str]) -> None:
+    def _read_counts(self, table: ResultTable, names: list[str]) -> None:
         """The ranking of merged counts, which holds statistics and p-values by their tests."""
-        if "Ranking" not in counts:
-            return
-        table = counts["Ranking"]
         at = np.array([names.index(name) for name in table["predictor"]])
         tests = [c.removesuffix("_rank") for c in table.columns if c.endswith("_rank")]
         for test in reversed(tests):
@@ -270,7 +287,8 @@ class PredictorSelector(MixedData, Pickled, SelectorMixin, BaseEstimator):  # ty
         return mask
 
     def transform(self, X: Any) -> Any:
-        """The kept features of X; a data frame stays one."""
+        """The kept features of X. A data frame of more than numbers stays one, of numbers alone
+        becomes an array unless ``set_output`` says otherwise, as everywhere in scikit-learn."""
         check_is_fitted(self, "ranking_")
         X = frame_of(X)
         if is_frame(X) and self._is_mixed(X):
@@ -295,6 +313,31 @@ class PredictorSelector(MixedData, Pickled, SelectorMixin, BaseEstimator):  # ty
         if state is None:
             raise NotFittedError("only counts of partial_fit can be saved; there are none")
         state.save(path)
+
+
+def _warn_of_screened(columns: Columns, ranked: Collection[str]) -> None:
+    """Names what might have been ranked."""
+    kept = set(ranked)
+    names = [n for n, values in columns.columns.items() if n not in kept and _varies(values)]
+    if names:
+        more = f" and {len(names) - 10} more" if len(names) > 10 else ""
+        warn(f"Screening has left out {', '.join(names[:10])}{more}: too many values are missing, "
+             "too many are in one category, there are almost as many categories as cases, or "
+             "numbers vary too little for their size (subtract their mean). The notes of "
+             "PredictorSelector have the bounds.", PredSelectWarning)
+
+
+def _varies(values: Any) -> bool:
+    there = [value for value in np.asarray(values, object) if not is_missing(value)]
+    return any(value != there[0] for value in there)
+
+
+def _has_dates(values: Any) -> bool:
+    kind = kind_of(values)
+    if kind != "O":
+        return kind == "M"
+    first = next((value for value in values if not is_missing(value)), None)
+    return isinstance(first, datetime.date)  # which times are, too
 
 
 def _log_tail(table: ResultTable, test: str, value: Any, rows: Any) -> Any:

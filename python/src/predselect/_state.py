@@ -60,12 +60,18 @@ class State(Exports):
             path = Path(folder) / "state"
             path.write_bytes(content)
             self._open(os.fsencode(path))
+        self._rename("the state")
 
     def _open(self, path: bytes, verify_key: str | os.PathLike[str] | None = None) -> None:
         self._session = lib.Session(1)
         self._handle = lib.Handle("state")
         self._use_keys(None, verify_key)
         self._session.call("state_load", path, ctypes.byref(self._handle._as_parameter_))
+
+    def _rename(self, name: str) -> None:
+        """What messages and documents call it."""
+        self._name = name
+        self._session.call("state_set_name", self._handle, name.encode("utf-8", "replace"))
 
     def _use_keys(
         self,
@@ -83,6 +89,14 @@ class State(Exports):
         signed with the key that the file ``verify_key`` holds."""
         state = cls.__new__(cls)
         state._open(os.fsencode(path), verify_key)
+        state._rename(os.fsdecode(path))
+        return state
+
+    @classmethod
+    def _of(cls, path: str | os.PathLike[str]) -> State:
+        """Of a file that nobody knows but this package."""
+        state = cls.load(path)
+        state._rename("the state")
         return state
 
     def save(
@@ -133,6 +147,7 @@ class State(Exports):
         from ._results import Result
 
         copy = State(self.to_bytes())
+        copy._rename(self._name)
         handle = lib.Handle("result")
         copy._session.call("inspect", copy._handle, ctypes.byref(handle._as_parameter_))
         return Result(copy._session, handle, copy)

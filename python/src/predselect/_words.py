@@ -53,7 +53,8 @@ def _said(found: re.Match[str]) -> str:
 
 def in_python(text: str) -> str:
     """A text of the library, each option as an argument of this package."""
-    text = text.replace("on the command line ", "in a call ").replace(" (--part N)", "")
+    text = text.replace(" (--part N)", "").replace(" (on the command line --test 0)", "")
+    text = text.replace("on the command line ", "in a call ")
     text = _EXCEPT.sub(_left_out, text)
     text = _LEVEL.sub(lambda found: f'levels={{{_quoted(found[1])}: "{found[2]}"}}', text)
     text = _OPTION.sub(_said, text)

@@ -246,6 +246,7 @@ TEST(ArrowTypes, BrokenArraysAreRefused) {
   static ArrowArray* kNoChild[] = {nullptr};
   const ArrayPtr codes = Dictionary(Build<arrow::Int8Builder>(arrow::int8(), 1), words);
   static const std::int32_t kBackwards[] = {2, 0, 5};
+  static const std::int32_t kBeyond[] = {0, 1 << 30, 3};
   static const char kNotUtf8[] = "\xFF\xFE!";
   static const std::int8_t kOutside[] = {0, 9};
   static const std::int64_t kShort[] = {20};
@@ -255,6 +256,7 @@ TEST(ArrowTypes, BrokenArraysAreRefused) {
       {words, [](ArrowArray& a) { a.children[0]->null_count = 1; }},
       {words, [](ArrowArray& a) { a.children[0]->buffers[1] = nullptr; }},
       {words, [](ArrowArray& a) { a.children[0]->buffers[1] = kBackwards; }},
+      {words, [](ArrowArray& a) { a.children[0]->buffers[1] = kBeyond; }},
       {words, [](ArrowArray& a) { a.children[0]->buffers[2] = nullptr; }},
       {words, [](ArrowArray& a) { a.children[0]->buffers[2] = kNotUtf8; }},
       {words, [](ArrowArray& a) { a.length = -1; }},

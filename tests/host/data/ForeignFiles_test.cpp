@@ -124,6 +124,39 @@ TEST(ForeignFiles, NestedColumnsAndDamageAreRefused) {
   }
 }
 
+// Files of which two numbers were changed alike: nothing in Arrow's form contradicts them but the
+// size of what follows.
+TEST(ForeignFiles, CellsThatAreNotThereAreRefused) {
+  const ScratchFolder folder;
+  const auto bytesOf = [](std::int64_t number) {
+    return std::string(reinterpret_cast<const char*>(&number), sizeof(number));
+  };
+  arrow::Int64Builder builder;
+  ASSERT_TRUE(builder.AppendValues(std::vector<std::int64_t>{11, 12, 13, 14, 15}).ok());
+  const auto batch = arrow::RecordBatch::Make(arrow::schema({arrow::field("n", arrow::int64())}), 5,
+                                              {builder.Finish().ValueOrDie()});
+  for (const bool isFile : {false, true}) {
+    const std::string path = folder.Path("t.arrow");
+    const auto output = Output(path);
+    const auto make = isFile ? arrow::ipc::MakeFileWriter(output, batch->schema())
+                             : arrow::ipc::MakeStreamWriter(output, batch->schema());
+    const auto writer = make.ValueOrDie();
+    ASSERT_TRUE(writer->WriteRecordBatch(*batch).ok() && writer->Close().ok());
+    ASSERT_TRUE(output->Close().ok());
+    std::string text = ReadFile(path);
+    int changes = 0;
+    for (std::size_t at = 0; (at = text.find(bytesOf(5), at)) != std::string::npos; ++changes) {
+      text.replace(at, sizeof(std::int64_t), bytesOf(3000000));
+    }
+    ASSERT_EQ(changes, 2) << "of the batch and of its column";
+    folder.Write("t.arrow", text);
+    for (const TableStorage storage : {TableStorage::kMemory, TableStorage::kStreamed}) {
+      const auto describe = [&] { (void)Contents(*OpenDataFile(path, {}, storage)); };
+      EXPECT_THROW(describe(), HostIOError) << isFile;
+    }
+  }
+}
+
 TEST(ForeignFiles, SchemaSettlesHowDelimitedTextIsRead) {
   const ScratchFolder folder;
   const TableSchema schema = TableSchema::Parse(

@@ -57,6 +57,8 @@ TEST(CFailures, NullAnywhereIsMisuseAndNamesTheArgument) {
       {"state", [&] { return predselect_state_load(s, "x", nullptr); }},
       {"state", [&] { return predselect_state_save(s, nullptr, "x"); }},
       {"path", [&] { return predselect_state_save(s, state, nullptr); }},
+      {"state", [&] { return predselect_state_set_name(s, nullptr, "x"); }},
+      {"name", [&] { return predselect_state_set_name(s, state, nullptr); }},
       {"into", [&] { return predselect_state_merge(s, nullptr, state); }},
       {"from", [&] { return predselect_state_merge(s, state, nullptr); }},
       {"state", [&] { return predselect_state_pmml(s, nullptr, "x"); }},
@@ -315,6 +317,13 @@ TEST(CFailures, OfJobsSayWhatWasWrong) {
   predselect_model_options allTest{};
   allTest.struct_size = sizeof(allTest);
   allTest.test = 1.0;
+  predselect_model_options often{};
+  often.struct_size = sizeof(often);
+  often.folds = 2;
+  often.repeats = 1001;
+  predselect_model_options seeded = often;
+  seeded.repeats = 1;
+  seeded.seed = std::size_t{1} << 31;
   predselect_table_options held{};
   held.struct_size = sizeof(held);
   held.keep = PREDSELECT_KEEP_BATCHES;
@@ -350,6 +359,10 @@ TEST(CFailures, OfJobsSayWhatWasWrong) {
        PREDSELECT_BAD_REQUEST, "\"body_mass_g\" is a number on a scale"},
       {[&] { return predselect_model(session, host.fTable, "sex", &allTest, &host.fResult); },
        PREDSELECT_MISUSE, "test is not below 1"},
+      {[&] { return predselect_model(session, host.fTable, "sex", &often, &host.fResult); },
+       PREDSELECT_MISUSE, "repeats is above 1000"},
+      {[&] { return predselect_model(session, host.fTable, "sex", &seeded, &host.fResult); },
+       PREDSELECT_MISUSE, "seed is above 2147483647"},
       {[&] {
          return predselect_table_open_file(session, notes.c_str(), nullptr, nullptr, &host.fTable);
        },

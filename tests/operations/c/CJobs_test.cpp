@@ -489,10 +489,14 @@ TEST(CJobs, MergedHalvesAreTheWholeUntilTheyAreRanked) {
     return json::parse(host.Json())["runs"];
   };
   EXPECT_EQ(inspect(states[0]), inspect(states[2]));
-  EXPECT_EQ(predselect_state_merge(host.fSession, states[0], states[1]), PREDSELECT_BAD_REQUEST);
-  EXPECT_EQ(host.Error(), "merge: " + folder.Path("1.bin") +
-                              " cannot be added: one of the states is not as the data were "
-                              "counted, but screened or ranked.");
+  for (const std::string& name : {folder.Path("1.bin"), std::string("the second half")}) {
+    EXPECT_EQ(predselect_state_merge(host.fSession, states[0], states[1]), PREDSELECT_BAD_REQUEST);
+    EXPECT_EQ(host.Error(), "merge: " + name +
+                                " cannot be added: one of the states is not as the data were "
+                                "counted, but screened or ranked.");
+    ASSERT_EQ(predselect_state_set_name(host.fSession, states[1], "the second half"),
+              PREDSELECT_OK);
+  }
 }
 
 TEST(CJobs, ThreadsWithSessionsOfTheirOwnGetTheSameResults) {

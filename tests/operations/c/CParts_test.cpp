@@ -161,6 +161,18 @@ TEST(CParts, MisuseAndForeignBytesAreToldApart) {
       PREDSELECT_BAD_REQUEST);
   EXPECT_EQ(predselect_piece_set(nullptr, "", 0), PREDSELECT_MISUSE);
   EXPECT_EQ(piece, nullptr);
+  ASSERT_EQ(predselect_part_ranges(host.fSession, host.fTable, 0, &piece), PREDSELECT_OK);
+  predselect_bytes ranges{};
+  ASSERT_EQ(predselect_piece_bytes(host.fSession, piece, &ranges), PREDSELECT_OK);
+  for (const int part : {-1, -2}) {
+    predselect_table_options options{};
+    options.struct_size = sizeof(options);
+    options.ranges = &ranges;
+    options.part = part;
+    ArrowArrayStream stream = MCTest::Penguins();
+    EXPECT_EQ(predselect_table_open(host.fSession, &stream, &options, &table), PREDSELECT_MISUSE);
+  }
+  predselect_piece_close(piece);
 }
 
 // A pass that fails ends the job, with the reason that it gave.
