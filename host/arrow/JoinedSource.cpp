@@ -111,8 +111,9 @@ class JoinedSource::Batches final : public arrow::RecordBatchReader {
       const auto cells =
           array != nullptr ? CellsAs(array, field->type()) : KeyCells(part, *field, own.num_rows());
       if (!cells.ok()) {
-        return cells.status().WithMessage("column \"", field->name(),
-                                          "\": ", cells.status().message());
+        return cells.status().WithMessage(
+            "column \"", field->name(), "\": ", cells.status().message(),
+            fUse == JoinFor::kSaving ? "; --only-new leaves the column out" : "");
       }
       columns.push_back(*cells);
     }
@@ -141,7 +142,7 @@ class JoinedSource::Batches final : public arrow::RecordBatchReader {
 
 JoinedSource::JoinedSource(std::string name, const std::vector<DataPart>& parts, OpenPart open)
     : fName(std::move(name)), fOpen(std::move(open)) {
-  for (const DataPart& part : parts) fParts.push_back({part, fOpen(part, {})});
+  for (const DataPart& part : parts) fParts.push_back({part, fOpen(part, {}), {}});
   Settle();
 }
 
@@ -255,20 +256,23 @@ bool JoinedSource::ReopenAsTexts(const std::vector<Schema>& schemas) {
   const std::map<std::string, std::size_t> clashes = Clashes(schemas);
   bool isReopened = false;
   for (std::size_t i = 0; i < schemas.size(); ++i) {
-    std::set<std::string> wanted;
+    std::set<std::string>& texts = fParts[i].fTexts;
+    const std::size_t nBefore = texts.size();
     for (const auto& field : schemas[i]->fields()) {
       const auto clash = clashes.find(field->name());
       const Type& type = field->type();
       if (clash == clashes.end() || AreTexts(*type) || type->id() == arrow::Type::NA) continue;
-      wanted.insert(field->name());
+      if (!texts.insert(field->name()).second) continue;
       const Type other = schemas[clash->second]->GetFieldByName(field->name())->type();
       if (CommonType(other, type, JoinFor::kReading) != nullptr) continue;
-      fNotes.push_back("Column \"" + field->name() + "\" holds " + WhatIsIn(*type) + " in " +
-                       fParts[i].fFile.fPath + ", but " + WhatIsIn(*other) + " in " +
-                       fParts[clash->second].fFile.fPath + "; it is read as texts.");
+      fTextNotes.push_back("Column \"" + field->name() + "\" holds " + WhatIsIn(*type) + " in " +
+                           fParts[i].fFile.fPath + ", but " + WhatIsIn(*other) + " in " +
+                           fParts[clash->second].fFile.fPath + "; it is read as texts.");
     }
-    if (wanted.empty()) continue;
-    fParts[i].fpSource = fOpen(fParts[i].fFile, wanted);
+    if (texts.size() == nBefore) continue;
+    fParts[i].fpSource = fOpen(fParts[i].fFile, texts);
+    // What its start promises is not true of all of it, as a rule.
+    if (fbLookedAgain) fParts[i].fpSource->LookAgain();
     isReopened = true;
   }
   return isReopened;
@@ -345,6 +349,7 @@ bool JoinedSource::IsReadOnce() const {
 bool JoinedSource::LookAgain() {
   bool isOther = false;
   for (const Part& part : fParts) isOther |= part.fpSource->LookAgain();
+  fbLookedAgain = true;
   if (isOther) Settle();
   return isOther;
 }
@@ -358,7 +363,8 @@ int JoinedSource::ColumnsAtATime() const {
 std::vector<std::string> JoinedSource::Notes() const {
   std::vector<std::pair<std::string, std::vector<std::string>>> own;
   for (const Part& part : fParts) own.emplace_back(part.fFile.fPath, part.fpSource->Notes());
-  std::vector<std::string> notes = fNotes;
+  std::vector<std::string> notes = fTextNotes;
+  notes.insert(notes.end(), fNotes.begin(), fNotes.end());
   for (std::string& note : JoinNotes(own)) notes.push_back(std::move(note));
   return notes;
 }

@@ -50,6 +50,7 @@ class JoinedSource final : public IArrowSource {
   struct Part {
     DataPart fFile;
     std::unique_ptr<IArrowSource> fpSource;
+    std::set<std::string> fTexts{};  // the columns that were asked for as texts
   };
   class Batches;
 
@@ -67,6 +68,8 @@ class JoinedSource final : public IArrowSource {
   std::string fName;
   OpenPart fOpen;
   std::vector<Part> fParts;
+  bool fbLookedAgain = false;           // more of the parts is known than their start
+  std::vector<std::string> fTextNotes;  // on columns that are read as texts
   std::vector<std::string> fNotes;
 };
 

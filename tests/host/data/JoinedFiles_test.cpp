@@ -317,12 +317,19 @@ TEST(JoinedFiles, APartThatBreaksThePromiseOfItsStartIsReadAgain) {
   folder.Write("p1.csv", large);
   folder.Write("p2.csv", large + "x,3\n");
   folder.Write("p3.csv", "a,b\n1,\n2\n");
+  folder.Write("p4.csv", large + "4,y\n");
   const auto whole = OpenDataFile(folder.Path("p[12].csv"), {}, TableStorage::kStreamed);
   const auto started = OpenDataFile(folder.Path("p[12].csv"), {}, TableStorage::kMemory);
   EXPECT_THAT(Dictionary(*started), ElementsAre("a:1", "b:0"));
   EXPECT_EQ(started->Notes(), whole->Notes());
   EXPECT_EQ(started->CaseCount(), 600001);
   EXPECT_EQ(Cells(*started, 0), Cells(*whole, 0));
+  // Each of the two has texts late that make the other one's column text.
+  const auto both = OpenDataFile(folder.Path("p[24].csv"), {}, TableStorage::kMemory);
+  EXPECT_THAT(Dictionary(*both), ElementsAre("a:1", "b:2"));
+  EXPECT_THAT(Cells(*both, 1).back(), EndsWith(":y"));
+  EXPECT_EQ(both->Notes(),
+            OpenDataFile(folder.Path("p[24].csv"), {}, TableStorage::kStreamed)->Notes());
   EXPECT_EQ(
       ErrorOf(folder.Path("p[13].csv")),
       folder.Path("p3.csv") + ", line 3, column 2: the row ends after 1 field; the header has 2");
