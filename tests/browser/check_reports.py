@@ -186,18 +186,17 @@ def numbers_below(page, title):
 def descriptions_count_the_missing(folder, started):
     """Cells without a number, however they say so, and codes that are declared; nothing else is lost."""
     folder = Path(folder)
-    (folder / "gaps.csv").write_text("x,code,none,w\n" + "".join(
-        f"{cell},{-9 if i % 4 == 0 else i + 0.5},,{i % 3}\n" for i, cell in enumerate(["NaN", "", "inf", "-inf", "NA", 1.5, 2.5, 4] * 5)))
-    for weight in ((), ("--weight", "w")):
-        program("describe", folder / "gaps.csv", "--missing", "code=-9", *weight, "--format", "html", "--quiet", "-o", folder / "gaps.html")
-        with opened(started, folder / "gaps.html") as page:
-            text = page.locator("body").inner_text()
-            assert "NaN" not in text and "undefined" not in text and "Infinity" not in text, text
-            cards = {card.split("\n")[0]: card for card in page.locator("figure").all_inner_texts()}
-            assert "40 cases" in text and "15 values, 3 different; 25 missing" in cards["x"], cards["x"]
-            assert "30 values" in cards["code"] and "10 missing" in cards["code"], cards["code"]
-            assert "0 values, 0 different; 40 missing" in cards["none"], cards["none"]
-            assert "25 (62.5%)" in text and "10 (25.0%)" in text and "40 (100.0%)" in text, text
+    (folder / "gaps.csv").write_text("x,code,none\n" + "".join(
+        f"{cell},{-9 if i % 4 == 0 else i + 0.5},\n" for i, cell in enumerate(["NaN", "", "inf", "-inf", "NA", 1.5, 2.5, 4] * 5)))
+    program("describe", folder / "gaps.csv", "--missing", "code=-9", "--format", "html", "--quiet", "-o", folder / "gaps.html")
+    with opened(started, folder / "gaps.html") as page:
+        text = page.locator("body").inner_text()
+        assert "NaN" not in text and "undefined" not in text and "Infinity" not in text, text
+        cards = {card.split("\n")[0]: card for card in page.locator("figure").all_inner_texts()}
+        assert "40 cases" in text and "15 values, 3 different; 25 missing" in cards["x"], cards["x"]
+        assert "30 values" in cards["code"] and "10 missing" in cards["code"], cards["code"]
+        assert "0 values, 0 different; 40 missing" in cards["none"], cards["none"]
+        assert "25 (62.5%)" in text and "10 (25.0%)" in text and "40 (100.0%)" in text, text
 
 
 def curves_are_those_of_the_cases(folder, started):

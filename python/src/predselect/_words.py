@@ -53,7 +53,8 @@ def _said(found: re.Match[str]) -> str:
 
 def in_python(text: str) -> str:
     """A text of the library, each option as an argument of this package."""
-    text = text.replace(" (--part N)", "").replace(" (on the command line --test 0)", "")
+    for aside in (" (--part N)", " (on the command line --test 0)", "; --only-new leaves the column out"):
+        text = text.replace(aside, "")
     text = text.replace("on the command line ", "in a call ")
     text = _EXCEPT.sub(_left_out, text)
     text = _LEVEL.sub(lambda found: f'levels={{{_quoted(found[1])}: "{found[2]}"}}', text)
