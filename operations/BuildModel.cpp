@@ -40,6 +40,9 @@ std::string TrainingSample(const MCHost::ITable& table, const ModelRequest& requ
     return "\n  /TRAININGSAMPLE VARIABLE=" + KovaVarName(request.fTrainingColumn).Quoted();
   }
   if (request.fTest == 0.0) return "";
+  if (request.fTest < kLeastTestShare) {
+    throw RequestError("test", "the share is next to nothing; give 0.");
+  }
   if (table.GetWeightVarIndex() >= 0) {
     throw RequestError("test",
                        "cases with a weight are not drawn at random. Give 0 and all of them train "

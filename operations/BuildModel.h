@@ -9,6 +9,9 @@
 
 namespace PredSelect {
 
+// A share of test cases below is next to nothing, and refused.
+inline constexpr double kLeastTestShare = 1e-6;
+
 struct ModelRequest {
   std::string fTarget{};
   std::vector<std::string> fExcept{};  // are no predictors

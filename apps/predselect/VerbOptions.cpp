@@ -14,7 +14,6 @@ namespace PredSelectApp {
 namespace {
 
 constexpr const char* kShortVerbs = "Verbs";
-constexpr double kLeastShare = 1e-6;
 constexpr const char* kLanguage = "The command language, and saved states";
 
 std::string IsShare(const std::string& text) {
@@ -22,7 +21,7 @@ std::string IsShare(const std::string& text) {
   const char* end = text.data() + text.size();
   const auto [rest, error] = std::from_chars(text.data(), end, share);
   const bool isShare = error == std::errc() && rest == end && share >= 0.0 && share <= 0.99;
-  if (isShare && share > 0.0 && share < kLeastShare)
+  if (isShare && share > 0.0 && share < PredSelect::kLeastTestShare)
     return "\"" + text + "\" is next to nothing; give 0";
   return isShare ? "" : "\"" + text + "\" is not a share from 0 to 0.99, such as 0.3";
 }

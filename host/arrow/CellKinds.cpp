@@ -31,7 +31,8 @@ unsigned CellKinds::KindsOf(const RowCell& cell) const {
     return kinds & (kCsvNumber | kCsvBoolean) ? kCsvText : kinds;
   }
   if (fDeclared == FieldType::kInteger && isNumber && !CsvIsWhole(cell.fText)) return kCsvText;
-  if (fDeclared == FieldType::kBoolean && (cell.fText == "0" || cell.fText == "1")) {
+  const bool isDigit = cell.Shown() == "0" || cell.Shown() == "1";
+  if (fDeclared == FieldType::kBoolean && isDigit) {
     return kCsvBoolean | kCsvWhole;
   }
   if (!cell.fClock.empty()) kinds |= CsvKindsOf(cell.fClock);

@@ -30,7 +30,7 @@ class CellKinds {
   template <class Place>
   bool Observe(const RowCell& cell, const Place& place) {
     Seen& seen = fSeen[cell.fKind];
-    if (seen.fCells++ == 0) seen = {1, cell.fText, place()};
+    if (seen.fCells++ == 0) seen = {1, cell.Shown(), place()};
     return fKinds == fDone || Narrow(cell);
   }
 

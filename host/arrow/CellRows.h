@@ -17,6 +17,9 @@ struct RowCell {
   std::string fText;  // a number's digits; true or false; a text, dates and times in ISO 8601 too
   // Of a number of seconds that may be a time of day, too: that time. Empty for others.
   std::string fClock{};
+
+  // As the sheet shows it.
+  const std::string& Shown() const { return fClock.empty() ? fText : fClock; }
 };
 
 class ICellRows {

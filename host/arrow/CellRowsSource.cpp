@@ -24,7 +24,7 @@ constexpr std::int64_t kMaxBatchCases = 16384;
 
 bool IsNull(const RowCell& cell, const std::vector<std::string>& nulls) {
   if (cell.fKind == RowCell::kNone) return true;
-  return std::find(nulls.begin(), nulls.end(), cell.fText) != nulls.end();
+  return std::find(nulls.begin(), nulls.end(), cell.Shown()) != nulls.end();
 }
 
 // Case after case of the rows, in batches.
@@ -130,7 +130,7 @@ void CellRowsSource::Observe(const std::vector<RowCell>& cells, const ICellRows&
     if (column.Observe(cells[j], [&rows, j] { return rows.Place(j); })) continue;
     throw HostIOError(
         fName, rows.Place(j),
-        NotAsDeclared(cells[j].fText, fRules.fTypes.at(column.Name()), column.Name()));
+        NotAsDeclared(cells[j].Shown(), fRules.fTypes.at(column.Name()), column.Name()));
   }
 }
 

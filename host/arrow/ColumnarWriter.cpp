@@ -64,18 +64,14 @@ bool WriteBatches(SavedBatches& batches, const Schema& schema, const std::string
 
 // Parquet has places behind the point alone.
 Type TypeInParquet(const Type& type) {
-  if (!arrow::is_decimal(type->id())) return type;
-  const auto& decimal = static_cast<const arrow::DecimalType&>(*type);
+  const Type value = ValueTypeOf(type);
+  if (!arrow::is_decimal(value->id())) return type;
+  const auto& decimal = static_cast<const arrow::DecimalType&>(*value);
   if (decimal.scale() >= 0) return type;
   const int digits = decimal.precision() - decimal.scale();
   if (digits > arrow::Decimal256Type::kMaxPrecision) return arrow::float64();
   return digits > arrow::Decimal128Type::kMaxPrecision ? arrow::decimal256(digits, 0)
                                                        : arrow::decimal128(digits, 0);
-}
-
-Type ValueType(const Type& type) {
-  if (type->id() != arrow::Type::DICTIONARY) return type;
-  return static_cast<const arrow::DictionaryType&>(*type).value_type();
 }
 
 bool IsPipe(const std::string& path) { return path == OutputFile::kStandardOutput; }
@@ -126,7 +122,7 @@ bool WriteIpc(SavedBatches& batches, const std::string& path, Dictionaries dicti
   options.emit_dictionary_deltas = true;
   const Schema schema = dictionaries == Dictionaries::kKept
                             ? batches.Schema()
-                            : WithTypes(batches.Schema(), ValueType);
+                            : WithTypes(batches.Schema(), ValueTypeOf);
   // A pipe is read from its start, where a dictionary may take the place of another one.
   const bool isStream = IsPipe(path);
   const auto writer = Value(isStream ? arrow::ipc::MakeStreamWriter(output, schema, options)

@@ -11,6 +11,7 @@
 #include <limits>
 #include <map>
 #include <unordered_map>
+#include <unordered_set>
 #include <utility>
 
 #include "host/arrow/ArrowFailure.h"
@@ -49,6 +50,27 @@ class Files {
   std::size_t fCount = 0;
   std::string fFirst;
 };
+
+// As a file by itself is refused.
+void CheckNames(const arrow::Schema& schema, const std::string& file) {
+  std::unordered_set<std::string> names;
+  for (int i = 0; i < schema.num_fields(); ++i) {
+    const std::string& name = schema.field(i)->name();
+    if (names.insert(name).second) continue;
+    throw HostIOError(file, "column " + std::to_string(i + 1),
+                      "a column named \"" + name + "\" is there already");
+  }
+}
+
+// Whether one of two types of times becomes the other one for its nanoseconds, which reach no year
+// beyond 2262: files of text may well have both.
+bool BecomesNanoseconds(const arrow::DataType& common, const arrow::DataType& a,
+                        const arrow::DataType& b) {
+  const bool hasNanoseconds =
+      common.id() == arrow::Type::TIMESTAMP &&
+      static_cast<const arrow::TimestampType&>(common).unit() == arrow::TimeUnit::NANO;
+  return hasNanoseconds && !a.Equals(b) && a.id() != arrow::Type::NA && b.id() != arrow::Type::NA;
+}
 
 }  // namespace
 
@@ -160,6 +182,7 @@ std::vector<JoinedSource::Schema> JoinedSource::SchemasFor(JoinFor use) const {
     ArrowArrayStream stream{};
     OpenFor(use, *part.fpSource, nullptr, &stream);
     schemas.push_back(Import(stream, part.fFile.fPath)->schema());
+    CheckNames(*schemas.back(), part.fFile.fPath);
   }
   return schemas;
 }
@@ -187,6 +210,9 @@ JoinedSource::Schema JoinedSource::Join(const std::vector<Schema>& schemas, Join
                           "column \"" + field->name() + "\" holds " + WhatIsIn(*field->type()) +
                               ", but " + WhatIsIn(*joined->type()) + " in " +
                               fParts[firsts[known->second]].fFile.fPath);
+      }
+      if (!HasTypes() && BecomesNanoseconds(*common, *joined->type(), *field->type())) {
+        common = arrow::large_utf8();
       }
       joined = joined->WithType(std::move(common))
                    ->WithNullable(joined->nullable() || field->nullable());

@@ -26,11 +26,6 @@ enum class Family { kNothing, kNumbers, kTexts, kDates, kClocks, kDurations, kOt
 
 bool IsDictionary(const arrow::DataType& type) { return type.id() == arrow::Type::DICTIONARY; }
 
-Type ValueTypeOf(const Type& type) {
-  if (!IsDictionary(*type)) return type;
-  return static_cast<const arrow::DictionaryType&>(*type).value_type();
-}
-
 Family FamilyOf(const arrow::DataType& type) {
   const arrow::Type::type id = type.id();
   if (IsDictionary(type)) {
@@ -140,6 +135,11 @@ ArrayResult TextsOf(const std::shared_ptr<arrow::Array>& cells) {
 
 }  // namespace
 
+Type ValueTypeOf(const Type& type) {
+  if (!IsDictionary(*type)) return type;
+  return static_cast<const arrow::DictionaryType&>(*type).value_type();
+}
+
 bool AreTexts(const arrow::DataType& type) { return FamilyOf(type) == Family::kTexts; }
 
 std::string WhatIsIn(const arrow::DataType& type) {
@@ -205,7 +205,15 @@ std::optional<std::shared_ptr<arrow::Scalar>> TextAs(const std::string& text, co
     return cast.make_array()->GetScalar(0);
   };
   const auto scalar = read();
-  return scalar.ok() ? std::optional(*scalar) : std::nullopt;
+  if (scalar.ok()) return *scalar;
+  // A text without a zone says an instant as the files' own cells do.
+  if (type->id() != arrow::Type::TIMESTAMP) return std::nullopt;
+  const auto& moments = static_cast<const arrow::TimestampType&>(*type);
+  if (moments.timezone().empty()) return std::nullopt;
+  const auto plain = TextAs(text, arrow::timestamp(moments.unit()));
+  if (!plain) return std::nullopt;
+  const auto& found = static_cast<const arrow::TimestampScalar&>(**plain);
+  return std::make_shared<arrow::TimestampScalar>(found.value, type);
 }
 
 Type TypeWithText(const Type& type, const std::string& text) {

@@ -15,6 +15,8 @@ namespace MCHost {
 enum class JoinFor { kReading, kSaving };
 
 bool AreTexts(const arrow::DataType& type);  // or a dictionary of them
+// That of a dictionary's values; any other is its own.
+std::shared_ptr<arrow::DataType> ValueTypeOf(const std::shared_ptr<arrow::DataType>& type);
 // What a column of the type holds: "numbers", "texts", ...
 std::string WhatIsIn(const arrow::DataType& type);
 

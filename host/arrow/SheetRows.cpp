@@ -38,7 +38,7 @@ void SheetRows::ReadHeader() {
     const RowCell& cell = fRow.fCells[j];
     fColumns.push_back(IsEmpty(cell) ? kNoColumn : fNames.size());
     if (IsEmpty(cell)) continue;
-    const std::string& name = cell.fClock.empty() ? cell.fText : cell.fClock;
+    const std::string& name = cell.Shown();
     if (std::find(fNames.begin(), fNames.end(), name) != fNames.end()) {
       throw HostIOError(fSource, CellPlace(j),
                         "a column named " + Quoted(name) + " is there already");

@@ -84,8 +84,11 @@ def _decimals_as_floats(values: Any) -> Any:
     """Objects that are decimals are numbers."""
     if kind_of(values) != "O":
         return values
+    first = next((value for value in values if not is_missing(value)), None)
+    if not isinstance(first, decimal.Decimal):
+        return values
     lost = [is_missing(value) for value in values]
-    if all(lost) or not all(no or isinstance(v, decimal.Decimal) for v, no in zip(values, lost)):
+    if not all(no or isinstance(v, decimal.Decimal) for v, no in zip(values, lost)):
         return values
     floats = np.array([np.nan if no else float(v) for v, no in zip(values, lost)])
     return type(values)(floats) if hasattr(values, "iloc") else floats

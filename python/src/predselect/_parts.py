@@ -18,7 +18,6 @@ from . import _functions
 from . import _library as lib
 from ._data import Elsewhere, Options, Table, open_table
 from ._results import Model, Ranking, Result
-from ._state import State
 from .errors import CommandError, PredSelectError, RequestError, quiet
 
 if TYPE_CHECKING:

@@ -238,7 +238,7 @@ class PredictorSelector(MixedData, Pickled, SelectorMixin, BaseEstimator):  # ty
         told = counted.inspect()
         if "Ranking" in told:
             self._read_counts(told["Ranking"], list(columns.columns))
-            _warn_of_screened(columns, told["Ranking"]["predictor"])
+        _warn_of_screened(columns, told["Ranking"]["predictor"] if "Ranking" in told else ())
 
     def _read_counts(self, table: ResultTable, names: list[str]) -> None:
         """The ranking of merged counts, which holds statistics and p-values by their tests."""
@@ -328,8 +328,13 @@ def _warn_of_screened(columns: Columns, ranked: Collection[str]) -> None:
 
 
 def _varies(values: Any) -> bool:
-    there = [value for value in np.asarray(values, object) if not is_missing(value)]
-    return any(value != there[0] for value in there)
+    numbers = np.asarray(values)
+    if numbers.dtype.kind in "fiub":
+        there = numbers[~np.isnan(numbers)] if numbers.dtype.kind == "f" else numbers
+        return there.size > 0 and bool((there != there[0]).any())
+    met = (value for value in values if not is_missing(value))
+    first = next(met, None)
+    return any(value != first for value in met)
 
 
 def _has_dates(values: Any) -> bool:

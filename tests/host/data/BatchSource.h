@@ -23,6 +23,7 @@ class BatchSource : public IArrowSource {
       : fColumns(std::move(columns)), fBatchCases(batchCases), fColumnsAtATime(columnsAtATime) {}
 
   const std::string& Name() const override { return fName; }
+  bool HasTypes() const override { return true; }
   int ColumnsAtATime() const override { return fColumnsAtATime; }
   void Open(const std::vector<int>* columns, ArrowArrayStream* stream) override {
     arrow::FieldVector fields;

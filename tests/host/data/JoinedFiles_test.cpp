@@ -242,6 +242,9 @@ TEST(JoinedFiles, TakeTheNamesOfFoldersAsTheTypeThatFilesHave) {
       {"1970-01-03", FromJson(arrow::date32(), "[1]"), {"2", "1"}},
       {"soon", FromJson(arrow::date32(), "[1]"), {".", "1"}, R"("v" holds dates or times, and)"},
       {"7", FromJson(arrow::utf8(), R"(["a"])"), {"0:7", "1:a"}},
+      {"1970-01-02",
+       FromJson(arrow::timestamp(arrow::TimeUnit::MICRO, "UTC"), "[1000000]"),
+       {"86400", "1"}},
   };
   for (const Case& one : cases) {
     SCOPED_TRACE(one.fKey);
@@ -296,6 +299,31 @@ TEST(JoinedFiles, OfTypesThatDoNotGoTogetherAreTextsWhereTheyAreText) {
       EXPECT_EQ(ReadFile(folder.Path("whole.csv")), one.fSaved);
     }
   }
+}
+
+TEST(JoinedFiles, OfTextMaySaveTimesOfAllYearsBesideNanoseconds) {
+  const ScratchFolder folder;
+  std::filesystem::create_directory(folder.Path("in"));
+  folder.Write("in/1.csv", "t\n2024-01-01T10:00:00.123456789\n");
+  folder.Write("in/2.csv", "t\n9999-12-31\n");
+  const auto table = OpenDataFile(folder.Path("in"), {}, TableStorage::kMemory);
+  for (const char* name : {"out.csv", "out.parquet"}) {
+    WriteDataFile(*table, folder.Path(name));
+    const auto saved = OpenDataFile(folder.Path(name), {}, TableStorage::kMemory);
+    EXPECT_THAT(Cells(*saved, 0), ElementsAre("0:2024-01-01T10:00:00.123456789", "1:9999-12-31"));
+  }
+}
+
+TEST(JoinedFiles, WithANameTwiceAreRefusedAsTheyAreAlone) {
+  const auto open = [](const DataPart& part, const std::set<std::string>&) {
+    const auto numbers = FromJson(arrow::int64(), "[1]");
+    const auto texts = FromJson(arrow::utf8(), R"(["a"])");
+    using Columns = std::vector<std::pair<std::string, ArrayPtr>>;
+    return std::make_unique<BatchSource>(
+        part.fPath == "0" ? Columns{{"v", numbers}, {"v", texts}} : Columns{{"v", numbers}}, 10);
+  };
+  const auto twice = [&] { JoinedSource("parts", {{"0", {}}, {"1", {}}}, open); };
+  EXPECT_THAT(twice, testing::ThrowsMessage<HostIOError>(testing::HasSubstr("is there already")));
 }
 
 TEST(JoinedFiles, AreAllThatAreCalledAsDataEachOnce) {

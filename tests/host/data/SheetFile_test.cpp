@@ -241,6 +241,14 @@ TEST(Sheet, OdsDurationsAreTimesOfDayWhereAllOfThemAre) {
   EXPECT_EQ(table->GetVariable(1).GetTime(), KOVA_Variable::kNoTime);
   EXPECT_THAT(Cells(*table, 1), ElementsAre("43200", "108000"));
   EXPECT_THAT(Cells(*table, 2), ElementsAre("0:12:00:00", "1:x"));
+  DataFileOptions noon;
+  noon.fNullTokens = {"12:00:00"};
+  EXPECT_THAT(Cells(*OpenDataFile(path, noon, TableStorage::kMemory), 0),
+              ElementsAre(".", "86399"));
+  DataFileOptions declared;
+  declared.fTypes["a"] = FieldType::kBoolean;
+  EXPECT_THAT([&] { OpenDataFile(path, declared, TableStorage::kMemory); },
+              testing::ThrowsMessage<HostIOError>(testing::HasSubstr("\"12:00:00\" is not")));
 }
 
 TEST(Sheet, OdsRepeatsAndMergedCellsAreCounted) {
