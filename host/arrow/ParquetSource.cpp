@@ -111,7 +111,11 @@ ParquetSource::ParquetSource(std::string path) : fName(std::move(path)), fStamp(
   const auto reader = OpenReader(fName, Texts::kAsStored);
   const auto metadata = reader->parquet_reader()->metadata();
   fNCases = metadata->num_rows();
-  fNColumnsAtATime = ColumnsWithin(kReadingBytes, *metadata);
+  try {
+    fNColumnsAtATime = ColumnsWithin(kReadingBytes, *metadata);
+  } catch (const parquet::ParquetException& error) {  // of a group that contradicts its schema
+    throw HostIOError(fName, "", error.what());
+  }
 }
 
 void ParquetSource::Open(const std::vector<int>* columns, ArrowArrayStream* stream) {
