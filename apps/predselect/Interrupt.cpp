@@ -30,7 +30,14 @@ std::atomic<bool> gInterrupted{false};
 std::atomic<bool> gSaid{false};
 std::atomic<bool> gTypedToAnother{false};
 
-// Nothing here locks, allocates or unwinds.
+// One line, whatever ends the program. Nothing from here on locks, allocates or unwinds.
+template <std::size_t kSize>
+void SayOnce(const char (&line)[kSize]) {
+  if (gSaid.exchange(true)) return;
+  ProgressLine::Erase();
+  (void)!write(STDERR_FILENO, line, kSize - 1);
+}
+
 [[noreturn]] void EndAtOnce() {
   MCHost::RemoveUnfinished();
   SayStopped();
@@ -39,14 +46,10 @@ std::atomic<bool> gTypedToAnother{false};
 
 // A mapped file has become shorter, or its disk fails: what is read is no longer there.
 void EndWithoutFile(int) {
-  constexpr char kLine[] =
-      "predselect: a file could not be read to its end: it was cut short meanwhile, or its disk "
-      "failed.\n";
   MCHost::RemoveUnfinished();
-  if (!gSaid.exchange(true)) {
-    ProgressLine::Erase();
-    (void)!write(STDERR_FILENO, kLine, sizeof kLine - 1);
-  }
+  SayOnce(
+      "predselect: a file could not be read to its end: it was cut short meanwhile, or its disk "
+      "failed.\n");
   _exit(kDataError);
 }
 
@@ -141,11 +144,6 @@ bool IsInterrupted() { return gInterrupted; }
 
 void SayNothing() { gSaid = true; }
 
-void SayStopped() noexcept {
-  constexpr char kLine[] = "predselect: stopped at your wish.\n";
-  if (gSaid.exchange(true)) return;
-  ProgressLine::Erase();
-  (void)!write(STDERR_FILENO, kLine, sizeof kLine - 1);
-}
+void SayStopped() noexcept { SayOnce("predselect: stopped at your wish.\n"); }
 
 }  // namespace PredSelectApp

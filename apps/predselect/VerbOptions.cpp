@@ -21,8 +21,8 @@ std::string IsShare(const std::string& text) {
   const char* end = text.data() + text.size();
   const auto [rest, error] = std::from_chars(text.data(), end, share);
   const bool isShare = error == std::errc() && rest == end && share >= 0.0 && share <= 0.99;
-  if (isShare && share > 0.0 && share < PredSelect::kLeastTestShare)
-    return "\"" + text + "\" is next to nothing; give 0";
+  const bool isTooSmall = isShare && share > 0.0 && share < PredSelect::kLeastTestShare;
+  if (isTooSmall) return "\"" + text + "\" is next to nothing; give 0";
   return isShare ? "" : "\"" + text + "\" is not a share from 0 to 0.99, such as 0.3";
 }
 

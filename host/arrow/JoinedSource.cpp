@@ -211,7 +211,7 @@ JoinedSource::Schema JoinedSource::Join(const std::vector<Schema>& schemas, Join
                               ", but " + WhatIsIn(*joined->type()) + " in " +
                               fParts[firsts[known->second]].fFile.fPath);
       }
-      if (!HasTypes() && BecomesNanoseconds(*common, *joined->type(), *field->type())) {
+      if (BecomesNanoseconds(*common, *joined->type(), *field->type()) && !HasTypes()) {
         common = arrow::large_utf8();
       }
       joined = joined->WithType(std::move(common))

@@ -24,12 +24,15 @@ std::optional<double> NumberOf(const TableSchema::Item& item) {
   return item.fpNumber ? item.fpNumber : CodeAsNumber(item.fText);
 }
 
+bool MayBeText(const TableSchema::Field& field) {
+  return field.fType == FieldType::kAny || field.fType == FieldType::kString;
+}
+
 // Whether a text of a numeric field stands for nothing where its cells are read: so does any one
 // without digits where the field's type says that texts are no values of it.
 bool IsNullText(const TableSchema::Field& field, const std::string& text) {
-  const bool mayBeText = field.fType == FieldType::kAny || field.fType == FieldType::kString;
   const bool hasDigits = text.find_first_of("0123456789") != std::string::npos;
-  return text.empty() || IsNullWord(text) || (!mayBeText && !hasDigits);
+  return text.empty() || IsNullWord(text) || (!MayBeText(field) && !hasDigits);
 }
 
 // Puts one field's properties into its variable.
@@ -156,8 +159,7 @@ std::vector<std::string> TableSchema::NullTokens() const {
 std::map<std::string, std::vector<std::string>> TableSchema::ColumnNulls() const {
   std::map<std::string, std::vector<std::string>> nulls;
   for (const Field& field : fFields) {
-    const bool mayBeText = field.fType == FieldType::kAny || field.fType == FieldType::kString;
-    if (mayBeText || !field.fpMissing) continue;
+    if (MayBeText(field) || !field.fpMissing) continue;
     for (const Item& item : *field.fpMissing) {
       if (!item.fpNumber && IsNullText(field, item.fText)) {
         nulls[field.fName].push_back(item.fText);

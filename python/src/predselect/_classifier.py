@@ -14,7 +14,7 @@ from sklearn.utils.multiclass import check_classification_targets
 from sklearn.utils.validation import _check_feature_names_in, check_is_fitted
 
 from . import _functions
-from ._estimators import (
+from ._estimator_base import (
     Columns,
     MixedData,
     Pickled,

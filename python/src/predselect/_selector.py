@@ -20,7 +20,7 @@ from sklearn.utils.validation import check_is_fitted, validate_data
 
 from . import _functions
 from ._columns import is_missing
-from ._estimators import (
+from ._estimator_base import (
     Columns,
     MixedData,
     Pickled,
